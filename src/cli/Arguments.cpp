@@ -1,0 +1,41 @@
+#include "cli/Arguments.h"
+
+namespace qb::cli {
+
+using namespace Qt::StringLiterals;
+
+Arguments::Arguments(const QStringList& words, const QList<Option>& options, int positional)
+{
+    m_parser.addOption(QCommandLineOption(u"json"_s));
+    for (const Option& option : options)
+        m_parser.addOption(QCommandLineOption(QString::fromLatin1(option.Name), {}, QString::fromLatin1(option.Value)));
+    if (!m_parser.parse(QStringList{u"quillbase-cli"_s} + words))
+        throw UsageError{m_parser.errorText()};
+    m_positional = m_parser.positionalArguments();
+    if (m_positional.size() < positional)
+        throw UsageError{u"An argument is missing."_s};
+    if (m_positional.size() > positional)
+        throw UsageError{u"Unexpected argument '%1'."_s.arg(m_positional.at(positional))};
+}
+
+qint64 Arguments::ToId(const QString& text)
+{
+    bool ok = false;
+    const qint64 id = text.toInt(&ok);
+    if (!ok || id < 0)
+        throw UsageError{u"'%1' is not the ID of an item."_s.arg(text)};
+    return id;
+}
+
+int Arguments::NumberOption(const QString& option, int fallback) const
+{
+    if (!Has(option))
+        return fallback;
+    bool ok = false;
+    const int number = Value(option).toInt(&ok);
+    if (!ok || number < 0)
+        throw UsageError{u"'%1' is not a number."_s.arg(Value(option))};
+    return number;
+}
+
+} // namespace qb::cli

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QCommandLineParser>
+#include <QString>
+#include <QStringList>
+#include <stdexcept>
+
+namespace qb::cli {
+
+/// The command line can't be understood; the text says why. Exit status 2.
+struct UsageError {
+    QString Text;
+};
+
+/// The arguments of one command: its positional arguments in order, and its options.
+class Arguments {
+public:
+    struct Option {
+        const char* Name;
+        const char* Value; ///< name of its value; empty for a switch
+    };
+
+    /// Raises UsageError when an option is unknown or lacks its value, or the number of
+    /// positional arguments is not @p positional.
+    Arguments(const QStringList& words, const QList<Option>& options, int positional);
+
+    QString Positional(int index) const { return m_positional.value(index); }
+    bool Has(const QString& option) const { return m_parser.isSet(option); }
+    QString Value(const QString& option) const { return m_parser.value(option); }
+    QStringList Values(const QString& option) const { return m_parser.values(option); }
+    /// A positional argument as the ID of an item; raises UsageError when it is none.
+    qint64 Id(int index) const { return ToId(Positional(index)); }
+    /// An option's value as an ID; 0 when the option is not given.
+    qint64 IdOption(const QString& option) const { return Has(option) ? ToId(Value(option)) : 0; }
+    int NumberOption(const QString& option, int fallback) const;
+    bool Json() const { return Has(QStringLiteral("json")); }
+
+private:
+    static qint64 ToId(const QString& text);
+
+    QCommandLineParser m_parser;
+    QStringList m_positional;
+};
+
+} // namespace qb::cli

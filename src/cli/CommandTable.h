@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QStringList>
+
+namespace qb::cli {
+
+/// A command: returns the exit status, 0 or 1, or raises an error.
+struct CommandEntry {
+    const char* Name;
+    const char* Usage; ///< its arguments
+    const char* Help;  ///< one line
+    int (*Run)(const QStringList& words);
+};
+
+// Libraries
+int New(const QStringList& words);
+int Info(const QStringList& words);
+int ImportFolderCommand(const QStringList& words);
+int Check(const QStringList& words);
+
+// Items
+int Tree(const QStringList& words);
+int Show(const QStringList& words);
+int Add(const QStringList& words);
+int Set(const QStringList& words);
+int Move(const QStringList& words);
+int Delete(const QStringList& words);
+
+} // namespace qb::cli

@@ -1,0 +1,265 @@
+// The commands on items.
+
+#include "cli/Arguments.h"
+#include "cli/CommandTable.h"
+#include "cli/Library.h"
+#include "cli/Output.h"
+#include "config/CSettings.h"
+#include "panels/TreeNodes.h"
+#include "platform/richtext/RtfPlainText.h"
+#include "platform/system/TextEncoding.h"
+#include "session/LoadTree.h"
+#include "store/CCodeItem.h"
+#include "store/ItemBranch.h"
+#include "support/DateFormatCustom.h"
+
+#include <QFile>
+#include <climits>
+#include <cstdio>
+
+namespace qb::cli {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A text of an item: the name of its field and option, and how it is read and written.
+struct TextField {
+    const char* Name;
+    QString (CCodeItem::*Get)();
+    void (CCodeItem::*Set)(const QString&);
+    enum { Plain, Code, Notes } Form; ///< plain text, or RTF in the font of code or of notes
+};
+constexpr TextField TextFields[] = {
+    {"title", &CCodeItem::Title, &CCodeItem::SetTitle, TextField::Plain},
+    {"description", &CCodeItem::Description, &CCodeItem::SetDescription, TextField::Plain},
+    {"info", &CCodeItem::Info, &CCodeItem::SetInfo, TextField::Plain},
+    {"code", &CCodeItem::Code, &CCodeItem::SetCode, TextField::Code},
+    {"usage", &CCodeItem::Example, &CCodeItem::SetExample, TextField::Code},
+    {"notes", &CCodeItem::Notes, &CCodeItem::SetNotes, TextField::Notes},
+};
+
+QString NameOf(const TextField& field)
+{
+    return QString::fromLatin1(field.Name);
+}
+
+QList<Arguments::Option> WithTextOptions(QList<Arguments::Option> options)
+{
+    for (const TextField& field : TextFields)
+        options.append(Arguments::Option{field.Name, "text"});
+    return options;
+}
+
+/// The text of a file, or of standard input for "-".
+QString ReadText(const QString& name)
+{
+    QFile file(name);
+    const bool opened = name == u"-"_s ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
+    if (!opened)
+        throw RuntimeError(ErrorNumber::FileNotFound,
+                           u"'%1' can't be read: %2; nothing was changed."_s.arg(name, file.errorString()), u"ReadText"_s);
+    const auto text = DecodeText(file.readAll());
+    if (!text)
+        throw RuntimeError(ErrorNumber::ValueNotAllowed, u"'%1' is no text; nothing was changed."_s.arg(name), u"ReadText"_s);
+    return *text;
+}
+
+RtfFont NotesFont()
+{
+    const CSettings settings({});
+    return {settings.DefaultFontName(), settings.DefaultFontSize()};
+}
+
+/// Writes the texts that are given as options into the item; returns how many.
+int TakeTexts(const Arguments& arguments, CCodeItem& item)
+{
+    int taken = 0;
+    for (const TextField& field : TextFields) {
+        if (!arguments.Has(NameOf(field)))
+            continue;
+        QString value = arguments.Value(NameOf(field));
+        if (field.Form != TextField::Plain)
+            value = RtfFromPlainText(ReadText(value), field.Form == TextField::Code ? CodeFont : NotesFont());
+        (item.*field.Set)(value);
+        ++taken;
+    }
+    return taken;
+}
+
+void RequireItem(Database& database, qint64 id)
+{
+    if (database.QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {id}).IsNull())
+        throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no item %1 in the library."_s.arg(id), u"RequireItem"_s);
+}
+
+/// The text as it is printed: lines end as they do on this system.
+QString Printed(const QString& text)
+{
+    return QString(text).replace("\r\n"_L1, "\n"_L1);
+}
+
+QString PrintedField(const TextField& field, CCodeItem& item, bool raw)
+{
+    const QString stored = (item.*field.Get)();
+    return field.Form == TextField::Plain || raw ? stored : Printed(PlainTextFromRtf(stored));
+}
+
+void PrintNode(const TreeNode& node, int depth, int deepest, QString& out)
+{
+    constexpr int Indent = 2;
+    struct Waiting {
+        const TreeNode* Node;
+        int Depth;
+    };
+    std::vector<Waiting> waiting{{&node, depth}};
+    while (!waiting.empty()) {
+        const auto [at, level] = waiting.back();
+        waiting.pop_back();
+        if (level > 0)
+            out += QString((level - 1) * Indent, u' ') + at->Text + u" ["_s + QString::number(at->Id) + u"]\n"_s;
+        if (level < deepest) {
+            for (auto child = at->Children.rbegin(); child != at->Children.rend(); ++child)
+                waiting.push_back({*child, level + 1});
+        }
+    }
+}
+
+void ListNode(const TreeNode& node, int deepest, QJsonArray& out)
+{
+    std::vector<std::pair<const TreeNode*, int>> waiting{{&node, 0}};
+    while (!waiting.empty()) {
+        const auto [at, level] = waiting.back();
+        waiting.pop_back();
+        if (level > 0)
+            out.append(QJsonObject{{u"id"_s, at->Id},
+                                   {u"parent"_s, at->Parent->Id},
+                                   {u"depth"_s, level},
+                                   {u"title"_s, at->Text},
+                                   {u"description"_s, at->Tag}});
+        if (level < deepest) {
+            for (auto child = at->Children.rbegin(); child != at->Children.rend(); ++child)
+                waiting.emplace_back(*child, level + 1);
+        }
+    }
+}
+
+} // namespace
+
+int Tree(const QStringList& words)
+{
+    const Arguments arguments(words, {{"depth", "n"}}, 1);
+    const int depth = arguments.NumberOption(u"depth"_s, INT_MAX);
+    const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadOnly);
+    TreeNodes nodes;
+    const std::vector<qint64> lost = LoadTree(*database, nodes, {});
+    if (arguments.Json()) {
+        QJsonArray list;
+        ListNode(*nodes.Root(), depth, list);
+        Print(list);
+    } else {
+        QString out;
+        PrintNode(*nodes.Root(), 0, depth, out);
+        Print(out);
+    }
+    if (!lost.empty())
+        Complain(u"%1 items have lost their place in the tree; \"check\" names them."_s.arg(lost.size()));
+    return lost.empty() ? 0 : 1;
+}
+
+int Show(const QStringList& words)
+{
+    const Arguments arguments(words, {{"field", "name"}, {"raw", ""}}, 2);
+    const QString wanted = arguments.Value(u"field"_s).toLower();
+    const auto* field = std::find_if(std::begin(TextFields), std::end(TextFields),
+                                     [&wanted](const TextField& one) { return NameOf(one) == wanted; });
+    if (arguments.Has(u"field"_s) && field == std::end(TextFields))
+        throw UsageError{u"Unknown field '%1'."_s.arg(wanted)};
+    const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadOnly);
+    RequireItem(*database, arguments.Id(1));
+    CCodeItem item;
+    item.Initialise(*database, QString::number(arguments.Id(1)));
+    const bool raw = arguments.Has(u"raw"_s);
+    if (field != std::end(TextFields) && !arguments.Json()) {
+        const QString text = PrintedField(*field, item, raw);
+        // A text goes out as it is, so that it can be sent into a file.
+        const bool endLine = field->Form == TextField::Plain || (OutputIsTerminal() && !text.endsWith(u'\n'));
+        Print(endLine ? text + u'\n' : text);
+        return 0;
+    }
+    QJsonObject object{{u"id"_s, item.Key().toLongLong()},
+                       {u"parent"_s, item.ParentKey().toLongLong()},
+                       {u"created"_s, DateFormatCustom(item.Created(), u"yyyy-mm-dd hh:nn:ss"_s)},
+                       {u"changed"_s, item.LastChanged().IsNone() ? QString() : DateFormatCustom(item.LastChanged(), u"yyyy-mm-dd hh:nn:ss"_s)}};
+    for (const TextField& one : TextFields) {
+        if (field == std::end(TextFields) || field == &one)
+            object.insert(NameOf(one), PrintedField(one, item, raw));
+    }
+    if (arguments.Json()) {
+        Print(object);
+        return 0;
+    }
+    Print(u"%1 [%2]\n"_s.arg(item.Title(), item.Key()));
+    Print(u"created: %1\nchanged: %2\n"_s.arg(object.value(u"created"_s).toString(), object.value(u"changed"_s).toString()));
+    for (const TextField& one : TextFields) {
+        const QString text = PrintedField(one, item, raw);
+        if (&one != &TextFields[0] && !text.isEmpty())
+            Print(u"\n--- %1\n%2%3"_s.arg(NameOf(one), text, text.endsWith(u'\n') ? QString() : u"\n"_s));
+    }
+    return 0;
+}
+
+int Add(const QStringList& words)
+{
+    const Arguments arguments(words, WithTextOptions({{"parent", "id"}}), 1);
+    if (arguments.Value(u"title"_s).isEmpty())
+        throw UsageError{u"--title is missing."_s};
+    const qint64 parent = arguments.IdOption(u"parent"_s);
+    const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
+    if (parent != 0)
+        RequireItem(*database, parent);
+    RefuseReservedTitle(arguments.Value(u"title"_s), parent);
+    CCodeItem item;
+    item.Initialise(*database, {});
+    item.SetParentKey(QString::number(parent));
+    TakeTexts(arguments, item);
+    if (!item.Commit())
+        return 1;
+    if (arguments.Json())
+        Print(QJsonObject{{u"id"_s, item.Key().toLongLong()}});
+    else
+        Print(item.Key() + u'\n');
+    return 0;
+}
+
+int Set(const QStringList& words)
+{
+    const Arguments arguments(words, WithTextOptions({}), 2);
+    const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
+    RequireItem(*database, arguments.Id(1));
+    CCodeItem item;
+    item.Initialise(*database, QString::number(arguments.Id(1)));
+    if (TakeTexts(arguments, item) == 0)
+        throw UsageError{u"Nothing to set: --title, --description, --info, --code, --usage or --notes."_s};
+    RefuseReservedTitle(item.Title(), item.ParentKey().toLongLong());
+    item.SetItemChanged(true);
+    return item.Commit() ? 0 : 1;
+}
+
+int Move(const QStringList& words)
+{
+    const Arguments arguments(words, {}, 3);
+    const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
+    MoveItem(*database, arguments.Id(1), arguments.Id(2));
+    return 0;
+}
+
+int Delete(const QStringList& words)
+{
+    const Arguments arguments(words, {}, 2);
+    const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
+    DeleteBranch(*database, arguments.Id(1));
+    return 0;
+}
+
+} // namespace qb::cli

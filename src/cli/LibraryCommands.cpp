@@ -1,0 +1,183 @@
+// The commands on whole libraries.
+
+#include "cli/Arguments.h"
+#include "cli/CommandTable.h"
+#include "cli/Library.h"
+#include "cli/Output.h"
+#include "maintenance/FolderImport.h"
+#include "maintenance/LibraryCheck.h"
+#include "store/CDBCreate.h"
+
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <cstdio>
+
+namespace qb::cli {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A line on standard error that is written over while it changes.
+class ProgressLine {
+public:
+    ProgressLine() { m_timer.start(); }
+    ~ProgressLine()
+    {
+        if (m_shown)
+            std::fputs("\n", stderr);
+    }
+    ProgressLine(const ProgressLine&) = delete;
+    ProgressLine& operator=(const ProgressLine&) = delete;
+
+    void Show(int done, int total)
+    {
+        constexpr int TerminalInterval = 100; // milliseconds
+        constexpr int FileInterval = 2000;
+        const bool terminal = ErrorIsTerminal();
+        if (done < total && m_timer.elapsed() < (terminal ? TerminalInterval : FileInterval))
+            return;
+        m_timer.restart();
+        std::fprintf(stderr, terminal ? "\r%d of %d files" : "%d of %d files\n", done, total);
+        std::fflush(stderr);
+        m_shown = terminal;
+    }
+
+private:
+    QElapsedTimer m_timer;
+    bool m_shown = false;
+};
+
+LanguageType LanguageOf(const Arguments& arguments)
+{
+    if (arguments.Has(u"language-file"_s)) {
+        if (arguments.Has(u"language"_s))
+            throw UsageError{u"Give either --language or --language-file."_s};
+        return LanguageType::File;
+    }
+    const QString name = arguments.Has(u"language"_s) ? arguments.Value(u"language"_s).toLower() : u"vb"_s;
+    if (name == u"vb"_s)
+        return LanguageType::VB;
+    if (name == u"cpp"_s)
+        return LanguageType::Cpp;
+    if (name == u"none"_s)
+        return LanguageType::None;
+    throw UsageError{u"Unknown language '%1': vb, cpp or none."_s.arg(name)};
+}
+
+FallbackEncoding FallbackOf(const Arguments& arguments)
+{
+    const QString name = arguments.Value(u"encoding"_s).toLower();
+    if (name.isEmpty() || name == u"utf-8"_s)
+        return FallbackEncoding::None;
+    if (name == u"latin1"_s)
+        return FallbackEncoding::Latin1;
+    if (name == u"windows-1252"_s)
+        return FallbackEncoding::Windows1252;
+    throw UsageError{u"Unknown encoding '%1': utf-8, latin1 or windows-1252."_s.arg(name)};
+}
+
+QString KindOf(const ReplicaState& state)
+{
+    if (state.IsChild && state.IsMother)
+        return u"child and mother"_s;
+    if (state.IsChild)
+        return u"child"_s;
+    return state.IsMother ? u"mother"_s : u"plain"_s;
+}
+
+} // namespace
+
+int New(const QStringList& words)
+{
+    const Arguments arguments(words, {{"language", "name"}, {"language-file", "file"}}, 1);
+    const LanguageType language = LanguageOf(arguments);
+    const QString path = arguments.Positional(0);
+    if (QFileInfo::exists(path))
+        throw RuntimeError(ErrorNumber::DatabaseExists,
+                           u"'%1' exists already; nothing was changed."_s.arg(QDir::toNativeSeparators(path)), u"new"_s);
+    // The reason of a failure has been printed when it was reported.
+    return CDBCreate().CreateNewDB(path, language, arguments.Value(u"language-file"_s)) ? 0 : 1;
+}
+
+int Info(const QStringList& words)
+{
+    const Arguments arguments(words, {}, 1);
+    const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadOnly);
+    const Recordset properties = database->OpenRecordset(u"Properties"_s);
+    const auto count = [&](const QString& table) { return database->QueryValue(u"SELECT count(*) FROM "_s + table).ToLong(); };
+    const auto property = [&](const QString& name) { return properties.IsEmpty() ? QString() : properties[name].ToText(); };
+    const QJsonObject info{
+        {u"path"_s, database->Name()},
+        {u"size"_s, QFileInfo(database->Name()).size()},
+        {u"identity"_s, property(u"DBID"_s)},
+        {u"kind"_s, KindOf(ReadReplicaState(*database))},
+        {u"language"_s, property(u"LanguageUsed"_s)},
+        {u"version"_s, property(u"Version"_s)},
+        {u"items"_s, count(u"Items"_s)},
+        {u"files"_s, count(u"Files"_s)},
+        {u"bookmarks"_s, count(u"Bookmarks"_s)},
+        {u"links"_s, count(u"ItemLinks"_s)},
+        {u"keywords"_s, count(u"Keywords"_s)},
+    };
+    if (arguments.Json()) {
+        Print(info);
+        return 0;
+    }
+    for (const QString& name : {u"path"_s, u"size"_s, u"identity"_s, u"kind"_s, u"language"_s, u"version"_s, u"items"_s,
+                                u"files"_s, u"bookmarks"_s, u"links"_s, u"keywords"_s})
+        Print(u"%1%2\n"_s.arg(name + u':', -11).arg(info.value(name).toVariant().toString()));
+    return 0;
+}
+
+int ImportFolderCommand(const QStringList& words)
+{
+    const Arguments arguments(words, {{"parent", "id"}, {"glob", "pattern"}, {"encoding", "name"}}, 2);
+    FolderImportOptions options;
+    options.Parent = arguments.IdOption(u"parent"_s);
+    options.Globs = arguments.Values(u"glob"_s);
+    options.Fallback = FallbackOf(arguments);
+    const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
+    FolderImportResult result;
+    {
+        ProgressLine line;
+        options.Progress = [&line](int done, int total) {
+            line.Show(done, total);
+            return true;
+        };
+        result = ImportFolder(*database, arguments.Positional(1), options);
+    }
+    QJsonArray skipped;
+    for (const SkippedFile& file : result.Skipped) {
+        skipped.append(QJsonObject{{u"path"_s, file.Path}, {u"reason"_s, file.Reason}});
+        if (!arguments.Json())
+            Complain(u"skipped: %1: %2"_s.arg(QDir::toNativeSeparators(file.Path), file.Reason));
+    }
+    if (arguments.Json())
+        Print(QJsonObject{{u"id"_s, result.RootItem}, {u"folders"_s, result.Folders}, {u"files"_s, result.Files}, {u"skipped"_s, skipped}});
+    else
+        Print(u"%1 files in %2 folders imported below item %3, %4 skipped\n"_s.arg(result.Files).arg(result.Folders).arg(
+            result.RootItem).arg(result.Skipped.size()));
+    return 0;
+}
+
+int Check(const QStringList& words)
+{
+    const Arguments arguments(words, {}, 1);
+    const auto database = DBEngine::OpenDatabase(arguments.Positional(0), DBEngine::Access::ReadOnly);
+    Session().CurrentFilesFolder = FilesFolderOf(database->Name());
+    const std::vector<LibraryFault> faults = CheckLibrary(*database);
+    QJsonArray list;
+    for (const LibraryFault& fault : faults) {
+        list.append(QJsonObject{{u"kind"_s, FaultName(fault.What)}, {u"table"_s, fault.Table}, {u"id"_s, fault.Id}, {u"text"_s, fault.Text}});
+        if (!arguments.Json())
+            Print(fault.Text + u'\n');
+    }
+    if (arguments.Json())
+        Print(list);
+    else if (faults.empty())
+        Print(u"Nothing is wrong with the library.\n"_s);
+    return faults.empty() ? 0 : 1;
+}
+
+} // namespace qb::cli

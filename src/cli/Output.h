@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QString>
+
+namespace qb::cli {
+
+/// Writes to standard output as UTF-8; raises RuntimeError 75 when that fails.
+void Print(const QString& text);
+void Print(const QJsonObject& object);
+void Print(const QJsonArray& array);
+
+/// Writes a line to standard error.
+void Complain(const QString& text);
+
+/// True when standard output, or standard error, is a terminal.
+bool OutputIsTerminal();
+bool ErrorIsTerminal();
+
+} // namespace qb::cli

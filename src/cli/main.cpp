@@ -1,0 +1,83 @@
+#include "cli/Arguments.h"
+#include "cli/CommandTable.h"
+#include "cli/Output.h"
+#include "platform/system/RuntimeError.h"
+#include "support/Version.h"
+
+#include <QCoreApplication>
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using namespace qb::cli;
+
+constexpr CommandEntry Table[] = {
+    {"new", "LIB [--language vb|cpp|none] [--language-file F]", "make a library", New},
+    {"info", "LIB", "what a library holds", Info},
+    {"tree", "LIB [--depth N]", "the items as a tree", Tree},
+    {"show", "LIB ID [--field title|description|info|code|usage|notes] [--raw]", "an item, or one of its texts", Show},
+    {"add", "LIB --parent ID --title T [--description T] [--info T] [--code FILE|-] [--usage FILE] [--notes FILE]",
+     "add an item; prints its ID", Add},
+    {"set", "LIB ID [--title T] [--description T] [--info T] [--code FILE|-] [--usage FILE] [--notes FILE]", "change an item", Set},
+    {"move", "LIB ID PARENT", "put an item under another (0: the root)", Move},
+    {"delete", "LIB ID", "delete an item and all below it", Delete},
+    {"import-folder", "LIB DIR [--parent ID] [--glob PATTERN]... [--encoding latin1|windows-1252]",
+     "take the source files of a folder in", ImportFolderCommand},
+    {"check", "LIB", "look for damage, lost items and missing files", Check},
+};
+
+QString UsageLine(const CommandEntry& command)
+{
+    return u"quillbase-cli %1 %2 [--json]"_s.arg(QLatin1StringView(command.Name), QLatin1StringView(command.Usage));
+}
+
+QString Help()
+{
+    QString text = u"KT Quillbase %1, command line. Exit status: 0 done, 1 refused or failed, 2 wrong usage.\n\n"_s.arg(
+        qb::ProgramVersion());
+    for (const CommandEntry& command : Table)
+        text += UsageLine(command) + u"\n    "_s + QLatin1StringView(command.Help) + u'\n';
+    return text;
+}
+
+int Run(const QStringList& words)
+{
+    if (words.isEmpty() || words.first() == u"--help"_s || words.first() == u"help"_s) {
+        Print(Help());
+        return words.isEmpty() ? 2 : 0;
+    }
+    if (words.first() == u"--version"_s) {
+        Print(qb::ProgramVersion() + u'\n');
+        return 0;
+    }
+    const auto* command = std::find_if(std::begin(Table), std::end(Table),
+                                       [&words](const CommandEntry& one) { return words.first() == QLatin1StringView(one.Name); });
+    if (command == std::end(Table)) {
+        Complain(u"quillbase-cli: unknown command '%1'; --help lists them"_s.arg(words.first()));
+        return 2;
+    }
+    try {
+        return command->Run(words.mid(1));
+    } catch (const UsageError& error) {
+        Complain(u"quillbase-cli: %1\nusage: %2"_s.arg(error.Text, UsageLine(*command)));
+        return 2;
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(u"quillbase-cli"_s);
+    try {
+        return Run(QCoreApplication::arguments().mid(1));
+    } catch (const qb::RuntimeError& error) {
+        qb::cli::Complain(u"quillbase-cli: "_s + error.Description());
+    } catch (const std::exception& error) {
+        qb::cli::Complain(u"quillbase-cli: "_s + QString::fromLocal8Bit(error.what()));
+    }
+    return 1;
+}

@@ -1,0 +1,282 @@
+#include "config/CSettings.h"
+
+#include "platform/system/Clock.h"
+#include "platform/system/Paths.h"
+#include "platform/system/SettingsStore.h"
+#include "support/DateFormatCustom.h"
+#include "support/ErrorRoutine.h"
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString ModuleName = u"CSettings"_s;
+const QString Section = u"Settings"_s;
+
+QString DefaultText(bool value)
+{
+    return BooleanText(value);
+}
+
+QString DefaultText(int value)
+{
+    return QString::number(value);
+}
+
+QString DefaultText(const char* value)
+{
+    return QString::fromLatin1(value);
+}
+
+} // namespace
+
+const std::array<CSettings::UserRow, size_t(CSettings::UserSetting::Count)>& CSettings::UserTable()
+{
+#define QB_ROW(property, key, fallback) {key, DefaultText(fallback)},
+    static const std::array<UserRow, size_t(UserSetting::Count)> table{{QB_USER_SETTINGS(QB_ROW, QB_ROW, QB_ROW)}};
+#undef QB_ROW
+    return table;
+}
+
+const std::array<const char*, size_t(CSettings::LibrarySetting::Count)>& CSettings::Columns()
+{
+#define QB_COLUMN(property, type, column) column,
+    static const std::array<const char*, size_t(LibrarySetting::Count)> columns{QB_LIBRARY_SETTINGS(QB_COLUMN)};
+#undef QB_COLUMN
+    return columns;
+}
+
+CSettings::CSettings(DatabaseSource currentDatabase) : m_currentDatabase(std::move(currentDatabase))
+{
+    LoadRegistrySettings();
+}
+
+CSettings::~CSettings()
+{
+    CountDay();
+}
+
+void CSettings::Initialise()
+{
+    LoadRegistrySettings();
+    Q_EMIT SettingsUpdated();
+    Q_EMIT eShowStatusBar(ShowStatusBar());
+}
+
+// The user's settings
+
+bool CSettings::UserFlag(UserSetting setting) const
+{
+    const bool value = BooleanFromText(UserText(setting));
+    if (setting != UserSetting::DBEnableSessionUndo)
+        return value;
+    // A shared library can't be undone; the preference is kept for the day it is no longer shared.
+    return value && !m_library[size_t(LibrarySetting::DBShared)].ToBoolean();
+}
+
+void CSettings::LetUserText(UserSetting setting, const QString& value)
+{
+    UserField(setting) = value;
+    Q_EMIT SettingAwaitingUpdate({});
+}
+
+void CSettings::LetUserFlag(UserSetting setting, bool value)
+{
+    LetUserText(setting, BooleanText(value));
+}
+
+void CSettings::LoadUser(UserSetting first, UserSetting end)
+{
+    for (size_t i = size_t(first); i < size_t(end); ++i) {
+        const UserRow& row = UserTable()[i];
+        m_user[i] = GetSetting(SettingsApplication, Section, QString::fromLatin1(row.Key), row.Default);
+    }
+}
+
+void CSettings::SaveUser(UserSetting first, UserSetting end)
+{
+    for (size_t i = size_t(first); i < size_t(end); ++i)
+        SaveSetting(SettingsApplication, Section, QString::fromLatin1(UserTable()[i].Key), m_user[i]);
+}
+
+// The settings of the library
+
+bool CSettings::OpenPropertiesRS()
+{
+    if (m_properties)
+        return false;
+    Database* database = m_currentDatabase ? m_currentDatabase() : nullptr;
+    if (!database)
+        return false;
+    return Guarded(ModuleName, u"OpenPropertiesRS"_s, [&] {
+        m_properties = database->OpenRecordset(u"Properties"_s);
+        if (m_properties->IsEmpty())
+            m_properties.reset();
+        else
+            m_properties->MoveFirst();
+    });
+}
+
+/// The value of a column of the library's row; nothing when there is no such row.
+std::optional<Value> CSettings::GetDatabaseProperty(const QString& column)
+{
+    const bool wasOpen = m_properties.has_value();
+    if (!wasOpen && !OpenPropertiesRS())
+        return std::nullopt;
+    const auto value = Guarded(ModuleName, u"GetDatabaseProperty"_s, [&]() -> std::optional<Value> {
+        if (!m_properties)
+            return std::nullopt;
+        return (*m_properties)[column]; // Null reads as 0, "" or False by the reader's type
+    }, std::optional<Value>());
+    if (!wasOpen)
+        ClosePropertiesRS();
+    return value;
+}
+
+void CSettings::ReadDatabaseProperty(LibrarySetting setting)
+{
+    if (const auto value = GetDatabaseProperty(QString::fromLatin1(Columns()[size_t(setting)])))
+        LibraryField(setting) = *value;
+}
+
+const Value& CSettings::LibraryValue(LibrarySetting setting)
+{
+    if (!m_changingSettings)
+        ReadDatabaseProperty(setting);
+    return LibraryField(setting);
+}
+
+void CSettings::LetLibraryValue(LibrarySetting setting, const Value& value)
+{
+    LibraryField(setting) = value;
+    Q_EMIT SettingAwaitingUpdate({});
+}
+
+int CSettings::DBBackupUsedDays()
+{
+    SetDBCompactOnExitUsedDays(int(LibraryValue(LibrarySetting::DBBackupUsedDays).ToLong()));
+    return 0;
+}
+
+void CSettings::SetDBBackupDir(const QString& folder)
+{
+    const bool separated = folder.endsWith(u'\\') || folder.endsWith(u'/');
+    LetLibraryValue(LibrarySetting::DBBackupDir, separated ? folder.chopped(1) : folder);
+}
+
+bool CSettings::DBCompactOnExitExecute()
+{
+    return DBCompactOnExitUsedDays() >= DBCompactOnExitPeriod();
+}
+
+bool CSettings::DBBackupOnExitExecute()
+{
+    return DBBackupUsedDays() >= DBBackupPeriod();
+}
+
+void CSettings::DBCompacted()
+{
+    LibraryField(LibrarySetting::DBLastCompacted) = Clock::Today();
+    SetDBCompactOnExitUsedDays(0);
+    Q_EMIT SettingAwaitingUpdate({});
+}
+
+void CSettings::DBBackedUp()
+{
+    LibraryField(LibrarySetting::DBLastBackedUp) = Clock::Today();
+    SetDBBackupUsedDays(0);
+    Q_EMIT SettingAwaitingUpdate({});
+}
+
+Value CSettings::DefaultWhenNull(LibrarySetting setting) const
+{
+    switch (setting) {
+    case LibrarySetting::DBCompactOnExitPeriod:
+    case LibrarySetting::DBBackupAutoDeleteNo:
+        return 5;
+    case LibrarySetting::DBBackupPeriod:
+        return 15;
+    case LibrarySetting::DBBackupDir:
+        return fnExtractPathOrFileName(m_currentDatabase()->Name(), PathPart::Folder) + u"Backups"_s;
+    default:
+        return {};
+    }
+}
+
+void CSettings::InitializeDatabaseProperties()
+{
+    const bool wasOpen = m_properties.has_value();
+    if (!wasOpen && !OpenPropertiesRS())
+        return;
+    Guarded(ModuleName, u"InitializeDatabaseProperties"_s, [this] {
+        for (size_t i = 0; m_properties && i < m_library.size(); ++i) {
+            const auto setting = LibrarySetting(i);
+            const Value value = (*m_properties)[QString::fromLatin1(Columns()[i])];
+            const bool missing = value.IsNull() || (setting == LibrarySetting::DBBackupDir && value.ToText().isEmpty());
+            m_library[i] = missing ? DefaultWhenNull(setting) : value;
+        }
+    });
+    if (!wasOpen)
+        ClosePropertiesRS();
+}
+
+void CSettings::SaveDatabaseProperties()
+{
+    Database* database = m_currentDatabase ? m_currentDatabase() : nullptr;
+    if (!database || database->IsReadOnly() || !OpenPropertiesRS() || !m_properties)
+        return;
+    Guarded(ModuleName, u"SaveDatabaseProperties"_s, [this] {
+        m_properties->Edit();
+        for (size_t i = 0; i < m_library.size(); ++i) {
+            // The column of the backup folder refuses an empty text.
+            const bool empty = LibrarySetting(i) == LibrarySetting::DBBackupDir && m_library[i].ToText().isEmpty();
+            m_properties->Set(QString::fromLatin1(Columns()[i]), empty ? Value() : m_library[i]);
+        }
+        m_properties->Update();
+    });
+    ClosePropertiesRS();
+}
+
+// Both
+
+void CSettings::Apply()
+{
+    Guarded(ModuleName, u"Apply"_s, [this] {
+        SaveUser(UserSetting(0), UserSetting::DBBackupAutomatic);
+        SaveDatabaseProperties();
+        SaveUser(UserSetting::DBBackupAutomatic, UserSetting::Count);
+        Q_EMIT SettingsUpdated();
+        Q_EMIT eShowStatusBar(ShowStatusBar());
+    });
+}
+
+void CSettings::LoadRegistrySettings()
+{
+    Guarded(ModuleName, u"LoadRegistrySettings"_s, [this] {
+        LoadUser(UserSetting(0), UserSetting::DBBackupAutomatic);
+        InitializeDatabaseProperties();
+        LoadUser(UserSetting::DBBackupAutomatic, UserSetting::Count);
+    });
+}
+
+void CSettings::CountDay()
+{
+    if (m_dayCounted)
+        return;
+    m_dayCounted = true;
+    LibraryField(LibrarySetting::DBCompactOnExitUsedDays) = DBCompactOnExitUsedDays();
+    LibraryField(LibrarySetting::DBBackupUsedDays) = DBBackupUsedDays();
+    const Date lastOpened = LibraryField(LibrarySetting::LastOpened).ToDate();
+    const Date today = Clock::Today();
+    // The texts are compared, not the dates, so that the day of the month decides first.
+    if (DateFormatCustom(lastOpened, DatePattern::Day) >= DateFormatCustom(today, DatePattern::Day))
+        return;
+    LibraryField(LibrarySetting::LastOpened) = today;
+    for (const LibrarySetting counter : {LibrarySetting::DBCompactOnExitUsedDays, LibrarySetting::DBBackupUsedDays})
+        LibraryField(counter) = LibraryField(counter).ToLong() + 1;
+    SaveDatabaseProperties();
+}
+
+} // namespace qb

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/dao/Database.h"
+#include "platform/system/TextEncoding.h"
+
+#include <QString>
+#include <QStringList>
+#include <functional>
+#include <vector>
+
+namespace qb {
+
+struct FolderImportOptions {
+    qint64 Parent = 0;      ///< the item under which the folder is put; 0: the root
+    QStringList Globs;      ///< patterns of file names; empty: all files
+    FallbackEncoding Fallback = FallbackEncoding::None;
+    /// Gets the number of files done and the number of all; false stops the import.
+    std::function<bool(int done, int total)> Progress;
+};
+
+/// A file that could not be taken in, and why.
+struct SkippedFile {
+    QString Path;
+    QString Reason;
+};
+
+struct FolderImportResult {
+    qint64 RootItem = 0; ///< the item made for the folder itself
+    int Folders = 0;
+    int Files = 0;
+    std::vector<SkippedFile> Skipped;
+};
+
+/// Takes a folder in: the folder and the folders in it become items, the files in it items with
+/// their text as code. With Globs, only folders on the way to a matching file. Links to folders
+/// are not followed. Files that are no text are skipped and named. One transaction: on an error,
+/// which is raised, or a stop, the library is as it was.
+FolderImportResult ImportFolder(Database& database, const QString& folder, const FolderImportOptions& options);
+
+} // namespace qb

@@ -1,0 +1,164 @@
+#include "maintenance/LibraryCheck.h"
+
+#include "platform/system/Paths.h"
+#include "store/SessionValues.h"
+#include "store/StoredFiles.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <unordered_map>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Faults = std::vector<LibraryFault>;
+using Kind = LibraryFault::Kind;
+
+bool CheckStructure(Database& database, Faults& faults)
+{
+    Statement rows = database.Query(u"PRAGMA integrity_check"_s);
+    while (rows.Step()) {
+        if (rows.Text(0) != u"ok"_s)
+            faults.push_back({Kind::Damage, {}, 0, u"The file is damaged: %1."_s.arg(rows.Text(0))});
+    }
+    Statement references = database.Query(u"SELECT \"table\", rowid, parent FROM pragma_foreign_key_check"_s);
+    while (references.Step())
+        faults.push_back({Kind::Damage, references.Text(0), references.Long(1),
+                          u"The row %1 of %2 refers to a row of %3 that does not exist."_s.arg(references.Long(1)).arg(
+                              references.Text(0), references.Text(2))});
+    return faults.empty();
+}
+
+bool CheckTables(Database& database, Faults& faults)
+{
+    bool complete = true;
+    for (const QString& table :
+         {u"BookmarkGroups"_s, u"Bookmarks"_s, u"ChildCopies"_s, u"DBVersion"_s, u"Files"_s, u"ItemLinks"_s, u"Items"_s,
+          u"Keywords"_s, u"Properties"_s}) {
+        if (database.TableExists(table))
+            continue;
+        faults.push_back({Kind::MissingTable, table, 0, u"The table %1 is missing."_s.arg(table)});
+        complete = false;
+    }
+    return complete;
+}
+
+void CheckProperties(Database& database, Faults& faults)
+{
+    const qint64 rows = database.QueryValue(u"SELECT count(*) FROM Properties"_s).ToLong();
+    if (rows != 1)
+        faults.push_back({Kind::MissingProperties, u"Properties"_s, 0,
+                          u"Properties has %1 rows; a library has one."_s.arg(rows)});
+}
+
+struct Item {
+    qint64 Parent;
+    enum { Unknown, OnTheWay, ReachesTop } State = Unknown;
+};
+using Items = std::unordered_map<qint64, Item>;
+
+QString TitleOf(Database& database, qint64 id)
+{
+    return database.QueryValue(u"SELECT Title FROM Items WHERE ID = ?"_s, {id}).ToText();
+}
+
+/// Follows the parents of @p id up to an item that is known to reach the top (or to end, lost or
+/// in a cycle, where that was reported already); returns an item of a cycle that was met anew, or 0.
+qint64 FollowParents(Items& items, qint64 id)
+{
+    std::vector<Item*> way;
+    qint64 cycle = 0;
+    for (qint64 at = id;;) {
+        const auto found = items.find(at);
+        if (found == items.end() || found->second.State == Item::ReachesTop)
+            break;
+        if (found->second.State == Item::OnTheWay) {
+            cycle = at;
+            break;
+        }
+        found->second.State = Item::OnTheWay;
+        way.push_back(&found->second);
+        at = found->second.Parent;
+    }
+    for (Item* item : way)
+        item->State = Item::ReachesTop; // seen; what is wrong on this way has been reported
+    return cycle;
+}
+
+void CheckTree(Database& database, Faults& faults)
+{
+    Items items;
+    Statement rows = database.Query(u"SELECT ID, ParentID FROM Items"_s);
+    while (rows.Step())
+        items.emplace(rows.Long(0), Item{rows.Long(1)});
+    std::vector<qint64> ids;
+    for (const auto& [id, item] : items)
+        ids.push_back(id);
+    std::sort(ids.begin(), ids.end());
+    for (const qint64 id : ids) {
+        const qint64 parent = items.at(id).Parent;
+        if (parent != 0 && !items.contains(parent))
+            faults.push_back({Kind::LostParent, u"Items"_s, id,
+                              u"The item %1 '%2' has the parent %3, which does not exist."_s.arg(id).arg(
+                                  TitleOf(database, id)).arg(parent)});
+        const qint64 cycle = FollowParents(items, id);
+        if (cycle == 0)
+            continue;
+        qint64 at = cycle;
+        do { // each row of the cycle is named
+            faults.push_back({Kind::Cycle, u"Items"_s, at,
+                              u"The item %1 '%2' stands below itself."_s.arg(at).arg(TitleOf(database, at))});
+            at = items.at(at).Parent;
+        } while (at != cycle);
+    }
+}
+
+void CheckStoredFiles(Database& database, Faults& faults)
+{
+    Statement rows = database.Query(u"SELECT ID, Title, CodeID FROM Files ORDER BY ID"_s);
+    while (rows.Step()) {
+        const QString path = StoredFilePath(rows.Long(0), rows.Text(1));
+        if (path.isEmpty() || !QFileInfo(path).isFile())
+            faults.push_back({Kind::MissingFile, u"Files"_s, rows.Long(0),
+                              u"The stored file %1 '%2' of the item %3 is missing from '%4'."_s.arg(rows.Long(0)).arg(
+                                  rows.Text(1)).arg(rows.Long(2)).arg(QDir::toNativeSeparators(Session().CurrentFilesFolder))});
+    }
+}
+
+} // namespace
+
+QString FaultName(LibraryFault::Kind kind)
+{
+    switch (kind) {
+    case Kind::Damage:
+        return u"damage"_s;
+    case Kind::MissingTable:
+        return u"missing-table"_s;
+    case Kind::MissingProperties:
+        return u"missing-properties"_s;
+    case Kind::LostParent:
+        return u"lost-parent"_s;
+    case Kind::Cycle:
+        return u"cycle"_s;
+    case Kind::MissingFile:
+        break;
+    }
+    return u"missing-file"_s;
+}
+
+std::vector<LibraryFault> CheckLibrary(Database& database)
+{
+    Faults faults;
+    CheckStructure(database, faults);
+    if (!CheckTables(database, faults))
+        return faults;
+    CheckProperties(database, faults);
+    CheckTree(database, faults);
+    CheckStoredFiles(database, faults);
+    return faults;
+}
+
+} // namespace qb

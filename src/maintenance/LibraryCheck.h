@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/dao/Database.h"
+
+#include <QString>
+#include <vector>
+
+namespace qb {
+
+/// Something wrong in a library.
+struct LibraryFault {
+    enum class Kind { Damage, MissingTable, MissingProperties, LostParent, Cycle, MissingFile };
+    Kind What;
+    QString Table; ///< empty for damage of the file itself
+    qint64 Id = 0; ///< of the row, 0 when no row is meant
+    QString Text;  ///< a sentence that names it
+};
+
+/// The word by which a kind is named in output for machines.
+QString FaultName(LibraryFault::Kind kind);
+
+/// Looks through a library: the file's own structure, the tables, items whose parent is missing
+/// or that are their own ancestors, and stored files that are gone from the disk. Changes nothing.
+std::vector<LibraryFault> CheckLibrary(Database& database);
+
+} // namespace qb

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "panels/TreeNodes.h"
+
+namespace qb {
+
+/// What the item tree's logic needs of the control that shows the tree.
+class ItemTreeView {
+public:
+    virtual ~ItemTreeView() = default;
+
+    virtual TreeNodes& Nodes() = 0;
+    /// The selected node, or null.
+    virtual TreeNode* SelectedItem() const = 0;
+    /// Selects a node; this is no click on it.
+    virtual void SelectItem(TreeNode& node) = 0;
+    virtual void EnsureVisible(TreeNode& node) = 0;
+    virtual void SetExpanded(TreeNode& node, bool expanded) = 0;
+    virtual void FocusTree() = 0;
+    virtual void SetTreeVisible(bool visible) = 0;
+};
+
+} // namespace qb

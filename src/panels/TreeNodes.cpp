@@ -1,0 +1,247 @@
+#include "panels/TreeNodes.h"
+
+#include "platform/system/RuntimeError.h"
+
+#include <algorithm>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString Source = u"TreeNodes"_s;
+constexpr char16_t FirstNonAscii = 0x80;
+
+bool IsAscii(const QString& text)
+{
+    return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < FirstNonAscii; });
+}
+
+/// The letters of a title without case and accents.
+QString SortKey(const QString& title)
+{
+    if (IsAscii(title))
+        return title.toLower();
+    QString key;
+    for (const QChar letter : title.normalized(QString::NormalizationForm_KD)) {
+        if (letter.category() != QChar::Mark_NonSpacing)
+            key += letter;
+    }
+    return key.toCaseFolded();
+}
+
+} // namespace
+
+QString ImageKey(TreeImage image)
+{
+    switch (image) {
+    case TreeImage::OBJECTS:
+        return u"OBJECTS"_s;
+    case TreeImage::FOLDER:
+        return u"FOLDER"_s;
+    case TreeImage::OPENFOLDER:
+        return u"OPENFOLDER"_s;
+    case TreeImage::CHILD:
+        return u"CHILD"_s;
+    case TreeImage::DELETED_ITEM:
+        return u"DELETED_ITEM"_s;
+    case TreeImage::CONFLICT_ITEM_INFO:
+        return u"CONFLICT_ITEM_INFO"_s;
+    case TreeImage::CONFLICT_ITEM:
+        break;
+    }
+    return u"CONFLICT_ITEM"_s;
+}
+
+QString NodeKey(qint64 id)
+{
+    return id == 0 ? RootKey : u'C' + QString::number(id);
+}
+
+qint64 IdOfKey(const QString& key)
+{
+    return key == RootKey ? 0 : key.mid(1).toLongLong();
+}
+
+QString TreeNode::Key() const
+{
+    return NodeKey(Id);
+}
+
+QString TreeNode::FullPath() const
+{
+    QStringList texts;
+    for (const TreeNode* node = this; node; node = node->Parent)
+        texts.prepend(node->Text);
+    return texts.join(u'\\');
+}
+
+bool TitleLess(const TreeNode& left, const TreeNode& right)
+{
+    const bool plain = IsAscii(left.Text) && IsAscii(right.Text);
+    const int order = plain ? left.Text.compare(right.Text, Qt::CaseInsensitive)
+                            : SortKey(left.Text).compare(SortKey(right.Text));
+    return order != 0 ? order < 0 : left.Id < right.Id;
+}
+
+TreeNodes::TreeNodes(QObject* parent) : QAbstractItemModel(parent) {}
+
+void TreeNodes::BeginBuild()
+{
+    beginResetModel();
+}
+
+void TreeNodes::EndBuild()
+{
+    NumberRows();
+    endResetModel();
+}
+
+void TreeNodes::NumberRows()
+{
+    const auto number = [](const std::vector<TreeNode*>& siblings) {
+        for (size_t i = 0; i < siblings.size(); ++i)
+            siblings[i]->Row = int(i);
+    };
+    std::erase_if(m_topLevel, [](const TreeNode* node) { return node->Parent != nullptr; });
+    number(m_topLevel);
+    for (const TreeNode& node : m_nodes)
+        number(node.Children);
+}
+
+TreeNode& TreeNodes::Add(qint64 id, const QString& text, TreeImage image)
+{
+    TreeNode*& place = m_byId[id];
+    if (place)
+        throw RuntimeError(ErrorNumber::NodeKeyExists, u"The tree has a node '%1' already."_s.arg(NodeKey(id)), Source);
+    TreeNode& node = m_nodes.emplace_back();
+    node.Id = id;
+    node.Text = text;
+    node.Image = image;
+    node.ExpandedImage = image;
+    m_topLevel.push_back(&node);
+    place = &node;
+    return node;
+}
+
+void TreeNodes::PutUnder(TreeNode& node, TreeNode& parent)
+{
+    // A node without children can only be its own parent, so most nodes need no walk.
+    bool below = &node == &parent;
+    for (const TreeNode* at = node.Children.empty() ? nullptr : &parent; at && !below; at = at->Parent)
+        below = at == &node;
+    if (below)
+        throw RuntimeError(ErrorNumber::NodeCycle,
+                           u"The item '%1' (%2) can't stand below itself."_s.arg(node.Text).arg(node.Id), Source);
+    if (node.Parent)
+        std::erase(node.Parent->Children, &node);
+    node.Parent = &parent; // one that leaves the top level is taken out there when the build ends
+    parent.Children.push_back(&node);
+}
+
+void TreeNodes::SortChildren(TreeNode& node)
+{
+    const auto less = [](const TreeNode* left, const TreeNode* right) { return TitleLess(*left, *right); };
+    // They mostly come in order, and sorting what is in order costs more than looking.
+    if (!std::is_sorted(node.Children.begin(), node.Children.end(), less))
+        std::sort(node.Children.begin(), node.Children.end(), less);
+}
+
+void TreeNodes::Clear()
+{
+    m_topLevel.clear();
+    m_byId.clear();
+    m_nodes.clear();
+}
+
+TreeNode& TreeNodes::operator[](qint64 id) const
+{
+    TreeNode* node = Find(id);
+    if (!node)
+        throw RuntimeError(ErrorNumber::NodeNotFound, u"The item %1 is not in the tree."_s.arg(id), Source);
+    return *node;
+}
+
+TreeNode* TreeNodes::NextSibling(const TreeNode& node)
+{
+    if (!node.Parent)
+        return nullptr;
+    const size_t next = size_t(node.Row) + 1;
+    return next < node.Parent->Children.size() ? node.Parent->Children[next] : nullptr;
+}
+
+TreeNode* TreeNodes::PreviousSibling(const TreeNode& node)
+{
+    return node.Parent && node.Row > 0 ? node.Parent->Children[size_t(node.Row) - 1] : nullptr;
+}
+
+void TreeNodes::SetImages(TreeNode& node, TreeImage image, TreeImage expandedImage)
+{
+    node.Image = image;
+    node.ExpandedImage = expandedImage;
+    const QModelIndex changed = IndexOf(&node);
+    Q_EMIT dataChanged(changed, changed, {ImageRole, ExpandedImageRole});
+}
+
+void TreeNodes::SetBold(TreeNode& node, bool bold)
+{
+    node.Bold = bold;
+    const QModelIndex changed = IndexOf(&node);
+    Q_EMIT dataChanged(changed, changed, {BoldRole});
+}
+
+QModelIndex TreeNodes::IndexOf(const TreeNode* node) const
+{
+    return node ? createIndex(node->Row, 0, node) : QModelIndex();
+}
+
+TreeNode* TreeNodes::NodeAt(const QModelIndex& index) const
+{
+    return static_cast<TreeNode*>(index.internalPointer());
+}
+
+QModelIndex TreeNodes::index(int row, int column, const QModelIndex& parent) const
+{
+    const std::vector<TreeNode*>& children = ChildrenOf(NodeAt(parent));
+    const bool exists = column == 0 && row >= 0 && size_t(row) < children.size();
+    return exists ? createIndex(row, 0, children[size_t(row)]) : QModelIndex();
+}
+
+QModelIndex TreeNodes::parent(const QModelIndex& child) const
+{
+    return child.isValid() ? IndexOf(NodeAt(child)->Parent) : QModelIndex();
+}
+
+int TreeNodes::rowCount(const QModelIndex& parent) const
+{
+    return int(ChildrenOf(NodeAt(parent)).size());
+}
+
+int TreeNodes::columnCount(const QModelIndex&) const
+{
+    return 1;
+}
+
+QVariant TreeNodes::data(const QModelIndex& index, int role) const
+{
+    const TreeNode* node = NodeAt(index);
+    if (!node)
+        return {};
+    switch (role) {
+    case Qt::DisplayRole:
+        return node->Text;
+    case Qt::ToolTipRole:
+        return node->Tag.isEmpty() ? QVariant() : QVariant(node->Tag);
+    case ImageRole:
+        return int(node->Image);
+    case ExpandedImageRole:
+        return int(node->ExpandedImage);
+    case BoldRole:
+        return node->Bold;
+    default:
+        return {};
+    }
+}
+
+} // namespace qb

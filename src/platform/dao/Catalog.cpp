@@ -1,0 +1,227 @@
+#include "platform/dao/Catalog.h"
+
+#include "platform/dao/Database.h"
+
+#include <algorithm>
+
+namespace qb::Catalog {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString PrimaryIndexName = u"PrimaryKey"_s;
+
+// The declared types decide the engine's affinity: "TEXT" anywhere in the name keeps digits
+// text, "BLOB" keeps bytes bytes, everything else is numeric.
+QString DeclaredType(const Field& field)
+{
+    switch (field.Type) {
+    case FieldType::Boolean:
+        return u"BOOLEAN"_s;
+    case FieldType::Byte:
+        return u"BYTE"_s;
+    case FieldType::Integer:
+        return u"INTEGER16"_s;
+    case FieldType::Long:
+        return u"LONG"_s;
+    case FieldType::Date:
+        return u"DATETIME"_s;
+    case FieldType::Text:
+        return u"TEXT(%1)"_s.arg(field.Size);
+    case FieldType::LongBinary:
+        return u"LONGBINARY BLOB"_s;
+    case FieldType::Memo:
+        break;
+    }
+    return u"MEMO TEXT"_s;
+}
+
+QString Check(const Field& field, QLatin1StringView rule, const QString& condition)
+{
+    return u" CONSTRAINT %1 CHECK (%2)"_s.arg(Quoted(field.Name + u':' + rule), condition);
+}
+
+QString RangeCheck(const Field& field, const QString& low, const QString& high)
+{
+    const QString name = Quoted(field.Name);
+    // Null passes: a check is violated only by a result of 0.
+    return Check(field, CheckRule::Range,
+                 u"%1 IS NULL OR (typeof(%1) = 'integer' AND %1 BETWEEN %2 AND %3)"_s.arg(name, low, high));
+}
+
+QString Checks(const Field& field)
+{
+    const QString name = Quoted(field.Name);
+    QString checks;
+    switch (field.Type) {
+    case FieldType::Boolean:
+        return Check(field, CheckRule::Range, u"%1 IN (0, -1)"_s.arg(name));
+    case FieldType::Byte:
+        return RangeCheck(field, u"0"_s, u"255"_s);
+    case FieldType::Integer:
+        return RangeCheck(field, u"-32768"_s, u"32767"_s);
+    case FieldType::Long:
+        return RangeCheck(field, u"-2147483648"_s, u"2147483647"_s);
+    case FieldType::Date: // from the year 100 to the year 9999
+        return RangeCheck(field, u"-56802297600"_s, u"255611462399"_s);
+    case FieldType::LongBinary:
+        return {};
+    case FieldType::Text:
+        // length() stops at a NUL character, so that one must not hide a longer text.
+        checks = Check(field, CheckRule::Length,
+                       u"%1 IS NULL OR (length(%1) <= %2 AND instr(%1, char(0)) = 0)"_s.arg(name).arg(field.Size));
+        break;
+    case FieldType::Memo:
+        break;
+    }
+    if (!field.AllowZeroLength)
+        checks += Check(field, CheckRule::ZeroLength, u"%1 <> ''"_s.arg(name));
+    return checks;
+}
+
+QString Literal(const Value& value)
+{
+    if (const auto* text = std::get_if<QString>(&value.Content()))
+        return u'\'' + QString(*text).replace(u'\'', u"''"_s) + u'\'';
+    return value.ToText();
+}
+
+} // namespace
+
+void Create(Database& database)
+{
+    database.Execute(u"CREATE TABLE MSysFields (TableName TEXT NOT NULL COLLATE NOCASE, FieldName TEXT NOT NULL "
+                     "COLLATE NOCASE, Sequence INTEGER NOT NULL, OrdinalPosition INTEGER NOT NULL, Type INTEGER NOT "
+                     "NULL, Size INTEGER NOT NULL, AutoNumber INTEGER NOT NULL, Required INTEGER NOT NULL, "
+                     "AllowZeroLength INTEGER NOT NULL, DefaultValue, PRIMARY KEY (TableName, FieldName)) WITHOUT ROWID"_s);
+    database.Execute(u"CREATE TABLE MSysRelations (Name TEXT NOT NULL COLLATE NOCASE PRIMARY KEY, TableName TEXT NOT "
+                     "NULL COLLATE NOCASE, ForeignTable TEXT NOT NULL COLLATE NOCASE, FieldName TEXT NOT NULL, "
+                     "ForeignField TEXT NOT NULL, Attributes INTEGER NOT NULL) WITHOUT ROWID"_s);
+}
+
+QString ColumnSql(const Field& field, bool required)
+{
+    QString sql = Quoted(field.Name) + u' ';
+    if (field.AutoIncrement) {
+        // Only this very spelling makes the engine number the rows; numbers are not used again.
+        return sql + u"INTEGER PRIMARY KEY AUTOINCREMENT"_s + Checks(field);
+    }
+    sql += DeclaredType(field);
+    if (required)
+        sql += u" NOT NULL"_s;
+    if (!field.DefaultValue.IsNull())
+        sql += u" DEFAULT "_s + Literal(field.DefaultValue);
+    if (field.Type == FieldType::Text || field.Type == FieldType::Memo)
+        sql += u" COLLATE NOCASE"_s;
+    return sql + Checks(field);
+}
+
+QString CreateTableSql(const TableDef& table, const std::vector<Relation>& relations, const QString& name)
+{
+    const Index* primary = table.FindIndex(PrimaryIndexName);
+    QStringList parts;
+    for (const Field& field : table.Fields) {
+        const bool inPrimary = primary && primary->Fields.contains(field.Name, Qt::CaseInsensitive);
+        parts << ColumnSql(field, field.Required || inPrimary);
+    }
+    for (const Relation& relation : relations) {
+        QString reference = u"FOREIGN KEY (%1) REFERENCES %2 (%3)"_s.arg(
+            Quoted(relation.ForeignField), Quoted(relation.Table), Quoted(relation.FieldName));
+        if (relation.Attributes & SchemaAttribute::RelationUpdateCascade)
+            reference += u" ON UPDATE CASCADE"_s;
+        if (relation.Attributes & SchemaAttribute::RelationDeleteCascade)
+            reference += u" ON DELETE CASCADE"_s;
+        parts << reference;
+    }
+    return u"CREATE TABLE %1 (%2)"_s.arg(Quoted(name), parts.join(u", "_s));
+}
+
+QString StoredIndexName(const QString& table, const QString& index)
+{
+    return table + u'_' + index;
+}
+
+QString CreateIndexSql(const QString& table, const Index& index)
+{
+    QStringList columns;
+    for (const QString& field : index.Fields)
+        columns << Quoted(field);
+    const QString unique = index.Unique || index.Primary ? u"UNIQUE "_s : QString();
+    return u"CREATE %1INDEX %2 ON %3 (%4)"_s.arg(unique, Quoted(StoredIndexName(table, index.Name)), Quoted(table),
+                                                 columns.join(u", "_s));
+}
+
+TableDef ReadTableDef(Database& database, const QString& table)
+{
+    TableDef definition;
+    Statement fields = database.Query(u"SELECT TableName, FieldName, Type, Size, OrdinalPosition, AutoNumber, Required, "
+                                      "AllowZeroLength, DefaultValue FROM MSysFields WHERE TableName = ? "
+                                      "ORDER BY OrdinalPosition, Sequence"_s,
+                                      {table});
+    while (fields.Step()) {
+        definition.Name = fields.Text(0);
+        definition.Fields.push_back({.Name = fields.Text(1),
+                                     .Type = FieldType(fields.Long(2)),
+                                     .Size = int(fields.Long(3)),
+                                     .OrdinalPosition = int(fields.Long(4)),
+                                     .AutoIncrement = fields.Long(5) != 0,
+                                     .Required = fields.Long(6) != 0,
+                                     .AllowZeroLength = fields.Long(7) != 0,
+                                     .DefaultValue = fields.Column(8)});
+    }
+    const QString prefix = StoredIndexName(definition.Name, {});
+    Statement indexes = database.Query(u"SELECT l.name, l.\"unique\", i.name FROM pragma_index_list(?) l, "
+                                       "pragma_index_info(l.name) i ORDER BY l.name, i.seqno"_s,
+                                       {definition.Name});
+    while (indexes.Step()) {
+        if (!indexes.Text(0).startsWith(prefix))
+            continue;
+        const QString name = indexes.Text(0).mid(prefix.size());
+        if (definition.Indexes.empty() || definition.Indexes.back().Name != name)
+            definition.Indexes.push_back(
+                {.Name = name, .Fields = {}, .Primary = name == PrimaryIndexName, .Unique = indexes.Long(1) != 0});
+        definition.Indexes.back().Fields << indexes.Text(2);
+    }
+    return definition;
+}
+
+void WriteField(Database& database, const QString& table, const Field& field)
+{
+    database.Execute(u"INSERT INTO MSysFields (TableName, FieldName, Sequence, OrdinalPosition, Type, Size, "
+                     "AutoNumber, Required, AllowZeroLength, DefaultValue) VALUES (?1, ?2, (SELECT "
+                     "coalesce(max(Sequence), 0) + 1 FROM MSysFields WHERE TableName = ?1), ?3, ?4, ?5, ?6, ?7, ?8, ?9)"_s,
+                     {table, field.Name, field.OrdinalPosition, int(field.Type), field.Size, field.AutoIncrement,
+                      field.Required, field.AllowZeroLength, field.DefaultValue});
+}
+
+void ForgetField(Database& database, const QString& table, const QString& field)
+{
+    database.Execute(u"DELETE FROM MSysFields WHERE TableName = ? AND FieldName = ?"_s, {table, field});
+}
+
+void ForgetTable(Database& database, const QString& table)
+{
+    database.Execute(u"DELETE FROM MSysFields WHERE TableName = ?"_s, {table});
+    database.Execute(u"DELETE FROM MSysRelations WHERE ForeignTable = ?"_s, {table});
+}
+
+std::vector<Relation> ReadRelations(Database& database)
+{
+    std::vector<Relation> relations;
+    Statement rows = database.Query(
+        u"SELECT Name, TableName, ForeignTable, FieldName, ForeignField, Attributes FROM MSysRelations ORDER BY Name"_s);
+    while (rows.Step())
+        relations.push_back({rows.Text(0), rows.Text(1), rows.Text(2), rows.Text(3), rows.Text(4), int(rows.Long(5))});
+    return relations;
+}
+
+void WriteRelation(Database& database, const Relation& relation)
+{
+    database.Execute(u"INSERT INTO MSysRelations (Name, TableName, ForeignTable, FieldName, ForeignField, Attributes) "
+                     "VALUES (?, ?, ?, ?, ?, ?)"_s,
+                     {relation.Name, relation.Table, relation.ForeignTable, relation.FieldName, relation.ForeignField,
+                      relation.Attributes});
+}
+
+} // namespace qb::Catalog

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/dao/Schema.h"
+
+namespace qb {
+
+class Database;
+
+/// How the schema lies in the file: the statements that make tables, and the two tables that
+/// keep what the engine's own schema can't (`MSysFields`: ordinal positions, sizes, flags;
+/// `MSysRelations`: the relations by name).
+namespace Catalog {
+
+/// Makes the two tables in a new file.
+void Create(Database& database);
+
+/// The statement that makes @p table with the references in @p relations, under @p name.
+QString CreateTableSql(const TableDef& table, const std::vector<Relation>& relations, const QString& name);
+QString CreateIndexSql(const QString& table, const Index& index);
+/// The declaration of one column: type, default and checks.
+QString ColumnSql(const Field& field, bool required);
+
+TableDef ReadTableDef(Database& database, const QString& table);
+void WriteField(Database& database, const QString& table, const Field& field);
+void ForgetField(Database& database, const QString& table, const QString& field);
+void ForgetTable(Database& database, const QString& table);
+
+std::vector<Relation> ReadRelations(Database& database);
+void WriteRelation(Database& database, const Relation& relation);
+
+/// Index names are unique in a table here and in the whole file there.
+QString StoredIndexName(const QString& table, const QString& index);
+
+} // namespace Catalog
+
+} // namespace qb

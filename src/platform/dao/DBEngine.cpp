@@ -1,0 +1,130 @@
+#include "platform/dao/DBEngine.h"
+
+#include "platform/dao/Catalog.h"
+#include "platform/dao/EngineError.h"
+#include "platform/system/FileReplace.h"
+#include "platform/system/Paths.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <sqlite3.h>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int BusyTimeoutMilliseconds = 5000;
+constexpr QByteArrayView FileMagic{"SQLite format 3\0", 16};
+
+QString Shown(const QString& path)
+{
+    return QDir::toNativeSeparators(path);
+}
+
+/// Says before the engine does, and more clearly, what is wrong with a file.
+void RefuseWhatIsNoDatabase(const QString& path)
+{
+    const QString procedure = u"DBEngine::OpenDatabase"_s;
+    const QFileInfo info(path);
+    if (!info.exists())
+        throw RuntimeError(ErrorNumber::FileNotFound, u"The file '%1' was not found."_s.arg(Shown(path)), procedure);
+    if (info.isDir())
+        throw RuntimeError(ErrorNumber::NotADatabase, u"'%1' is a folder, not a database."_s.arg(Shown(path)), procedure);
+    if (info.size() == 0)
+        throw RuntimeError(ErrorNumber::NotADatabase, u"'%1' is empty, not a database."_s.arg(Shown(path)), procedure);
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw RuntimeError(ErrorNumber::CannotOpen, u"'%1' can't be opened: %2."_s.arg(Shown(path), file.errorString()),
+                           procedure);
+    if (file.read(FileMagic.size()) != FileMagic)
+        throw RuntimeError(ErrorNumber::NotADatabase, u"'%1' is not a database of this program."_s.arg(Shown(path)),
+                           procedure);
+}
+
+} // namespace
+
+std::unique_ptr<Database> DBEngine::Connect(const QString& path, int flags)
+{
+    sqlite3* connection = nullptr;
+    const QString absolute = QFileInfo(path).absoluteFilePath();
+    const int code = sqlite3_open_v2(absolute.toUtf8().constData(), &connection, flags, nullptr);
+    std::unique_ptr<Database> database(new Database(connection, absolute));
+    if (code != SQLITE_OK)
+        database->Raise(code, u"DBEngine::OpenDatabase"_s);
+    sqlite3_extended_result_codes(connection, 1);
+    sqlite3_busy_timeout(connection, BusyTimeoutMilliseconds);
+    // Libraries come from other people: nothing in a file's schema is to be trusted with more
+    // than holding data.
+    sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_db_config(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    database->Execute(u"PRAGMA foreign_keys = ON"_s);
+    database->Execute(u"PRAGMA synchronous = FULL"_s);
+    database->Execute(u"PRAGMA cache_size = -8000"_s); // kB
+    return database;
+}
+
+std::unique_ptr<Database> DBEngine::CreateDatabase(const QString& path)
+{
+    const QString procedure = u"DBEngine::CreateDatabase"_s;
+    if (QFileInfo::exists(path))
+        throw RuntimeError(ErrorNumber::DatabaseExists, u"The file '%1' exists already."_s.arg(Shown(path)), procedure);
+    if (const QString reason = WhyNotWritable(path); !reason.isEmpty())
+        throw RuntimeError(ErrorNumber::PathAccess,
+                           u"The database '%1' can't be made. %2"_s.arg(Shown(path), reason), procedure);
+    std::unique_ptr<Database> database = Connect(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    database->Execute(u"PRAGMA application_id = %1"_s.arg(ApplicationId));
+    database->Execute(u"PRAGMA user_version = %1"_s.arg(FormatVersion));
+    Transaction transaction(*database);
+    Catalog::Create(*database);
+    transaction.Commit();
+    return database;
+}
+
+std::unique_ptr<Database> DBEngine::OpenDatabase(const QString& path, Access access)
+{
+    RefuseWhatIsNoDatabase(path);
+    if (access == Access::ReadWrite) {
+        if (const QString reason = WhyNotWritable(path); !reason.isEmpty())
+            throw RuntimeError(ErrorNumber::CannotOpen, u"'%1' can't be changed. %2"_s.arg(Shown(path), reason),
+                               u"DBEngine::OpenDatabase"_s);
+    }
+    std::unique_ptr<Database> database =
+        Connect(path, access == Access::ReadWrite ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY);
+    // Reading the schema brings damage to light, and an unfinished transaction to its end.
+    database->QueryValue(u"SELECT count(*) FROM sqlite_schema"_s);
+    if (access == Access::ReadWrite && database->IsReadOnly())
+        throw RuntimeError(ErrorNumber::CannotOpen, u"'%1' is read-only."_s.arg(Shown(path)),
+                           u"DBEngine::OpenDatabase"_s);
+    // A file that another tool has switched to a write-ahead log could not lie on a share.
+    if (access == Access::ReadWrite && database->QueryValue(u"PRAGMA journal_mode"_s).ToText() == u"wal"_s)
+        database->QueryValue(u"PRAGMA journal_mode = DELETE"_s);
+    return database;
+}
+
+void DBEngine::CompactDatabase(const QString& source, const QString& target)
+{
+    const QString procedure = u"DBEngine::CompactDatabase"_s;
+    if (QFileInfo::exists(target))
+        throw RuntimeError(ErrorNumber::DatabaseExists, u"The file '%1' exists already."_s.arg(Shown(target)), procedure);
+    if (const QString reason = WhyNotWritable(target); !reason.isEmpty())
+        throw RuntimeError(ErrorNumber::PathAccess, u"'%1' can't be made. %2"_s.arg(Shown(target), reason), procedure);
+    const QString interim = target + u".new"_s;
+    QFile::remove(interim);
+    try {
+        const std::unique_ptr<Database> database = OpenDatabase(source);
+        // In this mode the lock that the transaction takes is kept until the connection closes.
+        database->QueryValue(u"PRAGMA locking_mode = EXCLUSIVE"_s);
+        database->Execute(u"BEGIN EXCLUSIVE"_s);
+        database->Execute(u"COMMIT"_s);
+        database->Execute(u"VACUUM INTO ?"_s, {interim});
+        MoveIntoPlace(interim, target, false);
+    } catch (const RuntimeError&) {
+        QFile::remove(interim);
+        throw;
+    }
+}
+
+} // namespace qb

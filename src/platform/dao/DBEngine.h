@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/dao/Database.h"
+
+#include <memory>
+
+namespace qb {
+
+/// Makes, opens and compacts database files.
+class DBEngine {
+public:
+    enum class Access {
+        ReadWrite, ///< raises 3051 when the file or its folder can't be written to
+        ReadOnly,
+    };
+
+    /// Makes a new database with an empty schema. Raises 3204 when a file of that name exists,
+    /// 75 when it can't be made.
+    static std::unique_ptr<Database> CreateDatabase(const QString& path);
+
+    /// Opens a database. Raises 3024 when there is no such file, 3343 when it is no database
+    /// (an empty file and a folder included), 3049 when it is damaged or cut short, 3045 when
+    /// another process holds it.
+    static std::unique_ptr<Database> OpenDatabase(const QString& path, Access access = Access::ReadWrite);
+
+    /// Writes a copy of @p source without its unused space as the new file @p target. Raises
+    /// 3204 when @p target exists, 3045 when another process is using @p source. A failure
+    /// leaves no target behind.
+    static void CompactDatabase(const QString& source, const QString& target);
+
+    /// What marks a file as a database of this program, in the place where file types are
+    /// looked up ("KTQB").
+    static constexpr int ApplicationId = 0x4B545142;
+    static constexpr int FormatVersion = 1;
+
+private:
+    static std::unique_ptr<Database> Connect(const QString& path, int flags);
+};
+
+} // namespace qb

@@ -1,0 +1,178 @@
+#include "platform/dao/Database.h"
+
+#include "platform/dao/EngineError.h"
+
+#include <sqlite3.h>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr qsizetype MaxIdleStatements = 64;
+
+QString SavepointName(int depth)
+{
+    return u"nested%1"_s.arg(depth);
+}
+} // namespace
+
+Database::Database(sqlite3* connection, QString name) : m_connection(connection), m_name(std::move(name)) {}
+
+Database::~Database()
+{
+    for (sqlite3_stmt* statement : std::as_const(m_idleStatements))
+        sqlite3_finalize(statement);
+    sqlite3_close_v2(m_connection);
+}
+
+bool Database::IsReadOnly() const
+{
+    return sqlite3_db_readonly(m_connection, "main") != 0;
+}
+
+RuntimeError Database::MakeError(int code, const QString& action) const
+{
+    return EngineError(m_connection, code, m_name, action);
+}
+
+void Database::Raise(int code, const QString& action) const
+{
+    throw MakeError(code, action);
+}
+
+// Statements go back to a small store when they are done, so that the same text is compiled
+// once; a text in use twice at a time is compiled twice.
+sqlite3_stmt* Database::TakeStatement(const QString& sql)
+{
+    if (sqlite3_stmt* idle = m_idleStatements.take(sql))
+        return idle;
+    sqlite3_stmt* statement = nullptr;
+    const QByteArray text = sql.toUtf8();
+    const int code = sqlite3_prepare_v3(m_connection, text.constData(), int(text.size()), SQLITE_PREPARE_PERSISTENT,
+                                        &statement, nullptr);
+    if (code != SQLITE_OK)
+        Raise(code, u"Database::Query"_s);
+    return statement;
+}
+
+void Database::GiveBackStatement(const QString& sql, sqlite3_stmt* statement)
+{
+    sqlite3_reset(statement);
+    sqlite3_clear_bindings(statement);
+    if (m_idleStatements.size() < MaxIdleStatements && !m_idleStatements.contains(sql))
+        m_idleStatements.insert(sql, statement);
+    else
+        sqlite3_finalize(statement);
+}
+
+Statement Database::Query(const QString& sql, const Values& values)
+{
+    // A full disk makes the engine roll the whole transaction back; what follows in it must not
+    // be written on its own.
+    if (m_transactionDepth > 0 && sqlite3_get_autocommit(m_connection))
+        throw RuntimeError(ErrorNumber::Engine, u"The transaction has been rolled back."_s, u"Database::Query"_s);
+    Statement statement(*this, sql);
+    statement.Bind(values);
+    return statement;
+}
+
+qint64 Database::Execute(const QString& sql, const Values& values)
+{
+    Statement statement = Query(sql, values);
+    while (statement.Step()) {
+    }
+    return sqlite3_changes64(m_connection);
+}
+
+Value Database::QueryValue(const QString& sql, const Values& values)
+{
+    Statement statement = Query(sql, values);
+    return statement.Step() ? statement.Column(0) : Value();
+}
+
+Recordset Database::OpenRecordset(const QString& table, const QString& where, const Values& values,
+                                  const QString& orderBy)
+{
+    return Recordset(*this, SharedTableDef(table), where, values, orderBy);
+}
+
+bool Database::InTransaction() const
+{
+    return m_transactionDepth > 0;
+}
+
+void Database::BeginTrans()
+{
+    // The write lock is taken at once, so that a transaction never fails half-way for a lock.
+    Execute(m_transactionDepth == 0 ? u"BEGIN IMMEDIATE"_s : u"SAVEPOINT "_s + SavepointName(m_transactionDepth));
+    ++m_transactionDepth;
+}
+
+void Database::CommitTrans()
+{
+    if (m_transactionDepth == 0)
+        throw RuntimeError(ErrorNumber::Engine, u"There is no transaction to commit."_s, u"Database::CommitTrans"_s);
+    Execute(m_transactionDepth == 1 ? u"COMMIT"_s : u"RELEASE "_s + SavepointName(m_transactionDepth - 1));
+    --m_transactionDepth;
+}
+
+void Database::Rollback()
+{
+    if (m_transactionDepth == 0)
+        throw RuntimeError(ErrorNumber::Engine, u"There is no transaction to roll back."_s, u"Database::Rollback"_s);
+    --m_transactionDepth;
+    m_tableDefs.clear();
+    if (sqlite3_get_autocommit(m_connection))
+        return; // the engine has rolled back by itself, as it does on a full disk
+    if (m_transactionDepth == 0) {
+        Execute(u"ROLLBACK"_s);
+    } else {
+        Execute(u"ROLLBACK TO "_s + SavepointName(m_transactionDepth));
+        Execute(u"RELEASE "_s + SavepointName(m_transactionDepth));
+    }
+}
+
+QByteArray Database::ReadChunk(const QString& table, const QString& field, qint64 rowKey, qint64 offset, qint64 length)
+{
+    sqlite3_blob* blob = nullptr;
+    int code = sqlite3_blob_open(m_connection, "main", table.toUtf8().constData(), field.toUtf8().constData(), rowKey,
+                                 0, &blob);
+    if (code != SQLITE_OK) {
+        const RuntimeError error = MakeError(code, u"Database::ReadChunk"_s);
+        sqlite3_blob_close(blob);
+        throw error;
+    }
+    const qint64 size = sqlite3_blob_bytes(blob);
+    QByteArray chunk(qsizetype(qBound(qint64(0), size - offset, length)), Qt::Uninitialized);
+    if (!chunk.isEmpty())
+        code = sqlite3_blob_read(blob, chunk.data(), int(chunk.size()), int(offset));
+    sqlite3_blob_close(blob);
+    if (code != SQLITE_OK)
+        Raise(code, u"Database::ReadChunk"_s);
+    return chunk;
+}
+
+qint64 Database::LastInsertedRowKey() const
+{
+    return sqlite3_last_insert_rowid(m_connection);
+}
+
+Transaction::~Transaction()
+{
+    if (!m_database)
+        return;
+    try {
+        m_database->Rollback();
+    } catch (const RuntimeError&) {
+        // The engine rolls an unfinished transaction back when the file is next opened.
+    }
+}
+
+void Transaction::Commit()
+{
+    m_database->CommitTrans();
+    m_database = nullptr;
+}
+
+} // namespace qb

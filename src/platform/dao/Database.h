@@ -1,0 +1,104 @@
+#pragma once
+
+#include "platform/dao/Recordset.h"
+#include "platform/dao/Schema.h"
+#include "platform/dao/Statement.h"
+#include "platform/system/RuntimeError.h"
+
+#include <QHash>
+#include <memory>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace qb {
+
+/// One open database file: statements, recordsets, table definitions and transactions.
+/// Everything that fails raises RuntimeError. Not for use from several threads.
+class Database {
+public:
+    ~Database();
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    /// The full path of the file.
+    const QString& Name() const { return m_name; }
+    bool IsReadOnly() const;
+
+    /// Runs one statement that yields no rows; returns the number of rows it changed.
+    qint64 Execute(const QString& sql, const Values& values = {});
+    /// Starts a statement that yields rows.
+    Statement Query(const QString& sql, const Values& values = {});
+    /// The first column of the first row, or Null when there is no row.
+    Value QueryValue(const QString& sql, const Values& values = {});
+
+    /// Opens rows of one table for reading and editing; @p where and @p orderBy are parts of a
+    /// statement, with @p values for the parameters of @p where.
+    Recordset OpenRecordset(const QString& table, const QString& where = {}, const Values& values = {},
+                            const QString& orderBy = {});
+
+    // Table definitions. The tables that keep them are not listed.
+    QStringList TableNames();
+    bool TableExists(const QString& table);
+    /// Raises 3265 for a table that the schema does not list.
+    const TableDef& GetTableDef(const QString& table);
+    /// Raises 3010 when the table exists.
+    void AppendTableDef(const TableDef& table);
+    /// Raises 3265 when there is no such table.
+    void DeleteTableDef(const QString& table);
+    /// Raises 3191 when the column exists.
+    void AppendField(const QString& table, const Field& field);
+    void DeleteField(const QString& table, const QString& field);
+    /// Raises 3284 when the index exists.
+    void AppendIndex(const QString& table, const Index& index);
+    std::vector<Relation> Relations();
+    /// Raises 3012 when a relation of that name exists. The foreign table's rows must fit.
+    void AppendRelation(const Relation& relation);
+
+    // Transactions. They nest: an inner one that is rolled back leaves the outer one running.
+    void BeginTrans();
+    void CommitTrans();
+    void Rollback();
+    bool InTransaction() const;
+
+    /// Bytes of a column from @p offset on, read without the rest of the row.
+    QByteArray ReadChunk(const QString& table, const QString& field, qint64 rowKey, qint64 offset, qint64 length);
+    qint64 LastInsertedRowKey() const;
+
+private:
+    friend class DBEngine;
+    friend class Statement;
+
+    Database(sqlite3* connection, QString name);
+
+    RuntimeError MakeError(int code, const QString& action) const;
+    [[noreturn]] void Raise(int code, const QString& action) const;
+    sqlite3_stmt* TakeStatement(const QString& sql);
+    void GiveBackStatement(const QString& sql, sqlite3_stmt* statement);
+    std::shared_ptr<const TableDef> SharedTableDef(const QString& table);
+    std::vector<Relation> RelationsInto(const QString& foreignTable);
+    void RebuildTable(const QString& table);
+
+    sqlite3* m_connection;
+    QString m_name;
+    int m_transactionDepth = 0;
+    QHash<QString, sqlite3_stmt*> m_idleStatements;
+    QHash<QString, std::shared_ptr<const TableDef>> m_tableDefs; ///< by lower-case name
+};
+
+/// A transaction that is rolled back on every way out but Commit.
+class Transaction {
+public:
+    explicit Transaction(Database& database) : m_database(&database) { m_database->BeginTrans(); }
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+    /// On failure the exception leaves the transaction to be rolled back by the destructor.
+    void Commit();
+
+private:
+    Database* m_database;
+};
+
+} // namespace qb

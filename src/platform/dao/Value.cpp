@@ -1,0 +1,45 @@
+#include "platform/dao/Value.h"
+
+namespace qb {
+
+qint64 Value::ToLong() const
+{
+    if (const auto* number = std::get_if<qint64>(&m_value))
+        return *number;
+    if (const auto* number = std::get_if<double>(&m_value))
+        return qint64(*number);
+    if (const auto* text = std::get_if<QString>(&m_value))
+        return text->toLongLong();
+    return 0;
+}
+
+double Value::ToDouble() const
+{
+    if (const auto* number = std::get_if<double>(&m_value))
+        return *number;
+    if (const auto* text = std::get_if<QString>(&m_value))
+        return text->toDouble();
+    return double(ToLong());
+}
+
+QString Value::ToText() const
+{
+    if (const auto* text = std::get_if<QString>(&m_value))
+        return *text;
+    if (const auto* number = std::get_if<qint64>(&m_value))
+        return QString::number(*number);
+    if (const auto* number = std::get_if<double>(&m_value))
+        return QString::number(*number, 'g', QLocale::FloatingPointShortest);
+    if (const auto* bytes = std::get_if<QByteArray>(&m_value))
+        return QString::fromUtf8(*bytes);
+    return {};
+}
+
+QByteArray Value::ToBytes() const
+{
+    if (const auto* bytes = std::get_if<QByteArray>(&m_value))
+        return *bytes;
+    return ToText().toUtf8();
+}
+
+} // namespace qb

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/system/Date.h"
+
+#include <functional>
+
+namespace qb {
+
+/// The only source of the present time. A test puts its own in with SetSource.
+class Clock {
+public:
+    using Source = std::function<Date()>;
+
+    /// The present local date and time.
+    static Date Now();
+    /// The present local date at 00:00:00.
+    static Date Today();
+    /// Replaces the source and returns the one before; an empty source means the system's clock.
+    static Source SetSource(Source source);
+};
+
+} // namespace qb

@@ -1,0 +1,66 @@
+#include "platform/system/FileReplace.h"
+
+#include "platform/system/RuntimeError.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace qb {
+
+namespace {
+
+[[noreturn]] void Fail(const QString& what, const QString& path, int error)
+{
+    throw RuntimeError(ErrorNumber::PathAccess,
+                       QStringLiteral("'%1' could not be %2: %3.")
+                           .arg(QDir::toNativeSeparators(path), what, QString::fromLocal8Bit(std::strerror(error))),
+                       QStringLiteral("MoveIntoPlace"));
+}
+
+int Sync(const QString& path, int flags)
+{
+    const int file = ::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC);
+    if (file < 0)
+        return errno;
+    const int error = ::fsync(file) == 0 ? 0 : errno;
+    ::close(file);
+    return error;
+}
+
+} // namespace
+
+void SyncFile(const QString& path)
+{
+    if (const int error = Sync(path, O_RDONLY))
+        Fail(QStringLiteral("written"), path, error);
+}
+
+void MoveIntoPlace(const QString& from, const QString& to, bool replace)
+{
+    SyncFile(from);
+    const QByteArray source = QFile::encodeName(from);
+    const QByteArray target = QFile::encodeName(to);
+    // A hard link refuses an existing name in one step; where links are unknown, look first.
+    if (!replace) {
+        if (::link(source.constData(), target.constData()) == 0) {
+            ::unlink(source.constData());
+        } else if (errno == EEXIST || QFileInfo::exists(to)) {
+            Fail(QStringLiteral("made"), to, EEXIST);
+        } else {
+            replace = true;
+        }
+    }
+    if (replace && std::rename(source.constData(), target.constData()) != 0)
+        Fail(QStringLiteral("written"), to, errno);
+    Sync(QFileInfo(to).absolutePath(), O_RDONLY | O_DIRECTORY); // a file system may not offer it
+}
+
+} // namespace qb

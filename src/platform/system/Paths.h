@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QString>
+
+namespace qb {
+
+/// What fnExtractPathOrFileName returns.
+enum class PathPart {
+    Folder = 0,   ///< the folder, which keeps its separator
+    FileName = 1, ///< the file name
+    BaseName = 2, ///< the file name without its extension
+};
+
+/// Splits @p path at its last separator ('/' or '\\'). With @p modify, @p path is replaced by
+/// the other part: by the file name for PathPart::Folder, by the folder for the rest.
+QString fnExtractPathOrFileName(QString& path, PathPart part, bool modify);
+
+/// The same without a replacement.
+QString fnExtractPathOrFileName(const QString& path, PathPart part);
+
+/// @p name without its extension. A "." counts as the start of an extension only within the
+/// last five characters, so that "Version 1.2 notes" stays whole.
+QString TakeExtensionOff(const QString& name);
+
+/// The folder of the program's own files, ending in a separator: the folder of the executable
+/// when it is run from its own folder, the user's data folder when it is installed. The
+/// environment variable QUILLBASE_DATA_HOME puts another folder in its place. The folder is
+/// made when it is missing.
+QString ApplicationFolder();
+
+/// The folder of the user's settings, ending in a separator; QUILLBASE_CONFIG_HOME puts another
+/// in its place. The folder is made when it is missing.
+QString ConfigFolder();
+
+/// Removes a folder and its contents; a link to a folder is removed, never followed. False when
+/// something could not be removed. A folder that does not exist is no failure.
+bool DeleteFolder(const QString& path);
+
+/// Why nothing can be written at @p file (a file, or a name for one): a sentence that names
+/// the file or its folder. Empty when it is writable.
+QString WhyNotWritable(const QString& file);
+
+} // namespace qb

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <QString>
+#include <memory>
+#include <optional>
+
+namespace qb {
+
+enum class MsgBoxButtons { OkOnly, OkCancel, YesNo, YesNoCancel };
+enum class MsgBoxIcon { None, Information, Exclamation, Critical, Question };
+enum class MsgBoxResult { Ok, Cancel, Yes, No };
+
+/// A question or message for the user.
+struct Message {
+    QString Text;
+    QString Caption;
+    MsgBoxButtons Buttons = MsgBoxButtons::OkOnly;
+    MsgBoxIcon Icon = MsgBoxIcon::None;
+    /// The button that Enter presses, and the answer where nobody can be asked. Unset: the first.
+    std::optional<MsgBoxResult> Default = {};
+
+    MsgBoxResult DefaultAnswer() const;
+};
+
+/// What a file dialog asks for.
+struct FileQuestion {
+    bool Save = false;
+    QString Title;
+    /// Pairs of a name and its patterns, separated by "|": "Libraries|*.qbd;*.qbr".
+    QString Filter;
+    QString Folder;
+};
+
+/// A short message that stays on screen until the object goes.
+class Information {
+public:
+    virtual ~Information() = default;
+};
+
+/// The only door to the user for code that knows no window. The window answers with dialogs,
+/// the command line with defaults, tests with a script.
+class Prompts {
+public:
+    virtual ~Prompts() = default;
+
+    virtual MsgBoxResult MsgBox(const Message& message) = 0;
+    /// The text entered, or nothing when the user cancelled.
+    virtual std::optional<QString> InputBox(const QString& text, const QString& caption,
+                                            const QString& preset) = 0;
+    /// The path chosen, or an empty text when the user cancelled. Saving asks before it
+    /// accepts the name of an existing file.
+    virtual QString FileName(const FileQuestion& question) = 0;
+    /// Shows an error; true when the user wants to report it.
+    virtual bool ShowError(const QString& description) = 0;
+    /// Says that an operation succeeded and offers to open the folder of @p filePath.
+    virtual void OperationSuccessful(const QString& text, const QString& filePath) = 0;
+    virtual std::unique_ptr<Information> InformUser(const QString& text) = 0;
+    /// Progress of a long operation; a percent below 1, or of 100 and above, hides the bar.
+    virtual void Progress(const QString& text, int percent) = 0;
+
+    /// The prompts in use: those last set, or a set that answers every question with its default.
+    static Prompts& Current();
+    /// Replaces the prompts in use (not owned; null for the defaults) and returns the ones before.
+    static Prompts* SetCurrent(Prompts* prompts);
+};
+
+/// Prompts for programs without a user at hand: messages are printed to standard error and
+/// every question is answered by its default button, every dialog cancelled.
+class SilentPrompts : public Prompts {
+public:
+    MsgBoxResult MsgBox(const Message& message) override;
+    std::optional<QString> InputBox(const QString& text, const QString& caption, const QString& preset) override;
+    QString FileName(const FileQuestion& question) override;
+    bool ShowError(const QString& description) override;
+    void OperationSuccessful(const QString& text, const QString& filePath) override;
+    std::unique_ptr<Information> InformUser(const QString& text) override;
+    void Progress(const QString& text, int percent) override;
+};
+
+/// The program's title, the caption of messages that have none of their own.
+inline const QString ApplicationTitle = QStringLiteral("KT Quillbase");
+
+} // namespace qb

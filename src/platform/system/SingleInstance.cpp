@@ -1,0 +1,14 @@
+#include "platform/system/SingleInstance.h"
+
+#include "platform/system/Paths.h"
+
+namespace qb {
+
+SingleInstance::SingleInstance() : m_lock(ConfigFolder() + QStringLiteral("quillbase.lock")), m_first(true)
+{
+    m_lock.setStaleLockTime(0); // a session may last for days; only a dead owner makes a lock stale
+    // A folder that can't be written to hinders nobody from starting: only a live owner does.
+    m_first = m_lock.tryLock(0) || m_lock.error() != QLockFile::LockFailedError;
+}
+
+} // namespace qb

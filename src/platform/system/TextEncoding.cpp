@@ -1,0 +1,66 @@
+#include "platform/system/TextEncoding.h"
+
+#include <QStringDecoder>
+#include <algorithm>
+#include <array>
+
+namespace qb {
+
+namespace {
+
+constexpr uchar FirstSpecial = 0x80;
+
+/// The characters of the bytes 0x80 to 0x9f; all others are those of Unicode.
+constexpr std::array<char16_t, 32> Specials{
+    0x20ac, 0x0081, 0x201a, 0x0192, 0x201e, 0x2026, 0x2020, 0x2021, 0x02c6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0x008d, 0x017d, 0x008f, 0x0090, 0x2018, 0x2019, 0x201c, 0x201d, 0x2022,
+    0x2013, 0x2014, 0x02dc, 0x2122, 0x0161, 0x203a, 0x0153, 0x009d, 0x017e, 0x0178};
+
+std::optional<QString> DecodeStrictly(const QByteArray& bytes, QStringConverter::Encoding encoding)
+{
+    QStringDecoder decoder(encoding);
+    QString text = decoder(bytes);
+    return decoder.hasError() ? std::nullopt : std::optional(std::move(text));
+}
+
+} // namespace
+
+QChar FromWindows1252(uchar byte)
+{
+    const bool special = byte >= FirstSpecial && byte < FirstSpecial + Specials.size();
+    return special ? QChar(Specials[size_t(byte - FirstSpecial)]) : QChar(char16_t(byte));
+}
+
+QString FromWindows1252(const QByteArray& bytes)
+{
+    QString text(bytes.size(), Qt::Uninitialized);
+    std::transform(bytes.begin(), bytes.end(), text.begin(), [](char byte) { return FromWindows1252(uchar(byte)); });
+    return text;
+}
+
+QByteArray ToWindows1252(const QString& text)
+{
+    QByteArray bytes;
+    bytes.reserve(text.size());
+    for (const QChar character : text) {
+        const auto special = std::find(Specials.begin(), Specials.end(), character.unicode());
+        if (special != Specials.end())
+            bytes += char(FirstSpecial + (special - Specials.begin()));
+        else if (!character.isLowSurrogate()) // one mark for a pair
+            bytes += character.unicode() < 0x100 ? char(character.unicode()) : '?';
+    }
+    return bytes;
+}
+
+std::optional<QString> DecodeText(const QByteArray& bytes, FallbackEncoding fallback)
+{
+    const std::optional<QStringConverter::Encoding> marked = QStringConverter::encodingForData(bytes);
+    std::optional<QString> text = DecodeStrictly(bytes, marked.value_or(QStringConverter::Utf8));
+    if (!text && !marked && fallback != FallbackEncoding::None)
+        text = fallback == FallbackEncoding::Latin1 ? QString::fromLatin1(bytes) : FromWindows1252(bytes);
+    if (!text || text->contains(QChar(u'\0')))
+        return std::nullopt;
+    return text;
+}
+
+} // namespace qb

@@ -1,0 +1,151 @@
+#include "session/Commands.h"
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Place = CommandRow::Place;
+
+constexpr CommandRow Rows[] = {
+    {Place::File, "mnuNewDatabase", "&New Library...", "library-new", "Ctrl+Shift+N", "Make a new library"},
+    {Place::File, "mnuOpenDatabase", "Add &Existing Library...", "library-open", "Ctrl+O", "Open a library that is not in the list yet"},
+    {Place::File, "mnuFileDatabaseSelect", "&Select Library", "library", "", "Change to another library of the list"},
+    {Place::File, "mnuDatabaseListItem", "&Connected Libraries...", "", "", "Show the list of libraries with their places"},
+    {Place::File, "", "", "", "", ""},
+    {Place::File, "mnuNewAliasItem", "Change &Alias...", "library-alias", "", "Give the open library another name in the list"},
+    {Place::File, "mnuRemoveDBItem", "&Remove Library...", "library-remove", "", "Take the open library off the list, or delete it"},
+    {Place::File, "", "", "", "", ""},
+    {Place::File, "mnuExit", "E&xit", "application-exit", "Ctrl+Q", "Leave the program"},
+
+    {Place::Item, "mnuKeepItem", "&KEEP ITEM", "", "", "Keep the item that was deleted in a child library"},
+    {Place::Item, "mnuResolveItem", "RESOLVE CONF&LICT", "", "", "Decide between the two versions of the item"},
+    {Place::Item, "mnuItemSeparator1", "", "", "", ""},
+    {Place::Item, "mnuPreviousItem", "&Previous Item", "walk-up", "Alt+Up", "Go to the item before the selected one"},
+    {Place::Item, "mnuNextItem", "&Next Item", "walk-down", "Alt+Down", "Go to the item behind the selected one"},
+    {Place::Item, "", "", "", "", ""},
+    {Place::Item, "mnuBackItem", "&Back", "go-previous", "Ctrl+Left", "Go back to the item visited before"},
+    {Place::Item, "mnuForwardItem", "&Forward", "go-next", "Ctrl+Right", "Go forward again"},
+
+    {Place::Tools, "mnuConflictSolver", "&Conflict Solver...", "", "", "Decide about all items in conflict"},
+    {Place::Tools, "mnuRemoveDeletedItems", "&Remove All Deleted Items", "", "", "Remove the items that a child library has deleted"},
+
+    {Place::Replication, "mnuDBToolsCreateReplicaItem", "&Create Replica...", "", "", "Give out a child of this library"},
+    {Place::Replication, "mnuDBToolsExportChangesItem", "&Export Changes...", "", "", "Write the changes for the mother library"},
+    {Place::Replication, "mnuDBToolsSynchronizeItem", "&Synchronize...", "", "", "Take in a synchronization file"},
+    {Place::Replication, "mnuDBToolsForgetReplicaItem", "&Forget Replica...", "", "", "Strike a child off"},
+
+    {Place::View, "mnuViewStatusBar", "&Status Bar", "", "", "Show or hide the status bar"},
+    {Place::View, "mnuViewRefresh", "&Reload Tree", "view-refresh", "F5", "Read the items anew"},
+    {Place::View, "mnuCollapseBranchesItem", "&Collapse Branches", "collapse-all", "", "Close all branches of the tree"},
+
+    {Place::Help, "mnuViewErrorLog", "View Error &Log", "text-x-generic", "", "Open the log of errors"},
+    {Place::Help, "mnuBugReportItem", "Report a &Bug...", "tools-report-bug", "", "Write a mail with the error log attached"},
+    {Place::Help, "", "", "", "", ""},
+    {Place::Help, "mnuAboutItem", "&About KT Quillbase", "quillbase", "", "Version and licence"},
+
+    {Place::Toolbar, "NEW", "New", "document-new", "", "Add a new item below the selected one"},
+    {Place::Toolbar, "SAVE", "Save", "document-save", "", "Save the item; a double click switches auto-save"},
+    {Place::Toolbar, "DELETE", "Delete", "edit-delete", "", "Delete the selected item"},
+    {Place::Toolbar, "PRINT", "Print", "document-print", "", "Print the item"},
+    {Place::Toolbar, "BACK", "Back", "go-previous", "", "Back"},
+    {Place::Toolbar, "FORWARD", "Forward", "go-next", "", "Forward"},
+    {Place::Toolbar, "PREVIOUS", "Previous", "UP", "", "Previous Tree Item"},
+    {Place::Toolbar, "NEXT", "Next", "DOWN", "", "Next Tree Item"},
+    {Place::Toolbar, "BOOKMARK", "Bookmark", "bookmark-new", "", "Bookmark the item"},
+    {Place::Toolbar, "VIEWBOOKMARKS", "Bookmarks", "bookmarks", "", "Show or hide the bookmarks"},
+    {Place::Toolbar, "FIND", "Find", "edit-find", "", "Find in the library"},
+};
+
+} // namespace
+
+Commands::Commands()
+{
+    for (const CommandRow& row : Rows) {
+        if (*row.Name)
+            m_states.insert(QString::fromLatin1(row.Name),
+                            {.Icon = QString::fromLatin1(row.Icon), .Tip = QString::fromLatin1(row.Tip)});
+    }
+    // Shown for items in a state that asks for them.
+    for (const QString& name : {u"mnuKeepItem"_s, u"mnuResolveItem"_s, u"mnuItemSeparator1"_s})
+        m_states[name].Visible = false;
+}
+
+std::span<const CommandRow> Commands::Table()
+{
+    return Rows;
+}
+
+const Commands::State& Commands::Get(const QString& name) const
+{
+    static const State unknown;
+    const auto found = m_states.constFind(name);
+    return found == m_states.constEnd() ? unknown : *found;
+}
+
+template <class Change>
+void Commands::Update(const QString& name, Change&& change)
+{
+    Q_ASSERT(m_states.contains(name));
+    change(m_states[name]);
+    Q_EMIT Changed(name);
+}
+
+void Commands::SetEnabled(const QString& name, bool enabled)
+{
+    Update(name, [enabled](State& state) { state.Enabled = enabled; });
+}
+
+void Commands::SetVisible(const QString& name, bool visible)
+{
+    Update(name, [visible](State& state) { state.Visible = visible; });
+}
+
+void Commands::SetChecked(const QString& name, bool checked)
+{
+    Update(name, [checked](State& state) { state.Checked = checked; });
+}
+
+void Commands::SetImage(const QString& name, const QString& icon, const QString& tip)
+{
+    Update(name, [&](State& state) {
+        state.Icon = icon;
+        state.Tip = tip;
+    });
+}
+
+void Commands::EnableMainToolbar(bool enabled)
+{
+    for (const CommandRow& row : Rows) {
+        if (row.Where == Place::Toolbar)
+            SetEnabled(QString::fromLatin1(row.Name), enabled);
+    }
+}
+
+void Commands::DoToolBarLogic(bool rootSelected)
+{
+    SetEnabled(u"DELETE"_s, !rootSelected);
+    SetEnabled(u"BOOKMARK"_s, !rootSelected);
+}
+
+void Commands::HideItemMenuItems(bool keep, bool resolve, bool rootSelected)
+{
+    SetVisible(u"mnuKeepItem"_s, keep);
+    SetVisible(u"mnuResolveItem"_s, resolve);
+    SetVisible(u"mnuItemSeparator1"_s, keep || resolve);
+    SetEnabled(u"NEW"_s, !keep);
+    SetEnabled(u"DELETE"_s, !resolve);
+    SetVisible(u"mnuCollapseBranchesItem"_s, rootSelected);
+    SetEnabled(u"mnuCollapseBranchesItem"_s, rootSelected);
+}
+
+void Commands::EnableDBToolsMenu(bool isChild, bool isMother, bool exported)
+{
+    SetEnabled(u"mnuDBToolsCreateReplicaItem"_s, !isChild);
+    SetEnabled(u"mnuDBToolsExportChangesItem"_s, isChild && !exported);
+    SetEnabled(u"mnuDBToolsSynchronizeItem"_s, isMother || (isChild && exported));
+    SetEnabled(u"mnuDBToolsForgetReplicaItem"_s, isMother);
+}
+
+} // namespace qb

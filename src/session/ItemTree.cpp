@@ -1,0 +1,414 @@
+#include "session/ItemTree.h"
+
+#include "store/ItemBranch.h"
+#include "store/SessionValues.h"
+#include "support/ErrorRoutine.h"
+
+#include <QLocale>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString ModuleName = u"MainForm"_s;
+
+bool IsProblem(TreeImage image)
+{
+    return image == TreeImage::DELETED_ITEM || image == TreeImage::CONFLICT_ITEM;
+}
+
+/// The images that expanding and collapsing leave alone.
+bool KeepsItsImage(TreeImage image)
+{
+    return (Session().IsMotherReplica && IsProblem(image))
+        || (Session().IsChildReplica && image == TreeImage::CONFLICT_ITEM_INFO);
+}
+
+QString ShortDateAndTime(Date date)
+{
+    const QLocale locale;
+    return locale.toString(date.Day(), QLocale::ShortFormat) + u' ' + locale.toString(date.Time(), QLocale::ShortFormat);
+}
+
+} // namespace
+
+ItemTree::ItemTree(SessionState& session, ItemTreeView& view, ItemDetailsView& details, ShellView& shell,
+                   Commands& commands)
+    : m_session(session), m_view(view), m_details(details), m_shell(shell), m_commands(commands)
+{
+}
+
+QString ItemTree::TreeQuery()
+{
+    return u"SELECT ID, ParentID, Title, Description FROM Items ORDER BY ParentID, Title"_s;
+}
+
+// Filling
+
+void ItemTree::FillTree()
+{
+    m_details.TreeReplaced();
+    TreeNodes& nodes = m_view.Nodes();
+    bool complete = false;
+    nodes.BeginBuild();
+    try {
+        BuildNodes();
+        complete = true;
+    } catch (const RuntimeError& error) {
+        nodes.EndBuild(); // the views may look again before the error is shown
+        if (error.Number() != ErrorNumber::ObjectNotSet)
+            HandleError(error.Number(), error.Description(), ModuleName, u"FillTree"_s, error.Source(), true);
+    }
+    if (complete)
+        nodes.EndBuild();
+    if (TreeNode* root = nodes.Root()) {
+        m_view.SetExpanded(*root, complete);
+        BoldTreeNode(*root);
+    }
+}
+
+void ItemTree::BuildNodes()
+{
+    TreeNodes& nodes = m_view.Nodes();
+    nodes.Clear();
+    m_session.CurrentItemKey.clear();
+    AddRoot();
+    if (!m_session.CurrentDatabase)
+        return;
+    std::vector<qint64> parents{0}; // by node, as the descriptions
+    std::vector<QString> descriptions{QString()};
+    Statement rows = m_session.CurrentDatabase->Query(TreeQuery());
+    while (rows.Step()) {
+        TreeNode& node = nodes.Add(rows.Long(0), rows.Text(2), TreeImage::FOLDER);
+        parents.push_back(rows.Long(1));
+        descriptions.push_back(rows.Text(3));
+        node.Tag = u'C' + QString::number(parents.back());
+    }
+    if (nodes.Count() == 1)
+        return; // an empty library: the commands stay as they are
+    for (size_t i = 1; i < parents.size(); ++i)
+        nodes.PutUnder(nodes.All()[i], nodes[parents[i]]);
+    for (size_t i = 1; i < descriptions.size(); ++i)
+        nodes.All()[i].Tag = descriptions[i];
+    Decorate();
+}
+
+TreeNode& ItemTree::AddRoot()
+{
+    TreeNode& root = m_view.Nodes().Add(0, m_shell.ComboText() + u" Library"_s, TreeImage::OBJECTS);
+    root.Bold = true;
+    return root;
+}
+
+void ItemTree::Decorate()
+{
+    TreeNodes& nodes = m_view.Nodes();
+    for (TreeNode& node : nodes.All()) {
+        node.Expanded = false;
+        if (!node.Children.empty())
+            nodes.SortChildren(node);
+        else if (!node.IsRoot())
+            node.Image = node.ExpandedImage = TreeImage::CHILD;
+    }
+    nodes.Root()->Expanded = true;
+    ShowWalkButtons(MarkProblemItems());
+}
+
+ItemTree::ProblemItems ItemTree::MarkProblemItems()
+{
+    ProblemItems problems;
+    if (!Session().IsMotherReplica && !Session().IsChildReplica)
+        return problems;
+    problems.Deleted = MarkNodes(u"SELECT ID FROM Items WHERE LastChanged = 0"_s,
+                                 Session().IsChildReplica ? TreeImage::CONFLICT_ITEM_INFO : TreeImage::DELETED_ITEM);
+    // The table exists only between a synchronization and its solution.
+    if (Session().IsMotherReplica && m_session.CurrentDatabase->TableExists(u"TempItems"_s))
+        problems.Conflicting = MarkNodes(u"SELECT ID FROM TempItems"_s, TreeImage::CONFLICT_ITEM);
+    return problems;
+}
+
+bool ItemTree::MarkNodes(const QString& query, TreeImage image)
+{
+    bool any = false;
+    Statement rows = m_session.CurrentDatabase->Query(query);
+    while (rows.Step()) {
+        any = true;
+        if (TreeNode* node = m_view.Nodes().Find(rows.Long(0)))
+            node->Image = node->ExpandedImage = image;
+    }
+    return any;
+}
+
+void ItemTree::ShowWalkButtons(const ProblemItems& problems)
+{
+    const bool conflicts = Session().IsMotherReplica && (problems.Deleted || problems.Conflicting);
+    if (conflicts) {
+        m_commands.SetImage(u"NEXT"_s, u"DOWN_RED"_s, u"Next Conflicting Item"_s);
+        m_commands.SetImage(u"PREVIOUS"_s, u"UP_RED"_s, u"Previous Conflicting Item"_s);
+    } else {
+        m_commands.SetImage(u"NEXT"_s, u"DOWN"_s, u"Next Tree Item"_s);
+        m_commands.SetImage(u"PREVIOUS"_s, u"UP"_s, u"Previous Tree Item"_s);
+    }
+    m_commands.SetEnabled(u"mnuConflictSolver"_s, conflicts && problems.Conflicting);
+    m_commands.SetEnabled(u"mnuRemoveDeletedItems"_s, conflicts && problems.Deleted);
+}
+
+void ItemTree::ClearTreeView()
+{
+    TreeNodes& nodes = m_view.Nodes();
+    nodes.BeginBuild();
+    nodes.Clear();
+    nodes.EndBuild();
+}
+
+void ItemTree::BoldTreeNode(TreeNode& node)
+{
+    m_view.SelectItem(node);
+    m_view.Nodes().SetBold(node, true);
+}
+
+// Selection
+
+bool ItemTree::OrphanedItem(const TreeNode& node)
+{
+    const QString path = node.FullPath();
+    const qsizetype match = path.indexOf(OrphanedItemsTitle);
+    // Before the folder directly under the root stand the root's text and one separator.
+    return match > 0 && !path.left(match - 1).contains(u'\\');
+}
+
+TreeImage ItemTree::SelectedImage() const
+{
+    const TreeNode* node = m_view.SelectedItem();
+    return node ? node->Image : TreeImage::CHILD;
+}
+
+void ItemTree::TreeViewNodeClick(TreeNode& node)
+{
+    Guarded(ModuleName, u"tvCodeItems_NodeClick"_s, [&] {
+        if (!m_session.CurrentDatabase || node.Key() == m_session.CurrentItemKey)
+            return;
+        m_session.CurrentItemKey = node.Key();
+        OpenItem();
+        m_commands.SetEnabled(u"PRINT"_s, !node.IsRoot());
+    });
+}
+
+void ItemTree::OpenItem()
+{
+    Guarded(ModuleName, u"OpenItem"_s, [this] {
+        const TreeNode* node = m_view.SelectedItem();
+        if (!node)
+            return;
+        m_commands.SetEnabled(u"NEXT"_s, true);
+        m_commands.SetEnabled(u"PREVIOUS"_s, true);
+        const bool deleted = node->Image == TreeImage::DELETED_ITEM;
+        const bool conflict = node->Image == TreeImage::CONFLICT_ITEM;
+        const bool orphan = !deleted && !conflict && OrphanedItem(*node);
+        const bool locked = orphan && Session().IsChildReplica;
+        m_commands.HideItemMenuItems(deleted, conflict, node->IsRoot());
+        if (!deleted && !conflict)
+            m_details.SetLocked(locked);
+        if (orphan)
+            m_commands.SetEnabled(u"NEW"_s, false);
+        SElectCodeItem(node->Key());
+        // An item parked among the orphans must not get a new date from being tidied.
+        if (m_session.oCodeItem)
+            m_session.oCodeItem->SetDontUpdateLastChangedDate(orphan && !locked);
+        if (conflict || locked)
+            m_commands.SetEnabled(u"DELETE"_s, false);
+    });
+}
+
+void ItemTree::SElectCodeItem(const QString& key)
+{
+    Guarded(ModuleName, u"SElectCodeItem"_s, [&] {
+        const bool root = key == RootKey;
+        m_session.CurrentItemKey = key;
+        m_commands.DoToolBarLogic(root);
+        if (root) {
+            m_details.Initialise(m_session.CurrentDatabase.get(), nullptr);
+            m_shell.SetItemDate({}, {});
+            return;
+        }
+        auto item = std::make_unique<CCodeItem>();
+        item->Initialise(*m_session.CurrentDatabase, QString::number(IdOfKey(key)));
+        m_session.oCodeItem = std::move(item);
+        ConnectItem();
+        m_details.Initialise(m_session.CurrentDatabase.get(), m_session.oCodeItem.get());
+        if (m_session.moHistory)
+            m_session.moHistory->AddToHistory(key);
+    });
+}
+
+void ItemTree::ConnectItem()
+{
+    const CCodeItem* item = m_session.oCodeItem.get();
+    connect(item, &CCodeItem::CodeLoaded, this, [this](bool has) { m_details.SetCodeEnabled(has); });
+    connect(item, &CCodeItem::NotesLoaded, this, [this](bool has) { m_details.SetNotesEnabled(has); });
+    connect(item, &CCodeItem::UsageLoaded, this, [this](bool has) { m_details.SetUsageEnabled(has); });
+    connect(item, &CCodeItem::FilesLoaded, this, [this](bool has) { m_details.SetFilesEnabled(has); });
+    connect(item, &CCodeItem::LinkLoaded, this, [this](bool has) { m_details.SetLinksEnabled(has); });
+    connect(item, &CCodeItem::NewItemLoaded, this, &ItemTree::ShowItemDate);
+}
+
+void ItemTree::ShowItemDate(Date created, Date lastChanged)
+{
+    QString text;
+    if (!lastChanged.IsNone())
+        text = ShortDateAndTime(lastChanged);
+    else if (Session().IsChildReplica || !Session().IsMotherReplica)
+        text = Session().IsChildReplica ? u"Conflicting item"_s : QString();
+    else
+        text = SelectedImage() == TreeImage::DELETED_ITEM ? u"Conflicting Deleted Item"_s : u"Conflicting item"_s;
+    m_shell.SetItemDate(text, u"Item last updated. (Created on %1)"_s.arg(ShortDateAndTime(created)));
+}
+
+void ItemTree::GoToNode(const QString& key)
+{
+    if (key.isEmpty())
+        return;
+    Guarded(ModuleName, u"GoToNode"_s, [&] {
+        TreeNode& node = m_view.Nodes()[IdOfKey(key)];
+        m_view.EnsureVisible(node);
+        m_view.SelectItem(node);
+        SElectCodeItem(key);
+        m_view.FocusTree();
+    });
+}
+
+// Expand and collapse
+
+void ItemTree::NodeExpanded(TreeNode& node)
+{
+    node.Expanded = true;
+    if (node.IsRoot())
+        return;
+    const bool plainLibrary = !Session().IsMotherReplica && !Session().IsChildReplica;
+    TreeImage expanded = node.ExpandedImage;
+    if (plainLibrary || (Session().IsChildReplica && node.Image != TreeImage::CONFLICT_ITEM_INFO))
+        expanded = TreeImage::OPENFOLDER;
+    if (Session().IsMotherReplica && node.Image == TreeImage::FOLDER)
+        expanded = TreeImage::OPENFOLDER;
+    if (Session().IsMotherReplica && IsProblem(node.Image))
+        expanded = node.Image;
+    m_view.Nodes().SetImages(node, node.Image, expanded);
+    m_shell.SetStatusText(node.Text);
+}
+
+void ItemTree::NodeCollapsed(TreeNode& node)
+{
+    node.Expanded = false;
+    if (node.IsRoot())
+        return;
+    if (!KeepsItsImage(node.Image))
+        m_view.Nodes().SetImages(node, TreeImage::FOLDER, node.ExpandedImage);
+    m_shell.SetStatusText(node.Text);
+}
+
+void ItemTree::CollapseBranches()
+{
+    for (TreeNode& node : m_view.Nodes().All()) {
+        if (node.Expanded && !node.IsRoot())
+            m_view.SetExpanded(node, false);
+    }
+}
+
+// Walks
+
+TreeNode* ItemTree::NextParentNode(const TreeNode& node)
+{
+    for (const TreeNode* at = node.Parent; at; at = at->Parent) {
+        if (TreeNode* next = TreeNodes::NextSibling(*at))
+            return next;
+    }
+    return nullptr;
+}
+
+TreeNode* ItemTree::PreviousLowestNode(TreeNode& node)
+{
+    TreeNode* at = &node;
+    while (!at->Children.empty())
+        at = at->Children.back();
+    return at;
+}
+
+void ItemTree::GoTo(TreeNode& node)
+{
+    m_view.EnsureVisible(node);
+    m_view.SelectItem(node);
+    m_view.FocusTree();
+    SElectCodeItem(node.Key());
+}
+
+void ItemTree::MoveOnNextItem()
+{
+    Guarded(ModuleName, u"MoveOnNextItem"_s, [this] {
+        const TreeNode* node = m_view.SelectedItem();
+        if (!node)
+            return;
+        TreeNode* target = nullptr;
+        if (!node->Children.empty() && (node->Expanded || m_session.moSettings->ExpandBranches()))
+            target = node->Children.front();
+        if (!target)
+            target = TreeNodes::NextSibling(*node);
+        if (!target)
+            target = NextParentNode(*node);
+        if (target)
+            GoTo(*target);
+    });
+}
+
+void ItemTree::MoveOnPreviousItem()
+{
+    Guarded(ModuleName, u"MoveOnPreviousItem"_s, [this] {
+        const TreeNode* node = m_view.SelectedItem();
+        if (!node)
+            return;
+        TreeNode* target = TreeNodes::PreviousSibling(*node);
+        if (!target) {
+            if (node->Parent)
+                GoTo(*node->Parent);
+            return;
+        }
+        while (!target->Children.empty() && (target->Expanded || m_session.moSettings->ExpandBranches()))
+            target = target->Children.back();
+        GoTo(*target);
+    });
+}
+
+void ItemTree::FindNextConflictItem()
+{
+    Guarded(ModuleName, u"FindNextConflictItem"_s, [this] {
+        m_commands.SetEnabled(u"PREVIOUS"_s, true);
+        for (TreeNode* at = m_view.SelectedItem(); at;) {
+            if (!at->Children.empty())
+                at = at->Children.front();
+            else if (TreeNode* next = TreeNodes::NextSibling(*at))
+                at = next;
+            else
+                at = NextParentNode(*at);
+            if (at && IsProblem(at->Image))
+                return GoTo(*at);
+        }
+        m_commands.SetEnabled(u"NEXT"_s, false);
+    });
+}
+
+void ItemTree::FindPreviousConflictItem()
+{
+    Guarded(ModuleName, u"FindPreviousConflictItem"_s, [this] {
+        m_commands.SetEnabled(u"NEXT"_s, true);
+        for (TreeNode* at = m_view.SelectedItem(); at;) {
+            TreeNode* previous = TreeNodes::PreviousSibling(*at);
+            at = previous ? PreviousLowestNode(*previous) : at->Parent;
+            if (at && IsProblem(at->Image))
+                return GoTo(*at);
+        }
+        m_commands.SetEnabled(u"PREVIOUS"_s, false);
+    });
+}
+
+} // namespace qb

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "panels/ItemTreeView.h"
+#include "session/Commands.h"
+#include "session/SessionState.h"
+#include "session/ShellView.h"
+#include "text/ItemDetailsView.h"
+
+#include <QObject>
+
+namespace qb {
+
+/// The item tree of the session: how rows become nodes, what their images say, how a selection
+/// reaches the details panel, and how the user walks.
+class ItemTree : public QObject {
+    Q_OBJECT
+
+public:
+    ItemTree(SessionState& session, ItemTreeView& view, ItemDetailsView& details, ShellView& shell, Commands& commands);
+
+    /// Builds the whole tree anew. A parent that names no row, or a cycle, ends it with an error
+    /// report; the nodes that have no place by then stay beside the root.
+    void FillTree();
+    void ClearTreeView();
+    /// Selects a node and draws it bold.
+    void BoldTreeNode(TreeNode& node);
+    /// Shows the selected node in the details panel.
+    void OpenItem();
+    /// Makes @p key the current item.
+    void SElectCodeItem(const QString& key);
+    /// Selects the node of @p key and opens it; an empty key does nothing.
+    void GoToNode(const QString& key);
+    /// The user has clicked @p node, or gone to it with the keyboard.
+    void TreeViewNodeClick(TreeNode& node);
+    void NodeExpanded(TreeNode& node);
+    void NodeCollapsed(TreeNode& node);
+    /// Closes every branch; the root stays open.
+    void CollapseBranches();
+
+    void MoveOnNextItem();
+    void MoveOnPreviousItem();
+    void FindNextConflictItem();
+    void FindPreviousConflictItem();
+
+    /// The node is the folder of orphaned items under the root, or stands below it.
+    static bool OrphanedItem(const TreeNode& node);
+    /// The nearest ancestor's next sibling, or null.
+    static TreeNode* NextParentNode(const TreeNode& node);
+    /// The deepest last descendant of a node: the node itself when it has no children.
+    static TreeNode* PreviousLowestNode(TreeNode& node);
+
+    /// The statement that reads the tree: what the covering index holds, nothing else.
+    static QString TreeQuery();
+
+private:
+    struct ProblemItems {
+        bool Deleted = false;
+        bool Conflicting = false;
+    };
+
+    void BuildNodes();
+    TreeNode& AddRoot();
+    void Decorate();
+    ProblemItems MarkProblemItems();
+    bool MarkNodes(const QString& query, TreeImage image);
+    void ShowWalkButtons(const ProblemItems& problems);
+    void GoTo(TreeNode& node);
+    void ConnectItem();
+    void ShowItemDate(Date created, Date lastChanged);
+    TreeImage SelectedImage() const;
+
+    SessionState& m_session;
+    ItemTreeView& m_view;
+    ItemDetailsView& m_details;
+    ShellView& m_shell;
+    Commands& m_commands;
+};
+
+} // namespace qb

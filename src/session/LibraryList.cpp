@@ -1,0 +1,293 @@
+#include "session/LibraryList.h"
+
+#include "platform/dao/DBEngine.h"
+#include "platform/system/Paths.h"
+#include "platform/system/Prompts.h"
+#include "platform/system/SettingsStore.h"
+#include "session/ItemTree.h"
+#include "store/SessionValues.h"
+#include "support/ErrorRoutine.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString ModuleName = u"MainForm"_s;
+
+QString Setting(const QString& key, const QString& fallback = {})
+{
+    return GetSetting(SettingsApplication, u"Settings"_s, key, fallback);
+}
+
+void SaveSettingOf(const QString& key, const QString& value)
+{
+    SaveSetting(SettingsApplication, u"Settings"_s, key, value);
+}
+
+MsgBoxResult MsgBox(const QString& text, const QString& caption, MsgBoxIcon icon)
+{
+    return Prompts::Current().MsgBox({.Text = text, .Caption = caption, .Icon = icon});
+}
+
+} // namespace
+
+LibraryList::LibraryList(SessionState& session, ShellView& shell, ItemDetailsView& details, Commands& commands,
+                         ItemTree& tree)
+    : m_session(session), m_shell(shell), m_details(details), m_commands(commands), m_tree(tree)
+{
+}
+
+QString LibraryList::DefaultLibraryPath()
+{
+    return ApplicationFolder() + u"QBLib.qbd"_s;
+}
+
+void LibraryList::GetLastDBName()
+{
+    Guarded(ModuleName, u"GetLastDBName"_s, [this] {
+        QString path = Setting(u"LastDB"_s);
+        if (path.isEmpty()) {
+            path = DefaultLibraryPath();
+            SaveSettingOf(u"LastDB"_s, path);
+            if (!QFileInfo::exists(path))
+                CreateNewDatabase(path, LanguageType::VB, {});
+        }
+        m_session.CurrentDatabasePath = QFileInfo::exists(path) ? path : QString();
+    });
+}
+
+// Opening
+
+bool LibraryList::SetupDBConnection()
+{
+    return Guarded(ModuleName, u"SetupDBConnection"_s, [this] {
+        CloseDatabase();
+        if (m_session.CurrentDatabasePath.isEmpty()) {
+            SelectDatabase({});
+            return m_session.CurrentDatabase != nullptr;
+        }
+        if (!OpenCurrent() || !Validate())
+            return false;
+        SetSessionValues(*m_session.CurrentDatabase);
+        UpdateGlobalSynchronizationVariables();
+        if (!m_session.moSettings)
+            m_session.moSettings = std::make_unique<CSettings>([this] { return m_session.CurrentDatabase.get(); });
+        m_session.moSettings->InitializeDatabaseProperties();
+        EnableDBToolsMenu();
+        m_shell.SetComboToolTip(u"Currently selected database: "_s + AliasOf(m_session.CurrentDatabasePath));
+        return true;
+    }, false);
+}
+
+void LibraryList::CloseDatabase()
+{
+    m_session.oCodeItem.reset(); // it refers to the database
+    if (m_session.moSettings)
+        m_session.moSettings->ClosePropertiesRS();
+    m_session.CurrentDatabase.reset();
+}
+
+bool LibraryList::OpenCurrent()
+{
+    for (;;) {
+        try {
+            m_session.CurrentDatabase = DBEngine::OpenDatabase(m_session.CurrentDatabasePath);
+            return true;
+        } catch (const RuntimeError& error) {
+            if (error.Number() != ErrorNumber::FileNotFound) {
+                ReportOpenError(error);
+                return m_session.CurrentDatabase != nullptr; // one that can only be read is open now
+            }
+            if (!OpenFirstPresent())
+                return false;
+        }
+    }
+}
+
+/// Says why a library was not opened; one that can't be written to is opened for reading.
+void LibraryList::ReportOpenError(const RuntimeError& error)
+{
+    const QString caption = u"Invalid Database"_s;
+    if (error.Number() == ErrorNumber::NotADatabase) {
+        MsgBox(u"The database you are trying to open is not a KT Quillbase database!"_s, caption, MsgBoxIcon::Exclamation);
+        return;
+    }
+    if (error.Number() == ErrorNumber::CannotOpen) {
+        try {
+            m_session.CurrentDatabase =
+                DBEngine::OpenDatabase(m_session.CurrentDatabasePath, DBEngine::Access::ReadOnly);
+            MsgBox(error.Description() + u"\nThe library is opened for reading only."_s, ApplicationTitle,
+                   MsgBoxIcon::Information);
+            return;
+        } catch (const RuntimeError&) {
+            // It can't be read either: the first reason is the one to be shown.
+        }
+    }
+    MsgBox(error.Description(), caption, MsgBoxIcon::Exclamation);
+}
+
+/// The library of the current path is gone: takes it off the list and makes the first that is
+/// left the current one. False when there is no library to go on with.
+bool LibraryList::OpenFirstPresent()
+{
+    MsgBox(u"The database "_s + AliasOf(m_session.CurrentDatabasePath)
+               + u" could not be found in the set location. It will be removed from the list and the first valid "
+                 "database in your list will be selected."_s,
+           u"Database Not Found"_s, MsgBoxIcon::Exclamation);
+    const ComboGuard guard(*this);
+    if (const auto index = FindCurrentDBArrayIndex())
+        RemoveDatabaseFromList(*index);
+    SaveDatabasesToSettings();
+    return SetFirstDBPresent() || FallBackToDefaultLibrary();
+}
+
+bool LibraryList::FallBackToDefaultLibrary()
+{
+    m_session.CurrentDatabasePath.clear();
+    const QString path = DefaultLibraryPath();
+    // A library that stands there, though it is not in the list, is somebody's work.
+    if (!QFileInfo::exists(path) && !CreateNewDatabase(path, LanguageType::VB, {})) {
+        MsgBox(u"No KT Quillbase Library database found.\nYou will have to connect a database to this program manually "
+               "using the File menu."_s,
+               u"No Database Found"_s, MsgBoxIcon::Exclamation);
+        return false;
+    }
+    m_session.CurrentDatabasePath = path;
+    m_shell.SetComboText(AliasOf(path));
+    return true;
+}
+
+bool LibraryList::Validate()
+{
+    try {
+        if (IsLibrary(*m_session.CurrentDatabase))
+            return true;
+    } catch (const RuntimeError& error) {
+        CloseDatabase();
+        ReportOpenError(error);
+        return false;
+    }
+    MsgBox(u"The database you are trying to open is not a KT Quillbase database!"_s, u"Invalid Database"_s,
+           MsgBoxIcon::Exclamation);
+    CloseDatabase();
+    return false;
+}
+
+void LibraryList::UpdateGlobalSynchronizationVariables()
+{
+    Guarded(ModuleName, u"UpdateGlobalSynchronizationVariables"_s, [this] {
+        Database& database = *m_session.CurrentDatabase;
+        const Recordset properties = database.OpenRecordset(u"Properties"_s);
+        m_shell.SetStatusText(properties.IsEmpty() ? QString() : properties[u"LanguageUsed"_s].ToText());
+        SetSessionValues(database);
+    });
+}
+
+void LibraryList::EnableDBToolsMenu()
+{
+    m_commands.EnableDBToolsMenu(Session().IsChildReplica, Session().IsMotherReplica,
+                                 !Session().LastExportedDate.IsNone());
+}
+
+void LibraryList::EnableControls(bool enabled)
+{
+    m_commands.EnableMainToolbar(enabled);
+    m_shell.EnableMenus(enabled);
+    m_details.Initialise(enabled ? m_session.CurrentDatabase.get() : nullptr, nullptr);
+    for (const QString& name : {u"BACK"_s, u"FORWARD"_s, u"mnuBackItem"_s, u"mnuForwardItem"_s, u"DELETE"_s,
+                                u"BOOKMARK"_s, u"PRINT"_s})
+        m_commands.SetEnabled(name, false);
+}
+
+void LibraryList::NewHistory()
+{
+    m_session.moHistory = std::make_unique<CHistory>();
+    if (HistoryReplaced)
+        HistoryReplaced();
+}
+
+void LibraryList::ShowLibrary()
+{
+    m_tree.ClearTreeView();
+    m_tree.FillTree();
+    EnableControls(true);
+}
+
+bool LibraryList::ChangeDatabase(int index)
+{
+    return Guarded(ModuleName, u"ChangeDatabase"_s, [&] {
+        if (index >= 0 && size_t(index) < m_session.DatabaseList.size())
+            m_session.CurrentDatabasePath = m_session.DatabaseList[size_t(index)].Path;
+        if (!SetupDBConnection())
+            return false;
+        NewHistory();
+        ShowLibrary();
+        SaveSettingOf(u"LastDB"_s, m_session.CurrentDatabasePath);
+        return true;
+    }, false);
+}
+
+void LibraryList::SelectDatabase(QString path, bool known)
+{
+    Guarded(ModuleName, u"SelectDatabase"_s, [&] {
+        if (path.isEmpty())
+            path = GetFileName(false, u"Select a Quillbase Library Database"_s, u"KT Quillbase Files|*.qbd;*.qbr"_s);
+        if (path.isEmpty())
+            return;
+        if (path.mid(path.lastIndexOf(u'.')).compare(u".qbr"_s, Qt::CaseInsensitive) == 0) {
+            MsgBox(u"'%1' is a replica file. This version of the program can't unpack replica files yet; nothing was changed."_s
+                       .arg(QDir::toNativeSeparators(path)),
+                   ApplicationTitle, MsgBoxIcon::Exclamation);
+            return;
+        }
+        const QString before = m_session.CurrentDatabasePath;
+        m_session.CurrentDatabasePath = QFileInfo(path).absoluteFilePath();
+        if (SetupDBConnection()) {
+            if (!known)
+                SaveUsedDatabasesList(m_session.CurrentDatabasePath);
+            NewHistory();
+            ShowLibrary();
+        } else {
+            m_session.CurrentDatabasePath = before;
+            if (before.isEmpty() || !SetupDBConnection())
+                return;
+            const ComboGuard guard(*this);
+            SetComboToPresentDB();
+        }
+        SaveSettingOf(u"LastDB"_s, m_session.CurrentDatabasePath);
+    });
+}
+
+bool LibraryList::SetFirstDBPresent()
+{
+    if (m_session.DatabaseList.empty())
+        return false;
+    m_session.CurrentDatabasePath = m_session.DatabaseList.front().Path;
+    m_shell.SetComboIndex(0);
+    return true;
+}
+
+void LibraryList::cboDatabase_Click()
+{
+    if (m_inComboClick || DontRespondToCombo)
+        return;
+    m_inComboClick = true;
+    const int index = m_shell.ComboIndex();
+    if (!ChangeDatabase(index)) {
+        MsgBox(u"No valid database was found."_s, u"Database Not Found"_s, MsgBoxIcon::Exclamation);
+        if (const auto place = FindCurrentDBArrayIndex())
+            RemoveDatabaseFromList(*place);
+        SetComboToPresentDB();
+        Guarded(ModuleName, u"cboDatabase_Click"_s, [this] { SaveDatabasesToSettings(); });
+    }
+    if (m_session.CurrentDatabase)
+        m_shell.SetComboToolTip(u"Currently selected database: "_s + AliasOf(m_session.CurrentDatabasePath));
+    m_inComboClick = false;
+}
+
+} // namespace qb

@@ -1,0 +1,361 @@
+// The list of libraries itself: how it is kept, and the commands that change it.
+
+#include "platform/system/Paths.h"
+#include "platform/system/Prompts.h"
+#include "platform/system/SettingsStore.h"
+#include "session/ItemTree.h"
+#include "session/LibraryList.h"
+#include "store/CDBCreate.h"
+#include "store/SessionValues.h"
+#include "support/ErrorRoutine.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString ModuleName = u"MainForm"_s;
+const QString LibraryFilter = u"KT Quillbase Databases|*.qbd"_s;
+constexpr QChar PathEnd = u'|';
+constexpr QChar EntryEnd = u';';
+
+bool BreaksTheList(const QString& text)
+{
+    return text.contains(PathEnd) || text.contains(EntryEnd);
+}
+
+void SayThatItBreaksTheList(const QString& what)
+{
+    Prompts::Current().MsgBox(
+        {.Text = u"%1 can't contain the characters \"|\" and \";\", which separate the entries of the list of libraries."_s.arg(what),
+         .Caption = ApplicationTitle,
+         .Icon = MsgBoxIcon::Exclamation});
+}
+
+QString JournalOf(const QString& library)
+{
+    return library + u"-journal"_s;
+}
+
+/// Holds an old library aside while a new one is made in its place, and puts it back unless the
+/// new one came about. An unfinished journal belongs to its library and goes where that goes.
+class HeldAside {
+public:
+    explicit HeldAside(const QString& path) : m_path(path), m_aside(path + u".replaced"_s)
+    {
+        if (!QFileInfo::exists(path))
+            return;
+        QFile::remove(m_aside);
+        QFile::remove(JournalOf(m_aside));
+        QFile::rename(JournalOf(path), JournalOf(m_aside));
+        if (!QFile::rename(path, m_aside))
+            throw RuntimeError(ErrorNumber::PathAccess,
+                               u"'%1' can't be replaced; it was left as it is."_s.arg(QDir::toNativeSeparators(path)),
+                               u"CreateNewDatabase"_s);
+        m_held = true;
+    }
+    ~HeldAside()
+    {
+        if (!m_held)
+            return;
+        QFile::rename(m_aside, m_path);
+        QFile::rename(JournalOf(m_aside), JournalOf(m_path));
+    }
+    HeldAside(const HeldAside&) = delete;
+    HeldAside& operator=(const HeldAside&) = delete;
+
+    void Drop()
+    {
+        m_held = false;
+        QFile::remove(m_aside);
+        QFile::remove(JournalOf(m_aside));
+    }
+
+private:
+    QString m_path;
+    QString m_aside;
+    bool m_held = false;
+};
+
+} // namespace
+
+// The stored list: "path|alias;" for each library.
+
+void LibraryList::CreateDBArray()
+{
+    Guarded(ModuleName, u"CreateDBArray"_s, [this] {
+        m_session.DatabaseList.clear();
+        QString text = GetSetting(SettingsApplication, u"Databases"_s, u"ChosenDatabases"_s);
+        const ComboGuard guard(*this);
+        while (!text.isEmpty()) {
+            const QString path = text.section(PathEnd, 0, 0);
+            text = text.mid(path.size() + 1);
+            const QString alias = text.section(EntryEnd, 0, 0);
+            text = text.mid(alias.size() + 1);
+            AddToList(path, alias);
+        }
+        if (m_session.DatabaseList.empty()) {
+            const QString path = DefaultLibraryPath();
+            if (!QFileInfo::exists(path) && !CreateNewDatabase(path, LanguageType::VB, {})) {
+                Prompts::Current().MsgBox({.Text = u"Database could not be created. You will have to select existing one, "
+                                                   "or try to create a new one using the 'File' menu."_s,
+                                           .Caption = u"No Database to Use"_s,
+                                           .Icon = MsgBoxIcon::Critical});
+            } else {
+                AddToList(path, u"KT Quillbase"_s);
+                SaveDatabasesToSettings();
+            }
+        }
+        SetComboToPresentDB();
+    });
+}
+
+void LibraryList::SaveDatabasesToSettings()
+{
+    QString text;
+    for (const LibraryEntry& entry : m_session.DatabaseList)
+        text += entry.Path + PathEnd + entry.Alias + EntryEnd;
+    SaveSetting(SettingsApplication, u"Databases"_s, u"ChosenDatabases"_s, text);
+}
+
+std::optional<int> LibraryList::FindCurrentDBArrayIndex(const QString& path) const
+{
+    const QString& wanted = path.isEmpty() ? m_session.CurrentDatabasePath : path;
+    for (size_t i = 0; i < m_session.DatabaseList.size(); ++i) {
+        if (m_session.DatabaseList[i].Path == wanted)
+            return int(i);
+    }
+    return std::nullopt;
+}
+
+QString LibraryList::AliasOf(const QString& path) const
+{
+    const auto index = FindCurrentDBArrayIndex(path);
+    return index ? m_session.DatabaseList[size_t(*index)].Alias : fnExtractPathOrFileName(path, PathPart::FileName);
+}
+
+void LibraryList::SetComboToPresentDB()
+{
+    const ComboGuard guard(*this);
+    if (m_session.CurrentDatabasePath.isEmpty() && !m_session.DatabaseList.empty())
+        m_session.CurrentDatabasePath = m_session.DatabaseList.front().Path;
+    if (const auto index = FindCurrentDBArrayIndex())
+        m_shell.SetComboIndex(*index);
+}
+
+void LibraryList::AddToList(const QString& path, const QString& alias)
+{
+    m_session.DatabaseList.push_back({path, alias});
+    m_shell.InsertComboEntry(m_shell.ComboCount(), alias);
+}
+
+void LibraryList::RemoveDatabaseFromList(int index)
+{
+    const ComboGuard guard(*this);
+    m_shell.RemoveComboEntry(index);
+    m_session.DatabaseList.erase(m_session.DatabaseList.begin() + index);
+}
+
+// Adding
+
+void LibraryList::SaveUsedDatabasesList(const QString& path)
+{
+    const ComboGuard guard(*this);
+    if (const auto index = FindCurrentDBArrayIndex(path)) {
+        Prompts::Current().MsgBox({.Text = u"This database is already in list with an alias of '%1'. You will be automatically "
+                                           "swithced to it."_s.arg(AliasOf(path)),
+                                   .Caption = ApplicationTitle,
+                                   .Icon = MsgBoxIcon::Information});
+        m_shell.SetComboIndex(*index);
+        return;
+    }
+    if (BreaksTheList(path)) {
+        SayThatItBreaksTheList(u"The path of a library in the list"_s);
+        ShowAsInterim(path);
+        return;
+    }
+    const auto alias = AskForAlias(path);
+    if (!alias) {
+        ShowAsInterim(path);
+        return;
+    }
+    AddToList(path, *alias);
+    m_shell.SetComboIndex(int(m_session.DatabaseList.size()) - 1);
+    SaveDatabasesToSettings();
+}
+
+std::optional<QString> LibraryList::AskForAlias(const QString& path)
+{
+    for (;;) {
+        const auto alias = Prompts::Current().InputBox(
+            u"Do you wish to include this database to the list of your favourite databases?\nIf so, enter an alias for "
+            "this database to be used in the list. Otherwise select Cancel."_s,
+            u"Include to Favourites List"_s, fnExtractPathOrFileName(path, PathPart::FileName));
+        if (!alias || alias->isEmpty())
+            return std::nullopt;
+        if (!BreaksTheList(*alias))
+            return alias;
+        SayThatItBreaksTheList(u"An alias"_s);
+    }
+}
+
+/// The library is used without a place in the list.
+void LibraryList::ShowAsInterim(const QString& path)
+{
+    Prompts::Current().MsgBox({.Text = u"Database will not be saved in the list."_s, .Caption = u"Interim Database"_s});
+    m_shell.SetComboText(u'*' + fnExtractPathOrFileName(path, PathPart::FileName));
+}
+
+bool LibraryList::CreateNewDatabase(const QString& path, LanguageType type, const QString& languageFile)
+{
+    return Guarded(ModuleName, u"CreateNewDatabase"_s, [&] {
+        HeldAside old(path);
+        const bool created = CDBCreate().CreateNewDB(path, type, languageFile) && QFileInfo::exists(path);
+        if (created)
+            old.Drop();
+        return created;
+    }, false);
+}
+
+void LibraryList::mnuNewDatabase_Click()
+{
+    Guarded(ModuleName, u"mnuNewDatabase_Click"_s, [this] {
+        const LanguageChoice language = m_shell.AskForLanguage();
+        if (language.Type == LanguageType::None)
+            return;
+        const QString path = GetFileName(true, u"Enter Name and Path for the New Database"_s, LibraryFilter);
+        if (path.isEmpty())
+            return;
+        const bool replacesOpenOne = path == m_session.CurrentDatabasePath;
+        if (replacesOpenOne)
+            CloseDatabase();
+        if (!CreateNewDatabase(path, language.Type, language.File)) {
+            Prompts::Current().MsgBox({.Text = u"Program was not able to create the database."_s,
+                                       .Caption = u"Databese Not Created"_s,
+                                       .Icon = MsgBoxIcon::Critical});
+            if (replacesOpenOne && SetupDBConnection())
+                ShowLibrary();
+            return;
+        }
+        SelectDatabase(path);
+        if (language.Type == LanguageType::SelfDefined && DisplayKeywordDefiner)
+            DisplayKeywordDefiner();
+    });
+}
+
+// Alias
+
+void LibraryList::mnuNewAliasItem_Click()
+{
+    const QString alias = AliasOf(m_session.CurrentDatabasePath);
+    const auto text = Prompts::Current().InputBox(
+        u"Insert new alias for current database instead of '%1'.\n\nComplete path to the open database is:\n%2"_s.arg(
+            alias, QDir::toNativeSeparators(m_session.CurrentDatabasePath)),
+        u"New Alias"_s, alias);
+    if (text && !text->isEmpty())
+        ChangeAlias(*text, false);
+}
+
+void LibraryList::ChangeAlias(const QString& alias, bool ask)
+{
+    Guarded(ModuleName, u"ChangeAlias"_s, [&] {
+        const ComboGuard guard(*this);
+        const auto index = FindCurrentDBArrayIndex();
+        if (!index || alias.isEmpty())
+            return SetComboToPresentDB();
+        if (BreaksTheList(alias)) {
+            SayThatItBreaksTheList(u"An alias"_s);
+            return m_shell.SetComboIndex(*index);
+        }
+        if (ask
+            && Prompts::Current().MsgBox({.Text = u"Do you really wish to change the alias for this database?"_s,
+                                          .Caption = u"Alias Change"_s,
+                                          .Buttons = MsgBoxButtons::YesNo,
+                                          .Icon = MsgBoxIcon::Question})
+                != MsgBoxResult::Yes)
+            return m_shell.SetComboIndex(*index);
+        m_shell.RemoveComboEntry(*index);
+        m_shell.InsertComboEntry(*index, alias);
+        m_shell.SetComboIndex(*index);
+        m_session.DatabaseList[size_t(*index)].Alias = alias;
+        SaveDatabasesToSettings();
+    });
+}
+
+// Removing
+
+void LibraryList::mnuRemoveDBItem_Click()
+{
+    Guarded(ModuleName, u"mnuRemoveDBItem_Click"_s, [this] {
+        const MsgBoxResult keep = Prompts::Current().MsgBox({.Text = u"Would you like to keep the database on your hard drive?"_s,
+                                                             .Caption = u"Remove Database"_s,
+                                                             .Buttons = MsgBoxButtons::YesNoCancel,
+                                                             .Icon = MsgBoxIcon::Question});
+        if (keep == MsgBoxResult::Cancel)
+            return;
+        const QString path = m_session.CurrentDatabasePath;
+        if (const auto index = FindCurrentDBArrayIndex())
+            RemoveDatabaseFromList(*index);
+        CloseDatabase();
+        m_session.CurrentDatabasePath.clear();
+        SaveSetting(SettingsApplication, u"Settings"_s, u"LastDB"_s, {});
+        SaveDatabasesToSettings();
+        m_tree.ClearTreeView();
+        if (!SetFirstDBPresent()) {
+            m_shell.SetComboText({});
+            EnableControls(false);
+        }
+        if (keep == MsgBoxResult::No)
+            DeleteFromDisk(path);
+    });
+}
+
+void LibraryList::DeleteFromDisk(const QString& path)
+{
+    const MsgBoxResult sure = Prompts::Current().MsgBox(
+        {.Text = u"The program is about to delete the database file and all coherent files from your hard drive. This is a "
+                 "serious step and it will not be possible to restore any of the deleted files after this operation is "
+                 "finished!!!\nDo you want to continue?"_s,
+         .Caption = u"Delete database file from hard drive?"_s,
+         .Buttons = MsgBoxButtons::YesNo,
+         .Icon = MsgBoxIcon::Exclamation,
+         .Default = MsgBoxResult::No});
+    if (sure != MsgBoxResult::Yes)
+        return;
+    QFile::remove(JournalOf(path));
+    const bool removed = QFile::remove(path);
+    if (!DeleteFolder(FilesFolderOf(path).chopped(1)) || !DeleteFolder(HTMLFolderOf(path).chopped(1)) || !removed)
+        throw RuntimeError(ErrorNumber::PathAccess,
+                           u"Not all files of '%1' could be deleted."_s.arg(QDir::toNativeSeparators(path)),
+                           u"DeleteFromDisk"_s);
+}
+
+// Asking for a file
+
+QString LibraryList::GetFileName(bool save, const QString& title, const QString& filter)
+{
+    const QString remembered = GetSetting(SettingsApplication, u"Settings"_s, u"InitDir"_s, u"C:\\"_s);
+    const QString folder = QFileInfo(remembered).isDir() ? remembered : QDir::homePath();
+    QString path = Prompts::Current().FileName({.Save = save, .Title = title, .Filter = filter, .Folder = folder});
+    path = path.section(QChar(u'\0'), 0, 0);
+    if (path.isEmpty())
+        return {};
+    const QString chosen = QFileInfo(path).absolutePath();
+    if (chosen != remembered)
+        SaveSetting(SettingsApplication, u"Settings"_s, u"InitDir"_s, chosen);
+    if (!save && !QFileInfo::exists(path)) {
+        Prompts::Current().MsgBox({.Text = u"No file of the entered name exists in the selected directory. Please select an "
+                                           "existing file."_s,
+                                   .Caption = u"File not found"_s,
+                                   .Icon = MsgBoxIcon::Exclamation});
+        return {};
+    }
+    return path;
+}
+
+} // namespace qb

@@ -1,0 +1,61 @@
+#include "session/Main.h"
+
+#include "platform/system/SingleInstance.h"
+#include "platform/system/Trace.h"
+#include "session/frmCodeLib.h"
+#include "session/frmSplash.h"
+#include "support/ui/DialogPrompts.h"
+#include "support/ui/Icons.h"
+
+#include <QApplication>
+#include <QTimer>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// With the environment variable QUILLBASE_PICTURE set to a file name, writes a picture of the
+/// window there once it is drawn, and closes it.
+void WritePictureIfAsked(frmCodeLib& window)
+{
+    const QString file = qEnvironmentVariable("QUILLBASE_PICTURE");
+    if (file.isEmpty())
+        return;
+    constexpr int UntilSettled = 500; // milliseconds
+    QTimer::singleShot(UntilSettled, &window, [&window, file] {
+        window.grab().save(file, "PNG");
+        window.close();
+    });
+}
+
+} // namespace
+
+int Main()
+{
+    QApplication::setWindowIcon(IconNamed(u"quillbase"_s));
+    DialogPrompts prompts;
+    Prompts::SetCurrent(&prompts);
+    const SingleInstance instance;
+    if (!instance.IsFirst()) {
+        prompts.MsgBox({.Text = u"An Instance of the KT Quillbase is already Running"_s, .Caption = ApplicationTitle});
+        return 0;
+    }
+    auto splash = std::make_unique<frmSplash>();
+    splash->show();
+    QApplication::processEvents();
+    frmCodeLib window;
+    prompts.ProgressView = [&window](const QString& text, int percent) { window.ShowProgress(text, percent); };
+    Trace("window");
+    window.Form_Load();
+    window.show();
+    splash->finish(&window);
+    splash.reset();
+    WritePictureIfAsked(window);
+    const int status = QApplication::exec();
+    Prompts::SetCurrent(nullptr);
+    return status;
+}
+
+} // namespace qb

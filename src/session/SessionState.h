@@ -1,0 +1,31 @@
+#pragma once
+
+#include "config/CSettings.h"
+#include "platform/dao/Database.h"
+#include "session/CHistory.h"
+#include "store/CCodeItem.h"
+
+#include <QString>
+#include <memory>
+#include <vector>
+
+namespace qb {
+
+/// A library of the list.
+struct LibraryEntry {
+    QString Path;
+    QString Alias;
+};
+
+/// What the session holds; its collaborators share it.
+struct SessionState {
+    std::unique_ptr<Database> CurrentDatabase; ///< null when no library is open
+    QString CurrentDatabasePath;               ///< empty when none is known
+    QString CurrentItemKey;                    ///< of the item shown; empty after a refill
+    std::unique_ptr<CCodeItem> oCodeItem;
+    std::unique_ptr<CSettings> moSettings;
+    std::unique_ptr<CHistory> moHistory;
+    std::vector<LibraryEntry> DatabaseList;
+};
+
+} // namespace qb

@@ -1,0 +1,259 @@
+#include "session/frmCodeLib.h"
+
+#include "panels/ctlSmartTreeView.h"
+#include "platform/dao/DBEngine.h"
+#include "platform/system/Paths.h"
+#include "platform/system/Prompts.h"
+#include "platform/system/SettingsStore.h"
+#include "platform/system/Shell.h"
+#include "platform/system/Trace.h"
+#include "session/CWaitCursor.h"
+#include "session/frmDatabaseList.h"
+#include "session/frmNewDatabase.h"
+#include "support/Addresses.h"
+#include "support/ErrorRoutine.h"
+#include "support/Version.h"
+#include "text/ctlCodeDetails.h"
+
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QFile>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QScreen>
+#include <QSignalBlocker>
+#include <QStatusBar>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+const QString ModuleName = u"MainForm"_s;
+} // namespace
+
+frmCodeLib::frmCodeLib()
+{
+    setObjectName(u"frmCodeLib"_s);
+    setWindowTitle(ApplicationTitle);
+    MakePanels();
+    m_tree = std::make_unique<ItemTree>(m_session, *tvCodeItems, *ctlCodeItemDetails, *this, m_commands);
+    m_libraries = std::make_unique<LibraryList>(m_session, *this, *ctlCodeItemDetails, m_commands, *m_tree);
+    MakeMenus();
+    MakeToolbar();
+    MakeStatusBar();
+    ConnectPanels();
+    ConnectCommands();
+    PlaceWindow();
+}
+
+frmCodeLib::~frmCodeLib() = default;
+
+void frmCodeLib::Form_Load()
+{
+    Guarded(ModuleName, u"Form_Load"_s, [this] {
+        m_session.oCodeItem = std::make_unique<CCodeItem>();
+        CWaitCursor wait;
+        wait.SetCursor(CWaitCursor::Hourglass);
+        m_session.moSettings = std::make_unique<CSettings>([this] { return CurrentDatabase(); });
+        connect(m_session.moSettings.get(), &CSettings::eShowStatusBar, this, &frmCodeLib::SetShowStatusBar);
+        m_session.moSettings->Initialise();
+        m_libraries->HistoryReplaced = [this] { ConnectHistory(); };
+        m_libraries->GetLastDBName();
+        m_libraries->CreateDBArray();
+        DoStartUp();
+        const bool open = m_libraries->SetupDBConnection();
+        Trace("library");
+        if (open) {
+            m_tree->FillTree();
+            m_libraries->EnableControls(true);
+        } else {
+            m_libraries->EnableControls(false);
+        }
+        m_libraries->NewHistory();
+    });
+}
+
+void frmCodeLib::DoStartUp()
+{
+    Guarded(ModuleName, u"DoStartUp"_s, [this] {
+        for (const QString& button : {u"DELETE"_s, u"BOOKMARK"_s})
+            m_commands.SetEnabled(button, false);
+        if (Settings().DBEnableSessionUndo() && !Settings().DBShared())
+            MakeStartOfSessionCopy();
+    });
+}
+
+/// The copy is made before the library is opened, since it must not be in use for that.
+void frmCodeLib::MakeStartOfSessionCopy()
+{
+    const QString copy = ApplicationFolder() + u"KTSStartupBackup.qbd"_s;
+    QFile::remove(copy);
+    if (m_session.CurrentDatabasePath.isEmpty()) {
+        Prompts::Current().MsgBox({.Text = u"Cannot find the last opened database : "_s + m_session.CurrentDatabasePath,
+                                   .Caption = ApplicationTitle,
+                                   .Icon = MsgBoxIcon::Information});
+        return;
+    }
+    DBEngine::CompactDatabase(m_session.CurrentDatabasePath, copy);
+}
+
+void frmCodeLib::PlaceWindow()
+{
+    constexpr int TwipsPerPixel = 15;
+    setMinimumSize(5000 / TwipsPerPixel, 4000 / TwipsPerPixel);
+    const QRect available = screen()->availableGeometry();
+    const QSize size = available.size() * 8 / 10;
+    setGeometry(QRect(available.topLeft() + QPoint(available.width() / 10, available.height() / 10), size));
+}
+
+// Closing
+
+void frmCodeLib::closeEvent(QCloseEvent* event)
+{
+    Form_Unload();
+    event->accept();
+}
+
+void frmCodeLib::Form_Unload()
+{
+    Guarded(ModuleName, u"Form_Unload"_s, [this] {
+        m_tree->ClearTreeView();
+        m_session.moSettings->CountDay(); // writes to the library, so before it closes
+        m_libraries->CloseDatabase();
+    });
+}
+
+// Status bar
+
+void frmCodeLib::SetStatusText(const QString& text)
+{
+    m_statusText->setText(text);
+}
+
+void frmCodeLib::SetItemDate(const QString& text, const QString& tip)
+{
+    m_itemDate->setText(text);
+    m_itemDate->setToolTip(tip);
+}
+
+void frmCodeLib::ShowProgress(const QString& text, int percent)
+{
+    constexpr int Done = 100;
+    m_statusText->setText(text);
+    prgStatus->setVisible(percent >= 1 && percent < Done);
+    prgStatus->setValue(percent);
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+void frmCodeLib::SetShowStatusBar(bool show)
+{
+    statusBar()->setVisible(show);
+    m_commands.SetChecked(u"mnuViewStatusBar"_s, show);
+}
+
+// The combo box of libraries
+
+int frmCodeLib::ComboCount() const
+{
+    return cboDatabase->count();
+}
+
+int frmCodeLib::ComboIndex() const
+{
+    return cboDatabase->currentIndex();
+}
+
+void frmCodeLib::SetComboIndex(int index)
+{
+    cboDatabase->setCurrentIndex(index);
+    cboDatabase->setEditText(cboDatabase->itemText(index));
+}
+
+QString frmCodeLib::ComboText() const
+{
+    return cboDatabase->currentText();
+}
+
+void frmCodeLib::SetComboText(const QString& text)
+{
+    const QSignalBlocker blocker(cboDatabase);
+    cboDatabase->setCurrentIndex(-1);
+    cboDatabase->setEditText(text);
+}
+
+void frmCodeLib::InsertComboEntry(int index, const QString& alias)
+{
+    const QSignalBlocker blocker(cboDatabase); // the first entry of an empty box is not chosen by that
+    const bool chosen = cboDatabase->currentIndex() >= 0;
+    cboDatabase->insertItem(index, alias);
+    if (!chosen)
+        cboDatabase->setCurrentIndex(-1);
+}
+
+void frmCodeLib::RemoveComboEntry(int index)
+{
+    const QSignalBlocker blocker(cboDatabase);
+    const bool chosen = cboDatabase->currentIndex() == index;
+    cboDatabase->removeItem(index);
+    if (chosen)
+        cboDatabase->setCurrentIndex(-1); // no other library is chosen by that
+}
+
+void frmCodeLib::SetComboToolTip(const QString& tip)
+{
+    cboDatabase->setToolTip(tip);
+}
+
+LanguageChoice frmCodeLib::AskForLanguage()
+{
+    frmNewDatabase dialog(this);
+    dialog.exec();
+    return {dialog.LanguageSelected(), dialog.LanguageFilePath()};
+}
+
+// Commands of the window itself
+
+void frmCodeLib::mnuViewErrorLog_Click()
+{
+    if (QFileInfo::exists(ErrorLogFile()) && !OpenTarget(ErrorLogFile()))
+        Prompts::Current().MsgBox({.Text = u"No application could be started for '%1'."_s.arg(ErrorLogFile()),
+                                   .Caption = ApplicationTitle,
+                                   .Icon = MsgBoxIcon::Information});
+}
+
+void frmCodeLib::mnuBugReportItem_Click()
+{
+    const QString log = ErrorLogFile();
+    Mail mail;
+    mail.To = BugReportAddress();
+    mail.Attachment = QFileInfo::exists(log) ? log : QString();
+    if (!OpenMail(mail))
+        Prompts::Current().MsgBox({.Text = u"No mail program could be started."_s,
+                                   .Caption = ApplicationTitle,
+                                   .Icon = MsgBoxIcon::Information});
+}
+
+void frmCodeLib::mnuAboutItem_Click()
+{
+    QMessageBox box(QMessageBox::NoIcon, u"About KT Quillbase"_s,
+                    u"KT Quillbase %1\nA library for source code.\n\nCopyright © 2026 Brindleton Software, MIT licence"_s.arg(
+                        ProgramVersion()),
+                    QMessageBox::Ok, this);
+    constexpr int IconSize = 96;
+    box.setObjectName(u"frmAbout"_s);
+    box.setIconPixmap(windowIcon().pixmap(IconSize));
+    box.exec();
+}
+
+void frmCodeLib::ShowDatabaseList()
+{
+    frmDatabaseList dialog(this);
+    dialog.Initialize(m_session.DatabaseList, m_libraries->FindCurrentDBArrayIndex());
+    dialog.exec();
+}
+
+} // namespace qb

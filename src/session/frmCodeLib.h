@@ -1,0 +1,100 @@
+#pragma once
+
+#include "session/Commands.h"
+#include "session/ItemTree.h"
+#include "session/LibraryList.h"
+#include "session/SessionState.h"
+#include "session/ShellView.h"
+
+#include <QHash>
+#include <QMainWindow>
+#include <functional>
+
+class QAction;
+class QComboBox;
+class QLabel;
+class QMenu;
+class QProgressBar;
+class QToolBar;
+
+namespace qb {
+
+class ctlCodeDetails;
+class ctlSmartTreeView;
+
+/// The main window: assembles the session and its panels, and connects them. What the commands
+/// do is decided by the collaborators, each in a file of its own.
+class frmCodeLib : public QMainWindow, public ShellView {
+    Q_OBJECT
+
+public:
+    frmCodeLib();
+    ~frmCodeLib() override;
+
+    /// Reads the list of libraries, opens the last one and fills the tree; runs before the
+    /// window is shown.
+    void Form_Load();
+
+    CSettings& Settings() { return *m_session.moSettings; }
+    Database* CurrentDatabase() { return m_session.CurrentDatabase.get(); }
+
+    // ShellView
+    void SetStatusText(const QString& text) override;
+    void SetItemDate(const QString& text, const QString& tip) override;
+    int ComboCount() const override;
+    int ComboIndex() const override;
+    void SetComboIndex(int index) override;
+    QString ComboText() const override;
+    void SetComboText(const QString& text) override;
+    void InsertComboEntry(int index, const QString& alias) override;
+    void RemoveComboEntry(int index) override;
+    void SetComboToolTip(const QString& tip) override;
+    LanguageChoice AskForLanguage() override;
+    void EnableMenus(bool enabled) override;
+
+    /// Shows progress in the status bar; a percent below 1, or of 100 and above, hides the bar.
+    void ShowProgress(const QString& text, int percent);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void MakePanels();
+    void MakeMenus();
+    QMenu* MenuOf(CommandRow::Place place);
+    QAction* MakeAction(const CommandRow& row);
+    void MakeToolbar();
+    void MakeStatusBar();
+    void ConnectPanels();
+    void ConnectCommands();
+    void ConnectHistory();
+    void UpdateAction(const QString& name);
+    void DoStartUp();
+    void MakeStartOfSessionCopy();
+    void PlaceWindow();
+    void mnuFile_Click();
+    void mnuViewErrorLog_Click();
+    void mnuBugReportItem_Click();
+    void mnuAboutItem_Click();
+    void ShowDatabaseList();
+    void SetShowStatusBar(bool show);
+    void Form_Unload();
+
+    SessionState m_session;
+    Commands m_commands;
+    QHash<QString, std::function<void()>> m_procedures;
+    QHash<QString, QAction*> m_actions;
+    QHash<int, QMenu*> m_menus;
+    QMenu* mnuFileDatabaseSelect = nullptr;
+    QToolBar* tlbMain = nullptr;
+    QComboBox* cboDatabase = nullptr;
+    QLabel* m_statusText = nullptr;
+    QLabel* m_itemDate = nullptr;
+    QProgressBar* prgStatus = nullptr;
+    ctlSmartTreeView* tvCodeItems = nullptr;
+    ctlCodeDetails* ctlCodeItemDetails = nullptr;
+    std::unique_ptr<ItemTree> m_tree;
+    std::unique_ptr<LibraryList> m_libraries;
+};
+
+} // namespace qb

@@ -1,0 +1,273 @@
+// The parts of the main window: panels, menus, toolbar and status bar, and how they are connected.
+
+#include "panels/ctlSmartTreeView.h"
+#include "platform/system/Trace.h"
+#include "session/frmCodeLib.h"
+#include "support/ui/Icons.h"
+#include "text/ctlCodeDetails.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QProgressBar>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QToolBar>
+#include <QToolButton>
+#include <QTreeView>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct MenuRow {
+    CommandRow::Place Place;
+    const char* Name;
+    const char* Caption;
+};
+constexpr MenuRow MenuRows[] = {
+    {CommandRow::Place::File, "mnuFile", "&File"},
+    {CommandRow::Place::Item, "mnuItem", "&Item"},
+    {CommandRow::Place::View, "mnuView", "&View"},
+    {CommandRow::Place::Tools, "mnuTools", "&Tools"},
+    {CommandRow::Place::Replication, "mnuReplication", "&Replication"},
+    {CommandRow::Place::Help, "mnuHelp", "&Help"},
+};
+
+bool HasVisibleActions(const QMenu& menu)
+{
+    const QList<QAction*> actions = menu.actions();
+    return std::any_of(actions.begin(), actions.end(),
+                       [](const QAction* action) { return action->isVisible() && !action->isSeparator(); });
+}
+
+} // namespace
+
+void frmCodeLib::MakePanels()
+{
+    constexpr int TreeWidth = 320;
+    constexpr int DetailsWidth = 880;
+    tvCodeItems = new ctlSmartTreeView;
+    tvCodeItems->setObjectName(u"tvCodeItems"_s);
+    ctlCodeItemDetails = new ctlCodeDetails;
+    ctlCodeItemDetails->setObjectName(u"ctlCodeItemDetails"_s);
+    auto* splitter = new QSplitter;
+    splitter->setObjectName(u"ctlResizer1"_s);
+    splitter->addWidget(tvCodeItems);
+    splitter->addWidget(ctlCodeItemDetails);
+    splitter->setChildrenCollapsible(false);
+    splitter->setStretchFactor(1, 1);
+    splitter->setSizes({TreeWidth, DetailsWidth});
+    setCentralWidget(splitter);
+}
+
+QMenu* frmCodeLib::MenuOf(CommandRow::Place place)
+{
+    return m_menus.value(int(place));
+}
+
+QAction* frmCodeLib::MakeAction(const CommandRow& row)
+{
+    auto* action = new QAction(QString::fromLatin1(row.Caption), this);
+    if (!*row.Caption)
+        action->setSeparator(true);
+    if (!*row.Name)
+        return action;
+    const QString name = QString::fromLatin1(row.Name);
+    action->setObjectName(name);
+    if (*row.Shortcut)
+        action->setShortcut(QKeySequence(QString::fromLatin1(row.Shortcut)));
+    connect(action, &QAction::triggered, this, [this, name] { m_procedures.value(name)(); });
+    m_actions.insert(name, action);
+    return action;
+}
+
+void frmCodeLib::MakeMenus()
+{
+    for (const MenuRow& row : MenuRows) {
+        QMenu* menu = menuBar()->addMenu(QString::fromLatin1(row.Caption));
+        menu->setObjectName(QString::fromLatin1(row.Name));
+        m_menus.insert(int(row.Place), menu);
+    }
+    for (const CommandRow& row : Commands::Table()) {
+        if (QMenu* menu = MenuOf(row.Where))
+            menu->addAction(MakeAction(row));
+    }
+    mnuFileDatabaseSelect = new QMenu(this);
+    m_actions[u"mnuFileDatabaseSelect"_s]->setMenu(mnuFileDatabaseSelect);
+    m_actions[u"mnuViewStatusBar"_s]->setCheckable(true);
+    connect(MenuOf(CommandRow::Place::File), &QMenu::aboutToShow, this, &frmCodeLib::mnuFile_Click);
+}
+
+void frmCodeLib::MakeToolbar()
+{
+    constexpr int ComboCharacters = 24;
+    tlbMain = addToolBar(u"Main"_s);
+    tlbMain->setObjectName(u"tlbMain"_s);
+    tlbMain->setMovable(false);
+    tlbMain->setContextMenuPolicy(Qt::PreventContextMenu);
+    const int iconSize = style()->pixelMetric(QStyle::PM_ToolBarIconSize);
+    tlbMain->setIconSize({iconSize, iconSize});
+    cboDatabase = new QComboBox;
+    cboDatabase->setObjectName(u"cboDatabase"_s);
+    cboDatabase->setAccessibleName(u"Library"_s);
+    cboDatabase->setEditable(true);
+    cboDatabase->setDuplicatesEnabled(true); // Enter renames; it does not look for the same text
+    cboDatabase->setInsertPolicy(QComboBox::NoInsert);
+    cboDatabase->setCompleter(nullptr);
+    cboDatabase->setMinimumContentsLength(ComboCharacters);
+    tlbMain->addWidget(cboDatabase);
+    tlbMain->addSeparator();
+    for (const CommandRow& row : Commands::Table()) {
+        if (row.Where != CommandRow::Place::Toolbar)
+            continue;
+        QAction* action = MakeAction(row);
+        action->setProperty("key", action->objectName());
+        tlbMain->addAction(action);
+        if (QWidget* button = tlbMain->widgetForAction(action))
+            button->setProperty("key", action->objectName());
+    }
+}
+
+void frmCodeLib::MakeStatusBar()
+{
+    constexpr int ProgressWidth = 180;
+    m_statusText = new QLabel;
+    m_statusText->setObjectName(u"sbrMainPanel1"_s);
+    m_statusText->setTextFormat(Qt::PlainText);
+    m_itemDate = new QLabel;
+    m_itemDate->setObjectName(u"sbrMainPanel2"_s);
+    prgStatus = new QProgressBar;
+    prgStatus->setObjectName(u"prgStatus"_s);
+    prgStatus->setFixedWidth(ProgressWidth);
+    prgStatus->setRange(0, 100);
+    prgStatus->hide();
+    statusBar()->setObjectName(u"sbrMain"_s);
+    statusBar()->addWidget(m_statusText, 1);
+    statusBar()->addPermanentWidget(prgStatus);
+    statusBar()->addPermanentWidget(m_itemDate);
+}
+
+void frmCodeLib::ConnectPanels()
+{
+    connect(tvCodeItems, &ctlSmartTreeView::NodeClick, this, [this](TreeNode* node) { m_tree->TreeViewNodeClick(*node); });
+    connect(tvCodeItems, &ctlSmartTreeView::NodeExpanded, this, [this](TreeNode* node) { m_tree->NodeExpanded(*node); });
+    connect(tvCodeItems, &ctlSmartTreeView::NodeCollapsed, this, [this](TreeNode* node) { m_tree->NodeCollapsed(*node); });
+    connect(tvCodeItems, &ctlSmartTreeView::TreePainted, this, [] { Trace("tree_painted"); });
+    connect(cboDatabase, &QComboBox::currentIndexChanged, this, [this](int index) {
+        if (index >= 0)
+            m_libraries->cboDatabase_Click();
+    });
+    connect(cboDatabase->lineEdit(), &QLineEdit::returnPressed, this,
+            [this] { m_libraries->ChangeAlias(cboDatabase->currentText(), true); });
+    connect(&m_commands, &Commands::Changed, this, &frmCodeLib::UpdateAction);
+}
+
+/// What each command runs. A command without an entry here is not shown.
+void frmCodeLib::ConnectCommands()
+{
+    const auto back = [this] { m_tree->GoToNode(m_session.moHistory->PreviousInHistory()); };
+    const auto forward = [this] { m_tree->GoToNode(m_session.moHistory->NextInHistory()); };
+    const auto next = [this] {
+        m_commands.Get(u"NEXT"_s).Icon == u"DOWN_RED"_s ? m_tree->FindNextConflictItem() : m_tree->MoveOnNextItem();
+    };
+    const auto previous = [this] {
+        m_commands.Get(u"PREVIOUS"_s).Icon == u"UP_RED"_s ? m_tree->FindPreviousConflictItem() : m_tree->MoveOnPreviousItem();
+    };
+    m_procedures = {
+        {u"mnuNewDatabase"_s, [this] { m_libraries->mnuNewDatabase_Click(); }},
+        {u"mnuOpenDatabase"_s, [this] { m_libraries->mnuOpenDatabase_Click(); }},
+        {u"mnuFileDatabaseSelect"_s, [] {}}, // opens its menu
+        {u"mnuDatabaseListItem"_s, [this] { ShowDatabaseList(); }},
+        {u"mnuNewAliasItem"_s, [this] { m_libraries->mnuNewAliasItem_Click(); }},
+        {u"mnuRemoveDBItem"_s, [this] { m_libraries->mnuRemoveDBItem_Click(); }},
+        {u"mnuExit"_s, [this] { close(); }},
+        {u"mnuPreviousItem"_s, previous},
+        {u"mnuNextItem"_s, next},
+        {u"mnuBackItem"_s, back},
+        {u"mnuForwardItem"_s, forward},
+        {u"mnuViewStatusBar"_s,
+         [this] {
+             Settings().SetShowStatusBar(m_actions[u"mnuViewStatusBar"_s]->isChecked());
+             Settings().Apply();
+         }},
+        {u"mnuViewRefresh"_s, [this] { m_libraries->ShowLibrary(); }},
+        {u"mnuCollapseBranchesItem"_s, [this] { m_tree->CollapseBranches(); }},
+        {u"mnuViewErrorLog"_s, [this] { mnuViewErrorLog_Click(); }},
+        {u"mnuBugReportItem"_s, [this] { mnuBugReportItem_Click(); }},
+        {u"mnuAboutItem"_s, [this] { mnuAboutItem_Click(); }},
+        {u"BACK"_s, back},
+        {u"FORWARD"_s, forward},
+        {u"PREVIOUS"_s, previous},
+        {u"NEXT"_s, next},
+    };
+    for (auto action = m_actions.cbegin(); action != m_actions.cend(); ++action)
+        UpdateAction(action.key());
+}
+
+void frmCodeLib::ConnectHistory()
+{
+    const CHistory* history = m_session.moHistory.get();
+    const auto enable = [this](const QString& button, const QString& entry, bool enabled) {
+        return [this, button, entry, enabled] {
+            m_commands.SetEnabled(button, enabled);
+            m_commands.SetEnabled(entry, enabled);
+        };
+    };
+    connect(history, &CHistory::FirstHistoryItem, this, enable(u"BACK"_s, u"mnuBackItem"_s, false));
+    connect(history, &CHistory::HistoryItemAdded, this, enable(u"BACK"_s, u"mnuBackItem"_s, true));
+    connect(history, &CHistory::HistoryMovedBack, this, enable(u"FORWARD"_s, u"mnuForwardItem"_s, true));
+    connect(history, &CHistory::HistoryMovedForward, this, enable(u"BACK"_s, u"mnuBackItem"_s, true));
+    connect(history, &CHistory::LastHistoryItem, this, enable(u"FORWARD"_s, u"mnuForwardItem"_s, false));
+}
+
+void frmCodeLib::UpdateAction(const QString& name)
+{
+    QAction* action = m_actions.value(name);
+    if (!action)
+        return;
+    const Commands::State& state = m_commands.Get(name);
+    action->setEnabled(state.Enabled);
+    action->setVisible(state.Visible && (action->isSeparator() || m_procedures.contains(name)));
+    if (action->isCheckable())
+        action->setChecked(state.Checked);
+    action->setIcon(state.Icon.isEmpty() ? QIcon() : IconNamed(state.Icon));
+    action->setStatusTip(state.Tip);
+    if (action->property("key").isValid())
+        action->setToolTip(state.Tip);
+    for (QMenu* menu : std::as_const(m_menus)) {
+        if (menu->actions().contains(action))
+            menu->menuAction()->setVisible(HasVisibleActions(*menu));
+    }
+}
+
+void frmCodeLib::EnableMenus(bool enabled)
+{
+    for (const CommandRow::Place place : {CommandRow::Place::Item, CommandRow::Place::View, CommandRow::Place::Tools,
+                                          CommandRow::Place::Replication})
+        MenuOf(place)->setEnabled(enabled);
+    for (const QString& entry : {u"mnuNewAliasItem"_s, u"mnuRemoveDBItem"_s})
+        m_commands.SetEnabled(entry, enabled);
+}
+
+void frmCodeLib::mnuFile_Click()
+{
+    mnuFileDatabaseSelect->clear();
+    for (int i = 0; i < cboDatabase->count(); ++i) {
+        QString caption = cboDatabase->itemText(i);
+        QAction* entry = mnuFileDatabaseSelect->addAction(caption.replace(u'&', u"&&"_s));
+        entry->setObjectName(u"mnuDatabaseName%1"_s.arg(i));
+        entry->setCheckable(true);
+        entry->setChecked(i == cboDatabase->currentIndex());
+        connect(entry, &QAction::triggered, this, [this, i] { SetComboIndex(i); });
+    }
+    m_commands.SetEnabled(u"mnuFileDatabaseSelect"_s, cboDatabase->count() > 0);
+}
+
+} // namespace qb

@@ -1,0 +1,343 @@
+#include "store/CDBCreate.h"
+
+#include "platform/dao/DBEngine.h"
+#include "platform/system/Clock.h"
+#include "platform/system/FileReplace.h"
+#include "platform/system/Prompts.h"
+#include "platform/system/SettingsStore.h"
+#include "support/ErrorRoutine.h"
+#include "support/Version.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QRandomGenerator>
+#include <cmath>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString ModuleName = u"CDBCreate"_s;
+
+/// What a new library's maintenance starts with.
+struct MaintenanceDefault {
+    QLatin1StringView Column;
+    Value Setting;
+};
+const MaintenanceDefault MaintenanceDefaults[] = {
+    {"CompactOnExit"_L1, true}, {"CompactOnExitEvery"_L1, 5}, {"BackupOnExit"_L1, true}, {"BackupOnExitEvery"_L1, 15},
+    {"BackupAutoDelete"_L1, true}, {"BackupAutoDeleteNo"_L1, 5},
+};
+
+/// A name beside @p path that no other file has, so that a library appears whole or not at all.
+QString InterimName(const QString& path)
+{
+    const QFileInfo target(path);
+    return target.absolutePath() + u"/.%1.%2.new"_s.arg(target.fileName()).arg(QCoreApplication::applicationPid());
+}
+
+void RemoveDatabaseFile(const QString& path)
+{
+    QFile::remove(path);
+    QFile::remove(path + u"-journal"_s);
+}
+
+/// Runs @p step; errors that say "exists already" are no failure.
+template <class Step>
+void TolerateExisting(Step&& step)
+{
+    try {
+        step();
+    } catch (const RuntimeError& error) {
+        if (error.Number() != ErrorNumber::FieldExists && error.Number() != ErrorNumber::IndexExists)
+            throw;
+    }
+}
+
+} // namespace
+
+CDBCreate::CDBCreate(Database* database, DatabaseKind kind) : m_database(database), m_kind(kind) {}
+
+bool CDBCreate::CreateNewDB(const QString& path, LanguageType languageType, const QString& languageFile)
+{
+    if (QFileInfo::exists(path))
+        return true;
+    const QString interim = InterimName(path);
+    RemoveDatabaseFile(interim);
+    const auto build = [&] {
+        if (!Create_Database(interim, DatabaseKind::Library))
+            return false;
+        const std::unique_ptr<Database> database = DBEngine::OpenDatabase(interim);
+        m_database = database.get();
+        Transaction transaction(*database);
+        if (languageType == LanguageType::VB || languageType == LanguageType::Cpp)
+            PopulateKeywordSet(languageType);
+        else if (languageType == LanguageType::File)
+            LanguageFromFile(languageFile);
+        transaction.Commit();
+        m_database = nullptr;
+        return true;
+    };
+    const bool created = Guarded(ModuleName, u"CreateNewDB"_s, [&] {
+        const bool built = build();
+        if (built)
+            MoveIntoPlace(interim, path, false);
+        return built;
+    }, false);
+    m_database = nullptr;
+    RemoveDatabaseFile(interim);
+    return created;
+}
+
+bool CDBCreate::Create_Database(const QString& path, DatabaseKind kind)
+{
+    if (QFileInfo::exists(path))
+        return false;
+    const bool created = Guarded(ModuleName, u"Create_Database"_s, [&] {
+        const std::unique_ptr<Database> database = DBEngine::CreateDatabase(path);
+        m_database = database.get();
+        m_kind = kind;
+        Transaction transaction(*database);
+        Create_TblDef_BookmarkGroups();
+        Create_TblDef_Bookmarks();
+        Create_TblDef_ChildCopies();
+        Create_TblDef_Files({});
+        Create_TblDef_ItemLinks({}, false);
+        Create_TblDef_Items(false, {});
+        Create_TblDef_Keywords();
+        Create_TblDef_Properties();
+        Create_TblDef_DBVersion();
+        Create_Rship_000();
+        Create_Rship_001();
+        SetUpProperties({});
+        transaction.Commit();
+    });
+    m_database = nullptr;
+    if (!created)
+        RemoveDatabaseFile(path);
+    return created;
+}
+
+bool CDBCreate::PrepareAsBackUp(Database& database)
+{
+    m_database = &database;
+    return Guarded(ModuleName, u"PrepareAsBackUp"_s, [&] {
+        Transaction transaction(database);
+        Create_TblDef_HTMLFiles({});
+        database.AppendField(u"Files"_s, LibrarySchema::FileContents());
+        transaction.Commit();
+    });
+}
+
+bool CDBCreate::CreateAditionalTales(bool withHTML)
+{
+    return Guarded(ModuleName, u"CreateAditionalTales"_s, [&] {
+        Transaction transaction(*m_database);
+        Create_TblDef_DeletedFiles();
+        Create_TblDef_DeletedItems();
+        Create_TblDef_DeletedItemLinks();
+        if (withHTML) {
+            Create_TblDef_HTMLFiles({});
+            m_database->Execute(u"DELETE FROM ChildCopies"_s);
+        }
+        transaction.Commit();
+    });
+}
+
+bool CDBCreate::CreateAditionalFields(TableSet set)
+{
+    return Guarded(ModuleName, u"CreateAditionalFields"_s, [&] {
+        Transaction transaction(*m_database);
+        for (const LibrarySchema::AddedField& added : LibrarySchema::AditionalFields(set, m_kind)) {
+            TolerateExisting([&] { m_database->AppendField(added.Table, added.Column); });
+            if (added.Indexed) {
+                const Index index{.Name = added.Column.Name, .Fields = {added.Column.Name}};
+                TolerateExisting([&] { m_database->AppendIndex(added.Table, index); });
+            }
+        }
+        transaction.Commit();
+    });
+}
+
+void CDBCreate::SetUpProperties(const QString& masterPath)
+{
+    Recordset properties = m_database->OpenRecordset(u"Properties"_s);
+    if (properties.IsEmpty()) {
+        properties.AddNew();
+    } else {
+        properties.MoveFirst();
+        properties.Edit();
+    }
+    properties.Set(u"dbid"_s, DBIDGenerate());
+    if (m_kind == DatabaseKind::Child) {
+        properties.Set(u"MasterReplicaPath"_s, masterPath);
+        properties.Set(u"LastSynchronized"_s, Clock::Now());
+    }
+    properties.Update();
+}
+
+QString CDBCreate::DBIDGenerate()
+{
+    constexpr int Length = 10;
+    constexpr int LastDigit = 11;  // one past nine, so the colon is a member
+    constexpr int LastCapital = 35;
+    QString id;
+    for (int i = 0; i < Length; ++i) {
+        const int n = int(std::nearbyint(QRandomGenerator::global()->generateDouble() * 60)); // ties to even
+        const int base = n < LastDigit ? 48 : n <= LastCapital ? 55 : 62;
+        id += QChar(char16_t(n + base));
+    }
+    return id;
+}
+
+void CDBCreate::PopulateKeywordSet(LanguageType languageType)
+{
+    const LanguageDefinition language = BuiltInLanguage(languageType);
+    WriteLanguage(language);
+    Recordset keywords = m_database->OpenRecordset(u"Keywords"_s);
+    const auto add = [&keywords](const QStringList& words, bool coloured) {
+        for (const QString& word : words) {
+            keywords.AddNew();
+            keywords.Set(u"Keyword"_s, word);
+            keywords.Set(u"Coloured"_s, coloured);
+            keywords.Update();
+        }
+    };
+    add(language.ColouredWords, true);
+    add(language.PlainWords, false);
+}
+
+void CDBCreate::LanguageFromFile(const QString& languageFile)
+{
+    const LanguageDefinition language = ReadLanguageFile(languageFile);
+    WriteLanguage(language);
+    Recordset keywords = m_database->OpenRecordset(u"Keywords"_s);
+    SetKeywords(keywords, language.PlainWords, u"False"_s);
+    SetKeywords(keywords, language.ColouredWords, u"True"_s);
+}
+
+/// Writes all of a language but its words, and empties the word list.
+void CDBCreate::WriteLanguage(const LanguageDefinition& language)
+{
+    Recordset properties = m_database->OpenRecordset(u"Properties"_s);
+    properties.MoveFirst();
+    properties.Edit();
+    properties.Set(u"Version"_s, ProgramVersion());
+    properties.Set(u"LanguageUsed"_s, language.Language);
+    properties.Set(u"ColouredKeywordColour"_s, language.ColouredKeywordColour);
+    properties.Set(u"KeywordColour"_s, language.KeywordColour);
+    properties.Set(u"CommentColour"_s, language.CommentColour);
+    properties.Set(u"CommentIdentifier"_s, language.Comment);
+    properties.Set(u"CommentIdentifierStart"_s, language.CommentStart);
+    properties.Set(u"CommentIdentifierEnd"_s, language.CommentEnd);
+    for (const MaintenanceDefault& one : MaintenanceDefaults)
+        properties.Set(one.Column, one.Setting);
+    properties.Update();
+    m_database->Execute(u"DELETE FROM Keywords"_s);
+}
+
+void CDBCreate::SetKeywords(Recordset& keywords, const QStringList& words, const QString& colouredText)
+{
+    QString conflicts;
+    for (const QString& word : words) {
+        keywords.AddNew();
+        keywords.Set(u"Keyword"_s, word);
+        if (BooleanFromText(colouredText))
+            keywords.Set(u"Coloured"_s, true);
+        try {
+            keywords.Update();
+        } catch (const RuntimeError& error) {
+            if (error.Number() != ErrorNumber::UniqueKeyRefused)
+                throw RuntimeError(error.Number(), u"The word '%1' was refused: %2"_s.arg(word, error.Description()),
+                                   u"SetKeywords"_s);
+            conflicts += u", "_s + word;
+        }
+    }
+    if (!conflicts.isEmpty())
+        Prompts::Current().MsgBox({.Text = u"The following conflicts has been encountered:"_s + conflicts.mid(2),
+                                   .Caption = u"Conflicts"_s,
+                                   .Icon = MsgBoxIcon::Information});
+}
+
+// The builders, one a table and one a relation.
+
+void CDBCreate::Create_TblDef_BookmarkGroups()
+{
+    m_database->AppendTableDef(LibrarySchema::BookmarkGroups());
+}
+
+void CDBCreate::Create_TblDef_Bookmarks()
+{
+    m_database->AppendTableDef(LibrarySchema::Bookmarks());
+}
+
+void CDBCreate::Create_TblDef_ChildCopies()
+{
+    m_database->AppendTableDef(LibrarySchema::ChildCopies());
+}
+
+void CDBCreate::Create_TblDef_Files(const QString& name)
+{
+    m_database->AppendTableDef(LibrarySchema::Files(name));
+}
+
+void CDBCreate::Create_TblDef_ItemLinks(const QString& name, bool noKeys)
+{
+    m_database->AppendTableDef(LibrarySchema::ItemLinks(name, noKeys));
+}
+
+void CDBCreate::Create_TblDef_Items(bool noKeys, const QString& name)
+{
+    m_database->AppendTableDef(LibrarySchema::Items(name, noKeys));
+}
+
+void CDBCreate::Create_TblDef_Keywords()
+{
+    m_database->AppendTableDef(LibrarySchema::Keywords());
+}
+
+void CDBCreate::Create_TblDef_Properties()
+{
+    m_database->AppendTableDef(LibrarySchema::Properties(m_kind));
+}
+
+void CDBCreate::Create_TblDef_DBVersion()
+{
+    m_database->AppendTableDef(LibrarySchema::DBVersion());
+    m_database->Execute(u"INSERT INTO DBVersion (Version) VALUES (?)"_s, {DBEngine::FormatVersion});
+}
+
+void CDBCreate::Create_TblDef_DeletedFiles()
+{
+    m_database->AppendTableDef(LibrarySchema::DeletedFiles());
+}
+
+void CDBCreate::Create_TblDef_DeletedItems()
+{
+    m_database->AppendTableDef(LibrarySchema::DeletedItems());
+}
+
+void CDBCreate::Create_TblDef_DeletedItemLinks()
+{
+    m_database->AppendTableDef(LibrarySchema::DeletedItemLinks());
+}
+
+void CDBCreate::Create_TblDef_HTMLFiles(const QString& name)
+{
+    m_database->AppendTableDef(LibrarySchema::HTMLFiles(name));
+}
+
+void CDBCreate::Create_Rship_000()
+{
+    m_database->AppendRelation(LibrarySchema::BookmarkGroupsBookmarks());
+}
+
+void CDBCreate::Create_Rship_001()
+{
+    m_database->AppendRelation(LibrarySchema::CodeItemsCodeFiles());
+}
+
+} // namespace qb

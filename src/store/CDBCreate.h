@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/dao/Database.h"
+#include "store/LanguageDefinition.h"
+#include "store/LibrarySchema.h"
+
+namespace qb {
+
+/// Builds the tables of libraries and of the files that travel between them. It alone does. An
+/// operation that returns bool reports its error and returns false on failure.
+class CDBCreate {
+public:
+    /// To build in a database that is open already; @p kind says what it is made for.
+    explicit CDBCreate(Database* database = nullptr, DatabaseKind kind = DatabaseKind::Library);
+
+    /// Makes a library at @p path with the words and colours of a language; @p languageFile is
+    /// read for LanguageType::File. A file that stands there already is left alone, which is no
+    /// failure. On failure no file is left.
+    bool CreateNewDB(const QString& path, LanguageType languageType, const QString& languageFile);
+
+    /// Makes the database file with the tables, relations and properties of a library. False,
+    /// and nothing done, when a file of that name exists.
+    bool Create_Database(const QString& path, DatabaseKind kind);
+
+    /// Adds what a backup holds beyond a library: packed pages and the contents of files.
+    bool PrepareAsBackUp(Database& database);
+
+    /// Adds the tables of deletions; with @p withHTML also the packed pages, and empties the
+    /// list of children.
+    bool CreateAditionalTales(bool withHTML);
+
+    /// Completes a set of tables with the columns that replication needs. What exists already
+    /// is passed over.
+    bool CreateAditionalFields(TableSet set);
+
+    /// Fills the one row of `Properties` with a new identity; a child also gets its mother's path.
+    void SetUpProperties(const QString& masterPath);
+
+    /// Ten characters that tell one library from another: digits, colon, B to Z, b to z.
+    static QString DBIDGenerate();
+
+    void Create_TblDef_BookmarkGroups();
+    void Create_TblDef_Bookmarks();
+    void Create_TblDef_ChildCopies();
+    void Create_TblDef_Files(const QString& name);
+    void Create_TblDef_ItemLinks(const QString& name, bool noKeys);
+    void Create_TblDef_Items(bool noKeys, const QString& name);
+    void Create_TblDef_Keywords();
+    void Create_TblDef_Properties();
+    void Create_TblDef_DBVersion();
+    void Create_TblDef_DeletedFiles();
+    void Create_TblDef_DeletedItems();
+    void Create_TblDef_DeletedItemLinks();
+    void Create_TblDef_HTMLFiles(const QString& name);
+    void Create_Rship_000();
+    void Create_Rship_001();
+
+private:
+    void PopulateKeywordSet(LanguageType languageType);
+    void LanguageFromFile(const QString& languageFile);
+    void WriteLanguage(const LanguageDefinition& language);
+    void SetKeywords(Recordset& keywords, const QStringList& words, const QString& colouredText);
+
+    Database* m_database;
+    DatabaseKind m_kind;
+};
+
+} // namespace qb

@@ -1,0 +1,119 @@
+#include "store/ItemBranch.h"
+
+#include "platform/system/Paths.h"
+#include "store/CCodeItem.h"
+#include "store/SessionValues.h"
+#include "store/StoredFiles.h"
+
+#include <QFile>
+#include <unordered_set>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void CommitOrRaise(CCodeItem& item, const QString& what)
+{
+    if (!item.Commit())
+        throw RuntimeError(ErrorNumber::Engine, what, u"ItemBranch"_s);
+}
+
+bool ItemExists(Database& database, qint64 id)
+{
+    return !database.QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {id}).IsNull();
+}
+
+RuntimeError NoSuchItem(qint64 id)
+{
+    return {ErrorNumber::ItemNotFound, u"There is no item %1 in the library."_s.arg(id), u"ItemBranch"_s};
+}
+
+} // namespace
+
+std::vector<qint64> BranchOf(Database& database, qint64 id)
+{
+    std::vector<qint64> branch;
+    std::unordered_set<qint64> seen;
+    std::vector<qint64> waiting{id};
+    while (!waiting.empty()) {
+        const qint64 item = waiting.back();
+        waiting.pop_back();
+        if (!seen.insert(item).second)
+            continue;
+        branch.push_back(item);
+        Statement children = database.Query(u"SELECT ID FROM Items WHERE ParentID = ? ORDER BY ID DESC"_s, {item});
+        while (children.Step())
+            waiting.push_back(children.Long(0));
+    }
+    return branch;
+}
+
+bool IsInBranch(Database& database, qint64 id, qint64 candidate)
+{
+    std::unordered_set<qint64> seen;
+    for (qint64 at = candidate; at != 0 && seen.insert(at).second;
+         at = database.QueryValue(u"SELECT ParentID FROM Items WHERE ID = ?"_s, {at}).ToLong()) {
+        if (at == id)
+            return true;
+    }
+    return false;
+}
+
+void DeleteBranch(Database& database, qint64 id, const std::function<void(int)>& progress)
+{
+    if (!ItemExists(database, id))
+        throw NoSuchItem(id);
+    QStringList files;
+    int done = 0;
+    Transaction transaction(database);
+    const std::vector<qint64> branch = BranchOf(database, id);
+    for (const qint64 item : branch) {
+        for (const qint64 file : StoredFilesOf(database, item))
+            files << DeleteStoredFileRow(database, file);
+        CCodeItem row;
+        row.Initialise(database, QString::number(item));
+        row.Delete();
+        CommitOrRaise(row, u"The item %1 could not be deleted; nothing was changed."_s.arg(item));
+        if (progress)
+            progress(++done);
+    }
+    transaction.Commit();
+    for (const QString& file : std::as_const(files)) {
+        if (!file.isEmpty())
+            QFile::remove(file);
+    }
+    for (const qint64 item : branch) {
+        const QString page = Session().CurrentHTMLFolder + QString::number(item);
+        if (QFile::remove(page + u".htm"_s))
+            DeleteFolder(page);
+    }
+}
+
+void MoveItem(Database& database, qint64 id, qint64 parent)
+{
+    if (!ItemExists(database, id))
+        throw NoSuchItem(id);
+    if (parent != 0 && !ItemExists(database, parent))
+        throw NoSuchItem(parent);
+    if (IsInBranch(database, id, parent))
+        throw RuntimeError(ErrorNumber::NodeCycle,
+                           u"The item %1 can't be moved below itself; nothing was changed."_s.arg(id), u"MoveItem"_s);
+    CCodeItem item;
+    item.Initialise(database, QString::number(id));
+    RefuseReservedTitle(item.Title(), parent);
+    item.SetParentKey(QString::number(parent));
+    item.SetItemChanged(true);
+    CommitOrRaise(item, u"The item %1 could not be moved; nothing was changed."_s.arg(id));
+}
+
+void RefuseReservedTitle(const QString& title, qint64 parent)
+{
+    if (parent == 0 && title == OrphanedItemsTitle)
+        throw RuntimeError(ErrorNumber::ValueNotAllowed,
+                           u"You can't create an 'Orphaned Items' folder! This name is reserved for the program."_s,
+                           u"RefuseReservedTitle"_s);
+}
+
+} // namespace qb

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/dao/Database.h"
+
+#include <QString>
+#include <functional>
+#include <vector>
+
+namespace qb {
+
+/// The item and everything below it, each parent before its children. A cycle in damaged rows
+/// is walked once.
+std::vector<qint64> BranchOf(Database& database, qint64 id);
+
+/// True when @p candidate is @p id or stands below it.
+bool IsInBranch(Database& database, qint64 id, qint64 candidate);
+
+/// Deletes an item and everything below it, with stored files and pages, in one transaction;
+/// files on disk go once it is committed. @p progress gets the number of items done. Raises the
+/// first error, with the library as it was.
+void DeleteBranch(Database& database, qint64 id, const std::function<void(int done)>& progress = {});
+
+/// The title that is reserved, directly under the root, for the items that a synchronization
+/// leaves without a parent.
+inline const QString OrphanedItemsTitle = QStringLiteral("Orphaned Items");
+
+/// Puts an item, with everything below it, under another parent (0: the root) and stamps it as
+/// changed. Raises an error, with the library as it was, when there is no such item or parent,
+/// when the parent stands below the item, or the place is reserved.
+void MoveItem(Database& database, qint64 id, qint64 parent);
+
+/// Raises an error when an item of that title must not be put under @p parent.
+void RefuseReservedTitle(const QString& title, qint64 parent);
+
+} // namespace qb

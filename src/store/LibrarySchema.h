@@ -1,0 +1,53 @@
+#pragma once
+
+#include "platform/dao/Schema.h"
+
+namespace qb {
+
+/// What a database file is made for.
+enum class DatabaseKind { Library = 0, Child = 1, Synchronization = 2 };
+
+/// The table set that CreateAditionalFields completes.
+enum class TableSet { Plain = 0, X = 1, Temporary = 2 };
+
+/// The tables of a library and of the files that travel between libraries. An empty name means
+/// the table's own name.
+namespace LibrarySchema {
+
+/// With @p noKeys `ID` is a plain number and no key refuses a second row of the same ID.
+TableDef Items(const QString& name, bool noKeys);
+/// `ID` numbers itself if @p name is empty or "TempFiles".
+TableDef Files(const QString& name);
+TableDef ItemLinks(const QString& name, bool noKeys);
+TableDef HTMLFiles(const QString& name);
+TableDef BookmarkGroups();
+TableDef Bookmarks();
+TableDef ChildCopies();
+TableDef Keywords();
+TableDef Properties(DatabaseKind kind);
+/// One row with the version of the schema; with `Items`, `Files` and `Bookmarks` it is what a
+/// library is known by.
+TableDef DBVersion();
+TableDef DeletedFiles();
+TableDef DeletedItems();
+TableDef DeletedItemLinks();
+
+/// The column that holds the contents of a stored file, in files that travel.
+Field FileContents();
+
+/// A column, with an index of its name or without, that CreateAditionalFields adds to a table.
+struct AddedField {
+    QString Table;
+    Field Column;
+    bool Indexed = false;
+};
+std::vector<AddedField> AditionalFields(TableSet set, DatabaseKind kind);
+
+Relation BookmarkGroupsBookmarks();
+Relation CodeItemsCodeFiles();
+/// Names a column that `HTMLFiles` does not have; no database holds it.
+Relation ItemsHTMLFiles();
+
+} // namespace LibrarySchema
+
+} // namespace qb

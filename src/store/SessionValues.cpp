@@ -1,0 +1,70 @@
+#include "store/SessionValues.h"
+
+#include "platform/system/Paths.h"
+
+#include <algorithm>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString SideFolder(const QString& libraryPath, const QString& suffix)
+{
+    return fnExtractPathOrFileName(libraryPath, PathPart::Folder) + fnExtractPathOrFileName(libraryPath, PathPart::BaseName)
+        + suffix + u'/';
+}
+
+} // namespace
+
+SessionValues& Session()
+{
+    static SessionValues values;
+    return values;
+}
+
+QString FilesFolderOf(const QString& libraryPath)
+{
+    return SideFolder(libraryPath, u"_Files"_s);
+}
+
+QString HTMLFolderOf(const QString& libraryPath)
+{
+    return SideFolder(libraryPath, u"_HTML"_s);
+}
+
+ReplicaState ReadReplicaState(Database& database)
+{
+    ReplicaState state;
+    const TableDef& table = database.GetTableDef(u"Properties"_s);
+    const Recordset properties = database.OpenRecordset(u"Properties"_s);
+    // Only a library that was given out as a child has these columns.
+    if (!properties.IsEmpty() && table.FindField(u"MasterReplicaPath"_s)) {
+        state.IsChild = !properties[u"MasterReplicaPath"_s].ToText().isEmpty();
+        state.LastExported = properties[u"LastExported"_s].ToDate();
+        state.LastSynchronized = properties[u"LastSynchronized"_s].ToDate();
+    }
+    state.Children = int(database.QueryValue(u"SELECT count(*) FROM ChildCopies"_s).ToLong());
+    state.IsMother = state.Children > 0;
+    return state;
+}
+
+void SetSessionValues(Database& database)
+{
+    const ReplicaState state = ReadReplicaState(database);
+    Session() = {.CurrentFilesFolder = FilesFolderOf(database.Name()),
+                 .CurrentHTMLFolder = HTMLFolderOf(database.Name()),
+                 .IsChildReplica = state.IsChild,
+                 .IsMotherReplica = state.IsMother,
+                 .LastExportedDate = state.IsChild ? state.LastExported : Date()};
+}
+
+bool IsLibrary(Database& database)
+{
+    const QString tables[] = {u"Items"_s, u"Files"_s, u"Bookmarks"_s, u"DBVersion"_s};
+    return std::all_of(std::begin(tables), std::end(tables),
+                       [&database](const QString& table) { return database.TableExists(table); });
+}
+
+} // namespace qb

@@ -1,0 +1,160 @@
+#include "support/ui/DialogPrompts.h"
+
+#include "support/frmError.h"
+#include "support/frmInfo.h"
+#include "support/frmMsgBox.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QInputDialog>
+#include <QMessageBox>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct ButtonPair {
+    MsgBoxResult Result;
+    QMessageBox::StandardButton Button;
+};
+constexpr ButtonPair ButtonPairs[] = {
+    {MsgBoxResult::Ok, QMessageBox::Ok},
+    {MsgBoxResult::Cancel, QMessageBox::Cancel},
+    {MsgBoxResult::Yes, QMessageBox::Yes},
+    {MsgBoxResult::No, QMessageBox::No},
+};
+
+QMessageBox::StandardButtons ButtonsOf(MsgBoxButtons buttons)
+{
+    switch (buttons) {
+    case MsgBoxButtons::OkOnly:
+        return QMessageBox::Ok;
+    case MsgBoxButtons::OkCancel:
+        return QMessageBox::Ok | QMessageBox::Cancel;
+    case MsgBoxButtons::YesNo:
+        return QMessageBox::Yes | QMessageBox::No;
+    case MsgBoxButtons::YesNoCancel:
+        break;
+    }
+    return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
+}
+
+QMessageBox::Icon IconOf(MsgBoxIcon icon)
+{
+    switch (icon) {
+    case MsgBoxIcon::Information:
+        return QMessageBox::Information;
+    case MsgBoxIcon::Exclamation:
+        return QMessageBox::Warning;
+    case MsgBoxIcon::Critical:
+        return QMessageBox::Critical;
+    case MsgBoxIcon::Question:
+        return QMessageBox::Question;
+    case MsgBoxIcon::None:
+        break;
+    }
+    return QMessageBox::NoIcon;
+}
+
+/// "Name|*.a;*.b" as the file dialog wants it: "Name (*.a *.b)".
+QStringList NameFilters(const QString& filter)
+{
+    QStringList filters;
+    const QStringList parts = filter.split(u'|');
+    for (qsizetype i = 0; i + 1 < parts.size(); i += 2)
+        filters << u"%1 (%2)"_s.arg(parts[i], QString(parts[i + 1]).replace(u';', u' '));
+    return filters;
+}
+
+/// A dialog must not stand under the wait cursor of the work that asks.
+class PlainCursor {
+public:
+    PlainCursor() { QApplication::setOverrideCursor(Qt::ArrowCursor); }
+    ~PlainCursor() { QApplication::restoreOverrideCursor(); }
+    PlainCursor(const PlainCursor&) = delete;
+    PlainCursor& operator=(const PlainCursor&) = delete;
+};
+
+class InfoWindow : public Information {
+public:
+    explicit InfoWindow(const QString& text) : m_window(QApplication::activeWindow()) { m_window.InformUser(text); }
+
+private:
+    frmInfo m_window;
+};
+
+} // namespace
+
+MsgBoxResult DialogPrompts::MsgBox(const Message& message)
+{
+    const PlainCursor cursor;
+    QMessageBox box(IconOf(message.Icon), message.Caption, message.Text, ButtonsOf(message.Buttons),
+                    QApplication::activeWindow());
+    box.setObjectName(u"MsgBox"_s);
+    box.setTextFormat(Qt::PlainText);
+    const MsgBoxResult preset = message.DefaultAnswer();
+    for (const ButtonPair& pair : ButtonPairs) {
+        if (pair.Result == preset)
+            box.setDefaultButton(pair.Button);
+    }
+    const int answer = box.exec();
+    for (const ButtonPair& pair : ButtonPairs) {
+        if (pair.Button == answer)
+            return pair.Result;
+    }
+    return message.Buttons == MsgBoxButtons::YesNo ? MsgBoxResult::No : MsgBoxResult::Cancel;
+}
+
+std::optional<QString> DialogPrompts::InputBox(const QString& text, const QString& caption, const QString& preset)
+{
+    const PlainCursor cursor;
+    bool ok = false;
+    const QString answer = QInputDialog::getText(QApplication::activeWindow(), caption, text, QLineEdit::Normal, preset, &ok);
+    return ok ? std::optional(answer) : std::nullopt;
+}
+
+QString DialogPrompts::FileName(const FileQuestion& question)
+{
+    const PlainCursor cursor;
+    QFileDialog dialog(QApplication::activeWindow(), question.Title, question.Folder);
+    dialog.setObjectName(u"CommonDialog1"_s);
+    dialog.setNameFilters(NameFilters(question.Filter));
+    dialog.setAcceptMode(question.Save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+    dialog.setFileMode(question.Save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+    dialog.setDefaultSuffix(question.Filter.section(u"*."_s, 1).section(u';', 0, 0));
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
+}
+
+bool DialogPrompts::ShowError(const QString& description)
+{
+    const PlainCursor cursor;
+    QApplication::beep();
+    frmError dialog(QApplication::activeWindow());
+    dialog.SetMessage(description);
+    dialog.exec();
+    return dialog.ReportTheBug();
+}
+
+void DialogPrompts::OperationSuccessful(const QString& text, const QString& filePath)
+{
+    const PlainCursor cursor;
+    frmMsgBox dialog(QApplication::activeWindow());
+    dialog.SetMessage(text);
+    dialog.SetFilePath(filePath);
+    dialog.exec();
+}
+
+std::unique_ptr<Information> DialogPrompts::InformUser(const QString& text)
+{
+    return std::make_unique<InfoWindow>(text);
+}
+
+void DialogPrompts::Progress(const QString& text, int percent)
+{
+    if (ProgressView)
+        ProgressView(text, percent);
+}
+
+} // namespace qb

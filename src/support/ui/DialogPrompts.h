@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/system/Prompts.h"
+
+#include <QPointer>
+#include <QWidget>
+#include <functional>
+
+namespace qb {
+
+/// Prompts with real dialogs over the active window.
+class DialogPrompts : public Prompts {
+public:
+    MsgBoxResult MsgBox(const Message& message) override;
+    std::optional<QString> InputBox(const QString& text, const QString& caption, const QString& preset) override;
+    QString FileName(const FileQuestion& question) override;
+    bool ShowError(const QString& description) override;
+    void OperationSuccessful(const QString& text, const QString& filePath) override;
+    std::unique_ptr<Information> InformUser(const QString& text) override;
+    void Progress(const QString& text, int percent) override;
+
+    /// Where progress is shown; without it, progress is not.
+    std::function<void(const QString& text, int percent)> ProgressView;
+};
+
+} // namespace qb

@@ -1,0 +1,62 @@
+#include "support/ui/Icons.h"
+
+#include <QFile>
+#include <QGuiApplication>
+#include <QHash>
+#include <QPalette>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The system's image keys and the drawings that stand for them.
+const QHash<QString, QString>& OwnDrawings()
+{
+    static const QHash<QString, QString> drawings{
+        {u"OBJECTS"_s, u"tree-root"_s},
+        {u"FOLDER"_s, u"tree-folder"_s},
+        {u"OPENFOLDER"_s, u"tree-folder-open"_s},
+        {u"CHILD"_s, u"tree-item"_s},
+        {u"DELETED_ITEM"_s, u"tree-item-deleted"_s},
+        {u"CONFLICT_ITEM"_s, u"tree-item-conflict"_s},
+        {u"CONFLICT_ITEM_INFO"_s, u"tree-item-conflict-info"_s},
+        {u"UP"_s, u"walk-up"_s},
+        {u"DOWN"_s, u"walk-down"_s},
+        {u"UP_RED"_s, u"walk-up-red"_s},
+        {u"DOWN_RED"_s, u"walk-down-red"_s},
+        {u"CODE"_s, u"tab-code"_s},
+        {u"DIS_CODE"_s, u"tab-code-empty"_s},
+        {u"NOTES"_s, u"tab-notes"_s},
+        {u"DIS_NOTES"_s, u"tab-notes-empty"_s},
+        {u"USAGE"_s, u"tab-usage"_s},
+        {u"DIS_USAGE"_s, u"tab-usage-empty"_s},
+        {u"INFO"_s, u"tab-info"_s},
+        {u"DIS_INFO"_s, u"tab-info-empty"_s},
+        {u"DB"_s, u"library"_s},
+        {u"DBSelected"_s, u"library-selected"_s},
+    };
+    return drawings;
+}
+
+} // namespace
+
+QIcon IconNamed(const QString& name)
+{
+    static QHash<QString, QIcon> known;
+    const auto found = known.constFind(name);
+    if (found != known.constEnd())
+        return *found;
+    const QString drawing = u":/icons/"_s + OwnDrawings().value(name, name) + u".svg"_s;
+    return *known.insert(name, QFile::exists(drawing) ? QIcon(drawing) : QIcon::fromTheme(name));
+}
+
+void InitialiseIcons()
+{
+    constexpr int Middle = 128;
+    const bool dark = QGuiApplication::palette().color(QPalette::Window).lightness() < Middle;
+    QIcon::setFallbackThemeName(dark ? u"breeze-dark"_s : u"breeze"_s);
+}
+
+} // namespace qb

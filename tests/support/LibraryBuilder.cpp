@@ -1,0 +1,50 @@
+#include "support/LibraryBuilder.h"
+
+#include "platform/dao/DBEngine.h"
+#include "platform/richtext/RtfPlainText.h"
+#include "store/CCodeItem.h"
+#include "store/CDBCreate.h"
+#include "store/SessionValues.h"
+
+namespace qb::test {
+
+using namespace Qt::StringLiterals;
+
+std::unique_ptr<Database> MakeLibrary(const QString& path, LanguageType language)
+{
+    CDBCreate().CreateNewDB(path, language, {});
+    std::unique_ptr<Database> database = DBEngine::OpenDatabase(path);
+    SetSessionValues(*database);
+    return database;
+}
+
+qint64 AddItem(Database& database, qint64 parent, const QString& title, const QString& code)
+{
+    CCodeItem item;
+    item.Initialise(database, {});
+    item.SetParentKey(QString::number(parent));
+    item.SetTitle(title);
+    item.SetCode(RtfFromPlainText(code, CodeFont));
+    item.Commit();
+    return item.Key().toLongLong();
+}
+
+void MakeChild(Database& database, const QString& masterPath, Date lastSynchronized)
+{
+    CDBCreate create(&database, DatabaseKind::Child);
+    if (!database.TableExists(u"DeletedItems"_s))
+        create.CreateAditionalTales(true);
+    create.CreateAditionalFields(TableSet::Plain);
+    database.Execute(u"UPDATE Properties SET MasterReplicaPath = ?, LastSynchronized = ?"_s, {masterPath, lastSynchronized});
+    SetSessionValues(database);
+}
+
+void MakeMother(Database& database, Date childLastSynchronized)
+{
+    if (!database.TableExists(u"DeletedItems"_s))
+        CDBCreate(&database, DatabaseKind::Library).CreateAditionalTales(false);
+    database.Execute(u"INSERT INTO ChildCopies (DBCopyID, LastSynchronized) VALUES (?, ?)"_s, {u"Child00001"_s, childLastSynchronized});
+    SetSessionValues(database);
+}
+
+} // namespace qb::test

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/dao/Database.h"
+#include "store/LanguageDefinition.h"
+
+#include <memory>
+
+namespace qb::test {
+
+/// Makes a library at @p path, opens it and sets the session's values for it.
+std::unique_ptr<Database> MakeLibrary(const QString& path, LanguageType language = LanguageType::Cpp);
+
+/// Adds an item by the program's own objects; returns its ID.
+qint64 AddItem(Database& database, qint64 parent, const QString& title, const QString& code = {});
+
+/// Makes an open library a child (its mother at @p masterPath, last synchronized then) or a mother
+/// (with one child, last synchronized then), with the tables and columns that these have.
+void MakeChild(Database& database, const QString& masterPath, Date lastSynchronized);
+void MakeMother(Database& database, Date childLastSynchronized);
+
+} // namespace qb::test
