@@ -1,5 +1,5 @@
 #include "platform/system/Trace.h"
-#include "session/Main.h"
+#include "session/ui/Main.h"
 #include "support/ui/Icons.h"
 
 #include <QApplication>

@@ -7,7 +7,7 @@
 #include "platform/system/SettingsStore.h"
 #include "platform/system/Shell.h"
 #include "platform/system/Trace.h"
-#include "session/CWaitCursor.h"
+#include "session/ui/CWaitCursor.h"
 #include "session/frmDatabaseList.h"
 #include "session/frmNewDatabase.h"
 #include "support/Addresses.h"

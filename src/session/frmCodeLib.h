@@ -36,6 +36,8 @@ public:
     void Form_Load();
 
     CSettings& Settings() { return *m_session.moSettings; }
+    /// Selects the node of a key and opens its item.
+    void GoToNode(const QString& key) { m_tree->GoToNode(key); }
     Database* CurrentDatabase() { return m_session.CurrentDatabase.get(); }
 
     // ShellView

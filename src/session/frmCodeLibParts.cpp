@@ -138,6 +138,7 @@ void frmCodeLib::MakeToolbar()
 void frmCodeLib::MakeStatusBar()
 {
     constexpr int ProgressWidth = 180;
+    constexpr int Margin = 6;
     m_statusText = new QLabel;
     m_statusText->setObjectName(u"sbrMainPanel1"_s);
     m_statusText->setTextFormat(Qt::PlainText);
@@ -148,6 +149,8 @@ void frmCodeLib::MakeStatusBar()
     prgStatus->setFixedWidth(ProgressWidth);
     prgStatus->setRange(0, 100);
     prgStatus->hide();
+    m_statusText->setContentsMargins(Margin, 0, 0, 0);
+    m_itemDate->setContentsMargins(0, 0, Margin, 0);
     statusBar()->setObjectName(u"sbrMain"_s);
     statusBar()->addWidget(m_statusText, 1);
     statusBar()->addPermanentWidget(prgStatus);

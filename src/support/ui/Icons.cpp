@@ -4,6 +4,7 @@
 #include <QGuiApplication>
 #include <QHash>
 #include <QPalette>
+#include <QStandardPaths>
 
 namespace qb {
 
@@ -57,6 +58,14 @@ void InitialiseIcons()
     constexpr int Middle = 128;
     const bool dark = QGuiApplication::palette().color(QPalette::Window).lightness() < Middle;
     QIcon::setFallbackThemeName(dark ? u"breeze-dark"_s : u"breeze"_s);
+    // Desktops set the folders of icon themes; without one there is only the program's own.
+    QStringList folders = QIcon::themeSearchPaths();
+    for (const QString& folder : QStandardPaths::locateAll(QStandardPaths::GenericDataLocation, u"icons"_s,
+                                                           QStandardPaths::LocateDirectory)) {
+        if (!folders.contains(folder))
+            folders << folder;
+    }
+    QIcon::setThemeSearchPaths(folders);
 }
 
 } // namespace qb

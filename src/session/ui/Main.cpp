@@ -1,4 +1,4 @@
-#include "session/Main.h"
+#include "session/ui/Main.h"
 
 #include "platform/system/SingleInstance.h"
 #include "platform/system/Trace.h"
@@ -16,10 +16,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// With the environment variable QUILLBASE_PICTURE set to a file name, writes a picture of the
-/// window there once it is drawn, and closes it.
-void WritePictureIfAsked(frmCodeLib& window)
+/// For scripts: the environment variable QUILLBASE_SHOW names the ID of an item to open;
+/// QUILLBASE_PICTURE a file to which a picture of the window is written once it is drawn, after
+/// which the window closes.
+void FollowEnvironment(frmCodeLib& window)
 {
+    const QString item = qEnvironmentVariable("QUILLBASE_SHOW");
+    if (!item.isEmpty())
+        window.GoToNode(u'C' + item);
     const QString file = qEnvironmentVariable("QUILLBASE_PICTURE");
     if (file.isEmpty())
         return;
@@ -52,7 +56,7 @@ int Main()
     window.show();
     splash->finish(&window);
     splash.reset();
-    WritePictureIfAsked(window);
+    FollowEnvironment(window);
     const int status = QApplication::exec();
     Prompts::SetCurrent(nullptr);
     return status;

@@ -1,0 +1,96 @@
+#include "BenchLibrary.h"
+
+#include "platform/dao/DBEngine.h"
+#include "platform/richtext/RtfPlainText.h"
+#include "platform/system/TextEncoding.h"
+#include "store/CCodeItem.h"
+#include "store/CDBCreate.h"
+#include "store/SessionValues.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+
+namespace qb::bench {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int CodeLength = 3500;
+constexpr int Fan = 46; // 46 * 46 * 46 is about 100,000
+
+/// Pieces of real source text.
+QStringList SourcePieces()
+{
+    QStringList pieces;
+    for (const QString& path : SourceFiles(4000)) {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly))
+            continue;
+        const auto text = DecodeText(file.readAll());
+        for (qsizetype at = 0; text && at + CodeLength <= text->size() && pieces.size() < 20000; at += CodeLength)
+            pieces << text->mid(at, CodeLength);
+    }
+    return pieces;
+}
+
+void Fill(Database& database, int items)
+{
+    const QStringList pieces = SourcePieces();
+    std::vector<qint64> ids{0};
+    Transaction transaction(database);
+    for (int i = 0; i < items; ++i) {
+        CCodeItem item;
+        item.Initialise(database, {});
+        item.SetParentKey(QString::number(ids[size_t(i / Fan)]));
+        item.SetTitle(u"%1 item %2"_s.arg(QChar(u'a' + (i * 7919) % 26)).arg(i));
+        item.SetDescription(u"What item %1 is for"_s.arg(i));
+        item.SetCode(RtfFromPlainText(pieces[i % pieces.size()], CodeFont));
+        item.Commit();
+        ids.push_back(item.Key().toLongLong());
+    }
+    transaction.Commit();
+}
+
+} // namespace
+
+QString DataFolder(const QString& name)
+{
+    const QString folder = QStringLiteral(QUILLBASE_BENCH_DATA) + u'/' + name;
+    QDir().mkpath(folder);
+    return folder;
+}
+
+QStringList SourceFiles(int count)
+{
+    QStringList files;
+    for (const QString& folder : {u"/usr/include"_s, u"/usr/lib/python3"_s, u"/usr/lib/python3.11"_s, u"/usr/share/cmake-3.25"_s,
+                                  u"/usr/share/perl"_s, u"/usr/lib/gcc"_s}) {
+        QDirIterator found(folder, {u"*.h"_s, u"*.hpp"_s, u"*.py"_s, u"*.cmake"_s, u"*.pm"_s, u"*.pl"_s, u"*.tcc"_s}, QDir::Files,
+                           QDirIterator::Subdirectories);
+        while (found.hasNext() && files.size() < count)
+            files << found.next();
+    }
+    return files;
+}
+
+QString BenchLibrary(int items)
+{
+    const QString path = DataFolder(u"library-%1"_s.arg(items)) + u"/QBLib.qbd"_s;
+    if (QFileInfo::exists(path))
+        return path;
+    const QString interim = path + u".new"_s;
+    QFile::remove(interim);
+    CDBCreate().CreateNewDB(interim, LanguageType::Cpp, {});
+    {
+        const auto database = DBEngine::OpenDatabase(interim);
+        SetSessionValues(*database);
+        Fill(*database, items);
+    }
+    QFile::rename(interim, path);
+    return path;
+}
+
+} // namespace qb::bench

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace qb::bench {
+
+/// A folder below the build folder for what the benchmarks make; it is kept between runs.
+QString DataFolder(const QString& name);
+
+/// Real source files of this machine, at most @p count; fewer when it has no more.
+QStringList SourceFiles(int count);
+
+/// A library of @p items items in three levels, with the text of real source files as code, about
+/// 3.5 kB each; made when it is not there yet.
+QString BenchLibrary(int items);
+
+} // namespace qb::bench
