@@ -197,6 +197,8 @@ void LibraryList::EnableDBToolsMenu()
 void LibraryList::EnableControls(bool enabled)
 {
     m_commands.EnableMainToolbar(enabled);
+    if (!enabled)
+        m_shell.SetStatusText({});
     m_shell.EnableMenus(enabled);
     m_details.Initialise(enabled ? m_session.CurrentDatabase.get() : nullptr, nullptr);
     for (const QString& name : {u"BACK"_s, u"FORWARD"_s, u"mnuBackItem"_s, u"mnuForwardItem"_s, u"DELETE"_s,

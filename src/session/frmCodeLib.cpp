@@ -1,5 +1,6 @@
 #include "session/frmCodeLib.h"
 
+#include "components/ui/ApplicationTips.h"
 #include "panels/ctlSmartTreeView.h"
 #include "platform/dao/DBEngine.h"
 #include "platform/system/Paths.h"
@@ -74,7 +75,28 @@ void frmCodeLib::Form_Load()
             m_libraries->EnableControls(false);
         }
         m_libraries->NewHistory();
+        if (Settings().TipsOnStartup())
+            StartTips();
     });
+}
+
+void frmCodeLib::StartTips()
+{
+    m_oTips = std::make_unique<ApplicationTips>(this);
+    connect(m_oTips.get(), &ApplicationTips::TipsOnStartupChanged, this, [this](bool wanted) {
+        Settings().SetTipsOnStartup(wanted);
+        Settings().Apply();
+    });
+    // The window's own signal must not destroy the window that raises it.
+    connect(m_oTips.get(), &ApplicationTips::TipsFormClosed, this, [this] { m_oTips.reset(); }, Qt::QueuedConnection);
+    if (!m_oTips->Start(SettingsApplication, ApplicationFolder() + u"Tips.rtf"_s))
+        m_oTips.reset();
+}
+
+void frmCodeLib::SetTipsFocus()
+{
+    if (m_oTips)
+        m_oTips->SetFocus();
 }
 
 void frmCodeLib::DoStartUp()

@@ -19,6 +19,7 @@ class QToolBar;
 
 namespace qb {
 
+class ApplicationTips;
 class ctlCodeDetails;
 class ctlSmartTreeView;
 
@@ -36,6 +37,8 @@ public:
     void Form_Load();
 
     CSettings& Settings() { return *m_session.moSettings; }
+    /// Brings the tip window to the front, if it is open.
+    void SetTipsFocus();
     /// Selects the node of a key and opens its item.
     void GoToNode(const QString& key) { m_tree->GoToNode(key); }
     Database* CurrentDatabase() { return m_session.CurrentDatabase.get(); }
@@ -80,6 +83,7 @@ private:
     void mnuAboutItem_Click();
     void ShowDatabaseList();
     void SetShowStatusBar(bool show);
+    void StartTips();
     void Form_Unload();
 
     SessionState m_session;
@@ -97,6 +101,7 @@ private:
     ctlCodeDetails* ctlCodeItemDetails = nullptr;
     std::unique_ptr<ItemTree> m_tree;
     std::unique_ptr<LibraryList> m_libraries;
+    std::unique_ptr<ApplicationTips> m_oTips; ///< while the tip window is open
 };
 
 } // namespace qb

@@ -73,12 +73,12 @@ QWidget* ctlCodeDetails::MakeWelcomePage()
     QLabel* title = MakeLabel(u"Label1"_s, 1.6, true);
     title->setText(u"Welcome to the KT Quillbase Code Library"_s);
     m_facts = MakeLabel(u"lblLibraryFacts"_s, 1.0, false);
-    QLabel* hint = MakeLabel(u"lblWelcomeHint"_s, 1.0, false);
-    hint->setText(u"Choose an item in the tree on the left to read it. Alt+Down and Alt+Up walk from item to item, "
+    m_hint = MakeLabel(u"lblWelcomeHint"_s, 1.0, false);
+    m_hint->setText(u"Choose an item in the tree on the left to read it. Alt+Down and Alt+Up walk from item to item, "
                   "Ctrl+Left and Ctrl+Right go back and forward to the items that you have visited."_s);
     auto* layout = new QVBoxLayout(page);
     layout->addStretch(2);
-    for (QLabel* label : {icon, title, m_facts, hint}) {
+    for (QLabel* label : {icon, title, m_facts, m_hint}) {
         label->setAlignment(Qt::AlignHCenter);
         layout->addWidget(label);
         layout->addSpacing(Gap);
@@ -153,6 +153,7 @@ void ctlCodeDetails::Initialise(Database* database, CCodeItem* item)
 
 void ctlCodeDetails::ShowWelcomeFacts(Database* database)
 {
+    m_hint->setVisible(database);
     if (!database) {
         m_facts->setText(u"No library is open. The File menu makes a new one or adds an existing one."_s);
         return;

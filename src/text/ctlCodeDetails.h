@@ -46,6 +46,7 @@ private:
     QLabel* m_description = nullptr;
     QLabel* m_attachments = nullptr;
     QLabel* m_facts = nullptr;
+    QLabel* m_hint = nullptr;
     QTabWidget* m_tabs = nullptr;
     std::array<QPlainTextEdit*, TabCount> m_boxes{};
     std::array<bool, TabCount> m_hasContent{};

@@ -1,3 +1,4 @@
+#include "components/ui/ApplicationTips.h"
 #include "platform/system/Paths.h"
 #include "session/frmDatabaseList.h"
 #include "session/frmNewDatabase.h"
@@ -10,6 +11,7 @@
 #include "support/ui/DialogPrompts.h"
 
 #include <QAbstractButton>
+#include <QCheckBox>
 #include <QInputDialog>
 #include <QLabel>
 #include <QLineEdit>
@@ -17,6 +19,7 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSignalSpy>
 #include <QTimer>
 #include <QTreeWidget>
 
@@ -179,6 +182,32 @@ private Q_SLOTS:
         QCOMPARE(prompts.Questions.first().Filter, u"KT Quillbase Language Definition|*.qbl"_s);
         QVERIFY(ok->isEnabled());
         QCOMPARE(dialog.findChild<QLineEdit*>(u"txtPath"_s)->text(), home.Path(u"lang.qbl"_s));
+    }
+
+    void tips_areTheParagraphsOfTheFile()
+    {
+        const TemporaryHome home;
+        const FixedClock clock;
+        WriteFile(home.Path(u"Tips.rtf"_s), "{\\rtf1 one\\par\\par two\\par}");
+        QCOMPARE(ApplicationTips::ReadTips(home.Path(u"Tips.rtf"_s)), (QStringList{u"one"_s, u"two"_s}));
+        ApplicationTips tips(nullptr);
+        QSignalSpy startup(&tips, &ApplicationTips::TipsOnStartupChanged);
+        QSignalSpy closed(&tips, &ApplicationTips::TipsFormClosed);
+        QVERIFY(!tips.Start(u"KTQuillbase"_s, home.Path(u"none.rtf"_s)));
+        QVERIFY(tips.Start(u"KTQuillbase"_s, home.Path(u"Tips.rtf"_s)));
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        QWidget* window = *std::find_if(windows.begin(), windows.end(), [](const QWidget* w) { return w->objectName() == u"frmTips"; });
+        const auto* text = window->findChild<QLabel*>(u"lblTip"_s);
+        const QString first = text->text();
+        window->findChild<QPushButton*>(u"cmdNextTip"_s)->click();
+        QVERIFY(text->text() != first);
+        window->findChild<QPushButton*>(u"cmdPreviousTip"_s)->click();
+        QCOMPARE(text->text(), first);
+        window->findChild<QCheckBox*>(u"chkTipsOnStartup"_s)->click();
+        QCOMPARE(startup.value(0).value(0).toBool(), false);
+        TakePicture(*window, u"tips"_s);
+        window->close();
+        QCOMPARE(closed.size(), 1);
     }
 
     void databaseList_hasARowForEachLibrary()

@@ -11,6 +11,7 @@
 #include "support/TestRun.h"
 
 #include <QAction>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -254,6 +255,15 @@ private Q_SLOTS:
         const auto database = DBEngine::OpenDatabase(DefaultLibrary());
         QCOMPARE(database->QueryValue(u"SELECT BackupOnExitUsedDays FROM Properties"_s).ToLong(), 1);
         QCOMPARE(database->QueryValue(u"SELECT LastOpened FROM Properties"_s).ToDate(), clock.Now());
+    }
+
+    void tipsFile_opensTheTipWindowUnlessSwitchedOff()
+    {
+        WriteFile(m_home->Path(u"data/Tips.rtf"_s), "{\\rtf1 a tip}");
+        Open();
+        Find<QCheckBox>(u"chkTipsOnStartup"_s)->click();
+        Open();
+        QVERIFY(!m_window->findChild<QCheckBox*>(u"chkTipsOnStartup"_s));
     }
 
     void statusBarSetting_isFollowedAndKept()

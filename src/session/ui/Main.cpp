@@ -56,6 +56,7 @@ int Main()
     window.show();
     splash->finish(&window);
     splash.reset();
+    window.SetTipsFocus();
     FollowEnvironment(window);
     const int status = QApplication::exec();
     Prompts::SetCurrent(nullptr);

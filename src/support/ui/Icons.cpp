@@ -66,6 +66,8 @@ void InitialiseIcons()
             folders << folder;
     }
     QIcon::setThemeSearchPaths(folders);
+    if (QIcon::themeName().isEmpty() || QIcon::themeName() == u"hicolor"_s)
+        QIcon::setThemeName(QIcon::fallbackThemeName());
 }
 
 } // namespace qb
