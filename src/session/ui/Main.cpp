@@ -43,6 +43,7 @@ int Main()
     Prompts::SetCurrent(&prompts);
     const SingleInstance instance;
     if (!instance.IsFirst()) {
+        Trace("refused");
         prompts.MsgBox({.Text = u"An Instance of the KT Quillbase is already Running"_s, .Caption = ApplicationTitle});
         return 0;
     }
