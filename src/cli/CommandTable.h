@@ -26,4 +26,8 @@ int Set(const QStringList& words);
 int Move(const QStringList& words);
 int Delete(const QStringList& words);
 
+// Rich text
+int Colorize(const QStringList& words);
+int RtfToText(const QStringList& words);
+
 } // namespace qb::cli

@@ -6,7 +6,7 @@
 #include "cli/Output.h"
 #include "config/CSettings.h"
 #include "panels/TreeNodes.h"
-#include "platform/richtext/RtfPlainText.h"
+#include "platform/richtext/Rtf.h"
 #include "platform/system/TextEncoding.h"
 #include "session/LoadTree.h"
 #include "store/CCodeItem.h"
@@ -71,6 +71,13 @@ RtfFont NotesFont()
     return {settings.DefaultFontName(), settings.DefaultFontSize()};
 }
 
+QString RewrittenRtf(const QString& stored)
+{
+    RichTextDocument document;
+    ReadRtf(stored, document);
+    return stored.isEmpty() ? QString() : WriteRtf(document);
+}
+
 /// Writes the texts that are given as options into the item; returns how many.
 int TakeTexts(const Arguments& arguments, CCodeItem& item)
 {
@@ -99,10 +106,14 @@ QString Printed(const QString& text)
     return QString(text).replace("\r\n"_L1, "\n"_L1);
 }
 
-QString PrintedField(const TextField& field, CCodeItem& item, bool raw)
+enum class Printing { PlainText, Stored, Rtf };
+
+QString PrintedField(const TextField& field, CCodeItem& item, Printing as)
 {
     const QString stored = (item.*field.Get)();
-    return field.Form == TextField::Plain || raw ? stored : Printed(PlainTextFromRtf(stored));
+    if (as == Printing::Rtf) // in the program's own writing, whatever wrote the text
+        return field.Form == TextField::Plain ? RtfFromPlainText(stored, NotesFont()) : RewrittenRtf(stored);
+    return field.Form == TextField::Plain || as == Printing::Stored ? stored : Printed(PlainTextFromRtf(stored));
 }
 
 void PrintNode(const TreeNode& node, int depth, int deepest, QString& out)
@@ -169,7 +180,7 @@ int Tree(const QStringList& words)
 
 int Show(const QStringList& words)
 {
-    const Arguments arguments(words, {{"field", "name"}, {"raw", ""}}, 2);
+    const Arguments arguments(words, {{"field", "name"}, {"raw", ""}, {"rtf", ""}}, 2);
     const QString wanted = arguments.Value(u"field"_s).toLower();
     const auto* field = std::find_if(std::begin(TextFields), std::end(TextFields),
                                      [&wanted](const TextField& one) { return NameOf(one) == wanted; });
@@ -179,9 +190,9 @@ int Show(const QStringList& words)
     RequireItem(*database, arguments.Id(1));
     CCodeItem item;
     item.Initialise(*database, QString::number(arguments.Id(1)));
-    const bool raw = arguments.Has(u"raw"_s);
+    const Printing as = arguments.Has(u"rtf"_s) ? Printing::Rtf : arguments.Has(u"raw"_s) ? Printing::Stored : Printing::PlainText;
     if (field != std::end(TextFields) && !arguments.Json()) {
-        const QString text = PrintedField(*field, item, raw);
+        const QString text = PrintedField(*field, item, as);
         // A text goes out as it is, so that it can be sent into a file.
         const bool endLine = field->Form == TextField::Plain || (OutputIsTerminal() && !text.endsWith(u'\n'));
         Print(endLine ? text + u'\n' : text);
@@ -193,7 +204,7 @@ int Show(const QStringList& words)
                        {u"changed"_s, item.LastChanged().IsNone() ? QString() : DateFormatCustom(item.LastChanged(), u"yyyy-mm-dd hh:nn:ss"_s)}};
     for (const TextField& one : TextFields) {
         if (field == std::end(TextFields) || field == &one)
-            object.insert(NameOf(one), PrintedField(one, item, raw));
+            object.insert(NameOf(one), PrintedField(one, item, as));
     }
     if (arguments.Json()) {
         Print(object);
@@ -202,7 +213,7 @@ int Show(const QStringList& words)
     Print(u"%1 [%2]\n"_s.arg(item.Title(), item.Key()));
     Print(u"created: %1\nchanged: %2\n"_s.arg(object.value(u"created"_s).toString(), object.value(u"changed"_s).toString()));
     for (const TextField& one : TextFields) {
-        const QString text = PrintedField(one, item, raw);
+        const QString text = PrintedField(one, item, as);
         if (&one != &TextFields[0] && !text.isEmpty())
             Print(u"\n--- %1\n%2%3"_s.arg(NameOf(one), text, text.endsWith(u'\n') ? QString() : u"\n"_s));
     }

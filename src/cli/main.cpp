@@ -17,7 +17,7 @@ constexpr CommandEntry Table[] = {
     {"new", "LIB [--language vb|cpp|none] [--language-file F]", "make a library", New},
     {"info", "LIB", "what a library holds", Info},
     {"tree", "LIB [--depth N]", "the items as a tree", Tree},
-    {"show", "LIB ID [--field title|description|info|code|usage|notes] [--raw]", "an item, or one of its texts", Show},
+    {"show", "LIB ID [--field title|description|info|code|usage|notes] [--raw|--rtf]", "an item, or one of its texts", Show},
     {"add", "LIB --parent ID --title T [--description T] [--info T] [--code FILE|-] [--usage FILE] [--notes FILE]",
      "add an item; prints its ID", Add},
     {"set", "LIB ID [--title T] [--description T] [--info T] [--code FILE|-] [--usage FILE] [--notes FILE]", "change an item", Set},
@@ -25,6 +25,8 @@ constexpr CommandEntry Table[] = {
     {"delete", "LIB ID", "delete an item and all below it", Delete},
     {"import-folder", "LIB DIR [--parent ID] [--glob PATTERN]... [--encoding latin1|windows-1252]",
      "take the source files of a folder in", ImportFolderCommand},
+    {"colorize", "LIB ID [--save] | --language vb|cpp FILE|- --rtf|--html", "colour the code of an item, or of a file", Colorize},
+    {"rtf2text", "FILE|-", "the plain text of an RTF file", RtfToText},
     {"check", "LIB", "look for damage, lost items and missing files", Check},
 };
 

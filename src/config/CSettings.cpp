@@ -201,7 +201,7 @@ Value CSettings::DefaultWhenNull(LibrarySetting setting) const
     case LibrarySetting::DBBackupDir:
         return fnExtractPathOrFileName(m_currentDatabase()->Name(), PathPart::Folder) + u"Backups"_s;
     default:
-        return {};
+        return 0; // also False, and the date that means none
     }
 }
 
@@ -225,7 +225,7 @@ void CSettings::InitializeDatabaseProperties()
 void CSettings::SaveDatabaseProperties()
 {
     Database* database = m_currentDatabase ? m_currentDatabase() : nullptr;
-    if (!database || database->IsReadOnly() || !OpenPropertiesRS() || !m_properties)
+    if (!database || database->IsReadOnly() || (!m_properties && !OpenPropertiesRS()) || !m_properties)
         return;
     Guarded(ModuleName, u"SaveDatabaseProperties"_s, [this] {
         m_properties->Edit();

@@ -8,7 +8,6 @@
 #include "support/ErrorRoutine.h"
 #include "support/Version.h"
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QRandomGenerator>
@@ -31,13 +30,6 @@ const MaintenanceDefault MaintenanceDefaults[] = {
     {"CompactOnExit"_L1, true}, {"CompactOnExitEvery"_L1, 5}, {"BackupOnExit"_L1, true}, {"BackupOnExitEvery"_L1, 15},
     {"BackupAutoDelete"_L1, true}, {"BackupAutoDeleteNo"_L1, 5},
 };
-
-/// A name beside @p path that no other file has, so that a library appears whole or not at all.
-QString InterimName(const QString& path)
-{
-    const QFileInfo target(path);
-    return target.absolutePath() + u"/.%1.%2.new"_s.arg(target.fileName()).arg(QCoreApplication::applicationPid());
-}
 
 void RemoveDatabaseFile(const QString& path)
 {
@@ -65,7 +57,7 @@ bool CDBCreate::CreateNewDB(const QString& path, LanguageType languageType, cons
 {
     if (QFileInfo::exists(path))
         return true;
-    const QString interim = InterimName(path);
+    const QString interim = InterimName(path); // a library appears whole or not at all
     RemoveDatabaseFile(interim);
     const auto build = [&] {
         if (!Create_Database(interim, DatabaseKind::Library))

@@ -5,6 +5,7 @@
 #include "store/CCodeItem.h"
 #include "store/CDBCreate.h"
 #include "store/SessionValues.h"
+#include "support/TestRun.h"
 
 namespace qb::test {
 
@@ -45,6 +46,29 @@ void MakeMother(Database& database, Date childLastSynchronized)
         CDBCreate(&database, DatabaseKind::Library).CreateAditionalTales(false);
     database.Execute(u"INSERT INTO ChildCopies (DBCopyID, LastSynchronized) VALUES (?, ?)"_s, {u"Child00001"_s, childLastSynchronized});
     SetSessionValues(database);
+}
+
+QStringList Texts(Database& database, const QString& sql, const Values& values)
+{
+    QStringList texts;
+    Statement rows = database.Query(sql, values);
+    while (rows.Step())
+        texts << rows.Text(0);
+    return texts;
+}
+
+qint64 CountOf(Database& database, const QString& table)
+{
+    return database.QueryValue(u"SELECT count(*) FROM "_s + Quoted(table)).ToLong();
+}
+
+qint64 AddStoredFile(Database& database, qint64 item, const QString& title, const QByteArray& bytes, Date added)
+{
+    database.Execute(u"INSERT INTO Files (CodeID, Title, FileSize, DateAdded) VALUES (?, ?, ?, ?)"_s,
+                     {item, title, bytes.size(), added});
+    const qint64 id = database.LastInsertedRowKey();
+    WriteFile(Session().CurrentFilesFolder + QString::number(id) + u" - "_s + title, bytes);
+    return id;
 }
 
 } // namespace qb::test

@@ -3,6 +3,7 @@
 #include "platform/dao/Database.h"
 #include "store/LanguageDefinition.h"
 
+#include <QStringList>
 #include <memory>
 
 namespace qb::test {
@@ -17,5 +18,13 @@ qint64 AddItem(Database& database, qint64 parent, const QString& title, const QS
 /// (with one child, last synchronized then), with the tables and columns that these have.
 void MakeChild(Database& database, const QString& masterPath, Date lastSynchronized);
 void MakeMother(Database& database, Date childLastSynchronized);
+
+/// The first column of all rows that a statement yields, as texts.
+QStringList Texts(Database& database, const QString& sql, const Values& values = {});
+/// The number of rows of a table.
+qint64 CountOf(Database& database, const QString& table);
+
+/// Adds a row to `Files` and lays the file on the disk; returns the row's ID.
+qint64 AddStoredFile(Database& database, qint64 item, const QString& title, const QByteArray& bytes, Date added);
 
 } // namespace qb::test

@@ -10,8 +10,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString PrimaryIndexName = u"PrimaryKey"_s;
-
 // The declared types decide the engine's affinity: "TEXT" anywhere in the name keeps digits
 // text, "BLOB" keeps bytes bytes, everything else is numeric.
 QString DeclaredType(const Field& field)

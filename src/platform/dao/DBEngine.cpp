@@ -60,6 +60,9 @@ std::unique_ptr<Database> DBEngine::Connect(const QString& path, int flags)
     // than holding data.
     sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    // A misspelt column is an error, not a text.
+    sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
+    sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
     database->Execute(u"PRAGMA foreign_keys = ON"_s);
     database->Execute(u"PRAGMA synchronous = FULL"_s);
     database->Execute(u"PRAGMA cache_size = -8000"_s); // kB
@@ -74,13 +77,21 @@ std::unique_ptr<Database> DBEngine::CreateDatabase(const QString& path)
     if (const QString reason = WhyNotWritable(path); !reason.isEmpty())
         throw RuntimeError(ErrorNumber::PathAccess,
                            u"The database '%1' can't be made. %2"_s.arg(Shown(path), reason), procedure);
-    std::unique_ptr<Database> database = Connect(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
-    database->Execute(u"PRAGMA application_id = %1"_s.arg(ApplicationId));
-    database->Execute(u"PRAGMA user_version = %1"_s.arg(FormatVersion));
-    Transaction transaction(*database);
-    Catalog::Create(*database);
-    transaction.Commit();
-    return database;
+    try {
+        std::unique_ptr<Database> database = Connect(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+        database->Execute(u"PRAGMA application_id = %1"_s.arg(ApplicationId));
+        database->Execute(u"PRAGMA user_version = %1"_s.arg(FormatVersion));
+        Transaction transaction(*database);
+        Catalog::Create(*database);
+        transaction.Commit();
+        return database;
+    } catch (const RuntimeError& error) {
+        QFile::remove(path);
+        QFile::remove(path + u"-journal"_s);
+        if (error.Number() == ErrorNumber::CannotOpen)
+            throw RuntimeError(ErrorNumber::PathAccess, error.Description(), procedure);
+        throw;
+    }
 }
 
 std::unique_ptr<Database> DBEngine::OpenDatabase(const QString& path, Access access)
@@ -98,6 +109,10 @@ std::unique_ptr<Database> DBEngine::OpenDatabase(const QString& path, Access acc
     if (access == Access::ReadWrite && database->IsReadOnly())
         throw RuntimeError(ErrorNumber::CannotOpen, u"'%1' is read-only."_s.arg(Shown(path)),
                            u"DBEngine::OpenDatabase"_s);
+    const qint64 expected = database->QueryValue(u"PRAGMA page_count"_s).ToLong() * database->QueryValue(u"PRAGMA page_size"_s).ToLong();
+    if (QFileInfo(path).size() < expected)
+        throw RuntimeError(ErrorNumber::Corrupt, u"'%1' is damaged or incomplete."_s.arg(Shown(path)),
+                           u"DBEngine::OpenDatabase"_s);
     // A file that another tool has switched to a write-ahead log could not lie on a share.
     if (access == Access::ReadWrite && database->QueryValue(u"PRAGMA journal_mode"_s).ToText() == u"wal"_s)
         database->QueryValue(u"PRAGMA journal_mode = DELETE"_s);
@@ -111,7 +126,7 @@ void DBEngine::CompactDatabase(const QString& source, const QString& target)
         throw RuntimeError(ErrorNumber::DatabaseExists, u"The file '%1' exists already."_s.arg(Shown(target)), procedure);
     if (const QString reason = WhyNotWritable(target); !reason.isEmpty())
         throw RuntimeError(ErrorNumber::PathAccess, u"'%1' can't be made. %2"_s.arg(Shown(target), reason), procedure);
-    const QString interim = target + u".new"_s;
+    const QString interim = InterimName(target);
     QFile::remove(interim);
     try {
         const std::unique_ptr<Database> database = OpenDatabase(source);

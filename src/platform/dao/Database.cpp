@@ -68,13 +68,18 @@ void Database::GiveBackStatement(const QString& sql, sqlite3_stmt* statement)
 
 Statement Database::Query(const QString& sql, const Values& values)
 {
-    // A full disk makes the engine roll the whole transaction back; what follows in it must not
-    // be written on its own.
-    if (m_transactionDepth > 0 && sqlite3_get_autocommit(m_connection))
-        throw RuntimeError(ErrorNumber::Engine, u"The transaction has been rolled back."_s, u"Database::Query"_s);
+    RequireTransaction();
     Statement statement(*this, sql);
     statement.Bind(values);
     return statement;
+}
+
+/// A full disk makes the engine roll the whole transaction back; what follows in it must not be
+/// written on its own.
+void Database::RequireTransaction() const
+{
+    if (m_transactionDepth > 0 && sqlite3_get_autocommit(m_connection))
+        throw RuntimeError(ErrorNumber::Engine, u"The transaction has been rolled back."_s, u"Database"_s);
 }
 
 qint64 Database::Execute(const QString& sql, const Values& values)

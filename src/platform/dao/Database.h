@@ -44,7 +44,7 @@ public:
     const TableDef& GetTableDef(const QString& table);
     /// Raises 3010 when the table exists.
     void AppendTableDef(const TableDef& table);
-    /// Raises 3265 when there is no such table.
+    /// Raises 3265 when there is no such table, 3201 when another table refers to it.
     void DeleteTableDef(const QString& table);
     /// Raises 3191 when the column exists.
     void AppendField(const QString& table, const Field& field);
@@ -52,7 +52,8 @@ public:
     /// Raises 3284 when the index exists.
     void AppendIndex(const QString& table, const Index& index);
     std::vector<Relation> Relations();
-    /// Raises 3012 when a relation of that name exists. The foreign table's rows must fit.
+    /// Raises 3012 when a relation of that name exists, 3201 when another table refers to the
+    /// foreign table, which is remade. The foreign table's rows must fit.
     void AppendRelation(const Relation& relation);
 
     // Transactions. They nest: an inner one that is rolled back leaves the outer one running.
@@ -71,6 +72,8 @@ private:
 
     Database(sqlite3* connection, QString name);
 
+    /// Raises an error when the engine has rolled the running transaction back by itself.
+    void RequireTransaction() const;
     RuntimeError MakeError(int code, const QString& action) const;
     [[noreturn]] void Raise(int code, const QString& action) const;
     sqlite3_stmt* TakeStatement(const QString& sql);
@@ -78,6 +81,7 @@ private:
     std::shared_ptr<const TableDef> SharedTableDef(const QString& table);
     std::vector<Relation> RelationsInto(const QString& foreignTable);
     void RebuildTable(const QString& table);
+    void RefuseIfReferredTo(const QString& table);
 
     sqlite3* m_connection;
     QString m_name;

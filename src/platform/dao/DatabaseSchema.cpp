@@ -17,6 +17,13 @@ RuntimeError ItemNotFound(const QString& what, const QString& name)
     return {ErrorNumber::ItemNotFound, u"There is no %1 '%2' in the database."_s.arg(what, name), u"Database"_s};
 }
 
+void RefuseMisnamedPrimary(const Index& index)
+{
+    if (index.Primary && index.Name != PrimaryIndexName)
+        throw RuntimeError(ErrorNumber::ValueNotAllowed, u"A primary index must be named 'PrimaryKey', not '%1'."_s.arg(index.Name),
+                           u"Database::AppendTableDef"_s);
+}
+
 } // namespace
 
 QStringList Database::TableNames()
@@ -56,6 +63,8 @@ void Database::AppendTableDef(const TableDef& table)
     if (TableExists(table.Name))
         throw RuntimeError(ErrorNumber::TableExists, u"The table '%1' exists already."_s.arg(table.Name),
                            u"Database::AppendTableDef"_s);
+    for (const Index& index : table.Indexes)
+        RefuseMisnamedPrimary(index);
     TableDef ordered = table;
     std::stable_sort(ordered.Fields.begin(), ordered.Fields.end(),
                      [](const Field& a, const Field& b) { return a.OrdinalPosition < b.OrdinalPosition; });
@@ -72,6 +81,7 @@ void Database::AppendTableDef(const TableDef& table)
 void Database::DeleteTableDef(const QString& table)
 {
     const QString name = GetTableDef(table).Name;
+    RefuseIfReferredTo(name);
     Transaction transaction(*this);
     Execute(u"DROP TABLE "_s + Quoted(name));
     Catalog::ForgetTable(*this, name);
@@ -111,6 +121,9 @@ void Database::AppendIndex(const QString& table, const Index& index)
     if (GetTableDef(table).FindIndex(index.Name))
         throw RuntimeError(ErrorNumber::IndexExists,
                            u"The table '%1' has an index '%2' already."_s.arg(name, index.Name), u"Database::AppendIndex"_s);
+    if (index.Primary)
+        throw RuntimeError(ErrorNumber::ValueNotAllowed, u"A primary index is made with its table."_s,
+                           u"Database::AppendIndex"_s);
     Execute(Catalog::CreateIndexSql(name, index));
     m_tableDefs.clear();
 }
@@ -141,14 +154,25 @@ void Database::AppendRelation(const Relation& relation)
         throw ItemNotFound(u"column"_s, relation.ForeignField);
     if (!GetTableDef(relation.Table).FindField(relation.FieldName))
         throw ItemNotFound(u"column"_s, relation.FieldName);
+    RefuseIfReferredTo(foreign.Name);
     Transaction transaction(*this);
     Catalog::WriteRelation(*this, relation);
     RebuildTable(foreign.Name);
     transaction.Commit();
 }
 
-/// The engine takes references only when a table is made, so the table is made anew. It must
-/// not be referred to itself: dropping the old one would delete what refers to it.
+/// Dropping a table deletes what refers to its rows.
+void Database::RefuseIfReferredTo(const QString& table)
+{
+    for (const Relation& relation : Relations()) {
+        if (relation.Table.compare(table, Qt::CaseInsensitive) == 0)
+            throw RuntimeError(ErrorNumber::RelatedRecordRequired,
+                               u"The table '%1' can't be remade or deleted: '%2' refers to it."_s.arg(table, relation.ForeignTable),
+                               u"Database"_s);
+    }
+}
+
+/// The engine takes references only when a table is made, so the table is made anew.
 void Database::RebuildTable(const QString& name)
 {
     m_tableDefs.clear();
@@ -158,10 +182,16 @@ void Database::RebuildTable(const QString& name)
         columns << Quoted(field.Name);
     const QString list = columns.join(u", "_s);
     const QString interim = name + u"~"_s;
+    const bool numbered = std::any_of(table.Fields.begin(), table.Fields.end(), [](const Field& field) { return field.AutoIncrement; });
+    const Value lastNumber = numbered ? QueryValue(u"SELECT seq FROM sqlite_sequence WHERE name = ?"_s, {name}) : Value();
     Execute(Catalog::CreateTableSql(table, RelationsInto(name), interim));
     Execute(u"INSERT INTO %1 (%2) SELECT %2 FROM %3"_s.arg(Quoted(interim), list, Quoted(name)));
     Execute(u"DROP TABLE "_s + Quoted(name));
     Execute(u"ALTER TABLE %1 RENAME TO %2"_s.arg(Quoted(interim), Quoted(name)));
+    if (!lastNumber.IsNull()) { // numbers that were given stay given
+        Execute(u"DELETE FROM sqlite_sequence WHERE name = ?"_s, {name});
+        Execute(u"INSERT INTO sqlite_sequence (name, seq) VALUES (?, ?)"_s, {name, lastNumber});
+    }
     for (const Index& index : table.Indexes)
         Execute(Catalog::CreateIndexSql(name, index));
     m_tableDefs.clear();

@@ -83,7 +83,7 @@ RuntimeError EngineError(sqlite3* connection, int code, const QString& file, con
     const QString path = QDir::toNativeSeparators(file);
     for (const Entry& entry : Entries) {
         if (entry.Code == extended || entry.Code == (extended & PrimaryCodeMask))
-            return {entry.Number, QString::fromLatin1(entry.Text).arg(path), action};
+            return {entry.Number, QString::fromLatin1(entry.Text).replace(u"%1"_s, path), action};
     }
     if ((extended & PrimaryCodeMask) == SQLITE_CONSTRAINT)
         return ConstraintError(extended, detail, action);

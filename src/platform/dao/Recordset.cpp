@@ -47,9 +47,7 @@ QString Recordset::Selection(const QString& more) const
     }
     if (!conditions.isEmpty())
         sql += u" WHERE "_s + conditions.join(u" AND "_s);
-    if (!m_orderBy.isEmpty())
-        sql += u" ORDER BY "_s + m_orderBy;
-    return sql;
+    return sql + u" ORDER BY "_s + (m_orderBy.isEmpty() ? u"rowid"_s : m_orderBy);
 }
 
 void Recordset::MoveTo(qint64 position)
@@ -91,8 +89,10 @@ void Recordset::FindFirst(const QString& where, const Values& values)
 {
     Values all = m_values;
     all.insert(all.end(), values.begin(), values.end());
-    Statement found = m_database->Query(Selection(where) + u" LIMIT 1"_s, all);
-    const qint64 position = found.Step() ? PositionOf(found.Long(0)) : -1;
+    Statement found = m_database->Query(Selection(where), all);
+    qint64 position = -1;
+    while (position < 0 && found.Step())
+        position = PositionOf(found.Long(0)); // a row that was added since is not of this recordset
     m_noMatch = position < 0;
     if (!m_noMatch)
         MoveTo(position);
@@ -212,7 +212,8 @@ void Recordset::AppendChunk(const QString& field, const Value& chunk)
     const auto pending = m_pending.find(FieldIndex(field));
     if (pending == m_pending.end() || pending->second.IsNull())
         return Set(field, chunk);
-    if (m_table->Fields[pending->first].Type == FieldType::LongBinary)
+    const bool bytes = std::holds_alternative<QByteArray>(pending->second.Content()) || std::holds_alternative<QByteArray>(chunk.Content());
+    if (bytes)
         pending->second = Value(pending->second.ToBytes() + chunk.ToBytes());
     else
         pending->second = Value(pending->second.ToText() + chunk.ToText());
@@ -238,13 +239,20 @@ void Recordset::Update()
     CancelUpdate();
 }
 
+/// The value as its column has it: bytes that make up a text are one.
+Value Recordset::AsStored(const Field& field, const Value& value)
+{
+    const bool isText = field.Type == FieldType::Text || field.Type == FieldType::Memo;
+    return isText && std::holds_alternative<QByteArray>(value.Content()) ? Value(value.ToText()) : value;
+}
+
 void Recordset::Insert()
 {
     QStringList columns;
     Values values;
     for (const auto& [index, value] : m_pending) {
         columns << Quoted(m_table->Fields[index].Name);
-        values.push_back(value);
+        values.push_back(AsStored(m_table->Fields[index], value));
     }
     const QString marks = QStringList(columns.size(), u"?"_s).join(u", "_s);
     m_database->Execute(columns.isEmpty()
@@ -252,11 +260,12 @@ void Recordset::Insert()
                             : u"INSERT INTO %1 (%2) VALUES (%3)"_s.arg(Quoted(m_table->Name), columns.join(u", "_s), marks),
                         values);
     m_lastModified = m_database->LastInsertedRowKey();
+    const bool wasAtEnd = m_position >= RecordCount();
     m_keys.push_back(m_lastModified);
     if (!m_positions.isEmpty())
         m_positions.insert(m_lastModified, RecordCount() - 1);
-    if (m_position < 0)
-        m_position = 0;
+    if (wasAtEnd)
+        m_position = RecordCount();
 }
 
 void Recordset::Write()
@@ -267,7 +276,7 @@ void Recordset::Write()
     Values values;
     for (const auto& [index, value] : m_pending) {
         columns << Quoted(m_table->Fields[index].Name) + u" = ?"_s;
-        values.push_back(value);
+        values.push_back(AsStored(m_table->Fields[index], value));
     }
     const Mark key = CurrentKey();
     values.emplace_back(key);

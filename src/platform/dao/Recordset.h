@@ -74,6 +74,7 @@ private:
     Value FetchField(const Field& field) const;
     qint64 PositionOf(Mark key) const;
     QString Selection(const QString& more) const;
+    static Value AsStored(const Field& field, const Value& value);
     void Insert();
     void Write();
 

@@ -29,6 +29,9 @@ inline constexpr int RelationUpdateCascade = 256;
 inline constexpr int RelationDeleteCascade = 4096;
 } // namespace SchemaAttribute
 
+/// The name of every primary index.
+inline const QString PrimaryIndexName = QStringLiteral("PrimaryKey");
+
 /// The rules behind the names of column checks, "<column>:<rule>".
 namespace CheckRule {
 inline constexpr QLatin1StringView Length{"length"};
@@ -53,7 +56,8 @@ struct Field {
     friend bool operator==(const Field&, const Field&) = default;
 };
 
-/// An index over one or more columns. A primary index is unique and its columns are required.
+/// An index over one or more columns. A primary index is unique and its columns are required; it
+/// is named `PrimaryKey` and made with its table.
 struct Index {
     QString Name;
     QStringList Fields;

@@ -62,6 +62,7 @@ void Statement::Bind(const Values& values)
 
 bool Statement::Step()
 {
+    m_database->RequireTransaction();
     const int code = sqlite3_step(m_statement);
     if (code == SQLITE_ROW)
         return true;

@@ -63,4 +63,10 @@ void MoveIntoPlace(const QString& from, const QString& to, bool replace)
     Sync(QFileInfo(to).absolutePath(), O_RDONLY | O_DIRECTORY); // a file system may not offer it
 }
 
+QString InterimName(const QString& target)
+{
+    const QFileInfo info(target);
+    return info.absolutePath() + QStringLiteral("/.%1.%2.new").arg(info.fileName()).arg(::getpid());
+}
+
 } // namespace qb

@@ -11,4 +11,8 @@ void SyncFile(const QString& path);
 /// when @p replace, refused with RuntimeError 75 otherwise. On failure both stay as they were.
 void MoveIntoPlace(const QString& from, const QString& to, bool replace);
 
+/// A name beside @p target, for what will be moved there when it is complete; no other file or
+/// process has it.
+QString InterimName(const QString& target);
+
 } // namespace qb

@@ -82,10 +82,11 @@ QString ConfigFolder()
 
 bool DeleteFolder(const QString& path)
 {
-    const QFileInfo info(path);
+    const QString name = QDir::cleanPath(path); // a separator at the end would lead through a link
+    const QFileInfo info(name);
     if (info.isSymLink())
-        return QFile::remove(path);
-    return !info.exists() || QDir(path).removeRecursively();
+        return QFile::remove(name);
+    return !info.exists() || (info.isDir() && QDir(name).removeRecursively());
 }
 
 QString WhyNotWritable(const QString& file)

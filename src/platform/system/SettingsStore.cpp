@@ -32,13 +32,17 @@ void SaveSetting(const QString& appName, const QString& section, const QString& 
 {
     const QString file = StoreFile(appName);
     QSettings store(file, QSettings::IniFormat);
+    const QVariant before = store.value(Path(section, key));
     store.setValue(Path(section, key), value);
     store.sync();
-    if (store.status() != QSettings::NoError)
-        throw RuntimeError(ErrorNumber::PathAccess,
-                           QStringLiteral("The setting '%1' could not be saved in '%2'.")
-                               .arg(key, QDir::toNativeSeparators(file)),
-                           QStringLiteral("SaveSetting"));
+    if (store.status() != QSettings::AccessError) // a faulty line of the file hinders nobody
+        return;
+    // The store would give the refused value to later readers of this process.
+    before.isValid() ? store.setValue(Path(section, key), before) : store.remove(Path(section, key));
+    throw RuntimeError(ErrorNumber::PathAccess,
+                       QStringLiteral("The setting '%1' could not be saved in '%2'.")
+                           .arg(key, QDir::toNativeSeparators(file)),
+                       QStringLiteral("SaveSetting"));
 }
 
 QString BooleanText(bool value)

@@ -16,11 +16,35 @@ constexpr std::array<char16_t, 32> Specials{
     0x2039, 0x0152, 0x008d, 0x017d, 0x008f, 0x0090, 0x2018, 0x2019, 0x201c, 0x201d, 0x2022,
     0x2013, 0x2014, 0x02dc, 0x2122, 0x0161, 0x203a, 0x0153, 0x009d, 0x017e, 0x0178};
 
+/// The character has the number of its byte in the page.
+bool IsItsOwnByte(char16_t character)
+{
+    return character < FirstSpecial || (character >= FirstSpecial + Specials.size() && character <= 0xff);
+}
+
+int UnitSize(QStringConverter::Encoding encoding)
+{
+    switch (encoding) {
+    case QStringConverter::Utf16:
+    case QStringConverter::Utf16LE:
+    case QStringConverter::Utf16BE:
+        return 2;
+    case QStringConverter::Utf32:
+    case QStringConverter::Utf32LE:
+    case QStringConverter::Utf32BE:
+        return 4;
+    default:
+        return 1;
+    }
+}
+
 std::optional<QString> DecodeStrictly(const QByteArray& bytes, QStringConverter::Encoding encoding)
 {
-    QStringDecoder decoder(encoding);
+    // Without a state, what the last bytes begin and do not end is an error.
+    QStringDecoder decoder(encoding, QStringConverter::Flag::Stateless);
     QString text = decoder(bytes);
-    return decoder.hasError() ? std::nullopt : std::optional(std::move(text));
+    const bool whole = bytes.size() % UnitSize(encoding) == 0;
+    return decoder.hasError() || !whole ? std::nullopt : std::optional(std::move(text));
 }
 
 } // namespace
@@ -47,7 +71,7 @@ QByteArray ToWindows1252(const QString& text)
         if (special != Specials.end())
             bytes += char(FirstSpecial + (special - Specials.begin()));
         else if (!character.isLowSurrogate()) // one mark for a pair
-            bytes += character.unicode() < 0x100 ? char(character.unicode()) : '?';
+            bytes += IsItsOwnByte(character.unicode()) ? char(character.unicode()) : '?';
     }
     return bytes;
 }

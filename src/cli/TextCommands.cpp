@@ -1,0 +1,115 @@
+// The commands on rich text.
+
+#include "cli/Arguments.h"
+#include "cli/CommandTable.h"
+#include "cli/Library.h"
+#include "cli/Output.h"
+#include "platform/richtext/HtmlWriter.h"
+#include "platform/richtext/RichText.h"
+#include "platform/system/TextEncoding.h"
+#include "store/CCodeItem.h"
+#include "support/ErrorRoutine.h"
+#include "text/CTextFormat.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace qb::cli {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QByteArray ReadBytes(const QString& name)
+{
+    QFile file(name);
+    const bool opened = name == u"-"_s ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
+    if (!opened)
+        throw RuntimeError(ErrorNumber::FileNotFound, u"'%1' can't be read: %2."_s.arg(name, file.errorString()), u"ReadBytes"_s);
+    return file.readAll();
+}
+
+/// Colours one text of an item; an empty one stays empty.
+QString Colorized(CTextFormat& format, const QString& stored)
+{
+    RichText box;
+    box.SetTextRTF(stored);
+    if (box.Text().isEmpty())
+        return {};
+    format.ColorizeCode(box);
+    return box.TextRTF();
+}
+
+int ColorizeItem(const Arguments& arguments)
+{
+    const bool save = arguments.Has(u"save"_s);
+    const auto database = OpenLibrary(arguments.Positional(0), save ? DBEngine::Access::ReadWrite : DBEngine::Access::ReadOnly);
+    const qint64 id = arguments.Id(1);
+    if (database->QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {id}).IsNull())
+        throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no item %1 in the library."_s.arg(id), u"colorize"_s);
+    CTextFormat format;
+    format.ColorizeInit(*database);
+    CCodeItem item;
+    item.Initialise(*database, QString::number(id));
+    const QString code = Colorized(format, item.Code());
+    const QString usage = Colorized(format, item.Example());
+    if (HandledErrorCount() > 0)
+        return 1;
+    if (!save) {
+        if (arguments.Json())
+            Print(QJsonObject{{u"id"_s, id}, {u"code"_s, code}, {u"usage"_s, usage}});
+        else
+            Print(code);
+        return 0;
+    }
+    item.SetCode(code);
+    item.SetExample(usage);
+    item.SetItemChanged(true);
+    return item.Commit() ? 0 : 1;
+}
+
+int ColorizeFile(const Arguments& arguments)
+{
+    const QString language = arguments.Value(u"language"_s).toLower();
+    if (language != u"vb"_s && language != u"cpp"_s)
+        throw UsageError{u"Unknown language '%1': vb or cpp."_s.arg(language)};
+    if (arguments.Has(u"rtf"_s) == arguments.Has(u"html"_s))
+        throw UsageError{u"Give either --rtf or --html."_s};
+    const QString name = arguments.Positional(0);
+    const auto text = DecodeText(ReadBytes(name), FallbackEncoding::Windows1252);
+    if (!text)
+        throw RuntimeError(ErrorNumber::ValueNotAllowed, u"'%1' is no text."_s.arg(name), u"colorize"_s);
+    CTextFormat format;
+    format.SetLanguage(BuiltInLanguage(language == u"vb"_s ? LanguageType::VB : LanguageType::Cpp));
+    RichText box;
+    box.SetText(*text);
+    format.ColorizeCode(box);
+    Print(arguments.Has(u"rtf"_s) ? box.TextRTF() : WriteHtml(box.Document(), QFileInfo(name).fileName()));
+    return HandledErrorCount() > 0 ? 1 : 0;
+}
+
+} // namespace
+
+int Colorize(const QStringList& words)
+{
+    const bool file = words.contains(u"--language"_s);
+    const QList<Arguments::Option> options =
+        file ? QList<Arguments::Option>{{"language", "name"}, {"rtf", ""}, {"html", ""}} : QList<Arguments::Option>{{"save", ""}};
+    const Arguments arguments(words, options, file ? 1 : 2);
+    return file ? ColorizeFile(arguments) : ColorizeItem(arguments);
+}
+
+int RtfToText(const QStringList& words)
+{
+    const Arguments arguments(words, {}, 1);
+    const QByteArray bytes = ReadBytes(arguments.Positional(0));
+    // Bytes beyond ASCII, which the format does not know, are those of the usual code page.
+    const QString text = PlainTextFromRtf(FromWindows1252(bytes)).replace("\r\n"_L1, "\n"_L1);
+    if (arguments.Json())
+        Print(QJsonObject{{u"text"_s, text}});
+    else
+        Print(text);
+    return 0;
+}
+
+} // namespace qb::cli

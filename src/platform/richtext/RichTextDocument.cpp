@@ -1,0 +1,203 @@
+#include "platform/richtext/RichTextDocument.h"
+
+#include <algorithm>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr QChar CR = u'\r';
+constexpr QChar LF = u'\n';
+
+CharFormat DefaultFormatOf(const RtfFont& font)
+{
+    CharFormat format;
+    format.HalfPoints = quint16(font.Points * 2);
+    return format;
+}
+
+bool HasLineEnd(QStringView text)
+{
+    return text.contains(CR) || text.contains(LF);
+}
+
+} // namespace
+
+QString WithCrLf(const QString& text)
+{
+    const qsizetype pairs = text.count("\r\n"_L1);
+    if (text.count(CR) == pairs && text.count(LF) == pairs)
+        return text;
+    QString result;
+    result.reserve(text.size() + text.size() / 16);
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const bool first = text[i] == CR && i + 1 < text.size() && text[i + 1] == LF;
+        if (first)
+            continue;
+        if (text[i] == CR || text[i] == LF)
+            result += "\r\n"_L1;
+        else
+            result += text[i];
+    }
+    return result;
+}
+
+RichTextDocument::RichTextDocument(const RtfFont& font)
+    : m_fonts(FontInfo{.Name = font.Name}), m_formats(DefaultFormatOf(font)), m_paragraphFormats(ParagraphFormat()),
+      m_links(QString()), m_pictures(TextPicture()), m_tabStops(QList<qint32>())
+{
+}
+
+void RichTextDocument::Clear()
+{
+    m_text.clear();
+    m_runs.Clear(0);
+    m_paragraphs.Clear(0);
+    m_paragraphBegin = 0;
+}
+
+quint16 RichTextDocument::NumberOfFontName(const QString& name)
+{
+    for (quint32 i = 0; i < m_fonts.Count(); ++i) {
+        if (m_fonts[i].Name == name)
+            return quint16(i);
+    }
+    return NumberOfFont({.Name = name});
+}
+
+qsizetype RichTextDocument::Replace(qsizetype position, qsizetype length, const QString& text, const CharFormat& format)
+{
+    const QStringView old = QStringView(m_text).sliced(position, length);
+    const bool withinLine = text.size() == length && !HasLineEnd(text) && !HasLineEnd(old);
+    if (withinLine) { // the commonest change, of a word's spelling or look, moves nothing
+        if (old != text)
+            std::copy(text.begin(), text.end(), m_text.begin() + position);
+        m_runs.Set(position, position + length, NumberOf(format));
+        return length;
+    }
+    const QString lines = WithCrLf(text);
+    const quint32 paragraph = m_paragraphs.ValueAt(position);
+    m_text.replace(position, length, lines);
+    m_runs.Erase(position, length);
+    m_runs.Insert(position, lines.size(), NumberOf(format));
+    m_paragraphs.Erase(position, length);
+    m_paragraphs.Insert(position, lines.size(), paragraph);
+    // The whole paragraph, as it is now, stands as its begin does.
+    m_paragraphs.Set(ParagraphBegin(position), ParagraphEnd(position + lines.size()), paragraph);
+    return lines.size();
+}
+
+/// The number here of a format of another text.
+quint32 RichTextDocument::Translate(const RichTextDocument& other, quint32 number)
+{
+    CharFormat format = other.Format(number);
+    format.Font = NumberOfFont(other.Font(format.Font));
+    format.Link = NumberOfLink(other.Link(format.Link));
+    format.Picture = NumberOfPicture(other.Picture(format.Picture));
+    return NumberOf(format);
+}
+
+qsizetype RichTextDocument::Replace(qsizetype position, qsizetype length, const RichTextDocument& other)
+{
+    Replace(position, length, other.Text(), other.DefaultFormat());
+    const qsizetype end = other.Length();
+    for (auto run = other.m_runs.RunAt(0); run != other.m_runs.End() && run->first < end;) {
+        const auto next = std::next(run);
+        const qsizetype runEnd = next == other.m_runs.End() ? end : std::min(end, next->first);
+        m_runs.Set(position + run->first, position + runEnd, Translate(other, run->second));
+        run = next;
+    }
+    // Paragraphs that come in whole bring their own stand.
+    const qsizetype whole = other.ParagraphBegin(end);
+    for (auto run = other.m_paragraphs.RunAt(0); run != other.m_paragraphs.End() && run->first < whole;) {
+        const auto next = std::next(run);
+        const qsizetype runEnd = next == other.m_paragraphs.End() ? whole : std::min(whole, next->first);
+        ParagraphFormat format = other.Paragraph(run->second);
+        format.Tabs = NumberOfTabStops(other.TabStops(format.Tabs));
+        const qsizetype begin = run->first == 0 ? ParagraphBegin(position) : position + run->first;
+        m_paragraphs.Set(begin, position + runEnd, NumberOf(format));
+        run = next;
+    }
+    return end;
+}
+
+RichTextDocument RichTextDocument::Part(qsizetype position, qsizetype length) const
+{
+    RichTextDocument part(*this);
+    if (position + length < Length()) {
+        part.m_runs.Erase(position + length, Length() - position - length);
+        part.m_paragraphs.Erase(position + length, Length() - position - length);
+    }
+    part.m_runs.Erase(0, position);
+    part.m_paragraphs.Erase(0, position);
+    part.m_text = m_text.mid(position, length);
+    return part;
+}
+
+void RichTextDocument::ChangeFormat(qsizetype begin, qsizetype end, const std::function<void(CharFormat&)>& change)
+{
+    for (qsizetype at = begin; at < end;) {
+        const auto run = m_runs.RunAt(at);
+        const auto next = std::next(run);
+        const qsizetype runEnd = next == m_runs.End() ? end : std::min(end, next->first);
+        CharFormat format = m_formats[run->second];
+        change(format);
+        m_runs.Set(at, runEnd, NumberOf(format));
+        at = runEnd;
+    }
+}
+
+void RichTextDocument::ChangeParagraphs(qsizetype begin, qsizetype end,
+                                        const std::function<void(ParagraphFormat&)>& change)
+{
+    qsizetype at = ParagraphBegin(begin);
+    do {
+        const qsizetype next = ParagraphEnd(at);
+        ParagraphFormat format = ParagraphAt(at);
+        change(format);
+        // The last paragraph has no line end and may be empty: it has one position all the same.
+        m_paragraphs.Set(at, next == Length() ? next + 1 : next, NumberOf(format));
+        if (next == at)
+            break;
+        at = next;
+    } while (at < end);
+}
+
+qsizetype RichTextDocument::ParagraphBegin(qsizetype position) const
+{
+    return position == 0 ? 0 : m_text.lastIndexOf(LF, position - 1) + 1;
+}
+
+qsizetype RichTextDocument::ParagraphEnd(qsizetype position) const
+{
+    const qsizetype end = m_text.indexOf(LF, position);
+    return end < 0 ? Length() : end + 1;
+}
+
+void RichTextDocument::Append(QStringView text, quint32 format)
+{
+    m_runs.Append(m_text.size(), format);
+    m_text += text;
+}
+
+void RichTextDocument::EndParagraph(quint32 paragraph, quint32 format)
+{
+    Append(u"\r\n", format);
+    m_paragraphs.Append(m_paragraphBegin, paragraph);
+    m_paragraphBegin = m_text.size();
+}
+
+void RichTextDocument::FinishParagraph(quint32 paragraph)
+{
+    m_paragraphs.Append(m_paragraphBegin, paragraph);
+}
+
+void RichTextDocument::DropLastLineEnd()
+{
+    if (m_text.endsWith("\r\n"_L1))
+        m_text.chop(2);
+}
+
+} // namespace qb

@@ -1,0 +1,791 @@
+#include "platform/richtext/CodePages.h"
+#include "platform/richtext/Rtf.h"
+#include "platform/richtext/RtfTokenizer.h"
+
+#include <algorithm>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr size_t DeepestNesting = 2000;
+constexpr qsizetype LargestPicture = 64 * 1024 * 1024;
+
+/// Where the text of a group goes.
+enum class Destination { Body, Skip, FontTable, ColorTable, ListTable, ListOverrides, Picture, FieldInstruction, Numbering };
+
+/// What a control word does.
+enum class Action {
+    Bold, Italic, Underline, NoUnderline, Strike, Protect, Color, BackColor, Font, Size, Plain,
+    ResetParagraph, AlignLeft, AlignRight, AlignCenter, Justify, LeftIndent, FirstIndent, RightIndent, TabStop,
+    Paragraph, Line, Cell, Row, InTable, Character, Unicode, FallbackLength,
+    CodePage, DefaultFont, FontCharSet, FontFamily, Red, Green, Blue,
+    BulletLevel, NumberLevel, NumberKind, NumberStart, ListNumber, ListLevel,
+    List, ListLevelBegin, LevelKind, ListId, Override,
+    Png, Jpeg, OtherPicture, PictureWidth, PictureHeight,
+    BeginSkip, BeginBody, BeginFontTable, BeginColorTable, BeginListTable, BeginListOverrides, BeginPicture,
+    BeginFieldInstruction, BeginFieldResult, BeginNumbering,
+};
+
+struct Meaning {
+    Action Does;
+    int Value = 0; ///< what it stands for, where several words do alike
+};
+
+const QHash<QStringView, Meaning>& Words()
+{
+    static const QHash<QStringView, Meaning> words{
+        {u"b", {Action::Bold}}, {u"i", {Action::Italic}}, {u"ul", {Action::Underline}}, {u"uld", {Action::Underline}},
+        {u"uldb", {Action::Underline}}, {u"ulw", {Action::Underline}}, {u"ulnone", {Action::NoUnderline}},
+        {u"strike", {Action::Strike}}, {u"striked", {Action::Strike}}, {u"protect", {Action::Protect}},
+        {u"cf", {Action::Color}}, {u"cb", {Action::BackColor}}, {u"highlight", {Action::BackColor}},
+        {u"chcbpat", {Action::BackColor}}, {u"f", {Action::Font}}, {u"fs", {Action::Size}}, {u"plain", {Action::Plain}},
+        {u"pard", {Action::ResetParagraph}}, {u"ql", {Action::AlignLeft}}, {u"qr", {Action::AlignRight}},
+        {u"qc", {Action::AlignCenter}}, {u"qj", {Action::Justify}}, {u"li", {Action::LeftIndent}},
+        {u"fi", {Action::FirstIndent}}, {u"ri", {Action::RightIndent}}, {u"tx", {Action::TabStop}},
+        {u"par", {Action::Paragraph}}, {u"sect", {Action::Paragraph}}, {u"page", {Action::Line}}, {u"line", {Action::Line}},
+        {u"cell", {Action::Cell}}, {u"nestcell", {Action::Cell}}, {u"row", {Action::Row}}, {u"nestrow", {Action::Row}},
+        {u"intbl", {Action::InTable}}, {u"tab", {Action::Character, u'\t'}}, {u"emdash", {Action::Character, 0x2014}},
+        {u"endash", {Action::Character, 0x2013}}, {u"emspace", {Action::Character, 0x2003}},
+        {u"enspace", {Action::Character, 0x2002}}, {u"qmspace", {Action::Character, 0x2005}},
+        {u"bullet", {Action::Character, 0x2022}}, {u"lquote", {Action::Character, 0x2018}},
+        {u"rquote", {Action::Character, 0x2019}}, {u"ldblquote", {Action::Character, 0x201c}},
+        {u"rdblquote", {Action::Character, 0x201d}}, {u"zwj", {Action::Character, 0x200d}},
+        {u"zwnj", {Action::Character, 0x200c}}, {u"ltrmark", {Action::Character, 0x200e}},
+        {u"rtlmark", {Action::Character, 0x200f}}, {u"u", {Action::Unicode}}, {u"uc", {Action::FallbackLength}},
+        {u"ansicpg", {Action::CodePage}}, {u"pc", {Action::CodePage, 437}}, {u"pca", {Action::CodePage, 850}},
+        {u"mac", {Action::CodePage, 10000}}, {u"deff", {Action::DefaultFont}}, {u"fcharset", {Action::FontCharSet}},
+        {u"fnil", {Action::FontFamily}}, {u"froman", {Action::FontFamily}}, {u"fswiss", {Action::FontFamily}},
+        {u"fmodern", {Action::FontFamily}}, {u"fscript", {Action::FontFamily}}, {u"fdecor", {Action::FontFamily}},
+        {u"ftech", {Action::FontFamily}}, {u"fbidi", {Action::FontFamily}}, {u"red", {Action::Red}},
+        {u"green", {Action::Green}}, {u"blue", {Action::Blue}}, {u"pnlvlblt", {Action::BulletLevel}},
+        {u"pnlvlbody", {Action::NumberLevel}}, {u"pnlvl", {Action::NumberLevel}}, {u"pndec", {Action::NumberKind, int(ListKind::Decimal)}},
+        {u"pnlcltr", {Action::NumberKind, int(ListKind::LowerLetter)}}, {u"pnucltr", {Action::NumberKind, int(ListKind::UpperLetter)}},
+        {u"pnlcrm", {Action::NumberKind, int(ListKind::LowerRoman)}}, {u"pnucrm", {Action::NumberKind, int(ListKind::UpperRoman)}},
+        {u"pnstart", {Action::NumberStart}}, {u"ls", {Action::ListNumber}}, {u"ilvl", {Action::ListLevel}},
+        {u"list", {Action::List}}, {u"listlevel", {Action::ListLevelBegin}}, {u"levelnfc", {Action::LevelKind}},
+        {u"levelnfcn", {Action::LevelKind}}, {u"listid", {Action::ListId}}, {u"listoverride", {Action::Override}},
+        {u"pngblip", {Action::Png}}, {u"jpegblip", {Action::Jpeg}}, {u"wmetafile", {Action::OtherPicture}},
+        {u"emfblip", {Action::OtherPicture}}, {u"dibitmap", {Action::OtherPicture}}, {u"picwgoal", {Action::PictureWidth}},
+        {u"pichgoal", {Action::PictureHeight}}, {u"fonttbl", {Action::BeginFontTable}}, {u"colortbl", {Action::BeginColorTable}},
+        {u"listtable", {Action::BeginListTable}}, {u"listoverridetable", {Action::BeginListOverrides}},
+        {u"pict", {Action::BeginPicture}}, {u"fldinst", {Action::BeginFieldInstruction}},
+        {u"fldrslt", {Action::BeginFieldResult}}, {u"pn", {Action::BeginNumbering}}, {u"shppict", {Action::BeginBody}},
+        {u"shptxt", {Action::BeginBody}}, {u"stylesheet", {Action::BeginSkip}}, {u"info", {Action::BeginSkip}},
+        {u"header", {Action::BeginSkip}}, {u"headerl", {Action::BeginSkip}}, {u"headerr", {Action::BeginSkip}},
+        {u"headerf", {Action::BeginSkip}}, {u"footer", {Action::BeginSkip}}, {u"footerl", {Action::BeginSkip}},
+        {u"footerr", {Action::BeginSkip}}, {u"footerf", {Action::BeginSkip}}, {u"pntext", {Action::BeginSkip}},
+        {u"listtext", {Action::BeginSkip}}, {u"pntxtb", {Action::BeginSkip}}, {u"pntxta", {Action::BeginSkip}},
+        {u"nonshppict", {Action::BeginSkip}}, {u"objdata", {Action::BeginSkip}}, {u"objclass", {Action::BeginSkip}},
+        {u"objname", {Action::BeginSkip}}, {u"generator", {Action::BeginSkip}}, {u"annotation", {Action::BeginSkip}},
+        {u"atnid", {Action::BeginSkip}}, {u"atnauthor", {Action::BeginSkip}}, {u"xe", {Action::BeginSkip}},
+        {u"tc", {Action::BeginSkip}}, {u"template", {Action::BeginSkip}}, {u"filetbl", {Action::BeginSkip}},
+        {u"revtbl", {Action::BeginSkip}}, {u"rsidtbl", {Action::BeginSkip}}, {u"leveltext", {Action::BeginSkip}},
+        {u"levelnumbers", {Action::BeginSkip}}, {u"listname", {Action::BeginSkip}},
+    };
+    return words;
+}
+
+/// The kinds of numbers by the code of a list level.
+ListKind KindOfLevel(int code)
+{
+    switch (code) {
+    case 0:
+        return ListKind::Decimal;
+    case 1:
+        return ListKind::UpperRoman;
+    case 2:
+        return ListKind::LowerRoman;
+    case 3:
+        return ListKind::UpperLetter;
+    case 4:
+        return ListKind::LowerLetter;
+    case 23:
+        return ListKind::Bullet;
+    default:
+        return ListKind::None;
+    }
+}
+
+class Reader {
+public:
+    Reader(const QString& rtf, RichTextDocument& document) : m_tokens(rtf), m_document(document)
+    {
+        m_state.Format = document.DefaultFormat();
+        m_state.Format.HalfPoints = PlainHalfPoints;
+    }
+
+    void Read()
+    {
+        for (RtfToken token = m_tokens.Next(); token.What != RtfToken::End; token = m_tokens.Next())
+            Take(token);
+        FlushBytes();
+        if (m_endedByParagraph)
+            m_document.DropLastLineEnd();
+        else
+            m_document.FinishParagraph(ParagraphNumber());
+    }
+
+private:
+    static constexpr quint16 PlainHalfPoints = 24;
+
+    struct State {
+        Destination Where = Destination::Body;
+        CharFormat Format;
+        ParagraphFormat Paragraph;
+        QList<qint32> Tabs;
+        int FallbackLength = 1; ///< characters behind a \u for readers without Unicode
+        int CodePage = 0;       ///< of the font; 0: of the document
+        int List = 0;           ///< number of the list of the paragraph; 0: none
+        quint32 Link = 0;       ///< of the field whose group this is
+        bool InTable = false;
+        bool Starred = false;   ///< the group began with \*: an unknown word means that it is skipped
+    };
+    struct FontEntry {
+        quint16 Number = 0;
+        int CodePage = 0;
+    };
+    struct ListEntry {
+        int Id = 0;
+        std::vector<ListKind> Levels;
+    };
+
+    void Take(const RtfToken& token)
+    {
+        if (token.What != RtfToken::Byte && token.What != RtfToken::Characters)
+            FlushBytes();
+        switch (token.What) {
+        case RtfToken::GroupBegin:
+            return BeginGroup();
+        case RtfToken::GroupEnd:
+            return EndGroup();
+        case RtfToken::Word:
+            return TakeWord(token);
+        case RtfToken::Symbol:
+            return TakeSymbol(token.Text);
+        case RtfToken::Byte:
+            return TakeByte(uchar(token.Number));
+        case RtfToken::Binary:
+            return TakeBinary(token.Text);
+        case RtfToken::Characters:
+            return TakeText(token.Text);
+        case RtfToken::End:
+            return;
+        }
+    }
+
+    void BeginGroup()
+    {
+        m_skipFallback = 0;
+        if (m_outer.size() >= DeepestNesting) {
+            ++m_tooDeep; // what is deeper shares one state
+            return;
+        }
+        m_outer.push_back(m_state);
+        m_state.Starred = false;
+    }
+
+    void EndGroup()
+    {
+        m_skipFallback = 0;
+        if (m_tooDeep > 0) {
+            --m_tooDeep;
+            return;
+        }
+        if (m_outer.empty())
+            return;
+        const State ended = std::move(m_state);
+        m_state = std::move(m_outer.back());
+        m_outer.pop_back();
+        m_formatKnown = false;
+        if (ended.Where == m_state.Where)
+            return;
+        if (ended.Where == Destination::Picture)
+            AppendPicture();
+        else if (ended.Where == Destination::FieldInstruction)
+            m_state.Link = LinkOf(m_instruction);
+        else if (ended.Where == Destination::Numbering)
+            TakeNumbering(ended.Paragraph);
+        else if (ended.Where == Destination::FontTable)
+            FinishFont();
+    }
+
+    void TakeNumbering(const ParagraphFormat& from)
+    {
+        m_state.Paragraph.List = from.List;
+        m_state.Paragraph.ListStart = from.ListStart;
+    }
+
+    // Words
+
+    void TakeWord(const RtfToken& token)
+    {
+        const auto found = Words().constFind(token.Text);
+        if (found == Words().constEnd()) {
+            if (m_state.Starred)
+                m_state.Where = Destination::Skip;
+            m_state.Starred = false;
+            return;
+        }
+        const int number = token.HasNumber ? token.Number : 1;
+        Do(*found, number, token);
+        m_state.Starred = false;
+    }
+
+    void Do(const Meaning& meaning, int number, const RtfToken& token)
+    {
+        if (meaning.Does >= Action::BeginSkip)
+            return Begin(meaning.Does);
+        if (m_state.Where == Destination::Skip)
+            return;
+        if (meaning.Does >= Action::BulletLevel)
+            return DoForTables(meaning, number);
+        if (meaning.Does >= Action::CodePage)
+            return DoForHeader(meaning, number, token);
+        if (meaning.Does >= Action::Paragraph)
+            return DoForText(meaning, number);
+        if (meaning.Does >= Action::ResetParagraph)
+            return DoForParagraph(meaning.Does, number);
+        DoForCharacters(meaning.Does, number, token.HasNumber);
+    }
+
+    void DoForCharacters(Action action, int number, bool hasNumber)
+    {
+        CharFormat& format = m_state.Format;
+        m_formatKnown = false;
+        switch (action) {
+        case Action::Bold:
+            format.Bold = number != 0;
+            break;
+        case Action::Italic:
+            format.Italic = number != 0;
+            break;
+        case Action::Underline:
+            format.Underline = number != 0;
+            break;
+        case Action::NoUnderline:
+            format.Underline = 0;
+            break;
+        case Action::Strike:
+            format.Strike = number != 0;
+            break;
+        case Action::Protect:
+            format.Protected = number != 0;
+            break;
+        case Action::Color:
+            format.Color = ColorNumbered(hasNumber ? number : 0);
+            break;
+        case Action::BackColor:
+            format.BackColor = ColorNumbered(hasNumber ? number : 0);
+            break;
+        case Action::Font:
+            SetFont(hasNumber ? number : 0);
+            break;
+        case Action::Size:
+            format.HalfPoints = quint16(std::clamp(hasNumber ? number : int(PlainHalfPoints), 1, 3276));
+            break;
+        default: // Plain
+            format = m_document.DefaultFormat();
+            format.HalfPoints = PlainHalfPoints;
+            SetFont(m_defaultFont);
+            break;
+        }
+    }
+
+    void DoForParagraph(Action action, int number)
+    {
+        ParagraphFormat& paragraph = m_state.Paragraph;
+        switch (action) {
+        case Action::AlignLeft:
+            paragraph.Alignment = TextAlignment::Left;
+            break;
+        case Action::AlignRight:
+            paragraph.Alignment = TextAlignment::Right;
+            break;
+        case Action::AlignCenter:
+            paragraph.Alignment = TextAlignment::Center;
+            break;
+        case Action::Justify:
+            paragraph.Alignment = TextAlignment::Justified;
+            break;
+        case Action::LeftIndent:
+            paragraph.LeftIndent = number;
+            break;
+        case Action::FirstIndent:
+            paragraph.FirstIndent = number;
+            break;
+        case Action::RightIndent:
+            paragraph.RightIndent = number;
+            break;
+        case Action::TabStop:
+            if (m_state.Tabs.size() < MostTabs)
+                m_state.Tabs << number;
+            break;
+        default: // ResetParagraph
+            paragraph = {};
+            m_state.Tabs.clear();
+            m_state.List = 0;
+            m_state.InTable = false;
+            break;
+        }
+    }
+
+    void DoForText(const Meaning& meaning, int number)
+    {
+        switch (meaning.Does) {
+        case Action::Paragraph:
+            if (m_state.InTable)
+                return Append(u" "); // a cell is one line of its row
+            EndParagraph();
+            m_endedByParagraph = m_state.Where == Destination::Body;
+            return;
+        case Action::Line:
+            return EndParagraph();
+        case Action::Cell:
+            m_pendingCells += m_state.Where == Destination::Body;
+            return;
+        case Action::Row:
+            m_pendingCells -= m_pendingCells > 0; // the last cell has no other behind it
+            return EndParagraph();
+        case Action::InTable:
+            m_state.InTable = true;
+            return;
+        case Action::Character: {
+            if (m_skipFallback > 0) { // it stands for the character that came before
+                --m_skipFallback;
+                return;
+            }
+            const QChar character{char16_t(meaning.Value)};
+            return Append(QStringView(&character, 1));
+        }
+        case Action::Unicode: {
+            const QChar character{char16_t(number)};
+            Append(QStringView(&character, 1));
+            m_skipFallback = m_state.FallbackLength;
+            return;
+        }
+        default: // FallbackLength
+            m_state.FallbackLength = std::clamp(number, 0, 16);
+            return;
+        }
+    }
+
+    void DoForHeader(const Meaning& meaning, int number, const RtfToken& token)
+    {
+        switch (meaning.Does) {
+        case Action::CodePage:
+            m_codePage = meaning.Value ? meaning.Value : number;
+            break;
+        case Action::DefaultFont:
+            m_defaultFont = token.HasNumber ? token.Number : 0;
+            break;
+        case Action::FontCharSet:
+            m_font.CharSet = token.HasNumber ? token.Number : 0;
+            break;
+        case Action::FontFamily:
+            m_font.Family = token.Text.sliced(1).toString();
+            break;
+        case Action::Red:
+            m_color = (m_color & 0x00ffff00u) | quint32(number & 0xff);
+            break;
+        case Action::Green:
+            m_color = (m_color & 0x00ff00ffu) | quint32(number & 0xff) << 8;
+            break;
+        default: // Blue
+            m_color = (m_color & 0x0000ffffu) | quint32(number & 0xff) << 16;
+            break;
+        }
+    }
+
+    void DoForTables(const Meaning& meaning, int number)
+    {
+        ParagraphFormat& paragraph = m_state.Paragraph;
+        switch (meaning.Does) {
+        case Action::BulletLevel:
+            paragraph.List = ListKind::Bullet;
+            break;
+        case Action::NumberLevel:
+            paragraph.List = ListKind::Decimal;
+            break;
+        case Action::NumberKind:
+            paragraph.List = ListKind(meaning.Value);
+            break;
+        case Action::NumberStart:
+            paragraph.ListStart = quint16(std::clamp(number, 0, 32767));
+            break;
+        case Action::ListNumber:
+            TakeListNumber(number);
+            break;
+        case Action::ListLevel:
+            paragraph.ListLevel = quint8(std::clamp(number, 0, 8));
+            break;
+        case Action::List:
+            if (m_state.Where == Destination::ListTable && qsizetype(m_lists.size()) < MostLists)
+                m_lists.push_back({});
+            break;
+        case Action::ListLevelBegin:
+            if (!m_lists.empty() && m_lists.back().Levels.size() < 9)
+                m_lists.back().Levels.push_back(ListKind::None);
+            break;
+        case Action::LevelKind:
+            if (!m_lists.empty() && !m_lists.back().Levels.empty())
+                m_lists.back().Levels.back() = KindOfLevel(number);
+            break;
+        case Action::ListId:
+            TakeListId(number);
+            break;
+        case Action::Override:
+            break;
+        case Action::Png:
+            m_pictureKind = TextPicture::Png;
+            m_pictureKnown = true;
+            break;
+        case Action::Jpeg:
+            m_pictureKind = TextPicture::Jpeg;
+            m_pictureKnown = true;
+            break;
+        case Action::OtherPicture:
+            m_pictureKnown = false;
+            break;
+        case Action::PictureWidth:
+            m_pictureWidth = number;
+            break;
+        default: // PictureHeight
+            m_pictureHeight = number;
+            break;
+        }
+    }
+
+    void Begin(Action action)
+    {
+        if (m_state.Where == Destination::Skip && action != Action::BeginBody)
+            return;
+        switch (action) {
+        case Action::BeginBody:
+            m_state.Where = Destination::Body;
+            break;
+        case Action::BeginFontTable:
+            m_state.Where = Destination::FontTable;
+            break;
+        case Action::BeginColorTable:
+            m_state.Where = Destination::ColorTable;
+            break;
+        case Action::BeginListTable:
+            m_state.Where = Destination::ListTable;
+            break;
+        case Action::BeginListOverrides:
+            m_state.Where = Destination::ListOverrides;
+            break;
+        case Action::BeginPicture:
+            m_state.Where = Destination::Picture;
+            m_picture.clear();
+            m_pictureKnown = false;
+            m_pictureWidth = m_pictureHeight = 0;
+            break;
+        case Action::BeginFieldInstruction:
+            m_state.Where = Destination::FieldInstruction;
+            m_instruction.clear();
+            break;
+        case Action::BeginFieldResult:
+            m_state.Format.Link = m_outer.empty() ? 0 : m_outer.back().Link;
+            m_formatKnown = false;
+            break;
+        case Action::BeginNumbering:
+            m_state.Where = Destination::Numbering;
+            break;
+        default: // BeginSkip
+            m_state.Where = Destination::Skip;
+            break;
+        }
+    }
+
+    // Symbols, bytes and text
+
+    void TakeSymbol(QStringView symbol)
+    {
+        if (symbol == u"*") {
+            m_state.Starred = true;
+            return;
+        }
+        struct Row {
+            QStringView Symbol;
+            QStringView Text;
+        };
+        static constexpr Row rows[] = {{u"\\", u"\\"}, {u"{", u"{"}, {u"}", u"}"}, {u"~", u"\u00a0"}, {u"_", u"\u2011"}, {u"-", u"\u00ad"}, {u"\t", u"\t"}};
+        for (const Row& row : rows) {
+            if (row.Symbol == symbol)
+                return TakeText(row.Text);
+        }
+        if (symbol == u"\r" || symbol == u"\n")
+            EndParagraph();
+    }
+
+    void TakeByte(uchar byte)
+    {
+        if (m_skipFallback > 0) {
+            --m_skipFallback;
+            return;
+        }
+        m_bytes += char(byte);
+    }
+
+    int CurrentCodePage() const { return m_state.CodePage ? m_state.CodePage : m_codePage; }
+
+    /// The last of the bytes is the first half of a character.
+    bool EndsInLeadByte() const
+    {
+        qsizetype at = 0;
+        while (at < m_bytes.size())
+            at += IsLeadByte(CurrentCodePage(), uchar(m_bytes[at])) ? 2 : 1;
+        return at > m_bytes.size();
+    }
+
+    void FlushBytes()
+    {
+        if (m_bytes.isEmpty())
+            return;
+        const QString text = DecodeCodePage(m_bytes, m_state.Where == Destination::FontTable ? CodePageOfCharSet(m_font.CharSet) : CurrentCodePage());
+        m_bytes.clear();
+        Route(text);
+    }
+
+    void TakeText(QStringView text)
+    {
+        const qsizetype skipped = std::min(qsizetype(m_skipFallback), text.size());
+        m_skipFallback -= int(skipped);
+        text = text.sliced(skipped);
+        if (text.isEmpty())
+            return;
+        // The second byte of a character may stand as an ordinary letter.
+        if (EndsInLeadByte() && text.front().unicode() < 0x100) {
+            m_bytes += char(text.front().unicode());
+            text = text.sliced(1);
+        }
+        FlushBytes();
+        Route(text);
+    }
+
+    void TakeBinary(QStringView bytes)
+    {
+        if (m_state.Where == Destination::Picture && bytes.size() <= LargestPicture)
+            m_pictureBinary = bytes.toLatin1();
+    }
+
+    void Route(QStringView text)
+    {
+        switch (m_state.Where) {
+        case Destination::Body:
+            return Append(text);
+        case Destination::FontTable:
+            return TakeFontText(text);
+        case Destination::ColorTable:
+            return TakeColorText(text);
+        case Destination::Picture:
+            if (m_picture.size() < 2 * LargestPicture)
+                m_picture += text.toLatin1();
+            return;
+        case Destination::FieldInstruction:
+            if (m_instruction.size() < LongestInstruction)
+                m_instruction += text;
+            return;
+        default:
+            return;
+        }
+    }
+
+    // The text itself
+
+    quint32 FormatNumber()
+    {
+        if (!m_formatKnown) {
+            m_formatNumber = m_document.NumberOf(m_state.Format);
+            m_formatKnown = true;
+        }
+        return m_formatNumber;
+    }
+
+    quint32 ParagraphNumber()
+    {
+        m_state.Paragraph.Tabs = m_document.NumberOfTabStops(m_state.Tabs);
+        return m_document.NumberOf(m_state.Paragraph);
+    }
+
+    void Append(QStringView text)
+    {
+        if (m_state.Where != Destination::Body || text.isEmpty())
+            return;
+        FlushCells();
+        m_document.Append(text, FormatNumber());
+        m_endedByParagraph = false;
+    }
+
+    void FlushCells()
+    {
+        if (m_pendingCells == 0)
+            return;
+        m_document.Append(QString(m_pendingCells, u'\t'), FormatNumber());
+        m_pendingCells = 0;
+        m_endedByParagraph = false;
+    }
+
+    void EndParagraph()
+    {
+        if (m_state.Where != Destination::Body)
+            return;
+        FlushCells();
+        m_document.EndParagraph(ParagraphNumber(), FormatNumber());
+        m_endedByParagraph = false;
+    }
+
+    void AppendPicture()
+    {
+        const QByteArray bytes = m_pictureBinary.isEmpty() ? QByteArray::fromHex(m_picture) : m_pictureBinary;
+        m_picture.clear();
+        m_pictureBinary.clear();
+        if (!m_pictureKnown || bytes.isEmpty() || bytes.size() > LargestPicture || m_state.Where != Destination::Body)
+            return;
+        CharFormat format = m_state.Format;
+        format.Picture = m_document.NumberOfPicture({m_pictureKind, bytes, m_pictureWidth, m_pictureHeight});
+        const QChar character{RichTextDocument::PictureCharacter};
+        FlushCells();
+        m_document.Append(QStringView(&character, 1), m_document.NumberOf(format));
+        m_endedByParagraph = false;
+    }
+
+    /// The target of an instruction `HYPERLINK "target"`; 0 for any other instruction.
+    quint32 LinkOf(const QString& instruction)
+    {
+        const QString text = instruction.trimmed();
+        if (!text.startsWith("HYPERLINK"_L1, Qt::CaseInsensitive))
+            return 0;
+        const QString quoted = text.section(u'"', 1, 1);
+        return m_document.NumberOfLink(quoted.isEmpty() ? text.section(u' ', 1, 1, QString::SectionSkipEmpty) : quoted);
+    }
+
+    // Tables
+
+    void SetFont(int number)
+    {
+        const auto font = m_fonts.constFind(number);
+        if (m_state.Where == Destination::FontTable) {
+            FinishFont();
+            m_fontNumber = number;
+        } else if (font != m_fonts.constEnd()) {
+            m_state.Format.Font = font->Number;
+            m_state.CodePage = font->CodePage;
+        }
+    }
+
+    void TakeFontText(QStringView text)
+    {
+        const qsizetype end = text.indexOf(u';');
+        m_font.Name += end < 0 ? text : text.first(end);
+        if (end >= 0)
+            FinishFont();
+    }
+
+    void FinishFont()
+    {
+        if (!m_font.Name.isEmpty() && m_fonts.size() < MostFonts) {
+            m_font.Name = m_font.Name.trimmed();
+            // Character set 0 says nothing that the document's own code page does not.
+            const int codePage = m_font.CharSet == 0 ? 0 : CodePageOfCharSet(m_font.CharSet);
+            m_fonts.insert(m_fontNumber, {m_document.NumberOfFont(m_font), codePage});
+            if (m_fontNumber == m_defaultFont) {
+                m_state.Format.Font = m_fonts[m_fontNumber].Number;
+                for (State& outer : m_outer)
+                    outer.Format.Font = m_fonts[m_fontNumber].Number;
+            }
+        }
+        m_font = {};
+    }
+
+    void TakeColorText(QStringView text)
+    {
+        for (const QChar character : text) {
+            if (character != u';' || m_colors.size() >= MostColors)
+                continue;
+            m_colors.push_back(m_color);
+            m_color = AutomaticColor;
+        }
+    }
+
+    quint32 ColorNumbered(int number) const
+    {
+        return number >= 0 && size_t(number) < m_colors.size() ? m_colors[size_t(number)] : AutomaticColor;
+    }
+
+    void TakeListId(int id)
+    {
+        if (m_state.Where == Destination::ListTable && !m_lists.empty())
+            m_lists.back().Id = id;
+        else if (m_state.Where == Destination::ListOverrides)
+            m_overrideId = id;
+    }
+
+    /// In the table of overrides: which list a number means. In the text: the list of the paragraph.
+    void TakeListNumber(int number)
+    {
+        if (m_state.Where == Destination::ListOverrides) {
+            if (m_overrides.size() < MostLists)
+                m_overrides.insert(number, m_overrideId);
+            return;
+        }
+        const int id = m_overrides.value(number);
+        const auto list = std::find_if(m_lists.begin(), m_lists.end(), [id](const ListEntry& one) { return one.Id == id; });
+        const size_t level = m_state.Paragraph.ListLevel;
+        if (list != m_lists.end() && level < list->Levels.size())
+            m_state.Paragraph.List = list->Levels[level];
+    }
+
+    static constexpr qsizetype MostTabs = 64;
+    static constexpr qsizetype MostLists = 4096;
+    static constexpr qsizetype MostFonts = 4096;
+    static constexpr size_t MostColors = 65536;
+    static constexpr qsizetype LongestInstruction = 65536;
+
+    RtfTokenizer m_tokens;
+    RichTextDocument& m_document;
+    State m_state;
+    std::vector<State> m_outer;
+    size_t m_tooDeep = 0;
+    int m_skipFallback = 0;
+    int m_codePage = 1252;
+    QByteArray m_bytes; ///< of the code page, not decoded yet
+    qsizetype m_pendingCells = 0; ///< ends of cells before which nothing has come since
+    bool m_endedByParagraph = false;
+    bool m_formatKnown = false;
+    quint32 m_formatNumber = 0;
+
+    FontInfo m_font;
+    int m_fontNumber = 0;
+    int m_defaultFont = 0;
+    QHash<int, FontEntry> m_fonts;
+    quint32 m_color = AutomaticColor;
+    std::vector<quint32> m_colors;
+    std::vector<ListEntry> m_lists;
+    QHash<int, int> m_overrides; ///< list numbers of the text, and the lists that they mean
+    int m_overrideId = 0;
+    QString m_instruction;
+    QByteArray m_picture; ///< in hexadecimal digits
+    QByteArray m_pictureBinary;
+    TextPicture::Kind m_pictureKind = TextPicture::Png;
+    bool m_pictureKnown = false;
+    int m_pictureWidth = 0;
+    int m_pictureHeight = 0;
+};
+
+} // namespace
+
+void ReadRtf(const QString& rtf, RichTextDocument& document)
+{
+    document.Clear();
+    if (rtf.startsWith("{\\rtf"_L1))
+        Reader(rtf, document).Read();
+    else
+        document.Replace(0, 0, rtf, document.DefaultFormat());
+}
+
+} // namespace qb

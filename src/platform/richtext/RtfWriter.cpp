@@ -1,0 +1,341 @@
+#include "platform/richtext/Rtf.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <optional>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr char16_t FirstPrintable = 0x20;
+constexpr char16_t FirstNonAscii = 0x7f;
+
+bool IsPlain(char16_t character)
+{
+    return character >= FirstPrintable && character < FirstNonAscii && character != u'\\' && character != u'{' && character != u'}';
+}
+
+void AppendCharacter(QByteArray& out, char16_t character)
+{
+    if (character == u'\\' || character == u'{' || character == u'}') {
+        out += '\\';
+        out += char(character);
+    } else if (character == u'\t') {
+        out += "\\tab ";
+    } else if (IsPlain(character)) {
+        out += char(character);
+    } else {
+        out += "\\u" + QByteArray::number(qint16(character)) + '?'; // the number is a signed one
+    }
+}
+
+/// Text without line ends.
+void AppendText(QByteArray& out, QStringView text)
+{
+    for (qsizetype i = 0; i < text.size();) {
+        const qsizetype begin = i;
+        while (i < text.size() && IsPlain(text[i].unicode()))
+            ++i;
+        const qsizetype old = out.size();
+        out.resize(old + i - begin);
+        std::transform(text.begin() + begin, text.begin() + i, out.begin() + old, [](QChar c) { return char(c.unicode()); });
+        if (i < text.size())
+            AppendCharacter(out, text[i++].unicode());
+    }
+}
+
+void AppendFontTable(QByteArray& out, const std::vector<FontInfo>& fonts)
+{
+    out += "{\\rtf1\\ansi\\ansicpg1252\\deff0\\uc1{\\fonttbl";
+    for (size_t i = 0; i < fonts.size(); ++i) {
+        out += "{\\f" + QByteArray::number(i) + "\\f" + fonts[i].Family.toLatin1() + "\\fcharset"
+            + QByteArray::number(fonts[i].CharSet) + ' ';
+        AppendText(out, fonts[i].Name);
+        out += ";}";
+    }
+    out += "}";
+}
+
+/// A word that opens or closes a property.
+QByteArray Toggle(const char* word, bool on)
+{
+    return on ? QByteArray(word) : QByteArray(word) + '0';
+}
+
+/// The number of a list item as it is written.
+QByteArray ListNumber(ListKind kind, int number)
+{
+    struct Roman {
+        int Value;
+        const char* Letters;
+    };
+    static constexpr Roman romans[] = {{1000, "m"}, {900, "cm"}, {500, "d"}, {400, "cd"}, {100, "c"}, {90, "xc"}, {50, "l"},
+                                       {40, "xl"},  {10, "x"},   {9, "ix"},  {5, "v"},    {4, "iv"},  {1, "i"}};
+    QByteArray text;
+    switch (kind) {
+    case ListKind::LowerLetter:
+    case ListKind::UpperLetter:
+        text = QByteArray(1 + (number - 1) / 26, char('a' + (number - 1) % 26));
+        break;
+    case ListKind::LowerRoman:
+    case ListKind::UpperRoman:
+        for (const Roman& roman : romans) {
+            for (; number >= roman.Value; number -= roman.Value)
+                text += roman.Letters;
+        }
+        break;
+    default:
+        return QByteArray::number(number);
+    }
+    return kind == ListKind::UpperLetter || kind == ListKind::UpperRoman ? text.toUpper() : text;
+}
+
+const char* NumberingWord(ListKind kind)
+{
+    switch (kind) {
+    case ListKind::LowerLetter:
+        return "\\pnlcltr";
+    case ListKind::UpperLetter:
+        return "\\pnucltr";
+    case ListKind::LowerRoman:
+        return "\\pnlcrm";
+    case ListKind::UpperRoman:
+        return "\\pnucrm";
+    default:
+        return "\\pndec";
+    }
+}
+
+class Writer {
+public:
+    explicit Writer(const RichTextDocument& document) : m_document(document), m_text(document.Text()) {}
+
+    QString Write()
+    {
+        m_out.reserve(m_text.size() + m_text.size() / 4 + 256);
+        CollectTables();
+        AppendFontTable(m_out, m_fonts);
+        AppendColorTable();
+        m_out += "\r\n";
+        for (qsizetype at = 0;;) {
+            const qsizetype end = m_text.indexOf("\r\n"_L1, at);
+            WriteParagraph(at, end < 0 ? m_text.size() : end);
+            m_out += "\\par\r\n";
+            m_wordOpen = false;
+            if (end < 0)
+                break;
+            at = end + 2;
+        }
+        m_out += '}';
+        return QString::fromLatin1(m_out);
+    }
+
+private:
+    /// Numbers the fonts and colours in the order in which they are first used.
+    void CollectTables()
+    {
+        for (auto run = m_document.Runs().RunAt(0); run != m_document.Runs().End(); ++run) {
+            if (run->first > 0 && run->first >= m_text.size())
+                break;
+            const CharFormat& format = m_document.Format(run->second);
+            if (m_fontNumbers.emplace(format.Font, int(m_fonts.size())).second)
+                m_fonts.push_back(m_document.Font(format.Font));
+            for (const quint32 color : {format.Color, format.BackColor}) {
+                if (color != AutomaticColor && m_colorNumbers.emplace(color, int(m_colors.size()) + 1).second)
+                    m_colors.push_back(color);
+            }
+        }
+    }
+
+    void AppendColorTable()
+    {
+        if (m_colors.empty())
+            return;
+        m_out += "\r\n{\\colortbl ;";
+        for (const quint32 color : m_colors)
+            m_out += "\\red" + QByteArray::number(color & 0xff) + "\\green" + QByteArray::number(color >> 8 & 0xff) + "\\blue"
+                + QByteArray::number(color >> 16 & 0xff) + ';';
+        m_out += "}";
+    }
+
+    void WriteParagraph(qsizetype begin, qsizetype end)
+    {
+        const ParagraphFormat& paragraph = m_document.ParagraphAt(begin);
+        const bool changed = !m_paragraph || *m_paragraph != paragraph;
+        m_listNumber = changed || m_listNumber == 0 ? paragraph.ListStart : m_listNumber + 1;
+        if (changed)
+            Word("\\pard");
+        if (paragraph.List != ListKind::None)
+            WriteListText(paragraph);
+        if (changed)
+            WriteParagraphFormat(paragraph);
+        m_paragraph = &paragraph;
+        WriteRuns(begin, end);
+    }
+
+    /// What stands before the paragraph, for readers that know no lists.
+    void WriteListText(const ParagraphFormat& paragraph)
+    {
+        m_out += paragraph.List == ListKind::Bullet ? QByteArray("{\\pntext\\bullet\\tab}")
+                                                    : "{\\pntext " + ListNumber(paragraph.List, m_listNumber) + ".\\tab}";
+        m_wordOpen = false;
+    }
+
+    void WriteParagraphFormat(const ParagraphFormat& paragraph)
+    {
+        const auto length = [this](const char* word, int twips) {
+            if (twips != 0)
+                Word(word + QByteArray::number(twips));
+        };
+        if (paragraph.List == ListKind::Bullet) {
+            m_out += "{\\*\\pn\\pnlvlblt{\\pntxtb\\bullet}}";
+            m_wordOpen = false;
+        } else if (paragraph.List != ListKind::None) {
+            m_out += "{\\*\\pn\\pnlvlbody" + QByteArray(NumberingWord(paragraph.List)) + "\\pnstart"
+                + QByteArray::number(paragraph.ListStart) + "{\\pntxta.}}";
+            m_wordOpen = false;
+        }
+        if (paragraph.ListLevel != 0)
+            length("\\ilvl", paragraph.ListLevel);
+        length("\\fi", paragraph.FirstIndent);
+        length("\\li", paragraph.LeftIndent);
+        length("\\ri", paragraph.RightIndent);
+        static constexpr std::array<const char*, 4> alignments{"", "\\qr", "\\qc", "\\qj"};
+        if (paragraph.Alignment != TextAlignment::Left)
+            Word(alignments[size_t(paragraph.Alignment)]);
+        for (const qint32 stop : m_document.TabStops(paragraph.Tabs))
+            length("\\tx", stop);
+    }
+
+    void WriteRuns(qsizetype begin, qsizetype end)
+    {
+        if (begin == end && !m_current) // an empty text says what it would be written in
+            WriteFormat(m_document.FormatAt(begin));
+        for (qsizetype at = begin; at < end;) {
+            const auto run = m_document.Runs().RunAt(at);
+            const auto next = std::next(run);
+            const qsizetype runEnd = next == m_document.Runs().End() ? end : std::min(end, next->first);
+            const CharFormat& format = m_document.Format(run->second);
+            if (format.Link != 0)
+                at = WriteLink(at, end, format.Link);
+            else {
+                WriteRun(at, runEnd, format);
+                at = runEnd;
+            }
+        }
+    }
+
+    /// A link holds all runs that lead to the same place.
+    qsizetype WriteLink(qsizetype begin, qsizetype end, quint32 link)
+    {
+        m_out += "{\\field{\\*\\fldinst{HYPERLINK \"";
+        AppendText(m_out, m_document.Link(link));
+        m_out += "\"}}{\\fldrslt";
+        const std::optional<CharFormat> outside = m_current;
+        m_wordOpen = true; // behind the word of the group
+        qsizetype at = begin;
+        while (at < end) {
+            const auto run = m_document.Runs().RunAt(at);
+            const CharFormat& format = m_document.Format(run->second);
+            if (format.Link != link)
+                break;
+            const auto next = std::next(run);
+            const qsizetype runEnd = next == m_document.Runs().End() ? end : std::min(end, next->first);
+            WriteRun(at, runEnd, format);
+            at = runEnd;
+        }
+        m_out += "}}";
+        m_wordOpen = false;
+        m_current = outside; // a group takes its formats with it
+        return at;
+    }
+
+    void WriteRun(qsizetype begin, qsizetype end, const CharFormat& format)
+    {
+        WriteFormat(format);
+        if (format.Picture != 0)
+            return WritePictures(begin, end, m_document.Picture(format.Picture));
+        if (m_wordOpen)
+            m_out += ' ';
+        m_wordOpen = false;
+        AppendText(m_out, QStringView(m_text).sliced(begin, end - begin));
+    }
+
+    void WritePictures(qsizetype begin, qsizetype end, const TextPicture& picture)
+    {
+        for (qsizetype i = begin; i < end; ++i) {
+            m_out += picture.Type == TextPicture::Png ? "{\\pict\\pngblip" : "{\\pict\\jpegblip";
+            if (picture.WidthGoal > 0)
+                m_out += "\\picwgoal" + QByteArray::number(picture.WidthGoal);
+            if (picture.HeightGoal > 0)
+                m_out += "\\pichgoal" + QByteArray::number(picture.HeightGoal);
+            m_out += ' ' + picture.Bytes.toHex() + '}';
+        }
+        m_wordOpen = false;
+    }
+
+    void WriteFormat(const CharFormat& format)
+    {
+        static const CharFormat nothing{.HalfPoints = 0};
+        if (m_current == format)
+            return;
+        const bool first = !m_current;
+        const CharFormat& now = first ? nothing : *m_current;
+        if (first || now.Font != format.Font)
+            Word("\\f" + QByteArray::number(m_fontNumbers[format.Font]));
+        if (now.HalfPoints != format.HalfPoints)
+            Word("\\fs" + QByteArray::number(format.HalfPoints));
+        if (now.Bold != format.Bold)
+            Word(Toggle("\\b", format.Bold));
+        if (now.Italic != format.Italic)
+            Word(Toggle("\\i", format.Italic));
+        if (now.Underline != format.Underline)
+            Word(format.Underline ? "\\ul" : "\\ulnone");
+        if (now.Strike != format.Strike)
+            Word(Toggle("\\strike", format.Strike));
+        if (now.Protected != format.Protected)
+            Word(Toggle("\\protect", format.Protected));
+        if (now.Color != format.Color)
+            Word("\\cf" + QByteArray::number(ColorNumber(format.Color)));
+        if (now.BackColor != format.BackColor)
+            Word("\\highlight" + QByteArray::number(ColorNumber(format.BackColor)));
+        m_current = format;
+    }
+
+    int ColorNumber(quint32 color) const
+    {
+        const auto found = m_colorNumbers.find(color);
+        return found == m_colorNumbers.end() ? 0 : found->second;
+    }
+
+    void Word(const QByteArray& word)
+    {
+        m_out += word;
+        m_wordOpen = true; // a blank must come before the text
+    }
+
+    const RichTextDocument& m_document;
+    const QString& m_text;
+    QByteArray m_out;
+    std::vector<FontInfo> m_fonts;
+    std::map<quint16, int> m_fontNumbers;
+    std::vector<quint32> m_colors;
+    std::map<quint32, int> m_colorNumbers;
+    const ParagraphFormat* m_paragraph = nullptr; ///< of the paragraph before
+    std::optional<CharFormat> m_current;          ///< as written last
+    int m_listNumber = 0;
+    bool m_wordOpen = false;
+};
+
+} // namespace
+
+QString WriteRtf(const RichTextDocument& document)
+{
+    return Writer(document).Write();
+}
+
+} // namespace qb

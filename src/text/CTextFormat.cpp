@@ -1,0 +1,231 @@
+#include "text/CTextFormat.h"
+
+#include "platform/richtext/RtfPlainText.h"
+#include "support/ErrorRoutine.h"
+
+#include <cmath>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString ModuleName = u"CTextFormat"_s;
+constexpr int IndentStep = 200;   // twips
+constexpr int BulletIndent = 300; // twips
+
+/// Stores what the box has if that differs from what is known, and tells it.
+template <class Known, class Tell>
+void ReadOne(Known& known, const std::optional<Known>& inBox, Tell&& tell)
+{
+    if (inBox && *inBox == known)
+        return;
+    known = inBox.value_or(Known());
+    tell(known);
+}
+
+template <class To, class From>
+std::optional<To> As(const std::optional<From>& value)
+{
+    return value ? std::optional<To>(To(*value)) : std::nullopt;
+}
+
+} // namespace
+
+void CTextFormat::SetFont(const QString& name)
+{
+    Guarded(ModuleName, u"<<Let>> Font"_s, [&] {
+        m_font = name;
+        m_box->SetSelFontName(name);
+    });
+}
+
+void CTextFormat::SetSize(int points)
+{
+    Guarded(ModuleName, u"<<Let>> Size"_s, [&] {
+        m_size = points;
+        m_box->SetSelFontSize(points);
+    });
+}
+
+void CTextFormat::SetBold(bool on)
+{
+    Guarded(ModuleName, u"<<Let>> Bold"_s, [&] {
+        m_bold = on;
+        m_box->SetSelBold(on);
+        Q_EMIT eBoldStateChanged(on);
+    });
+}
+
+void CTextFormat::SetItalic(bool on)
+{
+    Guarded(ModuleName, u"<<Let>> Italic"_s, [&] {
+        m_italic = on;
+        m_box->SetSelItalic(on);
+        Q_EMIT eItalicStateChanged(on);
+    });
+}
+
+void CTextFormat::SetUnderline(bool on)
+{
+    Guarded(ModuleName, u"<<Let>> Underline"_s, [&] {
+        m_underline = on;
+        m_box->SetSelUnderline(on);
+        Q_EMIT eUnderlineStateChanged(on);
+    });
+}
+
+void CTextFormat::SetBullets(bool on)
+{
+    Guarded(ModuleName, u"<<Let>> Bullets"_s, [&] {
+        m_bullets = on;
+        m_box->SetSelBullet(on);
+        m_box->SetBulletIndent(on ? BulletIndent : 0);
+        Q_EMIT BulletStateChanged(on);
+    });
+}
+
+void CTextFormat::SetAlignment(int alignment)
+{
+    Guarded(ModuleName, u"<<Let>> Alignment"_s, [&] {
+        m_alignment = alignment;
+        m_box->SetSelAlignment(TextAlignment(alignment));
+        Q_EMIT AllignmentStateChanged(alignment);
+    });
+}
+
+void CTextFormat::SetColor(quint32 color)
+{
+    Guarded(ModuleName, u"<<Let>> Color"_s, [&] {
+        m_color = color;
+        m_box->SetSelColor(color);
+    });
+}
+
+void CTextFormat::IncreaseIndent()
+{
+    if (m_box)
+        m_box->SetSelIndent(m_box->SelIndent().value_or(0) + IndentStep);
+}
+
+void CTextFormat::DecreaseIndent()
+{
+    if (m_box)
+        m_box->SetSelIndent(m_box->SelIndent().value_or(0) - IndentStep);
+}
+
+void CTextFormat::Format()
+{
+    Guarded(ModuleName, u"Format"_s, [this] {
+        m_box->SetSelFontName(m_font);
+        m_box->SetSelFontSize(m_size);
+        m_box->SetSelBold(m_bold);
+        m_box->SetSelItalic(m_italic);
+        m_box->SetSelUnderline(m_underline);
+        m_box->SetSelColor(m_color);
+    });
+}
+
+void CTextFormat::ReadValues()
+{
+    Guarded(ModuleName, u"ReadValues"_s, [this] {
+        ReadOne(m_font, m_box->SelFontName(), [this](const QString& font) { Q_EMIT eFontChanged(font); });
+        ReadOne(m_size, As<int>(m_box->SelFontSize()), [this](int size) { Q_EMIT eFontSizeChanged(size); });
+        ReadOne(m_bold, m_box->SelBold(), [this](bool on) { Q_EMIT eBoldStateChanged(on); });
+        ReadOne(m_italic, m_box->SelItalic(), [this](bool on) { Q_EMIT eItalicStateChanged(on); });
+        ReadOne(m_underline, m_box->SelUnderline(), [this](bool on) { Q_EMIT eUnderlineStateChanged(on); });
+        ReadOne(m_bullets, m_box->SelBullet(), [this](bool on) { Q_EMIT BulletStateChanged(on); });
+        ReadOne(m_alignment, As<int>(m_box->SelAlignment()), [this](int alignment) { Q_EMIT AllignmentStateChanged(alignment); });
+    });
+}
+
+// Colouring
+
+void CTextFormat::ColorizeInit(Database& database)
+{
+    Guarded(ModuleName, u"ColorizeInit"_s, [&] {
+        Recordset properties = database.OpenRecordset(u"Properties"_s);
+        properties.MoveFirst();
+        const auto colour = [&](const QString& column) { return quint32(properties[column].ToLong()); };
+        m_rules.CommentColour = colour(u"CommentColour"_s);
+        m_rules.ColouredKeywordColour = colour(u"ColouredKeywordColour"_s);
+        m_rules.KeywordColour = colour(u"KeywordColour"_s);
+        m_rules.CommentIdentifier = properties[u"CommentIdentifier"_s].ToText();
+        m_rules.CommentIdentifierStart = properties[u"CommentIdentifierStart"_s].ToText();
+        m_rules.CommentIdentifierEnd = properties[u"CommentIdentifierEnd"_s].ToText();
+        ReadKeywords(database);
+    });
+}
+
+void CTextFormat::SetLanguage(const LanguageDefinition& language)
+{
+    const auto set = [](const QStringList& words) { return KeywordSet(u'*' + words.join(u'*') + u'*'); };
+    m_rules = {.PlainKeywords = set(language.PlainWords),
+               .ColouredKeywords = set(language.ColouredWords),
+               .CommentIdentifier = language.Comment,
+               .CommentIdentifierStart = language.CommentStart,
+               .CommentIdentifierEnd = language.CommentEnd,
+               .CommentColour = quint32(language.CommentColour),
+               .ColouredKeywordColour = quint32(language.ColouredKeywordColour),
+               .KeywordColour = quint32(language.KeywordColour)};
+}
+
+void CTextFormat::ReadKeywords(Database& database)
+{
+    QString plain = u"*"_s;
+    QString coloured = u"*"_s;
+    bool any = false;
+    Statement rows = database.Query(u"SELECT Keyword, Coloured FROM Keywords"_s);
+    while (rows.Step()) {
+        any = true;
+        (rows.Long(1) != 0 ? coloured : plain) += rows.Text(0) + u'*';
+    }
+    if (!any)
+        return;
+    m_rules.PlainKeywords = KeywordSet(plain);
+    m_rules.ColouredKeywords = KeywordSet(coloured);
+}
+
+void CTextFormat::ColorizeCode(IRichTextBox& box)
+{
+    Guarded(ModuleName, u"ColorizeCode"_s, [&] {
+        box.SetSelStart(0);
+        box.SetSelLength(box.Text().size());
+        // Bold and colour stay for now, so that the headers of sections are known.
+        box.SetSelFontName(CodeFont.Name);
+        box.SetSelFontSize(CodeFont.Points);
+        box.SetSelItalic(false);
+        box.SetSelUnderline(false);
+        if (m_rules.CommentIdentifier.isEmpty())
+            m_rules.CommentIdentifier = u"'"_s; // for good
+        ColorizeScan(box, m_rules, [this](int percent) { Q_EMIT eColorizeProgress(percent); }).Run();
+    });
+}
+
+bool CTextFormat::PopulateKeywordSet(Database& database, int language)
+{
+    return Guarded(ModuleName, u"PopulateKeywordSet"_s, [&] {
+        const LanguageDefinition words = BuiltInLanguage(LanguageType::VB);
+        Transaction transaction(database);
+        Recordset properties = database.OpenRecordset(u"Properties"_s);
+        properties.MoveFirst();
+        properties.Edit();
+        properties.Set(u"ColouredKeywordColour"_s, words.ColouredKeywordColour);
+        properties.Set(u"KeywordColour"_s, words.KeywordColour);
+        properties.Set(u"CommentColour"_s, words.CommentColour);
+        properties.Update();
+        database.Execute(u"DELETE FROM Keywords"_s);
+        const auto add = [&database](const QStringList& list, bool coloured) {
+            for (const QString& word : list)
+                database.Execute(u"INSERT INTO Keywords (Keyword, Coloured) VALUES (?, ?)"_s, {word, coloured});
+        };
+        if (language == int(LanguageType::VB)) {
+            add(words.ColouredWords, true);
+            add(words.PlainWords, false);
+        }
+        transaction.Commit();
+    });
+}
+
+} // namespace qb

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "platform/dao/Database.h"
+#include "platform/richtext/IRichTextBox.h"
+#include "store/LanguageDefinition.h"
+#include "text/ColorizeScan.h"
+
+#include <QObject>
+
+namespace qb {
+
+/// Changes the look of rich text: the format of a selection, with signals that tell a toolbar
+/// when the selection's state differs from what it shows, and the colouring of code by the
+/// library's language.
+class CTextFormat : public QObject {
+    Q_OBJECT
+
+public:
+    /// The box that all operations on a selection work on; not owned.
+    IRichTextBox* RichTextBox() const { return m_box; }
+    void SetRichTextBox(IRichTextBox* box) { m_box = box; }
+
+    // The last known state of the selection. A write changes the selection; bold to alignment
+    // also raise their signal.
+    QString Font() const { return m_font; }
+    void SetFont(const QString& name);
+    int Size() const { return m_size; }
+    void SetSize(int points);
+    bool Bold() const { return m_bold; }
+    void SetBold(bool on);
+    bool Italic() const { return m_italic; }
+    void SetItalic(bool on);
+    bool Underline() const { return m_underline; }
+    void SetUnderline(bool on);
+    bool Bullets() const { return m_bullets; }
+    void SetBullets(bool on);
+    int Alignment() const { return m_alignment; }
+    void SetAlignment(int alignment);
+    quint32 Color() const { return m_color; }
+    void SetColor(quint32 color);
+    /// By 200 twips; a failure is ignored.
+    void IncreaseIndent();
+    void DecreaseIndent();
+
+    /// Writes the stored font, size, bold, italic, underline and colour onto the selection.
+    void Format();
+    /// Compares the stored state with the selection and raises a signal for each difference, in
+    /// the order of the signals. Mixed states count as different and are stored as false.
+    void ReadValues();
+
+    /// Loads the library's colours, comment delimiters and keywords. A library without keywords
+    /// leaves the sets as they were.
+    void ColorizeInit(Database& database);
+    /// Takes colours, delimiters and keywords from a definition.
+    void SetLanguage(const LanguageDefinition& language);
+    /// Paints the whole text of a box.
+    void ColorizeCode(IRichTextBox& box);
+    /// Opens a comment that runs to the end of the line.
+    QString CommentIdentifier() const { return m_rules.CommentIdentifier; }
+
+    /// Writes the three default colours to the library and replaces its keywords by those built
+    /// in: language 1 has some, every other none. True on success.
+    bool PopulateKeywordSet(Database& database, int language);
+
+Q_SIGNALS:
+    void eColorizeProgress(int percent);
+    void eFontChanged(const QString& font);
+    void eFontSizeChanged(int size);
+    void eBoldStateChanged(bool on);
+    void eItalicStateChanged(bool on);
+    void eUnderlineStateChanged(bool on);
+    void BulletStateChanged(bool on);
+    void AllignmentStateChanged(int alignment);
+
+private:
+    void ReadKeywords(Database& database);
+
+    IRichTextBox* m_box = nullptr;
+    QString m_font;
+    int m_size = 0;
+    bool m_bold = false;
+    bool m_italic = false;
+    bool m_underline = false;
+    bool m_bullets = false;
+    quint32 m_color = 0;
+    int m_alignment = -1; ///< which no box reports, so that the first ReadValues tells it
+    ColorizeRules m_rules;
+};
+
+} // namespace qb

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "platform/richtext/IRichTextBox.h"
+#include "text/KeywordSet.h"
+
+#include <QString>
+#include <functional>
+
+namespace qb {
+
+/// What the colouriser knows of a language. Colours have red in the low byte.
+struct ColorizeRules {
+    KeywordSet PlainKeywords;    ///< get their spelling, in the plain colour
+    KeywordSet ColouredKeywords; ///< get their spelling and their colour
+    QString CommentIdentifier;      ///< opens a comment to the end of the line
+    QString CommentIdentifierStart; ///< opens a comment that may span lines
+    QString CommentIdentifierEnd;
+    quint32 CommentColour = 0;
+    quint32 ColouredKeywordColour = 0;
+    quint32 KeywordColour = 0; ///< of everything else
+};
+
+/// One pass over the text of a rich text box that paints it. It never parses: it tells word
+/// characters, the double quote, the openers of comments and everything else. Its order of steps
+/// is the required one, odd results included: a word right against a string grows by what follows
+/// the string, the character behind a closing quote or comment is not looked at, and where both
+/// openers of comments begin with the same character, those of several lines stay unpainted.
+class ColorizeScan {
+public:
+    /// Writes only through the operations of @p box; positions in its text stay valid since what
+    /// is replaced is replaced by as much.
+    ColorizeScan(IRichTextBox& box, const ColorizeRules& rules, std::function<void(int percent)> progress);
+
+    void Run();
+
+private:
+    void Step();
+    void WordStep(QChar character);
+    void StringStep();
+    void LineCommentStep();
+    void BlockCommentStep();
+    void SeparatorStep();
+    void PaintWord();
+    void PaintRemark();
+    void PaintComment(qsizetype count);
+    void FlushGap();
+    void UnboldLine();
+    void SelectLine();
+    void Select(qsizetype start, qsizetype length);
+    bool Opens(const QString& identifier) const;
+    bool IsWhole(const QString& identifier) const;
+    qsizetype RoundsTo(qsizetype index) const;
+    void ReportProgress();
+
+    IRichTextBox& m_box;
+    const ColorizeRules& m_rules;
+    std::function<void(int)> m_progress;
+    QString m_text;
+    QString m_header;   ///< how a section's header begins
+    qsizetype m_limit;  ///< one position more than the text has: an end that separates
+    qsizetype m_position = 1; ///< counted from 1
+    QString m_word;
+    qsizetype m_wordStart = 0;
+    qsizetype m_gapCount = 0; ///< separators since the last word was painted, less one
+    qsizetype m_progressStep = 0; ///< 0: no progress
+    qsizetype m_nextMark = 0;
+    int m_percent = 0;
+};
+
+} // namespace qb

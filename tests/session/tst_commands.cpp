@@ -1,0 +1,168 @@
+#include "session/Commands.h"
+#include "support/TestRun.h"
+
+#include <QSet>
+#include <QSignalSpy>
+
+using namespace qb;
+using namespace Qt::StringLiterals;
+
+class TestCommands : public QObject {
+    Q_OBJECT
+
+private:
+    /// Names of the commands of @p all that are enabled.
+    static QStringList Enabled(const Commands& commands, const QStringList& all)
+    {
+        QStringList enabled;
+        for (const QString& name : all) {
+            if (commands.Get(name).Enabled)
+                enabled << name;
+        }
+        return enabled;
+    }
+
+    static QStringList Toolbar()
+    {
+        QStringList keys;
+        for (const CommandRow& row : Commands::Table()) {
+            if (row.Where == CommandRow::Place::Toolbar)
+                keys << QString::fromLatin1(row.Name);
+        }
+        return keys;
+    }
+
+private Q_SLOTS:
+    void init() { qb::test::FailOnWarnings(); }
+
+    void table_namesEachCommandOnce()
+    {
+        QSet<QString> names;
+        for (const CommandRow& row : Commands::Table()) {
+            if (!*row.Name)
+                continue;
+            QVERIFY2(!names.contains(QString::fromLatin1(row.Name)), row.Name);
+            names.insert(QString::fromLatin1(row.Name));
+        }
+        QVERIFY(names.size() > 20);
+    }
+
+    void shortcuts_areUsedOnce()
+    {
+        QSet<QString> keys;
+        for (const CommandRow& row : Commands::Table()) {
+            if (!*row.Shortcut)
+                continue;
+            QVERIFY2(!keys.contains(QString::fromLatin1(row.Shortcut)), row.Shortcut);
+            keys.insert(QString::fromLatin1(row.Shortcut));
+        }
+    }
+
+    void toolbar_hasItsKeys()
+    {
+        QStringList keys = Toolbar();
+        keys.sort();
+        QCOMPARE(keys, (QStringList{u"BACK"_s, u"BOOKMARK"_s, u"DELETE"_s, u"FIND"_s, u"FORWARD"_s, u"NEW"_s, u"NEXT"_s,
+                                    u"PREVIOUS"_s, u"PRINT"_s, u"SAVE"_s, u"VIEWBOOKMARKS"_s}));
+    }
+
+    void fresh_hidesTheEntriesForProblems()
+    {
+        const Commands commands;
+        for (const QString& name : {u"mnuKeepItem"_s, u"mnuResolveItem"_s, u"mnuItemSeparator1"_s})
+            QVERIFY2(!commands.Get(name).Visible, qPrintable(name));
+        QVERIFY(commands.Get(u"mnuNewDatabase"_s).Visible && commands.Get(u"mnuNewDatabase"_s).Enabled);
+    }
+
+    void change_isAnnounced()
+    {
+        Commands commands;
+        QSignalSpy changed(&commands, &Commands::Changed);
+        commands.SetEnabled(u"NEW"_s, false);
+        commands.SetVisible(u"mnuKeepItem"_s, true);
+        commands.SetChecked(u"mnuViewStatusBar"_s, true);
+        commands.SetImage(u"NEXT"_s, u"DOWN_RED"_s, u"tip ü"_s);
+        QStringList names;
+        for (const QList<QVariant>& arguments : changed)
+            names << arguments[0].toString();
+        QCOMPARE(names, (QStringList{u"NEW"_s, u"mnuKeepItem"_s, u"mnuViewStatusBar"_s, u"NEXT"_s}));
+        QVERIFY(!commands.Get(u"NEW"_s).Enabled);
+        QVERIFY(commands.Get(u"mnuKeepItem"_s).Visible);
+        QVERIFY(commands.Get(u"mnuViewStatusBar"_s).Checked);
+        QCOMPARE(commands.Get(u"NEXT"_s).Icon, u"DOWN_RED"_s);
+        QCOMPARE(commands.Get(u"NEXT"_s).Tip, u"tip ü"_s);
+    }
+
+    void mainToolbar_isSwitchedAsAWhole()
+    {
+        Commands commands;
+        commands.EnableMainToolbar(false);
+        QVERIFY(Enabled(commands, Toolbar()).isEmpty());
+        QVERIFY(commands.Get(u"mnuNewDatabase"_s).Enabled); // the menus stay
+        commands.EnableMainToolbar(true);
+        QCOMPARE(Enabled(commands, Toolbar()), Toolbar());
+    }
+
+    void root_canNeitherBeDeletedNorBookmarked()
+    {
+        Commands commands;
+        commands.DoToolBarLogic(true);
+        QVERIFY(!commands.Get(u"DELETE"_s).Enabled && !commands.Get(u"BOOKMARK"_s).Enabled);
+        commands.DoToolBarLogic(false);
+        QVERIFY(commands.Get(u"DELETE"_s).Enabled && commands.Get(u"BOOKMARK"_s).Enabled);
+    }
+
+    void itemMenu_followsTheItemsState_data()
+    {
+        QTest::addColumn<bool>("keep");
+        QTest::addColumn<bool>("resolve");
+        QTest::addColumn<bool>("root");
+        QTest::newRow("ordinary") << false << false << false;
+        QTest::newRow("deleted") << true << false << false;
+        QTest::newRow("in conflict") << false << true << false;
+        QTest::newRow("root") << false << false << true;
+    }
+    void itemMenu_followsTheItemsState()
+    {
+        QFETCH(bool, keep);
+        QFETCH(bool, resolve);
+        QFETCH(bool, root);
+        Commands commands;
+        commands.HideItemMenuItems(keep, resolve, root);
+        QCOMPARE(commands.Get(u"mnuKeepItem"_s).Visible, keep);
+        QCOMPARE(commands.Get(u"mnuResolveItem"_s).Visible, resolve);
+        QCOMPARE(commands.Get(u"mnuItemSeparator1"_s).Visible, keep || resolve);
+        QCOMPARE(commands.Get(u"NEW"_s).Enabled, !keep);
+        QCOMPARE(commands.Get(u"DELETE"_s).Enabled, !resolve);
+        QCOMPARE(commands.Get(u"mnuCollapseBranchesItem"_s).Visible, root);
+        QCOMPARE(commands.Get(u"mnuCollapseBranchesItem"_s).Enabled, root);
+    }
+
+    void replicationMenu_fitsTheLibrary_data()
+    {
+        QTest::addColumn<bool>("child");
+        QTest::addColumn<bool>("mother");
+        QTest::addColumn<bool>("exported");
+        QTest::addColumn<QStringList>("enabled");
+        const QString create = u"mnuDBToolsCreateReplicaItem"_s, exportIt = u"mnuDBToolsExportChangesItem"_s,
+                      synchronize = u"mnuDBToolsSynchronizeItem"_s, forget = u"mnuDBToolsForgetReplicaItem"_s;
+        QTest::newRow("plain") << false << false << false << QStringList{create};
+        QTest::newRow("mother") << false << true << false << QStringList{create, synchronize, forget};
+        QTest::newRow("child") << true << false << false << QStringList{exportIt};
+        QTest::newRow("child that exported") << true << false << true << QStringList{synchronize};
+    }
+    void replicationMenu_fitsTheLibrary()
+    {
+        QFETCH(bool, child);
+        QFETCH(bool, mother);
+        QFETCH(bool, exported);
+        Commands commands;
+        commands.EnableDBToolsMenu(child, mother, exported);
+        QTEST(Enabled(commands, {u"mnuDBToolsCreateReplicaItem"_s, u"mnuDBToolsExportChangesItem"_s,
+                                 u"mnuDBToolsSynchronizeItem"_s, u"mnuDBToolsForgetReplicaItem"_s}),
+              "enabled");
+    }
+};
+
+QB_TEST_MAIN(TestCommands)
+#include "tst_commands.moc"
