@@ -155,6 +155,14 @@ void ItemTree::ShowWalkButtons(const ProblemItems& problems)
     m_commands.SetEnabled(u"mnuRemoveDeletedItems"_s, conflicts && problems.Deleted);
 }
 
+void ItemTree::Refill()
+{
+    m_view.SetTreeVisible(false);
+    ClearTreeView();
+    FillTree();
+    m_view.SetTreeVisible(true);
+}
+
 void ItemTree::ClearTreeView()
 {
     TreeNodes& nodes = m_view.Nodes();
@@ -173,10 +181,13 @@ void ItemTree::BoldTreeNode(TreeNode& node)
 
 bool ItemTree::OrphanedItem(const TreeNode& node)
 {
-    const QString path = node.FullPath();
-    const qsizetype match = path.indexOf(OrphanedItemsTitle);
-    // Before the folder directly under the root stand the root's text and one separator.
-    return match > 0 && !path.left(match - 1).contains(u'\\');
+    if (node.IsRoot() || !node.Parent)
+        return false;
+    const TreeNode* top = &node; // the ancestor directly under the root
+    while (!top->Parent->IsRoot() && top->Parent->Parent)
+        top = top->Parent;
+    // Its title decides by how it begins; the root's text, which is the user's, must not.
+    return top->Text.startsWith(OrphanedItemsTitle);
 }
 
 TreeImage ItemTree::SelectedImage() const
@@ -225,6 +236,8 @@ void ItemTree::OpenItem()
 void ItemTree::SElectCodeItem(const QString& key)
 {
     Guarded(ModuleName, u"SElectCodeItem"_s, [&] {
+        if (!m_session.CurrentDatabase)
+            return;
         const bool root = key == RootKey;
         m_session.CurrentItemKey = key;
         m_commands.DoToolBarLogic(root);

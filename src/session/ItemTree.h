@@ -22,6 +22,8 @@ public:
     /// report; the nodes that have no place by then stay beside the root.
     void FillTree();
     void ClearTreeView();
+    /// Both, with the tree hidden meanwhile.
+    void Refill();
     /// Selects a node and draws it bold.
     void BoldTreeNode(TreeNode& node);
     /// Shows the selected node in the details panel.

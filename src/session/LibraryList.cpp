@@ -87,6 +87,7 @@ bool LibraryList::SetupDBConnection()
 void LibraryList::CloseDatabase()
 {
     m_session.oCodeItem.reset(); // it refers to the database
+    m_session.CurrentItemKey.clear(); // so that a click on its node opens it anew
     if (m_session.moSettings)
         m_session.moSettings->ClosePropertiesRS();
     m_session.CurrentDatabase.reset();
@@ -215,8 +216,7 @@ void LibraryList::NewHistory()
 
 void LibraryList::ShowLibrary()
 {
-    m_tree.ClearTreeView();
-    m_tree.FillTree();
+    m_tree.Refill();
     EnableControls(true);
 }
 
@@ -258,8 +258,8 @@ void LibraryList::SelectDatabase(QString path, bool known)
             m_session.CurrentDatabasePath = before;
             if (before.isEmpty() || !SetupDBConnection())
                 return;
-            const ComboGuard guard(*this);
             SetComboToPresentDB();
+            m_tree.OpenItem(); // the item that was shown is the current one again
         }
         SaveSettingOf(u"LastDB"_s, m_session.CurrentDatabasePath);
     });
@@ -285,6 +285,7 @@ void LibraryList::cboDatabase_Click()
         if (const auto place = FindCurrentDBArrayIndex())
             RemoveDatabaseFromList(*place);
         SetComboToPresentDB();
+        EnableControls(false);
         Guarded(ModuleName, u"cboDatabase_Click"_s, [this] { SaveDatabasesToSettings(); });
     }
     if (m_session.CurrentDatabase)

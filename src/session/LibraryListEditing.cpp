@@ -1,5 +1,6 @@
 // The list of libraries itself: how it is kept, and the commands that change it.
 
+#include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/SettingsStore.h"
@@ -46,12 +47,10 @@ QString JournalOf(const QString& library)
 /// new one came about. An unfinished journal belongs to its library and goes where that goes.
 class HeldAside {
 public:
-    explicit HeldAside(const QString& path) : m_path(path), m_aside(path + u".replaced"_s)
+    explicit HeldAside(const QString& path) : m_path(path), m_aside(InterimName(path + u".replaced"_s))
     {
         if (!QFileInfo::exists(path))
             return;
-        QFile::remove(m_aside);
-        QFile::remove(JournalOf(m_aside));
         QFile::rename(JournalOf(path), JournalOf(m_aside));
         if (!QFile::rename(path, m_aside))
             throw RuntimeError(ErrorNumber::PathAccess,

@@ -281,7 +281,6 @@ bool CCodeItem::InsertObject()
         row.Update();
         m_key = QString::number(row.LastModified());
         m_state = RecordState::Clean;
-        m_attributesLoaded = true; // the object holds what the row does
     });
 }
 

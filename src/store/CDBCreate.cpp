@@ -67,8 +67,8 @@ bool CDBCreate::CreateNewDB(const QString& path, LanguageType languageType, cons
         Transaction transaction(*database);
         if (languageType == LanguageType::VB || languageType == LanguageType::Cpp)
             PopulateKeywordSet(languageType);
-        else if (languageType == LanguageType::File)
-            LanguageFromFile(languageFile);
+        else if (languageType == LanguageType::File && !LanguageFromFile(languageFile))
+            return false;
         transaction.Commit();
         m_database = nullptr;
         return true;
@@ -202,13 +202,13 @@ void CDBCreate::PopulateKeywordSet(LanguageType languageType)
     add(language.PlainWords, false);
 }
 
-void CDBCreate::LanguageFromFile(const QString& languageFile)
+/// False when a word was refused, which has been reported.
+bool CDBCreate::LanguageFromFile(const QString& languageFile)
 {
     const LanguageDefinition language = ReadLanguageFile(languageFile);
     WriteLanguage(language);
     Recordset keywords = m_database->OpenRecordset(u"Keywords"_s);
-    SetKeywords(keywords, language.PlainWords, u"False"_s);
-    SetKeywords(keywords, language.ColouredWords, u"True"_s);
+    return SetKeywords(keywords, language.PlainWords, u"False"_s) && SetKeywords(keywords, language.ColouredWords, u"True"_s);
 }
 
 /// Writes all of a language but its words, and empties the word list.
@@ -231,27 +231,28 @@ void CDBCreate::WriteLanguage(const LanguageDefinition& language)
     m_database->Execute(u"DELETE FROM Keywords"_s);
 }
 
-void CDBCreate::SetKeywords(Recordset& keywords, const QStringList& words, const QString& colouredText)
+bool CDBCreate::SetKeywords(Recordset& keywords, const QStringList& words, const QString& colouredText)
 {
-    QString conflicts;
-    for (const QString& word : words) {
-        keywords.AddNew();
-        keywords.Set(u"Keyword"_s, word);
-        if (BooleanFromText(colouredText))
-            keywords.Set(u"Coloured"_s, true);
-        try {
-            keywords.Update();
-        } catch (const RuntimeError& error) {
-            if (error.Number() != ErrorNumber::UniqueKeyRefused)
-                throw RuntimeError(error.Number(), u"The word '%1' was refused: %2"_s.arg(word, error.Description()),
-                                   u"SetKeywords"_s);
-            conflicts += u", "_s + word;
+    return Guarded(ModuleName, u"SetKeywords"_s, [&] {
+        QString conflicts;
+        for (const QString& word : words) {
+            keywords.AddNew();
+            keywords.Set(u"Keyword"_s, word);
+            if (BooleanFromText(colouredText))
+                keywords.Set(u"Coloured"_s, true);
+            try {
+                keywords.Update();
+            } catch (const RuntimeError& error) {
+                if (error.Number() != ErrorNumber::UniqueKeyRefused)
+                    throw RuntimeError(error.Number(), u"The word '%1' was refused: %2"_s.arg(word, error.Description()), error.Source());
+                conflicts += u", "_s + word;
+            }
         }
-    }
-    if (!conflicts.isEmpty())
-        Prompts::Current().MsgBox({.Text = u"The following conflicts has been encountered:"_s + conflicts.mid(2),
-                                   .Caption = u"Conflicts"_s,
-                                   .Icon = MsgBoxIcon::Information});
+        if (!conflicts.isEmpty())
+            Prompts::Current().MsgBox({.Text = u"The following conflicts has been encountered:"_s + conflicts.mid(2),
+                                       .Caption = u"Conflicts"_s,
+                                       .Icon = MsgBoxIcon::Information});
+    });
 }
 
 // The builders, one a table and one a relation.

@@ -57,9 +57,9 @@ public:
 
 private:
     void PopulateKeywordSet(LanguageType languageType);
-    void LanguageFromFile(const QString& languageFile);
+    bool LanguageFromFile(const QString& languageFile);
     void WriteLanguage(const LanguageDefinition& language);
-    void SetKeywords(Recordset& keywords, const QStringList& words, const QString& colouredText);
+    bool SetKeywords(Recordset& keywords, const QStringList& words, const QString& colouredText);
 
     Database* m_database;
     DatabaseKind m_kind;

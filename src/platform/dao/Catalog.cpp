@@ -106,10 +106,12 @@ QString ColumnSql(const Field& field, bool required)
         return sql + u"INTEGER PRIMARY KEY AUTOINCREMENT"_s + Checks(field);
     }
     sql += DeclaredType(field);
-    if (required)
+    // A Boolean is never Null: one that is not set is false.
+    const bool isBoolean = field.Type == FieldType::Boolean;
+    if (required || isBoolean)
         sql += u" NOT NULL"_s;
-    if (!field.DefaultValue.IsNull())
-        sql += u" DEFAULT "_s + Literal(field.DefaultValue);
+    if (!field.DefaultValue.IsNull() || isBoolean)
+        sql += u" DEFAULT "_s + Literal(isBoolean && field.DefaultValue.IsNull() ? Value(false) : field.DefaultValue);
     if (field.Type == FieldType::Text || field.Type == FieldType::Memo)
         sql += u" COLLATE NOCASE"_s;
     return sql + Checks(field);

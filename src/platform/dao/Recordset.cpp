@@ -239,9 +239,11 @@ void Recordset::Update()
     CancelUpdate();
 }
 
-/// The value as its column has it: bytes that make up a text are one.
+/// The value as its column has it: bytes that make up a text are one, and a Boolean is never Null.
 Value Recordset::AsStored(const Field& field, const Value& value)
 {
+    if (field.Type == FieldType::Boolean && value.IsNull())
+        return false;
     const bool isText = field.Type == FieldType::Text || field.Type == FieldType::Memo;
     return isText && std::holds_alternative<QByteArray>(value.Content()) ? Value(value.ToText()) : value;
 }

@@ -31,17 +31,18 @@ QString GetSetting(const QString& appName, const QString& section, const QString
 void SaveSetting(const QString& appName, const QString& section, const QString& key, const QString& value)
 {
     const QString file = StoreFile(appName);
-    QSettings store(file, QSettings::IniFormat);
-    const QVariant before = store.value(Path(section, key));
-    store.setValue(Path(section, key), value);
-    store.sync();
-    if (store.status() != QSettings::AccessError) // a faulty line of the file hinders nobody
-        return;
-    // The store would give the refused value to later readers of this process.
-    before.isValid() ? store.setValue(Path(section, key), before) : store.remove(Path(section, key));
+    QString reason = WhyNotWritable(file);
+    if (reason.isEmpty()) {
+        QSettings store(file, QSettings::IniFormat);
+        store.setValue(Path(section, key), value);
+        store.sync();
+        if (store.status() != QSettings::AccessError) // a faulty line of the file hinders nobody
+            return;
+        reason = QStringLiteral("The file can't be written.");
+    }
     throw RuntimeError(ErrorNumber::PathAccess,
-                       QStringLiteral("The setting '%1' could not be saved in '%2'.")
-                           .arg(key, QDir::toNativeSeparators(file)),
+                       QStringLiteral("The setting '%1' could not be saved in '%2'. %3")
+                           .arg(key, QDir::toNativeSeparators(file), reason),
                        QStringLiteral("SaveSetting"));
 }
 

@@ -16,7 +16,7 @@ public:
 
 private:
     QLockFile m_lock;
-    bool m_first;
+    bool m_first = false;
 };
 
 } // namespace qb

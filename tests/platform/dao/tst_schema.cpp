@@ -231,27 +231,17 @@ private Q_SLOTS:
         QCOMPARE(Db().OpenRecordset(u"Links"_s).RecordCount(), 2);
     }
 
-    void primaryKey_refusesNull_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<bool>("appended");
-        QTest::newRow("made with the table") << u"PrimaryKey"_s << false;
-        QTest::newRow("under another name") << u"Identity"_s << false;
-        QTest::newRow("added later") << u"PrimaryKey"_s << true;
-    }
-
     void primaryKey_refusesNull()
     {
-        QFETCH(QString, name);
-        QFETCH(bool, appended);
-        const Index key{.Name = name, .Fields = {u"Word"_s}, .Primary = true, .Unique = true};
-        TableDef table{.Name = u"Keyed"_s, .Fields = {{.Name = u"Word"_s, .Type = FieldType::Text, .Size = 9}}, .Indexes = {}};
-        if (!appended)
-            table.Indexes = {key};
+        Index key{.Name = u"Identity"_s, .Fields = {u"Word"_s}, .Primary = true, .Unique = true};
+        TableDef table{.Name = u"Keyed"_s, .Fields = {{.Name = u"Word"_s, .Type = FieldType::Text, .Size = 9}}, .Indexes = {key}};
+        QB_VERIFY_RAISES(Db().AppendTableDef(table), 3317); // under another name
+        QVERIFY(!Db().TableExists(u"Keyed"_s));
+        key.Name = u"PrimaryKey"_s;
+        table.Indexes = {key};
         Db().AppendTableDef(table);
-        if (appended)
-            Db().AppendIndex(u"Keyed"_s, key);
-        QVERIFY(Db().GetTableDef(u"Keyed"_s).FindIndex(name)->Primary);
+        QVERIFY(Db().GetTableDef(u"Keyed"_s).FindIndex(u"PrimaryKey"_s)->Primary);
+        QB_VERIFY_RAISES(Db().AppendIndex(u"Keyed"_s, {.Name = u"Later"_s, .Fields = {u"Word"_s}, .Primary = true}), 3317);
         QB_VERIFY_RAISES(Db().Execute(u"INSERT INTO Keyed (Word) VALUES (NULL)"_s), 3314);
     }
 
