@@ -242,7 +242,8 @@ private Q_SLOTS:
         QFETCH(Value, other);
         if (column == u"BackupDir"_s)
             whenNull = m_home->Path(u"data/Backups"_s);
-        SetColumn(column, {});
+        const Value nothing = NothingIn(column);
+        SetColumn(column, nothing);
         CSettings settings(Source());
         settings.SetChangingSettings(true);
         QCOMPARE(property.Get(settings), whenNull);
@@ -254,7 +255,7 @@ private Q_SLOTS:
         QCOMPARE(property.Get(settings), other);
         settings.SetChangingSettings(true);
         QCOMPARE(property.Get(settings), other);
-        SetColumn(column, {});
+        SetColumn(column, nothing);
         settings.SetChangingSettings(false);
         QCOMPARE(property.Get(settings).ToText(), other.ToText() == u"/backups ä"_s ? QString() : u"0"_s);
         if (!property.Set)
@@ -263,7 +264,7 @@ private Q_SLOTS:
         const QSignalSpy awaiting(&settings, &CSettings::SettingAwaitingUpdate);
         property.Set(settings, other);
         QCOMPARE(awaiting.size(), 1);
-        QVERIFY(GetColumn(column).IsNull());
+        QCOMPARE(GetColumn(column), nothing);
         settings.Apply();
         QCOMPARE(GetColumn(column), other);
         CSettings second(Source());
@@ -292,7 +293,7 @@ private Q_SLOTS:
     void apply_writesEveryColumn()
     {
         for (const QString& column : LibraryColumns)
-            SetColumn(column, {});
+            SetColumn(column, NothingIn(column));
         CSettings settings(Source());
         settings.Apply();
         QStringList empty;
@@ -599,6 +600,13 @@ private:
     {
         return [this] { return m_library.get(); };
     }
+    /// What a column holds that was never set: Null, but a Boolean is false.
+    static Value NothingIn(const QString& column)
+    {
+        static const QStringList booleans{u"SharedDatabase"_s, u"CompactOnExit"_s, u"BackupOnExit"_s, u"BackupAutoDelete"_s};
+        return booleans.contains(column) ? Value(false) : Value();
+    }
+
     void SetColumn(const QString& column, const Value& value)
     {
         m_library->Execute(u"UPDATE Properties SET %1 = ?"_s.arg(Quoted(column)), {value});

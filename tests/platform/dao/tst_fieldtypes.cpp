@@ -82,7 +82,7 @@ private Q_SLOTS:
         QTest::newRow("Memo, zero length") << WithZeroLength(FieldType::Memo) << Value(QString());
         QTest::newRow("LongBinary, all bytes") << binary << Value(QByteArray("\0\1\x7f\x80\xff\0", 6));
         QTest::newRow("LongBinary, empty") << binary << Value(QByteArray());
-        for (const Field& field : {boolean, byte, integer, number, date, text, memo, binary})
+        for (const Field& field : {byte, integer, number, date, text, memo, binary})
             QTest::addRow("Null, type %d", int(field.Type)) << field << Value();
     }
 
@@ -94,6 +94,13 @@ private Q_SLOTS:
         Add(Db(), value);
         m_database->Reopen();
         QVERIFY(Db().OpenRecordset(TableName)[Column] == value);
+    }
+
+    void booleanThatIsNull_isStoredAsFalse()
+    {
+        MakeTable(OfType(FieldType::Boolean));
+        Add(Db(), Value());
+        QCOMPARE(Db().QueryValue(u"SELECT %1 FROM %2"_s.arg(Quoted(Column), Quoted(TableName))), Value(false));
     }
 
     void textOfANumber_isStoredAsTheNumber()
