@@ -1,6 +1,8 @@
 #include "platform/richtext/CodePages.h"
 #include "platform/richtext/Rtf.h"
+#include "platform/richtext/RtfTables.h"
 #include "platform/richtext/RtfTokenizer.h"
+#include "platform/richtext/RtfWords.h"
 
 #include <algorithm>
 
@@ -10,104 +12,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+using Action = RtfAction;
+using Meaning = RtfMeaning;
+
 constexpr size_t DeepestNesting = 2000;
 constexpr qsizetype LargestPicture = 64 * 1024 * 1024;
 
 /// Where the text of a group goes.
 enum class Destination { Body, Skip, FontTable, ColorTable, ListTable, ListOverrides, Picture, FieldInstruction, Numbering };
-
-/// What a control word does.
-enum class Action {
-    Bold, Italic, Underline, NoUnderline, Strike, Protect, Color, BackColor, Font, Size, Plain,
-    ResetParagraph, AlignLeft, AlignRight, AlignCenter, Justify, LeftIndent, FirstIndent, RightIndent, TabStop,
-    Paragraph, Line, Cell, Row, InTable, Character, Unicode, FallbackLength,
-    CodePage, DefaultFont, FontCharSet, FontFamily, Red, Green, Blue,
-    BulletLevel, NumberLevel, NumberKind, NumberStart, ListNumber, ListLevel,
-    List, ListLevelBegin, LevelKind, ListId, Override,
-    Png, Jpeg, OtherPicture, PictureWidth, PictureHeight,
-    BeginSkip, BeginBody, BeginFontTable, BeginColorTable, BeginListTable, BeginListOverrides, BeginPicture,
-    BeginFieldInstruction, BeginFieldResult, BeginNumbering,
-};
-
-struct Meaning {
-    Action Does;
-    int Value = 0; ///< what it stands for, where several words do alike
-};
-
-const QHash<QStringView, Meaning>& Words()
-{
-    static const QHash<QStringView, Meaning> words{
-        {u"b", {Action::Bold}}, {u"i", {Action::Italic}}, {u"ul", {Action::Underline}}, {u"uld", {Action::Underline}},
-        {u"uldb", {Action::Underline}}, {u"ulw", {Action::Underline}}, {u"ulnone", {Action::NoUnderline}},
-        {u"strike", {Action::Strike}}, {u"striked", {Action::Strike}}, {u"protect", {Action::Protect}},
-        {u"cf", {Action::Color}}, {u"cb", {Action::BackColor}}, {u"highlight", {Action::BackColor}},
-        {u"chcbpat", {Action::BackColor}}, {u"f", {Action::Font}}, {u"fs", {Action::Size}}, {u"plain", {Action::Plain}},
-        {u"pard", {Action::ResetParagraph}}, {u"ql", {Action::AlignLeft}}, {u"qr", {Action::AlignRight}},
-        {u"qc", {Action::AlignCenter}}, {u"qj", {Action::Justify}}, {u"li", {Action::LeftIndent}},
-        {u"fi", {Action::FirstIndent}}, {u"ri", {Action::RightIndent}}, {u"tx", {Action::TabStop}},
-        {u"par", {Action::Paragraph}}, {u"sect", {Action::Paragraph}}, {u"page", {Action::Line}}, {u"line", {Action::Line}},
-        {u"cell", {Action::Cell}}, {u"nestcell", {Action::Cell}}, {u"row", {Action::Row}}, {u"nestrow", {Action::Row}},
-        {u"intbl", {Action::InTable}}, {u"tab", {Action::Character, u'\t'}}, {u"emdash", {Action::Character, 0x2014}},
-        {u"endash", {Action::Character, 0x2013}}, {u"emspace", {Action::Character, 0x2003}},
-        {u"enspace", {Action::Character, 0x2002}}, {u"qmspace", {Action::Character, 0x2005}},
-        {u"bullet", {Action::Character, 0x2022}}, {u"lquote", {Action::Character, 0x2018}},
-        {u"rquote", {Action::Character, 0x2019}}, {u"ldblquote", {Action::Character, 0x201c}},
-        {u"rdblquote", {Action::Character, 0x201d}}, {u"zwj", {Action::Character, 0x200d}},
-        {u"zwnj", {Action::Character, 0x200c}}, {u"ltrmark", {Action::Character, 0x200e}},
-        {u"rtlmark", {Action::Character, 0x200f}}, {u"u", {Action::Unicode}}, {u"uc", {Action::FallbackLength}},
-        {u"ansicpg", {Action::CodePage}}, {u"pc", {Action::CodePage, 437}}, {u"pca", {Action::CodePage, 850}},
-        {u"mac", {Action::CodePage, 10000}}, {u"deff", {Action::DefaultFont}}, {u"fcharset", {Action::FontCharSet}},
-        {u"fnil", {Action::FontFamily}}, {u"froman", {Action::FontFamily}}, {u"fswiss", {Action::FontFamily}},
-        {u"fmodern", {Action::FontFamily}}, {u"fscript", {Action::FontFamily}}, {u"fdecor", {Action::FontFamily}},
-        {u"ftech", {Action::FontFamily}}, {u"fbidi", {Action::FontFamily}}, {u"red", {Action::Red}},
-        {u"green", {Action::Green}}, {u"blue", {Action::Blue}}, {u"pnlvlblt", {Action::BulletLevel}},
-        {u"pnlvlbody", {Action::NumberLevel}}, {u"pnlvl", {Action::NumberLevel}}, {u"pndec", {Action::NumberKind, int(ListKind::Decimal)}},
-        {u"pnlcltr", {Action::NumberKind, int(ListKind::LowerLetter)}}, {u"pnucltr", {Action::NumberKind, int(ListKind::UpperLetter)}},
-        {u"pnlcrm", {Action::NumberKind, int(ListKind::LowerRoman)}}, {u"pnucrm", {Action::NumberKind, int(ListKind::UpperRoman)}},
-        {u"pnstart", {Action::NumberStart}}, {u"ls", {Action::ListNumber}}, {u"ilvl", {Action::ListLevel}},
-        {u"list", {Action::List}}, {u"listlevel", {Action::ListLevelBegin}}, {u"levelnfc", {Action::LevelKind}},
-        {u"levelnfcn", {Action::LevelKind}}, {u"listid", {Action::ListId}}, {u"listoverride", {Action::Override}},
-        {u"pngblip", {Action::Png}}, {u"jpegblip", {Action::Jpeg}}, {u"wmetafile", {Action::OtherPicture}},
-        {u"emfblip", {Action::OtherPicture}}, {u"dibitmap", {Action::OtherPicture}}, {u"picwgoal", {Action::PictureWidth}},
-        {u"pichgoal", {Action::PictureHeight}}, {u"fonttbl", {Action::BeginFontTable}}, {u"colortbl", {Action::BeginColorTable}},
-        {u"listtable", {Action::BeginListTable}}, {u"listoverridetable", {Action::BeginListOverrides}},
-        {u"pict", {Action::BeginPicture}}, {u"fldinst", {Action::BeginFieldInstruction}},
-        {u"fldrslt", {Action::BeginFieldResult}}, {u"pn", {Action::BeginNumbering}}, {u"shppict", {Action::BeginBody}},
-        {u"shptxt", {Action::BeginBody}}, {u"stylesheet", {Action::BeginSkip}}, {u"info", {Action::BeginSkip}},
-        {u"header", {Action::BeginSkip}}, {u"headerl", {Action::BeginSkip}}, {u"headerr", {Action::BeginSkip}},
-        {u"headerf", {Action::BeginSkip}}, {u"footer", {Action::BeginSkip}}, {u"footerl", {Action::BeginSkip}},
-        {u"footerr", {Action::BeginSkip}}, {u"footerf", {Action::BeginSkip}}, {u"pntext", {Action::BeginSkip}},
-        {u"listtext", {Action::BeginSkip}}, {u"pntxtb", {Action::BeginSkip}}, {u"pntxta", {Action::BeginSkip}},
-        {u"nonshppict", {Action::BeginSkip}}, {u"objdata", {Action::BeginSkip}}, {u"objclass", {Action::BeginSkip}},
-        {u"objname", {Action::BeginSkip}}, {u"generator", {Action::BeginSkip}}, {u"annotation", {Action::BeginSkip}},
-        {u"atnid", {Action::BeginSkip}}, {u"atnauthor", {Action::BeginSkip}}, {u"xe", {Action::BeginSkip}},
-        {u"tc", {Action::BeginSkip}}, {u"template", {Action::BeginSkip}}, {u"filetbl", {Action::BeginSkip}},
-        {u"revtbl", {Action::BeginSkip}}, {u"rsidtbl", {Action::BeginSkip}}, {u"leveltext", {Action::BeginSkip}},
-        {u"levelnumbers", {Action::BeginSkip}}, {u"listname", {Action::BeginSkip}},
-    };
-    return words;
-}
-
-/// The kinds of numbers by the code of a list level.
-ListKind KindOfLevel(int code)
-{
-    switch (code) {
-    case 0:
-        return ListKind::Decimal;
-    case 1:
-        return ListKind::UpperRoman;
-    case 2:
-        return ListKind::LowerRoman;
-    case 3:
-        return ListKind::UpperLetter;
-    case 4:
-        return ListKind::LowerLetter;
-    case 23:
-        return ListKind::Bullet;
-    default:
-        return ListKind::None;
-    }
-}
 
 class Reader {
 public:
@@ -138,18 +50,9 @@ private:
         QList<qint32> Tabs;
         int FallbackLength = 1; ///< characters behind a \u for readers without Unicode
         int CodePage = 0;       ///< of the font; 0: of the document
-        int List = 0;           ///< number of the list of the paragraph; 0: none
         quint32 Link = 0;       ///< of the field whose group this is
         bool InTable = false;
         bool Starred = false;   ///< the group began with \*: an unknown word means that it is skipped
-    };
-    struct FontEntry {
-        quint16 Number = 0;
-        int CodePage = 0;
-    };
-    struct ListEntry {
-        int Id = 0;
-        std::vector<ListKind> Levels;
     };
 
     void Take(const RtfToken& token)
@@ -209,7 +112,7 @@ private:
         else if (ended.Where == Destination::Numbering)
             TakeNumbering(ended.Paragraph);
         else if (ended.Where == Destination::FontTable)
-            FinishFont();
+            FinishFonts();
     }
 
     void TakeNumbering(const ParagraphFormat& from)
@@ -222,8 +125,8 @@ private:
 
     void TakeWord(const RtfToken& token)
     {
-        const auto found = Words().constFind(token.Text);
-        if (found == Words().constEnd()) {
+        const auto found = RtfWords().constFind(token.Text);
+        if (found == RtfWords().constEnd()) {
             if (m_state.Starred)
                 m_state.Where = Destination::Skip;
             m_state.Starred = false;
@@ -275,10 +178,10 @@ private:
             format.Protected = number != 0;
             break;
         case Action::Color:
-            format.Color = ColorNumbered(hasNumber ? number : 0);
+            format.Color = m_colors.Find(hasNumber ? number : 0);
             break;
         case Action::BackColor:
-            format.BackColor = ColorNumbered(hasNumber ? number : 0);
+            format.BackColor = m_colors.Find(hasNumber ? number : 0);
             break;
         case Action::Font:
             SetFont(hasNumber ? number : 0);
@@ -326,7 +229,6 @@ private:
         default: // ResetParagraph
             paragraph = {};
             m_state.Tabs.clear();
-            m_state.List = 0;
             m_state.InTable = false;
             break;
         }
@@ -382,19 +284,19 @@ private:
             m_defaultFont = token.HasNumber ? token.Number : 0;
             break;
         case Action::FontCharSet:
-            m_font.CharSet = token.HasNumber ? token.Number : 0;
+            m_fonts.SetCharSet(token.HasNumber ? token.Number : 0);
             break;
         case Action::FontFamily:
-            m_font.Family = token.Text.sliced(1).toString();
+            m_fonts.SetFamily(token.Text.sliced(1).toString());
             break;
         case Action::Red:
-            m_color = (m_color & 0x00ffff00u) | quint32(number & 0xff);
+            m_colors.SetPart(number, 0);
             break;
         case Action::Green:
-            m_color = (m_color & 0x00ff00ffu) | quint32(number & 0xff) << 8;
+            m_colors.SetPart(number, 8);
             break;
         default: // Blue
-            m_color = (m_color & 0x0000ffffu) | quint32(number & 0xff) << 16;
+            m_colors.SetPart(number, 16);
             break;
         }
     }
@@ -422,19 +324,16 @@ private:
             paragraph.ListLevel = quint8(std::clamp(number, 0, 8));
             break;
         case Action::List:
-            if (m_state.Where == Destination::ListTable && qsizetype(m_lists.size()) < MostLists)
-                m_lists.push_back({});
+            m_lists.BeginList();
             break;
         case Action::ListLevelBegin:
-            if (!m_lists.empty() && m_lists.back().Levels.size() < 9)
-                m_lists.back().Levels.push_back(ListKind::None);
+            m_lists.BeginLevel();
             break;
         case Action::LevelKind:
-            if (!m_lists.empty() && !m_lists.back().Levels.empty())
-                m_lists.back().Levels.back() = KindOfLevel(number);
+            m_lists.SetLevelKind(number);
             break;
         case Action::ListId:
-            TakeListId(number);
+            m_state.Where == Destination::ListTable ? m_lists.SetListId(number) : m_lists.SetOverriddenId(number);
             break;
         case Action::Override:
             break;
@@ -546,7 +445,7 @@ private:
     {
         if (m_bytes.isEmpty())
             return;
-        const QString text = DecodeCodePage(m_bytes, m_state.Where == Destination::FontTable ? CodePageOfCharSet(m_font.CharSet) : CurrentCodePage());
+        const QString text = DecodeCodePage(m_bytes, m_state.Where == Destination::FontTable ? m_fonts.CodePageOfName() : CurrentCodePage());
         m_bytes.clear();
         Route(text);
     }
@@ -579,9 +478,9 @@ private:
         case Destination::Body:
             return Append(text);
         case Destination::FontTable:
-            return TakeFontText(text);
+            return m_fonts.TakeText(text, m_document);
         case Destination::ColorTable:
-            return TakeColorText(text);
+            return m_colors.TakeText(text);
         case Destination::Picture:
             if (m_picture.size() < 2 * LargestPicture)
                 m_picture += text.toLatin1();
@@ -668,82 +567,34 @@ private:
 
     void SetFont(int number)
     {
-        const auto font = m_fonts.constFind(number);
-        if (m_state.Where == Destination::FontTable) {
-            FinishFont();
-            m_fontNumber = number;
-        } else if (font != m_fonts.constEnd()) {
+        if (m_state.Where == Destination::FontTable)
+            return m_fonts.Begin(number, m_document);
+        if (const RtfFonts::Entry* font = m_fonts.Find(number)) {
             m_state.Format.Font = font->Number;
             m_state.CodePage = font->CodePage;
         }
     }
 
-    void TakeFontText(QStringView text)
+    /// What has no font of its own so far is in the default one.
+    void FinishFonts()
     {
-        const qsizetype end = text.indexOf(u';');
-        m_font.Name += end < 0 ? text : text.first(end);
-        if (end >= 0)
-            FinishFont();
-    }
-
-    void FinishFont()
-    {
-        if (!m_font.Name.isEmpty() && m_fonts.size() < MostFonts) {
-            m_font.Name = m_font.Name.trimmed();
-            // Character set 0 says nothing that the document's own code page does not.
-            const int codePage = m_font.CharSet == 0 ? 0 : CodePageOfCharSet(m_font.CharSet);
-            m_fonts.insert(m_fontNumber, {m_document.NumberOfFont(m_font), codePage});
-            if (m_fontNumber == m_defaultFont) {
-                m_state.Format.Font = m_fonts[m_fontNumber].Number;
-                for (State& outer : m_outer)
-                    outer.Format.Font = m_fonts[m_fontNumber].Number;
-            }
+        m_fonts.Finish(m_document);
+        SetFont(m_defaultFont);
+        for (State& outer : m_outer) {
+            outer.Format.Font = m_state.Format.Font;
+            outer.CodePage = m_state.CodePage;
         }
-        m_font = {};
-    }
-
-    void TakeColorText(QStringView text)
-    {
-        for (const QChar character : text) {
-            if (character != u';' || m_colors.size() >= MostColors)
-                continue;
-            m_colors.push_back(m_color);
-            m_color = AutomaticColor;
-        }
-    }
-
-    quint32 ColorNumbered(int number) const
-    {
-        return number >= 0 && size_t(number) < m_colors.size() ? m_colors[size_t(number)] : AutomaticColor;
-    }
-
-    void TakeListId(int id)
-    {
-        if (m_state.Where == Destination::ListTable && !m_lists.empty())
-            m_lists.back().Id = id;
-        else if (m_state.Where == Destination::ListOverrides)
-            m_overrideId = id;
     }
 
     /// In the table of overrides: which list a number means. In the text: the list of the paragraph.
     void TakeListNumber(int number)
     {
-        if (m_state.Where == Destination::ListOverrides) {
-            if (m_overrides.size() < MostLists)
-                m_overrides.insert(number, m_overrideId);
-            return;
-        }
-        const int id = m_overrides.value(number);
-        const auto list = std::find_if(m_lists.begin(), m_lists.end(), [id](const ListEntry& one) { return one.Id == id; });
-        const size_t level = m_state.Paragraph.ListLevel;
-        if (list != m_lists.end() && level < list->Levels.size())
-            m_state.Paragraph.List = list->Levels[level];
+        if (m_state.Where == Destination::ListOverrides)
+            return m_lists.NameOverride(number);
+        m_state.Paragraph.List = m_lists.Find(number, m_state.Paragraph.ListLevel);
     }
 
     static constexpr qsizetype MostTabs = 64;
-    static constexpr qsizetype MostLists = 4096;
-    static constexpr qsizetype MostFonts = 4096;
-    static constexpr size_t MostColors = 65536;
     static constexpr qsizetype LongestInstruction = 65536;
 
     RtfTokenizer m_tokens;
@@ -759,15 +610,10 @@ private:
     bool m_formatKnown = false;
     quint32 m_formatNumber = 0;
 
-    FontInfo m_font;
-    int m_fontNumber = 0;
+    RtfFonts m_fonts;
+    RtfColors m_colors;
+    RtfLists m_lists;
     int m_defaultFont = 0;
-    QHash<int, FontEntry> m_fonts;
-    quint32 m_color = AutomaticColor;
-    std::vector<quint32> m_colors;
-    std::vector<ListEntry> m_lists;
-    QHash<int, int> m_overrides; ///< list numbers of the text, and the lists that they mean
-    int m_overrideId = 0;
     QString m_instruction;
     QByteArray m_picture; ///< in hexadecimal digits
     QByteArray m_pictureBinary;
