@@ -3,7 +3,11 @@ add_library(qb_warnings INTERFACE)
 target_compile_options(qb_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
   -Woverloaded-virtual -Wnon-virtual-dtor -Wcast-qual -Wformat=2 -Wimplicit-fallthrough
-  -Wnull-dereference -Wduplicated-cond -Wlogical-op -Wextra-semi)
+  -Wnull-dereference -Wextra-semi $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond -Wlogical-op>)
+if(QUILLBASE_FUZZ)
+  target_compile_options(qb_warnings INTERFACE -fsanitize=fuzzer-no-link,address,undefined)
+  target_link_options(qb_warnings INTERFACE -fsanitize=address,undefined)
+endif()
 if(QUILLBASE_WARNINGS_AS_ERRORS)
   target_compile_options(qb_warnings INTERFACE -Werror)
 endif()

@@ -5,6 +5,7 @@ BUILD_PACKAGES="g++ cmake ninja-build ccache libsqlite3-dev qt6-base-dev"
 GUI_PACKAGES="qt6-svg-dev libqt6svg6 breeze-icon-theme fonts-dejavu-core"
 DISPLAY_PACKAGES="xvfb xauth"
 BENCH_PACKAGES="libbenchmark-dev"
+FUZZ_PACKAGES="clang libclang-rt-14-dev"
 ASAN_PACKAGES="libasan8 libubsan1"
 
 need_packages() {

@@ -260,11 +260,11 @@ private:
                 return;
             }
             const QChar character{char16_t(meaning.Value)};
-            return Append(QStringView(&character, 1));
+            return Route(QStringView(&character, 1));
         }
         case Action::Unicode: {
             const QChar character{char16_t(number)};
-            Append(QStringView(&character, 1));
+            Route(QStringView(&character, 1));
             m_skipFallback = m_state.FallbackLength;
             return;
         }
@@ -560,7 +560,8 @@ private:
         if (!text.startsWith("HYPERLINK"_L1, Qt::CaseInsensitive))
             return 0;
         const QString quoted = text.section(u'"', 1, 1);
-        return m_document.NumberOfLink(quoted.isEmpty() ? text.section(u' ', 1, 1, QString::SectionSkipEmpty) : quoted);
+        QString target = quoted.isEmpty() ? text.section(u' ', 1, 1, QString::SectionSkipEmpty) : quoted;
+        return m_document.NumberOfLink(target.remove(u'"'));
     }
 
     // Tables

@@ -1,6 +1,6 @@
 #include "platform/richtext/RtfTokenizer.h"
 
-#include <QChar>
+#include <QString>
 #include <algorithm>
 #include <limits>
 

@@ -124,6 +124,8 @@ public:
         for (qsizetype at = 0;;) {
             const qsizetype end = m_text.indexOf("\r\n"_L1, at);
             WriteParagraph(at, end < 0 ? m_text.size() : end);
+            if (end >= 0)
+                WriteFormat(m_document.FormatAt(end)); // a line end has a look of its own
             m_out += "\\par\r\n";
             m_wordOpen = false;
             if (end < 0)
