@@ -2,6 +2,7 @@
 
 #include "cli/Arguments.h"
 #include "cli/CommandTable.h"
+#include "cli/Input.h"
 #include "cli/Library.h"
 #include "cli/Output.h"
 #include "config/CSettings.h"
@@ -13,9 +14,7 @@
 #include "store/ItemBranch.h"
 #include "support/DateFormatCustom.h"
 
-#include <QFile>
 #include <climits>
-#include <cstdio>
 
 namespace qb::cli {
 
@@ -51,15 +50,9 @@ QList<Arguments::Option> WithTextOptions(QList<Arguments::Option> options)
     return options;
 }
 
-/// The text of a file, or of standard input for "-".
 QString ReadText(const QString& name)
 {
-    QFile file(name);
-    const bool opened = name == u"-"_s ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
-    if (!opened)
-        throw RuntimeError(ErrorNumber::FileNotFound,
-                           u"'%1' can't be read: %2; nothing was changed."_s.arg(name, file.errorString()), u"ReadText"_s);
-    const auto text = DecodeText(file.readAll());
+    const auto text = DecodeText(ReadInput(name));
     if (!text)
         throw RuntimeError(ErrorNumber::ValueNotAllowed, u"'%1' is no text; nothing was changed."_s.arg(name), u"ReadText"_s);
     return *text;
@@ -92,12 +85,6 @@ int TakeTexts(const Arguments& arguments, CCodeItem& item)
         ++taken;
     }
     return taken;
-}
-
-void RequireItem(Database& database, qint64 id)
-{
-    if (database.QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {id}).IsNull())
-        throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no item %1 in the library."_s.arg(id), u"RequireItem"_s);
 }
 
 /// The text as it is printed: lines end as they do on this system.
@@ -252,7 +239,8 @@ int Set(const QStringList& words)
     item.Initialise(*database, QString::number(arguments.Id(1)));
     if (TakeTexts(arguments, item) == 0)
         throw UsageError{u"Nothing to set: --title, --description, --info, --code, --usage or --notes."_s};
-    RefuseReservedTitle(item.Title(), item.ParentKey().toLongLong());
+    if (arguments.Has(u"title"_s))
+        RefuseReservedTitle(item.Title(), item.ParentKey().toLongLong());
     item.SetItemChanged(true);
     return item.Commit() ? 0 : 1;
 }

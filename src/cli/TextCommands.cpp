@@ -2,16 +2,17 @@
 
 #include "cli/Arguments.h"
 #include "cli/CommandTable.h"
+#include "cli/Input.h"
 #include "cli/Library.h"
 #include "cli/Output.h"
 #include "platform/richtext/HtmlWriter.h"
 #include "platform/richtext/RichText.h"
 #include "platform/system/TextEncoding.h"
 #include "store/CCodeItem.h"
+#include "store/ItemBranch.h"
 #include "support/ErrorRoutine.h"
 #include "text/CTextFormat.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 namespace qb::cli {
@@ -19,15 +20,6 @@ namespace qb::cli {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QByteArray ReadBytes(const QString& name)
-{
-    QFile file(name);
-    const bool opened = name == u"-"_s ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
-    if (!opened)
-        throw RuntimeError(ErrorNumber::FileNotFound, u"'%1' can't be read: %2."_s.arg(name, file.errorString()), u"ReadBytes"_s);
-    return file.readAll();
-}
 
 /// Colours one text of an item; an empty one stays empty.
 QString Colorized(CTextFormat& format, const QString& stored)
@@ -45,8 +37,7 @@ int ColorizeItem(const Arguments& arguments)
     const bool save = arguments.Has(u"save"_s);
     const auto database = OpenLibrary(arguments.Positional(0), save ? DBEngine::Access::ReadWrite : DBEngine::Access::ReadOnly);
     const qint64 id = arguments.Id(1);
-    if (database->QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {id}).IsNull())
-        throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no item %1 in the library."_s.arg(id), u"colorize"_s);
+    RequireItem(*database, id);
     CTextFormat format;
     format.ColorizeInit(*database);
     CCodeItem item;
@@ -76,7 +67,7 @@ int ColorizeFile(const Arguments& arguments)
     if (arguments.Has(u"rtf"_s) == arguments.Has(u"html"_s))
         throw UsageError{u"Give either --rtf or --html."_s};
     const QString name = arguments.Positional(0);
-    const auto text = DecodeText(ReadBytes(name), FallbackEncoding::Windows1252);
+    const auto text = DecodeText(ReadInput(name), FallbackEncoding::Windows1252);
     if (!text)
         throw RuntimeError(ErrorNumber::ValueNotAllowed, u"'%1' is no text."_s.arg(name), u"colorize"_s);
     CTextFormat format;
@@ -102,7 +93,7 @@ int Colorize(const QStringList& words)
 int RtfToText(const QStringList& words)
 {
     const Arguments arguments(words, {}, 1);
-    const QByteArray bytes = ReadBytes(arguments.Positional(0));
+    const QByteArray bytes = ReadInput(arguments.Positional(0));
     // Bytes beyond ASCII, which the format does not know, are those of the usual code page.
     const QString text = PlainTextFromRtf(FromWindows1252(bytes)).replace("\r\n"_L1, "\n"_L1);
     if (arguments.Json())

@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <algorithm>
+#include <csignal>
 
 using namespace Qt::StringLiterals;
 
@@ -72,6 +73,7 @@ int Run(const QStringList& words)
 
 int main(int argc, char** argv)
 {
+    std::signal(SIGXFSZ, SIG_IGN); // a limit on file sizes is an error of the write, not the end
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"quillbase-cli"_s);
     try {

@@ -7,7 +7,8 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <memory>
+#include <algorithm>
+#include <filesystem>
 
 namespace qb {
 
@@ -40,28 +41,65 @@ QString TitleOfFolder(const QString& path)
     return name.isEmpty() ? canonical : name;
 }
 
-/// Reads the names below a folder. Links to folders are left out, so the depth is that of the
-/// real folders.
-SourceFolder Survey(const QString& path, const QString& title, const QStringList& globs)
-{
-    SourceFolder folder{.Path = path, .Title = title, .Folders = {}, .Files = {}};
-    const QDir dir(path);
-    const QDir::SortFlags order = QDir::Name;
-    for (const QFileInfo& sub : dir.entryInfoList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot | QDir::NoSymLinks, order)) {
-        SourceFolder inner = Survey(sub.filePath(), sub.fileName(), globs);
-        if (globs.isEmpty() || inner.FileCount() > 0)
+/// Reads the names below a folder as the system has them. What can't be taken in is named in
+/// @p skipped: names that are no text, folders that can't be read, links to folders or to nothing.
+class Survey {
+public:
+    Survey(const QStringList& globs, std::vector<SkippedFile>& skipped) : m_globs(globs), m_skipped(skipped) {}
+
+    SourceFolder Read(const QString& path, const QString& title)
+    {
+        SourceFolder folder{.Path = path, .Title = title, .Folders = {}, .Files = {}};
+        std::error_code error;
+        for (std::filesystem::directory_iterator entry(QFile::encodeName(path).toStdString(), error), end; !error && entry != end;
+             entry.increment(error))
+            Take(*entry, folder);
+        if (error)
+            m_skipped.push_back({path, u"it can't be read: "_s + QString::fromLocal8Bit(error.message().c_str())});
+        std::sort(folder.Files.begin(), folder.Files.end());
+        std::sort(folder.Folders.begin(), folder.Folders.end(),
+                  [](const SourceFolder& left, const SourceFolder& right) { return left.Title < right.Title; });
+        return folder;
+    }
+
+private:
+    void Take(const std::filesystem::directory_entry& entry, SourceFolder& folder)
+    {
+        const std::string bytes = entry.path().filename().string();
+        const auto name = DecodeText(QByteArray::fromStdString(bytes));
+        const QString path = folder.Path + u'/' + name.value_or(QString::fromLatin1(bytes.c_str()));
+        std::error_code error;
+        if (!name)
+            m_skipped.push_back({path, u"its name is no text"_s});
+        else if (entry.is_directory(error) && entry.is_symlink(error))
+            m_skipped.push_back({path, u"it is a link to a folder"_s});
+        else if (entry.is_directory(error))
+            TakeFolder(Read(path, *name), folder);
+        else if (!QDir::match(m_globs, *name) && !m_globs.isEmpty())
+            return;
+        else if (entry.is_regular_file(error))
+            folder.Files << path;
+        else
+            m_skipped.push_back({path, entry.is_symlink(error) ? u"it is a link to nothing"_s : u"it is no file"_s});
+    }
+
+    /// With patterns, only folders on the way to a file that fits.
+    void TakeFolder(SourceFolder&& inner, SourceFolder& folder)
+    {
+        if (m_globs.isEmpty() || inner.FileCount() > 0)
             folder.Folders.push_back(std::move(inner));
     }
-    for (const QFileInfo& file : dir.entryInfoList(globs, QDir::Files | QDir::Hidden, order))
-        folder.Files << file.filePath();
-    return folder;
-}
+
+    const QStringList& m_globs;
+    std::vector<SkippedFile>& m_skipped;
+};
 
 class Import {
 public:
-    Import(Database& database, const FolderImportOptions& options, int total)
+    Import(Database& database, const FolderImportOptions& options, int total, std::vector<SkippedFile> skipped)
         : m_database(database), m_options(options), m_total(total)
     {
+        m_result.Skipped = std::move(skipped);
     }
 
     FolderImportResult Run(const SourceFolder& root)
@@ -125,12 +163,15 @@ FolderImportResult ImportFolder(Database& database, const QString& folder, const
     if (!QFileInfo(folder).isDir())
         throw RuntimeError(ErrorNumber::FileNotFound,
                            u"'%1' is not a folder; nothing was changed."_s.arg(QDir::toNativeSeparators(folder)), Procedure);
-    if (options.Parent != 0 && database.QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {options.Parent}).IsNull())
-        throw RuntimeError(ErrorNumber::ItemNotFound,
-                           u"There is no item %1 in the library; nothing was changed."_s.arg(options.Parent), Procedure);
-    const SourceFolder root = Survey(folder, TitleOfFolder(folder), options.Globs);
+    if (options.Parent != 0)
+        RequireItem(database, options.Parent);
+    if (!QFileInfo(folder).isReadable() || !QFileInfo(folder).isExecutable())
+        throw RuntimeError(ErrorNumber::PathAccess,
+                           u"The folder '%1' can't be read; nothing was changed."_s.arg(QDir::toNativeSeparators(folder)), Procedure);
+    std::vector<SkippedFile> skipped;
+    const SourceFolder root = Survey(options.Globs, skipped).Read(QDir::cleanPath(folder), TitleOfFolder(folder));
     Transaction transaction(database);
-    const FolderImportResult result = Import(database, options, root.FileCount()).Run(root);
+    const FolderImportResult result = Import(database, options, root.FileCount(), std::move(skipped)).Run(root);
     transaction.Commit();
     return result;
 }

@@ -18,7 +18,7 @@ struct FolderImportOptions {
     std::function<bool(int done, int total)> Progress;
 };
 
-/// A file that could not be taken in, and why.
+/// A file or folder that could not be taken in, and why.
 struct SkippedFile {
     QString Path;
     QString Reason;
@@ -33,7 +33,7 @@ struct FolderImportResult {
 
 /// Takes a folder in: the folder and the folders in it become items, the files in it items with
 /// their text as code. With Globs, only folders on the way to a matching file. Links to folders
-/// are not followed. Files that are no text are skipped and named. One transaction: on an error,
+/// are not followed. What is no text or can't be read is skipped and named. One transaction: on an error,
 /// which is raised, or a stop, the library is as it was.
 FolderImportResult ImportFolder(Database& database, const QString& folder, const FolderImportOptions& options);
 

@@ -17,7 +17,7 @@ namespace {
 using Faults = std::vector<LibraryFault>;
 using Kind = LibraryFault::Kind;
 
-bool CheckStructure(Database& database, Faults& faults)
+void CheckStructure(Database& database, Faults& faults)
 {
     Statement rows = database.Query(u"PRAGMA integrity_check"_s);
     while (rows.Step()) {
@@ -29,7 +29,6 @@ bool CheckStructure(Database& database, Faults& faults)
         faults.push_back({Kind::Damage, references.Text(0), references.Long(1),
                           u"The row %1 of %2 refers to a row of %3 that does not exist."_s.arg(references.Long(1)).arg(
                               references.Text(0), references.Text(2))});
-    return faults.empty();
 }
 
 bool CheckTables(Database& database, Faults& faults)

@@ -74,7 +74,6 @@ public:
     /// Sorts the children of a node by title while building.
     void SortChildren(TreeNode& node);
     void Clear();
-    void Reserve(qsizetype nodes) { m_byId.reserve(nodes); }
 
     qsizetype Count() const { return m_byId.size(); }
     /// All nodes in the order in which they were added.

@@ -24,11 +24,6 @@ QString Setting(const QString& key, const QString& fallback = {})
     return GetSetting(SettingsApplication, u"Settings"_s, key, fallback);
 }
 
-void SaveSettingOf(const QString& key, const QString& value)
-{
-    SaveSetting(SettingsApplication, u"Settings"_s, key, value);
-}
-
 MsgBoxResult MsgBox(const QString& text, const QString& caption, MsgBoxIcon icon)
 {
     return Prompts::Current().MsgBox({.Text = text, .Caption = caption, .Icon = icon});
@@ -53,7 +48,7 @@ void LibraryList::GetLastDBName()
         QString path = Setting(u"LastDB"_s);
         if (path.isEmpty()) {
             path = DefaultLibraryPath();
-            SaveSettingOf(u"LastDB"_s, path);
+            Remember(u"Settings"_s, u"LastDB"_s, path);
             if (!QFileInfo::exists(path))
                 CreateNewDatabase(path, LanguageType::VB, {});
         }
@@ -73,7 +68,6 @@ bool LibraryList::SetupDBConnection()
         }
         if (!OpenCurrent() || !Validate())
             return false;
-        SetSessionValues(*m_session.CurrentDatabase);
         UpdateGlobalSynchronizationVariables();
         if (!m_session.moSettings)
             m_session.moSettings = std::make_unique<CSettings>([this] { return m_session.CurrentDatabase.get(); });
@@ -198,6 +192,7 @@ void LibraryList::EnableDBToolsMenu()
 void LibraryList::EnableControls(bool enabled)
 {
     m_commands.EnableMainToolbar(enabled);
+    m_shell.SetItemDate({}, {});
     if (!enabled)
         m_shell.SetStatusText({});
     m_shell.EnableMenus(enabled);
@@ -229,7 +224,7 @@ bool LibraryList::ChangeDatabase(int index)
             return false;
         NewHistory();
         ShowLibrary();
-        SaveSettingOf(u"LastDB"_s, m_session.CurrentDatabasePath);
+        Remember(u"Settings"_s, u"LastDB"_s, m_session.CurrentDatabasePath);
         return true;
     }, false);
 }
@@ -261,7 +256,7 @@ void LibraryList::SelectDatabase(QString path, bool known)
             SetComboToPresentDB();
             m_tree.OpenItem(); // the item that was shown is the current one again
         }
-        SaveSettingOf(u"LastDB"_s, m_session.CurrentDatabasePath);
+        Remember(u"Settings"_s, u"LastDB"_s, m_session.CurrentDatabasePath);
     });
 }
 
@@ -286,7 +281,7 @@ void LibraryList::cboDatabase_Click()
             RemoveDatabaseFromList(*place);
         SetComboToPresentDB();
         EnableControls(false);
-        Guarded(ModuleName, u"cboDatabase_Click"_s, [this] { SaveDatabasesToSettings(); });
+        SaveDatabasesToSettings();
     }
     if (m_session.CurrentDatabase)
         m_shell.SetComboToolTip(u"Currently selected database: "_s + AliasOf(m_session.CurrentDatabasePath));

@@ -119,7 +119,12 @@ void LibraryList::SaveDatabasesToSettings()
     QString text;
     for (const LibraryEntry& entry : m_session.DatabaseList)
         text += entry.Path + PathEnd + entry.Alias + EntryEnd;
-    SaveSetting(SettingsApplication, u"Databases"_s, u"ChosenDatabases"_s, text);
+    Remember(u"Databases"_s, u"ChosenDatabases"_s, text);
+}
+
+void LibraryList::Remember(const QString& section, const QString& key, const QString& value)
+{
+    Guarded(ModuleName, u"SaveSetting"_s, [&] { SaveSetting(SettingsApplication, section, key, value); });
 }
 
 std::optional<int> LibraryList::FindCurrentDBArrayIndex(const QString& path) const
@@ -145,6 +150,8 @@ void LibraryList::SetComboToPresentDB()
         m_session.CurrentDatabasePath = m_session.DatabaseList.front().Path;
     if (const auto index = FindCurrentDBArrayIndex())
         m_shell.SetComboIndex(*index);
+    else if (!m_session.CurrentDatabasePath.isEmpty()) // a library without a place in the list
+        m_shell.SetComboText(u'*' + fnExtractPathOrFileName(m_session.CurrentDatabasePath, PathPart::FileName));
 }
 
 void LibraryList::AddToList(const QString& path, const QString& alias)
@@ -302,7 +309,7 @@ void LibraryList::mnuRemoveDBItem_Click()
             RemoveDatabaseFromList(*index);
         CloseDatabase();
         m_session.CurrentDatabasePath.clear();
-        SaveSetting(SettingsApplication, u"Settings"_s, u"LastDB"_s, {});
+        Remember(u"Settings"_s, u"LastDB"_s, {});
         SaveDatabasesToSettings();
         m_tree.ClearTreeView();
         if (!SetFirstDBPresent()) {
@@ -346,7 +353,7 @@ QString LibraryList::GetFileName(bool save, const QString& title, const QString&
         return {};
     const QString chosen = QFileInfo(path).absolutePath();
     if (chosen != remembered)
-        SaveSetting(SettingsApplication, u"Settings"_s, u"InitDir"_s, chosen);
+        Remember(u"Settings"_s, u"InitDir"_s, chosen);
     if (!save && !QFileInfo::exists(path)) {
         Prompts::Current().MsgBox({.Text = u"No file of the entered name exists in the selected directory. Please select an "
                                            "existing file."_s,

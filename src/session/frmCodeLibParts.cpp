@@ -3,6 +3,7 @@
 #include "panels/ctlSmartTreeView.h"
 #include "platform/system/Trace.h"
 #include "session/frmCodeLib.h"
+#include "support/ErrorRoutine.h"
 #include "support/ui/Icons.h"
 #include "text/ctlCodeDetails.h"
 
@@ -83,7 +84,9 @@ QAction* frmCodeLib::MakeAction(const CommandRow& row)
     action->setObjectName(name);
     if (*row.Shortcut)
         action->setShortcut(QKeySequence(QString::fromLatin1(row.Shortcut)));
-    connect(action, &QAction::triggered, this, [this, name] { m_procedures.value(name)(); });
+    connect(action, &QAction::triggered, this, [this, name] {
+        Guarded(u"MainForm"_s, name, [&] { m_procedures.value(name)(); });
+    });
     m_actions.insert(name, action);
     return action;
 }
@@ -200,7 +203,11 @@ void frmCodeLib::ConnectCommands()
              Settings().SetShowStatusBar(m_actions[u"mnuViewStatusBar"_s]->isChecked());
              Settings().Apply();
          }},
-        {u"mnuViewRefresh"_s, [this] { m_libraries->ShowLibrary(); }},
+        {u"mnuViewRefresh"_s,
+         [this] {
+             m_tree->Refill();
+             m_tree->SElectCodeItem(RootKey);
+         }},
         {u"mnuCollapseBranchesItem"_s, [this] { m_tree->CollapseBranches(); }},
         {u"mnuViewErrorLog"_s, [this] { mnuViewErrorLog_Click(); }},
         {u"mnuBugReportItem"_s, [this] { mnuBugReportItem_Click(); }},

@@ -3,6 +3,7 @@
 #include "platform/dao/DBEngine.h"
 #include "platform/system/Clock.h"
 #include "platform/system/FileReplace.h"
+#include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/SettingsStore.h"
 #include "support/ErrorRoutine.h"
@@ -74,10 +75,17 @@ bool CDBCreate::CreateNewDB(const QString& path, LanguageType languageType, cons
         return true;
     };
     const bool created = Guarded(ModuleName, u"CreateNewDB"_s, [&] {
-        const bool built = build();
-        if (built)
-            MoveIntoPlace(interim, path, false);
-        return built;
+        if (const QString reason = WhyNotWritable(path); !reason.isEmpty())
+            throw RuntimeError(ErrorNumber::PathAccess, u"The database '%1' can't be made. %2"_s.arg(path, reason),
+                               u"CDBCreate::CreateNewDB"_s);
+        try {
+            const bool built = build();
+            if (built)
+                MoveIntoPlace(interim, path, false);
+            return built;
+        } catch (const RuntimeError& error) { // the user knows the file by its own name
+            throw RuntimeError(error.Number(), QString(error.Description()).replace(interim, path), error.Source());
+        }
     }, false);
     m_database = nullptr;
     RemoveDatabaseFile(interim);

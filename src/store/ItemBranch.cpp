@@ -20,17 +20,14 @@ void CommitOrRaise(CCodeItem& item, const QString& what)
         throw RuntimeError(ErrorNumber::Engine, what, u"ItemBranch"_s);
 }
 
-bool ItemExists(Database& database, qint64 id)
-{
-    return !database.QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {id}).IsNull();
-}
-
-RuntimeError NoSuchItem(qint64 id)
-{
-    return {ErrorNumber::ItemNotFound, u"There is no item %1 in the library."_s.arg(id), u"ItemBranch"_s};
-}
-
 } // namespace
+
+void RequireItem(Database& database, qint64 id)
+{
+    if (database.QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {id}).IsNull())
+        throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no item %1 in the library; nothing was changed."_s.arg(id),
+                           u"RequireItem"_s);
+}
 
 std::vector<qint64> BranchOf(Database& database, qint64 id)
 {
@@ -63,8 +60,7 @@ bool IsInBranch(Database& database, qint64 id, qint64 candidate)
 
 void DeleteBranch(Database& database, qint64 id, const std::function<void(int)>& progress)
 {
-    if (!ItemExists(database, id))
-        throw NoSuchItem(id);
+    RequireItem(database, id);
     QStringList files;
     int done = 0;
     Transaction transaction(database);
@@ -93,10 +89,9 @@ void DeleteBranch(Database& database, qint64 id, const std::function<void(int)>&
 
 void MoveItem(Database& database, qint64 id, qint64 parent)
 {
-    if (!ItemExists(database, id))
-        throw NoSuchItem(id);
-    if (parent != 0 && !ItemExists(database, parent))
-        throw NoSuchItem(parent);
+    RequireItem(database, id);
+    if (parent != 0)
+        RequireItem(database, parent);
     if (IsInBranch(database, id, parent))
         throw RuntimeError(ErrorNumber::NodeCycle,
                            u"The item %1 can't be moved below itself; nothing was changed."_s.arg(id), u"MoveItem"_s);

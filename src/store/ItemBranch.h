@@ -8,6 +8,9 @@
 
 namespace qb {
 
+/// Raises an error when the library has no such item.
+void RequireItem(Database& database, qint64 id);
+
 /// The item and everything below it, each parent before its children. A cycle in damaged rows
 /// is walked once.
 std::vector<qint64> BranchOf(Database& database, qint64 id);

@@ -261,9 +261,4 @@ Relation CodeItemsCodeFiles()
     return {u"CodeItemsCodeFiles"_s, u"Items"_s, u"Files"_s, u"ID"_s, u"CodeID"_s, Cascade};
 }
 
-Relation ItemsHTMLFiles()
-{
-    return {u"ItemsHTMLFiles"_s, u"Items"_s, u"HTMLFiles"_s, u"ID"_s, u"ParentIDRef"_s, Cascade};
-}
-
 } // namespace qb::LibrarySchema

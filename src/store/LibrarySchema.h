@@ -45,8 +45,6 @@ std::vector<AddedField> AditionalFields(TableSet set, DatabaseKind kind);
 
 Relation BookmarkGroupsBookmarks();
 Relation CodeItemsCodeFiles();
-/// Names a column that `HTMLFiles` does not have; no database holds it.
-Relation ItemsHTMLFiles();
 
 } // namespace LibrarySchema
 

@@ -32,7 +32,7 @@ void WriteLog(const QString& line)
     QFile log(ErrorLogFile());
     if (log.exists())
         ClearAttributes(log.fileName());
-    if (log.open(QIODevice::WriteOnly | QIODevice::Append))
+    if (log.open(QIODevice::WriteOnly | QIODevice::Truncate)) // what is kept is written anew
         log.write((kept + line + u'\n').toUtf8());
 }
 

@@ -49,31 +49,30 @@ void CTextFormat::SetSize(int points)
     });
 }
 
+/// Stores a state, sets it in the box and tells it.
+void CTextFormat::LetState(const QString& property, bool& known, bool on, void (IRichTextBox::*set)(bool),
+                           void (CTextFormat::*tell)(bool))
+{
+    Guarded(ModuleName, u"<<Let>> "_s + property, [&] {
+        known = on;
+        (m_box->*set)(on);
+        Q_EMIT (this->*tell)(on);
+    });
+}
+
 void CTextFormat::SetBold(bool on)
 {
-    Guarded(ModuleName, u"<<Let>> Bold"_s, [&] {
-        m_bold = on;
-        m_box->SetSelBold(on);
-        Q_EMIT eBoldStateChanged(on);
-    });
+    LetState(u"Bold"_s, m_bold, on, &IRichTextBox::SetSelBold, &CTextFormat::eBoldStateChanged);
 }
 
 void CTextFormat::SetItalic(bool on)
 {
-    Guarded(ModuleName, u"<<Let>> Italic"_s, [&] {
-        m_italic = on;
-        m_box->SetSelItalic(on);
-        Q_EMIT eItalicStateChanged(on);
-    });
+    LetState(u"Italic"_s, m_italic, on, &IRichTextBox::SetSelItalic, &CTextFormat::eItalicStateChanged);
 }
 
 void CTextFormat::SetUnderline(bool on)
 {
-    Guarded(ModuleName, u"<<Let>> Underline"_s, [&] {
-        m_underline = on;
-        m_box->SetSelUnderline(on);
-        Q_EMIT eUnderlineStateChanged(on);
-    });
+    LetState(u"Underline"_s, m_underline, on, &IRichTextBox::SetSelUnderline, &CTextFormat::eUnderlineStateChanged);
 }
 
 void CTextFormat::SetBullets(bool on)

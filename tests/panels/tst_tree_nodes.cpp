@@ -239,7 +239,6 @@ private Q_SLOTS:
         constexpr int Count = 20000;
         TreeNodes nodes;
         nodes.BeginBuild();
-        nodes.Reserve(Count + 1);
         TreeNode& root = nodes.Add(0, u"root"_s, TreeImage::OBJECTS);
         for (int i = Count; i > 0; --i)
             nodes.PutUnder(nodes.Add(i, u"title %1"_s.arg(i, 6, 10, QChar(u'0')), TreeImage::CHILD), root);

@@ -105,7 +105,17 @@ std::unique_ptr<Database> DBEngine::OpenDatabase(const QString& path, Access acc
     std::unique_ptr<Database> database =
         Connect(path, access == Access::ReadWrite ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY);
     // Reading the schema brings damage to light, and an unfinished transaction to its end.
-    database->QueryValue(u"SELECT count(*) FROM sqlite_schema"_s);
+    try {
+        database->QueryValue(u"SELECT count(*) FROM sqlite_schema"_s);
+    } catch (const RuntimeError& error) {
+        if (access != Access::ReadOnly || error.Number() != ErrorNumber::ReadOnly)
+            throw;
+        // A write was cut off in the middle. To undo it, the file has to be written once.
+        database.reset();
+        OpenDatabase(path, Access::ReadWrite);
+        database = Connect(path, SQLITE_OPEN_READONLY);
+        database->QueryValue(u"SELECT count(*) FROM sqlite_schema"_s);
+    }
     if (access == Access::ReadWrite && database->IsReadOnly())
         throw RuntimeError(ErrorNumber::CannotOpen, u"'%1' is read-only."_s.arg(Shown(path)),
                            u"DBEngine::OpenDatabase"_s);

@@ -5,6 +5,8 @@
 #include <QDir>
 #include <sqlite3.h>
 
+#include <cerrno>
+
 namespace qb {
 
 using namespace Qt::StringLiterals;
@@ -37,6 +39,12 @@ constexpr Entry Entries[] = {
 };
 
 constexpr int PrimaryCodeMask = 0xff;
+
+/// A quota or a limit on file sizes is a full disk to the user.
+bool NoSpace(int systemError)
+{
+    return systemError == ENOSPC || systemError == EDQUOT || systemError == EFBIG;
+}
 
 /// Named column checks come back as "CHECK constraint failed: <column>:<rule>".
 RuntimeError CheckError(const QString& detail, const QString& action)
@@ -81,6 +89,8 @@ RuntimeError EngineError(sqlite3* connection, int code, const QString& file, con
     const int extended = connection ? sqlite3_extended_errcode(connection) : code;
     const QString detail = QString::fromUtf8(connection ? sqlite3_errmsg(connection) : sqlite3_errstr(code));
     const QString path = QDir::toNativeSeparators(file);
+    if (connection && (extended & PrimaryCodeMask) == SQLITE_IOERR && NoSpace(sqlite3_system_errno(connection)))
+        return EngineError(nullptr, SQLITE_FULL, file, action);
     for (const Entry& entry : Entries) {
         if (entry.Code == extended || entry.Code == (extended & PrimaryCodeMask))
             return {entry.Number, QString::fromLatin1(entry.Text).replace(u"%1"_s, path), action};

@@ -508,7 +508,10 @@ private:
     quint32 ParagraphNumber()
     {
         m_state.Paragraph.Tabs = m_document.NumberOfTabStops(m_state.Tabs);
-        return m_document.NumberOf(m_state.Paragraph);
+        ParagraphFormat paragraph = m_state.Paragraph;
+        if (paragraph.List == ListKind::None || paragraph.List == ListKind::Bullet)
+            paragraph.ListStart = 1; // only numbers begin somewhere
+        return m_document.NumberOf(paragraph);
     }
 
     void Append(QStringView text)

@@ -81,7 +81,8 @@ private Q_SLOTS:
         QFETCH(QString, text);
         QTEST(WithCrLf(text), "lines");
         RichTextDocument document;
-        QCOMPARE(document.Replace(0, 0, text, document.DefaultFormat()), document.Length());
+        const qsizetype came = document.Replace(0, 0, text, document.DefaultFormat());
+        QCOMPARE(came, document.Length());
         QTEST(document.Text(), "lines");
     }
 
@@ -149,11 +150,12 @@ private Q_SLOTS:
         QTest::newRow("several lines into one") << 4 << 0 << u"x\ny\nz"_s << u"1 2 2 2 3 4"_s;
         QTest::newRow("join the first two") << 1 << 2 << QString() << u"1 3 4"_s;
         QTest::newRow("join by a word") << 0 << 5 << u"x"_s << u"1 3 4"_s;
-        QTest::newRow("join the last two") << 7 << 2 << QString() << u"1 2 3"_s;
+        QTest::newRow("delete the empty one") << 7 << 2 << QString() << u"1 2 4"_s;
         QTest::newRow("join over the empty one") << 5 << 4 << QString() << u"1 2"_s;
         QTest::newRow("delete the second") << 3 << 4 << QString() << u"1 3 4"_s;
         QTest::newRow("delete the first two") << 0 << 7 << QString() << u"1 4"_s;
         QTest::newRow("line end by a line end") << 1 << 2 << u"\n"_s << u"1 1 3 4"_s;
+        QTest::newRow("line end at the end") << 4 << 7 << u"\n"_s << u"1 2 2"_s;
         QTest::newRow("whole") << 0 << 11 << u"x\ny"_s << u"1 1"_s;
     }
 
@@ -350,7 +352,9 @@ private Q_SLOTS:
                 const qsizetype length = qMax(qsizetype(0), end - at);
                 const QString bolds = Bolds(document);
                 const QStringList indents = Indents(document).split(u' ');
-                const QString text = dice.PickOf(pieces);
+                // A paragraph that goes whole takes its format along; here they don't.
+                const bool begins = at == document.ParagraphBegin(at);
+                const QString text = dice.PickOf(begins && length > 0 ? pieces.first(4) : pieces);
                 const qsizetype before = document.Text().left(at).count(u'\n');
                 const qsizetype gone = document.Text().mid(at, length).count(u'\n');
                 const qsizetype came = document.Replace(at, length, text, document.DefaultFormat());
