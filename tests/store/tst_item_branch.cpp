@@ -201,9 +201,9 @@ private Q_SLOTS:
         QTest::newRow("below itself") << u"branch"_s << u"leaf 1"_s << int(ErrorNumber::NodeCycle)
                                       << u"The item %1 can't be moved below itself; nothing was changed."_s;
         QTest::newRow("missing parent") << u"branch"_s << u"4711"_s << int(ErrorNumber::ItemNotFound)
-                                        << u"There is no item 4711 in the library."_s;
+                                        << u"There is no item 4711 in the library; nothing was changed."_s;
         QTest::newRow("missing item") << u"4711"_s << u"top"_s << int(ErrorNumber::ItemNotFound)
-                                      << u"There is no item 4711 in the library."_s;
+                                      << u"There is no item 4711 in the library; nothing was changed."_s;
         QTest::newRow("reserved place") << u"Orphaned Items"_s << QString() << int(ErrorNumber::ValueNotAllowed)
                                         << u"You can't create an 'Orphaned Items' folder! This name is reserved for the program."_s;
     }

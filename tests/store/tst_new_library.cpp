@@ -213,7 +213,7 @@ private Q_SLOTS:
         QVERIFY(!CDBCreate().CreateNewDB(path, LanguageType::VB, {}));
         const QString folder = QDir::toNativeSeparators(m_home->Path(u"no such folder"_s));
         QVERIFY2(prompts.Errors.first().endsWith(u"The folder '%1' does not exist."_s.arg(folder)), qPrintable(prompts.Errors.first()));
-        QVERIFY(ReadFile(ErrorLogFile()).contains(", CDBCreate, Create_Database, "));
+        QVERIFY(ReadFile(ErrorLogFile()).contains(", CDBCreate, CreateNewDB, "));
         QVERIFY(!QFileInfo::exists(m_home->Path(u"no such folder"_s)));
     }
 };

@@ -78,6 +78,16 @@ inline QStringList Describe(const RichTextDocument& document)
     return list;
 }
 
+/// The description without the looks of line ends, which show nothing by themselves.
+inline QStringList DescribeWithoutLineEnds(const RichTextDocument& document)
+{
+    RichTextDocument copy = document;
+    const quint32 lineEnd = copy.NumberOf(CharFormat{.Font = copy.NumberOfFont({.Name = QStringLiteral("line end")})});
+    for (qsizetype at = copy.Text().indexOf(QLatin1Char('\r')); at >= 0; at = copy.Text().indexOf(QLatin1Char('\r'), at + 1))
+        copy.SetFormat(at, at + 2, lineEnd);
+    return Describe(copy);
+}
+
 /// What the first two lines that differ say, or nothing.
 inline QByteArray FirstDifference(const QStringList& actual, const QStringList& expected)
 {

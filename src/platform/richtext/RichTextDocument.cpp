@@ -18,9 +18,12 @@ CharFormat DefaultFormatOf(const RtfFont& font)
     return format;
 }
 
-bool HasLineEnd(QStringView text)
+/// Both are as long and have their line ends, or halves of them, at the same places.
+bool HasSameLineEnds(QStringView left, QStringView right)
 {
-    return text.contains(CR) || text.contains(LF);
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](QChar a, QChar b) {
+        return a == b || (a != CR && a != LF && b != CR && b != LF);
+    });
 }
 
 } // namespace
@@ -70,22 +73,31 @@ quint16 RichTextDocument::NumberOfFontName(const QString& name)
 qsizetype RichTextDocument::Replace(qsizetype position, qsizetype length, const QString& text, const CharFormat& format)
 {
     const QStringView old = QStringView(m_text).sliced(position, length);
-    const bool withinLine = text.size() == length && !HasLineEnd(text) && !HasLineEnd(old);
-    if (withinLine) { // the commonest change, of a word's spelling or look, moves nothing
+    if (HasSameLineEnds(old, text)) { // the commonest change, of a word's spelling or look, moves nothing
         if (old != text)
             std::copy(text.begin(), text.end(), m_text.begin() + position);
         m_runs.Set(position, position + length, NumberOf(format));
         return length;
     }
     const QString lines = WithCrLf(text);
-    const quint32 paragraph = m_paragraphs.ValueAt(position);
+    // A line end goes whole or stays whole.
+    const auto splits = [this](qsizetype at) { return at > 0 && at < Length() && m_text[at] == LF && m_text[at - 1] == CR; };
+    if (splits(position + length))
+        length += length > 0 ? 1 : 0;
+    if (splits(position)) {
+        --position;
+        length += length > 0 ? 1 : 0;
+    }
+    // What is left of whole paragraphs that go is the one behind them.
+    const bool wholeOnes = lines.isEmpty() && ParagraphBegin(position) == position;
+    const quint32 paragraph = m_paragraphs.ValueAt(wholeOnes ? position + length : position);
     m_text.replace(position, length, lines);
     m_runs.Erase(position, length);
     m_runs.Insert(position, lines.size(), NumberOf(format));
     m_paragraphs.Erase(position, length);
     m_paragraphs.Insert(position, lines.size(), paragraph);
     // The whole paragraph, as it is now, stands as its begin does.
-    m_paragraphs.Set(ParagraphBegin(position), ParagraphEnd(position + lines.size()), paragraph);
+    m_paragraphs.Set(ParagraphBegin(position), BehindParagraph(position + lines.size()), paragraph);
     return lines.size();
 }
 
@@ -154,13 +166,10 @@ void RichTextDocument::ChangeParagraphs(qsizetype begin, qsizetype end,
 {
     qsizetype at = ParagraphBegin(begin);
     do {
-        const qsizetype next = ParagraphEnd(at);
+        const qsizetype next = BehindParagraph(at);
         ParagraphFormat format = ParagraphAt(at);
         change(format);
-        // The last paragraph has no line end and may be empty: it has one position all the same.
-        m_paragraphs.Set(at, next == Length() ? next + 1 : next, NumberOf(format));
-        if (next == at)
-            break;
+        m_paragraphs.Set(at, next, NumberOf(format));
         at = next;
     } while (at < end);
 }
@@ -172,8 +181,14 @@ qsizetype RichTextDocument::ParagraphBegin(qsizetype position) const
 
 qsizetype RichTextDocument::ParagraphEnd(qsizetype position) const
 {
+    return std::min(BehindParagraph(position), Length());
+}
+
+/// The same; the last paragraph, which has no line end and may be empty, counts one position more.
+qsizetype RichTextDocument::BehindParagraph(qsizetype position) const
+{
     const qsizetype end = m_text.indexOf(LF, position);
-    return end < 0 ? Length() : end + 1;
+    return end < 0 ? Length() + 1 : end + 1;
 }
 
 void RichTextDocument::Append(QStringView text, quint32 format)

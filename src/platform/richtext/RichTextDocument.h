@@ -75,6 +75,7 @@ public:
     void DropLastLineEnd();
 
 private:
+    qsizetype BehindParagraph(qsizetype position) const;
     quint32 Translate(const RichTextDocument& other, quint32 format);
 
     QString m_text;

@@ -5,6 +5,8 @@
 #include "platform/richtext/RtfWords.h"
 
 #include <algorithm>
+#include <cctype>
+#include <optional>
 
 namespace qb {
 
@@ -36,8 +38,8 @@ public:
         FlushBytes();
         if (m_endedByParagraph)
             m_document.DropLastLineEnd();
-        else
-            m_document.FinishParagraph(ParagraphNumber());
+        else // the state of the outermost group, which may have been closed by now
+            m_document.FinishParagraph(m_lastParagraph.value_or(ParagraphNumber()));
     }
 
 private:
@@ -50,6 +52,7 @@ private:
         QList<qint32> Tabs;
         int FallbackLength = 1; ///< characters behind a \u for readers without Unicode
         int CodePage = 0;       ///< of the font; 0: of the document
+        int List = 0;           ///< the number by which the text names its list; 0: none
         quint32 Link = 0;       ///< of the field whose group this is
         bool InTable = false;
         bool Starred = false;   ///< the group began with \*: an unknown word means that it is skipped
@@ -57,7 +60,8 @@ private:
 
     void Take(const RtfToken& token)
     {
-        if (token.What != RtfToken::Byte && token.What != RtfToken::Characters)
+        const bool isText = token.What == RtfToken::Byte || token.What == RtfToken::Characters || token.What == RtfToken::Symbol;
+        if (!isText)
             FlushBytes();
         switch (token.What) {
         case RtfToken::GroupBegin:
@@ -99,6 +103,8 @@ private:
         }
         if (m_outer.empty())
             return;
+        if (m_outer.size() == 1)
+            m_lastParagraph = ParagraphNumber();
         const State ended = std::move(m_state);
         m_state = std::move(m_outer.back());
         m_outer.pop_back();
@@ -228,6 +234,7 @@ private:
             break;
         default: // ResetParagraph
             paragraph = {};
+            m_state.List = 0;
             m_state.Tabs.clear();
             m_state.InTable = false;
             break;
@@ -322,6 +329,8 @@ private:
             break;
         case Action::ListLevel:
             paragraph.ListLevel = quint8(std::clamp(number, 0, 8));
+            if (m_state.List != 0)
+                paragraph.List = m_lists.Find(m_state.List, paragraph.ListLevel);
             break;
         case Action::List:
             m_lists.BeginList();
@@ -349,10 +358,10 @@ private:
             m_pictureKnown = false;
             break;
         case Action::PictureWidth:
-            m_pictureWidth = number;
+            m_pictureWidth = std::max(0, number);
             break;
         default: // PictureHeight
-            m_pictureHeight = number;
+            m_pictureHeight = std::max(0, number);
             break;
         }
     }
@@ -405,6 +414,7 @@ private:
     void TakeSymbol(QStringView symbol)
     {
         if (symbol == u"*") {
+            FlushBytes();
             m_state.Starred = true;
             return;
         }
@@ -417,6 +427,7 @@ private:
             if (row.Symbol == symbol)
                 return TakeText(row.Text);
         }
+        FlushBytes();
         if (symbol == u"\r" || symbol == u"\n")
             EndParagraph();
     }
@@ -518,9 +529,26 @@ private:
     {
         if (m_state.Where != Destination::Body || text.isEmpty())
             return;
+        if (text.contains(u'\r') || text.contains(u'\n'))
+            return AppendLines(text);
+        m_behindCr = false;
         FlushCells();
         m_document.Append(text, FormatNumber());
         m_endedByParagraph = false;
+    }
+
+    /// Line ends that came as characters are line ends.
+    void AppendLines(QStringView text)
+    {
+        for (const QChar& character : text) {
+            if (character != u'\r' && character != u'\n') {
+                Append(QStringView(&character, 1));
+                continue;
+            }
+            if (character == u'\r' || !m_behindCr)
+                EndParagraph();
+            m_behindCr = character == u'\r';
+        }
     }
 
     void FlushCells()
@@ -543,6 +571,8 @@ private:
 
     void AppendPicture()
     {
+        m_picture.removeIf([](char c) { return !std::isxdigit(uchar(c)); });
+        m_picture.chop(m_picture.size() % 2); // half a byte is none
         const QByteArray bytes = m_pictureBinary.isEmpty() ? QByteArray::fromHex(m_picture) : m_pictureBinary;
         m_picture.clear();
         m_pictureBinary.clear();
@@ -595,6 +625,7 @@ private:
     {
         if (m_state.Where == Destination::ListOverrides)
             return m_lists.NameOverride(number);
+        m_state.List = number;
         m_state.Paragraph.List = m_lists.Find(number, m_state.Paragraph.ListLevel);
     }
 
@@ -611,6 +642,8 @@ private:
     QByteArray m_bytes; ///< of the code page, not decoded yet
     qsizetype m_pendingCells = 0; ///< ends of cells before which nothing has come since
     bool m_endedByParagraph = false;
+    bool m_behindCr = false; ///< a line feed that comes now belongs to the line end before
+    std::optional<quint32> m_lastParagraph;
     bool m_formatKnown = false;
     quint32 m_formatNumber = 0;
 

@@ -19,6 +19,12 @@ bool IsDigit(QChar character)
     return character >= u'0' && character <= u'9';
 }
 
+bool IsHexDigit(QChar character)
+{
+    const char16_t lower = character.unicode() | 0x20;
+    return IsDigit(character) || (lower >= u'a' && lower <= u'f');
+}
+
 /// Characters that stand for nothing in the text.
 bool IsIgnored(QChar character)
 {
@@ -71,10 +77,9 @@ RtfToken RtfTokenizer::Control()
 RtfToken RtfTokenizer::HexByte()
 {
     constexpr qsizetype Digits = 2;
-    bool ok = false;
     const QStringView digits = m_rtf.mid(m_at, Digits);
-    const int byte = digits.toInt(&ok, 16);
-    if (!ok || digits.size() < Digits)
+    const int byte = digits.toInt(nullptr, 16);
+    if (digits.size() < Digits || !std::all_of(digits.begin(), digits.end(), IsHexDigit))
         return {.What = RtfToken::Symbol, .Text = digits.first(0)}; // not understood: passed over
     m_at += Digits;
     return {.What = RtfToken::Byte, .Text = {}, .Number = byte};

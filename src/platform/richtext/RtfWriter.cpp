@@ -210,7 +210,7 @@ private:
         if (paragraph.Alignment != TextAlignment::Left)
             Word(alignments[size_t(paragraph.Alignment)]);
         for (const qint32 stop : m_document.TabStops(paragraph.Tabs))
-            length("\\tx", stop);
+            Word("\\tx" + QByteArray::number(stop));
     }
 
     void WriteRuns(qsizetype begin, qsizetype end)

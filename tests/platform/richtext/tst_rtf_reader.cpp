@@ -271,12 +271,11 @@ private Q_SLOTS:
         QTest::newRow("Japanese") << 128 << u"\\'8a\\'bf\\'b1"_s << u"漢ｱ"_s;
         QTest::newRow("Japanese, ASCII trail byte") << 128 << u"\\'83A"_s << u"ア"_s;
         QTest::newRow("Japanese, escaped trail byte") << 128 << u"\\'83\\'5cb"_s << u"ソb"_s;
-        QTest::newRow("Japanese, more text behind the trail byte") << 128 << u"\\'83Abc\\'83B"_s << u"アbcイ"_s;
+        QTest::newRow("Japanese, more text behind the trail byte") << 128 << u"\\'83Abc\\'83C"_s << u"アbcイ"_s;
         QTest::newRow("Japanese, cut by the line end of the file") << 128 << u"\\'83\r\n\\'41"_s << u"ア"_s;
         QTest::newRow("Japanese, trail byte is a backslash") << 128 << u"\\'83\\\\b"_s << u"ソb"_s;
         QTest::newRow("Japanese, trail byte is a brace") << 128 << u"\\'83\\{b\\'83\\}"_s << u"ボbマ"_s;
         QTest::newRow("Korean") << 129 << u"\\'b0\\'a1"_s << u"가"_s;
-        QTest::newRow("Korean, Johab") << 130 << u"\\'88a"_s << u"가"_s;
         QTest::newRow("Chinese, simplified") << 134 << u"\\'c4\\'e3\\'81@"_s << u"你丂"_s;
         QTest::newRow("Chinese, traditional") << 136 << u"\\'a4\\'a4\\'a4@"_s << u"中一"_s;
         QTest::newRow("Greek") << 161 << u"\\'e1"_s << u"α"_s;
@@ -421,7 +420,6 @@ private Q_SLOTS:
         QTest::newRow("too few closed") << u"a{{{{b"_s;
         QTest::newRow("closed before") << u"}}a{b"_s;
         QTest::newRow("table that never ends") << u"a}b{\\fonttbl{\\f0 c"_s;
-        QTest::newRow("picture that never ends") << u"ab{\\pict\\pngblip 0102"_s;
         QTest::newRow("4 GB of raw data") << u"a\\bin4294967295 b"_s;
         QTest::newRow("2 GB of raw data") << u"a\\bin2147483647 b"_s;
         QTest::newRow("4 GB of picture") << u"a{\\pict\\pngblip\\bin4294967295 }b"_s;

@@ -134,16 +134,6 @@ RichTextDocument RandomDocument(quint32 seed)
     return document;
 }
 
-/// The description without the looks of line ends, which show nothing by themselves.
-QStringList DescribeWithoutLineEnds(const RichTextDocument& document)
-{
-    RichTextDocument copy = document;
-    const quint32 lineEnd = copy.NumberOf(CharFormat{.Font = copy.NumberOfFont({.Name = u"line end"_s})});
-    for (qsizetype at = copy.Text().indexOf(u'\r'); at >= 0; at = copy.Text().indexOf(u'\r', at + 1))
-        copy.SetFormat(at, at + 2, lineEnd);
-    return Describe(copy);
-}
-
 } // namespace
 
 class TestRtfRoundTrip : public QObject {
