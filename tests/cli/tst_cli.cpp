@@ -1,42 +1,14 @@
 #include "platform/dao/DBEngine.h"
+#include "support/CliRun.h"
 #include "support/LibraryBuilder.h"
 #include "support/TestRun.h"
 
 #include <QDir>
 #include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QProcess>
 
 using namespace qb;
 using namespace qb::test;
 using namespace Qt::StringLiterals;
-
-namespace {
-
-struct Outcome {
-    int Status = -1;
-    QString Out;
-    QString Error;
-
-    QJsonObject Object() const { return QJsonDocument::fromJson(Out.toUtf8()).object(); }
-    QJsonArray Array() const { return QJsonDocument::fromJson(Out.toUtf8()).array(); }
-};
-
-Outcome Cli(const QStringList& arguments, const QByteArray& input = {})
-{
-    QProcess process;
-    process.start(qEnvironmentVariable("QUILLBASE_CLI"), arguments);
-    process.write(input);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
-        return {};
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
-}
-
-} // namespace
 
 class TestCli : public QObject {
     Q_OBJECT

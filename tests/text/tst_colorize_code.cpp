@@ -217,8 +217,17 @@ private Q_SLOTS:
     {
         RichText box = Box(u"ab cd \r\nx "_s);
         Bold(box, 0, 10);
-        Paint(box, Lines);
+        Paint(box, Blocks);
         QCOMPARE(Bolds(box), u"--B--BBB-B"_s);
+    }
+
+    void boldLastLine_losesItsBoldWithoutBlockComments()
+    {
+        // Behind the text stands an empty comment, whose line is the last one.
+        RichText box = Box(u"((\r\n(("_s);
+        Bold(box, 0, 6);
+        Paint(box, Lines);
+        QCOMPARE(Bolds(box), u"BBBB--"_s);
     }
 
     void boldLine_losesItsBold_data()
@@ -229,7 +238,6 @@ private Q_SLOTS:
         QTest::newRow("string") << u"( \"a\" ("_s;
         QTest::newRow("line comment") << u"( 'a"_s;
         QTest::newRow("block comment") << u"( /*a*/ ("_s;
-        QTest::newRow("remark") << u"( rem a"_s;
     }
 
     void boldLine_losesItsBold()
@@ -261,13 +269,24 @@ private Q_SLOTS:
     {
         QFETCH(LanguageDefinition, language);
         const QString header = language.Comment + Marker + u"Dim Main"_s + u"   ###############"_s;
-        RichText box = Box(header + u"\r\ndim "_s);
-        Bold(box, 0, header.size());
+        RichText box = Box(u"dim (\r\n"_s + header);
+        Bold(box, 7, header.size());
         Paint(box, language);
-        QCOMPARE(box.Text(), header + u"\r\nDim "_s);
-        QCOMPARE(Marks(box).left(header.size()), QString(header.size(), u'.'));
-        QCOMPARE(Bolds(box), QString(header.size(), u'B') + u"------"_s);
-        QVERIFY(Marks(box).endsWith(u"KKK."_s));
+        QCOMPARE(box.Text(), u"Dim (\r\n"_s + header);
+        QCOMPARE(Marks(box), u"KKK...."_s + QString(header.size(), u'.'));
+        QCOMPARE(Bolds(box), u"-------"_s + QString(header.size(), u'B'));
+    }
+
+    void gapBehindABoldSectionHeader_isPaintedFromTheBeginOfTheHeader()
+    {
+        // The header was not painted, so the caret stands before it, and the gap is counted from there.
+        const QString header = u"'"_s + Marker + u"Main"_s;
+        RichText box = Box(header + u"\r\n dim "_s);
+        Bold(box, 0, header.size());
+        Paint(box, Lines);
+        QCOMPARE(box.Text(), header + u"\r\n Dim "_s);
+        QCOMPARE(Marks(box), u"ppp"_s + QString(header.size(), u'.') + u"KKK."_s);
+        QCOMPARE(Bolds(box), QString(header.size(), u'B') + u"-------"_s);
     }
 
     void sectionHeaderThatIsNotBold_isAComment()

@@ -73,7 +73,9 @@ bool RichText::SetSelText(const QString& text)
 {
     if (IsProtected(m_start, m_length))
         return false;
-    const CharFormat format = InsertionFormat();
+    CharFormat format = InsertionFormat();
+    if (!m_typing)
+        format.Protected = 0; // what comes in beside a protected text is not part of it
     MoveTo(m_start + m_document.Replace(m_start, m_length, text, format));
     return true;
 }

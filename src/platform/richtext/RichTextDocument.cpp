@@ -30,21 +30,23 @@ bool HasSameLineEnds(QStringView left, QStringView right)
 
 QString WithCrLf(const QString& text)
 {
-    const qsizetype pairs = text.count("\r\n"_L1);
-    if (text.count(CR) == pairs && text.count(LF) == pairs)
-        return text;
     QString result;
-    result.reserve(text.size() + text.size() / 16);
+    qsizetype copied = 0;
     for (qsizetype i = 0; i < text.size(); ++i) {
-        const bool first = text[i] == CR && i + 1 < text.size() && text[i + 1] == LF;
-        if (first)
+        const char16_t unit = text[i].unicode();
+        if (unit > u'\r' || (unit != u'\r' && unit != u'\n'))
             continue;
-        if (text[i] == CR || text[i] == LF)
-            result += "\r\n"_L1;
-        else
-            result += text[i];
+        if (unit == u'\r' && i + 1 < text.size() && text[i + 1] == LF) {
+            ++i; // a whole one
+            continue;
+        }
+        if (copied == 0)
+            result.reserve(text.size() + text.size() / 16);
+        result += QStringView(text).sliced(copied, i - copied);
+        result += "\r\n"_L1;
+        copied = i + 1;
     }
-    return result;
+    return copied == 0 ? text : result += QStringView(text).sliced(copied);
 }
 
 RichTextDocument::RichTextDocument(const RtfFont& font)

@@ -122,7 +122,8 @@ public:
         AppendColorTable();
         m_out += "\r\n";
         for (qsizetype at = 0;;) {
-            const qsizetype end = m_text.indexOf("\r\n"_L1, at);
+            const qsizetype lineFeed = m_text.indexOf(u'\n', at); // the second half of a line end
+            const qsizetype end = lineFeed < 0 ? -1 : lineFeed - 1;
             WriteParagraph(at, end < 0 ? m_text.size() : end);
             if (end >= 0)
                 WriteFormat(m_document.FormatAt(end)); // a line end has a look of its own

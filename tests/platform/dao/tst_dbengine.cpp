@@ -188,7 +188,7 @@ private Q_SLOTS:
             const FileSizeLimit limit(1000);
             number = NumberRaisedBy([&home] { DBEngine::CreateDatabase(home.Path(u"data/new.qbd"_s)); });
         }
-        QCOMPARE(number, 3026);
+        QCOMPARE(number, 3043);
         QCOMPARE(FileNames(home.Path(u"data"_s)), QStringList());
     }
 
