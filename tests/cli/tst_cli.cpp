@@ -267,6 +267,39 @@ private Q_SLOTS:
         QCOMPARE(Field(again[u"id"].toInt() + 1, u"code"_s), u"/* café */\n"_s);
     }
 
+    void folderOfOrphans_canBeDescribed()
+    {
+        NewLibrary();
+        const auto database = DBEngine::OpenDatabase(m_library);
+        database->Execute(u"INSERT INTO Items (Title) VALUES ('Orphaned Items')"_s);
+        QCOMPARE(Cli({u"set"_s, m_library, u"1"_s, u"--description"_s, u"waiting"_s}).Status, 0);
+        QCOMPARE(Field(1, u"description"_s), u"waiting\n"_s);
+    }
+
+    void newLibraryInAMissingFolder_isNamedAsTheUserDid()
+    {
+        const QString path = m_home->Path(u"no folder/x.qbd"_s);
+        const Outcome outcome = Cli({u"new"_s, path});
+        QCOMPARE(outcome.Status, 1);
+        QVERIFY2(outcome.Error.contains(u"'%1' can't be made"_s.arg(path)), qPrintable(outcome.Error));
+        QVERIFY(!outcome.Error.contains(u".new"_s));
+    }
+
+    void limitOnFileSizes_isAnErrorOfTheWrite()
+    {
+        NewLibrary();
+        WriteFile(m_home->Path(u"big.txt"_s), QByteArray(3'000'000, 'x'));
+        const QByteArray before = ReadFile(m_library);
+        QProcess shell; // blocks of 1024 bytes
+        shell.start(u"bash"_s, {u"-c"_s, u"ulimit -f 1024; exec \"$@\""_s, u"bash"_s, qEnvironmentVariable("QUILLBASE_CLI"), u"add"_s, m_library,
+                                u"--title"_s, u"t"_s, u"--code"_s, m_home->Path(u"big.txt"_s)});
+        QVERIFY(shell.waitForFinished());
+        QCOMPARE(shell.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(shell.exitCode(), 1);
+        QVERIFY(shell.readAllStandardError().contains("a limit on file sizes"));
+        QCOMPARE(ReadFile(m_library), before);
+    }
+
     void check_namesLostItemsAndExitsWith1()
     {
         NewLibrary();

@@ -244,6 +244,33 @@ private Q_SLOTS:
         QCOMPARE(Find<QLabel>(u"lblTitle"_s)->text(), Text(Child(Root(), 0)));
     }
 
+    void commandThatFails_isReportedAndTheWindowGoesOn()
+    {
+        MakeDefaultLibrary();
+        Open();
+        DBEngine::OpenDatabase(DefaultLibrary())->Execute(u"DROP TABLE Bookmarks"_s);
+        DBEngine::OpenDatabase(DefaultLibrary())->Execute(u"ALTER TABLE Items RENAME TO Gone"_s);
+        m_prompts->ExpectError();
+        m_prompts->ExpectError();
+        Action(u"mnuViewRefresh"_s)->trigger();
+        QVERIFY(m_window->isVisible());
+    }
+
+    void reload_keepsTheWayBack()
+    {
+        MakeDefaultLibrary();
+        Open();
+        ClickOn(Child(Root(), 0));
+        ClickOn(Child(Root(), 1));
+        AddItem(*m_window->CurrentDatabase(), 0, u"added by another"_s);
+        Action(u"mnuViewRefresh"_s)->trigger();
+        QCOMPARE(Tree()->model()->rowCount(Root()), 3);
+        QVERIFY(Action(u"BACK"_s)->isEnabled());
+        QVERIFY(Find<QLabel>(u"sbrMainPanel2"_s)->text().isEmpty());
+        Action(u"BACK"_s)->trigger();
+        QCOMPARE(Find<QLabel>(u"lblTitle"_s)->text(), u"Äpfel"_s);
+    }
+
     void closing_countsTheDayAndLetsGoOfTheLibrary()
     {
         MakeDefaultLibrary();

@@ -7,6 +7,9 @@
 #include <QDir>
 #include <QFile>
 
+#include <cstdio>
+#include <unistd.h>
+
 using namespace qb;
 using namespace qb::test;
 using namespace Qt::StringLiterals;
@@ -54,6 +57,25 @@ private Q_SLOTS:
         m_home.emplace();
         m_library = MakeLibrary(m_home->Path(u"Ziel.qbd"_s), LanguageType::None);
         QDir().mkpath(Source());
+    }
+
+    void whatCannotBeTakenIn_isNamed()
+    {
+        WriteFile(Source(u"good.c"_s), "int x;\n");
+        WriteFile(Source(u"plain"_s), "x");
+        const QByteArray folder = QFile::encodeName(Source());
+        // A name that is no text, a link to a folder and a link to nothing
+        QCOMPARE(::rename((folder + "/plain").constData(), (folder + "/bad\xff.c").constData()), 0);
+        QCOMPARE(::symlink("/tmp", (folder + "/folder").constData()), 0);
+        QCOMPARE(::symlink("/no/such", (folder + "/dangling").constData()), 0);
+        const FolderImportResult result = Import();
+        QCOMPARE(result.Files, 1);
+        QCOMPARE(result.Folders, 1);
+        QStringList reasons = Skipped(result);
+        reasons.sort();
+        QCOMPARE(reasons, (QStringList{Source(u"bad\u00ff.c: its name is no text"_s), Source(u"dangling: it is a link to nothing"_s),
+                                       Source(u"folder: it is a link to a folder"_s)}));
+        QCOMPARE(Shape(), u"root(Quëllen(good.c))"_s);
     }
 
     void cleanup()

@@ -265,6 +265,17 @@ private Q_SLOTS:
         QCOMPARE(s->OpenPath(), one);
     }
 
+    void libraryUsedLastThatIsNotInTheList_isNamedWithAStar()
+    {
+        const QString listed = s->LibraryFile(u"listed.qbd"_s);
+        const QString interim = s->LibraryFile(u"interim.qbd"_s);
+        TestSession::Store(u"Databases"_s, u"ChosenDatabases"_s, listed + u"|Listed;"_s);
+        TestSession::Store(u"Settings"_s, u"LastDB"_s, interim);
+        QVERIFY(s->Start());
+        QCOMPARE(s->Shell.ComboText(), u"*interim.qbd"_s);
+        QCOMPARE(s->Shape(), u"*interim.qbd Library(item)"_s);
+    }
+
     void itemShownWhenALibraryIsRefused_canBeOpenedAgain()
     {
         const QString old = s->LibraryFile(u"old.qbd"_s);

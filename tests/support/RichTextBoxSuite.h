@@ -57,7 +57,7 @@ public:
             {"upTo_withoutAMember_goesToTheEnd", upTo_withoutAMember_goesToTheEnd},
             {"upTo_negated_goesToTheNearestOther", upTo_negated_goesToTheNearestOther},
             {"upTo_goesFromTheEdgesOfTheSelection", upTo_goesFromTheEdgesOfTheSelection},
-            {"upTo_stopsBetweenCrAndLf", upTo_stopsBetweenCrAndLf},
+            {"upTo_stopsAtLineEnds", upTo_stopsAtLineEnds},
             {"span_extendsOverMembers", span_extendsOverMembers},
             {"span_negated_extendsUpToAMember", span_negated_extendsUpToAMember},
             {"span_backward_keepsTheEnd", span_backward_keepsTheEnd},
@@ -464,6 +464,8 @@ private:
         Select(box, 1, 2);
         QVERIFY(box.SetSelText(S(u"-")));
         QCOMPARE(box.Text(), S(u"a-cdyef"));
+        Select(box, 4, 1); // what was typed behind is not part of it
+        QCOMPARE(box.SelProtected(), std::optional(false));
     }
 
     static void protectedText_withItsLookTakenOff_isNotTypedOn(IRichTextBox& box)
@@ -677,7 +679,7 @@ private:
         QCOMPARE(Selection(box), S(u"2+0"));
     }
 
-    static void upTo_stopsBetweenCrAndLf(IRichTextBox& box)
+    static void upTo_stopsAtLineEnds(IRichTextBox& box)
     {
         box.SetText(S(u"ab\r\ncd\r\nef"));
         Select(box, 5);
@@ -715,8 +717,8 @@ private:
         box.Span(u"\r", Direction::Forward, Members::NotOf);
         QCOMPARE(box.SelText(), S(u"ef"));
         Select(box, 4);
-        box.Span(u"\n,f", Direction::Forward, Members::NotOf);
-        QCOMPARE(box.SelText(), S(u"cd\r"));
+        box.Span(u",f\r", Direction::Forward, Members::NotOf);
+        QCOMPARE(box.SelText(), S(u"cd"));
     }
 
     static void span_backward_keepsTheEnd(IRichTextBox& box)

@@ -189,6 +189,13 @@ private Q_SLOTS:
         QVERIFY2(box.Text().endsWith(u"\r\nDim "_s), qPrintable(box.Text()));
     }
 
+    void keywordOverALineEnd_spoilsNothingBehindIt()
+    {
+        RichText box = Box(u"cla\"\r\nss //int\r\nint x //c\r\n"_s);
+        Paint(box, Slashes);
+        QVERIFY2(box.Text().endsWith(u"ss //int\r\nint x //c\r\n"_s), qPrintable(box.Text()));
+    }
+
     void remarkInLettersThatGrowWhenLowered_keepsTheLengthOfTheText()
     {
         RichText box = Box(u"rem \u0130\r\ndim "_s);

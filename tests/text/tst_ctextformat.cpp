@@ -404,11 +404,11 @@ private Q_SLOTS:
     void failureOfAnIndent_isIgnored()
     {
         m_box->Fails = true;
-        m_format->IncreaseIndent();
-        m_format->DecreaseIndent();
+        QVERIFY_THROWS_NO_EXCEPTION(m_format->IncreaseIndent());
+        QVERIFY_THROWS_NO_EXCEPTION(m_format->DecreaseIndent());
         m_format->SetRichTextBox(nullptr);
-        m_format->IncreaseIndent();
-        m_format->DecreaseIndent();
+        QVERIFY_THROWS_NO_EXCEPTION(m_format->IncreaseIndent());
+        QVERIFY_THROWS_NO_EXCEPTION(m_format->DecreaseIndent());
         QVERIFY(!QFile::exists(ErrorLogFile()));
     }
 

@@ -94,6 +94,15 @@ std::unique_ptr<Database> DBEngine::CreateDatabase(const QString& path)
     }
 }
 
+/// Reading the schema brings damage to light, and an unfinished transaction to its end.
+std::unique_ptr<Database> DBEngine::ConnectAndLook(const QString& path, Access access)
+{
+    std::unique_ptr<Database> database =
+        Connect(path, access == Access::ReadWrite ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY);
+    database->QueryValue(u"SELECT count(*) FROM sqlite_schema"_s);
+    return database;
+}
+
 std::unique_ptr<Database> DBEngine::OpenDatabase(const QString& path, Access access)
 {
     RefuseWhatIsNoDatabase(path);
@@ -102,19 +111,15 @@ std::unique_ptr<Database> DBEngine::OpenDatabase(const QString& path, Access acc
             throw RuntimeError(ErrorNumber::CannotOpen, u"'%1' can't be changed. %2"_s.arg(Shown(path), reason),
                                u"DBEngine::OpenDatabase"_s);
     }
-    std::unique_ptr<Database> database =
-        Connect(path, access == Access::ReadWrite ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY);
-    // Reading the schema brings damage to light, and an unfinished transaction to its end.
+    std::unique_ptr<Database> database;
     try {
-        database->QueryValue(u"SELECT count(*) FROM sqlite_schema"_s);
+        database = ConnectAndLook(path, access);
     } catch (const RuntimeError& error) {
         if (access != Access::ReadOnly || error.Number() != ErrorNumber::ReadOnly)
             throw;
         // A write was cut off in the middle. To undo it, the file has to be written once.
-        database.reset();
         OpenDatabase(path, Access::ReadWrite);
-        database = Connect(path, SQLITE_OPEN_READONLY);
-        database->QueryValue(u"SELECT count(*) FROM sqlite_schema"_s);
+        database = ConnectAndLook(path, access);
     }
     if (access == Access::ReadWrite && database->IsReadOnly())
         throw RuntimeError(ErrorNumber::CannotOpen, u"'%1' is read-only."_s.arg(Shown(path)),

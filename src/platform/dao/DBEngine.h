@@ -35,6 +35,7 @@ public:
 
 private:
     static std::unique_ptr<Database> Connect(const QString& path, int flags);
+    static std::unique_ptr<Database> ConnectAndLook(const QString& path, Access access);
 };
 
 } // namespace qb

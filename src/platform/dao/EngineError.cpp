@@ -5,8 +5,6 @@
 #include <QDir>
 #include <sqlite3.h>
 
-#include <cerrno>
-
 namespace qb {
 
 using namespace Qt::StringLiterals;
@@ -23,6 +21,9 @@ struct Entry {
 constexpr Entry Entries[] = {
     {SQLITE_CONSTRAINT_FOREIGNKEY, ErrorNumber::RelatedRecordRequired,
      "The change was refused: a related record is missing or still in use."},
+    {SQLITE_IOERR_WRITE, ErrorNumber::DiskError,
+     "'%1' could not be written: the disk is full, a limit on file sizes is reached, or the disk or the network "
+     "failed; nothing was changed."},
     {SQLITE_FULL, ErrorNumber::DiskFull, "There is not enough space on the disk of '%1'; nothing was changed."},
     {SQLITE_READONLY, ErrorNumber::ReadOnly, "'%1' is read-only; nothing was changed."},
     {SQLITE_CANTOPEN, ErrorNumber::CannotOpen,
@@ -39,12 +40,6 @@ constexpr Entry Entries[] = {
 };
 
 constexpr int PrimaryCodeMask = 0xff;
-
-/// A quota or a limit on file sizes is a full disk to the user.
-bool NoSpace(int systemError)
-{
-    return systemError == ENOSPC || systemError == EDQUOT || systemError == EFBIG;
-}
 
 /// Named column checks come back as "CHECK constraint failed: <column>:<rule>".
 RuntimeError CheckError(const QString& detail, const QString& action)
@@ -89,8 +84,6 @@ RuntimeError EngineError(sqlite3* connection, int code, const QString& file, con
     const int extended = connection ? sqlite3_extended_errcode(connection) : code;
     const QString detail = QString::fromUtf8(connection ? sqlite3_errmsg(connection) : sqlite3_errstr(code));
     const QString path = QDir::toNativeSeparators(file);
-    if (connection && (extended & PrimaryCodeMask) == SQLITE_IOERR && NoSpace(sqlite3_system_errno(connection)))
-        return EngineError(nullptr, SQLITE_FULL, file, action);
     for (const Entry& entry : Entries) {
         if (entry.Code == extended || entry.Code == (extended & PrimaryCodeMask))
             return {entry.Number, QString::fromLatin1(entry.Text).replace(u"%1"_s, path), action};
