@@ -14,6 +14,7 @@
 #include "text/CTextFormat.h"
 
 #include <QFileInfo>
+#include <algorithm>
 
 namespace qb::cli {
 
@@ -83,7 +84,7 @@ int ColorizeFile(const Arguments& arguments)
 
 int Colorize(const QStringList& words)
 {
-    const bool file = words.contains(u"--language"_s);
+    const bool file = std::any_of(words.begin(), words.end(), [](const QString& word) { return word.startsWith("--language"_L1); });
     const QList<Arguments::Option> options =
         file ? QList<Arguments::Option>{{"language", "name"}, {"rtf", ""}, {"html", ""}} : QList<Arguments::Option>{{"save", ""}};
     const Arguments arguments(words, options, file ? 1 : 2);

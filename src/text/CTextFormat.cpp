@@ -33,11 +33,19 @@ std::optional<To> As(const std::optional<From>& value)
 
 } // namespace
 
+/// The box; an error when none is set.
+IRichTextBox& CTextFormat::Box() const
+{
+    if (!m_box)
+        throw RuntimeError(ErrorNumber::ObjectNotSet, u"There is no text to be formatted."_s, ModuleName);
+    return *m_box;
+}
+
 void CTextFormat::SetFont(const QString& name)
 {
     Guarded(ModuleName, u"<<Let>> Font"_s, [&] {
         m_font = name;
-        m_box->SetSelFontName(name);
+        Box().SetSelFontName(name);
     });
 }
 
@@ -45,7 +53,7 @@ void CTextFormat::SetSize(int points)
 {
     Guarded(ModuleName, u"<<Let>> Size"_s, [&] {
         m_size = points;
-        m_box->SetSelFontSize(points);
+        Box().SetSelFontSize(points);
     });
 }
 
@@ -55,7 +63,7 @@ void CTextFormat::LetState(const QString& property, bool& known, bool on, void (
 {
     Guarded(ModuleName, u"<<Let>> "_s + property, [&] {
         known = on;
-        (m_box->*set)(on);
+        (Box().*set)(on);
         Q_EMIT (this->*tell)(on);
     });
 }
@@ -79,8 +87,8 @@ void CTextFormat::SetBullets(bool on)
 {
     Guarded(ModuleName, u"<<Let>> Bullets"_s, [&] {
         m_bullets = on;
-        m_box->SetSelBullet(on);
-        m_box->SetBulletIndent(on ? BulletIndent : 0);
+        Box().SetSelBullet(on);
+        Box().SetBulletIndent(on ? BulletIndent : 0);
         Q_EMIT BulletStateChanged(on);
     });
 }
@@ -89,7 +97,7 @@ void CTextFormat::SetAlignment(int alignment)
 {
     Guarded(ModuleName, u"<<Let>> Alignment"_s, [&] {
         m_alignment = alignment;
-        m_box->SetSelAlignment(TextAlignment(alignment));
+        Box().SetSelAlignment(TextAlignment(alignment));
         Q_EMIT AllignmentStateChanged(alignment);
     });
 }
@@ -98,44 +106,51 @@ void CTextFormat::SetColor(quint32 color)
 {
     Guarded(ModuleName, u"<<Let>> Color"_s, [&] {
         m_color = color;
-        m_box->SetSelColor(color);
+        Box().SetSelColor(color);
     });
 }
 
 void CTextFormat::IncreaseIndent()
 {
-    if (m_box)
-        m_box->SetSelIndent(m_box->SelIndent().value_or(0) + IndentStep);
+    IndentBy(IndentStep);
 }
 
 void CTextFormat::DecreaseIndent()
 {
-    if (m_box)
-        m_box->SetSelIndent(m_box->SelIndent().value_or(0) - IndentStep);
+    IndentBy(-IndentStep);
+}
+
+void CTextFormat::IndentBy(int twips)
+{
+    try {
+        Box().SetSelIndent(Box().SelIndent().value_or(0) + twips);
+    } catch (const std::exception&) {
+        // An indent that can't be changed stays, without a word.
+    }
 }
 
 void CTextFormat::Format()
 {
     Guarded(ModuleName, u"Format"_s, [this] {
-        m_box->SetSelFontName(m_font);
-        m_box->SetSelFontSize(m_size);
-        m_box->SetSelBold(m_bold);
-        m_box->SetSelItalic(m_italic);
-        m_box->SetSelUnderline(m_underline);
-        m_box->SetSelColor(m_color);
+        Box().SetSelFontName(m_font);
+        Box().SetSelFontSize(m_size);
+        Box().SetSelBold(m_bold);
+        Box().SetSelItalic(m_italic);
+        Box().SetSelUnderline(m_underline);
+        Box().SetSelColor(m_color);
     });
 }
 
 void CTextFormat::ReadValues()
 {
     Guarded(ModuleName, u"ReadValues"_s, [this] {
-        ReadOne(m_font, m_box->SelFontName(), [this](const QString& font) { Q_EMIT eFontChanged(font); });
-        ReadOne(m_size, As<int>(m_box->SelFontSize()), [this](int size) { Q_EMIT eFontSizeChanged(size); });
-        ReadOne(m_bold, m_box->SelBold(), [this](bool on) { Q_EMIT eBoldStateChanged(on); });
-        ReadOne(m_italic, m_box->SelItalic(), [this](bool on) { Q_EMIT eItalicStateChanged(on); });
-        ReadOne(m_underline, m_box->SelUnderline(), [this](bool on) { Q_EMIT eUnderlineStateChanged(on); });
-        ReadOne(m_bullets, m_box->SelBullet(), [this](bool on) { Q_EMIT BulletStateChanged(on); });
-        ReadOne(m_alignment, As<int>(m_box->SelAlignment()), [this](int alignment) { Q_EMIT AllignmentStateChanged(alignment); });
+        ReadOne(m_font, Box().SelFontName(), [this](const QString& font) { Q_EMIT eFontChanged(font); });
+        ReadOne(m_size, As<int>(Box().SelFontSize()), [this](int size) { Q_EMIT eFontSizeChanged(size); });
+        ReadOne(m_bold, Box().SelBold(), [this](bool on) { Q_EMIT eBoldStateChanged(on); });
+        ReadOne(m_italic, Box().SelItalic(), [this](bool on) { Q_EMIT eItalicStateChanged(on); });
+        ReadOne(m_underline, Box().SelUnderline(), [this](bool on) { Q_EMIT eUnderlineStateChanged(on); });
+        ReadOne(m_bullets, Box().SelBullet(), [this](bool on) { Q_EMIT BulletStateChanged(on); });
+        ReadOne(m_alignment, As<int>(Box().SelAlignment()), [this](int alignment) { Q_EMIT AllignmentStateChanged(alignment); });
     });
 }
 

@@ -73,6 +73,8 @@ Q_SIGNALS:
     void AllignmentStateChanged(int alignment);
 
 private:
+    IRichTextBox& Box() const;
+    void IndentBy(int twips);
     void LetState(const QString& property, bool& known, bool on, void (IRichTextBox::*set)(bool),
                   void (CTextFormat::*tell)(bool));
     void ReadKeywords(Database& database);

@@ -141,7 +141,9 @@ void ColorizeScan::PaintWord()
         return;
     }
     m_box.SetSelColor(plain.isNull() ? m_rules.ColouredKeywordColour : m_rules.KeywordColour);
-    m_box.SetSelText(known.toString());
+    const QStringView range = QStringView(m_text).sliced(m_wordStart - 1, m_word.size());
+    if (!range.contains(u'\r') && !range.contains(u'\n')) // half a line end can't be written over
+        m_box.SetSelText(known.toString());
     UnboldLine();
 }
 
@@ -208,8 +210,11 @@ void ColorizeScan::PaintComment(qsizetype count)
 {
     const qsizetype start = m_box.SelStart();
     const bool header = m_box.SelBold() == true && QStringView(m_text).sliced(start).startsWith(m_header);
-    if (header)
-        return; // the header of a section stays as it is
+    if (header) {
+        // The header of a section stays as it is. The next gap begins behind it.
+        m_box.SetSelStart(start + count);
+        return;
+    }
     m_box.SetSelLength(count);
     m_box.SetSelColor(m_rules.CommentColour);
     UnboldLine();

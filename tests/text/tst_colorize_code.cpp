@@ -284,15 +284,14 @@ private Q_SLOTS:
         QCOMPARE(Bolds(box), u"-------"_s + QString(header.size(), u'B'));
     }
 
-    void gapBehindABoldSectionHeader_isPaintedFromTheBeginOfTheHeader()
+    void gapBehindABoldSectionHeader_leavesTheHeaderAsItIs()
     {
-        // The header was not painted, so the caret stands before it, and the gap is counted from there.
         const QString header = u"'"_s + Marker + u"Main"_s;
         RichText box = Box(header + u"\r\n dim "_s);
         Bold(box, 0, header.size());
         Paint(box, Lines);
         QCOMPARE(box.Text(), header + u"\r\n Dim "_s);
-        QCOMPARE(Marks(box), u"ppp"_s + QString(header.size(), u'.') + u"KKK."_s);
+        QCOMPARE(Marks(box), QString(header.size(), u'.') + u"pppKKK."_s);
         QCOMPARE(Bolds(box), QString(header.size(), u'B') + u"-------"_s);
     }
 

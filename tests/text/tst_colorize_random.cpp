@@ -132,11 +132,11 @@ private:
         m_box.SetSelLength(m_word.size());
         if (const QString plain = Spelling(m_plain); !plain.isEmpty()) {
             m_box.SetSelColor(Colour(m_language.KeywordColour));
-            m_box.SetSelText(plain);
+            Respell(plain);
             Unbold();
         } else if (const QString coloured = Spelling(m_coloured); !coloured.isEmpty()) {
             m_box.SetSelColor(Colour(m_language.ColouredKeywordColour));
-            m_box.SetSelText(coloured);
+            Respell(coloured);
             Unbold();
         } else {
             m_box.SetSelColor(Colour(m_language.KeywordColour));
@@ -227,11 +227,21 @@ private:
         PaintComment(count);
     }
 
+    /// Half a line end can't be written over.
+    void Respell(const QString& word)
+    {
+        const QString range = m_box.SelText();
+        if (!range.contains(u'\r') && !range.contains(u'\n'))
+            m_box.SetSelText(word);
+    }
+
     void PaintComment(qsizetype count)
     {
         const QString header = m_language.Comment + u"###############   "_s;
-        if (m_box.SelBold() == true && At(m_box.SelStart() + 1, header.size()) == header)
+        if (m_box.SelBold() == true && At(m_box.SelStart() + 1, header.size()) == header) {
+            m_box.SetSelStart(m_box.SelStart() + count);
             return;
+        }
         m_box.SetSelLength(count);
         m_box.SetSelColor(Colour(m_language.CommentColour));
         Unbold();
