@@ -293,6 +293,17 @@ private Q_SLOTS:
         QVERIFY(!m_window->findChild<QCheckBox*>(u"chkTipsOnStartup"_s));
     }
 
+    void sessionUndo_keepsACopyOfTheStart()
+    {
+        MakeDefaultLibrary();
+        SaveSetting(SettingsApplication, u"Settings"_s, u"DBEnableSessionUndo"_s, u"True"_s);
+        const QString copy = m_home->Path(u"data/KTSStartupBackup.qbd"_s);
+        WriteFile(copy, "of the session before");
+        Open();
+        QCOMPARE(DBEngine::OpenDatabase(copy)->QueryValue(u"SELECT count(*) FROM Items"_s).ToLong(), 3);
+        QVERIFY(m_window->CurrentDatabase());
+    }
+
     void statusBarSetting_isFollowedAndKept()
     {
         SaveSetting(SettingsApplication, u"Settings"_s, u"ShowStatusBar"_s, u"False"_s);
