@@ -97,8 +97,6 @@ const QString Marker = u"###############   "_s;
 
 } // namespace
 
-Q_DECLARE_METATYPE(qb::LanguageDefinition)
-
 class TestColorizeCode : public QObject {
     Q_OBJECT
 

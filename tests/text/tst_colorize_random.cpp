@@ -444,7 +444,5 @@ private Q_SLOTS:
     }
 };
 
-Q_DECLARE_METATYPE(qb::LanguageDefinition)
-
 QB_TEST_MAIN(TestColorizeRandom)
 #include "tst_colorize_random.moc"
