@@ -44,7 +44,7 @@ public:
     const TextPicture& Picture(quint32 number) const { return m_pictures[number]; }
     quint32 NumberOfPicture(const TextPicture& picture) { return m_pictures.Number(picture); }
     const QList<qint32>& TabStops(quint32 number) const { return m_tabStops[number]; }
-    quint32 NumberOfTabStops(const QList<qint32>& stops) { return m_tabStops.Number(stops); }
+    quint32 NumberOfTabStops(const QList<qint32>& stops) { return stops.isEmpty() ? 0 : m_tabStops.Number(stops); }
     const CharFormat& DefaultFormat() const { return m_formats[0]; }
 
     /// Replaces a range. What comes in has @p format; its line ends, CR LF, LF or CR, become CR LF.
