@@ -14,11 +14,27 @@ QString HtmlColor(quint32 color)
     return u"#%1"_s.arg(swapped, 6, 16, QLatin1Char('0'));
 }
 
+/// The name of a font inside the quotes of a style, which it must not end.
+QString FontName(const RichTextDocument& document, quint16 font)
+{
+    QString name = document.Font(font).Name;
+    name.removeIf([](QChar character) { return character == u'\'' || character == u'\\' || character == u';'; });
+    return name.toHtmlEscaped();
+}
+
+/// A page leads to addresses and mailboxes; a link of any other kind could run something.
+bool IsHarmless(const QString& target)
+{
+    static const QStringList schemes{u"http:"_s, u"https:"_s, u"ftp:"_s, u"mailto:"_s};
+    return std::any_of(schemes.begin(), schemes.end(),
+                       [&target](const QString& scheme) { return target.startsWith(scheme, Qt::CaseInsensitive); });
+}
+
 QString Style(const CharFormat& format, const RichTextDocument& document, const CharFormat& base)
 {
     QStringList styles;
     if (format.Font != base.Font)
-        styles << u"font-family:'%1'"_s.arg(document.Font(format.Font).Name.toHtmlEscaped());
+        styles << u"font-family:'%1'"_s.arg(FontName(document, format.Font));
     if (format.HalfPoints != base.HalfPoints)
         styles << u"font-size:%1pt"_s.arg(format.HalfPoints / 2.0);
     if (format.Bold)
@@ -50,7 +66,7 @@ QString WriteHtml(const RichTextDocument& document, const QString& title)
     const CharFormat base = document.FormatAt(0);
     QString html = u"<!DOCTYPE html>\n<html>\n<head>\n<meta charset=\"utf-8\">\n<title>%1</title>\n</head>\n<body>\n"
                    "<pre style=\"font-family:'%2',monospace;font-size:%3pt\">"_s.arg(
-                       title.toHtmlEscaped(), document.Font(base.Font).Name.toHtmlEscaped()).arg(base.HalfPoints / 2.0);
+                       title.toHtmlEscaped(), FontName(document, base.Font)).arg(base.HalfPoints / 2.0);
     const QString& text = document.Text();
     for (auto run = document.Runs().RunAt(0); run != document.Runs().End() && run->first < text.size(); ++run) {
         const auto next = std::next(run);
@@ -60,7 +76,7 @@ QString WriteHtml(const RichTextDocument& document, const QString& title)
         const QString style = Style(format, document, base);
         if (!style.isEmpty())
             piece = u"<span style=\""_s + style + u"\">"_s + piece + u"</span>"_s;
-        if (format.Link != 0)
+        if (format.Link != 0 && IsHarmless(document.Link(format.Link)))
             piece = u"<a href=\""_s + document.Link(format.Link).toHtmlEscaped() + u"\">"_s + piece + u"</a>"_s;
         html += piece;
     }
