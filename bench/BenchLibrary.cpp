@@ -76,6 +76,19 @@ QStringList SourceFiles(int count)
     return files;
 }
 
+QString CppSource(qsizetype size)
+{
+    QString text;
+    for (const QString& path : SourceFiles(2000)) {
+        QFile file(path);
+        if (text.size() >= size)
+            break;
+        if (path.endsWith(u".h"_s) && file.open(QIODevice::ReadOnly))
+            text += DecodeText(file.readAll()).value_or(QString());
+    }
+    return text.left(size);
+}
+
 QString BenchLibrary(int items)
 {
     const QString path = DataFolder(u"library-%1"_s.arg(items)) + u"/QBLib.qbd"_s;

@@ -11,6 +11,9 @@ QString DataFolder(const QString& name);
 /// Real source files of this machine, at most @p count; fewer when it has no more.
 QStringList SourceFiles(int count);
 
+/// Real C++ source, @p size characters.
+QString CppSource(qsizetype size);
+
 /// A library of @p items items in three levels, with the text of real source files as code, about
 /// 3.5 kB each; made when it is not there yet.
 QString BenchLibrary(int items);

@@ -14,20 +14,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Real C++ source, repeated to the size asked for.
-QString CppSource(qsizetype size)
-{
-    QString text;
-    for (const QString& path : SourceFiles(2000)) {
-        QFile file(path);
-        if (text.size() >= size)
-            break;
-        if (path.endsWith(u".h"_s) && file.open(QIODevice::ReadOnly))
-            text += DecodeText(file.readAll()).value_or(QString());
-    }
-    return text.left(size);
-}
-
 QString VbSource(qsizetype size)
 {
     const QString piece = u"' Works out the price of an order\r\nPrivate Function Price(ByVal Count As Long, rate As Double) As Double\r\n"

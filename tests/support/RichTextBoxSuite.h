@@ -40,6 +40,7 @@ public:
             {"setSelText_putsTheCaretBehind", setSelText_putsTheCaretBehind},
             {"setSelText_withLineEnds_makesThemCrLf", setSelText_withLineEnds_makesThemCrLf},
             {"setSelText_withNothing_deletes", setSelText_withNothing_deletes},
+            {"lineEnd_isReplacedAsAWhole", lineEnd_isReplacedAsAWhole},
             {"protectedText_refusesText", protectedText_refusesText},
             {"protectedText_takesTextAtItsEdges", protectedText_takesTextAtItsEdges},
             {"protectedText_withItsLookTakenOff_isNotTypedOn", protectedText_withItsLookTakenOff_isNotTypedOn},
@@ -424,6 +425,20 @@ private:
         Select(box, 2, 2);
         QVERIFY(box.SetSelText(S(u" ")));
         QCOMPARE(box.Text(), S(u"ax y\r\nzb"));
+    }
+
+    static void lineEnd_isReplacedAsAWhole(IRichTextBox& box)
+    {
+        box.SetText(S(u"ab\r\ncd"));
+        Select(box, 3, 0); // within the line end
+        QVERIFY(box.SetSelText(S(u"x")));
+        QCOMPARE(box.Text(), S(u"abx\r\ncd"));
+        QCOMPARE(Selection(box), S(u"3+0"));
+        Select(box, 4, 1);
+        QVERIFY(box.SetSelRTF(S(u"{\\rtf1 y\\b z}")));
+        QCOMPARE(box.Text(), S(u"abxyzcd"));
+        QCOMPARE(Selection(box), S(u"5+0"));
+        QCOMPARE(Bolds(box), S(u"----B--"));
     }
 
     static void setSelText_withNothing_deletes(IRichTextBox& box)

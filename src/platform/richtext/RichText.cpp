@@ -76,7 +76,8 @@ bool RichText::SetSelText(const QString& text)
     CharFormat format = InsertionFormat();
     if (!m_typing)
         format.Protected = 0; // what comes in beside a protected text is not part of it
-    MoveTo(m_start + m_document.Replace(m_start, m_length, text, format));
+    const RichTextDocument::Range range = m_document.WithWholeLineEnds(m_start, m_length);
+    MoveTo(range.Begin + m_document.Replace(range.Begin, range.Length, text, format));
     return true;
 }
 
@@ -91,7 +92,8 @@ bool RichText::SetSelRTF(const QString& rtf)
         return false;
     RichTextDocument part;
     ReadRtf(rtf, part);
-    MoveTo(m_start + m_document.Replace(m_start, m_length, part));
+    const RichTextDocument::Range range = m_document.WithWholeLineEnds(m_start, m_length);
+    MoveTo(range.Begin + m_document.Replace(range.Begin, range.Length, part));
     return true;
 }
 

@@ -11,6 +11,11 @@ public:
     explicit RichText(const RtfFont& font = CodeFont) : m_document(font) {}
 
     RichTextDocument& Document() { return m_document; }
+    const RichTextDocument& Document() const { return m_document; }
+    /// The look of what is typed next.
+    CharFormat InsertionFormat() const;
+    /// A change of this range is refused.
+    bool IsProtected(qsizetype position, qsizetype length) const;
 
     QString Text() const override { return m_document.Text(); }
     void SetText(const QString& text) override;
@@ -55,7 +60,6 @@ protected:
     const QString& TextView() const override { return m_document.Text(); }
 
 private:
-    CharFormat InsertionFormat() const;
     /// Changes the selection's characters, or what is typed next.
     template <class Change>
     void ChangeSelection(Change&& change);
@@ -63,7 +67,6 @@ private:
     auto ReadSelection(Read&& read) const -> std::optional<decltype(read(CharFormat()))>;
     template <class Read>
     auto ReadParagraphs(Read&& read) const -> std::optional<decltype(read(ParagraphFormat()))>;
-    bool IsProtected(qsizetype position, qsizetype length) const;
     void MoveTo(qsizetype position);
     static void HangBy(ParagraphFormat& format, int twips);
 

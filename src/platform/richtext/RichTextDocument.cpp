@@ -63,6 +63,13 @@ void RichTextDocument::Clear()
     m_paragraphBegin = 0;
 }
 
+void RichTextDocument::Squeeze()
+{
+    m_text.squeeze();
+    m_runs.Squeeze();
+    m_paragraphs.Squeeze();
+}
+
 quint16 RichTextDocument::NumberOfFontName(const QString& name)
 {
     for (quint32 i = 0; i < m_fonts.Count(); ++i) {
@@ -70,6 +77,18 @@ quint16 RichTextDocument::NumberOfFontName(const QString& name)
             return quint16(i);
     }
     return NumberOfFont({.Name = name});
+}
+
+RichTextDocument::Range RichTextDocument::WithWholeLineEnds(qsizetype position, qsizetype length) const
+{
+    const auto splits = [this](qsizetype at) { return at > 0 && at < Length() && m_text[at] == LF && m_text[at - 1] == CR; };
+    if (length > 0 && splits(position + length))
+        ++length;
+    if (splits(position)) {
+        --position;
+        length += length > 0 ? 1 : 0;
+    }
+    return {position, length};
 }
 
 qsizetype RichTextDocument::Replace(qsizetype position, qsizetype length, const QString& text, const CharFormat& format)
@@ -82,14 +101,9 @@ qsizetype RichTextDocument::Replace(qsizetype position, qsizetype length, const 
         return length;
     }
     const QString lines = WithCrLf(text);
-    // A line end goes whole or stays whole.
-    const auto splits = [this](qsizetype at) { return at > 0 && at < Length() && m_text[at] == LF && m_text[at - 1] == CR; };
-    if (splits(position + length))
-        length += length > 0 ? 1 : 0;
-    if (splits(position)) {
-        --position;
-        length += length > 0 ? 1 : 0;
-    }
+    const Range whole = WithWholeLineEnds(position, length);
+    position = whole.Begin;
+    length = whole.Length;
     // What is left of whole paragraphs that go is the one behind them.
     const bool wholeOnes = lines.isEmpty() && ParagraphBegin(position) == position;
     const quint32 paragraph = m_paragraphs.ValueAt(wholeOnes ? position + length : position);
@@ -115,7 +129,9 @@ quint32 RichTextDocument::Translate(const RichTextDocument& other, quint32 numbe
 
 qsizetype RichTextDocument::Replace(qsizetype position, qsizetype length, const RichTextDocument& other)
 {
-    Replace(position, length, other.Text(), other.DefaultFormat());
+    const Range whole = WithWholeLineEnds(position, length);
+    position = whole.Begin;
+    Replace(position, whole.Length, other.Text(), other.DefaultFormat());
     const qsizetype end = other.Length();
     for (auto run = other.m_runs.RunAt(0); run != other.m_runs.End() && run->first < end;) {
         const auto next = std::next(run);
@@ -124,10 +140,10 @@ qsizetype RichTextDocument::Replace(qsizetype position, qsizetype length, const 
         run = next;
     }
     // Paragraphs that come in whole bring their own stand.
-    const qsizetype whole = other.ParagraphBegin(end);
-    for (auto run = other.m_paragraphs.RunAt(0); run != other.m_paragraphs.End() && run->first < whole;) {
+    const qsizetype last = other.ParagraphBegin(end);
+    for (auto run = other.m_paragraphs.RunAt(0); run != other.m_paragraphs.End() && run->first < last;) {
         const auto next = std::next(run);
-        const qsizetype runEnd = next == other.m_paragraphs.End() ? whole : std::min(whole, next->first);
+        const qsizetype runEnd = next == other.m_paragraphs.End() ? last : std::min(last, next->first);
         ParagraphFormat format = other.Paragraph(run->second);
         format.Tabs = NumberOfTabStops(other.TabStops(format.Tabs));
         const qsizetype begin = run->first == 0 ? ParagraphBegin(position) : position + run->first;
@@ -161,6 +177,11 @@ void RichTextDocument::ChangeFormat(qsizetype begin, qsizetype end, const std::f
         m_runs.Set(at, runEnd, NumberOf(format));
         at = runEnd;
     }
+}
+
+void RichTextDocument::SetParagraphs(qsizetype begin, qsizetype end, quint32 number)
+{
+    m_paragraphs.Set(ParagraphBegin(begin), BehindParagraph(end), number);
 }
 
 void RichTextDocument::ChangeParagraphs(qsizetype begin, qsizetype end,

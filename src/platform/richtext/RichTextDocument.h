@@ -21,6 +21,9 @@ public:
     /// Empties the text; the default font stays.
     void Clear();
 
+    /// Gives back memory that is kept for growth.
+    void Squeeze();
+
     const QString& Text() const { return m_text; }
     qsizetype Length() const { return m_text.size(); }
 
@@ -33,6 +36,9 @@ public:
     const RunMap& ParagraphRuns() const { return m_paragraphs; }
     quint32 NumberOf(const CharFormat& format) { return m_formats.Number(format); }
     quint32 NumberOf(const ParagraphFormat& format) { return m_paragraphFormats.Number(format); }
+
+    /// The number of the paragraph format at a position.
+    quint32 ParagraphNumberAt(qsizetype position) const { return m_paragraphs.ValueAt(position); }
 
     // What formats refer to
     const FontInfo& Font(quint16 number) const { return m_fonts[number]; }
@@ -47,6 +53,14 @@ public:
     quint32 NumberOfTabStops(const QList<qint32>& stops) { return stops.isEmpty() ? 0 : m_tabStops.Number(stops); }
     const CharFormat& DefaultFormat() const { return m_formats[0]; }
 
+    /// The range with line ends whole: one that ends within a line end holds all of it, and so
+    /// does one that begins there and isn't empty. An empty range within one stands before it.
+    struct Range {
+        qsizetype Begin = 0;
+        qsizetype Length = 0;
+    };
+    Range WithWholeLineEnds(qsizetype position, qsizetype length) const;
+
     /// Replaces a range. What comes in has @p format; its line ends, CR LF, LF or CR, become CR LF.
     /// Returns the length of what came in.
     qsizetype Replace(qsizetype position, qsizetype length, const QString& text, const CharFormat& format);
@@ -59,6 +73,8 @@ public:
     void ChangeFormat(qsizetype begin, qsizetype end, const std::function<void(CharFormat&)>& change);
     /// Sets the format by number, for those who have it at hand.
     void SetFormat(qsizetype begin, qsizetype end, quint32 number) { m_runs.Set(begin, end, number); }
+    /// Sets the format of the paragraphs that a range touches, by number.
+    void SetParagraphs(qsizetype begin, qsizetype end, quint32 number);
     /// Changes the format of each paragraph that the range touches.
     void ChangeParagraphs(qsizetype begin, qsizetype end, const std::function<void(ParagraphFormat&)>& change);
 

@@ -1,3 +1,4 @@
+#include "platform/richtext/ListMark.h"
 #include "platform/richtext/Rtf.h"
 
 #include <algorithm>
@@ -64,34 +65,6 @@ void AppendFontTable(QByteArray& out, const std::vector<FontInfo>& fonts)
 QByteArray Toggle(const char* word, bool on)
 {
     return on ? QByteArray(word) : QByteArray(word) + '0';
-}
-
-/// The number of a list item as it is written.
-QByteArray ListNumber(ListKind kind, int number)
-{
-    struct Roman {
-        int Value;
-        const char* Letters;
-    };
-    static constexpr Roman romans[] = {{1000, "m"}, {900, "cm"}, {500, "d"}, {400, "cd"}, {100, "c"}, {90, "xc"}, {50, "l"},
-                                       {40, "xl"},  {10, "x"},   {9, "ix"},  {5, "v"},    {4, "iv"},  {1, "i"}};
-    QByteArray text;
-    switch (kind) {
-    case ListKind::LowerLetter:
-    case ListKind::UpperLetter:
-        text = QByteArray(1 + (number - 1) / 26, char('a' + (number - 1) % 26));
-        break;
-    case ListKind::LowerRoman:
-    case ListKind::UpperRoman:
-        for (const Roman& roman : romans) {
-            for (; number >= roman.Value; number -= roman.Value)
-                text += roman.Letters;
-        }
-        break;
-    default:
-        return QByteArray::number(number);
-    }
-    return kind == ListKind::UpperLetter || kind == ListKind::UpperRoman ? text.toUpper() : text;
 }
 
 const char* NumberingWord(ListKind kind)
@@ -184,7 +157,7 @@ private:
     void WriteListText(const ParagraphFormat& paragraph)
     {
         m_out += paragraph.List == ListKind::Bullet ? QByteArray("{\\pntext\\bullet\\tab}")
-                                                    : "{\\pntext " + ListNumber(paragraph.List, m_listNumber) + ".\\tab}";
+                                                    : "{\\pntext " + ListMark(paragraph.List, m_listNumber).toLatin1() + "\\tab}";
         m_wordOpen = false;
     }
 

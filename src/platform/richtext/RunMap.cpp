@@ -61,6 +61,12 @@ void RunMap::Set(qsizetype begin, qsizetype end, quint32 value)
     PushBefore({end, valueAtEnd});
 }
 
+void RunMap::Squeeze()
+{
+    m_before.shrink_to_fit();
+    m_behind.shrink_to_fit();
+}
+
 void RunMap::Append(qsizetype begin, quint32 value)
 {
     MoveGapTo(std::numeric_limits<qsizetype>::max());

@@ -68,6 +68,8 @@ public:
 
     /// Gives the positions from @p begin up to @p end a value.
     void Set(qsizetype begin, qsizetype end, quint32 value);
+    /// Gives back memory that is kept for growth.
+    void Squeeze();
     /// Lets a value begin behind all other runs.
     void Append(qsizetype begin, quint32 value);
     /// Positions from @p at on move up by @p length; what comes in has a value.

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "text/ui/RichTextBoxOf.h"
+
+#include <QTextEdit>
+
+namespace qb {
+
+/// The box for formatted text: lists, alignments, links and pictures are shown.
+class RichTextBox : public RichTextBoxOf<QTextEdit> {
+    Q_OBJECT
+
+public:
+    explicit RichTextBox(const RtfFont& font = CodeFont, QWidget* parent = nullptr);
+
+Q_SIGNALS:
+    void LinkActivated(const QString& target);
+
+protected:
+    void ActivateLink(const QString& target) override { Q_EMIT LinkActivated(target); }
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void PaintListMarks(QPaintEvent* event);
+    int ListNumberOf(const QTextBlock& block) const;
+};
+
+} // namespace qb

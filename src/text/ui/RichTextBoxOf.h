@@ -1,0 +1,125 @@
+#pragma once
+
+#include "text/ui/RichTextPage.h"
+#include "text/ui/UserTextBox.h"
+
+#include <QTextBlock>
+
+namespace qb {
+
+/// A rich text box over one of the toolkit's editors, QTextEdit or QPlainTextEdit. It answers as a
+/// RichText does; what the user does by keyboard, mouse, clipboard, drag and drop or input method
+/// goes through the same operations, so that protected text refuses it.
+template <class Editor>
+class RichTextBoxOf : public Editor, public UserTextBox {
+public:
+    RichTextBoxOf(const RtfFont& font, QWidget* parent);
+
+    // UserTextBox
+    QWidget& Widget() override { return *this; }
+    RichText Content() const override { return m_text; }
+    void SetRepainted(const RichText& painted) override;
+    bool IsEmpty() const override { return m_text.Document().Length() == 0; }
+    bool Locked() const override { return Editor::isReadOnly(); }
+    void SetLocked(bool locked) override;
+    UndoType UndoName() const override { return m_undoNames.Undoes(Editor::document()->availableUndoSteps()); }
+    UndoType RedoName() const override { return m_undoNames.Redoes(Editor::document()->availableUndoSteps()); }
+    bool CanUndo() const override { return !Locked() && Editor::document()->isUndoAvailable(); }
+    bool CanRedo() const override { return !Locked() && Editor::document()->isRedoAvailable(); }
+    bool CanPaste() const override { return Editor::canPaste(); }
+    void Undo() override;
+    void Redo() override;
+    void Cut() override;
+    void Copy() override { Editor::copy(); }
+    void Paste() override { Editor::paste(); }
+    void PastePlainText() override;
+    void Clear() override;
+
+    /// Looks and pictures from other programs are taken in by a paste, not only their text.
+    void SetTakesForeignLooks(bool takes) { m_takesForeignLooks = takes; }
+
+    // IRichTextBox
+    QString Text() const override { return m_text.Text(); }
+    void SetText(const QString& text) override;
+    QString TextRTF() const override { return m_text.TextRTF(); }
+    void SetTextRTF(const QString& rtf) override;
+    qsizetype SelStart() const override { return m_text.SelStart(); }
+    void SetSelStart(qsizetype position) override;
+    qsizetype SelLength() const override { return m_text.SelLength(); }
+    void SetSelLength(qsizetype length) override;
+    QString SelText() const override { return m_text.SelText(); }
+    bool SetSelText(const QString& text) override;
+    QString SelRTF() const override { return m_text.SelRTF(); }
+    bool SetSelRTF(const QString& rtf) override;
+    std::optional<quint32> SelColor() const override { return m_text.SelColor(); }
+    void SetSelColor(quint32 color) override;
+    std::optional<bool> SelBold() const override { return m_text.SelBold(); }
+    void SetSelBold(bool on) override;
+    std::optional<bool> SelItalic() const override { return m_text.SelItalic(); }
+    void SetSelItalic(bool on) override;
+    std::optional<bool> SelUnderline() const override { return m_text.SelUnderline(); }
+    void SetSelUnderline(bool on) override;
+    std::optional<bool> SelProtected() const override { return m_text.SelProtected(); }
+    void SetSelProtected(bool on) override;
+    std::optional<QString> SelFontName() const override { return m_text.SelFontName(); }
+    void SetSelFontName(const QString& name) override;
+    std::optional<double> SelFontSize() const override { return m_text.SelFontSize(); }
+    void SetSelFontSize(double points) override;
+    std::optional<bool> SelBullet() const override { return m_text.SelBullet(); }
+    void SetSelBullet(bool on) override;
+    int BulletIndent() const override { return m_text.BulletIndent(); }
+    void SetBulletIndent(int twips) override;
+    std::optional<TextAlignment> SelAlignment() const override { return m_text.SelAlignment(); }
+    void SetSelAlignment(TextAlignment alignment) override;
+    std::optional<int> SelIndent() const override { return m_text.SelIndent(); }
+    void SetSelIndent(int twips) override;
+
+protected:
+    /// The user has activated a link.
+    virtual void ActivateLink(const QString& /*target*/) {}
+    const RichTextPage& Page() const { return m_page; }
+
+    const QString& TextView() const override { return m_text.Document().Text(); }
+    void keyPressEvent(QKeyEvent* event) override;
+    void inputMethodEvent(QInputMethodEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    QMimeData* createMimeDataFromSelection() const override;
+    bool canInsertFromMimeData(const QMimeData* source) const override;
+    void insertFromMimeData(const QMimeData* source) override;
+
+private:
+    void Load();
+    void SyncSelection();
+    void ShowSelection();
+    template <class Change>
+    bool Replace(Change&& change);
+    template <class Change>
+    void ChangeCharacters(Change&& change);
+    template <class Change>
+    void ChangeParagraphs(Change&& change);
+    /// An edit of the user's, with the name that its undo has. A refused one is heard.
+    template <class Edit>
+    bool UserEdit(UndoType type, Edit&& edit);
+    bool Insert(const QMimeData& source, UndoType type);
+    bool DeleteTo(QTextCursor::MoveOperation operation);
+    bool EditByKey(const QKeyEvent& event);
+    void Enter();
+    void Backspace();
+    bool EndList();
+    bool HoldsProtected() const { return m_text.IsProtected(m_text.SelStart(), m_text.SelLength()); }
+
+    RtfFont m_font;
+    RichText m_text; ///< what counts; the text document shows it
+    RichTextPage m_page;
+    UndoNames m_undoNames;
+    QColor m_background; ///< that the looks were made for
+    bool m_showing = false; ///< the text document is being changed from here
+    bool m_joinsSteps = false; ///< an edit is undone together with one like it before
+    bool m_takesForeignLooks = true;
+};
+
+} // namespace qb
