@@ -18,6 +18,14 @@ public:
     virtual void SetExpanded(TreeNode& node, bool expanded) = 0;
     virtual void FocusTree() = 0;
     virtual void SetTreeVisible(bool visible) = 0;
+    /// Lets the user type another title for a node.
+    virtual void StartLabelEdit(TreeNode& node) = 0;
+    /// Takes a node, with all below it, off the tree; what is selected then is no click.
+    virtual void RemoveNode(TreeNode& node) = 0;
+    /// Marks the node that a drop would go to; null: none.
+    virtual void SetDropHighlight(const TreeNode* node) = 0;
+    /// Scrolls by lines, up by negative ones.
+    virtual void ScrollLines(int lines) = 0;
 };
 
 } // namespace qb

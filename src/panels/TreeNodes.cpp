@@ -125,7 +125,7 @@ TreeNode& TreeNodes::Add(qint64 id, const QString& text, TreeImage image)
     return node;
 }
 
-void TreeNodes::PutUnder(TreeNode& node, TreeNode& parent)
+void TreeNodes::RefuseCycle(const TreeNode& node, const TreeNode& parent) const
 {
     // A node without children can only be its own parent, so most nodes need no walk.
     bool below = &node == &parent;
@@ -134,6 +134,11 @@ void TreeNodes::PutUnder(TreeNode& node, TreeNode& parent)
     if (below)
         throw RuntimeError(ErrorNumber::NodeCycle,
                            u"The item '%1' (%2) can't stand below itself."_s.arg(node.Text).arg(node.Id), Source);
+}
+
+void TreeNodes::PutUnder(TreeNode& node, TreeNode& parent)
+{
+    RefuseCycle(node, parent);
     if (node.Parent)
         std::erase(node.Parent->Children, &node);
     node.Parent = &parent; // one that leaves the top level is taken out there when the build ends
@@ -146,6 +151,82 @@ void TreeNodes::SortChildren(TreeNode& node)
     // They mostly come in order, and sorting what is in order costs more than looking.
     if (!std::is_sorted(node.Children.begin(), node.Children.end(), less))
         std::sort(node.Children.begin(), node.Children.end(), less);
+}
+
+// Changes that views are told of
+
+/// Out of its siblings, which close up.
+void TreeNodes::TakeOut(const TreeNode& node)
+{
+    std::vector<TreeNode*>& siblings = SiblingsOf(node);
+    siblings.erase(siblings.begin() + node.Row);
+    for (size_t i = size_t(node.Row); i < siblings.size(); ++i)
+        siblings[i]->Row = int(i);
+}
+
+void TreeNodes::PutLast(TreeNode& node, TreeNode& parent)
+{
+    node.Parent = &parent;
+    node.Row = int(parent.Children.size());
+    parent.Children.push_back(&node);
+}
+
+TreeNode& TreeNodes::Insert(qint64 id, const QString& text, TreeImage image, TreeNode& parent)
+{
+    if (Find(id))
+        throw RuntimeError(ErrorNumber::NodeKeyExists, u"The tree has a node '%1' already."_s.arg(NodeKey(id)), Source);
+    const int row = int(parent.Children.size());
+    beginInsertRows(IndexOf(&parent), row, row);
+    TreeNode& node = m_nodes.emplace_back();
+    node.Id = id;
+    node.Text = text;
+    node.Image = node.ExpandedImage = image;
+    m_byId.insert(id, &node);
+    PutLast(node, parent);
+    endInsertRows();
+    return node;
+}
+
+void TreeNodes::Remove(TreeNode& node)
+{
+    beginRemoveRows(IndexOf(node.Parent), node.Row, node.Row);
+    TakeOut(node);
+    Forget(node);
+    endRemoveRows();
+}
+
+/// The node and all below it are empty from now on; others still stand where they are in memory.
+void TreeNodes::Forget(TreeNode& node)
+{
+    constexpr qint64 NoItem = -1;
+    std::vector<TreeNode*> branch{&node};
+    while (!branch.empty()) {
+        TreeNode* gone = branch.back();
+        branch.pop_back();
+        branch.insert(branch.end(), gone->Children.begin(), gone->Children.end());
+        m_byId.remove(gone->Id);
+        *gone = TreeNode();
+        gone->Id = NoItem;
+    }
+}
+
+void TreeNodes::Move(TreeNode& node, TreeNode& parent)
+{
+    RefuseCycle(node, parent);
+    const bool isLast = node.Parent == &parent && size_t(node.Row) + 1 == parent.Children.size();
+    if (isLast)
+        return;
+    beginMoveRows(IndexOf(node.Parent), node.Row, node.Row, IndexOf(&parent), int(parent.Children.size()));
+    TakeOut(node);
+    PutLast(node, parent);
+    endMoveRows();
+}
+
+void TreeNodes::SetText(TreeNode& node, const QString& text)
+{
+    node.Text = text;
+    const QModelIndex changed = IndexOf(&node);
+    Q_EMIT dataChanged(changed, changed, {Qt::DisplayRole});
 }
 
 void TreeNodes::Clear()
@@ -223,6 +304,14 @@ int TreeNodes::columnCount(const QModelIndex&) const
     return 1;
 }
 
+Qt::ItemFlags TreeNodes::flags(const QModelIndex& index) const
+{
+    if (!index.isValid())
+        return Qt::NoItemFlags;
+    // All through the view, which asks the session.
+    return QAbstractItemModel::flags(index) | Qt::ItemIsEditable | Qt::ItemIsDragEnabled | Qt::ItemIsDropEnabled;
+}
+
 QVariant TreeNodes::data(const QModelIndex& index, int role) const
 {
     const TreeNode* node = NodeAt(index);
@@ -230,6 +319,7 @@ QVariant TreeNodes::data(const QModelIndex& index, int role) const
         return {};
     switch (role) {
     case Qt::DisplayRole:
+    case Qt::EditRole:
         return node->Text;
     case Qt::ToolTipRole:
         return node->Tag.isEmpty() ? QVariant() : QVariant(node->Tag);

@@ -75,8 +75,18 @@ public:
     void SortChildren(TreeNode& node);
     void Clear();
 
+    // Changes that views are told of
+
+    /// Adds a node as the last child of @p parent.
+    TreeNode& Insert(qint64 id, const QString& text, TreeImage image, TreeNode& parent);
+    /// Removes a node with all that stands below it.
+    void Remove(TreeNode& node);
+    /// Makes a node, with all that stands below it, the last child of @p parent.
+    void Move(TreeNode& node, TreeNode& parent);
+    void SetText(TreeNode& node, const QString& text);
+
     qsizetype Count() const { return m_byId.size(); }
-    /// All nodes in the order in which they were added.
+    /// All nodes in the order in which they were added; removed ones stand there empty.
     std::deque<TreeNode>& All() { return m_nodes; }
     /// The node, or null.
     TreeNode* Find(qint64 id) const { return m_byId.value(id); }
@@ -99,8 +109,14 @@ public:
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
 
 private:
+    void RefuseCycle(const TreeNode& node, const TreeNode& parent) const;
+    std::vector<TreeNode*>& SiblingsOf(const TreeNode& node) { return node.Parent ? node.Parent->Children : m_topLevel; }
+    void TakeOut(const TreeNode& node);
+    void PutLast(TreeNode& node, TreeNode& parent);
+    void Forget(TreeNode& node);
     const std::vector<TreeNode*>& ChildrenOf(const TreeNode* node) const { return node ? node->Children : m_topLevel; }
     void NumberRows();
 

@@ -1,50 +1,21 @@
 #include "panels/ctlSmartTreeView.h"
 
-#include "support/ui/Icons.h"
+#include "panels/ui/NodeTreeView.h"
 
 #include <QEvent>
 #include <QScopedValueRollback>
-#include <QStyledItemDelegate>
+#include <QScrollBar>
 #include <QTimer>
-#include <QTreeView>
 #include <QVBoxLayout>
 
 namespace qb {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-/// Draws a node with the image of its state.
-class NodeDelegate : public QStyledItemDelegate {
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-protected:
-    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override
-    {
-        QStyledItemDelegate::initStyleOption(option, index);
-        const bool open = option->state & QStyle::State_Open;
-        const int image = index.data(open ? TreeNodes::ExpandedImageRole : TreeNodes::ImageRole).toInt();
-        option->features |= QStyleOptionViewItem::HasDecoration;
-        option->icon = IconNamed(ImageKey(TreeImage(image)));
-        option->decorationSize = option->widget->style()->pixelMetric(QStyle::PM_SmallIconSize) * QSize(1, 1);
-        option->font.setBold(index.data(TreeNodes::BoldRole).toBool());
-    }
-};
-
-} // namespace
-
-ctlSmartTreeView::ctlSmartTreeView(QWidget* parent) : QWidget(parent), m_tree(new QTreeView)
+ctlSmartTreeView::ctlSmartTreeView(QWidget* parent) : QWidget(parent), m_tree(new NodeTreeView(m_nodes))
 {
     m_tree->setObjectName(u"tvwTree"_s);
     m_tree->setAccessibleName(u"Items"_s);
-    m_tree->setHeaderHidden(true);
-    m_tree->setUniformRowHeights(true); // the heights of 100,000 rows need not be asked for
-    m_tree->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_tree->setFrameShape(QFrame::NoFrame);
-    m_tree->setItemDelegate(new NodeDelegate(m_tree));
-    m_tree->setModel(&m_nodes);
     m_tree->viewport()->installEventFilter(this);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -55,11 +26,15 @@ ctlSmartTreeView::ctlSmartTreeView(QWidget* parent) : QWidget(parent), m_tree(ne
         if (index.isValid() && !m_selecting)
             Q_EMIT NodeClick(m_nodes.NodeAt(index));
     };
-    // A click on the node that is selected already is a click all the same.
-    connect(m_tree, &QTreeView::clicked, this, click);
+    // A click on the node that is selected already is a click all the same; one on a node that was
+    // not left for it is over.
+    connect(m_tree, &NodeTreeView::clicked, this, [this, click](const QModelIndex& index) {
+        if (index == m_tree->currentIndex())
+            click(index);
+    });
     connect(m_tree->selectionModel(), &QItemSelectionModel::currentChanged, this, click);
-    connect(m_tree, &QTreeView::expanded, this, [this](const QModelIndex& index) { Q_EMIT NodeExpanded(m_nodes.NodeAt(index)); });
-    connect(m_tree, &QTreeView::collapsed, this, [this](const QModelIndex& index) { Q_EMIT NodeCollapsed(m_nodes.NodeAt(index)); });
+    connect(m_tree, &NodeTreeView::expanded, this, [this](const QModelIndex& index) { Q_EMIT NodeExpanded(m_nodes.NodeAt(index)); });
+    connect(m_tree, &NodeTreeView::collapsed, this, [this](const QModelIndex& index) { Q_EMIT NodeCollapsed(m_nodes.NodeAt(index)); });
 }
 
 TreeNode* ctlSmartTreeView::SelectedItem() const
@@ -91,6 +66,27 @@ void ctlSmartTreeView::FocusTree()
 void ctlSmartTreeView::SetTreeVisible(bool visible)
 {
     m_tree->setVisible(visible);
+}
+
+void ctlSmartTreeView::StartLabelEdit(TreeNode& node)
+{
+    m_tree->StartLabelEdit(node);
+}
+
+void ctlSmartTreeView::RemoveNode(TreeNode& node)
+{
+    const QScopedValueRollback guard(m_selecting, true); // the tree selects another one, which is no click
+    m_nodes.Remove(node);
+}
+
+void ctlSmartTreeView::SetDropHighlight(const TreeNode* node)
+{
+    m_tree->SetDropHighlight(node);
+}
+
+void ctlSmartTreeView::ScrollLines(int lines)
+{
+    m_tree->verticalScrollBar()->setValue(m_tree->verticalScrollBar()->value() + lines);
 }
 
 bool ctlSmartTreeView::eventFilter(QObject* watched, QEvent* event)

@@ -4,9 +4,9 @@
 
 #include <QWidget>
 
-class QTreeView;
-
 namespace qb {
+
+class NodeTreeView;
 
 /// The panel with the item tree.
 class ctlSmartTreeView : public QWidget, public ItemTreeView {
@@ -23,7 +23,12 @@ public:
     void FocusTree() override;
     void SetTreeVisible(bool visible) override;
 
-    QTreeView* Tree() const { return m_tree; }
+    void StartLabelEdit(TreeNode& node) override;
+    void RemoveNode(TreeNode& node) override;
+    void SetDropHighlight(const TreeNode* node) override;
+    void ScrollLines(int lines) override;
+
+    NodeTreeView* Tree() const { return m_tree; }
 
 Q_SIGNALS:
     /// The user has gone to a node.
@@ -38,7 +43,7 @@ protected:
 
 private:
     TreeNodes m_nodes;
-    QTreeView* m_tree;
+    NodeTreeView* m_tree;
     bool m_selecting = false;
 };
 

@@ -19,9 +19,30 @@ constexpr CommandRow Rows[] = {
     {Place::File, "", "", "", "", ""},
     {Place::File, "mnuExit", "E&xit", "application-exit", "Ctrl+Q", "Leave the program"},
 
+    {Place::Edit, "mnuUndo", "&Undo", "edit-undo", "", "Take back the last edit"},
+    {Place::Edit, "mnuRedo", "&Redo", "edit-redo", "", "Do again what was taken back"},
+    {Place::Edit, "", "", "", "", ""},
+    {Place::Edit, "mnuCut", "Cu&t", "edit-cut", "", "Move the selected text to the clipboard"},
+    {Place::Edit, "mnuCopy", "&Copy", "edit-copy", "", "Copy the selected text to the clipboard"},
+    {Place::Edit, "mnuPaste", "&Paste", "edit-paste", "", "Insert what is on the clipboard"},
+    {Place::Edit, "mnuClear", "&Delete", "edit-delete", "", "Delete the selected text"},
+    {Place::Edit, "", "", "", "", ""},
+    {Place::EditCode, "mnuColorize", "&Colorize", "colorize", "F8", "Paint the text by the rules of the library's language"},
+
     {Place::Item, "mnuKeepItem", "&KEEP ITEM", "", "", "Keep the item that was deleted in a child library"},
     {Place::Item, "mnuResolveItem", "RESOLVE CONF&LICT", "", "", "Decide between the two versions of the item"},
     {Place::Item, "mnuItemSeparator1", "", "", "", ""},
+    {Place::Item, "mnuAddCode", "&Add New Child Item", "document-new", "Ctrl+N", "Add a new item below the selected one"},
+    {Place::Item, "mnuNewSiblingItem", "Add New &Sibling Item", "", "Ctrl+Alt+N", "Add a new item beside the selected one"},
+    {Place::Item, "mnuRename", "&Rename Item", "edit-rename", "F2", "Give the selected item another title"},
+    {Place::Item, "mnuDeleteCode", "&Delete Item", "edit-delete", "", "Delete the selected item and all below it"},
+    {Place::Item, "mnuImport", "&Import...", "", "", "Take in items from a file"},
+    {Place::Item, "mnuBookMark", "&Bookmark", "bookmark-new", "", "Bookmark the item"},
+    {Place::Item, "mnuAddLink", "Add &Link", "", "", "Lead from this item to another"},
+    {Place::Item, "", "", "", "", ""},
+    {Place::Item, "mnuSaveItem", "&Save Item", "document-save", "Ctrl+S", "Save the item now"},
+    {Place::Item, "mnuAutoSaveItem", "Perform &AutoSave", "", "", "Save each item when it is left, without a question"},
+    {Place::Item, "", "", "", "", ""},
     {Place::Item, "mnuPreviousItem", "&Previous Item", "walk-up", "Alt+Up", "Go to the item before the selected one"},
     {Place::Item, "mnuNextItem", "&Next Item", "walk-down", "Alt+Down", "Go to the item behind the selected one"},
     {Place::Item, "", "", "", "", ""},
@@ -56,6 +77,8 @@ constexpr CommandRow Rows[] = {
     {Place::Toolbar, "BOOKMARK", "Bookmark", "bookmark-new", "", "Bookmark the item"},
     {Place::Toolbar, "VIEWBOOKMARKS", "Bookmarks", "bookmarks", "", "Show or hide the bookmarks"},
     {Place::Toolbar, "FIND", "Find", "edit-find", "", "Find in the library"},
+
+    {Place::CodeToolbar, "COLORIZE", "Colorize", "colorize", "", "Colorize"},
 };
 
 } // namespace
@@ -127,6 +150,26 @@ void Commands::DoToolBarLogic(bool rootSelected)
 {
     SetEnabled(u"DELETE"_s, !rootSelected);
     SetEnabled(u"BOOKMARK"_s, !rootSelected);
+}
+
+void Commands::EnableItemMenu(const ItemState& state)
+{
+    SetVisible(u"mnuKeepItem"_s, state.Deleted);
+    SetVisible(u"mnuResolveItem"_s, state.Conflict);
+    SetVisible(u"mnuItemSeparator1"_s, state.Deleted || state.Conflict);
+    const bool mayDelete = state.Orphan ? !state.IsChildReplica : !state.Exported && !state.Root && !state.Conflict;
+    const bool ordinary = !state.Root && !state.Orphan;
+    const std::pair<const char*, bool> entries[] = {
+        {"mnuAddCode", !state.Deleted && !state.Orphan},
+        {"mnuDeleteCode", mayDelete},
+        {"mnuImport", !state.Deleted && !state.Orphan},
+        {"mnuRename", ordinary && !state.Conflict && !state.Deleted},
+        {"mnuBookMark", ordinary},
+        {"mnuAddLink", ordinary},
+        {"mnuNewSiblingItem", !state.Root && !state.Deleted && (!state.Orphan || state.OrphanUnderRoot)},
+    };
+    for (const auto& [name, enabled] : entries)
+        SetEnabled(QLatin1StringView(name), enabled);
 }
 
 void Commands::HideItemMenuItems(bool keep, bool resolve, bool rootSelected)

@@ -9,7 +9,7 @@ namespace qb {
 
 /// A command of the main window: an entry of a menu, or a button of the toolbar `tlbMain`.
 struct CommandRow {
-    enum class Place { File, Item, Tools, Replication, View, Help, Toolbar };
+    enum class Place { File, Edit, EditCode, Item, Tools, Replication, View, Help, Toolbar, CodeToolbar };
     Place Where;
     const char* Name;    ///< the entry's name, or the button's key
     const char* Caption; ///< empty: a separator
@@ -49,6 +49,17 @@ public:
     void EnableMainToolbar(bool enabled);
     /// Buttons that make sense for an item but not for the root.
     void DoToolBarLogic(bool rootSelected);
+    /// What the item menu offers for an item in a state.
+    struct ItemState {
+        bool Root = false;
+        bool Deleted = false;
+        bool Conflict = false;
+        bool Orphan = false;            ///< the folder of orphaned items, or below it
+        bool OrphanUnderRoot = false;   ///< the folder itself
+        bool Exported = false;          ///< the library waits for its mother's answer
+        bool IsChildReplica = false;
+    };
+    void EnableItemMenu(const ItemState& state);
     /// The entries for a deleted (@p keep) and for a conflicting item (@p resolve).
     void HideItemMenuItems(bool keep, bool resolve, bool rootSelected);
     /// The entries of the menu for replication by the library's part in it.

@@ -144,6 +144,13 @@ bool ItemTree::MarkNodes(const QString& query, TreeImage image)
 void ItemTree::ShowWalkButtons(const ProblemItems& problems)
 {
     const bool conflicts = Session().IsMotherReplica && (problems.Deleted || problems.Conflicting);
+    EnableWalks(conflicts);
+    m_commands.SetEnabled(u"mnuConflictSolver"_s, conflicts && problems.Conflicting);
+    m_commands.SetEnabled(u"mnuRemoveDeletedItems"_s, conflicts && problems.Deleted);
+}
+
+void ItemTree::EnableWalks(bool conflicts)
+{
     if (conflicts) {
         m_commands.SetImage(u"NEXT"_s, u"DOWN_RED"_s, u"Next Conflicting Item"_s);
         m_commands.SetImage(u"PREVIOUS"_s, u"UP_RED"_s, u"Previous Conflicting Item"_s);
@@ -151,8 +158,28 @@ void ItemTree::ShowWalkButtons(const ProblemItems& problems)
         m_commands.SetImage(u"NEXT"_s, u"DOWN"_s, u"Next Tree Item"_s);
         m_commands.SetImage(u"PREVIOUS"_s, u"UP"_s, u"Previous Tree Item"_s);
     }
-    m_commands.SetEnabled(u"mnuConflictSolver"_s, conflicts && problems.Conflicting);
-    m_commands.SetEnabled(u"mnuRemoveDeletedItems"_s, conflicts && problems.Deleted);
+}
+
+bool ItemTree::CheckIfConflictsStillOccur()
+{
+    Database& database = *m_session.CurrentDatabase;
+    const auto any = [&](const QString& query) { return !database.QueryValue(query).IsNull(); };
+    bool left = false;
+    if (database.TableExists(u"TempItems"_s)) {
+        left = any(u"SELECT 1 FROM TempItems LIMIT 1"_s);
+        // The table itself stays, deliberately; only what belongs to it goes.
+        for (const QString& table : {u"TempFiles"_s, u"TempHTMLFiles"_s}) {
+            if (!left && database.TableExists(table))
+                database.DeleteTableDef(table);
+        }
+    }
+    left = left || any(u"SELECT 1 FROM Items WHERE LastChanged = 0 LIMIT 1"_s);
+    if (!left) {
+        EnableWalks(false);
+        m_commands.SetEnabled(u"mnuConflictSolver"_s, false);
+        m_commands.SetEnabled(u"mnuRemoveDeletedItems"_s, false);
+    }
+    return left;
 }
 
 void ItemTree::Refill()
@@ -201,10 +228,25 @@ void ItemTree::TreeViewNodeClick(TreeNode& node)
     Guarded(ModuleName, u"tvCodeItems_NodeClick"_s, [&] {
         if (!m_session.CurrentDatabase || node.Key() == m_session.CurrentItemKey)
             return;
-        m_session.CurrentItemKey = node.Key();
+        const QString before = std::exchange(m_session.CurrentItemKey, node.Key());
+        if (!SaveItem()) {
+            StayAt(before);
+            return;
+        }
         OpenItem();
         m_commands.SetEnabled(u"PRINT"_s, !node.IsRoot());
+        if (!node.IsRoot() && m_session.moSettings->AutoColorizeWhenItemOpened() && !m_details.Locked())
+            m_details.ColorizeItem();
     });
+}
+
+/// The item that could not be saved stays the current one.
+bool ItemTree::StayAt(const QString& key)
+{
+    m_session.CurrentItemKey = key;
+    if (TreeNode* node = m_view.Nodes().Find(IdOfKey(key)))
+        m_view.SelectItem(*node);
+    return false;
 }
 
 void ItemTree::OpenItem()
@@ -215,13 +257,19 @@ void ItemTree::OpenItem()
             return;
         m_commands.SetEnabled(u"NEXT"_s, true);
         m_commands.SetEnabled(u"PREVIOUS"_s, true);
+        if (!SaveItem())
+            return;
+        m_commands.SetEnabled(u"COLORIZE"_s, false);
+        m_commands.SetEnabled(u"mnuColorize"_s, false);
         const bool deleted = node->Image == TreeImage::DELETED_ITEM;
         const bool conflict = node->Image == TreeImage::CONFLICT_ITEM;
         const bool orphan = !deleted && !conflict && OrphanedItem(*node);
         const bool locked = orphan && Session().IsChildReplica;
         m_commands.HideItemMenuItems(deleted, conflict, node->IsRoot());
-        if (!deleted && !conflict)
+        if (!deleted && !conflict) {
             m_details.SetLocked(locked);
+            m_shell.EnableEditing(!locked);
+        }
         if (orphan)
             m_commands.SetEnabled(u"NEW"_s, false);
         SElectCodeItem(node->Key());
@@ -239,11 +287,14 @@ void ItemTree::SElectCodeItem(const QString& key)
         if (!m_session.CurrentDatabase)
             return;
         const bool root = key == RootKey;
+        m_details.SetItemChanged(false); // of the item that is left, where nobody has asked for it yet
         m_session.CurrentItemKey = key;
         m_commands.DoToolBarLogic(root);
         if (root) {
             m_details.Initialise(m_session.CurrentDatabase.get(), nullptr);
+            m_session.oCodeItem = std::make_unique<CCodeItem>(); // nothing that could be changed
             m_shell.SetItemDate({}, {});
+            ItemShown();
             return;
         }
         auto item = std::make_unique<CCodeItem>();
@@ -253,7 +304,30 @@ void ItemTree::SElectCodeItem(const QString& key)
         m_details.Initialise(m_session.CurrentDatabase.get(), m_session.oCodeItem.get());
         if (m_session.moHistory)
             m_session.moHistory->AddToHistory(key);
+        ItemShown();
     });
+}
+
+void ItemTree::ShowNewItem(std::unique_ptr<CCodeItem> item)
+{
+    m_session.CurrentItemKey = item->Key(); // not the node's key: a click on the node opens it anew
+    m_session.oCodeItem = std::move(item);
+    ConnectItem();
+    m_details.SetLocked(false);
+    m_shell.EnableEditing(true);
+    m_details.Initialise(m_session.CurrentDatabase.get(), m_session.oCodeItem.get());
+}
+
+Commands::ItemState ItemTree::StateOf(const TreeNode& node) const
+{
+    const bool orphan = OrphanedItem(node);
+    return {.Root = node.IsRoot(),
+            .Deleted = node.Image == TreeImage::DELETED_ITEM,
+            .Conflict = node.Image == TreeImage::CONFLICT_ITEM,
+            .Orphan = orphan,
+            .OrphanUnderRoot = orphan && node.Parent && node.Parent->IsRoot(),
+            .Exported = !Session().LastExportedDate.IsNone(),
+            .IsChildReplica = Session().IsChildReplica};
 }
 
 void ItemTree::ConnectItem()
@@ -279,12 +353,24 @@ void ItemTree::ShowItemDate(Date created, Date lastChanged)
     m_shell.SetItemDate(text, u"Item last updated. (Created on %1)"_s.arg(ShortDateAndTime(created)));
 }
 
+void ItemTree::ShowKeptDate()
+{
+    CCodeItem& item = *m_session.oCodeItem;
+    const Date changed = item.LastChanged();
+    m_shell.SetItemDate(changed.IsNone() ? u"00:00"_s : ShortDateAndTime(changed),
+                        u"Item last updated. (Created on %1)"_s.arg(ShortDateAndTime(item.Created())));
+}
+
 void ItemTree::GoToNode(const QString& key)
 {
     if (key.isEmpty())
         return;
     Guarded(ModuleName, u"GoToNode"_s, [&] {
         TreeNode& node = m_view.Nodes()[IdOfKey(key)];
+        if (!SaveItem())
+            return;
+        m_commands.SetEnabled(u"COLORIZE"_s, false);
+        m_commands.SetEnabled(u"mnuColorize"_s, false);
         m_view.EnsureVisible(node);
         m_view.SelectItem(node);
         SElectCodeItem(key);

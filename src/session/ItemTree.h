@@ -7,6 +7,7 @@
 #include "text/ItemDetailsView.h"
 
 #include <QObject>
+#include <functional>
 
 namespace qb {
 
@@ -17,6 +18,11 @@ class ItemTree : public QObject {
 
 public:
     ItemTree(SessionState& session, ItemTreeView& view, ItemDetailsView& details, ShellView& shell, Commands& commands);
+
+    /// Saves the item that is about to be left. False when it has to stay.
+    std::function<bool()> SaveItem = [] { return true; };
+    /// Another item, or the root, is the current one.
+    std::function<void()> ItemShown = [] {};
 
     /// Builds the whole tree anew. A parent that names no row, or a cycle, ends it with an error
     /// report; the nodes that have no place by then stay beside the root.
@@ -30,6 +36,15 @@ public:
     void OpenItem();
     /// Makes @p key the current item.
     void SElectCodeItem(const QString& key);
+    /// Makes a row that was added just now the current item, without a place in the history.
+    void ShowNewItem(std::unique_ptr<CCodeItem> item);
+    /// Shows when the current item was changed last, or "00:00".
+    void ShowKeptDate();
+    /// Whether there is something left for the conflict solver; the walk buttons and the command
+    /// follow.
+    bool CheckIfConflictsStillOccur();
+    /// The state of a node as commands need it.
+    Commands::ItemState StateOf(const TreeNode& node) const;
     /// Selects the node of @p key and opens it; an empty key does nothing.
     void GoToNode(const QString& key);
     /// The user has clicked @p node, or gone to it with the keyboard.
@@ -68,6 +83,8 @@ private:
     void ShowWalkButtons(const ProblemItems& problems);
     void GoTo(TreeNode& node);
     void ConnectItem();
+    void EnableWalks(bool conflicts);
+    bool StayAt(const QString& key);
     void ShowItemDate(Date created, Date lastChanged);
     TreeImage SelectedImage() const;
 

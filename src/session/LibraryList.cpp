@@ -72,6 +72,7 @@ bool LibraryList::SetupDBConnection()
         if (!m_session.moSettings)
             m_session.moSettings = std::make_unique<CSettings>([this] { return m_session.CurrentDatabase.get(); });
         m_session.moSettings->InitializeDatabaseProperties();
+        m_details.FormatingInitialize(*m_session.CurrentDatabase);
         EnableDBToolsMenu();
         m_shell.SetComboToolTip(u"Currently selected database: "_s + AliasOf(m_session.CurrentDatabasePath));
         return true;
@@ -80,6 +81,8 @@ bool LibraryList::SetupDBConnection()
 
 void LibraryList::CloseDatabase()
 {
+    if (m_session.CurrentDatabase)
+        m_tree.SaveItem(); // which may still hold edits
     m_session.oCodeItem.reset(); // it refers to the database
     m_session.CurrentItemKey.clear(); // so that a click on its node opens it anew
     if (m_session.moSettings)

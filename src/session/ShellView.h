@@ -32,6 +32,11 @@ public:
     virtual void RemoveComboEntry(int index) = 0;
     virtual void SetComboToolTip(const QString& tip) = 0;
 
+    /// The progress bar, from 1 to @p maximum; hidden when it is 0. The window paints itself.
+    virtual void ShowProgressStatusBar(int value, int maximum) = 0;
+    /// The commands that edit the item that is shown, and the toolbars of its texts.
+    virtual void EnableEditing(bool enabled) = 0;
+
     virtual LanguageChoice AskForLanguage() = 0;
     /// Enables the menus that need an open library.
     virtual void EnableMenus(bool enabled) = 0;

@@ -9,6 +9,7 @@
 #include "platform/system/Shell.h"
 #include "platform/system/Trace.h"
 #include "session/ui/CWaitCursor.h"
+#include "session/ui/FormatToolbar.h"
 #include "session/frmDatabaseList.h"
 #include "session/frmNewDatabase.h"
 #include "support/Addresses.h"
@@ -16,6 +17,7 @@
 #include "support/Version.h"
 #include "text/ctlCodeDetails.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QFile>
@@ -42,11 +44,15 @@ frmCodeLib::frmCodeLib()
     setWindowTitle(ApplicationTitle);
     MakePanels();
     m_tree = std::make_unique<ItemTree>(m_session, *tvCodeItems, *ctlCodeItemDetails, *this, m_commands);
+    m_items = std::make_unique<ItemCommands>(m_session, *tvCodeItems, *ctlCodeItemDetails, *this, m_commands, *m_tree);
+    m_drag = std::make_unique<ItemDrag>(m_session, *tvCodeItems, *m_tree, *m_items);
     m_libraries = std::make_unique<LibraryList>(m_session, *this, *ctlCodeItemDetails, m_commands, *m_tree);
     MakeMenus();
     MakeToolbar();
+    MakeTextToolbars();
     MakeStatusBar();
     ConnectPanels();
+    ConnectDetails();
     ConnectCommands();
     PlaceWindow();
 }
@@ -61,6 +67,7 @@ void frmCodeLib::Form_Load()
         wait.SetCursor(CWaitCursor::Hourglass);
         m_session.moSettings = std::make_unique<CSettings>([this] { return CurrentDatabase(); });
         connect(m_session.moSettings.get(), &CSettings::eShowStatusBar, this, &frmCodeLib::SetShowStatusBar);
+        connect(m_session.moSettings.get(), &CSettings::SettingsUpdated, this, &frmCodeLib::moSettings_SettingsUpdated);
         m_session.moSettings->Initialise();
         m_libraries->HistoryReplaced = [this] { ConnectHistory(); };
         m_libraries->GetLastDBName();
@@ -74,6 +81,8 @@ void frmCodeLib::Form_Load()
         } else {
             m_libraries->EnableControls(false);
         }
+        tlbTextFormat->sbTextTomatToolbarInitialize();
+        tlbTextFormat->FillMenu(*mnuFormat);
         m_libraries->NewHistory();
         if (Settings().TipsOnStartup())
             StartTips();
@@ -102,6 +111,8 @@ void frmCodeLib::SetTipsFocus()
 void frmCodeLib::DoStartUp()
 {
     Guarded(ModuleName, u"DoStartUp"_s, [this] {
+        m_items->SetAutoSaveOn(GetSetting(SettingsApplication, u"Settings"_s, u"AutoSave"_s, u"True"_s) == u"True"_s);
+        moSettings_SettingsUpdated();
         for (const QString& button : {u"DELETE"_s, u"BOOKMARK"_s})
             m_commands.SetEnabled(button, false);
         if (Settings().DBEnableSessionUndo() && !Settings().DBShared())
@@ -136,8 +147,27 @@ void frmCodeLib::PlaceWindow()
 
 void frmCodeLib::closeEvent(QCloseEvent* event)
 {
+    Form_QueryUnload();
     Form_Unload();
     event->accept();
+}
+
+/// Unsaved changes are saved or asked about; that can't keep the window open.
+void frmCodeLib::Form_QueryUnload()
+{
+    m_items->SaveItem();
+}
+
+void frmCodeLib::DoUnload()
+{
+    if (Settings().SaveFormLayout())
+        SaveSetting(SettingsApplication, u"Settings"_s, u"AutoSave"_s, m_items->AutoSaveOn() ? u"True"_s : u"False"_s);
+}
+
+void frmCodeLib::moSettings_SettingsUpdated()
+{
+    ctlCodeItemDetails->SetDefaultFont({Settings().DefaultFontName(), Settings().DefaultFontSize()});
+    tlbTextFormat->ShowColors(Settings());
 }
 
 void frmCodeLib::Form_Unload()
@@ -146,7 +176,23 @@ void frmCodeLib::Form_Unload()
         m_tree->ClearTreeView();
         m_session.moSettings->CountDay(); // writes to the library, so before it closes
         m_libraries->CloseDatabase();
+        DoUnload();
     });
+}
+
+// The button for saving
+
+/// One click saves, two switch auto-save; which it was is known when no second can come any more.
+void frmCodeLib::SaveButtonClicked()
+{
+    ++m_saveClickCount;
+    tmrStartTimer.start(QApplication::doubleClickInterval());
+}
+
+void frmCodeLib::tmrStartTimer_Timer()
+{
+    m_items->SaveButtonClicked(std::exchange(m_saveClickCount, 0));
+    moSettings_SettingsUpdated();
 }
 
 // Status bar
@@ -167,7 +213,16 @@ void frmCodeLib::ShowProgress(const QString& text, int percent)
     constexpr int Done = 100;
     m_statusText->setText(text);
     prgStatus->setVisible(percent >= 1 && percent < Done);
+    prgStatus->setRange(0, Done);
     prgStatus->setValue(percent);
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+void frmCodeLib::ShowProgressStatusBar(int value, int maximum)
+{
+    prgStatus->setVisible(maximum > 0);
+    prgStatus->setRange(1, std::max(2, maximum));
+    prgStatus->setValue(value);
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "session/Commands.h"
+#include "session/ItemCommands.h"
+#include "session/ItemDrag.h"
 #include "session/ItemTree.h"
 #include "session/LibraryList.h"
 #include "session/SessionState.h"
@@ -8,6 +10,7 @@
 
 #include <QHash>
 #include <QMainWindow>
+#include <QTimer>
 #include <functional>
 
 class QAction;
@@ -15,6 +18,7 @@ class QComboBox;
 class QLabel;
 class QMenu;
 class QProgressBar;
+class QStackedWidget;
 class QToolBar;
 
 namespace qb {
@@ -22,6 +26,8 @@ namespace qb {
 class ApplicationTips;
 class ctlCodeDetails;
 class ctlSmartTreeView;
+class CTextEdit;
+class FormatToolbar;
 
 /// The main window: assembles the session and its panels, and connects them. What the commands
 /// do is decided by the collaborators, each in a file of its own.
@@ -56,6 +62,8 @@ public:
     void SetComboToolTip(const QString& tip) override;
     LanguageChoice AskForLanguage() override;
     void EnableMenus(bool enabled) override;
+    void ShowProgressStatusBar(int value, int maximum) override;
+    void EnableEditing(bool enabled) override;
 
     /// Shows progress in the status bar; a percent below 1, or of 100 and above, hides the bar.
     void ShowProgress(const QString& text, int percent);
@@ -69,15 +77,29 @@ private:
     QMenu* MenuOf(CommandRow::Place place);
     QAction* MakeAction(const CommandRow& row);
     void MakeToolbar();
+    void MakeTextToolbars();
+    void AddToolbarActions(QToolBar& toolbar, CommandRow::Place place);
     void MakeStatusBar();
     void ConnectPanels();
+    void ConnectDetails();
     void ConnectCommands();
+    void ConnectItemCommands();
+    void ConnectEditCommands();
+    void EditCurrentBox(void (CTextEdit::*edit)());
     void ConnectHistory();
     void UpdateAction(const QString& name);
     void DoStartUp();
     void MakeStartOfSessionCopy();
     void PlaceWindow();
     void mnuFile_Click();
+    void mnuEdit_Click();
+    void mnuItem_Click();
+    void SaveButtonClicked();
+    void tmrStartTimer_Timer();
+    void ShowTextToolbar();
+    void moSettings_SettingsUpdated();
+    void Form_QueryUnload();
+    void DoUnload();
     void mnuViewErrorLog_Click();
     void mnuBugReportItem_Click();
     void mnuAboutItem_Click();
@@ -92,7 +114,15 @@ private:
     QHash<QString, QAction*> m_actions;
     QHash<int, QMenu*> m_menus;
     QMenu* mnuFileDatabaseSelect = nullptr;
+    QMenu* mnuFormat = nullptr;
+    QMenu* mnuEditCode = nullptr;
     QToolBar* tlbMain = nullptr;
+    QStackedWidget* CoolBar1 = nullptr; ///< the toolbar that fits the tab
+    QToolBar* tbrCode = nullptr;
+    FormatToolbar* tlbTextFormat = nullptr;
+    QTimer tmrStartTimer; ///< tells a single click on SAVE from a double click
+    int m_saveClickCount = 0;
+    bool m_editingEnabled = true;
     QComboBox* cboDatabase = nullptr;
     QLabel* m_statusText = nullptr;
     QLabel* m_itemDate = nullptr;
@@ -100,6 +130,8 @@ private:
     ctlSmartTreeView* tvCodeItems = nullptr;
     ctlCodeDetails* ctlCodeItemDetails = nullptr;
     std::unique_ptr<ItemTree> m_tree;
+    std::unique_ptr<ItemCommands> m_items;
+    std::unique_ptr<ItemDrag> m_drag;
     std::unique_ptr<LibraryList> m_libraries;
     std::unique_ptr<ApplicationTips> m_oTips; ///< while the tip window is open
 };

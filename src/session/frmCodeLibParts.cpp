@@ -1,11 +1,14 @@
 // The parts of the main window: panels, menus, toolbar and status bar, and how they are connected.
 
 #include "panels/ctlSmartTreeView.h"
+#include "panels/ui/NodeTreeView.h"
 #include "platform/system/Trace.h"
 #include "session/frmCodeLib.h"
 #include "support/ErrorRoutine.h"
 #include "support/ui/Icons.h"
+#include "session/ui/FormatToolbar.h"
 #include "text/ctlCodeDetails.h"
+#include "text/ui/CTextEdit.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -16,10 +19,11 @@
 #include <QMenuBar>
 #include <QProgressBar>
 #include <QSplitter>
+#include <QStackedWidget>
 #include <QStatusBar>
 #include <QToolBar>
 #include <QToolButton>
-#include <QTreeView>
+#include <QVBoxLayout>
 
 namespace qb {
 
@@ -34,6 +38,7 @@ struct MenuRow {
 };
 constexpr MenuRow MenuRows[] = {
     {CommandRow::Place::File, "mnuFile", "&File"},
+    {CommandRow::Place::Edit, "mnuEdit", "&Edit"},
     {CommandRow::Place::Item, "mnuItem", "&Item"},
     {CommandRow::Place::View, "mnuView", "&View"},
     {CommandRow::Place::Tools, "mnuTools", "&Tools"},
@@ -61,7 +66,17 @@ void frmCodeLib::MakePanels()
     auto* splitter = new QSplitter;
     splitter->setObjectName(u"ctlResizer1"_s);
     splitter->addWidget(tvCodeItems);
-    splitter->addWidget(ctlCodeItemDetails);
+    CoolBar1 = new QStackedWidget;
+    CoolBar1->setObjectName(u"CoolBar1"_s);
+    CoolBar1->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    CoolBar1->hide();
+    auto* right = new QWidget;
+    auto* rightLayout = new QVBoxLayout(right);
+    rightLayout->setContentsMargins(0, 0, 0, 0);
+    rightLayout->setSpacing(0);
+    rightLayout->addWidget(CoolBar1);
+    rightLayout->addWidget(ctlCodeItemDetails, 1);
+    splitter->addWidget(right);
     splitter->setChildrenCollapsible(false);
     splitter->setStretchFactor(1, 1);
     splitter->setSizes({TreeWidth, DetailsWidth});
@@ -102,6 +117,18 @@ void frmCodeLib::MakeMenus()
         if (QMenu* menu = MenuOf(row.Where))
             menu->addAction(MakeAction(row));
     }
+    QMenu* mnuEdit = MenuOf(CommandRow::Place::Edit);
+    mnuEditCode = mnuEdit->addMenu(u"&Code"_s);
+    mnuEditCode->setObjectName(u"mnuEditCode"_s);
+    mnuFormat = mnuEdit->addMenu(u"F&ormat"_s);
+    mnuFormat->setObjectName(u"mnuFormat"_s);
+    for (const CommandRow& row : Commands::Table()) {
+        if (row.Where == CommandRow::Place::EditCode)
+            mnuEditCode->addAction(MakeAction(row));
+    }
+    connect(mnuEdit, &QMenu::aboutToShow, this, &frmCodeLib::mnuEdit_Click);
+    connect(MenuOf(CommandRow::Place::Item), &QMenu::aboutToShow, this, &frmCodeLib::mnuItem_Click);
+    m_actions[u"mnuAutoSaveItem"_s]->setCheckable(true);
     mnuFileDatabaseSelect = new QMenu(this);
     m_actions[u"mnuFileDatabaseSelect"_s]->setMenu(mnuFileDatabaseSelect);
     m_actions[u"mnuViewStatusBar"_s]->setCheckable(true);
@@ -127,14 +154,34 @@ void frmCodeLib::MakeToolbar()
     cboDatabase->setMinimumContentsLength(ComboCharacters);
     tlbMain->addWidget(cboDatabase);
     tlbMain->addSeparator();
+    AddToolbarActions(*tlbMain, CommandRow::Place::Toolbar);
+    m_actions[u"SAVE"_s]->setCheckable(true);
+}
+
+void frmCodeLib::AddToolbarActions(QToolBar& toolbar, CommandRow::Place place)
+{
     for (const CommandRow& row : Commands::Table()) {
-        if (row.Where != CommandRow::Place::Toolbar)
+        if (row.Where != place)
             continue;
         QAction* action = MakeAction(row);
         action->setProperty("key", action->objectName());
-        tlbMain->addAction(action);
-        if (QWidget* button = tlbMain->widgetForAction(action))
+        toolbar.addAction(action);
+        if (QWidget* button = toolbar.widgetForAction(action))
             button->setProperty("key", action->objectName());
+    }
+}
+
+/// The toolbars of the second band: one for code, one for formatted text.
+void frmCodeLib::MakeTextToolbars()
+{
+    tbrCode = new QToolBar;
+    tbrCode->setObjectName(u"tbrCode"_s);
+    tbrCode->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    AddToolbarActions(*tbrCode, CommandRow::Place::CodeToolbar);
+    tlbTextFormat = new FormatToolbar(*ctlCodeItemDetails);
+    for (QToolBar* toolbar : std::initializer_list<QToolBar*>{tbrCode, tlbTextFormat}) {
+        toolbar->setIconSize(tlbMain->iconSize());
+        CoolBar1->addWidget(toolbar);
     }
 }
 
@@ -166,6 +213,22 @@ void frmCodeLib::ConnectPanels()
     connect(tvCodeItems, &ctlSmartTreeView::NodeExpanded, this, [this](TreeNode* node) { m_tree->NodeExpanded(*node); });
     connect(tvCodeItems, &ctlSmartTreeView::NodeCollapsed, this, [this](TreeNode* node) { m_tree->NodeCollapsed(*node); });
     connect(tvCodeItems, &ctlSmartTreeView::TreePainted, this, [] { Trace("tree_painted"); });
+    NodeTreeView* tree = tvCodeItems->Tree();
+    connect(tree, &NodeTreeView::LabelEdited, this,
+            [this](TreeNode* node, const QString& text) { m_items->AfterLabelEdit(*node, text); });
+    connect(tree, &NodeTreeView::DeletePressed, this, [this] { m_items->DeleteCodeItem(); });
+    connect(tree, &NodeTreeView::InsertPressed, this, [this] { m_items->AddCode(); });
+    connect(tree, &NodeTreeView::RightClicked, this, [this](TreeNode* node, const QPoint& place) {
+        m_tree->TreeViewNodeClick(*node);
+        MenuOf(CommandRow::Place::Item)->popup(place);
+    });
+    tree->SetDragFormat(ItemDrag::TreeClipboardFormat());
+    tree->SetDragRules({.Start = [this](TreeNode& node) { return m_drag->Start(node); },
+                        .Over = [this](const TreeNode* node, int y, int height) { return m_drag->Over(node, y, height); },
+                        .Tick = [this] { m_drag->Tick(); },
+                        .Drop = [this] { return m_drag->Drop(); },
+                        .Complete = [this] { m_drag->Complete(); }});
+    m_tree->ItemShown = [this] { m_items->ItemMenuEdit(); };
     connect(cboDatabase, &QComboBox::currentIndexChanged, this, [this](int index) {
         if (index >= 0)
             m_libraries->cboDatabase_Click();
@@ -173,6 +236,70 @@ void frmCodeLib::ConnectPanels()
     connect(cboDatabase->lineEdit(), &QLineEdit::returnPressed, this,
             [this] { m_libraries->ChangeAlias(cboDatabase->currentText(), true); });
     connect(&m_commands, &Commands::Changed, this, &frmCodeLib::UpdateAction);
+}
+
+void frmCodeLib::ConnectDetails()
+{
+    connect(ctlCodeItemDetails, &ctlCodeDetails::CurrentViewChanged, this, &frmCodeLib::ShowTextToolbar);
+    connect(ctlCodeItemDetails, &ctlCodeDetails::TextChanged, this, [this](DetailsTab tab) {
+        const bool isCode = tab == DetailsTab::Code || tab == DetailsTab::Usage;
+        for (const QString& name : {u"COLORIZE"_s, u"mnuColorize"_s})
+            m_commands.SetEnabled(name, isCode || m_commands.Get(name).Enabled);
+    });
+    tmrStartTimer.setSingleShot(true);
+    connect(&tmrStartTimer, &QTimer::timeout, this, &frmCodeLib::tmrStartTimer_Timer);
+}
+
+/// The second band follows the tab.
+void frmCodeLib::ShowTextToolbar()
+{
+    const std::optional<DetailsTab> tab = ctlCodeItemDetails->CurrentView();
+    const bool isNotes = tab == DetailsTab::Notes;
+    const bool isCode = tab == DetailsTab::Code || tab == DetailsTab::Usage;
+    CoolBar1->setCurrentWidget(isNotes ? static_cast<QWidget*>(tlbTextFormat) : tbrCode);
+    CoolBar1->setVisible(m_editingEnabled && (isNotes || isCode));
+    tlbTextFormat->SetCommandsEnabled(m_editingEnabled && isNotes);
+    MenuOf(CommandRow::Place::Edit)->setEnabled(m_editingEnabled && tab.has_value());
+}
+
+void frmCodeLib::EnableEditing(bool enabled)
+{
+    m_editingEnabled = enabled;
+    ShowTextToolbar();
+}
+
+void frmCodeLib::mnuItem_Click()
+{
+    m_items->ItemMenuEdit();
+}
+
+void frmCodeLib::mnuEdit_Click()
+{
+    const std::optional<DetailsTab> tab = ctlCodeItemDetails->CurrentView();
+    mnuEditCode->menuAction()->setVisible(tab == DetailsTab::Code || tab == DetailsTab::Usage);
+    mnuFormat->menuAction()->setVisible(tab == DetailsTab::Notes);
+    UserTextBox* box = ctlCodeItemDetails->CurrentBox();
+    CTextEdit edit;
+    if (box)
+        edit.Initialize(*box);
+    m_commands.SetEnabled(u"mnuUndo"_s, box && edit.CanUndo());
+    m_commands.SetEnabled(u"mnuRedo"_s, box && edit.CanRedo());
+    m_commands.SetEnabled(u"mnuCopy"_s, box && edit.CanCopy());
+    m_commands.SetEnabled(u"mnuCut"_s, box && edit.CanCopy() && !box->Locked());
+    m_commands.SetEnabled(u"mnuClear"_s, box && edit.CanCopy() && !box->Locked());
+    m_commands.SetEnabled(u"mnuPaste"_s, box && edit.CanPaste());
+    m_actions[u"mnuUndo"_s]->setText(u"&Undo "_s + (box && edit.CanUndo() ? edit.TranslatedUndoType() : QString()));
+    m_actions[u"mnuRedo"_s]->setText(u"&Redo "_s + (box && edit.CanRedo() ? edit.TranslatedRedoType() : QString()));
+}
+
+void frmCodeLib::EditCurrentBox(void (CTextEdit::*edit)())
+{
+    UserTextBox* box = ctlCodeItemDetails->CurrentBox();
+    if (!box)
+        return;
+    CTextEdit commands;
+    commands.Initialize(*box);
+    (commands.*edit)();
 }
 
 /// What each command runs. A command without an entry here is not shown.
@@ -205,6 +332,8 @@ void frmCodeLib::ConnectCommands()
          }},
         {u"mnuViewRefresh"_s,
          [this] {
+             if (!m_items->SaveItem())
+                 return;
              m_tree->Refill();
              m_tree->SElectCodeItem(RootKey);
          }},
@@ -217,8 +346,55 @@ void frmCodeLib::ConnectCommands()
         {u"PREVIOUS"_s, previous},
         {u"NEXT"_s, next},
     };
+    ConnectItemCommands();
+    ConnectEditCommands();
     for (auto action = m_actions.cbegin(); action != m_actions.cend(); ++action)
         UpdateAction(action.key());
+}
+
+void frmCodeLib::ConnectItemCommands()
+{
+    m_procedures.insert({
+        {u"mnuKeepItem"_s, [this] { m_items->mnuKeepItem_Click(); }},
+        {u"mnuAddCode"_s, [this] { m_items->AddCode(); }},
+        {u"mnuNewSiblingItem"_s, [this] { m_items->mnuNewSiblingItem_Click(); }},
+        {u"mnuRename"_s, [this] { m_items->mnuRename_Click(); }},
+        {u"mnuDeleteCode"_s, [this] { m_items->DeleteCodeItem(); }},
+        {u"mnuSaveItem"_s, [this] { m_items->mnuSaveItem_Click(); }},
+        {u"mnuAutoSaveItem"_s, [this] { m_items->SetAutoSaveOn(!m_items->AutoSaveOn()); }},
+        {u"mnuRemoveDeletedItems"_s, [this] { m_items->mnuRemoveDeletedItems_Click(); }},
+        {u"NEW"_s, [this] { m_items->AddCode(); }},
+        {u"SAVE"_s, [this] { SaveButtonClicked(); }},
+        {u"DELETE"_s, [this] { m_items->DeleteCodeItem(); }},
+    });
+}
+
+void frmCodeLib::ConnectEditCommands()
+{
+    const auto colorize = [this] {
+        ctlCodeItemDetails->ColorizeVisible();
+        m_commands.SetEnabled(u"COLORIZE"_s, false);
+        m_commands.SetEnabled(u"mnuColorize"_s, false);
+    };
+    m_procedures.insert({
+        {u"mnuUndo"_s, [this] { EditCurrentBox(&CTextEdit::Undo); }},
+        {u"mnuRedo"_s, [this] { EditCurrentBox(&CTextEdit::Redo); }},
+        {u"mnuCut"_s, [this] { EditCurrentBox(&CTextEdit::Cut); }},
+        {u"mnuCopy"_s, [this] { EditCurrentBox(&CTextEdit::Copy); }},
+        {u"mnuPaste"_s, [this] { EditCurrentBox(&CTextEdit::Paste); }},
+        {u"mnuClear"_s, [this] { EditCurrentBox(&CTextEdit::Clear); }},
+        {u"mnuColorize"_s, colorize},
+        {u"COLORIZE"_s, colorize},
+    });
+    // The boxes have these keys themselves; here they are only shown.
+    const std::pair<const char*, QKeySequence::StandardKey> keys[] = {
+        {"mnuUndo", QKeySequence::Undo}, {"mnuRedo", QKeySequence::Redo},   {"mnuCut", QKeySequence::Cut},
+        {"mnuCopy", QKeySequence::Copy}, {"mnuPaste", QKeySequence::Paste}, {"mnuClear", QKeySequence::Delete}};
+    for (const auto& [name, key] : keys) {
+        QAction* action = m_actions[QLatin1StringView(name)];
+        action->setShortcut(key);
+        action->setShortcutContext(Qt::WidgetShortcut);
+    }
 }
 
 void frmCodeLib::ConnectHistory()

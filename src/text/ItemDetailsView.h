@@ -1,9 +1,15 @@
 #pragma once
 
+#include <QString>
+#include <functional>
+
 namespace qb {
 
 class CCodeItem;
 class Database;
+
+/// The tabs of the details panel, by number.
+enum class DetailsTab { Code = 1, Notes = 2, Usage = 3, Files = 4, Links = 5, Info = 6 };
 
 /// What the session needs of the panel that shows the current item.
 class ItemDetailsView {
@@ -14,8 +20,11 @@ public:
     virtual void Initialise(Database* database, CCodeItem* item) = 0;
     /// The tree is being replaced: what is shown belongs to no node any more.
     virtual void TreeReplaced() = 0;
-    /// The item shown next can't be changed.
+    /// What is shown can't be changed.
     virtual void SetLocked(bool locked) = 0;
+    virtual bool Locked() const = 0;
+    /// A library was opened: its colours and keywords are used from now on.
+    virtual void FormatingInitialize(Database& database) = 0;
 
     // Which tabs have content
     virtual void SetCodeEnabled(bool hasContent) = 0;
@@ -23,6 +32,24 @@ public:
     virtual void SetUsageEnabled(bool hasContent) = 0;
     virtual void SetFilesEnabled(bool hasContent) = 0;
     virtual void SetLinksEnabled(bool hasContent) = 0;
+
+    virtual void SetCurrentView(DetailsTab tab) = 0;
+    /// Colours both texts of the item that has just been opened, which changes it.
+    virtual void ColorizeItem() = 0;
+
+    /// Writes the edited texts to the item and commits it, if it is changed. With @p keep an item
+    /// that waited for removal is one that stays. False when it could not be written: the edits
+    /// stay in the boxes and count as changed.
+    virtual bool SaveItem(bool keep = false) = 0;
+    /// The item is being left: saves it if it is changed. One that waits for removal is kept by
+    /// that; unless saving is @p automatic the user is asked about it first. False when it could
+    /// not be written.
+    virtual bool SetItemChanged(bool automatic) = 0;
+    /// Nothing that was typed counts as a change any more.
+    virtual void ResetChangedBooleans() = 0;
+
+    /// An item that waited for removal was saved, and so kept.
+    std::function<void(const QString& id)> KeepingDeletedRecord;
 };
 
 } // namespace qb

@@ -1,16 +1,24 @@
 #include "text/ctlCodeDetails.h"
 
 #include "platform/dao/Database.h"
-#include "platform/richtext/RtfPlainText.h"
+#include "platform/system/Clock.h"
+#include "platform/system/Prompts.h"
+#include "platform/system/Shell.h"
 #include "store/CCodeItem.h"
+#include "store/SessionValues.h"
+#include "support/ErrorRoutine.h"
 #include "support/ui/Icons.h"
+#include "text/ui/CodeBox.h"
+#include "text/ui/RichTextBox.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
-#include <QFontDatabase>
 #include <QLabel>
 #include <QLocale>
 #include <QPlainTextEdit>
+#include <QProgressBar>
+#include <QScopedValueRollback>
 #include <QStackedWidget>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -23,19 +31,26 @@ using namespace Qt::StringLiterals;
 namespace {
 
 struct TabRow {
+    DetailsTab Tab;
     const char* Title;
-    const char* Box;
     const char* Image;      ///< with content
     const char* EmptyImage; ///< without
-    bool IsCode;
 };
+/// In the order in which they are shown.
 constexpr TabRow TabRows[] = {
-    {"&Code", "rtbCode", "CODE", "DIS_CODE", true},
-    {"&Notes", "rtbNotes", "NOTES", "DIS_NOTES", false},
-    {"&Usage", "rtbUsage", "USAGE", "DIS_USAGE", true},
-    {"&Info", "txtInfo", "INFO", "DIS_INFO", false},
+    {DetailsTab::Code, "&Code", "CODE", "DIS_CODE"},
+    {DetailsTab::Notes, "&Notes", "NOTES", "DIS_NOTES"},
+    {DetailsTab::Usage, "&Usage", "USAGE", "DIS_USAGE"},
+    {DetailsTab::Info, "I&nfo", "INFO", "DIS_INFO"},
 };
 
+int IndexOf(DetailsTab tab)
+{
+    const auto row = std::find_if(std::begin(TabRows), std::end(TabRows), [tab](const TabRow& one) { return one.Tab == tab; });
+    return row == std::end(TabRows) ? -1 : int(row - std::begin(TabRows));
+}
+
+const QString ModuleName = u"ctlCodeDetails"_s;
 constexpr int Gap = 12;
 
 QLabel* MakeLabel(const QString& name, double scale, bool bold)
@@ -61,6 +76,8 @@ ctlCodeDetails::ctlCodeDetails(QWidget* parent) : QWidget(parent), m_pages(new Q
     layout->addWidget(m_pages);
     m_pages->addWidget(MakeWelcomePage());
     m_pages->addWidget(MakeItemPage());
+    MakeProgress();
+    ConnectFormatter();
 }
 
 QWidget* ctlCodeDetails::MakeWelcomePage()
@@ -93,14 +110,14 @@ QWidget* ctlCodeDetails::MakeItemPage()
     m_title = MakeLabel(u"lblTitle"_s, 1.35, true);
     m_description = MakeLabel(u"lblDescription"_s, 1.0, false);
     m_attachments = MakeLabel(u"lblAttachments"_s, 0.9, false);
+    MakeBoxes();
     m_tabs = new QTabWidget;
     m_tabs->setObjectName(u"tbsTabs"_s);
     m_tabs->setDocumentMode(true);
-    for (size_t i = 0; i < TabCount; ++i) {
-        const TabRow& row = TabRows[i];
-        m_boxes[i] = MakeBox(QString::fromLatin1(row.Box), row.IsCode);
-        m_tabs->addTab(m_boxes[i], QString::fromLatin1(row.Title));
-    }
+    const std::array<QWidget*, std::size(TabRows)> boxes{rtbCode, rtbNotes, rtbUsage, txtInfo};
+    for (size_t i = 0; i < boxes.size(); ++i)
+        m_tabs->addTab(boxes[i], QString::fromLatin1(TabRows[i].Title));
+    connect(m_tabs, &QTabWidget::currentChanged, this, &ctlCodeDetails::CurrentViewChanged);
     auto* header = new QVBoxLayout;
     header->setContentsMargins(Gap, Gap, Gap, 0);
     header->addWidget(m_title);
@@ -113,43 +130,329 @@ QWidget* ctlCodeDetails::MakeItemPage()
     return page;
 }
 
-QPlainTextEdit* ctlCodeDetails::MakeBox(const QString& name, bool isCode)
+void ctlCodeDetails::MakeBoxes()
 {
-    constexpr int TabWidth = 4; // characters
-    auto* box = new QPlainTextEdit;
-    box->setObjectName(name);
-    box->setReadOnly(true);
-    box->setUndoRedoEnabled(false);
-    box->setFrameShape(QFrame::NoFrame);
-    box->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    if (isCode) {
-        box->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-        box->setLineWrapMode(QPlainTextEdit::NoWrap);
-        box->setTabStopDistance(TabWidth * QFontMetricsF(box->font()).horizontalAdvance(u' '));
-    }
-    return box;
+    rtbCode = new CodeBox;
+    rtbCode->setObjectName(u"rtbCode"_s);
+    rtbNotes = new RichTextBox;
+    rtbNotes->setObjectName(u"rtbNotes"_s);
+    rtbUsage = new CodeBox;
+    rtbUsage->setObjectName(u"rtbUsage"_s);
+    txtInfo = new QPlainTextEdit;
+    txtInfo->setObjectName(u"txtInfo"_s);
+    txtInfo->setReadOnly(true);
+    txtInfo->setFrameShape(QFrame::NoFrame);
+    ConnectBox(rtbCode, CodeText);
+    ConnectBox(rtbNotes, NotesText);
+    ConnectBox(rtbUsage, UsageText);
+    connect(rtbNotes, &RichTextBox::LinkActivated, this, [](const QString& target) {
+        if (!OpenTarget(target))
+            Prompts::Current().MsgBox({.Text = u"No application could be started for '%1'."_s.arg(target),
+                                       .Caption = ApplicationTitle,
+                                       .Icon = MsgBoxIcon::Information});
+    });
 }
+
+template <class Box>
+void ctlCodeDetails::ConnectBox(Box* box, Text text)
+{
+    m_texts[text].Box = box;
+    connect(box, &Box::textChanged, this, [this, text] { BoxChanged(text); });
+    connect(box, &Box::cursorPositionChanged, this, &ctlCodeDetails::EditStateChanged);
+    connect(box, &Box::selectionChanged, this, &ctlCodeDetails::EditStateChanged);
+}
+
+void ctlCodeDetails::ConnectFormatter()
+{
+    mFT.SetRichTextBox(rtbNotes);
+    const auto read = [this] {
+        if (m_userChange)
+            mFT.ReadValues();
+    };
+    connect(rtbNotes, &RichTextBox::selectionChanged, this, read);
+    connect(rtbNotes, &RichTextBox::cursorPositionChanged, this, read);
+    connect(&mFT, &CTextFormat::eColorizeProgress, this, &ctlCodeDetails::ShowColorizeProgress);
+    connect(&mFT, &CTextFormat::eFontChanged, this, &ctlCodeDetails::eNotesFontChanged);
+    connect(&mFT, &CTextFormat::eFontSizeChanged, this, &ctlCodeDetails::eNotesFontSizeChanged);
+    connect(&mFT, &CTextFormat::eBoldStateChanged, this, &ctlCodeDetails::eNotesBoldStateChanged);
+    connect(&mFT, &CTextFormat::eItalicStateChanged, this, &ctlCodeDetails::eNotesItalicStateChanged);
+    connect(&mFT, &CTextFormat::eUnderlineStateChanged, this, &ctlCodeDetails::eNotesUnderlineStateChanged);
+    connect(&mFT, &CTextFormat::BulletStateChanged, this, &ctlCodeDetails::NotesBulletStateChanged);
+    connect(&mFT, &CTextFormat::AllignmentStateChanged, this, &ctlCodeDetails::NotesAllignmentStateChanged);
+}
+
+void ctlCodeDetails::MakeProgress()
+{
+    auto* frame = new QFrame(this);
+    picColorize = frame;
+    picColorize->setObjectName(u"picColorize"_s);
+    frame->setFrameShape(QFrame::StyledPanel);
+    picColorize->setAutoFillBackground(true);
+    lblColorize = new QLabel(u"Colorizing"_s);
+    lblColorize->setObjectName(u"lblColorize"_s);
+    prbColorize = new QProgressBar;
+    prbColorize->setObjectName(u"prbColorize"_s);
+    auto* layout = new QHBoxLayout(picColorize);
+    layout->addWidget(lblColorize);
+    layout->addWidget(prbColorize, 1);
+    picColorize->hide();
+}
+
+void ctlCodeDetails::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    constexpr int Widest = 420;
+    const int width = std::min(Widest, this->width());
+    const int height = picColorize->sizeHint().height();
+    picColorize->setGeometry((this->width() - width) / 2, (this->height() - height) / 3, width, height);
+}
+
+// An item comes and goes
 
 void ctlCodeDetails::Initialise(Database* database, CCodeItem* item)
 {
+    m_userChange = false;
+    ResetChangedBooleans();
+    m_item = item;
     if (!item) {
         ShowWelcomeFacts(database);
         m_pages->setCurrentIndex(0);
+        Q_EMIT CurrentViewChanged();
         return;
     }
     m_title->setText(item->Title());
     const QString description = item->Description();
     m_description->setText(description);
     m_description->setVisible(!description.isEmpty());
-    const std::array<QString, TabCount> texts{PlainTextFromRtf(item->Code()), PlainTextFromRtf(item->Notes()),
-                                              PlainTextFromRtf(item->Example()), item->Info()};
-    for (size_t i = 0; i < TabCount; ++i)
-        m_boxes[i]->setPlainText(texts[i]);
-    SetTabEnabled(InfoTab, !texts[InfoTab].isEmpty());
+    ShowTexts();
     ShowAttachments();
     DisplayTabWithContent();
     m_pages->setCurrentIndex(1);
+    m_userChange = true;
+    mFT.ReadValues();
+    Q_EMIT CurrentViewChanged();
 }
+
+void ctlCodeDetails::ShowTexts()
+{
+    rtbCode->SetTextRTF(m_item->Code());
+    rtbNotes->SetTextRTF(m_item->Notes());
+    rtbUsage->SetTextRTF(m_item->Example());
+    txtInfo->setPlainText(m_item->Info());
+    SetTabEnabled(DetailsTab::Info, !m_item->Info().isEmpty());
+}
+
+void ctlCodeDetails::TreeReplaced()
+{
+    m_userChange = false;
+    m_item = nullptr;
+    m_pages->setCurrentIndex(0);
+    Q_EMIT CurrentViewChanged();
+}
+
+void ctlCodeDetails::SetLocked(bool locked)
+{
+    m_locked = locked;
+    for (const TextState& text : m_texts)
+        text.Box->SetLocked(locked);
+}
+
+void ctlCodeDetails::SetDefaultFont(const RtfFont& font)
+{
+    rtbNotes->SetDefaultFont(font);
+}
+
+// Changes
+
+void ctlCodeDetails::BoxChanged(Text text)
+{
+    if (m_locked || !m_userChange || !m_item)
+        return;
+    static constexpr std::array<DetailsTab, TextCount> tabs{DetailsTab::Code, DetailsTab::Notes, DetailsTab::Usage};
+    m_item->SetItemChanged(true);
+    m_texts[text].Changed = true;
+    m_texts[text].Colorized = false;
+    SetTabEnabled(tabs[text], !m_texts[text].Box->IsEmpty());
+    Q_EMIT TextChanged(tabs[text]);
+    Q_EMIT EditStateChanged();
+}
+
+void ctlCodeDetails::ResetChangedBooleans()
+{
+    for (TextState& text : m_texts)
+        text.Changed = text.Colorized = false;
+}
+
+/// Code and usage go into the library painted.
+void ctlCodeDetails::StoreText(Text text)
+{
+    const TextState& state = m_texts[text];
+    if (!state.Changed && !state.Colorized)
+        return;
+    QString rtf;
+    if (text != NotesText && state.Changed && !state.Colorized)
+        rtf = fnColorize(text == CodeText ? u"Code"_s : u"Usage"_s, false);
+    else if (!state.Box->IsEmpty())
+        rtf = state.Box->TextRTF();
+    static constexpr std::array<void (CCodeItem::*)(const QString&), TextCount> setters{
+        &CCodeItem::SetCode, &CCodeItem::SetNotes, &CCodeItem::SetExample};
+    (m_item->*setters[text])(rtf);
+}
+
+bool ctlCodeDetails::SaveItem(bool keep)
+{
+    return Guarded(ModuleName, u"SaveItem"_s, [&] {
+        if (!m_item || !m_item->ItemChanged())
+            return true;
+        lblColorize->setText(u"Saving Item"_s);
+        for (const Text text : {CodeText, NotesText, UsageText})
+            StoreText(text);
+        lblColorize->setText(u"Colorizing"_s);
+        if (!m_item->DontUpdateLastChangedDate())
+            m_item->SetLastChanged(Clock::Now());
+        if (!m_item->Commit())
+            return false;
+        ResetChangedBooleans();
+        if (keep && KeepingDeletedRecord)
+            KeepingDeletedRecord(m_item->Key());
+        return true;
+    }, false);
+}
+
+bool ctlCodeDetails::SetItemChanged(bool automatic)
+{
+    return Guarded(ModuleName, u"<<Let>> ItemChanged"_s, [&] {
+        if (!m_item || !m_item->ItemChanged())
+            return true;
+        const bool marked = m_item->ItemMarkedForDelete();
+        return !marked || automatic || KeepsDeletedItem() ? SaveItem(marked) : true;
+    }, false);
+}
+
+/// Whether an item that waits for removal or for the mother is to become a regular one.
+bool ctlCodeDetails::KeepsDeletedItem() const
+{
+    Message question{.Text = u"The item you have just updated is marked for deletion. \r\n"
+                             "By saving your changes of this item you will reset this item's 'Deleted' status which is the same "
+                             "as if you selected 'KEEP ITEM' option from the pop-up menu or the 'Item' menu. If you decide to "
+                             "continue the item will appear as a 'regular' item from that point. \r\nDo you wish to continue?"_s,
+                     .Caption = u"Update this item and reset its 'Deleted' status?"_s,
+                     .Buttons = MsgBoxButtons::YesNo,
+                     .Icon = MsgBoxIcon::Question};
+    if (Session().IsChildReplica) {
+        question.Caption = u"Update this item and reset its 'Conflicting' status?"_s;
+        question.Text = u"The item you have just updated is currently in conflict with its copy in mother database. \r\n"
+                        "By saving your changes of this item you will cause another conflict on next synchronization with main "
+                        "database. If you decide to continue, this item's 'Conflicting' status will be reset and the item will "
+                        "appear as a 'regular' item from that point. \r\nDo you wish to continue?"_s;
+    }
+    return Prompts::Current().MsgBox(question) == MsgBoxResult::Yes;
+}
+
+// Colouring
+
+QString ctlCodeDetails::fnColorize(const QString& tab, bool saveBack)
+{
+    CodeBox* box = tab == u"Code"_s ? rtbCode : tab == u"Usage"_s ? rtbUsage : nullptr;
+    if (!box) {
+        Prompts::Current().MsgBox({.Text = u"Unknown tab."_s, .Caption = u"Error"_s, .Icon = MsgBoxIcon::Critical});
+        return {};
+    }
+    RichText rtbFormat = box->Content(); // painted aside: caret, selection and undo stay as they are
+    mFT.ColorizeCode(rtbFormat);
+    if (saveBack) {
+        const QScopedValueRollback userChange(m_userChange, false);
+        box->SetRepainted(rtbFormat);
+    }
+    return rtbFormat.Text().isEmpty() ? QString() : rtbFormat.TextRTF();
+}
+
+void ctlCodeDetails::ColorizeVisible()
+{
+    const std::optional<DetailsTab> tab = CurrentView();
+    if (!m_item || m_locked || (tab != DetailsTab::Code && tab != DetailsTab::Usage))
+        return;
+    fnColorize(tab == DetailsTab::Code ? u"Code"_s : u"Usage"_s, true);
+    m_texts[tab == DetailsTab::Code ? CodeText : UsageText].Colorized = true;
+    m_item->SetItemChanged(true);
+}
+
+void ctlCodeDetails::ColorizeItem()
+{
+    if (!m_item)
+        return;
+    fnColorize(u"Code"_s, true);
+    fnColorize(u"Usage"_s, true);
+    SetCodeColorized(true);
+    SetUsageColorized(true);
+    m_item->SetItemChanged(true);
+}
+
+void ctlCodeDetails::ShowColorizeProgress(int percent)
+{
+    constexpr int Done = 100;
+    constexpr int NarrowestWithBar = 1000 / 15; // pixels; a bar in less would tell nothing
+    if (percent >= Done)
+        return picColorize->hide();
+    prbColorize->setValue(percent);
+    if (percent > 0)
+        return;
+    m_pages->setCurrentIndex(1);
+    if (width() < NarrowestWithBar)
+        return;
+    picColorize->show();
+    picColorize->raise();
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+// Tabs
+
+std::optional<DetailsTab> ctlCodeDetails::CurrentView() const
+{
+    if (m_pages->currentIndex() == 0)
+        return std::nullopt;
+    return TabRows[m_tabs->currentIndex()].Tab;
+}
+
+void ctlCodeDetails::SetCurrentView(DetailsTab tab)
+{
+    m_tabs->setCurrentIndex(IndexOf(tab));
+}
+
+UserTextBox* ctlCodeDetails::CurrentBox() const
+{
+    const std::optional<DetailsTab> tab = CurrentView();
+    if (tab == DetailsTab::Code)
+        return rtbCode;
+    if (tab == DetailsTab::Notes)
+        return rtbNotes;
+    return tab == DetailsTab::Usage ? rtbUsage : nullptr;
+}
+
+void ctlCodeDetails::NotesSetFocus()
+{
+    rtbNotes->setFocus();
+}
+
+void ctlCodeDetails::SetTabEnabled(DetailsTab tab, bool hasContent)
+{
+    m_hasContent[size_t(tab)] = hasContent;
+    const int index = IndexOf(tab);
+    const TabRow& row = TabRows[index];
+    m_tabs->setTabIcon(index, IconNamed(QString::fromLatin1(hasContent ? row.Image : row.EmptyImage)));
+}
+
+void ctlCodeDetails::DisplayTabWithContent()
+{
+    if (m_hasContent[size_t(TabRows[m_tabs->currentIndex()].Tab)])
+        return;
+    const auto first = std::find_if(std::begin(TabRows), std::end(TabRows),
+                                    [this](const TabRow& row) { return m_hasContent[size_t(row.Tab)]; });
+    if (first != std::end(TabRows))
+        SetCurrentView(first->Tab);
+}
+
+// What stands beside the texts
 
 void ctlCodeDetails::ShowWelcomeFacts(Database* database)
 {
@@ -163,48 +466,6 @@ void ctlCodeDetails::ShowWelcomeFacts(Database* database)
                                               QLocale().formattedDataSize(QFileInfo(database->Name()).size())));
 }
 
-void ctlCodeDetails::TreeReplaced()
-{
-    m_pages->setCurrentIndex(0);
-}
-
-void ctlCodeDetails::SetLocked(bool locked)
-{
-    m_locked = locked;
-}
-
-void ctlCodeDetails::SetTabEnabled(Tab tab, bool hasContent)
-{
-    m_hasContent[size_t(tab)] = hasContent;
-    const TabRow& row = TabRows[tab];
-    m_tabs->setTabIcon(tab, IconNamed(QString::fromLatin1(hasContent ? row.Image : row.EmptyImage)));
-}
-
-void ctlCodeDetails::SetCodeEnabled(bool hasContent)
-{
-    SetTabEnabled(CodeTab, hasContent);
-}
-
-void ctlCodeDetails::SetNotesEnabled(bool hasContent)
-{
-    SetTabEnabled(NotesTab, hasContent);
-}
-
-void ctlCodeDetails::SetUsageEnabled(bool hasContent)
-{
-    SetTabEnabled(UsageTab, hasContent);
-}
-
-void ctlCodeDetails::SetFilesEnabled(bool hasContent)
-{
-    m_hasFiles = hasContent;
-}
-
-void ctlCodeDetails::SetLinksEnabled(bool hasContent)
-{
-    m_hasPage = hasContent;
-}
-
 void ctlCodeDetails::ShowAttachments()
 {
     QStringList parts;
@@ -216,15 +477,6 @@ void ctlCodeDetails::ShowAttachments()
         parts << u"locked until the next synchronization"_s;
     m_attachments->setText(parts.join(u", "_s));
     m_attachments->setVisible(!parts.isEmpty());
-}
-
-void ctlCodeDetails::DisplayTabWithContent()
-{
-    if (m_hasContent[size_t(m_tabs->currentIndex())])
-        return;
-    const auto first = std::find(m_hasContent.begin(), m_hasContent.end(), true);
-    if (first != m_hasContent.end())
-        m_tabs->setCurrentIndex(int(first - m_hasContent.begin()));
 }
 
 } // namespace qb

@@ -1,46 +1,138 @@
 #pragma once
 
+#include "text/CTextFormat.h"
 #include "text/ItemDetailsView.h"
+#include "text/ui/UserTextBox.h"
 
+#include <QPointer>
 #include <QWidget>
 #include <array>
 
 class QLabel;
 class QPlainTextEdit;
+class QProgressBar;
 class QStackedWidget;
 class QTabWidget;
 
 namespace qb {
 
-/// The panel that shows the current item: its title and description, and a tab each for code,
-/// notes, usage and info, whose images tell which of them have content. With no item it shows
-/// the welcome page.
+class CodeBox;
+class RichTextBox;
+
+/// The panel that shows and edits the current item: its title and description, and a tab each for
+/// code, notes, usage and info, whose images tell which of them have content. With no item it
+/// shows the welcome page.
 class ctlCodeDetails : public QWidget, public ItemDetailsView {
     Q_OBJECT
 
 public:
     explicit ctlCodeDetails(QWidget* parent = nullptr);
 
+    // ItemDetailsView
     void Initialise(Database* database, CCodeItem* item) override;
     void TreeReplaced() override;
     void SetLocked(bool locked) override;
-    void SetCodeEnabled(bool hasContent) override;
-    void SetNotesEnabled(bool hasContent) override;
-    void SetUsageEnabled(bool hasContent) override;
-    void SetFilesEnabled(bool hasContent) override;
-    void SetLinksEnabled(bool hasContent) override;
+    bool Locked() const override { return m_locked; }
+    void FormatingInitialize(Database& database) override { mFT.ColorizeInit(database); }
+    void SetCodeEnabled(bool hasContent) override { SetTabEnabled(DetailsTab::Code, hasContent); }
+    void SetNotesEnabled(bool hasContent) override { SetTabEnabled(DetailsTab::Notes, hasContent); }
+    void SetUsageEnabled(bool hasContent) override { SetTabEnabled(DetailsTab::Usage, hasContent); }
+    void SetFilesEnabled(bool hasContent) override { m_hasFiles = hasContent; }
+    void SetLinksEnabled(bool hasContent) override { m_hasPage = hasContent; }
+    void SetCurrentView(DetailsTab tab) override;
+    void ColorizeItem() override;
+    bool SaveItem(bool keep = false) override;
+    bool SetItemChanged(bool automatic) override;
+    void ResetChangedBooleans() override;
+
+    /// The tab that is shown; nothing on the welcome page.
+    std::optional<DetailsTab> CurrentView() const;
+    /// Stays on the tab it is on if that has content, or goes to the first that has.
+    void DisplayTabWithContent();
+    /// The font of notes that have none of their own.
+    void SetDefaultFont(const RtfFont& font);
+
+    // The text of the visible tab
+
+    /// The box of the visible tab; null where there is none.
+    UserTextBox* CurrentBox() const;
+    RichTextBox* RTBNotesControl() const { return rtbNotes; }
+
+    /// Colours a copy of the text of "Code" or "Usage", which is put back with @p saveBack. Returns
+    /// its RTF; empty for an empty text.
+    QString fnColorize(const QString& tab, bool saveBack);
+    /// The visible box already holds the painted text.
+    void SetCodeColorized(bool colorized) { m_texts[CodeText].Colorized = colorized; }
+    void SetUsageColorized(bool colorized) { m_texts[UsageText].Colorized = colorized; }
+    /// Colours the text of the visible tab.
+    void ColorizeVisible();
+
+    // The format of the selection in the box for formatted text
+    bool Bold() const { return mFT.Bold(); }
+    void SetBold(bool on) { mFT.SetBold(on); }
+    bool Italic() const { return mFT.Italic(); }
+    void SetItalic(bool on) { mFT.SetItalic(on); }
+    bool Underline() const { return mFT.Underline(); }
+    void SetUnderline(bool on) { mFT.SetUnderline(on); }
+    bool Bullets() const { return mFT.Bullets(); }
+    void SetBullets(bool on) { mFT.SetBullets(on); }
+    int Alignment() const { return mFT.Alignment(); }
+    void SetAlignment(int alignment) { mFT.SetAlignment(alignment); }
+    void IncreaseIndent() { mFT.IncreaseIndent(); }
+    void DecreaseIndent() { mFT.DecreaseIndent(); }
+    QString FontName() const { return mFT.Font(); }
+    void SetFontName(const QString& name) { mFT.SetFont(name); }
+    int FontSize() const { return mFT.Size(); }
+    void SetFontSize(int points) { mFT.SetSize(points); }
+    void SetFontColor(quint32 color) { mFT.SetColor(color); }
+    void NotesSetFocus();
+
+Q_SIGNALS:
+    /// The text of a tab was changed by the user.
+    void TextChanged(qb::DetailsTab tab);
+    void CurrentViewChanged();
+    /// The caret has moved, or what can be undone has changed.
+    void EditStateChanged();
+
+    // The state of the selection in the notes differs from what was told last
+    void eNotesFontChanged(const QString& font);
+    void eNotesFontSizeChanged(int size);
+    void eNotesBoldStateChanged(bool on);
+    void eNotesItalicStateChanged(bool on);
+    void eNotesUnderlineStateChanged(bool on);
+    void NotesBulletStateChanged(bool on);
+    void NotesAllignmentStateChanged(int alignment);
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
-    enum Tab { CodeTab, NotesTab, UsageTab, InfoTab, TabCount };
+    /// The texts of an item that are edited here.
+    enum Text { CodeText, NotesText, UsageText, TextCount };
+    struct TextState {
+        UserTextBox* Box = nullptr;
+        bool Changed = false;   ///< edited since the last save
+        bool Colorized = false; ///< the box already holds the painted text
+    };
 
     QWidget* MakeWelcomePage();
     QWidget* MakeItemPage();
-    QPlainTextEdit* MakeBox(const QString& name, bool isCode);
-    void SetTabEnabled(Tab tab, bool hasContent);
-    void DisplayTabWithContent();
+    void MakeBoxes();
+    void MakeProgress();
+    template <class Box>
+    void ConnectBox(Box* box, Text text);
+    void ConnectFormatter();
+    void ShowTexts();
+    void BoxChanged(Text text);
+    void StoreText(Text text);
+    void ShowColorizeProgress(int percent);
+    void SetTabEnabled(DetailsTab tab, bool hasContent);
+    bool KeepsDeletedItem() const;
     void ShowAttachments();
     void ShowWelcomeFacts(Database* database);
 
+    CTextFormat mFT;
+    QPointer<CCodeItem> m_item;
     QStackedWidget* m_pages;
     QLabel* m_title = nullptr;
     QLabel* m_description = nullptr;
@@ -48,8 +140,16 @@ private:
     QLabel* m_facts = nullptr;
     QLabel* m_hint = nullptr;
     QTabWidget* m_tabs = nullptr;
-    std::array<QPlainTextEdit*, TabCount> m_boxes{};
-    std::array<bool, TabCount> m_hasContent{};
+    CodeBox* rtbCode = nullptr;
+    RichTextBox* rtbNotes = nullptr;
+    CodeBox* rtbUsage = nullptr;
+    QPlainTextEdit* txtInfo = nullptr;
+    QWidget* picColorize = nullptr;
+    QLabel* lblColorize = nullptr;
+    QProgressBar* prbColorize = nullptr;
+    std::array<TextState, TextCount> m_texts;
+    std::array<bool, 7> m_hasContent{}; ///< by the number of the tab
+    bool m_userChange = false;          ///< a change of a box is the user's; not while an item is loaded
     bool m_hasFiles = false;
     bool m_hasPage = false;
     bool m_locked = false;

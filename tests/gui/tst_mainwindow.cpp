@@ -23,6 +23,7 @@
 #include <QSignalSpy>
 #include <QStatusBar>
 #include <QTabWidget>
+#include <QTextEdit>
 #include <QTimer>
 #include <QTreeView>
 
@@ -73,7 +74,7 @@ private Q_SLOTS:
         QCOMPARE(Find<QLabel>(u"lblTitle"_s)->text(), u"Äpfel"_s);
         QCOMPARE(Find<QLabel>(u"lblDescription"_s)->text(), u"about apples"_s);
         QCOMPARE(Find<QPlainTextEdit>(u"rtbCode"_s)->toPlainText(), u"Dim apple\nEnd"_s);
-        QCOMPARE(Find<QPlainTextEdit>(u"rtbNotes"_s)->toPlainText(), u"noted"_s);
+        QCOMPARE(Find<QTextEdit>(u"rtbNotes"_s)->toPlainText(), u"noted"_s);
         QCOMPARE(Find<QPlainTextEdit>(u"rtbUsage"_s)->toPlainText(), u"used"_s);
         QCOMPARE(Find<QPlainTextEdit>(u"txtInfo"_s)->toPlainText(), u"informed"_s);
         QVERIFY(!Find<QLabel>(u"sbrMainPanel2"_s)->text().isEmpty());
@@ -149,7 +150,7 @@ private Q_SLOTS:
     void commandsWithoutAProcedure_areNotShown()
     {
         Open();
-        for (const QString& name : {u"NEW"_s, u"FIND"_s, u"mnuConflictSolver"_s, u"mnuDBToolsCreateReplicaItem"_s})
+        for (const QString& name : {u"FIND"_s, u"mnuConflictSolver"_s, u"mnuDBToolsCreateReplicaItem"_s})
             QVERIFY2(!Action(name)->isVisible(), qPrintable(name));
         for (const QAction* menu : m_window->menuBar()->actions()) {
             const QList<QAction*> entries = menu->menu()->actions();

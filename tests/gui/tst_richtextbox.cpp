@@ -2,6 +2,7 @@
 #include "support/RichTextBoxSuite.h"
 #include "support/RichTextDescription.h"
 #include "support/TestRun.h"
+#include "text/CTextFormat.h"
 #include "text/ui/CodeBox.h"
 #include "text/ui/RichTextBox.h"
 #include "text/ui/RichTextMime.h"
@@ -592,6 +593,23 @@ private Q_SLOTS:
         QCOMPARE(Difference(box.Content(), before), QByteArray());
         QCOMPARE(ShownDifference(box), QByteArray());
         QCOMPARE(box.UndoName(), UndoType::Typing);
+    }
+
+    void colouring_isShownToTheEndOfEachLine()
+    {
+        CTextFormat format;
+        format.SetLanguage(BuiltInLanguage(LanguageType::VB));
+        RichTextBox box;
+        const QString text = u"' a comment\r\nprivate function f(byval x as long) as double\r\n\r\n    dim y as string\r\nrem Z\r\nend function"_s;
+        box.SetText(text);
+        RichText painted = box.Content();
+        format.ColorizeCode(painted);
+        box.SetRepainted(painted);
+        QCOMPARE(ShownDifference(box), QByteArray());
+        QCOMPARE(Difference(box.Content(), painted), QByteArray());
+        box.Undo();
+        QCOMPARE(box.Text(), text);
+        QCOMPARE(ShownDifference(box), QByteArray());
     }
 
     void undoAfterCode_bringsProtectedTextBack()

@@ -173,7 +173,7 @@ private Q_SLOTS:
         };
         QTEST(named({{u"NEW"_s, s->Enabled(u"NEW"_s)}, {u"DELETE"_s, s->Enabled(u"DELETE"_s)}}), "enabled");
         QTEST(named({{u"KEEP"_s, s->Shown(u"mnuKeepItem"_s)}, {u"RESOLVE"_s, s->Shown(u"mnuResolveItem"_s)}}), "shown");
-        QTEST(s->Details.Locked, "locked");
+        QTEST(s->Details.IsLocked, "locked");
         QTEST(s->State.oCodeItem->DontUpdateLastChangedDate(), "dateHeld");
         QVERIFY(s->Enabled(u"NEXT"_s) && s->Enabled(u"PREVIOUS"_s));
     }
@@ -182,9 +182,9 @@ private Q_SLOTS:
     {
         Fill(Role::Child);
         s->Click(u"orphan"_s);
-        QVERIFY(s->Details.Locked);
+        QVERIFY(s->Details.IsLocked);
         s->Click(u"leaf"_s);
-        QVERIFY(!s->Details.Locked && s->Enabled(u"NEW"_s) && s->Enabled(u"DELETE"_s));
+        QVERIFY(!s->Details.IsLocked && s->Enabled(u"NEW"_s) && s->Enabled(u"DELETE"_s));
     }
 
     void orphans_areWhatStandsInTheFolderUnderTheRoot_data()

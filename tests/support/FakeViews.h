@@ -2,10 +2,13 @@
 
 #include "panels/ItemTreeView.h"
 #include "session/ShellView.h"
+#include "store/CCodeItem.h"
 #include "text/ItemDetailsView.h"
 
+#include <QPointer>
 #include <QStringList>
 #include <functional>
+#include <optional>
 
 namespace qb::test {
 
@@ -19,9 +22,24 @@ public:
     void SetExpanded(TreeNode& node, bool expanded) override { node.Expanded = expanded; }
     void FocusTree() override { ++Focused; }
     void SetTreeVisible(bool visible) override { Visible = visible; }
+    void StartLabelEdit(TreeNode& node) override { Edited = node.Id; }
+    void RemoveNode(TreeNode& node) override
+    {
+        TreeNode* parent = node.Parent;
+        for (const TreeNode* at = SelectedItem(); at; at = at->Parent) {
+            if (at == &node)
+                Selected = parent ? parent->Id : -1;
+        }
+        m_nodes.Remove(node);
+    }
+    void SetDropHighlight(const TreeNode* node) override { Highlight = node ? node->Id : -1; }
+    void ScrollLines(int lines) override { Scrolled += lines; }
 
     qint64 Selected = -1;
     qint64 Shown = -1;
+    qint64 Edited = -1;
+    qint64 Highlight = -1;
+    int Scrolled = 0;
     int Focused = 0;
     bool Visible = true;
 
@@ -36,21 +54,70 @@ public:
     {
         HasDatabase = database != nullptr;
         Item = item;
+        Code = Notes = Usage = Files = Links = false;
+        if (item)
+            Title = item->Title();
         ++Initialised;
     }
     void TreeReplaced() override { ++Replaced; }
-    void SetLocked(bool locked) override { Locked = locked; }
+    void SetLocked(bool locked) override { IsLocked = locked; }
+    bool Locked() const override { return IsLocked; }
+    void FormatingInitialize(Database&) override { ++FormatsRead; }
     void SetCodeEnabled(bool has) override { Code = has; }
     void SetNotesEnabled(bool has) override { Notes = has; }
     void SetUsageEnabled(bool has) override { Usage = has; }
     void SetFilesEnabled(bool has) override { Files = has; }
     void SetLinksEnabled(bool has) override { Links = has; }
+    void SetCurrentView(DetailsTab tab) override { View = tab; }
+    void ColorizeItem() override
+    {
+        ++Colorized;
+        Item->SetItemChanged(true);
+    }
+    /// The user types a text into the item that is shown.
+    void Type(const QString& code)
+    {
+        Typed = code;
+        Item->SetItemChanged(true);
+    }
+    bool SaveItem(bool keep = false) override
+    {
+        if (!Item || !Item->ItemChanged())
+            return true;
+        ++Saves;
+        if (Typed)
+            Item->SetCode(*Typed);
+        if (!Item->Commit())
+            return false;
+        Typed.reset();
+        if (keep && KeepingDeletedRecord)
+            KeepingDeletedRecord(Item->Key());
+        return true;
+    }
+    bool SetItemChanged(bool automatic) override
+    {
+        Automatic = automatic;
+        return SaveItem(Item && Item->ItemMarkedForDelete());
+    }
+    void ResetChangedBooleans() override
+    {
+        Typed.reset();
+        ++Resets;
+    }
 
     bool HasDatabase = false;
-    CCodeItem* Item = nullptr; ///< of the last Initialise
+    QPointer<CCodeItem> Item; ///< of the last Initialise
+    QString Title;
     int Initialised = 0;
     int Replaced = 0;
-    bool Locked = false;
+    int FormatsRead = 0;
+    int Colorized = 0;
+    int Saves = 0;
+    int Resets = 0;
+    bool Automatic = false;
+    std::optional<QString> Typed;
+    std::optional<DetailsTab> View;
+    bool IsLocked = false;
     bool Code = false, Notes = false, Usage = false, Files = false, Links = false;
 };
 
@@ -90,6 +157,8 @@ public:
             --Index;
     }
     void SetComboToolTip(const QString& tip) override { ComboToolTip = tip; }
+    void ShowProgressStatusBar(int value, int maximum) override { Progress << std::pair(value, maximum); }
+    void EnableEditing(bool enabled) override { EditingEnabled = enabled; }
     LanguageChoice AskForLanguage() override { return Language; }
     void EnableMenus(bool enabled) override { MenusEnabled = enabled; }
 
@@ -98,6 +167,8 @@ public:
     int Index = -1;
     LanguageChoice Language;
     bool MenusEnabled = false;
+    bool EditingEnabled = true;
+    QList<std::pair<int, int>> Progress;
     std::function<void()> ComboClick;
 };
 

@@ -13,6 +13,7 @@ namespace qb::test {
 inline void TakePicture(QWidget& widget, const QString& name)
 {
     const QString folder = qEnvironmentVariable("QUILLBASE_PICTURES");
+    QCoreApplication::processEvents(); // layouts that wait
     if (!folder.isEmpty() && QDir().mkpath(folder))
         widget.grab().save(folder + QLatin1Char('/') + name + QStringLiteral(".png"));
 }

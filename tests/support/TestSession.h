@@ -1,6 +1,8 @@
 #pragma once
 
 #include "platform/system/SettingsStore.h"
+#include "session/ItemCommands.h"
+#include "session/ItemDrag.h"
 #include "session/ItemTree.h"
 #include "session/LibraryList.h"
 #include "store/SessionValues.h"
@@ -110,6 +112,8 @@ struct TestSession {
     FakeShellView Shell;
     Commands CommandStates;
     ItemTree Tree{State, View, Details, Shell, CommandStates};
+    ItemCommands Items{State, View, Details, Shell, CommandStates, Tree};
+    ItemDrag Drag{State, View, Tree, Items};
     LibraryList Libraries{State, Shell, Details, CommandStates, Tree};
 };
 

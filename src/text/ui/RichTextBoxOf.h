@@ -38,6 +38,9 @@ public:
     /// Looks and pictures from other programs are taken in by a paste, not only their text.
     void SetTakesForeignLooks(bool takes) { m_takesForeignLooks = takes; }
 
+    /// The font of texts that name none, from the next text on.
+    void SetDefaultFont(const RtfFont& font) { m_font = font; }
+
     // IRichTextBox
     QString Text() const override { return m_text.Text(); }
     void SetText(const QString& text) override;

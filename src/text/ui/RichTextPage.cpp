@@ -110,7 +110,7 @@ void RichTextPage::Load(const QPalette& palette, int dotsPerInch)
     m_document.setUndoRedoEnabled(false);
     m_document.clear();
     m_document.setDefaultFont(font);
-    AddPictures();
+    AddPictures(0, text.Length());
     QTextCursor cursor(&m_document);
     {
         const OneStep step(cursor);
@@ -122,13 +122,16 @@ void RichTextPage::Load(const QPalette& palette, int dotsPerInch)
     m_document.setModified(false);
 }
 
-void RichTextPage::AddPictures()
+/// Makes the pictures of a range known to the text document.
+void RichTextPage::AddPictures(qsizetype begin, qsizetype end)
 {
     const RichTextDocument& text = m_text.Document();
-    ForEachRun(text.Runs(), 0, text.Length(), [&](qsizetype, qsizetype, quint32 number) {
+    ForEachRun(text.Runs(), begin, end, [&](qsizetype, qsizetype, quint32 number) {
         const quint32 picture = text.Format(number).Picture;
+        if (picture == 0)
+            return;
         const QUrl name(RichTextLook::PictureName(picture));
-        if (picture != 0 && !m_document.resource(QTextDocument::ImageResource, name).isValid())
+        if (!m_document.resource(QTextDocument::ImageResource, name).isValid())
             m_document.addResource(QTextDocument::ImageResource, name, QImage::fromData(text.Picture(picture).Bytes));
     });
 }
@@ -172,7 +175,7 @@ void RichTextPage::ShowReplaced(qsizetype position, qsizetype oldLength, qsizety
 {
     QTextCursor cursor(&m_document);
     Select(cursor, ToDocument(position), ToDocument(position + oldLength));
-    AddPictures();
+    AddPictures(position, position + newLength);
     if (joinsSteps && oldLength == 0 && newLength == 1)
         return cursor.insertText(Shown(position, position + 1), m_look.CharLook(m_text.Document().Runs().ValueAt(position)));
     if (joinsSteps && newLength == 0 && oldLength == 1) {
@@ -232,7 +235,8 @@ void RichTextPage::ShowRepainted(const RichTextDocument& old)
         ForEachRun(old.Runs(), begin, end, [&](qsizetype from, qsizetype to, quint32 was) {
             if (old.Format(was) == text.Format(number))
                 return;
-            Select(cursor, toDocument(from), toDocument(to));
+            const int documentBegin = toDocument(from); // in this order
+            Select(cursor, documentBegin, toDocument(to));
             cursor.setCharFormat(m_look.CharLook(number));
         });
     });
@@ -244,7 +248,8 @@ void RichTextPage::ShowRepainted(const RichTextDocument& old)
         qsizetype end = begin + 1;
         while (end < now.size() && now[end] != old.Text()[end])
             ++end;
-        Select(cursor, toDocument(begin), toDocument(end));
+        const int documentBegin = toDocument(begin);
+        Select(cursor, documentBegin, toDocument(end));
         InsertRuns(cursor, begin, end);
         begin = end;
     }

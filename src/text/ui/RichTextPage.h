@@ -40,7 +40,7 @@ public:
 private:
     void InsertAll(QTextCursor& cursor);
     void InsertRuns(QTextCursor& cursor, qsizetype begin, qsizetype end);
-    void AddPictures();
+    void AddPictures(qsizetype begin, qsizetype end);
     QString Shown(qsizetype begin, qsizetype end) const;
 
     RichText& m_text;

@@ -1,0 +1,181 @@
+#include "panels/ui/NodeTreeView.h"
+
+#include "support/ui/Icons.h"
+
+#include <QDrag>
+#include <QDragMoveEvent>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QPainter>
+#include <QStyledItemDelegate>
+#include <algorithm>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int TwipsPerPixel = 15;
+
+/// Draws a node with the image of its state, and lets its title be typed.
+class NodeDelegate : public QStyledItemDelegate {
+public:
+    NodeDelegate(NodeTreeView& view, TreeNodes& nodes) : QStyledItemDelegate(&view), m_view(view), m_nodes(nodes) {}
+
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&, const QModelIndex& index) const override
+    {
+        constexpr int LongestTyped = 50;
+        auto* editor = new QLineEdit(parent);
+        editor->setObjectName(u"txtLabelEdit"_s);
+        editor->setFrame(true);
+        // What is there already stays whole.
+        editor->setMaxLength(std::max<int>(LongestTyped, int(index.data(Qt::EditRole).toString().size())));
+        return editor;
+    }
+
+    void setModelData(QWidget* editor, QAbstractItemModel*, const QModelIndex& index) const override
+    {
+        const QString text = qobject_cast<QLineEdit*>(editor)->text();
+        if (text != index.data(Qt::EditRole).toString())
+            Q_EMIT m_view.LabelEdited(m_nodes.NodeAt(index), text);
+    }
+
+protected:
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override
+    {
+        QStyledItemDelegate::initStyleOption(option, index);
+        const bool open = option->state & QStyle::State_Open;
+        const int image = index.data(open ? TreeNodes::ExpandedImageRole : TreeNodes::ImageRole).toInt();
+        option->features |= QStyleOptionViewItem::HasDecoration;
+        option->icon = IconNamed(ImageKey(TreeImage(image)));
+        option->decorationSize = option->widget->style()->pixelMetric(QStyle::PM_SmallIconSize) * QSize(1, 1);
+        option->font.setBold(index.data(TreeNodes::BoldRole).toBool());
+    }
+
+private:
+    NodeTreeView& m_view;
+    TreeNodes& m_nodes;
+};
+
+} // namespace
+
+NodeTreeView::NodeTreeView(TreeNodes& nodes, QWidget* parent) : QTreeView(parent), m_nodes(nodes)
+{
+    constexpr int DragInterval = 100; // milliseconds
+    setHeaderHidden(true);
+    setUniformRowHeights(true); // the heights of 100,000 rows need not be asked for
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setFrameShape(QFrame::NoFrame);
+    setItemDelegate(new NodeDelegate(*this, nodes));
+    setModel(&nodes);
+    setDragEnabled(true);
+    setAcceptDrops(true);
+    setDropIndicatorShown(false);
+    setAutoScroll(false); // the drag has a way of its own
+    tmrDragTimer.setInterval(DragInterval);
+    connect(&tmrDragTimer, &QTimer::timeout, this, [this] { m_drag.Tick(); });
+}
+
+void NodeTreeView::StartLabelEdit(const TreeNode& node)
+{
+    edit(m_nodes.IndexOf(&node));
+}
+
+void NodeTreeView::SetDropHighlight(const TreeNode* node)
+{
+    m_highlight = m_nodes.IndexOf(node);
+    viewport()->update();
+}
+
+void NodeTreeView::drawRow(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
+{
+    QTreeView::drawRow(painter, option, index);
+    if (!m_highlight.isValid() || index != m_highlight)
+        return;
+    QColor fill = palette().color(QPalette::Highlight);
+    painter->setPen(fill);
+    constexpr int Veil = 60;
+    fill.setAlpha(Veil);
+    painter->setBrush(fill);
+    painter->drawRect(option.rect.adjusted(0, 0, -1, -1));
+}
+
+// Mouse and keys
+
+void NodeTreeView::mousePressEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::RightButton) // which only asks for the menu of the selected node
+        QTreeView::mousePressEvent(event);
+}
+
+void NodeTreeView::contextMenuEvent(QContextMenuEvent* event)
+{
+    // The mouse points at a node of its own; the key means the selected one.
+    if (event->reason() == QContextMenuEvent::Mouse && indexAt(event->pos()).isValid())
+        setCurrentIndex(indexAt(event->pos()));
+    if (TreeNode* node = Current()) {
+        const QPoint place = event->reason() == QContextMenuEvent::Mouse ? event->pos() : visualRect(currentIndex()).center();
+        Q_EMIT RightClicked(node, viewport()->mapToGlobal(place));
+    }
+}
+
+void NodeTreeView::keyPressEvent(QKeyEvent* event)
+{
+    TreeNode* node = Current();
+    if (event->key() == Qt::Key_Delete && event->modifiers() == Qt::NoModifier && node && !node->IsRoot())
+        Q_EMIT DeletePressed(node);
+    else if (event->key() == Qt::Key_Insert && event->modifiers() == Qt::NoModifier)
+        Q_EMIT InsertPressed();
+    else
+        QTreeView::keyPressEvent(event);
+}
+
+// Drag and drop
+
+void NodeTreeView::startDrag(Qt::DropActions)
+{
+    TreeNode* node = Current();
+    if (!node || !m_drag.Start || !m_drag.Start(*node))
+        return;
+    auto* dragged = new QMimeData;
+    dragged->setData(m_dragFormat, node->Key().toUtf8());
+    QDrag drag(this);
+    drag.setMimeData(dragged);
+    drag.setPixmap(IconNamed(ImageKey(node->Image)).pixmap(style()->pixelMetric(QStyle::PM_SmallIconSize)));
+    tmrDragTimer.start();
+    drag.exec(Qt::MoveAction);
+    tmrDragTimer.stop();
+    m_drag.Complete();
+}
+
+bool NodeTreeView::IsOurs(const QDropEvent& event) const
+{
+    return event.source() == this && event.mimeData()->hasFormat(m_dragFormat);
+}
+
+void NodeTreeView::dragEnterEvent(QDragEnterEvent* event)
+{
+    event->setAccepted(IsOurs(*event));
+}
+
+void NodeTreeView::dragMoveEvent(QDragMoveEvent* event)
+{
+    const QPoint place = event->position().toPoint();
+    const TreeNode* node = IsOurs(*event) ? m_nodes.NodeAt(indexAt(place)) : nullptr;
+    event->setDropAction(Qt::MoveAction);
+    event->setAccepted(m_drag.Over(node, place.y() * TwipsPerPixel, viewport()->height() * TwipsPerPixel));
+}
+
+void NodeTreeView::dragLeaveEvent(QDragLeaveEvent*)
+{
+    SetDropHighlight(nullptr);
+}
+
+void NodeTreeView::dropEvent(QDropEvent* event)
+{
+    event->setDropAction(Qt::IgnoreAction); // the tree has moved the node itself
+    event->setAccepted(IsOurs(*event) && m_drag.Drop());
+}
+
+} // namespace qb

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "panels/TreeNodes.h"
+
+#include <QTimer>
+#include <QTreeView>
+#include <functional>
+
+namespace qb {
+
+/// Decides about a drag in the tree. Lengths are in twips.
+struct TreeDragRules {
+    std::function<bool(TreeNode& node)> Start;
+    std::function<bool(const TreeNode* node, int y, int treeHeight)> Over;
+    std::function<void()> Tick;
+    std::function<bool()> Drop;
+    std::function<void()> Complete;
+};
+
+/// The control that draws the item tree: an image a node, titles that can be typed, a drag that
+/// opens and scrolls.
+class NodeTreeView : public QTreeView {
+    Q_OBJECT
+
+public:
+    explicit NodeTreeView(TreeNodes& nodes, QWidget* parent = nullptr);
+
+    void SetDragRules(const TreeDragRules& rules) { m_drag = rules; }
+    /// How data that is dragged is marked.
+    void SetDragFormat(const QString& format) { m_dragFormat = format; }
+    void SetDropHighlight(const TreeNode* node);
+    void StartLabelEdit(const TreeNode& node);
+
+Q_SIGNALS:
+    void LabelEdited(qb::TreeNode* node, const QString& text);
+    void RightClicked(qb::TreeNode* node, const QPoint& place);
+    void DeletePressed(qb::TreeNode* node);
+    void InsertPressed();
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void startDrag(Qt::DropActions actions) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    void drawRow(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+
+private:
+    TreeNode* Current() const { return m_nodes.NodeAt(currentIndex()); }
+    bool IsOurs(const QDropEvent& event) const;
+
+    TreeNodes& m_nodes;
+    TreeDragRules m_drag;
+    QString m_dragFormat;
+    QPersistentModelIndex m_highlight;
+    QTimer tmrDragTimer;
+};
+
+} // namespace qb

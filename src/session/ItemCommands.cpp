@@ -1,0 +1,341 @@
+#include "session/ItemCommands.h"
+
+#include "platform/dao/Recordset.h"
+#include "platform/system/Prompts.h"
+#include "store/ItemBranch.h"
+#include "store/SessionValues.h"
+#include "support/ErrorRoutine.h"
+
+#include <QElapsedTimer>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString ModuleName = u"MainForm"_s;
+
+bool Asked(const QString& text, const QString& caption, MsgBoxResult preset = MsgBoxResult::Yes)
+{
+    return Prompts::Current().MsgBox({.Text = text,
+                                      .Caption = caption,
+                                      .Buttons = MsgBoxButtons::YesNo,
+                                      .Icon = MsgBoxIcon::Question,
+                                      .Default = preset})
+        == MsgBoxResult::Yes;
+}
+
+void Inform(const QString& text, const QString& caption)
+{
+    Prompts::Current().MsgBox({.Text = text, .Caption = caption, .Icon = MsgBoxIcon::Information});
+}
+
+/// A title stands in one line.
+QString InOneLine(const QString& text)
+{
+    QString line = text;
+    for (QChar& character : line) {
+        if (character.category() == QChar::Other_Control || character == QChar::LineSeparator || character == QChar::ParagraphSeparator)
+            character = u' ';
+    }
+    return line.trimmed();
+}
+
+int CountBelow(const TreeNode& node)
+{
+    int count = 0;
+    std::vector<const TreeNode*> waiting{&node};
+    while (!waiting.empty()) {
+        const TreeNode* at = waiting.back();
+        waiting.pop_back();
+        count += int(at->Children.size());
+        waiting.insert(waiting.end(), at->Children.begin(), at->Children.end());
+    }
+    return count;
+}
+
+} // namespace
+
+ItemCommands::ItemCommands(SessionState& session, ItemTreeView& view, ItemDetailsView& details, ShellView& shell,
+                           Commands& commands, ItemTree& tree)
+    : m_session(session), m_view(view), m_details(details), m_shell(shell), m_commands(commands), m_tree(tree)
+{
+    m_tree.SaveItem = [this] { return SaveItem(); };
+    m_details.KeepingDeletedRecord = [this](const QString& id) { KeepingDeletedRecord(id); };
+}
+
+// Saving
+
+void ItemCommands::SetAutoSaveOn(bool on)
+{
+    m_autoSaveOn = on;
+    m_commands.SetChecked(u"SAVE"_s, on);
+    m_commands.SetChecked(u"mnuAutoSaveItem"_s, on);
+}
+
+bool ItemCommands::SaveItem()
+{
+    return Guarded(ModuleName, u"SaveItem"_s, [this] {
+        CCodeItem* item = m_session.oCodeItem.get();
+        bool kept = true;
+        if (item && item->ItemChanged()) {
+            const bool wanted
+                = m_autoSaveOn || Asked(u"This item has been changed. Do you wish to save the changes?"_s, u"Save Item"_s);
+            kept = !wanted || m_details.SetItemChanged(m_autoSaveOn);
+            // What could not be written may be all there is of an afternoon's work.
+            if (!kept
+                && !Asked(u"The changes of this item could not be saved. Do you wish to go on without them? They will be lost."_s,
+                          u"Save Item"_s, MsgBoxResult::No))
+                return false;
+            if (item->ItemChanged())
+                item->SetItemChanged(false); // nobody wants it any more
+        }
+        m_details.ResetChangedBooleans();
+        return true;
+    }, false);
+}
+
+void ItemCommands::mnuSaveItem_Click()
+{
+    const CCodeItem* item = m_session.oCodeItem.get();
+    const bool marked = item && item->ItemMarkedForDelete();
+    marked ? m_details.SetItemChanged(false) : m_details.SaveItem();
+}
+
+void ItemCommands::SaveButtonClicked(int clicks)
+{
+    Guarded(ModuleName, u"tmrStartTimer_Timer"_s, [&] {
+        const bool single = clicks < 2;
+        SetAutoSaveOn(single ? m_autoSaveOn : !m_autoSaveOn); // the click has changed the button's look
+        if (single || m_autoSaveOn)
+            mnuSaveItem_Click();
+    });
+}
+
+// Adding and renaming
+
+QString ItemCommands::ParentKeyOf(const TreeNode& node) const
+{
+    return node.IsRoot() ? u"0"_s : node.Key().mid(1);
+}
+
+void ItemCommands::AddCode()
+{
+    Guarded(ModuleName, u"AddCode"_s, [this] {
+        constexpr int NewItemStatus = 2;
+        TreeNode* parent = m_view.SelectedItem();
+        if (!m_session.CurrentDatabase || !parent || !SaveItem())
+            return;
+        auto item = std::make_unique<CCodeItem>();
+        item->Initialise(*m_session.CurrentDatabase, {});
+        item->SetTitle(u"New Code item"_s);
+        item->SetItemStatus(NewItemStatus);
+        item->SetParentKey(ParentKeyOf(*parent));
+        if (!item->Commit())
+            return;
+        if (!parent->IsRoot())
+            m_view.Nodes().SetImages(*parent, TreeImage::FOLDER, TreeImage::FOLDER);
+        const qint64 id = item->Key().toLongLong();
+        const QString title = item->Title();
+        m_tree.ShowNewItem(std::move(item));
+        TreeNode& node = m_view.Nodes().Insert(id, title, TreeImage::CHILD, *parent);
+        m_view.EnsureVisible(node);
+        m_view.SelectItem(node);
+        m_details.SetCurrentView(DetailsTab::Code);
+        m_commands.DoToolBarLogic(false);
+        m_view.StartLabelEdit(node);
+    });
+}
+
+void ItemCommands::mnuNewSiblingItem_Click()
+{
+    const TreeNode* node = m_view.SelectedItem();
+    if (!node || !node->Parent)
+        return;
+    m_view.SelectItem(*node->Parent);
+    AddCode();
+}
+
+void ItemCommands::mnuRename_Click()
+{
+    TreeNode* node = m_view.SelectedItem();
+    if (node && !node->IsRoot())
+        m_view.StartLabelEdit(*node);
+}
+
+bool ItemCommands::AfterLabelEdit(TreeNode& node, const QString& newText)
+{
+    return Guarded(ModuleName, u"tvCodeItems_AfterLabelEdit"_s, [&] {
+        const QString title = InOneLine(newText);
+        if (title.isEmpty()) {
+            Inform(u"You must enter some text for a title."_s, ApplicationTitle);
+            return false;
+        }
+        if (title == OrphanedItemsTitle && node.Parent && node.Parent->IsRoot()) {
+            Prompts::Current().MsgBox({.Text = u"You can't create an 'Orphaned Items' folder! This name is reserved for the program."_s,
+                                       .Caption = u"Reserved Folder Name"_s});
+            return false;
+        }
+        const qint64 id = node.Id;
+        const QString key = node.Key();
+        // Edits of its texts are of the row as it was; they come before the title.
+        if (m_session.oCodeItem && m_session.oCodeItem->Key() == QString::number(id) && !SaveItem())
+            return false;
+        CCodeItem item;
+        item.Initialise(*m_session.CurrentDatabase, QString::number(id));
+        item.SetTitle(title);
+        item.SetItemChanged(true);
+        m_shell.SetStatusText(title);
+        m_view.Nodes().SetText(node, title);
+        item.Commit();
+        m_tree.SElectCodeItem(key);
+        return true;
+    }, false);
+}
+
+// Deleting and keeping
+
+/// Tells the bar how far a deletion is, and lets the window paint, some twenty times a second.
+std::function<void(int)> ItemCommands::ProgressOver(qsizetype items)
+{
+    constexpr int Interval = 50; // milliseconds
+    const int maximum = int(std::max<qsizetype>(2, items)); // the bar's ends must differ
+    m_shell.SetStatusText(u"Deleting Items...."_s);
+    m_shell.ShowProgressStatusBar(1, maximum);
+    return [this, maximum, since = std::make_shared<QElapsedTimer>()](int done) {
+        if (since->isValid() && since->elapsed() < Interval)
+            return;
+        since->start();
+        m_shell.ShowProgressStatusBar(std::min(done, maximum), maximum);
+    };
+}
+
+void ItemCommands::DeleteCodeItem()
+{
+    Guarded(ModuleName, u"DeleteCodeItem"_s, [this] {
+        TreeNode* node = m_view.SelectedItem();
+        if (node && node->IsRoot())
+            return;
+        if (!node) {
+            Prompts::Current().MsgBox({.Text = u"No Selected Record"_s, .Caption = ApplicationTitle});
+            return;
+        }
+        const bool orphan = (Session().IsMotherReplica || Session().IsChildReplica) && ItemTree::OrphanedItem(*node);
+        const QString question = node->Children.empty() ? u"Delete selected item?"_s : u"Delete selected item and all child records?"_s;
+        if (Asked(question, u"Delete Stored Item"_s, MsgBoxResult::No))
+            DeleteNode(*node, orphan);
+    });
+}
+
+void ItemCommands::DeleteNode(TreeNode& node, bool orphan)
+{
+    TreeNode* parent = node.Parent;
+    const auto hideProgress = qScopeGuard([this] {
+        m_shell.SetStatusText({});
+        m_shell.ShowProgressStatusBar(0, 0);
+    });
+    DeleteBranch(*m_session.CurrentDatabase, node.Id, ProgressOver(CountBelow(node) + 1));
+    m_session.oCodeItem = std::make_unique<CCodeItem>(); // edits of what is gone are gone
+    m_view.RemoveNode(node);
+    if (orphan && CheckIfToDeleteOrphanedItemsFolder())
+        parent = m_view.Nodes().Root();
+    ShowSelected();
+    if (parent)
+        ShowAsChildless(*parent);
+}
+
+void ItemCommands::ShowSelected()
+{
+    if (const TreeNode* selected = m_view.SelectedItem())
+        m_tree.SElectCodeItem(selected->Key());
+}
+
+/// A parent that has lost its last child is a plain item.
+void ItemCommands::ShowAsChildless(TreeNode& parent)
+{
+    if (!parent.Children.empty())
+        return;
+    m_view.SetExpanded(parent, false);
+    if (!parent.IsRoot())
+        m_view.Nodes().SetImages(parent, TreeImage::CHILD, TreeImage::CHILD);
+}
+
+void ItemCommands::mnuKeepItem_Click()
+{
+    Guarded(ModuleName, u"mnuKeepItem_Click"_s, [this] {
+        m_session.oCodeItem->SetItemChanged(true);
+        if (!m_details.SaveItem(true))
+            return;
+        m_tree.ShowKeptDate();
+        m_commands.HideItemMenuItems(false, false, false);
+    });
+}
+
+void ItemCommands::KeepingDeletedRecord(const QString& id)
+{
+    Guarded(ModuleName, u"KeepingDeletedRecord"_s, [&] {
+        TreeNode& node = m_view.Nodes()[id.toLongLong()];
+        TreeImage image = TreeImage::CHILD;
+        if (!node.Children.empty())
+            image = node.Expanded ? TreeImage::OPENFOLDER : TreeImage::FOLDER;
+        m_view.Nodes().SetImages(node, image, node.Children.empty() ? TreeImage::CHILD : TreeImage::OPENFOLDER);
+        m_tree.CheckIfConflictsStillOccur();
+    });
+}
+
+void ItemCommands::mnuRemoveDeletedItems_Click()
+{
+    Guarded(ModuleName, u"mnuRemoveDeletedItems_Click"_s, [this] {
+        Database& database = *m_session.CurrentDatabase;
+        if (!SaveItem())
+            return;
+        std::vector<qint64> removed;
+        Transaction transaction(database);
+        Statement rows = database.Query(u"SELECT ID FROM Items WHERE LastChanged = 0"_s);
+        while (rows.Step())
+            removed.push_back(rows.Long(0));
+        for (const qint64 id : removed)
+            database.Execute(u"DELETE FROM Items WHERE ID = ?"_s, {id});
+        transaction.Commit();
+        for (const qint64 id : removed) {
+            if (TreeNode* node = m_view.Nodes().Find(id)) // one below another has gone with it
+                m_view.RemoveNode(*node);
+        }
+        m_session.oCodeItem = std::make_unique<CCodeItem>();
+        ShowSelected();
+        m_tree.CheckIfConflictsStillOccur();
+    });
+}
+
+bool ItemCommands::CheckIfToDeleteOrphanedItemsFolder()
+{
+    return Guarded(ModuleName, u"CheckIfToDeleteOrphanedItemsFolder"_s, [this] {
+        Database& database = *m_session.CurrentDatabase;
+        const qint64 folder
+            = database.QueryValue(u"SELECT ID FROM Items WHERE ParentID = 0 AND Title = ? COLLATE BINARY"_s, {OrphanedItemsTitle}).ToLong();
+        if (folder == 0 || !database.QueryValue(u"SELECT 1 FROM Items WHERE ParentID = ? LIMIT 1"_s, {folder}).IsNull())
+            return false;
+        if (m_session.moSettings->DisplaySynchroNotifications()) {
+            QString text = u"All orphaned items has either been moved or deleted from the database. The 'Orphaned Items' folder "
+                           "will be automaticaly removed."_s;
+            if (m_commands.Get(u"NEXT"_s).Icon == u"DOWN_RED"_s)
+                text.prepend(u"However to be able to synchronize this database again, you have to solve also all item conflicts "
+                             "and decide about deletion of items marked. You can use the 'Conflict Solver' tool from the 'Tools' "
+                             "menu or use the red arrows on the toolbar to move to these problem items one after another.\n"_s);
+            Inform(text, u"No other orphaned items present"_s);
+        }
+        database.Execute(u"DELETE FROM Items WHERE ID = ?"_s, {folder});
+        if (TreeNode* node = m_view.Nodes().Find(folder))
+            m_view.RemoveNode(*node);
+        return true;
+    }, false);
+}
+
+void ItemCommands::ItemMenuEdit()
+{
+    if (const TreeNode* node = m_view.SelectedItem())
+        m_commands.EnableItemMenu(m_tree.StateOf(*node));
+}
+
+} // namespace qb

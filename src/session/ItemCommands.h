@@ -1,0 +1,72 @@
+#pragma once
+
+#include "panels/ItemTreeView.h"
+#include "session/Commands.h"
+#include "session/ItemTree.h"
+#include "session/SessionState.h"
+#include "session/ShellView.h"
+#include "text/ItemDetailsView.h"
+
+namespace qb {
+
+/// The commands that change the set of items: add, rename, delete, save, keep and clear, with the
+/// rules that allow them.
+class ItemCommands {
+public:
+    ItemCommands(SessionState& session, ItemTreeView& view, ItemDetailsView& details, ShellView& shell, Commands& commands,
+                 ItemTree& tree);
+
+    // Saving
+
+    bool AutoSaveOn() const { return m_autoSaveOn; }
+    void SetAutoSaveOn(bool on);
+    /// The current item is about to be left: saves it, or asks about it. False when it could not
+    /// be saved and is not to be lost.
+    bool SaveItem();
+    /// Saves the current item now.
+    void mnuSaveItem_Click();
+    /// What the button for saving does by the number of clicks on it: one saves, two switch
+    /// auto-save.
+    void SaveButtonClicked(int clicks);
+
+    // Adding and renaming
+
+    /// Adds an item under the selected node and lets the user type its title.
+    void AddCode();
+    void mnuNewSiblingItem_Click();
+    void mnuRename_Click();
+    /// The user has typed a title. False when it is refused: the node keeps its own.
+    bool AfterLabelEdit(TreeNode& node, const QString& newText);
+
+    // Deleting and keeping
+
+    /// Deletes the selected item with all below it, after a question.
+    void DeleteCodeItem();
+    /// An item that a child has deleted stays.
+    void mnuKeepItem_Click();
+    void KeepingDeletedRecord(const QString& id);
+    /// Removes all items that a child has deleted; nothing else is touched.
+    void mnuRemoveDeletedItems_Click();
+    /// Removes the folder of orphaned items when nothing is left in it; true when it went.
+    bool CheckIfToDeleteOrphanedItemsFolder();
+
+    /// Sets the item menu for the selected node, before it opens.
+    void ItemMenuEdit();
+
+private:
+    QString ParentKeyOf(const TreeNode& node) const;
+    std::function<void(int)> ProgressOver(qsizetype items);
+    void DeleteNode(TreeNode& node, bool orphan);
+    void ShowAsChildless(TreeNode& parent);
+    void ShowSelected();
+
+    SessionState& m_session;
+    ItemTreeView& m_view;
+    ItemDetailsView& m_details;
+    ShellView& m_shell;
+    Commands& m_commands;
+    ItemTree& m_tree;
+    bool m_autoSaveOn = true;
+};
+
+} // namespace qb

@@ -1,0 +1,524 @@
+#include "config/CSettings.h"
+#include "platform/dao/DBEngine.h"
+#include "platform/richtext/RtfPlainText.h"
+#include "platform/system/SettingsStore.h"
+#include "session/frmCodeLib.h"
+#include "store/CCodeItem.h"
+#include "support/GuiRun.h"
+#include "support/LibraryBuilder.h"
+#include "support/ScriptedPrompts.h"
+#include "support/TestRun.h"
+#include "text/ui/CTextEdit.h"
+#include "text/ui/CodeBox.h"
+#include "text/ui/RichTextBox.h"
+
+#include <QAction>
+#include <QClipboard>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QProgressBar>
+#include <QTabWidget>
+#include <QTimer>
+#include <QToolBar>
+#include <QToolButton>
+#include <QTreeView>
+
+using namespace qb;
+using namespace qb::test;
+using namespace Qt::StringLiterals;
+
+/// An item is read and written in the main window.
+class TestEditing : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        FailOnWarnings();
+        m_home = std::make_unique<TemporaryHome>();
+        m_prompts = std::make_unique<ScriptedPrompts>();
+        m_database = MakeLibrary(m_home->Path(u"data/QBLib.qbd"_s), LanguageType::VB);
+        m_item = AddItem(*m_database, 0, u"item"_s);
+        AddItem(*m_database, 0, u"other"_s);
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        m_database.reset();
+        m_prompts.reset();
+        m_home.reset();
+    }
+
+    // Texts
+
+    void openedItem_isNotChanged()
+    {
+        Write(u"Notes"_s, RtfFromPlainText(u"noted"_s, {u"Verdana"_s, 10}));
+        Write(u"Code"_s, RtfFromPlainText(u"dim x"_s, CodeFont));
+        Open();
+        const QString before = Read(u"Code"_s);
+        ClickOn(0);
+        ClickOn(1);
+        QCOMPARE(Read(u"Code"_s), before);
+        QVERIFY(m_window->close());
+        QCOMPARE(Read(u"Code"_s), before);
+    }
+
+    void typedText_isSavedWhenTheItemIsLeft()
+    {
+        Open();
+        ClickOn(0);
+        Tab(1);
+        QTest::keyClicks(Notes(), u"remember"_s);
+        QCOMPARE(TabIcon(1), true);
+        Tab(0);
+        QTest::keyClicks(Code(), u"dim x "_s);
+        ClickOn(1);
+        QCOMPARE(PlainTextFromRtf(Read(u"Notes"_s)), u"remember"_s);
+        QCOMPARE(PlainTextFromRtf(Read(u"Code"_s)), u"Dim x "_s); // coloured on its way
+        QVERIFY(Read(u"Code"_s).contains(u"\\blue128"_s));
+        QVERIFY(Read(u"Notes"_s).contains(u"Verdana"_s));
+        ClickOn(0);
+        QCOMPARE(Code()->Text(), u"Dim x "_s);
+    }
+
+    void allNotesDeleted_storeTheEmptyText()
+    {
+        Write(u"Notes"_s, RtfFromPlainText(u"noted"_s, {u"Verdana"_s, 10}));
+        Open();
+        ClickOn(0);
+        QCOMPARE(TabIcon(1), true);
+        Notes()->selectAll();
+        QTest::keyClick(Notes(), Qt::Key_Delete);
+        QCOMPARE(TabIcon(1), false);
+        Action(u"mnuSaveItem"_s)->trigger();
+        QCOMPARE(Read(u"Notes"_s), QString());
+    }
+
+    void unwantedChange_isDropped_data()
+    {
+        QTest::addColumn<bool>("yes");
+        QTest::newRow("yes") << true;
+        QTest::newRow("no") << false;
+    }
+
+    void unwantedChange_isDropped()
+    {
+        QFETCH(bool, yes);
+        Open();
+        Action(u"mnuAutoSaveItem"_s)->trigger();
+        QVERIFY(!Action(u"SAVE"_s)->isChecked());
+        ClickOn(0);
+        QTest::keyClicks(Code(), u"text"_s);
+        m_prompts->ExpectMsgBox(u"Save Item"_s, yes ? MsgBoxResult::Yes : MsgBoxResult::No);
+        ClickOn(1);
+        QCOMPARE(m_prompts->Messages.last().Text, u"This item has been changed. Do you wish to save the changes?"_s);
+        ClickOn(0);
+        QCOMPARE(Code()->Text(), yes ? u"text"_s : QString());
+    }
+
+    void closing_asksOnceAndClosesEitherWay()
+    {
+        Open();
+        Action(u"mnuAutoSaveItem"_s)->trigger();
+        ClickOn(0);
+        QTest::keyClicks(Code(), u"text"_s);
+        m_prompts->ExpectMsgBox(u"Save Item"_s, MsgBoxResult::No);
+        QVERIFY(m_window->close());
+        QCOMPARE(Read(u"Code"_s), QString());
+        QCOMPARE(GetSetting(SettingsApplication, u"Settings"_s, u"AutoSave"_s), u"False"_s);
+        Open();
+        QVERIFY(!Action(u"mnuAutoSaveItem"_s)->isChecked());
+    }
+
+    void saveButton_savesByOneClickAndSwitchesByTwo()
+    {
+        Open();
+        QVERIFY(Action(u"SAVE"_s)->isChecked());
+        ClickOn(0);
+        QTest::keyClicks(Code(), u"text"_s);
+        auto* button = m_window->findChild<QToolBar*>(u"tlbMain"_s)->widgetForAction(Action(u"SAVE"_s));
+        QTest::mouseClick(button, Qt::LeftButton);
+        QTRY_COMPARE(PlainTextFromRtf(Read(u"Code"_s)), u"text"_s);
+        QTRY_VERIFY(Action(u"SAVE"_s)->isChecked());
+        QTest::mouseClick(button, Qt::LeftButton);
+        QTest::mouseClick(button, Qt::LeftButton);
+        QTRY_VERIFY(!Action(u"mnuAutoSaveItem"_s)->isChecked());
+        QVERIFY(!Action(u"SAVE"_s)->isChecked());
+    }
+
+    void itemThatCanNotBeSaved_staysIfTheUserWants()
+    {
+        Open();
+        ClickOn(0);
+        QTest::keyClicks(Code(), u"precious"_s);
+        m_database->Execute(u"DELETE FROM Items WHERE ID = ?"_s, {m_item});
+        for (const auto answer : {MsgBoxResult::No, MsgBoxResult::Yes}) {
+            m_prompts->ExpectError();
+            m_prompts->ExpectMsgBox(u"Save Item"_s, answer);
+            ClickOn(1);
+            const bool stays = answer == MsgBoxResult::No;
+            QCOMPARE(Tree()->currentIndex().row(), stays ? 0 : 1);
+            QCOMPARE(Code()->Text(), stays ? u"precious"_s : QString());
+        }
+    }
+
+    void colorize_paintsTheVisibleTextAndWaitsForTheNextChange()
+    {
+        Open();
+        ClickOn(0);
+        QVERIFY(!Action(u"COLORIZE"_s)->isEnabled());
+        QTest::keyClicks(Code(), u"dim x 'note"_s);
+        QVERIFY(Action(u"COLORIZE"_s)->isEnabled());
+        Action(u"COLORIZE"_s)->trigger();
+        QVERIFY(!Action(u"COLORIZE"_s)->isEnabled());
+        QCOMPARE(Code()->Text(), u"Dim x 'note"_s);
+        QCOMPARE(Code()->SelStart(), 11);
+        Code()->SetSelStart(0);
+        Code()->SetSelLength(3);
+        QCOMPARE(Code()->SelColor(), std::optional(quint32(0x800000)));
+        Code()->Undo();
+        QCOMPARE(Code()->Text(), u"dim x 'note"_s);
+        QVERIFY(Action(u"COLORIZE"_s)->isEnabled());
+    }
+
+    void openedItem_isColouredWhereTheSettingSays()
+    {
+        SaveSetting(SettingsApplication, u"Settings"_s, u"AutoColorizeWhenItemOpened"_s, u"True"_s);
+        Write(u"Code"_s, RtfFromPlainText(u"dim x "_s, CodeFont));
+        Open();
+        ClickOn(0);
+        QCOMPARE(Code()->Text(), u"Dim x "_s);
+        ClickOn(1); // it counts as changed
+        QCOMPARE(PlainTextFromRtf(Read(u"Code"_s)), u"Dim x "_s);
+        QCOMPARE(Read(u"Example"_s), QString());
+    }
+
+    void longText_showsProgress()
+    {
+        Open();
+        ClickOn(0);
+        QString text;
+        for (int i = 0; i < 400; ++i)
+            text += u"dim x as long ' "_s + QString::number(i) + u"\r\n"_s;
+        QGuiApplication::clipboard()->setText(text);
+        Code()->Paste();
+        auto* bar = m_window->findChild<QProgressBar*>(u"prbColorize"_s);
+        QList<int> values;
+        connect(bar, &QProgressBar::valueChanged, this, [&](int value) { values << value; });
+        Action(u"mnuSaveItem"_s)->trigger();
+        QVERIFY(values.size() > 15);
+        QVERIFY(!m_window->findChild<QWidget*>(u"picColorize"_s)->isVisible());
+        QCOMPARE(m_window->findChild<QLabel*>(u"lblColorize"_s)->text(), u"Colorizing"_s);
+    }
+
+    // Formats
+
+    void formatToolbar_followsTheSelectionAndChangesIt()
+    {
+        Open();
+        ClickOn(0);
+        Tab(1);
+        QVERIFY(m_window->findChild<QToolBar*>(u"tlbTextFormat"_s)->isVisible());
+        QTest::keyClicks(Notes(), u"one two"_s);
+        Notes()->SetSelStart(0);
+        Notes()->SetSelLength(3);
+        for (const QString& key : {u"BOLD"_s, u"ITALIC"_s, u"UNDERLINE"_s, u"BULLETS"_s, u"ALIGN_CENTER"_s})
+            Button(key)->trigger();
+        QCOMPARE(Notes()->SelBold(), std::optional(true));
+        QCOMPARE(Notes()->SelItalic(), std::optional(true));
+        QCOMPARE(Notes()->SelUnderline(), std::optional(true));
+        QCOMPARE(Notes()->SelBullet(), std::optional(true));
+        QCOMPARE(Notes()->BulletIndent(), 300);
+        QCOMPARE(Notes()->SelAlignment(), std::optional(TextAlignment::Center));
+        Notes()->SetSelStart(6);
+        QVERIFY(!Button(u"BOLD"_s)->isChecked());
+        QVERIFY(Button(u"BULLETS"_s)->isChecked());
+        Notes()->SetSelStart(2);
+        QVERIFY(Button(u"BOLD"_s)->isChecked());
+        QVERIFY(Button(u"ALIGN_CENTER"_s)->isChecked());
+        Button(u"BOLD"_s)->trigger();
+        QVERIFY(!Button(u"BOLD"_s)->isChecked());
+        Button(u"GROW"_s)->trigger();
+        QCOMPARE(Notes()->SelIndent(), std::optional(200));
+        Button(u"SHRINK"_s)->trigger();
+        QCOMPARE(Notes()->SelIndent(), std::optional(0));
+        QCOMPARE(m_window->findChild<QComboBox*>(u"cboFont"_s)->currentText(), u"Verdana"_s);
+        QCOMPARE(m_window->findChild<QComboBox*>(u"cboFontSize"_s)->currentText(), u"10"_s);
+        Tab(0);
+        QVERIFY(!m_window->findChild<QToolBar*>(u"tlbTextFormat"_s)->isVisible());
+        QVERIFY(m_window->findChild<QToolBar*>(u"tbrCode"_s)->isVisible());
+    }
+
+    void fontLists_setFontAndSize()
+    {
+        Open();
+        ClickOn(0);
+        Tab(1);
+        QTest::keyClicks(Notes(), u"text"_s);
+        Notes()->selectAll();
+        auto* fonts = m_window->findChild<QComboBox*>(u"cboFont"_s);
+        QVERIFY(fonts->count() > 1);
+        Q_EMIT fonts->textActivated(fonts->itemText(0));
+        Q_EMIT m_window->findChild<QComboBox*>(u"cboFontSize"_s)->textActivated(u"18"_s);
+        QCOMPARE(Notes()->SelFontName(), std::optional(fonts->itemText(0)));
+        QCOMPARE(Notes()->SelFontSize(), std::optional(18.0));
+    }
+
+    void formatColours_areThoseOfTheSettings()
+    {
+        Open();
+        ClickOn(0);
+        Tab(1);
+        QTest::keyClicks(Notes(), u"text"_s);
+        Notes()->selectAll();
+        QTest::keyClick(m_window.get(), Qt::Key_2, Qt::ControlModifier);
+        QCOMPARE(Notes()->SelColor(), std::optional(quint32(0xff0000)));
+        QTest::keyClick(m_window.get(), Qt::Key_1, Qt::ControlModifier);
+        QCOMPARE(Notes()->SelColor(), std::optional(quint32(0x0000ff)));
+        auto* button = qobject_cast<QToolButton*>(m_window->findChild<QToolBar*>(u"tlbTextFormat"_s)->widgetForAction(Button(u"COLOUR1"_s)));
+        for (QAction* entry : button->menu()->actions()) {
+            if (entry->property("key") == u"GREEN"_s)
+                entry->trigger();
+        }
+        QCOMPARE(Notes()->SelColor(), std::optional(quint32(0x008000)));
+        QCOMPARE(GetSetting(SettingsApplication, u"Settings"_s, u"DefaultColor1"_s), u"32768"_s);
+    }
+
+    void editMenu_fitsTheTabAndNamesTheSteps()
+    {
+        Open();
+        ClickOn(0);
+        QTest::keyClicks(Code(), u"text"_s);
+        OpenMenu(u"mnuEdit"_s);
+        QVERIFY(m_window->findChild<QMenu*>(u"mnuEditCode"_s)->menuAction()->isVisible());
+        QVERIFY(!m_window->findChild<QMenu*>(u"mnuFormat"_s)->menuAction()->isVisible());
+        QCOMPARE(Action(u"mnuUndo"_s)->text(), u"&Undo Typing"_s);
+        QVERIFY(!Action(u"mnuRedo"_s)->isEnabled());
+        QVERIFY(!Action(u"mnuCut"_s)->isEnabled());
+        Action(u"mnuUndo"_s)->trigger();
+        QCOMPARE(Code()->Text(), QString());
+        OpenMenu(u"mnuEdit"_s);
+        QCOMPARE(Action(u"mnuRedo"_s)->text(), u"&Redo Typing"_s);
+        Tab(1);
+        OpenMenu(u"mnuEdit"_s);
+        QVERIFY(m_window->findChild<QMenu*>(u"mnuFormat"_s)->menuAction()->isVisible());
+        for (const QString& name : {u"mnuBoldItem"_s, u"mnuBullet"_s, u"mnuAlignmentLeft"_s, u"mnuAlignmentCenter"_s, u"mnuAlignmentRight"_s,
+                                    u"mnuIncreaseIndent"_s, u"mnuDecreaseIndent"_s, u"mnuFontItem"_s, u"mnuFontSizeItem"_s,
+                                    u"mnuFontColor1"_s, u"mnuFontColor2"_s, u"mnuColorItem"_s})
+            QVERIFY2(m_window->findChild<QAction*>(name), qPrintable(name));
+    }
+
+    void undoWords_areThoseOfTheirNumbers()
+    {
+        const QString words[] = {u"Last Action"_s, u"Typing"_s, u"Delete"_s, u"Drag Drop"_s, u"Cut"_s, u"Paste"_s, QString()};
+        for (int number = 0; number < 7; ++number)
+            QCOMPARE(CTextEdit::Translated(UndoType(number)), words[number]);
+    }
+
+    // Items
+
+    void newItem_isNamedAtOnce()
+    {
+        Open();
+        ClickOn(0);
+        Action(u"NEW"_s)->trigger();
+        auto* editor = m_window->findChild<QLineEdit*>(u"txtLabelEdit"_s);
+        QVERIFY(editor);
+        QCOMPARE(editor->text(), u"New Code item"_s);
+        QCOMPARE(editor->maxLength(), 50);
+        editor->setText(u"child"_s);
+        Enter(editor);
+        const QModelIndex child = Tree()->model()->index(0, 0, Child(0));
+        QCOMPARE(child.data().toString(), u"child"_s);
+        QCOMPARE(Tree()->currentIndex(), child);
+        QCOMPARE(m_window->findChild<QLabel*>(u"lblTitle"_s)->text(), u"child"_s);
+        QCOMPARE(m_database->QueryValue(u"SELECT Title FROM Items WHERE ParentID = ?"_s, {m_item}).ToText(), u"child"_s);
+        QTest::keyClicks(Code(), u"x"_s);
+        QTest::keyClick(m_window.get(), Qt::Key_S, Qt::ControlModifier);
+        QCOMPARE(PlainTextFromRtf(m_database->QueryValue(u"SELECT Code FROM Items WHERE ParentID = ?"_s, {m_item}).ToText()), u"x"_s);
+    }
+
+    void titleThatIsEmpty_isRefused()
+    {
+        Open();
+        ClickOn(0);
+        Action(u"mnuRename"_s)->trigger();
+        auto* editor = m_window->findChild<QLineEdit*>(u"txtLabelEdit"_s);
+        editor->clear();
+        m_prompts->ExpectMsgBox(u"KT Quillbase"_s);
+        Enter(editor);
+        QCOMPARE(m_prompts->Messages.last().Text, u"You must enter some text for a title."_s);
+        QCOMPARE(Child(0).data().toString(), u"item"_s);
+    }
+
+    void longTitle_isNotCutByEditing()
+    {
+        m_database->Execute(u"UPDATE Items SET Title = ? WHERE ID = ?"_s, {QString(255, u'a'), m_item});
+        Open();
+        ClickOn(0);
+        Action(u"mnuRename"_s)->trigger();
+        auto* editor = m_window->findChild<QLineEdit*>(u"txtLabelEdit"_s);
+        QCOMPARE(editor->text().size(), 255);
+        QTest::keyClick(editor, Qt::Key_End);
+        QTest::keyClick(editor, Qt::Key_Backspace);
+        Enter(editor);
+        QCOMPARE(m_database->QueryValue(u"SELECT Title FROM Items WHERE ID = ?"_s, {m_item}).ToText(), QString(254, u'a'));
+    }
+
+    void deleteKey_deletesAfterAQuestion()
+    {
+        Open();
+        ClickOn(0);
+        Tree()->setFocus();
+        m_prompts->ExpectMsgBox(u"Delete Stored Item"_s, MsgBoxResult::No);
+        QTest::keyClick(Tree(), Qt::Key_Delete);
+        QCOMPARE(Tree()->model()->rowCount(Root()), 2);
+        m_prompts->ExpectMsgBox(u"Delete Stored Item"_s, MsgBoxResult::Yes);
+        QTest::keyClick(Tree(), Qt::Key_Delete);
+        QCOMPARE(Tree()->model()->rowCount(Root()), 1);
+        QCOMPARE(m_prompts->Messages.last().Text, u"Delete selected item?"_s);
+        QCOMPARE(m_prompts->Messages.last().Default, std::optional(MsgBoxResult::No));
+        QVERIFY(!m_window->findChild<QProgressBar*>(u"prgStatus"_s)->isVisible());
+        QCOMPARE(m_database->QueryValue(u"SELECT count(*) FROM Items"_s).ToLong(), 1);
+        Tree()->setCurrentIndex(Root());
+        QTest::keyClick(Tree(), Qt::Key_Delete); // nothing happens
+    }
+
+    void insertKey_addsAnItem()
+    {
+        Open();
+        ClickOn(1);
+        Tree()->setFocus();
+        QTest::keyClick(Tree(), Qt::Key_Insert);
+        QCOMPARE(Tree()->model()->rowCount(Child(1)), 1);
+        QTest::keyClick(m_window->findChild<QLineEdit*>(u"txtLabelEdit"_s), Qt::Key_Escape);
+        QCOMPARE(Tree()->model()->index(0, 0, Child(1)).data().toString(), u"New Code item"_s);
+    }
+
+    void itemMenu_opensOnTheNodeUnderTheMouse()
+    {
+        Open();
+        auto* menu = m_window->findChild<QMenu*>(u"mnuItem"_s);
+        const QPoint place = Tree()->visualRect(Child(1)).center();
+        QContextMenuEvent event(QContextMenuEvent::Mouse, place, Tree()->viewport()->mapToGlobal(place));
+        QCoreApplication::sendEvent(Tree()->viewport(), &event);
+        QVERIFY(menu->isVisible());
+        QCOMPARE(Tree()->currentIndex(), Child(1));
+        QVERIFY(Action(u"mnuRename"_s)->isEnabled());
+        TakePicture(*menu, u"item-menu"_s);
+        menu->close();
+    }
+
+    // Pictures for people to look at
+
+    void pictures()
+    {
+        const QString notes = u"{\\rtf1{\\fonttbl{\\f0 Verdana;}}{\\colortbl;\\red255\\green0\\blue0;\\red0\\green0\\blue255;}\\f0\\fs28\\b How to read a file\\b0\\fs20\\par "
+                              "Three things \\cf1 matter\\cf0  here, see {\\field{\\*\\fldinst{HYPERLINK \"https://example.org\"}}{\\fldrslt the page}}:\\par "
+                              "{\\pntext\\'b7\\tab}{\\*\\pn\\pnlvlblt{\\pntxtb\\bullet}}\\fi-300\\li300 open it \\i binary\\i0\\par"
+                              "{\\pntext\\'b7\\tab}check \\ul every\\ulnone  result\\par"
+                              "\\pard{\\*\\pn\\pnlvlbody\\pndec\\pnstart1{\\pntxta.}}\\fi-300\\li600 close it\\par look at \\cf2 errno\\cf0\\par"
+                              "\\pard\\qc centred \\highlight1 marked\\highlight0\\par\\pard\\qr right}"_s;
+        Write(u"Notes"_s, notes);
+        Write(u"Code"_s, RtfFromPlainText(u"' Works out a price\r\nPrivate Function Price(ByVal Count As Long) As Double\r\n"
+                                          "    Dim total As Double, name As String\r\n    name = \"price of \" & CStr(Count)\r\n"
+                                          "    If Count > 0 Then ' plain\r\n        total = Count * 2.5\r\n    End If\r\n"
+                                          "    Price = total\r\nEnd Function\r\n"_s, CodeFont));
+        for (const bool dark : {false, true}) {
+            const QString suffix = dark ? u"-dark"_s : QString();
+            const QPalette before = QApplication::palette();
+            if (dark)
+                QApplication::setPalette(DarkPalette());
+            Open();
+            m_window->resize(1000, 640);
+            ClickOn(0);
+            Action(u"mnuColorize"_s)->setEnabled(true);
+            Action(u"mnuColorize"_s)->trigger();
+            TakePicture(*m_window, u"code"_s + suffix);
+            Tab(1);
+            TakePicture(*m_window, u"notes"_s + suffix);
+            m_window.reset();
+            QApplication::setPalette(before);
+        }
+    }
+
+private:
+    static QPalette DarkPalette()
+    {
+        QPalette palette(QColor(0x31, 0x36, 0x3b), QColor(0x2a, 0x2e, 0x32));
+        palette.setColor(QPalette::Base, QColor(0x1b, 0x1e, 0x20));
+        palette.setColor(QPalette::Link, QColor(0x1d, 0x99, 0xf3));
+        return palette;
+    }
+
+    void Open()
+    {
+        m_window.reset();
+        m_window = std::make_unique<frmCodeLib>();
+        m_window->Form_Load();
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    }
+
+    QString Read(const QString& column)
+    {
+        return m_database->QueryValue(u"SELECT "_s + column + u" FROM Items WHERE ID = ?"_s, {m_item}).ToText();
+    }
+    void Write(const QString& column, const QString& value)
+    {
+        m_database->Execute(u"UPDATE Items SET "_s + column + u" = ? WHERE ID = ?"_s, {value, m_item});
+    }
+
+    /// The tree takes the text once the key is done with.
+    static void Enter(QLineEdit* editor)
+    {
+        QTest::keyClick(editor, Qt::Key_Return);
+        QCoreApplication::processEvents();
+    }
+
+    QTreeView* Tree() { return m_window->findChild<QTreeView*>(u"tvwTree"_s); }
+    QModelIndex Root() { return Tree()->model()->index(0, 0); }
+    QModelIndex Child(int row) { return Tree()->model()->index(row, 0, Root()); }
+    CodeBox* Code() { return m_window->findChild<CodeBox*>(u"rtbCode"_s); }
+    RichTextBox* Notes() { return m_window->findChild<RichTextBox*>(u"rtbNotes"_s); }
+    QAction* Action(const QString& name) { return m_window->findChild<QAction*>(name); }
+    QAction* Button(const QString& key)
+    {
+        for (QAction* action : m_window->findChild<QToolBar*>(u"tlbTextFormat"_s)->actions()) {
+            if (action->property("key") == key)
+                return action;
+        }
+        return nullptr;
+    }
+    void Tab(int index) { m_window->findChild<QTabWidget*>(u"tbsTabs"_s)->setCurrentIndex(index); }
+    /// Whether the tab's image says that it has content.
+    bool TabIcon(int index)
+    {
+        const QIcon icon = m_window->findChild<QTabWidget*>(u"tbsTabs"_s)->tabIcon(index);
+        const QString names[] = {u"CODE"_s, u"NOTES"_s, u"USAGE"_s};
+        return icon.cacheKey() == IconNamed(names[index]).cacheKey();
+    }
+    void ClickOn(int row)
+    {
+        QTest::mouseClick(Tree()->viewport(), Qt::LeftButton, {}, Tree()->visualRect(Child(row)).center());
+    }
+    void OpenMenu(const QString& name)
+    {
+        auto* menu = m_window->findChild<QMenu*>(name);
+        QTimer::singleShot(0, menu, &QMenu::close);
+        menu->exec(m_window->mapToGlobal(QPoint(0, 0)));
+    }
+
+    std::unique_ptr<TemporaryHome> m_home;
+    std::unique_ptr<ScriptedPrompts> m_prompts;
+    std::unique_ptr<Database> m_database;
+    qint64 m_item = 0;
+    std::unique_ptr<frmCodeLib> m_window;
+};
+
+QB_GUI_TEST_MAIN(TestEditing)
+#include "tst_editing.moc"
