@@ -25,6 +25,8 @@ int Add(const QStringList& words);
 int Set(const QStringList& words);
 int Move(const QStringList& words);
 int Delete(const QStringList& words);
+int Keep(const QStringList& words);
+int RemoveDeleted(const QStringList& words);
 
 // Rich text
 int Colorize(const QStringList& words);

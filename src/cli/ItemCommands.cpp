@@ -12,6 +12,7 @@
 #include "session/LoadTree.h"
 #include "store/CCodeItem.h"
 #include "store/ItemBranch.h"
+#include "store/SessionValues.h"
 #include "support/DateFormatCustom.h"
 
 #include <climits>
@@ -258,6 +259,36 @@ int Delete(const QStringList& words)
     const Arguments arguments(words, {}, 2);
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
     DeleteBranch(*database, arguments.Id(1));
+    return 0;
+}
+
+int Keep(const QStringList& words)
+{
+    const Arguments arguments(words, {}, 2);
+    const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
+    const qint64 id = arguments.Id(1);
+    RequireItem(*database, id);
+    CCodeItem item;
+    item.Initialise(*database, QString::number(id));
+    if (!item.LastChanged().IsNone())
+        throw RuntimeError(ErrorNumber::ValueNotAllowed,
+                           u"The item %1 does not wait for removal; nothing was changed."_s.arg(id), u"Keep"_s);
+    item.SetItemChanged(true);
+    return item.Commit() ? 0 : 1;
+}
+
+int RemoveDeleted(const QStringList& words)
+{
+    const Arguments arguments(words, {}, 1);
+    const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
+    if (!Session().IsMotherReplica || Session().IsChildReplica)
+        throw RuntimeError(ErrorNumber::ValueNotAllowed,
+                           u"Only a mother library has items that its children have deleted; nothing was changed."_s, u"RemoveDeleted"_s);
+    const std::vector<qint64> removed = RemoveItemsMarkedForDelete(*database);
+    if (arguments.Json())
+        Print(QJsonObject{{u"removed"_s, qint64(removed.size())}});
+    else
+        Print(u"%1 items removed\n"_s.arg(removed.size()));
     return 0;
 }
 

@@ -24,6 +24,8 @@ constexpr CommandEntry Table[] = {
     {"set", "LIB ID [--title T] [--description T] [--info T] [--code FILE|-] [--usage FILE] [--notes FILE]", "change an item", Set},
     {"move", "LIB ID PARENT", "put an item under another (0: the root)", Move},
     {"delete", "LIB ID", "delete an item and all below it", Delete},
+    {"keep", "LIB ID", "keep an item that a child library has deleted", Keep},
+    {"remove-deleted", "LIB", "remove all items that a child library has deleted", RemoveDeleted},
     {"import-folder", "LIB DIR [--parent ID] [--glob PATTERN]... [--encoding latin1|windows-1252]",
      "take the source files of a folder in", ImportFolderCommand},
     {"colorize", "LIB ID [--save] | --language vb|cpp FILE|- --rtf|--html", "colour the code of an item, or of a file", Colorize},

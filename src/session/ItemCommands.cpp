@@ -1,6 +1,5 @@
 #include "session/ItemCommands.h"
 
-#include "platform/dao/Recordset.h"
 #include "platform/system/Prompts.h"
 #include "store/ItemBranch.h"
 #include "store/SessionValues.h"
@@ -287,17 +286,9 @@ void ItemCommands::KeepingDeletedRecord(const QString& id)
 void ItemCommands::mnuRemoveDeletedItems_Click()
 {
     Guarded(ModuleName, u"mnuRemoveDeletedItems_Click"_s, [this] {
-        Database& database = *m_session.CurrentDatabase;
         if (!SaveItem())
             return;
-        std::vector<qint64> removed;
-        Transaction transaction(database);
-        Statement rows = database.Query(u"SELECT ID FROM Items WHERE LastChanged = 0"_s);
-        while (rows.Step())
-            removed.push_back(rows.Long(0));
-        for (const qint64 id : removed)
-            database.Execute(u"DELETE FROM Items WHERE ID = ?"_s, {id});
-        transaction.Commit();
+        const std::vector<qint64> removed = RemoveItemsMarkedForDelete(*m_session.CurrentDatabase);
         for (const qint64 id : removed) {
             if (TreeNode* node = m_view.Nodes().Find(id)) // one below another has gone with it
                 m_view.RemoveNode(*node);

@@ -87,6 +87,25 @@ void DeleteBranch(Database& database, qint64 id, const std::function<void(int)>&
     }
 }
 
+std::vector<qint64> ItemsMarkedForDelete(Database& database)
+{
+    std::vector<qint64> items;
+    Statement rows = database.Query(u"SELECT ID FROM Items WHERE LastChanged = 0"_s);
+    while (rows.Step())
+        items.push_back(rows.Long(0));
+    return items;
+}
+
+std::vector<qint64> RemoveItemsMarkedForDelete(Database& database)
+{
+    Transaction transaction(database);
+    std::vector<qint64> items = ItemsMarkedForDelete(database);
+    for (const qint64 item : items)
+        database.Execute(u"DELETE FROM Items WHERE ID = ?"_s, {item});
+    transaction.Commit();
+    return items;
+}
+
 void MoveItem(Database& database, qint64 id, qint64 parent)
 {
     RequireItem(database, id);

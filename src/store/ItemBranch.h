@@ -23,6 +23,13 @@ bool IsInBranch(Database& database, qint64 id, qint64 candidate);
 /// first error, with the library as it was.
 void DeleteBranch(Database& database, qint64 id, const std::function<void(int done)>& progress = {});
 
+/// The items that wait for removal: a child has deleted them, or they are in conflict at the mother.
+std::vector<qint64> ItemsMarkedForDelete(Database& database);
+
+/// Removes the rows of those items in one transaction, and nothing else: no deletion is recorded,
+/// stored files, bookmarks, links and items below are left as they are, deliberately. Returns them.
+std::vector<qint64> RemoveItemsMarkedForDelete(Database& database);
+
 /// The title that is reserved, directly under the root, for the items that a synchronization
 /// leaves without a parent.
 inline const QString OrphanedItemsTitle = QStringLiteral("Orphaned Items");

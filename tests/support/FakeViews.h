@@ -96,7 +96,8 @@ public:
     }
     bool SetItemChanged(bool automatic) override
     {
-        Automatic = automatic;
+        if (Item && Item->ItemChanged())
+            Automatic = automatic;
         return SaveItem(Item && Item->ItemMarkedForDelete());
     }
     void ResetChangedBooleans() override
