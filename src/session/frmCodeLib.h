@@ -25,6 +25,7 @@ namespace qb {
 
 class ApplicationTips;
 class ctlCodeDetails;
+class CodeToolbar;
 class ctlSmartTreeView;
 class CTextEdit;
 class FormatToolbar;
@@ -118,7 +119,7 @@ private:
     QMenu* mnuEditCode = nullptr;
     QToolBar* tlbMain = nullptr;
     QStackedWidget* CoolBar1 = nullptr; ///< the toolbar that fits the tab
-    QToolBar* tbrCode = nullptr;
+    CodeToolbar* tbrCode = nullptr;
     FormatToolbar* tlbTextFormat = nullptr;
     QTimer tmrStartTimer; ///< tells a single click on SAVE from a double click
     int m_saveClickCount = 0;

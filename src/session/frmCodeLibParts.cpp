@@ -6,6 +6,7 @@
 #include "session/frmCodeLib.h"
 #include "support/ErrorRoutine.h"
 #include "support/ui/Icons.h"
+#include "session/ui/CodeToolbar.h"
 #include "session/ui/FormatToolbar.h"
 #include "text/ctlCodeDetails.h"
 #include "text/ui/CTextEdit.h"
@@ -174,10 +175,10 @@ void frmCodeLib::AddToolbarActions(QToolBar& toolbar, CommandRow::Place place)
 /// The toolbars of the second band: one for code, one for formatted text.
 void frmCodeLib::MakeTextToolbars()
 {
-    tbrCode = new QToolBar;
-    tbrCode->setObjectName(u"tbrCode"_s);
-    tbrCode->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    tbrCode = new CodeToolbar(*ctlCodeItemDetails, [this] { return m_session.oCodeItem.get(); });
     AddToolbarActions(*tbrCode, CommandRow::Place::CodeToolbar);
+    mnuEditCode->addSeparator();
+    tbrCode->FillMenu(*mnuEditCode);
     tlbTextFormat = new FormatToolbar(*ctlCodeItemDetails);
     for (QToolBar* toolbar : std::initializer_list<QToolBar*>{tbrCode, tlbTextFormat}) {
         toolbar->setIconSize(tlbMain->iconSize());
@@ -258,6 +259,8 @@ void frmCodeLib::ShowTextToolbar()
     const bool isCode = tab == DetailsTab::Code || tab == DetailsTab::Usage;
     CoolBar1->setCurrentWidget(isNotes ? static_cast<QWidget*>(tlbTextFormat) : tbrCode);
     CoolBar1->setVisible(m_editingEnabled && (isNotes || isCode));
+    tbrCode->ForgetLastGo();
+    tbrCode->UpdateSectionButtons(ctlCodeItemDetails->CurrentSection());
     tlbTextFormat->SetCommandsEnabled(m_editingEnabled && isNotes);
     MenuOf(CommandRow::Place::Edit)->setEnabled(m_editingEnabled && tab.has_value());
 }
@@ -278,6 +281,7 @@ void frmCodeLib::mnuEdit_Click()
     const std::optional<DetailsTab> tab = ctlCodeItemDetails->CurrentView();
     mnuEditCode->menuAction()->setVisible(tab == DetailsTab::Code || tab == DetailsTab::Usage);
     mnuFormat->menuAction()->setVisible(tab == DetailsTab::Notes);
+    tbrCode->UpdateMenu();
     UserTextBox* box = ctlCodeItemDetails->CurrentBox();
     CTextEdit edit;
     if (box)

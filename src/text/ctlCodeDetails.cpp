@@ -142,6 +142,8 @@ void ctlCodeDetails::MakeBoxes()
     txtInfo->setObjectName(u"txtInfo"_s);
     txtInfo->setReadOnly(true);
     txtInfo->setFrameShape(QFrame::NoFrame);
+    rtbCode->installEventFilter(this);
+    rtbUsage->installEventFilter(this);
     ConnectBox(rtbCode, CodeText);
     ConnectBox(rtbNotes, NotesText);
     ConnectBox(rtbUsage, UsageText);

@@ -17,6 +17,7 @@ class QTabWidget;
 namespace qb {
 
 class CodeBox;
+class CodeSections;
 class RichTextBox;
 
 /// The panel that shows and edits the current item: its title and description, and a tab each for
@@ -67,6 +68,17 @@ public:
     /// Colours the text of the visible tab.
     void ColorizeVisible();
 
+    // The sections of the visible text. On any other tab the user is told so.
+
+    /// Adds a section to the item and its line to the text, or goes to the one that is there.
+    void CreateCodeSection(CCodeItem& item, quint8 header, quint32 color);
+    bool GoToCodeSection(quint8 header, bool stayOnHeader);
+    /// From the caret to the end of its section; with 0 the whole text.
+    void CopyCodeSectionToClipboard(quint8 header);
+    void DeleteCodeSection(quint8 header);
+    /// The section that holds the caret, or 0.
+    quint8 CurrentSection() const;
+
     // The format of the selection in the box for formatted text
     bool Bold() const { return mFT.Bold(); }
     void SetBold(bool on) { mFT.SetBold(on); }
@@ -94,6 +106,12 @@ Q_SIGNALS:
     /// The caret has moved, or what can be undone has changed.
     void EditStateChanged();
 
+    /// A header was looked for and is not in the text of Code or (not) of Usage.
+    void HeaderMissing(quint8 header, bool isCode);
+    void SectionDeleted(quint8 header);
+    /// A key was pressed in a box for code.
+    void CodeKeyDown(QKeyEvent* event);
+
     // The state of the selection in the notes differs from what was told last
     void eNotesFontChanged(const QString& font);
     void eNotesFontSizeChanged(int size);
@@ -105,6 +123,7 @@ Q_SIGNALS:
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     /// The texts of an item that are edited here.
@@ -125,6 +144,10 @@ private:
     void ShowTexts();
     void BoxChanged(Text text);
     void StoreText(Text text);
+    CodeBox* CurrentCodeBox() const;
+    CodeSections SectionsOf(CodeBox& box) const;
+    bool CodeBoxesKeyDown(CodeBox& box, QKeyEvent& event);
+    bool HeaderKeyDown(CodeBox& box, int key);
     void ShowColorizeProgress(int percent);
     void SetTabEnabled(DetailsTab tab, bool hasContent);
     bool KeepsDeletedItem() const;

@@ -26,6 +26,7 @@ public:
     explicit NodeTreeView(TreeNodes& nodes, QWidget* parent = nullptr);
 
     void SetDragRules(const TreeDragRules& rules) { m_drag = rules; }
+    const TreeDragRules& DragRules() const { return m_drag; }
     /// How data that is dragged is marked.
     void SetDragFormat(const QString& format) { m_dragFormat = format; }
     void SetDropHighlight(const TreeNode* node);

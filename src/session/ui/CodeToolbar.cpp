@@ -1,0 +1,142 @@
+#include "session/ui/CodeToolbar.h"
+
+#include "store/CCodeItem.h"
+#include "support/ErrorRoutine.h"
+#include "support/ui/Icons.h"
+#include "text/CodeSections.h"
+#include "text/ctlCodeDetails.h"
+
+#include <QMenu>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString ModuleName = u"MainForm"_s;
+const QString Add = u"ADD"_s;
+const QString GoTo = u"GOTO"_s;
+const QString Delete = u"DELETE"_s;
+constexpr const char* Tag = "Tag";
+
+} // namespace
+
+CodeToolbar::CodeToolbar(ctlCodeDetails& details, std::function<CCodeItem*()> item, QWidget* parent)
+    : QToolBar(parent), m_details(details), m_item(std::move(item))
+{
+    setObjectName(u"tbrCode"_s);
+    setWindowTitle(u"Code"_s);
+    for (const SectionRow& row : SectionTable()) {
+        QAction* action = addAction(QString());
+        action->setProperty("key", QString::fromLatin1(row.Key));
+        action->setProperty(Tag, Add);
+        widgetForAction(action)->setProperty("key", QString::fromLatin1(row.Key));
+        connect(action, &QAction::triggered, this, [this, &row] { ButtonClick(row); });
+        m_buttons.insert(row.Bit, action);
+    }
+    addSeparator();
+    QAction* copy = addAction(IconNamed(u"edit-copy"_s), u"Copy All"_s);
+    copy->setToolTip(u"Copy the whole text to the clipboard"_s);
+    copy->setProperty("key", u"ALLTOCLIPBOARD"_s);
+    widgetForAction(copy)->setProperty("key", u"ALLTOCLIPBOARD"_s);
+    connect(copy, &QAction::triggered, this, [this] { m_details.CopyCodeSectionToClipboard(0); });
+    connect(&m_details, &ctlCodeDetails::HeaderMissing, this, &CodeToolbar::RemoveHeader);
+    connect(&m_details, &ctlCodeDetails::SectionDeleted, this, &CodeToolbar::Rebuild);
+    connect(&m_details, &ctlCodeDetails::EditStateChanged, this, &CodeToolbar::Rebuild);
+    UpdateSectionButtons(0);
+}
+
+bool CodeToolbar::IsPresent(quint8 header) const
+{
+    CCodeItem* item = m_item();
+    if (!item || item->Key().isEmpty())
+        return false;
+    return m_details.CurrentView() == DetailsTab::Usage ? item->UsageHeaderPresent(header) : item->CodeHeaderPresent(header);
+}
+
+void CodeToolbar::UpdateSectionButtons(quint8 current)
+{
+    for (const SectionRow& row : SectionTable()) {
+        QAction* action = m_buttons[row.Bit];
+        const bool present = IsPresent(row.Bit);
+        const char* tip = !present ? row.AddTip : current == row.Bit ? row.CopyTip : row.GoTip;
+        action->setIcon(IconNamed(QString::fromLatin1(present ? row.GoImage : row.AddImage)));
+        action->setProperty(Tag, present ? GoTo : Add);
+        action->setText(QString::fromLatin1(tip));
+        action->setToolTip(QString::fromLatin1(tip));
+    }
+}
+
+void CodeToolbar::Rebuild()
+{
+    if (isVisible())
+        UpdateSectionButtons(m_details.CurrentSection());
+}
+
+void CodeToolbar::RemoveHeader(quint8 header, bool isCode)
+{
+    if (CCodeItem* item = m_item())
+        isCode ? item->RemoveCodeHeader(header) : item->RemoveUsageHeader(header);
+    UpdateSectionButtons(m_details.CurrentSection());
+}
+
+void CodeToolbar::ButtonClick(const SectionRow& row)
+{
+    Guarded(ModuleName, u"tbrCode_ButtonClick"_s, [&] {
+        CCodeItem* item = m_item();
+        if (!item)
+            return;
+        if (m_buttons[row.Bit]->property(Tag) == Add)
+            m_details.CreateCodeSection(*item, row.Bit, 0);
+        else
+            GoOrCopy(row.Bit);
+        UpdateSectionButtons(m_details.CurrentSection());
+    });
+}
+
+void CodeToolbar::GoOrCopy(quint8 header)
+{
+    if (header != 0 && header == m_lastGo)
+        return m_details.CopyCodeSectionToClipboard(header);
+    m_details.GoToCodeSection(header, false);
+    m_lastGo = header;
+}
+
+// The menu
+
+void CodeToolbar::FillMenu(QMenu& menu)
+{
+    for (const SectionRow& row : SectionTable()) {
+        QAction* entry = menu.addAction(QString());
+        entry->setObjectName(QString::fromLatin1(row.Menu));
+        connect(entry, &QAction::triggered, this, [this, &row] { MenuClick(row); });
+        m_entries.insert(row.Bit, entry);
+    }
+    UpdateMenu();
+}
+
+void CodeToolbar::UpdateMenu()
+{
+    for (const SectionRow& row : SectionTable()) {
+        const bool present = IsPresent(row.Bit);
+        m_entries[row.Bit]->setText((present ? u"Delete "_s : u"Add "_s) + QString::fromLatin1(row.MenuCaption));
+        m_entries[row.Bit]->setProperty(Tag, present ? Delete : Add);
+    }
+}
+
+void CodeToolbar::MenuClick(const SectionRow& row)
+{
+    Guarded(ModuleName, QString::fromLatin1(row.Menu), [&] {
+        CCodeItem* item = m_item();
+        if (!item)
+            return;
+        if (m_entries[row.Bit]->property(Tag) == Add)
+            m_details.CreateCodeSection(*item, row.Bit, 0);
+        else if (m_details.GoToCodeSection(row.Bit, true))
+            m_details.DeleteCodeSection(row.Bit);
+        UpdateSectionButtons(m_details.CurrentSection());
+    });
+}
+
+} // namespace qb

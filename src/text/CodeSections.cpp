@@ -1,0 +1,233 @@
+#include "text/CodeSections.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr SectionRow Rows[] = {
+    {1, "Global Declarations", "GENERAL_DECLARATION", "GLOBALDECLARATION_GOTO", "GLOBALDECLARATION_ADD", "Add Global Declaration Header",
+     "Go to Global Declarations", "Copy Global Declarations to Clipboard", "mnuEditAddGlobalDeclar", "&Global Declaration Section"},
+    {2, "Module Declarations", "MODULE_DECLARATION", "DECLARATION_GOTO", "DECLARATION_ADD", "Add Module Level Declaration Header",
+     "Go to Module Level Declarations", "Copy Module Level Declarations to Clipboard", "mnuEditAddModulDeclar",
+     "&Module Declaration Section"},
+    {4, "Code Module Code", "BAS_MODULE", "BASMODULE_GOTO", "BASMODULE_ADD", "Add Code Module Header", "Go to Code Module Code",
+     "Copy Code Module's Code to Clipboard", "mnuEditAddBasModuleCode", "&Standard Module Code Section"},
+    {8, "Class Module Code", "CLASS_MODULE", "CLASSMODULE_GOTO", "CLASSMODULE_ADD", "Add Class Module Header", "Go to Class Module Code",
+     "Copy Class Module Code to Clipboard", "mnuEditAddClassModuleCode", "&Class Module Code Section"},
+    {16, " Form Module Code", "FORM_MODULE", "FORMMODULE_GOTO", "FORMMODULE_ADD", "Add Form Module Header", "Go to Form Module Code",
+     "Copy Form Module Code to Clipboard", "mnuEditAddFormModuleCode", "&Form Module Code Section"},
+};
+
+const QString Hashes = u"###############"_s;
+const QString LineEnd = u"\r\n"_s;
+constexpr quint32 HeaderColor = 0x800000;
+
+QString TitleOf(quint8 bit)
+{
+    const SectionRow* row = SectionOf(bit);
+    return row ? QString::fromLatin1(row->Title) : QString();
+}
+
+/// What a particular header is found by; hash marks and comment opener play no part in it.
+QString SearchTextOf(quint8 bit)
+{
+    return u"   "_s + TitleOf(bit) + u"   "_s;
+}
+
+} // namespace
+
+std::span<const SectionRow> SectionTable()
+{
+    return Rows;
+}
+
+const SectionRow* SectionOf(quint8 bit)
+{
+    const auto* row = std::find_if(std::begin(Rows), std::end(Rows), [bit](const SectionRow& one) { return one.Bit == bit; });
+    return row == std::end(Rows) ? nullptr : row;
+}
+
+CodeSections::CodeSections(IRichTextBox& box, const QString& commentIdentifier)
+    : m_box(box), m_commentIdentifier(commentIdentifier.isEmpty() ? u"'"_s : commentIdentifier)
+{
+}
+
+QString CodeSections::StartMarker() const
+{
+    return m_commentIdentifier + Hashes + u"   "_s;
+}
+
+QString CodeSections::HeaderLine(quint8 bit) const
+{
+    constexpr double Width = 29; // of title and blanks
+    const QString title = TitleOf(bit);
+    const QString blanks(qsizetype(std::nearbyint((Width - double(title.size())) / 2)), u' '); // ties to even
+    return m_commentIdentifier + Hashes + blanks + title + blanks + Hashes + LineEnd;
+}
+
+// Create
+
+void CodeSections::Create(quint8 bit, quint32 color, bool choosesPlace)
+{
+    if (choosesPlace)
+        ChoosePlace(bit);
+    PartFromTextBefore();
+    WriteHeader(bit, color == 0 ? HeaderColor : color);
+}
+
+void CodeSections::ChoosePlace(quint8 bit)
+{
+    constexpr quint8 Global = 1;
+    constexpr quint8 Module = 2;
+    const QString text = m_box.Text();
+    m_box.SetSelStart(text.size());
+    m_box.SetSelText(LineEnd);
+    if (bit == Global) {
+        m_box.SetSelStart(0);
+    } else if (bit == Module) {
+        const qsizetype global = text.indexOf(u"    "_s + TitleOf(Global) + u"    "_s);
+        if (global < 0) {
+            m_box.SetSelStart(0);
+            return;
+        }
+        const qsizetype next = text.indexOf(StartMarker(), text.indexOf(u'\r', global));
+        if (next < 0) {
+            m_box.SetSelStart(m_box.Text().size());
+            return;
+        }
+        m_box.SetSelStart(next - LineEnd.size());
+        m_box.SetSelText(LineEnd);
+    }
+}
+
+/// A header stands at the begin of a line, with an empty line between it and text before it.
+void CodeSections::PartFromTextBefore()
+{
+    m_box.UpTo(u"\r", IRichTextBox::Direction::Backward);
+    const qsizetype behindReturn = m_box.SelStart();
+    if (behindReturn == 0)
+        return;
+    const QString text = m_box.Text();
+    const qsizetype lineBegin = text.lastIndexOf(u'\n', behindReturn - 1) + 1;
+    const bool heldText = !QStringView(text).sliced(lineBegin, behindReturn - 1 - lineBegin).trimmed().isEmpty();
+    m_box.SetSelStart(behindReturn + 1);
+    m_box.SetSelText(LineEnd);
+    if (heldText)
+        m_box.SetSelText(LineEnd);
+}
+
+void CodeSections::WriteHeader(quint8 bit, quint32 color)
+{
+    const QString line = HeaderLine(bit);
+    const qsizetype begin = m_box.SelStart();
+    m_box.SetSelBold(true);
+    m_box.SetSelColor(color);
+    if (!m_box.SetSelText(line))
+        return;
+    m_box.SetSelStart(begin);
+    m_box.SetSelLength(line.size());
+    m_box.SetSelProtected(true);
+    PlaceCaretBehind(begin, line.size());
+}
+
+void CodeSections::PlaceCaretBehind(qsizetype header, qsizetype length)
+{
+    const qsizetype behind = header + length;
+    m_box.SetSelStart(behind);
+    if (header == 0) { // room for text
+        m_box.SetSelProtected(false);
+        m_box.SetSelBold(false);
+        m_box.SetSelText(LineEnd);
+        m_box.SetSelStart(behind);
+        return;
+    }
+    const QString text = m_box.Text();
+    const qsizetype end = text.indexOf(u'\r', behind);
+    const qsizetype lineEnd = end < 0 ? text.size() : end;
+    if (QStringView(text).sliced(behind, lineEnd - behind).trimmed().isEmpty())
+        m_box.SetSelStart(lineEnd);
+}
+
+// Go, copy, delete
+
+bool CodeSections::GoTo(quint8 bit, bool stayOnHeader)
+{
+    constexpr int Blanks = 3;
+    const qsizetype found = m_box.Text().indexOf(SearchTextOf(bit));
+    if (found < 0) {
+        HeaderMissing(bit);
+        return false;
+    }
+    m_box.SetSelStart(stayOnHeader ? found : found + Blanks);
+    return true;
+}
+
+QString CodeSections::TextToCopy(quint8 bit) const
+{
+    const QString text = m_box.Text();
+    if (bit == 0)
+        return text;
+    const qsizetype begin = std::max<qsizetype>(1, m_box.SelStart()) - 1; // the character before the caret is the first
+    const qsizetype next = text.indexOf(StartMarker(), begin);
+    const qsizetype end = next < 0 ? text.size() : next - LineEnd.size();
+    return end > begin ? text.mid(begin, end - begin) : QString();
+}
+
+void CodeSections::Delete()
+{
+    const QString text = m_box.Text();
+    const qsizetype caret = m_box.SelStart();
+    const qsizetype line = caret == 0 ? 0 : text.lastIndexOf(u'\n', caret - 1) + 1;
+    const qsizetype base = std::max<qsizetype>(0, line - LineEnd.size()); // with the line end before it
+    const qsizetype headerEnd = text.indexOf(LineEnd, line);
+    const qsizetype next = headerEnd < 0 ? -1 : text.indexOf(StartMarker(), headerEnd + LineEnd.size());
+    const qsizetype end = next < 0 ? text.size() : next - LineEnd.size();
+    if (base >= end)
+        return;
+    m_box.SetSelStart(base);
+    m_box.SetSelLength(end - base);
+    m_box.SetSelProtected(false);
+    m_box.SetSelText({});
+}
+
+void CodeSections::DeleteSelectedHeader()
+{
+    const qsizetype start = m_box.SelStart();
+    if (!m_box.SelText().endsWith(LineEnd))
+        m_box.SetSelLength(m_box.SelLength() + LineEnd.size());
+    m_box.SetSelProtected(false);
+    m_box.SetSelText({});
+    if (start < 1)
+        return;
+    m_box.SetSelStart(start - LineEnd.size()); // and the line end before it, of which the caret has come to stand behind
+    m_box.SetSelLength(LineEnd.size());
+    m_box.SetSelText({});
+}
+
+quint8 CodeSections::Current() const
+{
+    static constexpr quint8 order[] = {4, 16, 8, 1, 2};
+    const QString text = m_box.Text();
+    const qsizetype marker = text.lastIndexOf(StartMarker(), m_box.SelStart());
+    if (marker < 0)
+        return 0;
+    const qsizetype end = text.indexOf(u'\r', marker);
+    const QStringView line = QStringView(text).sliced(marker, (end < 0 ? text.size() : end) - marker);
+    for (const quint8 bit : order) {
+        if (line.contains(u"   "_s + TitleOf(bit).trimmed() + u"   "_s))
+            return bit;
+    }
+    return 0;
+}
+
+bool CodeSections::IsOnHeader() const
+{
+    return m_box.SelLength() > 0 && m_box.SelBold() == true && m_box.SelText().contains(StartMarker());
+}
+
+} // namespace qb

@@ -1,0 +1,179 @@
+// The sections of the code and usage texts, and the keys that mind them.
+
+#include "platform/system/Prompts.h"
+#include "store/CCodeItem.h"
+#include "support/ErrorRoutine.h"
+#include "text/CodeSections.h"
+#include "text/ctlCodeDetails.h"
+#include "text/ui/CodeBox.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QKeyEvent>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString ModuleName = u"ctlCodeDetails"_s;
+
+bool MovesTheCaret(int key)
+{
+    return key == Qt::Key_Left || key == Qt::Key_Right || key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_PageUp
+        || key == Qt::Key_PageDown;
+}
+
+bool IsModifier(int key)
+{
+    return key == Qt::Key_Shift || key == Qt::Key_Control || key == Qt::Key_Alt || key == Qt::Key_AltGr || key == Qt::Key_Meta;
+}
+
+} // namespace
+
+CodeBox* ctlCodeDetails::CurrentCodeBox() const
+{
+    const std::optional<DetailsTab> tab = CurrentView();
+    if (tab == DetailsTab::Code)
+        return rtbCode;
+    return tab == DetailsTab::Usage ? rtbUsage : nullptr;
+}
+
+CodeSections ctlCodeDetails::SectionsOf(CodeBox& box) const
+{
+    CodeSections sections(box, mFT.CommentIdentifier());
+    sections.HeaderMissing = [this, &box](quint8 header) {
+        Q_EMIT const_cast<ctlCodeDetails*>(this)->HeaderMissing(header, &box == rtbCode);
+    };
+    return sections;
+}
+
+void ctlCodeDetails::CreateCodeSection(CCodeItem& item, quint8 header, quint32 color)
+{
+    Guarded(ModuleName, u"CreateCodeSection"_s, [&] {
+        CodeBox* box = CurrentCodeBox();
+        if (!box || m_locked)
+            return;
+        const bool isCode = box == rtbCode;
+        if (isCode ? item.CodeHeaderPresent(header) : item.UsageHeaderPresent(header)) {
+            GoToCodeSection(header, false);
+            return;
+        }
+        isCode ? item.AddCodeHeader(header) : item.AddUsageHeader(header);
+        const bool isActive = box->hasFocus();
+        box->setFocus();
+        SectionsOf(*box).Create(header, color, !isActive);
+    });
+}
+
+bool ctlCodeDetails::GoToCodeSection(quint8 header, bool stayOnHeader)
+{
+    return Guarded(ModuleName, u"GoToCodeSection"_s, [&] {
+        CodeBox* box = CurrentCodeBox();
+        if (!box) {
+            Prompts::Current().MsgBox({.Text = u"Error. No appropriate tab selected."_s, .Caption = ApplicationTitle});
+            return false;
+        }
+        box->setFocus();
+        return SectionsOf(*box).GoTo(header, stayOnHeader);
+    }, false);
+}
+
+void ctlCodeDetails::CopyCodeSectionToClipboard(quint8 header)
+{
+    Guarded(ModuleName, u"CopyCodeSectionToClipboard"_s, [&] {
+        CodeBox* box = CurrentCodeBox();
+        const QString text = box ? SectionsOf(*box).TextToCopy(header) : QString();
+        if (!text.isEmpty())
+            QGuiApplication::clipboard()->setText(QString(text).replace("\r\n"_L1, "\n"_L1));
+    });
+}
+
+void ctlCodeDetails::DeleteCodeSection(quint8 header)
+{
+    Guarded(ModuleName, u"DeleteCodeSection"_s, [&] {
+        CodeBox* box = CurrentCodeBox();
+        if (!box) {
+            Prompts::Current().MsgBox({.Text = u"DeleteCodeSection procedure called while no appropriate tab is selected."_s,
+                                       .Caption = u"Error"_s,
+                                       .Icon = MsgBoxIcon::Exclamation});
+            return;
+        }
+        SectionsOf(*box).Delete();
+        Q_EMIT SectionDeleted(header);
+    });
+}
+
+quint8 ctlCodeDetails::CurrentSection() const
+{
+    CodeBox* box = CurrentCodeBox();
+    return box ? SectionsOf(*box).Current() : quint8(0);
+}
+
+// Keys
+
+bool ctlCodeDetails::eventFilter(QObject* watched, QEvent* event)
+{
+    auto* box = watched == rtbCode ? rtbCode : watched == rtbUsage ? rtbUsage : nullptr;
+    if (box && event->type() == QEvent::KeyPress && CodeBoxesKeyDown(*box, *static_cast<QKeyEvent*>(event)))
+        return true;
+    return QWidget::eventFilter(watched, event);
+}
+
+/// What a key means in a box for code, before the box sees it; true when that is all.
+bool ctlCodeDetails::CodeBoxesKeyDown(CodeBox& box, QKeyEvent& event)
+{
+    const QString indent = u"    "_s;
+    Q_EMIT CodeKeyDown(&event);
+    const int key = event.key();
+    const bool commands = event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
+    if (m_locked || IsModifier(key))
+        return false;
+    if (SectionsOf(box).IsOnHeader() && !commands && !MovesTheCaret(key) && key != Qt::Key_Home && key != Qt::Key_End)
+        return HeaderKeyDown(box, key);
+    if (MovesTheCaret(key) || commands)
+        return false;
+    if (key == Qt::Key_Tab && event.modifiers() == Qt::NoModifier) {
+        box.SetSelText(indent);
+        return true;
+    }
+    const qsizetype caret = box.SelStart();
+    const bool behindIndent = box.SelLength() == 0 && caret >= indent.size() && box.Text().sliced(caret - indent.size(), indent.size()) == indent;
+    if (key == Qt::Key_Backspace && behindIndent) { // one press takes back one indent
+        box.SetSelStart(caret - indent.size());
+        box.SetSelLength(indent.size());
+        if (!box.SetSelText({}))
+            box.SetSelStart(caret);
+        return true;
+    }
+    if (box.SelLength() == 0 && !event.text().isEmpty()) { // what is typed beside a header is no part of it
+        box.SetSelProtected(false);
+        box.SetSelBold(false);
+        box.SetSelColor(0);
+    }
+    return false;
+}
+
+bool ctlCodeDetails::HeaderKeyDown(CodeBox& box, int key)
+{
+    if (key != Qt::Key_Backspace && key != Qt::Key_Delete)
+        return true;
+    const MsgBoxResult answer = Prompts::Current().MsgBox(
+        {.Text = u"Do you wish to delete the whole section?\r\n\r\nIf you select no, just header will be deleted."_s,
+         .Caption = u"Section Delete"_s,
+         .Buttons = MsgBoxButtons::YesNoCancel,
+         .Icon = MsgBoxIcon::Question});
+    if (answer == MsgBoxResult::Cancel)
+        return true;
+    const quint8 header = CurrentSection();
+    if (answer == MsgBoxResult::Yes) {
+        DeleteCodeSection(header);
+        return true;
+    }
+    SectionsOf(box).DeleteSelectedHeader();
+    Q_EMIT SectionDeleted(header);
+    return true;
+}
+
+} // namespace qb
