@@ -281,7 +281,7 @@ int RemoveDeleted(const QStringList& words)
 {
     const Arguments arguments(words, {}, 1);
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
-    if (!Session().IsMotherReplica || Session().IsChildReplica)
+    if (!Session().IsMotherReplica)
         throw RuntimeError(ErrorNumber::ValueNotAllowed,
                            u"Only a mother library has items that its children have deleted; nothing was changed."_s, u"RemoveDeleted"_s);
     const std::vector<qint64> removed = RemoveItemsMarkedForDelete(*database);

@@ -20,6 +20,8 @@ public:
     virtual void SetTreeVisible(bool visible) = 0;
     /// Lets the user type another title for a node.
     virtual void StartLabelEdit(TreeNode& node) = 0;
+    /// Takes over a title that is being typed.
+    virtual void EndLabelEdit() = 0;
     /// Takes a node, with all below it, off the tree; what is selected then is no click.
     virtual void RemoveNode(TreeNode& node) = 0;
     /// Marks the node that a drop would go to; null: none.

@@ -73,6 +73,11 @@ void ctlSmartTreeView::StartLabelEdit(TreeNode& node)
     m_tree->StartLabelEdit(node);
 }
 
+void ctlSmartTreeView::EndLabelEdit()
+{
+    m_tree->EndLabelEdit();
+}
+
 void ctlSmartTreeView::RemoveNode(TreeNode& node)
 {
     const QScopedValueRollback guard(m_selecting, true); // the tree selects another one, which is no click

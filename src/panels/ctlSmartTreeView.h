@@ -24,6 +24,7 @@ public:
     void SetTreeVisible(bool visible) override;
 
     void StartLabelEdit(TreeNode& node) override;
+    void EndLabelEdit() override;
     void RemoveNode(TreeNode& node) override;
     void SetDropHighlight(const TreeNode* node) override;
     void ScrollLines(int lines) override;

@@ -41,19 +41,6 @@ QString InOneLine(const QString& text)
     return line.trimmed();
 }
 
-int CountBelow(const TreeNode& node)
-{
-    int count = 0;
-    std::vector<const TreeNode*> waiting{&node};
-    while (!waiting.empty()) {
-        const TreeNode* at = waiting.back();
-        waiting.pop_back();
-        count += int(at->Children.size());
-        waiting.insert(waiting.end(), at->Children.begin(), at->Children.end());
-    }
-    return count;
-}
-
 } // namespace
 
 ItemCommands::ItemCommands(SessionState& session, ItemTreeView& view, ItemDetailsView& details, ShellView& shell,
@@ -81,6 +68,7 @@ bool ItemCommands::SaveItem()
         if (item && item->ItemChanged()) {
             const bool wanted
                 = m_autoSaveOn || Asked(u"This item has been changed. Do you wish to save the changes?"_s, u"Save Item"_s);
+            const std::shared_ptr<void> wait = wanted ? m_shell.WaitCursor() : nullptr;
             kept = !wanted || m_details.SetItemChanged(m_autoSaveOn);
             // What could not be written may be all there is of an afternoon's work.
             if (!kept
@@ -97,9 +85,12 @@ bool ItemCommands::SaveItem()
 
 void ItemCommands::mnuSaveItem_Click()
 {
-    const CCodeItem* item = m_session.oCodeItem.get();
-    const bool marked = item && item->ItemMarkedForDelete();
-    marked ? m_details.SetItemChanged(false) : m_details.SaveItem();
+    CCodeItem* item = m_session.oCodeItem.get();
+    if (!item || !item->ItemChanged())
+        return;
+    const std::shared_ptr<void> wait = m_shell.WaitCursor();
+    if (item->ItemMarkedForDelete() ? m_details.SetItemChanged(false) : m_details.SaveItem())
+        m_tree.ShowKeptDate();
 }
 
 void ItemCommands::SaveButtonClicked(int clicks)
@@ -121,28 +112,36 @@ QString ItemCommands::ParentKeyOf(const TreeNode& node) const
 
 void ItemCommands::AddCode()
 {
-    Guarded(ModuleName, u"AddCode"_s, [this] {
+    if (TreeNode* node = m_view.SelectedItem())
+        AddUnder(*node);
+}
+
+void ItemCommands::AddUnder(TreeNode& parent)
+{
+    Guarded(ModuleName, u"AddCode"_s, [&] {
         constexpr int NewItemStatus = 2;
-        TreeNode* parent = m_view.SelectedItem();
-        if (!m_session.CurrentDatabase || !parent || !SaveItem())
+        const QString title = u"New Code item"_s;
+        m_view.EndLabelEdit(); // of another item
+        if (!m_session.CurrentDatabase || !SaveItem())
             return;
         auto item = std::make_unique<CCodeItem>();
         item->Initialise(*m_session.CurrentDatabase, {});
-        item->SetTitle(u"New Code item"_s);
+        item->SetTitle(title);
         item->SetItemStatus(NewItemStatus);
-        item->SetParentKey(ParentKeyOf(*parent));
-        if (!item->Commit())
+        item->SetParentKey(ParentKeyOf(parent));
+        if (!item->Commit()) {
+            ShowSelected(); // as it is stored
             return;
-        if (!parent->IsRoot())
-            m_view.Nodes().SetImages(*parent, TreeImage::FOLDER, TreeImage::FOLDER);
-        const qint64 id = item->Key().toLongLong();
-        const QString title = item->Title();
-        m_tree.ShowNewItem(std::move(item));
-        TreeNode& node = m_view.Nodes().Insert(id, title, TreeImage::CHILD, *parent);
+        }
+        if (!parent.IsRoot())
+            m_view.Nodes().SetImages(parent, TreeImage::FOLDER, TreeImage::FOLDER);
+        TreeNode& node = m_view.Nodes().Insert(item->Key().toLongLong(), title, TreeImage::CHILD, parent);
         m_view.EnsureVisible(node);
         m_view.SelectItem(node);
+        m_tree.ShowNewItem(std::move(item));
         m_details.SetCurrentView(DetailsTab::Code);
         m_commands.DoToolBarLogic(false);
+        ItemMenuEdit();
         m_view.StartLabelEdit(node);
     });
 }
@@ -150,10 +149,8 @@ void ItemCommands::AddCode()
 void ItemCommands::mnuNewSiblingItem_Click()
 {
     const TreeNode* node = m_view.SelectedItem();
-    if (!node || !node->Parent)
-        return;
-    m_view.SelectItem(*node->Parent);
-    AddCode();
+    if (node && node->Parent)
+        AddUnder(*node->Parent);
 }
 
 void ItemCommands::mnuRename_Click()
@@ -167,6 +164,8 @@ bool ItemCommands::AfterLabelEdit(TreeNode& node, const QString& newText)
 {
     return Guarded(ModuleName, u"tvCodeItems_AfterLabelEdit"_s, [&] {
         const QString title = InOneLine(newText);
+        if (!m_session.CurrentDatabase)
+            return false;
         if (title.isEmpty()) {
             Inform(u"You must enter some text for a title."_s, ApplicationTitle);
             return false;
@@ -214,29 +213,36 @@ void ItemCommands::DeleteCodeItem()
 {
     Guarded(ModuleName, u"DeleteCodeItem"_s, [this] {
         TreeNode* node = m_view.SelectedItem();
-        if (node && node->IsRoot())
+        if (!m_session.CurrentDatabase || (node && node->IsRoot()))
             return;
         if (!node) {
             Prompts::Current().MsgBox({.Text = u"No Selected Record"_s, .Caption = ApplicationTitle});
             return;
         }
         const bool orphan = (Session().IsMotherReplica || Session().IsChildReplica) && ItemTree::OrphanedItem(*node);
-        const QString question = node->Children.empty() ? u"Delete selected item?"_s : u"Delete selected item and all child records?"_s;
+        // The rows decide what goes: others may have added some that the tree does not show.
+        const std::vector<qint64> branch = BranchOf(*m_session.CurrentDatabase, node->Id);
+        const QString question = branch.size() <= 1 ? u"Delete selected item?"_s : u"Delete selected item and all child records?"_s;
         if (Asked(question, u"Delete Stored Item"_s, MsgBoxResult::No))
-            DeleteNode(*node, orphan);
+            DeleteNode(*node, branch, orphan);
     });
 }
 
-void ItemCommands::DeleteNode(TreeNode& node, bool orphan)
+void ItemCommands::DeleteNode(TreeNode& node, const std::vector<qint64>& branch, bool orphan)
 {
     TreeNode* parent = node.Parent;
+    const std::shared_ptr<void> wait = m_shell.WaitCursor();
     const auto hideProgress = qScopeGuard([this] {
         m_shell.SetStatusText({});
         m_shell.ShowProgressStatusBar(0, 0);
     });
-    DeleteBranch(*m_session.CurrentDatabase, node.Id, ProgressOver(CountBelow(node) + 1));
+    DeleteBranch(*m_session.CurrentDatabase, node.Id, ProgressOver(qsizetype(branch.size())));
     m_session.oCodeItem = std::make_unique<CCodeItem>(); // edits of what is gone are gone
     m_view.RemoveNode(node);
+    for (const qint64 id : branch) {
+        if (TreeNode* below = m_view.Nodes().Find(id)) // elsewhere, in a tree that could not be built whole
+            m_view.RemoveNode(*below);
+    }
     if (orphan && CheckIfToDeleteOrphanedItemsFolder())
         parent = m_view.Nodes().Root();
     ShowSelected();
@@ -263,11 +269,12 @@ void ItemCommands::ShowAsChildless(TreeNode& parent)
 void ItemCommands::mnuKeepItem_Click()
 {
     Guarded(ModuleName, u"mnuKeepItem_Click"_s, [this] {
-        m_session.oCodeItem->SetItemChanged(true);
-        if (!m_details.SaveItem(true))
+        if (!m_session.CurrentDatabase || !m_session.oCodeItem)
             return;
-        m_tree.ShowKeptDate();
-        m_commands.HideItemMenuItems(false, false, false);
+        const std::shared_ptr<void> wait = m_shell.WaitCursor();
+        m_session.oCodeItem->SetItemChanged(true);
+        if (m_details.SaveItem(true))
+            m_tree.ShowKeptDate();
     });
 }
 
@@ -279,6 +286,8 @@ void ItemCommands::KeepingDeletedRecord(const QString& id)
         if (!node.Children.empty())
             image = node.Expanded ? TreeImage::OPENFOLDER : TreeImage::FOLDER;
         m_view.Nodes().SetImages(node, image, node.Children.empty() ? TreeImage::CHILD : TreeImage::OPENFOLDER);
+        if (m_view.SelectedItem() == &node)
+            m_commands.HideItemMenuItems(false, false, false);
         m_tree.CheckIfConflictsStillOccur();
     });
 }
@@ -286,7 +295,7 @@ void ItemCommands::KeepingDeletedRecord(const QString& id)
 void ItemCommands::mnuRemoveDeletedItems_Click()
 {
     Guarded(ModuleName, u"mnuRemoveDeletedItems_Click"_s, [this] {
-        if (!SaveItem())
+        if (!m_session.CurrentDatabase || !SaveItem())
             return;
         const std::vector<qint64> removed = RemoveItemsMarkedForDelete(*m_session.CurrentDatabase);
         for (const qint64 id : removed) {

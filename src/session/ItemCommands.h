@@ -56,7 +56,8 @@ public:
 private:
     QString ParentKeyOf(const TreeNode& node) const;
     std::function<void(int)> ProgressOver(qsizetype items);
-    void DeleteNode(TreeNode& node, bool orphan);
+    void AddUnder(TreeNode& parent);
+    void DeleteNode(TreeNode& node, const std::vector<qint64>& branch, bool orphan);
     void ShowAsChildless(TreeNode& parent);
     void ShowSelected();
 

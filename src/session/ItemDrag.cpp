@@ -26,7 +26,7 @@ const QString& ItemDrag::TreeClipboardFormat()
 
 bool ItemDrag::Start(TreeNode& node)
 {
-    if (node.IsRoot())
+    if (node.IsRoot() || !m_session.CurrentDatabase)
         return false;
     const bool orphan = ItemTree::OrphanedItem(node);
     const bool isFolder = orphan && node.FullPath().endsWith(OrphanedItemsTitle);
@@ -40,7 +40,7 @@ bool ItemDrag::Start(TreeNode& node)
 
 void ItemDrag::SetHighlight(TreeNode* node)
 {
-    m_highlight = node;
+    m_highlight = node ? node->Id : -1;
     m_view.SetDropHighlight(node);
 }
 
@@ -64,11 +64,12 @@ void ItemDrag::Tick()
     constexpr int TicksToOpen = 40;
     if (m_draggedNode == 0)
         return;
-    m_hoverTicks = m_highlight ? m_hoverTicks + 1 : 0;
+    TreeNode* target = m_view.Nodes().Find(m_highlight);
+    m_hoverTicks = target ? m_hoverTicks + 1 : 0;
     if (m_hoverTicks > TicksToOpen) {
         m_hoverTicks = 0;
-        if (!m_highlight->Expanded)
-            m_view.SetExpanded(*m_highlight, true);
+        if (!target->Expanded)
+            m_view.SetExpanded(*target, true);
     }
     if (m_scrollDirection != 0) {
         m_hoverTicks = 0;
@@ -80,7 +81,7 @@ bool ItemDrag::Drop()
 {
     return Guarded(ModuleName, u"tvCodeItems_OLEDragDrop"_s, [this] {
         TreeNode* node = m_draggedNode != 0 ? m_view.Nodes().Find(m_draggedNode) : nullptr;
-        TreeNode* target = m_highlight;
+        TreeNode* target = m_view.Nodes().Find(m_highlight);
         SetHighlight(nullptr);
         m_draggedNode = 0;
         if (!node || !target)
@@ -112,15 +113,17 @@ bool ItemDrag::MoveTo(TreeNode& node, TreeNode& target, bool stamp)
     item.SetParentKey(QString::number(target.Id));
     item.SetDontUpdateLastChangedDate(!stamp);
     item.SetItemChanged(true);
+    if (isCurrent)
+        m_session.CurrentItemKey.clear(); // it is shown anew: what the panel holds is of the time before
     if (!item.Commit())
         return false;
-    if (isCurrent)
-        m_session.CurrentItemKey.clear(); // it is shown anew: what the panel holds has the old parent
     m_view.Nodes().Move(node, target);
     if (!target.IsRoot())
         m_view.Nodes().SetImages(target, target.Image, TreeImage::OPENFOLDER); // its image stays, deliberately
-    if (oldParent && !oldParent->IsRoot() && oldParent->Children.empty())
+    if (oldParent && !oldParent->IsRoot() && oldParent->Children.empty()) {
+        m_view.SetExpanded(*oldParent, false);
         m_view.Nodes().SetImages(*oldParent, TreeImage::CHILD, TreeImage::CHILD);
+    }
     m_view.SelectItem(node);
     if (stamp)
         m_commands.CheckIfToDeleteOrphanedItemsFolder();

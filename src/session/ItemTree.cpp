@@ -184,6 +184,7 @@ bool ItemTree::CheckIfConflictsStillOccur()
 
 void ItemTree::Refill()
 {
+    m_view.EndLabelEdit();
     m_view.SetTreeVisible(false);
     ClearTreeView();
     FillTree();
@@ -235,18 +236,19 @@ void ItemTree::TreeViewNodeClick(TreeNode& node)
         }
         OpenItem();
         m_commands.SetEnabled(u"PRINT"_s, !node.IsRoot());
-        if (!node.IsRoot() && m_session.moSettings->AutoColorizeWhenItemOpened() && !m_details.Locked())
+        // A look at an item that waits for a decision must not be one.
+        if (!node.IsRoot() && m_session.moSettings->AutoColorizeWhenItemOpened() && !m_details.Locked()
+            && !m_session.oCodeItem->ItemMarkedForDelete())
             m_details.ColorizeItem();
     });
 }
 
 /// The item that could not be saved stays the current one.
-bool ItemTree::StayAt(const QString& key)
+void ItemTree::StayAt(const QString& key)
 {
     m_session.CurrentItemKey = key;
-    if (TreeNode* node = m_view.Nodes().Find(IdOfKey(key)))
+    if (TreeNode* node = m_view.Nodes().Find(m_session.oCodeItem->Key().toLongLong()))
         m_view.SelectItem(*node);
-    return false;
 }
 
 void ItemTree::OpenItem()
@@ -261,24 +263,33 @@ void ItemTree::OpenItem()
             return;
         m_commands.SetEnabled(u"COLORIZE"_s, false);
         m_commands.SetEnabled(u"mnuColorize"_s, false);
-        const bool deleted = node->Image == TreeImage::DELETED_ITEM;
-        const bool conflict = node->Image == TreeImage::CONFLICT_ITEM;
-        const bool orphan = !deleted && !conflict && OrphanedItem(*node);
-        const bool locked = orphan && Session().IsChildReplica;
-        m_commands.HideItemMenuItems(deleted, conflict, node->IsRoot());
-        if (!deleted && !conflict) {
-            m_details.SetLocked(locked);
-            m_shell.EnableEditing(!locked);
-        }
-        if (orphan)
-            m_commands.SetEnabled(u"NEW"_s, false);
         SElectCodeItem(node->Key());
-        // An item parked among the orphans must not get a new date from being tidied.
-        if (m_session.oCodeItem)
-            m_session.oCodeItem->SetDontUpdateLastChangedDate(orphan && !locked);
-        if (conflict || locked)
-            m_commands.SetEnabled(u"DELETE"_s, false);
     });
+}
+
+/// What the node's image allows to do with its item. However the item is reached, an orphan must
+/// be locked in a child, and not get a new date from being tidied anywhere else.
+ItemTree::Permissions ItemTree::PermissionsOf(const TreeNode& node) const
+{
+    const bool deleted = node.Image == TreeImage::DELETED_ITEM;
+    const bool conflict = node.Image == TreeImage::CONFLICT_ITEM;
+    const bool orphan = !deleted && !conflict && OrphanedItem(node);
+    const bool locked = orphan && Session().IsChildReplica;
+    return {.Keep = deleted, .Resolve = conflict, .Orphan = orphan, .Locked = locked};
+}
+
+void ItemTree::Apply(const Permissions& permissions, bool root)
+{
+    m_commands.HideItemMenuItems(permissions.Keep, permissions.Resolve, root);
+    m_commands.DoToolBarLogic(root);
+    m_details.SetLocked(permissions.Locked);
+    m_shell.EnableEditing(!permissions.Locked);
+    if (permissions.Orphan)
+        m_commands.SetEnabled(u"NEW"_s, false);
+    if (permissions.Resolve || permissions.Locked)
+        m_commands.SetEnabled(u"DELETE"_s, false);
+    if (m_session.oCodeItem)
+        m_session.oCodeItem->SetDontUpdateLastChangedDate(permissions.Orphan && !permissions.Locked);
 }
 
 void ItemTree::SElectCodeItem(const QString& key)
@@ -289,10 +300,10 @@ void ItemTree::SElectCodeItem(const QString& key)
         const bool root = key == RootKey;
         m_details.SetItemChanged(false); // of the item that is left, where nobody has asked for it yet
         m_session.CurrentItemKey = key;
-        m_commands.DoToolBarLogic(root);
         if (root) {
             m_details.Initialise(m_session.CurrentDatabase.get(), nullptr);
             m_session.oCodeItem = std::make_unique<CCodeItem>(); // nothing that could be changed
+            Apply({}, true);
             m_shell.SetItemDate({}, {});
             ItemShown();
             return;
@@ -301,6 +312,8 @@ void ItemTree::SElectCodeItem(const QString& key)
         item->Initialise(*m_session.CurrentDatabase, QString::number(IdOfKey(key)));
         m_session.oCodeItem = std::move(item);
         ConnectItem();
+        const TreeNode* node = m_view.Nodes().Find(IdOfKey(key));
+        Apply(node ? PermissionsOf(*node) : Permissions(), false);
         m_details.Initialise(m_session.CurrentDatabase.get(), m_session.oCodeItem.get());
         if (m_session.moHistory)
             m_session.moHistory->AddToHistory(key);
@@ -313,8 +326,7 @@ void ItemTree::ShowNewItem(std::unique_ptr<CCodeItem> item)
     m_session.CurrentItemKey = item->Key(); // not the node's key: a click on the node opens it anew
     m_session.oCodeItem = std::move(item);
     ConnectItem();
-    m_details.SetLocked(false);
-    m_shell.EnableEditing(true);
+    Apply({}, false);
     m_details.Initialise(m_session.CurrentDatabase.get(), m_session.oCodeItem.get());
 }
 
@@ -400,7 +412,7 @@ void ItemTree::NodeExpanded(TreeNode& node)
 void ItemTree::NodeCollapsed(TreeNode& node)
 {
     node.Expanded = false;
-    if (node.IsRoot())
+    if (node.IsRoot() || node.Children.empty())
         return;
     if (!KeepsItsImage(node.Image))
         m_view.Nodes().SetImages(node, TreeImage::FOLDER, node.ExpandedImage);
@@ -436,6 +448,8 @@ TreeNode* ItemTree::PreviousLowestNode(TreeNode& node)
 
 void ItemTree::GoTo(TreeNode& node)
 {
+    if (!SaveItem())
+        return;
     m_view.EnsureVisible(node);
     m_view.SelectItem(node);
     m_view.FocusTree();

@@ -84,7 +84,16 @@ private:
     void GoTo(TreeNode& node);
     void ConnectItem();
     void EnableWalks(bool conflicts);
-    bool StayAt(const QString& key);
+    /// What may be done with an item, by the image of its node.
+    struct Permissions {
+        bool Keep = false;    ///< it may be kept: a child has deleted it
+        bool Resolve = false; ///< it is in conflict
+        bool Orphan = false;
+        bool Locked = false;
+    };
+    Permissions PermissionsOf(const TreeNode& node) const;
+    void Apply(const Permissions& permissions, bool root);
+    void StayAt(const QString& key);
     void ShowItemDate(Date created, Date lastChanged);
     TreeImage SelectedImage() const;
 

@@ -81,8 +81,6 @@ bool LibraryList::SetupDBConnection()
 
 void LibraryList::CloseDatabase()
 {
-    if (m_session.CurrentDatabase)
-        m_tree.SaveItem(); // which may still hold edits
     m_session.oCodeItem.reset(); // it refers to the database
     m_session.CurrentItemKey.clear(); // so that a click on its node opens it anew
     if (m_session.moSettings)
@@ -218,6 +216,13 @@ void LibraryList::ShowLibrary()
     EnableControls(true);
 }
 
+/// No library is left to go on with: nothing of one may be shown, or worked on.
+void LibraryList::ShowNoLibrary()
+{
+    m_tree.ClearTreeView();
+    EnableControls(false);
+}
+
 bool LibraryList::ChangeDatabase(int index)
 {
     return Guarded(ModuleName, u"ChangeDatabase"_s, [&] {
@@ -237,7 +242,7 @@ void LibraryList::SelectDatabase(QString path, bool known)
     Guarded(ModuleName, u"SelectDatabase"_s, [&] {
         if (path.isEmpty())
             path = GetFileName(false, u"Select a Quillbase Library Database"_s, u"KT Quillbase Files|*.qbd;*.qbr"_s);
-        if (path.isEmpty())
+        if (path.isEmpty() || !m_tree.SaveItem())
             return;
         if (path.mid(path.lastIndexOf(u'.')).compare(u".qbr"_s, Qt::CaseInsensitive) == 0) {
             MsgBox(u"'%1' is a replica file. This version of the program can't unpack replica files yet; nothing was changed."_s
@@ -254,8 +259,10 @@ void LibraryList::SelectDatabase(QString path, bool known)
             ShowLibrary();
         } else {
             m_session.CurrentDatabasePath = before;
-            if (before.isEmpty() || !SetupDBConnection())
+            if (before.isEmpty() || !SetupDBConnection()) {
+                ShowNoLibrary();
                 return;
+            }
             SetComboToPresentDB();
             m_tree.OpenItem(); // the item that was shown is the current one again
         }
@@ -278,12 +285,14 @@ void LibraryList::cboDatabase_Click()
         return;
     m_inComboClick = true;
     const int index = m_shell.ComboIndex();
-    if (!ChangeDatabase(index)) {
+    if (!m_tree.SaveItem()) {
+        SetComboToPresentDB();
+    } else if (!ChangeDatabase(index)) {
         MsgBox(u"No valid database was found."_s, u"Database Not Found"_s, MsgBoxIcon::Exclamation);
         if (const auto place = FindCurrentDBArrayIndex())
             RemoveDatabaseFromList(*place);
         SetComboToPresentDB();
-        EnableControls(false);
+        ShowNoLibrary();
         SaveDatabasesToSettings();
     }
     if (m_session.CurrentDatabase)

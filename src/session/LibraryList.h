@@ -41,6 +41,7 @@ public:
     void CloseDatabase();
     /// Reads the tree of the open library anew.
     void ShowLibrary();
+    void ShowNoLibrary();
 
     // Commands
     void mnuNewDatabase_Click();

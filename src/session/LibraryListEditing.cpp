@@ -298,6 +298,8 @@ void LibraryList::ChangeAlias(const QString& alias, bool ask)
 void LibraryList::mnuRemoveDBItem_Click()
 {
     Guarded(ModuleName, u"mnuRemoveDBItem_Click"_s, [this] {
+        if (!m_tree.SaveItem())
+            return;
         const MsgBoxResult keep = Prompts::Current().MsgBox({.Text = u"Would you like to keep the database on your hard drive?"_s,
                                                              .Caption = u"Remove Database"_s,
                                                              .Buttons = MsgBoxButtons::YesNoCancel,

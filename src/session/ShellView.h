@@ -3,6 +3,7 @@
 #include "store/LanguageDefinition.h"
 
 #include <QString>
+#include <memory>
 
 namespace qb {
 
@@ -34,6 +35,8 @@ public:
 
     /// The progress bar, from 1 to @p maximum; hidden when it is 0. The window paints itself.
     virtual void ShowProgressStatusBar(int value, int maximum) = 0;
+    /// The wait cursor, for as long as what comes back is held.
+    [[nodiscard]] virtual std::shared_ptr<void> WaitCursor() = 0;
     /// The commands that edit the item that is shown, and the toolbars of its texts.
     virtual void EnableEditing(bool enabled) = 0;
 

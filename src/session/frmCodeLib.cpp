@@ -147,15 +147,18 @@ void frmCodeLib::PlaceWindow()
 
 void frmCodeLib::closeEvent(QCloseEvent* event)
 {
-    Form_QueryUnload();
+    if (!Form_QueryUnload())
+        return event->ignore();
     Form_Unload();
     event->accept();
 }
 
-/// Unsaved changes are saved or asked about; that can't keep the window open.
-void frmCodeLib::Form_QueryUnload()
+/// Unsaved changes are saved or asked about, which can't keep the window open. What could not be
+/// written and is not to be lost can.
+bool frmCodeLib::Form_QueryUnload()
 {
-    m_items->SaveItem();
+    tvCodeItems->EndLabelEdit();
+    return m_items->SaveItem();
 }
 
 void frmCodeLib::DoUnload()
@@ -191,6 +194,8 @@ void frmCodeLib::SaveButtonClicked()
 
 void frmCodeLib::tmrStartTimer_Timer()
 {
+    if (prgStatus->isVisible()) // a long work lets the window paint; not in the middle of it
+        return tmrStartTimer.start();
     m_items->SaveButtonClicked(std::exchange(m_saveClickCount, 0));
     moSettings_SettingsUpdated();
 }
@@ -224,6 +229,13 @@ void frmCodeLib::ShowProgressStatusBar(int value, int maximum)
     prgStatus->setRange(1, std::max(2, maximum));
     prgStatus->setValue(value);
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+std::shared_ptr<void> frmCodeLib::WaitCursor()
+{
+    auto cursor = std::make_shared<CWaitCursor>();
+    cursor->SetCursor(CWaitCursor::Hourglass);
+    return cursor;
 }
 
 void frmCodeLib::SetShowStatusBar(bool show)

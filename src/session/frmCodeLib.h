@@ -64,6 +64,7 @@ public:
     LanguageChoice AskForLanguage() override;
     void EnableMenus(bool enabled) override;
     void ShowProgressStatusBar(int value, int maximum) override;
+    std::shared_ptr<void> WaitCursor() override;
     void EnableEditing(bool enabled) override;
 
     /// Shows progress in the status bar; a percent below 1, or of 100 and above, hides the bar.
@@ -99,7 +100,7 @@ private:
     void tmrStartTimer_Timer();
     void ShowTextToolbar();
     void moSettings_SettingsUpdated();
-    void Form_QueryUnload();
+    bool Form_QueryUnload();
     void DoUnload();
     void mnuViewErrorLog_Click();
     void mnuBugReportItem_Click();

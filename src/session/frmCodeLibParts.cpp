@@ -217,8 +217,16 @@ void frmCodeLib::ConnectPanels()
     NodeTreeView* tree = tvCodeItems->Tree();
     connect(tree, &NodeTreeView::LabelEdited, this,
             [this](TreeNode* node, const QString& text) { m_items->AfterLabelEdit(*node, text); });
-    connect(tree, &NodeTreeView::DeletePressed, this, [this] { m_items->DeleteCodeItem(); });
-    connect(tree, &NodeTreeView::InsertPressed, this, [this] { m_items->AddCode(); });
+    // What the menu does not allow for the item the key does not do either.
+    const auto ifEnabled = [this](const QString& command, void (ItemCommands::*run)()) {
+        return [this, command, run] {
+            m_items->ItemMenuEdit();
+            if (m_commands.Get(command).Enabled)
+                ((*m_items).*run)();
+        };
+    };
+    connect(tree, &NodeTreeView::DeletePressed, this, ifEnabled(u"mnuDeleteCode"_s, &ItemCommands::DeleteCodeItem));
+    connect(tree, &NodeTreeView::InsertPressed, this, ifEnabled(u"mnuAddCode"_s, &ItemCommands::AddCode));
     connect(tree, &NodeTreeView::RightClicked, this, [this](TreeNode* node, const QPoint& place) {
         m_tree->TreeViewNodeClick(*node);
         MenuOf(CommandRow::Place::Item)->popup(place);
@@ -309,8 +317,14 @@ void frmCodeLib::EditCurrentBox(void (CTextEdit::*edit)())
 /// What each command runs. A command without an entry here is not shown.
 void frmCodeLib::ConnectCommands()
 {
-    const auto back = [this] { m_tree->GoToNode(m_session.moHistory->PreviousInHistory()); };
-    const auto forward = [this] { m_tree->GoToNode(m_session.moHistory->NextInHistory()); };
+    const auto back = [this] {
+        if (m_items->SaveItem()) // before the history moves
+            m_tree->GoToNode(m_session.moHistory->PreviousInHistory());
+    };
+    const auto forward = [this] {
+        if (m_items->SaveItem())
+            m_tree->GoToNode(m_session.moHistory->NextInHistory());
+    };
     const auto next = [this] {
         m_commands.Get(u"NEXT"_s).Icon == u"DOWN_RED"_s ? m_tree->FindNextConflictItem() : m_tree->MoveOnNextItem();
     };

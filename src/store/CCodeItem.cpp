@@ -73,7 +73,8 @@ void CCodeItem::GetAttributes()
     if (m_attributesLoaded || !m_database || (m_state != RecordState::Clean && m_state != RecordState::Edited))
         return;
     m_attributesLoaded = true; // at once, so that the events below can't start it again
-    Guarded(ModuleName, u"GetAttributes"_s, [this] {
+    // What could not be read must not be written back as empty.
+    m_readFailed = !Guarded(ModuleName, u"GetAttributes"_s, [this] {
         const Recordset row = m_database->OpenRecordset(u"Items"_s, u"ID = ?"_s, {m_key.toLongLong()});
         if (row.IsEmpty()) {
             Q_EMIT CodeLoaded(false);
@@ -117,8 +118,9 @@ void CCodeItem::ReadLongColumns(const Recordset& row)
     const auto read = [&row](const QString& field, auto store) {
         try {
             store(row[field]);
-        } catch (const RuntimeError&) {
-            // Only children have the mother's columns.
+        } catch (const RuntimeError& error) {
+            if (error.Number() != ErrorNumber::ItemNotFound) // only children have the mother's columns
+                throw;
         }
     };
     read(u"Notes"_s, [this](const Value& value) { m_notes = value.ToText(); });
@@ -288,6 +290,9 @@ bool CCodeItem::UpdateObject()
 {
     return Guarded(ModuleName, u"UpdateObject"_s, [this] {
         if (m_itemChanged) {
+            if (m_readFailed)
+                throw RuntimeError(ErrorNumber::NoCurrentRecord,
+                                   u"The item %1 could not be read, so it is not written either; nothing was changed."_s.arg(m_key), ModuleName);
             Recordset row = m_database->OpenRecordset(u"Items"_s, u"ID = ?"_s, {m_key.toLongLong()});
             row.Edit();
             WriteSharedColumns(row);
@@ -297,6 +302,7 @@ bool CCodeItem::UpdateObject()
             if (Session().IsChildReplica && m_database->GetTableDef(u"Items"_s).FindField(u"MotherParentID"_s))
                 row.Set(u"MotherParentID"_s, m_motherParentKey);
             row.Update();
+            m_itemMarkedForDelete = m_lastChanged.IsNone();
         }
         m_state = RecordState::Clean;
         m_attributesLoaded = true;
@@ -306,29 +312,32 @@ bool CCodeItem::UpdateObject()
 
 bool CCodeItem::DeleteObject()
 {
-    return Guarded(ModuleName, u"DeleteObject"_s, [this] {
-        const qint64 id = m_key.toLongLong();
-        Transaction transaction(*m_database);
-        Recordset row = m_database->OpenRecordset(u"Items"_s, u"ID = ?"_s, {id});
-        const Value lastChanged = row[u"LastChanged"_s];
-        const bool replicated = Session().IsChildReplica || Session().IsMotherReplica;
-        // What the other side has seen in its present form it must be told of. An ordinary library
-        // has no such table and nobody to tell.
-        if (replicated && (lastChanged.IsNull() || lastChanged.ToDate() < DeletionCutOff(*m_database))) {
-            Recordset deleted = m_database->OpenRecordset(u"DeletedItems"_s, u"ItemID IS NULL"_s);
-            deleted.AddNew();
-            deleted.Set(u"ItemID"_s, id);
-            deleted.Set(u"DateDeleted"_s, Clock::Now());
-            deleted.Update();
-        }
-        row.Delete();
-        m_database->Execute(u"DELETE FROM Bookmarks WHERE CodeID = ?"_s, {id});
-        m_database->Execute(u"DELETE FROM Files WHERE CodeID = ?"_s, {id});
-        m_database->Execute(u"DELETE FROM ItemLinks WHERE ItemID = ?"_s, {id});
-        m_database->Execute(u"DELETE FROM ItemLinks WHERE LinkItemID = ?"_s, {id});
-        transaction.Commit();
-        m_state = RecordState::Deleted;
-    });
+    return Guarded(ModuleName, u"DeleteObject"_s, [this] { DeleteRow(); });
+}
+
+void CCodeItem::DeleteRow()
+{
+    const qint64 id = m_key.toLongLong();
+    Transaction transaction(*m_database);
+    Recordset row = m_database->OpenRecordset(u"Items"_s, u"ID = ?"_s, {id});
+    const Value lastChanged = row[u"LastChanged"_s];
+    const bool replicated = Session().IsChildReplica || Session().IsMotherReplica;
+    // What the other side has seen in its present form it must be told of. An ordinary library
+    // has no such table and nobody to tell.
+    if (replicated && (lastChanged.IsNull() || lastChanged.ToDate() < DeletionCutOff(*m_database))) {
+        Recordset deleted = m_database->OpenRecordset(u"DeletedItems"_s, u"ItemID IS NULL"_s);
+        deleted.AddNew();
+        deleted.Set(u"ItemID"_s, id);
+        deleted.Set(u"DateDeleted"_s, Clock::Now());
+        deleted.Update();
+    }
+    row.Delete();
+    m_database->Execute(u"DELETE FROM Bookmarks WHERE CodeID = ?"_s, {id});
+    m_database->Execute(u"DELETE FROM Files WHERE CodeID = ?"_s, {id});
+    m_database->Execute(u"DELETE FROM ItemLinks WHERE ItemID = ?"_s, {id});
+    m_database->Execute(u"DELETE FROM ItemLinks WHERE LinkItemID = ?"_s, {id});
+    transaction.Commit();
+    m_state = RecordState::Deleted;
 }
 
 } // namespace qb

@@ -21,6 +21,9 @@ public:
     void Initialise(Database& database, const QString& key) override;
     void Delete() override;
     bool Commit() override;
+    /// Deletes the row at once, with what refers to it, as a commit of Delete does. Raises an error,
+    /// with the row as it was.
+    void DeleteRow();
     RecordState State() const { return m_state; }
 
     QString Title() { return Loaded(m_title); }
@@ -129,6 +132,7 @@ private:
     Database* m_database = nullptr;
     RecordState m_state = RecordState::Clean;
     bool m_attributesLoaded = false;
+    bool m_readFailed = false;
     bool m_itemChanged = false;
     bool m_itemMarkedForDelete = false;
     bool m_dontUpdateLastChangedDate = false;

@@ -70,8 +70,12 @@ void DeleteBranch(Database& database, qint64 id, const std::function<void(int)>&
             files << DeleteStoredFileRow(database, file);
         CCodeItem row;
         row.Initialise(database, QString::number(item));
-        row.Delete();
-        CommitOrRaise(row, u"The item %1 could not be deleted; nothing was changed."_s.arg(item));
+        try {
+            row.DeleteRow();
+        } catch (const RuntimeError& error) {
+            throw RuntimeError(error.Number(),
+                               u"The item %1 could not be deleted; nothing was changed.\n%2"_s.arg(item).arg(error.Description()), u"DeleteBranch"_s);
+        }
         if (progress)
             progress(++done);
     }

@@ -149,13 +149,12 @@ private Q_SLOTS:
         m_library->Execute(u"CREATE TRIGGER stop BEFORE DELETE ON Items WHEN old.ID = %1 BEGIN SELECT raise(ABORT, 'stopped'); END"_s
                                .arg(m_leaf2));
         const QStringList before = AllItems();
-        ScriptedPrompts prompts;
-        prompts.ExpectError();
+        const ScriptedPrompts nobodyIsAsked;
         try {
             DeleteBranch(*m_library, m_branch);
             QFAIL("was deleted");
         } catch (const RuntimeError& error) {
-            QCOMPARE(error.Description(), u"The item %1 could not be deleted; nothing was changed."_s.arg(m_leaf2));
+            QVERIFY(error.Description().startsWith(u"The item %1 could not be deleted; nothing was changed.\n"_s.arg(m_leaf2)));
         }
         QCOMPARE(AllItems(), before);
         QCOMPARE(CountOf(*m_library, u"Files"_s), 1);

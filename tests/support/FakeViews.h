@@ -23,6 +23,7 @@ public:
     void FocusTree() override { ++Focused; }
     void SetTreeVisible(bool visible) override { Visible = visible; }
     void StartLabelEdit(TreeNode& node) override { Edited = node.Id; }
+    void EndLabelEdit() override { Edited = -1; }
     void RemoveNode(TreeNode& node) override
     {
         TreeNode* parent = node.Parent;
@@ -159,6 +160,11 @@ public:
     }
     void SetComboToolTip(const QString& tip) override { ComboToolTip = tip; }
     void ShowProgressStatusBar(int value, int maximum) override { Progress << std::pair(value, maximum); }
+    std::shared_ptr<void> WaitCursor() override
+    {
+        ++Waited;
+        return {};
+    }
     void EnableEditing(bool enabled) override { EditingEnabled = enabled; }
     LanguageChoice AskForLanguage() override { return Language; }
     void EnableMenus(bool enabled) override { MenusEnabled = enabled; }
@@ -169,6 +175,7 @@ public:
     LanguageChoice Language;
     bool MenusEnabled = false;
     bool EditingEnabled = true;
+    int Waited = 0;
     QList<std::pair<int, int>> Progress;
     std::function<void()> ComboClick;
 };

@@ -25,12 +25,14 @@ public:
 
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&, const QModelIndex& index) const override
     {
-        constexpr int LongestTyped = 50;
+        static constexpr int LongestTyped = 50;
         auto* editor = new QLineEdit(parent);
         editor->setObjectName(u"txtLabelEdit"_s);
         editor->setFrame(true);
         // What is there already stays whole.
-        editor->setMaxLength(std::max<int>(LongestTyped, int(index.data(Qt::EditRole).toString().size())));
+        const auto limit = [editor](const QString& text) { editor->setMaxLength(std::max<int>(LongestTyped, int(text.size()))); };
+        limit(index.data(Qt::EditRole).toString());
+        connect(editor, &QLineEdit::textEdited, editor, limit);
         return editor;
     }
 
@@ -82,6 +84,14 @@ void NodeTreeView::StartLabelEdit(const TreeNode& node)
     edit(m_nodes.IndexOf(&node));
 }
 
+void NodeTreeView::EndLabelEdit()
+{
+    if (auto* editor = findChild<QLineEdit*>(u"txtLabelEdit"_s); editor && state() == EditingState) {
+        commitData(editor);
+        closeEditor(editor, QAbstractItemDelegate::NoHint);
+    }
+}
+
 void NodeTreeView::SetDropHighlight(const TreeNode* node)
 {
     m_highlight = m_nodes.IndexOf(node);
@@ -105,6 +115,7 @@ void NodeTreeView::drawRow(QPainter* painter, const QStyleOptionViewItem& option
 
 void NodeTreeView::mousePressEvent(QMouseEvent* event)
 {
+    m_pressed = indexAt(event->position().toPoint());
     if (event->button() != Qt::RightButton) // which only asks for the menu of the selected node
         QTreeView::mousePressEvent(event);
 }
@@ -136,15 +147,16 @@ void NodeTreeView::keyPressEvent(QKeyEvent* event)
 void NodeTreeView::startDrag(Qt::DropActions)
 {
     TreeNode* node = Current();
-    if (!node || !m_drag.Start || !m_drag.Start(*node))
+    // Where the press has not led to another item, as when the one before had to stay, nothing is dragged.
+    if (!node || currentIndex() != m_pressed || !m_drag.Start || !m_drag.Start(*node))
         return;
     auto* dragged = new QMimeData;
     dragged->setData(m_dragFormat, node->Key().toUtf8());
-    QDrag drag(this);
-    drag.setMimeData(dragged);
-    drag.setPixmap(IconNamed(ImageKey(node->Image)).pixmap(style()->pixelMetric(QStyle::PM_SmallIconSize)));
+    auto* drag = new QDrag(this); // the toolkit deletes it
+    drag->setMimeData(dragged);
+    drag->setPixmap(IconNamed(ImageKey(node->Image)).pixmap(style()->pixelMetric(QStyle::PM_SmallIconSize)));
     tmrDragTimer.start();
-    drag.exec(Qt::MoveAction);
+    drag->exec(Qt::MoveAction);
     tmrDragTimer.stop();
     m_drag.Complete();
 }
@@ -169,7 +181,7 @@ void NodeTreeView::dragMoveEvent(QDragMoveEvent* event)
 
 void NodeTreeView::dragLeaveEvent(QDragLeaveEvent*)
 {
-    SetDropHighlight(nullptr);
+    m_drag.Over(nullptr, -1, viewport()->height() * TwipsPerPixel); // neither opens nor scrolls any more
 }
 
 void NodeTreeView::dropEvent(QDropEvent* event)

@@ -31,6 +31,7 @@ public:
     void SetDragFormat(const QString& format) { m_dragFormat = format; }
     void SetDropHighlight(const TreeNode* node);
     void StartLabelEdit(const TreeNode& node);
+    void EndLabelEdit();
 
 Q_SIGNALS:
     void LabelEdited(qb::TreeNode* node, const QString& text);
@@ -57,6 +58,7 @@ private:
     TreeDragRules m_drag;
     QString m_dragFormat;
     QPersistentModelIndex m_highlight;
+    QPersistentModelIndex m_pressed; ///< what the mouse has picked up
     QTimer tmrDragTimer;
 };
 

@@ -1,12 +1,120 @@
 #include "text/ui/CodeBox.h"
 
+#include <QFontDatabase>
+#include <QPaintEvent>
+#include <QPainter>
+#include <algorithm>
+
 namespace qb {
 
-CodeBox::CodeBox(const RtfFont& font, QWidget* parent) : RichTextBoxOf(font, parent)
+/// The strip on the left.
+class CodeBox::LineNumbersArea : public QWidget {
+public:
+    explicit LineNumbersArea(CodeBox& box) : QWidget(&box), m_box(box) {}
+
+protected:
+    void paintEvent(QPaintEvent* event) override { m_box.PaintLineNumbers(*event); }
+    void wheelEvent(QWheelEvent* event) override { m_box.wheelEvent(event); }
+
+private:
+    CodeBox& m_box;
+};
+
+CodeBox::CodeBox(const RtfFont& font, QWidget* parent) : RichTextBoxOf(font, parent), m_lineNumbers(new LineNumbersArea(*this))
 {
+    m_lineNumbers->setObjectName(QStringLiteral("lineNumbers"));
     setLineWrapMode(QPlainTextEdit::NoWrap);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn); // a width that changes would have every line laid out
     SetTakesForeignLooks(false);
+    connect(this, &QPlainTextEdit::blockCountChanged, this, &CodeBox::PlaceLineNumbers);
+    connect(this, &QPlainTextEdit::cursorPositionChanged, m_lineNumbers, qOverload<>(&QWidget::update));
+    connect(this, &QPlainTextEdit::updateRequest, this, [this](const QRect& area, int scrolled) {
+        if (scrolled != 0)
+            m_lineNumbers->scroll(0, scrolled);
+        else
+            m_lineNumbers->update(0, area.y(), m_lineNumbers->width(), area.height());
+    });
+    PlaceLineNumbers();
+}
+
+void CodeBox::SetLineNumbers(bool shown)
+{
+    m_lineNumbers->setVisible(shown);
+    PlaceLineNumbers();
+}
+
+void CodeBox::SetWordWrap(bool wraps)
+{
+    setLineWrapMode(wraps ? QPlainTextEdit::WidgetWidth : QPlainTextEdit::NoWrap);
+}
+
+void CodeBox::GoToLine(int line)
+{
+    QTextCursor cursor(document()->findBlockByNumber(std::clamp(line, 1, LineCount()) - 1));
+    setTextCursor(cursor);
+    centerCursor();
+}
+
+void CodeBox::SetZoom(double factor)
+{
+    m_zoom = factor;
+    RichTextBoxOf::SetZoom(factor);
+    PlaceLineNumbers();
+}
+
+// Line numbers
+
+QFont CodeBox::LineNumbersFont() const
+{
+    QFont numbers = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    numbers.setPointSizeF(numbers.pointSizeF() * m_zoom * 0.9);
+    return numbers;
+}
+
+int CodeBox::LineNumbersWidth() const
+{
+    constexpr int LeastDigits = 4;
+    constexpr int Gaps = 12;
+    const int digits = std::max<int>(LeastDigits, int(QString::number(LineCount()).size()));
+    return Gaps + digits * QFontMetrics(LineNumbersFont()).horizontalAdvance(QLatin1Char('9'));
+}
+
+void CodeBox::PlaceLineNumbers()
+{
+    const int width = LineNumbers() ? LineNumbersWidth() : 0;
+    setViewportMargins(width, 0, 0, 0);
+    const QRect area = contentsRect();
+    m_lineNumbers->setGeometry(area.left(), area.top(), width, area.height());
+}
+
+void CodeBox::resizeEvent(QResizeEvent* event)
+{
+    RichTextBoxOf::resizeEvent(event);
+    PlaceLineNumbers();
+}
+
+void CodeBox::changeEvent(QEvent* event)
+{
+    RichTextBoxOf::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        PlaceLineNumbers();
+}
+
+void CodeBox::PaintLineNumbers(QPaintEvent& event)
+{
+    constexpr int Gap = 6;
+    QPainter painter(m_lineNumbers);
+    painter.fillRect(event.rect(), palette().color(QPalette::AlternateBase));
+    painter.setFont(LineNumbersFont());
+    const int caret = textCursor().blockNumber();
+    QTextBlock block = firstVisibleBlock();
+    for (QRectF place = blockBoundingGeometry(block).translated(contentOffset()); block.isValid() && place.top() <= event.rect().bottom();) {
+        painter.setPen(palette().color(block.blockNumber() == caret ? QPalette::Active : QPalette::Disabled, QPalette::Text));
+        const QRectF line(0, place.top(), m_lineNumbers->width() - Gap, blockBoundingRect(block).height() / std::max(1, block.lineCount()));
+        painter.drawText(line, Qt::AlignRight | Qt::AlignVCenter, QString::number(block.blockNumber() + 1));
+        block = block.next();
+        place = QRectF(place.left(), place.bottom(), place.width(), blockBoundingRect(block).height());
+    }
 }
 
 } // namespace qb

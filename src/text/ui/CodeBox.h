@@ -7,12 +7,41 @@
 namespace qb {
 
 /// The box for source code: it lays out only the lines that are seen, so that the length of a text
-/// costs nothing. Fonts, looks and colours are shown; paragraphs all stand alike.
+/// costs nothing. Fonts, looks and colours are shown; paragraphs all stand alike. Lines are
+/// numbered.
 class CodeBox : public RichTextBoxOf<QPlainTextEdit> {
     Q_OBJECT
 
 public:
     explicit CodeBox(const RtfFont& font = CodeFont, QWidget* parent = nullptr);
+
+    void SetLineNumbers(bool shown);
+    bool LineNumbers() const { return m_lineNumbers->isVisibleTo(this); }
+    void SetWordWrap(bool wraps);
+    /// Puts the caret at the begin of a line, counted from 1; the last one when there are fewer.
+    void GoToLine(int line);
+    int LineOfCaret() const { return textCursor().blockNumber() + 1; }
+    int LineCount() const { return blockCount(); }
+    void SetZoom(double factor) override;
+
+Q_SIGNALS:
+    void ZoomAsked(int steps);
+
+protected:
+    void ZoomWanted(int steps) override { Q_EMIT ZoomAsked(steps); }
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    class LineNumbersArea;
+
+    void PlaceLineNumbers();
+    void PaintLineNumbers(QPaintEvent& event);
+    int LineNumbersWidth() const;
+    QFont LineNumbersFont() const;
+
+    QWidget* m_lineNumbers;
+    double m_zoom = 1;
 };
 
 } // namespace qb

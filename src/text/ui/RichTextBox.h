@@ -15,9 +15,11 @@ public:
 
 Q_SIGNALS:
     void LinkActivated(const QString& target);
+    void ZoomAsked(int steps);
 
 protected:
     void ActivateLink(const QString& target) override { Q_EMIT LinkActivated(target); }
+    void ZoomWanted(int steps) override { Q_EMIT ZoomAsked(steps); }
     void paintEvent(QPaintEvent* event) override;
 
 private:

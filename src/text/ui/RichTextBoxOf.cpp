@@ -3,6 +3,7 @@
 #include "support/ui/Icons.h"
 #include "text/ui/RichTextMime.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QApplication>
 #include <QClipboard>
 #include <QContextMenuEvent>
@@ -13,6 +14,7 @@
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QTextEdit>
+#include <QWheelEvent>
 
 namespace qb {
 
@@ -20,7 +22,7 @@ using namespace Qt::StringLiterals;
 
 template <class Editor>
 RichTextBoxOf<Editor>::RichTextBoxOf(const RtfFont& font, QWidget* parent)
-    : Editor(parent), m_font(font), m_text(font), m_page(m_text, *Editor::document())
+    : Editor(parent), m_font(font), m_text(font), m_page(m_text, *Editor::document()), m_device(*this)
 {
     constexpr int Margin = 8;
     this->document()->setDocumentMargin(Margin);
@@ -549,7 +551,45 @@ void RichTextBoxOf<Editor>::contextMenuEvent(QContextMenuEvent* event)
     menu.exec(event->globalPos());
 }
 
+template <class Editor>
+void RichTextBoxOf<Editor>::wheelEvent(QWheelEvent* event)
+{
+    if (!(event->modifiers() & Qt::ControlModifier))
+        return Editor::wheelEvent(event);
+    if (event->angleDelta().y() != 0)
+        ZoomWanted(event->angleDelta().y() > 0 ? 1 : -1);
+    event->accept();
+}
+
 // Looks
+
+template <class Editor>
+void RichTextBoxOf<Editor>::SetZoom(double factor)
+{
+    const QScopedValueRollback showing(m_showing, true);
+    m_device.SetZoom(factor);
+    this->document()->documentLayout()->setPaintDevice(&m_device);
+    this->document()->markContentsDirty(0, this->document()->characterCount());
+    this->viewport()->update();
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::MarkPlaces(const QList<qsizetype>& begins, qsizetype length)
+{
+    QList<QTextEdit::ExtraSelection> marks;
+    for (const qsizetype begin : begins) {
+        QTextEdit::ExtraSelection mark;
+        mark.cursor = QTextCursor(this->document());
+        mark.cursor.setPosition(m_page.ToDocument(begin));
+        mark.cursor.setPosition(m_page.ToDocument(begin + length), QTextCursor::KeepAnchor);
+        QColor color = this->palette().color(QPalette::Highlight);
+        constexpr int Veil = 70;
+        color.setAlpha(Veil);
+        mark.format.setBackground(color);
+        marks << mark;
+    }
+    this->setExtraSelections(marks);
+}
 
 template <class Editor>
 void RichTextBoxOf<Editor>::changeEvent(QEvent* event)

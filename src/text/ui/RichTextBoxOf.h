@@ -2,6 +2,7 @@
 
 #include "text/ui/RichTextPage.h"
 #include "text/ui/UserTextBox.h"
+#include "text/ui/ZoomDevice.h"
 
 #include <QTextBlock>
 
@@ -37,6 +38,9 @@ public:
 
     /// Looks and pictures from other programs are taken in by a paste, not only their text.
     void SetTakesForeignLooks(bool takes) { m_takesForeignLooks = takes; }
+
+    void SetZoom(double factor) override;
+    void MarkPlaces(const QList<qsizetype>& begins, qsizetype length) override;
 
     /// The font of texts that name none, from the next text on.
     void SetDefaultFont(const RtfFont& font) { m_font = font; }
@@ -80,6 +84,8 @@ public:
 protected:
     /// The user has activated a link.
     virtual void ActivateLink(const QString& /*target*/) {}
+    /// The user wants all of it larger or smaller, by so many steps.
+    virtual void ZoomWanted(int /*steps*/) {}
     const RichTextPage& Page() const { return m_page; }
 
     const QString& TextView() const override { return m_text.Document().Text(); }
@@ -88,6 +94,7 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void dropEvent(QDropEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void changeEvent(QEvent* event) override;
     QMimeData* createMimeDataFromSelection() const override;
@@ -118,6 +125,7 @@ private:
     RtfFont m_font;
     RichText m_text; ///< what counts; the text document shows it
     RichTextPage m_page;
+    ZoomDevice m_device;
     UndoNames m_undoNames;
     QColor m_background; ///< that the looks were made for
     bool m_showing = false; ///< the text document is being changed from here

@@ -23,6 +23,11 @@ public:
     /// Keeps the user from changes; code may still make them.
     virtual void SetLocked(bool locked) = 0;
 
+    /// Shows everything larger or smaller; 1 is as it is.
+    virtual void SetZoom(double factor) = 0;
+    /// Marks places of the text, as begins and one length, beside the selection.
+    virtual void MarkPlaces(const QList<qsizetype>& begins, qsizetype length) = 0;
+
     // What the user can do
     virtual UndoType UndoName() const = 0;
     virtual UndoType RedoName() const = 0;

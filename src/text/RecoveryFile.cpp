@@ -1,0 +1,73 @@
+#include "text/RecoveryFile.h"
+
+#include "platform/system/Paths.h"
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSaveFile>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct TextRow {
+    const char* Name;
+    std::optional<QString> UnsavedTexts::*Text;
+};
+constexpr TextRow TextRows[] = {
+    {"code", &UnsavedTexts::Code}, {"notes", &UnsavedTexts::Notes}, {"usage", &UnsavedTexts::Usage}};
+
+} // namespace
+
+RecoveryFile::RecoveryFile(const QString& library)
+    : m_library(QFileInfo(library).absoluteFilePath()),
+      m_path(ApplicationFolder() + u"Unsaved-"_s
+             + QString::fromLatin1(QCryptographicHash::hash(m_library.toUtf8(), QCryptographicHash::Sha1).toHex().left(16)) + u".json"_s)
+{
+}
+
+void RecoveryFile::Write(const UnsavedTexts& texts) const
+{
+    // Seconds as text: a number of JSON would do, but it is a double.
+    QJsonObject object{{u"library"_s, m_library},
+                       {u"item"_s, QString::number(texts.Item)},
+                       {u"lastChanged"_s, QString::number(texts.LastChanged.Seconds())}};
+    for (const TextRow& row : TextRows) {
+        if (const std::optional<QString>& text = texts.*row.Text)
+            object.insert(QLatin1StringView(row.Name), *text);
+    }
+    QSaveFile file(m_path);
+    if (file.open(QIODevice::WriteOnly) && file.write(QJsonDocument(object).toJson(QJsonDocument::Compact)) >= 0)
+        file.commit();
+}
+
+std::optional<UnsavedTexts> RecoveryFile::Read() const
+{
+    QFile file(m_path);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const QJsonObject object = QJsonDocument::fromJson(file.readAll()).object();
+    if (object.value(u"library"_s).toString() != m_library)
+        return std::nullopt;
+    UnsavedTexts texts;
+    texts.Item = object.value(u"item"_s).toString().toLongLong();
+    texts.LastChanged = Date::FromSeconds(object.value(u"lastChanged"_s).toString().toLongLong());
+    for (const TextRow& row : TextRows) {
+        const QJsonValue text = object.value(QLatin1StringView(row.Name));
+        if (text.isString())
+            texts.*row.Text = text.toString();
+    }
+    return texts;
+}
+
+void RecoveryFile::Remove() const
+{
+    QFile::remove(m_path);
+}
+
+} // namespace qb

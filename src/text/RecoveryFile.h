@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/system/Date.h"
+
+#include <QString>
+#include <optional>
+
+namespace qb {
+
+/// Edited texts of an item that were not saved yet.
+struct UnsavedTexts {
+    qint64 Item = 0;
+    Date LastChanged; ///< of the row that was edited
+    std::optional<QString> Code; ///< RTF; nothing for a text that was not edited
+    std::optional<QString> Notes;
+    std::optional<QString> Usage;
+};
+
+/// The file that keeps a library's unsaved texts while they are typed, so that they survive the
+/// program: one a library, in the program's folder, as JSON.
+class RecoveryFile {
+public:
+    explicit RecoveryFile(const QString& library);
+
+    /// Keeps the texts. A failure is no error: the file is only a net.
+    void Write(const UnsavedTexts& texts) const;
+    /// What was kept; nothing when there is no file, or it is damaged or another library's.
+    std::optional<UnsavedTexts> Read() const;
+    void Remove() const;
+    QString Path() const { return m_path; }
+
+private:
+    QString m_library;
+    QString m_path;
+};
+
+} // namespace qb
