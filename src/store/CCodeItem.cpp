@@ -36,6 +36,7 @@ void CCodeItem::InitialiseProperties()
 {
     m_state = RecordState::Clean;
     m_attributesLoaded = false;
+    m_readFailed = false;
     m_itemChanged = false;
     m_itemMarkedForDelete = false;
     for (QString* text : {&m_key, &m_title, &m_description, &m_info, &m_user, &m_notes, &m_code, &m_example})

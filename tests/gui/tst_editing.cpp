@@ -166,6 +166,82 @@ private Q_SLOTS:
         }
     }
 
+    void windowWithTextThatCanNotBeSaved_staysOpenIfTheUserWants()
+    {
+        Open();
+        ClickOn(0);
+        QTest::keyClicks(Code(), u"precious"_s);
+        m_database->Execute(u"CREATE TRIGGER refuse BEFORE UPDATE ON Items BEGIN SELECT RAISE(ABORT, 'no room'); END"_s);
+        m_prompts->ExpectError();
+        m_prompts->ExpectMsgBox(u"Save Item"_s, MsgBoxResult::No);
+        QVERIFY(!m_window->close());
+        QCOMPARE(Code()->Text(), u"precious"_s);
+        m_database->Execute(u"DROP TRIGGER refuse"_s); // there is room again
+        Action(u"mnuSaveItem"_s)->trigger();
+        QCOMPARE(PlainTextFromRtf(Read(u"Code"_s)), u"precious"_s);
+        QVERIFY(m_window->close());
+    }
+
+    void itemThatWaitsForADecision_isAskedAbout_data()
+    {
+        QTest::addColumn<bool>("inChild");
+        QTest::addColumn<bool>("yes");
+        for (const bool inChild : {false, true}) {
+            for (const bool yes : {false, true})
+                QTest::addRow("%s, %s", inChild ? "child" : "mother", yes ? "yes" : "no") << inChild << yes;
+        }
+    }
+
+    void itemThatWaitsForADecision_isAskedAbout()
+    {
+        QFETCH(bool, inChild);
+        QFETCH(bool, yes);
+        inChild ? MakeChild(*m_database, m_home->Path(u"mother.qbd"_s), Date()) : MakeMother(*m_database, Date());
+        m_database->Execute(u"UPDATE Items SET LastChanged = 0 WHERE ID = ?"_s, {m_item});
+        Open();
+        ClickOn(0);
+        QTest::keyClicks(Code(), u"x"_s);
+        const QString status = inChild ? u"Conflicting"_s : u"Deleted"_s;
+        m_prompts->ExpectMsgBox(u"Update this item and reset its '%1' status?"_s.arg(status), yes ? MsgBoxResult::Yes : MsgBoxResult::No);
+        Action(u"mnuSaveItem"_s)->trigger();
+        const QString asked = m_prompts->Messages.last().Text;
+        QVERIFY(asked.startsWith(inChild ? u"The item you have just updated is currently in conflict with its copy in mother database. \r\n"_s
+                                         : u"The item you have just updated is marked for deletion. \r\n"_s));
+        QVERIFY(asked.endsWith(u"point. \r\nDo you wish to continue?"_s));
+        QCOMPARE(Read(u"LastChanged"_s) == u"0"_s, !yes);
+        QCOMPARE(PlainTextFromRtf(Read(u"Code"_s)), yes ? u"x"_s : QString());
+        ClickOn(1); // auto-save asks nothing
+        QCOMPARE(PlainTextFromRtf(Read(u"Code"_s)), u"x"_s);
+    }
+
+    void newItem_hasNothingOfTheOneBefore()
+    {
+        Write(u"Code"_s, RtfFromPlainText(u"x"_s, CodeFont));
+        m_database->Execute(u"UPDATE Items SET HTMLPage = -1 WHERE ID = ?"_s, {m_item});
+        Open();
+        ClickOn(0);
+        QVERIFY(TabIcon(0));
+        QVERIFY(m_window->findChild<QLabel*>(u"lblAttachments"_s)->isVisible());
+        Action(u"NEW"_s)->trigger();
+        QVERIFY(!TabIcon(0));
+        QVERIFY(!m_window->findChild<QLabel*>(u"lblAttachments"_s)->isVisible());
+        QTest::keyClick(m_window->findChild<QLineEdit*>(u"txtLabelEdit"_s), Qt::Key_Escape);
+        QVERIFY(Action(u"mnuRename"_s)->isEnabled());
+    }
+
+    void newItem_whileATitleIsTyped_takesThatTitleFirst()
+    {
+        Open();
+        ClickOn(0);
+        Action(u"mnuRename"_s)->trigger();
+        m_window->findChild<QLineEdit*>(u"txtLabelEdit"_s)->setText(u"typed title"_s);
+        Action(u"mnuAddCode"_s)->trigger();
+        QCOMPARE(Child(0).data().toString(), u"typed title"_s);
+        QCoreApplication::processEvents();
+        QCOMPARE(m_window->findChild<QLabel*>(u"lblTitle"_s)->text(), u"New Code item"_s);
+        QCOMPARE(Tree()->currentIndex().data().toString(), u"New Code item"_s);
+    }
+
     void colorize_paintsTheVisibleTextAndWaitsForTheNextChange()
     {
         Open();

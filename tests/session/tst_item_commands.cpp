@@ -129,6 +129,70 @@ private Q_SLOTS:
         QCOMPARE(s->Details.Title, u"b"_s);
     }
 
+    void walkAndHistory_waitForWhatCanNotBeSaved()
+    {
+        Fill();
+        s->Click(u"b"_s);
+        s->Click(u"a"_s);
+        s->Details.Type(u"typed"_s);
+        RefuseWrites();
+        const std::function<void()> ways[] = {
+            [this] { s->Tree.MoveOnNextItem(); },
+            [this] { s->Tree.MoveOnPreviousItem(); },
+            [this] { s->Tree.GoToNode(s->Node(u"b"_s).Key()); },
+        };
+        for (const auto& way : ways) {
+            s->Script.ExpectError();
+            s->Script.ExpectMsgBox(u"Save Item"_s, MsgBoxResult::No);
+            way();
+            QCOMPARE(s->Selected(), u"a"_s);
+            QCOMPARE(s->Details.Typed, std::optional(u"typed"_s));
+        }
+    }
+
+    void changeOfLibrary_waitsForWhatCanNotBeSaved()
+    {
+        const QString first = s->LibraryFile(u"first.qbd"_s, u"one"_s);
+        const QString second = s->LibraryFile(u"second.qbd"_s, u"two"_s);
+        QVERIFY(s->Start(first + u"|First;"_s + second + u"|Second;"_s));
+        s->Click(u"one"_s);
+        s->Details.Type(u"typed"_s);
+        RefuseWrites();
+        s->Script.ExpectError();
+        s->Script.ExpectMsgBox(u"Save Item"_s, MsgBoxResult::No);
+        s->Shell.SetComboIndex(1);
+        QCOMPARE(s->OpenPath(), first);
+        QCOMPARE(s->Shell.Index, 0);
+        QCOMPARE(s->Details.Typed, std::optional(u"typed"_s));
+        s->Script.ExpectError();
+        s->Script.ExpectMsgBox(u"Save Item"_s, MsgBoxResult::No);
+        s->Libraries.mnuRemoveDBItem_Click();
+        QCOMPARE(s->State.DatabaseList.size(), 2u);
+    }
+
+    void withoutALibrary_noCommandDoesAnything()
+    {
+        const QString first = s->LibraryFile(u"first.qbd"_s, u"one"_s);
+        const QString other = s->Home.Path(u"other.qbd"_s);
+        WriteFile(other, "no library");
+        QVERIFY(s->Start(first + u"|First;"_s + other + u"|Other;"_s));
+        s->Click(u"one"_s);
+        s->Script.ExpectMsgBox(u"Invalid Database"_s);
+        s->Script.ExpectMsgBox(u"Database Not Found"_s);
+        s->Shell.SetComboIndex(1);
+        QVERIFY(!s->State.CurrentDatabase);
+        QCOMPARE(s->View.Nodes().Count(), 0);
+        TreeNodes& nodes = s->View.Nodes();
+        TreeNode& node = nodes.Insert(7, u"left over"_s, TreeImage::CHILD, nodes.Add(0, u"root"_s, TreeImage::OBJECTS));
+        s->View.SelectItem(node);
+        s->Items.DeleteCodeItem();
+        s->Items.AddCode();
+        s->Items.mnuKeepItem_Click();
+        s->Items.mnuRemoveDeletedItems_Click();
+        QVERIFY(!s->Items.AfterLabelEdit(node, u"x"_s));
+        QVERIFY(!s->Drag.Start(node));
+    }
+
     void saveButton_tellsOneClickFromTwo()
     {
         Fill();
@@ -360,6 +424,29 @@ private Q_SLOTS:
         QCOMPARE(s->Shape(), u"Ali äs Library(b)"_s);
     }
 
+    void deletion_takesWhatTheRowsSay()
+    {
+        Fill();
+        AddItem(*s->State.CurrentDatabase, s->Node(u"b"_s).Id, u"added by another"_s);
+        s->Click(u"b"_s);
+        Delete();
+        QCOMPARE(s->Script.Messages.last().Text, u"Delete selected item and all child records?"_s);
+        QCOMPARE(Texts(*s->State.CurrentDatabase, u"SELECT Title FROM Items ORDER BY ID"_s), (QStringList{u"a"_s, u"a1"_s, u"a2"_s}));
+    }
+
+    void deletion_inATreeThatCouldNotBeBuilt_leavesNoGhosts()
+    {
+        Fill();
+        s->State.CurrentDatabase->Execute(u"UPDATE Items SET ParentID = 99 WHERE Title = 'b'"_s);
+        s->Script.ExpectError();
+        s->Tree.FillTree();
+        s->Click(u"a"_s);
+        Delete();
+        QCOMPARE(Texts(*s->State.CurrentDatabase, u"SELECT Title FROM Items"_s), QStringList{u"b"_s});
+        for (const QString& title : {u"a"_s, u"a1"_s, u"a2"_s})
+            QVERIFY_THROWS_EXCEPTION(RuntimeError, s->Node(title));
+    }
+
     void itemDeletedElsewhere_canBeTakenOffByAReload()
     {
         Fill();
@@ -460,6 +547,27 @@ private Q_SLOTS:
         s->Node(u"gone"_s).Expanded = true;
         s->Items.KeepingDeletedRecord(QString::number(s->Node(u"gone"_s).Id));
         QCOMPARE(s->Image(u"gone"_s), u"OPENFOLDER"_s);
+    }
+
+    void keptItem_isAskedAboutNoMore()
+    {
+        FillMother();
+        s->Click(u"gone"_s);
+        s->Items.mnuKeepItem_Click();
+        QVERIFY(!s->State.oCodeItem->ItemMarkedForDelete());
+        s->Details.Type(u"typed"_s);
+        s->Items.mnuSaveItem_Click();
+        QCOMPARE(Code(u"gone"_s), u"typed"_s);
+    }
+
+    void lookAtAnItemThatWaits_decidesNothing()
+    {
+        FillMother();
+        s->State.moSettings->SetAutoColorizeWhenItemOpened(true);
+        s->Click(u"gone"_s);
+        s->Click(u"stays"_s);
+        QCOMPARE(LastChanged(u"gone"_s), Date());
+        QCOMPARE(s->Details.Colorized, 1); // of the other
     }
 
     void editedItemThatWaits_isKeptByAutoSave()
@@ -577,6 +685,22 @@ private Q_SLOTS:
         QCOMPARE(s->Details.Saves, 1);
     }
 
+    void orphan_isLockedHoweverItIsReached()
+    {
+        FillWithOrphans(true);
+        s->Click(u"a"_s);
+        s->Tree.GoToNode(s->Node(u"orphan"_s).Key());
+        QVERIFY(s->Details.IsLocked);
+        QVERIFY(!s->Enabled(u"DELETE"_s));
+        s->Tree.MoveOnPreviousItem();
+        s->Tree.MoveOnPreviousItem();
+        QCOMPARE(s->Selected(), u"a"_s);
+        QVERIFY(!s->Details.IsLocked);
+        FillWithOrphans();
+        s->Tree.GoToNode(s->Node(u"orphan"_s).Key());
+        QVERIFY(s->State.oCodeItem->DontUpdateLastChangedDate());
+    }
+
     void lockedItem_isNeitherEditedNorColoured()
     {
         FillWithOrphans(true);
@@ -626,6 +750,11 @@ private:
         MakeMother(database, Date());
         database.Execute(u"UPDATE Items SET LastChanged = 0 WHERE ID = ?"_s, {gone});
         s->Tree.FillTree();
+    }
+
+    void RefuseWrites()
+    {
+        s->State.CurrentDatabase->Execute(u"CREATE TEMP TRIGGER refuse BEFORE UPDATE ON main.Items BEGIN SELECT RAISE(ABORT, 'no room'); END"_s);
     }
 
     void Delete()

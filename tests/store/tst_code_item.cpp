@@ -155,6 +155,23 @@ private Q_SLOTS:
 
     // Reading
 
+    void rowThatCouldNotBeRead_isNotWrittenBackEmpty()
+    {
+        m_library->Execute(u"UPDATE Items SET Code = 'precious' WHERE ID = ?"_s, {m_id});
+        const auto item = Item(m_id);
+        m_library->Execute(u"ALTER TABLE Items RENAME TO Gone"_s);
+        ScriptedPrompts prompts;
+        prompts.ExpectError();
+        QCOMPARE(item->Title(), QString());
+        m_library->Execute(u"ALTER TABLE Gone RENAME TO Items"_s);
+        item->SetTitle(u"new"_s);
+        item->SetItemChanged(true);
+        prompts.ExpectError();
+        QVERIFY(!item->Commit());
+        QVERIFY(prompts.Errors.last().contains(u"could not be read"_s));
+        QCOMPARE(Texts(*m_library, u"SELECT Title || ' ' || Code FROM Items WHERE ID = ?"_s, {m_id}), QStringList{u"Größe precious"_s});
+    }
+
     void storedProperty_readsTheRowOnce_data() { Rows(Reads); }
     void storedProperty_readsTheRowOnce()
     {
