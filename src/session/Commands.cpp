@@ -27,6 +27,11 @@ constexpr CommandRow Rows[] = {
     {Place::Edit, "mnuPaste", "&Paste", "edit-paste", "", "Insert what is on the clipboard"},
     {Place::Edit, "mnuClear", "&Delete", "edit-delete", "", "Delete the selected text"},
     {Place::Edit, "", "", "", "", ""},
+    {Place::Edit, "mnuFindInText", "&Find in Text...", "edit-find", "Ctrl+F", "Find in the text that is shown"},
+    {Place::Edit, "mnuFindNext", "Find &Next", "go-down", "F3", "Go to the next place that was found"},
+    {Place::Edit, "mnuFindPrevious", "Find Pre&vious", "go-up", "Shift+F3", "Go to the place before"},
+    {Place::Edit, "mnuGoToLine", "&Go to Line...", "", "Ctrl+G", "Go to a line of the code by its number"},
+    {Place::Edit, "", "", "", "", ""},
     {Place::EditCode, "mnuColorize", "&Colorize", "colorize", "F8", "Paint the text by the rules of the library's language"},
 
     {Place::Item, "mnuKeepItem", "&KEEP ITEM", "", "", "Keep the item that was deleted in a child library"},
@@ -58,6 +63,12 @@ constexpr CommandRow Rows[] = {
     {Place::Replication, "mnuDBToolsForgetReplicaItem", "&Forget Replica...", "", "", "Strike a child off"},
 
     {Place::View, "mnuViewStatusBar", "&Status Bar", "", "", "Show or hide the status bar"},
+    {Place::View, "mnuViewLineNumbers", "&Line Numbers", "", "", "Show or hide the numbers of lines of code"},
+    {Place::View, "mnuViewWordWrap", "&Word Wrap", "", "", "Break long lines of code at the window's edge"},
+    {Place::View, "mnuViewZoomIn", "Zoom &In", "zoom-in", "Ctrl++", "Show texts larger"},
+    {Place::View, "mnuViewZoomOut", "Zoom &Out", "zoom-out", "Ctrl+-", "Show texts smaller"},
+    {Place::View, "mnuViewZoomReset", "&Actual Size", "zoom-original", "Ctrl+0", "Show texts in their own size"},
+    {Place::View, "", "", "", "", ""},
     {Place::View, "mnuViewRefresh", "&Reload Tree", "view-refresh", "F5", "Read the items anew"},
     {Place::View, "mnuCollapseBranchesItem", "&Collapse Branches", "collapse-all", "", "Close all branches of the tree"},
 

@@ -33,7 +33,7 @@ void Inform(const QString& text, const QString& caption)
 /// A title stands in one line.
 QString InOneLine(const QString& text)
 {
-    QString line = text;
+    QString line = QString::fromUtf8(text.toUtf8()); // without halves of characters
     for (QChar& character : line) {
         if (character.category() == QChar::Other_Control || character == QChar::LineSeparator || character == QChar::ParagraphSeparator)
             character = u' ';

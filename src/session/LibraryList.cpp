@@ -214,6 +214,7 @@ void LibraryList::ShowLibrary()
 {
     m_tree.Refill();
     EnableControls(true);
+    LibraryShown();
 }
 
 /// No library is left to go on with: nothing of one may be shown, or worked on.

@@ -68,6 +68,8 @@ public:
     /// Called for a new library of a self-defined language: its words are to be entered.
     std::function<void()> DisplayKeywordDefiner;
     /// Called when NewHistory has made a new trail.
+    /// Another library is open and shown.
+    std::function<void()> LibraryShown = [] {};
     std::function<void()> HistoryReplaced;
 
 private:

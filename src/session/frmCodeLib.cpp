@@ -84,6 +84,11 @@ void frmCodeLib::Form_Load()
         tlbTextFormat->sbTextTomatToolbarInitialize();
         tlbTextFormat->FillMenu(*mnuFormat);
         m_libraries->NewHistory();
+        m_libraries->LibraryShown = [this] {
+            ctlCodeItemDetails->OfferUnsavedTexts(*CurrentDatabase(), [this](qint64 item) { m_tree->GoToNode(NodeKey(item)); });
+        };
+        if (open)
+            m_libraries->LibraryShown();
         if (Settings().TipsOnStartup())
             StartTips();
     });
@@ -113,6 +118,7 @@ void frmCodeLib::DoStartUp()
     Guarded(ModuleName, u"DoStartUp"_s, [this] {
         m_items->SetAutoSaveOn(GetSetting(SettingsApplication, u"Settings"_s, u"AutoSave"_s, u"True"_s) == u"True"_s);
         moSettings_SettingsUpdated();
+        ReadTextView();
         for (const QString& button : {u"DELETE"_s, u"BOOKMARK"_s})
             m_commands.SetEnabled(button, false);
         if (Settings().DBEnableSessionUndo() && !Settings().DBShared())
@@ -163,8 +169,34 @@ bool frmCodeLib::Form_QueryUnload()
 
 void frmCodeLib::DoUnload()
 {
-    if (Settings().SaveFormLayout())
-        SaveSetting(SettingsApplication, u"Settings"_s, u"AutoSave"_s, m_items->AutoSaveOn() ? u"True"_s : u"False"_s);
+    if (!Settings().SaveFormLayout())
+        return;
+    SaveSetting(SettingsApplication, u"Settings"_s, u"AutoSave"_s, m_items->AutoSaveOn() ? u"True"_s : u"False"_s);
+    SaveTextView();
+}
+
+// How texts are seen, in the user's settings
+
+void frmCodeLib::ReadTextView()
+{
+    const auto flag = [](const QString& key, bool preset) {
+        return GetSetting(SettingsApplication, u"Settings"_s, key, preset ? u"True"_s : u"False"_s) == u"True"_s;
+    };
+    const bool numbers = flag(u"ViewLineNumbers"_s, true);
+    const bool wraps = flag(u"ViewWordWrap"_s, false);
+    ctlCodeItemDetails->SetLineNumbers(numbers);
+    ctlCodeItemDetails->SetWordWrap(wraps);
+    ctlCodeItemDetails->SetZoom(GetSetting(SettingsApplication, u"Settings"_s, u"ViewZoom"_s, u"100"_s).toInt());
+    m_commands.SetChecked(u"mnuViewLineNumbers"_s, numbers);
+    m_commands.SetChecked(u"mnuViewWordWrap"_s, wraps);
+}
+
+void frmCodeLib::SaveTextView()
+{
+    const auto store = [](const QString& key, const QString& value) { SaveSetting(SettingsApplication, u"Settings"_s, key, value); };
+    store(u"ViewLineNumbers"_s, m_commands.Get(u"mnuViewLineNumbers"_s).Checked ? u"True"_s : u"False"_s);
+    store(u"ViewWordWrap"_s, m_commands.Get(u"mnuViewWordWrap"_s).Checked ? u"True"_s : u"False"_s);
+    store(u"ViewZoom"_s, QString::number(ctlCodeItemDetails->Zoom()));
 }
 
 void frmCodeLib::moSettings_SettingsUpdated()

@@ -87,6 +87,9 @@ private:
     void ConnectCommands();
     void ConnectItemCommands();
     void ConnectEditCommands();
+    void ConnectViewCommands();
+    void ReadTextView();
+    void SaveTextView();
     void EditCurrentBox(void (CTextEdit::*edit)());
     void ConnectHistory();
     void UpdateAction(const QString& name);

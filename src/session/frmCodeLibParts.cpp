@@ -401,9 +401,14 @@ void frmCodeLib::ConnectEditCommands()
         {u"mnuCopy"_s, [this] { EditCurrentBox(&CTextEdit::Copy); }},
         {u"mnuPaste"_s, [this] { EditCurrentBox(&CTextEdit::Paste); }},
         {u"mnuClear"_s, [this] { EditCurrentBox(&CTextEdit::Clear); }},
+        {u"mnuFindInText"_s, [this] { ctlCodeItemDetails->FindInText(); }},
+        {u"mnuFindNext"_s, [this] { ctlCodeItemDetails->FindNext(); }},
+        {u"mnuFindPrevious"_s, [this] { ctlCodeItemDetails->FindPrevious(); }},
+        {u"mnuGoToLine"_s, [this] { ctlCodeItemDetails->GoToLine(); }},
         {u"mnuColorize"_s, colorize},
         {u"COLORIZE"_s, colorize},
     });
+    ConnectViewCommands();
     // The boxes have these keys themselves; here they are only shown.
     const std::pair<const char*, QKeySequence::StandardKey> keys[] = {
         {"mnuUndo", QKeySequence::Undo}, {"mnuRedo", QKeySequence::Redo},   {"mnuCut", QKeySequence::Cut},
@@ -412,6 +417,34 @@ void frmCodeLib::ConnectEditCommands()
         QAction* action = m_actions[QLatin1StringView(name)];
         action->setShortcut(key);
         action->setShortcutContext(Qt::WidgetShortcut);
+    }
+}
+
+/// How texts are seen; the user's choices are kept.
+void frmCodeLib::ConnectViewCommands()
+{
+    constexpr int ZoomStep = 10;
+    constexpr int ActualSize = 100;
+    const auto zoomTo = [this](int percent) { ctlCodeItemDetails->SetZoom(percent); };
+    m_procedures.insert({
+        {u"mnuViewZoomIn"_s, [this, zoomTo] { zoomTo(ctlCodeItemDetails->Zoom() + ZoomStep); }},
+        {u"mnuViewZoomOut"_s, [this, zoomTo] { zoomTo(ctlCodeItemDetails->Zoom() - ZoomStep); }},
+        {u"mnuViewZoomReset"_s, [zoomTo] { zoomTo(ActualSize); }},
+    });
+    struct Switch {
+        const char* Name;
+        void (ctlCodeDetails::*Set)(bool);
+    };
+    static constexpr Switch switches[] = {{"mnuViewLineNumbers", &ctlCodeDetails::SetLineNumbers},
+                                          {"mnuViewWordWrap", &ctlCodeDetails::SetWordWrap}};
+    for (const Switch& row : switches) {
+        const QString name = QLatin1StringView(row.Name);
+        m_actions[name]->setCheckable(true);
+        m_procedures.insert(name, [this, name, set = row.Set] {
+            const bool on = m_actions[name]->isChecked();
+            m_commands.SetChecked(name, on);
+            (ctlCodeItemDetails->*set)(on);
+        });
     }
 }
 

@@ -9,6 +9,7 @@
 #include "support/ErrorRoutine.h"
 #include "support/ui/Icons.h"
 #include "text/ui/CodeBox.h"
+#include "text/ui/FindBar.h"
 #include "text/ui/RichTextBox.h"
 
 #include <QCoreApplication>
@@ -52,6 +53,7 @@ int IndexOf(DetailsTab tab)
 
 const QString ModuleName = u"ctlCodeDetails"_s;
 constexpr int Gap = 12;
+constexpr int ZoomStep = 10; // percent
 
 QLabel* MakeLabel(const QString& name, double scale, bool bold)
 {
@@ -78,6 +80,10 @@ ctlCodeDetails::ctlCodeDetails(QWidget* parent) : QWidget(parent), m_pages(new Q
     m_pages->addWidget(MakeItemPage());
     MakeProgress();
     ConnectFormatter();
+    constexpr int RecoveryInterval = 2000; // milliseconds
+    m_recoveryTimer.setSingleShot(true);
+    m_recoveryTimer.setInterval(RecoveryInterval);
+    connect(&m_recoveryTimer, &QTimer::timeout, this, &ctlCodeDetails::KeepUnsavedTexts);
 }
 
 QWidget* ctlCodeDetails::MakeWelcomePage()
@@ -127,6 +133,9 @@ QWidget* ctlCodeDetails::MakeItemPage()
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addLayout(header);
     layout->addWidget(m_tabs, 1);
+    m_findBar = new FindBar([this] { return CurrentBox(); });
+    layout->addWidget(m_findBar);
+    connect(this, &ctlCodeDetails::CurrentViewChanged, m_findBar, &FindBar::Refresh);
     return page;
 }
 
@@ -144,6 +153,9 @@ void ctlCodeDetails::MakeBoxes()
     txtInfo->setFrameShape(QFrame::NoFrame);
     rtbCode->installEventFilter(this);
     rtbUsage->installEventFilter(this);
+    for (CodeBox* box : {rtbCode, rtbUsage})
+        connect(box, &CodeBox::ZoomAsked, this, [this](int steps) { SetZoom(m_zoom + steps * ZoomStep); });
+    connect(rtbNotes, &RichTextBox::ZoomAsked, this, [this](int steps) { SetZoom(m_zoom + steps * ZoomStep); });
     ConnectBox(rtbCode, CodeText);
     ConnectBox(rtbNotes, NotesText);
     ConnectBox(rtbUsage, UsageText);
@@ -222,6 +234,8 @@ void ctlCodeDetails::Initialise(Database* database, CCodeItem* item)
         Q_EMIT CurrentViewChanged();
         return;
     }
+    m_recovery.emplace(database->Name());
+    m_shownState = item->LastChanged();
     m_title->setText(item->Title());
     const QString description = item->Description();
     m_description->setText(description);
@@ -275,6 +289,8 @@ void ctlCodeDetails::BoxChanged(Text text)
     m_texts[text].Changed = true;
     m_texts[text].Colorized = false;
     SetTabEnabled(tabs[text], !m_texts[text].Box->IsEmpty());
+    if (!m_recoveryTimer.isActive())
+        m_recoveryTimer.start();
     Q_EMIT TextChanged(tabs[text]);
     Q_EMIT EditStateChanged();
 }
@@ -283,6 +299,7 @@ void ctlCodeDetails::ResetChangedBooleans()
 {
     for (TextState& text : m_texts)
         text.Changed = text.Colorized = false;
+    ForgetUnsavedTexts();
 }
 
 /// Code and usage go into the library painted.
@@ -314,6 +331,7 @@ bool ctlCodeDetails::SaveItem(bool keep)
             m_item->SetLastChanged(Clock::Now());
         if (!m_item->Commit())
             return false;
+        m_shownState = m_item->LastChanged();
         ResetChangedBooleans();
         if (keep && KeepingDeletedRecord)
             KeepingDeletedRecord(m_item->Key());

@@ -2,9 +2,11 @@
 
 #include "text/CTextFormat.h"
 #include "text/ItemDetailsView.h"
+#include "text/RecoveryFile.h"
 #include "text/ui/UserTextBox.h"
 
 #include <QPointer>
+#include <QTimer>
 #include <QWidget>
 #include <array>
 
@@ -18,6 +20,7 @@ namespace qb {
 
 class CodeBox;
 class CodeSections;
+class FindBar;
 class RichTextBox;
 
 /// The panel that shows and edits the current item: its title and description, and a tab each for
@@ -68,6 +71,26 @@ public:
     /// Colours the text of the visible tab.
     void ColorizeVisible();
 
+    // What is seen of the texts
+
+    void FindInText();
+    void FindNext();
+    void FindPrevious();
+    /// Asks for a line of the code and goes there.
+    void GoToLine();
+    /// In percent; the boxes keep within 50 to 400.
+    int Zoom() const { return m_zoom; }
+    void SetZoom(int percent);
+    void SetLineNumbers(bool shown);
+    void SetWordWrap(bool wraps);
+
+    // Texts that were not saved before the program ended
+
+    /// Offers the texts that were typed into this library's items and never saved, and shows them
+    /// if the user wants. @p goTo selects an item. Texts of another item or an older state are
+    /// never offered.
+    void OfferUnsavedTexts(Database& database, const std::function<void(qint64 item)>& goTo);
+
     // The sections of the visible text. On any other tab the user is told so.
 
     /// Adds a section to the item and its line to the text, or goes to the one that is there.
@@ -108,6 +131,7 @@ Q_SIGNALS:
 
     /// A header was looked for and is not in the text of Code or (not) of Usage.
     void HeaderMissing(quint8 header, bool isCode);
+    void ZoomChanged(int percent);
     void SectionDeleted(quint8 header);
     /// A key was pressed in a box for code.
     void CodeKeyDown(QKeyEvent* event);
@@ -144,6 +168,8 @@ private:
     void ShowTexts();
     void BoxChanged(Text text);
     void StoreText(Text text);
+    void KeepUnsavedTexts();
+    void ForgetUnsavedTexts();
     CodeBox* CurrentCodeBox() const;
     CodeSections SectionsOf(CodeBox& box) const;
     bool CodeBoxesKeyDown(CodeBox& box, QKeyEvent& event);
@@ -167,6 +193,11 @@ private:
     RichTextBox* rtbNotes = nullptr;
     CodeBox* rtbUsage = nullptr;
     QPlainTextEdit* txtInfo = nullptr;
+    FindBar* m_findBar = nullptr;
+    std::optional<RecoveryFile> m_recovery; ///< of the open library
+    QTimer m_recoveryTimer;
+    Date m_shownState; ///< LastChanged of the row that is shown
+    int m_zoom = 100;
     QWidget* picColorize = nullptr;
     QLabel* lblColorize = nullptr;
     QProgressBar* prbColorize = nullptr;

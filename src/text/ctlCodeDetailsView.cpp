@@ -1,0 +1,144 @@
+// How the texts are seen, finding in them, and the net below what is typed.
+
+#include "platform/dao/Database.h"
+#include "platform/system/Prompts.h"
+#include "store/CCodeItem.h"
+#include "support/ErrorRoutine.h"
+#include "text/ctlCodeDetails.h"
+#include "text/ui/CodeBox.h"
+#include "text/ui/FindBar.h"
+#include "text/ui/RichTextBox.h"
+
+#include <QScopedValueRollback>
+#include <algorithm>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+const QString ModuleName = u"ctlCodeDetails"_s;
+} // namespace
+
+// Finding
+
+void ctlCodeDetails::FindInText()
+{
+    m_findBar->Open();
+}
+
+void ctlCodeDetails::FindNext()
+{
+    m_findBar->FindNext();
+}
+
+void ctlCodeDetails::FindPrevious()
+{
+    m_findBar->FindPrevious();
+}
+
+void ctlCodeDetails::GoToLine()
+{
+    CodeBox* box = CurrentCodeBox();
+    if (!box)
+        return;
+    const std::optional<QString> answer = Prompts::Current().InputBox(u"Line (1 to %1):"_s.arg(box->LineCount()), u"Go to Line"_s,
+                                                                      QString::number(box->LineOfCaret()));
+    bool isNumber = false;
+    const int line = answer.value_or(QString()).trimmed().toInt(&isNumber);
+    if (isNumber)
+        box->GoToLine(line);
+    box->setFocus();
+}
+
+// Looks
+
+void ctlCodeDetails::SetZoom(int percent)
+{
+    constexpr int Smallest = 50;
+    constexpr int Largest = 400;
+    constexpr double Whole = 100;
+    const int zoom = std::clamp(percent, Smallest, Largest);
+    if (zoom == m_zoom)
+        return;
+    m_zoom = zoom;
+    const QScopedValueRollback userChange(m_userChange, false);
+    for (const TextState& text : m_texts)
+        text.Box->SetZoom(m_zoom / Whole);
+    Q_EMIT ZoomChanged(m_zoom);
+}
+
+void ctlCodeDetails::SetLineNumbers(bool shown)
+{
+    rtbCode->SetLineNumbers(shown);
+    rtbUsage->SetLineNumbers(shown);
+}
+
+void ctlCodeDetails::SetWordWrap(bool wraps)
+{
+    rtbCode->SetWordWrap(wraps);
+    rtbUsage->SetWordWrap(wraps);
+}
+
+// The net
+
+void ctlCodeDetails::KeepUnsavedTexts()
+{
+    if (!m_item || !m_recovery)
+        return;
+    UnsavedTexts unsaved{.Item = m_item->Key().toLongLong(), .LastChanged = m_shownState, .Code = {}, .Notes = {}, .Usage = {}};
+    const std::pair<Text, std::optional<QString>*> places[] = {
+        {CodeText, &unsaved.Code}, {NotesText, &unsaved.Notes}, {UsageText, &unsaved.Usage}};
+    bool any = false;
+    for (const auto& [text, place] : places) {
+        if (!m_texts[text].Changed)
+            continue;
+        *place = m_texts[text].Box->IsEmpty() ? QString() : m_texts[text].Box->TextRTF();
+        any = true;
+    }
+    if (any)
+        m_recovery->Write(unsaved);
+}
+
+void ctlCodeDetails::ForgetUnsavedTexts()
+{
+    m_recoveryTimer.stop();
+    if (m_recovery)
+        m_recovery->Remove();
+}
+
+void ctlCodeDetails::OfferUnsavedTexts(Database& database, const std::function<void(qint64 item)>& goTo)
+{
+    Guarded(ModuleName, u"OfferUnsavedTexts"_s, [&] {
+        const RecoveryFile file(database.Name());
+        const std::optional<UnsavedTexts> unsaved = file.Read();
+        if (!unsaved)
+            return;
+        CCodeItem item;
+        item.Initialise(database, QString::number(unsaved->Item));
+        const QString title = item.Title();
+        if (title.isEmpty() || item.LastChanged() != unsaved->LastChanged)
+            return file.Remove(); // the item is gone, or was changed since
+        const bool wanted = Prompts::Current().MsgBox({.Text = u"The program ended before the changes of the item '%1' were saved. Do you "
+                                                               "wish to have them back?"_s.arg(title),
+                                                       .Caption = u"Unsaved Changes"_s,
+                                                       .Buttons = MsgBoxButtons::YesNo,
+                                                       .Icon = MsgBoxIcon::Question})
+            == MsgBoxResult::Yes;
+        if (!wanted)
+            return file.Remove();
+        goTo(unsaved->Item);
+        if (!m_item || m_item->Key().toLongLong() != unsaved->Item || m_locked)
+            return;
+        const std::pair<Text, const std::optional<QString>*> texts[] = {
+            {CodeText, &unsaved->Code}, {NotesText, &unsaved->Notes}, {UsageText, &unsaved->Usage}};
+        for (const auto& [text, rtf] : texts) {
+            if (*rtf)
+                m_texts[text].Box->SetTextRTF(**rtf); // as if typed: it counts as a change
+        }
+        DisplayTabWithContent();
+        KeepUnsavedTexts();
+    });
+}
+
+} // namespace qb
