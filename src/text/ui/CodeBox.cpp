@@ -3,6 +3,7 @@
 #include <QFontDatabase>
 #include <QPaintEvent>
 #include <QPainter>
+#include <QTextLayout>
 #include <algorithm>
 
 namespace qb {
@@ -110,7 +111,9 @@ void CodeBox::PaintLineNumbers(QPaintEvent& event)
     QTextBlock block = firstVisibleBlock();
     for (QRectF place = blockBoundingGeometry(block).translated(contentOffset()); block.isValid() && place.top() <= event.rect().bottom();) {
         painter.setPen(palette().color(block.blockNumber() == caret ? QPalette::Active : QPalette::Disabled, QPalette::Text));
-        const QRectF line(0, place.top(), m_lineNumbers->width() - Gap, blockBoundingRect(block).height() / std::max(1, block.lineCount()));
+        const QTextLayout* layout = block.layout();
+        const double height = layout->lineCount() > 0 ? layout->lineAt(0).height() : place.height();
+        const QRectF line(0, place.top(), m_lineNumbers->width() - Gap, height);
         painter.drawText(line, Qt::AlignRight | Qt::AlignVCenter, QString::number(block.blockNumber() + 1));
         block = block.next();
         place = QRectF(place.left(), place.bottom(), place.width(), blockBoundingRect(block).height());
