@@ -378,13 +378,24 @@ QString ctlCodeDetails::fnColorize(const QString& tab, bool saveBack)
         Prompts::Current().MsgBox({.Text = u"Unknown tab."_s, .Caption = u"Error"_s, .Icon = MsgBoxIcon::Critical});
         return {};
     }
-    RichText rtbFormat = box->Content(); // painted aside: caret, selection and undo stay as they are
-    mFT.ColorizeCode(rtbFormat);
-    if (saveBack) {
-        const QScopedValueRollback userChange(m_userChange, false);
-        box->SetRepainted(rtbFormat);
-    }
+    const RichText rtbFormat = Painted(*box);
+    if (saveBack)
+        PutBack(*box, rtbFormat);
     return rtbFormat.Text().isEmpty() ? QString() : rtbFormat.TextRTF();
+}
+
+/// A copy in colour: caret, selection and undo of the box stay as they are.
+RichText ctlCodeDetails::Painted(const CodeBox& box)
+{
+    RichText copy = box.Content();
+    mFT.ColorizeCode(copy);
+    return copy;
+}
+
+void ctlCodeDetails::PutBack(CodeBox& box, const RichText& painted)
+{
+    const QScopedValueRollback userChange(m_userChange, false);
+    box.SetRepainted(painted);
 }
 
 void ctlCodeDetails::ColorizeVisible()
@@ -392,7 +403,8 @@ void ctlCodeDetails::ColorizeVisible()
     const std::optional<DetailsTab> tab = CurrentView();
     if (!m_item || m_locked || (tab != DetailsTab::Code && tab != DetailsTab::Usage))
         return;
-    fnColorize(tab == DetailsTab::Code ? u"Code"_s : u"Usage"_s, true);
+    CodeBox& box = *CurrentCodeBox();
+    PutBack(box, Painted(box));
     m_texts[tab == DetailsTab::Code ? CodeText : UsageText].Colorized = true;
     m_item->SetItemChanged(true);
 }
@@ -401,8 +413,8 @@ void ctlCodeDetails::ColorizeItem()
 {
     if (!m_item)
         return;
-    fnColorize(u"Code"_s, true);
-    fnColorize(u"Usage"_s, true);
+    for (CodeBox* box : {rtbCode, rtbUsage})
+        PutBack(*box, Painted(*box));
     SetCodeColorized(true);
     SetUsageColorized(true);
     m_item->SetItemChanged(true);

@@ -174,6 +174,8 @@ private:
     CodeSections SectionsOf(CodeBox& box) const;
     bool CodeBoxesKeyDown(CodeBox& box, QKeyEvent& event);
     bool HeaderKeyDown(CodeBox& box, int key);
+    RichText Painted(const CodeBox& box);
+    void PutBack(CodeBox& box, const RichText& painted);
     void ShowColorizeProgress(int percent);
     void SetTabEnabled(DetailsTab tab, bool hasContent);
     bool KeepsDeletedItem() const;

@@ -9,6 +9,8 @@
 #include "support/LibraryBuilder.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
+#include "text/ui/CodeBox.h"
+#include "text/ui/RichTextBox.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -23,7 +25,6 @@
 #include <QSignalSpy>
 #include <QStatusBar>
 #include <QTabWidget>
-#include <QTextEdit>
 #include <QTimer>
 #include <QTreeView>
 
@@ -73,9 +74,9 @@ private Q_SLOTS:
         QVERIFY(!Find<QWidget>(u"webWelcome"_s)->isVisible());
         QCOMPARE(Find<QLabel>(u"lblTitle"_s)->text(), u"Äpfel"_s);
         QCOMPARE(Find<QLabel>(u"lblDescription"_s)->text(), u"about apples"_s);
-        QCOMPARE(Find<QPlainTextEdit>(u"rtbCode"_s)->toPlainText(), u"Dim apple\nEnd"_s);
-        QCOMPARE(Find<QTextEdit>(u"rtbNotes"_s)->toPlainText(), u"noted"_s);
-        QCOMPARE(Find<QPlainTextEdit>(u"rtbUsage"_s)->toPlainText(), u"used"_s);
+        QCOMPARE(Find<CodeBox>(u"rtbCode"_s)->Text(), u"Dim apple\r\nEnd"_s);
+        QCOMPARE(Find<RichTextBox>(u"rtbNotes"_s)->Text(), u"noted"_s);
+        QCOMPARE(Find<CodeBox>(u"rtbUsage"_s)->Text(), u"used"_s);
         QCOMPARE(Find<QPlainTextEdit>(u"txtInfo"_s)->toPlainText(), u"informed"_s);
         QVERIFY(!Find<QLabel>(u"sbrMainPanel2"_s)->text().isEmpty());
         QVERIFY(Find<QLabel>(u"sbrMainPanel2"_s)->toolTip().startsWith(u"Item last updated. (Created on "_s));

@@ -595,6 +595,34 @@ private Q_SLOTS:
         QCOMPARE(box.UndoName(), UndoType::Typing);
     }
 
+    void boxThatIsNotSeen_isLoadedWhenItIs()
+    {
+        QWidget window;
+        auto* box = new CodeBox(CodeFont, &window);
+        int changes = 0;
+        connect(box, &CodeBox::textChanged, this, [&] { ++changes; });
+        box->SetTextRTF(u"{\\rtf1\\b bold}"_s);
+        QCOMPARE(changes, 1);
+        QVERIFY(box->document()->isEmpty());
+        QCOMPARE(box->Text(), u"bold"_s);
+        QVERIFY(!box->CanUndo());
+        RichText painted = box->Content();
+        painted.SetSelLength(2);
+        painted.SetSelColor(0xff);
+        box->SetRepainted(painted);
+        QVERIFY(box->document()->isEmpty());
+        window.show();
+        QCOMPARE(box->toPlainText(), u"bold"_s);
+        QCOMPARE(ShownDifference(*box), QByteArray());
+        window.hide();
+        box->SetText(u"other"_s);
+        box->SetSelStart(2); // whoever works on it sees it whole
+        QCOMPARE(box->toPlainText(), u"other"_s);
+        box->SetText(u"third"_s);
+        QVERIFY(box->SetSelText(u"x"_s));
+        QCOMPARE(box->toPlainText(), u"xthird"_s);
+    }
+
     void colouring_isShownToTheEndOfEachLine()
     {
         CTextFormat format;

@@ -34,7 +34,7 @@ RichTextBoxOf<Editor>::RichTextBoxOf(const RtfFont& font, QWidget* parent)
     this->connect(this, &Editor::cursorPositionChanged, this, sync);
     this->connect(this, &Editor::selectionChanged, this, sync);
     this->connect(this->document(), &QTextDocument::contentsChange, this, [this](int position, int, int added) {
-        if (!m_showing)
+        if (!m_showing && !m_waits)
             m_page.TakeBack(position, added);
     });
     Load();
@@ -44,6 +44,7 @@ template <class Editor>
 void RichTextBoxOf<Editor>::Load()
 {
     const QScopedValueRollback showing(m_showing, true);
+    m_waits = false;
     m_undoNames.Clear();
     m_background = this->palette().color(QPalette::Base);
     // Until the caret, which new text pushes to its end, is back: then only what is seen is laid out.
@@ -54,12 +55,37 @@ void RichTextBoxOf<Editor>::Load()
     ShowSelection();
 }
 
+/// A box on a tab that is not seen takes the time to show its text when it is.
+template <class Editor>
+void RichTextBoxOf<Editor>::LoadWhenSeen()
+{
+    m_waits = this->parentWidget() && !this->isVisible();
+    if (m_waits)
+        Q_EMIT this->textChanged();
+    else
+        Load();
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::EnsureLoaded()
+{
+    if (m_waits)
+        Load();
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::showEvent(QShowEvent* event)
+{
+    EnsureLoaded();
+    Editor::showEvent(event);
+}
+
 template <class Editor>
 void RichTextBoxOf<Editor>::SetText(const QString& text)
 {
     m_text = RichText(m_font); // and with it all that earlier texts referred to
     m_text.SetText(text);
-    Load();
+    LoadWhenSeen();
 }
 
 template <class Editor>
@@ -68,12 +94,16 @@ void RichTextBoxOf<Editor>::SetTextRTF(const QString& rtf)
     m_text = RichText(m_font);
     m_text.SetTextRTF(rtf);
     m_text.Document().Squeeze();
-    Load();
+    LoadWhenSeen();
 }
 
 template <class Editor>
 void RichTextBoxOf<Editor>::SetRepainted(const RichText& painted)
 {
+    if (m_waits) {
+        m_text = painted;
+        return LoadWhenSeen();
+    }
     const QScopedValueRollback showing(m_showing, true);
     const int before = this->document()->availableUndoSteps();
     const RichTextDocument old = m_text.Document();
@@ -101,6 +131,8 @@ void RichTextBoxOf<Editor>::SetLocked(bool locked)
 template <class Editor>
 void RichTextBoxOf<Editor>::SyncSelection()
 {
+    if (m_waits)
+        return; // what is shown is of the text before
     const QTextCursor cursor = this->textCursor();
     const qsizetype start = m_text.SelStart();
     if (m_page.ToDocument(start) == cursor.selectionStart()
@@ -114,6 +146,7 @@ void RichTextBoxOf<Editor>::SyncSelection()
 template <class Editor>
 void RichTextBoxOf<Editor>::ShowSelection()
 {
+    EnsureLoaded();
     const QScopedValueRollback showing(m_showing, true);
     QTextCursor cursor = this->textCursor();
     cursor.setPosition(m_page.ToDocument(m_text.SelStart()));
@@ -141,6 +174,7 @@ template <class Editor>
 template <class Change>
 bool RichTextBoxOf<Editor>::Replace(Change&& change)
 {
+    EnsureLoaded();
     const RichTextDocument& text = m_text.Document();
     const RichTextDocument::Range range = text.WithWholeLineEnds(m_text.SelStart(), m_text.SelLength());
     const qsizetype length = text.Length();
@@ -156,6 +190,7 @@ template <class Editor>
 template <class Change>
 void RichTextBoxOf<Editor>::ChangeCharacters(Change&& change)
 {
+    EnsureLoaded();
     change();
     const QScopedValueRollback showing(m_showing, true);
     if (m_text.SelLength() > 0)
@@ -166,6 +201,7 @@ template <class Editor>
 template <class Change>
 void RichTextBoxOf<Editor>::ChangeParagraphs(Change&& change)
 {
+    EnsureLoaded();
     change();
     const QScopedValueRollback showing(m_showing, true);
     m_page.ShowParagraphs(m_text.SelStart(), m_text.SelStart() + m_text.SelLength());
@@ -439,6 +475,7 @@ bool RichTextBoxOf<Editor>::EditByKey(const QKeyEvent& event)
 template <class Editor>
 void RichTextBoxOf<Editor>::keyPressEvent(QKeyEvent* event)
 {
+    EnsureLoaded();
     if (this->isReadOnly() || !EditByKey(*event))
         return Editor::keyPressEvent(event);
     event->accept();
@@ -576,6 +613,7 @@ void RichTextBoxOf<Editor>::SetZoom(double factor)
 template <class Editor>
 void RichTextBoxOf<Editor>::MarkPlaces(const QList<qsizetype>& begins, qsizetype length)
 {
+    EnsureLoaded();
     QList<QTextEdit::ExtraSelection> marks;
     for (const qsizetype begin : begins) {
         QTextEdit::ExtraSelection mark;
@@ -598,6 +636,8 @@ void RichTextBoxOf<Editor>::changeEvent(QEvent* event)
     if (event->type() != QEvent::PaletteChange || this->palette().color(QPalette::Base) == m_background)
         return;
     const int scrolled = this->verticalScrollBar()->value();
+    if (m_waits)
+        return; // it is loaded for the background that is there then
     Load(); // colours are chosen for the background
     this->verticalScrollBar()->setValue(scrolled);
 }

@@ -25,8 +25,8 @@ public:
     void SetLocked(bool locked) override;
     UndoType UndoName() const override { return m_undoNames.Undoes(Editor::document()->availableUndoSteps()); }
     UndoType RedoName() const override { return m_undoNames.Redoes(Editor::document()->availableUndoSteps()); }
-    bool CanUndo() const override { return !Locked() && Editor::document()->isUndoAvailable(); }
-    bool CanRedo() const override { return !Locked() && Editor::document()->isRedoAvailable(); }
+    bool CanUndo() const override { return !Locked() && !m_waits && Editor::document()->isUndoAvailable(); }
+    bool CanRedo() const override { return !Locked() && !m_waits && Editor::document()->isRedoAvailable(); }
     bool CanPaste() const override { return Editor::canPaste(); }
     void Undo() override;
     void Redo() override;
@@ -97,12 +97,15 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     QMimeData* createMimeDataFromSelection() const override;
     bool canInsertFromMimeData(const QMimeData* source) const override;
     void insertFromMimeData(const QMimeData* source) override;
 
 private:
     void Load();
+    void LoadWhenSeen();
+    void EnsureLoaded();
     void SyncSelection();
     void ShowSelection();
     template <class Change>
@@ -128,6 +131,7 @@ private:
     ZoomDevice m_device;
     UndoNames m_undoNames;
     QColor m_background; ///< that the looks were made for
+    bool m_waits = false;   ///< the text document does not show the text yet
     bool m_showing = false; ///< the text document is being changed from here
     bool m_joinsSteps = false; ///< an edit is undone together with one like it before
     bool m_takesForeignLooks = true;
