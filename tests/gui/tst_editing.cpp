@@ -741,6 +741,42 @@ private Q_SLOTS:
         menu->close();
     }
 
+    void itemMenu_inEachState()
+    {
+        const qint64 folder = AddItem(*m_database, 0, u"Orphaned Items"_s);
+        AddItem(*m_database, folder, u"orphan"_s);
+        MakeMother(*m_database, Date());
+        m_database->Execute(u"UPDATE Items SET LastChanged = 0 WHERE ID = ?"_s, {m_item});
+        m_database->Execute(u"CREATE TABLE TempItems (ID INTEGER)"_s);
+        m_database->Execute(u"INSERT INTO TempItems SELECT ID FROM Items WHERE Title = 'other'"_s);
+        Open();
+        auto* menu = m_window->findChild<QMenu*>(u"mnuItem"_s);
+        const auto shown = [&](const QModelIndex& index, const QString& name) {
+            Tree()->setCurrentIndex(index);
+            OpenMenu(u"mnuItem"_s, [&] { TakePicture(*menu, u"item-menu-"_s + name); });
+            QStringList names;
+            for (const QAction* entry : menu->actions()) {
+                if (!entry->isSeparator() && entry->isVisible() && entry->isEnabled())
+                    names << entry->objectName();
+            }
+            return names;
+        };
+        TakePicture(*m_window, u"problem-items"_s);
+        const QStringList root = shown(Root(), u"root"_s);
+        QVERIFY(root.contains(u"mnuAddCode"_s) && !root.contains(u"mnuRename"_s) && !root.contains(u"mnuDeleteCode"_s));
+        const QStringList deleted = shown(Child(0), u"deleted"_s);
+        QVERIFY(deleted.contains(u"mnuKeepItem"_s) && !deleted.contains(u"mnuAddCode"_s) && deleted.contains(u"mnuDeleteCode"_s));
+        const QStringList conflict = shown(Child(2), u"conflict"_s);
+        QVERIFY(!conflict.contains(u"mnuKeepItem"_s) && !conflict.contains(u"mnuDeleteCode"_s) && conflict.contains(u"mnuAddCode"_s));
+        Tree()->expand(Child(1));
+        const QStringList orphan = shown(Tree()->model()->index(0, 0, Child(1)), u"orphan"_s);
+        QVERIFY(orphan.contains(u"mnuDeleteCode"_s) && !orphan.contains(u"mnuAddCode"_s) && !orphan.contains(u"mnuNewSiblingItem"_s));
+        QVERIFY(m_window->findChild<QMenu*>(u"mnuTools"_s)->menuAction()->isVisible());
+        Tree()->setCurrentIndex(Child(0));
+        Action(u"mnuKeepItem"_s)->trigger();
+        QVERIFY(Read(u"LastChanged"_s) != u"0"_s);
+    }
+
     // Pictures for people to look at
 
     void pictures()
@@ -847,10 +883,13 @@ private:
     {
         QTest::mouseClick(Tree()->viewport(), Qt::LeftButton, {}, Tree()->visualRect(Child(row)).center());
     }
-    void OpenMenu(const QString& name)
+    void OpenMenu(const QString& name, const std::function<void()>& whileOpen = [] {})
     {
         auto* menu = m_window->findChild<QMenu*>(name);
-        QTimer::singleShot(0, menu, &QMenu::close);
+        QTimer::singleShot(0, menu, [menu, whileOpen] {
+            whileOpen();
+            menu->close();
+        });
         menu->exec(m_window->mapToGlobal(QPoint(0, 0)));
     }
 

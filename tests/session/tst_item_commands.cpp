@@ -193,6 +193,41 @@ private Q_SLOTS:
         QVERIFY(!s->Drag.Start(node));
     }
 
+    void libraryThatBecomesReadOnly_refusesEveryChange()
+    {
+        Fill();
+        Database& database = *s->State.CurrentDatabase;
+        const QString shape = s->Shape();
+        const QStringList rows = Texts(database, u"SELECT ID || ParentID || Title || coalesce(Code, '') FROM Items"_s);
+        s->Click(u"a"_s);
+        database.Execute(u"PRAGMA query_only = ON"_s);
+        s->Details.Type(u"typed"_s);
+        s->Script.ExpectError();
+        s->Items.mnuSaveItem_Click();
+        QCOMPARE(s->Details.Typed, std::optional(u"typed"_s));
+        s->Script.ExpectError();
+        s->Script.ExpectMsgBox(u"Save Item"_s, MsgBoxResult::Yes); // lost, as the user wants
+        s->Click(u"b"_s);
+        s->Script.ExpectError();
+        s->Items.AddCode();
+        s->Script.ExpectMsgBox(u"Delete Stored Item"_s, MsgBoxResult::Yes);
+        s->Script.ExpectError();
+        s->Items.DeleteCodeItem();
+        s->Drag.Start(s->Node(u"b"_s));
+        s->Drag.Over(&s->Node(u"a"_s), 3000, 6000);
+        s->Script.ExpectError();
+        QVERIFY(!s->Drag.Drop());
+        s->Drag.Complete();
+        QCOMPARE(s->Shape(), shape);
+        QCOMPARE(Texts(database, u"SELECT ID || ParentID || Title || coalesce(Code, '') FROM Items"_s), rows);
+        for (const QString& error : std::as_const(s->Script.Errors))
+            QVERIFY2(!error.isEmpty(), qPrintable(error));
+        s->Script.ExpectError();
+        s->Items.AfterLabelEdit(s->Node(u"b"_s), u"c"_s); // shows the text until the next filling
+        s->Tree.Refill();
+        QCOMPARE(s->Shape(), shape);
+    }
+
     void saveButton_tellsOneClickFromTwo()
     {
         Fill();
