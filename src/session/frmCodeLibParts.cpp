@@ -8,6 +8,7 @@
 #include "support/ui/Icons.h"
 #include "session/ui/CodeToolbar.h"
 #include "session/ui/FormatToolbar.h"
+#include "text/WebPages.h"
 #include "text/ctlCodeDetails.h"
 #include "text/ui/CTextEdit.h"
 
@@ -254,6 +255,10 @@ void frmCodeLib::ConnectDetails()
         const bool isCode = tab == DetailsTab::Code || tab == DetailsTab::Usage;
         for (const QString& name : {u"COLORIZE"_s, u"mnuColorize"_s})
             m_commands.SetEnabled(name, isCode || m_commands.Get(name).Enabled);
+    });
+    connect(ctlCodeItemDetails, &ctlCodeDetails::DefaultPagesMissing, this, [this](const QString& folder) {
+        if (CurrentDatabase() && !CurrentDatabase()->IsReadOnly())
+            Guarded(u"MainForm"_s, u"CreateDefaultHTMLItems"_s, [&] { CreateDefaultHTMLItems(folder); });
     });
     tmrStartTimer.setSingleShot(true);
     connect(&tmrStartTimer, &QTimer::timeout, this, &frmCodeLib::tmrStartTimer_Timer);

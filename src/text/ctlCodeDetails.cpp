@@ -9,7 +9,9 @@
 #include "support/ErrorRoutine.h"
 #include "support/ui/Icons.h"
 #include "text/ui/CodeBox.h"
+#include "text/WebPages.h"
 #include "text/ui/FindBar.h"
+#include "text/ui/LocalPage.h"
 #include "text/ui/RichTextBox.h"
 
 #include <QCoreApplication>
@@ -88,26 +90,48 @@ ctlCodeDetails::ctlCodeDetails(QWidget* parent) : QWidget(parent), m_pages(new Q
 
 QWidget* ctlCodeDetails::MakeWelcomePage()
 {
-    constexpr int IconSize = 96;
+    constexpr int IconSize = 64;
     auto* page = new QWidget;
-    page->setObjectName(u"webWelcome"_s);
+    page->setObjectName(u"welcome"_s);
     auto* icon = new QLabel;
     icon->setPixmap(IconNamed(u"quillbase"_s).pixmap(IconSize));
-    QLabel* title = MakeLabel(u"Label1"_s, 1.6, true);
+    QLabel* title = MakeLabel(u"Label1"_s, 1.5, true);
     title->setText(u"Welcome to the KT Quillbase Code Library"_s);
-    m_facts = MakeLabel(u"lblLibraryFacts"_s, 1.0, false);
-    m_hint = MakeLabel(u"lblWelcomeHint"_s, 1.0, false);
-    m_hint->setText(u"Choose an item in the tree on the left to read it. Alt+Down and Alt+Up walk from item to item, "
-                  "Ctrl+Left and Ctrl+Right go back and forward to the items that you have visited."_s);
+    m_facts = MakeLabel(u"lblLibraryFacts"_s, 0.9, false);
+    webWelcome = new LocalPage;
+    webWelcome->setObjectName(u"webWelcome"_s);
+    webWelcome->document()->setDocumentMargin(Gap);
+    connect(webWelcome, &LocalPage::AddressActivated, this, &ctlCodeDetails::OpenAddress);
+    auto* words = new QVBoxLayout;
+    words->addWidget(title);
+    words->addWidget(m_facts);
+    auto* header = new QHBoxLayout;
+    header->setContentsMargins(Gap, Gap, Gap, Gap);
+    header->setSpacing(Gap);
+    header->addWidget(icon);
+    header->addLayout(words, 1);
     auto* layout = new QVBoxLayout(page);
-    layout->addStretch(2);
-    for (QLabel* label : {icon, title, m_facts, m_hint}) {
-        label->setAlignment(Qt::AlignHCenter);
-        layout->addWidget(label);
-        layout->addSpacing(Gap);
-    }
-    layout->addStretch(3);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addLayout(header);
+    layout->addWidget(webWelcome, 1);
     return page;
+}
+
+void ctlCodeDetails::OpenAddress(const QString& address)
+{
+    if (!OpenTarget(address))
+        Prompts::Current().MsgBox({.Text = u"No application could be started for '%1'."_s.arg(address),
+                                   .Caption = ApplicationTitle,
+                                   .Icon = MsgBoxIcon::Information});
+}
+
+void ctlCodeDetails::DisplayWelcomePage()
+{
+    const QString folder = Session().CurrentHTMLFolder;
+    if (qb::DefaultPagesMissing(folder))
+        Q_EMIT DefaultPagesMissing(folder);
+    webWelcome->ShowPage(folder, WelcomePage, BuiltInPage(WelcomePage));
 }
 
 QWidget* ctlCodeDetails::MakeItemPage()
@@ -159,12 +183,7 @@ void ctlCodeDetails::MakeBoxes()
     ConnectBox(rtbCode, CodeText);
     ConnectBox(rtbNotes, NotesText);
     ConnectBox(rtbUsage, UsageText);
-    connect(rtbNotes, &RichTextBox::LinkActivated, this, [](const QString& target) {
-        if (!OpenTarget(target))
-            Prompts::Current().MsgBox({.Text = u"No application could be started for '%1'."_s.arg(target),
-                                       .Caption = ApplicationTitle,
-                                       .Icon = MsgBoxIcon::Information});
-    });
+    connect(rtbNotes, &RichTextBox::LinkActivated, this, &ctlCodeDetails::OpenAddress);
 }
 
 template <class Box>
@@ -488,11 +507,12 @@ void ctlCodeDetails::DisplayTabWithContent()
 
 void ctlCodeDetails::ShowWelcomeFacts(Database* database)
 {
-    m_hint->setVisible(database);
+    webWelcome->setVisible(database);
     if (!database) {
         m_facts->setText(u"No library is open. The File menu makes a new one or adds an existing one."_s);
         return;
     }
+    DisplayWelcomePage();
     const qint64 items = database->QueryValue(u"SELECT count(*) FROM Items"_s).ToLong();
     m_facts->setText(u"%1\n%2 items, %3"_s.arg(QDir::toNativeSeparators(database->Name()), QLocale().toString(items),
                                               QLocale().formattedDataSize(QFileInfo(database->Name()).size())));

@@ -21,6 +21,7 @@ namespace qb {
 class CodeBox;
 class CodeSections;
 class FindBar;
+class LocalPage;
 class RichTextBox;
 
 /// The panel that shows and edits the current item: its title and description, and a tab each for
@@ -132,6 +133,8 @@ Q_SIGNALS:
     /// A header was looked for and is not in the text of Code or (not) of Usage.
     void HeaderMissing(quint8 header, bool isCode);
     void ZoomChanged(int percent);
+    /// The folder of web pages lacks a default page; shown is what is there afterwards.
+    void DefaultPagesMissing(const QString& folder);
     void SectionDeleted(quint8 header);
     /// A key was pressed in a box for code.
     void CodeKeyDown(QKeyEvent* event);
@@ -168,6 +171,8 @@ private:
     void ShowTexts();
     void BoxChanged(Text text);
     void StoreText(Text text);
+    void DisplayWelcomePage();
+    void OpenAddress(const QString& address);
     void KeepUnsavedTexts();
     void ForgetUnsavedTexts();
     CodeBox* CurrentCodeBox() const;
@@ -189,7 +194,7 @@ private:
     QLabel* m_description = nullptr;
     QLabel* m_attachments = nullptr;
     QLabel* m_facts = nullptr;
-    QLabel* m_hint = nullptr;
+    LocalPage* webWelcome = nullptr;
     QTabWidget* m_tabs = nullptr;
     CodeBox* rtbCode = nullptr;
     RichTextBox* rtbNotes = nullptr;

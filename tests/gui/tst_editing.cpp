@@ -10,15 +10,18 @@
 #include "support/TestRun.h"
 #include "text/ui/CTextEdit.h"
 #include "text/ui/CodeBox.h"
+#include "text/ui/LocalPage.h"
 #include "text/ui/RichTextBox.h"
 
 #include <QAction>
+#include <QBuffer>
 #include <QClipboard>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QProgressBar>
+#include <QSignalSpy>
 #include <QTabWidget>
 #include <QTimer>
 #include <QToolBar>
@@ -28,6 +31,20 @@
 using namespace qb;
 using namespace qb::test;
 using namespace Qt::StringLiterals;
+
+namespace {
+
+QByteArray RedPng()
+{
+    QImage image(4, 4, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    image.save(&buffer, "PNG");
+    return bytes;
+}
+
+} // namespace
 
 /// An item is read and written in the main window.
 class TestEditing : public QObject {
@@ -289,6 +306,38 @@ private Q_SLOTS:
         QVERIFY(values.size() > 15);
         QVERIFY(!m_window->findChild<QWidget*>(u"picColorize"_s)->isVisible());
         QCOMPARE(m_window->findChild<QLabel*>(u"lblColorize"_s)->text(), u"Colorizing"_s);
+    }
+
+    // The welcome page
+
+    void welcomePage_isTheUsersOwn()
+    {
+        Open();
+        auto* page = m_window->findChild<LocalPage*>(u"webWelcome"_s);
+        QVERIFY(page->toPlainText().contains(u"Keep something"_s));
+        const QString folder = m_home->Path(u"data/QBLib_HTML"_s) + u'/';
+        QVERIFY(QFileInfo::exists(folder + u"default2.htm"_s));
+        WriteFile(m_home->Path(u"data/secret.png"_s), RedPng());
+        WriteFile(folder + u"mine.png"_s, RedPng());
+        WriteFile(folder + u"default.htm"_s,
+                  "<p>my page</p><img src='mine.png'><img src='../secret.png'><img src='file:///etc/hostname'>"
+                  "<a href='https://example.org'>out</a><script>document.write('script')</script>");
+        ClickOn(0);
+        Tree()->setCurrentIndex(Root());
+        QVERIFY(page->toPlainText().startsWith(u"my page"_s));
+        QVERIFY(!page->toPlainText().contains(u"script"_s));
+        const auto isLoaded = [page](const char* name) {
+            const QVariant loaded = page->document()->resource(QTextDocument::ImageResource, QUrl(QLatin1StringView(name)));
+            return !loaded.toByteArray().isEmpty() || !loaded.value<QPixmap>().isNull() || !loaded.value<QImage>().isNull();
+        };
+        QVERIFY(isLoaded("mine.png"));
+        for (const char* name : {"../secret.png", "file:///etc/hostname", "/etc/hostname", "https://example.org/x.png", "sub/../../secret.png"})
+            QVERIFY2(!isLoaded(name), name);
+        disconnect(page, &LocalPage::AddressActivated, nullptr, nullptr); // nothing is to be opened
+        QSignalSpy activated(page, &LocalPage::AddressActivated);
+        Q_EMIT page->anchorClicked(QUrl(u"https://example.org"_s));
+        Q_EMIT page->anchorClicked(QUrl(u"file:///etc/passwd"_s));
+        QCOMPARE(activated.count(), 1);
     }
 
     // Finding and looks
