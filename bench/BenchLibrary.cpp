@@ -63,6 +63,19 @@ QString DataFolder(const QString& name)
     return folder;
 }
 
+BenchHome::BenchHome(const QString& folder) : m_folder(DataFolder(folder))
+{
+    qputenv("QUILLBASE_DATA_HOME", QFile::encodeName(m_folder));
+    qputenv("QUILLBASE_CONFIG_HOME", QFile::encodeName(m_folder + u"/config"_s));
+    QFile::remove(Library());
+}
+
+BenchHome::~BenchHome()
+{
+    qunsetenv("QUILLBASE_DATA_HOME");
+    qunsetenv("QUILLBASE_CONFIG_HOME");
+}
+
 QStringList SourceFiles(int count)
 {
     QStringList files;

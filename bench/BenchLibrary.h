@@ -8,6 +8,19 @@ namespace qb::bench {
 /// A folder below the build folder for what the benchmarks make; it is kept between runs.
 QString DataFolder(const QString& name);
 
+/// Lets the program find its data and settings in a folder of the benchmarks' own.
+class BenchHome {
+public:
+    explicit BenchHome(const QString& folder);
+    ~BenchHome();
+    BenchHome(const BenchHome&) = delete;
+    BenchHome& operator=(const BenchHome&) = delete;
+    QString Library() const { return m_folder + QStringLiteral("/QBLib.qbd"); }
+
+private:
+    QString m_folder;
+};
+
 /// Real source files of this machine, at most @p count; fewer when it has no more.
 QStringList SourceFiles(int count);
 

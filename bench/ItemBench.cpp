@@ -38,27 +38,19 @@ private:
 
 /// The window over a copy of the big library, with one item more that has many children.
 class Window {
+    BenchHome m_home{u"items"_s}; // before the window, which reads its settings there
+
 public:
     Window()
     {
-        const QString folder = DataFolder(u"items"_s);
-        qputenv("QUILLBASE_DATA_HOME", QFile::encodeName(folder));
-        qputenv("QUILLBASE_CONFIG_HOME", QFile::encodeName(folder + u"/config"_s));
-        const QString path = folder + u"/QBLib.qbd"_s;
-        QFile::remove(path);
-        QFile::copy(BenchLibrary(LibrarySize), path);
-        AddBranch(path);
+        QFile::copy(BenchLibrary(LibrarySize), m_home.Library());
+        AddBranch(m_home.Library());
         Form.Form_Load();
         Form.resize(1400, 900);
         Form.show();
         Settle();
     }
-    ~Window()
-    {
-        Form.close();
-        qunsetenv("QUILLBASE_DATA_HOME");
-        qunsetenv("QUILLBASE_CONFIG_HOME");
-    }
+    ~Window() { Form.close(); }
     Window(const Window&) = delete;
     Window& operator=(const Window&) = delete;
 

@@ -26,7 +26,6 @@ constexpr int ItemCount = 50;
 
 void MakeLibrary(const QString& path)
 {
-    QFile::remove(path);
     CDBCreate().CreateNewDB(path, LanguageType::Cpp, {});
     const auto database = DBEngine::OpenDatabase(path);
     SetSessionValues(*database);
@@ -61,31 +60,25 @@ protected:
 /// From the selection of an item in the tree until its code is drawn.
 void SelectItem(benchmark::State& state)
 {
-    const QString folder = DataFolder(u"select"_s);
-    qputenv("QUILLBASE_DATA_HOME", QFile::encodeName(folder));
-    qputenv("QUILLBASE_CONFIG_HOME", QFile::encodeName(folder + u"/config"_s));
-    MakeLibrary(folder + u"/QBLib.qbd"_s);
-    {
-        frmCodeLib window;
-        window.Form_Load();
-        window.resize(1400, 900);
-        window.show();
-        QCoreApplication::processEvents();
-        auto* tree = window.findChild<QTreeView*>(u"tvwTree"_s);
-        const QModelIndex root = tree->model()->index(0, 0);
-        PaintCounter counter(window.findChild<QPlainTextEdit*>(u"rtbCode"_s)->viewport());
-        int row = 0;
-        for (auto _ : state) {
-            const int before = counter.Paints;
-            tree->setCurrentIndex(tree->model()->index(row++ % ItemCount, 0, root));
-            while (counter.Paints == before)
-                QCoreApplication::processEvents();
+    const BenchHome home(u"select"_s);
+    MakeLibrary(home.Library());
+    frmCodeLib window;
+    window.Form_Load();
+    window.resize(1400, 900);
+    window.show();
+    QCoreApplication::processEvents();
+    auto* tree = window.findChild<QTreeView*>(u"tvwTree"_s);
+    const QModelIndex root = tree->model()->index(0, 0);
+    PaintCounter counter(window.findChild<QPlainTextEdit*>(u"rtbCode"_s)->viewport());
+    int row = 0;
+    for (auto _ : state) {
+        const int before = counter.Paints;
+        tree->setCurrentIndex(tree->model()->index(row++ % ItemCount, 0, root));
+        while (counter.Paints == before)
             QCoreApplication::processEvents();
-        }
-        window.close();
+        QCoreApplication::processEvents();
     }
-    qunsetenv("QUILLBASE_DATA_HOME");
-    qunsetenv("QUILLBASE_CONFIG_HOME");
+    window.close();
 }
 
 } // namespace

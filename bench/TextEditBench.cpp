@@ -23,14 +23,12 @@ namespace {
 
 /// The window over a library of two items with texts of one size, coloured on opening.
 class Window {
+    BenchHome m_home{u"texts"_s}; // before the window, which reads its settings there
+
 public:
     explicit Window(qsizetype size, bool withUsageAndNotes)
     {
-        const QString folder = DataFolder(u"texts"_s);
-        qputenv("QUILLBASE_DATA_HOME", QFile::encodeName(folder));
-        qputenv("QUILLBASE_CONFIG_HOME", QFile::encodeName(folder + u"/config"_s));
-        const QString path = folder + u"/QBLib.qbd"_s;
-        QFile::remove(path);
+        const QString path = m_home.Library();
         CDBCreate().CreateNewDB(path, LanguageType::Cpp, {});
         {
             const auto database = DBEngine::OpenDatabase(path);
@@ -54,12 +52,7 @@ public:
         Form.show();
         Settle();
     }
-    ~Window()
-    {
-        Form.close();
-        qunsetenv("QUILLBASE_DATA_HOME");
-        qunsetenv("QUILLBASE_CONFIG_HOME");
-    }
+    ~Window() { Form.close(); }
     Window(const Window&) = delete;
     Window& operator=(const Window&) = delete;
 

@@ -135,7 +135,7 @@ bool ctlCodeDetails::CodeBoxesKeyDown(CodeBox& box, QKeyEvent& event)
     if (MovesTheCaret(key) || commands)
         return false;
     if (key == Qt::Key_Tab && event.modifiers() == Qt::NoModifier) {
-        box.SetSelText(indent);
+        box.TypeText(indent);
         return true;
     }
     const qsizetype caret = box.SelStart();
@@ -143,16 +143,29 @@ bool ctlCodeDetails::CodeBoxesKeyDown(CodeBox& box, QKeyEvent& event)
     if (key == Qt::Key_Backspace && behindIndent) { // one press takes back one indent
         box.SetSelStart(caret - indent.size());
         box.SetSelLength(indent.size());
-        if (!box.SetSelText({}))
+        if (!box.TypeText({}))
             box.SetSelStart(caret);
         return true;
     }
+    if (key == Qt::Key_Return && event.modifiers() == Qt::NoModifier && caret > 0 && box.SelLength() == 0)
+        return NewLine(box);
     if (box.SelLength() == 0 && !event.text().isEmpty()) { // what is typed beside a header is no part of it
         box.SetSelProtected(false);
         box.SetSelBold(false);
         box.SetSelColor(0);
     }
     return false;
+}
+
+/// A line that is indented is followed by one that is.
+bool ctlCodeDetails::NewLine(CodeBox& box)
+{
+    const QString text = box.Text();
+    const qsizetype begin = text.lastIndexOf(u'\n', box.SelStart() - 1) + 1;
+    qsizetype end = begin;
+    while (end < box.SelStart() && (text[end] == u' ' || text[end] == u'\t'))
+        ++end;
+    return end > begin && box.TypeText(u"\r\n"_s + text.sliced(begin, end - begin));
 }
 
 bool ctlCodeDetails::HeaderKeyDown(CodeBox& box, int key)

@@ -583,6 +583,23 @@ private Q_SLOTS:
         QCOMPARE(Code()->Text(), QString());
     }
 
+    void newLine_isIndentedAsTheOneBefore()
+    {
+        Open();
+        ClickOn(0);
+        QTest::keyClicks(Code(), u"  if x"_s);
+        QTest::keyClick(Code(), Qt::Key_Return);
+        QTest::keyClicks(Code(), u"y"_s);
+        QCOMPARE(Code()->Text(), u"  if x\r\n  y"_s);
+        QTest::keyClick(Code(), Qt::Key_Return, Qt::ShiftModifier); // not so
+        QTest::keyClicks(Code(), u"z"_s);
+        QTest::keyClick(Code(), Qt::Key_Return);
+        QCOMPARE(Code()->Text(), u"  if x\r\n  y\r\nz\r\n"_s);
+        Code()->SetSelStart(1); // within the indent
+        QTest::keyClick(Code(), Qt::Key_Return);
+        QVERIFY(Code()->Text().startsWith(u" \r\n  if x"_s));
+    }
+
     void copyAll_copiesThePlainText()
     {
         Write(u"Code"_s, RtfFromPlainText(u"one\r\ntwo"_s, CodeFont));

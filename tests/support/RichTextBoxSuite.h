@@ -66,6 +66,7 @@ public:
             {"find_selectsWhatItFinds", find_selectsWhatItFinds},
             {"find_minds_caseAndWholeWords", find_minds_caseAndWholeWords},
             {"find_staysWithinItsRange", find_staysWithinItsRange},
+            {"findAll_findsEachPlaceOnce", findAll_findsEachPlaceOnce},
             {"find_withoutAResult_changesNothing", find_withoutAResult_changesNothing},
             {"bullet_isOfTheParagraph", bullet_isOfTheParagraph},
             {"bulletIndent_setsTheTextBehindTheBullet", bulletIndent_setsTheTextBehindTheBullet},
@@ -786,6 +787,16 @@ private:
         QCOMPARE(Selection(box), S(u"24+3"));
         box.SetText(S(u"(two)"));
         QCOMPARE(box.Find(S(u"two"), 0, -1, true, true), 1);
+    }
+
+    static void findAll_findsEachPlaceOnce(IRichTextBox& box)
+    {
+        box.SetText(S(u"aaaa Aa\r\nxaa aa_"));
+        QCOMPARE(box.FindAll(S(u"aa")), (QList<qsizetype>{0, 2, 5, 10, 13}));
+        QCOMPARE(box.FindAll(S(u"aa"), true), (QList<qsizetype>{0, 2, 10, 13}));
+        QCOMPARE(box.FindAll(S(u"aa"), false, true), (QList<qsizetype>{5}));
+        QCOMPARE(box.FindAll(QString()), QList<qsizetype>());
+        QCOMPARE(Selection(box), S(u"0+0"));
     }
 
     static void find_staysWithinItsRange(IRichTextBox& box)

@@ -72,4 +72,17 @@ qsizetype IRichTextBox::Find(const QString& what, qsizetype begin, qsizetype end
     return -1;
 }
 
+QList<qsizetype> IRichTextBox::FindAll(const QString& what, bool matchCase, bool wholeWord) const
+{
+    QList<qsizetype> places;
+    const QString& text = TextView();
+    const Qt::CaseSensitivity sensitivity = matchCase ? Qt::CaseSensitive : Qt::CaseInsensitive;
+    for (qsizetype at = what.isEmpty() ? -1 : text.indexOf(what, 0, sensitivity); at >= 0;
+         at = text.indexOf(what, at + what.size(), sensitivity)) {
+        if (!wholeWord || IsWholeWord(text, at, what.size()))
+            places << at;
+    }
+    return places;
+}
+
 } // namespace qb

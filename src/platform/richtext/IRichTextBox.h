@@ -2,6 +2,7 @@
 
 #include "platform/richtext/TextFormats.h"
 
+#include <QList>
 #include <QString>
 #include <optional>
 
@@ -74,6 +75,8 @@ public:
     /// or -1 and no change.
     qsizetype Find(const QString& what, qsizetype begin = 0, qsizetype end = -1, bool matchCase = false,
                    bool wholeWord = false);
+    /// All places of a text, none within another.
+    QList<qsizetype> FindAll(const QString& what, bool matchCase = false, bool wholeWord = false) const;
 
 protected:
     /// The text without a copy, for the searches above.

@@ -2,6 +2,7 @@
 
 #include "config/CSettings.h"
 #include "support/ErrorRoutine.h"
+#include "support/ui/Colors.h"
 #include "support/ui/Icons.h"
 #include "text/ctlCodeDetails.h"
 #include "text/ui/RichTextBox.h"
@@ -62,16 +63,6 @@ constexpr ColorRow ColorRows[] = {
     {"ORANGE", "Orange", 0x0080ff}, {"GREEN", "Green", 0x008000},  {"TEAL", "Teal", 0x808000},   {"BLUE", "Blue", 0xff0000},
     {"NAVY", "Dark blue", 0x800000}, {"PURPLE", "Purple", 0x800080},
 };
-
-QColor ColorOf(quint32 color)
-{
-    return QColor(int(color & 0xff), int(color >> 8 & 0xff), int(color >> 16 & 0xff));
-}
-
-quint32 NumberOf(const QColor& color)
-{
-    return quint32(color.red()) | quint32(color.green()) << 8 | quint32(color.blue()) << 16;
-}
 
 QIcon Swatch(quint32 color)
 {
@@ -242,14 +233,14 @@ void FormatToolbar::ChooseCustomColor(Color which)
     const auto now = quint32(which == Color1 ? m_settings->DefaultColor1() : m_settings->DefaultColor2());
     const QColor color = QColorDialog::getColor(ColorOf(now), this, u"Text Colour"_s);
     if (color.isValid())
-        ChooseColor(which, NumberOf(color));
+        ChooseColor(which, ColorNumber(color));
 }
 
 void FormatToolbar::AskForColor()
 {
     const QColor color = QColorDialog::getColor(Qt::black, this, u"Text Colour"_s);
     if (color.isValid())
-        Run([&](ctlCodeDetails& details) { details.SetFontColor(NumberOf(color)); });
+        Run([&](ctlCodeDetails& details) { details.SetFontColor(ColorNumber(color)); });
 }
 
 void FormatToolbar::AskForFont()

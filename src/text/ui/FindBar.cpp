@@ -31,11 +31,6 @@ QToolButton* MakeButton(const QString& name, const QString& text, const QString&
     return button;
 }
 
-bool IsWordCharacter(QChar character)
-{
-    return character.isLetterOrNumber() || character == u'_';
-}
-
 } // namespace
 
 FindBar::FindBar(std::function<UserTextBox*()> box, QWidget* parent)
@@ -90,18 +85,7 @@ void FindBar::Close()
 
 QList<qsizetype> FindBar::Places(const UserTextBox& box) const
 {
-    QList<qsizetype> places;
-    const QString what = txtFindText->text();
-    if (what.isEmpty())
-        return places;
-    const QString text = box.Text();
-    const Qt::CaseSensitivity sensitivity = chkMatchCase->isChecked() ? Qt::CaseSensitive : Qt::CaseInsensitive;
-    const auto isWordAt = [&text](qsizetype at) { return at >= 0 && at < text.size() && IsWordCharacter(text[at]); };
-    for (qsizetype at = text.indexOf(what, 0, sensitivity); at >= 0; at = text.indexOf(what, at + what.size(), sensitivity)) {
-        if (!chkWholeWord->isChecked() || (!isWordAt(at - 1) && !isWordAt(at + what.size())))
-            places << at;
-    }
-    return places;
+    return box.FindAll(txtFindText->text(), chkMatchCase->isChecked(), chkWholeWord->isChecked());
 }
 
 void FindBar::Refresh()

@@ -418,11 +418,17 @@ bool RichTextBoxOf<Editor>::EndList()
 }
 
 template <class Editor>
+bool RichTextBoxOf<Editor>::TypeText(const QString& text)
+{
+    return UserEdit(text.isEmpty() ? UndoType::Delete : UndoType::Typing, [&] { return SetSelText(text); });
+}
+
+template <class Editor>
 void RichTextBoxOf<Editor>::Enter()
 {
     if (this->textCursor().block().length() == 1 && EndList())
         return;
-    UserEdit(UndoType::Typing, [this] { return SetSelText(u"\r\n"_s); });
+    TypeText(u"\r\n"_s);
 }
 
 template <class Editor>
@@ -468,7 +474,7 @@ bool RichTextBoxOf<Editor>::EditByKey(const QKeyEvent& event)
     if (text.isEmpty() || isCommand || (!text[0].isPrint() && text[0] != u'\t' && text[0].category() != QChar::Other_Format
                                         && !text[0].isSurrogate()))
         return false;
-    UserEdit(UndoType::Typing, [&] { return SetSelText(text); });
+    TypeText(text);
     return true;
 }
 

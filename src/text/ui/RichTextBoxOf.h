@@ -36,6 +36,9 @@ public:
     void PastePlainText() override;
     void Clear() override;
 
+    /// Puts a text in the place of the selection as if the user had typed it. False when it is refused.
+    bool TypeText(const QString& text);
+
     /// Looks and pictures from other programs are taken in by a paste, not only their text.
     void SetTakesForeignLooks(bool takes) { m_takesForeignLooks = takes; }
 

@@ -1,5 +1,7 @@
 #include "text/ui/RichTextLook.h"
 
+#include "support/ui/Colors.h"
+
 #include <QFontInfo>
 #include <QTextImageFormat>
 #include <algorithm>
@@ -31,11 +33,6 @@ double Contrast(const QColor& left, const QColor& right)
 bool IsDark(const QColor& color)
 {
     return Luminance(color) < 0.18; // the middle grey, to the eye
-}
-
-QColor ColorOf(quint32 color)
-{
-    return QColor(int(color & 0xff), int(color >> 8 & 0xff), int(color >> 16 & 0xff));
 }
 
 Qt::Alignment AlignmentOf(TextAlignment alignment)

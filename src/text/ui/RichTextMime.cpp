@@ -2,6 +2,7 @@
 
 #include "platform/richtext/HtmlWriter.h"
 #include "platform/richtext/Rtf.h"
+#include "support/ui/Colors.h"
 
 #include <QBuffer>
 #include <QGuiApplication>
@@ -30,12 +31,6 @@ protected:
         return name.scheme() == u"data"_s ? QTextDocument::loadResource(type, name) : QVariant(QByteArray());
     }
 };
-
-quint32 ColorNumber(const QBrush& brush)
-{
-    const QColor color = brush.color();
-    return quint32(color.red()) | quint32(color.green()) << 8 | quint32(color.blue()) << 16;
-}
 
 std::optional<TextPicture> PictureOf(const QVariant& resource)
 {
@@ -102,9 +97,9 @@ private:
         format.Underline = look.fontUnderline() && !look.isAnchor();
         format.Strike = look.fontStrikeOut();
         if (look.hasProperty(QTextFormat::ForegroundBrush) && !look.isAnchor())
-            format.Color = ColorNumber(look.foreground());
+            format.Color = ColorNumber(look.foreground().color());
         if (look.hasProperty(QTextFormat::BackgroundBrush))
-            format.BackColor = ColorNumber(look.background());
+            format.BackColor = ColorNumber(look.background().color());
         if (look.isAnchor() && !look.anchorHref().isEmpty())
             format.Link = m_text.NumberOfLink(look.anchorHref());
         return format;
