@@ -15,7 +15,7 @@ if(QUILLBASE_SANITIZE)
   target_compile_options(qb_warnings INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
   target_link_options(qb_warnings INTERFACE -fsanitize=address,undefined)
   # The sanitizers' instrumentation makes GCC 12 see paths that do not exist; so does its optimiser.
-  target_compile_options(qb_warnings INTERFACE -Wno-null-dereference -Wno-maybe-uninitialized)
+  target_compile_options(qb_warnings INTERFACE -Wno-null-dereference)
 endif()
 if(CMAKE_BUILD_TYPE STREQUAL "Release")
   target_compile_options(qb_warnings INTERFACE -Wno-null-dereference)

@@ -88,6 +88,7 @@ private:
     void ConnectItemCommands();
     void ConnectEditCommands();
     void ConnectViewCommands();
+    void SwitchTextView(const QString& entry, void (ctlCodeDetails::*set)(bool));
     void ReadTextView();
     void SaveTextView();
     void EditCurrentBox(void (CTextEdit::*edit)());

@@ -435,22 +435,18 @@ void frmCodeLib::ConnectViewCommands()
         {u"mnuViewZoomIn"_s, [this, zoomTo] { zoomTo(ctlCodeItemDetails->Zoom() + ZoomStep); }},
         {u"mnuViewZoomOut"_s, [this, zoomTo] { zoomTo(ctlCodeItemDetails->Zoom() - ZoomStep); }},
         {u"mnuViewZoomReset"_s, [zoomTo] { zoomTo(ActualSize); }},
+        {u"mnuViewLineNumbers"_s, [this] { SwitchTextView(u"mnuViewLineNumbers"_s, &ctlCodeDetails::SetLineNumbers); }},
+        {u"mnuViewWordWrap"_s, [this] { SwitchTextView(u"mnuViewWordWrap"_s, &ctlCodeDetails::SetWordWrap); }},
     });
-    struct Switch {
-        const char* Name;
-        void (ctlCodeDetails::*Set)(bool);
-    };
-    static constexpr Switch switches[] = {{"mnuViewLineNumbers", &ctlCodeDetails::SetLineNumbers},
-                                          {"mnuViewWordWrap", &ctlCodeDetails::SetWordWrap}};
-    for (const Switch& row : switches) {
-        const QString name = QLatin1StringView(row.Name);
+    for (const QString& name : {u"mnuViewLineNumbers"_s, u"mnuViewWordWrap"_s})
         m_actions[name]->setCheckable(true);
-        m_procedures.insert(name, [this, name, set = row.Set] {
-            const bool on = m_actions[name]->isChecked();
-            m_commands.SetChecked(name, on);
-            (ctlCodeItemDetails->*set)(on);
-        });
-    }
+}
+
+void frmCodeLib::SwitchTextView(const QString& entry, void (ctlCodeDetails::*set)(bool))
+{
+    const bool on = m_actions[entry]->isChecked();
+    m_commands.SetChecked(entry, on);
+    (ctlCodeItemDetails->*set)(on);
 }
 
 void frmCodeLib::ConnectHistory()

@@ -26,7 +26,7 @@ double Luminance(const QColor& color)
 /// The contrast ratio of two colours, 1 to 21, as the Web Content Accessibility Guidelines define it.
 double Contrast(const QColor& left, const QColor& right)
 {
-    const auto [darker, lighter] = std::minmax(Luminance(left), Luminance(right));
+    const auto [darker, lighter] = std::minmax({Luminance(left), Luminance(right)}); // as values
     return (lighter + 0.05) / (darker + 0.05);
 }
 
