@@ -243,7 +243,7 @@ void LibraryList::SelectDatabase(QString path, bool known)
     Guarded(ModuleName, u"SelectDatabase"_s, [&] {
         if (path.isEmpty())
             path = GetFileName(false, u"Select a Quillbase Library Database"_s, u"KT Quillbase Files|*.qbd;*.qbr"_s);
-        if (path.isEmpty() || !m_tree.SaveItem())
+        if (path.isEmpty())
             return;
         if (path.mid(path.lastIndexOf(u'.')).compare(u".qbr"_s, Qt::CaseInsensitive) == 0) {
             MsgBox(u"'%1' is a replica file. This version of the program can't unpack replica files yet; nothing was changed."_s
@@ -251,6 +251,8 @@ void LibraryList::SelectDatabase(QString path, bool known)
                    ApplicationTitle, MsgBoxIcon::Exclamation);
             return;
         }
+        if (!m_tree.SaveItem())
+            return;
         const QString before = m_session.CurrentDatabasePath;
         m_session.CurrentDatabasePath = QFileInfo(path).absoluteFilePath();
         if (SetupDBConnection()) {

@@ -72,12 +72,23 @@ QString CodeSections::HeaderLine(quint8 bit) const
 
 // Create
 
-void CodeSections::Create(quint8 bit, quint32 color, bool choosesPlace)
+bool CodeSections::Create(quint8 bit, quint32 color, bool choosesPlace)
 {
     if (choosesPlace)
         ChoosePlace(bit);
     PartFromTextBefore();
-    WriteHeader(bit, color == 0 ? HeaderColor : color);
+    return WriteHeader(bit, color == 0 ? HeaderColor : color);
+}
+
+quint8 CodeSections::Present() const
+{
+    quint8 bits = 0;
+    const QString text = m_box.Text();
+    for (const SectionRow& row : Rows) {
+        if (text.contains(HeaderLine(row.Bit)))
+            bits = quint8(bits | row.Bit);
+    }
+    return bits;
 }
 
 void CodeSections::ChoosePlace(quint8 bit)
@@ -101,6 +112,9 @@ void CodeSections::ChoosePlace(quint8 bit)
             return;
         }
         m_box.SetSelStart(next - LineEnd.size());
+        m_box.SetSelLength(LineEnd.size());
+        m_box.SetSelProtected(false); // the line end of a header that stands right before it
+        m_box.SetSelStart(next - LineEnd.size());
         m_box.SetSelText(LineEnd);
     }
 }
@@ -121,18 +135,19 @@ void CodeSections::PartFromTextBefore()
         m_box.SetSelText(LineEnd);
 }
 
-void CodeSections::WriteHeader(quint8 bit, quint32 color)
+bool CodeSections::WriteHeader(quint8 bit, quint32 color)
 {
     const QString line = HeaderLine(bit);
     const qsizetype begin = m_box.SelStart();
     m_box.SetSelBold(true);
     m_box.SetSelColor(color);
     if (!m_box.SetSelText(line))
-        return;
+        return false;
     m_box.SetSelStart(begin);
     m_box.SetSelLength(line.size());
     m_box.SetSelProtected(true);
     PlaceCaretBehind(begin, line.size());
+    return true;
 }
 
 void CodeSections::PlaceCaretBehind(qsizetype header, qsizetype length)
@@ -202,7 +217,7 @@ void CodeSections::DeleteSelectedHeader()
         m_box.SetSelLength(m_box.SelLength() + LineEnd.size());
     m_box.SetSelProtected(false);
     m_box.SetSelText({});
-    if (start < 1)
+    if (!QStringView(m_box.Text()).first(start).endsWith(LineEnd))
         return;
     m_box.SetSelStart(start - LineEnd.size()); // and the line end before it, of which the caret has come to stand behind
     m_box.SetSelLength(LineEnd.size());

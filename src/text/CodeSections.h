@@ -43,7 +43,10 @@ public:
     /// Writes the line of a section that is not there yet, where the caret is, or with
     /// @p choosesPlace where such a section belongs. @p color 0 stands for the usual one. The caret
     /// then stands where the section's text goes.
-    void Create(quint8 bit, quint32 color, bool choosesPlace);
+    /// False when the place is protected; nothing is written then.
+    bool Create(quint8 bit, quint32 color, bool choosesPlace);
+    /// The bits of the sections whose whole lines are in the text.
+    quint8 Present() const;
     /// Puts the caret on the first line with the section's title; behind the blanks before it,
     /// unless it is to stay on the header. False when there is none.
     bool GoTo(quint8 bit, bool stayOnHeader);
@@ -61,7 +64,7 @@ public:
 private:
     void ChoosePlace(quint8 bit);
     void PartFromTextBefore();
-    void WriteHeader(quint8 bit, quint32 color);
+    bool WriteHeader(quint8 bit, quint32 color);
     void PlaceCaretBehind(qsizetype header, qsizetype length);
 
     IRichTextBox& m_box;

@@ -310,6 +310,9 @@ void ctlCodeDetails::BoxChanged(Text text)
     SetTabEnabled(tabs[text], !m_texts[text].Box->IsEmpty());
     if (!m_recoveryTimer.isActive())
         m_recoveryTimer.start();
+    if (text == NotesText)
+        mFT.ReadValues(); // an undo changes looks and moves nothing
+    m_findBar->RefreshSoon();
     Q_EMIT TextChanged(tabs[text]);
     Q_EMIT EditStateChanged();
 }

@@ -44,7 +44,8 @@ CodeSections ctlCodeDetails::SectionsOf(CodeBox& box) const
 {
     CodeSections sections(box, mFT.CommentIdentifier());
     sections.HeaderMissing = [this, &box](quint8 header) {
-        Q_EMIT const_cast<ctlCodeDetails*>(this)->HeaderMissing(header, &box == rtbCode);
+        if (!m_locked)
+            Q_EMIT const_cast<ctlCodeDetails*>(this)->HeaderMissing(header, &box == rtbCode);
     };
     return sections;
 }
@@ -60,10 +61,14 @@ void ctlCodeDetails::CreateCodeSection(CCodeItem& item, quint8 header, quint32 c
             GoToCodeSection(header, false);
             return;
         }
+        const quint8 before = isCode ? item.CodeHeaders() : item.UsageHeaders();
         isCode ? item.AddCodeHeader(header) : item.AddUsageHeader(header);
         const bool isActive = box->hasFocus();
         box->setFocus();
-        SectionsOf(*box).Create(header, color, !isActive);
+        bool written = false;
+        box->InOneStep([&] { written = SectionsOf(*box).Create(header, color, !isActive); });
+        if (!written)
+            isCode ? item.SetCodeHeaders(before) : item.SetUsageHeaders(before);
     });
 }
 
@@ -100,7 +105,9 @@ void ctlCodeDetails::DeleteCodeSection(quint8 header)
                                        .Icon = MsgBoxIcon::Exclamation});
             return;
         }
-        SectionsOf(*box).Delete();
+        if (m_locked)
+            return;
+        box->InOneStep([&] { SectionsOf(*box).Delete(); });
         Q_EMIT SectionDeleted(header);
     });
 }
@@ -184,7 +191,7 @@ bool ctlCodeDetails::HeaderKeyDown(CodeBox& box, int key)
         DeleteCodeSection(header);
         return true;
     }
-    SectionsOf(box).DeleteSelectedHeader();
+    box.InOneStep([&] { SectionsOf(box).DeleteSelectedHeader(); });
     Q_EMIT SectionDeleted(header);
     return true;
 }

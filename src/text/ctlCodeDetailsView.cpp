@@ -4,6 +4,7 @@
 #include "platform/system/Prompts.h"
 #include "store/CCodeItem.h"
 #include "support/ErrorRoutine.h"
+#include "text/CodeSections.h"
 #include "text/ctlCodeDetails.h"
 #include "text/ui/CodeBox.h"
 #include "text/ui/FindBar.h"
@@ -114,11 +115,10 @@ void ctlCodeDetails::OfferUnsavedTexts(Database& database, const std::function<v
         const std::optional<UnsavedTexts> unsaved = file.Read();
         if (!unsaved)
             return;
-        CCodeItem item;
-        item.Initialise(database, QString::number(unsaved->Item));
-        const QString title = item.Title();
-        if (title.isEmpty() || item.LastChanged() != unsaved->LastChanged)
+        const Value changed = database.QueryValue(u"SELECT LastChanged FROM Items WHERE ID = ?"_s, {unsaved->Item});
+        if (changed.IsNull() || changed.ToDate() != unsaved->LastChanged)
             return file.Remove(); // the item is gone, or was changed since
+        const QString title = database.QueryValue(u"SELECT Title FROM Items WHERE ID = ?"_s, {unsaved->Item}).ToText();
         const bool wanted = Prompts::Current().MsgBox({.Text = u"The program ended before the changes of the item '%1' were saved. Do you "
                                                                "wish to have them back?"_s.arg(title),
                                                        .Caption = u"Unsaved Changes"_s,
@@ -128,14 +128,24 @@ void ctlCodeDetails::OfferUnsavedTexts(Database& database, const std::function<v
         if (!wanted)
             return file.Remove();
         goTo(unsaved->Item);
-        if (!m_item || m_item->Key().toLongLong() != unsaved->Item || m_locked)
+        if (!m_item || m_item->Key().toLongLong() != unsaved->Item || m_locked) {
+            file.Write(*unsaved); // for another start
+            Prompts::Current().MsgBox({.Text = u"The item '%1' can't be changed now. Its changes are kept and will be offered again."_s.arg(title),
+                                       .Caption = u"Unsaved Changes"_s,
+                                       .Icon = MsgBoxIcon::Exclamation});
             return;
+        }
         const std::pair<Text, const std::optional<QString>*> texts[] = {
             {CodeText, &unsaved->Code}, {NotesText, &unsaved->Notes}, {UsageText, &unsaved->Usage}};
         for (const auto& [text, rtf] : texts) {
             if (*rtf)
                 m_texts[text].Box->SetTextRTF(**rtf); // as if typed: it counts as a change
         }
+        // Sections that were added or deleted meanwhile
+        if (unsaved->Code)
+            m_item->SetCodeHeaders(SectionsOf(*rtbCode).Present());
+        if (unsaved->Usage)
+            m_item->SetUsageHeaders(SectionsOf(*rtbUsage).Present());
         DisplayTabWithContent();
         KeepUnsavedTexts();
     });

@@ -107,6 +107,8 @@ void RichText::ChangeSelection(Change&& change)
         return;
     }
     CharFormat format = InsertionFormat();
+    if (!m_typing)
+        format.Protected = 0; // what is typed beside a protected text is not part of it
     change(format);
     m_typing = format;
 }

@@ -57,6 +57,7 @@ bool CodeToolbar::IsPresent(quint8 header) const
 
 void CodeToolbar::UpdateSectionButtons(quint8 current)
 {
+    m_shown = {-1, -1};
     for (const SectionRow& row : SectionTable()) {
         QAction* action = m_buttons[row.Bit];
         const bool present = IsPresent(row.Bit);
@@ -70,8 +71,15 @@ void CodeToolbar::UpdateSectionButtons(quint8 current)
 
 void CodeToolbar::Rebuild()
 {
-    if (isVisible())
-        UpdateSectionButtons(m_details.CurrentSection());
+    if (!isVisible())
+        return;
+    // With every key and every step of the caret, so only what has changed is shown anew.
+    CCodeItem* item = m_item();
+    const bool isUsage = m_details.CurrentView() == DetailsTab::Usage;
+    const int headers = !item || item->Key().isEmpty() ? 0 : isUsage ? item->UsageHeaders() : item->CodeHeaders();
+    const std::pair state(int(m_details.CurrentSection()), headers);
+    if (std::exchange(m_shown, state) != state)
+        UpdateSectionButtons(quint8(state.first));
 }
 
 void CodeToolbar::RemoveHeader(quint8 header, bool isCode)

@@ -139,6 +139,8 @@ QAction* FormatToolbar::MakeAction(const QString& key)
 
 void FormatToolbar::Run(const std::function<void(ctlCodeDetails&)>& change)
 {
+    if (m_details.Locked() || !m_settings)
+        return;
     change(m_details);
     m_details.NotesSetFocus();
 }
@@ -216,6 +218,8 @@ void FormatToolbar::ShowColors(CSettings& settings)
 
 void FormatToolbar::ApplyColor(Color which)
 {
+    if (!m_settings)
+        return;
     const auto color = quint32(which == Color1 ? m_settings->DefaultColor1() : m_settings->DefaultColor2());
     Run([color](ctlCodeDetails& details) { details.SetFontColor(color); });
 }
@@ -230,6 +234,8 @@ void FormatToolbar::ChooseColor(Color which, quint32 color)
 
 void FormatToolbar::ChooseCustomColor(Color which)
 {
+    if (!m_settings)
+        return;
     const auto now = quint32(which == Color1 ? m_settings->DefaultColor1() : m_settings->DefaultColor2());
     const QColor color = QColorDialog::getColor(ColorOf(now), this, u"Text Colour"_s);
     if (color.isValid())

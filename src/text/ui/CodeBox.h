@@ -29,6 +29,7 @@ Q_SIGNALS:
 
 protected:
     void ZoomWanted(int steps) override { Q_EMIT ZoomAsked(steps); }
+    void Loaded() override { PlaceLineNumbers(); }
     void resizeEvent(QResizeEvent* event) override;
     void changeEvent(QEvent* event) override;
 

@@ -58,6 +58,10 @@ FindBar::FindBar(std::function<UserTextBox*()> box, QWidget* parent)
     connect(previous, &QToolButton::clicked, this, &FindBar::FindPrevious);
     connect(next, &QToolButton::clicked, this, &FindBar::FindNext);
     connect(close, &QToolButton::clicked, this, &FindBar::Close);
+    constexpr int Pause = 200; // milliseconds
+    m_refresh.setSingleShot(true);
+    m_refresh.setInterval(Pause);
+    connect(&m_refresh, &QTimer::timeout, this, &FindBar::Refresh);
     hide();
 }
 
@@ -96,6 +100,12 @@ void FindBar::Refresh()
     const QList<qsizetype> places = Places(*box);
     Mark(places);
     ShowCount(places, -1);
+}
+
+void FindBar::RefreshSoon()
+{
+    if (isVisible())
+        m_refresh.start();
 }
 
 void FindBar::Mark(const QList<qsizetype>& places)

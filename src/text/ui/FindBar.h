@@ -2,6 +2,7 @@
 
 #include "text/ui/UserTextBox.h"
 
+#include <QTimer>
 #include <QWidget>
 #include <functional>
 
@@ -27,6 +28,8 @@ public:
     void FindPrevious() { Find(false); }
     /// Another text is shown, or it was changed.
     void Refresh();
+    /// The same once the typing pauses.
+    void RefreshSoon();
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -42,6 +45,7 @@ private:
     QToolButton* chkMatchCase;
     QToolButton* chkWholeWord;
     QLabel* lblFound;
+    QTimer m_refresh;
     UserTextBox* m_marked = nullptr; ///< the box with marks in it
 };
 

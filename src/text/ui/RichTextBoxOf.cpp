@@ -44,6 +44,7 @@ template <class Editor>
 void RichTextBoxOf<Editor>::Load()
 {
     const QScopedValueRollback showing(m_showing, true);
+    const QSignalBlocker silence(this); // the text is the same, however it is shown
     m_waits = false;
     m_undoNames.Clear();
     m_background = this->palette().color(QPalette::Base);
@@ -53,6 +54,7 @@ void RichTextBoxOf<Editor>::Load()
     this->setTextCursor(QTextCursor(this->document()));
     this->document()->setLayoutEnabled(true);
     ShowSelection();
+    Loaded();
 }
 
 /// A box on a tab that is not seen takes the time to show its text when it is.
@@ -60,10 +62,9 @@ template <class Editor>
 void RichTextBoxOf<Editor>::LoadWhenSeen()
 {
     m_waits = this->parentWidget() && !this->isVisible();
-    if (m_waits)
-        Q_EMIT this->textChanged();
-    else
+    if (!m_waits)
         Load();
+    Q_EMIT this->textChanged();
 }
 
 template <class Editor>
@@ -135,7 +136,7 @@ void RichTextBoxOf<Editor>::SyncSelection()
         return; // what is shown is of the text before
     const QTextCursor cursor = this->textCursor();
     const qsizetype start = m_text.SelStart();
-    if (m_page.ToDocument(start) == cursor.selectionStart()
+    if (start + m_text.SelLength() <= m_text.Document().Length() && m_page.ToDocument(start) == cursor.selectionStart()
         && m_page.ToDocument(start + m_text.SelLength()) == cursor.selectionEnd())
         return;
     const qsizetype begin = m_page.FromDocument(cursor.selectionStart());
@@ -180,8 +181,7 @@ bool RichTextBoxOf<Editor>::Replace(Change&& change)
     const qsizetype length = text.Length();
     if (!change())
         return false;
-    const QScopedValueRollback showing(m_showing, true);
-    m_page.ShowReplaced(range.Begin, range.Length, text.Length() - length + range.Length, m_joinsSteps);
+    Show([&] { m_page.ShowReplaced(range.Begin, range.Length, text.Length() - length + range.Length, m_joinsSteps); });
     ShowSelection();
     return true;
 }
@@ -192,9 +192,8 @@ void RichTextBoxOf<Editor>::ChangeCharacters(Change&& change)
 {
     EnsureLoaded();
     change();
-    const QScopedValueRollback showing(m_showing, true);
     if (m_text.SelLength() > 0)
-        m_page.ShowFormats(m_text.SelStart(), m_text.SelStart() + m_text.SelLength());
+        Show([this] { m_page.ShowFormats(m_text.SelStart(), m_text.SelStart() + m_text.SelLength()); });
 }
 
 template <class Editor>
@@ -203,8 +202,33 @@ void RichTextBoxOf<Editor>::ChangeParagraphs(Change&& change)
 {
     EnsureLoaded();
     change();
+    Show([this] { m_page.ShowParagraphs(m_text.SelStart(), m_text.SelStart() + m_text.SelLength()); });
+}
+
+/// A change by code is a step without a name.
+template <class Editor>
+template <class Change>
+void RichTextBoxOf<Editor>::Show(Change&& change)
+{
     const QScopedValueRollback showing(m_showing, true);
-    m_page.ShowParagraphs(m_text.SelStart(), m_text.SelStart() + m_text.SelLength());
+    const int before = this->document()->availableUndoSteps();
+    change();
+    if (!m_named)
+        m_undoNames.Note(before, this->document()->availableUndoSteps(), UndoType::Unknown);
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::InOneStep(const std::function<void()>& changes)
+{
+    EnsureLoaded();
+    Show([&] {
+        const QScopedValueRollback named(m_named, true);
+        QTextCursor step(this->document());
+        step.beginEditBlock();
+        changes();
+        step.endEditBlock();
+    });
+    ShowSelection();
 }
 
 template <class Editor>
@@ -294,6 +318,7 @@ bool RichTextBoxOf<Editor>::UserEdit(UndoType type, Edit&& edit)
     if (this->isReadOnly())
         return false;
     const int before = this->document()->availableUndoSteps();
+    const QScopedValueRollback named(m_named, true);
     const QScopedValueRollback joins(m_joinsSteps, type == UndoType::Typing || type == UndoType::Delete);
     if (!edit()) {
         QApplication::beep();
@@ -367,6 +392,7 @@ bool RichTextBoxOf<Editor>::canInsertFromMimeData(const QMimeData* source) const
 template <class Editor>
 void RichTextBoxOf<Editor>::insertFromMimeData(const QMimeData* source)
 {
+    SyncSelection(); // a click with the middle button has moved the caret without a word
     Insert(*source, UndoType::Paste);
 }
 
@@ -383,7 +409,7 @@ template <class Editor>
 bool RichTextBoxOf<Editor>::DeleteTo(QTextCursor::MoveOperation operation)
 {
     QTextCursor cursor = this->textCursor();
-    if (!cursor.hasSelection() && !cursor.movePosition(operation, QTextCursor::KeepAnchor))
+    if (!cursor.hasSelection() && !cursor.movePosition(operation, QTextCursor::KeepAnchor) && operation == QTextCursor::EndOfBlock)
         cursor.movePosition(QTextCursor::Right, QTextCursor::KeepAnchor); // at the end of its line already
     if (!cursor.hasSelection())
         return true;
@@ -464,12 +490,13 @@ bool RichTextBoxOf<Editor>::EditByKey(const QKeyEvent& event)
             return true;
         }
     }
-    if (event.key() == Qt::Key_Backspace && !(event.modifiers() & ~Qt::ShiftModifier)) { // no standard key everywhere
+    const Qt::KeyboardModifiers noCommand = Qt::ShiftModifier | Qt::KeypadModifier | Qt::GroupSwitchModifier;
+    if (event.key() == Qt::Key_Backspace && !(event.modifiers() & ~noCommand)) { // no standard key everywhere
         Backspace();
         return true;
     }
     const QString text = event.text();
-    const Qt::KeyboardModifiers modifiers = event.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier | Qt::GroupSwitchModifier);
+    const Qt::KeyboardModifiers modifiers = event.modifiers() & ~noCommand;
     const bool isCommand = modifiers == Qt::ControlModifier || modifiers == Qt::AltModifier || (modifiers & Qt::MetaModifier);
     if (text.isEmpty() || isCommand || (!text[0].isPrint() && text[0] != u'\t' && text[0].category() != QChar::Other_Format
                                         && !text[0].isSurrogate()))
@@ -482,9 +509,16 @@ template <class Editor>
 void RichTextBoxOf<Editor>::keyPressEvent(QKeyEvent* event)
 {
     EnsureLoaded();
-    if (this->isReadOnly() || !EditByKey(*event))
-        return Editor::keyPressEvent(event);
-    event->accept();
+    if (!this->isReadOnly() && EditByKey(*event))
+        return event->accept();
+    // The editor moves the caret, selects and copies. What else it would do to the text it is not asked for.
+    static constexpr int edits[] = {Qt::Key_Backspace, Qt::Key_Delete, Qt::Key_Direction_L, Qt::Key_Direction_R};
+    const bool isSafe = event->matches(QKeySequence::Copy) || event->matches(QKeySequence::SelectAll)
+        || (event->text().isEmpty() && std::find(std::begin(edits), std::end(edits), event->key()) == std::end(edits));
+    if (this->isReadOnly() || isSafe)
+        Editor::keyPressEvent(event);
+    else
+        event->ignore();
 }
 
 template <class Editor>
@@ -513,9 +547,12 @@ void RichTextBoxOf<Editor>::inputMethodEvent(QInputMethodEvent* event)
 template <class Editor>
 void RichTextBoxOf<Editor>::mousePressEvent(QMouseEvent* event)
 {
-    // A protected selection can't be dragged away.
-    if (m_text.SelLength() > 0 && HoldsProtected())
-        this->setTextCursor(this->cursorForPosition(event->position().toPoint()));
+    // A protected selection can't be dragged away: a press on it begins anew.
+    const QTextCursor pressed = this->cursorForPosition(event->position().toPoint());
+    const QTextCursor selection = this->textCursor();
+    if (event->button() == Qt::LeftButton && event->modifiers() == Qt::NoModifier && m_text.SelLength() > 0 && HoldsProtected()
+        && pressed.position() >= selection.selectionStart() && pressed.position() <= selection.selectionEnd())
+        this->setTextCursor(pressed);
     Editor::mousePressEvent(event);
 }
 
@@ -546,6 +583,7 @@ void RichTextBoxOf<Editor>::dropEvent(QDropEvent* event)
         QApplication::beep();
         return event->ignore();
     }
+    const QScopedValueRollback showing(m_showing, true);
     QTextCursor step(this->document());
     step.beginEditBlock();
     UserEdit(UndoType::DragDrop, [&] {

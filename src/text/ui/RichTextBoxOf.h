@@ -5,6 +5,7 @@
 #include "text/ui/ZoomDevice.h"
 
 #include <QTextBlock>
+#include <functional>
 
 namespace qb {
 
@@ -36,6 +37,8 @@ public:
     void PastePlainText() override;
     void Clear() override;
 
+    /// Changes that are undone as one.
+    void InOneStep(const std::function<void()>& changes);
     /// Puts a text in the place of the selection as if the user had typed it. False when it is refused.
     bool TypeText(const QString& text);
 
@@ -87,6 +90,8 @@ public:
 protected:
     /// The user has activated a link.
     virtual void ActivateLink(const QString& /*target*/) {}
+    /// The text document shows another text.
+    virtual void Loaded() {}
     /// The user wants all of it larger or smaller, by so many steps.
     virtual void ZoomWanted(int /*steps*/) {}
     const RichTextPage& Page() const { return m_page; }
@@ -112,6 +117,8 @@ private:
     void SyncSelection();
     void ShowSelection();
     template <class Change>
+    void Show(Change&& change);
+    template <class Change>
     bool Replace(Change&& change);
     template <class Change>
     void ChangeCharacters(Change&& change);
@@ -136,6 +143,7 @@ private:
     QColor m_background; ///< that the looks were made for
     bool m_waits = false;   ///< the text document does not show the text yet
     bool m_showing = false; ///< the text document is being changed from here
+    bool m_named = false;      ///< the step of undo is given its name by who makes it
     bool m_joinsSteps = false; ///< an edit is undone together with one like it before
     bool m_takesForeignLooks = true;
 };

@@ -53,9 +53,9 @@ public:
     RichTextDocument Read()
     {
         for (QTextBlock block = m_page.begin(); block.isValid(); block = block.next()) {
-            for (auto it = block.begin(); !it.atEnd(); ++it)
-                ReadFragment(it.fragment());
             const quint32 paragraph = m_text.NumberOf(ParagraphOf(block));
+            for (auto it = block.begin(); !it.atEnd(); ++it)
+                ReadFragment(it.fragment(), paragraph);
             if (block.next().isValid())
                 m_text.EndParagraph(paragraph, 0);
             else
@@ -65,12 +65,12 @@ public:
     }
 
 private:
-    void ReadFragment(const QTextFragment& fragment)
+    void ReadFragment(const QTextFragment& fragment, quint32 paragraph)
     {
-        const QTextCharFormat look = fragment.charFormat();
-        CharFormat format = FormatOf(look);
-        if (look.isImageFormat()) {
-            const QUrl name(look.toImageFormat().name());
+        const QTextCharFormat shown = fragment.charFormat();
+        CharFormat format = FormatOf(shown);
+        if (shown.isImageFormat()) {
+            const QUrl name(shown.toImageFormat().name());
             const std::optional<TextPicture> picture = PictureOf(m_page.resource(QTextDocument::ImageResource, name));
             if (!picture)
                 return;
@@ -78,8 +78,14 @@ private:
         }
         QString text = fragment.text();
         text.replace(QChar::Nbsp, u' ');
-        text.replace(QChar::LineSeparator, u' ');
-        m_text.Append(text, m_text.NumberOf(format));
+        const quint32 look = m_text.NumberOf(format);
+        qsizetype begin = 0;
+        for (qsizetype end = text.indexOf(QChar::LineSeparator); end >= 0; end = text.indexOf(QChar::LineSeparator, begin)) {
+            m_text.Append(QStringView(text).sliced(begin, end - begin), look);
+            m_text.EndParagraph(paragraph, look);
+            begin = end + 1;
+        }
+        m_text.Append(QStringView(text).sliced(begin), look);
     }
 
     CharFormat FormatOf(const QTextCharFormat& look)

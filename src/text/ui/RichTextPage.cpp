@@ -179,8 +179,14 @@ void RichTextPage::ShowReplaced(qsizetype position, qsizetype oldLength, qsizety
     if (joinsSteps && oldLength == 0 && newLength == 1)
         return cursor.insertText(Shown(position, position + 1), m_look.CharLook(m_text.Document().Runs().ValueAt(position)));
     if (joinsSteps && newLength == 0 && oldLength == 1) {
-        cursor.setPosition(cursor.selectionStart());
-        return cursor.deleteChar();
+        // A single step of undo can join the one before; a character that others are combined with can't go alone that way.
+        QTextCursor cluster(cursor);
+        cluster.setPosition(cursor.selectionStart());
+        cluster.movePosition(QTextCursor::NextCharacter, QTextCursor::KeepAnchor);
+        if (cluster.selectionEnd() == cursor.selectionEnd()) {
+            cursor.setPosition(cursor.selectionStart());
+            return cursor.deleteChar();
+        }
     }
     const OneStep step(cursor);
     cursor.removeSelectedText();
@@ -288,6 +294,8 @@ void RichTextPage::TakeBack(int position, int added)
         }
     }
     text.Replace(begin, text.Length() - behind - begin, now, text.DefaultFormat());
+    if (m_text.SelStart() + m_text.SelLength() > text.Length())
+        m_text.SetSelStart(m_text.SelStart()); // within what there is
     for (size_t i = 0; i < runs.size(); ++i)
         text.SetFormat(runs[i].Begin, i + 1 < runs.size() ? runs[i + 1].Begin : begin + now.size(), runs[i].Number);
     for (const Run& paragraph : paragraphs)
