@@ -77,11 +77,19 @@ private Q_SLOTS:
         Write(u"Code"_s, RtfFromPlainText(u"dim x"_s, CodeFont));
         Open();
         const QString before = Read(u"Code"_s);
+        m_database->Execute(u"UPDATE Items SET LastChanged = LastChanged - 1000"_s);
+        const QString changed = Read(u"LastChanged"_s);
         ClickOn(0);
         ClickOn(1);
         QCOMPARE(Read(u"Code"_s), before);
+        for (int tab = 0; tab < 4; ++tab) { // nor by a look at each tab
+            ClickOn(0);
+            Tab(tab);
+            ClickOn(1);
+        }
         QVERIFY(m_window->close());
         QCOMPARE(Read(u"Code"_s), before);
+        QCOMPARE(Read(u"LastChanged"_s), changed);
     }
 
     void typedText_isSavedWhenTheItemIsLeft()
@@ -461,6 +469,20 @@ private Q_SLOTS:
         m_database->Execute(u"DELETE FROM Items WHERE ID = ?"_s, {m_item});
         Open();
         QVERIFY(UnsavedFiles().isEmpty());
+    }
+
+    void recoveredText_hasItsSections()
+    {
+        Open();
+        ClickOn(0);
+        CodeButton(u"BAS_MODULE"_s)->trigger();
+        QTRY_COMPARE(UnsavedFiles().size(), 1);
+        m_window.reset();
+        m_prompts->ExpectMsgBox(u"Unsaved Changes"_s, MsgBoxResult::Yes);
+        Open();
+        QCOMPARE(CodeButton(u"BAS_MODULE"_s)->property("Tag").toString(), u"GOTO"_s);
+        ClickOn(1);
+        QCOMPARE(Read(u"CodeHeaders"_s), u"4"_s);
     }
 
     void savedOrDroppedText_leavesNothingToOffer()

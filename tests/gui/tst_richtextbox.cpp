@@ -130,6 +130,12 @@ void FillWithProtected(RichTextBox& box)
     box.document()->clearUndoRedoStacks();
 }
 
+/// Opens what only the toolkit calls.
+class Opened : public RichTextBox {
+public:
+    using RichTextBox::insertFromMimeData;
+};
+
 void Select(RichTextBox& box, qsizetype start, qsizetype length)
 {
     box.SetSelStart(start);
@@ -270,6 +276,148 @@ private Q_SLOTS:
         QCOMPARE(box.RedoName(), UndoType::Typing);
         QTest::keyClick(&box, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
         QCOMPARE(box.Text(), u"xyzabc"_s);
+    }
+
+    void undoOfWhatTheCaretStandsBehind_leavesASoundBox()
+    {
+        RichTextBox box;
+        QTest::keyClicks(&box, u"hello"_s);
+        box.Undo();
+        QCOMPARE(box.SelStart(), 0);
+        QTest::keyClicks(&box, u"x"_s);
+        QCOMPARE(box.Text(), u"x"_s);
+        QCOMPARE(ShownDifference(box), QByteArray());
+    }
+
+    void backspaceAtTheBegin_deletesNothing()
+    {
+        RichTextBox box;
+        box.SetText(u"abc"_s);
+        QTest::keyClick(&box, Qt::Key_Backspace);
+        QTest::keyClick(&box, Qt::Key_Backspace, Qt::ControlModifier);
+        QCOMPARE(box.Text(), u"abc"_s);
+        box.SetSelStart(3);
+        QTest::keyClick(&box, Qt::Key_Delete);
+        QTest::keyClick(&box, Qt::Key_Delete, Qt::ControlModifier);
+        QCOMPARE(box.Text(), u"abc"_s);
+    }
+
+    void combinedCharacters_goAsTheyAreSelected()
+    {
+        RichTextBox box;
+        box.SetText(u"e\u0301xyz"_s);
+        Select(box, 0, 1);
+        QTest::keyClick(&box, Qt::Key_Delete);
+        QCOMPARE(box.Text(), u"\u0301xyz"_s);
+        QCOMPARE(ShownDifference(box), QByteArray());
+        box.SetText(u"e\u0301xyz"_s);
+        QTest::keyClick(&box, Qt::Key_Delete); // a whole one
+        QCOMPARE(box.Text(), u"xyz"_s);
+        QCOMPARE(ShownDifference(box), QByteArray());
+    }
+
+    void keysThatAreNoText_changeNothing()
+    {
+        for (const bool isProtected : {false, true}) {
+            RichTextBox box;
+            box.SetText(u"abcdef"_s);
+            Select(box, 0, 6);
+            box.SetSelProtected(isProtected);
+            Select(box, 3, 0);
+            const std::pair<int, Qt::KeyboardModifiers> keys[] = {{Qt::Key_X, Qt::AltModifier}, {Qt::Key_X, Qt::MetaModifier},
+                                                                  {Qt::Key_1, Qt::ControlModifier | Qt::KeypadModifier}};
+            for (const auto& [key, modifiers] : keys) {
+                QKeyEvent event(QEvent::KeyPress, key, modifiers, QString(QChar(key)).toLower());
+                QCoreApplication::sendEvent(&box, &event);
+                QCOMPARE(box.Text(), u"abcdef"_s);
+                QVERIFY(!event.isAccepted()); // for who has a use for it
+            }
+            QKeyEvent direction(QEvent::KeyPress, Qt::Key_Direction_R, Qt::NoModifier);
+            int changes = 0;
+            connect(&box, &RichTextBox::textChanged, this, [&] { ++changes; });
+            QCoreApplication::sendEvent(&box, &direction);
+            QCOMPARE(changes, 0);
+        }
+    }
+
+    void middleClick_pastesWhereItPoints()
+    {
+        RichTextBox box;
+        box.SetText(u"one two"_s);
+        Select(box, 0, 3);
+        // As the toolkit does it: the caret is moved without a word.
+        const QSignalBlocker silence(&box);
+        QTextCursor end(box.document());
+        end.movePosition(QTextCursor::End);
+        box.setTextCursor(end);
+        QMimeData data;
+        data.setText(u"!"_s);
+        QMetaObject::invokeMethod(&box, [&] { static_cast<Opened&>(box).insertFromMimeData(&data); });
+        QCOMPARE(box.Text(), u"one two!"_s);
+    }
+
+    void rightClick_keepsAProtectedSelection()
+    {
+        RichTextBox box;
+        box.resize(400, 100);
+        box.show();
+        FillWithProtected(box);
+        box.selectAll();
+        const QPointF place = box.cursorRect().center();
+        QMouseEvent press(QEvent::MouseButtonPress, place, box.viewport()->mapToGlobal(place), Qt::RightButton, Qt::RightButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(box.viewport(), &press);
+        QCOMPARE(box.SelLength(), 15);
+    }
+
+    void lookTypedBesideProtectedText_isNotProtected()
+    {
+        RichTextBox box;
+        FillWithProtected(box);
+        box.SetSelStart(9);
+        box.SetSelBold(true);
+        QTest::keyClicks(&box, u"x"_s);
+        Select(box, 9, 1);
+        QCOMPARE(box.SelBold(), std::optional(true));
+        QCOMPARE(box.SelProtected(), std::optional(false));
+    }
+
+    void changesInOneStep_areUndoneAtOnce()
+    {
+        RichTextBox box;
+        box.SetText(u"one two"_s);
+        const RichText before = box.Content();
+        box.InOneStep([&] {
+            Select(box, 0, 3);
+            box.SetSelBold(true);
+            Select(box, 7, 0);
+            box.SetSelText(u"\r\nthree"_s);
+            Select(box, 9, 5);
+            box.SetSelProtected(true);
+        });
+        QCOMPARE(ShownDifference(box), QByteArray());
+        QCOMPARE(box.UndoName(), UndoType::Unknown);
+        box.Undo();
+        QCOMPARE(Difference(box.Content(), before), QByteArray());
+        QVERIFY(!box.CanUndo());
+        box.Redo();
+        QCOMPARE(box.Text(), u"one two\r\nthree"_s);
+        QCOMPARE(ShownDifference(box), QByteArray());
+    }
+
+    void looks_areNoChangeOfTheText()
+    {
+        RichTextBox box;
+        box.SetText(u"text"_s);
+        int changes = 0;
+        connect(&box, &RichTextBox::textChanged, this, [&] { ++changes; });
+        box.SetZoom(2);
+        box.MarkPlaces({0}, 2);
+        box.SetLocked(true);
+        QPalette dark = box.palette();
+        dark.setColor(QPalette::Base, Qt::black);
+        box.setPalette(dark);
+        box.show();
+        QCOMPARE(changes, 0);
     }
 
     void steps_haveTheirNames()
@@ -496,17 +644,17 @@ private Q_SLOTS:
     void html_isReadWithItsLooks()
     {
         const RichTextDocument text = RichTextFromHtml(
-            u"<h3 align=center>Title</h3><p>see <a href='https://example.org/x'>there</a>, <u>under</u> <s>out</s> "
+            u"<h3 align=center>Title</h3><p>a<br>b</p><p>see <a href='https://example.org/x'>there</a>, <u>under</u> <s>out</s> "
             "<span style='font-family:Arial; font-size:14pt; background-color:#ffff00'>marked</span></p>"
             "<ol><li>first</li><li>second</li></ol><p><img src='file:///etc/hostname'>"
             "<img src='data:image/png;base64,"_s + QString::fromLatin1(RedPng().toBase64()) + u"'>"_s);
-        QCOMPARE(text.Text(), u"Title\r\nsee there, under out marked\r\nfirst\r\nsecond\r\n\ufffc"_s);
+        QCOMPARE(text.Text(), u"Title\r\na\r\nb\r\nsee there, under out marked\r\nfirst\r\nsecond\r\n\ufffc"_s);
         QCOMPARE(text.ParagraphAt(0).Alignment, TextAlignment::Center);
         QCOMPARE(text.FormatAt(0).Bold, 1);
-        QCOMPARE(text.Link(text.FormatAt(11).Link), u"https://example.org/x"_s);
-        QCOMPARE(text.FormatAt(19).Underline, 1);
-        QCOMPARE(text.FormatAt(24).Strike, 1);
-        const CharFormat marked = text.FormatAt(29);
+        QCOMPARE(text.Link(text.FormatAt(17).Link), u"https://example.org/x"_s);
+        QCOMPARE(text.FormatAt(25).Underline, 1);
+        QCOMPARE(text.FormatAt(30).Strike, 1);
+        const CharFormat marked = text.FormatAt(35);
         QCOMPARE(text.Font(marked.Font).Name, u"Arial"_s);
         QCOMPARE(marked.HalfPoints, 28);
         QCOMPARE(marked.BackColor, 0x00ffffu);

@@ -183,6 +183,22 @@ private Q_SLOTS:
         QCOMPARE(box.Text(), rest);
     }
 
+    void moduleBetweenHeadersThatTouch_isPutBetweenThem()
+    {
+        RichText box;
+        CodeSections sections(box, u"'"_s);
+        box.SetText(GlobalLine + CodeLine);
+        for (const QString& line : {GlobalLine, CodeLine}) {
+            box.SetSelStart(box.Text().indexOf(line));
+            box.SetSelLength(line.size());
+            box.SetSelProtected(true);
+        }
+        QVERIFY(sections.Create(Module, 0, true));
+        const QString text = box.Text();
+        QVERIFY(text.indexOf(GlobalLine.trimmed()) < text.indexOf(ModuleLine) && text.indexOf(ModuleLine) < text.indexOf(CodeLine));
+        QCOMPARE(sections.Present(), quint8(Global | Module | Code));
+    }
+
     void header_isDeletedAlone()
     {
         RichText box;

@@ -69,6 +69,12 @@ void CodeToolbar::UpdateSectionButtons(quint8 current)
     }
 }
 
+void CodeToolbar::showEvent(QShowEvent* event)
+{
+    UpdateSectionButtons(m_details.CurrentSection());
+    QToolBar::showEvent(event);
+}
+
 void CodeToolbar::Rebuild()
 {
     if (!isVisible())

@@ -28,6 +28,9 @@ public:
     /// Sets the entries before the menu opens.
     void UpdateMenu();
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
     bool IsPresent(quint8 header) const;
     void ButtonClick(const SectionRow& row);

@@ -34,8 +34,10 @@ RichTextBoxOf<Editor>::RichTextBoxOf(const RtfFont& font, QWidget* parent)
     this->connect(this, &Editor::cursorPositionChanged, this, sync);
     this->connect(this, &Editor::selectionChanged, this, sync);
     this->connect(this->document(), &QTextDocument::contentsChange, this, [this](int position, int, int added) {
-        if (!m_showing && !m_waits)
-            m_page.TakeBack(position, added);
+        if (m_showing || m_waits)
+            return;
+        m_page.TakeBack(position, added);
+        m_changeEnd = position + added;
     });
     Load();
 }
@@ -334,10 +336,8 @@ void RichTextBoxOf<Editor>::Undo()
 {
     if (!CanUndo())
         return;
-    QTextCursor cursor = this->textCursor();
-    this->document()->undo(&cursor);
-    this->setTextCursor(cursor);
-    SyncSelection();
+    this->document()->undo();
+    StandBehindChange();
 }
 
 template <class Editor>
@@ -345,8 +345,16 @@ void RichTextBoxOf<Editor>::Redo()
 {
     if (!CanRedo())
         return;
-    QTextCursor cursor = this->textCursor();
-    this->document()->redo(&cursor);
+    this->document()->redo();
+    StandBehindChange();
+}
+
+/// The caret stands behind what was undone or redone.
+template <class Editor>
+void RichTextBoxOf<Editor>::StandBehindChange()
+{
+    QTextCursor cursor(this->document());
+    cursor.setPosition(std::min(m_changeEnd, this->document()->characterCount() - 1));
     this->setTextCursor(cursor);
     SyncSelection();
 }

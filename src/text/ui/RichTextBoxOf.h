@@ -114,6 +114,7 @@ private:
     void Load();
     void LoadWhenSeen();
     void EnsureLoaded();
+    void StandBehindChange();
     void SyncSelection();
     void ShowSelection();
     template <class Change>
@@ -141,6 +142,7 @@ private:
     ZoomDevice m_device;
     UndoNames m_undoNames;
     QColor m_background; ///< that the looks were made for
+    int m_changeEnd = 0;    ///< of what was taken back last, in the text document
     bool m_waits = false;   ///< the text document does not show the text yet
     bool m_showing = false; ///< the text document is being changed from here
     bool m_named = false;      ///< the step of undo is given its name by who makes it
