@@ -74,7 +74,7 @@ QFont CodeBox::LineNumbersFont() const
 
 int CodeBox::LineNumbersWidth() const
 {
-    constexpr int LeastDigits = 4;
+    constexpr int LeastDigits = 5; // a width that changes has every line laid out
     constexpr int Gaps = 12;
     const int digits = std::max<int>(LeastDigits, int(QString::number(LineCount()).size()));
     return Gaps + digits * QFontMetrics(LineNumbersFont()).horizontalAdvance(QLatin1Char('9'));
