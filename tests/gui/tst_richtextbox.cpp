@@ -813,6 +813,17 @@ private Q_SLOTS:
         box.SetSelStart(1);
         QTest::keyClicks(&box, u"x"_s);
         QCOMPARE(box.Text(), QString(text).insert(1, u'x'));
+        box.SetText(text);
+        Select(box, 1, text.size() - 1);
+        box.SetSelBold(true);
+        box.Clear();
+        QCOMPARE(box.Text(), u"a"_s);
+        box.Undo();
+        QCOMPARE(box.Text(), text); // each is what it was
+        box.SetSelText(text);
+        box.Undo();
+        box.Redo();
+        QVERIFY(box.Text().contains(text));
     }
 
     void colours_areReadableOnAnyBackground()

@@ -37,6 +37,25 @@ void ForEachRun(const RunMap& runs, qsizetype begin, qsizetype end, Show&& show)
     }
 }
 
+/// Of a character that another one stands in for: its code.
+constexpr int OriginalProperty = QTextFormat::UserProperty + 2;
+
+/// What can stand in a text document for a character that can't.
+QChar StandInFor(QChar character)
+{
+    switch (character.unicode()) {
+    case QChar::ParagraphSeparator:
+        return QChar::LineSeparator;
+    case 0xfdd0: // begin and end of a frame
+    case 0xfdd1:
+        return QChar::ReplacementCharacter;
+    case 0:
+        return QChar(0x2400); // the picture of NUL
+    default:
+        return character;
+    }
+}
+
 void Select(QTextCursor& cursor, int begin, int end)
 {
     cursor.setPosition(begin);
@@ -82,23 +101,26 @@ QString RichTextPage::Shown(qsizetype begin, qsizetype end) const
 {
     QString shown = m_text.Document().Text().mid(begin, end - begin);
     shown.remove(u'\r'); // the half of a line end that the other half stands for, whatever look it has
-    for (QChar& character : shown) {
-        switch (character.unicode()) {
-        case QChar::ParagraphSeparator:
-            character = QChar::LineSeparator;
-            break;
-        case 0xfdd0: // begin and end of a frame
-        case 0xfdd1:
-            character = QChar::ReplacementCharacter;
-            break;
-        case 0:
-            character = QChar(0x2400); // the picture of NUL
-            break;
-        default:
-            break;
-        }
-    }
+    for (QChar& character : shown)
+        character = StandInFor(character);
     return shown;
+}
+
+/// Writes beside each character that another one stands in for which one it is, so that an undo
+/// brings back what was there.
+void RichTextPage::MarkStandIns(qsizetype begin, qsizetype end)
+{
+    const RichTextDocument& text = m_text.Document();
+    for (qsizetype at = begin; at < end; ++at) {
+        const QChar character = text.Text()[at];
+        if (StandInFor(character) == character)
+            continue;
+        QTextCharFormat look = m_look.CharLook(text.Runs().ValueAt(at));
+        look.setProperty(OriginalProperty, int(character.unicode()));
+        QTextCursor cursor(&m_document);
+        Select(cursor, ToDocument(at), ToDocument(at + 1));
+        cursor.setCharFormat(look);
+    }
 }
 
 void RichTextPage::Load(const QPalette& palette, int dotsPerInch)
@@ -116,6 +138,7 @@ void RichTextPage::Load(const QPalette& palette, int dotsPerInch)
         const OneStep step(cursor);
         cursor.setBlockFormat(m_look.BlockLook(text.ParagraphNumberAt(0)));
         InsertAll(cursor);
+        MarkStandIns(0, text.Length());
         ShowParagraphs(0, text.Length());
     }
     m_document.setUndoRedoEnabled(true);
@@ -176,7 +199,7 @@ void RichTextPage::ShowReplaced(qsizetype position, qsizetype oldLength, qsizety
     QTextCursor cursor(&m_document);
     Select(cursor, ToDocument(position), ToDocument(position + oldLength));
     AddPictures(position, position + newLength);
-    if (joinsSteps && oldLength == 0 && newLength == 1)
+    if (joinsSteps && oldLength == 0 && newLength == 1 && StandInFor(m_text.Document().Text()[position]) == m_text.Document().Text()[position])
         return cursor.insertText(Shown(position, position + 1), m_look.CharLook(m_text.Document().Runs().ValueAt(position)));
     if (joinsSteps && newLength == 0 && oldLength == 1) {
         // A single step of undo can join the one before; a character that others are combined with can't go alone that way.
@@ -192,6 +215,7 @@ void RichTextPage::ShowReplaced(qsizetype position, qsizetype oldLength, qsizety
     cursor.removeSelectedText();
     if (newLength > 0)
         InsertRuns(cursor, position, position + newLength);
+    MarkStandIns(position, position + newLength);
     ShowParagraphs(position, position + newLength);
 }
 
@@ -203,6 +227,7 @@ void RichTextPage::ShowFormats(qsizetype begin, qsizetype end)
         Select(cursor, ToDocument(from), ToDocument(to));
         cursor.setCharFormat(m_look.CharLook(number));
     });
+    MarkStandIns(begin, end);
 }
 
 void RichTextPage::ShowParagraphs(qsizetype begin, qsizetype end)
@@ -259,6 +284,7 @@ void RichTextPage::ShowRepainted(const RichTextDocument& old)
         InsertRuns(cursor, begin, end);
         begin = end;
     }
+    MarkStandIns(0, now.size());
 }
 
 // Taking back
@@ -290,7 +316,9 @@ void RichTextPage::TakeBack(int position, int added)
             if (from >= to)
                 continue;
             runs.push_back({begin + now.size(), RichTextLook::NumberOf(fragment.charFormat())});
-            now += fragment.text().mid(from - fragment.position(), to - from);
+            const QTextCharFormat look = fragment.charFormat();
+            now += look.hasProperty(OriginalProperty) ? QString(to - from, QChar(look.intProperty(OriginalProperty)))
+                                                      : fragment.text().mid(from - fragment.position(), to - from);
         }
     }
     text.Replace(begin, text.Length() - behind - begin, now, text.DefaultFormat());

@@ -42,6 +42,7 @@ private:
     void InsertRuns(QTextCursor& cursor, qsizetype begin, qsizetype end);
     void AddPictures(qsizetype begin, qsizetype end);
     QString Shown(qsizetype begin, qsizetype end) const;
+    void MarkStandIns(qsizetype begin, qsizetype end);
 
     RichText& m_text;
     QTextDocument& m_document;
