@@ -178,6 +178,7 @@ private:
     CodeBox* CurrentCodeBox() const;
     CodeSections SectionsOf(CodeBox& box) const;
     bool CodeBoxesKeyDown(CodeBox& box, QKeyEvent& event);
+    void TypeNormally(CodeBox& box);
     bool NewLine(CodeBox& box);
     bool HeaderKeyDown(CodeBox& box, int key);
     RichText Painted(const CodeBox& box);

@@ -9,6 +9,7 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QInputMethodEvent>
 #include <QKeyEvent>
 
 namespace qb {
@@ -125,6 +126,8 @@ bool ctlCodeDetails::eventFilter(QObject* watched, QEvent* event)
     auto* box = watched == rtbCode ? rtbCode : watched == rtbUsage ? rtbUsage : nullptr;
     if (box && event->type() == QEvent::KeyPress && CodeBoxesKeyDown(*box, *static_cast<QKeyEvent*>(event)))
         return true;
+    if (box && event->type() == QEvent::InputMethod && !static_cast<QInputMethodEvent*>(event)->commitString().isEmpty())
+        TypeNormally(*box);
     return QWidget::eventFilter(watched, event);
 }
 
@@ -156,12 +159,19 @@ bool ctlCodeDetails::CodeBoxesKeyDown(CodeBox& box, QKeyEvent& event)
     }
     if (key == Qt::Key_Return && event.modifiers() == Qt::NoModifier && caret > 0 && box.SelLength() == 0)
         return NewLine(box);
-    if (box.SelLength() == 0 && !event.text().isEmpty()) { // what is typed beside a header is no part of it
-        box.SetSelProtected(false);
-        box.SetSelBold(false);
-        box.SetSelColor(0);
-    }
+    if (!event.text().isEmpty())
+        TypeNormally(box);
     return false;
+}
+
+/// What is typed beside a header is no part of it.
+void ctlCodeDetails::TypeNormally(CodeBox& box)
+{
+    if (m_locked || box.SelLength() > 0)
+        return;
+    box.SetSelProtected(false);
+    box.SetSelBold(false);
+    box.SetSelColor(0);
 }
 
 /// A line that is indented is followed by one that is.

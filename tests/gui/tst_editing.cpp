@@ -588,6 +588,22 @@ private Q_SLOTS:
         QCOMPARE(Code()->Text(), text);
     }
 
+    void textBehindAHeader_isOrdinary()
+    {
+        Open();
+        ClickOn(0);
+        CodeButton(u"BAS_MODULE"_s)->trigger();
+        QInputMethodEvent commit;
+        commit.setCommitString(u"\u4f60"_s);
+        QCoreApplication::sendEvent(Code(), &commit);
+        QTest::keyClicks(Code(), u"x"_s);
+        Code()->SetSelStart(Code()->Text().size() - 2);
+        Code()->SetSelLength(2);
+        QCOMPARE(Code()->SelBold(), std::optional(false));
+        QCOMPARE(Code()->SelProtected(), std::optional(false));
+        QCOMPARE(Code()->SelColor(), std::optional(quint32(0)));
+    }
+
     void tabAndBackspace_moveByIndents()
     {
         Open();
