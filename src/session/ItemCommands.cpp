@@ -75,8 +75,9 @@ bool ItemCommands::SaveItem()
                 && !Asked(u"The changes of this item could not be saved. Do you wish to go on without them? They will be lost."_s,
                           u"Save Item"_s, MsgBoxResult::No))
                 return false;
+            // Nobody wants the changes: whatever becomes of the leaving, they are not to be seen as if stored.
             if (item->ItemChanged())
-                item->SetItemChanged(false); // nobody wants it any more
+                m_tree.ShowItem(item->Key().toLongLong());
         }
         m_details.ResetChangedBooleans();
         return true;
@@ -269,7 +270,7 @@ void ItemCommands::ShowAsChildless(TreeNode& parent)
 void ItemCommands::mnuKeepItem_Click()
 {
     Guarded(ModuleName, u"mnuKeepItem_Click"_s, [this] {
-        if (!m_session.CurrentDatabase || !m_session.oCodeItem)
+        if (!m_session.CurrentDatabase || !m_session.oCodeItem || m_session.oCodeItem->Key().isEmpty())
             return;
         const std::shared_ptr<void> wait = m_shell.WaitCursor();
         m_session.oCodeItem->SetItemChanged(true);

@@ -308,17 +308,22 @@ void ItemTree::SElectCodeItem(const QString& key)
             ItemShown();
             return;
         }
-        auto item = std::make_unique<CCodeItem>();
-        item->Initialise(*m_session.CurrentDatabase, QString::number(IdOfKey(key)));
-        m_session.oCodeItem = std::move(item);
-        ConnectItem();
-        const TreeNode* node = m_view.Nodes().Find(IdOfKey(key));
-        Apply(node ? PermissionsOf(*node) : Permissions(), false);
-        m_details.Initialise(m_session.CurrentDatabase.get(), m_session.oCodeItem.get());
+        ShowItem(IdOfKey(key));
         if (m_session.moHistory)
             m_session.moHistory->AddToHistory(key);
         ItemShown();
     });
+}
+
+void ItemTree::ShowItem(qint64 id)
+{
+    auto item = std::make_unique<CCodeItem>();
+    item->Initialise(*m_session.CurrentDatabase, QString::number(id));
+    m_session.oCodeItem = std::move(item);
+    ConnectItem();
+    const TreeNode* node = m_view.Nodes().Find(id);
+    Apply(node ? PermissionsOf(*node) : Permissions(), false);
+    m_details.Initialise(m_session.CurrentDatabase.get(), m_session.oCodeItem.get());
 }
 
 void ItemTree::ShowNewItem(std::unique_ptr<CCodeItem> item)

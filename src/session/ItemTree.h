@@ -38,6 +38,8 @@ public:
     void SElectCodeItem(const QString& key);
     /// Makes a row that was added just now the current item, without a place in the history.
     void ShowNewItem(std::unique_ptr<CCodeItem> item);
+    /// Shows an item as it is stored; what was typed into it is gone.
+    void ShowItem(qint64 id);
     /// Shows when the current item was changed last, or "00:00".
     void ShowKeptDate();
     /// Whether there is something left for the conflict solver; the walk buttons and the command

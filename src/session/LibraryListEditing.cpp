@@ -238,6 +238,8 @@ void LibraryList::mnuNewDatabase_Click()
         if (path.isEmpty())
             return;
         const bool replacesOpenOne = path == m_session.CurrentDatabasePath;
+        if (replacesOpenOne && !m_tree.SaveItem())
+            return;
         if (replacesOpenOne)
             CloseDatabase();
         if (!CreateNewDatabase(path, language.Type, language.File)) {
@@ -298,13 +300,11 @@ void LibraryList::ChangeAlias(const QString& alias, bool ask)
 void LibraryList::mnuRemoveDBItem_Click()
 {
     Guarded(ModuleName, u"mnuRemoveDBItem_Click"_s, [this] {
-        if (!m_tree.SaveItem())
-            return;
         const MsgBoxResult keep = Prompts::Current().MsgBox({.Text = u"Would you like to keep the database on your hard drive?"_s,
                                                              .Caption = u"Remove Database"_s,
                                                              .Buttons = MsgBoxButtons::YesNoCancel,
                                                              .Icon = MsgBoxIcon::Question});
-        if (keep == MsgBoxResult::Cancel)
+        if (keep == MsgBoxResult::Cancel || !m_tree.SaveItem())
             return;
         const QString path = m_session.CurrentDatabasePath;
         if (const auto index = FindCurrentDBArrayIndex())

@@ -58,6 +58,22 @@ private Q_SLOTS:
         s->Click(u"a"_s); // and is not asked about again
     }
 
+    void droppedChange_isNotShownAsIfItWereStored()
+    {
+        Fill();
+        s->Items.SetAutoSaveOn(false);
+        s->Click(u"a"_s);
+        const int shown = s->Details.Initialised;
+        s->Details.Type(u"typed"_s);
+        s->Script.ExpectMsgBox(u"Save Item"_s, MsgBoxResult::No);
+        QVERIFY(s->Items.SaveItem()); // and then the leaving comes to nothing
+        QCOMPARE(s->Details.Initialised, shown + 1);
+        QCOMPARE(s->Details.Item, s->State.oCodeItem.get());
+        QVERIFY(!s->State.oCodeItem->ItemChanged());
+        QCOMPARE(s->State.oCodeItem->Code(), QString());
+        QVERIFY(!s->Details.Typed);
+    }
+
     void unchangedItem_isLeftWithoutAQuestion()
     {
         Fill();
@@ -164,10 +180,30 @@ private Q_SLOTS:
         QCOMPARE(s->OpenPath(), first);
         QCOMPARE(s->Shell.Index, 0);
         QCOMPARE(s->Details.Typed, std::optional(u"typed"_s));
+        s->Script.ExpectMsgBox(u"Remove Database"_s, MsgBoxResult::Yes);
         s->Script.ExpectError();
         s->Script.ExpectMsgBox(u"Save Item"_s, MsgBoxResult::No);
         s->Libraries.mnuRemoveDBItem_Click();
         QCOMPARE(s->State.DatabaseList.size(), 2u);
+        s->Shell.Language.Type = LanguageType::Cpp; // a new library in the place of the open one
+        s->Script.ExpectFileName(u"Enter Name and Path for the New Database"_s, first);
+        s->Script.ExpectError();
+        s->Script.ExpectMsgBox(u"Save Item"_s, MsgBoxResult::No);
+        s->Libraries.mnuNewDatabase_Click();
+        QCOMPARE(s->OpenPath(), first);
+        QCOMPARE(s->Details.Typed, std::optional(u"typed"_s));
+    }
+
+    void removalThatIsCancelled_asksNothingOfTheItem()
+    {
+        const QString first = s->LibraryFile(u"first.qbd"_s, u"one"_s);
+        QVERIFY(s->Start(first + u"|First;"_s));
+        s->Items.SetAutoSaveOn(false);
+        s->Click(u"one"_s);
+        s->Details.Type(u"typed"_s);
+        s->Script.ExpectMsgBox(u"Remove Database"_s, MsgBoxResult::Cancel);
+        s->Libraries.mnuRemoveDBItem_Click();
+        QCOMPARE(s->Details.Typed, std::optional(u"typed"_s));
     }
 
     void withoutALibrary_noCommandDoesAnything()

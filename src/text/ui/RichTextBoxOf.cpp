@@ -687,9 +687,9 @@ void RichTextBoxOf<Editor>::changeEvent(QEvent* event)
     Editor::changeEvent(event);
     if (event->type() != QEvent::PaletteChange || this->palette().color(QPalette::Base) == m_background)
         return;
-    const int scrolled = this->verticalScrollBar()->value();
     if (m_waits)
         return; // it is loaded for the background that is there then
+    const int scrolled = this->verticalScrollBar()->value();
     Load(); // colours are chosen for the background
     this->verticalScrollBar()->setValue(scrolled);
 }
