@@ -1,0 +1,361 @@
+// What the user does in a rich text box: keys, clipboard, mouse, drag and drop, input methods. Members
+// of the template RichTextBoxOf, for RichTextBoxOf.cpp alone, which instantiates them.
+
+#pragma once
+
+#include "support/ui/Icons.h"
+#include "text/ui/RichTextBoxOf.h"
+#include "text/ui/RichTextMime.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QInputMethod>
+#include <QMenu>
+#include <QMimeData>
+#include <QScopedValueRollback>
+#include <QWheelEvent>
+#include <algorithm>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+template <class Editor>
+template <class Edit>
+bool RichTextBoxOf<Editor>::UserEdit(UndoType type, Edit&& edit)
+{
+    if (this->isReadOnly())
+        return false;
+    const int before = this->document()->availableUndoSteps();
+    const QScopedValueRollback named(m_named, true);
+    const QScopedValueRollback joins(m_joinsSteps, type == UndoType::Typing || type == UndoType::Delete);
+    if (!edit()) {
+        QApplication::beep();
+        return false;
+    }
+    m_undoNames.Note(before, this->document()->availableUndoSteps(), type);
+    this->ensureCursorVisible();
+    return true;
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::Undo()
+{
+    if (!CanUndo())
+        return;
+    this->document()->undo();
+    StandBehindChange();
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::Redo()
+{
+    if (!CanRedo())
+        return;
+    this->document()->redo();
+    StandBehindChange();
+}
+
+/// The caret stands behind what was undone or redone.
+template <class Editor>
+void RichTextBoxOf<Editor>::StandBehindChange()
+{
+    QTextCursor cursor(this->document());
+    cursor.setPosition(std::min(m_changeEnd, this->document()->characterCount() - 1));
+    this->setTextCursor(cursor);
+    SyncSelection();
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::Cut()
+{
+    if (m_text.SelLength() == 0 || this->isReadOnly())
+        return;
+    if (!HoldsProtected())
+        this->copy();
+    UserEdit(UndoType::Cut, [this] { return SetSelText({}); });
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::Clear()
+{
+    if (m_text.SelLength() > 0)
+        UserEdit(UndoType::Delete, [this] { return SetSelText({}); });
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::PastePlainText()
+{
+    const QString text = QGuiApplication::clipboard()->text();
+    if (!text.isEmpty())
+        UserEdit(UndoType::Paste, [&] { return SetSelText(text); });
+}
+
+template <class Editor>
+QMimeData* RichTextBoxOf<Editor>::createMimeDataFromSelection() const
+{
+    return MimeOfRichText(m_text.Document().Part(m_text.SelStart(), m_text.SelLength())).release();
+}
+
+template <class Editor>
+bool RichTextBoxOf<Editor>::canInsertFromMimeData(const QMimeData* source) const
+{
+    return source->hasText() || (m_takesForeignLooks && (source->hasImage() || source->hasHtml()))
+        || !RtfOfMime(*source, false).isEmpty();
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::insertFromMimeData(const QMimeData* source)
+{
+    SyncSelection(); // a click with the middle button has moved the caret without a word
+    Insert(*source, UndoType::Paste);
+}
+
+template <class Editor>
+bool RichTextBoxOf<Editor>::Insert(const QMimeData& source, UndoType type)
+{
+    const QString rtf = RtfOfMime(source, m_takesForeignLooks);
+    if (rtf.isEmpty() && !source.hasText())
+        return false;
+    return UserEdit(type, [&] { return rtf.isEmpty() ? SetSelText(source.text()) : SetSelRTF(rtf); });
+}
+
+template <class Editor>
+bool RichTextBoxOf<Editor>::DeleteTo(QTextCursor::MoveOperation operation)
+{
+    QTextCursor cursor = this->textCursor();
+    if (!cursor.hasSelection() && !cursor.movePosition(operation, QTextCursor::KeepAnchor) && operation == QTextCursor::EndOfBlock)
+        cursor.movePosition(QTextCursor::Right, QTextCursor::KeepAnchor); // at the end of its line already
+    if (!cursor.hasSelection())
+        return true;
+    const qsizetype caret = m_text.SelStart();
+    const qsizetype begin = m_page.FromDocument(cursor.selectionStart());
+    m_text.SetSelStart(begin);
+    m_text.SetSelLength(m_page.FromDocument(cursor.selectionEnd()) - begin);
+    const bool done = UserEdit(UndoType::Delete, [this] { return SetSelText({}); });
+    if (!done && m_text.SelLength() > 0 && this->textCursor().selectionStart() == this->textCursor().selectionEnd())
+        SetSelStart(caret); // nothing has moved
+    return done;
+}
+
+/// A list ends at an empty item, or by Backspace before an item.
+template <class Editor>
+bool RichTextBoxOf<Editor>::EndList()
+{
+    const QTextCursor cursor = this->textCursor();
+    const ParagraphFormat& paragraph = m_page.ParagraphOf(cursor.block());
+    if (paragraph.List == ListKind::None || cursor.hasSelection() || !cursor.atBlockStart())
+        return false;
+    return UserEdit(UndoType::Delete, [this] {
+        ChangeParagraphs([this] {
+            m_text.Document().ChangeParagraphs(m_text.SelStart(), m_text.SelStart(), [](ParagraphFormat& format) {
+                format.List = ListKind::None;
+                format.LeftIndent += format.FirstIndent;
+                format.FirstIndent = 0;
+            });
+        });
+        return true;
+    });
+}
+
+template <class Editor>
+bool RichTextBoxOf<Editor>::TypeText(const QString& text)
+{
+    return UserEdit(text.isEmpty() ? UndoType::Delete : UndoType::Typing, [&] { return SetSelText(text); });
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::Enter()
+{
+    if (this->textCursor().block().length() == 1 && EndList())
+        return;
+    TypeText(u"\r\n"_s);
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::Backspace()
+{
+    if (!EndList())
+        DeleteTo(QTextCursor::PreviousCharacter);
+}
+
+/// What a key does to the text; true when it is for that.
+template <class Editor>
+bool RichTextBoxOf<Editor>::EditByKey(const QKeyEvent& event)
+{
+    struct Row {
+        QKeySequence::StandardKey Key;
+        void (*Run)(RichTextBoxOf&);
+    };
+    static constexpr Row rows[] = {
+        {QKeySequence::Undo, [](RichTextBoxOf& box) { box.Undo(); }},
+        {QKeySequence::Redo, [](RichTextBoxOf& box) { box.Redo(); }},
+        {QKeySequence::Cut, [](RichTextBoxOf& box) { box.Cut(); }},
+        {QKeySequence::Paste, [](RichTextBoxOf& box) { box.Paste(); }},
+        {QKeySequence::Delete, [](RichTextBoxOf& box) { box.DeleteTo(QTextCursor::NextCharacter); }},
+        {QKeySequence::DeleteEndOfWord, [](RichTextBoxOf& box) { box.DeleteTo(QTextCursor::NextWord); }},
+        {QKeySequence::DeleteStartOfWord, [](RichTextBoxOf& box) { box.DeleteTo(QTextCursor::PreviousWord); }},
+        {QKeySequence::DeleteEndOfLine, [](RichTextBoxOf& box) { box.DeleteTo(QTextCursor::EndOfBlock); }},
+        {QKeySequence::InsertParagraphSeparator, [](RichTextBoxOf& box) { box.Enter(); }},
+        {QKeySequence::InsertLineSeparator, [](RichTextBoxOf& box) { box.Enter(); }},
+    };
+    for (const Row& row : rows) {
+        if (event.matches(row.Key)) {
+            row.Run(*this);
+            return true;
+        }
+    }
+    const Qt::KeyboardModifiers noCommand = Qt::ShiftModifier | Qt::KeypadModifier | Qt::GroupSwitchModifier;
+    if (event.key() == Qt::Key_Backspace && !(event.modifiers() & ~noCommand)) { // no standard key everywhere
+        Backspace();
+        return true;
+    }
+    const QString text = event.text();
+    const Qt::KeyboardModifiers modifiers = event.modifiers() & ~noCommand;
+    const bool isCommand = modifiers == Qt::ControlModifier || modifiers == Qt::AltModifier || (modifiers & Qt::MetaModifier);
+    if (text.isEmpty() || isCommand || (!text[0].isPrint() && text[0] != u'\t' && text[0].category() != QChar::Other_Format
+                                        && !text[0].isSurrogate()))
+        return false;
+    TypeText(text);
+    return true;
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::keyPressEvent(QKeyEvent* event)
+{
+    EnsureLoaded();
+    if (!this->isReadOnly() && EditByKey(*event))
+        return event->accept();
+    // The editor moves the caret, selects and copies. What else it would do to the text it is not asked for.
+    static constexpr int edits[] = {Qt::Key_Backspace, Qt::Key_Delete, Qt::Key_Direction_L, Qt::Key_Direction_R};
+    const bool isSafe = event->matches(QKeySequence::Copy) || event->matches(QKeySequence::SelectAll)
+        || (event->text().isEmpty() && std::find(std::begin(edits), std::end(edits), event->key()) == std::end(edits));
+    if (this->isReadOnly() || isSafe)
+        Editor::keyPressEvent(event);
+    else
+        event->ignore();
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::inputMethodEvent(QInputMethodEvent* event)
+{
+    if (this->isReadOnly())
+        return event->ignore();
+    const bool composes = !event->preeditString().isEmpty();
+    if (event->replacementLength() > 0) {
+        SetSelStart(m_text.SelStart() + event->replacementStart());
+        SetSelLength(event->replacementLength());
+    }
+    if (!event->commitString().isEmpty())
+        UserEdit(UndoType::Typing, [&] { return SetSelText(event->commitString()); });
+    else if ((composes && m_text.SelLength() > 0) || event->replacementLength() > 0)
+        Clear();
+    if (composes && HoldsProtected())
+        return QGuiApplication::inputMethod()->reset();
+    // What is left changes nothing yet, it only shows.
+    QInputMethodEvent composition(event->preeditString(), event->attributes());
+    Editor::inputMethodEvent(&composition);
+}
+
+// Mouse
+
+template <class Editor>
+void RichTextBoxOf<Editor>::mousePressEvent(QMouseEvent* event)
+{
+    // A protected selection can't be dragged away: a press on it begins anew.
+    const QTextCursor pressed = this->cursorForPosition(event->position().toPoint());
+    const QTextCursor selection = this->textCursor();
+    if (event->button() == Qt::LeftButton && event->modifiers() == Qt::NoModifier && m_text.SelLength() > 0 && HoldsProtected()
+        && pressed.position() >= selection.selectionStart() && pressed.position() <= selection.selectionEnd())
+        this->setTextCursor(pressed);
+    Editor::mousePressEvent(event);
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::mouseReleaseEvent(QMouseEvent* event)
+{
+    Editor::mouseReleaseEvent(event);
+    const QString target = this->anchorAt(event->position().toPoint());
+    if (event->button() == Qt::LeftButton && !target.isEmpty() && (this->isReadOnly() || event->modifiers() == Qt::ControlModifier))
+        ActivateLink(target);
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::dropEvent(QDropEvent* event)
+{
+    QDragLeaveEvent left; // takes the drop's caret away
+    Editor::dragLeaveEvent(&left);
+    const QMimeData* source = event->mimeData();
+    if (this->isReadOnly() || !canInsertFromMimeData(source))
+        return event->ignore();
+    qsizetype target = m_page.FromDocument(this->cursorForPosition(event->position().toPoint()).position());
+    const bool moves = event->source() == this->viewport() && event->dropAction() == Qt::MoveAction;
+    const qsizetype start = m_text.SelStart();
+    const qsizetype length = m_text.SelLength();
+    if (moves && target >= start && target <= start + length)
+        return event->ignore(); // onto itself
+    if (m_text.IsProtected(target, 0) || (moves && HoldsProtected())) {
+        QApplication::beep();
+        return event->ignore();
+    }
+    const QScopedValueRollback showing(m_showing, true);
+    QTextCursor step(this->document());
+    step.beginEditBlock();
+    UserEdit(UndoType::DragDrop, [&] {
+        if (moves) {
+            SetSelText({});
+            target -= target > start ? length : 0;
+        }
+        SetSelStart(target);
+        return Insert(*source, UndoType::DragDrop);
+    });
+    step.endEditBlock();
+    event->setDropAction(moves ? Qt::MoveAction : event->dropAction());
+    event->accept();
+    this->setFocus();
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::contextMenuEvent(QContextMenuEvent* event)
+{
+    QMenu menu(this);
+    const auto add = [&](const char* name, const char* icon, const QString& caption, QKeySequence::StandardKey key, bool enabled,
+                         auto run) {
+        QAction* action = menu.addAction(IconNamed(QLatin1StringView(icon)), caption);
+        action->setObjectName(QLatin1StringView(name));
+        action->setShortcut(key);
+        action->setEnabled(enabled);
+        this->connect(action, &QAction::triggered, this, run);
+    };
+    const bool selected = m_text.SelLength() > 0;
+    const QString target = this->anchorAt(event->pos());
+    if (!target.isEmpty()) {
+        add("mnuOpenLink", "internet-web-browser", u"&Open Link"_s, QKeySequence::UnknownKey, true,
+            [this, target] { ActivateLink(target); });
+        menu.addSeparator();
+    }
+    add("mnuUndo", "edit-undo", u"&Undo"_s, QKeySequence::Undo, CanUndo(), [this] { Undo(); });
+    add("mnuRedo", "edit-redo", u"&Redo"_s, QKeySequence::Redo, CanRedo(), [this] { Redo(); });
+    menu.addSeparator();
+    add("mnuCut", "edit-cut", u"Cu&t"_s, QKeySequence::Cut, selected && !this->isReadOnly(), [this] { Cut(); });
+    add("mnuCopy", "edit-copy", u"&Copy"_s, QKeySequence::Copy, selected, [this] { Copy(); });
+    add("mnuPaste", "edit-paste", u"&Paste"_s, QKeySequence::Paste, CanPaste(), [this] { Paste(); });
+    add("mnuPastePlain", "", u"Paste Plain &Text"_s, QKeySequence::UnknownKey, CanPaste(), [this] { PastePlainText(); });
+    add("mnuClear", "edit-delete", u"&Delete"_s, QKeySequence::Delete, selected && !this->isReadOnly(), [this] { Clear(); });
+    menu.addSeparator();
+    add("mnuSelectAll", "edit-select-all", u"Select &All"_s, QKeySequence::SelectAll, !IsEmpty(), [this] { this->selectAll(); });
+    menu.exec(event->globalPos());
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::wheelEvent(QWheelEvent* event)
+{
+    if (!(event->modifiers() & Qt::ControlModifier))
+        return Editor::wheelEvent(event);
+    if (event->angleDelta().y() != 0)
+        ZoomWanted(event->angleDelta().y() > 0 ? 1 : -1);
+    event->accept();
+}
+
+} // namespace qb
