@@ -89,6 +89,12 @@ constexpr CommandRow Rows[] = {
     {Place::Toolbar, "VIEWBOOKMARKS", "Bookmarks", "bookmarks", "", "Show or hide the bookmarks"},
     {Place::Toolbar, "FIND", "Find", "edit-find", "", "Find in the library"},
 
+    {Place::WebLinks, "mnuWebGoBack", "&Back", "go-previous", "Alt+Left", "Go back to the page before"},
+    {Place::WebLinks, "mnuWebGoForward", "&Forward", "go-next", "Alt+Right", "Go forward again"},
+    {Place::WebLinks, "mnuWebStop", "&Stop", "process-stop", "", "Stop loading the page"},
+    {Place::WebLinks, "mnuWebReload", "&Reload", "view-refresh", "Ctrl+R", "Load the page again"},
+    {Place::WebLinks, "mnuWebHome", "&Home", "go-home", "Alt+Home", "Go to the item's own page"},
+
     {Place::CodeToolbar, "COLORIZE", "Colorize", "colorize", "", "Colorize"},
 };
 

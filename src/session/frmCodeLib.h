@@ -4,6 +4,7 @@
 #include "session/ItemCommands.h"
 #include "session/ItemDrag.h"
 #include "session/ItemTree.h"
+#include "session/ItemWebPage.h"
 #include "session/LibraryList.h"
 #include "session/SessionState.h"
 #include "session/ShellView.h"
@@ -24,6 +25,7 @@ class QToolBar;
 namespace qb {
 
 class ApplicationTips;
+class BrowserToolbar;
 class ctlCodeDetails;
 class CodeToolbar;
 class ctlSmartTreeView;
@@ -102,6 +104,7 @@ private:
     void mnuItem_Click();
     void SaveButtonClicked();
     void tmrStartTimer_Timer();
+    void CurrentViewChanged();
     void ShowTextToolbar();
     void moSettings_SettingsUpdated();
     bool Form_QueryUnload();
@@ -122,10 +125,12 @@ private:
     QMenu* mnuFileDatabaseSelect = nullptr;
     QMenu* mnuFormat = nullptr;
     QMenu* mnuEditCode = nullptr;
+    QMenu* mnuWebLinks = nullptr;
     QToolBar* tlbMain = nullptr;
     QStackedWidget* CoolBar1 = nullptr; ///< the toolbar that fits the tab
     CodeToolbar* tbrCode = nullptr;
     FormatToolbar* tlbTextFormat = nullptr;
+    BrowserToolbar* tbrBrowser = nullptr;
     QTimer tmrStartTimer; ///< tells a single click on SAVE from a double click
     int m_saveClickCount = 0;
     bool m_editingEnabled = true;
@@ -138,6 +143,7 @@ private:
     std::unique_ptr<ItemTree> m_tree;
     std::unique_ptr<ItemCommands> m_items;
     std::unique_ptr<ItemDrag> m_drag;
+    std::unique_ptr<ItemWebPage> m_page;
     std::unique_ptr<LibraryList> m_libraries;
     std::unique_ptr<ApplicationTips> m_oTips; ///< while the tip window is open
 };

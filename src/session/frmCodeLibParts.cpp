@@ -1,11 +1,13 @@
 // The parts of the main window: panels, menus, toolbar and status bar, and how they are connected.
 
+#include "panels/ctlFileDetails.h"
 #include "panels/ctlSmartTreeView.h"
 #include "panels/ui/NodeTreeView.h"
 #include "platform/system/Trace.h"
 #include "session/frmCodeLib.h"
 #include "support/ErrorRoutine.h"
 #include "support/ui/Icons.h"
+#include "session/ui/BrowserToolbar.h"
 #include "session/ui/CodeToolbar.h"
 #include "session/ui/FormatToolbar.h"
 #include "text/WebPages.h"
@@ -65,6 +67,7 @@ void frmCodeLib::MakePanels()
     tvCodeItems->setObjectName(u"tvCodeItems"_s);
     ctlCodeItemDetails = new ctlCodeDetails;
     ctlCodeItemDetails->setObjectName(u"ctlCodeItemDetails"_s);
+    ctlCodeItemDetails->SetFileControl(*new ctlFileDetails(ctlCodeItemDetails));
     auto* splitter = new QSplitter;
     splitter->setObjectName(u"ctlResizer1"_s);
     splitter->addWidget(tvCodeItems);
@@ -124,9 +127,13 @@ void frmCodeLib::MakeMenus()
     mnuEditCode->setObjectName(u"mnuEditCode"_s);
     mnuFormat = mnuEdit->addMenu(u"F&ormat"_s);
     mnuFormat->setObjectName(u"mnuFormat"_s);
+    mnuWebLinks = mnuEdit->addMenu(u"&Web Page"_s);
+    mnuWebLinks->setObjectName(u"mnuWebLinks"_s);
     for (const CommandRow& row : Commands::Table()) {
         if (row.Where == CommandRow::Place::EditCode)
             mnuEditCode->addAction(MakeAction(row));
+        if (row.Where == CommandRow::Place::WebLinks)
+            mnuWebLinks->addAction(MakeAction(row));
     }
     connect(mnuEdit, &QMenu::aboutToShow, this, &frmCodeLib::mnuEdit_Click);
     connect(MenuOf(CommandRow::Place::Item), &QMenu::aboutToShow, this, &frmCodeLib::mnuItem_Click);
@@ -181,7 +188,9 @@ void frmCodeLib::MakeTextToolbars()
     mnuEditCode->addSeparator();
     tbrCode->FillMenu(*mnuEditCode);
     tlbTextFormat = new FormatToolbar(*ctlCodeItemDetails);
-    for (QToolBar* toolbar : std::initializer_list<QToolBar*>{tbrCode, tlbTextFormat}) {
+    tbrBrowser = new BrowserToolbar(mnuWebLinks->actions());
+    connect(tbrBrowser, &BrowserToolbar::AddressEntered, this, [this](const QString& text) { m_page->NavigateFromCombo(text); });
+    for (QToolBar* toolbar : std::initializer_list<QToolBar*>{tbrCode, tlbTextFormat, tbrBrowser}) {
         toolbar->setIconSize(tlbMain->iconSize());
         CoolBar1->addWidget(toolbar);
     }
@@ -250,7 +259,15 @@ void frmCodeLib::ConnectPanels()
 
 void frmCodeLib::ConnectDetails()
 {
-    connect(ctlCodeItemDetails, &ctlCodeDetails::CurrentViewChanged, this, &frmCodeLib::ShowTextToolbar);
+    connect(ctlCodeItemDetails, &ctlCodeDetails::CurrentViewChanged, this, &frmCodeLib::CurrentViewChanged);
+    connect(ctlCodeItemDetails, &ctlCodeDetails::BeforeNavigate, tbrBrowser, &BrowserToolbar::SetAddress);
+    connect(ctlCodeItemDetails, &ctlCodeDetails::BrowserCommandStateChange, this, [this](bool back, bool forward) {
+        m_commands.SetEnabled(u"mnuWebGoBack"_s, back);
+        m_commands.SetEnabled(u"mnuWebGoForward"_s, forward);
+    });
+    connect(ctlCodeItemDetails, &ctlCodeDetails::BrowserLinkHovered, statusBar(), [this](const QString& address) {
+        address.isEmpty() ? statusBar()->clearMessage() : statusBar()->showMessage(address);
+    });
     connect(ctlCodeItemDetails, &ctlCodeDetails::TextChanged, this, [this](DetailsTab tab) {
         const bool isCode = tab == DetailsTab::Code || tab == DetailsTab::Usage;
         for (const QString& name : {u"COLORIZE"_s, u"mnuColorize"_s})
@@ -264,14 +281,26 @@ void frmCodeLib::ConnectDetails()
     connect(&tmrStartTimer, &QTimer::timeout, this, &frmCodeLib::tmrStartTimer_Timer);
 }
 
+void frmCodeLib::CurrentViewChanged()
+{
+    const bool isLinks = ctlCodeItemDetails->CurrentView() == DetailsTab::Links;
+    mnuWebLinks->setEnabled(isLinks);
+    for (QAction* action : mnuWebLinks->actions()) // their keys are those of other tabs too
+        action->setShortcutContext(isLinks ? Qt::WindowShortcut : Qt::WidgetShortcut);
+    ShowTextToolbar();
+    if (isLinks)
+        m_page->LinksTabShown();
+}
+
 /// The second band follows the tab.
 void frmCodeLib::ShowTextToolbar()
 {
     const std::optional<DetailsTab> tab = ctlCodeItemDetails->CurrentView();
     const bool isNotes = tab == DetailsTab::Notes;
     const bool isCode = tab == DetailsTab::Code || tab == DetailsTab::Usage;
-    CoolBar1->setCurrentWidget(isNotes ? static_cast<QWidget*>(tlbTextFormat) : tbrCode);
-    CoolBar1->setVisible(m_editingEnabled && (isNotes || isCode));
+    const bool isLinks = tab == DetailsTab::Links;
+    CoolBar1->setCurrentWidget(isNotes ? static_cast<QWidget*>(tlbTextFormat) : isLinks ? static_cast<QWidget*>(tbrBrowser) : tbrCode);
+    CoolBar1->setVisible(isLinks || (m_editingEnabled && (isNotes || isCode)));
     tbrCode->ForgetLastGo();
     tbrCode->UpdateSectionButtons(ctlCodeItemDetails->CurrentSection());
     tlbTextFormat->SetCommandsEnabled(m_editingEnabled && isNotes);
@@ -294,6 +323,7 @@ void frmCodeLib::mnuEdit_Click()
     const std::optional<DetailsTab> tab = ctlCodeItemDetails->CurrentView();
     mnuEditCode->menuAction()->setVisible(tab == DetailsTab::Code || tab == DetailsTab::Usage);
     mnuFormat->menuAction()->setVisible(tab == DetailsTab::Notes);
+    mnuWebLinks->menuAction()->setVisible(tab == DetailsTab::Links);
     tbrCode->UpdateMenu();
     UserTextBox* box = ctlCodeItemDetails->CurrentBox();
     CTextEdit edit;
@@ -407,13 +437,22 @@ void frmCodeLib::ConnectEditCommands()
         {u"mnuPaste"_s, [this] { EditCurrentBox(&CTextEdit::Paste); }},
         {u"mnuClear"_s, [this] { EditCurrentBox(&CTextEdit::Clear); }},
         {u"mnuFindInText"_s, [this] { ctlCodeItemDetails->FindInText(); }},
-        {u"mnuFindNext"_s, [this] { ctlCodeItemDetails->FindNext(); }},
-        {u"mnuFindPrevious"_s, [this] { ctlCodeItemDetails->FindPrevious(); }},
+        {u"mnuFindNext"_s, [this] { ctlCodeItemDetails->FindNextOccurance(); }},
+        {u"mnuFindPrevious"_s, [this] { ctlCodeItemDetails->FindPreviousOccurance(); }},
         {u"mnuGoToLine"_s, [this] { ctlCodeItemDetails->GoToLine(); }},
         {u"mnuColorize"_s, colorize},
         {u"COLORIZE"_s, colorize},
     });
     ConnectViewCommands();
+    m_procedures.insert({
+        {u"mnuWebGoBack"_s, [this] { ctlCodeItemDetails->GoBack(); }},
+        {u"mnuWebGoForward"_s, [this] { ctlCodeItemDetails->GoForward(); }},
+        {u"mnuWebStop"_s, [this] { ctlCodeItemDetails->BrowserStop(); }},
+        {u"mnuWebReload"_s, [this] { ctlCodeItemDetails->Reload(); }},
+        {u"mnuWebHome"_s, [this] { m_page->DisplayDefaultHTMLPage(); }},
+    });
+    for (const QString& name : {u"mnuWebGoBack"_s, u"mnuWebGoForward"_s})
+        m_commands.SetEnabled(name, false);
     // The boxes have these keys themselves; here they are only shown.
     const std::pair<const char*, QKeySequence::StandardKey> keys[] = {
         {"mnuUndo", QKeySequence::Undo}, {"mnuRedo", QKeySequence::Redo},   {"mnuCut", QKeySequence::Cut},

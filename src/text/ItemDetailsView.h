@@ -48,6 +48,9 @@ public:
     /// Nothing that was typed counts as a change any more.
     virtual void ResetChangedBooleans() = 0;
 
+    /// Shows an address on the Links tab; pages of the library by their local addresses.
+    virtual void Navigate(const QString& address) = 0;
+
     /// An item that waited for removal was saved, and so kept.
     std::function<void(const QString& id)> KeepingDeletedRecord;
 };

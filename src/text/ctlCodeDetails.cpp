@@ -8,7 +8,10 @@
 #include "store/SessionValues.h"
 #include "support/ErrorRoutine.h"
 #include "support/ui/Icons.h"
+#include "text/FileDetailsView.h"
 #include "text/WebPages.h"
+#include "text/ui/BrowserView.h"
+#include "text/ui/BusyLogo.h"
 #include "text/ui/CodeBox.h"
 #include "text/ui/FindBar.h"
 #include "text/ui/LocalPage.h"
@@ -44,6 +47,8 @@ constexpr TabRow TabRows[] = {
     {DetailsTab::Code, "&Code", "CODE", "DIS_CODE"},
     {DetailsTab::Notes, "&Notes", "NOTES", "DIS_NOTES"},
     {DetailsTab::Usage, "&Usage", "USAGE", "DIS_USAGE"},
+    {DetailsTab::Files, "Fi&les", "FILES", "DIS_FILES"},
+    {DetailsTab::Links, "&Web Links", "LINKS", "DIS_LINKS"},
     {DetailsTab::Info, "I&nfo", "INFO", "DIS_INFO"},
 };
 
@@ -118,41 +123,19 @@ QWidget* ctlCodeDetails::MakeWelcomePage()
     return page;
 }
 
-void ctlCodeDetails::OpenAddress(const QString& address)
-{
-    if (!OpenTarget(address))
-        Prompts::Current().MsgBox({.Text = u"No application could be started for '%1'."_s.arg(address),
-                                   .Caption = ApplicationTitle,
-                                   .Icon = MsgBoxIcon::Information});
-}
-
-void ctlCodeDetails::DisplayWelcomePage()
-{
-    const QString folder = Session().CurrentHTMLFolder;
-    if (qb::DefaultPagesMissing(folder))
-        Q_EMIT DefaultPagesMissing(folder);
-    webWelcome->ShowPage(folder, WelcomePage, BuiltInPage(WelcomePage));
-}
-
 QWidget* ctlCodeDetails::MakeItemPage()
 {
     auto* page = new QWidget;
     m_title = MakeLabel(u"lblTitle"_s, 1.35, true);
     m_description = MakeLabel(u"lblDescription"_s, 1.0, false);
-    m_attachments = MakeLabel(u"lblAttachments"_s, 0.9, false);
+    m_lockedState = MakeLabel(u"lblLockedState"_s, 0.9, false);
     MakeBoxes();
-    m_tabs = new QTabWidget;
-    m_tabs->setObjectName(u"tbsTabs"_s);
-    m_tabs->setDocumentMode(true);
-    const std::array<QWidget*, std::size(TabRows)> boxes{rtbCode, rtbNotes, rtbUsage, txtInfo};
-    for (size_t i = 0; i < boxes.size(); ++i)
-        m_tabs->addTab(boxes[i], QString::fromLatin1(TabRows[i].Title));
-    connect(m_tabs, &QTabWidget::currentChanged, this, &ctlCodeDetails::CurrentViewChanged);
+    MakeTabs();
     auto* header = new QVBoxLayout;
     header->setContentsMargins(Gap, Gap, Gap, 0);
     header->addWidget(m_title);
     header->addWidget(m_description);
-    header->addWidget(m_attachments);
+    header->addWidget(m_lockedState);
     auto* layout = new QVBoxLayout(page);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addLayout(header);
@@ -161,6 +144,30 @@ QWidget* ctlCodeDetails::MakeItemPage()
     layout->addWidget(m_findBar);
     connect(this, &ctlCodeDetails::CurrentViewChanged, m_findBar, &FindBar::Refresh);
     return page;
+}
+
+void ctlCodeDetails::MakeTabs()
+{
+    m_filePage = new QWidget;
+    auto* fileLayout = new QVBoxLayout(m_filePage);
+    fileLayout->setContentsMargins(0, 0, 0, 0);
+    webLinks = new BrowserView;
+    webLinks->setObjectName(u"webLinks"_s);
+    imgLabel = new BusyLogo;
+    imgLabel->setObjectName(u"imgLabel"_s);
+    m_tabs = new QTabWidget;
+    m_tabs->setObjectName(u"tbsTabs"_s);
+    m_tabs->setDocumentMode(true);
+    m_tabs->setCornerWidget(imgLabel);
+    const std::array<QWidget*, std::size(TabRows)> pages{rtbCode, rtbNotes, rtbUsage, m_filePage, webLinks, txtInfo};
+    for (size_t i = 0; i < pages.size(); ++i)
+        m_tabs->addTab(pages[i], QString::fromLatin1(TabRows[i].Title));
+    for (const TabRow& row : TabRows)
+        SetTabEnabled(row.Tab, false);
+    imgLabel->hide();
+    connect(m_tabs, &QTabWidget::currentChanged, this, &ctlCodeDetails::CurrentViewChanged);
+    connect(this, &ctlCodeDetails::CurrentViewChanged, imgLabel, [this] { imgLabel->setVisible(CurrentView() == DetailsTab::Links); });
+    ConnectBrowser();
 }
 
 void ctlCodeDetails::MakeBoxes()
@@ -260,7 +267,9 @@ void ctlCodeDetails::Initialise(Database* database, CCodeItem* item)
     m_description->setText(description);
     m_description->setVisible(!description.isEmpty());
     ShowTexts();
-    ShowAttachments();
+    if (ctlFileDetails1)
+        ctlFileDetails1->Initialise(*database, item->Key());
+    ShowLockedState();
     DisplayTabWithContent();
     m_pages->setCurrentIndex(1);
     m_userChange = true;
@@ -281,6 +290,8 @@ void ctlCodeDetails::TreeReplaced()
 {
     m_userChange = false;
     m_item = nullptr;
+    if (ctlFileDetails1)
+        ctlFileDetails1->Terminate();
     m_pages->setCurrentIndex(0);
     Q_EMIT CurrentViewChanged();
 }
@@ -290,6 +301,14 @@ void ctlCodeDetails::SetLocked(bool locked)
     m_locked = locked;
     for (const TextState& text : m_texts)
         text.Box->SetLocked(locked);
+    if (ctlFileDetails1)
+        ctlFileDetails1->SetLocked(locked);
+}
+
+void ctlCodeDetails::SetFileControl(FileDetailsView& files)
+{
+    ctlFileDetails1 = &files;
+    m_filePage->layout()->addWidget(files.Page());
 }
 
 void ctlCodeDetails::SetDefaultFont(const RtfFont& font)
@@ -483,6 +502,17 @@ UserTextBox* ctlCodeDetails::CurrentBox() const
     return tab == DetailsTab::Usage ? rtbUsage : nullptr;
 }
 
+QString ctlCodeDetails::SelText() const
+{
+    const UserTextBox* box = CurrentBox();
+    return box ? box->SelText() : QString();
+}
+
+QString ctlCodeDetails::CodeWindowText() const
+{
+    return rtbCode->Text();
+}
+
 void ctlCodeDetails::NotesSetFocus()
 {
     rtbNotes->setFocus();
@@ -506,32 +536,10 @@ void ctlCodeDetails::DisplayTabWithContent()
         SetCurrentView(first->Tab);
 }
 
-// What stands beside the texts
-
-void ctlCodeDetails::ShowWelcomeFacts(Database* database)
+void ctlCodeDetails::ShowLockedState()
 {
-    webWelcome->setVisible(database);
-    if (!database) {
-        m_facts->setText(u"No library is open. The File menu makes a new one or adds an existing one."_s);
-        return;
-    }
-    DisplayWelcomePage();
-    const qint64 items = database->QueryValue(u"SELECT count(*) FROM Items"_s).ToLong();
-    m_facts->setText(u"%1\n%2 items, %3"_s.arg(QDir::toNativeSeparators(database->Name()), QLocale().toString(items),
-                                              QLocale().formattedDataSize(QFileInfo(database->Name()).size())));
-}
-
-void ctlCodeDetails::ShowAttachments()
-{
-    QStringList parts;
-    if (m_hasFiles)
-        parts << u"has stored files"_s;
-    if (m_hasPage)
-        parts << u"has a web page"_s;
-    if (m_locked)
-        parts << u"locked until the next synchronization"_s;
-    m_attachments->setText(parts.join(u", "_s));
-    m_attachments->setVisible(!parts.isEmpty());
+    m_lockedState->setText(m_locked ? u"locked until the next synchronization"_s : QString());
+    m_lockedState->setVisible(m_locked);
 }
 
 } // namespace qb

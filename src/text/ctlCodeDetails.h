@@ -18,15 +18,18 @@ class QTabWidget;
 
 namespace qb {
 
+class BrowserView;
+class BusyLogo;
 class CodeBox;
 class CodeSections;
+class FileDetailsView;
 class FindBar;
 class LocalPage;
 class RichTextBox;
 
 /// The panel that shows and edits the current item: its title and description, and a tab each for
-/// code, notes, usage and info, whose images tell which of them have content. With no item it
-/// shows the welcome page.
+/// code, notes, usage, stored files, the web page and info, whose images tell which of them have
+/// content. With no item it shows the welcome page.
 class ctlCodeDetails : public QWidget, public ItemDetailsView {
     Q_OBJECT
 
@@ -42,16 +45,25 @@ public:
     void SetCodeEnabled(bool hasContent) override { SetTabEnabled(DetailsTab::Code, hasContent); }
     void SetNotesEnabled(bool hasContent) override { SetTabEnabled(DetailsTab::Notes, hasContent); }
     void SetUsageEnabled(bool hasContent) override { SetTabEnabled(DetailsTab::Usage, hasContent); }
-    void SetFilesEnabled(bool hasContent) override { m_hasFiles = hasContent; }
-    void SetLinksEnabled(bool hasContent) override { m_hasPage = hasContent; }
+    void SetFilesEnabled(bool hasContent) override { SetTabEnabled(DetailsTab::Files, hasContent); }
+    void SetLinksEnabled(bool hasContent) override { SetTabEnabled(DetailsTab::Links, hasContent); }
     void SetCurrentView(DetailsTab tab) override;
     void ColorizeItem() override;
     bool SaveItem(bool keep = false) override;
     bool SetItemChanged(bool automatic) override;
     void ResetChangedBooleans() override;
+    void Navigate(const QString& address) override;
+
+    /// The list of stored files, whose page is the tab's from now on.
+    void SetFileControl(FileDetailsView& files);
+    FileDetailsView* FileControl() const { return ctlFileDetails1; }
 
     /// The tab that is shown; nothing on the welcome page.
     std::optional<DetailsTab> CurrentView() const;
+    /// Its number; 0 on the welcome page.
+    int CurrentTab() const { return int(CurrentView().value_or(DetailsTab{})); }
+    /// Whether a tab's image says that it has content.
+    bool TabEnabled(DetailsTab tab) const { return m_hasContent[size_t(tab)]; }
     /// Stays on the tab it is on if that has content, or goes to the first that has.
     void DisplayTabWithContent();
     /// The font of notes that have none of their own.
@@ -62,6 +74,10 @@ public:
     /// The box of the visible tab; null where there is none.
     UserTextBox* CurrentBox() const;
     RichTextBox* RTBNotesControl() const { return rtbNotes; }
+    /// The selected text of the visible box.
+    QString SelText() const;
+    /// The code as plain text, as it stands in its box.
+    QString CodeWindowText() const;
 
     /// Colours a copy of the text of "Code" or "Usage", which is put back with @p saveBack. Returns
     /// its RTF; empty for an empty text.
@@ -75,8 +91,8 @@ public:
     // What is seen of the texts
 
     void FindInText();
-    void FindNext();
-    void FindPrevious();
+    void FindNextOccurance();
+    void FindPreviousOccurance();
     /// Asks for a line of the code and goes there.
     void GoToLine();
     /// In percent; the boxes keep within 50 to 400.
@@ -84,6 +100,15 @@ public:
     void SetZoom(int percent);
     void SetLineNumbers(bool shown);
     void SetWordWrap(bool wraps);
+
+    // The browser of the Links tab
+
+    void GoBack();
+    void GoForward();
+    void BrowserStop();
+    void Reload();
+    /// Shows a page of the folder of web pages on the welcome page.
+    void WelcomeBrowserNavigate(const QString& page);
 
     // Texts that were not saved before the program ended
 
@@ -136,6 +161,11 @@ Q_SIGNALS:
     /// The folder of web pages lacks a default page; shown is what is there afterwards.
     void DefaultPagesMissing(const QString& folder);
     void SectionDeleted(quint8 header);
+    /// The browser goes to an address; @p address is what to show of it.
+    void BeforeNavigate(const QString& address);
+    void BrowserCommandStateChange(bool back, bool forward);
+    void BrowserProgressChange(int percent);
+    void BrowserLinkHovered(const QString& address);
     /// A key was pressed in a box for code.
     void CodeKeyDown(QKeyEvent* event);
 
@@ -163,6 +193,8 @@ private:
 
     QWidget* MakeWelcomePage();
     QWidget* MakeItemPage();
+    void MakeTabs();
+    void ConnectBrowser();
     void MakeBoxes();
     void MakeProgress();
     template <class Box>
@@ -186,7 +218,7 @@ private:
     void ShowColorizeProgress(int percent);
     void SetTabEnabled(DetailsTab tab, bool hasContent);
     bool KeepsDeletedItem() const;
-    void ShowAttachments();
+    void ShowLockedState();
     void ShowWelcomeFacts(Database* database);
 
     CTextFormat mFT;
@@ -194,7 +226,7 @@ private:
     QStackedWidget* m_pages;
     QLabel* m_title = nullptr;
     QLabel* m_description = nullptr;
-    QLabel* m_attachments = nullptr;
+    QLabel* m_lockedState = nullptr;
     QLabel* m_facts = nullptr;
     LocalPage* webWelcome = nullptr;
     QTabWidget* m_tabs = nullptr;
@@ -202,6 +234,10 @@ private:
     RichTextBox* rtbNotes = nullptr;
     CodeBox* rtbUsage = nullptr;
     QPlainTextEdit* txtInfo = nullptr;
+    QWidget* m_filePage = nullptr; ///< holds the list of stored files
+    FileDetailsView* ctlFileDetails1 = nullptr;
+    BrowserView* webLinks = nullptr;
+    BusyLogo* imgLabel = nullptr;
     FindBar* m_findBar = nullptr;
     std::optional<RecoveryFile> m_recovery; ///< of the open library
     QTimer m_recoveryTimer;
@@ -213,8 +249,6 @@ private:
     std::array<TextState, TextCount> m_texts;
     std::array<bool, 7> m_hasContent{}; ///< by the number of the tab
     bool m_userChange = false;          ///< a change of a box is the user's; not while an item is loaded
-    bool m_hasFiles = false;
-    bool m_hasPage = false;
     bool m_locked = false;
 };
 

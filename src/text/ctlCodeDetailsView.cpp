@@ -28,12 +28,12 @@ void ctlCodeDetails::FindInText()
     m_findBar->Open();
 }
 
-void ctlCodeDetails::FindNext()
+void ctlCodeDetails::FindNextOccurance()
 {
     m_findBar->FindNext();
 }
 
-void ctlCodeDetails::FindPrevious()
+void ctlCodeDetails::FindPreviousOccurance()
 {
     m_findBar->FindPrevious();
 }

@@ -199,10 +199,10 @@ private Q_SLOTS:
         Open();
         ClickOn(0);
         QVERIFY(TabIcon(0));
-        QVERIFY(m_window->findChild<QLabel*>(u"lblAttachments"_s)->isVisible());
+        QVERIFY(Details()->TabEnabled(DetailsTab::Links));
         Action(u"NEW"_s)->trigger();
         QVERIFY(!TabIcon(0));
-        QVERIFY(!m_window->findChild<QLabel*>(u"lblAttachments"_s)->isVisible());
+        QVERIFY(!Details()->TabEnabled(DetailsTab::Links));
         QTest::keyClick(m_window->findChild<QLineEdit*>(u"txtLabelEdit"_s), Qt::Key_Escape);
         QVERIFY(Action(u"mnuRename"_s)->isEnabled());
     }
@@ -388,6 +388,10 @@ private Q_SLOTS:
                                           "    Dim total As Double, name As String\r\n    name = \"price of \" & CStr(Count)\r\n"
                                           "    If Count > 0 Then ' plain\r\n        total = Count * 2.5\r\n    End If\r\n"
                                           "    Price = total\r\nEnd Function\r\n"_s, CodeFont));
+        Write(u"Example"_s, RtfFromPlainText(u"Debug.Print Price(3) ' 7.5"_s, CodeFont));
+        Write(u"Info"_s, u"Prices are in the currency of the library."_s);
+        AddStoredFile(*m_database, m_item, u"Price list.pdf"_s, QByteArray(48211, 'x'), Date::FromParts(2026, 2, 3, 9, 30, 0));
+        AddStoredFile(*m_database, m_item, u"Tests.zip"_s, QByteArray(1201, 'x'), Date::FromParts(2026, 2, 7, 19, 4, 11));
         for (const bool dark : {false, true}) {
             const QString suffix = dark ? u"-dark"_s : QString();
             const QPalette before = QApplication::palette();
@@ -401,19 +405,18 @@ private Q_SLOTS:
             TakePicture(*m_window, u"code"_s + suffix);
             Tab(1);
             TakePicture(*m_window, u"notes"_s + suffix);
+            Tab(2);
+            TakePicture(*m_window, u"usage"_s + suffix);
+            Tab(3);
+            TakePicture(*m_window, u"files"_s + suffix);
+            Tab(5);
+            TakePicture(*m_window, u"info"_s + suffix);
             m_window.reset();
             QApplication::setPalette(before);
         }
     }
 
 private:
-    static QPalette DarkPalette()
-    {
-        QPalette palette(QColor(0x31, 0x36, 0x3b), QColor(0x2a, 0x2e, 0x32));
-        palette.setColor(QPalette::Base, QColor(0x1b, 0x1e, 0x20));
-        palette.setColor(QPalette::Link, QColor(0x1d, 0x99, 0xf3));
-        return palette;
-    }
 };
 
 QB_GUI_TEST_MAIN(TestEditing)

@@ -7,6 +7,7 @@
 #include "support/LibraryBuilder.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
+#include "text/ctlCodeDetails.h"
 #include "text/ui/CodeBox.h"
 #include "text/ui/RichTextBox.h"
 
@@ -86,6 +87,7 @@ protected:
     QModelIndex Child(int row) { return Tree()->model()->index(row, 0, Root()); }
     CodeBox* Code() { return m_window->findChild<CodeBox*>(u"rtbCode"_s); }
     RichTextBox* Notes() { return m_window->findChild<RichTextBox*>(u"rtbNotes"_s); }
+    ctlCodeDetails* Details() { return m_window->findChild<ctlCodeDetails*>(u"ctlCodeItemDetails"_s); }
     QAction* Action(const QString& name) { return m_window->findChild<QAction*>(name); }
     QAction* Button(const QString& key) { return ToolbarButton(u"tlbTextFormat"_s, key); }
     QAction* CodeButton(const QString& key) { return ToolbarButton(u"tbrCode"_s, key); }

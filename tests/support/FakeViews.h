@@ -107,6 +107,9 @@ public:
         ++Resets;
     }
 
+    void Navigate(const QString& address) override { Addresses << address; }
+
+    QStringList Addresses; ///< that were navigated to
     bool HasDatabase = false;
     QPointer<CCodeItem> Item; ///< of the last Initialise
     QString Title;

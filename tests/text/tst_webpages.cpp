@@ -13,6 +13,24 @@ class TestWebPages : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
+    void builtInPages_canBeAddedTo_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("welcome page") << WelcomePage;
+        QTest::newRow("template") << PageTemplate;
+    }
+    /// The last paragraph ends on the line before the mark, where links and pictures are inserted.
+    void builtInPages_canBeAddedTo()
+    {
+        QFETCH(QString, name);
+        const QString page = BuiltInPage(name);
+        const qsizetype start = page.indexOf(u"<!--Start-->"_s);
+        const qsizetype end = page.indexOf(u"</p>\n<!--End-->"_s);
+        QVERIFY(start > 0);
+        QVERIFY(end > start);
+        QVERIFY(page.indexOf(u"</td>"_s, end) > end);
+    }
+
     void init() { FailOnWarnings(); }
 
     void missingPages_areMade()

@@ -1,0 +1,55 @@
+#include "session/ui/BrowserToolbar.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QCompleter>
+#include <QHash>
+#include <QLineEdit>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The keys of the buttons, by the entries of the menu.
+const QHash<QString, QString>& ButtonKeys()
+{
+    static const QHash<QString, QString> keys{
+        {u"mnuWebGoBack"_s, u"BACK"_s},     {u"mnuWebGoForward"_s, u"FORWARD"_s}, {u"mnuWebStop"_s, u"STOP"_s},
+        {u"mnuWebReload"_s, u"RELOAD"_s}, {u"mnuWebHome"_s, u"HOME"_s},
+    };
+    return keys;
+}
+
+} // namespace
+
+BrowserToolbar::BrowserToolbar(const QList<QAction*>& commands, QWidget* parent) : QToolBar(parent), cboURL(new QComboBox)
+{
+    setObjectName(u"tbrBrowser"_s);
+    for (QAction* command : commands) {
+        command->setProperty("key", ButtonKeys().value(command->objectName()));
+        addAction(command);
+    }
+    cboURL->setObjectName(u"cboURL"_s);
+    cboURL->setAccessibleName(u"Address"_s);
+    cboURL->setEditable(true);
+    cboURL->setInsertPolicy(QComboBox::InsertAtTop);
+    cboURL->setDuplicatesEnabled(false);
+    cboURL->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    cboURL->lineEdit()->setPlaceholderText(u"This item has no web page. Type an address to visit one."_s);
+    addWidget(cboURL);
+    cboURL->completer()->setCompletionMode(QCompleter::PopupCompletion);
+    connect(cboURL, &QComboBox::textActivated, this, [this](const QString& text) {
+        if (!text.trimmed().isEmpty())
+            Q_EMIT AddressEntered(text);
+    });
+}
+
+void BrowserToolbar::SetAddress(const QString& address)
+{
+    cboURL->setEditText(address);
+    cboURL->lineEdit()->setCursorPosition(0);
+}
+
+} // namespace qb

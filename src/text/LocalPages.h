@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QUrl>
+#include <optional>
+
+namespace qb {
+
+/// The pages of a library's folder of web pages have a scheme of their own in the browser:
+/// quillbase-page://library/17.htm. No page of the web shares their origin and no file outside
+/// that folder can be named in it.
+inline constexpr const char* LocalPageScheme = "quillbase-page";
+
+/// The address of a file of the folder of web pages.
+QUrl LocalPageUrl(const QString& name);
+bool IsLocalPage(const QUrl& url);
+
+/// What the address box shows for an address: "local://Item17" for the page of item 17, nothing for
+/// the default pages and a blank page, anything else as it is.
+QString AddressText(const QUrl& url);
+/// The address of what was typed into the address box. Text without a scheme gets "http://".
+QUrl UrlOfAddress(const QString& text);
+
+struct LocalPageFile {
+    QByteArray Content;
+    QByteArray MimeType;
+};
+/// What the browser gets for an address of a local page: a file of @p folder. A page comes with a
+/// policy that lets it run no script and load nothing but files of that scheme. Nothing when there
+/// is no such file, or its name leads out of the folder.
+std::optional<LocalPageFile> ReadLocalPageFile(const QString& folder, const QUrl& url);
+
+/// Whether @p page may load @p resource into itself. A local page reaches the files of its own
+/// folder (17.htm those in 17/), a page of the web only the web.
+bool MayRequest(const QUrl& page, const QUrl& resource);
+
+enum class NavigationCause {
+    Asked,  ///< by the user: typed, chosen, back, forward, reload
+    Clicked, ///< a link of the page
+    Page,   ///< by the page itself
+};
+enum class NavigationAnswer {
+    Show,
+    OpenOutside, ///< the desktop's application for such addresses is asked
+    Refuse,
+};
+/// What becomes of a navigation of the whole view from one page to another.
+NavigationAnswer AnswerNavigation(const QUrl& from, const QUrl& to, NavigationCause cause);
+
+} // namespace qb

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QString>
+#include <QUrl>
+#include <functional>
+#include <memory>
+
+class QWidget;
+
+namespace qb {
+
+/// A browser. It stands in a library of its own that is loaded when the first one is made, so that
+/// nothing of it is paid for before.
+class WebBrowser {
+public:
+    virtual ~WebBrowser() = default;
+
+    virtual QWidget* Widget() = 0;
+    /// The folder of the local pages from now on.
+    virtual void SetPages(const QString& folder) = 0;
+    virtual void Navigate(const QUrl& url) = 0;
+    virtual void GoBack() = 0;
+    virtual void GoForward() = 0;
+    virtual void Stop() = 0;
+    virtual void Reload() = 0;
+
+    // What it tells
+    std::function<void(const QUrl& url)> BeforeNavigate;
+    std::function<void(bool back, bool forward)> CommandStateChange;
+    std::function<void(int percent)> ProgressChange;
+    std::function<void(const QUrl& url)> DocumentComplete;
+    /// An address that is not for the browser: a mail address, a file to be loaded.
+    std::function<void(const QUrl& url)> OpenOutside;
+    std::function<void(const QString& address)> LinkHovered;
+};
+
+/// Makes a browser; null when the library or what it needs is not installed, with the reason in
+/// @p reason.
+std::unique_ptr<WebBrowser> MakeWebBrowser(QString& reason);
+
+} // namespace qb

@@ -1,0 +1,347 @@
+#include "session/ui/BrowserToolbar.h"
+#include "support/EditingWindow.h"
+#include "text/LocalPages.h"
+#include "text/ui/BrowserView.h"
+#include "text/ui/BusyLogo.h"
+#include "text/ui/ctlCaptionRTB.h"
+
+#include <QBuffer>
+#include <QComboBox>
+#include <QSignalSpy>
+#include <QStatusBar>
+#include <QTcpServer>
+#include <QTcpSocket>
+
+using namespace qb;
+using namespace qb::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int LinksTab = 4;
+
+QByteArray Png(Qt::GlobalColor color)
+{
+    QImage image(80, 80, QImage::Format_RGB32);
+    image.fill(color);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    image.save(&buffer, "PNG");
+    return bytes;
+}
+
+/// A web server that gives one page and writes down what was asked for.
+class PageServer : public QTcpServer {
+public:
+    explicit PageServer(QByteArray page) : m_page(std::move(page))
+    {
+        listen(QHostAddress::LocalHost);
+        connect(this, &QTcpServer::newConnection, this, [this] {
+            QTcpSocket* socket = nextPendingConnection();
+            connect(socket, &QTcpSocket::readyRead, this, [this, socket] { Answer(*socket); });
+            connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+        });
+    }
+    QString Address() const { return u"http://127.0.0.1:%1/"_s.arg(serverPort()); }
+    QStringList Asked; ///< paths
+
+private:
+    void Answer(QTcpSocket& socket)
+    {
+        const QByteArray request = socket.readAll();
+        const QString path = QString::fromLatin1(request.mid(4, request.indexOf(' ', 4) - 4));
+        Asked << path;
+        const QByteArray type = path.endsWith(u".bin"_s) ? "application/octet-stream" : "text/html";
+        socket.write("HTTP/1.0 200 OK\r\nContent-Type: " + type + "\r\nContent-Length: " + QByteArray::number(m_page.size()) + "\r\n\r\n"
+                     + m_page);
+        socket.disconnectFromHost();
+    }
+    QByteArray m_page;
+};
+
+} // namespace
+
+/// The Links tab with its browser, and the Files tab beside it.
+class TestWebLinks : public QObject, private EditingWindow {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        // Without a display the browser draws by itself, of which it tells.
+        QTest::failOnWarning(QRegularExpression(u"^(?!This plugin does not support |WebEngineContext used before |No suitable graphics backend )"_s));
+        Begin();
+        m_folder = m_home->Path(u"data/QBLib_HTML"_s) + u'/';
+    }
+    void cleanup() { End(); }
+
+    void start_makesNoBrowser()
+    {
+        Open();
+        ClickOn(0);
+        QVERIFY(View()->findChildren<QWidget*>().isEmpty());
+        Tab(LinksTab);
+        QVERIFY(!View()->findChildren<QWidget*>().isEmpty());
+    }
+
+    void itemWithOnlyAPage_opensOnItsTab()
+    {
+        GivePage("<p>page</p>");
+        Open();
+        ClickOn(1);
+        ClickOn(0);
+        QCOMPARE(Details()->CurrentView(), DetailsTab::Links);
+        QTRY_COMPARE(Address(), u"local://Item%1"_s.arg(m_item));
+    }
+
+    void localPage_showsItsOwnPicturesAndRunsNoScript()
+    {
+        PageServer server("<p>web</p>");
+        WriteFile(m_folder + QString::number(m_item) + u"/own.png"_s, Png(Qt::green));
+        WriteFile(m_folder + u"999/foreign.png"_s, Png(Qt::red));
+        WriteFile(m_home->Path(u"data/secret.png"_s), Png(Qt::red));
+        const QByteArray id = QByteArray::number(m_item);
+        const QByteArray web = server.Address().toUtf8();
+        GivePage("<!doctype html><html><head><meta http-equiv='refresh' content='0;url=" + web + "refresh'>"
+                 "<link rel='stylesheet' href='" + web + "style.css'><link rel='prefetch' href='" + web + "prefetch'></head>"
+                 "<body style='background:#fff'><img src='" + id + "/own.png'><img src='999/foreign.png'>"
+                 "<img src='../secret.png'><img src='file://" + m_home->Path(u"data/secret.png"_s).toUtf8() + "'>"
+                 "<img src='" + web + "picture.png'><iframe src='" + web + "frame'></iframe>"
+                 "<script>document.body.style.background='#f00'; document.title='ran';</script>"
+                 "<img src='x' onerror=\"document.body.style.background='#f00'\"></body></html>");
+        Open();
+        ClickOn(0);
+        Tab(LinksTab);
+        QTRY_VERIFY(Shows(Qt::green));
+        QTest::qWait(300); // for what should not happen
+        QVERIFY(!Shows(Qt::red));
+        QCOMPARE(server.Asked, QStringList());
+        QCOMPARE(Address(), u"local://Item%1"_s.arg(m_item));
+    }
+
+    void pageOfTheWeb_runsItsScriptsAndReachesNoLocalPage()
+    {
+        WriteFile(m_folder + u"17.htm"_s, "<p>page</p>");
+        WriteFile(m_folder + u"17/own.png"_s, Png(Qt::green));
+        PageServer server("<body><img src='quillbase-page://library/17/own.png'><iframe src='quillbase-page://library/17.htm'></iframe>"
+                          "<script>document.body.style.background='#f00';"
+                          "setTimeout(()=>{location='quillbase-page://library/17.htm'}, 50)</script></body>");
+        Open();
+        ClickOn(0);
+        Tab(LinksTab);
+        Type(server.Address());
+        QTRY_VERIFY(Shows(Qt::red));
+        QTest::qWait(300);
+        QVERIFY(Shows(Qt::red));
+        QVERIFY(!Shows(Qt::green));
+        QCOMPARE(Address(), server.Address());
+    }
+
+    void commands_goBackForwardHomeAndReload()
+    {
+        PageServer server("<p>web</p>");
+        Open();
+        ClickOn(0);
+        QVERIFY(!ToolbarButton(u"tbrBrowser"_s, u"BACK"_s)->isEnabled());
+        Tab(LinksTab);
+        QVERIFY(ToolbarButton(u"tbrBrowser"_s, u"HOME"_s)->isVisible());
+        QTRY_VERIFY(Loaded() > 0);
+        Type(server.Address().mid(7)); // without its scheme
+        QTRY_VERIFY(ToolbarButton(u"tbrBrowser"_s, u"BACK"_s)->isEnabled());
+        QCOMPARE(Address(), server.Address());
+        const auto pages = [&server] { return server.Asked.count(u"/"_s); };
+        QTRY_COMPARE(pages(), 1);
+        ToolbarButton(u"tbrBrowser"_s, u"RELOAD"_s)->trigger();
+        QTRY_COMPARE(pages(), 2);
+        ToolbarButton(u"tbrBrowser"_s, u"BACK"_s)->trigger();
+        QTRY_COMPARE(Address(), QString()); // the template
+        QTRY_VERIFY(ToolbarButton(u"tbrBrowser"_s, u"FORWARD"_s)->isEnabled());
+        QVERIFY(!ToolbarButton(u"tbrBrowser"_s, u"BACK"_s)->isEnabled());
+        ToolbarButton(u"tbrBrowser"_s, u"FORWARD"_s)->trigger();
+        QTRY_COMPARE(Address(), server.Address());
+        ToolbarButton(u"tbrBrowser"_s, u"HOME"_s)->trigger();
+        QTRY_COMPARE(Address(), QString());
+    }
+
+    void logo_turnsWhileAPageOfTheWebLoads()
+    {
+        QTcpServer silent;
+        QVERIFY(silent.listen(QHostAddress::LocalHost));
+        Open();
+        ClickOn(0);
+        auto* logo = m_window->findChild<BusyLogo*>(u"imgLabel"_s);
+        QVERIFY(!logo->isVisible());
+        Tab(LinksTab);
+        QVERIFY(logo->isVisible());
+        QTRY_VERIFY(Loaded() > 0);
+        QVERIFY(!logo->IsBusy());
+        Type(u"http://127.0.0.1:%1/"_s.arg(silent.serverPort()));
+        QTRY_VERIFY(logo->IsBusy());
+        ToolbarButton(u"tbrBrowser"_s, u"STOP"_s)->trigger();
+        QVERIFY(!logo->IsBusy());
+    }
+
+    void file_isNotLoadedByThePage()
+    {
+        PageServer server("bytes");
+        Open();
+        ClickOn(0);
+        Tab(LinksTab);
+        m_prompts->ExpectMsgBox(ApplicationTitle);
+        const QByteArray path = qgetenv("PATH");
+        const auto restore = qScopeGuard([path] { qputenv("PATH", path); });
+        qputenv("PATH", ""); // no desktop to open it
+        Type(server.Address() + u"file.bin"_s);
+        QTRY_VERIFY(!m_prompts->Messages.isEmpty());
+        QCOMPARE(m_prompts->Messages.last().Text, u"No application could be started for '%1file.bin'."_s.arg(server.Address()));
+    }
+
+    void menu_isTheTabs()
+    {
+        Open();
+        ClickOn(0);
+        OpenMenu(u"mnuEdit"_s);
+        QVERIFY(!WebMenu()->menuAction()->isVisible());
+        Tab(LinksTab);
+        OpenMenu(u"mnuEdit"_s);
+        QVERIFY(WebMenu()->menuAction()->isVisible());
+    }
+
+    void files_areListed()
+    {
+        const Date added = Date::FromParts(2026, 3, 1, 10, 0, 0);
+        AddStoredFile(*m_database, m_item, u"Big.txt"_s, QByteArray(12345, 'x'), added);
+        AddStoredFile(*m_database, m_item, u"alpha.png"_s, "123456789", added.AddDays(1));
+        AddStoredFile(*m_database, m_item, u"mid.zip"_s, QByteArray(100, 'x'), added.AddDays(-1));
+        Open();
+        ClickOn(1);
+        auto* list = m_window->findChild<QTreeView*>(u"lvFiles"_s);
+        QCOMPARE(list->model()->rowCount(), 0);
+        Tab(3);
+        TakePicture(*m_window, u"files-empty"_s);
+        ClickOn(0); // the tab has content now, so it stays
+        QCOMPARE(Details()->CurrentView(), DetailsTab::Files);
+        QCOMPARE(list->model()->rowCount(), 3);
+        const auto column = [list](int at) {
+            QStringList texts;
+            for (int row = 0; row < list->model()->rowCount(); ++row)
+                texts << list->model()->index(row, at).data().toString();
+            return texts;
+        };
+        QCOMPARE(column(0), QStringList({u"alpha.png"_s, u"Big.txt"_s, u"mid.zip"_s}));
+        list->sortByColumn(4, Qt::AscendingOrder);
+        QCOMPARE(column(4), QStringList({u"9"_s, u"100"_s, u"12,345"_s}));
+        QCOMPARE(column(2), QStringList({u"000000000009"_s, u"000000000100"_s, u"000000012345"_s}));
+        list->sortByColumn(3, Qt::DescendingOrder);
+        QCOMPARE(column(0), QStringList({u"alpha.png"_s, u"Big.txt"_s, u"mid.zip"_s}));
+        Tree()->setCurrentIndex(Root());
+        QCOMPARE(list->model()->rowCount(), 3); // the welcome page covers it
+    }
+
+    void captionBox_isBoxOrBrowser()
+    {
+        WriteFile(m_folder + u"17.htm"_s, "<body style='background:#0f0'></body>");
+        ctlCaptionRTB box;
+        box.resize(300, 200);
+        box.SetCaption(u" Database Item"_s);
+        box.SetCaptionHeight(30);
+        box.SetText(u"text"_s);
+        box.SetSelStart(0);
+        box.SetSelLength(2);
+        box.SetSelBold(true);
+        box.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&box));
+        QCOMPARE(box.Caption(), u" Database Item"_s);
+        QCOMPARE(box.CaptionHeight(), 30);
+        QCOMPARE(box.SelText(), u"te"_s);
+        QCOMPARE(box.SelBold(), true);
+        QVERIFY(box.TextRTF().contains(u"\\b"_s));
+        box.SetTextBackColor(Qt::yellow);
+        box.SetShowInactive(true);
+        box.SetInactiveColor(Qt::gray);
+        const auto back = [&box] { return box.RtbText()->palette().color(QPalette::Base); };
+        QCOMPARE(back(), QColor(Qt::yellow));
+        box.SetInactive(true);
+        QVERIFY(!box.RtbText()->isEnabled());
+        QCOMPARE(back(), QColor(Qt::gray));
+        box.SetInactive(false);
+        QCOMPARE(back(), QColor(Qt::yellow));
+        box.SetLocked(true);
+        QVERIFY(box.Locked());
+        QVERIFY(!box.ShowBrowser());
+        box.SetShowBrowser(true);
+        box.Navigate(u"local://Item17"_s, m_folder);
+        auto* browser = box.findChild<BrowserView*>(u"WebBrowser"_s);
+        QTRY_COMPARE(QColor(browser->grab().toImage().pixelColor(50, 50)), QColor(Qt::green));
+        box.SetShowBrowser(false);
+        QVERIFY(box.RtbText()->isVisible());
+    }
+
+    void pictures()
+    {
+        WriteFile(m_folder + QString::number(m_item) + u"/own.png"_s, Png(Qt::darkCyan));
+        for (const bool dark : {false, true}) {
+            const QString suffix = dark ? u"-dark"_s : QString();
+            const QPalette before = QApplication::palette();
+            if (dark)
+                QApplication::setPalette(DarkPalette());
+            Open();
+            m_window->resize(1000, 640);
+            ClickOn(1);
+            Tab(LinksTab);
+            QTRY_VERIFY(Loaded() > 0);
+            QTest::qWait(200);
+            TakePicture(*m_window, u"links-empty"_s + suffix);
+            GivePage("<h2>How a price is made up</h2><p>From the <a href='https://example.org'>rules of 2026</a>:</p><img src='"
+                     + QByteArray::number(m_item) + "/own.png'>");
+            ClickOn(0);
+            QTRY_VERIFY(Loaded() > 1);
+            QTest::qWait(200);
+            TakePicture(*m_window, u"links"_s + suffix);
+            m_window.reset();
+            QApplication::setPalette(before);
+        }
+    }
+
+private:
+    BrowserView* View() { return m_window->findChild<BrowserView*>(u"webLinks"_s); }
+    QMenu* WebMenu() { return m_window->findChild<QMenu*>(u"mnuWebLinks"_s); }
+    QComboBox* AddressBox() { return m_window->findChild<QComboBox*>(u"cboURL"_s); }
+    QString Address() { return AddressBox()->currentText(); }
+    void Type(const QString& address)
+    {
+        AddressBox()->setEditText(address);
+        QTest::keyClick(AddressBox(), Qt::Key_Return);
+    }
+    int Loaded()
+    {
+        if (!m_loads || m_loadsOf != View()) {
+            m_loadsOf = View();
+            m_loads = std::make_unique<QSignalSpy>(View(), &BrowserView::DocumentComplete);
+        }
+        return int(m_loads->count());
+    }
+    void GivePage(const QByteArray& page)
+    {
+        WriteFile(m_folder + QString::number(m_item) + u".htm"_s, page);
+        m_database->Execute(u"UPDATE Items SET HTMLPage = ? WHERE ID = ?"_s, {true, m_item});
+    }
+    /// Whether the browser shows a good deal of a colour.
+    bool Shows(const QColor& color)
+    {
+        const QImage picture = View()->grab().toImage();
+        int found = 0;
+        for (int y = 0; y < picture.height(); y += 10) {
+            for (int x = 0; x < picture.width(); x += 10)
+                found += picture.pixelColor(x, y) == color;
+        }
+        return found > 20;
+    }
+
+    QString m_folder;
+    BrowserView* m_loadsOf = nullptr;
+    std::unique_ptr<QSignalSpy> m_loads;
+};
+
+QB_GUI_TEST_MAIN(TestWebLinks)
+#include "tst_web_links.moc"
