@@ -40,6 +40,8 @@ ctlFileDetails::ctlFileDetails(QWidget* parent) : QWidget(parent), m_files(new S
 void ctlFileDetails::Initialise(Database& database, const QString& key)
 {
     m_files->Read(database, key);
+    if (m_files->rowCount() == 0)
+        return;
     for (int column = 0; column < StoredFileList::ColumnCount; ++column)
         lvFiles->resizeColumnToContents(column);
 }

@@ -87,7 +87,6 @@ ctlCodeDetails::ctlCodeDetails(QWidget* parent) : QWidget(parent), m_pages(new Q
     m_pages->addWidget(MakeItemPage());
     MakeProgress();
     ConnectFormatter();
-    constexpr int RecoveryInterval = 2000; // milliseconds
     m_recoveryTimer.setSingleShot(true);
     m_recoveryTimer.setInterval(RecoveryInterval);
     connect(&m_recoveryTimer, &QTimer::timeout, this, &ctlCodeDetails::KeepUnsavedTexts);

@@ -9,6 +9,7 @@
 #include <QTimer>
 #include <QWidget>
 #include <array>
+#include <chrono>
 
 class QLabel;
 class QPlainTextEdit;
@@ -183,6 +184,9 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    /// How often unsaved texts are written while there is typing.
+    static constexpr std::chrono::milliseconds RecoveryInterval{2000};
+
     /// The texts of an item that are edited here.
     enum Text { CodeText, NotesText, UsageText, TextCount };
     struct TextState {

@@ -87,6 +87,7 @@ void ctlCodeDetails::KeepUnsavedTexts()
 {
     if (!m_item || !m_recovery)
         return;
+    const auto start = std::chrono::steady_clock::now();
     UnsavedTexts unsaved{.Item = m_item->Key().toLongLong(), .LastChanged = m_shownState, .Code = {}, .Notes = {}, .Usage = {}};
     const std::pair<Text, std::optional<QString>*> places[] = {
         {CodeText, &unsaved.Code}, {NotesText, &unsaved.Notes}, {UsageText, &unsaved.Usage}};
@@ -99,6 +100,10 @@ void ctlCodeDetails::KeepUnsavedTexts()
     }
     if (any)
         m_recovery->Write(unsaved);
+    // A text of many megabytes takes its time, of which typing must notice little.
+    constexpr int Share = 20;
+    const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start);
+    m_recoveryTimer.setInterval(std::max(RecoveryInterval, Share * took));
 }
 
 void ctlCodeDetails::ForgetUnsavedTexts()

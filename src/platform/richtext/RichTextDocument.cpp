@@ -168,13 +168,18 @@ RichTextDocument RichTextDocument::Part(qsizetype position, qsizetype length) co
 
 void RichTextDocument::ChangeFormat(qsizetype begin, qsizetype end, const std::function<void(CharFormat&)>& change)
 {
+    auto run = m_runs.RunAt(begin);
     for (qsizetype at = begin; at < end;) {
-        const auto run = m_runs.RunAt(at);
         const auto next = std::next(run);
         const qsizetype runEnd = next == m_runs.End() ? end : std::min(end, next->first);
         CharFormat format = m_formats[run->second];
         change(format);
-        m_runs.Set(at, runEnd, NumberOf(format));
+        if (format == m_formats[run->second]) {
+            run = next;
+        } else {
+            m_runs.Set(at, runEnd, NumberOf(format));
+            run = m_runs.RunAt(runEnd);
+        }
         at = runEnd;
     }
 }

@@ -2,6 +2,7 @@
 #include "platform/richtext/Rtf.h"
 
 #include <algorithm>
+#include <limits>
 #include <array>
 #include <map>
 #include <optional>
@@ -99,7 +100,7 @@ public:
             const qsizetype end = lineFeed < 0 ? -1 : lineFeed - 1;
             WriteParagraph(at, end < 0 ? m_text.size() : end);
             if (end >= 0)
-                WriteFormat(m_document.FormatAt(end)); // a line end has a look of its own
+                WriteFormat(m_document.Format(RunFrom(end).first)); // a line end has a look of its own
             m_out += "\\par\r\n";
             m_wordOpen = false;
             if (end < 0)
@@ -187,15 +188,25 @@ private:
             Word("\\tx" + QByteArray::number(stop));
     }
 
+    /// The look at a position, and where it ends. Positions only grow, so the runs are gone through
+    /// once.
+    std::pair<quint32, qsizetype> RunFrom(qsizetype at)
+    {
+        const auto end = m_document.Runs().End();
+        for (auto next = std::next(m_run); next != end && next->first <= at; ++next)
+            m_run = next;
+        const auto next = std::next(m_run);
+        return {m_run->second, next == end ? std::numeric_limits<qsizetype>::max() : next->first};
+    }
+
     void WriteRuns(qsizetype begin, qsizetype end)
     {
         if (begin == end && !m_current) // an empty text says what it would be written in
             WriteFormat(m_document.FormatAt(begin));
         for (qsizetype at = begin; at < end;) {
-            const auto run = m_document.Runs().RunAt(at);
-            const auto next = std::next(run);
-            const qsizetype runEnd = next == m_document.Runs().End() ? end : std::min(end, next->first);
-            const CharFormat& format = m_document.Format(run->second);
+            const auto [number, behind] = RunFrom(at);
+            const qsizetype runEnd = std::min(end, behind);
+            const CharFormat& format = m_document.Format(number);
             if (format.Link != 0)
                 at = WriteLink(at, end, format.Link);
             else {
@@ -215,12 +226,11 @@ private:
         m_wordOpen = true; // behind the word of the group
         qsizetype at = begin;
         while (at < end) {
-            const auto run = m_document.Runs().RunAt(at);
-            const CharFormat& format = m_document.Format(run->second);
+            const auto [number, behind] = RunFrom(at);
+            const CharFormat& format = m_document.Format(number);
             if (format.Link != link)
                 break;
-            const auto next = std::next(run);
-            const qsizetype runEnd = next == m_document.Runs().End() ? end : std::min(end, next->first);
+            const qsizetype runEnd = std::min(end, behind);
             WriteRun(at, runEnd, format);
             at = runEnd;
         }
@@ -296,6 +306,7 @@ private:
 
     const RichTextDocument& m_document;
     const QString& m_text;
+    RunMap::Iterator m_run = m_document.Runs().RunAt(0); ///< that was written last
     QByteArray m_out;
     std::vector<FontInfo> m_fonts;
     std::map<quint16, int> m_fontNumbers;

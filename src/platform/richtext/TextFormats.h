@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QHash>
 #include <QString>
+#include <array>
 #include <vector>
 
 namespace qb {
@@ -78,23 +79,32 @@ public:
     /// The number of @p value, which is added when it is new.
     quint32 Number(const T& value)
     {
-        if (m_last < m_values.size() && m_values[m_last] == value)
-            return m_last;
+        for (const quint32 recent : m_recent) {
+            if (recent < m_values.size() && m_values[recent] == value)
+                return recent;
+        }
         const auto found = m_numbers.constFind(value);
         if (found != m_numbers.constEnd())
-            return m_last = *found;
+            return Remember(*found);
         m_values.push_back(value);
-        m_last = quint32(m_values.size() - 1);
-        m_numbers.insert(value, m_last);
-        return m_last;
+        const quint32 number = quint32(m_values.size() - 1);
+        m_numbers.insert(value, number);
+        return Remember(number);
     }
     const T& operator[](quint32 number) const { return m_values[number]; }
     size_t Count() const { return m_values.size(); }
 
 private:
+    quint32 Remember(quint32 number)
+    {
+        m_oldest = (m_oldest + 1) % m_recent.size();
+        return m_recent[m_oldest] = number;
+    }
+
     std::vector<T> m_values;
     QHash<T, quint32> m_numbers;
-    quint32 m_last = 0; ///< asked for most recently
+    std::array<quint32, 4> m_recent{}; ///< a text goes to and fro between a few looks
+    size_t m_oldest = 0;
 };
 
 } // namespace qb

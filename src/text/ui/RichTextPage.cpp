@@ -262,14 +262,21 @@ void RichTextPage::ShowRepainted(const RichTextDocument& old)
             block = block.next();
         return block.position() + std::min(int(position) - block.blockNumber() - block.position(), block.length() - 1);
     };
+    // The old runs are walked along with the new ones.
+    auto oldRun = old.Runs().RunAt(0);
     ForEachRun(text.Runs(), 0, text.Length(), [&](qsizetype begin, qsizetype end, quint32 number) {
-        ForEachRun(old.Runs(), begin, end, [&](qsizetype from, qsizetype to, quint32 was) {
-            if (old.Format(was) == text.Format(number))
-                return;
-            const int documentBegin = toDocument(from); // in this order
-            Select(cursor, documentBegin, toDocument(to));
-            cursor.setCharFormat(m_look.CharLook(number));
-        });
+        for (qsizetype from = begin; from < end;) {
+            auto next = std::next(oldRun);
+            while (next != old.Runs().End() && next->first <= from)
+                next = std::next(oldRun = next);
+            const qsizetype to = next == old.Runs().End() ? end : std::min(end, next->first);
+            if (old.Format(oldRun->second) != text.Format(number)) {
+                const int documentBegin = toDocument(from); // in this order
+                Select(cursor, documentBegin, toDocument(to));
+                cursor.setCharFormat(m_look.CharLook(number));
+            }
+            from = to;
+        }
     });
     block = m_document.begin();
     const QString& now = text.Text();
