@@ -28,6 +28,10 @@ int Delete(const QStringList& words);
 int Keep(const QStringList& words);
 int RemoveDeleted(const QStringList& words);
 
+// Languages and settings
+int Language(const QStringList& words);
+int Settings(const QStringList& words);
+
 // Rich text
 int Colorize(const QStringList& words);
 int RtfToText(const QStringList& words);

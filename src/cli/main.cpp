@@ -29,6 +29,9 @@ constexpr CommandEntry Table[] = {
     {"import-folder", "LIB DIR [--parent ID] [--glob PATTERN]... [--encoding latin1|windows-1252]",
      "take the source files of a folder in", ImportFolderCommand},
     {"colorize", "LIB ID [--save] | --language vb|cpp FILE|- --rtf|--html", "colour the code of an item, or of a file", Colorize},
+    {"language", "LIB | export LIB F.qbl | import LIB F.qbl", "the language of a library; written to, or taken from, a definition file",
+     Language},
+    {"settings", "list | get NAME | set NAME VALUE [--library LIB]", "the user's settings, and those of a library", Settings},
     {"rtf2text", "FILE|-", "the plain text of an RTF file", RtfToText},
     {"check", "LIB", "look for damage, lost items and missing files", Check},
 };

@@ -6,6 +6,8 @@
 #include "support/DateFormatCustom.h"
 #include "support/ErrorRoutine.h"
 
+#include <algorithm>
+
 namespace qb {
 
 using namespace Qt::StringLiterals;
@@ -32,20 +34,31 @@ QString DefaultText(const char* value)
 
 } // namespace
 
+template <class T>
+constexpr CSettings::Kind CSettings::KindOf()
+{
+    if constexpr (std::is_same_v<T, bool>)
+        return Kind::Flag;
+    else if constexpr (std::is_same_v<T, int>)
+        return Kind::Number;
+    else
+        return std::is_same_v<T, Date> ? Kind::Moment : Kind::Text;
+}
+
 const std::array<CSettings::UserRow, size_t(CSettings::UserSetting::Count)>& CSettings::UserTable()
 {
-#define QB_ROW(property, key, fallback) {key, DefaultText(fallback)},
+#define QB_ROW(property, key, fallback) {#property, key, DefaultText(fallback), KindOf<decltype(fallback)>()},
     static const std::array<UserRow, size_t(UserSetting::Count)> table{{QB_USER_SETTINGS(QB_ROW, QB_ROW, QB_ROW)}};
 #undef QB_ROW
     return table;
 }
 
-const std::array<const char*, size_t(CSettings::LibrarySetting::Count)>& CSettings::Columns()
+const std::array<CSettings::LibraryRow, size_t(CSettings::LibrarySetting::Count)>& CSettings::LibraryTable()
 {
-#define QB_COLUMN(property, type, column) column,
-    static const std::array<const char*, size_t(LibrarySetting::Count)> columns{QB_LIBRARY_SETTINGS(QB_COLUMN)};
+#define QB_COLUMN(property, type, column) {#property, column, KindOf<type>()},
+    static const std::array<LibraryRow, size_t(LibrarySetting::Count)> table{{QB_LIBRARY_SETTINGS(QB_COLUMN)}};
 #undef QB_COLUMN
-    return columns;
+    return table;
 }
 
 CSettings::CSettings(DatabaseSource currentDatabase) : m_currentDatabase(std::move(currentDatabase))
@@ -137,7 +150,7 @@ std::optional<Value> CSettings::GetDatabaseProperty(const QString& column)
 
 void CSettings::ReadDatabaseProperty(LibrarySetting setting)
 {
-    if (const auto value = GetDatabaseProperty(QString::fromLatin1(Columns()[size_t(setting)])))
+    if (const auto value = GetDatabaseProperty(ColumnOf(setting)))
         LibraryField(setting) = *value;
 }
 
@@ -213,7 +226,7 @@ void CSettings::InitializeDatabaseProperties()
     Guarded(ModuleName, u"InitializeDatabaseProperties"_s, [this] {
         for (size_t i = 0; m_properties && i < m_library.size(); ++i) {
             const auto setting = LibrarySetting(i);
-            const Value value = (*m_properties)[QString::fromLatin1(Columns()[i])];
+            const Value value = (*m_properties)[ColumnOf(LibrarySetting(i))];
             const bool missing = value.IsNull() || (setting == LibrarySetting::DBBackupDir && value.ToText().isEmpty());
             m_library[i] = missing ? DefaultWhenNull(setting) : value;
         }
@@ -232,7 +245,7 @@ void CSettings::SaveDatabaseProperties()
         for (size_t i = 0; i < m_library.size(); ++i) {
             // The column of the backup folder refuses an empty text.
             const bool empty = LibrarySetting(i) == LibrarySetting::DBBackupDir && m_library[i].ToText().isEmpty();
-            m_properties->Set(QString::fromLatin1(Columns()[i]), empty ? Value() : m_library[i]);
+            m_properties->Set(ColumnOf(LibrarySetting(i)), empty ? Value() : m_library[i]);
         }
         m_properties->Update();
     });
@@ -259,6 +272,69 @@ void CSettings::LoadRegistrySettings()
         InitializeDatabaseProperties();
         LoadUser(UserSetting::DBBackupAutomatic, UserSetting::Count);
     });
+}
+
+// By name
+
+QList<CSettings::NamedSetting> CSettings::All() const
+{
+    QList<NamedSetting> all;
+    for (size_t i = 0; i < m_user.size(); ++i)
+        all.append({QString::fromLatin1(UserTable()[i].Name), m_user[i], false});
+    if (!m_currentDatabase || !m_currentDatabase())
+        return all;
+    for (size_t i = 0; i < m_library.size(); ++i) {
+        const LibraryRow& row = LibraryTable()[i];
+        QString value = m_library[i].ToText();
+        if (row.Type == Kind::Flag)
+            value = BooleanText(m_library[i].ToBoolean());
+        else if (row.Type == Kind::Number)
+            value = QString::number(m_library[i].ToLong());
+        else if (row.Type == Kind::Moment)
+            value = m_library[i].ToDate().IsNone() ? QString() : DateFormatCustom(m_library[i].ToDate(), u"yyyy-mm-dd hh:nn:ss"_s);
+        all.append({QString::fromLatin1(row.Name), value, true});
+    }
+    return all;
+}
+
+QString CSettings::WhyNotOfKind(Kind kind, const QString& text)
+{
+    const QStringList flags{u"True"_s, u"False"_s};
+    bool isNumber = false;
+    text.toInt(&isNumber);
+    if (kind == Kind::Flag && !flags.contains(text, Qt::CaseInsensitive))
+        return u"It is True or False."_s;
+    if (kind == Kind::Number && !isNumber)
+        return u"It is a whole number."_s;
+    return kind == Kind::Moment ? u"The program sets it itself."_s : QString();
+}
+
+QString CSettings::SetByName(const QString& name, const QString& text)
+{
+    const auto isNamed = [&name](const auto& row) { return name.compare(QLatin1StringView(row.Name), Qt::CaseInsensitive) == 0; };
+    const auto user = std::find_if(UserTable().begin(), UserTable().end(), isNamed);
+    if (user != UserTable().end()) {
+        const QString reason = WhyNotOfKind(user->Type, text);
+        if (reason.isEmpty())
+            LetUserText(UserSetting(user - UserTable().begin()), user->Type == Kind::Flag ? BooleanText(BooleanFromText(text)) : text);
+        return reason;
+    }
+    const auto row = std::find_if(LibraryTable().begin(), LibraryTable().end(), isNamed);
+    if (row == LibraryTable().end())
+        return u"There is no setting of that name."_s;
+    if (!m_currentDatabase || !m_currentDatabase())
+        return u"It belongs to a library; name one with --library."_s;
+    const QString reason = WhyNotOfKind(row->Type, text);
+    if (!reason.isEmpty())
+        return reason;
+    const auto setting = LibrarySetting(row - LibraryTable().begin());
+    if (setting == LibrarySetting::DBBackupDir)
+        SetDBBackupDir(text);
+    else if (row->Type == Kind::Text)
+        LetLibraryValue(setting, text);
+    else
+        LetLibraryValue(setting, row->Type == Kind::Flag ? Value(BooleanFromText(text)) : Value(text.toInt()));
+    return {};
 }
 
 void CSettings::CountDay()

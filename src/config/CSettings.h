@@ -32,7 +32,10 @@
     TEXT(InternetFileSavePath, "InternetFileSavePath", "")                                                             \
     FLAG(InternetFileCloseWhenFinished, "InternetFileLoadWindowCloseWhenFinished", false)                              \
     FLAG(TipsOnStartup, "TipsOnStartup", true)                                                                         \
-    FLAG(ShowImportFilesDialog, "ShowImportFileDialog", true)
+    FLAG(ShowImportFilesDialog, "ShowImportFileDialog", true)                                                          \
+    TEXT(ColourScheme, "ColourScheme", "System")                                                                       \
+    TEXT(InterfaceFontName, "InterfaceFontName", "")                                                                   \
+    NUMBER(InterfaceFontSize, "InterfaceFontSize", 0)
 
 /// The settings of the open library, columns of `Properties`, in the order in which they are
 /// read: property, type, column.
@@ -127,6 +130,19 @@ public:
     void LoadRegistrySettings();
     /// Reads the settings of the open library; without a library they stay as they are.
     void InitializeDatabaseProperties();
+    // By name, for scripts
+
+    struct NamedSetting {
+        QString Name; ///< of the property
+        QString Value; ///< flags as "True" or "False", dates as "yyyy-MM-dd HH:mm:ss" or empty
+        bool OfLibrary;
+    };
+    /// All settings, those of the library only when one is open.
+    QList<NamedSetting> All() const;
+    /// Sets one by its name, in any case, without applying it. Returns why it can't be set; empty
+    /// when it is.
+    QString SetByName(const QString& name, const QString& text);
+
     /// Opens the library's row for several reads; false when it is open already or there is none.
     bool OpenPropertiesRS();
     void ClosePropertiesRS() { m_properties.reset(); }
@@ -134,6 +150,8 @@ public:
     /// Counts a day of use for compaction and backup, if the library was not opened today. Runs
     /// once an object: at the end of the session, while the library is still open.
     void CountDay();
+    /// For what is no session of use: no day is counted.
+    void SkipDayCount() { m_dayCounted = true; }
 
 Q_SIGNALS:
     void eShowStatusBar(bool show);
@@ -147,12 +165,24 @@ private:
     enum class LibrarySetting { QB_LIBRARY_SETTINGS(QB_NAME) Count };
 #undef QB_NAME
 
+    enum class Kind { Flag, Number, Text, Moment };
     struct UserRow {
+        const char* Name;
         const char* Key;
         QString Default;
+        Kind Type;
     };
+    struct LibraryRow {
+        const char* Name;
+        const char* Column;
+        Kind Type;
+    };
+    template <class T>
+    static constexpr Kind KindOf();
     static const std::array<UserRow, size_t(UserSetting::Count)>& UserTable();
-    static const std::array<const char*, size_t(LibrarySetting::Count)>& Columns();
+    static const std::array<LibraryRow, size_t(LibrarySetting::Count)>& LibraryTable();
+    static QString ColumnOf(LibrarySetting setting) { return QString::fromLatin1(LibraryTable()[size_t(setting)].Column); }
+    static QString WhyNotOfKind(Kind kind, const QString& text);
 
     QString& UserField(UserSetting setting) { return m_user[size_t(setting)]; }
     const QString& UserText(UserSetting setting) const { return m_user[size_t(setting)]; }

@@ -6,6 +6,7 @@
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/SettingsStore.h"
+#include "store/Keywords.h"
 #include "support/ErrorRoutine.h"
 #include "support/Version.h"
 
@@ -216,7 +217,10 @@ bool CDBCreate::LanguageFromFile(const QString& languageFile)
     const LanguageDefinition language = ReadLanguageFile(languageFile);
     WriteLanguage(language);
     Recordset keywords = m_database->OpenRecordset(u"Keywords"_s);
-    return SetKeywords(keywords, language.PlainWords, u"False"_s) && SetKeywords(keywords, language.ColouredWords, u"True"_s);
+    return Guarded(ModuleName, u"SetKeywords"_s, [&] {
+        SetKeywords(keywords, language.PlainWords, u"False"_s);
+        SetKeywords(keywords, language.ColouredWords, u"True"_s);
+    });
 }
 
 /// Writes all of a language but its words, and empties the word list.
@@ -237,30 +241,6 @@ void CDBCreate::WriteLanguage(const LanguageDefinition& language)
         properties.Set(one.Column, one.Setting);
     properties.Update();
     m_database->Execute(u"DELETE FROM Keywords"_s);
-}
-
-bool CDBCreate::SetKeywords(Recordset& keywords, const QStringList& words, const QString& colouredText)
-{
-    return Guarded(ModuleName, u"SetKeywords"_s, [&] {
-        QString conflicts;
-        for (const QString& word : words) {
-            keywords.AddNew();
-            keywords.Set(u"Keyword"_s, word);
-            if (BooleanFromText(colouredText))
-                keywords.Set(u"Coloured"_s, true);
-            try {
-                keywords.Update();
-            } catch (const RuntimeError& error) {
-                if (error.Number() != ErrorNumber::UniqueKeyRefused)
-                    throw RuntimeError(error.Number(), u"The word '%1' was refused: %2"_s.arg(word, error.Description()), error.Source());
-                conflicts += u", "_s + word;
-            }
-        }
-        if (!conflicts.isEmpty())
-            Prompts::Current().MsgBox({.Text = u"The following conflicts has been encountered:"_s + conflicts.mid(2),
-                                       .Caption = u"Conflicts"_s,
-                                       .Icon = MsgBoxIcon::Information});
-    });
 }
 
 // The builders, one a table and one a relation.

@@ -59,7 +59,6 @@ private:
     void PopulateKeywordSet(LanguageType languageType);
     bool LanguageFromFile(const QString& languageFile);
     void WriteLanguage(const LanguageDefinition& language);
-    bool SetKeywords(Recordset& keywords, const QStringList& words, const QString& colouredText);
 
     Database* m_database;
     DatabaseKind m_kind;

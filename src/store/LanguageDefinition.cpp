@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSaveFile>
 #include <QtEndian>
 
 namespace qb {
@@ -15,6 +16,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int ReservedStrings = 21;
+const QString ModuleName = u"LanguageDefinition"_s;
 
 /// Takes the fields of a record from its front, one after another.
 class RecordReader {
@@ -51,7 +53,61 @@ private:
     QByteArrayView m_rest;
 };
 
+/// Puts the fields of a record together.
+class RecordWriter {
+public:
+    void String(const QString& text)
+    {
+        constexpr qsizetype LongestString = 32767; // a reader may take the length for a signed number
+        const QByteArray bytes = ToWindows1252(text);
+        if (FromWindows1252(bytes) != text)
+            throw RuntimeError(ErrorNumber::InvalidCall,
+                               u"A language definition file can't hold '%1', which has characters beyond Windows-1252."_s.arg(text.left(60)),
+                               ModuleName);
+        if (bytes.size() > LongestString)
+            throw RuntimeError(ErrorNumber::InvalidCall,
+                               u"A language definition file can't hold a list of %1 bytes; %2 is the most."_s.arg(bytes.size()).arg(LongestString),
+                               ModuleName);
+        Append(quint16(bytes.size()));
+        m_bytes += bytes;
+    }
+    void Words(const QStringList& words)
+    {
+        for (const QString& word : words) {
+            if (word.contains(u'|'))
+                throw RuntimeError(ErrorNumber::InvalidCall,
+                                   u"A language definition file can't hold the word '%1', since '|' parts its words."_s.arg(word), ModuleName);
+        }
+        String(words.join(u'|'));
+    }
+    template <class Number>
+    void Append(Number number)
+    {
+        char bytes[sizeof(Number)];
+        qToLittleEndian(number, bytes);
+        m_bytes.append(bytes, sizeof bytes);
+    }
+    QByteArray Bytes() const { return m_bytes; }
+
+private:
+    QByteArray m_bytes;
+};
+
 } // namespace
+
+QByteArray BytesOf(const LanguageDefinition& language)
+{
+    RecordWriter record;
+    for (const QString& text : {language.Version, language.Language, language.CommentStart, language.CommentEnd, language.Comment})
+        record.String(text);
+    for (int i = 0; i < ReservedStrings; ++i)
+        record.String({});
+    record.Words(language.ColouredWords);
+    record.Words(language.PlainWords);
+    for (const qint32 colour : {language.ColouredKeywordColour, language.KeywordColour, language.CommentColour})
+        record.Append(colour);
+    return record.Bytes();
+}
 
 LanguageDefinition LanguageFromBytes(const QByteArray& bytes)
 {
@@ -86,6 +142,43 @@ LanguageDefinition ReadLanguageFile(const QString& path)
                            u"The language definition file '%1' can't be read: %2."_s.arg(shown, file.errorString()),
                            u"ReadLanguageFile"_s);
     return LanguageFromBytes(file.read(LargestRecord));
+}
+
+void WriteLanguageFile(const QString& path, const LanguageDefinition& language)
+{
+    QByteArray bytes = BytesOf(language);
+    QFile old(path);
+    if (old.open(QIODevice::ReadOnly))
+        bytes += old.readAll().mid(bytes.size());
+    old.close();
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+        throw RuntimeError(ErrorNumber::PathAccess,
+                           u"The language definition file '%1' can't be written: %2."_s.arg(QDir::toNativeSeparators(path), file.errorString()),
+                           u"WriteLanguageFile"_s);
+}
+
+QString WhyNotStorable(const LanguageDefinition& language)
+{
+    constexpr int LongestName = 20;
+    constexpr int LongestMark = 5;
+    constexpr int LongestWord = 30;
+    const auto tooLong = [](const QString& what, const QString& text, int most) {
+        return u"%1 '%2' has %3 characters; %4 is the most."_s.arg(what, text.left(60)).arg(text.size()).arg(most);
+    };
+    if (language.Language.size() > LongestName)
+        return tooLong(u"The name of the language"_s, language.Language, LongestName);
+    for (const QString& mark : {language.Comment, language.CommentStart, language.CommentEnd}) {
+        if (mark.size() > LongestMark)
+            return tooLong(u"The comment delimiter"_s, mark, LongestMark);
+    }
+    for (const QStringList* list : {&language.PlainWords, &language.ColouredWords}) {
+        for (const QString& word : *list) {
+            if (word.size() > LongestWord)
+                return tooLong(u"The word"_s, word, LongestWord);
+        }
+    }
+    return {};
 }
 
 } // namespace qb

@@ -9,13 +9,13 @@ namespace qb {
 /// What the colouriser needs to know of a programming language, as it stands in a library and
 /// in a language definition file (`.qbl`). Colours have red in the low byte.
 struct LanguageDefinition {
-    QString Version; ///< of the program that wrote the file
-    QString Language;
-    QString CommentStart; ///< opens a comment that may span lines
-    QString CommentEnd;
-    QString Comment; ///< opens a comment that ends with the line
-    QStringList ColouredWords;
-    QStringList PlainWords;
+    QString Version = {}; ///< of the program that wrote the file
+    QString Language = {};
+    QString CommentStart = {}; ///< opens a comment that may span lines
+    QString CommentEnd = {};
+    QString Comment = {}; ///< opens a comment that ends with the line
+    QStringList ColouredWords = {};
+    QStringList PlainWords = {};
     qint32 ColouredKeywordColour = 0;
     qint32 KeywordColour = 0;
     qint32 CommentColour = 0;
@@ -31,7 +31,20 @@ LanguageDefinition BuiltInLanguage(LanguageType type);
 /// it holds; the fields beyond are empty.
 LanguageDefinition LanguageFromBytes(const QByteArray& bytes);
 
+/// The record of a `.qbl` file. Raises RuntimeError 5 for what it can't hold: a text that
+/// Windows-1252 can't say, a list of more than 32,767 bytes.
+QByteArray BytesOf(const LanguageDefinition& language);
+
 /// Reads a `.qbl` file; raises RuntimeError 3024 or 75 when it can't be read.
 LanguageDefinition ReadLanguageFile(const QString& path);
+
+/// Writes a `.qbl` file over what stands there: a longer old file keeps its tail, which no reader
+/// looks at. Raises what BytesOf does, and 75 when the file can't be written; what was there is
+/// then untouched.
+void WriteLanguageFile(const QString& path, const LanguageDefinition& language);
+
+/// Why a library can't hold a definition: a name of more than 20 characters, a mark of more than 5,
+/// a word of more than 30. Empty when it can.
+QString WhyNotStorable(const LanguageDefinition& language);
 
 } // namespace qb

@@ -64,6 +64,85 @@ private Q_SLOTS:
         QCOMPARE(ReadFile(m_library), before);
     }
 
+    // Languages and settings
+
+    void language_isShownExportedAndImported()
+    {
+        QCOMPARE(Cli({u"new"_s, m_library, u"--language"_s, u"vb"_s}).Status, 0);
+        const Outcome shown = Cli({u"language"_s, m_library, u"--json"_s});
+        QCOMPARE(shown.Status, 0);
+        QCOMPARE(shown.Object()[u"language"_s], u"VB"_s);
+        QCOMPARE(shown.Object()[u"comment"_s], u"'"_s);
+        QCOMPARE(shown.Object()[u"colouredKeywordColour"_s], u"#000080"_s);
+        QVERIFY(shown.Object()[u"colouredWords"_s].toArray().contains(u"Dim"_s));
+        QVERIFY(Cli({u"language"_s, m_library}).Out.contains(u"comment:        '\n"_s));
+        const QString file = m_home->Path(u"vb.qbl"_s);
+        QCOMPARE(Cli({u"language"_s, u"export"_s, m_library, file}).Status, 0);
+        const QString other = m_home->Path(u"other.qbd"_s);
+        QCOMPARE(Cli({u"new"_s, other, u"--language"_s, u"cpp"_s}).Status, 0);
+        QCOMPARE(Cli({u"language"_s, u"import"_s, other, file}).Status, 0);
+        QCOMPARE(Cli({u"language"_s, other, u"--json"_s}).Out, shown.Out);
+    }
+
+    void languageFileThatCantBeTaken_leavesTheLibrary_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("empty") << QByteArray() << u"You have to specify comment delimiter."_s;
+        QTest::newRow("long name") << QByteArray("\0\0\x28\0", 4) + QByteArray(40, 'x') << u"has 40 characters; 20 is the most"_s;
+        QTest::newRow("noise") << QByteArray(70000, '\x41') << u"20 is the most"_s;
+    }
+    void languageFileThatCantBeTaken_leavesTheLibrary()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, reason);
+        QCOMPARE(Cli({u"new"_s, m_library, u"--language"_s, u"vb"_s}).Status, 0);
+        const QByteArray before = ReadFile(m_library);
+        const QString file = m_home->Path(u"bad.qbl"_s);
+        WriteFile(file, bytes);
+        const Outcome outcome = Cli({u"language"_s, u"import"_s, m_library, file});
+        QCOMPARE(outcome.Status, 1);
+        QVERIFY2(outcome.Error.contains(reason), qPrintable(outcome.Error));
+        QCOMPARE(Cli({u"language"_s, m_library, u"--json"_s}).Object()[u"language"_s], u"VB"_s);
+        QCOMPARE(ReadFile(m_library), before);
+        QVERIFY(Cli({u"language"_s, u"import"_s, m_library, m_home->Path(u"none.qbl"_s)}).Error.contains(u"was not found"_s));
+    }
+
+    void settings_areListedReadAndSet()
+    {
+        QCOMPARE(Cli({u"new"_s, m_library, u"--language"_s, u"vb"_s}).Status, 0);
+        QVERIFY(Cli({u"settings"_s, u"list"_s}).Out.contains(u"SaveFormLayout=True\n"_s));
+        QVERIFY(!Cli({u"settings"_s, u"list"_s}).Out.contains(u"DBBackupPeriod"_s));
+        QVERIFY(Cli({u"settings"_s, u"list"_s, u"--library"_s, m_library}).Out.contains(u"DBBackupPeriod=15\n"_s));
+        QCOMPARE(Cli({u"settings"_s, u"set"_s, u"defaultfontname"_s, u"Sans Serif"_s}).Status, 0);
+        QCOMPARE(Cli({u"settings"_s, u"get"_s, u"DefaultFontName"_s}).Out, u"Sans Serif\n"_s);
+        QCOMPARE(Cli({u"settings"_s, u"set"_s, u"DBShared"_s, u"true"_s, u"--library"_s, m_library}).Status, 0);
+        const auto database = DBEngine::OpenDatabase(m_library);
+        QCOMPARE(database->QueryValue(u"SELECT SharedDatabase FROM Properties"_s).ToBoolean(), true);
+        QCOMPARE(Cli({u"settings"_s, u"get"_s, u"DBShared"_s, u"--library"_s, m_library, u"--json"_s}).Object()[u"DBShared"_s], u"True"_s);
+        QVERIFY(database->QueryValue(u"SELECT LastOpened FROM Properties"_s).ToDate().IsNone()); // no day of use is counted
+    }
+
+    void settingThatCantBe_isRefused_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("unknown") << QStringList{u"set"_s, u"Colour"_s, u"1"_s} << u"There is no setting of that name."_s;
+        QTest::newRow("unknown to get") << QStringList{u"get"_s, u"Colour"_s} << u"There is no setting 'Colour'"_s;
+        QTest::newRow("flag") << QStringList{u"set"_s, u"ShowStatusBar"_s, u"perhaps"_s} << u"It is True or False."_s;
+        QTest::newRow("number") << QStringList{u"set"_s, u"DefaultFontSize"_s, u"big"_s} << u"It is a whole number."_s;
+        QTest::newRow("library's") << QStringList{u"set"_s, u"DBShared"_s, u"True"_s} << u"name one with --library"_s;
+        QTest::newRow("no verb") << QStringList{u"put"_s} << u"Give list, get or set."_s;
+    }
+    void settingThatCantBe_isRefused()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, reason);
+        const Outcome outcome = Cli(QStringList{u"settings"_s} + arguments);
+        QCOMPARE(outcome.Status, 2);
+        QVERIFY2(outcome.Error.contains(reason), qPrintable(outcome.Error));
+    }
+
     void newLibrary_hasTheLanguageAskedFor_data()
     {
         QTest::addColumn<QStringList>("options");

@@ -68,6 +68,51 @@ private Q_SLOTS:
 
     void cleanup() { m_home.reset(); }
 
+    void record_isWrittenFieldByField()
+    {
+        LanguageDefinition language = LanguageFromBytes(Definition("begin|end", "writeln"));
+        QCOMPARE(BytesOf(language), Definition("begin|end", "writeln"));
+        language.ColouredWords.clear();
+        language.PlainWords.clear();
+        QCOMPARE(BytesOf(language), Definition("", ""));
+    }
+
+    void whatTheRecordCantHold_isRefused_data()
+    {
+        QTest::addColumn<LanguageDefinition>("language");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("characters") << LanguageDefinition{.PlainWords = {u"слово"_s}} << u"'слово', which has characters beyond Windows-1252"_s;
+        QTest::newRow("length") << LanguageDefinition{.ColouredWords = QStringList(4097, u"1234567"_s)} << u"a list of 32775 bytes; 32767 is the most"_s;
+        QTest::newRow("separator") << LanguageDefinition{.ColouredWords = {u"a|b"_s}} << u"the word 'a|b'"_s;
+    }
+    void whatTheRecordCantHold_isRefused()
+    {
+        QFETCH(LanguageDefinition, language);
+        QFETCH(QString, reason);
+        const QString path = LanguageFile("old");
+        try {
+            WriteLanguageFile(path, language);
+            QFAIL("it was written");
+        } catch (const RuntimeError& error) {
+            QVERIFY2(error.Description().contains(reason), qPrintable(error.Description()));
+        }
+        QCOMPARE(ReadFile(path), "old");
+    }
+
+    void longerOldFile_keepsItsTail()
+    {
+        const QByteArray bytes = BytesOf({.Language = u"new"_s});
+        const QString path = LanguageFile(QByteArray(bytes.size(), 'x') + "tail");
+        WriteLanguageFile(path, {.Language = u"new"_s});
+        QCOMPARE(ReadFile(path), bytes + "tail");
+        QCOMPARE(ReadLanguageFile(path).Language, u"new"_s);
+    }
+
+    void placeThatCantBeWritten_isAnError()
+    {
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, WriteLanguageFile(m_home->Path(u"no/such/folder/x.qbl"_s), {}));
+    }
+
     void record_isReadFieldByField()
     {
         const LanguageDefinition language = LanguageFromBytes(Definition("begin|end", "writeln"));

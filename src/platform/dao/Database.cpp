@@ -78,7 +78,7 @@ Statement Database::Query(const QString& sql, const Values& values)
 /// written on its own.
 void Database::RequireTransaction() const
 {
-    if (m_transactionDepth > 0 && sqlite3_get_autocommit(m_connection))
+    if (TransactionLost())
         throw RuntimeError(ErrorNumber::Engine, u"The transaction has been rolled back."_s, u"Database"_s);
 }
 
@@ -105,6 +105,11 @@ Recordset Database::OpenRecordset(const QString& table, const QString& where, co
 bool Database::InTransaction() const
 {
     return m_transactionDepth > 0;
+}
+
+bool Database::TransactionLost() const
+{
+    return m_transactionDepth > 0 && sqlite3_get_autocommit(m_connection);
 }
 
 void Database::BeginTrans()

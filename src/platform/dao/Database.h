@@ -61,6 +61,9 @@ public:
     void CommitTrans();
     void Rollback();
     bool InTransaction() const;
+    /// The engine has rolled the running transaction back by itself, as it does on a full disk; all
+    /// that is left to do with it is Rollback.
+    bool TransactionLost() const;
 
     /// Bytes of a column from @p offset on, read without the rest of the row.
     QByteArray ReadChunk(const QString& table, const QString& field, qint64 rowKey, qint64 offset, qint64 length);

@@ -9,6 +9,7 @@ namespace qb {
 /// The numbers of the errors that code tests for by name. They are the numbers that the
 /// error log and the messages show.
 namespace ErrorNumber {
+inline constexpr long InvalidCall = 5;
 inline constexpr long Overflow = 6;
 inline constexpr long Internal = 51;
 inline constexpr long PathAccess = 75;
