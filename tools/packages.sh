@@ -6,6 +6,9 @@ GUI_PACKAGES="qt6-svg-dev libqt6svg6 qt6-webengine-dev breeze-icon-theme fonts-d
 DISPLAY_PACKAGES="xvfb xauth"
 BENCH_PACKAGES="libbenchmark-dev"
 FUZZ_PACKAGES="clang libclang-rt-14-dev"
+# Validators of what the desktop is told of the program, and the making of its package.
+DESKTOP_PACKAGES="desktop-file-utils appstream libxml2-utils shared-mime-info libglib2.0-bin man-db groff-base mandoc"
+PACKAGE_PACKAGES="dpkg-dev"
 ASAN_PACKAGES="libasan8 libubsan1"
 
 need_packages() {

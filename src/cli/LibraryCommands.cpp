@@ -7,9 +7,11 @@
 #include "maintenance/FolderImport.h"
 #include "maintenance/LibraryCheck.h"
 #include "store/CDBCreate.h"
+#include "store/ShippedLanguages.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QHash>
 #include <cstdio>
 
 namespace qb::cli {
@@ -48,21 +50,32 @@ private:
     bool m_shown = false;
 };
 
-LanguageType LanguageOf(const Arguments& arguments)
+struct ChosenLanguage {
+    LanguageType Type;
+    QString File; ///< for LanguageType::File
+};
+
+/// By name: a built-in language, none, or one that comes with the program, by the name of its file or
+/// its own.
+ChosenLanguage LanguageOf(const Arguments& arguments)
 {
     if (arguments.Has(u"language-file"_s)) {
         if (arguments.Has(u"language"_s))
             throw UsageError{u"Give either --language or --language-file."_s};
-        return LanguageType::File;
+        return {LanguageType::File, arguments.Value(u"language-file"_s)};
     }
     const QString name = arguments.Has(u"language"_s) ? arguments.Value(u"language"_s).toLower() : u"vb"_s;
-    if (name == u"vb"_s)
-        return LanguageType::VB;
-    if (name == u"cpp"_s)
-        return LanguageType::Cpp;
-    if (name == u"none"_s)
-        return LanguageType::None;
-    throw UsageError{u"Unknown language '%1': vb, cpp or none."_s.arg(name)};
+    static const QHash<QString, LanguageType> builtIn{{u"vb"_s, LanguageType::VB}, {u"cpp"_s, LanguageType::Cpp}, {u"none"_s, LanguageType::None}};
+    if (builtIn.contains(name))
+        return {builtIn[name], {}};
+    QStringList names{u"vb"_s, u"cpp"_s, u"none"_s};
+    for (const ShippedLanguage& language : ShippedLanguages()) {
+        const QString file = QFileInfo(language.Path).baseName();
+        if (file == name || language.Name.toLower() == name)
+            return {LanguageType::File, language.Path};
+        names << file;
+    }
+    throw UsageError{u"Unknown language '%1': %2."_s.arg(name, names.join(u", "_s))};
 }
 
 FallbackEncoding FallbackOf(const Arguments& arguments)
@@ -91,13 +104,13 @@ QString KindOf(const ReplicaState& state)
 int New(const QStringList& words)
 {
     const Arguments arguments(words, {{"language", "name"}, {"language-file", "file"}}, 1);
-    const LanguageType language = LanguageOf(arguments);
+    const ChosenLanguage language = LanguageOf(arguments);
     const QString path = arguments.Positional(0);
     if (QFileInfo::exists(path))
         throw RuntimeError(ErrorNumber::DatabaseExists,
                            u"'%1' exists already; nothing was changed."_s.arg(QDir::toNativeSeparators(path)), u"new"_s);
     // The reason of a failure has been printed when it was reported.
-    return CDBCreate().CreateNewDB(path, language, arguments.Value(u"language-file"_s)) ? 0 : 1;
+    return CDBCreate().CreateNewDB(path, language.Type, language.File) ? 0 : 1;
 }
 
 int Info(const QStringList& words)

@@ -15,7 +15,7 @@ namespace {
 using namespace qb::cli;
 
 constexpr CommandEntry Table[] = {
-    {"new", "LIB [--language vb|cpp|none] [--language-file F]", "make a library", New},
+    {"new", "LIB [--language vb|cpp|none|NAME] [--language-file F]", "make a library", New},
     {"info", "LIB", "what a library holds", Info},
     {"tree", "LIB [--depth N]", "the items as a tree", Tree},
     {"show", "LIB ID [--field title|description|info|code|usage|notes] [--raw|--rtf]", "an item, or one of its texts", Show},

@@ -57,6 +57,9 @@ constexpr CommandRow Rows[] = {
     {Place::Tools, "mnuConflictSolver", "&Conflict Solver...", "", "", "Decide about all items in conflict"},
     {Place::Tools, "mnuRemoveDeletedItems", "&Remove All Deleted Items", "", "", "Remove the items that a child library has deleted"},
 
+    {Place::Tools, "", "", "", "", ""},
+    {Place::Tools, "mnuOptionsItem", "&Options...", "configure", "Ctrl+,", "Settings of the program and the open library, and its language"},
+
     {Place::Replication, "mnuDBToolsCreateReplicaItem", "&Create Replica...", "", "", "Give out a child of this library"},
     {Place::Replication, "mnuDBToolsExportChangesItem", "&Export Changes...", "", "", "Write the changes for the mother library"},
     {Place::Replication, "mnuDBToolsSynchronizeItem", "&Synchronize...", "", "", "Take in a synchronization file"},

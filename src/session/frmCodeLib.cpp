@@ -14,7 +14,9 @@
 #include "session/frmNewDatabase.h"
 #include "support/Addresses.h"
 #include "support/ErrorRoutine.h"
+#include "store/ShippedLanguages.h"
 #include "support/Version.h"
+#include "support/ui/Appearance.h"
 #include "text/ctlCodeDetails.h"
 
 #include <QApplication>
@@ -28,6 +30,7 @@
 #include <QProgressBar>
 #include <QScreen>
 #include <QSignalBlocker>
+#include <QSplitter>
 #include <QStatusBar>
 
 namespace qb {
@@ -55,7 +58,8 @@ frmCodeLib::frmCodeLib()
     ConnectPanels();
     ConnectDetails();
     ConnectCommands();
-    PlaceWindow();
+    constexpr QSize Smallest(5000, 4000); // twips
+    setMinimumSize(Smallest / WindowLayout::TwipsPerPixel);
 }
 
 frmCodeLib::~frmCodeLib() = default;
@@ -71,6 +75,7 @@ void frmCodeLib::Form_Load()
         connect(m_session.moSettings.get(), &CSettings::SettingsUpdated, this, &frmCodeLib::moSettings_SettingsUpdated);
         m_session.moSettings->Initialise();
         m_libraries->HistoryReplaced = [this] { ConnectHistory(); };
+        m_libraries->DisplayKeywordDefiner = [this] { ShowOptions(frmSettings::KeywordPage); };
         m_libraries->GetLastDBName();
         m_libraries->CreateDBArray();
         DoStartUp();
@@ -104,7 +109,8 @@ void frmCodeLib::StartTips()
     });
     // The window's own signal must not destroy the window that raises it.
     connect(m_oTips.get(), &ApplicationTips::TipsFormClosed, this, [this] { m_oTips.reset(); }, Qt::QueuedConnection);
-    if (!m_oTips->Start(SettingsApplication, ApplicationFolder() + u"Tips.rtf"_s))
+    const QString own = ApplicationFolder() + u"Tips.rtf"_s; // the user's, if there are any
+    if (!m_oTips->Start(SettingsApplication, QFile::exists(own) ? own : SharedPath(u"Tips.rtf"_s)))
         m_oTips.reset();
 }
 
@@ -117,7 +123,8 @@ void frmCodeLib::SetTipsFocus()
 void frmCodeLib::DoStartUp()
 {
     Guarded(ModuleName, u"DoStartUp"_s, [this] {
-        m_items->SetAutoSaveOn(GetSetting(SettingsApplication, u"Settings"_s, u"AutoSave"_s, u"True"_s) == u"True"_s);
+        PlaceWindow();
+        m_items->SetAutoSaveOn(m_layout.Flag(WindowLayout::AutoSave));
         moSettings_SettingsUpdated();
         ReadTextView();
         for (const QString& button : {u"DELETE"_s, u"BOOKMARK"_s})
@@ -141,13 +148,52 @@ void frmCodeLib::MakeStartOfSessionCopy()
     DBEngine::CompactDatabase(m_session.CurrentDatabasePath, copy);
 }
 
+// Place and layout
+
+/// As it was left; the first time maximised over a place in the middle of the screen.
 void frmCodeLib::PlaceWindow()
 {
-    constexpr int TwipsPerPixel = 15;
-    setMinimumSize(5000 / TwipsPerPixel, 4000 / TwipsPerPixel);
+    constexpr int Twips = WindowLayout::TwipsPerPixel;
     const QRect available = screen()->availableGeometry();
-    const QSize size = available.size() * 8 / 10;
-    setGeometry(QRect(available.topLeft() + QPoint(available.width() / 10, available.height() / 10), size));
+    m_layout.Read(available.size() * Twips);
+    const QRect place(m_layout.Place().topLeft() / Twips, m_layout.Place().size() / Twips);
+    const QList<QScreen*> screens = QGuiApplication::screens();
+    const bool isSeen = std::any_of(screens.begin(), screens.end(),
+                                    [&place](const QScreen* one) { return one->availableGeometry().intersects(place); });
+    setGeometry(isSeen ? place : QRect(available.topLeft(), available.size() * 8 / 10)); // that screen has gone
+    if (m_layout.Number(WindowLayout::WindowState) == WindowLayout::Maximised)
+        setWindowState(Qt::WindowMaximized);
+}
+
+void frmCodeLib::showEvent(QShowEvent* event)
+{
+    QMainWindow::showEvent(event);
+    if (!std::exchange(m_layoutRead, true)) // the defaults depend on the final size
+        QTimer::singleShot(0, this, &frmCodeLib::ReadSeparatorPositions);
+}
+
+void frmCodeLib::ReadSeparatorPositions()
+{
+    constexpr int Twips = WindowLayout::TwipsPerPixel;
+    m_layout.ReadSeparatorPositions(size() * Twips, tvCodeItems->height() * Twips);
+    const int tree = qMax(tvCodeItems->minimumSizeHint().width(), m_layout.Number(WindowLayout::SubResizerSeparatorPos) / Twips);
+    ctlResizer1->setSizes({tree, qMax(1, ctlResizer1->width() - tree)});
+}
+
+void frmCodeLib::SaveLayout()
+{
+    constexpr int Twips = WindowLayout::TwipsPerPixel;
+    const WindowLayout::State state = isMinimized() ? WindowLayout::Minimised
+        : isMaximized() || isFullScreen()           ? WindowLayout::Maximised
+                                                    : WindowLayout::Normal;
+    m_layout.SetNumber(WindowLayout::WindowState, state);
+    const QRect place = state == WindowLayout::Normal ? geometry() : normalGeometry();
+    if (place.isValid())
+        m_layout.SetPlace({place.topLeft() * Twips, place.size() * Twips});
+    if (m_layoutRead)
+        m_layout.SetNumber(WindowLayout::SubResizerSeparatorPos, ctlResizer1->sizes().value(0) * Twips);
+    m_layout.SetFlag(WindowLayout::AutoSave, m_items->AutoSaveOn());
+    m_layout.Save(!tvCodeItems->isVisibleTo(this));
 }
 
 // Closing
@@ -172,7 +218,7 @@ void frmCodeLib::DoUnload()
 {
     if (!Settings().SaveFormLayout())
         return;
-    SaveSetting(SettingsApplication, u"Settings"_s, u"AutoSave"_s, m_items->AutoSaveOn() ? u"True"_s : u"False"_s);
+    SaveLayout();
     SaveTextView();
 }
 
@@ -202,6 +248,7 @@ void frmCodeLib::SaveTextView()
 
 void frmCodeLib::moSettings_SettingsUpdated()
 {
+    ApplyAppearance(Settings().ColourScheme(), Settings().InterfaceFontName(), Settings().InterfaceFontSize());
     ctlCodeItemDetails->SetDefaultFont({Settings().DefaultFontName(), Settings().DefaultFontSize()});
     tlbTextFormat->ShowColors(Settings());
 }
@@ -227,7 +274,8 @@ void frmCodeLib::SaveButtonClicked()
 
 void frmCodeLib::tmrStartTimer_Timer()
 {
-    if (prgStatus->isVisible()) // a long work lets the window paint; not in the middle of it
+    // A long work lets the window paint, and a dialog may hold a transaction; not in the middle of these.
+    if (prgStatus->isVisible() || QApplication::activeModalWidget())
         return tmrStartTimer.start();
     m_items->SaveButtonClicked(std::exchange(m_saveClickCount, 0));
     moSettings_SettingsUpdated();
@@ -328,6 +376,27 @@ void frmCodeLib::RemoveComboEntry(int index)
 void frmCodeLib::SetComboToolTip(const QString& tip)
 {
     cboDatabase->setToolTip(tip);
+}
+
+/// The options, on one of their pages.
+void frmCodeLib::ShowOptions(frmSettings::Page page)
+{
+    frmSettings dialog(this);
+    QStringList languages;
+    for (const ShippedLanguage& language : ShippedLanguages())
+        languages << language.Path;
+    dialog.RequestLanguageDefinitionFileName = [](QString& fileName, bool forExport) {
+        fileName = LibraryList::GetFileName(forExport,
+                                            forExport ? u"Export Language Definition To File"_s : u"Import Language Definition From File"_s,
+                                            u"KT Quillbase Language Definition|*.qbl"_s);
+    };
+    dialog.LanguageDataChanged = [this] {
+        ctlCodeItemDetails->FormatingInitialize(*CurrentDatabase());
+        m_libraries->UpdateGlobalSynchronizationVariables();
+    };
+    dialog.InitializeSettings(Settings(), CurrentDatabase(), languages);
+    dialog.ShowPage(page);
+    dialog.exec();
 }
 
 LanguageChoice frmCodeLib::AskForLanguage()

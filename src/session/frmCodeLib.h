@@ -8,6 +8,8 @@
 #include "session/LibraryList.h"
 #include "session/SessionState.h"
 #include "session/ShellView.h"
+#include "session/WindowLayout.h"
+#include "session/frmSettings.h"
 
 #include <QHash>
 #include <QMainWindow>
@@ -19,6 +21,7 @@ class QComboBox;
 class QLabel;
 class QMenu;
 class QProgressBar;
+class QSplitter;
 class QStackedWidget;
 class QToolBar;
 
@@ -74,6 +77,7 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
 private:
     void MakePanels();
@@ -99,6 +103,8 @@ private:
     void DoStartUp();
     void MakeStartOfSessionCopy();
     void PlaceWindow();
+    void ReadSeparatorPositions();
+    void SaveLayout();
     void mnuFile_Click();
     void mnuEdit_Click();
     void mnuItem_Click();
@@ -113,6 +119,7 @@ private:
     void mnuBugReportItem_Click();
     void mnuAboutItem_Click();
     void ShowDatabaseList();
+    void ShowOptions(frmSettings::Page page);
     void SetShowStatusBar(bool show);
     void StartTips();
     void Form_Unload();
@@ -122,6 +129,9 @@ private:
     QHash<QString, std::function<void()>> m_procedures;
     QHash<QString, QAction*> m_actions;
     QHash<int, QMenu*> m_menus;
+    WindowLayout m_layout;
+    bool m_layoutRead = false; ///< the separators are asked for once, when the window is shown
+    QSplitter* ctlResizer1 = nullptr;
     QMenu* mnuFileDatabaseSelect = nullptr;
     QMenu* mnuFormat = nullptr;
     QMenu* mnuEditCode = nullptr;

@@ -61,16 +61,14 @@ bool HasVisibleActions(const QMenu& menu)
 
 void frmCodeLib::MakePanels()
 {
-    constexpr int TreeWidth = 320;
-    constexpr int DetailsWidth = 880;
     tvCodeItems = new ctlSmartTreeView;
     tvCodeItems->setObjectName(u"tvCodeItems"_s);
     ctlCodeItemDetails = new ctlCodeDetails;
     ctlCodeItemDetails->setObjectName(u"ctlCodeItemDetails"_s);
     ctlCodeItemDetails->SetFileControl(*new ctlFileDetails(ctlCodeItemDetails));
-    auto* splitter = new QSplitter;
-    splitter->setObjectName(u"ctlResizer1"_s);
-    splitter->addWidget(tvCodeItems);
+    ctlResizer1 = new QSplitter;
+    ctlResizer1->setObjectName(u"ctlResizer1"_s);
+    ctlResizer1->addWidget(tvCodeItems);
     CoolBar1 = new QStackedWidget;
     CoolBar1->setObjectName(u"CoolBar1"_s);
     CoolBar1->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
@@ -81,11 +79,10 @@ void frmCodeLib::MakePanels()
     rightLayout->setSpacing(0);
     rightLayout->addWidget(CoolBar1);
     rightLayout->addWidget(ctlCodeItemDetails, 1);
-    splitter->addWidget(right);
-    splitter->setChildrenCollapsible(false);
-    splitter->setStretchFactor(1, 1);
-    splitter->setSizes({TreeWidth, DetailsWidth});
-    setCentralWidget(splitter);
+    ctlResizer1->addWidget(right);
+    ctlResizer1->setChildrenCollapsible(false);
+    ctlResizer1->setStretchFactor(1, 1);
+    setCentralWidget(ctlResizer1);
 }
 
 QMenu* frmCodeLib::MenuOf(CommandRow::Place place)
@@ -374,6 +371,7 @@ void frmCodeLib::ConnectCommands()
         {u"mnuNewAliasItem"_s, [this] { m_libraries->mnuNewAliasItem_Click(); }},
         {u"mnuRemoveDBItem"_s, [this] { m_libraries->mnuRemoveDBItem_Click(); }},
         {u"mnuExit"_s, [this] { close(); }},
+        {u"mnuOptionsItem"_s, [this] { ShowOptions(frmSettings::GeneralPage); }},
         {u"mnuPreviousItem"_s, previous},
         {u"mnuNextItem"_s, next},
         {u"mnuBackItem"_s, back},

@@ -1,7 +1,9 @@
 #include "session/frmNewDatabase.h"
 
 #include "session/LibraryList.h"
+#include "store/ShippedLanguages.h"
 
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -30,7 +32,7 @@ frmNewDatabase::frmNewDatabase(QWidget* parent)
     : QDialog(parent), m_vb(MakeOption(u"optVB"_s, u"Visual &Basic"_s)), m_cpp(MakeOption(u"optC"_s, u"&C++"_s)),
       m_file(MakeOption(u"optFile"_s, u"Load definition from &file"_s)),
       m_selfDefined(MakeOption(u"optSelfDefined"_s, u"&Self Defined"_s)), m_path(new QLineEdit),
-      m_browse(new QPushButton(u"Browse..."_s))
+      m_browse(new QPushButton(u"Browse..."_s)), m_shipped(new QComboBox)
 {
     constexpr int PathWidth = 320;
     setObjectName(u"frmNewDatabase"_s);
@@ -43,11 +45,21 @@ frmNewDatabase::frmNewDatabase(QWidget* parent)
     pathRow->addSpacing(style()->pixelMetric(QStyle::PM_ExclusiveIndicatorWidth));
     pathRow->addWidget(m_path);
     pathRow->addWidget(m_browse);
+    m_shipped->setObjectName(u"cboShippedLanguages"_s);
+    m_shipped->setAccessibleName(u"Languages that come with the program"_s);
+    m_shipped->addItem(u"Languages that come with the program"_s);
+    for (const ShippedLanguage& language : ShippedLanguages())
+        m_shipped->addItem(language.Name, language.Path);
+    m_shipped->setVisible(m_shipped->count() > 1);
+    auto* shippedRow = new QHBoxLayout;
+    shippedRow->addSpacing(style()->pixelMetric(QStyle::PM_ExclusiveIndicatorWidth));
+    shippedRow->addWidget(m_shipped, 1);
     auto* frame = new QGroupBox(u"Select Language:"_s);
     auto* options = new QVBoxLayout(frame);
     for (QRadioButton* option : {m_vb, m_cpp, m_file})
         options->addWidget(option);
     options->addLayout(pathRow);
+    options->addLayout(shippedRow);
     options->addWidget(m_selfDefined);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     m_ok = buttons->button(QDialogButtonBox::Ok);
@@ -61,6 +73,13 @@ frmNewDatabase::frmNewDatabase(QWidget* parent)
     connect(m_file, &QRadioButton::toggled, this, &frmNewDatabase::UpdateControls);
     connect(m_path, &QLineEdit::textChanged, this, &frmNewDatabase::UpdateControls);
     connect(m_browse, &QPushButton::clicked, this, &frmNewDatabase::Browse);
+    // A shipped language is a definition file like any other.
+    connect(m_shipped, &QComboBox::activated, this, [this](int index) {
+        if (index == 0)
+            return;
+        m_file->setChecked(true);
+        m_path->setText(m_shipped->itemData(index).toString());
+    });
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     UpdateControls();

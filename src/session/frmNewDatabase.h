@@ -5,6 +5,7 @@
 #include <QDialog>
 #include <functional>
 
+class QComboBox;
 class QLineEdit;
 class QPushButton;
 class QRadioButton;
@@ -33,6 +34,7 @@ private:
     QRadioButton* m_selfDefined;
     QLineEdit* m_path;
     QPushButton* m_browse;
+    QComboBox* m_shipped; ///< the first entry is a title
     QPushButton* m_ok = nullptr;
 };
 

@@ -80,6 +80,17 @@ QString ConfigFolder()
                       + QStringLiteral("/KTQuillbase"));
 }
 
+QString SharedPath(const QString& name)
+{
+    const QString own = QCoreApplication::applicationDirPath();
+    const QString installed = QDir::cleanPath(own + QStringLiteral("/../share/quillbase/") + name);
+    for (const QString& path : {installed, own + u'/' + name, QDir::cleanPath(own + QStringLiteral("/../") + name)}) {
+        if (QFileInfo::exists(path))
+            return path;
+    }
+    return installed;
+}
+
 bool DeleteFolder(const QString& path)
 {
     const QString name = QDir::cleanPath(path); // a separator at the end would lead through a link

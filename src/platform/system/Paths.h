@@ -32,6 +32,10 @@ QString ApplicationFolder();
 /// in its place. The folder is made when it is missing.
 QString ConfigFolder();
 
+/// A file or folder that comes with the program: in ../share/quillbase beside the folder of the
+/// executable where it is installed, beside the executable or its folder where it was built.
+QString SharedPath(const QString& name);
+
 /// Removes a folder and its contents; a link to a folder is removed, never followed. False when
 /// something could not be removed. A folder that does not exist is no failure.
 bool DeleteFolder(const QString& path);

@@ -2,13 +2,13 @@
 
 #include "config/CSettings.h"
 #include "support/ErrorRoutine.h"
+#include "support/ui/ColorButton.h"
 #include "support/ui/Colors.h"
 #include "support/ui/Icons.h"
 #include "text/ctlCodeDetails.h"
 #include "text/ui/RichTextBox.h"
 
 #include <QActionGroup>
-#include <QColorDialog>
 #include <QComboBox>
 #include <QFontDatabase>
 #include <QFontDialog>
@@ -52,25 +52,6 @@ constexpr FormatRow FormatRows[] = {
     {"GROW", "mnuIncreaseIndent", "I&ncrease Indent", "format-indent-more", "", false, [](Details& details) { details.IncreaseIndent(); }},
     {"SHRINK", "mnuDecreaseIndent", "&Decrease Indent", "format-indent-less", "", false, [](Details& details) { details.DecreaseIndent(); }},
 };
-
-struct ColorRow {
-    const char* Key;
-    const char* Caption;
-    quint32 Value; ///< red in the low byte
-};
-constexpr ColorRow ColorRows[] = {
-    {"BLACK", "Black", 0x000000},  {"GREY", "Grey", 0x808080},     {"RED", "Red", 0x0000ff},     {"BROWN", "Brown", 0x004080},
-    {"ORANGE", "Orange", 0x0080ff}, {"GREEN", "Green", 0x008000},  {"TEAL", "Teal", 0x808000},   {"BLUE", "Blue", 0xff0000},
-    {"NAVY", "Dark blue", 0x800000}, {"PURPLE", "Purple", 0x800080},
-};
-
-QIcon Swatch(quint32 color)
-{
-    constexpr int Size = 16;
-    QPixmap pixmap(Size, Size);
-    pixmap.fill(ColorOf(color));
-    return pixmap;
-}
 
 /// A letter over a bar of the colour, sharp at every scale.
 QIcon LetterOver(quint32 color, const QWidget& widget)
@@ -195,7 +176,7 @@ void FormatToolbar::MakeColorButton(Color which)
     auto* button = qobject_cast<QToolButton*>(widgetForAction(apply));
     button->setProperty("key", key);
     auto* menu = new QMenu(button);
-    for (const ColorRow& row : ColorRows) {
+    for (const ColorPreset& row : ColorPresets()) {
         QAction* entry = menu->addAction(Swatch(row.Value), QString::fromLatin1(row.Caption));
         entry->setProperty("key", QString::fromLatin1(row.Key));
         connect(entry, &QAction::triggered, this, [this, which, value = row.Value] { ChooseColor(which, value); });
@@ -237,16 +218,14 @@ void FormatToolbar::ChooseCustomColor(Color which)
     if (!m_settings)
         return;
     const auto now = quint32(which == Color1 ? m_settings->DefaultColor1() : m_settings->DefaultColor2());
-    const QColor color = QColorDialog::getColor(ColorOf(now), this, u"Text Colour"_s);
-    if (color.isValid())
-        ChooseColor(which, ColorNumber(color));
+    if (const auto color = qb::AskForColor(this, now, u"Text Colour"_s))
+        ChooseColor(which, *color);
 }
 
 void FormatToolbar::AskForColor()
 {
-    const QColor color = QColorDialog::getColor(Qt::black, this, u"Text Colour"_s);
-    if (color.isValid())
-        Run([&](ctlCodeDetails& details) { details.SetFontColor(ColorNumber(color)); });
+    if (const auto color = qb::AskForColor(this, 0, u"Text Colour"_s))
+        Run([&](ctlCodeDetails& details) { details.SetFontColor(*color); });
 }
 
 void FormatToolbar::AskForFont()

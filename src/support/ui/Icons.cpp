@@ -80,8 +80,11 @@ void InitialiseIcons()
             folders << folder;
     }
     QIcon::setThemeSearchPaths(folders);
-    if (QIcon::themeName().isEmpty() || QIcon::themeName() == u"hicolor"_s)
-        QIcon::setThemeName(QIcon::fallbackThemeName());
+    static QString chosen; // here, and not by the desktop
+    if (QIcon::themeName().isEmpty() || QIcon::themeName() == u"hicolor"_s || QIcon::themeName() == chosen) {
+        chosen = QIcon::fallbackThemeName();
+        QIcon::setThemeName(chosen);
+    }
 }
 
 } // namespace qb

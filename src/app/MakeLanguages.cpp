@@ -1,0 +1,28 @@
+// Makes the language definition files that come with the program:
+// quillbase-languages TABLE OUT.qbl
+
+#include "platform/system/RuntimeError.h"
+#include "store/LanguageTable.h"
+#include "support/Version.h"
+
+#include <QFile>
+#include <cstdio>
+
+int main(int argc, char** argv)
+{
+    using namespace Qt::StringLiterals;
+    if (argc != 3)
+        return 2;
+    try {
+        QFile table(QString::fromLocal8Bit(argv[1]));
+        if (!table.open(QIODevice::ReadOnly))
+            throw qb::RuntimeError(qb::ErrorNumber::FileNotFound, table.errorString(), u"quillbase-languages"_s);
+        qb::LanguageDefinition language = qb::LanguageFromTable(QString::fromUtf8(table.readAll()));
+        language.Version = qb::ProgramVersion();
+        qb::WriteLanguageFile(QString::fromLocal8Bit(argv[2]), language);
+    } catch (const qb::RuntimeError& error) {
+        std::fprintf(stderr, "%s: %s\n", argv[1], qPrintable(error.Description()));
+        return 1;
+    }
+    return 0;
+}

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QRect>
+#include <QSize>
+#include <QString>
+#include <array>
+
+namespace qb {
+
+/// How the main window stood at the end of the last session: its place, its splitters and what is
+/// shown, in the user's settings. All lengths are in twips, of which a pixel has 15.
+class WindowLayout {
+public:
+    enum Key {
+        MainLeft,
+        MainTop,
+        MainWidth,
+        MainHeight,
+        WindowState, ///< 0 normal, 1 minimised, 2 maximised
+        ViewBookMarks,
+        FormatTlbrNewRow,
+        FormatTlbrPoss,
+        SmartTreeCoolBarBendWidth,
+        AutoSave,
+        BookmarkSingleClick,
+        FindResultsSingleClick,
+        SearchResultsViewType,
+        MainResizerSeparatorPos,
+        SubResizerSeparatorPos,
+        CodeItemsSeparatorPos,
+        FileSectionSeparatorPos,
+        KeyCount
+    };
+    enum State { Normal = 0, Minimised = 1, Maximised = 2 };
+    static constexpr int TwipsPerPixel = 15;
+
+    /// Reads all but the separators; the place of the window is by default a tenth of the screen
+    /// from its corner, at eight tenths of its size.
+    void Read(const QSize& screen);
+    /// Reads the separators, whose defaults depend on the sizes of the window and of the tree.
+    void ReadSeparatorPositions(const QSize& form, int treeHeight);
+    /// Writes the place of the window and the separators unless it is minimised, and the rest in
+    /// every case. The tree's width is not written while the tree is hidden; a negative place is
+    /// written as 0.
+    void Save(bool treeHidden);
+
+    int Number(Key key) const;
+    bool Flag(Key key) const;
+    void SetNumber(Key key, int value);
+    void SetFlag(Key key, bool value);
+
+    /// The remembered place of the window, in its normal state.
+    QRect Place() const;
+    void SetPlace(const QRect& place);
+
+private:
+    void Load(Key key, const QString& preset);
+    void Store(Key key) const;
+
+    std::array<QString, KeyCount> m_values;
+};
+
+} // namespace qb

@@ -1,0 +1,459 @@
+#include "session/ui/LanguagePage.h"
+
+#include "platform/system/Prompts.h"
+#include "session/ui/CWaitCursor.h"
+#include "session/ui/KeywordGridModel.h"
+#include "store/KeywordDefiner.h"
+#include "support/ErrorRoutine.h"
+#include "support/ui/ColorButton.h"
+#include "support/ui/Icons.h"
+#include "text/ui/RichTextLook.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QFormLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QScopedValueRollback>
+#include <QTableView>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString ModuleName = u"frmSettings"_s;
+
+constexpr int LongestName = 20;
+constexpr int LongestMark = 5;
+constexpr int LongestWord = 30;
+
+QLineEdit* MakeBox(const QString& name, int longest)
+{
+    auto* box = new QLineEdit;
+    box->setObjectName(name);
+    box->setMaxLength(longest);
+    return box;
+}
+
+/// Shows a box's text in a colour.
+void SetTextColor(QLineEdit& box, quint32 color)
+{
+    QPalette palette;
+    palette.setColor(QPalette::Text, RichTextLook::ColorOn(box.palette().color(QPalette::Base), color));
+    box.setPalette(palette);
+}
+
+} // namespace
+
+LanguagePage::LanguagePage(QWidget* parent) : QWidget(parent), m_words(new KeywordGridModel(this))
+{
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(MakeValues());
+    layout->addWidget(MakeGrid(), 1);
+    layout->addWidget(MakeButtons());
+}
+
+LanguagePage::~LanguagePage() = default;
+
+QWidget* LanguagePage::MakeValues()
+{
+    auto* values = new QWidget;
+    auto* form = new QFormLayout(values);
+    form->setContentsMargins(0, 0, 0, 0);
+    txtLanguage = MakeBox(u"txtLanguage"_s, LongestName);
+    txtCommentDelimiter = MakeBox(u"txtCommentDelimiter"_s, LongestMark);
+    txtCommentDelimiterStart = MakeBox(u"txtCommentDelimiterStart"_s, LongestMark);
+    txtCommentDelimiterEnd = MakeBox(u"txtCommentDelimiterEnd"_s, LongestMark);
+    txtCommentDelimiter->setToolTip(u"Opens a comment that ends with the line"_s);
+    txtCommentDelimiterStart->setToolTip(u"Opens a comment that may span lines"_s);
+    txtCommentDelimiterEnd->setToolTip(u"Closes a comment that may span lines"_s);
+    txtCommentDelimiterEnd->setAccessibleName(u"Closes a comment of many lines"_s);
+    lblKeywordColour = new ColorButton(u"Colour of keywords"_s);
+    lblKeywordColour->setObjectName(u"lblKeywordColour"_s);
+    lblTextColour = new ColorButton(u"Colour of other words"_s);
+    lblTextColour->setObjectName(u"lblTextColour"_s);
+    lblNotesColour = new ColorButton(u"Colour of comments"_s);
+    lblNotesColour->setObjectName(u"lblNotesColour"_s);
+    auto* marks = new QHBoxLayout;
+    marks->addWidget(txtCommentDelimiter);
+    marks->addWidget(txtCommentDelimiterStart);
+    marks->addWidget(txtCommentDelimiterEnd);
+    auto* colors = new QHBoxLayout;
+    for (ColorButton* button : {lblKeywordColour, lblTextColour, lblNotesColour}) {
+        button->setToolTip(button->accessibleName());
+        colors->addWidget(button);
+    }
+    colors->addStretch();
+    form->addRow(u"&Name of the language:"_s, txtLanguage);
+    auto* marksLabel = new QLabel(u"Comment &delimiters:"_s);
+    marksLabel->setBuddy(txtCommentDelimiter);
+    form->addRow(marksLabel, marks);
+    form->addRow(u"Keywords, words, comments:"_s, colors);
+    for (QLineEdit* box : {txtLanguage, txtCommentDelimiter, txtCommentDelimiterStart, txtCommentDelimiterEnd})
+        connect(box, &QLineEdit::textChanged, this, &LanguagePage::TakeValues);
+    for (ColorButton* button : {lblKeywordColour, lblTextColour, lblNotesColour})
+        connect(button, &ColorButton::ColorChosen, this, &LanguagePage::TakeValues);
+    txtCommentDelimiter->setPlaceholderText(u"to the line's end"_s);
+    txtCommentDelimiterStart->setPlaceholderText(u"from"_s);
+    txtCommentDelimiterEnd->setPlaceholderText(u"to"_s);
+    return values;
+}
+
+QWidget* LanguagePage::MakeGrid()
+{
+    constexpr int SelectorWidth = 24;
+    constexpr int ColouredWidth = 90;
+    fgrdList = new QTableView;
+    fgrdList->setObjectName(u"fgrdList"_s);
+    fgrdList->setAccessibleName(u"Words of the language"_s);
+    fgrdList->setModel(m_words);
+    fgrdList->verticalHeader()->hide();
+    fgrdList->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    fgrdList->horizontalHeader()->setSectionResizeMode(KeywordGridModel::KeywordColumn, QHeaderView::Stretch);
+    fgrdList->setColumnWidth(KeywordGridModel::SelectorColumn, SelectorWidth);
+    fgrdList->setColumnWidth(KeywordGridModel::ColouredColumn, ColouredWidth);
+    fgrdList->setSelectionBehavior(QAbstractItemView::SelectRows);
+    fgrdList->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    fgrdList->setTabKeyNavigation(false);
+    fgrdList->installEventFilter(this);
+    txtEdit = MakeBox(u"txtEdit"_s, LongestWord);
+    txtEdit->setParent(fgrdList->viewport());
+    txtEdit->setAccessibleName(u"Word"_s);
+    txtEdit->hide();
+    txtEdit->installEventFilter(this);
+    connect(txtEdit, &QLineEdit::textChanged, this, &LanguagePage::txtEdit_Change);
+    connect(fgrdList->selectionModel(), &QItemSelectionModel::currentChanged, this, &LanguagePage::fgrdList_RowColChange);
+    connect(fgrdList, &QTableView::clicked, this, [this](const QModelIndex& index) {
+        if (index.column() == KeywordGridModel::ColouredColumn)
+            UpdateColouredTick(index.row());
+    });
+    fgrdList->viewport()->installEventFilter(this);
+    return fgrdList;
+}
+
+QWidget* LanguagePage::MakeButtons()
+{
+    struct Button {
+        const char* Name;
+        const char* Caption;
+        const char* Icon;
+        std::function<void()> Run;
+    };
+    const auto last = [this] { return m_words->rowCount() - 1; };
+    const auto now = [this] { return fgrdList->currentIndex().row(); };
+    const Button buttons[] = {
+        {"cmdMoveFirst", "First", "go-first", [this] { GoToRow(0); }},
+        {"cmdMovePrevious", "Previous", "go-previous", [this, now] { GoToRow(now() - 1); }},
+        {"cmdMoveNext", "Next", "go-next", [this, now] { GoToRow(now() + 1); }},
+        {"cmdMoveLast", "Last", "go-last", [this, last] { GoToRow(last()); }},
+        {"cmdAddNew", "GoTo New Line", "", [this, last] { GoToRow(last()); }},
+        {"cmdDelete", "Delete Selected Record(s)", "", [this] { DeleteSelectedRows(); }},
+    };
+    auto* row = new QWidget;
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    for (const Button& button : buttons) {
+        auto* control = new QPushButton;
+        control->setObjectName(QString::fromLatin1(button.Name));
+        control->setAutoDefault(false);
+        if (*button.Icon) {
+            control->setIcon(IconNamed(QString::fromLatin1(button.Icon)));
+            control->setToolTip(QString::fromLatin1(button.Caption));
+            control->setAccessibleName(QString::fromLatin1(button.Caption));
+        } else {
+            control->setText(QString::fromLatin1(button.Caption));
+        }
+        layout->addWidget(control);
+        connect(control, &QPushButton::clicked, this, [this, run = button.Run] { Guarded(ModuleName, u"LanguagePage"_s, run); });
+    }
+    layout->addStretch();
+    cmdExport = new QPushButton(u"&Export..."_s);
+    cmdExport->setObjectName(u"cmdExport"_s);
+    cmdImport = new QPushButton(u"&Import..."_s);
+    cmdImport->setObjectName(u"cmdImport"_s);
+    m_shipped = new QToolButton;
+    m_shipped->setObjectName(u"cmdShippedLanguages"_s);
+    m_shipped->setText(u"Languages"_s);
+    m_shipped->setToolTip(u"Take a language that comes with the program"_s);
+    m_shipped->setPopupMode(QToolButton::InstantPopup);
+    cmdExport->setAutoDefault(false);
+    cmdImport->setAutoDefault(false);
+    for (QWidget* control : {static_cast<QWidget*>(m_shipped), static_cast<QWidget*>(cmdImport), static_cast<QWidget*>(cmdExport)})
+        layout->addWidget(control);
+    connect(cmdExport, &QPushButton::clicked, this, &LanguagePage::ExportLanguageDefinition);
+    connect(cmdImport, &QPushButton::clicked, this, &LanguagePage::ImportLanguageDefinition);
+    return row;
+}
+
+QList<std::pair<QString, QWidget*>> LanguagePage::Places() const
+{
+    return {{u"Name of the language"_s, txtLanguage},
+            {u"Comment delimiter"_s, txtCommentDelimiter},
+            {u"Comments of many lines: delimiters"_s, txtCommentDelimiterStart},
+            {u"Colour of keywords"_s, lblKeywordColour},
+            {u"Colour of other words"_s, lblTextColour},
+            {u"Colour of comments"_s, lblNotesColour},
+            {u"Keywords of the language"_s, fgrdList},
+            {u"Import a language definition"_s, cmdImport},
+            {u"Export the language definition"_s, cmdExport}};
+}
+
+// What is shown
+
+void LanguagePage::Initialize(KeywordDefiner* definer, const QStringList& languageFiles)
+{
+    m_definer = definer;
+    setEnabled(definer);
+    InitializeLanguagePage();
+    auto* menu = new QMenu(m_shipped);
+    for (const QString& path : languageFiles)
+        connect(menu->addAction(ReadLanguageFile(path).Language.replace(u'&', u"&&"_s)), &QAction::triggered, this, [this, path] { ImportFile(path); });
+    delete m_shipped->menu();
+    m_shipped->setMenu(menu);
+    m_shipped->setVisible(!languageFiles.isEmpty());
+}
+
+void LanguagePage::InitializeLanguagePage()
+{
+    const QScopedValueRollback loading(m_loading, true);
+    ShowValues();
+    FillKeywordGrid();
+}
+
+void LanguagePage::ShowValues()
+{
+    const LanguageDefinition values = m_definer ? m_definer->Values() : LanguageDefinition();
+    txtLanguage->setText(values.Language);
+    txtCommentDelimiter->setText(values.Comment);
+    txtCommentDelimiterStart->setText(values.CommentStart);
+    txtCommentDelimiterEnd->setText(values.CommentEnd);
+    lblKeywordColour->SetColor(quint32(values.ColouredKeywordColour));
+    lblTextColour->SetColor(quint32(values.KeywordColour));
+    lblNotesColour->SetColor(quint32(values.CommentColour));
+    for (QLineEdit* box : {txtCommentDelimiter, txtCommentDelimiterStart, txtCommentDelimiterEnd})
+        SetTextColor(*box, quint32(values.CommentColour));
+}
+
+void LanguagePage::TakeValues()
+{
+    if (m_loading || !m_definer)
+        return;
+    LanguageDefinition values = m_definer->Values();
+    values.Language = txtLanguage->text();
+    values.Comment = txtCommentDelimiter->text();
+    values.CommentStart = txtCommentDelimiterStart->text();
+    values.CommentEnd = txtCommentDelimiterEnd->text();
+    values.ColouredKeywordColour = qint32(lblKeywordColour->Color());
+    values.KeywordColour = qint32(lblTextColour->Color());
+    values.CommentColour = qint32(lblNotesColour->Color());
+    m_definer->SetValues(values);
+    for (QLineEdit* box : {txtCommentDelimiter, txtCommentDelimiterStart, txtCommentDelimiterEnd})
+        SetTextColor(*box, lblNotesColour->Color());
+    Q_EMIT Changed();
+}
+
+void LanguagePage::FillKeywordGrid()
+{
+    const QScopedValueRollback loading(m_loading, true);
+    m_words->SetDefiner(m_definer);
+    txtEdit->hide();
+    if (m_definer)
+        fgrdList->setCurrentIndex(m_words->index(0, KeywordGridModel::KeywordColumn));
+}
+
+// The floating editor
+
+void LanguagePage::fgrdList_RowColChange()
+{
+    if (!m_definer)
+        return;
+    const int row = fgrdList->currentIndex().row();
+    m_words->SetCurrentRow(row);
+    if (!m_definer->Word(row).isEmpty() && !m_loading)
+        m_definer->FindWord(row);
+    PlaceEditor();
+    if (txtEdit->isVisible() && !m_loading)
+        txtEdit->setFocus();
+}
+
+/// Lays the editor over the current word.
+void LanguagePage::PlaceEditor()
+{
+    const QScopedValueRollback loading(m_loading, true);
+    const QModelIndex current = fgrdList->currentIndex();
+    if (!current.isValid() || current.column() != KeywordGridModel::KeywordColumn)
+        return txtEdit->hide();
+    fgrdList->scrollTo(current);
+    txtEdit->setGeometry(fgrdList->visualRect(current));
+    const QString word = m_definer->Word(current.row());
+    if (txtEdit->text() != word)
+        txtEdit->setText(word);
+    txtEdit->show();
+    txtEdit->selectAll();
+}
+
+void LanguagePage::txtEdit_Change(const QString& text)
+{
+    if (m_loading || !m_definer)
+        return;
+    const int row = fgrdList->currentIndex().row();
+    Guarded(ModuleName, u"txtEdit_Change"_s, [&] { m_definer->SetWord(row, text); });
+    const QScopedValueRollback loading(m_loading, true);
+    m_words->RowEdited(row);
+    if (text.isEmpty() && fgrdList->currentIndex().row() != row)
+        fgrdList->setCurrentIndex(m_words->index(qMin(row, m_words->rowCount() - 1), KeywordGridModel::KeywordColumn));
+    if (text.isEmpty())
+        PlaceEditor();
+    Q_EMIT Changed();
+}
+
+void LanguagePage::GoToRow(int row)
+{
+    const int last = m_words->rowCount() - 1;
+    if (last < 0)
+        return;
+    fgrdList->setCurrentIndex(m_words->index(std::clamp(row, 0, last), KeywordGridModel::KeywordColumn));
+    txtEdit->setFocus();
+}
+
+bool LanguagePage::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == fgrdList->viewport() && event->type() == QEvent::Resize && txtEdit->isVisible())
+        txtEdit->setGeometry(fgrdList->visualRect(fgrdList->currentIndex()));
+    if (event->type() != QEvent::KeyPress)
+        return QWidget::eventFilter(watched, event);
+    const int key = static_cast<QKeyEvent*>(event)->key();
+    if (watched == txtEdit)
+        return EditorKey(key);
+    return watched == fgrdList && GridKey(key);
+}
+
+bool LanguagePage::EditorKey(int key)
+{
+    const int row = fgrdList->currentIndex().row();
+    switch (key) {
+    case Qt::Key_Tab:
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        // The next cell: the tick of this row.
+        fgrdList->setCurrentIndex(m_words->index(row, KeywordGridModel::ColouredColumn));
+        fgrdList->setFocus();
+        return true;
+    case Qt::Key_Up:
+        GoToRow(row - 1);
+        return true;
+    case Qt::Key_Down:
+        GoToRow(row + 1);
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool LanguagePage::GridKey(int key)
+{
+    const QModelIndex current = fgrdList->currentIndex();
+    switch (key) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_Left:
+        GoToRow(current.row());
+        return true;
+    case Qt::Key_Tab:
+        GoToRow(current.row() + 1);
+        return true;
+    case Qt::Key_Space:
+        if (current.column() == KeywordGridModel::ColouredColumn)
+            UpdateColouredTick(current.row());
+        return true;
+    case Qt::Key_Delete:
+        DeleteSelectedRows();
+        return true;
+    default:
+        return false;
+    }
+}
+
+void LanguagePage::UpdateColouredTick(int row)
+{
+    if (!m_definer)
+        return;
+    Guarded(ModuleName, u"UpdateColouredTick"_s, [&] { m_definer->UpdateColouredTick(row); });
+    m_words->RowEdited(row);
+    if (m_definer->Changed())
+        Q_EMIT Changed();
+}
+
+void LanguagePage::DeleteSelectedRows()
+{
+    std::vector<int> rows;
+    for (const QModelIndex& index : fgrdList->selectionModel()->selectedIndexes()) {
+        if (index.column() == KeywordGridModel::KeywordColumn)
+            rows.push_back(index.row());
+    }
+    if (!m_definer || rows.empty())
+        return;
+    if (Prompts::Current().MsgBox({.Text = u"Do you wish to delete selected items?"_s,
+                                   .Caption = u"Selection Delete"_s,
+                                   .Buttons = MsgBoxButtons::YesNo,
+                                   .Icon = MsgBoxIcon::Question})
+        != MsgBoxResult::Yes)
+        return;
+    const int first = *std::min_element(rows.begin(), rows.end());
+    Guarded(ModuleName, u"DeleteSelectedRows"_s, [&] { m_definer->DeleteRows(rows); });
+    const QScopedValueRollback loading(m_loading, true);
+    txtEdit->clear();
+    m_words->Refill();
+    GoToRow(first);
+    Q_EMIT Changed();
+}
+
+// Definition files
+
+void LanguagePage::ExportLanguageDefinition()
+{
+    const QString path = RequestFileName ? RequestFileName(true) : QString();
+    if (path.isEmpty() || !m_definer)
+        return;
+    Guarded(ModuleName, u"ExportLanguageDefinition"_s, [&] {
+        CWaitCursor wait;
+        wait.SetCursor(CWaitCursor::Hourglass);
+        QCoreApplication::processEvents();
+        m_definer->ExportLanguageDefinition(path);
+    });
+}
+
+void LanguagePage::ImportLanguageDefinition()
+{
+    const QString path = RequestFileName ? RequestFileName(false) : QString();
+    if (!path.isEmpty())
+        ImportFile(path);
+}
+
+void LanguagePage::ImportFile(const QString& path)
+{
+    if (!m_definer)
+        return;
+    bool taken = false;
+    try {
+        CWaitCursor wait;
+        wait.SetCursor(CWaitCursor::Hourglass);
+        QCoreApplication::processEvents();
+        taken = m_definer->ImportLanguageDefinition(path);
+    } catch (const RuntimeError& error) { // what is wrong with the file is no fault of the program
+        Prompts::Current().MsgBox({.Text = error.Description(), .Caption = u"Import Language Definition"_s, .Icon = MsgBoxIcon::Exclamation});
+    }
+    InitializeLanguagePage();
+    if (taken)
+        Q_EMIT Changed();
+}
+
+} // namespace qb
