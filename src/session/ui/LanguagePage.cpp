@@ -135,7 +135,13 @@ QWidget* LanguagePage::MakeGrid()
         if (index.column() == KeywordGridModel::ColouredColumn)
             UpdateColouredTick(index.row());
     });
-    fgrdList->viewport()->installEventFilter(this);
+    const auto follow = [this] {
+        if (!txtEdit->isHidden())
+            txtEdit->setGeometry(fgrdList->visualRect(fgrdList->currentIndex()));
+    };
+    connect(fgrdList->horizontalHeader(), &QHeaderView::sectionResized, this, follow);
+    // The columns that stretch are known once the header has been laid out.
+    connect(fgrdList->horizontalHeader(), &QHeaderView::geometriesChanged, this, follow, Qt::QueuedConnection);
     return fgrdList;
 }
 
@@ -326,8 +332,6 @@ void LanguagePage::GoToRow(int row)
 
 bool LanguagePage::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == fgrdList->viewport() && event->type() == QEvent::Resize && txtEdit->isVisible())
-        txtEdit->setGeometry(fgrdList->visualRect(fgrdList->currentIndex()));
     if (event->type() != QEvent::KeyPress)
         return QWidget::eventFilter(watched, event);
     const int key = static_cast<QKeyEvent*>(event)->key();
