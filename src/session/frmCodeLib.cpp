@@ -165,6 +165,26 @@ void frmCodeLib::PlaceWindow()
         setWindowState(Qt::WindowMaximized);
 }
 
+/// Where it stands in its normal state is remembered for the time when it has another.
+void frmCodeLib::RememberPlace()
+{
+    constexpr int Twips = WindowLayout::TwipsPerPixel;
+    if (isVisible() && !(windowState() & (Qt::WindowMaximized | Qt::WindowMinimized | Qt::WindowFullScreen)))
+        m_layout.SetPlace({geometry().topLeft() * Twips, geometry().size() * Twips});
+}
+
+void frmCodeLib::moveEvent(QMoveEvent* event)
+{
+    QMainWindow::moveEvent(event);
+    RememberPlace();
+}
+
+void frmCodeLib::resizeEvent(QResizeEvent* event)
+{
+    QMainWindow::resizeEvent(event);
+    RememberPlace();
+}
+
 void frmCodeLib::showEvent(QShowEvent* event)
 {
     QMainWindow::showEvent(event);
@@ -187,9 +207,6 @@ void frmCodeLib::SaveLayout()
         : isMaximized() || isFullScreen()           ? WindowLayout::Maximised
                                                     : WindowLayout::Normal;
     m_layout.SetNumber(WindowLayout::WindowState, state);
-    const QRect place = state == WindowLayout::Normal ? geometry() : normalGeometry();
-    if (place.isValid())
-        m_layout.SetPlace({place.topLeft() * Twips, place.size() * Twips});
     if (m_layoutRead)
         m_layout.SetNumber(WindowLayout::SubResizerSeparatorPos, ctlResizer1->sizes().value(0) * Twips);
     m_layout.SetFlag(WindowLayout::AutoSave, m_items->AutoSaveOn());

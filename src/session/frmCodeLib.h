@@ -78,6 +78,8 @@ public:
 protected:
     void closeEvent(QCloseEvent* event) override;
     void showEvent(QShowEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void MakePanels();
@@ -105,6 +107,7 @@ private:
     void PlaceWindow();
     void ReadSeparatorPositions();
     void SaveLayout();
+    void RememberPlace();
     void mnuFile_Click();
     void mnuEdit_Click();
     void mnuItem_Click();

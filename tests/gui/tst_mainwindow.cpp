@@ -22,7 +22,9 @@
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QRadioButton>
+#include <QScreen>
 #include <QSignalSpy>
+#include <QSplitter>
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QTimer>
@@ -64,6 +66,68 @@ private Q_SLOTS:
         QVERIFY(Find<QWidget>(u"webWelcome"_s)->isVisible());
         QVERIFY(Find<QLabel>(u"Label1"_s)->text() == u"Welcome to the KT Quillbase Code Library"_s);
         TakePicture(*m_window, u"first-start"_s);
+    }
+
+    // Place and layout
+
+    void firstStart_isMaximised()
+    {
+        Open();
+        QVERIFY(m_window->isMaximized());
+        const QRect screen = m_window->screen()->availableGeometry();
+        m_window->showNormal();
+        QTRY_COMPARE(m_window->geometry(), QRect(screen.width() / 10, screen.height() / 10, screen.width() / 10 * 8, screen.height() / 10 * 8));
+        QCOMPARE(Find<QSplitter>(u"ctlResizer1"_s)->sizes().value(0) > 0, true);
+    }
+
+    void window_standsAsItWasLeft()
+    {
+        Open();
+        m_window->showNormal();
+        m_window->setGeometry(40, 50, 600, 500);
+        QCoreApplication::processEvents();
+        Find<QSplitter>(u"ctlResizer1"_s)->setSizes({250, 350});
+        const int tree = Find<QSplitter>(u"ctlResizer1"_s)->sizes().value(0);
+        m_window->close();
+        QCOMPARE(Stored(u"MainLeft"_s), u"600"_s); // twips
+        QCOMPARE(Stored(u"MainTop"_s), u"750"_s);
+        QCOMPARE(Stored(u"MainWidth"_s), u"9000"_s);
+        QCOMPARE(Stored(u"MainHeight"_s), u"7500"_s);
+        QCOMPARE(Stored(u"WindowState"_s), u"0"_s);
+        QCOMPARE(Stored(u"SubResizerSeparatorPos"_s), QString::number(tree * 15));
+        Open();
+        QVERIFY(!m_window->isMaximized());
+        QCOMPARE(m_window->geometry(), QRect(40, 50, 600, 500));
+        QTRY_COMPARE(Find<QSplitter>(u"ctlResizer1"_s)->sizes().value(0), tree);
+    }
+
+    void maximisedWindow_keepsItsPlaceBelow()
+    {
+        Open();
+        m_window->showNormal();
+        m_window->setGeometry(40, 50, 600, 500);
+        m_window->showMaximized();
+        QCoreApplication::processEvents();
+        m_window->close();
+        QCOMPARE(Stored(u"WindowState"_s), u"2"_s);
+        QCOMPARE(Stored(u"MainWidth"_s), u"9000"_s);
+    }
+
+    void layoutThatIsNotSaved_isNotWritten()
+    {
+        SaveSetting(SettingsApplication, u"Settings"_s, u"SaveFormLayout"_s, u"False"_s);
+        Open();
+        m_window->close();
+        for (const QString& key : {u"MainLeft"_s, u"WindowState"_s, u"AutoSave"_s, u"FormatTlbrPoss"_s, u"SubResizerSeparatorPos"_s})
+            QCOMPARE(Stored(key), u"none"_s);
+    }
+
+    void placeOnAScreenThatHasGone_isNotUsed()
+    {
+        SaveSetting(SettingsApplication, u"Settings"_s, u"MainLeft"_s, u"300000"_s);
+        SaveSetting(SettingsApplication, u"Settings"_s, u"WindowState"_s, u"0"_s);
+        Open();
+        QVERIFY(m_window->screen()->availableGeometry().intersects(m_window->geometry()));
     }
 
     void itemClicked_showsAllItsTexts()
@@ -337,6 +401,7 @@ private Q_SLOTS:
     }
 
 private:
+    static QString Stored(const QString& key) { return GetSetting(SettingsApplication, u"Settings"_s, key, u"none"_s); }
     QString DefaultLibrary() const { return m_home->Path(u"data/QBLib.qbd"_s); }
 
     /// Two items under the root, the second with one below it.
