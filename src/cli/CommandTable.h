@@ -28,6 +28,11 @@ int Delete(const QStringList& words);
 int Keep(const QStringList& words);
 int RemoveDeleted(const QStringList& words);
 
+// Links
+int Link(const QStringList& words);
+int Links(const QStringList& words);
+int Unlink(const QStringList& words);
+
 // Languages and settings
 int Language(const QStringList& words);
 int Settings(const QStringList& words);

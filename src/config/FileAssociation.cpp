@@ -129,12 +129,12 @@ QString ShellWord(QString word, const QString& mark)
     return u'\'' + word + u'\'';
 }
 
-/// What an Exec line can't say itself: a program with "=" in its path, a file that is part of a
-/// word or stands more than once.
+/// What an Exec line can't say itself: a program with "=" or, for some desktops, "%" in its path, a
+/// file that is part of a word or stands more than once.
 bool NeedsShell(const FileCommand& command)
 {
     const auto isPart = [](const QString& word) { return word.contains(FileMark) && word != FileMark; };
-    return command.Program.contains(u'=') || command.Arguments.count(FileMark) > 1
+    return command.Program.contains(u'=') || command.Program.contains(u'%') || command.Arguments.count(FileMark) > 1
         || std::any_of(command.Arguments.begin(), command.Arguments.end(), isPart);
 }
 
@@ -173,7 +173,7 @@ QByteArray EntryOf(const FileType& type)
     QStringList lines{u"[Desktop Entry]"_s, u"Type=Application"_s, u"Terminal=false"_s};
     lines << u"Name="_s + EntryText(Expressible(type.Description.isEmpty() ? type.ClassName : type.Description));
     lines << u"Exec="_s + ExecOf(type.Commands.constFirst());
-    if (!type.IconFile.isEmpty())
+    if (type.IconFile.startsWith(u'/')) // any other text would be taken as the name of a theme's icon
         lines << u"Icon="_s + EntryText(Expressible(type.IconFile));
     lines << u"MimeType="_s + FileAssociation::TypeName(type.ClassName) + u';';
 
@@ -218,6 +218,49 @@ void RunIfThere(const QString& program, const QString& folder)
 }
 
 } // namespace
+
+void FileType::SetCommand(const FileCommand& command)
+{
+    const auto isNamed = [&](const FileCommand& other) { return other.Name.compare(command.Name, Qt::CaseInsensitive) == 0; };
+    const auto taken = std::find_if(Commands.begin(), Commands.end(), isNamed);
+    if (taken != Commands.end())
+        *taken = command;
+    else
+        Commands << command;
+}
+
+FileType FileTypeOf(const EXEAssociation& association)
+{
+    const struct {
+        bool IsWanted;
+        QString Name;
+        QString Caption;
+        QString UsualCaption;
+        QString Option;
+    } commands[] = {
+        {true, u"open"_s, association.OpenCaption, u"&Open"_s, {}},
+        {association.Print, u"print"_s, association.PrintCaption, u"&Print"_s, u"/p"_s},
+        {association.New, u"new"_s, association.NewCaption, u"&New"_s, u"/n"_s},
+        {association.Install, u"add"_s, association.InstallCaption, u"&Install "_s + association.Description, u"/a"_s},
+    };
+    const QString& program = association.Program;
+    FileType type{association.ClassName, association.Description, association.Extension, association.IconFile, {}};
+    for (const auto& [isWanted, name, caption, usualCaption, option] : commands) {
+        if (!isWanted)
+            continue;
+        // Only the command that opens has the program in quotes.
+        const QString start = option.isEmpty() ? u'"' + program + u'"' : program + u' ' + option;
+        const QStringList arguments = option.isEmpty() ? QStringList{FileMark} : QStringList{option, FileMark};
+        type.Commands << FileCommand{name, caption.isEmpty() ? usualCaption : caption, start + u" \"%1\""_s, program, arguments};
+    }
+    return type;
+}
+
+FileCommand FileCommandOf(const QString& name, const QString& caption, const QString& line)
+{
+    const QStringList words = QProcess::splitCommand(line);
+    return {name, caption, line, words.value(0), words.mid(1)};
+}
 
 QString FileAssociation::TypeName(const QString& className)
 {

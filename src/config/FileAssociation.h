@@ -11,7 +11,8 @@ namespace qb {
 struct FileCommand {
     QString Name; ///< "open", "print", ..., unique in a type without case
     QString Caption; ///< for menus; the first "&" stands before its access key
-    QString Program;
+    QString Line; ///< the command as a registry has it
+    QString Program; ///< the same in its parts
     QStringList Arguments; ///< "%1" in them stands for the file
 };
 
@@ -20,9 +21,36 @@ struct FileType {
     QString ClassName; ///< also the name of the files that describe the type
     QString Description;
     QString Extension; ///< without its "."
-    QString IconFile; ///< or empty
+    QString IconFile; ///< for the desktop only with a path from the root; or empty
     QList<FileCommand> Commands; ///< the first one opens a file; the others are its program's actions
+
+    /// Adds the command, in the place of one of its name.
+    void SetCommand(const FileCommand& command);
 };
+
+/// What is said of a program and its type of files when it is registered. A caption that is empty
+/// is the usual one.
+struct EXEAssociation {
+    QString Program; ///< path
+    QString ClassName;
+    QString Description;
+    QString Extension; ///< without its "."
+    bool Print = false;
+    bool New = false;
+    bool Install = false;
+    QString OpenCaption; ///< "&Open"
+    QString PrintCaption; ///< "&Print"
+    QString NewCaption; ///< "&New"
+    QString InstallCaption; ///< "&Install " and the description
+    QString IconFile; ///< empty: the program
+    int IconIndex = 0;
+};
+
+/// The type with a command "open" and those of "print", "new" and "add" that are asked for.
+FileType FileTypeOf(const EXEAssociation& association);
+
+/// A command by its line, in which '"' keeps words together.
+FileCommand FileCommandOf(const QString& name, const QString& caption, const QString& line);
 
 /// Makes a type of files known to the user's desktop: a type `application/x-<class name>` in
 /// `mime/packages/<class name>.xml`, and the program as `applications/<class name>.desktop`, both

@@ -7,7 +7,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLockFile>
-#include <QProcess>
 #include <QSaveFile>
 
 #include <algorithm>
@@ -44,22 +43,30 @@ QString PathOf(const QString& section)
 }
 
 /// The sections below @p path, at any depth: the first one and what follows the last one.
-template <class AnyHive>
-auto Below(AnyHive& hive, const QString& path)
+auto Below(const Hive& hive, const QString& path)
 {
     const QString prefix = path.isEmpty() ? QString() : path + u'\\';
     const auto first = prefix.isEmpty() ? std::next(hive.begin()) : hive.lower_bound(prefix);
-    const auto end = std::find_if_not(first, hive.end(), [&](const auto& section) {
-        return section.first.startsWith(prefix, Qt::CaseInsensitive);
-    });
-    return std::pair(first, end);
+    const auto isBelow = [&](const auto& section) { return section.first.startsWith(prefix, Qt::CaseInsensitive); };
+    return std::pair(first, std::find_if_not(first, hive.end(), isBelow));
 }
 
+/// The section, made if need be; what is above it is made too, or lends its spelling.
 Entries& MadeSection(Hive& hive, const QString& path)
 {
-    for (qsizetype end = path.indexOf(u'\\'); end >= 0; end = path.indexOf(u'\\', end + 1))
-        hive.try_emplace(path.left(end));
-    return hive.try_emplace(path).first->second;
+    qsizetype end = path.size();
+    auto section = hive.find(path);
+    while (section == hive.end()) {
+        end = qMax(path.lastIndexOf(u'\\', end - 1), qsizetype(0));
+        section = hive.find(path.left(end)); // the hive itself is there
+    }
+    while (end < path.size()) {
+        const qsizetype next = path.indexOf(u'\\', end + 1);
+        const qsizetype length = (next < 0 ? path.size() : next) - end;
+        section = hive.try_emplace(section->first + path.mid(end, length)).first;
+        end += length;
+    }
+    return section->second;
 }
 
 // The file
@@ -151,56 +158,44 @@ bool WriteStore(const Store& store)
     return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
 }
 
-/// Has @p change, a function of the store, change the file; false when it says false or the file
+/// Has @p change, a function of the hive, change the file; false when it says false or the file
 /// can't be read or written. No other process changes the file meanwhile.
 template <class Change>
-bool ChangeStore(Change&& change)
+bool ChangeHive(RegistryHive hive, Change&& change)
 {
     constexpr int Patience = 5000; // milliseconds
     QLockFile lock(StoreFile() + u".lock"_s);
     if (!lock.tryLock(Patience))
         return false;
     std::optional<Store> store = ReadStore();
-    return store && change(*store) && WriteStore(*store);
+    return store && change((*store)[size_t(hive)]) && WriteStore(*store);
+}
+
+/// The hive as it is in the file; without even itself when that can't be read.
+Hive StoredHive(RegistryHive hive)
+{
+    const std::optional<Store> store = ReadStore();
+    return store ? (*store)[size_t(hive)] : Hive();
 }
 
 /// The values of a section; nothing when there is no such section or the file can't be read.
-std::optional<Entries> StoredSection(RegistryHive hive, const QString& section)
+std::optional<Entries> StoredSection(RegistryHive key, const QString& section)
 {
-    const std::optional<Store> store = ReadStore();
-    if (!store)
-        return std::nullopt;
-    const auto found = (*store)[size_t(hive)].find(PathOf(section));
-    return found == (*store)[size_t(hive)].end() ? std::nullopt : std::optional(found->second);
+    const Hive hive = StoredHive(key);
+    const auto found = hive.find(PathOf(section));
+    return found == hive.end() ? std::nullopt : std::optional(found->second);
 }
 
 /// What @p value becomes when it is written as @p type; nothing when it can't be.
 std::optional<Value> AsType(const Value& value, RegistryType type)
 {
-    bool isNumber = true;
-    switch (type) {
-    case RegistryType::Binary:
-        return Value(value.ToBytes());
-    case RegistryType::Number:
-        if (const Value number = value.ToText().toLongLong(&isNumber); isNumber)
-            return number;
+    bool isPossible = true;
+    const qint64 number = type == RegistryType::Number ? value.ToText().toLongLong(&isPossible) : 0;
+    if (!isPossible)
         return std::nullopt;
-    case RegistryType::String:
-        break;
-    }
-    return Value(value.ToText());
-}
-
-// Associations
-
-QString Or(const QString& caption, const QString& usual)
-{
-    return caption.isEmpty() ? usual : caption;
-}
-
-QString CommandOf(const QString& command)
-{
-    return u"\\shell\\"_s + command;
+    if (type == RegistryType::Number)
+        return Value(number);
+    return type == RegistryType::Binary ? Value(value.ToBytes()) : Value(value.ToText());
 }
 
 [[noreturn]] void Refuse(const QString& description)
@@ -216,6 +211,11 @@ void cRegistry::Fail(const QString& start, const QString& section, const QString
                        start + u"'"_s + HiveNames[size_t(m_classKey)] + u"',Section: '"_s + section + u'\'' + end, Source);
 }
 
+void cRegistry::FailToSet(const QString& section, const QString& name, const QString& text) const
+{
+    Fail(u"Failed to set registry value Key: "_s, section, u",Key: '"_s + name + u"' to value: '"_s + text + u'\'');
+}
+
 bool cRegistry::KeyExists() const
 {
     return StoredSection(m_classKey, m_sectionKey).has_value();
@@ -223,8 +223,8 @@ bool cRegistry::KeyExists() const
 
 bool cRegistry::CreateKey()
 {
-    const bool isMade = ChangeStore([this](Store& store) {
-        MadeSection(store[size_t(m_classKey)], PathOf(m_sectionKey));
+    const bool isMade = ChangeHive(m_classKey, [this](Hive& hive) {
+        MadeSection(hive, PathOf(m_sectionKey));
         return true;
     });
     if (!isMade)
@@ -235,8 +235,7 @@ bool cRegistry::CreateKey()
 bool cRegistry::DeleteKey()
 {
     const QString path = PathOf(m_sectionKey);
-    const bool isDeleted = !path.isEmpty() && ChangeStore([&](Store& store) {
-        Hive& hive = store[size_t(m_classKey)];
+    const bool isDeleted = !path.isEmpty() && ChangeHive(m_classKey, [&](Hive& hive) {
         const auto [first, end] = Below(hive, path);
         hive.erase(first, end);
         return hive.erase(path) > 0;
@@ -249,8 +248,7 @@ bool cRegistry::DeleteKey()
 bool cRegistry::DeleteValue()
 {
     bool isOpen = false;
-    const bool isDeleted = ChangeStore([&](Store& store) {
-        Hive& hive = store[size_t(m_classKey)];
+    const bool isDeleted = ChangeHive(m_classKey, [&](Hive& hive) {
         const auto section = hive.find(PathOf(m_sectionKey));
         isOpen = section != hive.end();
         return isOpen && section->second.erase(m_valueKey) > 0;
@@ -273,12 +271,12 @@ qb::Value cRegistry::Value() const
 void cRegistry::SetValue(const qb::Value& value)
 {
     const std::optional<qb::Value> written = AsType(value, m_valueType);
-    const bool isSet = written && ChangeStore([&](Store& store) {
-        MadeSection(store[size_t(m_classKey)], PathOf(m_sectionKey))[m_valueKey] = *written;
+    const bool isSet = written && ChangeHive(m_classKey, [&](Hive& hive) {
+        MadeSection(hive, PathOf(m_sectionKey))[m_valueKey] = *written;
         return true;
     });
     if (!isSet)
-        Fail(u"Failed to set registry value Key: "_s, m_sectionKey, u",Key: '"_s + m_valueKey + u"' to value: '"_s + value.ToText() + u'\'');
+        FailToSet(m_sectionKey, m_valueKey, value.ToText());
 }
 
 bool cRegistry::EnumerateValues(QStringList& names, int& count) const
@@ -295,9 +293,8 @@ bool cRegistry::EnumerateSections(QStringList& names, int& count) const
 {
     names.clear();
     count = 0;
-    const std::optional<Store> store = ReadStore();
     const QString path = PathOf(m_sectionKey);
-    const Hive hive = store ? (*store)[size_t(m_classKey)] : Hive();
+    const Hive hive = StoredHive(m_classKey);
     if (!hive.contains(path))
         return false;
     const qsizetype start = path.isEmpty() ? 0 : path.size() + 1;
@@ -314,48 +311,34 @@ bool cRegistry::EnumerateSections(QStringList& names, int& count) const
 void cRegistry::Register(const FileType& type, const Texts& texts)
 {
     FileAssociation desktop(type, Source);
-    const bool isWritten = ChangeStore([&](Store& store) {
+    const bool isWritten = ChangeHive(m_classKey, [&](Hive& hive) {
         for (const auto& [section, text] : texts)
-            MadeSection(store[size_t(m_classKey)], PathOf(Classes + section))[QString()] = text;
+            MadeSection(hive, PathOf(Classes + section))[QString()] = text;
         return true;
     });
-    if (!isWritten) {
-        const auto& [section, text] = texts.constFirst();
-        Fail(u"Failed to set registry value Key: "_s, Classes + section, u",Key: '' to value: '"_s + text + u'\'');
-    }
+    if (!isWritten)
+        FailToSet(Classes + texts.constFirst().first, QString(), texts.constFirst().second);
     desktop.PutInPlace();
     m_fileType = type;
 }
 
+cRegistry::Texts cRegistry::TextsOf(const QString& className, const QList<FileCommand>& commands)
+{
+    Texts texts;
+    for (const FileCommand& command : commands) {
+        const QString section = className + u"\\shell\\"_s + command.Name;
+        texts << std::pair(section, command.Caption) << std::pair(section + u"\\command"_s, command.Line);
+    }
+    return texts;
+}
+
 void cRegistry::CreateEXEAssociation(const EXEAssociation& association)
 {
-    const QString& program = association.Program;
-    const struct {
-        bool IsWanted;
-        QString Name;
-        QString Caption;
-        QString Option;
-    } commands[] = {
-        {true, u"open"_s, Or(association.OpenCaption, u"&Open"_s), {}},
-        {association.Print, u"print"_s, Or(association.PrintCaption, u"&Print"_s), u"/p"_s},
-        {association.New, u"new"_s, Or(association.NewCaption, u"&New"_s), u"/n"_s},
-        {association.Install, u"add"_s, Or(association.InstallCaption, u"&Install "_s + association.Description), u"/a"_s},
-    };
-    const QString& name = association.ClassName;
-    FileType type{name, association.Description, association.Extension, association.IconFile, {}};
-    Texts texts{{u'.' + association.Extension, name}, {name, association.Description}};
-    for (const auto& command : commands) {
-        if (!command.IsWanted)
-            continue;
-        const bool isOpen = command.Option.isEmpty();
-        // Only the command that opens has the program in quotes.
-        const QString line = isOpen ? u'"' + program + u'"' : program + u' ' + command.Option;
-        texts << std::pair(name + CommandOf(command.Name), command.Caption)
-              << std::pair(name + CommandOf(command.Name) + u"\\command"_s, line + u" \"%1\""_s);
-        const QStringList arguments = isOpen ? QStringList{u"%1"_s} : QStringList{command.Option, u"%1"_s};
-        type.Commands << FileCommand{command.Name, command.Caption, program, arguments};
-    }
-    texts << std::pair(name + u"\\DefaultIcon"_s, Or(association.IconFile, program) + u',' + QString::number(association.IconIndex));
+    const FileType type = FileTypeOf(association);
+    const QString& icon = association.IconFile.isEmpty() ? association.Program : association.IconFile;
+    Texts texts{{u'.' + type.Extension, type.ClassName}, {type.ClassName, type.Description}};
+    texts << TextsOf(type.ClassName, type.Commands)
+          << std::pair(type.ClassName + u"\\DefaultIcon"_s, icon + u',' + QString::number(association.IconIndex));
     Register(type, texts);
 }
 
@@ -367,24 +350,16 @@ void cRegistry::CreateAdditionalEXEAssociations(const QStringList& nameTextComma
     if (m_fileType.ClassName.isEmpty())
         Refuse(u"Error - attempt to create additional associations before class defined."_s);
     FileType type = m_fileType;
-    Texts texts;
+    QList<FileCommand> added;
     for (qsizetype i = 0; i < nameTextCommand.size(); i += Group) {
         const QString& name = nameTextCommand[i];
         if (name.isEmpty() || name.contains(u'\\'))
             Refuse(u"'%1' can't be the name of a command."_s.arg(name));
-        const QString section = type.ClassName + CommandOf(name);
-        texts << std::pair(section, nameTextCommand[i + 1]) << std::pair(section + u"\\command"_s, nameTextCommand[i + 2]);
-        const QStringList words = QProcess::splitCommand(nameTextCommand[i + 2]);
-        const FileCommand command{name, nameTextCommand[i + 1], words.value(0), words.mid(1)};
-        const auto isNamed = [&](const FileCommand& other) { return other.Name.compare(name, Qt::CaseInsensitive) == 0; };
-        const auto taken = std::find_if(type.Commands.begin(), type.Commands.end(), isNamed);
-        if (taken != type.Commands.end())
-            *taken = command;
-        else
-            type.Commands << command;
+        added << FileCommandOf(name, nameTextCommand[i + 1], nameTextCommand[i + 2]);
+        type.SetCommand(added.constLast());
     }
-    if (!texts.isEmpty())
-        Register(type, texts);
+    if (!added.isEmpty())
+        Register(type, TextsOf(type.ClassName, added));
 }
 
 } // namespace qb

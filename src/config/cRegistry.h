@@ -24,23 +24,6 @@ enum class RegistryHive {
     Users,
 };
 
-/// What CreateEXEAssociation registers. A caption that is empty is the usual one.
-struct EXEAssociation {
-    QString Program; ///< path
-    QString ClassName;
-    QString Description;
-    QString Extension; ///< without its "."
-    bool Print = false;
-    bool New = false;
-    bool Install = false;
-    QString OpenCaption; ///< "&Open"
-    QString PrintCaption; ///< "&Print"
-    QString NewCaption; ///< "&New"
-    QString InstallCaption; ///< "&Install " and the description
-    QString IconFile; ///< empty: the program
-    int IconIndex = 0;
-};
-
 /// A registry: hives of sections, one below another, with named values in each. It is a file of
 /// the user, `Registry.json` in the ConfigFolder, which is read and written whole by each
 /// operation. Names are found in any case and keep the one that they were made with; "\" stands
@@ -94,8 +77,10 @@ public:
 private:
     /// Sections below `SOFTWARE\Classes` with the text of each.
     using Texts = QList<std::pair<QString, QString>>;
+    static Texts TextsOf(const QString& className, const QList<FileCommand>& commands);
     void Register(const FileType& type, const Texts& texts);
     [[noreturn]] void Fail(const QString& start, const QString& section, const QString& end = {}) const;
+    [[noreturn]] void FailToSet(const QString& section, const QString& name, const QString& text) const;
 
     RegistryType m_valueType = RegistryType::String;
     RegistryHive m_classKey = RegistryHive::CurrentUser;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "panels/LinkMode.h"
 #include "panels/TreeNodes.h"
+#include "store/CLinks.h"
 
 namespace qb {
 
@@ -28,6 +30,19 @@ public:
     virtual void SetDropHighlight(const TreeNode* node) = 0;
     /// Scrolls by lines, up by negative ones.
     virtual void ScrollLines(int lines) = 0;
+
+    // The links of the current item
+
+    /// Shows that the next click names the other item of a link.
+    virtual void SetLinkMode(LinkMode mode) = 0;
+    /// The mode stays when a link has been made.
+    virtual bool InPermanentLinkMode() const = 0;
+    /// The list of linked items is empty.
+    virtual void ClearLinkCombo() = 0;
+    virtual void AddNewLinkToCombo(const CLink& link) = 0;
+    virtual void UpdateLinkItemInCombo(const CLink& link) = 0;
+    /// Shows the description of the current item.
+    virtual void UpdateDescription(const QString& text) = 0;
 };
 
 } // namespace qb

@@ -1,14 +1,26 @@
 #pragma once
 
+#include "panels/FilteredNodes.h"
 #include "panels/ItemTreeView.h"
 
+#include <QTimer>
 #include <QWidget>
+
+class QComboBox;
+class QLineEdit;
+class QPlainTextEdit;
+class QSplitter;
+class QStackedWidget;
+class QToolBar;
+class QToolButton;
+class QTreeView;
 
 namespace qb {
 
 class NodeTreeView;
 
-/// The panel with the item tree.
+/// The panel with the item tree: a box that narrows it to matching titles, a bar for the links of the
+/// current item, the tree, and the item's description below it.
 class ctlSmartTreeView : public QWidget, public ItemTreeView {
     Q_OBJECT
 
@@ -29,7 +41,33 @@ public:
     void SetDropHighlight(const TreeNode* node) override;
     void ScrollLines(int lines) override;
 
+    void SetLinkMode(qb::LinkMode mode) override;
+    bool InPermanentLinkMode() const override { return m_permanent; }
+    void SetInPermanentLinkMode(bool permanent) { m_permanent = permanent; }
+    void ClearLinkCombo() override;
+    void AddNewLinkToCombo(const CLink& link) override;
+    void UpdateLinkItemInCombo(const CLink& link) override;
+    void UpdateDescription(const QString& text) override;
+
     NodeTreeView* Tree() const { return m_tree; }
+    qb::LinkMode LinkMode() const { return m_mode; }
+
+    /// Whether the user has shrunk the panel to its first button.
+    bool TreeHidden() const { return m_hidden; }
+    void SetTreeHidden(bool hidden);
+    /// Hides the tree for a while, whatever the user wants at other times.
+    void AutoHideTree(bool hide);
+    bool IsShrunk() const { return m_hidden || m_autoHidden; }
+    bool DescriptionHidden() const { return m_descriptionHidden; }
+    void SetDescriptionHidden(bool hidden);
+    /// Where the description begins, in pixels from the top of the tree.
+    int SeparatorPosition() const;
+    void SetSeparatorPosition(int position);
+
+    /// Puts the caret into the box that filters.
+    void StartFilter();
+    /// Shows the whole tree again.
+    void EndFilter();
 
 Q_SIGNALS:
     /// The user has gone to a node.
@@ -38,13 +76,54 @@ Q_SIGNALS:
     void NodeCollapsed(qb::TreeNode* node);
     /// The tree has been drawn with nodes in it, for the first time.
     void TreePainted();
+    /// The panel has become as small as its first button, or large again.
+    void Shrinking(bool shrinks);
+    void LinkModeStarted(qb::LinkMode mode);
+    void LinkModeEnded();
+    /// The user wants to go to the linked item of this ID, or to remove the link to it.
+    void LinkFollowed(qint64 item);
+    void LinkRemoveAsked(qint64 item);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    void MakeToolbar();
+    void MakeModeMenu();
+    void MakeTree();
+    void MakeFilter();
+    void ConnectTree();
+    void ChooseMode(qb::LinkMode mode);
+    void ShowMode();
+    void ShowShrunk();
+    void UpdateCombo();
+    qint64 ComboItem() const;
+    void ApplyFilter();
+    void GoToFound(const QModelIndex& index);
+    bool FilterKey(QObject* watched, int key);
+
     TreeNodes m_nodes;
+    FilteredNodes m_matches;
+    QTimer m_refilter; ///< once the changes of the nodes are over
+    QLineEdit* txtFilter = nullptr;
+    QToolBar* tbrLinks = nullptr;
+    QAction* m_shrink = nullptr;
+    QAction* m_description = nullptr;
+    QToolButton* m_linkMode = nullptr;
+    QComboBox* cboLinkedItems = nullptr;
+    QAction* m_linkGoto = nullptr;
+    QAction* m_linkRemove = nullptr;
+    QSplitter* m_splitter = nullptr;
+    QStackedWidget* m_trees = nullptr; ///< the whole one, and what the filter finds
     NodeTreeView* m_tree;
+    QTreeView* m_found = nullptr;
+    QPlainTextEdit* txtDescription = nullptr;
+    qb::LinkMode m_mode = qb::LinkMode::None;
+    qb::LinkMode m_chosenMode = qb::LinkMode::OneWayFrom; ///< of the button
+    bool m_permanent = false;
+    bool m_hidden = false;
+    bool m_autoHidden = false;
+    bool m_descriptionHidden = false;
     bool m_selecting = false;
 };
 

@@ -30,6 +30,7 @@ constexpr CommandRow Rows[] = {
     {Place::Edit, "mnuFindInText", "&Find in Text...", "edit-find", "Ctrl+F", "Find in the text that is shown"},
     {Place::Edit, "mnuFindNext", "Find &Next", "go-down", "F3", "Go to the next place that was found"},
     {Place::Edit, "mnuFindPrevious", "Find Pre&vious", "go-up", "Shift+F3", "Go to the place before"},
+    {Place::Edit, "mnuFilterTree", "Fi&lter Tree...", "view-filter", "Ctrl+Shift+F", "Narrow the tree to the titles that hold a text"},
     {Place::Edit, "mnuGoToLine", "&Go to Line...", "", "Ctrl+G", "Go to a line of the code by its number"},
     {Place::Edit, "", "", "", "", ""},
     {Place::EditCode, "mnuColorize", "&Colorize", "colorize", "F8", "Paint the text by the rules of the library's language"},
@@ -65,6 +66,7 @@ constexpr CommandRow Rows[] = {
     {Place::Replication, "mnuDBToolsSynchronizeItem", "&Synchronize...", "", "", "Take in a synchronization file"},
     {Place::Replication, "mnuDBToolsForgetReplicaItem", "&Forget Replica...", "", "", "Strike a child off"},
 
+    {Place::View, "mnuViewTreeItem", "&Tree", "", "", "Show or hide the tree"},
     {Place::View, "mnuViewStatusBar", "&Status Bar", "", "", "Show or hide the status bar"},
     {Place::View, "mnuViewLineNumbers", "&Line Numbers", "", "", "Show or hide the numbers of lines of code"},
     {Place::View, "mnuViewWordWrap", "&Word Wrap", "", "", "Break long lines of code at the window's edge"},
@@ -91,6 +93,13 @@ constexpr CommandRow Rows[] = {
     {Place::Toolbar, "BOOKMARK", "Bookmark", "bookmark-new", "", "Bookmark the item"},
     {Place::Toolbar, "VIEWBOOKMARKS", "Bookmarks", "bookmarks", "", "Show or hide the bookmarks"},
     {Place::Toolbar, "FIND", "Find", "edit-find", "", "Find in the library"},
+
+    {Place::AddLink, "mnuAddLinkOneWayFromSelItem", "One Way - FROM Selected Item...", "LINK_ONEWAY_TARGET", "", "Lead from this item to another; click that one"},
+    {Place::AddLink, "mnuAddLinkToSelectedItem", "One Way - TO Selected Item...", "LINK_ONEWAY_SOURCE", "", "Lead from another item to this one; click that one"},
+    {Place::AddLink, "mnuAddLinkOneWayNewFromSelItem", "One Way New - FROM Selected Item...", "LINK_ONEWAY_NEW_TARGET", "", "Lead from this item to a new one; click its parent"},
+    {Place::AddLink, "mnuAddLinkOneWayNewToSelItem", "One Way New - TO Selected Item...", "LINK_ONEWAY_NEW_SOURCE", "", "Lead from a new item to this one; click its parent"},
+    {Place::AddLink, "mnuAddLinkTwoWayItem", "Two Way...", "LINK_TWOWAY", "", "Link this item with another, both ways; click that one"},
+    {Place::AddLink, "mnuAddLinkTwoWayNew", "Two Way New...", "LINK_TWOWAY_NEW", "", "Link this item with a new one, both ways; click its parent"},
 
     {Place::WebLinks, "mnuWebGoBack", "&Back", "go-previous", "Alt+Left", "Go back to the page before"},
     {Place::WebLinks, "mnuWebGoForward", "&Forward", "go-next", "Alt+Right", "Go forward again"},

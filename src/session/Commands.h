@@ -9,7 +9,7 @@ namespace qb {
 
 /// A command of the main window: an entry of a menu, or a button of the toolbar `tlbMain`.
 struct CommandRow {
-    enum class Place { File, Edit, EditCode, Item, Tools, Replication, View, Help, Toolbar, WebLinks, CodeToolbar };
+    enum class Place { File, Edit, EditCode, Item, Tools, Replication, View, Help, Toolbar, AddLink, WebLinks, CodeToolbar };
     Place Where;
     const char* Name;    ///< the entry's name, or the button's key
     const char* Caption; ///< empty: a separator

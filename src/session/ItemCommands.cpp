@@ -65,7 +65,7 @@ bool ItemCommands::SaveItem()
     return Guarded(ModuleName, u"SaveItem"_s, [this] {
         CCodeItem* item = m_session.oCodeItem.get();
         bool kept = true;
-        if (item && item->ItemChanged()) {
+        if (item && item->Unsaved()) {
             const bool wanted
                 = m_autoSaveOn || Asked(u"This item has been changed. Do you wish to save the changes?"_s, u"Save Item"_s);
             const std::shared_ptr<void> wait = wanted ? m_shell.WaitCursor() : nullptr;
@@ -76,7 +76,7 @@ bool ItemCommands::SaveItem()
                           u"Save Item"_s, MsgBoxResult::No))
                 return false;
             // Nobody wants the changes: whatever becomes of the leaving, they are not to be seen as if stored.
-            if (item->ItemChanged())
+            if (item->Unsaved())
                 m_tree.ShowItem(item->Key().toLongLong());
         }
         m_details.ResetChangedBooleans();
@@ -87,7 +87,7 @@ bool ItemCommands::SaveItem()
 void ItemCommands::mnuSaveItem_Click()
 {
     CCodeItem* item = m_session.oCodeItem.get();
-    if (!item || !item->ItemChanged())
+    if (!item || !item->Unsaved())
         return;
     const std::shared_ptr<void> wait = m_shell.WaitCursor();
     if (item->ItemMarkedForDelete() ? m_details.SetItemChanged(false) : m_details.SaveItem())
@@ -121,14 +121,19 @@ void ItemCommands::AddUnder(TreeNode& parent)
 {
     Guarded(ModuleName, u"AddCode"_s, [&] {
         constexpr int NewItemStatus = 2;
-        const QString title = u"New Code item"_s;
         m_view.EndLabelEdit(); // of another item
         if (!m_session.CurrentDatabase || !SaveItem())
             return;
+        const bool links = m_session.Mode != LinkMode::None;
+        const bool pureLink = m_session.Mode == LinkMode::OneWayNewTo && Asked(u"Are you creating a 'pure link item'?"_s, u"Pure Link Item?"_s);
+        const QString title = pureLink ? m_session.oCodeItem->Title() + u" (LINK)"_s : u"New Code item"_s;
         auto item = std::make_unique<CCodeItem>();
         item->Initialise(*m_session.CurrentDatabase, {});
         item->SetTitle(title);
-        item->SetItemStatus(NewItemStatus);
+        if (pureLink)
+            item->SetDescription(u"*** LINK ITEM ONLY ***"_s);
+        else
+            item->SetItemStatus(NewItemStatus);
         item->SetParentKey(ParentKeyOf(parent));
         if (!item->Commit()) {
             ShowSelected(); // as it is stored
@@ -139,12 +144,42 @@ void ItemCommands::AddUnder(TreeNode& parent)
         TreeNode& node = m_view.Nodes().Insert(item->Key().toLongLong(), title, TreeImage::CHILD, parent);
         m_view.EnsureVisible(node);
         m_view.SelectItem(node);
+        if (links)
+            return LinkNewItem(node, item->Description(), pureLink);
         m_tree.ShowNewItem(std::move(item));
         m_details.SetCurrentView(DetailsTab::Code);
         m_commands.DoToolBarLogic(false);
         ItemMenuEdit();
         m_view.StartLabelEdit(node);
     });
+}
+
+/// The item that was current stays so; the new one is linked with it once it has its title.
+void ItemCommands::LinkNewItem(TreeNode& node, const QString& description, bool pureLink)
+{
+    if (!pureLink) {
+        m_newLinkedItem = node.Id;
+        return m_view.StartLabelEdit(node);
+    }
+    node.Tag = description;
+    if (AddNewLinkToSelectedItem)
+        AddNewLinkToSelectedItem(node.Text);
+}
+
+void ItemCommands::LabelEditEnded(const TreeNode& node)
+{
+    if (node.Id == std::exchange(m_newLinkedItem, 0) && m_session.Mode != LinkMode::None && AddNewLinkToSelectedItem)
+        AddNewLinkToSelectedItem(node.Text);
+}
+
+void ItemCommands::tvCodeItems_NodeClick(TreeNode& node)
+{
+    if (m_session.Mode == LinkMode::None)
+        m_tree.TreeViewNodeClick(node);
+    else if (MakesNewItem(m_session.Mode))
+        AddCode();
+    else if (AddNewLinkToSelectedItem)
+        AddNewLinkToSelectedItem({});
 }
 
 void ItemCommands::mnuNewSiblingItem_Click()
@@ -188,7 +223,10 @@ bool ItemCommands::AfterLabelEdit(TreeNode& node, const QString& newText)
         m_shell.SetStatusText(title);
         m_view.Nodes().SetText(node, title);
         item.Commit();
-        m_tree.SElectCodeItem(key);
+        if (m_session.Mode == LinkMode::None)
+            m_tree.SElectCodeItem(key);
+        else if (m_newLinkedItem = 0; AddNewLinkToSelectedItem)
+            AddNewLinkToSelectedItem(title);
         return true;
     }, false);
 }

@@ -31,6 +31,13 @@ public:
 
     // Adding and renaming
 
+    /// A click on a node opens its item, or is the second step of a link mode.
+    void tvCodeItems_NodeClick(TreeNode& node);
+    /// The editor of a node's title has closed, with another title or without.
+    void LabelEditEnded(const TreeNode& node);
+    /// Links the current item with that of the selected node; its title, or empty for the node's text.
+    std::function<void(const QString& title)> AddNewLinkToSelectedItem;
+
     /// Adds an item under the selected node and lets the user type its title.
     void AddCode();
     void mnuNewSiblingItem_Click();
@@ -57,6 +64,7 @@ private:
     QString ParentKeyOf(const TreeNode& node) const;
     std::function<void(int)> ProgressOver(qsizetype items);
     void AddUnder(TreeNode& parent);
+    void LinkNewItem(TreeNode& node, const QString& description, bool pureLink);
     void DeleteNode(TreeNode& node, const std::vector<qint64>& branch, bool orphan);
     void ShowAsChildless(TreeNode& parent);
     void ShowSelected();
@@ -68,6 +76,7 @@ private:
     Commands& m_commands;
     ItemTree& m_tree;
     bool m_autoSaveOn = true;
+    qint64 m_newLinkedItem = 0; ///< waits for its title in a link mode; 0: none
 };
 
 } // namespace qb

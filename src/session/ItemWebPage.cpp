@@ -50,7 +50,7 @@ void ItemWebPage::ForgetPage(CCodeItem& item)
 {
     item.SetHTMLPage(false);
     m_details.SetLinksEnabled(false);
-    if (item.ItemChanged())
+    if (item.Unsaved())
         return;
     const bool held = item.DontUpdateLastChangedDate();
     item.SetDontUpdateLastChangedDate(true);

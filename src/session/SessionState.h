@@ -1,6 +1,7 @@
 #pragma once
 
 #include "config/CSettings.h"
+#include "panels/LinkMode.h"
 #include "platform/dao/Database.h"
 #include "session/CHistory.h"
 #include "store/CCodeItem.h"
@@ -21,6 +22,7 @@ struct LibraryEntry {
 struct SessionState {
     std::unique_ptr<Database> CurrentDatabase; ///< null when no library is open
     QString CurrentDatabasePath;               ///< empty when none is known
+    LinkMode Mode = LinkMode::None;            ///< what the next click in the tree is for
     QString CurrentItemKey;                    ///< of the item shown; empty after a refill
     std::unique_ptr<CCodeItem> oCodeItem;
     std::unique_ptr<CSettings> moSettings;

@@ -24,6 +24,7 @@
 #include <QComboBox>
 #include <QFile>
 #include <QFileInfo>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -49,6 +50,7 @@ frmCodeLib::frmCodeLib()
     m_tree = std::make_unique<ItemTree>(m_session, *tvCodeItems, *ctlCodeItemDetails, *this, m_commands);
     m_items = std::make_unique<ItemCommands>(m_session, *tvCodeItems, *ctlCodeItemDetails, *this, m_commands, *m_tree);
     m_drag = std::make_unique<ItemDrag>(m_session, *tvCodeItems, *m_tree, *m_items);
+    m_linking = std::make_unique<ItemLinking>(m_session, *tvCodeItems, *m_tree);
     m_page = std::make_unique<ItemWebPage>(m_session, *ctlCodeItemDetails);
     m_libraries = std::make_unique<LibraryList>(m_session, *this, *ctlCodeItemDetails, m_commands, *m_tree);
     MakeMenus();
@@ -198,6 +200,7 @@ void frmCodeLib::ReadSeparatorPositions()
     m_layout.ReadSeparatorPositions(size() * Twips, tvCodeItems->height() * Twips);
     const int tree = qMax(tvCodeItems->minimumSizeHint().width(), m_layout.Number(WindowLayout::SubResizerSeparatorPos) / Twips);
     ctlResizer1->setSizes({tree, qMax(1, ctlResizer1->width() - tree)});
+    tvCodeItems->SetSeparatorPosition(m_layout.Number(WindowLayout::CodeItemsSeparatorPos) / Twips);
 }
 
 void frmCodeLib::SaveLayout()
@@ -210,7 +213,17 @@ void frmCodeLib::SaveLayout()
     if (m_layoutRead)
         m_layout.SetNumber(WindowLayout::SubResizerSeparatorPos, ctlResizer1->sizes().value(0) * Twips);
     m_layout.SetFlag(WindowLayout::AutoSave, m_items->AutoSaveOn());
-    m_layout.Save(!tvCodeItems->isVisibleTo(this));
+    if (m_layoutRead && !tvCodeItems->IsShrunk())
+        m_layout.SetNumber(WindowLayout::CodeItemsSeparatorPos, tvCodeItems->SeparatorPosition() * Twips);
+    m_layout.Save(tvCodeItems->IsShrunk());
+}
+
+/// Escape, where nothing else wants it, ends a link mode.
+void frmCodeLib::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Escape && m_session.Mode != LinkMode::None)
+        return m_linking->EndLinkMode();
+    QMainWindow::keyPressEvent(event);
 }
 
 // Closing

@@ -3,6 +3,7 @@
 #include "session/Commands.h"
 #include "session/ItemCommands.h"
 #include "session/ItemDrag.h"
+#include "session/ItemLinking.h"
 #include "session/ItemTree.h"
 #include "session/ItemWebPage.h"
 #include "session/LibraryList.h"
@@ -77,6 +78,7 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
@@ -91,6 +93,10 @@ private:
     void AddToolbarActions(QToolBar& toolbar, CommandRow::Place place);
     void MakeStatusBar();
     void ConnectPanels();
+    void ConnectLinks();
+    void FollowLink(qint64 item);
+    std::optional<LinkDirection> AskLinkDirection();
+    void tvCodeItems_Shrinking(bool shrinks);
     void ConnectDetails();
     void ConnectCommands();
     void ConnectItemCommands();
@@ -135,6 +141,7 @@ private:
     WindowLayout m_layout;
     bool m_layoutRead = false; ///< the separators are asked for once, when the window is shown
     QSplitter* ctlResizer1 = nullptr;
+    int m_treeWidth = 0; ///< of the tree before it was shrunk
     QMenu* mnuFileDatabaseSelect = nullptr;
     QMenu* mnuFormat = nullptr;
     QMenu* mnuEditCode = nullptr;
@@ -156,6 +163,7 @@ private:
     std::unique_ptr<ItemTree> m_tree;
     std::unique_ptr<ItemCommands> m_items;
     std::unique_ptr<ItemDrag> m_drag;
+    std::unique_ptr<ItemLinking> m_linking;
     std::unique_ptr<ItemWebPage> m_page;
     std::unique_ptr<LibraryList> m_libraries;
     std::unique_ptr<ApplicationTips> m_oTips; ///< while the tip window is open

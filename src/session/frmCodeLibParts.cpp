@@ -3,8 +3,10 @@
 #include "panels/ctlFileDetails.h"
 #include "panels/ctlSmartTreeView.h"
 #include "panels/ui/NodeTreeView.h"
+#include "platform/system/Prompts.h"
 #include "platform/system/Trace.h"
 #include "session/frmCodeLib.h"
+#include "session/frmRelationshipDelete.h"
 #include "support/ErrorRoutine.h"
 #include "support/ui/Icons.h"
 #include "session/ui/BrowserToolbar.h"
@@ -17,6 +19,7 @@
 #include <QAction>
 #include <QActionGroup>
 #include <QComboBox>
+#include <QCursor>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -137,6 +140,13 @@ void frmCodeLib::MakeMenus()
     m_actions[u"mnuAutoSaveItem"_s]->setCheckable(true);
     mnuFileDatabaseSelect = new QMenu(this);
     m_actions[u"mnuFileDatabaseSelect"_s]->setMenu(mnuFileDatabaseSelect);
+    auto* mnuAddLink = new QMenu(this);
+    for (const CommandRow& row : Commands::Table()) {
+        if (row.Where == CommandRow::Place::AddLink)
+            mnuAddLink->addAction(MakeAction(row));
+    }
+    m_actions[u"mnuAddLink"_s]->setMenu(mnuAddLink);
+    m_actions[u"mnuViewTreeItem"_s]->setCheckable(true);
     m_actions[u"mnuViewStatusBar"_s]->setCheckable(true);
     connect(MenuOf(CommandRow::Place::File), &QMenu::aboutToShow, this, &frmCodeLib::mnuFile_Click);
 }
@@ -217,13 +227,15 @@ void frmCodeLib::MakeStatusBar()
 
 void frmCodeLib::ConnectPanels()
 {
-    connect(tvCodeItems, &ctlSmartTreeView::NodeClick, this, [this](TreeNode* node) { m_tree->TreeViewNodeClick(*node); });
+    connect(tvCodeItems, &ctlSmartTreeView::NodeClick, this, [this](TreeNode* node) { m_items->tvCodeItems_NodeClick(*node); });
+    ConnectLinks();
     connect(tvCodeItems, &ctlSmartTreeView::NodeExpanded, this, [this](TreeNode* node) { m_tree->NodeExpanded(*node); });
     connect(tvCodeItems, &ctlSmartTreeView::NodeCollapsed, this, [this](TreeNode* node) { m_tree->NodeCollapsed(*node); });
     connect(tvCodeItems, &ctlSmartTreeView::TreePainted, this, [] { Trace("tree_painted"); });
     NodeTreeView* tree = tvCodeItems->Tree();
     connect(tree, &NodeTreeView::LabelEdited, this,
             [this](TreeNode* node, const QString& text) { m_items->AfterLabelEdit(*node, text); });
+    connect(tree, &NodeTreeView::LabelEditEnded, this, [this](TreeNode* node) { m_items->LabelEditEnded(*node); });
     // What the menu does not allow for the item the key does not do either.
     const auto ifEnabled = [this](const QString& command, void (ItemCommands::*run)()) {
         return [this, command, run] {
@@ -244,7 +256,11 @@ void frmCodeLib::ConnectPanels()
                         .Tick = [this] { m_drag->Tick(); },
                         .Drop = [this] { return m_drag->Drop(); },
                         .Complete = [this] { m_drag->Complete(); }});
-    m_tree->ItemShown = [this] { m_items->ItemMenuEdit(); };
+    m_tree->ItemShown = [this] {
+        m_items->ItemMenuEdit();
+        m_linking->ShowLinks();
+        tvCodeItems->UpdateDescription(m_session.oCodeItem ? m_session.oCodeItem->Description() : QString());
+    };
     connect(cboDatabase, &QComboBox::currentIndexChanged, this, [this](int index) {
         if (index >= 0)
             m_libraries->cboDatabase_Click();
@@ -252,6 +268,68 @@ void frmCodeLib::ConnectPanels()
     connect(cboDatabase->lineEdit(), &QLineEdit::returnPressed, this,
             [this] { m_libraries->ChangeAlias(cboDatabase->currentText(), true); });
     connect(&m_commands, &Commands::Changed, this, &frmCodeLib::UpdateAction);
+}
+
+void frmCodeLib::ConnectLinks()
+{
+    m_items->AddNewLinkToSelectedItem = [this](const QString& title) { m_linking->AddNewLinkToSelectedItem(title); };
+    m_linking->AskRelationshipDelete = [this](LinkDirection direction) -> std::optional<LinkDirection> {
+        frmRelationshipDelete dialog(this);
+        dialog.DisplayRelationshipAndOptions(direction);
+        dialog.exec();
+        return dialog.Cancelled() ? std::nullopt : std::optional(dialog.Result());
+    };
+    m_linking->AskDirection = [this] { return AskLinkDirection(); };
+    connect(tvCodeItems, &ctlSmartTreeView::LinkModeStarted, this, [this](LinkMode mode) { m_linking->CreateNewLink(mode); });
+    connect(tvCodeItems, &ctlSmartTreeView::LinkModeEnded, this, [this] { m_linking->EndLinkMode(); });
+    connect(tvCodeItems, &ctlSmartTreeView::LinkFollowed, this, &frmCodeLib::FollowLink);
+    connect(tvCodeItems, &ctlSmartTreeView::LinkRemoveAsked, this, [this](qint64 item) { m_linking->DeleteLink(CLinks::KeyOf(item)); });
+    connect(tvCodeItems, &ctlSmartTreeView::Shrinking, this, &frmCodeLib::tvCodeItems_Shrinking);
+}
+
+void frmCodeLib::FollowLink(qint64 item)
+{
+    if (tvCodeItems->Nodes().Find(item))
+        return m_tree->GoToNode(NodeKey(item));
+    Prompts::Current().MsgBox({.Text = u"The linked item is not in the library any more. The link can be removed."_s,
+                               .Caption = ApplicationTitle,
+                               .Icon = MsgBoxIcon::Information});
+}
+
+/// Which way a link is to lead, from a menu at the pointer.
+std::optional<LinkDirection> frmCodeLib::AskLinkDirection()
+{
+    struct Choice {
+        const char* Caption;
+        const char* Image;
+        LinkDirection Direction;
+    };
+    static constexpr Choice choices[] = {{"From the selected item to this one", "LINK_ONEWAY_TARGET", LinkDirection::Left},
+                                         {"From this item to the selected one", "LINK_ONEWAY_SOURCE", LinkDirection::Right},
+                                         {"Both ways", "LINK_TWOWAY", LinkDirection::Both}};
+    QMenu menu(this);
+    menu.setObjectName(u"mnuLinkDirection"_s);
+    QHash<QAction*, LinkDirection> directions;
+    for (const Choice& choice : choices)
+        directions.insert(menu.addAction(IconNamed(QString::fromLatin1(choice.Image)), QString::fromLatin1(choice.Caption)), choice.Direction);
+    const auto chosen = directions.constFind(menu.exec(QCursor::pos()));
+    return chosen == directions.constEnd() ? std::nullopt : std::optional(*chosen);
+}
+
+/// The splitter follows the tree's own hiding: fixed at its small width, free again when it grows.
+void frmCodeLib::tvCodeItems_Shrinking(bool shrinks)
+{
+    m_commands.SetChecked(u"mnuViewTreeItem"_s, !shrinks);
+    if (shrinks) {
+        if (tvCodeItems->maximumWidth() == QWIDGETSIZE_MAX)
+            m_treeWidth = ctlResizer1->sizes().value(0);
+        tvCodeItems->setFixedWidth(tvCodeItems->minimumSizeHint().width());
+        return;
+    }
+    tvCodeItems->setMinimumWidth(0);
+    tvCodeItems->setMaximumWidth(QWIDGETSIZE_MAX);
+    if (m_treeWidth > 0)
+        ctlResizer1->setSizes({m_treeWidth, qMax(1, ctlResizer1->width() - m_treeWidth)});
 }
 
 void frmCodeLib::ConnectDetails()
@@ -285,6 +363,7 @@ void frmCodeLib::CurrentViewChanged()
     for (QAction* action : mnuWebLinks->actions()) // their keys are those of other tabs too
         action->setShortcutContext(isLinks ? Qt::WindowShortcut : Qt::WidgetShortcut);
     ShowTextToolbar();
+    tvCodeItems->AutoHideTree(isLinks && m_session.moSettings && Settings().AutoHideTreeWhenBrowsing());
     if (isLinks)
         m_page->LinksTabShown();
 }
@@ -417,7 +496,14 @@ void frmCodeLib::ConnectItemCommands()
         {u"NEW"_s, [this] { m_items->AddCode(); }},
         {u"SAVE"_s, [this] { SaveButtonClicked(); }},
         {u"DELETE"_s, [this] { m_items->DeleteCodeItem(); }},
+        {u"mnuAddLink"_s, [] {}}, // opens its menu
     });
+    const std::pair<const char*, LinkMode> modes[] = {
+        {"mnuAddLinkOneWayFromSelItem", LinkMode::OneWayFrom},       {"mnuAddLinkToSelectedItem", LinkMode::OneWayTo},
+        {"mnuAddLinkOneWayNewFromSelItem", LinkMode::OneWayNewFrom}, {"mnuAddLinkOneWayNewToSelItem", LinkMode::OneWayNewTo},
+        {"mnuAddLinkTwoWayItem", LinkMode::TwoWay},                  {"mnuAddLinkTwoWayNew", LinkMode::TwoWayNew}};
+    for (const auto& [name, mode] : modes)
+        m_procedures.insert(QString::fromLatin1(name), [this, mode = mode] { m_linking->CreateNewLink(mode); });
 }
 
 void frmCodeLib::ConnectEditCommands()
@@ -469,6 +555,8 @@ void frmCodeLib::ConnectViewCommands()
     constexpr int ActualSize = 100;
     const auto zoomTo = [this](int percent) { ctlCodeItemDetails->SetZoom(percent); };
     m_procedures.insert({
+        {u"mnuFilterTree"_s, [this] { tvCodeItems->StartFilter(); }},
+        {u"mnuViewTreeItem"_s, [this] { tvCodeItems->SetTreeHidden(!tvCodeItems->TreeHidden()); }},
         {u"mnuViewZoomIn"_s, [this, zoomTo] { zoomTo(ctlCodeItemDetails->Zoom() + ZoomStep); }},
         {u"mnuViewZoomOut"_s, [this, zoomTo] { zoomTo(ctlCodeItemDetails->Zoom() - ZoomStep); }},
         {u"mnuViewZoomReset"_s, [zoomTo] { zoomTo(ActualSize); }},

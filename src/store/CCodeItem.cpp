@@ -38,6 +38,8 @@ void CCodeItem::InitialiseProperties()
     m_attributesLoaded = false;
     m_readFailed = false;
     m_itemChanged = false;
+    m_linksChanged = false;
+    m_links.Clear();
     m_itemMarkedForDelete = false;
     for (QString* text : {&m_key, &m_title, &m_description, &m_info, &m_user, &m_notes, &m_code, &m_example})
         text->clear();
@@ -94,6 +96,7 @@ void CCodeItem::GetAttributes()
             !m_database->QueryValue(u"SELECT 1 FROM Files WHERE CodeID = ? LIMIT 1"_s, {m_key.toLongLong()}).IsNull());
         Q_EMIT LinkLoaded(m_htmlPage);
         Q_EMIT NewItemLoaded(m_created, m_lastChanged);
+        LoadLinks();
     });
 }
 
@@ -290,6 +293,7 @@ bool CCodeItem::InsertObject()
 bool CCodeItem::UpdateObject()
 {
     return Guarded(ModuleName, u"UpdateObject"_s, [this] {
+        Transaction whole(*m_database);
         if (m_itemChanged) {
             if (m_readFailed)
                 throw RuntimeError(ErrorNumber::NoCurrentRecord,
@@ -305,9 +309,13 @@ bool CCodeItem::UpdateObject()
             row.Update();
             m_itemMarkedForDelete = m_lastChanged.IsNone();
         }
+        if (m_linksChanged)
+            UpdateLinks();
+        whole.Commit();
         m_state = RecordState::Clean;
         m_attributesLoaded = true;
         m_itemChanged = false;
+        m_linksChanged = false;
     });
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/system/Date.h"
+#include "store/CLinks.h"
 #include "store/IDataObject.h"
 
 #include <QObject>
@@ -71,6 +72,18 @@ public:
     void SetMotherParentKey(qint32 value) { LetOfAnyState(m_motherParentKey, value); }
     /// The mother's ID of this item, in a child replica.
     qint32 MotherRecordKey() const { return m_motherRecordKey; }
+    /// The links that lead from this item; written at the next commit after SetLinksChanged.
+    CLinks& Links()
+    {
+        GetAttributes();
+        return m_links;
+    }
+    bool LinksChanged() const { return m_linksChanged; }
+    void SetLinksChanged(bool value) { m_linksChanged = value; }
+    /// Reads the links anew, with the IDs that new ones got.
+    void ReloadLinks() { LoadLinks(); }
+    /// There is something to be written at the next commit.
+    bool Unsaved() const { return m_itemChanged || m_linksChanged; }
     /// LastChanged was "none" when the row was read: the item waits for removal.
     bool ItemMarkedForDelete() const { return m_itemMarkedForDelete; }
 
@@ -129,11 +142,26 @@ private:
     void WriteSharedColumns(Recordset& row);
     void FindMotherParent();
 
+    /// What writing a link changes in memory.
+    struct LinkChange {
+        qint64 ID2;
+        bool Removed;
+    };
+    void LoadLinks();
+    void UpdateLinks();
+    LinkChange UpdateLink(const CLink& link);
+    qint64 InsertLinkRow(qint64 from, qint64 to, const QString& note);
+    void DeleteLinkRow(qint64 id);
+    qint64 MotherRecordOf(qint64 item) const;
+    static QString NoteText(const QString& note);
+
     Database* m_database = nullptr;
     RecordState m_state = RecordState::Clean;
     bool m_attributesLoaded = false;
     bool m_readFailed = false;
     bool m_itemChanged = false;
+    bool m_linksChanged = false;
+    CLinks m_links;
     bool m_itemMarkedForDelete = false;
     bool m_dontUpdateLastChangedDate = false;
     bool m_statusGuard = false;

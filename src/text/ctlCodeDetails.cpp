@@ -361,16 +361,22 @@ void ctlCodeDetails::StoreText(Text text)
 bool ctlCodeDetails::SaveItem(bool keep)
 {
     return Guarded(ModuleName, u"SaveItem"_s, [&] {
-        if (!m_item || !m_item->ItemChanged())
+        if (!m_item || !m_item->Unsaved())
             return true;
+        const bool itemChanged = m_item->ItemChanged();
+        const bool linksChanged = m_item->LinksChanged();
         lblColorize->setText(u"Saving Item"_s);
-        for (const Text text : {CodeText, NotesText, UsageText})
-            StoreText(text);
+        for (const Text text : {CodeText, NotesText, UsageText}) {
+            if (itemChanged)
+                StoreText(text);
+        }
         lblColorize->setText(u"Colorizing"_s);
-        if (!m_item->DontUpdateLastChangedDate())
+        if (itemChanged && !m_item->DontUpdateLastChangedDate())
             m_item->SetLastChanged(Clock::Now());
         if (!m_item->Commit())
             return false;
+        if (linksChanged)
+            m_item->ReloadLinks();
         m_shownState = m_item->LastChanged();
         ResetChangedBooleans();
         if (keep && KeepingDeletedRecord)
@@ -382,9 +388,9 @@ bool ctlCodeDetails::SaveItem(bool keep)
 bool ctlCodeDetails::SetItemChanged(bool automatic)
 {
     return Guarded(ModuleName, u"<<Let>> ItemChanged"_s, [&] {
-        if (!m_item || !m_item->ItemChanged())
+        if (!m_item || !m_item->Unsaved())
             return true;
-        const bool marked = m_item->ItemMarkedForDelete();
+        const bool marked = m_item->ItemChanged() && m_item->ItemMarkedForDelete();
         return !marked || automatic || KeepsDeletedItem() ? SaveItem(marked) : true;
     }, false);
 }

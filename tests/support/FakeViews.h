@@ -6,6 +6,7 @@
 #include "text/ItemDetailsView.h"
 
 #include <QPointer>
+#include <QRegularExpression>
 #include <QStringList>
 #include <functional>
 #include <optional>
@@ -35,6 +36,21 @@ public:
     }
     void SetDropHighlight(const TreeNode* node) override { Highlight = node ? node->Id : -1; }
     void ScrollLines(int lines) override { Scrolled += lines; }
+    void SetLinkMode(LinkMode mode) override { Mode = mode; }
+    bool InPermanentLinkMode() const override { return Permanent; }
+    void ClearLinkCombo() override { Links.clear(); }
+    void AddNewLinkToCombo(const CLink& link) override { Links << LinkText(link); }
+    void UpdateLinkItemInCombo(const CLink& link) override
+    {
+        const qsizetype index = Links.indexOf(QRegularExpression(QStringLiteral("^") + QRegularExpression::escape(link.LinkedItemTitle) + QStringLiteral("[<>]+$")));
+        index < 0 ? Links.append(LinkText(link)) : Links.replace(index, LinkText(link));
+    }
+    void UpdateDescription(const QString& text) override { Description = text; }
+
+    QStringList Links; ///< titles with ">" for a link that leads there, "<>" for both ways
+    LinkMode Mode = LinkMode::None;
+    bool Permanent = false;
+    QString Description;
 
     qint64 Selected = -1;
     qint64 Shown = -1;
@@ -45,6 +61,10 @@ public:
     bool Visible = true;
 
 private:
+    static QString LinkText(const CLink& link)
+    {
+        return link.LinkedItemTitle + (link.Direction == LinkDirection::Both ? QStringLiteral("<>") : QStringLiteral(">"));
+    }
     TreeNodes m_nodes;
 };
 

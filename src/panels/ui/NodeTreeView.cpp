@@ -1,5 +1,6 @@
 #include "panels/ui/NodeTreeView.h"
 
+#include "panels/ui/NodeLook.h"
 #include "support/ui/Icons.h"
 
 #include <QDrag>
@@ -7,7 +8,6 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPainter>
-#include <QStyledItemDelegate>
 #include <algorithm>
 
 namespace qb {
@@ -18,10 +18,10 @@ namespace {
 
 constexpr int TwipsPerPixel = 15;
 
-/// Draws a node with the image of its state, and lets its title be typed.
-class NodeDelegate : public QStyledItemDelegate {
+/// Lets the title of a node be typed.
+class NodeDelegate : public NodeLook {
 public:
-    NodeDelegate(NodeTreeView& view, TreeNodes& nodes) : QStyledItemDelegate(&view), m_view(view), m_nodes(nodes) {}
+    NodeDelegate(NodeTreeView& view, TreeNodes& nodes) : NodeLook(&view), m_view(view), m_nodes(nodes) {}
 
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&, const QModelIndex& index) const override
     {
@@ -41,18 +41,6 @@ public:
         const QString text = qobject_cast<QLineEdit*>(editor)->text();
         if (text != index.data(Qt::EditRole).toString())
             Q_EMIT m_view.LabelEdited(m_nodes.NodeAt(index), text);
-    }
-
-protected:
-    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override
-    {
-        QStyledItemDelegate::initStyleOption(option, index);
-        const bool open = option->state & QStyle::State_Open;
-        const int image = index.data(open ? TreeNodes::ExpandedImageRole : TreeNodes::ImageRole).toInt();
-        option->features |= QStyleOptionViewItem::HasDecoration;
-        option->icon = IconNamed(ImageKey(TreeImage(image)));
-        option->decorationSize = option->widget->style()->pixelMetric(QStyle::PM_SmallIconSize) * QSize(1, 1);
-        option->font.setBold(index.data(TreeNodes::BoldRole).toBool());
     }
 
 private:
@@ -76,6 +64,14 @@ NodeTreeView::NodeTreeView(TreeNodes& nodes, QWidget* parent) : QTreeView(parent
     setDropIndicatorShown(false);
     setAutoScroll(false); // the drag has a way of its own
     tmrDragTimer.setInterval(DragInterval);
+    connect(itemDelegate(), &QAbstractItemDelegate::closeEditor, this, [this] {
+        // Once the text has been taken over, if it was.
+        if (TreeNode* node = Current())
+            QTimer::singleShot(0, this, [this, id = node->Id] {
+                if (TreeNode* edited = m_nodes.Find(id))
+                    Q_EMIT LabelEditEnded(edited);
+            });
+    });
     connect(&tmrDragTimer, &QTimer::timeout, this, [this] { m_drag.Tick(); });
 }
 

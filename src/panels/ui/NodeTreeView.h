@@ -35,6 +35,8 @@ public:
 
 Q_SIGNALS:
     void LabelEdited(qb::TreeNode* node, const QString& text);
+    /// The editor of a title has closed, whether or not the title was changed.
+    void LabelEditEnded(qb::TreeNode* node);
     void RightClicked(qb::TreeNode* node, const QPoint& place);
     void DeletePressed(qb::TreeNode* node);
     void InsertPressed();

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "panels/ItemTreeView.h"
+#include "session/ItemTree.h"
+#include "session/SessionState.h"
+#include "store/CLinks.h"
+
+#include <functional>
+#include <optional>
+
+namespace qb {
+
+class ItemCommands;
+
+/// Making and removing links between items. A link is made in two steps: a mode is started for the
+/// current item, and the click that follows names the other one.
+class ItemLinking {
+public:
+    ItemLinking(SessionState& session, ItemTreeView& view, ItemTree& tree);
+
+    /// Starts a mode for the current item; the root has none.
+    void CreateNewLink(LinkMode mode);
+    void EndLinkMode();
+    /// The second step: links the current item with the selected node's, as the mode says. @p title
+    /// is the other item's, or empty for the node's text.
+    void AddNewLinkToSelectedItem(const QString& title);
+    /// Shows the links of the current item.
+    void ShowLinks();
+    /// Asks how much of a link of the current item is to be removed, which is done when it is saved.
+    void DeleteLink(const QString& key);
+
+    /// Asks what is left of a relationship that is to be removed; nothing when cancelled.
+    std::function<std::optional<LinkDirection>(LinkDirection direction)> AskRelationshipDelete;
+    /// Asks which way a link leads, in the mode that leaves it open; nothing when cancelled.
+    std::function<std::optional<LinkDirection>()> AskDirection;
+    /// The links of the current item were changed.
+    std::function<void()> LinksChanged;
+
+private:
+    std::optional<LinkDirection> WantedDirection() const;
+    QString AddLink(CLink& link, LinkDirection direction, const QString& title);
+    QString ExtendLink(CLink& link, LinkDirection direction);
+    void MarkChanged(CLink& link);
+
+    SessionState& m_session;
+    ItemTreeView& m_view;
+    ItemTree& m_tree;
+};
+
+} // namespace qb

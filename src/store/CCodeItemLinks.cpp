@@ -1,0 +1,138 @@
+// The links of an item: how they are read, and written as rows from both sides.
+
+#include "platform/dao/Database.h"
+#include "platform/system/Clock.h"
+#include "store/CCodeItem.h"
+#include "store/SessionValues.h"
+#include "support/ErrorRoutine.h"
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString ModuleName = u"CCodeItem"_s;
+
+} // namespace
+
+void CCodeItem::LoadLinks()
+{
+    Guarded(ModuleName, u"LoadLinks"_s, [this] {
+        m_links.Clear();
+        const qint64 key = m_key.toLongLong();
+        Statement outgoing = m_database->Query(
+            u"SELECT ItemLinks.ID, ItemLinks.LinkItemID, ItemLinks.Note, ItemLinks.DateUpdated, Items.Title FROM ItemLinks "
+            "LEFT JOIN Items ON ItemLinks.LinkItemID = Items.ID WHERE ItemLinks.ItemID = ? ORDER BY ItemLinks.ID"_s, {key});
+        while (outgoing.Step()) {
+            const qint64 other = outgoing.Long(1);
+            const std::shared_ptr<CLink> link = m_links.Add(CLinks::KeyOf(other));
+            link->ID = outgoing.Long(0);
+            link->LinkedItemId = other;
+            link->Direction = LinkDirection::Left;
+            link->Note = outgoing.Text(2);
+            link->DateChanged = outgoing.Column(3).ToDate();
+            link->LinkedItemTitle = outgoing.Text(4); // of a deleted item: empty
+        }
+        Statement incoming = m_database->Query(u"SELECT ID, ItemID FROM ItemLinks WHERE LinkItemID = ?"_s, {key});
+        while (incoming.Step()) {
+            // A link that only comes in is not this item's to show.
+            if (const auto link = m_links.AddAutoResolveExisting(incoming.Long(1), LinkDirection::Right))
+                link->ID2 = incoming.Long(0);
+        }
+    });
+}
+
+/// What the mother calls a record; 0 outside a child.
+qint64 CCodeItem::MotherRecordOf(qint64 item) const
+{
+    if (!Session().IsChildReplica)
+        return 0;
+    const Value mother = m_database->QueryValue(u"SELECT MotherRecordID FROM Items WHERE ID = ?"_s, {item});
+    if (mother.IsNull() && m_database->QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {item}).IsNull())
+        throw RuntimeError(ErrorNumber::NoCurrentRecord, u"Required record missing"_s, ModuleName);
+    return mother.ToLong();
+}
+
+/// Adds the row that leads from one item to the other; returns its ID.
+qint64 CCodeItem::InsertLinkRow(qint64 from, qint64 to, const QString& note)
+{
+    const Date now = Clock::Now();
+    Recordset row = m_database->OpenRecordset(u"ItemLinks"_s, u"ID = 0"_s);
+    row.AddNew();
+    row.Set(u"ItemID"_s, from);
+    row.Set(u"LinkItemID"_s, to);
+    if (Session().IsChildReplica) {
+        const qint64 own = m_key.toLongLong();
+        row.Set(u"MotherItemID"_s, from == own ? qint64(m_motherRecordKey) : MotherRecordOf(from));
+        row.Set(u"MotherLinkItemID"_s, to == own ? qint64(m_motherRecordKey) : MotherRecordOf(to));
+    }
+    row.Set(u"Note"_s, NoteText(note));
+    row.Set(u"DateAdded"_s, now);
+    row.Set(u"DateUpdated"_s, now);
+    row.Update();
+    return row.LastModified();
+}
+
+/// A note with an apostrophe can't be written; that is an error like any other of a statement.
+QString CCodeItem::NoteText(const QString& note)
+{
+    if (note.contains(u'\''))
+        throw RuntimeError(ErrorNumber::SyntaxError,
+                           u"Syntax error (missing operator) in query expression: the note '%1' of a link has an apostrophe. Nothing was saved."_s.arg(
+                               note.left(60)), ModuleName);
+    return note;
+}
+
+void CCodeItem::DeleteLinkRow(qint64 id)
+{
+    if (id != 0)
+        m_database->Execute(u"DELETE FROM ItemLinks WHERE ID = ?"_s, {id});
+}
+
+/// Writes the rows of one link; what changes in memory by that is for later, when all are written.
+CCodeItem::LinkChange CCodeItem::UpdateLink(const CLink& link)
+{
+    const qint64 own = m_key.toLongLong();
+    const qint64 other = link.LinkedItemId;
+    const auto writeNote = [&] {
+        m_database->Execute(u"UPDATE ItemLinks SET Note = ?, DateUpdated = ? WHERE ID = ?"_s, {NoteText(link.Note), Clock::Now(), link.ID});
+    };
+    const bool leads = link.Direction == LinkDirection::Left || link.Direction == LinkDirection::Both;
+    const bool leadsBack = link.Direction == LinkDirection::Right || link.Direction == LinkDirection::Both;
+    if (link.ID == 0) { // a new link; reloading the item brings its IDs
+        if (leads)
+            InsertLinkRow(own, other, link.Note);
+        if (leadsBack)
+            InsertLinkRow(other, own, {});
+        return {.ID2 = link.ID2, .Removed = false};
+    }
+    LinkChange change{.ID2 = link.ID2, .Removed = !leads};
+    leads ? writeNote() : DeleteLinkRow(link.ID);
+    if (!leadsBack)
+        DeleteLinkRow(link.ID2);
+    else if (link.ID2 == 0)
+        change.ID2 = InsertLinkRow(other, own, {});
+    return change;
+}
+
+/// All links or none.
+void CCodeItem::UpdateLinks()
+{
+    std::vector<std::pair<std::shared_ptr<CLink>, LinkChange>> written;
+    Transaction transaction(*m_database);
+    for (const std::shared_ptr<CLink>& link : m_links.All()) {
+        if (link->DirtyFlag)
+            written.emplace_back(link, UpdateLink(*link));
+    }
+    transaction.Commit();
+    for (const auto& [link, change] : written) {
+        link->ID2 = change.ID2;
+        link->DirtyFlag = false;
+        if (change.Removed)
+            m_links.Remove(CLinks::KeyOf(link->LinkedItemId));
+    }
+    m_links.DirtyFlag = false;
+}
+
+} // namespace qb
