@@ -103,7 +103,7 @@ public:
     }
     bool SaveItem(bool keep = false) override
     {
-        if (!Item || !Item->ItemChanged())
+        if (!Item || !Item->Unsaved())
             return true;
         ++Saves;
         if (Typed)
@@ -117,7 +117,7 @@ public:
     }
     bool SetItemChanged(bool automatic) override
     {
-        if (Item && Item->ItemChanged())
+        if (Item && Item->Unsaved())
             Automatic = automatic;
         return SaveItem(Item && Item->ItemMarkedForDelete());
     }
