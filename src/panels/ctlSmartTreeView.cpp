@@ -222,8 +222,15 @@ void ctlSmartTreeView::ConnectTree()
     // A click on the node that is selected already is a click all the same; one on a node that was
     // not left for it is over.
     connect(m_tree, &NodeTreeView::clicked, this, [this, click](const QModelIndex& index) {
-        if (index == m_tree->currentIndex())
-            click(index);
+        if (index != m_tree->currentIndex())
+            return;
+        if (m_mode == qb::LinkMode::None)
+            return click(index);
+        // The second step may open an editor, which the rest of the click would take for a leftover.
+        QTimer::singleShot(0, this, [this, id = m_nodes.NodeAt(index)->Id] {
+            if (TreeNode* node = m_nodes.Find(id))
+                Q_EMIT NodeClick(node);
+        });
     });
     // In a link mode a click names an item; going about with the keys does not.
     connect(m_tree->selectionModel(), &QItemSelectionModel::currentChanged, this, [this, click](const QModelIndex& index) {
@@ -342,6 +349,8 @@ void ctlSmartTreeView::GoToFound(const QModelIndex& index)
 
 bool ctlSmartTreeView::FilterKey(QObject* watched, int key)
 {
+    if (m_tree->IsEditingLabel()) // whose keys come this way when it is done with them
+        return false;
     const bool isEnter = key == Qt::Key_Return || key == Qt::Key_Enter;
     if (key == Qt::Key_Escape && m_mode != qb::LinkMode::None) {
         Q_EMIT LinkModeEnded();
@@ -495,6 +504,12 @@ void ctlSmartTreeView::ShowShrunk()
     for (QAction* action : tbrLinks->actions())
         action->setVisible(!shrunk || action == m_shrink);
     Q_EMIT Shrinking(shrunk);
+}
+
+int ctlSmartTreeView::ShrunkWidth() const
+{
+    constexpr int Margins = 8;
+    return tbrLinks->widgetForAction(m_shrink)->sizeHint().width() + Margins;
 }
 
 void ctlSmartTreeView::SetDescriptionHidden(bool hidden)

@@ -225,8 +225,8 @@ bool ItemCommands::AfterLabelEdit(TreeNode& node, const QString& newText)
         item.Commit();
         if (m_session.Mode == LinkMode::None)
             m_tree.SElectCodeItem(key);
-        else if (m_newLinkedItem = 0; AddNewLinkToSelectedItem)
-            AddNewLinkToSelectedItem(title);
+        else
+            m_newLinkedItem = id; // linked once the editor has closed
         return true;
     }, false);
 }

@@ -76,7 +76,7 @@ private:
     Commands& m_commands;
     ItemTree& m_tree;
     bool m_autoSaveOn = true;
-    qint64 m_newLinkedItem = 0; ///< waits for its title in a link mode; 0: none
+    qint64 m_newLinkedItem = 0; ///< to be linked when the editor of its title has closed; 0: none
 };
 
 } // namespace qb

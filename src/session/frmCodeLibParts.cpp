@@ -323,7 +323,7 @@ void frmCodeLib::tvCodeItems_Shrinking(bool shrinks)
     if (shrinks) {
         if (tvCodeItems->maximumWidth() == QWIDGETSIZE_MAX)
             m_treeWidth = ctlResizer1->sizes().value(0);
-        tvCodeItems->setFixedWidth(tvCodeItems->minimumSizeHint().width());
+        tvCodeItems->setFixedWidth(tvCodeItems->ShrunkWidth());
         return;
     }
     tvCodeItems->setMinimumWidth(0);

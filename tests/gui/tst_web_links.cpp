@@ -1,3 +1,4 @@
+#include "panels/ctlSmartTreeView.h"
 #include "session/ui/BrowserToolbar.h"
 #include "support/EditingWindow.h"
 #include "text/LocalPages.h"
@@ -275,6 +276,19 @@ private Q_SLOTS:
         QTRY_COMPARE(QColor(browser->grab().toImage().pixelColor(50, 50)), QColor(Qt::green));
         box.SetShowBrowser(false);
         QVERIFY(box.RtbText()->isVisible());
+    }
+
+    void browsing_hidesTheTreeIfWanted()
+    {
+        SaveSetting(SettingsApplication, u"Settings"_s, u"AutoHideTreeWhenBrowsing"_s, u"True"_s);
+        Open();
+        ClickOn(0);
+        QVERIFY(Tree()->isVisible());
+        Tab(4);
+        QVERIFY(!Tree()->isVisible());
+        QVERIFY(!m_window->findChild<ctlSmartTreeView*>(u"tvCodeItems"_s)->TreeHidden()); // that is the user's
+        Tab(0);
+        QVERIFY(Tree()->isVisible());
     }
 
     void pictures()

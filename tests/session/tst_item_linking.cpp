@@ -145,7 +145,8 @@ private Q_SLOTS:
         QCOMPARE(s->State.oCodeItem->Title(), u"source"_s);
         s->Script.ExpectMsgBox(u"New Link Creation"_s);
         QVERIFY(s->Items.AfterLabelEdit(s->Node(u"New Code item"_s), u"fresh"_s));
-        s->Items.LabelEditEnded(s->Node(u"fresh"_s)); // is over already
+        s->Items.LabelEditEnded(s->Node(u"fresh"_s));
+        s->Items.LabelEditEnded(s->Node(u"fresh"_s)); // once
         QCOMPARE(s->Selected(), u"source"_s);
         QVERIFY(s->Items.SaveItem());
         QCOMPARE(Rows(), rows);

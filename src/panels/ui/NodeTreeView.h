@@ -32,6 +32,7 @@ public:
     void SetDropHighlight(const TreeNode* node);
     void StartLabelEdit(const TreeNode& node);
     void EndLabelEdit();
+    bool IsEditingLabel() const { return state() == EditingState; }
 
 Q_SIGNALS:
     void LabelEdited(qb::TreeNode* node, const QString& text);
