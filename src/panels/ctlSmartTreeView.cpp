@@ -69,7 +69,7 @@ ctlSmartTreeView::ctlSmartTreeView(QWidget* parent) : QWidget(parent), m_matches
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->addWidget(tbrLinks);
+    layout->addWidget(tbrLinks, 0, Qt::AlignTop);
     layout->addWidget(txtFilter);
     layout->addWidget(m_splitter, 1);
     setFocusProxy(m_tree);
@@ -328,7 +328,12 @@ void ctlSmartTreeView::ApplyFilter()
         return;
     }
     m_trees->setCurrentWidget(m_found);
-    m_found->expandAll();
+    // Of very many matches nobody reads all; their branches stay closed, which is faster.
+    constexpr int MostExpanded = 5000;
+    if (m_matches.MatchCount() <= MostExpanded)
+        m_found->expandAll();
+    else
+        m_found->expand(m_matches.index(0, 0));
     if (const TreeNode* node = SelectedItem())
         m_found->setCurrentIndex(m_matches.IndexOf(node));
     m_found->setToolTip(m_matches.MatchCount() == 0 ? u"No title holds this text."_s : QString());
@@ -504,6 +509,13 @@ void ctlSmartTreeView::ShowShrunk()
     for (QAction* action : tbrLinks->actions())
         action->setVisible(!shrunk || action == m_shrink);
     Q_EMIT Shrinking(shrunk);
+}
+
+QSize ctlSmartTreeView::minimumSizeHint() const
+{
+    constexpr int ToolsAndALink = 210;
+    const QSize size = QWidget::minimumSizeHint();
+    return IsShrunk() ? size : size.expandedTo({ToolsAndALink, 0});
 }
 
 int ctlSmartTreeView::ShrunkWidth() const

@@ -58,6 +58,7 @@ public:
     /// Hides the tree for a while, whatever the user wants at other times.
     void AutoHideTree(bool hide);
     bool IsShrunk() const { return m_hidden || m_autoHidden; }
+    QSize minimumSizeHint() const override;
     /// The width of a shrunk panel, in pixels.
     int ShrunkWidth() const;
     bool DescriptionHidden() const { return m_descriptionHidden; }

@@ -13,7 +13,7 @@ const QString ModuleName = u"MainForm"_s;
 
 } // namespace
 
-ItemLinking::ItemLinking(SessionState& session, ItemTreeView& view, ItemTree& tree) : m_session(session), m_view(view), m_tree(tree) {}
+ItemLinking::ItemLinking(SessionState& session, ItemTreeView& view) : m_session(session), m_view(view) {}
 
 void ItemLinking::CreateNewLink(LinkMode mode)
 {
@@ -23,6 +23,7 @@ void ItemLinking::CreateNewLink(LinkMode mode)
         if (!m_session.oCodeItem || m_session.oCodeItem->Key().isEmpty() || !node || node->IsRoot())
             return;
         m_session.Mode = mode;
+        m_source = m_session.oCodeItem->Key();
         m_view.SetLinkMode(mode);
     });
 }
@@ -123,6 +124,9 @@ void ItemLinking::AddNewLinkToSelectedItem(const QString& title)
 
 void ItemLinking::ShowLinks()
 {
+    // A mode is the current item's; with another one current it is over.
+    if (m_session.Mode != LinkMode::None && (!m_session.oCodeItem || m_session.oCodeItem->Key() != m_source))
+        EndLinkMode();
     m_view.ClearLinkCombo();
     if (!m_session.oCodeItem)
         return;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "panels/ItemTreeView.h"
-#include "session/ItemTree.h"
 #include "session/SessionState.h"
 #include "store/CLinks.h"
 
@@ -10,13 +9,11 @@
 
 namespace qb {
 
-class ItemCommands;
-
 /// Making and removing links between items. A link is made in two steps: a mode is started for the
 /// current item, and the click that follows names the other one.
 class ItemLinking {
 public:
-    ItemLinking(SessionState& session, ItemTreeView& view, ItemTree& tree);
+    ItemLinking(SessionState& session, ItemTreeView& view);
 
     /// Starts a mode for the current item; the root has none.
     void CreateNewLink(LinkMode mode);
@@ -24,7 +21,7 @@ public:
     /// The second step: links the current item with the selected node's, as the mode says. @p title
     /// is the other item's, or empty for the node's text.
     void AddNewLinkToSelectedItem(const QString& title);
-    /// Shows the links of the current item.
+    /// Another item is current, or its links are other ones: shows them.
     void ShowLinks();
     /// Asks how much of a link of the current item is to be removed, which is done when it is saved.
     void DeleteLink(const QString& key);
@@ -44,7 +41,7 @@ private:
 
     SessionState& m_session;
     ItemTreeView& m_view;
-    ItemTree& m_tree;
+    QString m_source; ///< the key of the item that a mode was started for
 };
 
 } // namespace qb

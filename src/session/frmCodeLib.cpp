@@ -50,7 +50,7 @@ frmCodeLib::frmCodeLib()
     m_tree = std::make_unique<ItemTree>(m_session, *tvCodeItems, *ctlCodeItemDetails, *this, m_commands);
     m_items = std::make_unique<ItemCommands>(m_session, *tvCodeItems, *ctlCodeItemDetails, *this, m_commands, *m_tree);
     m_drag = std::make_unique<ItemDrag>(m_session, *tvCodeItems, *m_tree, *m_items);
-    m_linking = std::make_unique<ItemLinking>(m_session, *tvCodeItems, *m_tree);
+    m_linking = std::make_unique<ItemLinking>(m_session, *tvCodeItems);
     m_page = std::make_unique<ItemWebPage>(m_session, *ctlCodeItemDetails);
     m_libraries = std::make_unique<LibraryList>(m_session, *this, *ctlCodeItemDetails, m_commands, *m_tree);
     MakeMenus();

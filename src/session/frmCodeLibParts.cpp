@@ -284,6 +284,7 @@ void frmCodeLib::ConnectLinks()
     connect(tvCodeItems, &ctlSmartTreeView::LinkModeEnded, this, [this] { m_linking->EndLinkMode(); });
     connect(tvCodeItems, &ctlSmartTreeView::LinkFollowed, this, &frmCodeLib::FollowLink);
     connect(tvCodeItems, &ctlSmartTreeView::LinkRemoveAsked, this, [this](qint64 item) { m_linking->DeleteLink(CLinks::KeyOf(item)); });
+    connect(&tvCodeItems->Nodes(), &TreeNodes::modelAboutToBeReset, this, [this] { m_linking->EndLinkMode(); });
     connect(tvCodeItems, &ctlSmartTreeView::Shrinking, this, &frmCodeLib::tvCodeItems_Shrinking);
 }
 
@@ -324,6 +325,7 @@ void frmCodeLib::tvCodeItems_Shrinking(bool shrinks)
         if (tvCodeItems->maximumWidth() == QWIDGETSIZE_MAX)
             m_treeWidth = ctlResizer1->sizes().value(0);
         tvCodeItems->setFixedWidth(tvCodeItems->ShrunkWidth());
+        ctlResizer1->setSizes({tvCodeItems->ShrunkWidth(), qMax(1, ctlResizer1->width() - tvCodeItems->ShrunkWidth())});
         return;
     }
     tvCodeItems->setMinimumWidth(0);

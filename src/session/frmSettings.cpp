@@ -180,6 +180,8 @@ bool frmSettings::Apply()
             return false;
         if (m_language)
             m_language->Commit();
+        if (languageChanged)
+            m_languagePage->KeepColours();
         if (languageChanged && LanguageDataChanged)
             LanguageDataChanged();
         cmdApply->setEnabled(false);

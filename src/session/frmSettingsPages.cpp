@@ -71,6 +71,11 @@ QString Grouped(qint64 number)
     return QLocale(QLocale::English).toString(number); // in the form "#,###,##0"
 }
 
+QString DayText(Date date)
+{
+    return date.IsNone() ? u"never"_s : QLocale().toString(date.Day(), QLocale::ShortFormat);
+}
+
 QString KiloBytes(qint64 bytes)
 {
     constexpr qint64 KiloByte = 1024;
@@ -384,6 +389,8 @@ void frmSettings::FillDatabaseInfo()
             {"Size of the stored files:", KiloBytes(files)},
             {"Size of the web pages:", KiloBytes(pages)},
             {"Together:", KiloBytes(library + files + pages)},
+            {"Last compacted:", DayText(m_settings->DBLastCompacted())},
+            {"Last backed up:", DayText(m_settings->DBLastBackedUp())},
             {"Items:", count(u"Items"_s)},
             {"Stored files:", count(u"Files"_s)},
             {"Links:", count(u"ItemLinks"_s)},

@@ -64,6 +64,58 @@ private Q_SLOTS:
         QCOMPARE(ReadFile(m_library), before);
     }
 
+    // Links
+
+    void link_isMadeShownAndRemoved()
+    {
+        const QString library = NewLibrary();
+        for (const QString& title : {u"A"_s, u"B"_s, u"C"_s})
+            QCOMPARE(Cli({u"add"_s, library, u"--parent"_s, u"0"_s, u"--title"_s, title}).Status, 0);
+        QCOMPARE(Cli({u"link"_s, library, u"1"_s, u"2"_s, u"--note"_s, u"zwei Wörter"_s}).Status, 0);
+        QCOMPARE(Cli({u"link"_s, library, u"1"_s, u"3"_s, u"--two-way"_s}).Status, 0);
+        QCOMPARE(Cli({u"links"_s, library, u"1"_s}).Out, u"2\tto\tB\tzwei Wörter\n3\tboth\tC\t\n"_s);
+        QCOMPARE(Cli({u"links"_s, library, u"2"_s}).Out, QString());
+        QCOMPARE(Cli({u"links"_s, library, u"3"_s, u"--json"_s}).Array()[0].toObject()[u"direction"_s], u"both"_s);
+        QCOMPARE(Cli({u"link"_s, library, u"1"_s, u"2"_s, u"--two-way"_s}).Status, 0); // the side that it lacks
+        QCOMPARE(Cli({u"links"_s, library, u"2"_s}).Out, u"1\tboth\tA\t\n"_s);
+        QCOMPARE(Cli({u"unlink"_s, library, u"1"_s, u"2"_s, u"--side"_s, u"left"_s}).Status, 0);
+        QCOMPARE(Cli({u"links"_s, library, u"1"_s}).Out, u"3\tboth\tC\t\n"_s);
+        QCOMPARE(Cli({u"links"_s, library, u"2"_s}).Out, u"1\tto\tA\t\n"_s);
+        QCOMPARE(Cli({u"unlink"_s, library, u"1"_s, u"3"_s}).Status, 0);
+        QCOMPARE(Cli({u"links"_s, library, u"3"_s}).Out, QString());
+    }
+
+    void linkThatCantBe_isRefused_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("itself") << QStringList{u"link"_s, u"1"_s, u"1"_s} << 2 << u"with another item only"_s;
+        QTest::newRow("missing") << QStringList{u"link"_s, u"1"_s, u"9"_s} << 1 << u"There is no item 9; nothing was changed."_s;
+        QTest::newRow("twice") << QStringList{u"link"_s, u"1"_s, u"2"_s} << 1 << u"This link already exists."_s;
+        QTest::newRow("apostrophe") << QStringList{u"link"_s, u"2"_s, u"1"_s, u"--note"_s, u"it's"_s} << 1 << u"apostrophe"_s;
+        QTest::newRow("no link") << QStringList{u"unlink"_s, u"2"_s, u"1"_s} << 1 << u"has no link to 1"_s;
+        QTest::newRow("one side") << QStringList{u"unlink"_s, u"1"_s, u"2"_s, u"--side"_s, u"right"_s} << 1 << u"has one side only"_s;
+        QTest::newRow("side") << QStringList{u"unlink"_s, u"1"_s, u"2"_s, u"--side"_s, u"upper"_s} << 2 << u"Unknown side 'upper'"_s;
+        QTest::newRow("of nothing") << QStringList{u"links"_s, u"9"_s} << 1 << u"There is no item 9"_s;
+    }
+    void linkThatCantBe_isRefused()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(int, status);
+        QFETCH(QString, reason);
+        const QString library = NewLibrary();
+        for (const QString& title : {u"A"_s, u"B"_s})
+            QCOMPARE(Cli({u"add"_s, library, u"--parent"_s, u"0"_s, u"--title"_s, title}).Status, 0);
+        QCOMPARE(Cli({u"link"_s, library, u"1"_s, u"2"_s}).Status, 0);
+        arguments.insert(1, library);
+        const Outcome outcome = Cli(arguments);
+        QCOMPARE(outcome.Status, status);
+        QVERIFY2(outcome.Error.contains(reason), qPrintable(outcome.Error));
+        QCOMPARE(Cli({u"links"_s, library, u"1"_s}).Out, u"2\tto\tB\t\n"_s);
+        QCOMPARE(Cli({u"links"_s, library, u"2"_s}).Out, QString());
+    }
+
     // Languages and settings
 
     void language_isShownExportedAndImported()

@@ -168,6 +168,7 @@ private Q_SLOTS:
         QVERIFY(Apply()->isEnabled());
         QTest::mouseClick(Apply(), Qt::LeftButton);
         QCOMPARE(told, 1);
+        QCOMPARE(GetSetting(SettingsApplication, u"Colours"_s, u"KeywordDefiner"_s), u"%1,%2"_s.arg(0x6b7d8b).arg(0x8040ff));
         QCOMPARE(Property(u"LanguageUsed"_s), u"Mine"_s);
         QCOMPARE(Property(u"CommentIdentifier"_s), u"--"_s);
         QCOMPARE(Property(u"CommentIdentifierStart"_s), u"/*"_s);
@@ -177,6 +178,21 @@ private Q_SLOTS:
         QCOMPARE(Property(u"CommentColour"_s), QString::number(0x6b7d8b));
         m_dialog->accept(); // nothing more was changed
         QCOMPARE(told, 1);
+    }
+
+    void coloursUsedLast_areOffered()
+    {
+        OpenDialog();
+        auto* button = m_dialog->findChild<ColorButton*>(u"lblTextColour"_s);
+        QStringList offered;
+        for (const QAction* action : button->menu()->actions()) {
+            if (action->property("key") == u"LAST"_s)
+                offered << action->text();
+        }
+        QCOMPARE(offered, (QStringList{u"Used last: #008200"_s, u"Used last: #000084"_s})); // as preset
+        button->menu()->actions().constFirst()->trigger();
+        QCOMPARE(button->Color(), 33280U);
+        QVERIFY(Apply()->isEnabled());
     }
 
     void missingDelimiter_keepsTheDialogOpen()

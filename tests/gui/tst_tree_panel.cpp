@@ -349,6 +349,21 @@ private Q_SLOTS:
         QCOMPARE(Found()->model()->rowCount(), 1);
     }
 
+    void veryManyMatches_stayInClosedBranches()
+    {
+        Open();
+        TreeNodes& nodes = Panel()->Nodes();
+        for (int i = 0; i < 5001; ++i)
+            nodes.Insert(1000 + i, u"match %1"_s.arg(i), TreeImage::CHILD, *nodes.Find(m_item));
+        Filter()->setText(u"match"_s);
+        const QModelIndex root = Found()->model()->index(0, 0);
+        QVERIFY(Found()->isExpanded(root));
+        QVERIFY(!Found()->isExpanded(Found()->model()->index(0, 0, root)));
+        QCOMPARE(Found()->model()->rowCount(Found()->model()->index(0, 0, root)), 5001);
+        Filter()->setText(u"match 12"_s);
+        QVERIFY(Found()->isExpanded(Found()->model()->index(0, 0, Found()->model()->index(0, 0))));
+    }
+
     void link_isMadeInTheFilteredTree()
     {
         Open();

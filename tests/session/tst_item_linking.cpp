@@ -19,7 +19,7 @@ private Q_SLOTS:
             m_ids[title] = AddItem(database, 0, title);
         s->State.oCodeItem = std::make_unique<CCodeItem>();
         s->Tree.FillTree();
-        m_linking = std::make_unique<ItemLinking>(s->State, s->View, s->Tree);
+        m_linking = std::make_unique<ItemLinking>(s->State, s->View);
         s->Items.AddNewLinkToSelectedItem = [this](const QString& title) { m_linking->AddNewLinkToSelectedItem(title); };
         s->Tree.ItemShown = [this] { m_linking->ShowLinks(); };
         s->Click(u"source"_s);
@@ -113,6 +113,14 @@ private Q_SLOTS:
         ClickInMode(u"folder"_s);
         QCOMPARE(s->View.Links, (QStringList{u"target>"_s, u"folder>"_s}));
         m_linking->EndLinkMode();
+        QCOMPARE(s->View.Mode, LinkMode::None);
+    }
+
+    void mode_endsWhenAnotherItemIsCurrent()
+    {
+        m_linking->CreateNewLink(LinkMode::TwoWay);
+        s->Tree.GoToNode(s->Node(u"folder"_s).Key());
+        QCOMPARE(s->State.Mode, LinkMode::None);
         QCOMPARE(s->View.Mode, LinkMode::None);
     }
 

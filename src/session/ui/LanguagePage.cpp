@@ -1,6 +1,7 @@
 #include "session/ui/LanguagePage.h"
 
 #include "platform/system/Prompts.h"
+#include "platform/system/SettingsStore.h"
 #include "session/ui/CWaitCursor.h"
 #include "session/ui/KeywordGridModel.h"
 #include "store/KeywordDefiner.h"
@@ -218,6 +219,11 @@ void LanguagePage::Initialize(KeywordDefiner* definer, const QStringList& langua
 {
     m_definer = definer;
     setEnabled(definer);
+    QList<quint32> recent;
+    for (const QString& color : GetSetting(SettingsApplication, u"Colours"_s, u"KeywordDefiner"_s, u"33280,8650752"_s).split(u',', Qt::SkipEmptyParts))
+        recent << color.toUInt();
+    for (ColorButton* button : {lblKeywordColour, lblTextColour, lblNotesColour})
+        button->SetRecent(recent);
     InitializeLanguagePage();
     auto* menu = new QMenu(m_shipped);
     for (const QString& path : languageFiles)
@@ -225,6 +231,12 @@ void LanguagePage::Initialize(KeywordDefiner* definer, const QStringList& langua
     delete m_shipped->menu();
     m_shipped->setMenu(menu);
     m_shipped->setVisible(!languageFiles.isEmpty());
+}
+
+void LanguagePage::KeepColours() const
+{
+    SaveSetting(SettingsApplication, u"Colours"_s, u"KeywordDefiner"_s,
+                QString::number(lblNotesColour->Color()) + u',' + QString::number(lblKeywordColour->Color()));
 }
 
 void LanguagePage::InitializeLanguagePage()

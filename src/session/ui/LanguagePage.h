@@ -26,6 +26,8 @@ public:
     /// Shows what @p definer holds; null when no library is open. @p languageFiles are the paths of
     /// definition files that come with the program.
     void Initialize(KeywordDefiner* definer, const QStringList& languageFiles);
+    /// The language has been applied: its colours are offered from now on.
+    void KeepColours() const;
     /// What can be looked for on this page, and its controls.
     QList<std::pair<QString, QWidget*>> Places() const;
 

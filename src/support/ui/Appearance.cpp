@@ -5,7 +5,6 @@
 #include <QApplication>
 #include <QPalette>
 #include <QStyle>
-#include <QStyleFactory>
 #include <optional>
 
 namespace qb {
@@ -13,19 +12,6 @@ namespace qb {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// How the system wants the program to look, as it stood at the start.
-struct SystemLook {
-    QPalette Palette;
-    QFont Font;
-    QString Style;
-};
-
-const SystemLook& System()
-{
-    static const SystemLook look{QApplication::palette(), QApplication::font(), QApplication::style()->name()};
-    return look;
-}
 
 QPalette SchemePalette(const QColor& window, const QColor& base, const QColor& text, const QColor& link)
 {
@@ -62,22 +48,28 @@ std::optional<QPalette> PaletteOf(const QString& colourScheme)
 
 void ApplyAppearance(const QString& colourScheme, const QString& fontName, int fontSize)
 {
-    const SystemLook& system = System();
+    // What the program has never changed it leaves to the desktop, which may change it at any time.
+    static const QString systemStyle = QApplication::style()->name();
+    static const QFont systemFont = QApplication::font();
+    static bool ownColours = false;
+    static bool ownFont = false;
     const std::optional<QPalette> palette = PaletteOf(colourScheme);
-    // A style of the desktop may draw in colours of its own.
-    const QString style = palette ? u"fusion"_s : system.Style;
-    if (QApplication::style()->name() != style)
-        QApplication::setStyle(style);
-    const QPalette wanted = palette.value_or(system.Palette);
-    if (QApplication::palette() != wanted)
-        QApplication::setPalette(wanted);
-    QFont font = system.Font;
-    if (!fontName.isEmpty())
-        font.setFamilies({fontName});
-    if (fontSize > 0)
-        font.setPointSize(fontSize);
-    if (QApplication::font() != font)
+    if (palette || ownColours) {
+        // A style of the desktop may draw in colours of its own.
+        QApplication::setStyle(palette ? u"fusion"_s : systemStyle);
+        QApplication::setPalette(palette.value_or(QPalette()));
+        ownColours = palette.has_value();
+    }
+    const bool wantsFont = !fontName.isEmpty() || fontSize > 0;
+    if (wantsFont || ownFont) {
+        QFont font = systemFont;
+        if (!fontName.isEmpty())
+            font.setFamilies({fontName});
+        if (fontSize > 0)
+            font.setPointSize(fontSize);
         QApplication::setFont(font);
+        ownFont = wantsFont;
+    }
     InitialiseIcons();
 }
 

@@ -90,6 +90,20 @@ void ColorButton::SetColor(quint32 color)
     setText(ColorOf(color).name().toUpper());
 }
 
+void ColorButton::SetRecent(const QList<quint32>& colors)
+{
+    qDeleteAll(m_recent);
+    m_recent.clear();
+    QAction* first = menu()->actions().constFirst();
+    for (const quint32 color : colors) {
+        auto* entry = new QAction(Swatch(color), u"Used last: %1"_s.arg(ColorOf(color).name().toUpper()), menu());
+        entry->setProperty("key", u"LAST"_s);
+        connect(entry, &QAction::triggered, this, [this, color] { Choose(color); });
+        menu()->insertAction(first, entry);
+        m_recent << entry;
+    }
+}
+
 void ColorButton::Choose(quint32 color)
 {
     SetColor(color);

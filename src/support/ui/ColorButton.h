@@ -32,6 +32,8 @@ public:
 
     quint32 Color() const { return m_color; }
     void SetColor(quint32 color);
+    /// Colours that were used last, at the top of the menu.
+    void SetRecent(const QList<quint32>& colors);
 
 Q_SIGNALS:
     /// The user has chosen a colour.
@@ -41,6 +43,7 @@ private:
     void Choose(quint32 color);
 
     quint32 m_color = 0;
+    QList<QAction*> m_recent;
 };
 
 } // namespace qb
