@@ -4,7 +4,7 @@ namespace qb::cli {
 
 using namespace Qt::StringLiterals;
 
-Arguments::Arguments(const QStringList& words, const QList<Option>& options, int positional)
+Arguments::Arguments(const QStringList& words, const QList<Option>& options, int positional, Limit limit)
 {
     m_parser.addOption(QCommandLineOption(u"json"_s));
     for (const Option& option : options)
@@ -14,7 +14,7 @@ Arguments::Arguments(const QStringList& words, const QList<Option>& options, int
     m_positional = m_parser.positionalArguments();
     if (m_positional.size() < positional)
         throw UsageError{u"An argument is missing."_s};
-    if (m_positional.size() > positional)
+    if (limit == Exactly && m_positional.size() > positional)
         throw UsageError{u"Unexpected argument '%1'."_s.arg(m_positional.at(positional))};
 }
 

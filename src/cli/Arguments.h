@@ -20,10 +20,14 @@ public:
         const char* Value; ///< name of its value; empty for a switch
     };
 
+    /// Whether there may be more positional arguments than are asked for.
+    enum Limit { Exactly, OrMore };
+
     /// Raises UsageError when an option is unknown or lacks its value, or the number of
     /// positional arguments is not @p positional.
-    Arguments(const QStringList& words, const QList<Option>& options, int positional);
+    Arguments(const QStringList& words, const QList<Option>& options, int positional, Limit limit = Exactly);
 
+    int Count() const { return int(m_positional.size()); }
     QString Positional(int index) const { return m_positional.value(index); }
     bool Has(const QString& option) const { return m_parser.isSet(option); }
     QString Value(const QString& option) const { return m_parser.value(option); }

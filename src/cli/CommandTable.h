@@ -28,6 +28,12 @@ int Delete(const QStringList& words);
 int Keep(const QStringList& words);
 int RemoveDeleted(const QStringList& words);
 
+// Stored files
+int Attach(const QStringList& words);
+int Files(const QStringList& words);
+int Extract(const QStringList& words);
+int Detach(const QStringList& words);
+
 // Links
 int Link(const QStringList& words);
 int Links(const QStringList& words);

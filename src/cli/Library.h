@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/dao/DBEngine.h"
+#include "store/PendingFiles.h"
 #include "store/SessionValues.h"
 
 #include <QDir>
@@ -17,6 +18,8 @@ inline std::unique_ptr<Database> OpenLibrary(const QString& path, DBEngine::Acce
                            QStringLiteral("'%1' is not a KT Quillbase database.").arg(QDir::toNativeSeparators(path)),
                            QStringLiteral("OpenLibrary"));
     SetSessionValues(*database);
+    if (access == DBEngine::Access::ReadWrite)
+        FinishPendingFiles(*database);
     return database;
 }
 

@@ -5,6 +5,7 @@
 #include "platform/system/Prompts.h"
 #include "platform/system/SettingsStore.h"
 #include "session/ItemTree.h"
+#include "store/PendingFiles.h"
 #include "store/SessionValues.h"
 #include "support/ErrorRoutine.h"
 
@@ -69,6 +70,8 @@ bool LibraryList::SetupDBConnection()
         if (!OpenCurrent() || !Validate())
             return false;
         UpdateGlobalSynchronizationVariables();
+        if (!m_session.CurrentDatabase->IsReadOnly())
+            Guarded(ModuleName, u"FinishPendingFiles"_s, [this] { FinishPendingFiles(*m_session.CurrentDatabase); });
         if (!m_session.moSettings)
             m_session.moSettings = std::make_unique<CSettings>([this] { return m_session.CurrentDatabase.get(); });
         m_session.moSettings->InitializeDatabaseProperties();

@@ -11,6 +11,7 @@ namespace qb {
 namespace ErrorNumber {
 inline constexpr long InvalidCall = 5;
 inline constexpr long Overflow = 6;
+inline constexpr long UserInterrupt = 18;
 inline constexpr long Internal = 51;
 inline constexpr long PathAccess = 75;
 inline constexpr long ObjectNotSet = 91;

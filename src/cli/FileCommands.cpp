@@ -1,0 +1,97 @@
+// Stored files.
+
+#include "cli/Arguments.h"
+#include "cli/CommandTable.h"
+#include "cli/Library.h"
+#include "cli/Output.h"
+#include "store/CFileObject.h"
+#include "store/StoredFiles.h"
+#include "support/DateFormatCustom.h"
+
+#include <QFileInfo>
+
+namespace qb::cli {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The row of a stored file; raises an error when there is none.
+CFileObject OpenFile(Database& database, qint64 id)
+{
+    if (database.QueryValue(u"SELECT 1 FROM Files WHERE ID = ?"_s, {id}).IsNull())
+        throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no stored file %1; nothing was changed."_s.arg(id), u"files"_s);
+    CFileObject file;
+    file.Initialise(database, QString::number(id));
+    return file;
+}
+
+QString MomentText(Date moment)
+{
+    return moment.IsNone() ? QString() : DateFormatCustom(moment, u"yyyy-mm-dd hh:nn:ss"_s);
+}
+
+} // namespace
+
+int Attach(const QStringList& words)
+{
+    const Arguments arguments(words, {{"description", "text"}}, 3, Arguments::OrMore);
+    const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
+    const qint64 item = arguments.Id(1);
+    if (database->QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {item}).IsNull())
+        throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no item %1; nothing was changed."_s.arg(item), u"attach"_s);
+    for (int i = 2; i < arguments.Count(); ++i) {
+        CFileObject file;
+        file.Initialise(*database, {});
+        file.SetCodeID(QString::number(item));
+        file.SetStoredFile(QFileInfo(arguments.Positional(i)).absoluteFilePath());
+        file.SetDescription(arguments.Value(u"description"_s));
+        if (!file.Commit())
+            return 1; // those before it are stored; what was wrong has been reported
+        Print(file.Key() + u'\n');
+    }
+    return 0;
+}
+
+int Files(const QStringList& words)
+{
+    const Arguments arguments(words, {}, 2);
+    const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadOnly);
+    QJsonArray all;
+    for (const qint64 id : StoredFilesOf(*database, arguments.Id(1))) {
+        CFileObject file = OpenFile(*database, id);
+        if (arguments.Json())
+            all.append(QJsonObject{{u"id"_s, id},
+                                   {u"title"_s, file.Title()},
+                                   {u"size"_s, file.Size()},
+                                   {u"date"_s, MomentText(file.OrigDateTime())},
+                                   {u"added"_s, MomentText(file.DateAdded())},
+                                   {u"description"_s, file.Description()}});
+        else
+            Print(u"%1\t%2\t%3\t%4\n"_s.arg(QString::number(id), QString::number(file.Size()), MomentText(file.OrigDateTime()), file.Title()));
+    }
+    if (arguments.Json())
+        Print(all);
+    return 0;
+}
+
+int Extract(const QStringList& words)
+{
+    const Arguments arguments(words, {}, 3);
+    const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadOnly);
+    CFileObject file = OpenFile(*database, arguments.Id(1));
+    const QFileInfo target(arguments.Positional(2));
+    const QString path = target.isDir() ? target.absoluteFilePath() + u'/' + file.Title() : target.absoluteFilePath();
+    return file.SaveToFile2(path).isEmpty() ? 1 : 0;
+}
+
+int Detach(const QStringList& words)
+{
+    const Arguments arguments(words, {}, 2);
+    const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
+    CFileObject file = OpenFile(*database, arguments.Id(1));
+    file.Delete();
+    return file.Commit() ? 0 : 1;
+}
+
+} // namespace qb::cli

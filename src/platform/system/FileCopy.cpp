@@ -1,0 +1,119 @@
+#include "platform/system/FileCopy.h"
+
+#include "platform/system/RuntimeError.h"
+
+#include <QDir>
+#include <QFile>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr size_t ChunkLength = 8 * 1024 * 1024;
+
+/// An open file of the system.
+class Descriptor {
+public:
+    Descriptor(const QString& path, int flags) : m_path(path), m_number(::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC, 0666)) {}
+    ~Descriptor() { Close(); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int Number() const { return m_number; }
+    const QString& Path() const { return m_path; }
+    bool Close() { return m_number < 0 || ::close(std::exchange(m_number, -1)) == 0; }
+
+private:
+    QString m_path;
+    int m_number;
+};
+
+[[noreturn]] void Fail(const QString& action, const QString& path)
+{
+    throw RuntimeError(ErrorNumber::PathAccess,
+                       u"The file '%1' can't be %2: %3."_s.arg(QDir::toNativeSeparators(path), action, QString::fromLocal8Bit(std::strerror(errno))),
+                       u"CopyFileContents"_s);
+}
+
+/// Copies a piece inside the system, where the file systems can; -1 where they can't.
+ssize_t CopyInside(const Descriptor& source, const Descriptor& target)
+{
+    const ssize_t copied = ::copy_file_range(source.Number(), nullptr, target.Number(), nullptr, ChunkLength, 0);
+    const bool cant = copied < 0 && (errno == EXDEV || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP || errno == EBADF);
+    if (copied < 0 && !cant)
+        Fail(u"copied"_s, source.Path());
+    return copied;
+}
+
+/// Copies a piece through the memory.
+ssize_t CopyThrough(const Descriptor& source, const Descriptor& target, std::vector<char>& buffer)
+{
+    ssize_t length = 0;
+    do
+        length = ::read(source.Number(), buffer.data(), buffer.size());
+    while (length < 0 && errno == EINTR);
+    if (length < 0)
+        Fail(u"read"_s, source.Path());
+    for (ssize_t done = 0; done < length;) {
+        const ssize_t written = ::write(target.Number(), buffer.data() + done, size_t(length - done));
+        if (written < 0 && errno != EINTR)
+            Fail(u"written"_s, target.Path());
+        done += qMax<ssize_t>(0, written);
+    }
+    return length;
+}
+
+void Copy(const Descriptor& source, const Descriptor& target, qint64 total, const std::function<bool(qint64, qint64)>& progress)
+{
+    std::vector<char> buffer;
+    qint64 done = 0;
+    for (;;) {
+        // Some systems say of a file that it ends at once when they can't copy it inside.
+        ssize_t copied = buffer.empty() ? CopyInside(source, target) : -1;
+        if (copied < 0 || (copied == 0 && done == 0 && buffer.empty())) {
+            buffer.resize(ChunkLength);
+            copied = CopyThrough(source, target, buffer);
+        }
+        if (copied == 0)
+            return;
+        done += copied;
+        if (progress && !progress(done, qMax(done, total)))
+            throw RuntimeError(ErrorNumber::UserInterrupt, u"The copying of '%1' was cancelled."_s.arg(source.Path()), u"CopyFileContents"_s);
+    }
+}
+
+} // namespace
+
+void CopyFileContents(const QString& source, const QString& target, const std::function<bool(qint64, qint64)>& progress)
+{
+    Descriptor from(source, O_RDONLY);
+    struct stat state {};
+    if (from.Number() < 0 || ::fstat(from.Number(), &state) != 0)
+        Fail(u"read"_s, source);
+    if (!S_ISREG(state.st_mode)) {
+        errno = S_ISDIR(state.st_mode) ? EISDIR : EINVAL;
+        Fail(u"read"_s, source);
+    }
+    QFile::remove(target);
+    Descriptor to(target, O_WRONLY | O_CREAT | O_EXCL);
+    if (to.Number() < 0)
+        Fail(u"written"_s, target);
+    try {
+        Copy(from, to, state.st_size, progress);
+        if (::fsync(to.Number()) != 0 || !to.Close())
+            Fail(u"written"_s, target);
+    } catch (...) {
+        QFile::remove(target);
+        throw;
+    }
+}
+
+} // namespace qb

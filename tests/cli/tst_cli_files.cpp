@@ -1,0 +1,128 @@
+#include "platform/dao/DBEngine.h"
+#include "store/SessionValues.h"
+#include "store/StoredFiles.h"
+#include "support/CliRun.h"
+#include "support/LibraryBuilder.h"
+#include "support/TestRun.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTest>
+
+using namespace qb;
+using namespace qb::test;
+using namespace Qt::StringLiterals;
+
+/// Stored files on the command line, and what is left when it is killed.
+class TestCliFiles : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        FailOnWarnings();
+        m_home = std::make_unique<TemporaryHome>();
+        m_library = m_home->Path(u"the library.qbd"_s);
+        QCOMPARE(Cli({u"new"_s, m_library, u"--language"_s, u"none"_s}).Status, 0);
+        QCOMPARE(Cli({u"add"_s, m_library, u"--parent"_s, u"0"_s, u"--title"_s, u"owner"_s}).Out, u"1\n"_s);
+        WriteFile(m_home->Path(u"in/a.txt"_s), "alpha");
+        WriteFile(m_home->Path(u"in/ß.bin"_s), QByteArray("\0\1\2", 3));
+    }
+    void cleanup() { m_home.reset(); }
+
+    void files_areAttachedListedExtractedAndDetached()
+    {
+        QCOMPARE(Cli({u"attach"_s, m_library, u"1"_s, In(u"a.txt"_s), In(u"ß.bin"_s), u"--description"_s, u"what"_s}).Out, u"1\n2\n"_s);
+        const Outcome listed = Cli({u"files"_s, m_library, u"1"_s, u"--json"_s});
+        QCOMPARE(listed.Array().size(), 2);
+        QCOMPARE(listed.Array()[1].toObject()[u"title"_s], u"ß.bin"_s);
+        QCOMPARE(listed.Array()[1].toObject()[u"size"_s], 3);
+        QCOMPARE(listed.Array()[0].toObject()[u"description"_s], u"what"_s);
+        QVERIFY(Cli({u"files"_s, m_library, u"1"_s}).Out.startsWith(u"1\t5\t"_s));
+        QCOMPARE(Cli({u"extract"_s, m_library, u"2"_s, m_home->Path(u"out.bin"_s)}).Status, 0);
+        QCOMPARE(ReadFile(m_home->Path(u"out.bin"_s)), QByteArray("\0\1\2", 3));
+        QDir().mkpath(m_home->Path(u"folder"_s));
+        QCOMPARE(Cli({u"extract"_s, m_library, u"1"_s, m_home->Path(u"folder"_s)}).Status, 0);
+        QCOMPARE(ReadFile(m_home->Path(u"folder/a.txt"_s)), "alpha");
+        QCOMPARE(Cli({u"detach"_s, m_library, u"1"_s}).Status, 0);
+        QCOMPARE(Cli({u"files"_s, m_library, u"1"_s}).Out.count(u'\n'), 1);
+        QCOMPARE(Names(), QStringList{u"2 - ß.bin"_s});
+        QCOMPARE(Cli({u"check"_s, m_library}).Status, 0);
+    }
+
+    void whatCantBe_isRefused_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("no item") << QStringList{u"attach"_s, u"9"_s, u"IN/a.txt"_s} << 1 << u"There is no item 9"_s;
+        QTest::newRow("no file") << QStringList{u"attach"_s, u"1"_s, u"IN/none"_s} << 1 << u"can't be read"_s;
+        QTest::newRow("folder") << QStringList{u"attach"_s, u"1"_s, u"IN"_s} << 1 << u"can't be read"_s;
+        QTest::newRow("nothing") << QStringList{u"attach"_s, u"1"_s} << 2 << u"An argument is missing"_s;
+        QTest::newRow("extract") << QStringList{u"extract"_s, u"9"_s, u"IN/x"_s} << 1 << u"There is no stored file 9"_s;
+        QTest::newRow("detach") << QStringList{u"detach"_s, u"9"_s} << 1 << u"There is no stored file 9"_s;
+    }
+    void whatCantBe_isRefused()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(int, status);
+        QFETCH(QString, reason);
+        arguments.replaceInStrings(u"IN"_s, m_home->Path(u"in"_s));
+        arguments.insert(1, m_library);
+        const Outcome outcome = Cli(arguments);
+        QCOMPARE(outcome.Status, status);
+        QVERIFY2(outcome.Error.contains(reason), qPrintable(outcome.Error));
+        QCOMPARE(Names(), QStringList());
+    }
+
+    /// Whenever the program is killed, each row has its file and each file its row once the library has
+    /// been opened again.
+    void killedProgram_leavesNothingHalfDone()
+    {
+        WriteFile(In(u"big"_s), QByteArray(6'000'000, 'x'));
+        int stored = 0;
+        for (int i = 0; i < 40; ++i) {
+            QProcess process;
+            const bool deletes = i % 4 == 3 && stored > 0;
+            const QStringList arguments = deletes ? QStringList{u"detach"_s, m_library, QString::number(stored)}
+                                                  : QStringList{u"attach"_s, m_library, u"1"_s, In(u"big"_s)};
+            process.start(qEnvironmentVariable("QUILLBASE_CLI"), arguments);
+            QVERIFY(process.waitForStarted());
+            process.waitForFinished(i); // from its very start to its end, a millisecond more each time
+            process.kill();
+            process.waitForFinished();
+            QVERIFY(Cli({u"set"_s, m_library, u"1"_s, u"--title"_s, u"owner %1"_s.arg(i)}).Status == 0);
+            stored = Check();
+        }
+        QVERIFY(stored > 0); // some were not killed in time
+    }
+
+private:
+    QString In(const QString& name) const { return m_home->Path(u"in/"_s + name); }
+    QStringList Names() const { return QDir(m_home->Path(u"the library_Files"_s)).entryList(QDir::Files | QDir::Hidden, QDir::Name); }
+    /// Compares rows and files; returns the ID of the last row.
+    int Check()
+    {
+        const auto database = DBEngine::OpenDatabase(m_library);
+        SetSessionValues(*database);
+        QStringList expected;
+        for (const QString& id : Texts(*database, u"SELECT ID FROM Files ORDER BY ID"_s)) {
+            expected << id + u" - big"_s;
+            if (QFileInfo(StoredFilePath(id.toLongLong(), u"big"_s)).size() != 6'000'000)
+                QTest::qFail("a stored file is not whole", __FILE__, __LINE__);
+        }
+        QStringList names = Names();
+        const QStringList last = expected;
+        names.sort();
+        expected.sort();
+        if (names != expected)
+            QTest::qFail(qPrintable(names.join(u", "_s) + u" instead of "_s + expected.join(u", "_s)), __FILE__, __LINE__);
+        return last.isEmpty() ? 0 : last.last().section(u' ', 0, 0).toInt();
+    }
+
+    std::unique_ptr<TemporaryHome> m_home;
+    QString m_library;
+};
+
+QTEST_GUILESS_MAIN(TestCliFiles)
+#include "tst_cli_files.moc"

@@ -1,0 +1,378 @@
+#include "platform/dao/DBEngine.h"
+#include "store/CFileObject.h"
+#include "store/PendingFiles.h"
+#include "store/SessionValues.h"
+#include "store/StoredFiles.h"
+#include "support/LibraryBuilder.h"
+#include "support/ScriptedPrompts.h"
+#include "support/TestRun.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTest>
+
+using namespace qb;
+using namespace qb::test;
+using namespace Qt::StringLiterals;
+
+/// A stored file: its row and its contents on the disk, through all that can happen to them.
+class TestFileObject : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        FailOnWarnings();
+        m_home = std::make_unique<TemporaryHome>();
+        m_time = std::make_unique<FixedClock>(Date::FromParts(2026, 3, 1, 12, 0, 0));
+        m_prompts = std::make_unique<ScriptedPrompts>();
+        m_database = MakeLibrary(m_home->Path(u"Dateien & mehr.qbd"_s));
+        m_item = AddItem(*m_database, 0, u"owner"_s);
+        WriteFile(m_home->Path(u"in/größe a.zip"_s), "contents");
+        QFile source(m_home->Path(u"in/größe a.zip"_s));
+        QVERIFY(source.open(QIODevice::ReadWrite));
+        QVERIFY(source.setFileTime(QDateTime(QDate(2025, 7, 8), QTime(9, 10, 11)), QFileDevice::FileModificationTime));
+    }
+    void cleanup()
+    {
+        m_database.reset();
+        m_prompts.reset();
+        m_time.reset();
+        m_home.reset();
+    }
+
+    // Adding
+
+    void file_isTakenIn()
+    {
+        CFileObject file = New();
+        file.SetDescription(u"what it is"_s);
+        file.SetStoredFile(Source());
+        QCOMPARE(file.Title(), u"größe a.zip"_s);
+        QVERIFY(file.Commit());
+        QCOMPARE(file.State(), RecordState::Clean);
+        QCOMPARE(file.Key(), u"1"_s);
+        QCOMPARE(Names(), QStringList{u"1 - größe a.zip"_s});
+        QCOMPARE(ReadFile(StoredFilePath(1, u"größe a.zip"_s)), "contents");
+        CFileObject again = Open(1);
+        QCOMPARE(again.CodeID(), QString::number(m_item));
+        QCOMPARE(again.Title(), u"größe a.zip"_s);
+        QCOMPARE(again.Size(), 8);
+        QCOMPARE(again.OrigDateTime(), Date::FromParts(2025, 7, 8, 9, 10, 11));
+        QCOMPARE(again.DateAdded(), m_time->Now());
+        QCOMPARE(again.Description(), u"what it is"_s);
+        QCOMPARE(Column(u"LastUpdated"_s).ToDate(), m_time->Now());
+        QVERIFY(!again.DescriptionChanged());
+    }
+
+    void rowWithoutFile_hasNone()
+    {
+        CFileObject file = New();
+        file.SetTitle(u"only a row"_s);
+        QVERIFY(file.Commit());
+        QCOMPARE(Names(), QStringList());
+        QVERIFY(Open(1).OrigDateTime().IsNone());
+        QCOMPARE(Open(1).Size(), 0);
+    }
+
+    void fileThatCantBeTaken_leavesNothing_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("missing") << u"no such file"_s << u"can't be read"_s;
+        QTest::newRow("folder") << u"."_s << u"can't be read"_s;
+        QTest::newRow("long name") << QString(240, u'n') << u"is too long to be stored"_s;
+    }
+    void fileThatCantBeTaken_leavesNothing()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, reason);
+        if (name.size() > 200)
+            WriteFile(m_home->Path(u"in/"_s + name), "x");
+        CFileObject file = New();
+        file.SetStoredFile(m_home->Path(u"in/"_s + name));
+        m_prompts->ExpectError();
+        QVERIFY(!file.Commit());
+        QVERIFY2(m_prompts->Errors.last().contains(reason), qPrintable(m_prompts->Errors.last()));
+        QCOMPARE(CountOf(*m_database, u"Files"_s), 0);
+        QCOMPARE(AllNames(), QStringList());
+        QCOMPARE(file.State(), RecordState::New); // another try is one
+    }
+
+    void titleThatLeadsOut_isRefused_data()
+    {
+        QTest::addColumn<QString>("title");
+        for (const QString& title : {u"../x"_s, u"a/b"_s, u"a\\b"_s, QString(u"a"_s + QChar(u'\0') + u"b"_s), QString()})
+            QTest::newRow(qPrintable(title)) << title;
+    }
+    void titleThatLeadsOut_isRefused()
+    {
+        QFETCH(QString, title);
+        CFileObject file = New();
+        file.SetStoredFile(Source());
+        file.SetTitle(title);
+        m_prompts->ExpectError();
+        QVERIFY(!file.Commit());
+        QVERIFY(m_prompts->Errors.last().contains(u"is no name for a stored file"_s));
+        QCOMPARE(CountOf(*m_database, u"Files"_s), 0);
+        QCOMPARE(AllNames(), QStringList());
+    }
+
+    void oddTitles_areStoredAsTheyAre_data()
+    {
+        QTest::addColumn<QString>("title");
+        for (const QString& title : {u".."_s, u"."_s, u"a:b"_s, u"trailing..."_s, u" blank "_s, u"日本語.txt"_s, u"new\nline"_s, u"-rf"_s, u"CON"_s})
+            QTest::newRow(qPrintable(title)) << title;
+    }
+    void oddTitles_areStoredAsTheyAre()
+    {
+        QFETCH(QString, title);
+        CFileObject file = New();
+        file.SetStoredFile(Source());
+        file.SetTitle(title);
+        QVERIFY(file.Commit());
+        QCOMPARE(Names(), QStringList{u"1 - "_s + title});
+        QCOMPARE(Open(1).SaveToFile2(m_home->Path(u"out"_s)), m_home->Path(u"out"_s));
+        QCOMPARE(ReadFile(m_home->Path(u"out"_s)), "contents");
+    }
+
+    void fileBeyondTheColumn_isRefusedBeforeItIsCopied()
+    {
+        QFile large(m_home->Path(u"in/large"_s));
+        QVERIFY(large.open(QIODevice::WriteOnly));
+        QVERIFY(large.resize(qint64(1) << 31)); // takes no room
+        CFileObject file = New();
+        file.SetStoredFile(large.fileName());
+        m_prompts->ExpectError();
+        QVERIFY(!file.Commit());
+        QVERIFY(m_prompts->Errors.last().contains(u"has 2147483648 bytes; a library stores files of up to 2147483647"_s));
+        QCOMPARE(AllNames(), QStringList());
+    }
+
+    void cancelledCopy_leavesNothing()
+    {
+        CFileObject file = New();
+        file.SetStoredFile(Source());
+        QList<std::pair<qint64, qint64>> told;
+        file.Progress = [&told](qint64 done, qint64 total) {
+            told << std::pair(done, total);
+            return false;
+        };
+        QVERIFY(!file.Commit()); // and nobody is told of an error
+        QCOMPARE(told, (QList<std::pair<qint64, qint64>>{{8, 8}}));
+        QCOMPARE(CountOf(*m_database, u"Files"_s), 0);
+        QCOMPARE(AllNames(), QStringList());
+        file.Progress = {};
+        QVERIFY(file.Commit());
+        QCOMPARE(Names(), QStringList{u"1 - größe a.zip"_s});
+    }
+
+    // Changing
+
+    void description_movesItsDate()
+    {
+        Add();
+        m_time->AddSeconds(60);
+        CFileObject file = Open(1);
+        file.SetTitle(u"größe a.zip"_s);
+        QVERIFY(file.Commit());
+        QCOMPARE(Column(u"LastUpdated"_s).ToDate(), Date::FromParts(2026, 3, 1, 12, 0, 0));
+        file.SetDescription(u"other"_s);
+        QVERIFY(file.Commit()); // not marked as changed
+        QCOMPARE(Open(1).Description(), QString());
+        file.SetDescriptionChanged(true);
+        QVERIFY(file.Commit());
+        QCOMPARE(Open(1).Description(), u"other"_s);
+        QCOMPARE(Column(u"LastUpdated"_s).ToDate(), m_time->Now());
+        QVERIFY(!file.DescriptionChanged());
+    }
+
+    void replacedFile_leavesTheOldOneBehind()
+    {
+        Add();
+        WriteFile(m_home->Path(u"in/b.txt"_s), "new contents");
+        CFileObject file = Open(1);
+        file.SetStoredFile(m_home->Path(u"in/b.txt"_s));
+        QVERIFY(file.Commit());
+        QCOMPARE(Names(), (QStringList{u"1 - b.txt"_s, u"1 - größe a.zip"_s}));
+        QCOMPARE(ReadFile(StoredFilePath(1, u"b.txt"_s)), "new contents");
+        QCOMPARE(Open(1).Size(), 8); // is not refreshed, nor is the date
+        QCOMPARE(Open(1).OrigDateTime(), Date::FromParts(2025, 7, 8, 9, 10, 11));
+    }
+
+    void replacementThatFails_keepsTheOldFile()
+    {
+        Add();
+        CFileObject file = Open(1);
+        file.SetStoredFile(m_home->Path(u"in/missing/größe a.zip"_s));
+        m_prompts->ExpectError();
+        QVERIFY(!file.Commit());
+        QCOMPARE(AllNames(), QStringList{u"1 - größe a.zip"_s});
+        QCOMPARE(ReadFile(StoredFilePath(1, u"größe a.zip"_s)), "contents");
+    }
+
+    void newTitleAlone_losesTheFile()
+    {
+        Add();
+        CFileObject file = Open(1);
+        file.SetTitle(u"b.zip"_s);
+        QVERIFY(file.Commit());
+        QCOMPARE(Names(), QStringList{u"1 - größe a.zip"_s});
+        m_prompts->ExpectMsgBox(u"Update database?"_s, MsgBoxResult::No);
+        QCOMPARE(Open(1).SaveToFile2(m_home->Path(u"out"_s)), QString());
+    }
+
+    // Handing out
+
+    void file_isHandedOut()
+    {
+        Add();
+        WriteFile(m_home->Path(u"out.zip"_s), "what was there before, and longer");
+        QCOMPARE(Open(1).SaveToFile2(m_home->Path(u"out.zip"_s)), m_home->Path(u"out.zip"_s));
+        QCOMPARE(ReadFile(m_home->Path(u"out.zip"_s)), "contents");
+        QCOMPARE(Open(99).SaveToFile2(m_home->Path(u"none"_s)), QString());
+        QVERIFY(!QFile::exists(m_home->Path(u"none"_s)));
+    }
+
+    void placeThatCantBeWritten_isAnError()
+    {
+        Add();
+        m_prompts->ExpectError();
+        QCOMPARE(Open(1).SaveToFile2(m_home->Path(u"no/such/folder/out.zip"_s)), QString());
+    }
+
+    void vanishedFile_isAskedAbout_data()
+    {
+        QTest::addColumn<bool>("yes");
+        QTest::newRow("yes") << true;
+        QTest::newRow("no") << false;
+    }
+    void vanishedFile_isAskedAbout()
+    {
+        QFETCH(bool, yes);
+        Add();
+        QVERIFY(QFile::remove(StoredFilePath(1, u"größe a.zip"_s)));
+        WriteFile(m_home->Path(u"out.zip"_s), "before");
+        m_prompts->ExpectMsgBox(u"Update database?"_s, yes ? MsgBoxResult::Yes : MsgBoxResult::No);
+        QCOMPARE(Open(1).SaveToFile2(m_home->Path(u"out.zip"_s)), QString());
+        QCOMPARE(m_prompts->Messages.last().Text, u"Source file not found in its location. Do you wish to delete the record from the database?"_s);
+        QCOMPARE(CountOf(*m_database, u"Files"_s), yes ? 0 : 1);
+        QCOMPARE(ReadFile(m_home->Path(u"out.zip"_s)), "before");
+    }
+
+    // Deleting; what other replicas are told is tested with DeleteStoredFileRow
+
+    void deletedFile_isGone()
+    {
+        Add();
+        CFileObject file = Open(1);
+        file.Delete();
+        QVERIFY(file.Commit());
+        QCOMPARE(file.State(), RecordState::Deleted);
+        QCOMPARE(CountOf(*m_database, u"Files"_s), 0);
+        QCOMPARE(AllNames(), QStringList());
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, file.SetTitle(u"x"_s));
+    }
+
+    void deletedRow_whoseFileIsGone_goesWithoutAWord()
+    {
+        Add();
+        QVERIFY(QFile::remove(StoredFilePath(1, u"größe a.zip"_s)));
+        CFileObject file = Open(1);
+        file.Delete();
+        QVERIFY(file.Commit());
+        QCOMPARE(CountOf(*m_database, u"Files"_s), 0);
+    }
+
+    void deletionThatFails_bringsTheFileBack()
+    {
+        Add();
+        m_database->Execute(u"CREATE TRIGGER hold BEFORE DELETE ON Files BEGIN SELECT raise(ABORT, 'held'); END"_s);
+        CFileObject file = Open(1);
+        file.Delete();
+        m_prompts->ExpectError();
+        QVERIFY(!file.Commit());
+        QCOMPARE(AllNames(), QStringList{u"1 - größe a.zip"_s});
+        QCOMPARE(CountOf(*m_database, u"Files"_s), 1);
+    }
+
+    void child_namesTheMothersRecord()
+    {
+        MakeChild(*m_database, u"/mother.qbd"_s, Date::FromParts(2026, 4, 1));
+        CFileObject file = New();
+        file.SetStoredFile(Source());
+        file.SetMotherCodeID(77);
+        QVERIFY(file.Commit());
+        QCOMPARE(Open(1).MotherCodeID(), 77);
+    }
+
+    // The end of the program in the middle of the work
+
+    void workThatWasUnderWay_isFinishedOrTakenBack_data()
+    {
+        QTest::addColumn<QString>("left");
+        QTest::addColumn<bool>("hasRow");
+        QTest::addColumn<QStringList>("names");
+        QTest::newRow("copying") << u".adding-%1-1"_s << false << QStringList();
+        QTest::newRow("before the commit of a new row") << u".arriving-%1-1"_s << false << QStringList();
+        QTest::newRow("after it") << u".arriving-%1-1"_s << true << QStringList{u"1 - a.txt"_s};
+        QTest::newRow("before the commit of a deletion") << u".leaving-%1-1"_s << true << QStringList{u"1 - a.txt"_s};
+        QTest::newRow("after it") << u".leaving-%1-1"_s << false << QStringList();
+        QTest::newRow("of another's") << u".hidden"_s << false << QStringList{u".hidden"_s};
+    }
+    void workThatWasUnderWay_isFinishedOrTakenBack()
+    {
+        QFETCH(QString, left);
+        QFETCH(bool, hasRow);
+        QFETCH(QStringList, names);
+        constexpr int NoProcess = 4194304 + 17; // beyond the largest
+        if (hasRow)
+            m_database->Execute(u"INSERT INTO Files (ID, CodeID, Title) VALUES (1, ?, 'a.txt')"_s, {m_item});
+        WriteFile(Session().CurrentFilesFolder + (left.contains(u'%') ? left.arg(NoProcess) : left), "contents");
+        FinishPendingFiles(*m_database);
+        QCOMPARE(AllNames(), names);
+    }
+
+    void workOfARunningProcess_isLeftToIt()
+    {
+        WriteFile(AddingName(), "contents");
+        WriteFile(ArrivingName(1), "contents");
+        FinishPendingFiles(*m_database);
+        QCOMPARE(AllNames().size(), 2);
+    }
+
+private:
+    CFileObject New()
+    {
+        CFileObject file;
+        file.Initialise(*m_database, {});
+        file.SetCodeID(QString::number(m_item));
+        return file;
+    }
+    void Add()
+    {
+        CFileObject file = New();
+        file.SetStoredFile(Source());
+        QVERIFY(file.Commit());
+    }
+    CFileObject Open(qint64 id)
+    {
+        CFileObject file;
+        file.Initialise(*m_database, QString::number(id));
+        return file;
+    }
+    QString Source() const { return m_home->Path(u"in/größe a.zip"_s); }
+    Value Column(const QString& column) { return m_database->QueryValue(u"SELECT "_s + column + u" FROM Files"_s); }
+    static QStringList Names() { return QDir(Session().CurrentFilesFolder).entryList(QDir::Files, QDir::Name); }
+    static QStringList AllNames() { return QDir(Session().CurrentFilesFolder).entryList(QDir::Files | QDir::Hidden, QDir::Name); }
+
+    std::unique_ptr<TemporaryHome> m_home;
+    std::unique_ptr<FixedClock> m_time;
+    std::unique_ptr<ScriptedPrompts> m_prompts;
+    std::unique_ptr<Database> m_database;
+    qint64 m_item = 0;
+};
+
+QTEST_GUILESS_MAIN(TestFileObject)
+#include "tst_file_object.moc"
