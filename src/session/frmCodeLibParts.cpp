@@ -272,6 +272,7 @@ void frmCodeLib::ConnectPanels()
 
 void frmCodeLib::ConnectLinks()
 {
+    m_commands.SetChecked(u"mnuViewTreeItem"_s, true);
     m_items->AddNewLinkToSelectedItem = [this](const QString& title) { m_linking->AddNewLinkToSelectedItem(title); };
     m_linking->AskRelationshipDelete = [this](LinkDirection direction) -> std::optional<LinkDirection> {
         frmRelationshipDelete dialog(this);

@@ -158,9 +158,9 @@ bool CFileObject::InsertObject()
         });
         if (hasFile) {
             RequireStorableTitle();
-            const QFileInfo source(m_storedFile);
-            m_origDateTime = Date::FromDateTime(source.lastModified());
             interim = TakeIn();
+            const QDateTime modified = QFileInfo(m_storedFile).lastModified(); // of none when it has gone meanwhile
+            m_origDateTime = modified.isValid() ? Date::FromDateTime(modified) : Date();
             m_size = QFileInfo(interim).size();
         }
         m_dateAdded = Clock::Now();

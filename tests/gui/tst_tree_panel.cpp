@@ -267,6 +267,7 @@ private Q_SLOTS:
         Open();
         ClickOn(0);
         const int width = Panel()->width();
+        QVERIFY(Action(u"mnuViewTreeItem"_s)->isChecked());
         auto* button = Panel()->findChild<QAction*>(u"SHRINK"_s);
         QCOMPARE(button->toolTip(), u"Shrink Tree"_s);
         button->trigger();
