@@ -16,6 +16,7 @@
 #include <QFileInfo>
 #include <QScopeGuard>
 #include <limits>
+#include <optional>
 
 namespace qb {
 
@@ -25,18 +26,46 @@ namespace {
 
 const QString ModuleName = u"CFileObject"_s;
 
-/// The row of `Files` is written in a transaction; the file goes to its place once it is committed.
-void Arrive(qint64 id, const QString& title)
-{
-    MoveIntoPlace(ArrivingName(id), StoredFilePath(id, title), true);
-}
+/// A file on its way into the folder of stored files: copied at first, bound to its row within the row's
+/// transaction, and put in its place once that is committed. One that does not get there is removed.
+class Arrival {
+public:
+    Arrival(const QString& source, const std::function<bool(qint64, qint64)>& progress)
+    {
+        CopyFileContents(source, m_work.AddingName(), progress);
+        m_path = m_work.AddingName();
+    }
+    ~Arrival()
+    {
+        if (!m_path.isEmpty())
+            QFile::remove(m_path);
+    }
+    Arrival(const Arrival&) = delete;
+    Arrival& operator=(const Arrival&) = delete;
+
+    qint64 Size() const { return QFileInfo(m_path).size(); }
+    void Bind(qint64 id)
+    {
+        MoveIntoPlace(m_path, m_work.ArrivingName(id), true);
+        m_path = m_work.ArrivingName(id);
+    }
+    void PutInPlace(const QString& place)
+    {
+        // The row counts now: where this fails the file stays for the next opening of the library.
+        MoveIntoPlace(std::exchange(m_path, {}), place, true);
+    }
+
+private:
+    PendingWork m_work;
+    QString m_path;
+};
 
 } // namespace
 
 void CFileObject::InitialiseProperties()
 {
     m_state = RecordState::Clean;
-    m_attributesLoaded = m_fileReplaced = m_descriptionChanged = false;
+    m_attributesLoaded = m_readFailed = m_fileReplaced = m_descriptionChanged = false;
     for (QString* text : {&m_key, &m_codeId, &m_title, &m_storedFile, &m_description})
         text->clear();
     m_origDateTime = m_dateAdded = {};
@@ -59,7 +88,7 @@ void CFileObject::GetAttributes()
     if (m_attributesLoaded || !m_database || (m_state != RecordState::Clean && m_state != RecordState::Edited))
         return;
     m_attributesLoaded = true;
-    Guarded(ModuleName, u"GetAttributes"_s, [this] {
+    m_readFailed = !Guarded(ModuleName, u"GetAttributes"_s, [this] {
         const Recordset row = m_database->OpenRecordset(u"Files"_s, u"ID = ?"_s, {m_key.toLongLong()});
         m_descriptionChanged = false;
         if (row.IsEmpty())
@@ -132,36 +161,28 @@ void CFileObject::RequireStorableTitle() const
         throw RuntimeError(ErrorNumber::PathAccess, u"'%1' is no name for a stored file; nothing was changed."_s.arg(m_title), ModuleName);
 }
 
-/// Copies the file into the folder of stored files, under a name for what has no row yet.
-QString CFileObject::TakeIn() const
+/// Refuses what can't be stored before anything is copied.
+void CFileObject::RequireStorableFile() const
 {
     constexpr qint64 LargestSize = std::numeric_limits<qint32>::max(); // of the column
+    RequireStorableTitle();
     const qint64 size = QFileInfo(m_storedFile).size();
     if (size > LargestSize)
         throw RuntimeError(ErrorNumber::Overflow,
                            u"The file '%1' has %2 bytes; a library stores files of up to %3. Nothing was changed."_s.arg(m_storedFile).arg(size).arg(LargestSize),
                            ModuleName);
-    QDir().mkpath(Session().CurrentFilesFolder);
-    const QString interim = AddingName();
-    CopyFileContents(m_storedFile, interim, Progress);
-    return interim;
 }
 
 bool CFileObject::InsertObject()
 {
     return UnlessCancelled(u"InsertObject"_s, [this] {
-        const bool hasFile = !m_storedFile.isEmpty();
-        QString interim;
-        const auto discard = qScopeGuard([&interim] {
-            if (!interim.isEmpty())
-                QFile::remove(interim);
-        });
-        if (hasFile) {
-            RequireStorableTitle();
-            interim = TakeIn();
+        std::optional<Arrival> file;
+        if (!m_storedFile.isEmpty()) {
+            RequireStorableFile();
+            file.emplace(m_storedFile, Progress);
             const QDateTime modified = QFileInfo(m_storedFile).lastModified(); // of none when it has gone meanwhile
             m_origDateTime = modified.isValid() ? Date::FromDateTime(modified) : Date();
-            m_size = QFileInfo(interim).size();
+            m_size = file->Size();
         }
         m_dateAdded = Clock::Now();
         Transaction transaction(*m_database);
@@ -178,35 +199,29 @@ bool CFileObject::InsertObject()
             row.Set(u"MotherCodeID"_s, m_motherCodeId);
         row.Update();
         const qint64 id = row.LastModified();
-        if (hasFile) {
-            MoveIntoPlace(interim, ArrivingName(id), true);
-            interim = ArrivingName(id);
-        }
+        if (file)
+            file->Bind(id);
         transaction.Commit();
-        interim.clear();
-        if (hasFile)
-            Arrive(id, m_title);
         m_key = QString::number(id);
-        m_state = RecordState::Clean;
-        m_fileReplaced = m_descriptionChanged = false;
-        m_storedFile.clear();
-        m_attributesLoaded = true;
+        RowWritten();
+        if (file)
+            file->PutInPlace(StoredFilePath(id, m_title));
     });
 }
 
 bool CFileObject::UpdateObject()
 {
     return UnlessCancelled(u"UpdateObject"_s, [this] {
+        const bool describes = m_descriptionChanged;
+        GetAttributes(); // what was not read must not be written as empty
+        if (m_readFailed)
+            throw RuntimeError(ErrorNumber::NoCurrentRecord,
+                               u"The stored file %1 could not be read, so it is not written either; nothing was changed."_s.arg(m_key), ModuleName);
         const qint64 id = m_key.toLongLong();
-        const bool replaces = m_fileReplaced && !m_storedFile.isEmpty();
-        QString interim;
-        const auto discard = qScopeGuard([&interim] {
-            if (!interim.isEmpty())
-                QFile::remove(interim);
-        });
-        if (replaces) {
-            RequireStorableTitle();
-            interim = TakeIn();
+        std::optional<Arrival> file;
+        if (m_fileReplaced && !m_storedFile.isEmpty()) {
+            RequireStorableFile();
+            file.emplace(m_storedFile, Progress);
         }
         Transaction transaction(*m_database);
         Recordset row = m_database->OpenRecordset(u"Files"_s, u"ID = ?"_s, {id});
@@ -214,45 +229,49 @@ bool CFileObject::UpdateObject()
         row.Edit();
         row.Set(u"CodeID"_s, m_codeId.toLongLong());
         row.Set(u"Title"_s, m_title);
-        if (m_descriptionChanged) {
+        if (describes) {
             row.Set(u"Description"_s, m_description);
             row.Set(u"LastUpdated"_s, Clock::Now());
         }
         row.Update();
-        if (replaces) {
-            MoveIntoPlace(interim, ArrivingName(id), true);
-            interim = ArrivingName(id);
-        }
+        if (file)
+            file->Bind(id);
         transaction.Commit();
-        interim.clear();
-        if (replaces)
-            Arrive(id, m_title);
-        m_state = RecordState::Clean;
-        m_attributesLoaded = true;
-        m_descriptionChanged = m_fileReplaced = false;
-        m_storedFile.clear();
+        RowWritten();
+        if (file)
+            file->PutInPlace(StoredFilePath(id, m_title));
     });
+}
+
+/// The row is as this object is.
+void CFileObject::RowWritten()
+{
+    m_state = RecordState::Clean;
+    m_attributesLoaded = true;
+    m_descriptionChanged = m_fileReplaced = false;
+    m_storedFile.clear();
 }
 
 bool CFileObject::DeleteObject()
 {
     return Guarded(ModuleName, u"DeleteObject"_s, [this] {
         const qint64 id = m_key.toLongLong();
-        const QString leaving = LeavingName(id);
-        QString path;
+        const PendingWork work;
+        const QString leaving = work.LeavingName(id);
+        QString place;
+        bool committed = false;
         const auto putBack = qScopeGuard([&] {
-            if (!path.isEmpty())
-                QFile::rename(leaving, path);
+            if (committed)
+                QFile::remove(leaving);
+            else if (!place.isEmpty())
+                QFile::rename(leaving, place);
         });
         Transaction transaction(*m_database);
-        const QString place = DeleteStoredFileRow(*m_database, id);
-        if (!place.isEmpty() && QFile::exists(place)) {
+        place = DeleteStoredFileRow(*m_database, id);
+        if (!place.isEmpty() && QFile::exists(place))
             MoveIntoPlace(place, leaving, true);
-            path = place;
-        }
         transaction.Commit();
-        path.clear();
-        QFile::remove(leaving);
+        committed = true;
         m_state = RecordState::Deleted;
     });
 }
@@ -266,6 +285,8 @@ QString CFileObject::SaveToFile2(const QString& target)
         if (title.IsNull())
             return;
         const QString source = StoredFilePath(id, title.ToText());
+        if (!QFile::exists(source))
+            FinishPendingFiles(*m_database); // it may be on its way since a power cut
         if (source.isEmpty() || !QFile::exists(source)) {
             const bool deletes = Prompts::Current().MsgBox({.Text = u"Source file not found in its location. Do you wish to delete the record "
                                                                     "from the database?"_s,

@@ -42,7 +42,11 @@ public:
     void SetDateAdded(Date value) { m_dateAdded = value; }
     /// The description is written at the next commit.
     bool DescriptionChanged() const { return m_descriptionChanged; }
-    void SetDescriptionChanged(bool value) { m_descriptionChanged = value; }
+    void SetDescriptionChanged(bool value)
+    {
+        GetAttributes(); // which says that it was not changed
+        m_descriptionChanged = value;
+    }
     /// The mother's ID of the item, in a child replica.
     qint32 MotherCodeID() { return Loaded(m_motherCodeId); }
     void SetMotherCodeID(qint32 value) { m_motherCodeId = value; }
@@ -71,12 +75,14 @@ private:
     bool DeleteObject();
     template <class Body>
     bool UnlessCancelled(const QString& procedure, Body&& body);
-    QString TakeIn() const;
+    void RowWritten();
     void RequireStorableTitle() const;
+    void RequireStorableFile() const;
 
     Database* m_database = nullptr;
     RecordState m_state = RecordState::Clean;
     bool m_attributesLoaded = false;
+    bool m_readFailed = false;
     bool m_fileReplaced = false;
     bool m_descriptionChanged = false;
     QString m_key;

@@ -160,22 +160,19 @@ void WriteLanguageFile(const QString& path, const LanguageDefinition& language)
 
 QString WhyNotStorable(const LanguageDefinition& language)
 {
-    constexpr int LongestName = 20;
-    constexpr int LongestMark = 5;
-    constexpr int LongestWord = 30;
     const auto tooLong = [](const QString& what, const QString& text, int most) {
         return u"%1 '%2' has %3 characters; %4 is the most."_s.arg(what, text.left(60)).arg(text.size()).arg(most);
     };
-    if (language.Language.size() > LongestName)
-        return tooLong(u"The name of the language"_s, language.Language, LongestName);
+    if (language.Language.size() > LongestLanguageName)
+        return tooLong(u"The name of the language"_s, language.Language, LongestLanguageName);
     for (const QString& mark : {language.Comment, language.CommentStart, language.CommentEnd}) {
-        if (mark.size() > LongestMark)
-            return tooLong(u"The comment delimiter"_s, mark, LongestMark);
+        if (mark.size() > LongestCommentMark)
+            return tooLong(u"The comment delimiter"_s, mark, LongestCommentMark);
     }
     for (const QStringList* list : {&language.PlainWords, &language.ColouredWords}) {
         for (const QString& word : *list) {
-            if (word.size() > LongestWord)
-                return tooLong(u"The word"_s, word, LongestWord);
+            if (word.size() > LongestKeyword)
+                return tooLong(u"The word"_s, word, LongestKeyword);
         }
     }
     return {};

@@ -21,6 +21,11 @@ struct LanguageDefinition {
     qint32 CommentColour = 0;
 };
 
+/// The most characters that a library holds of a language's name, of a comment mark and of a word.
+inline constexpr int LongestLanguageName = 20;
+inline constexpr int LongestCommentMark = 5;
+inline constexpr int LongestKeyword = 30;
+
 /// The number of a new library's language.
 enum class LanguageType { None = 0, VB = 1, Cpp = 2, File = 3, SelfDefined = 4 };
 

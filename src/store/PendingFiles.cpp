@@ -1,14 +1,19 @@
 #include "store/PendingFiles.h"
 
 #include "platform/system/FileReplace.h"
+#include "platform/system/RuntimeError.h"
 #include "store/SessionValues.h"
 #include "store/StoredFiles.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QHash>
 #include <QRegularExpression>
-#include <csignal>
+#include <QUuid>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace qb {
 
@@ -16,41 +21,70 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString NameOf(const QString& kind, qint64 number)
+QString LockName(const QString& mark)
 {
-    return u"%1.%2-%3-%4"_s.arg(Session().CurrentFilesFolder, kind).arg(QCoreApplication::applicationPid()).arg(number);
+    return u".working-"_s + mark;
 }
 
-bool IsRunning(qint64 process)
+/// Whether the work of that mark is still under way: somebody holds its lock, or nobody can tell where
+/// files can't be locked. Without a lock file it is over. A lock that nobody holds is removed.
+bool IsUnderWay(const QDir& folder, const QString& mark)
 {
-    return process == QCoreApplication::applicationPid() || ::kill(pid_t(process), 0) == 0 || errno == EPERM;
+    const QByteArray path = QFile::encodeName(folder.filePath(LockName(mark)));
+    const int file = ::open(path.constData(), O_RDWR | O_CLOEXEC);
+    if (file < 0)
+        return false;
+    const bool held = ::flock(file, LOCK_EX | LOCK_NB) != 0;
+    if (!held)
+        ::unlink(path.constData());
+    ::close(file);
+    return held;
 }
 
 } // namespace
 
-QString AddingName()
+PendingWork::PendingWork()
+    : m_folder(Session().CurrentFilesFolder), m_mark(QUuid::createUuid().toString(QUuid::Id128))
 {
-    static qint64 counter = 0;
-    return NameOf(u"adding"_s, ++counter);
+    QDir().mkpath(m_folder);
+    const QByteArray path = QFile::encodeName(m_folder + LockName(m_mark));
+    struct stat state {};
+    do {
+        if (m_lock >= 0)
+            ::close(m_lock); // taken for a dead one and removed before it was locked
+        m_lock = ::open(path.constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (m_lock < 0)
+            throw RuntimeError(ErrorNumber::PathAccess,
+                               u"The folder of stored files '%1' can't be written; nothing was changed."_s.arg(QDir::toNativeSeparators(m_folder)),
+                               u"PendingWork"_s);
+    } while (::flock(m_lock, LOCK_EX) == 0 && ::fstat(m_lock, &state) == 0 && state.st_nlink == 0);
 }
 
-QString ArrivingName(qint64 id)
+PendingWork::~PendingWork()
 {
-    return NameOf(u"arriving"_s, id);
+    QFile::remove(m_folder + LockName(m_mark));
+    ::close(m_lock);
 }
 
-QString LeavingName(qint64 id)
+QString PendingWork::NameOf(const QString& kind, qint64 id) const
 {
-    return NameOf(u"leaving"_s, id);
+    return u"%1.%2-%3-%4"_s.arg(m_folder, kind, m_mark).arg(id);
 }
 
 void FinishPendingFiles(Database& database)
 {
-    static const QRegularExpression pending(u"^\\.(adding|arriving|leaving)-(\\d+)-(\\d+)$"_s);
+    static const QRegularExpression pending(u"^\\.(?:(adding|arriving|leaving)-([0-9a-f]{32})-(\\d+)|working-([0-9a-f]{32}))$"_s);
     const QDir folder(Session().CurrentFilesFolder);
+    QHash<QString, bool> underWay; // by mark
     for (const QString& name : folder.entryList({u".*"_s}, QDir::Files | QDir::Hidden)) {
         const QRegularExpressionMatch match = pending.match(name);
-        if (!match.hasMatch() || IsRunning(match.captured(2).toLongLong()))
+        if (!match.hasMatch())
+            continue;
+        const QString mark = match.captured(2) + match.captured(4);
+        if (!underWay.contains(mark))
+            underWay.insert(mark, IsUnderWay(folder, mark));
+        const bool isHere = QFile::exists(folder.filePath(name)); // it may have got to its place since
+        if (underWay[mark] || match.captured(1).isEmpty() || !isHere)
             continue;
         const qint64 id = match.captured(3).toLongLong();
         const Value title = match.captured(1) == u"adding"_s ? Value() : database.QueryValue(u"SELECT Title FROM Files WHERE ID = ?"_s, {id});

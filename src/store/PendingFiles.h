@@ -6,16 +6,35 @@
 
 namespace qb {
 
-/// Names in the folder of stored files for what is under way, which no title can make: they begin with
-/// a dot and tell the process. A file of the first kind has no row yet; one of the second belongs to a
-/// row that is being committed; one of the third was a row's that is being deleted.
-QString AddingName();
-QString ArrivingName(qint64 id);
-QString LeavingName(qint64 id);
+/// A change of the stored files that is under way. It gives names in their folder for what has no
+/// place yet, which no title can make: they begin with a dot and hold the work's own mark. A file of
+/// that mark is locked for as long as the work goes on, and by no means longer than its process lives;
+/// so what a dead process left is told from what a living one does.
+class PendingWork {
+public:
+    /// Raises RuntimeError 75 when nothing can be written in the folder.
+    PendingWork();
+    ~PendingWork();
+    PendingWork(const PendingWork&) = delete;
+    PendingWork& operator=(const PendingWork&) = delete;
+
+    /// For a file that has no row yet.
+    QString AddingName() const { return NameOf(QStringLiteral("adding"), 0); }
+    /// For the file of a row that is being committed.
+    QString ArrivingName(qint64 id) const { return NameOf(QStringLiteral("arriving"), id); }
+    /// For the file of a row that is being deleted.
+    QString LeavingName(qint64 id) const { return NameOf(QStringLiteral("leaving"), id); }
+
+private:
+    QString NameOf(const QString& kind, qint64 id) const;
+
+    QString m_folder;
+    QString m_mark;
+    int m_lock = -1;
+};
 
 /// After a process ended in the middle of its work: gives each row that was committed its file, and
-/// removes the files of rows that were not, or were deleted. What a running process has under way is
-/// left to it.
+/// removes the files of rows that were not, or were deleted. What is under way is left alone.
 void FinishPendingFiles(Database& database);
 
 } // namespace qb

@@ -90,6 +90,8 @@ std::optional<LocalPageFile> ReadLocalPageFile(const QString& folder, const QUrl
         return std::nullopt;
     const QString base = QFileInfo(folder).canonicalFilePath();
     const QString name = url.path(QUrl::FullyDecoded).replace(u'\\', u'/'); // as pages from elsewhere write it
+    if (name.contains(QChar(u'\0')))
+        return std::nullopt;
     const QString path = QFileInfo(folder + u'/' + name).canonicalFilePath();
     if (base.isEmpty() || !path.startsWith(base + u'/') || !QFileInfo(path).isFile())
         return std::nullopt;

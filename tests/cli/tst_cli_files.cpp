@@ -75,6 +75,28 @@ private Q_SLOTS:
         QCOMPARE(Names(), QStringList());
     }
 
+    /// As on a full disk: no file may grow beyond a megabyte.
+    void fileThatDoesNotFit_leavesNothing()
+    {
+        WriteFile(In(u"big"_s), QByteArray(3'000'000, 'x'));
+        QProcess process;
+        process.start(u"/bin/sh"_s, {u"-c"_s, u"ulimit -f 2048; exec \"$0\" \"$@\""_s, qEnvironmentVariable("QUILLBASE_CLI"), u"attach"_s, m_library,
+                                     u"1"_s, In(u"big"_s)});
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.exitCode(), 1);
+        const QString error = QString::fromUtf8(process.readAllStandardError());
+        QVERIFY2(error.contains(u"File too large"_s), qPrintable(error));
+        QCOMPARE(Names(), QStringList());
+        QCOMPARE(Cli({u"files"_s, m_library, u"1"_s}).Out, QString());
+        QCOMPARE(Cli({u"attach"_s, m_library, u"1"_s, In(u"big"_s)}).Out, u"1\n"_s); // once there is room
+        process.start(u"/bin/sh"_s, {u"-c"_s, u"ulimit -f 2048; exec \"$0\" \"$@\""_s, qEnvironmentVariable("QUILLBASE_CLI"), u"extract"_s, m_library,
+                                     u"1"_s, In(u"a.txt"_s)});
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.exitCode(), 1);
+        QCOMPARE(ReadFile(In(u"a.txt"_s)), "alpha"); // what was there
+        QCOMPARE(QDir(m_home->Path(u"in"_s)).entryList(QDir::Files | QDir::Hidden).size(), 3);
+    }
+
     /// Whenever the program is killed, each row has its file and each file its row once the library has
     /// been opened again.
     void killedProgram_leavesNothingHalfDone()

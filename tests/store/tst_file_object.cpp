@@ -314,7 +314,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("left");
         QTest::addColumn<bool>("hasRow");
         QTest::addColumn<QStringList>("names");
-        QTest::newRow("copying") << u".adding-%1-1"_s << false << QStringList();
+        QTest::newRow("copying") << u".adding-%1-0"_s << false << QStringList();
         QTest::newRow("before the commit of a new row") << u".arriving-%1-1"_s << false << QStringList();
         QTest::newRow("after it") << u".arriving-%1-1"_s << true << QStringList{u"1 - a.txt"_s};
         QTest::newRow("before the commit of a deletion") << u".leaving-%1-1"_s << true << QStringList{u"1 - a.txt"_s};
@@ -326,23 +326,75 @@ private Q_SLOTS:
         QFETCH(QString, left);
         QFETCH(bool, hasRow);
         QFETCH(QStringList, names);
-        constexpr int NoProcess = 4194304 + 17; // beyond the largest
         if (hasRow)
             m_database->Execute(u"INSERT INTO Files (ID, CodeID, Title) VALUES (1, ?, 'a.txt')"_s, {m_item});
-        WriteFile(Session().CurrentFilesFolder + (left.contains(u'%') ? left.arg(NoProcess) : left), "contents");
+        WriteFile(Session().CurrentFilesFolder + (left.contains(u'%') ? left.arg(Mark) : left), "contents");
+        WriteFile(Session().CurrentFilesFolder + u".working-"_s + Mark, {}); // which nobody has locked
+        FinishPendingFiles(*m_database);
+        QCOMPARE(AllNames(), names);
         FinishPendingFiles(*m_database);
         QCOMPARE(AllNames(), names);
     }
 
-    void workOfARunningProcess_isLeftToIt()
+    void workWithoutALock_isOver()
     {
-        WriteFile(AddingName(), "contents");
-        WriteFile(ArrivingName(1), "contents");
+        WriteFile(Session().CurrentFilesFolder + u".adding-%1-0"_s.arg(Mark), "contents");
         FinishPendingFiles(*m_database);
-        QCOMPARE(AllNames().size(), 2);
+        QCOMPARE(AllNames(), QStringList());
+    }
+
+    void workUnderWay_isLeftAlone()
+    {
+        {
+            const PendingWork work;
+            WriteFile(work.AddingName(), "contents");
+            WriteFile(work.ArrivingName(1), "contents");
+            FinishPendingFiles(*m_database);
+            QCOMPARE(AllNames().size(), 3); // with the lock
+        }
+        FinishPendingFiles(*m_database);
+        QCOMPARE(AllNames(), QStringList());
+    }
+
+    void fileOnItsWay_isHandedOut()
+    {
+        Add();
+        QVERIFY(QFile::rename(StoredFilePath(1, u"größe a.zip"_s), Session().CurrentFilesFolder + u".arriving-%1-1"_s.arg(Mark)));
+        QCOMPARE(Open(1).SaveToFile2(m_home->Path(u"out"_s)), m_home->Path(u"out"_s)); // and nothing is asked
+        QCOMPARE(Names(), QStringList{u"1 - größe a.zip"_s});
+    }
+
+    void folderThatCantBeWritten_isAnError()
+    {
+        const QString folder = Session().CurrentFilesFolder.chopped(1);
+        QDir(folder).removeRecursively();
+        WriteFile(folder, "a file in its place");
+        CFileObject file = New();
+        file.SetStoredFile(Source());
+        m_prompts->ExpectError();
+        QVERIFY(!file.Commit());
+        QVERIFY(m_prompts->Errors.last().contains(u"can't be written; nothing was changed"_s));
+        QCOMPARE(CountOf(*m_database, u"Files"_s), 0);
+    }
+
+    void commitWithoutALook_changesNothing()
+    {
+        Add();
+        CFileObject file = Open(1);
+        file.SetDescriptionChanged(true);
+        file.SetDescription(u"new"_s);
+        QVERIFY(file.DescriptionChanged());
+        QVERIFY(file.Commit());
+        CFileObject untouched = Open(1);
+        QVERIFY(untouched.Commit());
+        QCOMPARE(Open(1).Title(), u"größe a.zip"_s);
+        QCOMPARE(Open(1).CodeID(), QString::number(m_item));
+        QCOMPARE(Open(1).Description(), u"new"_s);
     }
 
 private:
+    inline static const QString Mark = u"0123456789abcdef0123456789abcdef"_s;
+
     CFileObject New()
     {
         CFileObject file;

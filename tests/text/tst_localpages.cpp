@@ -121,6 +121,7 @@ private Q_SLOTS:
         QTest::newRow("absolute") << LocalPageUrl(m_folder + u"/../secret.txt"_s);
         QTest::newRow("folder") << LocalPageUrl(u"17"_s);
         QTest::newRow("missing") << LocalPageUrl(u"99.htm"_s);
+        QTest::newRow("cut by a NUL") << QUrl(u"quillbase-page://library/17.htm%00.png"_s);
         QTest::newRow("another scheme") << QUrl(u"file:///etc/hostname"_s);
     }
     void nameThatLeadsOut_givesNothing()

@@ -32,10 +32,6 @@ namespace {
 
 const QString ModuleName = u"frmSettings"_s;
 
-constexpr int LongestName = 20;
-constexpr int LongestMark = 5;
-constexpr int LongestWord = 30;
-
 QLineEdit* MakeBox(const QString& name, int longest)
 {
     auto* box = new QLineEdit;
@@ -69,10 +65,10 @@ QWidget* LanguagePage::MakeValues()
     auto* values = new QWidget;
     auto* form = new QFormLayout(values);
     form->setContentsMargins(0, 0, 0, 0);
-    txtLanguage = MakeBox(u"txtLanguage"_s, LongestName);
-    txtCommentDelimiter = MakeBox(u"txtCommentDelimiter"_s, LongestMark);
-    txtCommentDelimiterStart = MakeBox(u"txtCommentDelimiterStart"_s, LongestMark);
-    txtCommentDelimiterEnd = MakeBox(u"txtCommentDelimiterEnd"_s, LongestMark);
+    txtLanguage = MakeBox(u"txtLanguage"_s, LongestLanguageName);
+    txtCommentDelimiter = MakeBox(u"txtCommentDelimiter"_s, LongestCommentMark);
+    txtCommentDelimiterStart = MakeBox(u"txtCommentDelimiterStart"_s, LongestCommentMark);
+    txtCommentDelimiterEnd = MakeBox(u"txtCommentDelimiterEnd"_s, LongestCommentMark);
     txtCommentDelimiter->setToolTip(u"Opens a comment that ends with the line"_s);
     txtCommentDelimiterStart->setToolTip(u"Opens a comment that may span lines"_s);
     txtCommentDelimiterEnd->setToolTip(u"Closes a comment that may span lines"_s);
@@ -125,7 +121,7 @@ QWidget* LanguagePage::MakeGrid()
     fgrdList->setEditTriggers(QAbstractItemView::NoEditTriggers);
     fgrdList->setTabKeyNavigation(false);
     fgrdList->installEventFilter(this);
-    txtEdit = MakeBox(u"txtEdit"_s, LongestWord);
+    txtEdit = MakeBox(u"txtEdit"_s, LongestKeyword);
     txtEdit->setParent(fgrdList->viewport());
     txtEdit->setAccessibleName(u"Word"_s);
     txtEdit->hide();
