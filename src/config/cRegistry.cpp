@@ -1,5 +1,6 @@
 #include "config/cRegistry.h"
 
+#include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
 #include "platform/system/RuntimeError.h"
 
@@ -7,7 +8,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLockFile>
-#include <QSaveFile>
 
 #include <algorithm>
 #include <array>
@@ -153,9 +153,7 @@ bool WriteStore(const Store& store)
         if (!sections.isEmpty())
             hives.insert(HiveNames[i], sections);
     }
-    const QByteArray bytes = QJsonDocument(hives).toJson();
-    QSaveFile file(StoreFile());
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
+    return ReplaceContents(StoreFile(), QJsonDocument(hives).toJson()).isEmpty();
 }
 
 /// Has @p change, a function of the hive, change the file; false when it says false or the file

@@ -1,12 +1,12 @@
 #include "store/LanguageDefinition.h"
 
+#include "platform/system/FileReplace.h"
 #include "platform/system/RuntimeError.h"
 #include "platform/system/TextEncoding.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QtEndian>
 
 namespace qb {
@@ -151,10 +151,9 @@ void WriteLanguageFile(const QString& path, const LanguageDefinition& language)
     if (old.open(QIODevice::ReadOnly))
         bytes += old.readAll().mid(bytes.size());
     old.close();
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+    if (const QString why = ReplaceContents(path, bytes); !why.isEmpty())
         throw RuntimeError(ErrorNumber::PathAccess,
-                           u"The language definition file '%1' can't be written: %2."_s.arg(QDir::toNativeSeparators(path), file.errorString()),
+                           u"The language definition file '%1' can't be written: %2."_s.arg(QDir::toNativeSeparators(path), why),
                            u"WriteLanguageFile"_s);
 }
 

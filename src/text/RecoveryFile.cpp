@@ -1,5 +1,6 @@
 #include "text/RecoveryFile.h"
 
+#include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
 
 #include <QCryptographicHash>
@@ -7,7 +8,6 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 
 namespace qb {
 
@@ -41,9 +41,7 @@ void RecoveryFile::Write(const UnsavedTexts& texts) const
         if (const std::optional<QString>& text = texts.*row.Text)
             object.insert(QLatin1StringView(row.Name), *text);
     }
-    QSaveFile file(m_path);
-    if (file.open(QIODevice::WriteOnly) && file.write(QJsonDocument(object).toJson(QJsonDocument::Compact)) >= 0)
-        file.commit();
+    ReplaceContents(m_path, QJsonDocument(object).toJson(QJsonDocument::Compact));
 }
 
 std::optional<UnsavedTexts> RecoveryFile::Read() const

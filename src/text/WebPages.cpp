@@ -1,10 +1,10 @@
 #include "text/WebPages.h"
 
+#include "platform/system/FileReplace.h"
 #include "platform/system/RuntimeError.h"
 
 #include <QDir>
 #include <QFile>
-#include <QSaveFile>
 
 namespace qb {
 
@@ -42,9 +42,8 @@ void CreateDefaultHTMLItems(const QString& folder)
     for (const QString* page : DefaultPages) {
         if (QFile::exists(folder + *page))
             continue;
-        QSaveFile file(folder + *page);
-        if (!file.open(QIODevice::WriteOnly) || file.write(BuiltInPage(*page).toUtf8()) < 0 || !file.commit())
-            fail(file.errorString());
+        if (const QString why = ReplaceContents(folder + *page, BuiltInPage(*page).toUtf8()); !why.isEmpty())
+            fail(why);
     }
 }
 

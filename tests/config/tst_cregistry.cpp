@@ -1,3 +1,4 @@
+#include "support/FileSizeLimit.h"
 #include "support/RegistryAccess.h"
 
 #include <QDir>
@@ -24,6 +25,16 @@ private Q_SLOTS:
         m_registry = std::make_unique<RegistryHome>();
     }
     void cleanup() { m_registry.reset(); }
+
+    void fullDisk_keepsTheStore()
+    {
+        Let(u"a"_s, u"v"_s, u"old"_s);
+        {
+            const FileSizeLimit full(1000); // enough for the lock
+            QB_VERIFY_RAISES(Let(u"a"_s, u"v"_s, QString(2000, u'n')), 75);
+        }
+        QCOMPARE(Text(u"a"_s, u"v"_s), u"old"_s);
+    }
 
     // Properties
 

@@ -1,6 +1,7 @@
 #include "platform/dao/DBEngine.h"
 #include "store/CDBCreate.h"
 #include "support/ErrorRoutine.h"
+#include "support/FileSizeLimit.h"
 #include "support/LibraryBuilder.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
@@ -106,6 +107,14 @@ private Q_SLOTS:
         WriteLanguageFile(path, {.Language = u"new"_s});
         QCOMPARE(ReadFile(path), bytes + "tail");
         QCOMPARE(ReadLanguageFile(path).Language, u"new"_s);
+    }
+
+    void fullDisk_keepsTheOldFile()
+    {
+        const QString path = LanguageFile("old");
+        const FileSizeLimit full(10);
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, WriteLanguageFile(path, {.Language = u"new"_s}));
+        QCOMPARE(ReadFile(path), "old");
     }
 
     void placeThatCantBeWritten_isAnError()

@@ -1,3 +1,4 @@
+#include "support/FileSizeLimit.h"
 #include "support/TestRun.h"
 #include "text/RecoveryFile.h"
 
@@ -29,6 +30,19 @@ private Q_SLOTS:
         QVERIFY(!texts->Usage);
         file.Remove();
         QVERIFY(!file.Read());
+    }
+
+    void fullDisk_keepsWhatWasWrittenLast()
+    {
+        const TemporaryHome home;
+        const RecoveryFile file(home.Path(u"lib.qbd"_s));
+        file.Write({.Item = 1, .LastChanged = {}, .Code = u"first"_s, .Notes = {}, .Usage = {}});
+        {
+            const FileSizeLimit full(10);
+            file.Write({.Item = 1, .LastChanged = {}, .Code = u"second"_s, .Notes = {}, .Usage = {}});
+        }
+        QVERIFY(file.Read());
+        QCOMPARE(file.Read()->Code, std::optional(u"first"_s));
     }
 
     void eachLibrary_hasItsOwn()

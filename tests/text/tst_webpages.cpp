@@ -1,4 +1,5 @@
 #include "platform/system/RuntimeError.h"
+#include "support/FileSizeLimit.h"
 #include "support/TestRun.h"
 #include "text/WebPages.h"
 
@@ -32,6 +33,15 @@ private Q_SLOTS:
     }
 
     void init() { FailOnWarnings(); }
+
+    void fullDisk_makesNoEmptyPage()
+    {
+        const TemporaryHome home;
+        const QString folder = home.Path(u"lib_HTML"_s) + u'/';
+        const FileSizeLimit full(10);
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, CreateDefaultHTMLItems(folder));
+        QVERIFY(!QFile::exists(folder + WelcomePage));
+    }
 
     void missingPages_areMade()
     {

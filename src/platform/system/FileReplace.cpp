@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSaveFile>
 
 #include <cerrno>
 #include <cstdio>
@@ -61,6 +62,14 @@ void MoveIntoPlace(const QString& from, const QString& to, bool replace)
     if (replace && std::rename(source.constData(), target.constData()) != 0)
         Fail(QStringLiteral("written"), to, errno);
     Sync(QFileInfo(to).absolutePath(), O_RDONLY | O_DIRECTORY); // a file system may not offer it
+}
+
+QString ReplaceContents(const QString& path, const QByteArray& bytes)
+{
+    QSaveFile file(path);
+    // The bytes are flushed before commit(), which does not notice that they could not be.
+    const bool done = file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush() && file.commit();
+    return done ? QString() : file.errorString();
 }
 
 QString InterimName(const QString& target)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 namespace qb {
@@ -10,6 +11,10 @@ void SyncFile(const QString& path);
 /// Renames @p from to @p to in one step, after flushing it; a file of that name is replaced
 /// when @p replace, refused with RuntimeError 75 otherwise. On failure both stay as they were.
 void MoveIntoPlace(const QString& from, const QString& to, bool replace);
+
+/// Makes @p bytes the contents of the file @p path, in one step. Returns why that could not be done,
+/// in the system's words; the file is as it was then. Empty on success.
+QString ReplaceContents(const QString& path, const QByteArray& bytes);
 
 /// A name beside @p target, for what will be moved there when it is complete; no other file or
 /// process has it.

@@ -1,36 +1,13 @@
 #include "platform/dao/TemporaryDatabase.h"
+#include "support/FileSizeLimit.h"
 
-#include <csignal>
 #include <future>
-#include <sys/resource.h>
 
 using namespace qb;
 using namespace qb::test;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// Makes writes beyond a size fail, as a full disk does, for as long as it lives.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(rlim_t bytes) : m_handlerBefore(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit limit{bytes, m_before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_before);
-        std::signal(SIGXFSZ, m_handlerBefore);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-private:
-    rlimit m_before{};
-    sighandler_t m_handlerBefore;
-};
 
 /// Fills `Items` with about @p kilobytes of texts.
 void Fill(Database& database, int kilobytes)
