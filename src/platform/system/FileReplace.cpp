@@ -44,6 +44,16 @@ void SyncFile(const QString& path)
         Fail(QStringLiteral("written"), path, error);
 }
 
+void SyncFileSystem(const QString& path)
+{
+    const int file = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    const int error = file < 0 || ::syncfs(file) != 0 ? errno : 0;
+    if (file >= 0)
+        ::close(file);
+    if (error != 0)
+        Fail(QStringLiteral("written"), path, error);
+}
+
 void MoveIntoPlace(const QString& from, const QString& to, bool replace)
 {
     SyncFile(from);

@@ -8,6 +8,9 @@ namespace qb {
 /// Flushes a file's contents to the disk. Raises RuntimeError 75 on failure.
 void SyncFile(const QString& path);
 
+/// Flushes everything that was written to the file system that @p path lies on.
+void SyncFileSystem(const QString& path);
+
 /// Renames @p from to @p to in one step, after flushing it; a file of that name is replaced
 /// when @p replace, refused with RuntimeError 75 otherwise. On failure both stay as they were.
 void MoveIntoPlace(const QString& from, const QString& to, bool replace);

@@ -59,6 +59,16 @@ QString TakeExtensionOff(const QString& name)
     return dot >= 0 && dot >= name.size() - 5 ? name.left(dot) : name;
 }
 
+QString NumberedName(const QString& name, const std::function<bool(const QString&)>& isTaken)
+{
+    const qsizetype file = name.lastIndexOf(u'/') + 1;
+    const qsizetype base = file + TakeExtensionOff(name.mid(file)).size();
+    QString numbered = name;
+    for (int number = 1; isTaken(numbered); ++number)
+        numbered = QStringLiteral("%1(%2)%3").arg(name.left(base), QString::number(number), name.mid(base));
+    return numbered;
+}
+
 QString ApplicationFolder()
 {
     const QString redirected = qEnvironmentVariable("QUILLBASE_DATA_HOME");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 
 namespace qb {
 
@@ -21,6 +22,10 @@ QString fnExtractPathOrFileName(const QString& path, PathPart part);
 /// @p name without its extension. A "." counts as the start of an extension only within the
 /// last five characters, so that "Version 1.2 notes" stays whole.
 QString TakeExtensionOff(const QString& name);
+
+/// @p name, or with the first number in brackets before its extension under which it is not taken:
+/// "a.txt", "a(1).txt", "a(2).txt". Folders in it, separated by "/", stay as they are.
+QString NumberedName(const QString& name, const std::function<bool(const QString& name)>& isTaken);
 
 /// The folder of the program's own files, ending in a separator: the folder of the executable
 /// when it is run from its own folder, the user's data folder when it is installed. The

@@ -1,0 +1,122 @@
+#pragma once
+
+#include "platform/archive/ArchiveEntry.h"
+
+#include <QObject>
+#include <QStringList>
+#include <functional>
+
+namespace qb {
+
+class BrindletonZip;
+
+/// Asks the user what of an archive to extract, and where to.
+class UnzipDialog {
+public:
+    virtual ~UnzipDialog() = default;
+
+    /// Runs until the user has extracted (true) or cancelled (false). The engine's UnzipFileName is the
+    /// archive, @p folder what is proposed.
+    virtual bool Run(BrindletonZip& engine, const QString& folder, const QString& title) = 0;
+};
+
+/// The zip engine: packs files into an archive and extracts them. Archives of any size and number of
+/// entries, names in UTF-8. What is written appears under its name when it is complete, or not at all.
+///
+/// Its lines of progress:
+///   "  adding: <name> "             a file is being packed
+///   " (deflated <n>%)" CR LF        how much smaller all became; "(stored 0%)" without compression
+///   " (in=<bytes>) (out=<bytes>) (deflated <n>%)"    the archive is complete
+///   "  inflating: <path>       "    a file is being extracted, seven blanks behind its path;
+///   " extracting: <path>       "    the same for one that was stored
+/// where a path has "\" between its parts and begins with ".\".
+class BrindletonZip : public QObject {
+    Q_OBJECT
+
+public:
+    using QObject::QObject;
+
+    // Packing
+
+    /// The archive to make, or made last.
+    QString ZipFileName() const { return m_zipFileName; }
+    void SetZipFileName(const QString& path) { m_zipFileName = path; }
+    /// The folder that names in the archive are relative to; a file from elsewhere keeps its bare name.
+    void SetBaseDirectory(const QString& folder) { m_baseDirectory = folder; }
+    void ClearFileList() { m_files.clear(); }
+    void AddFile(const QString& path) { m_files << path; }
+    /// Stores files without compressing them.
+    void SetZipOptionA(bool storeOnly) { m_storeOnly = storeOnly; }
+    /// Leaves folders out of the names.
+    void SetZipOptionB(bool bareNames) { m_bareNames = bareNames; }
+    /// Makes the archive of the files added, over one that is there. False when it was cancelled; raises
+    /// RuntimeError 75 when a file can't be read or the archive can't be written. What was there is
+    /// untouched in both cases.
+    bool Zip();
+
+    // Extracting
+
+    /// The archive to extract from.
+    QString UnzipFileName() const { return m_unzipFileName; }
+    void SetUnzipFileName(const QString& path) { m_unzipFileName = path; }
+    /// Leaves files that are there as they are.
+    void SetZipOptionC(bool keepExisting) { m_keepExisting = keepExisting; }
+    QString ExtractDirectory() const { return m_extractDirectory; }
+    void SetExtractDirectory(const QString& folder) { m_extractDirectory = folder; }
+    /// The folder that was extracted to last; empty before.
+    QString UnzippedPath() const { return m_unzippedPath; }
+    /// The number of files in the archive that is being extracted.
+    int FileCount() const { return m_fileCount; }
+    /// Asks by @p dialog, with @p folder proposed (the ExtractDirectory when it is empty). False when
+    /// nothing was extracted.
+    bool Unzip(UnzipDialog& dialog, const QString& folder, const QString& title);
+    /// Extracts a whole archive below a folder. False when it was cancelled. Raises RuntimeError 75, with
+    /// the folder as it was, for an archive that can't be read, that has an entry which would lead out
+    /// of the folder or can't be extracted, or that unpacks to more than MostBytes.
+    bool ExtractTo(const QString& archive, const QString& folder);
+    /// The same for the entries of these indexes only.
+    bool ExtractEntries(const QString& archive, const QString& folder, const QList<quint64>& indexes);
+    /// The name of the first file of an archive, with the folder that it has there; empty when there is
+    /// none. Raises RuntimeError 75 for an archive that can't be read.
+    QString FirstFileName(const QString& archive);
+    /// What an archive holds.
+    std::vector<ArchiveEntry> Entries(const QString& archive);
+
+    /// The most that an archive of that size may unpack to, in bytes: two hundred times its size, and a
+    /// gigabyte in any case.
+    static qint64 MostBytes(qint64 archiveSize);
+
+    /// Name and version of the engine.
+    QString VersionInfo() const;
+
+    /// Told the bytes done and of all, several times a second; false ends the work.
+    std::function<bool(qint64 done, qint64 total)> Advance;
+
+Q_SIGNALS:
+    /// One line of the engine's output; @p fileNo counts files from 1.
+    void Progress(int fileNo, const QString& text);
+
+private:
+    struct Packed {
+        QString Path;
+        QString Name;
+        qint64 Size;
+    };
+    std::vector<Packed> FilesToPack() const;
+    bool Pack(const std::vector<Packed>& files, const QString& target);
+    void TellResult(const QString& archive, qint64 size, int count);
+    bool Extract(const QString& archive, const QString& folder, const QList<quint64>* indexes);
+
+    QString m_zipFileName;
+    QString m_baseDirectory;
+    QStringList m_files;
+    bool m_storeOnly = false;
+    bool m_bareNames = false;
+    bool m_keepExisting = false;
+    QString m_unzipFileName;
+    QString m_extractDirectory;
+    QString m_unzippedPath;
+    int m_fileCount = 0;
+};
+
+} // namespace qb

@@ -1,0 +1,182 @@
+#include "platform/archive/CBFileSplitter.h"
+
+#include "platform/archive/Pace.h"
+#include "platform/system/FileReplace.h"
+#include "platform/system/Paths.h"
+#include "platform/system/RuntimeError.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QScopeGuard>
+#include <QStringList>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qint64 ChunkSize = 1024 * 1024;
+
+[[noreturn]] void Fail(const QString& path, const QString& why)
+{
+    throw RuntimeError(ErrorNumber::PathAccess, u"'%1': %2. Nothing was changed."_s.arg(QDir::toNativeSeparators(path), why), u"CBFileSplitter"_s);
+}
+
+QString VolumeName(const QString& file, int number)
+{
+    return u"%1.%2"_s.arg(file).arg(number, 3, 10, QLatin1Char('0'));
+}
+
+/// The name of the whole file, of a volume's; empty when it is none.
+QString WholeName(const QString& volume)
+{
+    static const QRegularExpression name(u"^(.*[^/\\\\])\\.(\\d{3})$"_s, QRegularExpression::DotMatchesEverythingOption);
+    const QRegularExpressionMatch match = name.match(volume);
+    return match.hasMatch() && match.captured(2) != u"000"_s ? match.captured(1) : QString();
+}
+
+/// The sizes of the volumes of @p whole, in order. Raises an error when one is missing before the last,
+/// or they are not pieces of one size with a smaller last.
+std::vector<qint64> VolumeSizes(const QString& whole)
+{
+    std::vector<qint64> sizes;
+    int missing = 0;
+    for (int number = 1; number <= CBFileSplitter::MostVolumes; ++number) {
+        const QFileInfo volume(VolumeName(whole, number));
+        if (!volume.isFile()) {
+            missing = missing ? missing : number;
+            continue;
+        }
+        if (missing)
+            Fail(VolumeName(whole, missing), u"this volume is missing; the volumes can't be joined without it"_s);
+        sizes.push_back(volume.size());
+    }
+    for (size_t i = 1; i < sizes.size(); ++i) {
+        const bool isLast = i + 1 == sizes.size();
+        if (isLast ? sizes[i] > sizes[0] : sizes[i] != sizes[0])
+            Fail(VolumeName(whole, int(i) + 1), u"this volume has another size than the first; it is incomplete or belongs to another file"_s);
+    }
+    return sizes;
+}
+
+} // namespace
+
+/// Copying in chunks, of which it tells.
+class CBFileSplitter::Work {
+public:
+    Work(CBFileSplitter& owner, qint64 total) : m_owner(owner), m_pace(owner.Advance, total), m_total(total), m_buffer(ChunkSize, Qt::Uninitialized)
+    {
+        Q_EMIT m_owner.TotalChunks(Chunks(total));
+    }
+
+    /// Copies @p length bytes from where @p source stands. False when the work is to end.
+    bool Copy(QFile& source, QFile& target, qint64 length)
+    {
+        while (length > 0) {
+            const qint64 untilChunk = ChunkSize - m_done % ChunkSize;
+            const qint64 piece = source.read(m_buffer.data(), qMin(length, untilChunk));
+            if (piece <= 0)
+                Fail(source.fileName(), piece < 0 ? source.errorString() : u"it ends early"_s);
+            if (target.write(m_buffer.constData(), piece) != piece)
+                Fail(target.fileName(), target.errorString());
+            length -= piece;
+            m_done += piece;
+            if (m_done % ChunkSize == 0 || m_done == m_total)
+                Q_EMIT m_owner.Progress(Chunks(m_done));
+            if (!m_pace.Tell(m_done))
+                return false;
+        }
+        return true;
+    }
+
+private:
+    static int Chunks(qint64 bytes) { return int((bytes + ChunkSize - 1) / ChunkSize); }
+
+    CBFileSplitter& m_owner;
+    Pace m_pace;
+    qint64 m_total;
+    qint64 m_done = 0;
+    QByteArray m_buffer;
+};
+
+QString CBFileSplitter::Split(const QString& file, qint64 size)
+{
+    if (size == 0)
+        return file;
+    if (size < 0)
+        throw RuntimeError(ErrorNumber::InvalidCall, u"A volume can't have %1 bytes. Nothing was changed."_s.arg(size), u"CBFileSplitter"_s);
+    QFile source(file);
+    if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        Fail(file, source.errorString());
+    const qint64 total = source.size();
+    const qint64 count = qMax<qint64>(1, (total + size - 1) / size);
+    if (count > MostVolumes)
+        Fail(file, u"volumes of %1 bytes would be %2; %3 are the most"_s.arg(size).arg(count).arg(MostVolumes));
+    QStringList made; // under their interim names
+    const auto clear = qScopeGuard([&made] {
+        for (const QString& path : std::as_const(made))
+            QFile::remove(path);
+    });
+    Work work(*this, total);
+    for (int number = 1; number <= count; ++number) {
+        const qint64 length = qMin(size, total - (number - 1) * size);
+        made << InterimName(VolumeName(file, number));
+        QFile volume(made.last());
+        Q_EMIT NextVolume(number, length, true);
+        if (!volume.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+            Fail(VolumeName(file, number), volume.errorString());
+        if (!work.Copy(source, volume, length))
+            return {};
+    }
+    for (int number = 1; number <= count; ++number)
+        MoveIntoPlace(made.takeFirst(), VolumeName(file, number), true);
+    for (int number = int(count) + 1; number <= MostVolumes; ++number)
+        QFile::remove(VolumeName(file, number));
+    QFile::remove(file);
+    return VolumeName(file, 1);
+}
+
+QString CBFileSplitter::Merge(const QString& file)
+{
+    if (!IsVolume(file))
+        return {};
+    const QString whole = WholeName(file);
+    const std::vector<qint64> sizes = VolumeSizes(whole);
+    qint64 total = 0;
+    for (const qint64 size : sizes)
+        total += size;
+    const QString target = NumberedName(whole, [](const QString& path) { return QFileInfo::exists(path); });
+    const QString interim = InterimName(target);
+    auto clear = qScopeGuard([&interim] { QFile::remove(interim); });
+    QFile joined(interim);
+    if (!joined.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+        Fail(target, joined.errorString());
+    Work work(*this, total);
+    for (size_t i = 0; i < sizes.size(); ++i) {
+        QFile volume(VolumeName(whole, int(i) + 1));
+        Q_EMIT NextVolume(int(i) + 1, sizes[i], false);
+        if (!volume.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+            Fail(volume.fileName(), volume.errorString());
+        if (!work.Copy(volume, joined, sizes[i]))
+            return {};
+    }
+    joined.close();
+    MoveIntoPlace(interim, target, false);
+    clear.dismiss();
+    return target;
+}
+
+bool CBFileSplitter::IsVolume(const QString& file)
+{
+    return !WholeName(file).isEmpty() && QFileInfo(file).isFile();
+}
+
+QString CBFileSplitter::VersionInfo() const
+{
+    return u"CBFileSplitter 1"_s;
+}
+
+} // namespace qb

@@ -1,0 +1,182 @@
+#include "platform/system/StagedFiles.h"
+
+#include "platform/system/FileReplace.h"
+#include "platform/system/Paths.h"
+#include "platform/system/RuntimeError.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QUuid>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString StagePrefix = u".unpacking-"_s;
+
+[[noreturn]] void Fail(const QString& path, const QString& why)
+{
+    throw RuntimeError(ErrorNumber::PathAccess,
+                       u"'%1' can't be written: %2. Nothing was changed."_s.arg(QDir::toNativeSeparators(path), why), u"StagedFiles"_s);
+}
+
+QString SystemReason()
+{
+    return QString::fromLocal8Bit(std::strerror(errno));
+}
+
+/// Opens and locks a folder; -1 when somebody else holds it, or it has gone.
+int LockFolder(const QString& path)
+{
+    const int folder = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder >= 0 && ::flock(folder, LOCK_EX | LOCK_NB) == 0 && QFileInfo::exists(path))
+        return folder;
+    if (folder >= 0)
+        ::close(folder);
+    return -1;
+}
+
+} // namespace
+
+StagedFiles::StagedFiles(const QString& folder) : m_folder(QDir::cleanPath(QFileInfo(folder).absoluteFilePath()) + u'/')
+{
+    QStringList missing;
+    for (QString path = QDir::cleanPath(m_folder); !QFileInfo::exists(path) && !path.isEmpty(); path = QFileInfo(path).path())
+        missing.prepend(path);
+    for (const QString& path : std::as_const(missing)) {
+        if (!QDir().mkdir(path)) {
+            const QString why = SystemReason();
+            RemoveMade();
+            Fail(path, why);
+        }
+        m_made << path;
+    }
+    RemoveDeadStages();
+    MakeStage();
+}
+
+void StagedFiles::MakeStage()
+{
+    do {
+        m_stage = m_folder + StagePrefix + QUuid::createUuid().toString(QUuid::Id128) + u'/';
+        if (!QDir().mkdir(m_stage)) {
+            const QString why = SystemReason();
+            RemoveMade();
+            Fail(m_folder, why);
+        }
+        m_lock = LockFolder(m_stage); // another process may have taken it for a dead one
+    } while (m_lock < 0 && !QFileInfo::exists(m_stage));
+}
+
+void StagedFiles::RemoveDeadStages() const
+{
+    for (const QString& name : QDir(m_folder).entryList({StagePrefix + u'*'}, QDir::Dirs | QDir::Hidden)) {
+        const int lock = LockFolder(m_folder + name);
+        if (lock < 0)
+            continue;
+        DeleteFolder(m_folder + name);
+        ::close(lock);
+    }
+}
+
+StagedFiles::~StagedFiles()
+{
+    if (!m_complete)
+        TakeBack();
+    DeleteFolder(QDir::cleanPath(m_stage));
+    if (m_lock >= 0)
+        ::close(m_lock);
+    if (!m_complete)
+        RemoveMade();
+}
+
+QString StagedFiles::PathFor(const QString& name)
+{
+    m_files << name;
+    const QString path = m_stage + u"new/"_s + name;
+    if (!QDir().mkpath(QFileInfo(path).path()))
+        Fail(m_folder + name, SystemReason());
+    return path;
+}
+
+void StagedFiles::PutInPlace(bool keepExisting)
+{
+    if (!m_files.isEmpty())
+        SyncFileSystem(m_stage);
+    for (const QString& name : std::as_const(m_folders))
+        MakeFolders(name);
+    for (const QString& name : std::as_const(m_files)) {
+        if (const qsizetype slash = name.lastIndexOf(u'/'); slash > 0)
+            MakeFolders(name.left(slash));
+        Move(name, keepExisting);
+    }
+    m_complete = true;
+}
+
+/// Makes the folders of a relative name, none of which may be a link: it would lead elsewhere.
+void StagedFiles::MakeFolders(const QString& name)
+{
+    QString path = m_folder;
+    for (const QString& part : name.split(u'/')) {
+        path += part;
+        const QFileInfo info(path);
+        if (info.isSymLink())
+            Fail(path, u"a link stands there, which may lead elsewhere"_s);
+        if (info.exists() && !info.isDir())
+            Fail(path, u"a file stands there"_s);
+        if (!info.exists()) {
+            if (!QDir().mkdir(path))
+                Fail(path, SystemReason());
+            m_made << path;
+        }
+        path += u'/';
+    }
+}
+
+void StagedFiles::Move(const QString& name, bool keepExisting)
+{
+    Moved moved{m_folder + name, {}};
+    const QFileInfo there(moved.Target);
+    const bool occupied = there.exists() || there.isSymLink();
+    if (occupied && keepExisting)
+        return;
+    if (there.isDir() && !there.isSymLink())
+        Fail(moved.Target, u"a folder stands there"_s);
+    const auto rename = [&](const QString& from, const QString& to) {
+        if (std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) != 0)
+            Fail(moved.Target, SystemReason());
+    };
+    if (occupied) {
+        const QString saved = m_stage + u"old-%1"_s.arg(m_moved.size());
+        rename(moved.Target, saved);
+        moved.Saved = saved;
+    }
+    m_moved.push_back(moved); // before its own move, so that the old one is put back if that fails
+    rename(m_stage + u"new/"_s + name, moved.Target);
+}
+
+void StagedFiles::TakeBack()
+{
+    for (auto moved = m_moved.rbegin(); moved != m_moved.rend(); ++moved) {
+        QFile::remove(moved->Target);
+        if (!moved->Saved.isEmpty())
+            QFile::rename(moved->Saved, moved->Target);
+    }
+}
+
+void StagedFiles::RemoveMade()
+{
+    for (auto path = m_made.rbegin(); path != m_made.rend(); ++path)
+        QDir().rmdir(*path); // unless somebody has put something there
+}
+
+} // namespace qb

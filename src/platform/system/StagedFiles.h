@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <vector>
+
+namespace qb {
+
+/// Files that are made aside and then put below a folder together, all of them or none: what a failure,
+/// or the end of this object before PutInPlace(), leaves is the folder as it was. They are made in a
+/// hidden folder inside; one that a dead process left is removed by the next to work there.
+class StagedFiles {
+public:
+    /// Makes @p folder where it is missing. Raises RuntimeError 75 when nothing can be written there.
+    explicit StagedFiles(const QString& folder);
+    ~StagedFiles();
+    StagedFiles(const StagedFiles&) = delete;
+    StagedFiles& operator=(const StagedFiles&) = delete;
+
+    /// Where to write the file that is to have the relative @p name, with "/" between its parts.
+    QString PathFor(const QString& name);
+    /// A folder to be there, with or without files.
+    void AddFolder(const QString& name) { m_folders << name; }
+    /// Puts all of them in place, over files that are there, or leaving these with @p keepExisting.
+    /// Raises RuntimeError 75 when one can't be, or when its way leads through a link.
+    void PutInPlace(bool keepExisting);
+
+private:
+    struct Moved {
+        QString Target;
+        QString Saved; ///< where the file that was there is; empty when there was none
+    };
+    void MakeStage();
+    void RemoveDeadStages() const;
+    void MakeFolders(const QString& name);
+    void Move(const QString& name, bool keepExisting);
+    void TakeBack();
+    void RemoveMade();
+
+    QString m_folder; ///< ends in a separator
+    QString m_stage;  ///< the same
+    int m_lock = -1;
+    QStringList m_files;
+    QStringList m_folders;
+    std::vector<Moved> m_moved;
+    QStringList m_made; ///< folders that were not there
+    bool m_complete = false;
+};
+
+} // namespace qb
