@@ -4,6 +4,7 @@
 #include "cli/CommandTable.h"
 #include "cli/Library.h"
 #include "cli/Output.h"
+#include "maintenance/FileImport.h"
 #include "store/CFileObject.h"
 #include "store/StoredFiles.h"
 #include "support/DateFormatCustom.h"
@@ -31,26 +32,46 @@ QString MomentText(Date moment)
     return moment.IsNone() ? QString() : DateFormatCustom(moment, u"yyyy-mm-dd hh:nn:ss"_s);
 }
 
+/// Takes "--zip each" or "--zip all NAME" out of the words of a command.
+void TakeZipOption(QStringList& words, FileImportOptions& options)
+{
+    const qsizetype at = words.indexOf(u"--zip"_s);
+    if (at < 0)
+        return;
+    const QString way = words.value(at + 1);
+    if (way != u"each"_s && way != u"all"_s)
+        throw UsageError{u"'--zip' wants 'each' or 'all NAME'."_s};
+    options.Option = way == u"each"_s ? ImportOption::ZipEach : ImportOption::ZipAll;
+    if (options.Option == ImportOption::ZipAll) {
+        options.ZipName = words.value(at + 2);
+        if (options.ZipName.isEmpty())
+            throw UsageError{u"'--zip all' wants the name of the archive."_s};
+        words.removeAt(at + 2);
+    }
+    words.remove(at, 2);
+}
+
 } // namespace
 
 int Attach(const QStringList& words)
 {
-    const Arguments arguments(words, {{"description", "text"}}, 3, Arguments::OrMore);
+    QStringList rest = words;
+    FileImportOptions options;
+    TakeZipOption(rest, options);
+    const Arguments arguments(rest, {{"description", "text"}}, 3, Arguments::OrMore);
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
     const qint64 item = arguments.Id(1);
     if (database->QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {item}).IsNull())
         throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no item %1; nothing was changed."_s.arg(item), u"attach"_s);
-    for (int i = 2; i < arguments.Count(); ++i) {
-        CFileObject file;
-        file.Initialise(*database, {});
-        file.SetCodeID(QString::number(item));
-        file.SetStoredFile(QFileInfo(arguments.Positional(i)).absoluteFilePath());
-        file.SetDescription(arguments.Value(u"description"_s));
-        if (!file.Commit())
-            return 1; // those before it are stored; what was wrong has been reported
-        Print(file.Key() + u'\n');
-    }
-    return 0;
+    options.Description = arguments.Value(u"description"_s);
+    QStringList files;
+    for (int i = 2; i < arguments.Count(); ++i)
+        files << arguments.Positional(i);
+    const FileImportPlan plan = options.Option == ImportOption::AsTheyAre ? FileImportPlan{files, {}} : PlanFileImport(files);
+    const FileImportResult result = ImportStoredFiles(*database, QString::number(item), plan, options);
+    for (const QString& key : result.Keys)
+        Print(key + u'\n');
+    return result.Complete ? 0 : 1; // what was wrong has been reported
 }
 
 int Files(const QStringList& words)

@@ -29,7 +29,7 @@ constexpr CommandEntry Table[] = {
     {"link", "LIB A B [--two-way] [--note TEXT]", "lead from item A to item B, or both ways; with --note also of a link that is there", Link},
     {"links", "LIB ID", "the links that lead from an item", Links},
     {"unlink", "LIB A B [--side left|right|both]", "remove the link from A to B, or one side of it", Unlink},
-    {"attach", "LIB ID FILE... [--description TEXT]", "store files with an item; prints their IDs", Attach},
+    {"attach", "LIB ID FILE... [--zip each|all NAME] [--description TEXT]", "store files with an item; prints their IDs", Attach},
     {"files", "LIB ID", "the files stored with an item", Files},
     {"extract", "LIB FILEID TARGET", "copy a stored file to a file or into a folder", Extract},
     {"detach", "LIB FILEID", "delete a stored file", Detach},

@@ -14,7 +14,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QScopeGuard>
 #include <limits>
 #include <optional>
 
@@ -256,22 +255,11 @@ bool CFileObject::DeleteObject()
 {
     return Guarded(ModuleName, u"DeleteObject"_s, [this] {
         const qint64 id = m_key.toLongLong();
-        const PendingWork work;
-        const QString leaving = work.LeavingName(id);
-        QString place;
-        bool committed = false;
-        const auto putBack = qScopeGuard([&] {
-            if (committed)
-                QFile::remove(leaving);
-            else if (!place.isEmpty())
-                QFile::rename(leaving, place);
-        });
+        LeavingFiles leaving;
         Transaction transaction(*m_database);
-        place = DeleteStoredFileRow(*m_database, id);
-        if (!place.isEmpty() && QFile::exists(place))
-            MoveIntoPlace(place, leaving, true);
+        leaving.Take(id, DeleteStoredFileRow(*m_database, id));
         transaction.Commit();
-        committed = true;
+        leaving.Discard();
         m_state = RecordState::Deleted;
     });
 }

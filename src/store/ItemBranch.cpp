@@ -2,6 +2,7 @@
 
 #include "platform/system/Paths.h"
 #include "store/CCodeItem.h"
+#include "store/PendingFiles.h"
 #include "store/SessionValues.h"
 #include "store/StoredFiles.h"
 
@@ -61,13 +62,13 @@ bool IsInBranch(Database& database, qint64 id, qint64 candidate)
 void DeleteBranch(Database& database, qint64 id, const std::function<void(int)>& progress)
 {
     RequireItem(database, id);
-    QStringList files;
+    LeavingFiles leaving;
     int done = 0;
     Transaction transaction(database);
     const std::vector<qint64> branch = BranchOf(database, id);
     for (const qint64 item : branch) {
         for (const qint64 file : StoredFilesOf(database, item))
-            files << DeleteStoredFileRow(database, file);
+            leaving.Take(file, DeleteStoredFileRow(database, file));
         CCodeItem row;
         row.Initialise(database, QString::number(item));
         try {
@@ -80,10 +81,7 @@ void DeleteBranch(Database& database, qint64 id, const std::function<void(int)>&
             progress(++done);
     }
     transaction.Commit();
-    for (const QString& file : std::as_const(files)) {
-        if (!file.isEmpty())
-            QFile::remove(file);
-    }
+    leaving.Discard();
     for (const qint64 item : branch) {
         const QString page = Session().CurrentHTMLFolder + QString::number(item);
         if (QFile::remove(page + u".htm"_s))

@@ -1,6 +1,7 @@
 #include "store/PendingFiles.h"
 
 #include "platform/system/FileReplace.h"
+#include "platform/system/Paths.h"
 #include "platform/system/RuntimeError.h"
 #include "store/SessionValues.h"
 #include "store/StoredFiles.h"
@@ -41,6 +42,23 @@ bool IsUnderWay(const QDir& folder, const QString& mark)
     return held;
 }
 
+/// Finishes or takes back what a work that is over left under the name @p path.
+void FinishPendingFile(Database& database, const QString& path, const QString& kind, qint64 id)
+{
+    if (!QFile::exists(path))
+        return; // it has got to its place since
+    if (kind == u"packing"_s) {
+        DeleteFolder(path);
+        return;
+    }
+    const Value title = kind == u"adding"_s ? Value() : database.QueryValue(u"SELECT Title FROM Files WHERE ID = ?"_s, {id});
+    const QString place = title.IsNull() ? QString() : StoredFilePath(id, title.ToText());
+    if (place.isEmpty())
+        QFile::remove(path);
+    else
+        MoveIntoPlace(path, place, true);
+}
+
 } // namespace
 
 PendingWork::PendingWork()
@@ -62,8 +80,19 @@ PendingWork::PendingWork()
 
 PendingWork::~PendingWork()
 {
+    DeleteFolder(NameOf(u"packing"_s, 0));
     QFile::remove(m_folder + LockName(m_mark));
     ::close(m_lock);
+}
+
+QString PendingWork::PackingFolder()
+{
+    const QString folder = NameOf(u"packing"_s, 0);
+    if (!QDir().mkpath(folder))
+        throw RuntimeError(ErrorNumber::PathAccess,
+                           u"The folder of stored files '%1' can't be written; nothing was changed."_s.arg(QDir::toNativeSeparators(m_folder)),
+                           u"PendingWork"_s);
+    return folder + u'/';
 }
 
 QString PendingWork::NameOf(const QString& kind, qint64 id) const
@@ -71,28 +100,46 @@ QString PendingWork::NameOf(const QString& kind, qint64 id) const
     return u"%1.%2-%3-%4"_s.arg(m_folder, kind, m_mark).arg(id);
 }
 
+LeavingFiles::~LeavingFiles()
+{
+    for (const Moved& file : m_moved)
+        QFile::rename(file.Leaving, file.Place);
+}
+
+void LeavingFiles::Take(qint64 id, const QString& place)
+{
+    if (place.isEmpty() || !QFile::exists(place))
+        return;
+    if (!m_work)
+        m_work.emplace();
+    const QString leaving = m_work->LeavingName(id);
+    if (!QFile::rename(place, leaving))
+        throw RuntimeError(ErrorNumber::PathAccess, u"The stored file '%1' can't be deleted; nothing was changed."_s.arg(QDir::toNativeSeparators(place)),
+                           u"LeavingFiles"_s);
+    m_moved.push_back({place, leaving});
+}
+
+void LeavingFiles::Discard()
+{
+    for (const Moved& file : m_moved)
+        QFile::remove(file.Leaving);
+    m_moved.clear();
+}
+
 void FinishPendingFiles(Database& database)
 {
-    static const QRegularExpression pending(u"^\\.(?:(adding|arriving|leaving)-([0-9a-f]{32})-(\\d+)|working-([0-9a-f]{32}))$"_s);
+    static const QRegularExpression pending(u"^\\.(?:(adding|arriving|leaving|packing)-([0-9a-f]{32})-(\\d+)|working-([0-9a-f]{32}))$"_s);
     const QDir folder(Session().CurrentFilesFolder);
     QHash<QString, bool> underWay; // by mark
-    for (const QString& name : folder.entryList({u".*"_s}, QDir::Files | QDir::Hidden)) {
+    for (const QString& name : folder.entryList({u".*"_s}, QDir::Files | QDir::Dirs | QDir::Hidden)) {
         const QRegularExpressionMatch match = pending.match(name);
         if (!match.hasMatch())
             continue;
         const QString mark = match.captured(2) + match.captured(4);
         if (!underWay.contains(mark))
             underWay.insert(mark, IsUnderWay(folder, mark));
-        const bool isHere = QFile::exists(folder.filePath(name)); // it may have got to its place since
-        if (underWay[mark] || match.captured(1).isEmpty() || !isHere)
-            continue;
-        const qint64 id = match.captured(3).toLongLong();
-        const Value title = match.captured(1) == u"adding"_s ? Value() : database.QueryValue(u"SELECT Title FROM Files WHERE ID = ?"_s, {id});
-        const QString place = title.IsNull() ? QString() : StoredFilePath(id, title.ToText());
-        if (place.isEmpty())
-            QFile::remove(folder.filePath(name));
-        else
-            MoveIntoPlace(folder.filePath(name), place, true);
+        if (!underWay[mark] && !match.captured(1).isEmpty())
+            FinishPendingFile(database, folder.filePath(name), match.captured(1), match.captured(3).toLongLong());
     }
 }
 

@@ -3,6 +3,8 @@
 #include "platform/dao/Database.h"
 
 #include <QString>
+#include <optional>
+#include <vector>
 
 namespace qb {
 
@@ -24,6 +26,8 @@ public:
     QString ArrivingName(qint64 id) const { return NameOf(QStringLiteral("arriving"), id); }
     /// For the file of a row that is being deleted.
     QString LeavingName(qint64 id) const { return NameOf(QStringLiteral("leaving"), id); }
+    /// A folder for files that are made to be taken in; it goes with the work. Ends in a separator.
+    QString PackingFolder();
 
 private:
     QString NameOf(const QString& kind, qint64 id) const;
@@ -31,6 +35,30 @@ private:
     QString m_folder;
     QString m_mark;
     int m_lock = -1;
+};
+
+/// Files of rows that are being deleted: they leave their places, and are gone once the deletion is
+/// committed. Otherwise they come back.
+class LeavingFiles {
+public:
+    LeavingFiles() = default;
+    ~LeavingFiles();
+    LeavingFiles(const LeavingFiles&) = delete;
+    LeavingFiles& operator=(const LeavingFiles&) = delete;
+
+    /// Takes a row's file from its place; nothing when there is none. Raises RuntimeError 75 when it
+    /// can't be moved.
+    void Take(qint64 id, const QString& place);
+    /// The rows' deletion is committed.
+    void Discard();
+
+private:
+    struct Moved {
+        QString Place;
+        QString Leaving;
+    };
+    std::optional<PendingWork> m_work; ///< once there is a file
+    std::vector<Moved> m_moved;
 };
 
 /// After a process ended in the middle of its work: gives each row that was committed its file, and

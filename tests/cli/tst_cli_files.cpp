@@ -1,3 +1,4 @@
+#include "platform/archive/BrindletonZip.h"
 #include "platform/dao/DBEngine.h"
 #include "store/SessionValues.h"
 #include "store/StoredFiles.h"
@@ -8,6 +9,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QTest>
+#include <random>
 
 using namespace qb;
 using namespace qb::test;
@@ -59,6 +61,10 @@ private Q_SLOTS:
         QTest::newRow("no file") << QStringList{u"attach"_s, u"1"_s, u"IN/none"_s} << 1 << u"can't be read"_s;
         QTest::newRow("folder") << QStringList{u"attach"_s, u"1"_s, u"IN"_s} << 1 << u"can't be read"_s;
         QTest::newRow("nothing") << QStringList{u"attach"_s, u"1"_s} << 2 << u"An argument is missing"_s;
+        QTest::newRow("zip how") << QStringList{u"attach"_s, u"1"_s, u"IN/a.txt"_s, u"--zip"_s} << 2 << u"'--zip' wants 'each' or 'all NAME'"_s;
+        QTest::newRow("zip what") << QStringList{u"attach"_s, u"1"_s, u"IN/a.txt"_s, u"--zip"_s, u"all"_s} << 2 << u"wants the name of the archive"_s;
+        QTest::newRow("zip elsewhere") << QStringList{u"attach"_s, u"1"_s, u"IN/a.txt"_s, u"--zip"_s, u"all"_s, u"../x"_s} << 1 << u"'../x' is no name for an archive"_s;
+        QTest::newRow("zip nothing") << QStringList{u"attach"_s, u"1"_s, u"IN/none"_s, u"--zip"_s, u"each"_s} << 1 << u"there is no file"_s;
         QTest::newRow("extract") << QStringList{u"extract"_s, u"9"_s, u"IN/x"_s} << 1 << u"There is no stored file 9"_s;
         QTest::newRow("detach") << QStringList{u"detach"_s, u"9"_s} << 1 << u"There is no stored file 9"_s;
     }
@@ -97,49 +103,111 @@ private Q_SLOTS:
         QCOMPARE(QDir(m_home->Path(u"in"_s)).entryList(QDir::Files | QDir::Hidden).size(), 3);
     }
 
+    void files_areCompressed()
+    {
+        WriteFile(In(u"b.txt"_s), QByteArray("line\n").repeated(5000));
+        QCOMPARE(Cli({u"attach"_s, m_library, u"1"_s, In(u"a.txt"_s), In(u"b.txt"_s), u"--zip"_s, u"each"_s}).Out, u"1\n2\n"_s);
+        QCOMPARE(Cli({u"attach"_s, m_library, u"1"_s, u"--zip"_s, u"all"_s, u"both"_s, In(u"a.txt"_s), In(u"b.txt"_s)}).Out, u"3\n"_s);
+        QCOMPARE(Names(), (QStringList{u"1 - a.zip"_s, u"2 - b.zip"_s, u"3 - both.zip"_s}));
+        QCOMPARE(Cli({u"extract"_s, m_library, u"3"_s, m_home->Path(u"out.zip"_s)}).Status, 0);
+        BrindletonZip zip;
+        QVERIFY(zip.ExtractTo(m_home->Path(u"out.zip"_s), m_home->Path(u"out"_s)));
+        QCOMPARE(ReadFile(m_home->Path(u"out/b.txt"_s)), QByteArray("line\n").repeated(5000));
+        QCOMPARE(QDir(m_home->Path(u"in"_s)).entryList(QDir::Files | QDir::Hidden).size(), 3); // nothing is made there
+    }
+
+    void file_isTakenAsItIsUnlessCompressed()
+    {
+        WriteFile(In(u"a.zip"_s), "an archive");
+        QCOMPARE(Cli({u"attach"_s, m_library, u"1"_s, In(u"a.txt"_s)}).Status, 0);
+        QCOMPARE(Cli({u"attach"_s, m_library, u"1"_s, In(u"a.txt"_s), u"--zip"_s, u"each"_s}).Status, 0);
+        QCOMPARE(Names(), (QStringList{u"1 - a.txt"_s, u"2 - a.zip"_s}));
+        QCOMPARE(ReadFile(m_home->Path(u"the library_Files/2 - a.zip"_s)), "an archive");
+    }
+
+    /// As on a full disk.
+    void archiveThatDoesNotFit_leavesNothing()
+    {
+        QByteArray noise(3'000'000, Qt::Uninitialized);
+        std::generate(noise.begin(), noise.end(), [random = std::minstd_rand()]() mutable { return char(random()); });
+        WriteFile(In(u"noise"_s), noise);
+        QProcess process;
+        process.start(u"/bin/sh"_s, {u"-c"_s, u"ulimit -f 2048; exec \"$0\" \"$@\""_s, qEnvironmentVariable("QUILLBASE_CLI"), u"attach"_s, m_library,
+                                     u"1"_s, In(u"noise"_s), u"--zip"_s, u"all"_s, u"x"_s});
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.exitCode(), 1);
+        const QString error = QString::fromUtf8(process.readAllStandardError());
+        QVERIFY2(error.contains(u"can't be made"_s) && error.contains(u"File too large"_s), qPrintable(error));
+        QCOMPARE(Names(), QStringList());
+        QCOMPARE(Cli({u"files"_s, m_library, u"1"_s}).Out, QString());
+    }
+
     /// Whenever the program is killed, each row has its file and each file its row once the library has
     /// been opened again.
+    void killedProgram_leavesNothingHalfDone_data()
+    {
+        QTest::addColumn<QStringList>("words");
+        QTest::addColumn<bool>("needsFile");
+        QTest::newRow("attach") << QStringList{u"attach"_s, u"LIB"_s, u"1"_s, u"BIG"_s} << false;
+        QTest::newRow("zip each") << QStringList{u"attach"_s, u"LIB"_s, u"1"_s, u"BIG"_s, u"SMALL"_s, u"--zip"_s, u"each"_s} << false;
+        QTest::newRow("zip all") << QStringList{u"attach"_s, u"LIB"_s, u"1"_s, u"BIG"_s, u"SMALL"_s, u"--zip"_s, u"all"_s, u"x"_s} << false;
+        QTest::newRow("detach") << QStringList{u"detach"_s, u"LIB"_s, u"LAST"_s} << true;
+        QTest::newRow("delete") << QStringList{u"delete"_s, u"LIB"_s, u"OWNER"_s} << true;
+    }
     void killedProgram_leavesNothingHalfDone()
     {
-        WriteFile(In(u"big"_s), QByteArray(6'000'000, 'x'));
-        int stored = 0;
-        for (int i = 0; i < 40; ++i) {
+        QFETCH(QStringList, words);
+        QFETCH(bool, needsFile);
+        WriteFile(In(u"big"_s), QByteArray("0123456789abcdef").repeated(400'000));
+        WriteFile(In(u"small"_s), "small");
+        int finished = 0;
+        for (int i = 0; i < 25; ++i) {
+            QString owner = u"1"_s;
+            QString last;
+            if (needsFile) {
+                owner = Cli({u"add"_s, m_library, u"--parent"_s, u"1"_s, u"--title"_s, u"with files"_s}).Out.trimmed();
+                for (int file = 0; file < 3; ++file)
+                    last = Cli({u"attach"_s, m_library, owner, In(u"small"_s)}).Out.trimmed();
+            }
+            QStringList arguments = words;
+            const std::pair<const char*, QString> places[] = {{"LIB", m_library}, {"BIG", In(u"big"_s)}, {"SMALL", In(u"small"_s)}, {"LAST", last}, {"OWNER", owner}};
+            for (QString& word : arguments) {
+                for (const auto& [place, value] : places)
+                    word = word == QLatin1StringView(place) ? value : word;
+            }
             QProcess process;
-            const bool deletes = i % 4 == 3 && stored > 0;
-            const QStringList arguments = deletes ? QStringList{u"detach"_s, m_library, QString::number(stored)}
-                                                  : QStringList{u"attach"_s, m_library, u"1"_s, In(u"big"_s)};
             process.start(qEnvironmentVariable("QUILLBASE_CLI"), arguments);
             QVERIFY(process.waitForStarted());
-            process.waitForFinished(i); // from its very start to its end, a millisecond more each time
+            finished += process.waitForFinished(2 * i) ? 1 : 0; // from its very start to its end, later each time
             process.kill();
             process.waitForFinished();
             QVERIFY(Cli({u"set"_s, m_library, u"1"_s, u"--title"_s, u"owner %1"_s.arg(i)}).Status == 0);
-            stored = Check();
+            CheckFiles();
         }
-        QVERIFY(stored > 0); // some were not killed in time
+        QVERIFY(Cli(QStringList{u"check"_s, m_library}).Status == 0);
+        QVERIFY(finished < 25); // some were killed in time
     }
 
 private:
     QString In(const QString& name) const { return m_home->Path(u"in/"_s + name); }
     QStringList Names() const { return QDir(m_home->Path(u"the library_Files"_s)).entryList(QDir::Files | QDir::Hidden, QDir::Name); }
-    /// Compares rows and files; returns the ID of the last row.
-    int Check()
+    /// Each row has its whole file, and there is nothing else.
+    void CheckFiles()
     {
         const auto database = DBEngine::OpenDatabase(m_library);
         SetSessionValues(*database);
         QStringList expected;
-        for (const QString& id : Texts(*database, u"SELECT ID FROM Files ORDER BY ID"_s)) {
-            expected << id + u" - big"_s;
-            if (QFileInfo(StoredFilePath(id.toLongLong(), u"big"_s)).size() != 6'000'000)
+        Statement rows = database->Query(u"SELECT ID, Title, FileSize FROM Files ORDER BY ID"_s);
+        while (rows.Step()) {
+            expected << rows.Text(0) + u" - "_s + rows.Text(1);
+            if (QFileInfo(StoredFilePath(rows.Long(0), rows.Text(1))).size() != rows.Long(2))
                 QTest::qFail("a stored file is not whole", __FILE__, __LINE__);
         }
-        QStringList names = Names();
-        const QStringList last = expected;
+        QStringList names = QDir(m_home->Path(u"the library_Files"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
         names.sort();
         expected.sort();
         if (names != expected)
             QTest::qFail(qPrintable(names.join(u", "_s) + u" instead of "_s + expected.join(u", "_s)), __FILE__, __LINE__);
-        return last.isEmpty() ? 0 : last.last().section(u' ', 0, 0).toInt();
     }
 
     std::unique_ptr<TemporaryHome> m_home;

@@ -1,0 +1,135 @@
+#include "maintenance/Containers.h"
+
+#include "platform/archive/BrindletonZip.h"
+#include "platform/archive/CBFileSplitter.h"
+#include "platform/system/RuntimeError.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The name of what lies in a container: its own with a "t" at the end.
+QString InnerName(const QString& container)
+{
+    return container.chopped(1) + u't';
+}
+
+/// Packs @p source into @p target; false when it was cancelled.
+template <class Progress>
+bool Pack(const QString& source, const QString& target, Progress& progress, const ContainerWork& work)
+{
+    progress.SetExtracting(false);
+    BrindletonZip m_oZip;
+    m_oZip.Advance = work.Advance;
+    QObject::connect(&m_oZip, &BrindletonZip::Progress, &m_oZip, [&](int, const QString& text) { progress.m_oZip_Progress(text); });
+    m_oZip.SetZipFileName(target);
+    m_oZip.ClearFileList();
+    m_oZip.AddFile(source);
+    m_oZip.SetZipOptionC(false);
+    m_oZip.SetZipOptionA(false);
+    m_oZip.SetZipOptionB(false);
+    return m_oZip.Zip();
+}
+
+void Connect(CBFileSplitter& oFS, VolumeProgress& progress, const ContainerWork& work)
+{
+    oFS.Advance = work.Advance;
+    QObject::connect(&oFS, &CBFileSplitter::TotalChunks, &oFS, [&](int total) { progress.TotalChunks(total); });
+    QObject::connect(&oFS, &CBFileSplitter::NextVolume, &oFS, [&](int number, qint64, bool creating) { progress.NextVolume(number, creating); });
+    QObject::connect(&oFS, &CBFileSplitter::Progress, &oFS, [&](int chunk) { progress.Progress(chunk); });
+}
+
+QString Split(const QString& file, const ContainerWork& work)
+{
+    constexpr qint64 NoVolumes = 0;
+    CBFileSplitter oFS;
+    VolumeProgress progress(work.Show);
+    Connect(oFS, progress, work);
+    return oFS.Split(file, NoVolumes);
+}
+
+QString Joined(const QString& container, const ContainerWork& work)
+{
+    if (!CBFileSplitter::IsVolume(container))
+        return container;
+    CBFileSplitter oFS;
+    VolumeProgress progress(work.Show);
+    Connect(oFS, progress, work);
+    return oFS.Merge(container);
+}
+
+/// A container holds one file, which must not take the place of another file beside the container.
+void RefuseOthers(BrindletonZip& zip, const QString& container)
+{
+    int files = 0;
+    for (const ArchiveEntry& entry : zip.Entries(container))
+        files += entry.IsFolder ? 0 : 1;
+    const QString shown = QDir::toNativeSeparators(container);
+    if (files != 1)
+        throw RuntimeError(ErrorNumber::PathAccess, u"'%1' is no container of this program: it holds %2 files instead of one. Nothing was changed."_s.arg(shown).arg(files),
+                           u"UnpackContainer"_s);
+    const QString name = zip.FirstFileName(container);
+    const QFileInfo there(QFileInfo(container).absolutePath() + u'/' + name);
+    if (there.exists() && there.fileName() != QFileInfo(InnerName(container)).fileName())
+        throw RuntimeError(ErrorNumber::PathAccess, u"'%1' can't be unpacked: a file '%2' stands beside it. Nothing was changed."_s.arg(shown, name), u"UnpackContainer"_s);
+}
+
+template <class Progress>
+QString Unpack(const QString& file, Progress& progress, const ContainerWork& work)
+{
+    const QString container = Joined(file, work);
+    if (container.isEmpty())
+        return {};
+    progress.SetExtracting(true);
+    const QString folder = QFileInfo(container).absolutePath();
+    BrindletonZip m_oZip;
+    m_oZip.Advance = work.Advance;
+    QObject::connect(&m_oZip, &BrindletonZip::Progress, &m_oZip, [&](int, const QString& text) { progress.m_oZip_Progress(text); });
+    RefuseOthers(m_oZip, container);
+    return m_oZip.ExtractTo(container, folder) ? folder + u'/' + m_oZip.FirstFileName(container) : QString();
+}
+
+} // namespace
+
+bool PackLibrary(const QString& source, const QString& target, const ContainerWork& work)
+{
+    LibraryZipProgress progress(work.Show);
+    if (!Pack(source, target, progress, work))
+        return false;
+    QFile::remove(source);
+    Split(target, work);
+    return true;
+}
+
+QString PackExport(const QString& file, const ContainerWork& work)
+{
+    const QString inner = InnerName(file);
+    QFile::remove(inner);
+    if (!QFile::rename(file, inner))
+        throw RuntimeError(ErrorNumber::PathAccess, u"The file '%1' can't be renamed to be packed. Nothing was changed."_s.arg(QDir::toNativeSeparators(file)), u"PackExport"_s);
+    ExportZipProgress progress(work.Show, work.HideBar);
+    if (!Pack(inner, file, progress, work))
+        return {};
+    QFile::remove(inner);
+    return Split(file, work);
+}
+
+QString UnpackLibrary(const QString& container, const ContainerWork& work)
+{
+    LibraryZipProgress progress(work.Show);
+    return Unpack(container, progress, work);
+}
+
+QString UnpackExport(const QString& container, const ContainerWork& work)
+{
+    ExportZipProgress progress(work.Show, work.HideBar);
+    return Unpack(container, progress, work);
+}
+
+} // namespace qb

@@ -1,0 +1,174 @@
+#include "maintenance/FileImport.h"
+
+#include "platform/archive/BrindletonZip.h"
+#include "platform/system/Paths.h"
+#include "platform/system/RuntimeError.h"
+#include "store/CFileObject.h"
+#include "store/PendingFiles.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <optional>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Takes files into one item, and tells how far it is.
+class FileImport {
+public:
+    FileImport(Database& database, QString itemKey, const FileImportOptions& options)
+        : m_database(database), m_itemKey(std::move(itemKey)), m_options(options)
+    {
+    }
+
+    FileImportResult Run(const FileImportPlan& plan)
+    {
+        QStringList files = plan.Files;
+        const bool compresses = m_options.Option != ImportOption::AsTheyAre && !plan.Candidates.empty();
+        if (compresses && !(m_options.Option == ImportOption::ZipEach ? ZipEach(plan, files) : ZipAll(files)))
+            return {.Keys = {}, .Cancelled = true, .Complete = false};
+        return Store(files);
+    }
+
+private:
+    /// Packs files into an archive of the work's own folder; empty when it was cancelled.
+    QString Zip(const QStringList& files, const QString& baseDirectory, const QString& zipName, StoredFileZipProgress& progress, int all)
+    {
+        if (!m_work)
+            m_work.emplace();
+        const QString archive = m_work->PackingFolder() + zipName;
+        BrindletonZip m_oZipUnzip;
+        m_oZipUnzip.Advance = [this](qint64 done, qint64) { return !m_options.Advance || m_options.Advance(m_done + done, m_total); };
+        QObject::connect(&m_oZipUnzip, &BrindletonZip::Progress, &m_oZipUnzip,
+                         [&](int fileNo, const QString& text) { progress.m_oZipUnzip_Progress(fileNo, text, all); });
+        m_oZipUnzip.SetZipFileName(archive);
+        m_oZipUnzip.SetBaseDirectory(baseDirectory);
+        m_oZipUnzip.ClearFileList();
+        for (const QString& file : files) {
+            m_oZipUnzip.AddFile(file);
+        }
+        if (!m_oZipUnzip.Zip())
+            return {};
+        for (const QString& file : files)
+            m_done += QFileInfo(file).size();
+        return archive;
+    }
+
+    /// Replaces each file that can be compressed by its archive. False when it was cancelled.
+    bool ZipEach(const FileImportPlan& plan, QStringList& files)
+    {
+        for (const auto& candidate : plan.Candidates)
+            m_total += QFileInfo(files[candidate.Index]).size();
+        StoredFileZipProgress progress(m_options.Show);
+        QStringList names; // archives made; two files may have the same name but for their extension
+        for (const auto& [index, zipName] : plan.Candidates) {
+            const QString name = NumberedName(zipName, [&](const QString& taken) { return names.contains(taken); });
+            names << name;
+            const QString archive = Zip({files[index]}, QFileInfo(files[index]).absolutePath(), name, progress, int(plan.Candidates.size()));
+            if (archive.isEmpty())
+                return false;
+            files[index] = archive;
+        }
+        return true;
+    }
+
+    /// Replaces all files by one archive. False when it was cancelled.
+    bool ZipAll(QStringList& files)
+    {
+        const QString name = WithZipExtension(m_options.ZipName);
+        if (m_options.ZipName.isEmpty() || name.contains(u'/') || name.contains(u'\\'))
+            throw RuntimeError(ErrorNumber::PathAccess, u"'%1' is no name for an archive; nothing was changed."_s.arg(m_options.ZipName), u"ImportStoredFiles"_s);
+        for (const QString& file : std::as_const(files))
+            m_total += QFileInfo(file).size();
+        StoredFileZipProgress progress(m_options.Show);
+        const QString archive = Zip(files, QFileInfo(files.first()).absolutePath(), name, progress, int(files.size()));
+        files = {archive};
+        return !archive.isEmpty();
+    }
+
+    FileImportResult Store(const QStringList& files)
+    {
+        FileImportResult result;
+        m_done = m_total = 0;
+        for (const QString& file : files)
+            m_total += QFileInfo(file).size();
+        for (const QString& path : files) {
+            CFileObject file;
+            file.Initialise(m_database, {});
+            file.SetCodeID(m_itemKey);
+            file.SetStoredFile(QFileInfo(path).absoluteFilePath());
+            file.SetTitle(NumberedName(file.Title(), [this](const QString& title) { return HasFile(title); }));
+            file.SetDescription(m_options.Description);
+            const qint64 before = m_done;
+            file.Progress = [&](qint64 done, qint64) {
+                m_done = before + done;
+                if (m_total > 0)
+                    m_options.Show(u"Adding "_s + file.Title(), int(m_done * 99 / qMax(m_total, m_done)));
+                result.Cancelled = m_options.Advance && !m_options.Advance(m_done, qMax(m_total, m_done));
+                return !result.Cancelled;
+            };
+            if (!file.Commit()) {
+                m_options.Show({}, 100);
+                return result;
+            }
+            result.Keys << file.Key();
+        }
+        m_options.Show({}, 100);
+        result.Complete = true;
+        return result;
+    }
+
+    bool HasFile(const QString& title)
+    {
+        return !m_database.QueryValue(u"SELECT 1 FROM Files WHERE CodeID = ? AND Title = ?"_s, {m_itemKey.toLongLong(), title}).IsNull();
+    }
+
+    Database& m_database;
+    QString m_itemKey;
+    const FileImportOptions& m_options;
+    std::optional<PendingWork> m_work; ///< while archives are there
+    qint64 m_done = 0;                 ///< in bytes
+    qint64 m_total = 0;
+};
+
+} // namespace
+
+bool HasZipExtension(const QString& name)
+{
+    return name.toUpper().endsWith(u".ZIP"_s);
+}
+
+QString WithZipExtension(const QString& name)
+{
+    return HasZipExtension(name) ? name : name + u".zip"_s;
+}
+
+FileImportPlan PlanFileImport(const QStringList& files)
+{
+    FileImportPlan plan;
+    for (const QString& path : files) {
+        const QFileInfo file(path);
+        QString chosen = path;
+        const QString zipName = TakeExtensionOff(file.fileName()) + u".zip"_s;
+        const bool compressible = !HasZipExtension(file.fileName());
+        const QFileInfo zip(file.absolutePath() + u'/' + zipName);
+        if (compressible && zip.isFile())
+            chosen = zip.absoluteFilePath();
+        if (plan.Files.contains(chosen)) // the archive was chosen too
+            continue;
+        if (compressible && !zip.isFile())
+            plan.Candidates.push_back({int(plan.Files.size()), zipName});
+        plan.Files << chosen;
+    }
+    return plan;
+}
+
+FileImportResult ImportStoredFiles(Database& database, const QString& itemKey, const FileImportPlan& plan, const FileImportOptions& options)
+{
+    return FileImport(database, itemKey, options).Run(plan);
+}
+
+} // namespace qb
