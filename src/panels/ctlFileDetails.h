@@ -1,35 +1,121 @@
 #pragma once
 
+#include "maintenance/FileImport.h"
 #include "text/FileDetailsView.h"
 
+#include <QTemporaryDir>
+#include <QUrl>
 #include <QWidget>
+#include <functional>
+#include <memory>
 
-class QTreeView;
+class QAction;
+class QSortFilterProxyModel;
+class QSplitter;
 
 namespace qb {
 
+class CFileObject;
+class FilePreview;
 class StoredFileList;
+class StoredFileView;
 
-/// The page of the details panel that lists the files stored with the current item.
+/// The page of the details panel that lists the files stored with the current item: adds, exports, opens,
+/// unzips and deletes them, describes each, and shows what is in it.
 class ctlFileDetails : public QWidget, public FileDetailsView {
     Q_OBJECT
 
 public:
     explicit ctlFileDetails(QWidget* parent = nullptr);
+    ~ctlFileDetails() override;
 
+    // FileDetailsView
     QWidget* Page() override { return this; }
     void Initialise(Database& database, const QString& key) override;
     void Terminate() override;
     bool Locked() const override { return m_locked; }
-    void SetLocked(bool locked) override { m_locked = locked; }
+    void SetLocked(bool locked) override;
+    bool AskToSaveFileDescChanges() const override { return m_askToSave; }
+    void SetAskToSaveFileDescChanges(bool ask) override { m_askToSave = ask; }
+    bool SaveFileDescChanges(bool mayAsk = true) override;
+    void ForgetFileDescChanges() override;
+    RichTextBox& DescriptionTextBox() override { return *rtbFileNotes; }
+    void NotesSetFocus() override;
+
+    // What the actions do
+    void AddFile();
+    void DeleteFile();
+    void ExportFile();
+    void OpenFile();
+    void UnzipToDirectory();
+    /// Stores files of these paths with the item, after the question how.
+    void ImportFiles(const QStringList& paths);
+
+    /// The actions of the panel: `mnuAddFile`, `mnuExportFile`, `mnuUnzipToDirectoryItem`,
+    /// `mnuDeleteFile`, in the order of the toolbar.
+    QList<QAction*> ToolbarActions() const { return {mnuAddFile, mnuExportFile, mnuUnzipToDirectoryItem, mnuDeleteFile}; }
+
+    /// Where the description begins, in pixels from above.
+    int SeparatorPosition() const;
+    void SetSeparatorPosition(int position);
+    void SelectFirstItem();
+    void SetFocusToList();
+
+    // Asked of the host
+    std::function<QStringList(const QString& title, const QString& filter)> RequestFileNames;
+    std::function<QString(const QString& title, const QString& name)> RequestSaveFileName;
+    std::function<bool()> RequestShowImportFilesDialog;
+    std::function<void(bool show)> SetShowImportFilesDialog;
+
+Q_SIGNALS:
+    /// Something takes its time; a percent of 100 and more says that it is done.
+    void Progress(const QString& text, int percent);
+    void StatusText(const QString& text);
+    /// Files were added or deleted; @p any are there now.
+    void FilesChanged(bool any);
 
 protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
 private:
+    void MakeActions();
+    QAction* MakeAction(const QString& name, const QString& caption, const QString& icon, const QString& tip, void (ctlFileDetails::*run)());
+    void MakeLayout();
+    void UpdateActions();
+    void SelectionChanged();
+    void ShowDescription();
+    void ShowPreview(bool shown);
+    void Refill();
+    void SelectKeys(const QStringList& keys);
+    QList<qint64> Selected() const;
+    QString PlaceOf(qint64 id) const;
+    bool ExportOne(qint64 id);
+    bool RowExists(qint64 id) const;
+    /// How files are to be taken in; nothing when the user cancelled.
+    std::optional<FileImportOptions> AskImportOptions(const FileImportPlan& plan);
+    void Import(const FileImportPlan& plan, FileImportOptions options);
+    QList<QUrl> CopiesOfSelected();
+
+    Database* m_database = nullptr;
+    QString m_itemKey;
+    std::unique_ptr<CFileObject> m_current; ///< the one file that is selected
     StoredFileList* m_files;
-    QTreeView* lvFiles;
+    QSortFilterProxyModel* m_sorted;
+    StoredFileView* lvFiles;
+    QSplitter* m_separator = nullptr;
+    RichTextBox* rtbFileNotes;
+    FilePreview* m_preview;
+    QAction* mnuAddFile = nullptr;
+    QAction* mnuDeleteFile = nullptr;
+    QAction* mnuExportFile = nullptr;
+    QAction* mnuFileOpenItem = nullptr;
+    QAction* mnuUnzipToDirectoryItem = nullptr;
+    QAction* mnuFilePreview = nullptr;
+    std::unique_ptr<QTemporaryDir> m_copies; ///< of files that were dragged out
+    int m_position = 0; ///< of the separator
+    bool m_askToSave = false;
     bool m_locked = false;
+    bool m_loading = false; ///< a change of the description is not the user's
 };
 
 } // namespace qb

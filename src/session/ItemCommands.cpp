@@ -79,6 +79,12 @@ bool ItemCommands::SaveItem()
             if (item->Unsaved())
                 m_tree.ShowItem(item->Key().toLongLong());
         }
+        if (!m_details.SaveFileDescChanges()) {
+            if (!Asked(u"The description of the file could not be saved. Do you wish to go on without it? It will be lost."_s, u"Save Item"_s,
+                       MsgBoxResult::No))
+                return false;
+            m_details.ForgetFileDescChanges();
+        }
         m_details.ResetChangedBooleans();
         return true;
     }, false);
@@ -87,6 +93,7 @@ bool ItemCommands::SaveItem()
 void ItemCommands::mnuSaveItem_Click()
 {
     CCodeItem* item = m_session.oCodeItem.get();
+    m_details.SaveFileDescChanges(false);
     if (!item || !item->Unsaved())
         return;
     const std::shared_ptr<void> wait = m_shell.WaitCursor();

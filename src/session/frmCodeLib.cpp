@@ -1,6 +1,7 @@
 #include "session/frmCodeLib.h"
 
 #include "components/ui/ApplicationTips.h"
+#include "panels/ctlFileDetails.h"
 #include "panels/ctlSmartTreeView.h"
 #include "platform/dao/DBEngine.h"
 #include "platform/system/Paths.h"
@@ -59,6 +60,7 @@ frmCodeLib::frmCodeLib()
     MakeStatusBar();
     ConnectPanels();
     ConnectDetails();
+    ConnectFiles();
     ConnectCommands();
     constexpr QSize Smallest(5000, 4000); // twips
     setMinimumSize(Smallest / WindowLayout::TwipsPerPixel);
@@ -201,6 +203,7 @@ void frmCodeLib::ReadSeparatorPositions()
     const int tree = qMax(tvCodeItems->minimumSizeHint().width(), m_layout.Number(WindowLayout::SubResizerSeparatorPos) / Twips);
     ctlResizer1->setSizes({tree, qMax(1, ctlResizer1->width() - tree)});
     tvCodeItems->SetSeparatorPosition(m_layout.Number(WindowLayout::CodeItemsSeparatorPos) / Twips);
+    m_storedFiles->SetSeparatorPosition(m_layout.Number(WindowLayout::FileSectionSeparatorPos) / Twips);
 }
 
 void frmCodeLib::SaveLayout()
@@ -215,6 +218,8 @@ void frmCodeLib::SaveLayout()
     m_layout.SetFlag(WindowLayout::AutoSave, m_items->AutoSaveOn());
     if (m_layoutRead && !tvCodeItems->IsShrunk())
         m_layout.SetNumber(WindowLayout::CodeItemsSeparatorPos, tvCodeItems->SeparatorPosition() * Twips);
+    if (m_layoutRead)
+        m_layout.SetNumber(WindowLayout::FileSectionSeparatorPos, m_storedFiles->SeparatorPosition() * Twips);
     m_layout.Save(tvCodeItems->IsShrunk());
 }
 
@@ -281,6 +286,14 @@ void frmCodeLib::moSettings_SettingsUpdated()
     ApplyAppearance(Settings().ColourScheme(), Settings().InterfaceFontName(), Settings().InterfaceFontSize());
     ctlCodeItemDetails->SetDefaultFont({Settings().DefaultFontName(), Settings().DefaultFontSize()});
     tlbTextFormat->ShowColors(Settings());
+    UpdateAskToSaveFileDescChanges();
+}
+
+void frmCodeLib::UpdateAskToSaveFileDescChanges()
+{
+    const bool automatic = Settings().AutoSaveFileDescriptions()
+        && (!Settings().AutoSaveFileDescrIfAutoSaveOn() || m_commands.Get(u"SAVE"_s).Checked);
+    m_storedFiles->SetAskToSaveFileDescChanges(!automatic);
 }
 
 void frmCodeLib::Form_Unload()
@@ -320,6 +333,7 @@ void frmCodeLib::SetStatusText(const QString& text)
 
 void frmCodeLib::SetItemDate(const QString& text, const QString& tip)
 {
+    m_shownDate = text;
     m_itemDate->setText(text);
     m_itemDate->setToolTip(tip);
 }
@@ -327,10 +341,15 @@ void frmCodeLib::SetItemDate(const QString& text, const QString& tip)
 void frmCodeLib::ShowProgress(const QString& text, int percent)
 {
     constexpr int Done = 100;
-    m_statusText->setText(text);
-    prgStatus->setVisible(percent >= 1 && percent < Done);
-    prgStatus->setRange(0, Done);
+    if (percent >= Done || percent < 1) {
+        prgStatus->hide();
+        m_itemDate->clear();
+        return;
+    }
+    prgStatus->setRange(1, Done);
+    prgStatus->show();
     prgStatus->setValue(percent);
+    m_itemDate->setText(text);
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 

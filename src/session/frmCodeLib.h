@@ -31,6 +31,7 @@ namespace qb {
 class ApplicationTips;
 class BrowserToolbar;
 class ctlCodeDetails;
+class ctlFileDetails;
 class CodeToolbar;
 class ctlSmartTreeView;
 class CTextEdit;
@@ -90,6 +91,7 @@ private:
     QAction* MakeAction(const CommandRow& row);
     void MakeToolbar();
     void MakeTextToolbars();
+    void MakeFilesToolbar();
     void AddToolbarActions(QToolBar& toolbar, CommandRow::Place place);
     void MakeStatusBar();
     void ConnectPanels();
@@ -98,6 +100,8 @@ private:
     std::optional<LinkDirection> AskLinkDirection();
     void tvCodeItems_Shrinking(bool shrinks);
     void ConnectDetails();
+    void ConnectFiles();
+    void UpdateAskToSaveFileDescChanges();
     void ConnectCommands();
     void ConnectItemCommands();
     void ConnectEditCommands();
@@ -151,15 +155,19 @@ private:
     CodeToolbar* tbrCode = nullptr;
     FormatToolbar* tlbTextFormat = nullptr;
     BrowserToolbar* tbrBrowser = nullptr;
+    QToolBar* tbrFiles = nullptr;
+    QWidget* m_formatBand = nullptr; ///< tbrFiles, where files are shown, and tlbTextFormat
     QTimer tmrStartTimer; ///< tells a single click on SAVE from a double click
     int m_saveClickCount = 0;
     bool m_editingEnabled = true;
     QComboBox* cboDatabase = nullptr;
     QLabel* m_statusText = nullptr;
     QLabel* m_itemDate = nullptr;
+    QString m_shownDate; ///< of the item, whatever progress has made of its panel
     QProgressBar* prgStatus = nullptr;
     ctlSmartTreeView* tvCodeItems = nullptr;
     ctlCodeDetails* ctlCodeItemDetails = nullptr;
+    ctlFileDetails* m_storedFiles = nullptr;
     std::unique_ptr<ItemTree> m_tree;
     std::unique_ptr<ItemCommands> m_items;
     std::unique_ptr<ItemDrag> m_drag;

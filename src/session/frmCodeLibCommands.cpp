@@ -43,7 +43,9 @@ void frmCodeLib::mnuEdit_Click()
 {
     const std::optional<DetailsTab> tab = ctlCodeItemDetails->CurrentView();
     mnuEditCode->menuAction()->setVisible(tab == DetailsTab::Code || tab == DetailsTab::Usage);
-    mnuFormat->menuAction()->setVisible(tab == DetailsTab::Notes);
+    mnuFormat->menuAction()->setVisible(tab == DetailsTab::Notes || tab == DetailsTab::Files);
+    if (auto* mnuFiles = findChild<QMenu*>(u"mnuFiles"_s))
+        mnuFiles->menuAction()->setVisible(tab == DetailsTab::Files);
     mnuWebLinks->menuAction()->setVisible(tab == DetailsTab::Links);
     tbrCode->UpdateMenu();
     UserTextBox* box = ctlCodeItemDetails->CurrentBox();

@@ -61,7 +61,8 @@ void frmCodeLib::MakePanels()
     tvCodeItems->setObjectName(u"tvCodeItems"_s);
     ctlCodeItemDetails = new ctlCodeDetails;
     ctlCodeItemDetails->setObjectName(u"ctlCodeItemDetails"_s);
-    ctlCodeItemDetails->SetFileControl(*new ctlFileDetails(ctlCodeItemDetails));
+    m_storedFiles = new ctlFileDetails(ctlCodeItemDetails);
+    ctlCodeItemDetails->SetFileControl(*m_storedFiles);
     ctlResizer1 = new QSplitter;
     ctlResizer1->setObjectName(u"ctlResizer1"_s);
     ctlResizer1->addWidget(tvCodeItems);
@@ -190,10 +191,34 @@ void frmCodeLib::MakeTextToolbars()
     tlbTextFormat = new FormatToolbar(*ctlCodeItemDetails);
     tbrBrowser = new BrowserToolbar(mnuWebLinks->actions());
     connect(tbrBrowser, &BrowserToolbar::AddressEntered, this, [this](const QString& text) { m_page->NavigateFromCombo(text); });
-    for (QToolBar* toolbar : std::initializer_list<QToolBar*>{tbrCode, tlbTextFormat, tbrBrowser}) {
+    MakeFilesToolbar();
+    m_formatBand = new QWidget;
+    auto* band = new QHBoxLayout(m_formatBand);
+    band->setContentsMargins(0, 0, 0, 0);
+    band->setSpacing(0);
+    band->addWidget(tbrFiles);
+    band->addWidget(tlbTextFormat, 1);
+    for (QToolBar* toolbar : std::initializer_list<QToolBar*>{tbrCode, tlbTextFormat, tbrBrowser, tbrFiles})
         toolbar->setIconSize(tlbMain->iconSize());
-        CoolBar1->addWidget(toolbar);
+    for (QWidget* page : std::initializer_list<QWidget*>{tbrCode, m_formatBand, tbrBrowser})
+        CoolBar1->addWidget(page);
+}
+
+/// The buttons of the stored files, by their keys.
+void frmCodeLib::MakeFilesToolbar()
+{
+    static const QStringList keys{u"ADD"_s, u"EXPORT"_s, u"EXTRACT"_s, u"DELETE"_s};
+    tbrFiles = new QToolBar(u"Stored Files"_s);
+    tbrFiles->setObjectName(u"tbrFiles"_s);
+    auto* mnuFiles = MenuOf(CommandRow::Place::Edit)->addMenu(u"Stored &Files"_s);
+    mnuFiles->setObjectName(u"mnuFiles"_s);
+    const QList<QAction*> actions = m_storedFiles->ToolbarActions();
+    for (qsizetype i = 0; i < actions.size(); ++i) {
+        actions[i]->setProperty("key", keys[i]);
+        tbrFiles->addAction(actions[i]);
+        mnuFiles->addAction(actions[i]);
     }
+    tbrFiles->addSeparator();
 }
 
 void frmCodeLib::MakeStatusBar()
@@ -208,7 +233,7 @@ void frmCodeLib::MakeStatusBar()
     prgStatus = new QProgressBar;
     prgStatus->setObjectName(u"prgStatus"_s);
     prgStatus->setFixedWidth(ProgressWidth);
-    prgStatus->setRange(0, 100);
+    prgStatus->setRange(1, 100);
     prgStatus->hide();
     m_statusText->setContentsMargins(Margin, 0, 0, 0);
     m_itemDate->setContentsMargins(0, 0, Margin, 0);
@@ -352,6 +377,32 @@ void frmCodeLib::ConnectDetails()
     connect(&tmrStartTimer, &QTimer::timeout, this, &frmCodeLib::tmrStartTimer_Timer);
 }
 
+void frmCodeLib::ConnectFiles()
+{
+    m_storedFiles->RequestFileNames = &LibraryList::GetFileNames;
+    m_storedFiles->RequestSaveFileName
+        = [](const QString& title, const QString& name) { return LibraryList::GetFileName(true, title, u"All Files|*"_s, name); };
+    m_storedFiles->RequestShowImportFilesDialog = [this] { return Settings().ShowImportFilesDialog(); };
+    m_storedFiles->SetShowImportFilesDialog = [this](bool show) {
+        Settings().SetShowImportFilesDialog(show);
+        Settings().Apply();
+    };
+    connect(m_storedFiles, &ctlFileDetails::Progress, this, [this](const QString& text, int percent) {
+        ShowProgress(text, percent);
+        if (prgStatus->isHidden())
+            m_itemDate->setText(m_shownDate); // the item is still the one
+    });
+    connect(m_storedFiles, &ctlFileDetails::StatusText, statusBar(), [this](const QString& text) {
+        constexpr int Shown = 10'000; // milliseconds
+        statusBar()->showMessage(text.simplified(), Shown);
+    });
+    connect(m_storedFiles, &ctlFileDetails::FilesChanged, ctlCodeItemDetails, &ctlCodeDetails::SetFilesEnabled);
+    connect(&m_commands, &Commands::Changed, this, [this](const QString& name) {
+        if (name == u"SAVE"_s && m_session.moSettings)
+            UpdateAskToSaveFileDescChanges();
+    });
+}
+
 void frmCodeLib::CurrentViewChanged()
 {
     const bool isLinks = ctlCodeItemDetails->CurrentView() == DetailsTab::Links;
@@ -368,14 +419,17 @@ void frmCodeLib::CurrentViewChanged()
 void frmCodeLib::ShowTextToolbar()
 {
     const std::optional<DetailsTab> tab = ctlCodeItemDetails->CurrentView();
-    const bool isNotes = tab == DetailsTab::Notes;
+    const bool isFiles = tab == DetailsTab::Files;
+    const bool hasFormat = isFiles || tab == DetailsTab::Notes;
     const bool isCode = tab == DetailsTab::Code || tab == DetailsTab::Usage;
     const bool isLinks = tab == DetailsTab::Links;
-    CoolBar1->setCurrentWidget(isNotes ? static_cast<QWidget*>(tlbTextFormat) : isLinks ? static_cast<QWidget*>(tbrBrowser) : tbrCode);
-    CoolBar1->setVisible(isLinks || (m_editingEnabled && (isNotes || isCode)));
+    CoolBar1->setCurrentWidget(hasFormat ? m_formatBand : isLinks ? static_cast<QWidget*>(tbrBrowser) : tbrCode);
+    CoolBar1->setVisible(isLinks || isFiles || (m_editingEnabled && (hasFormat || isCode)));
+    tbrFiles->setVisible(isFiles);
+    tlbTextFormat->setVisible(m_editingEnabled);
     tbrCode->ForgetLastGo();
     tbrCode->UpdateSectionButtons(ctlCodeItemDetails->CurrentSection());
-    tlbTextFormat->SetCommandsEnabled(m_editingEnabled && isNotes);
+    tlbTextFormat->SetCommandsEnabled(m_editingEnabled && hasFormat);
     MenuOf(CommandRow::Place::Edit)->setEnabled(m_editingEnabled && tab.has_value());
 }
 

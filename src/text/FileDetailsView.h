@@ -7,6 +7,7 @@ class QWidget;
 namespace qb {
 
 class Database;
+class RichTextBox;
 
 /// What the details panel needs of the page that lists an item's stored files.
 class FileDetailsView {
@@ -20,6 +21,20 @@ public:
     virtual void Terminate() = 0;
     virtual bool Locked() const = 0;
     virtual void SetLocked(bool locked) = 0;
+
+    /// Whether the user is asked before a description that was edited is saved.
+    virtual bool AskToSaveFileDescChanges() const = 0;
+    virtual void SetAskToSaveFileDescChanges(bool ask) = 0;
+    /// Saves the description of the current file if it was edited and the user wants that; is not asked
+    /// when @p mayAsk is false. False when it could not be written: it stays as it was typed.
+    virtual bool SaveFileDescChanges(bool mayAsk = true) = 0;
+
+    /// What was typed counts as a change no more, and is not shown again.
+    virtual void ForgetFileDescChanges() = 0;
+
+    /// The box of the current file's description.
+    virtual RichTextBox& DescriptionTextBox() = 0;
+    virtual void NotesSetFocus() = 0;
 };
 
 } // namespace qb

@@ -45,6 +45,11 @@ public:
     /// that; unless saving is @p automatic the user is asked about it first. False when it could
     /// not be written.
     virtual bool SetItemChanged(bool automatic) = 0;
+    /// Saves the description of the stored file that is selected, if it was edited; unless auto-save
+    /// is set for them the user is asked first, when @p mayAsk. False when it could not be written.
+    virtual bool SaveFileDescChanges(bool mayAsk = true) = 0;
+    /// What was typed in that description is dropped.
+    virtual void ForgetFileDescChanges() = 0;
     /// Nothing that was typed counts as a change any more.
     virtual void ResetChangedBooleans() = 0;
 

@@ -203,13 +203,10 @@ void ctlCodeDetails::ConnectBox(Box* box, Text text)
 
 void ctlCodeDetails::ConnectFormatter()
 {
-    mFT.SetRichTextBox(rtbNotes);
-    const auto read = [this] {
-        if (m_userChange)
-            mFT.ReadValues();
-    };
-    connect(rtbNotes, &RichTextBox::selectionChanged, this, read);
-    connect(rtbNotes, &RichTextBox::cursorPositionChanged, this, read);
+    PointFormatter();
+    connect(rtbNotes, &RichTextBox::selectionChanged, this, &ctlCodeDetails::ReadFormat);
+    connect(rtbNotes, &RichTextBox::cursorPositionChanged, this, &ctlCodeDetails::ReadFormat);
+    connect(this, &ctlCodeDetails::CurrentViewChanged, this, &ctlCodeDetails::PointFormatter);
     connect(&mFT, &CTextFormat::eColorizeProgress, this, &ctlCodeDetails::ShowColorizeProgress);
     connect(&mFT, &CTextFormat::eFontChanged, this, &ctlCodeDetails::eNotesFontChanged);
     connect(&mFT, &CTextFormat::eFontSizeChanged, this, &ctlCodeDetails::eNotesFontSizeChanged);
@@ -218,6 +215,20 @@ void ctlCodeDetails::ConnectFormatter()
     connect(&mFT, &CTextFormat::eUnderlineStateChanged, this, &ctlCodeDetails::eNotesUnderlineStateChanged);
     connect(&mFT, &CTextFormat::BulletStateChanged, this, &ctlCodeDetails::NotesBulletStateChanged);
     connect(&mFT, &CTextFormat::AllignmentStateChanged, this, &ctlCodeDetails::NotesAllignmentStateChanged);
+}
+
+void ctlCodeDetails::ReadFormat()
+{
+    if (m_userChange)
+        mFT.ReadValues();
+}
+
+/// The formatter works on the notes of the item, or of the stored file where files are shown.
+void ctlCodeDetails::PointFormatter()
+{
+    const bool isFiles = CurrentView() == DetailsTab::Files && ctlFileDetails1;
+    mFT.SetRichTextBox(isFiles ? &ctlFileDetails1->DescriptionTextBox() : rtbNotes);
+    ReadFormat();
 }
 
 void ctlCodeDetails::MakeProgress()
@@ -308,11 +319,21 @@ void ctlCodeDetails::SetFileControl(FileDetailsView& files)
 {
     ctlFileDetails1 = &files;
     m_filePage->layout()->addWidget(files.Page());
+    RichTextBox* box = &files.DescriptionTextBox();
+    for (const auto signal : {&RichTextBox::selectionChanged, &RichTextBox::cursorPositionChanged}) {
+        connect(box, signal, this, &ctlCodeDetails::ReadFormat);
+        connect(box, signal, this, &ctlCodeDetails::EditStateChanged);
+    }
+    connect(box, &RichTextBox::textChanged, m_findBar, &FindBar::RefreshSoon);
+    connect(box, &RichTextBox::ZoomAsked, this, [this](int steps) { SetZoom(m_zoom + steps * ZoomStep); });
+    connect(box, &RichTextBox::LinkActivated, this, &ctlCodeDetails::OpenAddress);
 }
 
 void ctlCodeDetails::SetDefaultFont(const RtfFont& font)
 {
     rtbNotes->SetDefaultFont(font);
+    if (ctlFileDetails1)
+        ctlFileDetails1->DescriptionTextBox().SetDefaultFont(font);
 }
 
 // Changes
@@ -388,11 +409,25 @@ bool ctlCodeDetails::SaveItem(bool keep)
 bool ctlCodeDetails::SetItemChanged(bool automatic)
 {
     return Guarded(ModuleName, u"<<Let>> ItemChanged"_s, [&] {
-        if (!m_item || !m_item->Unsaved())
-            return true;
-        const bool marked = m_item->ItemChanged() && m_item->ItemMarkedForDelete();
-        return !marked || automatic || KeepsDeletedItem() ? SaveItem(marked) : true;
+        bool saved = true;
+        if (m_item && m_item->Unsaved()) {
+            const bool marked = m_item->ItemChanged() && m_item->ItemMarkedForDelete();
+            if (!marked || automatic || KeepsDeletedItem())
+                saved = SaveItem(marked);
+        }
+        return SaveFileDescChanges() && saved; // in every case
     }, false);
+}
+
+bool ctlCodeDetails::SaveFileDescChanges(bool mayAsk)
+{
+    return !ctlFileDetails1 || ctlFileDetails1->SaveFileDescChanges(mayAsk);
+}
+
+void ctlCodeDetails::ForgetFileDescChanges()
+{
+    if (ctlFileDetails1)
+        ctlFileDetails1->ForgetFileDescChanges();
 }
 
 /// Whether an item that waits for removal or for the mother is to become a regular one.
@@ -504,6 +539,8 @@ UserTextBox* ctlCodeDetails::CurrentBox() const
         return rtbCode;
     if (tab == DetailsTab::Notes)
         return rtbNotes;
+    if (tab == DetailsTab::Files && ctlFileDetails1 && ctlFileDetails1->DescriptionTextBox().isEnabled())
+        return &ctlFileDetails1->DescriptionTextBox();
     return tab == DetailsTab::Usage ? rtbUsage : nullptr;
 }
 
@@ -521,6 +558,12 @@ QString ctlCodeDetails::CodeWindowText() const
 void ctlCodeDetails::NotesSetFocus()
 {
     rtbNotes->setFocus();
+}
+
+void ctlCodeDetails::FileNotesSetFocus()
+{
+    if (ctlFileDetails1)
+        ctlFileDetails1->NotesSetFocus();
 }
 
 void ctlCodeDetails::SetTabEnabled(DetailsTab tab, bool hasContent)

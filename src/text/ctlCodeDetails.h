@@ -52,6 +52,8 @@ public:
     void ColorizeItem() override;
     bool SaveItem(bool keep = false) override;
     bool SetItemChanged(bool automatic) override;
+    bool SaveFileDescChanges(bool mayAsk = true) override;
+    void ForgetFileDescChanges() override;
     void ResetChangedBooleans() override;
     void Navigate(const QString& address) override;
 
@@ -148,6 +150,7 @@ public:
     void SetFontSize(int points) { mFT.SetSize(points); }
     void SetFontColor(quint32 color) { mFT.SetColor(color); }
     void NotesSetFocus();
+    void FileNotesSetFocus();
 
 Q_SIGNALS:
     /// The text of a tab was changed by the user.
@@ -204,6 +207,8 @@ private:
     template <class Box>
     void ConnectBox(Box* box, Text text);
     void ConnectFormatter();
+    void ReadFormat();
+    void PointFormatter();
     void ShowTexts();
     void BoxChanged(Text text);
     void StoreText(Text text);

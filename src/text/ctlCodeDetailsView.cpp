@@ -5,6 +5,7 @@
 #include "store/CCodeItem.h"
 #include "support/ErrorRoutine.h"
 #include "text/CodeSections.h"
+#include "text/FileDetailsView.h"
 #include "text/ctlCodeDetails.h"
 #include "text/ui/CodeBox.h"
 #include "text/ui/FindBar.h"
@@ -66,6 +67,8 @@ void ctlCodeDetails::SetZoom(int percent)
     const QScopedValueRollback userChange(m_userChange, false);
     for (const TextState& text : m_texts)
         text.Box->SetZoom(m_zoom / Whole);
+    if (ctlFileDetails1)
+        ctlFileDetails1->DescriptionTextBox().SetZoom(m_zoom / Whole);
     Q_EMIT ZoomChanged(m_zoom);
 }
 

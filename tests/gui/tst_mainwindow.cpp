@@ -389,8 +389,10 @@ private Q_SLOTS:
         for (const auto& [percent, shown] : {std::pair{0, false}, {1, true}, {99, true}, {100, false}, {101, false}}) {
             m_window->ShowProgress(u"Working"_s, percent);
             QCOMPARE(bar->isVisible(), shown);
+            QCOMPARE(Find<QLabel>(u"sbrMainPanel2"_s)->text(), shown ? u"Working"_s : QString());
+            QCOMPARE(bar->minimum(), 1);
+            QCOMPARE(bar->maximum(), 100);
         }
-        QCOMPARE(Find<QLabel>(u"sbrMainPanel1"_s)->text(), u"Working"_s);
     }
 
     void treeDrawn_isTold()

@@ -121,6 +121,16 @@ public:
             Automatic = automatic;
         return SaveItem(Item && Item->ItemMarkedForDelete());
     }
+    bool SaveFileDescChanges(bool mayAsk) override
+    {
+        DescriptionSaves << mayAsk;
+        return DescriptionsCanBeSaved;
+    }
+    void ForgetFileDescChanges() override { ++DescriptionsForgotten; }
+    QList<bool> DescriptionSaves; ///< whether it might ask
+    bool DescriptionsCanBeSaved = true;
+    int DescriptionsForgotten = 0;
+
     void ResetChangedBooleans() override
     {
         Typed.reset();

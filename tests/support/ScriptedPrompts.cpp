@@ -25,6 +25,11 @@ void ScriptedPrompts::ExpectInputBox(const QString& caption, std::optional<QStri
     m_script.push_back({.Kind = Step::InputBoxStep, .Caption = caption, .Text = std::move(answer)});
 }
 
+void ScriptedPrompts::ExpectFileNames(const QString& title, const QStringList& answer)
+{
+    m_script.push_back({.Kind = Step::FileNamesStep, .Caption = title, .Files = answer});
+}
+
 void ScriptedPrompts::ExpectFileName(const QString& title, const QString& answer)
 {
     m_script.push_back({.Kind = Step::FileNameStep, .Caption = title, .Text = answer});
@@ -57,6 +62,12 @@ std::optional<QString> ScriptedPrompts::InputBox(const QString& text, const QStr
     InputTexts << text;
     InputPresets << preset;
     return Next(Step::InputBoxStep, caption, text).Text;
+}
+
+QStringList ScriptedPrompts::FileNames(const FileQuestion& question)
+{
+    Questions << question;
+    return Next(Step::FileNamesStep, question.Title, question.Filter).Files;
 }
 
 QString ScriptedPrompts::FileName(const FileQuestion& question)

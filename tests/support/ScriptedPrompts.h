@@ -16,6 +16,7 @@ public:
 
     void ExpectMsgBox(const QString& caption, MsgBoxResult answer = MsgBoxResult::Ok);
     void ExpectInputBox(const QString& caption, std::optional<QString> answer);
+    void ExpectFileNames(const QString& title, const QStringList& answer);
     void ExpectFileName(const QString& title, const QString& answer);
     void ExpectError(bool report = false);
 
@@ -28,6 +29,7 @@ public:
     MsgBoxResult MsgBox(const Message& message) override;
     std::optional<QString> InputBox(const QString& text, const QString& caption, const QString& preset) override;
     QString FileName(const FileQuestion& question) override;
+    QStringList FileNames(const FileQuestion& question) override;
     bool ShowError(const QString& description) override;
     void OperationSuccessful(const QString& text, const QString& filePath) override;
     std::unique_ptr<Information> InformUser(const QString& text) override;
@@ -35,11 +37,12 @@ public:
 
 private:
     struct Step {
-        enum { MsgBoxStep, InputBoxStep, FileNameStep, ErrorStep } Kind;
+        enum { MsgBoxStep, InputBoxStep, FileNameStep, FileNamesStep, ErrorStep } Kind;
         QString Caption;
         MsgBoxResult Answer = MsgBoxResult::Ok;
         std::optional<QString> Text = {};
         bool Report = false;
+        QStringList Files = {};
     };
     Step Next(decltype(Step::Kind) kind, const QString& caption, const QString& text);
 

@@ -3,6 +3,7 @@
 #include "platform/dao/Database.h"
 
 #include <QLocale>
+#include <algorithm>
 
 namespace qb {
 
@@ -42,6 +43,12 @@ void StoredFileList::Clear()
     beginResetModel();
     m_rows.clear();
     endResetModel();
+}
+
+int StoredFileList::RowOf(qint64 id) const
+{
+    const auto row = std::find_if(m_rows.begin(), m_rows.end(), [id](const Row& one) { return one.Id == id; });
+    return row == m_rows.end() ? -1 : int(row - m_rows.begin());
 }
 
 int StoredFileList::rowCount(const QModelIndex& parent) const

@@ -25,6 +25,11 @@ public:
     /// Reads the files of the item of this key.
     void Read(Database& database, const QString& itemKey);
     void Clear();
+    /// The `Files.ID` of a row.
+    qint64 IdOf(int row) const { return m_rows[size_t(row)].Id; }
+    QString TitleOf(int row) const { return m_rows[size_t(row)].Title; }
+    /// The row of a file; -1 when it is not listed.
+    int RowOf(qint64 id) const;
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;

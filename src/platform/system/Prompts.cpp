@@ -50,6 +50,11 @@ std::optional<QString> SilentPrompts::InputBox(const QString&, const QString&, c
     return std::nullopt;
 }
 
+QStringList SilentPrompts::FileNames(const FileQuestion&)
+{
+    return {};
+}
+
 QString SilentPrompts::FileName(const FileQuestion&)
 {
     return {};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <memory>
 #include <optional>
 
@@ -29,6 +30,7 @@ struct FileQuestion {
     /// Pairs of a name and its patterns, separated by "|": "Libraries|*.qbd;*.qbr".
     QString Filter;
     QString Folder;
+    QString Name = {}; ///< proposed for saving
 };
 
 /// A short message that stays on screen until the object goes.
@@ -50,6 +52,8 @@ public:
     /// The path chosen, or an empty text when the user cancelled. Saving asks before it
     /// accepts the name of an existing file.
     virtual QString FileName(const FileQuestion& question) = 0;
+    /// The paths of the existing files chosen, of one folder; empty when the user cancelled.
+    virtual QStringList FileNames(const FileQuestion& question) = 0;
     /// Shows an error; true when the user wants to report it.
     virtual bool ShowError(const QString& description) = 0;
     /// Says that an operation succeeded and offers to open the folder of @p filePath.
@@ -71,6 +75,7 @@ public:
     MsgBoxResult MsgBox(const Message& message) override;
     std::optional<QString> InputBox(const QString& text, const QString& caption, const QString& preset) override;
     QString FileName(const FileQuestion& question) override;
+    QStringList FileNames(const FileQuestion& question) override;
     bool ShowError(const QString& description) override;
     void OperationSuccessful(const QString& text, const QString& filePath) override;
     std::unique_ptr<Information> InformUser(const QString& text) override;

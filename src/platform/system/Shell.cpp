@@ -1,7 +1,9 @@
 #include "platform/system/Shell.h"
 
+#include <QMimeDatabase>
 #include <QProcess>
 #include <QStandardPaths>
+#include <algorithm>
 
 namespace qb {
 
@@ -18,6 +20,35 @@ bool Start(const QString& program, const QStringList& arguments)
 bool OpenTarget(const QString& target)
 {
     return Start(QStringLiteral("xdg-open"), {target});
+}
+
+QString FindAssociatedProgram(const QString& fileName)
+{
+    constexpr int Patience = 5000; // milliseconds
+    const QString path = QStandardPaths::findExecutable(QStringLiteral("xdg-mime"));
+    if (path.isEmpty())
+        return {};
+    const QString type = QMimeDatabase().mimeTypeForFile(fileName, QMimeDatabase::MatchExtension).name();
+    QProcess query;
+    query.start(path, {QStringLiteral("query"), QStringLiteral("default"), type});
+    if (!query.waitForFinished(Patience))
+        return {};
+    return QString::fromLocal8Bit(query.readAllStandardOutput()).section(u'\n', 0, 0).trimmed();
+}
+
+bool IsProgram(const QString& fileName)
+{
+    static const QStringList extensions{QStringLiteral("EXE"), QStringLiteral("COM"), QStringLiteral("BAT"), QStringLiteral("CMD"),
+                                        QStringLiteral("MSI"), QStringLiteral("SCR"), QStringLiteral("PS1"), QStringLiteral("VBS"),
+                                        QStringLiteral("APPIMAGE"), QStringLiteral("RUN")};
+    static const QStringList types{QStringLiteral("application/x-executable"), QStringLiteral("application/x-sharedlib"),
+                                   QStringLiteral("application/x-shellscript"), QStringLiteral("application/x-desktop"),
+                                   QStringLiteral("application/x-java-archive"), QStringLiteral("application/x-ms-dos-executable"),
+                                   QStringLiteral("application/vnd.debian.binary-package"), QStringLiteral("application/x-rpm")};
+    if (extensions.contains(fileName.section(u'.', -1).toUpper()) && fileName.contains(u'.'))
+        return true;
+    const QMimeType type = QMimeDatabase().mimeTypeForFile(fileName, QMimeDatabase::MatchExtension);
+    return std::any_of(types.begin(), types.end(), [&type](const QString& program) { return type.inherits(program); });
 }
 
 bool OpenMail(const Mail& mail)

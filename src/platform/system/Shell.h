@@ -16,6 +16,14 @@ struct Mail {
 /// when there is none.
 bool OpenTarget(const QString& target);
 
+/// The application that the desktop has for files of a name like this: the name of its desktop entry.
+/// Empty when it has none.
+QString FindAssociatedProgram(const QString& fileName);
+
+/// Whether opening a file of this name may run it, instead of showing it: programs, scripts of a shell,
+/// installers, starters.
+bool IsProgram(const QString& fileName);
+
 /// Hands @p mail to the user's mail program, which shows it for the user to send. False when
 /// there is none.
 bool OpenMail(const Mail& mail);

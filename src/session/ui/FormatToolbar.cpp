@@ -123,7 +123,7 @@ void FormatToolbar::Run(const std::function<void(ctlCodeDetails&)>& change)
     if (m_details.Locked() || !m_settings)
         return;
     change(m_details);
-    m_details.NotesSetFocus();
+    m_details.CurrentView() == DetailsTab::Files ? m_details.FileNotesSetFocus() : m_details.NotesSetFocus();
 }
 
 // Fonts

@@ -77,6 +77,21 @@ public:
     PlainCursor& operator=(const PlainCursor&) = delete;
 };
 
+/// What the user chooses in the file dialog.
+QStringList Chosen(const FileQuestion& question, QFileDialog::FileMode mode)
+{
+    const PlainCursor cursor;
+    QFileDialog dialog(QApplication::activeWindow(), question.Title, question.Folder);
+    dialog.setObjectName(u"CommonDialog1"_s);
+    dialog.setNameFilters(NameFilters(question.Filter));
+    dialog.setAcceptMode(question.Save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+    dialog.setFileMode(mode);
+    dialog.setDefaultSuffix(question.Filter.section(u"*."_s, 1).section(u';', 0, 0));
+    if (!question.Name.isEmpty())
+        dialog.selectFile(question.Name);
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles() : QStringList();
+}
+
 class InfoWindow : public Information {
 public:
     explicit InfoWindow(const QString& text) : m_window(QApplication::activeWindow()) { m_window.InformUser(text); }
@@ -117,14 +132,12 @@ std::optional<QString> DialogPrompts::InputBox(const QString& text, const QStrin
 
 QString DialogPrompts::FileName(const FileQuestion& question)
 {
-    const PlainCursor cursor;
-    QFileDialog dialog(QApplication::activeWindow(), question.Title, question.Folder);
-    dialog.setObjectName(u"CommonDialog1"_s);
-    dialog.setNameFilters(NameFilters(question.Filter));
-    dialog.setAcceptMode(question.Save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
-    dialog.setFileMode(question.Save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
-    dialog.setDefaultSuffix(question.Filter.section(u"*."_s, 1).section(u';', 0, 0));
-    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
+    return Chosen(question, question.Save ? QFileDialog::AnyFile : QFileDialog::ExistingFile).value(0);
+}
+
+QStringList DialogPrompts::FileNames(const FileQuestion& question)
+{
+    return Chosen(question, QFileDialog::ExistingFiles);
 }
 
 bool DialogPrompts::ShowError(const QString& description)

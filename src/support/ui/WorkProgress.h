@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QProgressDialog>
+#include <QString>
+
+namespace qb {
+
+/// A dialog over a work that takes its time: what is being done, how far it is, and a button to cancel
+/// it. It appears once the work has lasted half a second.
+class WorkProgress {
+public:
+    WorkProgress(QWidget* parent, const QString& title);
+    ~WorkProgress();
+    WorkProgress(const WorkProgress&) = delete;
+    WorkProgress& operator=(const WorkProgress&) = delete;
+
+    void SetCaption(const QString& text);
+    /// Lets the window paint itself; false when the user has cancelled.
+    bool Advance(qint64 done, qint64 total);
+
+private:
+    QProgressDialog m_dialog;
+};
+
+} // namespace qb
