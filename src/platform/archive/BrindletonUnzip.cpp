@@ -28,6 +28,9 @@ namespace {
 
 ZipHandle Open(const QString& path)
 {
+    const QFileInfo info(path);
+    if (info.isFile() && info.size() == 0)
+        FailToExtract(path, u"the file is empty"_s); // which the library takes for an archive without entries
     QString why;
     ZipHandle archive = OpenZip(path, ZIP_RDONLY, why);
     if (!archive)
