@@ -2,8 +2,9 @@
 
 #include <QFile>
 #include <QLocale>
-#include <QSet>
 #include <QStringList>
+#include <algorithm>
+#include <limits.h>
 #include <sys/stat.h>
 #include <zip.h>
 
@@ -21,21 +22,30 @@ struct CheckedName {
     QString Problem;
 };
 
+bool IsControl(QChar character)
+{
+    return character.category() == QChar::Other_Control;
+}
+
 /// Old programs separate by "\", and some begin with "./".
 CheckedName Checked(const QString& stored)
 {
-    const QString name = QString(stored).replace(u'\\', u'/');
+    QString name = QString(stored).replace(u'\\', u'/');
+    if (std::any_of(name.cbegin(), name.cend(), IsControl)) {
+        std::replace_if(name.begin(), name.end(), IsControl, QChar::ReplacementCharacter); // a terminal may show it
+        return {name.left(LongestPart), u"its name has control characters"_s};
+    }
     const bool hasDrive = name.size() > 1 && name[1] == u':' && name[0].isLetter();
     if (name.startsWith(u'/') || hasDrive)
         return {name, u"its name leads to a place of its own, outside the folder"_s};
+    if (QFile::encodeName(name).size() >= PATH_MAX) // no path is longer, and work on its parts would take without end
+        return {name.left(LongestPart) + u"..."_s, u"its name is too long"_s};
     QStringList parts;
     for (const QString& part : name.split(u'/', Qt::SkipEmptyParts)) {
         if (part == u".."_s)
             return {name, u"its name leads out of the folder"_s};
         if (QFile::encodeName(part).size() > LongestPart)
             return {name, u"its name is too long"_s};
-        if (std::any_of(part.begin(), part.end(), [](QChar c) { return c < u' ' || c == u'\x7f'; }))
-            return {name, u"its name has control characters"_s};
         if (part != u"."_s)
             parts << part;
     }
@@ -94,22 +104,33 @@ ArchiveEntry EntryAt(zip* archive, quint64 index)
     return entry;
 }
 
-/// Marks names that stand there twice, and files that others take for a folder.
+/// Sorts what is below a name right behind it, and a file before a folder of its name.
+bool ComesBefore(const ArchiveEntry* one, const ArchiveEntry* other)
+{
+    const auto separatorFirst = [](QChar a, QChar b) { return b != u'/' && (a == u'/' || a < b); };
+    if (one->Name != other->Name)
+        return std::lexicographical_compare(one->Name.begin(), one->Name.end(), other->Name.begin(), other->Name.end(), separatorFirst);
+    return one->IsFolder != other->IsFolder ? other->IsFolder : one->Index < other->Index;
+}
+
+/// Marks names that stand there twice, and what has a file for a folder.
 void MarkClashes(std::vector<ArchiveEntry>& entries)
 {
-    QSet<QString> files;
-    QSet<QString> folders;
-    for (ArchiveEntry& entry : entries) {
-        bool throughFile = false;
-        for (qsizetype slash = entry.Name.indexOf(u'/'); slash > 0; slash = entry.Name.indexOf(u'/', slash + 1)) {
-            const QString folder = entry.Name.left(slash);
-            throughFile = throughFile || files.contains(folder);
-            folders.insert(folder);
-        }
-        const bool twice = files.contains(entry.Name) || (!entry.IsFolder && folders.contains(entry.Name));
-        if (entry.Problem.isEmpty() && (twice || throughFile))
-            entry.Problem = throughFile ? u"a file stands there where it needs a folder"_s : u"its name stands there twice"_s;
-        (entry.IsFolder ? folders : files).insert(entry.Name);
+    std::vector<ArchiveEntry*> sorted;
+    sorted.reserve(entries.size());
+    for (ArchiveEntry& entry : entries)
+        sorted.push_back(&entry);
+    std::sort(sorted.begin(), sorted.end(), ComesBefore);
+    const ArchiveEntry* file = nullptr; // the last one that is not below another
+    for (ArchiveEntry* entry : sorted) {
+        const bool isTwice = file && entry->Name == file->Name;
+        const bool isBelow = file && entry->Name.startsWith(file->Name + u'/');
+        if (entry->Problem.isEmpty() && isTwice)
+            entry->Problem = u"its name stands there twice"_s;
+        if (entry->Problem.isEmpty() && isBelow)
+            entry->Problem = u"a file stands there where it needs a folder"_s;
+        if (!entry->IsFolder && !isTwice && !isBelow)
+            file = entry;
     }
 }
 

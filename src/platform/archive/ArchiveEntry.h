@@ -22,8 +22,8 @@ struct ArchiveEntry {
 };
 
 /// The entries of an open archive in their order. Each has its name checked: one that would lead out of
-/// the folder extracted to, stands there twice, is no plain file, is encrypted or packed by an unknown
-/// method has a problem.
+/// the folder extracted to, is too long or has control characters (which its Name shows as U+FFFD), stands
+/// there twice, is no plain file, is encrypted or packed by an unknown method has a problem.
 std::vector<ArchiveEntry> EntriesOf(zip* archive);
 
 /// Why an archive as a whole is not extracted: its entries overlap, or unpack to more than @p mostBytes.

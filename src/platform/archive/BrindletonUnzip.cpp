@@ -3,6 +3,7 @@
 #include "platform/archive/BrindletonZip.h"
 #include "platform/archive/Pace.h"
 #include "platform/archive/ZipHandle.h"
+#include "platform/system/FileReplace.h"
 #include "platform/system/RuntimeError.h"
 #include "platform/system/StagedFiles.h"
 
@@ -28,6 +29,9 @@ namespace {
 
 ZipHandle Open(const QString& path)
 {
+    const QFileInfo info(path);
+    if (info.isFile() && info.size() == 0)
+        FailToExtract(path, u"the file is empty"_s); // which the library takes for an archive without entries
     QString why;
     ZipHandle archive = OpenZip(path, ZIP_RDONLY, why);
     if (!archive)
@@ -83,8 +87,8 @@ private:
             m_done += length;
             if (written > entry.Size) // the limits were checked against what it declares
                 Fail(entry, u"it is larger than it declares"_s);
-            if (target.write(m_buffer.constData(), length) != length)
-                Fail(entry, target.errorString());
+            if (const QString why = WriteAll(target, m_buffer.constData(), length); !why.isEmpty())
+                Fail(entry, why);
             if (!m_pace.Tell(m_done))
                 return false;
         }

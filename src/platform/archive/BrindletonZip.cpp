@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QScopeGuard>
 #include <QSet>
 #include <sys/stat.h>
 
@@ -75,7 +76,9 @@ std::vector<BrindletonZip::Packed> BrindletonZip::FilesToPack() const
 {
     std::vector<Packed> files;
     QSet<QString> names;
-    const QString base = m_baseDirectory.isEmpty() ? QString() : QDir::cleanPath(m_baseDirectory) + u'/';
+    QString base = m_baseDirectory.isEmpty() ? QString() : QDir(m_baseDirectory).absolutePath();
+    if (!base.isEmpty() && !base.endsWith(u'/'))
+        base += u'/';
     for (const QString& path : m_files) {
         const QFileInfo info(path);
         if (!info.isFile())
@@ -96,8 +99,11 @@ std::vector<BrindletonZip::Packed> BrindletonZip::FilesToPack() const
 bool BrindletonZip::Zip()
 {
     const std::vector<Packed> files = FilesToPack();
+    if (QFileInfo(m_zipFileName).isDir())
+        FailToPack(m_zipFileName, u"a folder stands there"_s);
     const QString interim = InterimName(m_zipFileName);
     QFile::remove(interim); // of an earlier process of this number
+    const auto clear = qScopeGuard([&interim] { QFile::remove(interim); });
     if (!Pack(files, interim))
         return false;
     MoveIntoPlace(interim, m_zipFileName, true);

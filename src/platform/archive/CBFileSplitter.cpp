@@ -4,13 +4,13 @@
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
 #include "platform/system/RuntimeError.h"
+#include "platform/system/StagedFiles.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QScopeGuard>
-#include <QStringList>
 
 namespace qb {
 
@@ -27,13 +27,13 @@ constexpr qint64 ChunkSize = 1024 * 1024;
 
 QString VolumeName(const QString& file, int number)
 {
-    return u"%1.%2"_s.arg(file).arg(number, 3, 10, QLatin1Char('0'));
+    return file + u".%1"_s.arg(number, 3, 10, QLatin1Char('0'));
 }
 
 /// The name of the whole file, of a volume's; empty when it is none.
 QString WholeName(const QString& volume)
 {
-    static const QRegularExpression name(u"^(.*[^/\\\\])\\.(\\d{3})$"_s, QRegularExpression::DotMatchesEverythingOption);
+    static const QRegularExpression name(u"^(.*[^/\\\\])\\.(\\d{3})\\z"_s, QRegularExpression::DotMatchesEverythingOption);
     const QRegularExpressionMatch match = name.match(volume);
     return match.hasMatch() && match.captured(2) != u"000"_s ? match.captured(1) : QString();
 }
@@ -72,16 +72,17 @@ public:
         Q_EMIT m_owner.TotalChunks(Chunks(total));
     }
 
-    /// Copies @p length bytes from where @p source stands. False when the work is to end.
-    bool Copy(QFile& source, QFile& target, qint64 length)
+    /// Copies @p length bytes from where @p source stands to what will be @p name. False when the work is
+    /// to end.
+    bool Copy(QFile& source, QFile& target, const QString& name, qint64 length)
     {
         while (length > 0) {
             const qint64 untilChunk = ChunkSize - m_done % ChunkSize;
             const qint64 piece = source.read(m_buffer.data(), qMin(length, untilChunk));
             if (piece <= 0)
                 Fail(source.fileName(), piece < 0 ? source.errorString() : u"it ends early"_s);
-            if (target.write(m_buffer.constData(), piece) != piece)
-                Fail(target.fileName(), target.errorString());
+            if (const QString why = WriteAll(target, m_buffer.constData(), piece); !why.isEmpty())
+                Fail(name, why);
             length -= piece;
             m_done += piece;
             if (m_done % ChunkSize == 0 || m_done == m_total)
@@ -108,31 +109,30 @@ QString CBFileSplitter::Split(const QString& file, qint64 size)
         return file;
     if (size < 0)
         throw RuntimeError(ErrorNumber::InvalidCall, u"A volume can't have %1 bytes. Nothing was changed."_s.arg(size), u"CBFileSplitter"_s);
+    if (const QFileInfo info(file); info.exists() && !info.isFile())
+        Fail(file, u"it is no file"_s);
     QFile source(file);
     if (!source.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         Fail(file, source.errorString());
     const qint64 total = source.size();
-    const qint64 count = qMax<qint64>(1, (total + size - 1) / size);
+    const qint64 count = qMax<qint64>(1, total / size + (total % size != 0 ? 1 : 0));
     if (count > MostVolumes)
         Fail(file, u"volumes of %1 bytes would be %2; %3 are the most"_s.arg(size).arg(count).arg(MostVolumes));
-    QStringList made; // under their interim names
-    const auto clear = qScopeGuard([&made] {
-        for (const QString& path : std::as_const(made))
-            QFile::remove(path);
-    });
+    StagedFiles volumes(QFileInfo(file).absolutePath());
     Work work(*this, total);
     for (int number = 1; number <= count; ++number) {
         const qint64 length = qMin(size, total - (number - 1) * size);
-        made << InterimName(VolumeName(file, number));
-        QFile volume(made.last());
+        const QString name = VolumeName(file, number);
+        QFile volume(volumes.PathFor(QFileInfo(name).fileName()));
         Q_EMIT NextVolume(number, length, true);
         if (!volume.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
-            Fail(VolumeName(file, number), volume.errorString());
-        if (!work.Copy(source, volume, length))
+            Fail(name, volume.errorString());
+        if (!work.Copy(source, volume, name, length))
             return {};
     }
-    for (int number = 1; number <= count; ++number)
-        MoveIntoPlace(made.takeFirst(), VolumeName(file, number), true);
+    if (source.size() != total)
+        Fail(file, u"something is writing to it"_s);
+    volumes.PutInPlace(false);
     for (int number = int(count) + 1; number <= MostVolumes; ++number)
         QFile::remove(VolumeName(file, number));
     QFile::remove(file);
@@ -160,7 +160,7 @@ QString CBFileSplitter::Merge(const QString& file)
         Q_EMIT NextVolume(int(i) + 1, sizes[i], false);
         if (!volume.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
             Fail(volume.fileName(), volume.errorString());
-        if (!work.Copy(volume, joined, sizes[i]))
+        if (!work.Copy(volume, joined, target, sizes[i]))
             return {};
     }
     joined.close();

@@ -82,10 +82,22 @@ QString ReplaceContents(const QString& path, const QByteArray& bytes)
     return done ? QString() : file.errorString();
 }
 
+QString WriteAll(QFile& file, const char* bytes, qint64 length)
+{
+    while (length > 0) { // of what a full disk takes but a part of, only the next try tells the reason
+        const qint64 written = file.write(bytes, length);
+        if (written <= 0)
+            return file.errorString();
+        bytes += written;
+        length -= written;
+    }
+    return {};
+}
+
 QString InterimName(const QString& target)
 {
     const QFileInfo info(target);
-    return info.absolutePath() + QStringLiteral("/.%1.%2.new").arg(info.fileName()).arg(::getpid());
+    return info.absolutePath() + QStringLiteral("/.%1.%2.new").arg(info.fileName(), QString::number(::getpid()));
 }
 
 } // namespace qb

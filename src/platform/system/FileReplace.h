@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QString>
 
+class QFile;
+
 namespace qb {
 
 /// Flushes a file's contents to the disk. Raises RuntimeError 75 on failure.
@@ -18,6 +20,10 @@ void MoveIntoPlace(const QString& from, const QString& to, bool replace);
 /// Makes @p bytes the contents of the file @p path, in one step. Returns why that could not be done,
 /// in the system's words; the file is as it was then. Empty on success.
 QString ReplaceContents(const QString& path, const QByteArray& bytes);
+
+/// Writes all of @p length bytes to a file without a buffer. Returns why that could not be done, in the
+/// system's words; empty on success.
+QString WriteAll(QFile& file, const char* bytes, qint64 length);
 
 /// A name beside @p target, for what will be moved there when it is complete; no other file or
 /// process has it.

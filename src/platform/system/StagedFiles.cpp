@@ -34,11 +34,19 @@ QString SystemReason()
     return QString::fromLocal8Bit(std::strerror(errno));
 }
 
-/// Opens and locks a folder; -1 when somebody else holds it, or it has gone.
-int LockFolder(const QString& path)
+/// Gives a file a name more, or another where the file system knows but one for a file.
+bool NameToo(const QString& file, const QString& name)
+{
+    const QByteArray from = QFile::encodeName(file);
+    const QByteArray to = QFile::encodeName(name);
+    return ::link(from.constData(), to.constData()) == 0 || std::rename(from.constData(), to.constData()) == 0;
+}
+
+/// Opens and locks a folder; -1 when it has gone, or somebody else holds it and @p how is not to wait.
+int LockFolder(const QString& path, int how)
 {
     const int folder = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder >= 0 && ::flock(folder, LOCK_EX | LOCK_NB) == 0 && QFileInfo::exists(path))
+    if (folder >= 0 && ::flock(folder, LOCK_EX | how) == 0 && QFileInfo::exists(path))
         return folder;
     if (folder >= 0)
         ::close(folder);
@@ -49,6 +57,8 @@ int LockFolder(const QString& path)
 
 StagedFiles::StagedFiles(const QString& folder) : m_folder(QDir::cleanPath(QFileInfo(folder).absoluteFilePath()) + u'/')
 {
+    if (folder.isEmpty()) // which would be the topmost one
+        Fail(folder, u"it is no folder"_s);
     QStringList missing;
     for (QString path = QDir::cleanPath(m_folder); !QFileInfo::exists(path) && !path.isEmpty(); path = QFileInfo(path).path())
         missing.prepend(path);
@@ -73,14 +83,15 @@ void StagedFiles::MakeStage()
             RemoveMade();
             Fail(m_folder, why);
         }
-        m_lock = LockFolder(m_stage); // another process may have taken it for a dead one
+        m_lock = LockFolder(m_stage, 0); // another process may just be taking it for a dead one
     } while (m_lock < 0 && !QFileInfo::exists(m_stage));
 }
 
 void StagedFiles::RemoveDeadStages() const
 {
-    for (const QString& name : QDir(m_folder).entryList({StagePrefix + u'*'}, QDir::Dirs | QDir::Hidden)) {
-        const int lock = LockFolder(m_folder + name);
+    const QString stages = StagePrefix + u"[0-9a-f]"_s.repeated(32);
+    for (const QString& name : QDir(m_folder).entryList({stages}, QDir::Dirs | QDir::Hidden | QDir::NoSymLinks)) {
+        const int lock = LockFolder(m_folder + name, LOCK_NB);
         if (lock < 0)
             continue;
         DeleteFolder(m_folder + name);
@@ -90,9 +101,8 @@ void StagedFiles::RemoveDeadStages() const
 
 StagedFiles::~StagedFiles()
 {
-    if (!m_complete)
-        TakeBack();
-    DeleteFolder(QDir::cleanPath(m_stage));
+    if (m_complete || TakeBack())
+        DeleteFolder(QDir::cleanPath(m_stage)); // which else has the only copy of a file
     if (m_lock >= 0)
         ::close(m_lock);
     if (!m_complete)
@@ -144,33 +154,36 @@ void StagedFiles::MakeFolders(const QString& name)
 
 void StagedFiles::Move(const QString& name, bool keepExisting)
 {
-    Moved moved{m_folder + name, {}};
-    const QFileInfo there(moved.Target);
-    const bool occupied = there.exists() || there.isSymLink();
-    if (occupied && keepExisting)
+    const QString target = m_folder + name;
+    const QFileInfo there(target);
+    const bool isOccupied = there.exists() || there.isSymLink();
+    if (isOccupied && keepExisting)
         return;
     if (there.isDir() && !there.isSymLink())
-        Fail(moved.Target, u"a folder stands there"_s);
-    const auto rename = [&](const QString& from, const QString& to) {
-        if (std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) != 0)
-            Fail(moved.Target, SystemReason());
-    };
-    if (occupied) {
+        Fail(target, u"a folder stands there"_s);
+    if (isOccupied) { // it keeps its name until the new one takes it, so that it can't get lost
         const QString saved = m_stage + u"old-%1"_s.arg(m_moved.size());
-        rename(moved.Target, saved);
-        moved.Saved = saved;
+        if (!NameToo(target, saved))
+            Fail(target, SystemReason());
+        m_moved.push_back({target, saved});
     }
-    m_moved.push_back(moved); // before its own move, so that the old one is put back if that fails
-    rename(m_stage + u"new/"_s + name, moved.Target);
+    if (std::rename(QFile::encodeName(m_stage + u"new/"_s + name).constData(), QFile::encodeName(target).constData()) != 0)
+        Fail(target, SystemReason());
+    if (!isOccupied)
+        m_moved.push_back({target, {}});
 }
 
-void StagedFiles::TakeBack()
+/// False when a file could not be put back.
+bool StagedFiles::TakeBack()
 {
+    bool isBack = true;
     for (auto moved = m_moved.rbegin(); moved != m_moved.rend(); ++moved) {
-        QFile::remove(moved->Target);
-        if (!moved->Saved.isEmpty())
-            QFile::rename(moved->Saved, moved->Target);
+        if (moved->Saved.isEmpty())
+            QFile::remove(moved->Target);
+        else if (std::rename(QFile::encodeName(moved->Saved).constData(), QFile::encodeName(moved->Target).constData()) != 0)
+            isBack = false;
     }
+    return isBack;
 }
 
 void StagedFiles::RemoveMade()

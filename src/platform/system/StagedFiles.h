@@ -34,7 +34,7 @@ private:
     void RemoveDeadStages() const;
     void MakeFolders(const QString& name);
     void Move(const QString& name, bool keepExisting);
-    void TakeBack();
+    bool TakeBack();
     void RemoveMade();
 
     QString m_folder; ///< ends in a separator

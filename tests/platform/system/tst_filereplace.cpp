@@ -1,9 +1,11 @@
 #include "platform/system/FileReplace.h"
 #include "platform/system/RuntimeError.h"
+#include "support/FileSizeLimit.h"
 #include "support/TestRun.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <unistd.h>
 
 using namespace qb;
 using namespace qb::test;
@@ -87,6 +89,24 @@ private Q_SLOTS:
         } catch (const RuntimeError& error) {
             QVERIFY2(error.Description().contains(QDir::toNativeSeparators(To())), error.what());
         }
+    }
+
+    void writeAll_saysWhyItCant()
+    {
+        QFile file(To());
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        QCOMPARE(WriteAll(file, "0123", 4), QString());
+        {
+            const FileSizeLimit full(6);
+            QCOMPARE(WriteAll(file, "4567", 4), u"File too large"_s);
+        }
+        QCOMPARE(ReadFile(To()), "012345"_ba);
+    }
+
+    void interimName_isHiddenBesideTheTarget()
+    {
+        const QString interim = InterimName(m_home->Path(u"data/%1 %2"_s));
+        QCOMPARE(interim, m_home->Path(u"data/.%1 %2."_s + QString::number(getpid()) + u".new"_s));
     }
 
     void syncFile_missing_raises75()

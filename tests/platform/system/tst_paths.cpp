@@ -1,37 +1,16 @@
 #include "platform/system/Paths.h"
+#include "support/OrdinaryUser.h"
 #include "support/TestRun.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <unistd.h>
 
 using namespace qb;
 using namespace qb::test;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// Lets the checks of access rights see an ordinary user even when the tests are run by root.
-class OrdinaryUser {
-public:
-    OrdinaryUser() : m_isRoot(getuid() == 0)
-    {
-        constexpr uid_t Nobody = 65534;
-        if (m_isRoot && setreuid(Nobody, 0) != 0)
-            qFatal("can't change the user");
-    }
-    ~OrdinaryUser()
-    {
-        if (m_isRoot && setreuid(0, 0) != 0)
-            qFatal("can't change the user back");
-    }
-    OrdinaryUser(const OrdinaryUser&) = delete;
-    OrdinaryUser& operator=(const OrdinaryUser&) = delete;
-
-private:
-    bool m_isRoot;
-};
 
 QStringList FileNames(const QString& folder)
 {
@@ -115,6 +94,33 @@ private Q_SLOTS:
     {
         QFETCH(QString, name);
         QTEST(TakeExtensionOff(name), "base");
+    }
+
+    void takenName_getsTheFirstFreeNumber_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QStringList>("taken");
+        QTest::addColumn<QString>("result");
+        QTest::newRow("free") << u"a.txt"_s << QStringList{u"a(1).txt"_s} << u"a.txt"_s;
+        QTest::newRow("taken") << u"a.txt"_s << QStringList{u"a.txt"_s} << u"a(1).txt"_s;
+        QTest::newRow("taken twice") << u"a.txt"_s << QStringList{u"a.txt"_s, u"a(1).txt"_s} << u"a(2).txt"_s;
+        QTest::newRow("gap") << u"a.txt"_s << QStringList{u"a.txt"_s, u"a(2).txt"_s} << u"a(1).txt"_s;
+        QTest::newRow("has a number") << u"a(1).txt"_s << QStringList{u"a(1).txt"_s} << u"a(1)(1).txt"_s;
+        QTest::newRow("no extension") << u"Makefile"_s << QStringList{u"Makefile"_s} << u"Makefile(1)"_s;
+        QTest::newRow("two extensions") << u"a.tar.gz"_s << QStringList{u"a.tar.gz"_s} << u"a.tar(1).gz"_s;
+        QTest::newRow("a dot, no extension") << u"Version 1.2 notes"_s << QStringList{u"Version 1.2 notes"_s} << u"Version 1.2 notes(1)"_s;
+        QTest::newRow("hidden") << u".profile"_s << QStringList{u".profile"_s} << u".profile(1)"_s;
+        QTest::newRow("in a folder") << u"/x/ä b/a.txt"_s << QStringList{u"/x/ä b/a.txt"_s} << u"/x/ä b/a(1).txt"_s;
+        QTest::newRow("dot in the folder") << u"/x/v.1/a"_s << QStringList{u"/x/v.1/a"_s} << u"/x/v.1/a(1)"_s;
+        QTest::newRow("place markers") << u"%1/%2 %3.txt"_s << QStringList{u"%1/%2 %3.txt"_s} << u"%1/%2 %3(1).txt"_s;
+        QTest::newRow("empty") << QString() << QStringList{QString()} << u"(1)"_s;
+    }
+
+    void takenName_getsTheFirstFreeNumber()
+    {
+        QFETCH(QString, name);
+        QFETCH(QStringList, taken);
+        QTEST(NumberedName(name, [&](const QString& tried) { return taken.contains(tried); }), "result");
     }
 
     void programFolders_areTheRedirectedOnes()
