@@ -4,10 +4,12 @@
 BUILD_PACKAGES="g++ cmake ninja-build ccache libsqlite3-dev libzip-dev qt6-base-dev"
 GUI_PACKAGES="qt6-svg-dev libqt6svg6 qt6-webengine-dev breeze-icon-theme fonts-dejavu-core"
 DISPLAY_PACKAGES="xvfb xauth"
-BENCH_PACKAGES="libbenchmark-dev"
+BENCH_PACKAGES="libbenchmark-dev zip"
 FUZZ_PACKAGES="clang libclang-rt-14-dev"
 # Validators of what the desktop is told of the program, and the making of its package.
 DESKTOP_PACKAGES="desktop-file-utils appstream libxml2-utils shared-mime-info libglib2.0-bin man-db groff-base mandoc"
+# Other programs that the tests hold archives and volumes against.
+TEST_PACKAGES="python3 7zip"
 PACKAGE_PACKAGES="dpkg-dev"
 ASAN_PACKAGES="libasan8 libubsan1"
 

@@ -22,9 +22,11 @@ struct CheckedName {
     QString Problem;
 };
 
+/// Also what turns the direction of writing, by which "exe.txt" is made of "txt.exe".
 bool IsControl(QChar character)
 {
-    return character.category() == QChar::Other_Control;
+    const auto within = [character](char16_t first, char16_t last) { return character >= first && character <= last; };
+    return character.category() == QChar::Other_Control || within(u'\u202a', u'\u202e') || within(u'\u2066', u'\u2069');
 }
 
 /// Old programs separate by "\", and some begin with "./".
@@ -135,6 +137,15 @@ void MarkClashes(std::vector<ArchiveEntry>& entries)
 }
 
 } // namespace
+
+QString ArchiveName(const QString& name)
+{
+    QString safe = name;
+    std::replace_if(safe.begin(), safe.end(), [](QChar c) { return c == u'\\' || IsControl(c); }, u'_');
+    if (safe.size() > 1 && safe[1] == u':' && safe[0].isLetter())
+        safe[1] = u'_';
+    return safe;
+}
 
 std::vector<ArchiveEntry> EntriesOf(zip* archive)
 {

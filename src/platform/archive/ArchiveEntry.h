@@ -26,6 +26,10 @@ struct ArchiveEntry {
 /// there twice, is no plain file, is encrypted or packed by an unknown method has a problem.
 std::vector<ArchiveEntry> EntriesOf(zip* archive);
 
+/// The name under which a file goes into an archive, from which EntriesOf takes it back: "_" in the place
+/// of control characters, of "\\", and of the ":" of what looks like a drive.
+QString ArchiveName(const QString& name);
+
 /// Why an archive as a whole is not extracted: its entries overlap, or unpack to more than @p mostBytes.
 /// Empty when it can be. @p archiveSize is the length of the archive's own file.
 QString WhyNotExtracted(const std::vector<ArchiveEntry>& entries, qint64 archiveSize, qint64 mostBytes);

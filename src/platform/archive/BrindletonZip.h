@@ -65,7 +65,7 @@ public:
     void SetExtractDirectory(const QString& folder) { m_extractDirectory = folder; }
     /// The folder that was extracted to last; empty before.
     QString UnzippedPath() const { return m_unzippedPath; }
-    /// The number of files in the archive that is being extracted.
+    /// The number of files that are being extracted of the archive.
     int FileCount() const { return m_fileCount; }
     /// Asks by @p dialog, with @p folder proposed (the ExtractDirectory when it is empty). False when
     /// nothing was extracted.

@@ -133,8 +133,8 @@ QString CBFileSplitter::Split(const QString& file, qint64 size)
     if (source.size() != total)
         Fail(file, u"something is writing to it"_s);
     volumes.PutInPlace(false);
-    for (int number = int(count) + 1; number <= MostVolumes; ++number)
-        QFile::remove(VolumeName(file, number));
+    for (int number = int(count) + 1; QFile::remove(VolumeName(file, number));)
+        ++number;
     QFile::remove(file);
     return VolumeName(file, 1);
 }

@@ -17,7 +17,7 @@ public:
     static constexpr int MostVolumes = 999;
 
     /// Cuts @p file into volumes of @p size bytes, the last as small as it comes, which take its place;
-    /// volumes of an earlier split of that name go. Returns the first volume. With size 0 the file stays
+    /// volumes of an earlier split that follow them go. Returns the first volume. With size 0 the file stays
     /// as it is and is what comes back. Empty when it was cancelled. Raises RuntimeError 75 when
     /// something can't be read or written or there would be more than MostVolumes, and 5 for a negative
     /// size. The file stays whole in all these cases.

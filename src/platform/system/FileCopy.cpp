@@ -84,6 +84,8 @@ void Copy(const Descriptor& source, const Descriptor& target, qint64 total, cons
         }
         if (copied == 0)
             return;
+        // The disk begins with it while more is copied, so that the flush at the end finds little to do.
+        ::sync_file_range(target.Number(), done, copied, SYNC_FILE_RANGE_WRITE);
         done += copied;
         if (progress && !progress(done, qMax(done, total)))
             throw RuntimeError(ErrorNumber::UserInterrupt, u"The copying of '%1' was cancelled."_s.arg(source.Path()), u"CopyFileContents"_s);

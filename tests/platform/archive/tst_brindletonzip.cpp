@@ -194,6 +194,20 @@ private Q_SLOTS:
         QCOMPARE(NamesIn(Archive()), QStringList{name.replace(u"|/"_s, m_home->Path().mid(1) + u'/')});
     }
 
+    /// What the system allows for a name and an archive does not is packed all the same.
+    void oddNames_comeBack()
+    {
+        const QString names[] = {u"a\\b"_s, u"c:d"_s, u"line\nfeed"_s, u"turn\u202etxt.exe"_s};
+        for (const QString& name : names) {
+            WriteFile(In(name), name.toUtf8());
+            m_zip->AddFile(In(name));
+        }
+        QVERIFY(m_zip->Zip());
+        QVERIFY(BrindletonZip().ExtractTo(Archive(), m_home->Path(u"out"_s)));
+        QCOMPARE(ContentsOf(m_home->Path(u"out"_s)),
+                 (Contents{{u"a_b"_s, "a\\b"}, {u"c_d"_s, "c:d"}, {u"line_feed"_s, "line\nfeed"}, {u"turn_txt.exe"_s, names[3].toUtf8()}}));
+    }
+
     void sameNames_areNumbered()
     {
         WriteFile(In(u"a.txt"_s), "0");

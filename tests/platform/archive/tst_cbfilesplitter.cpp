@@ -187,7 +187,6 @@ private Q_SLOTS:
         CBFileSplitter splitter;
         splitter.Split(File(), 1);
         WriteFile(File(), "abcdef");
-        WriteFile(File(u".999"_s), "last");
         WriteFile(File(u".1000"_s), "no volume");
         WriteFile(m_home->Path(u"in/größe.zipx.004"_s), "of another");
         splitter.Split(File(), 4);
@@ -237,6 +236,16 @@ private Q_SLOTS:
         CBFileSplitter splitter;
         QB_VERIFY_REFUSES(splitter.Split(m_home->Path(u"in/"_s + name), size), why);
         QCOMPARE(ContentsOf(Folder()), m_before);
+    }
+
+    void volumesThatDoNotFollow_areLeftAlone()
+    {
+        WriteFile(File(), Bytes(20));
+        for (const QString& number : {u".003"_s, u".004"_s, u".100"_s})
+            WriteFile(File(number), "was there");
+        QCOMPARE(CBFileSplitter().Split(File(), 10), File(u".001"_s));
+        QVERIFY(!QFile::exists(File(u".003"_s)) && !QFile::exists(File(u".004"_s)));
+        QCOMPARE(ReadFile(File(u".100"_s)), "was there");
     }
 
     void negativeSize_isAnInvalidCall_data()

@@ -100,6 +100,8 @@ private Q_SLOTS:
         name("delete", "a\x7f" "b", controls);
         name("escape, UTF-8", "a\x1b" "b", u"Zip archive inconsistent"_s);
         name("later control, UTF-8", "a\u0085b", controls);
+        name("turned direction", "a\u202e" "b", controls);
+        name("isolated direction", "a\u2067" "b", controls);
         name("controls, leading out", "../a\nb", controls.mid(2));
         const QString longName = u"is refused, its name is too long"_s;
         name("long part", QByteArray(256, 'n'), longName);
