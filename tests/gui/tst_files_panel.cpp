@@ -1,18 +1,12 @@
-#include "panels/ctlFileDetails.h"
 #include "panels/frmImportType.h"
 #include "panels/ui/FilePreview.h"
 #include "panels/ui/StoredFileList.h"
-#include "panels/ui/StoredFileView.h"
 #include "platform/archive/BrindletonZip.h"
-#include "store/CFileObject.h"
-#include "store/SessionValues.h"
-#include "store/StoredFiles.h"
-#include "support/EditingWindow.h"
+#include "support/FilesWindow.h"
 
 #include <QAbstractItemModelTester>
 #include <QClipboard>
 #include <QCheckBox>
-#include <QDir>
 #include <QDropEvent>
 #include <QFile>
 #include <QHeaderView>
@@ -27,12 +21,8 @@ using namespace qb;
 using namespace qb::test;
 using namespace Qt::StringLiterals;
 
-namespace {
-constexpr int FilesTab = 3;
-} // namespace
-
 /// The page of stored files in the window: adding, describing, exporting, opening, unzipping, deleting.
-class TestFilesPanel : public QObject, private EditingWindow {
+class TestFilesPanel : public QObject, private FilesWindow {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -222,130 +212,6 @@ private Q_SLOTS:
         QVERIFY(!Action(u"mnuDeleteFile"_s)->isEnabled());
         QVERIFY(Action(u"mnuExportFile"_s)->isEnabled());
         QVERIFY(Box()->Locked());
-    }
-
-    // Descriptions
-
-    void description_isSavedWhenAnotherFileIsSelected()
-    {
-        Store({u"a.txt"_s, u"b.txt"_s});
-        OpenFiles();
-        QTest::keyClicks(Box(), u"about a"_s);
-        Select(1);
-        QVERIFY(Described(1).startsWith(u"{\\rtf"_s));
-        QCOMPARE(PlainTextFromRtf(Described(1)), u"about a"_s);
-        QVERIFY(Box()->IsEmpty());
-        Select(0);
-        QCOMPARE(Box()->Text(), u"about a"_s);
-        Box()->SetText(QString());
-        Select(1);
-        QCOMPARE(Described(1), QString()); // not an empty document
-    }
-
-    void description_isSavedWithTheItem_data()
-    {
-        QTest::addColumn<int>("way");
-        QTest::newRow("another item") << 0;
-        QTest::newRow("closing") << 1;
-        QTest::newRow("saving") << 2;
-    }
-    void description_isSavedWithTheItem()
-    {
-        QFETCH(int, way);
-        Store({u"a.txt"_s});
-        OpenFiles();
-        QTest::keyClicks(Box(), u"about"_s);
-        if (way == 0)
-            ClickOn(1);
-        else if (way == 1)
-            m_window->close();
-        else
-            Action(u"mnuSaveItem"_s)->trigger();
-        QCOMPARE(PlainTextFromRtf(Described(1)), u"about"_s);
-    }
-
-    void question_comesBeforeSavingWhereItIsSet()
-    {
-        Store({u"a.txt"_s, u"b.txt"_s});
-        OpenFiles();
-        m_window->Settings().SetAutoSaveFileDescriptions(false);
-        m_window->Settings().Apply();
-        QTest::keyClicks(Box(), u"about a"_s);
-        m_prompts->ExpectMsgBox(u"Save changes?"_s, MsgBoxResult::No);
-        Select(1);
-        QCOMPARE(m_prompts->Messages.last().Text, u"The file description have been changed. Do you want to save these changes?"_s);
-        QCOMPARE(Described(1), QString());
-        Select(0);
-        QVERIFY(Box()->IsEmpty());
-        QTest::keyClicks(Box(), u"again"_s);
-        m_prompts->ExpectMsgBox(u"Save changes?"_s, MsgBoxResult::Yes);
-        Select(1);
-        QCOMPARE(PlainTextFromRtf(Described(1)), u"again"_s);
-    }
-
-    void asking_dependsOnAutoSave_data()
-    {
-        QTest::addColumn<bool>("descriptions");
-        QTest::addColumn<bool>("onlyWithAutoSave");
-        QTest::addColumn<bool>("autoSave");
-        QTest::addColumn<bool>("asks");
-        QTest::newRow("never") << false << false << true << true;
-        QTest::newRow("always") << true << false << false << false;
-        QTest::newRow("auto-save on") << true << true << true << false;
-        QTest::newRow("auto-save off") << true << true << false << true;
-    }
-    void asking_dependsOnAutoSave()
-    {
-        QFETCH(bool, descriptions);
-        QFETCH(bool, onlyWithAutoSave);
-        QFETCH(bool, autoSave);
-        QFETCH(bool, asks);
-        OpenFiles();
-        if (m_window->findChild<QAction*>(u"mnuAutoSaveItem"_s)->isChecked() != autoSave)
-            Action(u"mnuAutoSaveItem"_s)->trigger();
-        m_window->Settings().SetAutoSaveFileDescriptions(descriptions);
-        m_window->Settings().SetAutoSaveFileDescrIfAutoSaveOn(onlyWithAutoSave);
-        m_window->Settings().Apply();
-        QCOMPARE(Files()->AskToSaveFileDescChanges(), asks);
-        Action(u"mnuAutoSaveItem"_s)->trigger(); // and follows the button
-        QCOMPARE(Files()->AskToSaveFileDescChanges(), onlyWithAutoSave && descriptions ? autoSave : asks);
-    }
-
-    void descriptionThatCantBeWritten_isNotLost()
-    {
-        Store({u"a.txt"_s, u"b.txt"_s});
-        OpenFiles();
-        m_database->Execute(u"CREATE TRIGGER stop BEFORE UPDATE ON Files BEGIN SELECT raise(ABORT, 'stopped'); END"_s);
-        QTest::keyClicks(Box(), u"precious"_s);
-        m_prompts->ExpectError();
-        Select(1);
-        QCOMPARE(List()->selectionModel()->selectedRows().first().row(), 0); // it stays the one
-        QCOMPARE(Box()->Text(), u"precious"_s);
-        m_prompts->ExpectError();
-        m_prompts->ExpectMsgBox(u"Save Item"_s, MsgBoxResult::No);
-        ClickOn(1);
-        QCOMPARE(Box()->Text(), u"precious"_s);
-        m_prompts->ExpectError();
-        m_prompts->ExpectMsgBox(u"Save Item"_s, MsgBoxResult::Yes);
-        ClickOn(1);
-        QCOMPARE(Tree()->currentIndex().data().toString(), u"other"_s);
-    }
-
-    void format_isThatOfTheDescription()
-    {
-        Store({u"a.txt"_s});
-        OpenFiles();
-        QVERIFY(m_window->findChild<QToolBar*>(u"tlbTextFormat"_s)->isVisible());
-        QTest::keyClicks(Box(), u"bold"_s);
-        Box()->selectAll();
-        Button(u"BOLD"_s)->trigger();
-        QCOMPARE(Box()->SelBold(), std::optional(true));
-        QVERIFY(Button(u"BOLD"_s)->isChecked());
-        Tab(1);
-        QVERIFY(!Button(u"BOLD"_s)->isChecked()); // the notes have their own
-        Tab(FilesTab);
-        QVERIFY(Button(u"BOLD"_s)->isChecked());
-        QCOMPARE(Details()->CurrentBox(), static_cast<UserTextBox*>(Box()));
     }
 
     // Exporting and deleting
@@ -563,42 +429,6 @@ private:
         QByteArray m_before;
     };
 
-    QString In(const QString& name) const { return m_home->Path(u"in ß/"_s + name); }
-    static QString Place(qint64 id, const QString& title) { return StoredFilePath(id, title); }
-    static QStringList Stored()
-    {
-        return QDir(Session().CurrentFilesFolder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
-    }
-    /// Stores files with the item, without the window.
-    void Store(const QStringList& names)
-    {
-        for (const QString& name : names) {
-            CFileObject file;
-            file.Initialise(*m_database, {});
-            file.SetCodeID(QString::number(m_item));
-            file.SetStoredFile(In(name));
-            QVERIFY(file.Commit());
-        }
-    }
-    void OpenFiles()
-    {
-        Open();
-        ClickOn(0);
-        Tab(FilesTab);
-        Files()->SelectFirstItem();
-    }
-    ctlFileDetails* Files() { return m_window->findChild<ctlFileDetails*>(); }
-    StoredFileView* List() { return m_window->findChild<StoredFileView*>(); }
-    RichTextBox* Box() { return m_window->findChild<RichTextBox*>(u"rtbFileNotes"_s); }
-    void Select(int row) { List()->setCurrentIndex(List()->model()->index(row, 0)); }
-    QStringList Titles()
-    {
-        QStringList titles;
-        for (int row = 0; row < List()->model()->rowCount(); ++row)
-            titles << List()->model()->index(row, 0).data().toString();
-        return titles;
-    }
-    QString Described(qint64 id) { return m_database->QueryValue(u"SELECT Description FROM Files WHERE ID = ?"_s, {id}).ToText(); }
     static QStringList Names(const QString& stored)
     {
         QStringList names;
@@ -620,18 +450,6 @@ private:
         drop.ignore();
         QApplication::sendEvent(List()->viewport(), &drop);
         return enter.isAccepted() && drop.isAccepted() && drop.dropAction() == Qt::CopyAction;
-    }
-    /// Runs @p act in the next dialog of its kind.
-    template <class Dialog>
-    void InDialog(const std::function<void(Dialog&)>& act)
-    {
-        QTimer::singleShot(0, m_window.get(), [act] {
-            auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
-            QVERIFY(dialog);
-            act(*dialog);
-            if (dialog->isVisible())
-                dialog->reject();
-        });
     }
 };
 

@@ -1,14 +1,9 @@
-#include "panels/ctlFileDetails.h"
 #include "panels/frmUnzip.h"
-#include "panels/ui/StoredFileView.h"
 #include "platform/archive/BrindletonZip.h"
-#include "store/CFileObject.h"
-#include "store/SessionValues.h"
-#include "support/EditingWindow.h"
+#include "support/FilesWindow.h"
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -20,12 +15,8 @@ using namespace qb;
 using namespace qb::test;
 using namespace Qt::StringLiterals;
 
-namespace {
-constexpr int FilesTab = 3;
-} // namespace
-
 /// The dialog that extracts a stored archive.
-class TestUnzipDialog : public QObject, private EditingWindow {
+class TestUnzipDialog : public QObject, private FilesWindow {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -50,7 +41,7 @@ private Q_SLOTS:
     void archive_isExtracted()
     {
         OpenWith(m_home->Path(u"pack.zip"_s));
-        InDialog([&](frmUnzip& dialog) {
+        InDialog<frmUnzip>([&](frmUnzip& dialog) {
             QCOMPARE(dialog.windowTitle(), u"Unzip pack.zip"_s);
             QCOMPARE(Folder(dialog)->currentText(), m_home->Path(u"out"_s));
             QCOMPARE(dialog.findChild<QLabel*>(u"lblChosen"_s)->text().left(12), u"2 of 2 files"_s);
@@ -70,7 +61,7 @@ private Q_SLOTS:
     void chosenFiles_areExtracted()
     {
         OpenWith(m_home->Path(u"pack.zip"_s));
-        InDialog([&](frmUnzip& dialog) {
+        InDialog<frmUnzip>([&](frmUnzip& dialog) {
             auto* list = dialog.findChild<QTreeWidget*>(u"lvEntries"_s);
             dialog.findChild<QPushButton*>(u"cmdSelectNone"_s)->click();
             QVERIFY(!dialog.findChild<QPushButton*>(u"cmdOK"_s)->isEnabled());
@@ -96,7 +87,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, expected);
         WriteFile(m_home->Path(u"out/a.txt"_s), "mine");
         OpenWith(m_home->Path(u"pack.zip"_s));
-        InDialog([&](frmUnzip& dialog) {
+        InDialog<frmUnzip>([&](frmUnzip& dialog) {
             dialog.findChild<QCheckBox*>(u"chkReplace"_s)->setChecked(replace);
             dialog.accept();
         });
@@ -108,7 +99,7 @@ private Q_SLOTS:
     void cancelledDialog_changesNothing()
     {
         OpenWith(m_home->Path(u"pack.zip"_s));
-        InDialog([](frmUnzip& dialog) { dialog.reject(); });
+        InDialog<frmUnzip>([](frmUnzip& dialog) { dialog.reject(); });
         Action(u"mnuUnzipToDirectoryItem"_s)->trigger();
         QVERIFY(QDir(m_home->Path(u"out"_s)).isEmpty());
         QVERIFY(m_window->statusBar()->currentMessage().isEmpty());
@@ -118,7 +109,7 @@ private Q_SLOTS:
     {
         OpenWith(m_home->Path(u"pack.zip"_s));
         m_prompts->ExpectMsgBox(u"Extract To"_s);
-        InDialog([&](frmUnzip& dialog) {
+        InDialog<frmUnzip>([&](frmUnzip& dialog) {
             Folder(dialog)->setEditText(u"somewhere"_s);
             dialog.accept();
             QVERIFY(dialog.isVisible());
@@ -132,7 +123,7 @@ private Q_SLOTS:
     {
         MakeArchive(QByteArray("zipfile.ZipInfo('../evil.txt'), zipfile.ZipInfo('good.txt')"));
         OpenWith(m_home->Path(u"hostile.zip"_s));
-        InDialog([&](frmUnzip& dialog) {
+        InDialog<frmUnzip>([&](frmUnzip& dialog) {
             auto* list = dialog.findChild<QTreeWidget*>(u"lvEntries"_s);
             QVERIFY(list->topLevelItem(0)->text(0).contains(u"can't be extracted: its name leads out of the folder"_s));
             QCOMPARE(list->topLevelItem(0)->flags(), Qt::NoItemFlags);
@@ -159,7 +150,7 @@ private Q_SLOTS:
         WriteFile(m_home->Path(u"file"_s), "a file where a folder is wanted");
         OpenWith(m_home->Path(u"pack.zip"_s));
         m_prompts->ExpectMsgBox(u"Unzip pack.zip"_s);
-        InDialog([&](frmUnzip& dialog) {
+        InDialog<frmUnzip>([&](frmUnzip& dialog) {
             Folder(dialog)->setEditText(m_home->Path(u"file/below"_s));
             dialog.accept();
             QVERIFY(dialog.isVisible());
@@ -177,10 +168,7 @@ private:
         file.SetCodeID(QString::number(m_item));
         file.SetStoredFile(archive);
         QVERIFY(file.Commit());
-        Open();
-        ClickOn(0);
-        Tab(FilesTab);
-        m_window->findChild<ctlFileDetails*>()->SelectFirstItem();
+        OpenFiles();
     }
     /// An archive of entries as Python spells them.
     void MakeArchive(const QByteArray& entries)
@@ -192,16 +180,6 @@ private:
                                     m_home->Path(u"hostile.zip"_s)});
         QVERIFY(python.waitForFinished());
         QCOMPARE(python.exitCode(), 0);
-    }
-    void InDialog(const std::function<void(frmUnzip&)>& act)
-    {
-        QTimer::singleShot(0, m_window.get(), [act] {
-            auto* dialog = qobject_cast<frmUnzip*>(QApplication::activeModalWidget());
-            QVERIFY(dialog);
-            act(*dialog);
-            if (dialog->isVisible())
-                dialog->reject();
-        });
     }
 };
 

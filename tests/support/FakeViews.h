@@ -121,15 +121,8 @@ public:
             Automatic = automatic;
         return SaveItem(Item && Item->ItemMarkedForDelete());
     }
-    bool SaveFileDescChanges(bool mayAsk) override
-    {
-        DescriptionSaves << mayAsk;
-        return DescriptionsCanBeSaved;
-    }
-    void ForgetFileDescChanges() override { ++DescriptionsForgotten; }
-    QList<bool> DescriptionSaves; ///< whether it might ask
-    bool DescriptionsCanBeSaved = true;
-    int DescriptionsForgotten = 0;
+    bool SaveFileDescChanges(bool) override { return true; }
+    void ForgetFileDescChanges() override {}
 
     void ResetChangedBooleans() override
     {

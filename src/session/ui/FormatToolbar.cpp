@@ -12,6 +12,7 @@
 #include <QComboBox>
 #include <QFontDatabase>
 #include <QFontDialog>
+#include <QGuiApplication>
 #include <QMenu>
 #include <QPainter>
 #include <QToolButton>
@@ -68,7 +69,7 @@ QIcon LetterOver(quint32 color, const QWidget& widget)
         font.setBold(true);
         font.setPixelSize(Size - Bar - 3);
         painter.setFont(font);
-        painter.setPen(widget.palette().color(QPalette::WindowText));
+        painter.setPen(QGuiApplication::palette().color(QPalette::WindowText)); // the widget may not have heard of it yet
         painter.drawText(QRect(0, 0, Size, Size - Bar), Qt::AlignCenter, u"A"_s);
         painter.fillRect(QRect(2, Size - Bar, Size - 4, Bar - 1), ColorOf(color));
         painter.end();

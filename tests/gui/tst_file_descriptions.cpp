@@ -1,0 +1,146 @@
+#include "support/FilesWindow.h"
+
+using namespace qb;
+using namespace qb::test;
+using namespace Qt::StringLiterals;
+
+/// What a user writes of a stored file: when it is saved, asked about, and never lost.
+class TestFileDescriptions : public QObject, private FilesWindow {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        FailOnWarnings();
+        Begin();
+        SetSessionValues(*m_database);
+        WriteFile(In(u"a.txt"_s), "alpha");
+        WriteFile(In(u"b.txt"_s), "beta");
+    }
+    void cleanup() { End(); }
+
+    void description_isSavedWhenAnotherFileIsSelected()
+    {
+        Store({u"a.txt"_s, u"b.txt"_s});
+        OpenFiles();
+        QTest::keyClicks(Box(), u"about a"_s);
+        Select(1);
+        QVERIFY(Described(1).startsWith(u"{\\rtf"_s));
+        QCOMPARE(PlainTextFromRtf(Described(1)), u"about a"_s);
+        QVERIFY(Box()->IsEmpty());
+        Select(0);
+        QCOMPARE(Box()->Text(), u"about a"_s);
+        Box()->SetText(QString());
+        Select(1);
+        QCOMPARE(Described(1), QString()); // not an empty document
+    }
+
+    void description_isSavedWithTheItem_data()
+    {
+        QTest::addColumn<int>("way");
+        QTest::newRow("another item") << 0;
+        QTest::newRow("closing") << 1;
+        QTest::newRow("saving") << 2;
+    }
+    void description_isSavedWithTheItem()
+    {
+        QFETCH(int, way);
+        Store({u"a.txt"_s});
+        OpenFiles();
+        QTest::keyClicks(Box(), u"about"_s);
+        if (way == 0)
+            ClickOn(1);
+        else if (way == 1)
+            m_window->close();
+        else
+            Action(u"mnuSaveItem"_s)->trigger();
+        QCOMPARE(PlainTextFromRtf(Described(1)), u"about"_s);
+    }
+
+    void question_comesBeforeSavingWhereItIsSet()
+    {
+        Store({u"a.txt"_s, u"b.txt"_s});
+        OpenFiles();
+        m_window->Settings().SetAutoSaveFileDescriptions(false);
+        m_window->Settings().Apply();
+        QTest::keyClicks(Box(), u"about a"_s);
+        m_prompts->ExpectMsgBox(u"Save changes?"_s, MsgBoxResult::No);
+        Select(1);
+        QCOMPARE(m_prompts->Messages.last().Text, u"The file description have been changed. Do you want to save these changes?"_s);
+        QCOMPARE(Described(1), QString());
+        Select(0);
+        QVERIFY(Box()->IsEmpty());
+        QTest::keyClicks(Box(), u"again"_s);
+        m_prompts->ExpectMsgBox(u"Save changes?"_s, MsgBoxResult::Yes);
+        Select(1);
+        QCOMPARE(PlainTextFromRtf(Described(1)), u"again"_s);
+    }
+
+    void asking_dependsOnAutoSave_data()
+    {
+        QTest::addColumn<bool>("descriptions");
+        QTest::addColumn<bool>("onlyWithAutoSave");
+        QTest::addColumn<bool>("autoSave");
+        QTest::addColumn<bool>("asks");
+        QTest::newRow("never") << false << false << true << true;
+        QTest::newRow("always") << true << false << false << false;
+        QTest::newRow("auto-save on") << true << true << true << false;
+        QTest::newRow("auto-save off") << true << true << false << true;
+    }
+    void asking_dependsOnAutoSave()
+    {
+        QFETCH(bool, descriptions);
+        QFETCH(bool, onlyWithAutoSave);
+        QFETCH(bool, autoSave);
+        QFETCH(bool, asks);
+        OpenFiles();
+        if (m_window->findChild<QAction*>(u"mnuAutoSaveItem"_s)->isChecked() != autoSave)
+            Action(u"mnuAutoSaveItem"_s)->trigger();
+        m_window->Settings().SetAutoSaveFileDescriptions(descriptions);
+        m_window->Settings().SetAutoSaveFileDescrIfAutoSaveOn(onlyWithAutoSave);
+        m_window->Settings().Apply();
+        QCOMPARE(Files()->AskToSaveFileDescChanges(), asks);
+        Action(u"mnuAutoSaveItem"_s)->trigger(); // and follows the button
+        QCOMPARE(Files()->AskToSaveFileDescChanges(), onlyWithAutoSave && descriptions ? autoSave : asks);
+    }
+
+    void descriptionThatCantBeWritten_isNotLost()
+    {
+        Store({u"a.txt"_s, u"b.txt"_s});
+        OpenFiles();
+        m_database->Execute(u"CREATE TRIGGER stop BEFORE UPDATE ON Files BEGIN SELECT raise(ABORT, 'stopped'); END"_s);
+        QTest::keyClicks(Box(), u"precious"_s);
+        m_prompts->ExpectError();
+        Select(1);
+        QCOMPARE(List()->selectionModel()->selectedRows().first().row(), 0); // it stays the one
+        QCOMPARE(Box()->Text(), u"precious"_s);
+        m_prompts->ExpectError();
+        m_prompts->ExpectMsgBox(u"Save Item"_s, MsgBoxResult::No);
+        ClickOn(1);
+        QCOMPARE(Box()->Text(), u"precious"_s);
+        m_prompts->ExpectError();
+        m_prompts->ExpectMsgBox(u"Save Item"_s, MsgBoxResult::Yes);
+        ClickOn(1);
+        QCOMPARE(Tree()->currentIndex().data().toString(), u"other"_s);
+    }
+
+    void format_isThatOfTheDescription()
+    {
+        Store({u"a.txt"_s});
+        OpenFiles();
+        QVERIFY(m_window->findChild<QToolBar*>(u"tlbTextFormat"_s)->isVisible());
+        QTest::keyClicks(Box(), u"bold"_s);
+        Box()->selectAll();
+        Button(u"BOLD"_s)->trigger();
+        QCOMPARE(Box()->SelBold(), std::optional(true));
+        QVERIFY(Button(u"BOLD"_s)->isChecked());
+        Tab(1);
+        QVERIFY(!Button(u"BOLD"_s)->isChecked()); // the notes have their own
+        Tab(FilesTab);
+        QVERIFY(Button(u"BOLD"_s)->isChecked());
+        QCOMPARE(Details()->CurrentBox(), static_cast<UserTextBox*>(Box()));
+    }
+};
+
+QB_GUI_TEST_MAIN(TestFileDescriptions)
+#include "tst_file_descriptions.moc"

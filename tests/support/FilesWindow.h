@@ -1,0 +1,70 @@
+#pragma once
+
+#include "panels/ctlFileDetails.h"
+#include "panels/ui/StoredFileView.h"
+#include "store/CFileObject.h"
+#include "store/SessionValues.h"
+#include "store/StoredFiles.h"
+#include "support/EditingWindow.h"
+
+#include <QDir>
+
+namespace qb::test {
+
+/// The main window with the page of stored files, and the ways to its parts.
+class FilesWindow : protected EditingWindow {
+protected:
+    static constexpr int FilesTab = 3;
+
+    QString In(const QString& name) const { return m_home->Path(u"in ß/"_s + name); }
+    static QString Place(qint64 id, const QString& title) { return StoredFilePath(id, title); }
+    static QStringList Stored()
+    {
+        return QDir(Session().CurrentFilesFolder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+    }
+    /// Stores files with the item, without the window.
+    void Store(const QStringList& names)
+    {
+        for (const QString& name : names) {
+            CFileObject file;
+            file.Initialise(*m_database, {});
+            file.SetCodeID(QString::number(m_item));
+            file.SetStoredFile(In(name));
+            QVERIFY(file.Commit());
+        }
+    }
+    /// The item's files, with the first selected.
+    void OpenFiles()
+    {
+        Open();
+        ClickOn(0);
+        Tab(FilesTab);
+        Files()->SelectFirstItem();
+    }
+    ctlFileDetails* Files() { return m_window->findChild<ctlFileDetails*>(); }
+    StoredFileView* List() { return m_window->findChild<StoredFileView*>(); }
+    RichTextBox* Box() { return m_window->findChild<RichTextBox*>(u"rtbFileNotes"_s); }
+    void Select(int row) { List()->setCurrentIndex(List()->model()->index(row, 0)); }
+    QStringList Titles()
+    {
+        QStringList titles;
+        for (int row = 0; row < List()->model()->rowCount(); ++row)
+            titles << List()->model()->index(row, 0).data().toString();
+        return titles;
+    }
+    QString Described(qint64 id) { return m_database->QueryValue(u"SELECT Description FROM Files WHERE ID = ?"_s, {id}).ToText(); }
+    /// Runs @p act in the next dialog of its kind.
+    template <class Dialog>
+    void InDialog(const std::function<void(Dialog&)>& act)
+    {
+        QTimer::singleShot(0, m_window.get(), [act] {
+            auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
+            QVERIFY(dialog);
+            act(*dialog);
+            if (dialog->isVisible())
+                dialog->reject();
+        });
+    }
+};
+
+} // namespace qb::test
