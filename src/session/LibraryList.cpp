@@ -4,6 +4,7 @@
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/SettingsStore.h"
+#include "session/FileDialogs.h"
 #include "session/ItemTree.h"
 #include "store/PendingFiles.h"
 #include "store/SessionValues.h"

@@ -58,11 +58,6 @@ public:
 
     /// The path of the library in the program's folder.
     static QString DefaultLibraryPath();
-    /// The common file dialog; remembers the folder. Empty when cancelled, or when a file to be
-    /// opened does not exist.
-    static QString GetFileName(bool save, const QString& title, const QString& filter, const QString& name = {});
-    /// The same for existing files, several of one folder.
-    static QStringList GetFileNames(const QString& title, const QString& filter);
 
     /// Starts a new trail of visited items, as each change of library does.
     void NewHistory();
@@ -97,8 +92,6 @@ private:
     bool SetFirstDBPresent();
     void SaveDatabasesToSettings();
     /// Saves a setting; a failure is reported and costs nothing but the setting.
-    static QString DialogFolder();
-    static void RememberDialogFolder(const QString& chosen);
     static void Remember(const QString& section, const QString& key, const QString& value);
     void SaveUsedDatabasesList(const QString& path);
     std::optional<QString> AskForAlias(const QString& path);

@@ -4,6 +4,7 @@
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/SettingsStore.h"
+#include "session/FileDialogs.h"
 #include "session/ItemTree.h"
 #include "session/LibraryList.h"
 #include "store/CDBCreate.h"
@@ -344,44 +345,5 @@ void LibraryList::DeleteFromDisk(const QString& path)
 }
 
 // Asking for a file
-
-/// Where file dialogs start.
-QString LibraryList::DialogFolder()
-{
-    const QString remembered = GetSetting(SettingsApplication, u"Settings"_s, u"InitDir"_s, u"C:\\"_s);
-    return QFileInfo(remembered).isDir() ? remembered : QDir::homePath();
-}
-
-void LibraryList::RememberDialogFolder(const QString& chosen)
-{
-    const QString folder = QFileInfo(chosen).absolutePath();
-    if (folder != GetSetting(SettingsApplication, u"Settings"_s, u"InitDir"_s, u"C:\\"_s))
-        Remember(u"Settings"_s, u"InitDir"_s, folder);
-}
-
-QString LibraryList::GetFileName(bool save, const QString& title, const QString& filter, const QString& name)
-{
-    const QString path
-        = Prompts::Current().FileName({.Save = save, .Title = title, .Filter = filter, .Folder = DialogFolder(), .Name = name}).section(QChar(u'\0'), 0, 0);
-    if (path.isEmpty())
-        return {};
-    RememberDialogFolder(path);
-    if (!save && !QFileInfo::exists(path)) {
-        Prompts::Current().MsgBox({.Text = u"No file of the entered name exists in the selected directory. Please select an "
-                                           "existing file."_s,
-                                   .Caption = u"File not found"_s,
-                                   .Icon = MsgBoxIcon::Exclamation});
-        return {};
-    }
-    return path;
-}
-
-QStringList LibraryList::GetFileNames(const QString& title, const QString& filter)
-{
-    const QStringList paths = Prompts::Current().FileNames({.Save = false, .Title = title, .Filter = filter, .Folder = DialogFolder()});
-    if (!paths.isEmpty())
-        RememberDialogFolder(paths.first());
-    return paths;
-}
 
 } // namespace qb

@@ -9,6 +9,7 @@
 #include "platform/system/SettingsStore.h"
 #include "platform/system/Shell.h"
 #include "platform/system/Trace.h"
+#include "session/FileDialogs.h"
 #include "session/ui/CWaitCursor.h"
 #include "session/ui/FormatToolbar.h"
 #include "session/frmDatabaseList.h"
@@ -435,7 +436,7 @@ void frmCodeLib::ShowOptions(frmSettings::Page page)
     for (const ShippedLanguage& language : ShippedLanguages())
         languages << language.Path;
     dialog.RequestLanguageDefinitionFileName = [](QString& fileName, bool forExport) {
-        fileName = LibraryList::GetFileName(forExport,
+        fileName = GetFileName(forExport,
                                             forExport ? u"Export Language Definition To File"_s : u"Import Language Definition From File"_s,
                                             u"KT Quillbase Language Definition|*.qbl"_s);
     };

@@ -5,6 +5,7 @@
 #include "panels/ui/NodeTreeView.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/Trace.h"
+#include "session/FileDialogs.h"
 #include "session/frmCodeLib.h"
 #include "session/frmRelationshipDelete.h"
 #include "support/ErrorRoutine.h"
@@ -379,9 +380,9 @@ void frmCodeLib::ConnectDetails()
 
 void frmCodeLib::ConnectFiles()
 {
-    m_storedFiles->RequestFileNames = &LibraryList::GetFileNames;
+    m_storedFiles->RequestFileNames = &GetFileNames;
     m_storedFiles->RequestSaveFileName
-        = [](const QString& title, const QString& name) { return LibraryList::GetFileName(true, title, u"All Files|*"_s, name); };
+        = [](const QString& title, const QString& name) { return GetFileName(true, title, u"All Files|*"_s, name); };
     m_storedFiles->RequestShowImportFilesDialog = [this] { return Settings().ShowImportFilesDialog(); };
     m_storedFiles->SetShowImportFilesDialog = [this](bool show) {
         Settings().SetShowImportFilesDialog(show);

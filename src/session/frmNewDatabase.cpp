@@ -1,6 +1,6 @@
 #include "session/frmNewDatabase.h"
 
-#include "session/LibraryList.h"
+#include "session/FileDialogs.h"
 #include "store/ShippedLanguages.h"
 
 #include <QComboBox>
@@ -94,7 +94,7 @@ void frmNewDatabase::UpdateControls()
 
 void frmNewDatabase::Browse()
 {
-    const QString path = LibraryList::GetFileName(false, u"Please select Quillbase language definition file:"_s,
+    const QString path = GetFileName(false, u"Please select Quillbase language definition file:"_s,
                                                   u"KT Quillbase Language Definition|*.qbl"_s);
     if (!path.isEmpty())
         m_path->setText(path);

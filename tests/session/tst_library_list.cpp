@@ -341,56 +341,6 @@ private Q_SLOTS:
         QVERIFY(s->Enabled(u"mnuDBToolsSynchronizeItem"_s));
         QCOMPARE(Session().LastExportedDate.Seconds(), 77);
     }
-
-    // The file dialog
-
-    void fileDialog_startsInTheRememberedFolder_data()
-    {
-        QTest::addColumn<bool>("exists");
-        QTest::newRow("there") << true;
-        QTest::newRow("gone") << false;
-    }
-    void fileDialog_startsInTheRememberedFolder()
-    {
-        QFETCH(bool, exists);
-        const QString folder = s->Home.Path(u"früher"_s);
-        if (exists)
-            QDir().mkpath(folder);
-        s->Store(u"Settings"_s, u"InitDir"_s, folder);
-        s->Script.ExpectFileName(u"Ttl"_s, {});
-        QCOMPARE(LibraryList::GetFileName(true, u"Ttl"_s, u"Flt|*.f"_s), QString());
-        const FileQuestion& question = s->Script.Questions.first();
-        QCOMPARE(question.Folder, exists ? folder : QDir::homePath());
-        QCOMPARE(question.Filter, u"Flt|*.f"_s);
-        QVERIFY(question.Save);
-        QCOMPARE(GetSetting(SettingsApplication, u"Settings"_s, u"InitDir"_s), folder); // a cancel changes nothing
-    }
-
-    void chosenFolder_isRemembered()
-    {
-        const QString path = s->Home.Path(u"nëu/x.qbd"_s);
-        s->Script.ExpectFileName(u"t"_s, path);
-        QCOMPARE(LibraryList::GetFileName(true, u"t"_s, {}), path);
-        QCOMPARE(GetSetting(SettingsApplication, u"Settings"_s, u"InitDir"_s), s->Home.Path(u"nëu"_s));
-    }
-
-    void severalChosenFiles_areCutToTheFirst()
-    {
-        const QString path = s->Home.Path(u"x.qbd"_s);
-        s->Script.ExpectFileName(u"t"_s, path + QChar(u'\0') + u"y.qbd"_s);
-        QCOMPARE(LibraryList::GetFileName(true, u"t"_s, {}), path);
-    }
-
-    void fileToOpenThatDoesNotExist_isRefused()
-    {
-        s->Script.ExpectFileName(u"t"_s, s->Home.Path(u"no such.qbd"_s));
-        s->Script.ExpectMsgBox(u"File not found"_s);
-        QCOMPARE(LibraryList::GetFileName(false, u"t"_s, {}), QString());
-        CompareMessage(0,
-                       u"No file of the entered name exists in the selected directory. Please select an existing file."_s,
-                       s->Script.Messages[0].Icon);
-        QVERIFY(!s->Script.Questions.first().Save);
-    }
 };
 
 QB_TEST_MAIN(TestLibraryList)
