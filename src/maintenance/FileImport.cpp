@@ -47,11 +47,14 @@ private:
         m_oZipUnzip.SetZipFileName(archive);
         m_oZipUnzip.SetBaseDirectory(baseDirectory);
         m_oZipUnzip.ClearFileList();
-        for (const QString& file : files) {
+        for (const QString& file : files)
             m_oZipUnzip.AddFile(file);
+        try {
+            if (!m_oZipUnzip.Zip())
+                return {};
+        } catch (const RuntimeError& error) { // where it was to be made is of no interest to anybody
+            throw RuntimeError(error.Number(), QString(error.Description()).replace(QDir::toNativeSeparators(archive), zipName), error.Source());
         }
-        if (!m_oZipUnzip.Zip())
-            return {};
         for (const QString& file : files)
             m_done += QFileInfo(file).size();
         return archive;
@@ -99,7 +102,8 @@ private:
             CFileObject file;
             file.Initialise(m_database, {});
             file.SetCodeID(m_itemKey);
-            file.SetStoredFile(QFileInfo(path).absoluteFilePath());
+            const bool isOwn = m_work && path.startsWith(m_work->PackingFolder());
+            file.SetStoredFile(QFileInfo(path).absoluteFilePath(), isOwn ? CFileObject::Intake::Move : CFileObject::Intake::Copy);
             file.SetTitle(NumberedName(file.Title(), [this](const QString& title) { return HasFile(title); }));
             file.SetDescription(m_options.Description);
             const qint64 before = m_done;

@@ -14,6 +14,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <cstdio>
 #include <limits>
 #include <optional>
 
@@ -29,9 +30,13 @@ const QString ModuleName = u"CFileObject"_s;
 /// transaction, and put in its place once that is committed. One that does not get there is removed.
 class Arrival {
 public:
-    Arrival(const QString& source, const std::function<bool(qint64, qint64)>& progress)
+    Arrival(const QString& source, CFileObject::Intake intake, const std::function<bool(qint64, qint64)>& progress)
     {
-        CopyFileContents(source, m_work.AddingName(), progress);
+        const auto moved = [&] {
+            return std::rename(QFile::encodeName(source).constData(), QFile::encodeName(m_work.AddingName()).constData()) == 0;
+        };
+        if (intake == CFileObject::Intake::Copy || !moved())
+            CopyFileContents(source, m_work.AddingName(), progress);
         m_path = m_work.AddingName();
     }
     ~Arrival()
@@ -110,12 +115,13 @@ void CFileObject::Let(QString& field, const QString& value)
     m_state = StateForLet(m_state, u"CFileObject::SetStateForLet"_s);
 }
 
-void CFileObject::SetStoredFile(const QString& path)
+void CFileObject::SetStoredFile(const QString& path, Intake intake)
 {
     Guarded(ModuleName, u"<<Let>> StoredFile"_s, [&] {
         GetAttributes();
         m_fileReplaced = m_fileReplaced || !m_title.isEmpty();
         m_storedFile = path;
+        m_intake = intake;
         Let(m_title, fnExtractPathOrFileName(path, PathPart::FileName));
     });
 }
@@ -178,8 +184,8 @@ bool CFileObject::InsertObject()
         std::optional<Arrival> file;
         if (!m_storedFile.isEmpty()) {
             RequireStorableFile();
-            file.emplace(m_storedFile, Progress);
-            const QDateTime modified = QFileInfo(m_storedFile).lastModified(); // of none when it has gone meanwhile
+            const QDateTime modified = QFileInfo(m_storedFile).lastModified(); // none when there is no such file
+            file.emplace(m_storedFile, m_intake, Progress);
             m_origDateTime = modified.isValid() ? Date::FromDateTime(modified) : Date();
             m_size = file->Size();
         }
@@ -220,7 +226,7 @@ bool CFileObject::UpdateObject()
         std::optional<Arrival> file;
         if (m_fileReplaced && !m_storedFile.isEmpty()) {
             RequireStorableFile();
-            file.emplace(m_storedFile, Progress);
+            file.emplace(m_storedFile, m_intake, Progress);
         }
         Transaction transaction(*m_database);
         Recordset row = m_database->OpenRecordset(u"Files"_s, u"ID = ?"_s, {id});

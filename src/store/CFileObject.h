@@ -31,8 +31,10 @@ public:
     void SetTitle(const QString& value) { Let(m_title, value); }
     QString Description() { return Loaded(m_description); }
     void SetDescription(const QString& value) { Let(m_description, value); }
-    /// The file to be taken in at the next commit; its name becomes the title.
-    void SetStoredFile(const QString& path);
+    enum class Intake { Copy, Move };
+    /// The file to be taken in at the next commit; its name becomes the title. A file that was made for
+    /// this only can be moved, where that is possible.
+    void SetStoredFile(const QString& path, Intake intake = Intake::Copy);
 
     qint64 Size() { return Loaded(m_size); } ///< in bytes
     void SetSize(qint64 value) { m_size = value; }
@@ -89,6 +91,7 @@ private:
     QString m_codeId;
     QString m_title;
     QString m_storedFile; ///< path of the file to take in
+    Intake m_intake = Intake::Copy;
     QString m_description;
     Date m_origDateTime;
     Date m_dateAdded;

@@ -115,6 +115,32 @@ private Q_SLOTS:
         QCOMPARE(InFolder().size(), 4); // nothing is made beside the files
     }
 
+    /// There is room for the archive once, and not twice.
+    void archive_isMovedIn()
+    {
+        m_options.Option = ImportOption::ZipEach;
+        QVERIFY(Import({u"a.txt"_s}).Complete);
+        const QFileInfo stored(Place(u"1 - a.zip"_s));
+        QVERIFY(stored.isFile());
+        const Date date = m_database->QueryValue(u"SELECT OrigDateTime FROM Files"_s).ToDate();
+        QVERIFY(qAbs(date.Seconds() - Date::FromDateTime(stored.lastModified()).Seconds()) <= 1);
+        QCOMPARE(m_shown.filter(u"Adding a.zip"_s).size(), 0); // nothing of it was copied
+    }
+
+    void packingThatFails_namesTheArchive()
+    {
+        m_options.Option = ImportOption::ZipAll;
+        m_options.ZipName = u"together"_s;
+        const FileSizeLimit full(50);
+        try {
+            Import({u"a.txt"_s, u"b.c"_s});
+            QFAIL("was made");
+        } catch (const RuntimeError& error) {
+            QVERIFY2(error.Description().startsWith(u"The archive 'together.zip' can't be made: "_s), qPrintable(error.Description()));
+        }
+        QCOMPARE(Stored(), QStringList());
+    }
+
     void allFiles_areInOneArchive()
     {
         WriteFile(In(u"a.zip"_s), "archive");

@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -43,13 +44,23 @@ private:
                        u"CopyFileContents"_s);
 }
 
+/// What can't be written is named by its source, and by the folder where it was to be.
+[[noreturn]] void FailToWrite(const Descriptor& source, const Descriptor& target)
+{
+    const QString reason = QString::fromLocal8Bit(std::strerror(errno));
+    throw RuntimeError(ErrorNumber::PathAccess,
+                       u"The file '%1' can't be copied to '%2': %3."_s.arg(QDir::toNativeSeparators(source.Path()),
+                                                                             QDir::toNativeSeparators(QFileInfo(target.Path()).path()), reason),
+                       u"CopyFileContents"_s);
+}
+
 /// Copies a piece inside the system, where the file systems can; -1 where they can't.
 ssize_t CopyInside(const Descriptor& source, const Descriptor& target)
 {
     const ssize_t copied = ::copy_file_range(source.Number(), nullptr, target.Number(), nullptr, ChunkLength, 0);
     const bool cant = copied < 0 && (errno == EXDEV || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP || errno == EBADF);
     if (copied < 0 && !cant)
-        Fail(u"copied"_s, source.Path());
+        FailToWrite(source, target);
     return copied;
 }
 
@@ -65,7 +76,7 @@ ssize_t CopyThrough(const Descriptor& source, const Descriptor& target, std::vec
     for (ssize_t done = 0; done < length;) {
         const ssize_t written = ::write(target.Number(), buffer.data() + done, size_t(length - done));
         if (written < 0 && errno != EINTR)
-            Fail(u"written"_s, target.Path());
+            FailToWrite(source, target);
         done += qMax<ssize_t>(0, written);
     }
     return length;
@@ -107,11 +118,11 @@ void CopyFileContents(const QString& source, const QString& target, const std::f
     QFile::remove(target);
     Descriptor to(target, O_WRONLY | O_CREAT | O_EXCL);
     if (to.Number() < 0)
-        Fail(u"written"_s, target);
+        FailToWrite(from, to);
     try {
         Copy(from, to, state.st_size, progress);
         if (::fsync(to.Number()) != 0 || !to.Close())
-            Fail(u"written"_s, target);
+            FailToWrite(from, to);
     } catch (...) {
         QFile::remove(target);
         throw;
