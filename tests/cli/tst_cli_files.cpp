@@ -9,7 +9,9 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QTest>
+#include <fcntl.h>
 #include <random>
+#include <unistd.h>
 
 using namespace qb;
 using namespace qb::test;
@@ -188,9 +190,43 @@ private Q_SLOTS:
         QVERIFY(finished < 25); // some were killed in time
     }
 
+    /// Whenever the program is killed, the file that was there is there, or the new one.
+    void killedExtraction_leavesOneOfBoth()
+    {
+        const QByteArray contents = QByteArray("0123456789abcdef").repeated(400'000);
+        WriteFile(In(u"big"_s), contents);
+        QCOMPARE(Cli({u"attach"_s, m_library, u"1"_s, In(u"big"_s)}).Status, 0);
+        int finished = 0;
+        for (int i = 0; i < 25; ++i) {
+            WriteFile(m_home->Path(u"out/big"_s), "old");
+            QProcess process;
+            process.start(qEnvironmentVariable("QUILLBASE_CLI"), {u"extract"_s, m_library, u"1"_s, m_home->Path(u"out"_s)});
+            QVERIFY(process.waitForStarted());
+            finished += process.waitForFinished(i) ? 1 : 0;
+            process.kill();
+            process.waitForFinished();
+            const QByteArray found = ReadFile(m_home->Path(u"out/big"_s));
+            QVERIFY2(found == "old" || found == contents, qPrintable(QString::number(found.size())));
+            QVERIFY(QDir(m_home->Path(u"out"_s)).entryList(QDir::Files | QDir::Hidden).size() <= 2); // a copy may lack its last step
+            for (const QString& name : QDir(m_home->Path(u"out"_s)).entryList({u".*"_s}, QDir::Files | QDir::Hidden)) {
+                QVERIFY(!KnowsFilesWithoutNames() || ReadFile(m_home->Path(u"out/"_s) + name) == contents); // but is whole
+                QFile::remove(m_home->Path(u"out/"_s) + name);
+            }
+        }
+        QVERIFY(finished < 25);
+    }
+
 private:
     QString In(const QString& name) const { return m_home->Path(u"in/"_s + name); }
     QStringList Names() const { return QDir(m_home->Path(u"the library_Files"_s)).entryList(QDir::Files | QDir::Hidden, QDir::Name); }
+    /// Of the file system: copies have no name before they are complete then.
+    bool KnowsFilesWithoutNames() const
+    {
+        const int file = ::open(QFile::encodeName(m_home->Path(u"out"_s)).constData(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0600);
+        if (file >= 0)
+            ::close(file);
+        return file >= 0;
+    }
     /// Each row has its whole file, and there is nothing else.
     void CheckFiles()
     {

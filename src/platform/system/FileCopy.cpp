@@ -23,7 +23,7 @@ constexpr size_t ChunkLength = 8 * 1024 * 1024;
 /// An open file of the system.
 class Descriptor {
 public:
-    Descriptor(const QString& path, int flags) : m_path(path), m_number(::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC, 0666)) {}
+    Descriptor(const QString& path, int flags) : m_path(path) { Open(path, flags); }
     ~Descriptor() { Close(); }
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
@@ -32,9 +32,46 @@ public:
     const QString& Path() const { return m_path; }
     bool Close() { return m_number < 0 || ::close(std::exchange(m_number, -1)) == 0; }
 
+protected:
+    explicit Descriptor(const QString& path) : m_path(path) {}
+    void Open(const QString& path, int flags) { m_number = ::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC, 0666); }
+
 private:
     QString m_path;
-    int m_number;
+    int m_number = -1;
+};
+
+/// A new file that gets its name when it is complete, where the file system knows files without one: what
+/// is killed in the middle leaves nothing then.
+class NewFile : public Descriptor {
+public:
+    explicit NewFile(const QString& path) : Descriptor(path)
+    {
+        QFile::remove(path);
+        Open(QFileInfo(path).path(), O_WRONLY | O_TMPFILE);
+        m_isNamed = Number() < 0;
+        if (m_isNamed)
+            Open(path, O_WRONLY | O_CREAT | O_EXCL);
+    }
+    ~NewFile()
+    {
+        if (m_isNamed && !m_isComplete)
+            QFile::remove(Path());
+    }
+
+    /// Flushes it and gives it its name; false with errno when that can't be.
+    bool Complete()
+    {
+        const QByteArray own = "/proc/self/fd/" + QByteArray::number(Number());
+        m_isComplete = ::fsync(Number()) == 0
+            && (m_isNamed || ::linkat(AT_FDCWD, own.constData(), AT_FDCWD, QFile::encodeName(Path()).constData(), AT_SYMLINK_FOLLOW) == 0)
+            && Close();
+        return m_isComplete;
+    }
+
+private:
+    bool m_isNamed = false;
+    bool m_isComplete = false;
 };
 
 [[noreturn]] void Fail(const QString& action, const QString& path)
@@ -115,18 +152,12 @@ void CopyFileContents(const QString& source, const QString& target, const std::f
         errno = S_ISDIR(state.st_mode) ? EISDIR : EINVAL;
         Fail(u"read"_s, source);
     }
-    QFile::remove(target);
-    Descriptor to(target, O_WRONLY | O_CREAT | O_EXCL);
+    NewFile to(target);
     if (to.Number() < 0)
         FailToWrite(from, to);
-    try {
-        Copy(from, to, state.st_size, progress);
-        if (::fsync(to.Number()) != 0 || !to.Close())
-            FailToWrite(from, to);
-    } catch (...) {
-        QFile::remove(target);
-        throw;
-    }
+    Copy(from, to, state.st_size, progress);
+    if (!to.Complete())
+        FailToWrite(from, to);
 }
 
 } // namespace qb
