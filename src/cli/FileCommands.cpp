@@ -5,6 +5,7 @@
 #include "cli/Library.h"
 #include "cli/Output.h"
 #include "maintenance/FileImport.h"
+#include "platform/richtext/RtfPlainText.h"
 #include "store/CFileObject.h"
 #include "store/StoredFiles.h"
 #include "support/DateFormatCustom.h"
@@ -63,7 +64,7 @@ int Attach(const QStringList& words)
     const qint64 item = arguments.Id(1);
     if (database->QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {item}).IsNull())
         throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no item %1; nothing was changed."_s.arg(item), u"attach"_s);
-    options.Description = arguments.Value(u"description"_s);
+    options.Description = RtfFromPlainText(arguments.Value(u"description"_s), CodeFont);
     QStringList files;
     for (int i = 2; i < arguments.Count(); ++i)
         files << arguments.Positional(i);
@@ -87,7 +88,7 @@ int Files(const QStringList& words)
                                    {u"size"_s, file.Size()},
                                    {u"date"_s, MomentText(file.OrigDateTime())},
                                    {u"added"_s, MomentText(file.DateAdded())},
-                                   {u"description"_s, file.Description()}});
+                                   {u"description"_s, PlainTextFromRtf(file.Description())}});
         else
             Print(u"%1\t%2\t%3\t%4\n"_s.arg(QString::number(id), QString::number(file.Size()), MomentText(file.OrigDateTime()), file.Title()));
     }

@@ -8,6 +8,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <optional>
 
 namespace qb {
@@ -150,13 +151,24 @@ QString WithZipExtension(const QString& name)
     return HasZipExtension(name) ? name : name + u".zip"_s;
 }
 
+namespace {
+
+/// The name of a file with its extension replaced; one that begins with its only dot has none.
+QString ZipNameOf(const QString& name)
+{
+    static const QRegularExpression extension(u"(?<=.)\\.[^.\\s]+$"_s, QRegularExpression::DotMatchesEverythingOption);
+    return QString(name).remove(extension) + u".zip"_s;
+}
+
+} // namespace
+
 FileImportPlan PlanFileImport(const QStringList& files)
 {
     FileImportPlan plan;
     for (const QString& path : files) {
         const QFileInfo file(path);
         QString chosen = path;
-        const QString zipName = TakeExtensionOff(file.fileName()) + u".zip"_s;
+        const QString zipName = ZipNameOf(file.fileName());
         const bool compressible = !HasZipExtension(file.fileName());
         const QFileInfo zip(file.absolutePath() + u'/' + zipName);
         if (compressible && zip.isFile())

@@ -16,10 +16,12 @@
 #include <QItemSelectionModel>
 #include <QLabel>
 #include <QScopedValueRollback>
+#include <QSignalBlocker>
 #include <QSortFilterProxyModel>
 #include <QSplitter>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <utility>
 
 namespace qb {
 
@@ -61,16 +63,17 @@ ctlFileDetails::ctlFileDetails(QWidget* parent)
     lvFiles->hideColumn(StoredFileList::SortColumn); // the key of the sizes
     rtbFileNotes->setObjectName(u"rtbFileNotes"_s);
     rtbFileNotes->setAccessibleName(u"Description of the file"_s);
+    rtbFileNotes->setPlaceholderText(u"Select one file to describe it."_s);
     MakeActions();
     MakeLayout();
-    connect(lvFiles->selectionModel(), &QItemSelectionModel::selectionChanged, this, &ctlFileDetails::SelectionChanged);
-    connect(lvFiles, &StoredFileView::FilesArrived, this, &ctlFileDetails::ImportFiles);
-    connect(lvFiles, &StoredFileView::OpenAsked, mnuFileOpenItem, &QAction::trigger);
-    connect(lvFiles, &StoredFileView::DeleteAsked, mnuDeleteFile, &QAction::trigger);
-    connect(lvFiles, &StoredFileView::InsertAsked, mnuAddFile, &QAction::trigger);
+    connect(lvFiles->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            [this] { Guarded(ModuleName, u"lvFiles_ItemClick"_s, [this] { SelectionChanged(); }); });
+    connect(lvFiles, &StoredFileView::FilesArrived, this,
+            [this](const QStringList& paths) { Guarded(ModuleName, u"lvFiles_OLEDragDrop"_s, [&] { ImportFiles(paths); }); });
+    connect(lvFiles, &QTreeView::doubleClicked, mnuFileOpenItem, &QAction::trigger);
     lvFiles->MakeCopies = [this] { return CopiesOfSelected(); };
     connect(rtbFileNotes, &RichTextBox::textChanged, this, [this] {
-        if (!m_loading && m_current && !m_locked)
+        if (!m_loading && m_current && MayChange())
             m_current->SetDescriptionChanged(true);
     });
     ShowDescription();
@@ -90,7 +93,14 @@ void ctlFileDetails::MakeActions()
     mnuFilePreview = new QAction(u"&Preview"_s, this);
     mnuFilePreview->setObjectName(u"mnuFilePreview"_s);
     mnuFilePreview->setCheckable(true);
-    connect(mnuFilePreview, &QAction::triggered, this, &ctlFileDetails::ShowPreview);
+    connect(mnuFilePreview, &QAction::triggered, this,
+            [this](bool shown) { Guarded(ModuleName, u"mnuFilePreview"_s, [&] { ShowPreview(shown); }); });
+    // The list's own keys
+    mnuFileOpenItem->setShortcuts({Qt::Key_Return, Qt::Key_Enter});
+    mnuAddFile->setShortcut(Qt::Key_Insert);
+    mnuDeleteFile->setShortcut(Qt::Key_Delete);
+    for (QAction* action : {mnuFileOpenItem, mnuAddFile, mnuDeleteFile})
+        action->setShortcutContext(Qt::WidgetShortcut);
     const auto line = [this] {
         auto* separator = new QAction(this);
         separator->setSeparator(true);
@@ -140,6 +150,7 @@ void ctlFileDetails::Initialise(Database& database, const QString& key)
     m_current.reset();
     Refill();
     SelectFirstItem();
+    UpdateActions();
 }
 
 void ctlFileDetails::Terminate()
@@ -155,16 +166,32 @@ void ctlFileDetails::Terminate()
 void ctlFileDetails::SetLocked(bool locked)
 {
     m_locked = locked;
-    lvFiles->SetLocked(locked);
-    rtbFileNotes->SetLocked(locked || !m_current);
     UpdateActions();
 }
 
+/// The files of a locked item stay as they are, and so do those of a library that can only be read.
+bool ctlFileDetails::MayChange() const
+{
+    return m_database && !m_locked && !m_database->IsReadOnly();
+}
+
+/// Reads the files anew; those that were selected are again, if they are there.
 void ctlFileDetails::Refill()
 {
-    m_files->Read(*m_database, m_itemKey);
-    for (int column = 0; column < StoredFileList::ColumnCount; ++column)
-        lvFiles->resizeColumnToContents(column);
+    QStringList selected;
+    for (const qint64 id : Selected())
+        selected << QString::number(id);
+    {
+        const QSignalBlocker quiet(lvFiles->selectionModel());
+        m_files->Read(*m_database, m_itemKey);
+        if (m_current && m_files->RowOf(m_current->Key().toLongLong()) < 0)
+            m_current.reset(); // what was typed of it has no place any more
+    }
+    if (m_files->rowCount() > 0 && !std::exchange(m_columnsSized, true)) { // later widths are the user's
+        for (int column = 0; column < StoredFileList::ColumnCount; ++column)
+            lvFiles->resizeColumnToContents(column);
+    }
+    SelectKeys(selected);
     SelectionChanged();
 }
 
@@ -257,11 +284,10 @@ void ctlFileDetails::ShowDescription()
     {
         const QScopedValueRollback loading(m_loading, true);
         rtbFileNotes->SetTextRTF(m_current ? m_current->Description() : QString());
-        rtbFileNotes->SetLocked(m_locked || !m_current);
         rtbFileNotes->setEnabled(m_current != nullptr);
     }
-    if (m_current && !mnuFilePreview->isChecked())
-        return;
+    UpdateActions();
+    DescriptionShown();
     if (m_current)
         m_preview->ShowFile(StoredFilePath(m_current->Key().toLongLong(), m_current->Title()), m_current->Title());
     else
@@ -274,8 +300,6 @@ void ctlFileDetails::ShowPreview(bool shown)
     m_preview->parentWidget()->setVisible(shown);
     if (BooleanFromText(GetSetting(SettingsApplication, u"Settings"_s, PreviewKey, BooleanText(true))) != shown)
         SaveSetting(SettingsApplication, u"Settings"_s, PreviewKey, BooleanText(shown));
-    if (shown && m_current)
-        m_preview->ShowFile(StoredFilePath(m_current->Key().toLongLong(), m_current->Title()), m_current->Title());
 }
 
 void ctlFileDetails::UpdateActions()
@@ -283,8 +307,11 @@ void ctlFileDetails::UpdateActions()
     const QList<qint64> ids = m_database ? Selected() : QList<qint64>();
     const bool one = ids.size() == 1;
     const bool several = ids.size() > 1;
-    mnuAddFile->setEnabled(m_database && !m_locked);
-    mnuDeleteFile->setEnabled(!ids.isEmpty() && !m_locked);
+    const bool mayChange = MayChange();
+    lvFiles->SetLocked(!mayChange);
+    rtbFileNotes->SetLocked(!mayChange || !m_current || m_current->ReadFailed());
+    mnuAddFile->setEnabled(mayChange);
+    mnuDeleteFile->setEnabled(!ids.isEmpty() && mayChange);
     mnuDeleteFile->setText(several ? u"&Delete Files"_s : u"&Delete File"_s);
     mnuExportFile->setEnabled(!ids.isEmpty());
     mnuExportFile->setText(several ? u"&Export Files"_s : u"&Export File"_s);
@@ -306,6 +333,17 @@ bool ctlFileDetails::SaveFileDescChanges(bool mayAsk)
             == MsgBoxResult::Yes;
     if (!wanted) {
         ForgetFileDescChanges();
+        return true;
+    }
+    if (!RowExists(m_current->Key().toLongLong())) { // another program, or another user
+        Prompts::Current().MsgBox({.Text = u"The file '%1' has been deleted from the library meanwhile. Its description can't be saved any more."_s.arg(m_current->Title()),
+                                   .Caption = u"Save changes?"_s,
+                                   .Icon = MsgBoxIcon::Exclamation});
+        m_current.reset();
+        QTimer::singleShot(0, this, [this] { // not in the middle of a selection
+            if (m_database)
+                Guarded(ModuleName, u"SaveFileDescChanges"_s, [this] { Refill(); });
+        });
         return true;
     }
     m_current->SetDescription(rtbFileNotes->IsEmpty() ? QString() : rtbFileNotes->TextRTF());

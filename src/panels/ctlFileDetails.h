@@ -81,6 +81,7 @@ private:
     void MakeActions();
     QAction* MakeAction(const QString& name, const QString& caption, const QString& icon, const QString& tip, void (ctlFileDetails::*run)());
     void MakeLayout();
+    bool MayChange() const;
     void UpdateActions();
     void SelectionChanged();
     void ShowDescription();
@@ -115,6 +116,8 @@ private:
     int m_position = 0; ///< of the separator
     bool m_askToSave = false;
     bool m_locked = false;
+    bool m_columnsSized = false;
+    bool m_importing = false;
     bool m_loading = false; ///< a change of the description is not the user's
 };
 

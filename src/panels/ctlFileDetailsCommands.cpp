@@ -20,6 +20,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QItemSelectionModel>
+#include <QScopedValueRollback>
 #include <QSortFilterProxyModel>
 
 namespace qb {
@@ -37,6 +38,11 @@ void Tell(const QString& text, const QString& caption, MsgBoxIcon icon)
     Prompts::Current().MsgBox({.Text = text, .Caption = caption, .Icon = icon});
 }
 
+void TellMissing(const QString& title)
+{
+    Tell(u"The file '%1' is missing in the library's folder of stored files."_s.arg(title), u"Source File Not Found"_s, MsgBoxIcon::Critical);
+}
+
 /// The way of importing that was chosen last.
 ImportOption SavedOption()
 {
@@ -45,12 +51,27 @@ ImportOption SavedOption()
     return known ? ImportOption(number) : ImportOption::AsTheyAre;
 }
 
-void RememberUnzipFolder(const QString& folder)
+/// That a choice can't be kept for another time does not stop what was chosen.
+void Remember(const QString& section, const QString& key, const QString& value)
 {
-    Guarded(ModuleName, u"UnzipToDirectory"_s, [&] {
-        SaveSetting(SettingsApplication, u"StoredData"_s, u"PreviousExportPaths"_s, folder);
-        SaveSetting(SettingsApplication, u"Settings"_s, u"InitDir"_s, folder);
-    });
+    Guarded(ModuleName, u"SaveSetting"_s, [&] { SaveSetting(SettingsApplication, section, key, value); });
+}
+
+/// The name that is proposed for an archive of all files.
+QString ProposedZipName(const FileImportPlan& plan)
+{
+    return WithZipExtension(QFileInfo(plan.Files.first()).dir().dirName());
+}
+
+/// A name without a folder, asked for until it is one; empty when the user has cancelled.
+QString AskZipName(QString proposed)
+{
+    for (;;) {
+        proposed = Prompts::Current().InputBox(u"Name of the zip file:"_s, u"Import Files"_s, proposed).value_or(QString()).trimmed();
+        if (!proposed.contains(u'/') && !proposed.contains(u'\\'))
+            return proposed;
+        Tell(u"'%1' is no name of a file."_s.arg(proposed), u"Import Files"_s, MsgBoxIcon::Exclamation);
+    }
 }
 
 } // namespace
@@ -75,7 +96,10 @@ void ctlFileDetails::AddFile()
 
 void ctlFileDetails::ImportFiles(const QStringList& paths)
 {
-    if (!m_database || m_locked || paths.isEmpty() || !SaveFileDescChanges())
+    if (m_importing || !MayChange() || paths.isEmpty()) // a second drop while the first is asked about
+        return;
+    const QScopedValueRollback importing(m_importing, true);
+    if (!SaveFileDescChanges())
         return;
     QStringList files;
     QStringList others;
@@ -100,17 +124,19 @@ std::optional<FileImportOptions> ctlFileDetails::AskImportOptions(const FileImpo
         frmImportType dialog(this);
         dialog.SetMultipleFiles(plan.Files.size() > 1);
         dialog.SetOptionSelected(options.Option);
+        dialog.SetZipFileName(ProposedZipName(plan));
         dialog.exec();
         if (dialog.Cancelled())
             return std::nullopt;
         options.Option = dialog.OptionSelected();
         options.ZipName = dialog.ZipFileName();
-        SaveSetting(SettingsApplication, u"Settings"_s, OptionKey, QString::number(int(options.Option)));
+        Remember(u"Settings"_s, OptionKey, QString::number(int(options.Option)));
         if (dialog.DontShowAgain())
             SetShowImportFilesDialog(false);
+    } else if (options.Option == ImportOption::ZipAll && plan.Files.size() == 1) {
+        options.Option = ImportOption::ZipEach; // as the dialog has it for one file
     } else if (options.Option == ImportOption::ZipAll) {
-        const QString proposed = WithZipExtension(QFileInfo(plan.Files.first()).dir().dirName());
-        options.ZipName = Prompts::Current().InputBox(u"Name of the zip file:"_s, u"Import Files"_s, proposed).value_or(QString());
+        options.ZipName = AskZipName(ProposedZipName(plan));
         if (options.ZipName.isEmpty())
             return std::nullopt;
     }
@@ -132,7 +158,8 @@ void ctlFileDetails::Import(const FileImportPlan& plan, FileImportOptions option
         Q_EMIT Progress({}, 100);
     }
     Refill();
-    SelectKeys(result.Keys);
+    if (!result.Keys.isEmpty())
+        SelectKeys(result.Keys);
     const qsizetype count = result.Keys.size();
     const QString added = count == 1 ? u"1 file added"_s : u"%1 files added"_s.arg(count);
     Q_EMIT StatusText(result.Complete ? added : result.Cancelled ? u"Cancelled; "_s + added : u"Stopped by an error; "_s + added);
@@ -144,7 +171,7 @@ void ctlFileDetails::Import(const FileImportPlan& plan, FileImportOptions option
 void ctlFileDetails::DeleteFile()
 {
     const QList<qint64> ids = Selected();
-    if (ids.isEmpty() || m_locked)
+    if (ids.isEmpty() || !MayChange())
         return;
     const QString question = ids.size() > 1 ? u"Do you really want to delete the %1 selected files from the database?"_s.arg(ids.size())
                                             : u"Do you really want to delete this file from the database?"_s;
@@ -155,7 +182,6 @@ void ctlFileDetails::DeleteFile()
                                    .Default = MsgBoxResult::No})
         != MsgBoxResult::Yes)
         return;
-    ForgetFileDescChanges(); // it goes with its file
     const int row = lvFiles->selectionModel()->selectedRows().first().row();
     for (const qint64 id : ids) {
         CFileObject file;
@@ -163,9 +189,11 @@ void ctlFileDetails::DeleteFile()
         file.Delete();
         if (!file.Commit())
             break; // the user has been told; the others stay
+        if (m_current && m_current->Key() == QString::number(id))
+            m_current.reset(); // what was typed of it goes with it
     }
     Refill();
-    if (m_sorted->rowCount() > 0)
+    if (m_sorted->rowCount() > 0 && !lvFiles->selectionModel()->hasSelection())
         lvFiles->setCurrentIndex(m_sorted->index(qMin(row, m_sorted->rowCount() - 1), 0));
     Q_EMIT FilesChanged(m_files->rowCount() > 0);
 }
@@ -183,11 +211,18 @@ void ctlFileDetails::ExportFile()
 /// False when the user has cancelled, or it failed.
 bool ctlFileDetails::ExportOne(qint64 id)
 {
-    const QString path = RequestSaveFileName(u"Save File As : "_s, m_files->TitleOf(m_files->RowOf(id)));
+    const int row = m_files->RowOf(id);
+    if (row < 0)
+        return true; // it has gone since it was selected
+    const QString path = RequestSaveFileName(u"Save File As : "_s, m_files->TitleOf(row));
     if (path.isEmpty())
         return false;
     FinishPendingFiles(*m_database);
     const bool missing = !QFileInfo::exists(PlaceOf(id));
+    if (missing && !MayChange()) {
+        TellMissing(m_files->TitleOf(row));
+        return false;
+    }
     CFileObject file;
     file.Initialise(*m_database, QString::number(id));
     QString written;
@@ -213,23 +248,26 @@ bool ctlFileDetails::ExportOne(qint64 id)
     return true;
 }
 
-/// Copies under their own names, for other programs; what is missing is left out.
+/// Copies under their own names, for other programs; what is missing or can't be copied is left out. The
+/// program that asks waits, so there is nothing to be answered meanwhile.
 QList<QUrl> ctlFileDetails::CopiesOfSelected()
 {
     QList<QUrl> urls;
-    Guarded(ModuleName, u"StartDrag"_s, [&] {
-        if (!m_copies)
-            m_copies = std::make_unique<QTemporaryDir>();
-        for (const qint64 id : Selected()) {
-            const QString source = PlaceOf(id);
-            const QString folder = m_copies->filePath(QString::number(id));
-            if (source.isEmpty() || !QFileInfo::exists(source) || !QDir().mkpath(folder))
-                continue;
-            const QString target = folder + u'/' + m_files->TitleOf(m_files->RowOf(id));
+    if (!m_copies)
+        m_copies = std::make_unique<QTemporaryDir>();
+    for (const qint64 id : Selected()) {
+        const QString source = PlaceOf(id);
+        const QString folder = m_copies->filePath(QString::number(id));
+        if (source.isEmpty() || !QFileInfo::exists(source) || !QDir().mkpath(folder))
+            continue;
+        const QString target = folder + u'/' + m_files->TitleOf(m_files->RowOf(id));
+        try {
             CopyFileContents(source, target);
             urls << QUrl::fromLocalFile(target);
+        } catch (const RuntimeError& error) {
+            HandleError(error.Number(), error.Description(), ModuleName, u"lvFiles_OLEStartDrag"_s, error.Source(), false);
         }
-    });
+    }
     return urls;
 }
 
@@ -246,7 +284,7 @@ void ctlFileDetails::OpenFile()
         return UnzipToDirectory();
     FinishPendingFiles(*m_database);
     if (path.isEmpty() || !QFileInfo::exists(path))
-        return Tell(u"The file '%1' is missing in the library's folder of stored files."_s.arg(title), u"Source File Not Found"_s, MsgBoxIcon::Critical);
+        return TellMissing(title);
     if (IsProgram(title)) {
         const bool wanted = Prompts::Current().MsgBox({.Text = u"'%1' is a program. To open it may run it, and it can then do whatever you can. Do you really want to open it?"_s.arg(title),
                                                        .Caption = u"Open Program"_s,
@@ -271,17 +309,22 @@ void ctlFileDetails::UnzipToDirectory()
     const QString before = GetSetting(SettingsApplication, u"StoredData"_s, u"PreviousExportPaths"_s, u"C:\\"_s);
     const QString dialogs = GetSetting(SettingsApplication, u"Settings"_s, u"InitDir"_s, u"C:\\"_s);
     QStringList folders;
-    for (const QString& folder : {before, dialogs, QDir::homePath()}) {
+    for (const QString& folder : {before, dialogs, QDir::homePath(), QDir::rootPath()}) {
         if (QFileInfo(folder).isDir() && !folders.contains(folder))
             folders << folder;
     }
     BrindletonZip m_oZipUnzip;
-    StoredFileZipProgress progress([this](const QString& text, int percent) { Q_EMIT Progress(text, percent); });
+    const ShowProgress show = [this](const QString& text, int percent) { Q_EMIT Progress(text, percent); };
+    StoredFileZipProgress progress(show);
     m_oZipUnzip.SetUnzipFileName(PlaceOf(ids.first()));
     m_oZipUnzip.SetExtractDirectory(folders.first());
     frmUnzip dialog(window());
     dialog.SetFolders(folders);
-    connect(&dialog, &frmUnzip::Progress, this, [&](int fileNo, const QString& text, int files) { progress.m_oZipUnzip_Progress(fileNo, text, files); });
+    connect(&dialog, &frmUnzip::Progress, this, [&](int fileNo, const QString& text, int files) {
+        if (fileNo == 1)
+            progress = StoredFileZipProgress(show); // a try before may have been cancelled
+        progress.m_oZipUnzip_Progress(fileNo, text, files);
+    });
     try {
         m_oZipUnzip.Unzip(dialog, {}, title);
     } catch (const RuntimeError& error) {
@@ -290,7 +333,8 @@ void ctlFileDetails::UnzipToDirectory()
     Q_EMIT Progress({}, 100);
     if (m_oZipUnzip.UnzippedPath().isEmpty())
         return;
-    RememberUnzipFolder(m_oZipUnzip.UnzippedPath());
+    Remember(u"StoredData"_s, u"PreviousExportPaths"_s, m_oZipUnzip.UnzippedPath());
+    Remember(u"Settings"_s, u"InitDir"_s, m_oZipUnzip.UnzippedPath());
     Q_EMIT StatusText(u"File(s) successfully extracted to: \r\n"_s + QDir::toNativeSeparators(m_oZipUnzip.UnzippedPath()));
 }
 

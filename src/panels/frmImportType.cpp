@@ -61,11 +61,7 @@ frmImportType::frmImportType(QWidget* parent)
     layout->addWidget(chkDontShowAgain);
     layout->addWidget(buttons);
     layout->setSizeConstraint(QLayout::SetFixedSize);
-    connect(optYesAll, &QRadioButton::toggled, this, [this](bool on) {
-        UpdateControls();
-        if (on)
-            txtZipFileName->setFocus();
-    });
+    connect(optYesAll, &QRadioButton::toggled, this, &frmImportType::UpdateControls);
     connect(buttons, &QDialogButtonBox::accepted, this, &frmImportType::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     optNo->setChecked(true);
@@ -120,6 +116,12 @@ void frmImportType::SetOptionSelected(ImportOption option)
 QString frmImportType::ZipFileName() const
 {
     return txtZipFileName->text();
+}
+
+void frmImportType::SetZipFileName(const QString& name)
+{
+    txtZipFileName->setText(name);
+    txtZipFileName->selectAll();
 }
 
 bool frmImportType::DontShowAgain() const

@@ -29,6 +29,8 @@ public:
     void SetOptionSelected(ImportOption option);
     /// The name of the archive of all; ends in ".zip" once the dialog was accepted.
     QString ZipFileName() const;
+    /// Proposes a name.
+    void SetZipFileName(const QString& name);
     bool DontShowAgain() const;
     bool Cancelled() const { return result() != Accepted; }
 

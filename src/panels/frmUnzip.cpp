@@ -150,7 +150,7 @@ QTreeWidgetItem* frmUnzip::MakeRow(const ArchiveEntry& entry) const
     row->setFlags(Qt::NoItemFlags);
     row->setIcon(NameColumn, IconNamed(u"dialog-warning"_s));
     row->setText(NameColumn, u"%1 (can't be extracted: %2)"_s.arg(entry.Name, entry.Problem));
-    row->setToolTip(NameColumn, row->text(NameColumn));
+    row->setToolTip(NameColumn, u"<span>%1</span>"_s.arg(row->text(NameColumn).toHtmlEscaped()));
     return row;
 }
 
@@ -211,6 +211,10 @@ void frmUnzip::accept()
     m_engine->SetZipOptionC(!chkReplace->isChecked());
     if (!Extract(Chosen()))
         return;
+    if (const int kept = m_engine->KeptFiles(); kept > 0)
+        Prompts::Current().MsgBox({.Text = u"%1 of the files were there and have been left as they were."_s.arg(kept),
+                                   .Caption = windowTitle(),
+                                   .Icon = MsgBoxIcon::Information});
     if (chkOpenFolder->isChecked())
         OpenTarget(folder);
     QDialog::accept();

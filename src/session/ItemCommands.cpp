@@ -63,6 +63,13 @@ void ItemCommands::SetAutoSaveOn(bool on)
 bool ItemCommands::SaveItem()
 {
     return Guarded(ModuleName, u"SaveItem"_s, [this] {
+        // First: what was typed of a file goes when the item is shown anew.
+        if (!m_details.SaveFileDescChanges()) {
+            if (!Asked(u"The description of the file could not be saved. Do you wish to go on without it? It will be lost."_s, u"Save Item"_s,
+                       MsgBoxResult::No))
+                return false;
+            m_details.ForgetFileDescChanges();
+        }
         CCodeItem* item = m_session.oCodeItem.get();
         bool kept = true;
         if (item && item->Unsaved()) {
@@ -78,12 +85,6 @@ bool ItemCommands::SaveItem()
             // Nobody wants the changes: whatever becomes of the leaving, they are not to be seen as if stored.
             if (item->Unsaved())
                 m_tree.ShowItem(item->Key().toLongLong());
-        }
-        if (!m_details.SaveFileDescChanges()) {
-            if (!Asked(u"The description of the file could not be saved. Do you wish to go on without it? It will be lost."_s, u"Save Item"_s,
-                       MsgBoxResult::No))
-                return false;
-            m_details.ForgetFileDescChanges();
         }
         m_details.ResetChangedBooleans();
         return true;
@@ -284,6 +285,7 @@ void ItemCommands::DeleteNode(TreeNode& node, const std::vector<qint64>& branch,
     });
     DeleteBranch(*m_session.CurrentDatabase, node.Id, ProgressOver(qsizetype(branch.size())));
     m_session.oCodeItem = std::make_unique<CCodeItem>(); // edits of what is gone are gone
+    m_details.ForgetFileDescChanges();
     m_view.RemoveNode(node);
     for (const qint64 id : branch) {
         if (TreeNode* below = m_view.Nodes().Find(id)) // elsewhere, in a tree that could not be built whole

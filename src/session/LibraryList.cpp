@@ -85,7 +85,8 @@ bool LibraryList::SetupDBConnection()
 
 void LibraryList::CloseDatabase()
 {
-    m_session.oCodeItem.reset(); // it refers to the database
+    m_details.TreeReplaced(); // it and the item refer to the database
+    m_session.oCodeItem.reset();
     m_session.CurrentItemKey.clear(); // so that a click on its node opens it anew
     if (m_session.moSettings)
         m_session.moSettings->ClosePropertiesRS();

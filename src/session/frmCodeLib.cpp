@@ -350,7 +350,8 @@ void frmCodeLib::ShowProgress(const QString& text, int percent)
     prgStatus->setRange(1, Done);
     prgStatus->show();
     prgStatus->setValue(percent);
-    m_itemDate->setText(text);
+    constexpr int Widest = 360; // a name of a file must not widen the window
+    m_itemDate->setText(m_itemDate->fontMetrics().elidedText(text, Qt::ElideMiddle, Widest));
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 

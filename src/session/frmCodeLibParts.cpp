@@ -230,6 +230,7 @@ void frmCodeLib::MakeStatusBar()
     m_statusText->setObjectName(u"sbrMainPanel1"_s);
     m_statusText->setTextFormat(Qt::PlainText);
     m_itemDate = new QLabel;
+    m_itemDate->setTextFormat(Qt::PlainText);
     m_itemDate->setObjectName(u"sbrMainPanel2"_s);
     prgStatus = new QProgressBar;
     prgStatus->setObjectName(u"prgStatus"_s);

@@ -48,10 +48,11 @@ public:
     Arrival& operator=(const Arrival&) = delete;
 
     qint64 Size() const { return QFileInfo(m_path).size(); }
-    void Bind(qint64 id)
+    void Bind(qint64 id, const QString& title)
     {
-        MoveIntoPlace(m_path, m_work.ArrivingName(id), true);
-        m_path = m_work.ArrivingName(id);
+        const QString arriving = m_work.ArrivingName(id, title);
+        MoveIntoPlace(m_path, arriving, true);
+        m_path = arriving;
     }
     void PutInPlace(const QString& place)
     {
@@ -205,7 +206,7 @@ bool CFileObject::InsertObject()
         row.Update();
         const qint64 id = row.LastModified();
         if (file)
-            file->Bind(id);
+            file->Bind(id, m_title);
         transaction.Commit();
         m_key = QString::number(id);
         RowWritten();
@@ -240,7 +241,7 @@ bool CFileObject::UpdateObject()
         }
         row.Update();
         if (file)
-            file->Bind(id);
+            file->Bind(id, m_title);
         transaction.Commit();
         RowWritten();
         if (file)
@@ -282,11 +283,14 @@ QString CFileObject::SaveToFile2(const QString& target)
         if (!QFile::exists(source))
             FinishPendingFiles(*m_database); // it may be on its way since a power cut
         if (source.isEmpty() || !QFile::exists(source)) {
+            if (m_database->IsReadOnly())
+                throw RuntimeError(ErrorNumber::FileNotFound, u"The stored file '%1' is missing in the library's folder."_s.arg(title.ToText()), ModuleName);
             const bool deletes = Prompts::Current().MsgBox({.Text = u"Source file not found in its location. Do you wish to delete the record "
                                                                     "from the database?"_s,
                                                             .Caption = u"Update database?"_s,
                                                             .Buttons = MsgBoxButtons::YesNo,
-                                                            .Icon = MsgBoxIcon::Question})
+                                                            .Icon = MsgBoxIcon::Question,
+                                                            .Default = MsgBoxResult::No})
                 == MsgBoxResult::Yes;
             if (deletes) {
                 Delete();

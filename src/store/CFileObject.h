@@ -49,6 +49,8 @@ public:
         GetAttributes(); // which says that it was not changed
         m_descriptionChanged = value;
     }
+    /// The row could not be read: what it says is not what is stored, and it can't be written.
+    bool ReadFailed() const { return m_readFailed; }
     /// The mother's ID of the item, in a child replica.
     qint32 MotherCodeID() { return Loaded(m_motherCodeId); }
     void SetMotherCodeID(qint32 value) { m_motherCodeId = value; }

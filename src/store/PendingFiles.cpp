@@ -6,11 +6,13 @@
 #include "store/SessionValues.h"
 #include "store/StoredFiles.h"
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QHash>
 #include <QRegularExpression>
 #include <QUuid>
+#include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -27,14 +29,17 @@ QString LockName(const QString& mark)
     return u".working-"_s + mark;
 }
 
-/// Whether the work of that mark is still under way: somebody holds its lock, or nobody can tell where
-/// files can't be locked. Without a lock file it is over. A lock that nobody holds is removed.
+/// Whether the work of that mark is still under way: somebody holds its lock, or nobody can tell, where
+/// files can't be locked or this one not be opened. Without a lock file it is over. A lock that nobody
+/// holds is removed.
 bool IsUnderWay(const QDir& folder, const QString& mark)
 {
     const QByteArray path = QFile::encodeName(folder.filePath(LockName(mark)));
-    const int file = ::open(path.constData(), O_RDWR | O_CLOEXEC);
+    int file = ::open(path.constData(), O_RDWR | O_CLOEXEC);
+    if (file < 0 && errno == EACCES)
+        file = ::open(path.constData(), O_RDONLY | O_CLOEXEC); // of another user
     if (file < 0)
-        return false;
+        return errno != ENOENT;
     const bool held = ::flock(file, LOCK_EX | LOCK_NB) != 0;
     if (!held)
         ::unlink(path.constData());
@@ -42,8 +47,15 @@ bool IsUnderWay(const QDir& folder, const QString& mark)
     return held;
 }
 
+/// Tells titles apart in the name of an arriving file.
+QString TitleMark(const QString& title)
+{
+    constexpr int Length = 8;
+    return QString::fromLatin1(QCryptographicHash::hash(title.toUtf8(), QCryptographicHash::Sha1).toHex().left(Length));
+}
+
 /// Finishes or takes back what a work that is over left under the name @p path.
-void FinishPendingFile(Database& database, const QString& path, const QString& kind, qint64 id)
+void FinishPendingFile(Database& database, const QString& path, const QString& kind, qint64 id, const QString& titleMark)
 {
     if (!QFile::exists(path))
         return; // it has got to its place since
@@ -52,7 +64,9 @@ void FinishPendingFile(Database& database, const QString& path, const QString& k
         return;
     }
     const Value title = kind == u"adding"_s ? Value() : database.QueryValue(u"SELECT Title FROM Files WHERE ID = ?"_s, {id});
-    const QString place = title.IsNull() ? QString() : StoredFilePath(id, title.ToText());
+    // A row that still has another title was not committed.
+    const bool isOther = !titleMark.isEmpty() && titleMark != TitleMark(title.ToText());
+    const QString place = title.IsNull() || isOther ? QString() : StoredFilePath(id, title.ToText());
     if (place.isEmpty())
         QFile::remove(path);
     else
@@ -83,6 +97,11 @@ PendingWork::~PendingWork()
     DeleteFolder(NameOf(u"packing"_s, 0));
     QFile::remove(m_folder + LockName(m_mark));
     ::close(m_lock);
+}
+
+QString PendingWork::ArrivingName(qint64 id, const QString& title) const
+{
+    return NameOf(u"arriving"_s, id) + u'-' + TitleMark(title);
 }
 
 QString PendingWork::PackingFolder()
@@ -128,18 +147,20 @@ void LeavingFiles::Discard()
 
 void FinishPendingFiles(Database& database)
 {
-    static const QRegularExpression pending(u"^\\.(?:(adding|arriving|leaving|packing)-([0-9a-f]{32})-(\\d+)|working-([0-9a-f]{32}))$"_s);
+    if (database.IsReadOnly())
+        return;
+    static const QRegularExpression pending(u"^\\.(?:(adding|arriving|leaving|packing)-([0-9a-f]{32})-(\\d+)(?:-([0-9a-f]{8}))?|working-([0-9a-f]{32}))$"_s);
     const QDir folder(Session().CurrentFilesFolder);
     QHash<QString, bool> underWay; // by mark
     for (const QString& name : folder.entryList({u".*"_s}, QDir::Files | QDir::Dirs | QDir::Hidden)) {
         const QRegularExpressionMatch match = pending.match(name);
         if (!match.hasMatch())
             continue;
-        const QString mark = match.captured(2) + match.captured(4);
+        const QString mark = match.captured(2) + match.captured(5);
         if (!underWay.contains(mark))
             underWay.insert(mark, IsUnderWay(folder, mark));
         if (!underWay[mark] && !match.captured(1).isEmpty())
-            FinishPendingFile(database, folder.filePath(name), match.captured(1), match.captured(3).toLongLong());
+            FinishPendingFile(database, folder.filePath(name), match.captured(1), match.captured(3).toLongLong(), match.captured(4));
     }
 }
 

@@ -22,8 +22,8 @@ public:
 
     /// For a file that has no row yet.
     QString AddingName() const { return NameOf(QStringLiteral("adding"), 0); }
-    /// For the file of a row that is being committed.
-    QString ArrivingName(qint64 id) const { return NameOf(QStringLiteral("arriving"), id); }
+    /// For the file of a row that is being committed with this title.
+    QString ArrivingName(qint64 id, const QString& title) const;
     /// For the file of a row that is being deleted.
     QString LeavingName(qint64 id) const { return NameOf(QStringLiteral("leaving"), id); }
     /// A folder for files that are made to be taken in; it goes with the work. Ends in a separator.
@@ -62,7 +62,8 @@ private:
 };
 
 /// After a process ended in the middle of its work: gives each row that was committed its file, and
-/// removes the files of rows that were not, or were deleted. What is under way is left alone.
+/// removes the files of rows that were not, or were deleted. What is under way is left alone, and all of
+/// a library that is open for reading only.
 void FinishPendingFiles(Database& database);
 
 } // namespace qb

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 
 class QWidget;
 
@@ -31,6 +32,9 @@ public:
 
     /// What was typed counts as a change no more, and is not shown again.
     virtual void ForgetFileDescChanges() = 0;
+
+    /// Told when another description is shown.
+    std::function<void()> DescriptionShown = [] {};
 
     /// The box of the current file's description.
     virtual RichTextBox& DescriptionTextBox() = 0;

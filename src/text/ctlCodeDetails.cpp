@@ -265,6 +265,8 @@ void ctlCodeDetails::Initialise(Database* database, CCodeItem* item)
     ResetChangedBooleans();
     m_item = item;
     if (!item) {
+        if (ctlFileDetails1)
+            ctlFileDetails1->Terminate();
         ShowWelcomeFacts(database);
         m_pages->setCurrentIndex(0);
         Q_EMIT CurrentViewChanged();
@@ -324,6 +326,11 @@ void ctlCodeDetails::SetFileControl(FileDetailsView& files)
         connect(box, signal, this, &ctlCodeDetails::ReadFormat);
         connect(box, signal, this, &ctlCodeDetails::EditStateChanged);
     }
+    files.DescriptionShown = [this] {
+        ReadFormat();
+        m_findBar->Refresh();
+    };
+    connect(box, &RichTextBox::textChanged, this, &ctlCodeDetails::ReadFormat); // also after undo
     connect(box, &RichTextBox::textChanged, m_findBar, &FindBar::RefreshSoon);
     connect(box, &RichTextBox::ZoomAsked, this, [this](int steps) { SetZoom(m_zoom + steps * ZoomStep); });
     connect(box, &RichTextBox::LinkActivated, this, &ctlCodeDetails::OpenAddress);

@@ -1,4 +1,5 @@
 #include "support/FilesWindow.h"
+#include "support/OrdinaryUser.h"
 
 using namespace qb;
 using namespace qb::test;
@@ -122,6 +123,84 @@ private Q_SLOTS:
         m_prompts->ExpectMsgBox(u"Save Item"_s, MsgBoxResult::Yes);
         ClickOn(1);
         QCOMPARE(Tree()->currentIndex().data().toString(), u"other"_s);
+    }
+
+    void itemThatIsNotSaved_keepsTheDescription()
+    {
+        Store({u"a.txt"_s});
+        OpenFiles();
+        if (Action(u"mnuAutoSaveItem"_s)->isChecked())
+            Action(u"mnuAutoSaveItem"_s)->trigger();
+        m_window->Settings().SetAutoSaveFileDescrIfAutoSaveOn(false);
+        m_window->Settings().Apply();
+        QTest::keyClicks(Box(), u"about a"_s);
+        Tab(0);
+        QTest::keyClicks(Code(), u"not wanted"_s);
+        m_prompts->ExpectMsgBox(u"Save Item"_s, MsgBoxResult::No);
+        ClickOn(1);
+        QCOMPARE(PlainTextFromRtf(Described(1)), u"about a"_s);
+        QCOMPARE(Read(u"Code"_s), QString());
+    }
+
+    void deletedItem_asksNothingOfItsFiles()
+    {
+        Store({u"a.txt"_s});
+        OpenFiles();
+        m_window->Settings().SetAutoSaveFileDescriptions(false);
+        m_window->Settings().Apply();
+        QTest::keyClicks(Box(), u"about a"_s);
+        m_prompts->ExpectMsgBox(u"Delete Stored Item"_s, MsgBoxResult::Yes);
+        Tree()->setFocus();
+        Action(u"mnuDeleteCode"_s)->trigger();
+        QCOMPARE(m_database->QueryValue(u"SELECT count(*) FROM Files"_s).ToLong(), 0);
+    }
+
+    void fileDeletedElsewhere_isSaid()
+    {
+        Store({u"a.txt"_s, u"b.txt"_s});
+        OpenFiles();
+        QTest::keyClicks(Box(), u"about a"_s);
+        m_database->Execute(u"DELETE FROM Files WHERE ID = 1"_s);
+        m_prompts->ExpectMsgBox(u"Save changes?"_s);
+        Select(1);
+        QVERIFY(m_prompts->Messages.last().Text.startsWith(u"The file 'a.txt' has been deleted from the library meanwhile."_s));
+        QTRY_COMPARE(Titles(), QStringList{u"b.txt"_s});
+    }
+
+    void nextDescription_showsItsOwnFormat()
+    {
+        Store({u"a.txt"_s, u"b.txt"_s});
+        OpenFiles();
+        QTest::keyClicks(Box(), u"bold"_s);
+        Box()->selectAll();
+        Button(u"BOLD"_s)->trigger();
+        QVERIFY(Button(u"BOLD"_s)->isChecked());
+        Select(1);
+        QVERIFY(!Button(u"BOLD"_s)->isChecked());
+        Select(0);
+        Box()->selectAll();
+        QVERIFY(Button(u"BOLD"_s)->isChecked());
+    }
+
+    void libraryForReading_isNotChanged()
+    {
+        Store({u"a.txt"_s});
+        m_database.reset();
+        const QString library = m_home->Path(u"data/QBLib.qbd"_s);
+        QVERIFY(QFile::setPermissions(library, QFileDevice::ReadOwner | QFileDevice::ReadUser | QFileDevice::ReadGroup | QFileDevice::ReadOther));
+        for (const QString& folder : {m_home->Path(), m_home->Path(u"data"_s), m_home->Path(u"config"_s), Session().CurrentFilesFolder.chopped(1)}) {
+            if (QFile::exists(folder))
+                QVERIFY(QFile::setPermissions(folder, QFileDevice::Permissions(0x7777)));
+        }
+        const OrdinaryUser user;
+        m_prompts->ExpectMsgBox(ApplicationTitle);
+        OpenFiles();
+        QCOMPARE(Titles(), QStringList{u"a.txt"_s});
+        QVERIFY(!Action(u"mnuAddFile"_s)->isEnabled());
+        QVERIFY(!Action(u"mnuDeleteFile"_s)->isEnabled());
+        QVERIFY(Action(u"mnuExportFile"_s)->isEnabled());
+        QVERIFY(Box()->Locked());
+        m_window.reset();
     }
 
     void format_isThatOfTheDescription()

@@ -2,6 +2,7 @@
 #include "panels/ui/FilePreview.h"
 #include "panels/ui/StoredFileList.h"
 #include "platform/archive/BrindletonZip.h"
+#include "support/FileSizeLimit.h"
 #include "support/FilesWindow.h"
 
 #include <QAbstractItemModelTester>
@@ -121,10 +122,13 @@ private Q_SLOTS:
         m_prompts->ExpectMsgBox(u"Zip File Name Missing"_s);
         InDialog<frmImportType>([&](frmImportType& dialog) {
             dialog.findChild<QRadioButton*>(u"optYesAll"_s)->setChecked(true);
+            auto* name = dialog.findChild<QLineEdit*>(u"txtZipFileName"_s);
+            QCOMPARE(name->text(), u"in ß.zip"_s); // proposed
+            name->clear();
             dialog.accept();
             QVERIFY(dialog.isVisible());
             QCOMPARE(m_prompts->Messages.last().Text, u"Please enter a name for the new zip file that you want to create."_s);
-            QTest::keyClicks(dialog.findChild<QLineEdit*>(u"txtZipFileName"_s), u"to/gether"_s); // no path can be typed
+            QTest::keyClicks(name, u"to/gether"_s); // no path can be typed
             dialog.accept();
         });
         Action(u"mnuAddFile"_s)->trigger();
@@ -141,6 +145,37 @@ private Q_SLOTS:
         QCOMPARE(dialog.ZipFileName(), u"Mine.ZIP"_s);
         dialog.SetMultipleFiles(false); // the saved way of several is that of each
         QCOMPARE(dialog.OptionSelected(), ImportOption::ZipEach);
+    }
+
+    void savedWayOfAll_asksForTheNameOnly()
+    {
+        SaveSetting(SettingsApplication, u"Settings"_s, u"FileImportOperation"_s, u"3"_s);
+        OpenFiles();
+        m_window->Settings().SetShowImportFilesDialog(false);
+        const QStringList both{In(u"a.txt"_s), In(u"b.txt"_s)};
+        m_prompts->ExpectInputBox(u"Import Files"_s, std::nullopt);
+        Files()->ImportFiles(both);
+        QCOMPARE(Stored(), QStringList());
+        m_prompts->ExpectInputBox(u"Import Files"_s, u"no/name"_s);
+        m_prompts->ExpectMsgBox(u"Import Files"_s);
+        m_prompts->ExpectInputBox(u"Import Files"_s, u"all"_s);
+        Files()->ImportFiles(both);
+        QCOMPARE(m_prompts->InputPresets.first(), u"in ß.zip"_s);
+        QCOMPARE(Stored(), QStringList{u"1 - all.zip"_s});
+        Files()->ImportFiles({In(u"b.txt"_s)}); // one file has an archive of its own
+        QCOMPARE(Stored(), (QStringList{u"1 - all.zip"_s, u"2 - b.zip"_s}));
+    }
+
+    void failedImport_saysHowFarItGot()
+    {
+        OpenFiles();
+        m_window->Settings().SetShowImportFilesDialog(false);
+        WriteFile(In(u"big"_s), QByteArray(400'000, 'x'));
+        m_prompts->ExpectError();
+        const FileSizeLimit full(300'000);
+        Files()->ImportFiles({In(u"a.txt"_s), In(u"big"_s), In(u"b.txt"_s)});
+        QCOMPARE(Titles(), QStringList{u"a.txt"_s});
+        QCOMPARE(m_window->statusBar()->currentMessage(), u"Stopped by an error; 1 file added"_s);
     }
 
     void cancelledDialog_addsNothing()
@@ -183,9 +218,18 @@ private Q_SLOTS:
         auto* data = new QMimeData;
         data->setUrls({QUrl::fromLocalFile(In(u"b.txt"_s))});
         QApplication::clipboard()->setMimeData(data);
-        List()->setFocus();
-        QTest::keyClick(List(), Qt::Key_V, Qt::ControlModifier);
+        PressInList(Qt::Key_V, Qt::ControlModifier);
         QTRY_COMPARE(Stored(), QStringList{u"1 - b.txt"_s});
+    }
+
+    void copiedFiles_canBePastedElsewhere()
+    {
+        Store({u"a.txt"_s});
+        OpenFiles();
+        PressInList(Qt::Key_C, Qt::ControlModifier);
+        const QList<QUrl> urls = QApplication::clipboard()->mimeData()->urls();
+        QCOMPARE(urls.size(), 1);
+        QCOMPARE(ReadFile(urls.first().toLocalFile()), ReadFile(In(u"a.txt"_s)));
     }
 
     void draggedFiles_areCopiesUnderTheirOwnNames()
@@ -248,6 +292,46 @@ private Q_SLOTS:
         QVERIFY(!Details()->TabEnabled(DetailsTab::Files));
     }
 
+    void filesDeletedElsewhere_areNotExported()
+    {
+        Store({u"a.txt"_s, u"b.txt"_s});
+        OpenFiles();
+        List()->selectAll();
+        m_database->Execute(u"DELETE FROM Files"_s);
+        QFile::remove(Place(1, u"a.txt"_s));
+        QFile::remove(Place(2, u"b.txt"_s));
+        m_prompts->ExpectFileName(u"Save File As : "_s, m_home->Path(u"out"_s));
+        m_prompts->ExpectMsgBox(u"Source File Not Found"_s);
+        m_prompts->ExpectMsgBox(u"Database Record Removed"_s);
+        Action(u"mnuExportFile"_s)->trigger();
+        QCOMPARE(Titles(), QStringList());
+    }
+
+    void missingFileOfALockedItem_keepsItsRow()
+    {
+        Store({u"a.txt"_s});
+        OpenFiles();
+        Files()->SetLocked(true);
+        QFile::remove(Place(1, u"a.txt"_s));
+        m_prompts->ExpectFileName(u"Save File As : "_s, m_home->Path(u"out"_s));
+        m_prompts->ExpectMsgBox(u"Source File Not Found"_s);
+        Action(u"mnuExportFile"_s)->trigger();
+        QCOMPARE(m_database->QueryValue(u"SELECT count(*) FROM Files"_s).ToLong(), 1);
+    }
+
+    void deletionThatFails_keepsWhatWasTyped()
+    {
+        Store({u"a.txt"_s});
+        OpenFiles();
+        QTest::keyClicks(Box(), u"precious"_s);
+        m_database->Execute(u"CREATE TRIGGER stop BEFORE DELETE ON Files BEGIN SELECT raise(ABORT, 'stopped'); END"_s);
+        m_prompts->ExpectMsgBox(u"Delete File from Database"_s, MsgBoxResult::Yes);
+        m_prompts->ExpectError();
+        Action(u"mnuDeleteFile"_s)->trigger();
+        QCOMPARE(Box()->Text(), u"precious"_s);
+        QCOMPARE(Stored(), QStringList{u"1 - a.txt"_s});
+    }
+
     void missingFile_staysWhereItIsWanted()
     {
         Store({u"a.txt"_s});
@@ -265,7 +349,7 @@ private Q_SLOTS:
         Store({u"a.txt"_s, u"b.txt"_s, u"archive.zip"_s});
         OpenFiles();
         m_prompts->ExpectMsgBox(u"Delete File from Database"_s, MsgBoxResult::No);
-        QTest::keyClick(List(), Qt::Key_Delete);
+        PressInList(Qt::Key_Delete);
         QCOMPARE(m_prompts->Messages.last().Text, u"Do you really want to delete this file from the database?"_s);
         QCOMPARE(m_prompts->Messages.last().Default, std::optional(MsgBoxResult::No));
         QCOMPARE(Titles().size(), 3);
@@ -287,7 +371,7 @@ private Q_SLOTS:
         Store({u"a.txt"_s});
         OpenFiles();
         const Desktop desktop(*m_home, u"editor.desktop"_s);
-        QTest::keyClick(List(), Qt::Key_Return);
+        PressInList(Qt::Key_Return);
         QTRY_COMPARE(desktop.Opened(), Place(1, u"a.txt"_s));
     }
 
@@ -333,6 +417,19 @@ private Q_SLOTS:
     }
 
     // The preview
+
+    void textWithoutLineEnds_isShownToItsLimit()
+    {
+        WriteFile(In(u"min.js"_s), QByteArray("\xc3\xa4").repeated(50'000)); // two bytes each
+        WriteFile(In(u"wide.txt"_s), QByteArray("\xff\xfe", 2) + QByteArray("a\0", 2).repeated(50'000));
+        Store({u"min.js"_s, u"wide.txt"_s});
+        OpenFiles();
+        auto* text = m_window->findChild<QPlainTextEdit*>(u"txtPreview"_s);
+        QTRY_COMPARE(text->toPlainText().size(), 32 * 1024);
+        QCOMPARE(text->toPlainText().back(), u'ä');
+        Select(1);
+        QTRY_VERIFY(text->toPlainText().startsWith(u"aaaa"_s));
+    }
 
     void preview_showsTextsAndPictures()
     {

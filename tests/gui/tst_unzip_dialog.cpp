@@ -50,7 +50,7 @@ private Q_SLOTS:
             dialog.accept();
             QVERIFY(!dialog.isVisible());
         });
-        QTest::keyClick(m_window->findChild<StoredFileView*>(), Qt::Key_Return); // an archive opens so
+        PressInList(Qt::Key_Return); // an archive opens so
         QCOMPARE(ReadFile(m_home->Path(u"out/new/a.txt"_s)), "alpha");
         QCOMPARE(ReadFile(m_home->Path(u"out/new/sub/b.txt"_s)), QByteArray("beta\n").repeated(500));
         QCOMPARE(GetSetting(SettingsApplication, u"StoredData"_s, u"PreviousExportPaths"_s), m_home->Path(u"out/new"_s));
@@ -87,12 +87,15 @@ private Q_SLOTS:
         QFETCH(QByteArray, expected);
         WriteFile(m_home->Path(u"out/a.txt"_s), "mine");
         OpenWith(m_home->Path(u"pack.zip"_s));
+        if (!replace)
+            m_prompts->ExpectMsgBox(u"Unzip pack.zip"_s);
         InDialog<frmUnzip>([&](frmUnzip& dialog) {
             dialog.findChild<QCheckBox*>(u"chkReplace"_s)->setChecked(replace);
             dialog.accept();
         });
         Action(u"mnuUnzipToDirectoryItem"_s)->trigger();
         QCOMPARE(ReadFile(m_home->Path(u"out/a.txt"_s)), expected);
+        QVERIFY(replace || m_prompts->Messages.last().Text == u"1 of the files were there and have been left as they were."_s);
         QVERIFY(QFile::exists(m_home->Path(u"out/sub/b.txt"_s)));
     }
 

@@ -4,12 +4,14 @@
 #include "store/SessionValues.h"
 #include "store/StoredFiles.h"
 #include "support/LibraryBuilder.h"
+#include "support/OrdinaryUser.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QTest>
 
 using namespace qb;
@@ -317,6 +319,8 @@ private Q_SLOTS:
         QTest::newRow("copying") << u".adding-%1-0"_s << false << QStringList();
         QTest::newRow("before the commit of a new row") << u".arriving-%1-1"_s << false << QStringList();
         QTest::newRow("after it") << u".arriving-%1-1"_s << true << QStringList{u"1 - a.txt"_s};
+        QTest::newRow("before the commit of another title") << u".arriving-%1-1-01234567"_s << true << QStringList();
+        QTest::newRow("after the commit of this title") << u".arriving-%1-1-cfc7b488"_s << true << QStringList{u"1 - a.txt"_s};
         QTest::newRow("before the commit of a deletion") << u".leaving-%1-1"_s << true << QStringList{u"1 - a.txt"_s};
         QTest::newRow("after it") << u".leaving-%1-1"_s << false << QStringList();
         QTest::newRow("of another's") << u".hidden"_s << false << QStringList{u".hidden"_s};
@@ -348,12 +352,55 @@ private Q_SLOTS:
         {
             const PendingWork work;
             WriteFile(work.AddingName(), "contents");
-            WriteFile(work.ArrivingName(1), "contents");
+            WriteFile(work.ArrivingName(1, u"a.txt"_s), "contents");
             FinishPendingFiles(*m_database);
             QCOMPARE(AllNames().size(), 3); // with the lock
         }
         FinishPendingFiles(*m_database);
         QCOMPARE(AllNames(), QStringList());
+    }
+
+    /// Whose lock this user can't even open.
+    void workOfAnotherUser_isLeftAlone()
+    {
+        const PendingWork work;
+        WriteFile(work.AddingName(), "contents");
+        const QString lock = AllNames().filter(u".working-"_s).value(0);
+        QVERIFY(QFile::setPermissions(Session().CurrentFilesFolder + lock, {}));
+        for (const QString& folder : {m_home->Path(), Session().CurrentFilesFolder})
+            QVERIFY(QFile::setPermissions(folder, QFileDevice::Permissions(0x7777)));
+        {
+            const OrdinaryUser user;
+            QCOMPARE(AllNames().size(), 2);
+            FinishPendingFiles(*m_database);
+        }
+        QCOMPARE(AllNames().size(), 2);
+    }
+
+    void libraryForReading_isLeftAsItIs()
+    {
+        WriteFile(Session().CurrentFilesFolder + u".adding-%1-0"_s.arg(Mark), "contents");
+        const auto reading = DBEngine::OpenDatabase(m_home->Path(u"Dateien & mehr.qbd"_s), DBEngine::Access::ReadOnly);
+        FinishPendingFiles(*reading);
+        QCOMPARE(AllNames().size(), 1);
+        Add();
+        QFile::remove(StoredFilePath(1, u"größe a.zip"_s));
+        CFileObject file;
+        file.Initialise(*reading, u"1"_s);
+        m_prompts->ExpectError();
+        QCOMPARE(file.SaveToFile2(m_home->Path(u"out"_s)), QString()); // and nobody is asked to delete it
+        QVERIFY(m_prompts->Errors.last().contains(u"is missing in the library's folder"_s));
+    }
+
+    /// The program ends between the new file's arrival and the commit of its row.
+    void replacementThatWasNotCommitted_leavesTheOldFile()
+    {
+        Add();
+        const QString arriving = PendingWork().ArrivingName(1, u"other.zip"_s).replace(QRegularExpression(u"[0-9a-f]{32}"_s), Mark);
+        WriteFile(arriving, "new contents");
+        FinishPendingFiles(*m_database);
+        QCOMPARE(ReadFile(StoredFilePath(1, u"größe a.zip"_s)), "contents");
+        QCOMPARE(AllNames(), QStringList{u"1 - größe a.zip"_s});
     }
 
     void fileOnItsWay_isHandedOut()

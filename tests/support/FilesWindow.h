@@ -44,6 +44,11 @@ protected:
     ctlFileDetails* Files() { return m_window->findChild<ctlFileDetails*>(); }
     StoredFileView* List() { return m_window->findChild<StoredFileView*>(); }
     RichTextBox* Box() { return m_window->findChild<RichTextBox*>(u"rtbFileNotes"_s); }
+    void PressInList(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
+    {
+        List()->setFocus();
+        QTest::keyClick(List(), key, modifiers);
+    }
     void Select(int row) { List()->setCurrentIndex(List()->model()->index(row, 0)); }
     QStringList Titles()
     {

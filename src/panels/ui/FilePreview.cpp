@@ -10,6 +10,7 @@
 #include <QLabel>
 #include <QLocale>
 #include <QMimeDatabase>
+#include <QPainter>
 #include <QPlainTextEdit>
 #include <QStackedWidget>
 #include <QVBoxLayout>
@@ -17,6 +18,26 @@
 namespace qb {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Takes off what is left of a character at the end: of UTF-8, or of UTF-16 and UTF-32 with their marks.
+void CutToCharacters(QByteArray& bytes)
+{
+    constexpr int WidestUnit = 4;
+    const bool isWide = bytes.startsWith("\xFF\xFE") || bytes.startsWith("\xFE\xFF") || bytes.startsWith(QByteArray("\0\0\xFE\xFF", WidestUnit));
+    if (isWide)
+        return bytes.truncate(bytes.size() - bytes.size() % WidestUnit);
+    qsizetype end = bytes.size();
+    while (end > 0 && bytes.size() - end < WidestUnit && (bytes[end - 1] & 0xC0) == 0x80)
+        --end;
+    const uchar lead = end > 0 ? uchar(bytes[end - 1]) : 0;
+    const qsizetype length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 0; // of the last character
+    if (length > bytes.size() - end + 1)
+        bytes.truncate(end - 1);
+}
+
+} // namespace
 
 FilePreview::FilePreview(QWidget* parent)
     : QWidget(parent), m_pages(new QStackedWidget), txtPreview(new QPlainTextEdit), imgPreview(new QLabel), m_other(new QWidget),
@@ -62,6 +83,7 @@ void FilePreview::ShowFile(const QString& path, const QString& title)
 void FilePreview::Clear()
 {
     m_soon.stop();
+    m_isPending = false;
     m_picture = {};
     imgType->clear();
     lblType->clear();
@@ -69,8 +91,19 @@ void FilePreview::Clear()
     m_pages->setCurrentWidget(m_other);
 }
 
+/// Nothing is read for a preview that nobody sees.
+void FilePreview::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    if (m_isPending)
+        m_soon.start();
+}
+
 void FilePreview::Load()
 {
+    m_isPending = !isVisible();
+    if (m_isPending)
+        return;
     Clear();
     if (LoadPicture() || LoadText())
         return;
@@ -97,6 +130,12 @@ bool FilePreview::LoadPicture()
     m_picture = reader.read();
     if (m_picture.isNull())
         return false;
+    if (m_picture.hasAlphaChannel()) { // drawn for paper, most of them
+        QImage onPaper(m_picture.size(), QImage::Format_RGB32);
+        onPaper.fill(Qt::white);
+        QPainter(&onPaper).drawImage(0, 0, m_picture);
+        m_picture = onPaper;
+    }
     m_pages->setCurrentWidget(imgPreview);
     ShowScaled();
     return true;
@@ -109,8 +148,8 @@ bool FilePreview::LoadText()
     if (!file.open(QIODevice::ReadOnly))
         return false;
     QByteArray bytes = file.read(Length);
-    if (!file.atEnd()) // not in the middle of a character
-        bytes.truncate(qMax<qsizetype>(bytes.lastIndexOf('\n'), 1));
+    if (!file.atEnd())
+        CutToCharacters(bytes);
     const std::optional<QString> text = DecodeText(bytes, FallbackEncoding::Windows1252);
     if (!text)
         return false;

@@ -24,6 +24,7 @@ public:
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
 private:
     void Load();
@@ -34,6 +35,7 @@ private:
     QString m_path;
     QString m_title;
     QTimer m_soon;
+    bool m_isPending = false; ///< a file waits until the preview is seen
     QImage m_picture;
     QStackedWidget* m_pages;
     QPlainTextEdit* txtPreview;

@@ -19,22 +19,25 @@ QString DateText(Date date)
     if (date.IsNone())
         return {};
     const QLocale locale;
-    return locale.toString(date.Day(), QLocale::ShortFormat) + u' ' + locale.toString(date.Time(), u"HH:mm:ss"_s);
+    static const QString time = locale.timeFormat(QLocale::LongFormat).remove(u't').trimmed(); // without the zone
+    return locale.toString(date.Day(), QLocale::ShortFormat) + u' ' + locale.toString(date.Time(), time);
 }
 
 } // namespace
 
 void StoredFileList::Read(Database& database, const QString& itemKey)
 {
-    beginResetModel();
-    m_rows.clear();
+    std::vector<Row> files; // what can't be read leaves the list as it is
     Statement rows = database.Query(u"SELECT ID, Title, OrigDateTime, DateAdded, FileSize FROM Files WHERE CodeID = ?"_s,
                                     {itemKey.toLongLong()});
     while (rows.Step()) {
         const QString title = rows.Text(1);
-        m_rows.push_back({rows.Long(0), title, rows.Column(2).ToDate(), rows.Column(3).ToDate(), rows.Long(4),
-                          m_types.mimeTypeForFile(title, QMimeDatabase::MatchExtension).name()});
+        files.push_back({rows.Long(0), title, rows.Column(2).ToDate(), rows.Column(3).ToDate(), rows.Long(4),
+                         m_types.mimeTypeForFile(title, QMimeDatabase::MatchExtension).name()});
     }
+    beginResetModel();
+    m_rows = std::move(files);
+    m_icons.clear(); // the scheme may be another by now
     endResetModel();
 }
 

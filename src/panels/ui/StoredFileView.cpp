@@ -72,13 +72,12 @@ StoredFileView::StoredFileView(QWidget* parent) : QTreeView(parent)
     setDragDropMode(DragDrop);
     setSortingEnabled(true);
     header()->setStretchLastSection(false);
-    connect(this, &QTreeView::doubleClicked, this, &StoredFileView::OpenAsked);
 }
 
 /// Its own files are in it already.
 bool StoredFileView::Accepts(const QDropEvent& event) const
 {
-    return !m_locked && event.source() != this && event.mimeData()->hasUrls();
+    return !m_locked && event.source() != this && !LocalFiles(*event.mimeData()).isEmpty();
 }
 
 void StoredFileView::dragEnterEvent(QDragEnterEvent* event)
@@ -128,20 +127,12 @@ void StoredFileView::keyPressEvent(QKeyEvent* event)
 {
     if (event->matches(QKeySequence::Paste) && !m_locked)
         return Receive(*QApplication::clipboard()->mimeData());
-    switch (event->key()) {
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        Q_EMIT OpenAsked();
-        return;
-    case Qt::Key_Delete:
-        Q_EMIT DeleteAsked();
-        return;
-    case Qt::Key_Insert:
-        Q_EMIT InsertAsked();
-        return;
-    default:
-        QTreeView::keyPressEvent(event);
+    if (event->matches(QKeySequence::Copy) && MakeCopies && selectionModel()->hasSelection()) {
+        auto* copies = new QMimeData;
+        copies->setUrls(MakeCopies());
+        return QApplication::clipboard()->setMimeData(copies);
     }
+    QTreeView::keyPressEvent(event);
 }
 
 /// An empty list says so, and what to do about it.

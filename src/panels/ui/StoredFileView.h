@@ -8,7 +8,7 @@
 namespace qb {
 
 /// The list `lvFiles`: sorted by its columns, files from elsewhere can be dropped and pasted into it, its
-/// own dragged out.
+/// own dragged out and copied.
 class StoredFileView : public QTreeView {
     Q_OBJECT
 
@@ -22,10 +22,6 @@ public:
 
 Q_SIGNALS:
     void FilesArrived(const QStringList& paths);
-    /// Enter, or a double click.
-    void OpenAsked();
-    void DeleteAsked();
-    void InsertAsked();
 
 protected:
     void dragEnterEvent(QDragEnterEvent* event) override;

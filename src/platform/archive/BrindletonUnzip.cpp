@@ -182,7 +182,7 @@ bool BrindletonZip::Extract(const QString& archive, const QString& folder, const
         if (!extraction.Extract(entry))
             return false;
     }
-    target.PutInPlace(m_keepExisting);
+    m_keptFiles = target.PutInPlace(m_keepExisting);
     m_unzippedPath = folder;
     return true;
 }

@@ -65,6 +65,8 @@ public:
     void SetExtractDirectory(const QString& folder) { m_extractDirectory = folder; }
     /// The folder that was extracted to last; empty before.
     QString UnzippedPath() const { return m_unzippedPath; }
+    /// How many files of the last extraction were left as they were.
+    int KeptFiles() const { return m_keptFiles; }
     /// The number of files that are being extracted of the archive.
     int FileCount() const { return m_fileCount; }
     /// Asks by @p dialog, with @p folder proposed (the ExtractDirectory when it is empty). False when
@@ -117,6 +119,7 @@ private:
     QString m_extractDirectory;
     QString m_unzippedPath;
     int m_fileCount = 0;
+    int m_keptFiles = 0;
 };
 
 } // namespace qb

@@ -118,8 +118,9 @@ QString StagedFiles::PathFor(const QString& name)
     return path;
 }
 
-void StagedFiles::PutInPlace(bool keepExisting)
+int StagedFiles::PutInPlace(bool keepExisting)
 {
+    int kept = 0;
     if (!m_files.isEmpty())
         SyncFileSystem(m_stage);
     for (const QString& name : std::as_const(m_folders))
@@ -127,9 +128,10 @@ void StagedFiles::PutInPlace(bool keepExisting)
     for (const QString& name : std::as_const(m_files)) {
         if (const qsizetype slash = name.lastIndexOf(u'/'); slash > 0)
             MakeFolders(name.left(slash));
-        Move(name, keepExisting);
+        kept += Move(name, keepExisting) ? 0 : 1;
     }
     m_complete = true;
+    return kept;
 }
 
 /// Makes the folders of a relative name, none of which may be a link: it would lead elsewhere.
@@ -152,13 +154,14 @@ void StagedFiles::MakeFolders(const QString& name)
     }
 }
 
-void StagedFiles::Move(const QString& name, bool keepExisting)
+/// False when the file that is there was left.
+bool StagedFiles::Move(const QString& name, bool keepExisting)
 {
     const QString target = m_folder + name;
     const QFileInfo there(target);
     const bool isOccupied = there.exists() || there.isSymLink();
     if (isOccupied && keepExisting)
-        return;
+        return false;
     if (there.isDir() && !there.isSymLink())
         Fail(target, u"a folder stands there"_s);
     if (isOccupied) { // it keeps its name until the new one takes it, so that it can't get lost
@@ -171,6 +174,7 @@ void StagedFiles::Move(const QString& name, bool keepExisting)
         Fail(target, SystemReason());
     if (!isOccupied)
         m_moved.push_back({target, {}});
+    return true;
 }
 
 /// False when a file could not be put back.

@@ -22,8 +22,9 @@ public:
     /// A folder to be there, with or without files.
     void AddFolder(const QString& name) { m_folders << name; }
     /// Puts all of them in place, over files that are there, or leaving these with @p keepExisting.
-    /// Raises RuntimeError 75 when one can't be, or when its way leads through a link.
-    void PutInPlace(bool keepExisting);
+    /// Returns how many were left. Raises RuntimeError 75 when one can't be, or when its way leads through
+    /// a link.
+    int PutInPlace(bool keepExisting);
 
 private:
     struct Moved {
@@ -33,7 +34,7 @@ private:
     void MakeStage();
     void RemoveDeadStages() const;
     void MakeFolders(const QString& name);
-    void Move(const QString& name, bool keepExisting);
+    bool Move(const QString& name, bool keepExisting);
     bool TakeBack();
     void RemoveMade();
 

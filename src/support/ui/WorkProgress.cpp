@@ -1,6 +1,8 @@
 #include "support/ui/WorkProgress.h"
 
 #include <QFontMetrics>
+#include <QLabel>
+#include <limits>
 
 namespace qb {
 
@@ -13,16 +15,18 @@ constexpr int Width = 420;
 
 WorkProgress::WorkProgress(QWidget* parent, const QString& title) : m_dialog(parent)
 {
-    constexpr int Delay = 500; // milliseconds
     m_dialog.setObjectName(u"WorkProgress"_s);
     m_dialog.setWindowTitle(title);
     m_dialog.setWindowModality(Qt::ApplicationModal);
-    m_dialog.setMinimumDuration(Delay);
+    m_dialog.setMinimumDuration(std::numeric_limits<int>::max()); // it is shown by Advance()
     m_dialog.setRange(0, Steps);
     m_dialog.setAutoClose(false);
     m_dialog.setAutoReset(false);
     m_dialog.setFixedWidth(Width);
-    m_dialog.setValue(0);
+    auto* label = new QLabel;
+    label->setTextFormat(Qt::PlainText); // it names files
+    m_dialog.setLabel(label);
+    m_lasted.start();
 }
 
 WorkProgress::~WorkProgress() = default;
@@ -35,7 +39,11 @@ void WorkProgress::SetCaption(const QString& text)
 
 bool WorkProgress::Advance(qint64 done, qint64 total)
 {
-    // The value itself is what makes the dialog appear and handle its events.
+    constexpr qint64 Delay = 500; // milliseconds
+    if (m_lasted.elapsed() < Delay)
+        return true;
+    m_dialog.show();
+    // The value itself is what makes the dialog handle its events.
     m_dialog.setValue(total > 0 ? int(qMin(done, total) * (Steps - 1) / total) : 0);
     return !m_dialog.wasCanceled();
 }

@@ -1,12 +1,14 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QProgressDialog>
 #include <QString>
 
 namespace qb {
 
 /// A dialog over a work that takes its time: what is being done, how far it is, and a button to cancel
-/// it. It appears once the work has lasted half a second.
+/// it. It appears once the work has lasted half a second, and never by itself: a question that the work
+/// asks must not find it in its way.
 class WorkProgress {
 public:
     WorkProgress(QWidget* parent, const QString& title);
@@ -20,6 +22,7 @@ public:
 
 private:
     QProgressDialog m_dialog;
+    QElapsedTimer m_lasted;
 };
 
 } // namespace qb
