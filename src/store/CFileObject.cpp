@@ -262,12 +262,12 @@ bool CFileObject::DeleteObject()
 {
     return Guarded(ModuleName, u"DeleteObject"_s, [this] {
         const qint64 id = m_key.toLongLong();
-        LeavingFiles leaving;
+        StoredFileDeletion deletion;
         Transaction transaction(*m_database);
-        leaving.Take(id, DeleteStoredFileRow(*m_database, id));
+        deletion.Delete(*m_database, id);
         transaction.Commit();
-        leaving.Discard();
         m_state = RecordState::Deleted;
+        deletion.Complete();
     });
 }
 

@@ -62,13 +62,13 @@ bool IsInBranch(Database& database, qint64 id, qint64 candidate)
 void DeleteBranch(Database& database, qint64 id, const std::function<void(int)>& progress)
 {
     RequireItem(database, id);
-    LeavingFiles leaving;
+    StoredFileDeletion files;
     int done = 0;
     Transaction transaction(database);
     const std::vector<qint64> branch = BranchOf(database, id);
     for (const qint64 item : branch) {
         for (const qint64 file : StoredFilesOf(database, item))
-            leaving.Take(file, DeleteStoredFileRow(database, file));
+            files.Delete(database, file);
         CCodeItem row;
         row.Initialise(database, QString::number(item));
         try {
@@ -81,7 +81,7 @@ void DeleteBranch(Database& database, qint64 id, const std::function<void(int)>&
             progress(++done);
     }
     transaction.Commit();
-    leaving.Discard();
+    files.Complete();
     for (const qint64 item : branch) {
         const QString page = Session().CurrentHTMLFolder + QString::number(item);
         if (QFile::remove(page + u".htm"_s))

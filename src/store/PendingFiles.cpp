@@ -2,6 +2,7 @@
 
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
+#include "platform/system/Prompts.h"
 #include "platform/system/RuntimeError.h"
 #include "store/SessionValues.h"
 #include "store/StoredFiles.h"
@@ -119,30 +120,37 @@ QString PendingWork::NameOf(const QString& kind, qint64 id) const
     return u"%1.%2-%3-%4"_s.arg(m_folder, kind, m_mark).arg(id);
 }
 
-LeavingFiles::~LeavingFiles()
+StoredFileDeletion::~StoredFileDeletion()
 {
     for (const Moved& file : m_moved)
         QFile::rename(file.Leaving, file.Place);
 }
 
-void LeavingFiles::Take(qint64 id, const QString& place)
+void StoredFileDeletion::Delete(Database& database, qint64 id)
 {
-    if (place.isEmpty() || !QFile::exists(place))
+    const DeletedFileRow row = DeleteStoredFileRow(database, id);
+    m_lacksMotherRecord = m_lacksMotherRecord || row.LacksMotherRecord;
+    if (row.Place.isEmpty() || !QFile::exists(row.Place))
         return;
     if (!m_work)
         m_work.emplace();
     const QString leaving = m_work->LeavingName(id);
-    if (!QFile::rename(place, leaving))
-        throw RuntimeError(ErrorNumber::PathAccess, u"The stored file '%1' can't be deleted; nothing was changed."_s.arg(QDir::toNativeSeparators(place)),
-                           u"LeavingFiles"_s);
-    m_moved.push_back({place, leaving});
+    if (!QFile::rename(row.Place, leaving))
+        throw RuntimeError(ErrorNumber::PathAccess,
+                           u"The stored file '%1' can't be deleted; nothing was changed."_s.arg(QDir::toNativeSeparators(row.Place)), u"StoredFileDeletion"_s);
+    m_moved.push_back({row.Place, leaving});
 }
 
-void LeavingFiles::Discard()
+void StoredFileDeletion::Complete()
 {
     for (const Moved& file : m_moved)
         QFile::remove(file.Leaving);
     m_moved.clear();
+    if (std::exchange(m_lacksMotherRecord, false)) // now that nobody waits for the library
+        Prompts::Current().MsgBox({.Text = u"Missing valid MotherRecordID in Files table in replica database. "
+                                           "(CFileObject; DeleteObject subroutine)"_s,
+                                   .Caption = u"Error"_s,
+                                   .Icon = MsgBoxIcon::Critical});
 }
 
 void FinishPendingFiles(Database& database)

@@ -37,20 +37,21 @@ private:
     int m_lock = -1;
 };
 
-/// Files of rows that are being deleted: they leave their places, and are gone once the deletion is
-/// committed. Otherwise they come back.
-class LeavingFiles {
+/// Stored files that are deleted together, in one transaction of the caller's: the files leave their
+/// places, and are gone once the deletion is committed. Otherwise they come back.
+class StoredFileDeletion {
 public:
-    LeavingFiles() = default;
-    ~LeavingFiles();
-    LeavingFiles(const LeavingFiles&) = delete;
-    LeavingFiles& operator=(const LeavingFiles&) = delete;
+    StoredFileDeletion() = default;
+    ~StoredFileDeletion();
+    StoredFileDeletion(const StoredFileDeletion&) = delete;
+    StoredFileDeletion& operator=(const StoredFileDeletion&) = delete;
 
-    /// Takes a row's file from its place; nothing when there is none. Raises RuntimeError 75 when it
+    /// Deletes a row and takes its file from its place, if there is one. Raises RuntimeError 75 when it
     /// can't be moved.
-    void Take(qint64 id, const QString& place);
-    /// The rows' deletion is committed.
-    void Discard();
+    void Delete(Database& database, qint64 id);
+    /// The transaction is committed: the files are gone. Tells the user when the mother of this library
+    /// can't be told of one.
+    void Complete();
 
 private:
     struct Moved {
@@ -59,6 +60,7 @@ private:
     };
     std::optional<PendingWork> m_work; ///< once there is a file
     std::vector<Moved> m_moved;
+    bool m_lacksMotherRecord = false;
 };
 
 /// After a process ended in the middle of its work: gives each row that was committed its file, and

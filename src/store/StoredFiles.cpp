@@ -1,7 +1,6 @@
 #include "store/StoredFiles.h"
 
 #include "platform/system/Clock.h"
-#include "platform/system/Prompts.h"
 #include "store/Deletions.h"
 #include "store/SessionValues.h"
 
@@ -13,20 +12,15 @@ namespace {
 
 /// The ID by which the other side knows a file: its mother's for a child. Null when the other
 /// side can't be told.
-Value IdForTheOtherSide(Database& database, const Recordset& row)
+Value IdForTheOtherSide(Database& database, const Recordset& row, bool& lacksMotherRecord)
 {
     if (!Session().IsChildReplica)
         return row[u"ID"_s];
     const qint64 motherRecord = row[u"MotherRecordID"_s].ToLong();
     if (Session().IsMotherReplica)
         return row[u"DateAdded"_s].ToDate() < OwnLastSynchronized(database) ? Value(motherRecord) : Value();
-    if (motherRecord > 0)
-        return motherRecord;
-    Prompts::Current().MsgBox({.Text = u"Missing valid MotherRecordID in Files table in replica database. "
-                                       "(CFileObject; DeleteObject subroutine)"_s,
-                               .Caption = u"Error"_s,
-                               .Icon = MsgBoxIcon::Critical});
-    return {};
+    lacksMotherRecord = motherRecord <= 0;
+    return lacksMotherRecord ? Value() : Value(motherRecord);
 }
 
 } // namespace
@@ -38,24 +32,24 @@ QString StoredFilePath(qint64 id, const QString& title)
     return Session().CurrentFilesFolder + QString::number(id) + u" - "_s + title;
 }
 
-QString DeleteStoredFileRow(Database& database, qint64 id)
+DeletedFileRow DeleteStoredFileRow(Database& database, qint64 id)
 {
     Recordset row = database.OpenRecordset(u"Files"_s, u"ID = ?"_s, {id});
     if (row.IsEmpty())
         return {};
-    const QString path = StoredFilePath(id, row[u"Title"_s].ToText());
+    DeletedFileRow deletion{.Place = StoredFilePath(id, row[u"Title"_s].ToText())};
     const Value added = row[u"DateAdded"_s];
     const bool replicated = Session().IsChildReplica || Session().IsMotherReplica;
     // A file has no changes to merge: what counts is whether the other side has seen it.
     if (replicated && (added.IsNull() || added.ToDate() < DeletionCutOff(database))) {
         Recordset deleted = database.OpenRecordset(u"DeletedFiles"_s, u"ItemID IS NULL"_s);
         deleted.AddNew();
-        deleted.Set(u"ItemID"_s, IdForTheOtherSide(database, row));
+        deleted.Set(u"ItemID"_s, IdForTheOtherSide(database, row, deletion.LacksMotherRecord));
         deleted.Set(u"DateDeleted"_s, Clock::Now());
         deleted.Update();
     }
     row.Delete();
-    return path;
+    return deletion;
 }
 
 std::vector<qint64> StoredFilesOf(Database& database, qint64 itemId)

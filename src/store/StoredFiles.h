@@ -11,10 +11,15 @@ namespace qb {
 /// " - " and the title. A title that would lead out of that folder gives an empty path.
 QString StoredFilePath(qint64 id, const QString& title);
 
+/// What the deletion of a row of `Files` leaves to be done.
+struct DeletedFileRow {
+    QString Place; ///< of its file, which goes once the deletion is committed; empty when there was no row
+    bool LacksMotherRecord = false; ///< the mother can't be told which file it was
+};
+
 /// Deletes one row of `Files`, inside the caller's transaction, and records the deletion where
-/// another replica must learn of it. Returns the path of the file, which the caller removes once
-/// the transaction is committed.
-QString DeleteStoredFileRow(Database& database, qint64 id);
+/// another replica must learn of it.
+DeletedFileRow DeleteStoredFileRow(Database& database, qint64 id);
 
 /// The IDs of an item's stored files.
 std::vector<qint64> StoredFilesOf(Database& database, qint64 itemId);

@@ -1,5 +1,6 @@
 #include "platform/system/Prompts.h"
 #include "store/Deletions.h"
+#include "store/PendingFiles.h"
 #include "store/SessionValues.h"
 #include "store/StoredFiles.h"
 #include "support/LibraryBuilder.h"
@@ -69,11 +70,11 @@ private Q_SLOTS:
     void deletedRow_leavesTheFileToTheCaller()
     {
         const qint64 file = AddStoredFile(*m_library, m_item, u"a.txt"_s, "1", m_clock->Now());
-        const QString path = DeleteStoredFileRow(*m_library, file);
+        const QString path = DeleteStoredFileRow(*m_library, file).Place;
         QCOMPARE(path, StoredFilePath(file, u"a.txt"_s));
         QVERIFY(QFileInfo::exists(path));
         QCOMPARE(CountOf(*m_library, u"Files"_s), 0);
-        QCOMPARE(DeleteStoredFileRow(*m_library, file), QString()); // there is no such row any more
+        QCOMPARE(DeleteStoredFileRow(*m_library, file).Place, QString()); // there is no such row any more
     }
 
     void deletion_isRecordedForThoseWhoKnowTheFile_data()
@@ -129,8 +130,15 @@ private Q_SLOTS:
         MakeChild(*m_library, u"/m.qbd"_s, m_clock->Now());
         const qint64 file = AddStoredFile(*m_library, m_item, u"a.txt"_s, "1", m_clock->Now().AddDays(-1));
         ScriptedPrompts prompts;
+        StoredFileDeletion deletion;
+        {
+            Transaction transaction(*m_library);
+            deletion.Delete(*m_library, file);
+            transaction.Commit();
+        }
+        QVERIFY(prompts.Messages.isEmpty()); // while others wait for the library
         prompts.ExpectMsgBox(u"Error"_s);
-        DeleteStoredFileRow(*m_library, file);
+        deletion.Complete();
         QCOMPARE(prompts.Messages.value(0).Text,
                  u"Missing valid MotherRecordID in Files table in replica database. (CFileObject; DeleteObject subroutine)"_s);
         QCOMPARE(prompts.Messages.value(0).Icon, MsgBoxIcon::Critical);
