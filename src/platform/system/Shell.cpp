@@ -41,14 +41,18 @@ bool IsProgram(const QString& fileName)
     static const QStringList extensions{QStringLiteral("EXE"), QStringLiteral("COM"), QStringLiteral("BAT"), QStringLiteral("CMD"),
                                         QStringLiteral("MSI"), QStringLiteral("SCR"), QStringLiteral("PS1"), QStringLiteral("VBS"),
                                         QStringLiteral("APPIMAGE"), QStringLiteral("RUN")};
+    static const QStringList scripts{QStringLiteral("application/x-shellscript"), QStringLiteral("application/x-desktop")};
     static const QStringList types{QStringLiteral("application/x-executable"), QStringLiteral("application/x-sharedlib"),
-                                   QStringLiteral("application/x-shellscript"), QStringLiteral("application/x-desktop"),
                                    QStringLiteral("application/x-java-archive"), QStringLiteral("application/x-ms-dos-executable"),
                                    QStringLiteral("application/vnd.debian.binary-package"), QStringLiteral("application/x-rpm")};
     if (extensions.contains(fileName.section(u'.', -1).toUpper()) && fileName.contains(u'.'))
         return true;
     const QMimeType type = QMimeDatabase().mimeTypeForFile(fileName, QMimeDatabase::MatchExtension);
-    return std::any_of(types.begin(), types.end(), [&type](const QString& program) { return type.inherits(program); });
+    const auto isOneOf = [&type](const QStringList& programs) {
+        return std::any_of(programs.begin(), programs.end(), [&type](const QString& program) { return type.inherits(program); });
+    };
+    // Source texts of many languages count as executable, but a desktop shows them.
+    return isOneOf(scripts) || (isOneOf(types) && !type.inherits(QStringLiteral("text/plain")));
 }
 
 bool OpenMail(const Mail& mail)

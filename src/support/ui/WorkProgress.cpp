@@ -13,7 +13,7 @@ constexpr int Steps = 1000;
 constexpr int Width = 420;
 } // namespace
 
-WorkProgress::WorkProgress(QWidget* parent, const QString& title) : m_dialog(parent)
+WorkProgress::WorkProgress(QWidget* parent, const QString& title, std::chrono::milliseconds delay) : m_dialog(parent), m_delay(delay)
 {
     m_dialog.setObjectName(u"WorkProgress"_s);
     m_dialog.setWindowTitle(title);
@@ -39,8 +39,7 @@ void WorkProgress::SetCaption(const QString& text)
 
 bool WorkProgress::Advance(qint64 done, qint64 total)
 {
-    constexpr qint64 Delay = 500; // milliseconds
-    if (m_lasted.elapsed() < Delay)
+    if (m_lasted.elapsed() < m_delay.count())
         return true;
     m_dialog.show();
     // The value itself is what makes the dialog handle its events.

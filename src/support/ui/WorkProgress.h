@@ -3,15 +3,16 @@
 #include <QElapsedTimer>
 #include <QProgressDialog>
 #include <QString>
+#include <chrono>
 
 namespace qb {
 
 /// A dialog over a work that takes its time: what is being done, how far it is, and a button to cancel
-/// it. It appears once the work has lasted half a second, and never by itself: a question that the work
+/// it. It appears once the work has lasted for a delay, and never by itself: a question that the work
 /// asks must not find it in its way.
 class WorkProgress {
 public:
-    WorkProgress(QWidget* parent, const QString& title);
+    WorkProgress(QWidget* parent, const QString& title, std::chrono::milliseconds delay = std::chrono::milliseconds(500));
     ~WorkProgress();
     WorkProgress(const WorkProgress&) = delete;
     WorkProgress& operator=(const WorkProgress&) = delete;
@@ -22,6 +23,7 @@ public:
 
 private:
     QProgressDialog m_dialog;
+    std::chrono::milliseconds m_delay;
     QElapsedTimer m_lasted;
 };
 

@@ -1,0 +1,69 @@
+#include "support/GuiRun.h"
+#include "support/TestRun.h"
+#include "support/ui/WorkProgress.h"
+
+#include <QLabel>
+#include <QProgressBar>
+#include <QProgressDialog>
+#include <QPushButton>
+
+using namespace qb;
+using namespace qb::test;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+/// The dialog over a long work.
+class TestWorkProgress : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { FailOnWarnings(); }
+
+    void shortWork_isNotShown()
+    {
+        WorkProgress work(nullptr, u"Importing Files"_s, 1h);
+        QVERIFY(work.Advance(1, 2));
+        QCoreApplication::processEvents();
+        QVERIFY(!Dialog());
+    }
+
+    void longWork_isShownOnlyWhenItAdvances()
+    {
+        WorkProgress work(nullptr, u"Importing Files"_s, 0ms);
+        QCoreApplication::processEvents();
+        QVERIFY(!Dialog()); // a question may be under way
+        work.SetCaption(u"Adding <b>"_s + QString(300, u'x') + u" "_s);
+        QVERIFY(work.Advance(1, 4));
+        QVERIFY(Dialog());
+        QCOMPARE(Dialog()->windowTitle(), u"Importing Files"_s);
+        QVERIFY(Dialog()->isModal());
+        QCOMPARE(Dialog()->value(), 249);
+        QVERIFY(Dialog()->labelText().startsWith(u"Adding <b>x"_s));
+        QVERIFY(Dialog()->labelText().size() < 100); // it is not widened by a name
+        QCOMPARE(Dialog()->findChild<QLabel*>()->textFormat(), Qt::PlainText);
+        TakePicture(*Dialog(), u"work-progress"_s);
+        QVERIFY(work.Advance(4, 4));
+        QVERIFY(Dialog()); // until the work itself is over
+    }
+
+    void cancelledWork_isToldSo()
+    {
+        WorkProgress work(nullptr, u"Importing Files"_s, 0ms);
+        QVERIFY(work.Advance(1, 4));
+        Dialog()->findChild<QPushButton*>()->click();
+        QVERIFY(!work.Advance(2, 4));
+    }
+
+    void workWithoutASize_isShownToo()
+    {
+        WorkProgress work(nullptr, u"Exporting File"_s, 0ms);
+        QVERIFY(work.Advance(0, 0));
+        QVERIFY(Dialog());
+    }
+
+private:
+    static QProgressDialog* Dialog() { return qobject_cast<QProgressDialog*>(QApplication::activeModalWidget()); }
+};
+
+QB_GUI_TEST_MAIN(TestWorkProgress)
+#include "tst_work_progress.moc"
