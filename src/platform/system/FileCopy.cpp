@@ -5,11 +5,13 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <thread>
 #include <vector>
 
 namespace qb {
@@ -119,9 +121,48 @@ ssize_t CopyThrough(const Descriptor& source, const Descriptor& target, std::vec
     return length;
 }
 
+/// Has the disk begin with what is copied while more is, so that the flush at the end finds little to do.
+class EarlyWriter {
+public:
+    explicit EarlyWriter(const Descriptor& target) : m_thread([this, file = target.Number()] { Run(file); }) {}
+    ~EarlyWriter()
+    {
+        m_end = true;
+        m_copied += 1; // so that it is noticed
+        m_copied.notify_one();
+        m_thread.join();
+    }
+    EarlyWriter(const EarlyWriter&) = delete;
+    EarlyWriter& operator=(const EarlyWriter&) = delete;
+
+    /// So many bytes are copied.
+    void Begin(qint64 copied)
+    {
+        m_copied = copied;
+        m_copied.notify_one();
+    }
+
+private:
+    void Run(int file)
+    {
+        for (qint64 begun = 0; !m_end;) {
+            m_copied.wait(begun);
+            const qint64 copied = m_copied;
+            if (!m_end)
+                ::sync_file_range(file, begun, copied - begun, SYNC_FILE_RANGE_WRITE); // fsync tells what fails
+            begun = copied;
+        }
+    }
+
+    std::atomic<qint64> m_copied = 0; ///< bytes
+    std::atomic<bool> m_end = false;
+    std::thread m_thread;
+};
+
 void Copy(const Descriptor& source, const Descriptor& target, qint64 total, const std::function<bool(qint64, qint64)>& progress)
 {
     std::vector<char> buffer;
+    EarlyWriter writer(target);
     qint64 done = 0;
     for (;;) {
         // Some systems say of a file that it ends at once when they can't copy it inside.
@@ -132,9 +173,8 @@ void Copy(const Descriptor& source, const Descriptor& target, qint64 total, cons
         }
         if (copied == 0)
             return;
-        // The disk begins with it while more is copied, so that the flush at the end finds little to do.
-        ::sync_file_range(target.Number(), done, copied, SYNC_FILE_RANGE_WRITE);
         done += copied;
+        writer.Begin(done);
         if (progress && !progress(done, qMax(done, total)))
             throw RuntimeError(ErrorNumber::UserInterrupt, u"The copying of '%1' was cancelled."_s.arg(source.Path()), u"CopyFileContents"_s);
     }
