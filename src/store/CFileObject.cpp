@@ -14,6 +14,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QScopeGuard>
 #include <cstdio>
 #include <limits>
 #include <optional>
@@ -299,6 +300,7 @@ QString CFileObject::SaveToFile2(const QString& target)
             return;
         }
         const QString interim = InterimName(target);
+        const auto clear = qScopeGuard([&interim] { QFile::remove(interim); }); // where it can't be moved
         CopyFileContents(source, interim, Progress);
         MoveIntoPlace(interim, target, true);
         written = target;

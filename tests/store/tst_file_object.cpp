@@ -360,6 +360,15 @@ private Q_SLOTS:
         QCOMPARE(AllNames(), QStringList());
     }
 
+    void folderInTheWayOfAnExport_isAnError()
+    {
+        Add();
+        QVERIFY(QDir().mkpath(m_home->Path(u"out/taken"_s)));
+        m_prompts->ExpectError();
+        QCOMPARE(Open(1).SaveToFile2(m_home->Path(u"out/taken"_s)), QString());
+        QCOMPARE(QDir(m_home->Path(u"out"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList{u"taken"_s});
+    }
+
     /// Whose lock this user can't even open.
     void workOfAnotherUser_isLeftAlone()
     {
