@@ -148,8 +148,11 @@ void ctlFileDetails::Initialise(Database& database, const QString& key)
     m_database = &database;
     m_itemKey = key;
     m_current.reset();
-    Refill();
-    SelectFirstItem();
+    m_files->Clear(); // of the item before, whatever becomes of this one
+    Guarded(ModuleName, u"Initialise"_s, [this] {
+        Refill();
+        SelectFirstItem();
+    });
     UpdateActions();
 }
 
@@ -266,9 +269,16 @@ void ctlFileDetails::SelectionChanged()
     const QList<qint64> ids = Selected();
     const QString key = ids.size() == 1 ? QString::number(ids.first()) : QString();
     const QString before = m_current ? m_current->Key() : QString();
-    if (m_database && key != before) {
-        if (!SaveFileDescChanges() && m_files->RowOf(before.toLongLong()) >= 0)
-            return SelectKeys({before});
+    if (!m_returning && m_database && (key != before || key != m_shownKey)) {
+        if (!SaveFileDescChanges() && m_files->RowOf(before.toLongLong()) >= 0) {
+            m_returning = true;
+            SelectKeys({before});
+            QTimer::singleShot(0, this, [this, before] { // a key selects once more, and sets the current row
+                m_returning = false;
+                SelectKeys({before});
+            });
+            return;
+        }
         m_current.reset();
         if (!key.isEmpty()) {
             m_current = std::make_unique<CFileObject>();
@@ -285,6 +295,7 @@ void ctlFileDetails::ShowDescription()
         const QScopedValueRollback loading(m_loading, true);
         rtbFileNotes->SetTextRTF(m_current ? m_current->Description() : QString());
         rtbFileNotes->setEnabled(m_current != nullptr);
+        m_shownKey = m_current ? m_current->Key() : QString();
     }
     UpdateActions();
     DescriptionShown();
@@ -323,32 +334,34 @@ void ctlFileDetails::UpdateActions()
 
 bool ctlFileDetails::SaveFileDescChanges(bool mayAsk)
 {
-    if (!m_current || !m_current->DescriptionChanged())
-        return true;
-    const bool wanted = !m_askToSave || !mayAsk
-        || Prompts::Current().MsgBox({.Text = u"The file description have been changed. Do you want to save these changes?"_s,
-                                      .Caption = u"Save changes?"_s,
-                                      .Buttons = MsgBoxButtons::YesNo,
-                                      .Icon = MsgBoxIcon::Question})
-            == MsgBoxResult::Yes;
-    if (!wanted) {
-        ForgetFileDescChanges();
-        return true;
-    }
-    if (!RowExists(m_current->Key().toLongLong())) { // another program, or another user
-        Prompts::Current().MsgBox({.Text = u"The file '%1' has been deleted from the library meanwhile. Its description can't be saved any more."_s.arg(m_current->Title()),
-                                   .Caption = u"Save changes?"_s,
-                                   .Icon = MsgBoxIcon::Exclamation});
-        m_current.reset();
-        QTimer::singleShot(0, this, [this] { // not in the middle of a selection
-            if (m_database)
-                Guarded(ModuleName, u"SaveFileDescChanges"_s, [this] { Refill(); });
-        });
-        return true;
-    }
-    m_current->SetDescription(rtbFileNotes->IsEmpty() ? QString() : rtbFileNotes->TextRTF());
-    m_current->SetDescriptionChanged(true);
-    return m_current->Commit();
+    return Guarded(ModuleName, u"SaveFileDescChanges"_s, [&] {
+        if (!m_current || !m_current->DescriptionChanged())
+            return true;
+        const bool wanted = !m_askToSave || !mayAsk
+            || Prompts::Current().MsgBox({.Text = u"The file description have been changed. Do you want to save these changes?"_s,
+                                          .Caption = u"Save changes?"_s,
+                                          .Buttons = MsgBoxButtons::YesNo,
+                                          .Icon = MsgBoxIcon::Question})
+                == MsgBoxResult::Yes;
+        if (!wanted) {
+            ForgetFileDescChanges();
+            return true;
+        }
+        if (!RowExists(m_current->Key().toLongLong())) { // another program, or another user
+            Prompts::Current().MsgBox({.Text = u"The file '%1' has been deleted from the library meanwhile. Its description can't be saved any more."_s.arg(m_current->Title()),
+                                       .Caption = u"Save changes?"_s,
+                                       .Icon = MsgBoxIcon::Exclamation});
+            m_current.reset();
+            QTimer::singleShot(0, this, [this] { // not in the middle of a selection
+                if (m_database)
+                    Guarded(ModuleName, u"SaveFileDescChanges"_s, [this] { Refill(); });
+            });
+            return true;
+        }
+        m_current->SetDescription(rtbFileNotes->IsEmpty() ? QString() : rtbFileNotes->TextRTF());
+        m_current->SetDescriptionChanged(true);
+        return m_current->Commit();
+    }, false);
 }
 
 void ctlFileDetails::ForgetFileDescChanges()

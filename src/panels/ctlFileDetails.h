@@ -100,6 +100,7 @@ private:
     Database* m_database = nullptr;
     QString m_itemKey;
     std::unique_ptr<CFileObject> m_current; ///< the one file that is selected
+    QString m_shownKey;                     ///< of the file whose description is shown
     StoredFileList* m_files;
     QSortFilterProxyModel* m_sorted;
     StoredFileView* lvFiles;
@@ -118,6 +119,7 @@ private:
     bool m_locked = false;
     bool m_columnsSized = false;
     bool m_importing = false;
+    bool m_returning = false; ///< to the file whose description could not be saved
     bool m_loading = false; ///< a change of the description is not the user's
 };
 

@@ -284,8 +284,11 @@ void ItemCommands::DeleteNode(TreeNode& node, const std::vector<qint64>& branch,
         m_shell.ShowProgressStatusBar(0, 0);
     });
     DeleteBranch(*m_session.CurrentDatabase, node.Id, ProgressOver(qsizetype(branch.size())));
-    m_session.oCodeItem = std::make_unique<CCodeItem>(); // edits of what is gone are gone
-    m_details.ForgetFileDescChanges();
+    const bool isShown = m_session.oCodeItem && std::find(branch.begin(), branch.end(), m_session.oCodeItem->Key().toLongLong()) != branch.end();
+    if (isShown) { // edits of what is gone are gone
+        m_session.oCodeItem = std::make_unique<CCodeItem>();
+        m_details.ForgetFileDescChanges();
+    }
     m_view.RemoveNode(node);
     for (const qint64 id : branch) {
         if (TreeNode* below = m_view.Nodes().Find(id)) // elsewhere, in a tree that could not be built whole

@@ -298,7 +298,9 @@ void ItemTree::SElectCodeItem(const QString& key)
         if (!m_session.CurrentDatabase)
             return;
         const bool root = key == RootKey;
-        m_details.SetItemChanged(false); // of the item that is left, where nobody has asked for it yet
+        // Of the item that is left, where nobody has asked for it yet.
+        if (!m_details.SetItemChanged(false) && m_session.oCodeItem && !SaveItem())
+            return StayAt(NodeKey(m_session.oCodeItem->Key().toLongLong()));
         m_session.CurrentItemKey = key;
         if (root) {
             m_details.Initialise(m_session.CurrentDatabase.get(), nullptr);

@@ -6,6 +6,7 @@
 #include "platform/system/RuntimeError.h"
 #include "store/SessionValues.h"
 #include "store/StoredFiles.h"
+#include "support/ErrorRoutine.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -41,11 +42,13 @@ bool IsUnderWay(const QDir& folder, const QString& mark)
         file = ::open(path.constData(), O_RDONLY | O_CLOEXEC); // of another user
     if (file < 0)
         return errno != ENOENT;
+    struct stat state {};
     const bool held = ::flock(file, LOCK_EX | LOCK_NB) != 0;
-    if (!held)
+    const bool isGone = !held && (::fstat(file, &state) != 0 || state.st_nlink == 0); // there may be another of its name
+    if (!held && !isGone)
         ::unlink(path.constData());
     ::close(file);
-    return held;
+    return held || isGone;
 }
 
 /// Tells titles apart in the name of an arriving file.
@@ -167,8 +170,13 @@ void FinishPendingFiles(Database& database)
         const QString mark = match.captured(2) + match.captured(5);
         if (!underWay.contains(mark))
             underWay.insert(mark, IsUnderWay(folder, mark));
-        if (!underWay[mark] && !match.captured(1).isEmpty())
+        if (underWay[mark] || match.captured(1).isEmpty())
+            continue;
+        try {
             FinishPendingFile(database, folder.filePath(name), match.captured(1), match.captured(3).toLongLong(), match.captured(4));
+        } catch (const RuntimeError& error) { // it waits for another time, and keeps nobody from the others
+            HandleError(error.Number(), error.Description(), u"PendingFiles"_s, u"FinishPendingFiles"_s, error.Source(), false);
+        }
     }
 }
 

@@ -114,6 +114,11 @@ private Q_SLOTS:
         m_prompts->ExpectError();
         Select(1);
         QCOMPARE(List()->selectionModel()->selectedRows().first().row(), 0); // it stays the one
+        QCoreApplication::processEvents();
+        m_prompts->ExpectError(); // one, although a key selects twice
+        PressInList(Qt::Key_Down);
+        QCoreApplication::processEvents();
+        QTRY_COMPARE(List()->currentIndex().row(), 0); // by the keys, too
         QCOMPARE(Box()->Text(), u"precious"_s);
         m_prompts->ExpectError();
         m_prompts->ExpectMsgBox(u"Save Item"_s, MsgBoxResult::No);
@@ -153,6 +158,49 @@ private Q_SLOTS:
         Tree()->setFocus();
         Action(u"mnuDeleteCode"_s)->trigger();
         QCOMPARE(m_database->QueryValue(u"SELECT count(*) FROM Files"_s).ToLong(), 0);
+    }
+
+    void descriptionOfNoFile_isNotShown()
+    {
+        Store({u"a.txt"_s});
+        OpenFiles();
+        QTest::keyClicks(Box(), u"about a"_s);
+        ClickOn(1); // which has no files
+        QVERIFY(Box()->IsEmpty());
+        QVERIFY(!Box()->isEnabled());
+        ClickOn(0);
+        Files()->SelectFirstItem();
+        QCOMPARE(Box()->Text(), u"about a"_s);
+        m_prompts->ExpectMsgBox(u"Delete File from Database"_s, MsgBoxResult::Yes);
+        Action(u"mnuDeleteFile"_s)->trigger();
+        QVERIFY(Box()->IsEmpty());
+        QVERIFY(!Box()->isEnabled());
+    }
+
+    void filesThatCantBeRead_leaveTheItemWhole()
+    {
+        Store({u"a.txt"_s});
+        OpenFiles();
+        ClickOn(1);
+        m_database->Execute(u"ALTER TABLE Files RENAME COLUMN FileSize TO Gone"_s);
+        m_prompts->ExpectError();
+        ClickOn(0);
+        QCOMPARE(Titles(), QStringList());
+        Tab(0);
+        QTest::keyClicks(Code(), u"typed"_s); // counts as a change all the same
+        Action(u"mnuSaveItem"_s)->trigger();
+        QVERIFY(PlainTextFromRtf(Read(u"Code"_s)).startsWith(u"typed"_s));
+    }
+
+    void lockedDescription_keepsItsFormat()
+    {
+        Store({u"a.txt"_s});
+        m_database->Execute(u"UPDATE Files SET Description = ?"_s, {RtfFromPlainText(u"plain"_s, CodeFont)});
+        OpenFiles();
+        Files()->SetLocked(true);
+        Box()->selectAll();
+        Button(u"BOLD"_s)->trigger();
+        QCOMPARE(Box()->SelBold(), std::optional(false));
     }
 
     void fileDeletedElsewhere_isSaid()

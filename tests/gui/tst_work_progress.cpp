@@ -3,6 +3,7 @@
 #include "support/ui/WorkProgress.h"
 
 #include <QLabel>
+#include <QMouseEvent>
 #include <QProgressBar>
 #include <QProgressDialog>
 #include <QPushButton>
@@ -50,7 +51,12 @@ private Q_SLOTS:
     {
         WorkProgress work(nullptr, u"Importing Files"_s, 0ms);
         QVERIFY(work.Advance(1, 4));
-        Dialog()->findChild<QPushButton*>()->click();
+        auto* cancel = Dialog()->findChild<QPushButton*>();
+        for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) { // by the user, in the queue
+            const QPointF place = QRectF(cancel->rect()).center();
+            QCoreApplication::postEvent(cancel, new QMouseEvent(type, place, cancel->mapToGlobal(place), Qt::LeftButton,
+                                                                type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton, {}));
+        }
         QVERIFY(!work.Advance(2, 4));
     }
 

@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -47,10 +48,12 @@ private:
 /// is killed in the middle leaves nothing then.
 class NewFile : public Descriptor {
 public:
-    explicit NewFile(const QString& path) : Descriptor(path)
+    enum Kind { Unnamed, Named };
+    NewFile(const QString& path, Kind kind) : Descriptor(path)
     {
         QFile::remove(path);
-        Open(QFileInfo(path).path(), O_WRONLY | O_TMPFILE);
+        if (kind == Unnamed)
+            Open(QFileInfo(path).path(), O_WRONLY | O_TMPFILE);
         m_isNamed = Number() < 0;
         if (m_isNamed)
             Open(path, O_WRONLY | O_CREAT | O_EXCL);
@@ -61,6 +64,8 @@ public:
             QFile::remove(Path());
     }
 
+    /// Whether it has its name from the beginning.
+    bool IsNamed() const { return m_isNamed; }
     /// Flushes it and gives it its name; false with errno when that can't be.
     bool Complete()
     {
@@ -124,9 +129,17 @@ ssize_t CopyThrough(const Descriptor& source, const Descriptor& target, std::vec
 /// Has the disk begin with what is copied while more is, so that the flush at the end finds little to do.
 class EarlyWriter {
 public:
-    explicit EarlyWriter(const Descriptor& target) : m_thread([this, file = target.Number()] { Run(file); }) {}
+    explicit EarlyWriter(const Descriptor& target)
+    {
+        try {
+            m_thread = std::thread([this, file = target.Number()] { Run(file); });
+        } catch (const std::system_error&) { // it only takes longer without
+        }
+    }
     ~EarlyWriter()
     {
+        if (!m_thread.joinable())
+            return;
         m_end = true;
         m_copied += 1; // so that it is noticed
         m_copied.notify_one();
@@ -192,12 +205,16 @@ void CopyFileContents(const QString& source, const QString& target, const std::f
         errno = S_ISDIR(state.st_mode) ? EISDIR : EINVAL;
         Fail(u"read"_s, source);
     }
-    NewFile to(target);
-    if (to.Number() < 0)
-        FailToWrite(from, to);
-    Copy(from, to, state.st_size, progress);
-    if (!to.Complete())
-        FailToWrite(from, to);
+    for (const NewFile::Kind kind : {NewFile::Unnamed, NewFile::Named}) {
+        NewFile to(target, kind);
+        if (to.Number() < 0)
+            FailToWrite(from, to);
+        Copy(from, to, state.st_size, progress);
+        if (to.Complete())
+            return;
+        if (to.IsNamed() || ::lseek(from.Number(), 0, SEEK_SET) != 0) // else it could get no name afterwards
+            FailToWrite(from, to);
+    }
 }
 
 } // namespace qb

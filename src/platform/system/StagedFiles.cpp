@@ -102,7 +102,9 @@ void StagedFiles::RemoveDeadStages() const
 StagedFiles::~StagedFiles()
 {
     if (m_complete || TakeBack())
-        DeleteFolder(QDir::cleanPath(m_stage)); // which else has the only copy of a file
+        DeleteFolder(QDir::cleanPath(m_stage));
+    else // it has the only copy of a file, which nobody may sweep away
+        QDir().rename(m_stage, m_folder + u"Files that could not be put back "_s + QUuid::createUuid().toString(QUuid::Id128));
     if (m_lock >= 0)
         ::close(m_lock);
     if (!m_complete)

@@ -121,7 +121,8 @@ QAction* FormatToolbar::MakeAction(const QString& key)
 
 void FormatToolbar::Run(const std::function<void(ctlCodeDetails&)>& change)
 {
-    if (m_details.Locked() || !m_settings)
+    const UserTextBox* box = m_details.CurrentBox();
+    if (!box || box->Locked() || !m_settings)
         return;
     change(m_details);
     m_details.CurrentView() == DetailsTab::Files ? m_details.FileNotesSetFocus() : m_details.NotesSetFocus();

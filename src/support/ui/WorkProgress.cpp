@@ -1,5 +1,6 @@
 #include "support/ui/WorkProgress.h"
 
+#include <QCoreApplication>
 #include <QFontMetrics>
 #include <QLabel>
 #include <limits>
@@ -42,8 +43,8 @@ bool WorkProgress::Advance(qint64 done, qint64 total)
     if (m_lasted.elapsed() < m_delay.count())
         return true;
     m_dialog.show();
-    // The value itself is what makes the dialog handle its events.
     m_dialog.setValue(total > 0 ? int(qMin(done, total) * (Steps - 1) / total) : 0);
+    QCoreApplication::processEvents(); // what the user does reaches this dialog only
     return !m_dialog.wasCanceled();
 }
 
