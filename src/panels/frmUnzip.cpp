@@ -46,39 +46,7 @@ frmUnzip::frmUnzip(QWidget* parent)
     constexpr QSize Proposed(680, 460);
     setObjectName(u"frmUnzip"_s);
     resize(Proposed);
-    lvEntries->setObjectName(u"lvEntries"_s);
-    lvEntries->setHeaderLabels({u"Name"_s, u"Size"_s, u"Packed"_s, u"Date"_s});
-    lvEntries->setRootIsDecorated(false);
-    lvEntries->setUniformRowHeights(true);
-    lvEntries->setAllColumnsShowFocus(true);
-    lvEntries->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    lvEntries->header()->setStretchLastSection(false);
-    lvEntries->header()->setSectionResizeMode(NameColumn, QHeaderView::Stretch);
-    connect(lvEntries, &QTreeWidget::itemChanged, this, &frmUnzip::UpdateControls);
-    auto* all = new QPushButton(u"Select &All"_s);
-    all->setObjectName(u"cmdSelectAll"_s);
-    connect(all, &QPushButton::clicked, this, [this] { SetAllChosen(true); });
-    auto* none = new QPushButton(u"Select &None"_s);
-    none->setObjectName(u"cmdSelectNone"_s);
-    connect(none, &QPushButton::clicked, this, [this] { SetAllChosen(false); });
-    lblChosen->setObjectName(u"lblChosen"_s);
-    auto* chosenRow = new QHBoxLayout;
-    chosenRow->addWidget(lblChosen, 1);
-    chosenRow->addWidget(all);
-    chosenRow->addWidget(none);
-    cboFolder->setObjectName(u"cboFolder"_s);
-    cboFolder->setEditable(true);
-    cboFolder->setInsertPolicy(QComboBox::NoInsert);
-    connect(cboFolder, &QComboBox::editTextChanged, this, &frmUnzip::UpdateControls);
-    auto* browse = new QPushButton(u"&Browse..."_s);
-    browse->setObjectName(u"cmdBrowse"_s);
-    connect(browse, &QPushButton::clicked, this, &frmUnzip::Browse);
-    auto* folderLabel = new QLabel(u"Extract &to:"_s);
-    folderLabel->setBuddy(cboFolder);
-    auto* folderRow = new QHBoxLayout;
-    folderRow->addWidget(folderLabel);
-    folderRow->addWidget(cboFolder, 1);
-    folderRow->addWidget(browse);
+    MakeList();
     chkReplace->setObjectName(u"chkReplace"_s);
     chkReplace->setToolTip(u"Unless this is ticked, files that are there stay as they are."_s);
     chkOpenFolder->setObjectName(u"chkOpenFolder"_s);
@@ -92,11 +60,58 @@ frmUnzip::frmUnzip(QWidget* parent)
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(lvEntries, 1);
-    layout->addLayout(chosenRow);
-    layout->addLayout(folderRow);
+    layout->addLayout(MakeChosenRow());
+    layout->addLayout(MakeFolderRow());
     layout->addWidget(chkReplace);
     layout->addWidget(chkOpenFolder);
     layout->addWidget(buttons);
+}
+
+void frmUnzip::MakeList()
+{
+    lvEntries->setObjectName(u"lvEntries"_s);
+    lvEntries->setHeaderLabels({u"Name"_s, u"Size"_s, u"Packed"_s, u"Date"_s});
+    lvEntries->setRootIsDecorated(false);
+    lvEntries->setUniformRowHeights(true);
+    lvEntries->setAllColumnsShowFocus(true);
+    lvEntries->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    lvEntries->header()->setStretchLastSection(false);
+    lvEntries->header()->setSectionResizeMode(NameColumn, QHeaderView::Stretch);
+    connect(lvEntries, &QTreeWidget::itemChanged, this, &frmUnzip::UpdateControls);
+}
+
+QLayout* frmUnzip::MakeChosenRow()
+{
+    auto* all = new QPushButton(u"Select &All"_s);
+    all->setObjectName(u"cmdSelectAll"_s);
+    connect(all, &QPushButton::clicked, this, [this] { SetAllChosen(true); });
+    auto* none = new QPushButton(u"Select &None"_s);
+    none->setObjectName(u"cmdSelectNone"_s);
+    connect(none, &QPushButton::clicked, this, [this] { SetAllChosen(false); });
+    lblChosen->setObjectName(u"lblChosen"_s);
+    auto* chosenRow = new QHBoxLayout;
+    chosenRow->addWidget(lblChosen, 1);
+    chosenRow->addWidget(all);
+    chosenRow->addWidget(none);
+    return chosenRow;
+}
+
+QLayout* frmUnzip::MakeFolderRow()
+{
+    cboFolder->setObjectName(u"cboFolder"_s);
+    cboFolder->setEditable(true);
+    cboFolder->setInsertPolicy(QComboBox::NoInsert);
+    connect(cboFolder, &QComboBox::editTextChanged, this, &frmUnzip::UpdateControls);
+    auto* browse = new QPushButton(u"&Browse..."_s);
+    browse->setObjectName(u"cmdBrowse"_s);
+    connect(browse, &QPushButton::clicked, this, &frmUnzip::Browse);
+    auto* folderLabel = new QLabel(u"Extract &to:"_s);
+    folderLabel->setBuddy(cboFolder);
+    auto* folderRow = new QHBoxLayout;
+    folderRow->addWidget(folderLabel);
+    folderRow->addWidget(cboFolder, 1);
+    folderRow->addWidget(browse);
+    return folderRow;
 }
 
 bool frmUnzip::Run(BrindletonZip& engine, const QString& folder, const QString& title)

@@ -8,6 +8,7 @@
 class QCheckBox;
 class QComboBox;
 class QLabel;
+class QLayout;
 class QTreeWidget;
 class QTreeWidgetItem;
 
@@ -31,6 +32,9 @@ Q_SIGNALS:
     void Progress(int fileNo, const QString& text, int files);
 
 private:
+    void MakeList();
+    QLayout* MakeChosenRow();
+    QLayout* MakeFolderRow();
     void ListEntries(const std::vector<ArchiveEntry>& entries);
     QTreeWidgetItem* MakeRow(const ArchiveEntry& entry) const;
     QList<quint64> Chosen() const;

@@ -77,6 +77,7 @@ void CFileObject::InitialiseProperties()
     m_origDateTime = m_dateAdded = {};
     m_size = 0;
     m_motherCodeId = 0;
+    m_intake = Intake::Copy;
 }
 
 void CFileObject::Initialise(Database& database, const QString& key)

@@ -4,6 +4,7 @@
 #include "platform/archive/BrindletonZip.h"
 #include "support/FileSizeLimit.h"
 #include "support/FilesWindow.h"
+#include "support/ui/WorkProgress.h"
 
 #include <QAbstractItemModelTester>
 #include <QClipboard>
@@ -13,8 +14,11 @@
 #include <QHeaderView>
 #include <QMimeData>
 #include <QPlainTextEdit>
+#include <QProgressBar>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScopedValueRollback>
 #include <QSplitter>
 #include <QStatusBar>
 
@@ -176,6 +180,40 @@ private Q_SLOTS:
         Files()->ImportFiles({In(u"a.txt"_s), In(u"big"_s), In(u"b.txt"_s)});
         QCOMPARE(Titles(), QStringList{u"a.txt"_s});
         QCOMPARE(m_window->statusBar()->currentMessage(), u"Stopped by an error; 1 file added"_s);
+    }
+
+    void runningWork_canBeCancelled_data()
+    {
+        QTest::addColumn<QString>("option");
+        QTest::newRow("copying") << u"1"_s;
+        QTest::newRow("packing") << u"2"_s;
+    }
+    void runningWork_canBeCancelled()
+    {
+        QFETCH(QString, option);
+        SaveSetting(SettingsApplication, u"Settings"_s, u"FileImportOperation"_s, option);
+        OpenFiles();
+        m_window->Settings().SetShowImportFilesDialog(false);
+        const QScopedValueRollback delay(WorkProgress::Delay, std::chrono::milliseconds(0));
+        ClickCancelSoon();
+        Files()->ImportFiles({In(u"a.txt"_s), In(u"b.txt"_s)});
+        QVERIFY2(m_window->statusBar()->currentMessage().startsWith(u"Cancelled; "_s), qPrintable(m_window->statusBar()->currentMessage()));
+        QVERIFY(Titles().size() < 2);
+        QCOMPARE(Stored().size(), Titles().size()); // nothing of what was under way
+        QVERIFY(!m_window->findChild<QProgressBar*>(u"prgStatus"_s)->isVisible());
+    }
+
+    void runningExport_canBeCancelled()
+    {
+        Store({u"a.txt"_s});
+        OpenFiles();
+        WriteFile(m_home->Path(u"out/x"_s), "mine");
+        m_prompts->ExpectFileName(u"Save File As : "_s, m_home->Path(u"out/x"_s));
+        const QScopedValueRollback delay(WorkProgress::Delay, std::chrono::milliseconds(0));
+        ClickCancelSoon();
+        Action(u"mnuExportFile"_s)->trigger();
+        QCOMPARE(ReadFile(m_home->Path(u"out/x"_s)), "mine");
+        QCOMPARE(QDir(m_home->Path(u"out"_s)).entryList(QDir::Files | QDir::Hidden).size(), 1);
     }
 
     void cancelledDialog_addsNothing()
@@ -533,6 +571,19 @@ private:
         for (const ArchiveEntry& entry : zip.Entries(Session().CurrentFilesFolder + stored))
             names << entry.Name;
         return names;
+    }
+    /// Clicks the button of the next dialog of progress, as the mouse does.
+    void ClickCancelSoon()
+    {
+        auto* timer = new QTimer(m_window.get());
+        connect(timer, &QTimer::timeout, this, [timer] {
+            auto* dialog = qobject_cast<QProgressDialog*>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            timer->stop();
+            QTest::mouseClick(dialog->findChild<QPushButton*>(), Qt::LeftButton);
+        });
+        timer->start(0);
     }
     /// Whether the list takes it.
     bool Drop(const QMimeData& data)

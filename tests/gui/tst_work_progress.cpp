@@ -18,11 +18,16 @@ class TestWorkProgress : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { FailOnWarnings(); }
+    void init()
+    {
+        FailOnWarnings();
+        WorkProgress::Delay = 0ms;
+    }
 
     void shortWork_isNotShown()
     {
-        WorkProgress work(nullptr, u"Importing Files"_s, 1h);
+        WorkProgress::Delay = 1h;
+        WorkProgress work(nullptr, u"Importing Files"_s);
         QVERIFY(work.Advance(1, 2));
         QCoreApplication::processEvents();
         QVERIFY(!Dialog());
@@ -30,7 +35,7 @@ private Q_SLOTS:
 
     void longWork_isShownOnlyWhenItAdvances()
     {
-        WorkProgress work(nullptr, u"Importing Files"_s, 0ms);
+        WorkProgress work(nullptr, u"Importing Files"_s);
         QCoreApplication::processEvents();
         QVERIFY(!Dialog()); // a question may be under way
         work.SetCaption(u"Adding <b>"_s + QString(300, u'x') + u" "_s);
@@ -49,7 +54,7 @@ private Q_SLOTS:
 
     void cancelledWork_isToldSo()
     {
-        WorkProgress work(nullptr, u"Importing Files"_s, 0ms);
+        WorkProgress work(nullptr, u"Importing Files"_s);
         QVERIFY(work.Advance(1, 4));
         auto* cancel = Dialog()->findChild<QPushButton*>();
         for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) { // by the user, in the queue
@@ -62,7 +67,7 @@ private Q_SLOTS:
 
     void workWithoutASize_isShownToo()
     {
-        WorkProgress work(nullptr, u"Exporting File"_s, 0ms);
+        WorkProgress work(nullptr, u"Exporting File"_s);
         QVERIFY(work.Advance(0, 0));
         QVERIFY(Dialog());
     }

@@ -3,6 +3,7 @@
 #include "store/PendingFiles.h"
 #include "store/SessionValues.h"
 #include "store/StoredFiles.h"
+#include "support/ErrorRoutine.h"
 #include "support/LibraryBuilder.h"
 #include "support/OrdinaryUser.h"
 #include "support/ScriptedPrompts.h"
@@ -358,6 +359,22 @@ private Q_SLOTS:
         }
         FinishPendingFiles(*m_database);
         QCOMPARE(AllNames(), QStringList());
+    }
+
+    /// One that can't be finished waits, and keeps nobody from the others.
+    void fileThatCantGetToItsPlace_stopsNoOther()
+    {
+        m_database->Execute(u"INSERT INTO Files (ID, CodeID, Title) VALUES (1, ?, 'a.txt'), (2, ?, 'b.txt')"_s, {m_item, m_item});
+        QVERIFY(QDir().mkpath(StoredFilePath(1, u"a.txt"_s) + u"/in the way"_s));
+        for (const char* id : {"1", "2"})
+            WriteFile(Session().CurrentFilesFolder + u".arriving-%1-%2"_s.arg(Mark, QString::fromLatin1(id)), id);
+        FinishPendingFiles(*m_database);
+        QCOMPARE(ReadFile(StoredFilePath(2, u"b.txt"_s)), "2");
+        QCOMPARE(ReadFile(Session().CurrentFilesFolder + u".arriving-%1-1"_s.arg(Mark)), "1");
+        QVERIFY(ReadFile(ErrorLogFile()).contains("FinishPendingFiles"));
+        QVERIFY(QDir(StoredFilePath(1, u"a.txt"_s)).removeRecursively());
+        FinishPendingFiles(*m_database);
+        QCOMPARE(ReadFile(StoredFilePath(1, u"a.txt"_s)), "1"); // another time
     }
 
     void folderInTheWayOfAnExport_isAnError()

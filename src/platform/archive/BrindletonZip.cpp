@@ -114,6 +114,25 @@ bool BrindletonZip::Zip()
     return true;
 }
 
+/// Names a file to the library, which reads it when the archive is closed.
+void BrindletonZip::AddTo(zip* archive, const Packed& file) const
+{
+    const QByteArray path = QFile::encodeName(file.Path);
+    zip_source_t* source = zip_source_file(archive, path.constData(), 0, -1);
+    const zip_int64_t added = source ? zip_file_add(archive, file.Name.toUtf8().constData(), source, ZIP_FL_ENC_UTF_8) : -1;
+    if (added < 0) {
+        zip_source_free(source);
+        FailToPack(m_zipFileName, u"'%1': %2"_s.arg(Shown(file.Path), QString::fromLocal8Bit(zip_strerror(archive))));
+    }
+    const auto index = zip_uint64_t(added);
+    zip_set_file_compression(archive, index, m_storeOnly ? ZIP_CM_STORE : ZIP_CM_DEFLATE, CompressionLevel);
+    struct stat state {};
+    if (::stat(path.constData(), &state) == 0) {
+        zip_file_set_mtime(archive, index, state.st_mtime, 0);
+        zip_file_set_external_attributes(archive, index, 0, ZIP_OPSYS_UNIX, zip_uint32_t(state.st_mode) << 16);
+    }
+}
+
 bool BrindletonZip::Pack(const std::vector<Packed>& files, const QString& target)
 {
     QString why;
@@ -123,18 +142,7 @@ bool BrindletonZip::Pack(const std::vector<Packed>& files, const QString& target
     PackProgress progress{.Steps = Pace(Advance, 0), .Before = {}, .Sizes = {}, .FileBegun = {}};
     qint64 total = 0;
     for (const Packed& file : files) {
-        zip_source_t* source = zip_source_file(archive.get(), QFile::encodeName(file.Path).constData(), 0, -1);
-        const zip_int64_t index = source ? zip_file_add(archive.get(), file.Name.toUtf8().constData(), source, ZIP_FL_ENC_UTF_8) : -1;
-        if (index < 0) {
-            zip_source_free(source);
-            FailToPack(m_zipFileName, u"'%1': %2"_s.arg(Shown(file.Path), QString::fromLocal8Bit(zip_strerror(archive.get()))));
-        }
-        zip_set_file_compression(archive.get(), zip_uint64_t(index), m_storeOnly ? ZIP_CM_STORE : ZIP_CM_DEFLATE, CompressionLevel);
-        struct stat state {};
-        if (::stat(QFile::encodeName(file.Path).constData(), &state) == 0) {
-            zip_file_set_mtime(archive.get(), zip_uint64_t(index), state.st_mtime, 0);
-            zip_file_set_external_attributes(archive.get(), zip_uint64_t(index), 0, ZIP_OPSYS_UNIX, zip_uint32_t(state.st_mode) << 16);
-        }
+        AddTo(archive.get(), file);
         progress.Before.push_back(total);
         progress.Sizes.push_back(file.Size);
         total += file.Size;

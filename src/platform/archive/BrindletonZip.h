@@ -105,6 +105,7 @@ private:
         qint64 Size;
     };
     std::vector<Packed> FilesToPack() const;
+    void AddTo(zip* archive, const Packed& file) const;
     bool Pack(const std::vector<Packed>& files, const QString& target);
     void TellResult(const QString& archive, qint64 size, int count);
     bool Extract(const QString& archive, const QString& folder, const QList<quint64>* indexes);

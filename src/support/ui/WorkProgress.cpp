@@ -14,7 +14,7 @@ constexpr int Steps = 1000;
 constexpr int Width = 420;
 } // namespace
 
-WorkProgress::WorkProgress(QWidget* parent, const QString& title, std::chrono::milliseconds delay) : m_dialog(parent), m_delay(delay)
+WorkProgress::WorkProgress(QWidget* parent, const QString& title) : m_dialog(parent)
 {
     m_dialog.setObjectName(u"WorkProgress"_s);
     m_dialog.setWindowTitle(title);
@@ -40,7 +40,7 @@ void WorkProgress::SetCaption(const QString& text)
 
 bool WorkProgress::Advance(qint64 done, qint64 total)
 {
-    if (m_lasted.elapsed() < m_delay.count())
+    if (m_lasted.elapsed() < Delay.count())
         return true;
     m_dialog.show();
     m_dialog.setValue(total > 0 ? int(qMin(done, total) * (Steps - 1) / total) : 0);

@@ -12,10 +12,13 @@ namespace qb {
 /// asks must not find it in its way.
 class WorkProgress {
 public:
-    WorkProgress(QWidget* parent, const QString& title, std::chrono::milliseconds delay = std::chrono::milliseconds(500));
+    WorkProgress(QWidget* parent, const QString& title);
     ~WorkProgress();
     WorkProgress(const WorkProgress&) = delete;
     WorkProgress& operator=(const WorkProgress&) = delete;
+
+    /// How long a work lasts before it is shown.
+    static inline std::chrono::milliseconds Delay{500};
 
     void SetCaption(const QString& text);
     /// Lets the window paint itself; false when the user has cancelled.
@@ -23,7 +26,6 @@ public:
 
 private:
     QProgressDialog m_dialog;
-    std::chrono::milliseconds m_delay;
     QElapsedTimer m_lasted;
 };
 

@@ -331,8 +331,8 @@ private Q_SLOTS:
         archive.Add(Entry("a"));
         QTest::newRow("comment") << archive.Bytes(QByteArray("a comment").repeated(1000)) << QStringList{u"a"_s};
         QTest::newRow("no entries") << ArchiveBytes().Bytes() << QStringList{};
-        const QByteArray stub = "#!/bin/sh\nexec unzip \"$0\"\n";
-        QTest::newRow("program before") << ArchiveBytes().AddPlain(stub).Add(Entry("a")).Bytes() << QStringList{u"a"_s};
+        const QByteArray program = "#!/bin/sh\nexec unzip \"$0\"\n";
+        QTest::newRow("program before") << ArchiveBytes().AddPlain(program).Add(Entry("a")).Bytes() << QStringList{u"a"_s};
     }
     void harmlessOddity_isExtracted()
     {
