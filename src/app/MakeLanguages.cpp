@@ -4,6 +4,7 @@
 #include "platform/system/RuntimeError.h"
 #include "store/LanguageTable.h"
 #include "support/Version.h"
+#include "text/LanguageRules.h"
 
 #include <QFile>
 #include <cstdio>
@@ -18,6 +19,9 @@ int main(int argc, char** argv)
         if (!table.open(QIODevice::ReadOnly))
             throw qb::RuntimeError(qb::ErrorNumber::FileNotFound, table.errorString(), u"quillbase-languages"_s);
         qb::LanguageDefinition language = qb::LanguageFromTable(QString::fromUtf8(table.readAll()));
+        const qb::LanguageRules rules(language.Rules, language.ColouredWords, language.PlainWords);
+        if (!rules.Problems().isEmpty())
+            throw qb::RuntimeError(qb::ErrorNumber::InvalidCall, u"rules, "_s + rules.Problems().join(u"; "), u"quillbase-languages"_s);
         language.Version = qb::ProgramVersion();
         qb::WriteLanguageFile(QString::fromLocal8Bit(argv[2]), language);
     } catch (const qb::RuntimeError& error) {

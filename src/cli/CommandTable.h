@@ -41,6 +41,7 @@ int Unlink(const QStringList& words);
 
 // Languages and settings
 int Language(const QStringList& words);
+int Languages(const QStringList& words);
 int Settings(const QStringList& words);
 
 // Rich text

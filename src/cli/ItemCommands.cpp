@@ -13,6 +13,7 @@
 #include "store/CCodeItem.h"
 #include "store/ItemBranch.h"
 #include "store/SessionValues.h"
+#include "store/ShippedLanguages.h"
 #include "support/DateFormatCustom.h"
 
 #include <climits>
@@ -86,6 +87,34 @@ int TakeTexts(const Arguments& arguments, CCodeItem& item)
         ++taken;
     }
     return taken;
+}
+
+/// The language that an item's code or, if it has none, its usage names; empty: the library's.
+QString LanguageOf(CCodeItem& item)
+{
+    const QString language = LanguageInRtf(item.Code());
+    return language.isEmpty() ? LanguageInRtf(item.Example()) : language;
+}
+
+/// The name of the language that is asked for; "none" stands for the library's.
+QString LanguageAskedFor(const QString& name)
+{
+    if (name.compare("none"_L1, Qt::CaseInsensitive) == 0)
+        return {};
+    const ShippedLanguage* language = ShippedLanguageNamed(name);
+    if (!language)
+        throw UsageError{u"Unknown language '%1'; `quillbase-cli languages` lists them."_s.arg(name)};
+    return language->Name;
+}
+
+/// A text that is replaced keeps the item's language, unless another one is given.
+void TakeLanguage(const Arguments& arguments, CCodeItem& item, const QString& former)
+{
+    const QString language = arguments.Has(u"language"_s) ? LanguageAskedFor(arguments.Value(u"language"_s)) : former;
+    for (const TextField& field : TextFields) {
+        if (field.Form == TextField::Code && (arguments.Has(u"language"_s) || arguments.Has(NameOf(field))))
+            (item.*field.Set)(WithLanguageInRtf((item.*field.Get)(), language));
+    }
 }
 
 /// The text as it is printed: lines end as they do on this system.
@@ -189,6 +218,7 @@ int Show(const QStringList& words)
     QJsonObject object{{u"id"_s, item.Key().toLongLong()},
                        {u"parent"_s, item.ParentKey().toLongLong()},
                        {u"created"_s, DateFormatCustom(item.Created(), u"yyyy-mm-dd hh:nn:ss"_s)},
+                       {u"language"_s, LanguageOf(item)},
                        {u"changed"_s, item.LastChanged().IsNone() ? QString() : DateFormatCustom(item.LastChanged(), u"yyyy-mm-dd hh:nn:ss"_s)}};
     for (const TextField& one : TextFields) {
         if (field == std::end(TextFields) || field == &one)
@@ -210,7 +240,7 @@ int Show(const QStringList& words)
 
 int Add(const QStringList& words)
 {
-    const Arguments arguments(words, WithTextOptions({{"parent", "id"}}), 1);
+    const Arguments arguments(words, WithTextOptions({{"parent", "id"}, {"language", "name"}}), 1);
     if (arguments.Value(u"title"_s).isEmpty())
         throw UsageError{u"--title is missing."_s};
     const qint64 parent = arguments.IdOption(u"parent"_s);
@@ -222,6 +252,7 @@ int Add(const QStringList& words)
     item.Initialise(*database, {});
     item.SetParentKey(QString::number(parent));
     TakeTexts(arguments, item);
+    TakeLanguage(arguments, item, {});
     if (!item.Commit())
         return 1;
     if (arguments.Json())
@@ -233,13 +264,15 @@ int Add(const QStringList& words)
 
 int Set(const QStringList& words)
 {
-    const Arguments arguments(words, WithTextOptions({}), 2);
+    const Arguments arguments(words, WithTextOptions({{"language", "name"}}), 2);
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
     RequireItem(*database, arguments.Id(1));
     CCodeItem item;
     item.Initialise(*database, QString::number(arguments.Id(1)));
-    if (TakeTexts(arguments, item) == 0)
-        throw UsageError{u"Nothing to set: --title, --description, --info, --code, --usage or --notes."_s};
+    const QString language = LanguageOf(item);
+    if (TakeTexts(arguments, item) == 0 && !arguments.Has(u"language"_s))
+        throw UsageError{u"Nothing to set: --title, --description, --info, --code, --usage, --notes or --language."_s};
+    TakeLanguage(arguments, item, language);
     if (arguments.Has(u"title"_s))
         RefuseReservedTitle(item.Title(), item.ParentKey().toLongLong());
     item.SetItemChanged(true);

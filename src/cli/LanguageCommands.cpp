@@ -5,6 +5,7 @@
 #include "cli/Library.h"
 #include "cli/Output.h"
 #include "store/KeywordDefiner.h"
+#include "store/ShippedLanguages.h"
 
 #include <QFileInfo>
 
@@ -32,6 +33,7 @@ int ShowLanguage(const Arguments& arguments)
                           {u"comment"_s, language.Comment},
                           {u"commentStart"_s, language.CommentStart},
                           {u"commentEnd"_s, language.CommentEnd},
+                          {u"rules"_s, language.Rules},
                           {u"colouredKeywordColour"_s, ColourText(language.ColouredKeywordColour)},
                           {u"keywordColour"_s, ColourText(language.KeywordColour)},
                           {u"commentColour"_s, ColourText(language.CommentColour)},
@@ -47,6 +49,7 @@ int ShowLanguage(const Arguments& arguments)
         {"keyword colour:", ColourText(language.ColouredKeywordColour)},
         {"text colour:", ColourText(language.KeywordColour)},
         {"comment colour:", ColourText(language.CommentColour)},
+        {"rules:", language.Rules.isEmpty() ? u"none"_s : u"%1 lines"_s.arg(language.Rules.count(u'\n'))},
         {"coloured words:", coloured.join(u' ')},
         {"plain words:", plain.join(u' ')},
     };
@@ -76,6 +79,24 @@ int ImportLanguage(const QString& library, const QString& file)
 }
 
 } // namespace
+
+int Languages(const QStringList& words)
+{
+    const Arguments arguments(words, {}, 0);
+    QJsonArray list;
+    for (const ShippedLanguage& language : ShippedLanguages()) {
+        if (arguments.Json())
+            list.append(QJsonObject{{u"key"_s, language.Key},
+                                    {u"name"_s, language.Name},
+                                    {u"files"_s, QJsonArray::fromStringList(language.Files)},
+                                    {u"interpreters"_s, QJsonArray::fromStringList(language.Interpreters)}});
+        else
+            Print(u"%1 %2 %3\n"_s.arg(language.Key, -16).arg(language.Name, -20).arg(language.Files.join(u' ')));
+    }
+    if (arguments.Json())
+        Print(list);
+    return 0;
+}
 
 int Language(const QStringList& words)
 {

@@ -68,14 +68,9 @@ ChosenLanguage LanguageOf(const Arguments& arguments)
     static const QHash<QString, LanguageType> builtIn{{u"vb"_s, LanguageType::VB}, {u"cpp"_s, LanguageType::Cpp}, {u"none"_s, LanguageType::None}};
     if (builtIn.contains(name))
         return {builtIn[name], {}};
-    QStringList names{u"vb"_s, u"cpp"_s, u"none"_s};
-    for (const ShippedLanguage& language : ShippedLanguages()) {
-        const QString file = QFileInfo(language.Path).baseName();
-        if (file == name || language.Name.toLower() == name)
-            return {LanguageType::File, language.Path};
-        names << file;
-    }
-    throw UsageError{u"Unknown language '%1': %2."_s.arg(name, names.join(u", "_s))};
+    if (const ShippedLanguage* language = ShippedLanguageNamed(name))
+        return {LanguageType::File, language->Path};
+    throw UsageError{u"Unknown language '%1'; `quillbase-cli languages` lists them."_s.arg(name)};
 }
 
 FallbackEncoding FallbackOf(const Arguments& arguments)
@@ -145,11 +140,12 @@ int Info(const QStringList& words)
 
 int ImportFolderCommand(const QStringList& words)
 {
-    const Arguments arguments(words, {{"parent", "id"}, {"glob", "pattern"}, {"encoding", "name"}}, 2);
+    const Arguments arguments(words, {{"parent", "id"}, {"glob", "pattern"}, {"encoding", "name"}, {"library-language", ""}}, 2);
     FolderImportOptions options;
     options.Parent = arguments.IdOption(u"parent"_s);
     options.Globs = arguments.Values(u"glob"_s);
     options.Fallback = FallbackOf(arguments);
+    options.NamesLanguages = !arguments.Has(u"library-language"_s);
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
     FolderImportResult result;
     {

@@ -7,11 +7,14 @@
 #include "cli/Output.h"
 #include "platform/richtext/HtmlWriter.h"
 #include "platform/richtext/RichText.h"
+#include "platform/richtext/Rtf.h"
 #include "platform/system/TextEncoding.h"
 #include "store/CCodeItem.h"
 #include "store/ItemBranch.h"
+#include "store/ShippedLanguages.h"
 #include "support/ErrorRoutine.h"
 #include "text/CTextFormat.h"
+#include "text/Marks.h"
 
 #include <QFileInfo>
 #include <algorithm>
@@ -43,6 +46,8 @@ int ColorizeItem(const Arguments& arguments)
     format.ColorizeInit(*database);
     CCodeItem item;
     item.Initialise(*database, QString::number(id));
+    const QString language = LanguageInRtf(item.Code());
+    format.SetItemLanguage(language.isEmpty() ? LanguageInRtf(item.Example()) : language);
     const QString code = Colorized(format, item.Code());
     const QString usage = Colorized(format, item.Example());
     if (HandledErrorCount() > 0)
@@ -62,17 +67,23 @@ int ColorizeItem(const Arguments& arguments)
 
 int ColorizeFile(const Arguments& arguments)
 {
-    const QString language = arguments.Value(u"language"_s).toLower();
-    if (language != u"vb"_s && language != u"cpp"_s)
-        throw UsageError{u"Unknown language '%1': vb or cpp."_s.arg(language)};
-    if (arguments.Has(u"rtf"_s) == arguments.Has(u"html"_s))
-        throw UsageError{u"Give either --rtf or --html."_s};
+    const LanguageDefinition language = LanguageNamed(arguments.Value(u"language"_s));
+    if (int(arguments.Has(u"rtf"_s)) + int(arguments.Has(u"html"_s)) + int(arguments.Has(u"marks"_s)) != 1)
+        throw UsageError{u"Give one of --rtf, --html and --marks."_s};
     const QString name = arguments.Positional(0);
     const auto text = DecodeText(ReadInput(name), FallbackEncoding::Windows1252);
     if (!text)
         throw RuntimeError(ErrorNumber::ValueNotAllowed, u"'%1' is no text."_s.arg(name), u"colorize"_s);
+    if (arguments.Has(u"marks"_s)) {
+        const auto rules = std::make_shared<LanguageRules>(language.Rules, language.ColouredWords, language.PlainWords);
+        if (!rules->Paints())
+            throw RuntimeError(ErrorNumber::InvalidCall, u"The language '%1' has no rules."_s.arg(language.Language), u"colorize"_s);
+        RuleScan scan(rules);
+        Print(MarkedText(*text, scan));
+        return 0;
+    }
     CTextFormat format;
-    format.SetLanguage(BuiltInLanguage(language == u"vb"_s ? LanguageType::VB : LanguageType::Cpp));
+    format.SetLanguage(language);
     RichText box;
     box.SetText(*text);
     format.ColorizeCode(box);
@@ -86,7 +97,7 @@ int Colorize(const QStringList& words)
 {
     const bool file = std::any_of(words.begin(), words.end(), [](const QString& word) { return word.startsWith("--language"_L1); });
     const QList<Arguments::Option> options =
-        file ? QList<Arguments::Option>{{"language", "name"}, {"rtf", ""}, {"html", ""}} : QList<Arguments::Option>{{"save", ""}};
+        file ? QList<Arguments::Option>{{"language", "name"}, {"rtf", ""}, {"html", ""}, {"marks", ""}} : QList<Arguments::Option>{{"save", ""}};
     const Arguments arguments(words, options, file ? 1 : 2);
     return file ? ColorizeFile(arguments) : ColorizeItem(arguments);
 }

@@ -34,6 +34,8 @@
     FLAG(TipsOnStartup, "TipsOnStartup", true)                                                                         \
     FLAG(ShowImportFilesDialog, "ShowImportFileDialog", true)                                                          \
     TEXT(ColourScheme, "ColourScheme", "System")                                                                       \
+    TEXT(RuleColoursLight, "RuleColoursLight", "")                                                                     \
+    TEXT(RuleColoursDark, "RuleColoursDark", "")                                                                       \
     TEXT(InterfaceFontName, "InterfaceFontName", "")                                                                   \
     NUMBER(InterfaceFontSize, "InterfaceFontSize", 0)
 

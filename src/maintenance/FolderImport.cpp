@@ -1,8 +1,10 @@
 #include "maintenance/FolderImport.h"
 
+#include "platform/richtext/Rtf.h"
 #include "platform/richtext/RtfPlainText.h"
 #include "store/CCodeItem.h"
 #include "store/ItemBranch.h"
+#include "store/ShippedLanguages.h"
 
 #include <QDir>
 #include <QFile>
@@ -127,7 +129,7 @@ private:
         if (!file.open(QIODevice::ReadOnly)) {
             m_result.Skipped.push_back({path, u"it can't be read: "_s + file.errorString()});
         } else if (const auto text = DecodeText(file.readAll(), m_options.Fallback)) {
-            AddItem(parent, QFileInfo(path).fileName(), *text);
+            AddItem(parent, QFileInfo(path).fileName(), *text, LanguageOf(QFileInfo(path).fileName(), *text));
             ++m_result.Files;
         } else {
             m_result.Skipped.push_back({path, u"it is no text in a known encoding"_s});
@@ -136,14 +138,21 @@ private:
             throw RuntimeError(ErrorNumber::Internal, u"The import was stopped; nothing was changed."_s, Procedure);
     }
 
-    qint64 AddItem(qint64 parent, const QString& title, const QString& code)
+    /// What the item is to name; nothing where it is the library's language or none is known.
+    QString LanguageOf(const QString& fileName, const QString& text) const
+    {
+        const ShippedLanguage* language = m_options.NamesLanguages ? ShippedLanguageOfFile(fileName, text) : nullptr;
+        return language && language->Name != m_language ? language->Name : QString();
+    }
+
+    qint64 AddItem(qint64 parent, const QString& title, const QString& code, const QString& language = {})
     {
         RefuseReservedTitle(title, parent);
         CCodeItem item;
         item.Initialise(m_database, {});
         item.SetParentKey(QString::number(parent));
         item.SetTitle(title);
-        item.SetCode(RtfFromPlainText(code, CodeFont));
+        item.SetCode(WithLanguageInRtf(RtfFromPlainText(code, CodeFont), language));
         if (!item.Commit())
             throw RuntimeError(ErrorNumber::Engine, u"'%1' could not be stored; nothing was changed."_s.arg(title), Procedure);
         return item.Key().toLongLong();
@@ -151,6 +160,7 @@ private:
 
     Database& m_database;
     const FolderImportOptions& m_options;
+    QString m_language = m_database.QueryValue(u"SELECT LanguageUsed FROM Properties"_s).ToText(); ///< of the library
     int m_total;
     int m_done = 0;
     FolderImportResult m_result;

@@ -125,6 +125,7 @@ private:
     void tmrStartTimer_Timer();
     void CurrentViewChanged();
     void ShowTextToolbar();
+    void UpdateColorizeCommand();
     void moSettings_SettingsUpdated();
     bool Form_QueryUnload();
     void DoUnload();

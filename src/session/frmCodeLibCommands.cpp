@@ -155,11 +155,7 @@ void frmCodeLib::ConnectItemCommands()
 
 void frmCodeLib::ConnectEditCommands()
 {
-    const auto colorize = [this] {
-        ctlCodeItemDetails->ColorizeVisible();
-        m_commands.SetEnabled(u"COLORIZE"_s, false);
-        m_commands.SetEnabled(u"mnuColorize"_s, false);
-    };
+    const auto colorize = [this] { ctlCodeItemDetails->ColorizeVisible(); };
     m_procedures.insert({
         {u"mnuUndo"_s, [this] { EditCurrentBox(&CTextEdit::Undo); }},
         {u"mnuRedo"_s, [this] { EditCurrentBox(&CTextEdit::Redo); }},

@@ -366,11 +366,8 @@ void frmCodeLib::ConnectDetails()
     connect(ctlCodeItemDetails, &ctlCodeDetails::BrowserLinkHovered, statusBar(), [this](const QString& address) {
         address.isEmpty() ? statusBar()->clearMessage() : statusBar()->showMessage(address);
     });
-    connect(ctlCodeItemDetails, &ctlCodeDetails::TextChanged, this, [this](DetailsTab tab) {
-        const bool isCode = tab == DetailsTab::Code || tab == DetailsTab::Usage;
-        for (const QString& name : {u"COLORIZE"_s, u"mnuColorize"_s})
-            m_commands.SetEnabled(name, isCode || m_commands.Get(name).Enabled);
-    });
+    connect(ctlCodeItemDetails, &ctlCodeDetails::TextChanged, this, &frmCodeLib::UpdateColorizeCommand);
+    connect(ctlCodeItemDetails, &ctlCodeDetails::ColorizeStateChanged, this, &frmCodeLib::UpdateColorizeCommand);
     connect(ctlCodeItemDetails, &ctlCodeDetails::DefaultPagesMissing, this, [this](const QString& folder) {
         if (CurrentDatabase() && !CurrentDatabase()->IsReadOnly())
             Guarded(u"MainForm"_s, u"CreateDefaultHTMLItems"_s, [&] { CreateDefaultHTMLItems(folder); });
@@ -412,9 +409,17 @@ void frmCodeLib::CurrentViewChanged()
     for (QAction* action : mnuWebLinks->actions()) // their keys are those of other tabs too
         action->setShortcutContext(isLinks ? Qt::WindowShortcut : Qt::WidgetShortcut);
     ShowTextToolbar();
+    UpdateColorizeCommand();
     tvCodeItems->AutoHideTree(isLinks && m_session.moSettings && Settings().AutoHideTreeWhenBrowsing());
     if (isLinks)
         m_page->LinksTabShown();
+}
+
+/// Each tab has a state of its own: there is something to colour where the text shown has no colours.
+void frmCodeLib::UpdateColorizeCommand()
+{
+    for (const QString& name : {u"COLORIZE"_s, u"mnuColorize"_s})
+        m_commands.SetEnabled(name, ctlCodeItemDetails->CanColorize());
 }
 
 /// The second band follows the tab.

@@ -7,6 +7,7 @@
 #include "platform/system/Prompts.h"
 #include "platform/system/SettingsStore.h"
 #include "store/Keywords.h"
+#include "store/LibraryLanguage.h"
 #include "support/ErrorRoutine.h"
 #include "support/Version.h"
 
@@ -241,6 +242,7 @@ void CDBCreate::WriteLanguage(const LanguageDefinition& language)
         properties.Set(one.Column, one.Setting);
     properties.Update();
     m_database->Execute(u"DELETE FROM Keywords"_s);
+    StoreRulesOfLibrary(*m_database, language.Rules);
 }
 
 // The builders, one a table and one a relation.
@@ -278,6 +280,11 @@ void CDBCreate::Create_TblDef_Items(bool noKeys, const QString& name)
 void CDBCreate::Create_TblDef_Keywords()
 {
     m_database->AppendTableDef(LibrarySchema::Keywords());
+}
+
+void CDBCreate::Create_TblDef_LanguageRules()
+{
+    m_database->AppendTableDef(LibrarySchema::LanguageRules());
 }
 
 void CDBCreate::Create_TblDef_Properties()

@@ -46,6 +46,7 @@ public:
     void Create_TblDef_ItemLinks(const QString& name, bool noKeys);
     void Create_TblDef_Items(bool noKeys, const QString& name);
     void Create_TblDef_Keywords();
+    void Create_TblDef_LanguageRules();
     void Create_TblDef_Properties();
     void Create_TblDef_DBVersion();
     void Create_TblDef_DeletedFiles();

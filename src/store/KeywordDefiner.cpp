@@ -2,6 +2,7 @@
 
 #include "platform/system/Prompts.h"
 #include "store/Keywords.h"
+#include "store/LibraryLanguage.h"
 #include "support/ErrorRoutine.h"
 #include "support/Version.h"
 
@@ -42,6 +43,7 @@ KeywordDefiner::KeywordDefiner(Database& database) : m_database(database), m_key
         m_values.ColouredKeywordColour = ShownColour(properties[u"ColouredKeywordColour"_s]);
         m_values.KeywordColour = ShownColour(properties[u"KeywordColour"_s]);
         m_values.CommentColour = ShownColour(properties[u"CommentColour"_s]);
+        m_values.Rules = RulesOfLibrary(database);
     }
     FillKeywordGrid();
 }
@@ -120,6 +122,8 @@ bool KeywordDefiner::SetWord(int row, const QString& text)
 {
     if (row < 0 || row >= RowCount() || text == Word(row))
         return true;
+    if (text.contains(u'*')) // parts the words of a set
+        return false;
     const bool isNew = row == int(m_rows.size());
     OpenTransaction();
     if (!isNew && !FindWord(row))
@@ -282,6 +286,7 @@ void KeywordDefiner::SaveLanguage()
     properties.Set(u"CommentIdentifierStart"_s, m_values.CommentStart);
     properties.Set(u"CommentIdentifierEnd"_s, m_values.CommentEnd);
     properties.Update();
+    StoreRulesOfLibrary(m_database, m_values.Rules);
 }
 
 } // namespace qb

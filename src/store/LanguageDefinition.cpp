@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QtEndian>
+#include <zlib.h>
 
 namespace qb {
 
@@ -48,6 +49,8 @@ public:
         m_rest = m_rest.sliced(sizeof(qint32));
         return colour;
     }
+
+    QByteArrayView Rest() const { return m_rest; }
 
 private:
     QByteArrayView m_rest;
@@ -93,6 +96,47 @@ private:
     QByteArray m_bytes;
 };
 
+// What stands behind the record: the mark, the version of its form, the CRC-32 of the record, the
+// length of the rules and the rules as UTF-8.
+const QByteArray TailMark = QByteArrayLiteral("QBRULES\n");
+constexpr quint32 TailVersion = 1;
+constexpr qsizetype LongestRules = 1024 * 1024;
+constexpr qsizetype TailHeadSize = 8 + 3 * qsizetype(sizeof(quint32));
+
+quint32 CrcOf(QByteArrayView bytes)
+{
+    return quint32(crc32(0, reinterpret_cast<const Bytef*>(bytes.data()), uInt(bytes.size())));
+}
+
+QByteArray TailOf(const QByteArray& record, const QString& rules)
+{
+    const QByteArray text = rules.toUtf8();
+    if (text.size() > LongestRules)
+        throw RuntimeError(ErrorNumber::InvalidCall,
+                           u"A language definition file can't hold rules of %1 bytes; %2 is the most."_s.arg(text.size()).arg(LongestRules),
+                           ModuleName);
+    RecordWriter head;
+    for (const quint32 number : {TailVersion, CrcOf(record), quint32(text.size())})
+        head.Append(number);
+    return TailMark + head.Bytes() + text;
+}
+
+/// The rules in what stands behind a record; empty if it is anything else.
+QString RulesInTail(QByteArrayView record, QByteArrayView tail)
+{
+    if (tail.size() < TailHeadSize || !tail.startsWith(TailMark))
+        return {};
+    const auto number = [&tail](qsizetype index) {
+        return qFromLittleEndian<quint32>(tail.sliced(TailMark.size() + index * qsizetype(sizeof(quint32))).data());
+    };
+    const qsizetype length = number(2);
+    if (number(0) != TailVersion || number(1) != CrcOf(record) || length > LongestRules || TailHeadSize + length > tail.size())
+        return {};
+    return QString::fromUtf8(tail.sliced(TailHeadSize, length));
+}
+
+const QString SpellingKept = u"spelling: keep"_s;
+
 } // namespace
 
 QByteArray BytesOf(const LanguageDefinition& language)
@@ -106,7 +150,7 @@ QByteArray BytesOf(const LanguageDefinition& language)
     record.Words(language.PlainWords);
     for (const qint32 colour : {language.ColouredKeywordColour, language.KeywordColour, language.CommentColour})
         record.Append(colour);
-    return record.Bytes();
+    return language.Rules.isEmpty() ? record.Bytes() : record.Bytes() + TailOf(record.Bytes(), language.Rules);
 }
 
 LanguageDefinition LanguageFromBytes(const QByteArray& bytes)
@@ -125,6 +169,7 @@ LanguageDefinition LanguageFromBytes(const QByteArray& bytes)
     language.ColouredKeywordColour = record.Colour();
     language.KeywordColour = record.Colour();
     language.CommentColour = record.Colour();
+    language.Rules = RulesInTail(QByteArrayView(bytes).chopped(record.Rest().size()), record.Rest());
     return language;
 }
 
@@ -134,27 +179,58 @@ LanguageDefinition ReadLanguageFile(const QString& path)
     if (!QFileInfo(path).isFile())
         throw RuntimeError(ErrorNumber::FileNotFound, u"The language definition file '%1' was not found."_s.arg(shown),
                            u"ReadLanguageFile"_s);
-    // The largest record that the form can hold: 28 strings of 64 kB and three colours.
-    constexpr qint64 LargestRecord = 28 * (2 + 65535) + 12;
+    // The largest that the form can hold: 28 strings of 64 kB, three colours, and rules.
+    constexpr qint64 Largest = 28 * (2 + 65535) + 12 + TailHeadSize + LongestRules;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         throw RuntimeError(ErrorNumber::PathAccess,
                            u"The language definition file '%1' can't be read: %2."_s.arg(shown, file.errorString()),
                            u"ReadLanguageFile"_s);
-    return LanguageFromBytes(file.read(LargestRecord));
+    return LanguageFromBytes(file.read(Largest));
 }
 
 void WriteLanguageFile(const QString& path, const LanguageDefinition& language)
 {
     QByteArray bytes = BytesOf(language);
     QFile old(path);
-    if (old.open(QIODevice::ReadOnly))
-        bytes += old.readAll().mid(bytes.size());
+    if (old.open(QIODevice::ReadOnly)) {
+        QByteArray tail = old.readAll().mid(bytes.size());
+        if (tail.startsWith(TailMark)) // of a definition that was here before, and might fit by chance
+            tail[0] = 0;
+        bytes += tail;
+    }
     old.close();
     if (const QString why = ReplaceContents(path, bytes); !why.isEmpty())
         throw RuntimeError(ErrorNumber::PathAccess,
                            u"The language definition file '%1' can't be written: %2."_s.arg(QDir::toNativeSeparators(path), why),
                            u"WriteLanguageFile"_s);
+}
+
+QStringList ValuesOfRules(const QString& rules, const QString& key)
+{
+    QStringList values;
+    for (const QStringView line : QStringView(rules).split(u'\n')) {
+        if (line.startsWith(key) && line.sliced(key.size()).startsWith(u": "))
+            values << line.sliced(key.size() + 2).trimmed().toString().split(u' ', Qt::SkipEmptyParts);
+    }
+    return values;
+}
+
+bool CorrectsSpelling(const QString& rules)
+{
+    return !ValuesOfRules(rules, u"spelling"_s).contains(u"keep"_s);
+}
+
+QString WithCorrectsSpelling(const QString& rules, bool corrects)
+{
+    if (CorrectsSpelling(rules) == corrects)
+        return rules;
+    if (!corrects)
+        return SpellingKept + u'\n' + rules;
+    QStringList lines = rules.split(u'\n');
+    lines.removeAll(SpellingKept);
+    const QString rest = lines.join(u'\n');
+    return rest.trimmed().isEmpty() ? QString() : rest;
 }
 
 QString WhyNotStorable(const LanguageDefinition& language)
@@ -172,6 +248,8 @@ QString WhyNotStorable(const LanguageDefinition& language)
         for (const QString& word : *list) {
             if (word.size() > LongestKeyword)
                 return tooLong(u"The word"_s, word, LongestKeyword);
+            if (word.contains(u'*'))
+                return u"The word '%1' holds a '*', which no word can."_s.arg(word);
         }
     }
     return {};

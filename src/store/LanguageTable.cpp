@@ -32,12 +32,21 @@ LanguageDefinition LanguageFromTable(const QString& text)
     for (QStringList* words : sections)
         words->clear();
     QStringList* section = nullptr;
+    bool inRules = false;
     QSet<QString> known;
     int number = 0;
     for (const QString& line : text.split(u'\n')) {
         ++number;
         if (line.isEmpty() || line == u"#"_s || line.startsWith(u"# "_s))
             continue;
+        if (line == u"[rules]"_s) {
+            inRules = true;
+            continue;
+        }
+        if (inRules) {
+            language.Rules += line.trimmed() + u'\n';
+            continue;
+        }
         if (QStringList* words = sections.value(line)) {
             section = words;
             continue;

@@ -171,6 +171,11 @@ TableDef Keywords()
             .Indexes = {Primary({u"Keyword"_s})}};
 }
 
+TableDef LanguageRules()
+{
+    return {.Name = u"LanguageRules"_s, .Fields = {Memo(1, u"Rules"_s)}, .Indexes = {}};
+}
+
 TableDef Properties(DatabaseKind kind)
 {
     TableDef table{

@@ -24,6 +24,8 @@ TableDef BookmarkGroups();
 TableDef Bookmarks();
 TableDef ChildCopies();
 TableDef Keywords();
+/// The rules by which texts of the library's language are painted: one row, made when there are any.
+TableDef LanguageRules();
 TableDef Properties(DatabaseKind kind);
 /// One row with the version of the schema; with `Items`, `Files` and `Bookmarks` it is what a
 /// library is known by.

@@ -1,6 +1,9 @@
 #include "text/CTextFormat.h"
 
+#include "platform/richtext/RichText.h"
 #include "platform/richtext/RtfPlainText.h"
+#include "store/LibraryLanguage.h"
+#include "store/ShippedLanguages.h"
 #include "support/ErrorRoutine.h"
 
 #include <cmath>
@@ -30,6 +33,26 @@ std::optional<To> As(const std::optional<From>& value)
 {
     return value ? std::optional<To>(To(*value)) : std::nullopt;
 }
+
+/// A scan by the rules of a language; null when it has none.
+std::shared_ptr<RuleScan> ScanOf(const LanguageDefinition& language)
+{
+    if (language.Rules.isEmpty())
+        return nullptr;
+    auto rules = std::make_shared<LanguageRules>(language.Rules, language.ColouredWords, language.PlainWords);
+    return rules->Paints() ? std::make_shared<RuleScan>(std::move(rules)) : nullptr;
+}
+
+/// A copy of a text in which words keep their spelling: what is to take their place is passed by.
+class SpellingKept : public RichText {
+public:
+    explicit SpellingKept(const RichText& text) : RichText(text) {}
+    bool SetSelText(const QString& /*text*/) override
+    {
+        SetSelStart(SelStart() + SelLength()); // where the insertion point stands behind a text that was put in
+        return true;
+    }
+};
 
 } // namespace
 
@@ -168,7 +191,10 @@ void CTextFormat::ColorizeInit(Database& database)
         m_rules.CommentIdentifier = properties[u"CommentIdentifier"_s].ToText();
         m_rules.CommentIdentifierStart = properties[u"CommentIdentifierStart"_s].ToText();
         m_rules.CommentIdentifierEnd = properties[u"CommentIdentifierEnd"_s].ToText();
+        if (std::exchange(m_library, database.Name()) != database.Name())
+            m_rules.PlainKeywords = m_rules.ColouredKeywords = KeywordSet(); // they are another library's
         ReadKeywords(database);
+        TakeRules(LanguageOfLibrary(database));
     });
 }
 
@@ -183,6 +209,30 @@ void CTextFormat::SetLanguage(const LanguageDefinition& language)
                .CommentColour = quint32(language.CommentColour),
                .ColouredKeywordColour = quint32(language.ColouredKeywordColour),
                .KeywordColour = quint32(language.KeywordColour)};
+    TakeRules(language);
+}
+
+void CTextFormat::TakeRules(const LanguageDefinition& language)
+{
+    m_correctsSpelling = CorrectsSpelling(language.Rules);
+    m_scan = ScanOf(language);
+}
+
+void CTextFormat::SetItemLanguage(const QString& name)
+{
+    m_item.reset();
+    const ShippedLanguage* shipped = name.isEmpty() ? nullptr : ShippedLanguageNamed(name);
+    if (!shipped)
+        return;
+    std::shared_ptr<const ItemLanguage>& known = m_itemLanguages[shipped->Name];
+    if (!known) {
+        Guarded(ModuleName, u"SetItemLanguage"_s, [&] {
+            const LanguageDefinition language = ReadLanguageFile(shipped->Path);
+            if (std::shared_ptr<RuleScan> scan = ScanOf(language))
+                known = std::make_shared<ItemLanguage>(language.Comment, std::move(scan));
+        });
+    }
+    m_item = known;
 }
 
 void CTextFormat::ReadKeywords(Database& database)
@@ -204,17 +254,39 @@ void CTextFormat::ReadKeywords(Database& database)
 void CTextFormat::ColorizeCode(IRichTextBox& box)
 {
     Guarded(ModuleName, u"ColorizeCode"_s, [&] {
-        box.SetSelStart(0);
-        box.SetSelLength(box.Text().size());
-        // Bold and colour stay for now, so that the headers of sections are known.
-        box.SetSelFontName(CodeFont.Name);
-        box.SetSelFontSize(CodeFont.Points);
-        box.SetSelItalic(false);
-        box.SetSelUnderline(false);
-        if (m_rules.CommentIdentifier.isEmpty())
-            m_rules.CommentIdentifier = u"'"_s; // for good
-        ColorizeScan(box, m_rules, [this](int percent) { Q_EMIT eColorizeProgress(percent); }).Run();
+        const auto progress = [this](int percent) { Q_EMIT eColorizeProgress(percent); };
+        if (RuleScan* scan = Rules())
+            PaintByRules(box, *scan, m_palette.Light, HeaderBegin(CommentIdentifier()), progress);
+        else if (m_correctsSpelling)
+            ColorizeByWords(box);
+        else
+            ColorizeCopy(box);
     });
+}
+
+/// The words of a text keep their spelling: a copy is coloured whose text can't be changed, and its
+/// looks are put into the box.
+void CTextFormat::ColorizeCopy(IRichTextBox& box)
+{
+    RichText text;
+    text.SetTextRTF(box.TextRTF());
+    SpellingKept copy(text);
+    ColorizeByWords(copy);
+    box.SetTextRTF(copy.TextRTF());
+}
+
+void CTextFormat::ColorizeByWords(IRichTextBox& box)
+{
+    box.SetSelStart(0);
+    box.SetSelLength(box.Text().size());
+    // Bold and colour stay for now, so that the headers of sections are known.
+    box.SetSelFontName(CodeFont.Name);
+    box.SetSelFontSize(CodeFont.Points);
+    box.SetSelItalic(false);
+    box.SetSelUnderline(false);
+    if (m_rules.CommentIdentifier.isEmpty())
+        m_rules.CommentIdentifier = u"'"_s; // for good
+    ColorizeScan(box, m_rules, [this](int percent) { Q_EMIT eColorizeProgress(percent); }).Run();
 }
 
 bool CTextFormat::PopulateKeywordSet(Database& database, int language)

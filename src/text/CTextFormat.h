@@ -4,8 +4,11 @@
 #include "platform/richtext/IRichTextBox.h"
 #include "store/LanguageDefinition.h"
 #include "text/ColorizeScan.h"
+#include "text/RulePaint.h"
 
+#include <QHash>
 #include <QObject>
+#include <memory>
 
 namespace qb {
 
@@ -48,15 +51,24 @@ public:
     /// the order of the signals. Mixed states count as different and are stored as false.
     void ReadValues();
 
-    /// Loads the library's colours, comment delimiters and keywords. A library without keywords
-    /// leaves the sets as they were.
+    /// Loads the library's colours, comment delimiters, keywords and rules. Where it has no keywords,
+    /// those that were loaded from the same library stay.
     void ColorizeInit(Database& database);
-    /// Takes colours, delimiters and keywords from a definition.
+    /// Takes colours, delimiters, keywords and rules from a definition.
     void SetLanguage(const LanguageDefinition& language);
-    /// Paints the whole text of a box.
+    /// The language of the texts that come next, one that comes with the program; an empty name:
+    /// the library's. A name that is not known counts as the library's, too.
+    void SetItemLanguage(const QString& name);
+    /// Paints the whole text of a box: by the rules of its language, which changes no character, or,
+    /// where it has none, as ColorizeScan does.
     void ColorizeCode(IRichTextBox& box);
+    /// The scan that paints by rules; null for a language without.
+    RuleScan* Rules() const { return m_item ? m_item->Scan.get() : m_scan.get(); }
     /// Opens a comment that runs to the end of the line.
-    QString CommentIdentifier() const { return m_rules.CommentIdentifier; }
+    QString CommentIdentifier() const { return m_item ? m_item->Comment : m_rules.CommentIdentifier; }
+
+    const TokenPalette& Palette() const { return m_palette; }
+    void SetPalette(const TokenPalette& palette) { m_palette = palette; }
 
     /// Writes the three default colours to the library and replaces its keywords by those built
     /// in: language 1 has some, every other none. True on success.
@@ -78,6 +90,9 @@ private:
     void LetState(const QString& property, bool& known, bool on, void (IRichTextBox::*set)(bool),
                   void (CTextFormat::*tell)(bool));
     void ReadKeywords(Database& database);
+    void TakeRules(const LanguageDefinition& language);
+    void ColorizeByWords(IRichTextBox& box);
+    void ColorizeCopy(IRichTextBox& box);
 
     IRichTextBox* m_box = nullptr;
     QString m_font;
@@ -88,7 +103,17 @@ private:
     bool m_bullets = false;
     quint32 m_color = 0;
     int m_alignment = -1; ///< which no box reports, so that the first ReadValues tells it
+    struct ItemLanguage {
+        QString Comment;
+        std::shared_ptr<RuleScan> Scan;
+    };
+    QString m_library; ///< that the keywords are of
     ColorizeRules m_rules;
+    std::shared_ptr<RuleScan> m_scan; ///< null: the library's language has no rules
+    bool m_correctsSpelling = true;
+    std::shared_ptr<const ItemLanguage> m_item; ///< null: the library's counts
+    QHash<QString, std::shared_ptr<const ItemLanguage>> m_itemLanguages; ///< those that were used, by name
+    TokenPalette m_palette = TokenPalette::Default();
 };
 
 } // namespace qb

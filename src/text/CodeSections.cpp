@@ -80,6 +80,30 @@ bool CodeSections::Create(quint8 bit, quint32 color, bool choosesPlace)
     return WriteHeader(bit, color == 0 ? HeaderColor : color);
 }
 
+void CodeSections::TakeOverHeaders(const QString& formerIdentifier)
+{
+    if (formerIdentifier == m_commentIdentifier || formerIdentifier.isEmpty())
+        return;
+    const QString former = formerIdentifier + Hashes + u"   "_s;
+    const qsizetype start = m_box.SelStart();
+    QString text = m_box.Text();
+    for (qsizetype at = text.indexOf(former); at >= 0; at = text.indexOf(former, at + 1)) {
+        m_box.SetSelStart(at);
+        m_box.SetSelLength(formerIdentifier.size());
+        if ((at > 0 && text[at - 1] != u'\n') || m_box.SelBold() != true)
+            continue;
+        const bool isProtected = m_box.SelProtected() == true;
+        m_box.SetSelProtected(false);
+        m_box.SetSelText(m_commentIdentifier);
+        m_box.SetSelStart(at);
+        m_box.SetSelLength(m_commentIdentifier.size());
+        m_box.SetSelBold(true);
+        m_box.SetSelProtected(isProtected);
+        text = m_box.Text();
+    }
+    m_box.SetSelStart(std::min(start, text.size()));
+}
+
 quint8 CodeSections::Present() const
 {
     quint8 bits = 0;

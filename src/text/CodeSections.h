@@ -45,6 +45,8 @@ public:
     /// then stands where the section's text goes.
     /// False when the place is protected; nothing is written then.
     bool Create(quint8 bit, quint32 color, bool choosesPlace);
+    /// The headers that were written with another comment identifier get this one.
+    void TakeOverHeaders(const QString& formerIdentifier);
     /// The bits of the sections whose whole lines are in the text.
     quint8 Present() const;
     /// Puts the caret on the first line with the section's title; behind the blanks before it,

@@ -291,9 +291,8 @@ void ctlCodeDetails::Initialise(Database* database, CCodeItem* item)
 
 void ctlCodeDetails::ShowTexts()
 {
-    rtbCode->SetTextRTF(m_item->Code());
+    ShowCode();
     rtbNotes->SetTextRTF(m_item->Notes());
-    rtbUsage->SetTextRTF(m_item->Example());
     txtInfo->setPlainText(m_item->Info());
     SetTabEnabled(DetailsTab::Info, !m_item->Info().isEmpty());
 }
@@ -352,7 +351,7 @@ void ctlCodeDetails::BoxChanged(Text text)
     static constexpr std::array<DetailsTab, TextCount> tabs{DetailsTab::Code, DetailsTab::Notes, DetailsTab::Usage};
     m_item->SetItemChanged(true);
     m_texts[text].Changed = true;
-    m_texts[text].Colorized = false;
+    m_texts[text].Colorized = m_texts[text].Painted = false;
     SetTabEnabled(tabs[text], !m_texts[text].Box->IsEmpty());
     if (!m_recoveryTimer.isActive())
         m_recoveryTimer.start();
@@ -455,74 +454,6 @@ bool ctlCodeDetails::KeepsDeletedItem() const
                         "appear as a 'regular' item from that point. \r\nDo you wish to continue?"_s;
     }
     return Prompts::Current().MsgBox(question) == MsgBoxResult::Yes;
-}
-
-// Colouring
-
-QString ctlCodeDetails::fnColorize(const QString& tab, bool saveBack)
-{
-    CodeBox* box = tab == u"Code"_s ? rtbCode : tab == u"Usage"_s ? rtbUsage : nullptr;
-    if (!box) {
-        Prompts::Current().MsgBox({.Text = u"Unknown tab."_s, .Caption = u"Error"_s, .Icon = MsgBoxIcon::Critical});
-        return {};
-    }
-    const RichText rtbFormat = Painted(*box);
-    if (saveBack)
-        PutBack(*box, rtbFormat);
-    return rtbFormat.Text().isEmpty() ? QString() : rtbFormat.TextRTF();
-}
-
-/// A copy in colour: caret, selection and undo of the box stay as they are.
-RichText ctlCodeDetails::Painted(const CodeBox& box)
-{
-    RichText copy = box.Content();
-    mFT.ColorizeCode(copy);
-    return copy;
-}
-
-void ctlCodeDetails::PutBack(CodeBox& box, const RichText& painted)
-{
-    const QScopedValueRollback userChange(m_userChange, false);
-    box.SetRepainted(painted);
-}
-
-void ctlCodeDetails::ColorizeVisible()
-{
-    const std::optional<DetailsTab> tab = CurrentView();
-    if (!m_item || m_locked || (tab != DetailsTab::Code && tab != DetailsTab::Usage))
-        return;
-    CodeBox& box = *CurrentCodeBox();
-    PutBack(box, Painted(box));
-    m_texts[tab == DetailsTab::Code ? CodeText : UsageText].Colorized = true;
-    m_item->SetItemChanged(true);
-}
-
-void ctlCodeDetails::ColorizeItem()
-{
-    if (!m_item)
-        return;
-    for (CodeBox* box : {rtbCode, rtbUsage})
-        PutBack(*box, Painted(*box));
-    SetCodeColorized(true);
-    SetUsageColorized(true);
-    m_item->SetItemChanged(true);
-}
-
-void ctlCodeDetails::ShowColorizeProgress(int percent)
-{
-    constexpr int Done = 100;
-    constexpr int NarrowestWithBar = 1000 / 15; // pixels; a bar in less would tell nothing
-    if (percent >= Done)
-        return picColorize->hide();
-    prbColorize->setValue(percent);
-    if (percent > 0)
-        return;
-    m_pages->setCurrentIndex(1);
-    if (width() < NarrowestWithBar)
-        return;
-    picColorize->show();
-    picColorize->raise();
-    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 
 // Tabs

@@ -42,7 +42,7 @@ public:
     void TreeReplaced() override;
     void SetLocked(bool locked) override;
     bool Locked() const override { return m_locked; }
-    void FormatingInitialize(Database& database) override { mFT.ColorizeInit(database); }
+    void FormatingInitialize(Database& database) override;
     void SetCodeEnabled(bool hasContent) override { SetTabEnabled(DetailsTab::Code, hasContent); }
     void SetNotesEnabled(bool hasContent) override { SetTabEnabled(DetailsTab::Notes, hasContent); }
     void SetUsageEnabled(bool hasContent) override { SetTabEnabled(DetailsTab::Usage, hasContent); }
@@ -90,6 +90,14 @@ public:
     void SetUsageColorized(bool colorized) { m_texts[UsageText].Colorized = colorized; }
     /// Colours the text of the visible tab.
     void ColorizeVisible();
+    /// Whether there is a text on the visible tab that is not shown in colour.
+    bool CanColorize() const;
+    /// The colours of what is painted by rules.
+    void SetPalette(const TokenPalette& palette);
+    /// The name of the language that the item's code and usage are written in; empty: the library's.
+    QString ItemLanguage() const;
+    /// Changes it, which is a change of the item.
+    void SetItemLanguage(const QString& name);
 
     // What is seen of the texts
 
@@ -159,6 +167,9 @@ Q_SIGNALS:
     /// The caret has moved, or what can be undone has changed.
     void EditStateChanged();
 
+    void ColorizeStateChanged();
+    void ItemLanguageChanged();
+
     /// A header was looked for and is not in the text of Code or (not) of Usage.
     void HeaderMissing(quint8 header, bool isCode);
     void ZoomChanged(int percent);
@@ -196,6 +207,7 @@ private:
         UserTextBox* Box = nullptr;
         bool Changed = false;   ///< edited since the last save
         bool Colorized = false; ///< the box already holds the painted text
+        bool Painted = false;   ///< what is shown is in colour, as it was stored or painted since
     };
 
     QWidget* MakeWelcomePage();
@@ -210,6 +222,11 @@ private:
     void ReadFormat();
     void PointFormatter();
     void ShowTexts();
+    void ShowCode();
+    void ShowCodeIn(Text text, const QString& rtf);
+    void ConnectColours(CodeBox& box);
+    void ShowByLanguage(Text text);
+    CodeBox& CodeBoxOf(Text text) const;
     void BoxChanged(Text text);
     void StoreText(Text text);
     void DisplayWelcomePage();

@@ -53,6 +53,10 @@ public:
     quint32 NumberOfTabStops(const QList<qint32>& stops) { return stops.isEmpty() ? 0 : m_tabStops.Number(stops); }
     const CharFormat& DefaultFormat() const { return m_formats[0]; }
 
+    /// The name of the programming language that the text is written in; empty if it names none.
+    const QString& Language() const { return m_language; }
+    void SetLanguage(const QString& name) { m_language = name; }
+
     /// The range with line ends whole: one that ends within a line end holds all of it, and so
     /// does one that begins there and isn't empty. An empty range within one stands before it.
     struct Range {
@@ -95,6 +99,7 @@ private:
     quint32 Translate(const RichTextDocument& other, quint32 format);
 
     QString m_text;
+    QString m_language;
     RunMap m_runs;
     RunMap m_paragraphs; ///< by position; runs begin where paragraphs do
     ValuePool<FontInfo> m_fonts;

@@ -14,4 +14,11 @@ void ReadRtf(const QString& rtf, RichTextDocument& document);
 /// What is read from it writes the same bytes again.
 QString WriteRtf(const RichTextDocument& document);
 
+/// The programming language that an RTF string names (RichTextDocument::Language), found without
+/// reading the text.
+QString LanguageInRtf(const QString& rtf);
+/// The same RTF string naming another language, or none for an empty name; nothing else of it is
+/// changed. An empty text stays empty: what has no text has no language.
+QString WithLanguageInRtf(const QString& rtf, const QString& language);
+
 } // namespace qb

@@ -21,7 +21,7 @@ constexpr size_t DeepestNesting = 2000;
 constexpr qsizetype LargestPicture = 64 * 1024 * 1024;
 
 /// Where the text of a group goes.
-enum class Destination { Body, Skip, FontTable, ColorTable, ListTable, ListOverrides, Picture, FieldInstruction, Numbering };
+enum class Destination { Body, Skip, FontTable, ColorTable, ListTable, ListOverrides, Picture, FieldInstruction, Numbering, Language };
 
 class Reader {
 public:
@@ -119,6 +119,8 @@ private:
             TakeNumbering(ended.Paragraph);
         else if (ended.Where == Destination::FontTable)
             FinishFonts();
+        else if (ended.Where == Destination::Language)
+            m_document.SetLanguage(m_language.trimmed());
     }
 
     void TakeNumbering(const ParagraphFormat& from)
@@ -403,6 +405,10 @@ private:
         case Action::BeginNumbering:
             m_state.Where = Destination::Numbering;
             break;
+        case Action::BeginLanguage:
+            m_state.Where = Destination::Language;
+            m_language.clear();
+            break;
         default: // BeginSkip
             m_state.Where = Destination::Skip;
             break;
@@ -499,6 +505,9 @@ private:
         case Destination::FieldInstruction:
             if (m_instruction.size() < LongestInstruction)
                 m_instruction += text;
+            return;
+        case Destination::Language:
+            m_language += text.first(std::min(text.size(), LongestLanguage - m_language.size()));
             return;
         default:
             return;
@@ -631,6 +640,7 @@ private:
 
     static constexpr qsizetype MostTabs = 64;
     static constexpr qsizetype LongestInstruction = 65536;
+    static constexpr qsizetype LongestLanguage = 64;
 
     RtfTokenizer m_tokens;
     RichTextDocument& m_document;
@@ -652,6 +662,7 @@ private:
     RtfLists m_lists;
     int m_defaultFont = 0;
     QString m_instruction;
+    QString m_language;
     QByteArray m_picture; ///< in hexadecimal digits
     QByteArray m_pictureBinary;
     TextPicture::Kind m_pictureKind = TextPicture::Png;

@@ -44,7 +44,7 @@ const QHash<QStringView, RtfMeaning>& RtfWords()
         {u"pichgoal", {Action::PictureHeight}}, {u"fonttbl", {Action::BeginFontTable}}, {u"colortbl", {Action::BeginColorTable}},
         {u"listtable", {Action::BeginListTable}}, {u"listoverridetable", {Action::BeginListOverrides}},
         {u"pict", {Action::BeginPicture}}, {u"fldinst", {Action::BeginFieldInstruction}},
-        {u"fldrslt", {Action::BeginFieldResult}}, {u"pn", {Action::BeginNumbering}}, {u"shppict", {Action::BeginBody}},
+        {u"fldrslt", {Action::BeginFieldResult}}, {u"pn", {Action::BeginNumbering}}, {u"qblang", {Action::BeginLanguage}}, {u"shppict", {Action::BeginBody}},
         {u"shptxt", {Action::BeginBody}}, {u"stylesheet", {Action::BeginSkip}}, {u"info", {Action::BeginSkip}},
         {u"header", {Action::BeginSkip}}, {u"headerl", {Action::BeginSkip}}, {u"headerr", {Action::BeginSkip}},
         {u"headerf", {Action::BeginSkip}}, {u"footer", {Action::BeginSkip}}, {u"footerl", {Action::BeginSkip}},

@@ -16,7 +16,7 @@ enum class RtfAction {
     List, ListLevelBegin, LevelKind, ListId, Override,
     Png, Jpeg, OtherPicture, PictureWidth, PictureHeight,
     BeginSkip, BeginBody, BeginFontTable, BeginColorTable, BeginListTable, BeginListOverrides, BeginPicture,
-    BeginFieldInstruction, BeginFieldResult, BeginNumbering,
+    BeginFieldInstruction, BeginFieldResult, BeginNumbering, BeginLanguage,
 };
 
 struct RtfMeaning {

@@ -1,5 +1,6 @@
 #include "platform/richtext/ListMark.h"
 #include "platform/richtext/Rtf.h"
+#include "platform/richtext/RtfPlainText.h"
 
 #include <algorithm>
 #include <limits>
@@ -50,9 +51,26 @@ void AppendText(QByteArray& out, QStringView text)
     }
 }
 
+/// A destination of this program's own, which other readers pass over.
+QByteArray LanguageGroup(const QString& language)
+{
+    QByteArray group;
+    if (language.isEmpty())
+        return group;
+    group += "{\\*\\qblang ";
+    AppendText(group, language);
+    return group + '}';
+}
+
+void AppendHead(QByteArray& out, const QString& language)
+{
+    out += "{\\rtf1\\ansi\\ansicpg1252\\deff0\\uc1";
+    out += LanguageGroup(language);
+}
+
 void AppendFontTable(QByteArray& out, const std::vector<FontInfo>& fonts)
 {
-    out += "{\\rtf1\\ansi\\ansicpg1252\\deff0\\uc1{\\fonttbl";
+    out += "{\\fonttbl";
     for (size_t i = 0; i < fonts.size(); ++i) {
         out += "{\\f" + QByteArray::number(i) + "\\f" + fonts[i].Family.toLatin1() + "\\fcharset"
             + QByteArray::number(fonts[i].CharSet) + ' ';
@@ -92,6 +110,7 @@ public:
     {
         m_out.reserve(m_text.size() + m_text.size() / 4 + 256);
         CollectTables();
+        AppendHead(m_out, m_document.Language());
         AppendFontTable(m_out, m_fonts);
         AppendColorTable();
         m_out += "\r\n";
@@ -323,6 +342,43 @@ private:
 QString WriteRtf(const RichTextDocument& document)
 {
     return Writer(document).Write();
+}
+
+namespace {
+
+/// Where the group that names the language stands in an RTF string; an empty range when there is none.
+std::pair<qsizetype, qsizetype> LanguageGroupIn(const QString& rtf)
+{
+    constexpr qsizetype LongestHead = 4096; // it stands at the begin
+    static const QString opener = u"{\\*\\qblang "_s;
+    const qsizetype begin = QStringView(rtf).first(std::min(rtf.size(), LongestHead)).indexOf(opener);
+    const qsizetype end = begin < 0 ? -1 : rtf.indexOf(u'}', begin);
+    return end < 0 ? std::pair<qsizetype, qsizetype>{0, 0} : std::pair{begin, end + 1};
+}
+
+} // namespace
+
+QString LanguageInRtf(const QString& rtf)
+{
+    const auto [begin, end] = LanguageGroupIn(rtf);
+    if (begin == end)
+        return {};
+    RichTextDocument document;
+    ReadRtf(u"{\\rtf1\\ansi\\uc1"_s + rtf.mid(begin, end - begin) + u'}', document);
+    return document.Language();
+}
+
+QString WithLanguageInRtf(const QString& rtf, const QString& language)
+{
+    static const QString signature = u"{\\rtf1"_s;
+    if (!rtf.startsWith(signature))
+        return rtf.isEmpty() || language.isEmpty() ? rtf : WithLanguageInRtf(RtfFromPlainText(rtf, CodeFont), language);
+    const auto [begin, end] = LanguageGroupIn(rtf);
+    QString changed = rtf;
+    changed.remove(begin, end - begin);
+    const qsizetype table = changed.indexOf(u"{\\fonttbl"_s);
+    changed.insert(begin < end ? begin : table >= 0 ? table : signature.size(), QString::fromLatin1(LanguageGroup(language)));
+    return changed;
 }
 
 } // namespace qb

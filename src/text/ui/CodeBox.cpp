@@ -1,6 +1,10 @@
 #include "text/ui/CodeBox.h"
 
+#include "support/ui/Colors.h"
+#include "text/ui/RichTextMime.h"
+
 #include <QFontDatabase>
+#include <QMimeData>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QTextLayout>
@@ -21,7 +25,7 @@ private:
     CodeBox& m_box;
 };
 
-CodeBox::CodeBox(const RtfFont& font, QWidget* parent) : RichTextBoxOf(font, parent), m_lineNumbers(new LineNumbersArea(*this))
+CodeBox::CodeBox(const RtfFont& font, QWidget* parent) : RichTextBoxOf(font, parent), m_colours(*document()), m_lineNumbers(new LineNumbersArea(*this))
 {
     m_lineNumbers->setObjectName(QStringLiteral("lineNumbers"));
     setLineWrapMode(QPlainTextEdit::NoWrap);
@@ -35,6 +39,15 @@ CodeBox::CodeBox(const RtfFont& font, QWidget* parent) : RichTextBoxOf(font, par
         else
             m_lineNumbers->update(0, area.y(), m_lineNumbers->width(), area.height());
     });
+    connect(document(), &QTextDocument::contentsChange, this, [this](int position, int, int added) {
+        if (!m_colours.IsOn() || IsShowingColours() || IsLoading())
+            return;
+        m_colours.Changed(position, added);
+        int begin = 0;
+        int end = 0; // the document is being changed anyway: it tells its layout of all of it
+        m_colours.Show(firstVisibleBlock().blockNumber(), LinesInSight(), begin, end);
+    });
+    ChooseColors();
     PlaceLineNumbers();
 }
 
@@ -61,6 +74,75 @@ void CodeBox::SetZoom(double factor)
     m_zoom = factor;
     RichTextBoxOf::SetZoom(factor);
     PlaceLineNumbers();
+}
+
+// Colours
+
+void CodeBox::SetColouring(RuleScan* scan, const QString& header, std::function<void(RichText&)> paint)
+{
+    m_paint = std::move(paint);
+    ShowingColours([&] {
+        const bool wasOn = m_colours.IsOn();
+        m_colours.SetRules(scan, header);
+        if (wasOn && !scan)
+            document()->markContentsDirty(0, document()->characterCount());
+    });
+    viewport()->update();
+}
+
+void CodeBox::SetPalette(const TokenPalette& palette)
+{
+    m_tokenPalette = palette;
+    ChooseColors();
+    viewport()->update();
+}
+
+void CodeBox::ChooseColors()
+{
+    m_colours.SetColors(IsDark(palette().color(QPalette::Base)) ? m_tokenPalette.Dark : m_tokenPalette.Light);
+}
+
+void CodeBox::Loaded()
+{
+    m_colours.Loaded();
+    ChooseColors();
+    PlaceLineNumbers();
+}
+
+/// How many lines can be in sight at the most.
+int CodeBox::LinesInSight() const
+{
+    constexpr int Reserve = 2;
+    const int height = std::max(4, QFontMetrics(document()->defaultFont(), viewport()).height() / 2); // a line may be smaller than most
+    return viewport()->height() / height + Reserve;
+}
+
+/// Lines that come into sight get their colours before they are painted.
+void CodeBox::ShowColours()
+{
+    if (!m_colours.IsOn())
+        return;
+    int begin = 0;
+    int end = 0;
+    ShowingColours([&] {
+        if (m_colours.Show(firstVisibleBlock().blockNumber(), LinesInSight(), begin, end))
+            document()->markContentsDirty(begin, end - begin);
+    });
+}
+
+void CodeBox::paintEvent(QPaintEvent* event)
+{
+    ShowColours();
+    RichTextBoxOf::paintEvent(event);
+}
+
+QMimeData* CodeBox::createMimeDataFromSelection() const
+{
+    if (!m_colours.IsOn() || !m_paint)
+        return RichTextBoxOf::createMimeDataFromSelection();
+    RichText painted = Content();
+    m_paint(painted);
+    return MimeOfRichText(painted.Document().Part(SelStart(), SelLength())).release();
 }
 
 // Line numbers
@@ -97,6 +179,8 @@ void CodeBox::resizeEvent(QResizeEvent* event)
 void CodeBox::changeEvent(QEvent* event)
 {
     RichTextBoxOf::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        ChooseColors();
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
         PlaceLineNumbers();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "text/ui/LiveColours.h"
 #include "text/ui/RichTextBoxOf.h"
 
 #include <QPlainTextEdit>
@@ -24,12 +25,21 @@ public:
     int LineCount() const { return blockCount(); }
     void SetZoom(double factor) override;
 
+    /// From now on what is seen is coloured by rules while it is edited; the text itself holds no
+    /// colours then. @p paint colours a copy that leaves the box by the clipboard. Null: the text is
+    /// shown in the looks that it has.
+    void SetColouring(RuleScan* scan, const QString& header, std::function<void(RichText&)> paint);
+    void SetPalette(const TokenPalette& palette);
+    bool ColoursByRules() const { return m_colours.IsOn(); }
+
 Q_SIGNALS:
     void ZoomAsked(int steps);
 
 protected:
     void ZoomWanted(int steps) override { Q_EMIT ZoomAsked(steps); }
-    void Loaded() override { PlaceLineNumbers(); }
+    void Loaded() override;
+    void paintEvent(QPaintEvent* event) override;
+    QMimeData* createMimeDataFromSelection() const override;
     void resizeEvent(QResizeEvent* event) override;
     void changeEvent(QEvent* event) override;
 
@@ -41,6 +51,13 @@ private:
     int LineNumbersWidth() const;
     QFont LineNumbersFont() const;
 
+    void ShowColours();
+    void ChooseColors();
+    int LinesInSight() const;
+
+    LiveColours m_colours;
+    TokenPalette m_tokenPalette = TokenPalette::Default();
+    std::function<void(RichText&)> m_paint;
     QWidget* m_lineNumbers;
     double m_zoom = 1;
 };

@@ -38,6 +38,7 @@ template <class Editor>
 void RichTextBoxOf<Editor>::Load()
 {
     const QScopedValueRollback showing(m_showing, true);
+    const QScopedValueRollback loading(m_loading, true);
     const QSignalBlocker silence(this); // the text is the same, however it is shown
     m_waits = false;
     m_undoNames.Clear();
@@ -90,6 +91,23 @@ void RichTextBoxOf<Editor>::SetTextRTF(const QString& rtf)
     m_text.SetTextRTF(rtf);
     m_text.Document().Squeeze();
     LoadWhenSeen();
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::SetContent(const RichText& content)
+{
+    m_text = content;
+    m_text.Document().Squeeze();
+    LoadWhenSeen();
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::ShowingColours(const std::function<void()>& show)
+{
+    const QScopedValueRollback showing(m_showing, true);
+    const QScopedValueRollback colours(m_showingColours, true);
+    const QSignalBlocker silence(this);
+    show();
 }
 
 template <class Editor>

@@ -48,6 +48,11 @@ public:
     void SetZoom(double factor) override;
     void MarkPlaces(const QList<qsizetype>& begins, qsizetype length) override;
 
+    /// Takes over a text as a whole; what could be undone is gone.
+    void SetContent(const RichText& content);
+    /// The programming language that the text names.
+    void SetLanguage(const QString& name) { m_text.Document().SetLanguage(name); }
+
     /// The font of texts that name none, from the next text on.
     void SetDefaultFont(const RtfFont& font) { m_font = font; }
 
@@ -95,6 +100,11 @@ protected:
     /// The user wants all of it larger or smaller, by so many steps.
     virtual void ZoomWanted(int /*steps*/) {}
     const RichTextPage& Page() const { return m_page; }
+    /// Runs what changes the looks of lines on the screen and nothing else: the text is not changed
+    /// by it, and nobody is told.
+    void ShowingColours(const std::function<void()>& show);
+    bool IsShowingColours() const { return m_showingColours; }
+    bool IsLoading() const { return m_loading; }
 
     const QString& TextView() const override { return m_text.Document().Text(); }
     void keyPressEvent(QKeyEvent* event) override;
@@ -143,6 +153,8 @@ private:
     UndoNames m_undoNames;
     QColor m_background; ///< that the looks were made for
     int m_changeEnd = 0;    ///< of what was taken back last, in the text document
+    bool m_loading = false; ///< another text is being shown
+    bool m_showingColours = false;
     bool m_waits = false;   ///< the text document does not show the text yet
     bool m_showing = false; ///< the text document is being changed from here
     bool m_named = false;      ///< the step of undo is given its name by who makes it

@@ -15,26 +15,6 @@ namespace {
 constexpr int TwipsPerInch = 1440;
 constexpr double LeastContrast = 4.5; ///< of the guidelines for text
 
-double Luminance(const QColor& color)
-{
-    const auto part = [](double value) {
-        return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * part(color.redF()) + 0.7152 * part(color.greenF()) + 0.0722 * part(color.blueF());
-}
-
-/// The contrast ratio of two colours, 1 to 21, as the Web Content Accessibility Guidelines define it.
-double Contrast(const QColor& left, const QColor& right)
-{
-    const auto [darker, lighter] = std::minmax({Luminance(left), Luminance(right)}); // as values
-    return (lighter + 0.05) / (darker + 0.05);
-}
-
-bool IsDark(const QColor& color)
-{
-    return Luminance(color) < 0.18; // the middle grey, to the eye
-}
-
 Qt::Alignment AlignmentOf(TextAlignment alignment)
 {
     static constexpr Qt::AlignmentFlag flags[] = {Qt::AlignLeft, Qt::AlignRight, Qt::AlignHCenter, Qt::AlignJustify};
