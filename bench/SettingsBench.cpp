@@ -7,7 +7,6 @@
 #include "store/CDBCreate.h"
 #include "store/KeywordDefiner.h"
 #include "store/SessionValues.h"
-#include "store/ShippedLanguages.h"
 #include "text/CTextFormat.h"
 
 #include <QCoreApplication>
@@ -74,11 +73,8 @@ void OptionsDialogOpen(benchmark::State& state)
     CSettings settings([&home] { return home.Library.get(); });
     settings.SkipDayCount();
     for (auto _ : state) {
-        QStringList files;
-        for (const ShippedLanguage& language : ShippedLanguages())
-            files << language.Path;
         frmSettings dialog;
-        dialog.InitializeSettings(settings, home.Library.get(), files);
+        dialog.InitializeSettings(settings, home.Library.get());
         dialog.show();
         QCoreApplication::processEvents();
         dialog.repaint();

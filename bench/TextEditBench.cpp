@@ -6,6 +6,7 @@
 #include "store/CCodeItem.h"
 #include "store/CDBCreate.h"
 #include "store/SessionValues.h"
+#include "store/ShippedLanguages.h"
 #include "text/ui/CodeBox.h"
 
 #include <QAction>
@@ -26,10 +27,15 @@ class Window {
     BenchHome m_home{u"texts"_s}; // before the window, which reads its settings there
 
 public:
-    explicit Window(qsizetype size, bool withUsageAndNotes)
+    enum Language { ByWords, ByRules };
+
+    Window(qsizetype size, bool withUsageAndNotes, Language language)
     {
         const QString path = m_home.Library();
-        CDBCreate().CreateNewDB(path, LanguageType::Cpp, {});
+        if (language == ByWords)
+            CDBCreate().CreateNewDB(path, LanguageType::Cpp, {});
+        else
+            CDBCreate().CreateNewDB(path, LanguageType::File, ShippedLanguageNamed(u"C++ (current)"_s)->Path);
         {
             const auto database = DBEngine::OpenDatabase(path);
             SetSessionValues(*database);
@@ -82,9 +88,9 @@ public:
 };
 
 /// From the click on an item, the one before saved, until its code is painted in colour.
-void OpenItem(benchmark::State& state)
+void OpenItem(benchmark::State& state, Window::Language language)
 {
-    Window window(state.range(0), true);
+    Window window(state.range(0), true, language);
     int row = 0;
     window.Select(1); // colours and saves both once
     window.Select(0);
@@ -94,9 +100,9 @@ void OpenItem(benchmark::State& state)
     }
 }
 
-void TypeKey(benchmark::State& state)
+void TypeKey(benchmark::State& state, Window::Language language)
 {
-    Window window(1'000'000, false);
+    Window window(1'000'000, false, language);
     window.Select(0);
     Window::Settle();
     window.Code().SetSelStart(window.Code().Text().size() / 2);
@@ -108,7 +114,7 @@ void TypeKey(benchmark::State& state)
 
 void SaveItem(benchmark::State& state)
 {
-    Window window(10'000, true);
+    Window window(10'000, true, Window::ByWords);
     window.Select(0);
     for (auto _ : state) {
         state.PauseTiming();
@@ -121,8 +127,10 @@ void SaveItem(benchmark::State& state)
 
 } // namespace
 
-BENCHMARK(OpenItem)->Name("open_item")->Arg(10'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(10);
-BENCHMARK(TypeKey)->Name("type_key/1MB")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(100);
+BENCHMARK_CAPTURE(OpenItem, words, Window::ByWords)->Name("open_item")->Arg(10'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(10);
+BENCHMARK_CAPTURE(OpenItem, rules, Window::ByRules)->Name("open_item_rules")->Arg(10'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(10);
+BENCHMARK_CAPTURE(TypeKey, words, Window::ByWords)->Name("type_key/1MB")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(100);
+BENCHMARK_CAPTURE(TypeKey, rules, Window::ByRules)->Name("type_key_rules/1MB")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(100);
 BENCHMARK(SaveItem)->Name("save_item/10kB")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(20);
 
 } // namespace qb::bench

@@ -1,12 +1,14 @@
 // Makes the language definition files that come with the program:
-// quillbase-languages TABLE OUT.qbl
+// quillbase-languages TABLE OUT.qbl; TABLE.marks beside it is the language's sample
 
 #include "platform/system/RuntimeError.h"
 #include "store/LanguageTable.h"
 #include "support/Version.h"
-#include "text/LanguageRules.h"
+#include "text/LanguageSample.h"
+#include "text/Marks.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <cstdio>
 
 int main(int argc, char** argv)
@@ -23,6 +25,9 @@ int main(int argc, char** argv)
         if (!rules.Problems().isEmpty())
             throw qb::RuntimeError(qb::ErrorNumber::InvalidCall, u"rules, "_s + rules.Problems().join(u"; "), u"quillbase-languages"_s);
         language.Version = qb::ProgramVersion();
+        QFile sample(QFileInfo(table).path() + u'/' + QFileInfo(table).completeBaseName() + u".marks"_s);
+        if (sample.open(QIODevice::ReadOnly))
+            language.Rules = qb::WithSample(language.Rules, qb::FromMarkedText(QString::fromUtf8(sample.readAll())).Text);
         qb::WriteLanguageFile(QString::fromLocal8Bit(argv[2]), language);
     } catch (const qb::RuntimeError& error) {
         std::fprintf(stderr, "%s: %s\n", argv[1], qPrintable(error.Description()));

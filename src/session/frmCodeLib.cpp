@@ -16,7 +16,6 @@
 #include "session/frmNewDatabase.h"
 #include "support/Addresses.h"
 #include "support/ErrorRoutine.h"
-#include "store/ShippedLanguages.h"
 #include "support/Version.h"
 #include "support/ui/Appearance.h"
 #include "text/ctlCodeDetails.h"
@@ -284,6 +283,7 @@ void frmCodeLib::SaveTextView()
 
 void frmCodeLib::moSettings_SettingsUpdated()
 {
+    ctlCodeItemDetails->SetPalette(TokenPalette::FromTexts(Settings().RuleColoursLight(), Settings().RuleColoursDark()));
     ApplyAppearance(Settings().ColourScheme(), Settings().InterfaceFontName(), Settings().InterfaceFontSize());
     ctlCodeItemDetails->SetDefaultFont({Settings().DefaultFontName(), Settings().DefaultFontSize()});
     tlbTextFormat->ShowColors(Settings());
@@ -433,9 +433,6 @@ void frmCodeLib::SetComboToolTip(const QString& tip)
 void frmCodeLib::ShowOptions(frmSettings::Page page)
 {
     frmSettings dialog(this);
-    QStringList languages;
-    for (const ShippedLanguage& language : ShippedLanguages())
-        languages << language.Path;
     dialog.RequestLanguageDefinitionFileName = [](QString& fileName, bool forExport) {
         fileName = GetFileName(forExport,
                                             forExport ? u"Export Language Definition To File"_s : u"Import Language Definition From File"_s,
@@ -445,7 +442,7 @@ void frmCodeLib::ShowOptions(frmSettings::Page page)
         ctlCodeItemDetails->FormatingInitialize(*CurrentDatabase());
         m_libraries->UpdateGlobalSynchronizationVariables();
     };
-    dialog.InitializeSettings(Settings(), CurrentDatabase(), languages);
+    dialog.InitializeSettings(Settings(), CurrentDatabase());
     dialog.ShowPage(page);
     dialog.exec();
 }

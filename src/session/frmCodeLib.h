@@ -36,6 +36,7 @@ class CodeToolbar;
 class ctlSmartTreeView;
 class CTextEdit;
 class FormatToolbar;
+class LanguageButton;
 
 /// The main window: assembles the session and its panels, and connects them. What the commands
 /// do is decided by the collaborators, each in a file of its own.
@@ -126,6 +127,7 @@ private:
     void CurrentViewChanged();
     void ShowTextToolbar();
     void UpdateColorizeCommand();
+    void ShowLanguage();
     void moSettings_SettingsUpdated();
     bool Form_QueryUnload();
     void DoUnload();
@@ -163,6 +165,7 @@ private:
     bool m_editingEnabled = true;
     QComboBox* cboDatabase = nullptr;
     QLabel* m_statusText = nullptr;
+    LanguageButton* m_language = nullptr; ///< of the item's code
     QLabel* m_itemDate = nullptr;
     QString m_shownDate; ///< of the item, whatever progress has made of its panel
     QProgressBar* prgStatus = nullptr;

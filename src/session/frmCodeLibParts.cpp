@@ -13,6 +13,7 @@
 #include "session/ui/BrowserToolbar.h"
 #include "session/ui/CodeToolbar.h"
 #include "session/ui/FormatToolbar.h"
+#include "session/ui/LanguageButton.h"
 #include "text/WebPages.h"
 #include "text/ctlCodeDetails.h"
 #include "text/ui/CTextEdit.h"
@@ -241,7 +242,9 @@ void frmCodeLib::MakeStatusBar()
     m_itemDate->setContentsMargins(0, 0, Margin, 0);
     statusBar()->setObjectName(u"sbrMain"_s);
     statusBar()->addWidget(m_statusText, 1);
+    m_language = new LanguageButton;
     statusBar()->addPermanentWidget(prgStatus);
+    statusBar()->addPermanentWidget(m_language);
     statusBar()->addPermanentWidget(m_itemDate);
 }
 
@@ -368,6 +371,8 @@ void frmCodeLib::ConnectDetails()
     });
     connect(ctlCodeItemDetails, &ctlCodeDetails::TextChanged, this, &frmCodeLib::UpdateColorizeCommand);
     connect(ctlCodeItemDetails, &ctlCodeDetails::ColorizeStateChanged, this, &frmCodeLib::UpdateColorizeCommand);
+    connect(ctlCodeItemDetails, &ctlCodeDetails::ItemLanguageChanged, this, &frmCodeLib::ShowLanguage);
+    connect(m_language, &LanguageButton::Chosen, ctlCodeItemDetails, &ctlCodeDetails::SetItemLanguage);
     connect(ctlCodeItemDetails, &ctlCodeDetails::DefaultPagesMissing, this, [this](const QString& folder) {
         if (CurrentDatabase() && !CurrentDatabase()->IsReadOnly())
             Guarded(u"MainForm"_s, u"CreateDefaultHTMLItems"_s, [&] { CreateDefaultHTMLItems(folder); });
@@ -410,9 +415,23 @@ void frmCodeLib::CurrentViewChanged()
         action->setShortcutContext(isLinks ? Qt::WindowShortcut : Qt::WidgetShortcut);
     ShowTextToolbar();
     UpdateColorizeCommand();
+    ShowLanguage();
     tvCodeItems->AutoHideTree(isLinks && m_session.moSettings && Settings().AutoHideTreeWhenBrowsing());
     if (isLinks)
         m_page->LinksTabShown();
+}
+
+/// The language of the code that is shown, in the status bar.
+void frmCodeLib::ShowLanguage()
+{
+    const std::optional<DetailsTab> tab = ctlCodeItemDetails->CurrentView();
+    const bool isCode = CurrentDatabase() && (tab == DetailsTab::Code || tab == DetailsTab::Usage);
+    m_language->setVisible(isCode);
+    if (!isCode)
+        return;
+    m_language->setEnabled(!ctlCodeItemDetails->Locked());
+    m_language->ShowLanguage(ctlCodeItemDetails->ItemLanguage(),
+                             CurrentDatabase()->QueryValue(u"SELECT LanguageUsed FROM Properties"_s).ToText());
 }
 
 /// Each tab has a state of its own: there is something to colour where the text shown has no colours.

@@ -1,9 +1,9 @@
 #include "session/frmNewDatabase.h"
 
 #include "session/FileDialogs.h"
+#include "session/ui/LanguageChooser.h"
 #include "store/ShippedLanguages.h"
 
-#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -32,9 +32,10 @@ frmNewDatabase::frmNewDatabase(QWidget* parent)
     : QDialog(parent), m_vb(MakeOption(u"optVB"_s, u"Visual &Basic"_s)), m_cpp(MakeOption(u"optC"_s, u"&C++"_s)),
       m_file(MakeOption(u"optFile"_s, u"Load definition from &file"_s)),
       m_selfDefined(MakeOption(u"optSelfDefined"_s, u"&Self Defined"_s)), m_path(new QLineEdit),
-      m_browse(new QPushButton(u"Browse..."_s)), m_shipped(new QComboBox)
+      m_browse(new QPushButton(u"Browse..."_s)), m_shipped(new LanguageChooser(QString(), LanguageChooser::WithSample))
 {
-    constexpr int PathWidth = 320;
+    constexpr int PathWidth = 200;
+    constexpr QSize Size(960, 460);
     setObjectName(u"frmNewDatabase"_s);
     setWindowTitle(u"New Library"_s);
     m_path->setObjectName(u"txtPath"_s);
@@ -45,28 +46,26 @@ frmNewDatabase::frmNewDatabase(QWidget* parent)
     pathRow->addSpacing(style()->pixelMetric(QStyle::PM_ExclusiveIndicatorWidth));
     pathRow->addWidget(m_path);
     pathRow->addWidget(m_browse);
-    m_shipped->setObjectName(u"cboShippedLanguages"_s);
-    m_shipped->setAccessibleName(u"Languages that come with the program"_s);
-    m_shipped->addItem(u"Languages that come with the program"_s);
-    for (const ShippedLanguage& language : ShippedLanguages())
-        m_shipped->addItem(language.Name, language.Path);
-    m_shipped->setVisible(m_shipped->count() > 1);
-    auto* shippedRow = new QHBoxLayout;
-    shippedRow->addSpacing(style()->pixelMetric(QStyle::PM_ExclusiveIndicatorWidth));
-    shippedRow->addWidget(m_shipped, 1);
     auto* frame = new QGroupBox(u"Select Language:"_s);
     auto* options = new QVBoxLayout(frame);
     for (QRadioButton* option : {m_vb, m_cpp, m_file})
         options->addWidget(option);
     options->addLayout(pathRow);
-    options->addLayout(shippedRow);
     options->addWidget(m_selfDefined);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     m_ok = buttons->button(QDialogButtonBox::Ok);
     m_ok->setObjectName(u"cmdOK"_s);
     buttons->button(QDialogButtonBox::Cancel)->setObjectName(u"cmdCancel"_s);
+    auto* shipped = new QGroupBox(u"Languages that come with the program:"_s);
+    shipped->setVisible(!m_shipped->IsEmpty());
+    auto* shippedLayout = new QVBoxLayout(shipped);
+    shippedLayout->addWidget(m_shipped);
+    options->addStretch();
+    auto* halves = new QHBoxLayout;
+    halves->addWidget(frame);
+    halves->addWidget(shipped, 1);
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(frame);
+    layout->addLayout(halves, 1);
     layout->addWidget(buttons);
 
     m_vb->setChecked(true);
@@ -74,15 +73,19 @@ frmNewDatabase::frmNewDatabase(QWidget* parent)
     connect(m_path, &QLineEdit::textChanged, this, &frmNewDatabase::UpdateControls);
     connect(m_browse, &QPushButton::clicked, this, &frmNewDatabase::Browse);
     // A shipped language is a definition file like any other.
-    connect(m_shipped, &QComboBox::activated, this, [this](int index) {
-        if (index == 0)
+    connect(m_shipped, &LanguageChooser::CurrentChanged, this, [this](const QString& name) {
+        const ShippedLanguage* language = ShippedLanguageNamed(name);
+        if (!language)
             return;
         m_file->setChecked(true);
-        m_path->setText(m_shipped->itemData(index).toString());
+        m_path->setText(language->Path);
     });
+    connect(m_shipped, &LanguageChooser::Chosen, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     UpdateControls();
+    if (!m_shipped->IsEmpty())
+        resize(Size);
 }
 
 void frmNewDatabase::UpdateControls()

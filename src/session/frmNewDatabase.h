@@ -5,12 +5,13 @@
 #include <QDialog>
 #include <functional>
 
-class QComboBox;
 class QLineEdit;
 class QPushButton;
 class QRadioButton;
 
 namespace qb {
+
+class LanguageChooser;
 
 /// Asks for the language of a new library.
 class frmNewDatabase : public QDialog {
@@ -34,7 +35,7 @@ private:
     QRadioButton* m_selfDefined;
     QLineEdit* m_path;
     QPushButton* m_browse;
-    QComboBox* m_shipped; ///< the first entry is a title
+    LanguageChooser* m_shipped;
     QPushButton* m_ok = nullptr;
 };
 

@@ -111,7 +111,7 @@ void frmSettings::MakeFrame()
 
 // Life
 
-void frmSettings::InitializeSettings(CSettings& settings, Database* database, const QStringList& languageList)
+void frmSettings::InitializeSettings(CSettings& settings, Database* database)
 {
     Guarded(ModuleName, u"InitializeSettings"_s, [&] {
         const QScopedValueRollback loading(m_loading, true);
@@ -123,7 +123,8 @@ void frmSettings::InitializeSettings(CSettings& settings, Database* database, co
         FillControls();
         if (database && !database->IsReadOnly())
             m_language = std::make_unique<KeywordDefiner>(*database);
-        m_languagePage->Initialize(m_language.get(), languageList);
+        m_languagePage->Initialize(m_language.get());
+        m_languagePage->SetPalette(TokenPalette::FromTexts(settings.RuleColoursLight(), settings.RuleColoursDark()));
         m_languagePage->RequestFileName = [this](bool forExport) {
             QString fileName;
             if (RequestLanguageDefinitionFileName)
@@ -131,6 +132,13 @@ void frmSettings::InitializeSettings(CSettings& settings, Database* database, co
             return fileName;
         };
         connect(m_languagePage, &LanguagePage::Changed, this, &frmSettings::SettingAwaitingUpdate);
+        connect(m_languagePage, &LanguagePage::PaletteChanged, this, [this] {
+            const TokenPalette palette = m_languagePage->Palette();
+            Change([&] {
+                m_settings->SetRuleColoursLight(palette.LightText());
+                m_settings->SetRuleColoursDark(palette.DarkText());
+            });
+        });
         cmdApply->setEnabled(false);
         UpdateEnabled();
     });
@@ -210,7 +218,7 @@ void frmSettings::Close()
     if (!m_settings || std::exchange(m_closed, true))
         return;
     disconnect(m_settings, nullptr, this, nullptr);
-    m_languagePage->Initialize(nullptr, {});
+    m_languagePage->Initialize(nullptr);
     m_language.reset(); // rolls back what was not applied
     m_settings->SetChangingSettings(false);
     if (CloseSettingsForm)

@@ -34,9 +34,8 @@ public:
     explicit frmSettings(QWidget* parent = nullptr);
     ~frmSettings() override;
 
-    /// Shows the settings; @p database is the open library, or null. @p languageList holds the paths
-    /// of definition files that come with the program.
-    void InitializeSettings(CSettings& settings, Database* database, const QStringList& languageList);
+    /// Shows the settings; @p database is the open library, or null.
+    void InitializeSettings(CSettings& settings, Database* database);
     Database* ActiveDB() const { return m_database; }
     /// The dialog was left without keeping what was not applied.
     bool Canceled() const { return m_canceled; }

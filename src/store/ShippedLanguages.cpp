@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QHash>
 #include <QRegularExpression>
 #include <algorithm>
 
@@ -25,6 +26,7 @@ QList<ShippedLanguage> ReadShippedLanguages()
                               .Key = QFileInfo(name).completeBaseName(),
                               .Path = folder.filePath(name),
                               .Files = ValuesOfRules(language.Rules, u"files"_s),
+                              .Tells = ValuesOfRules(language.Rules, u"tells"_s).join(u' '),
                               .Interpreters = ValuesOfRules(language.Rules, u"interpreter"_s),
                               .HasRules = !language.Rules.isEmpty()});
         } catch (const RuntimeError&) {
@@ -57,6 +59,78 @@ bool IsInterpreter(const QString& program, const QStringList& known)
     return known.contains(program) || known.contains(QString(program).remove(version));
 }
 
+/// The begin of a text is as texts of that language are.
+bool TellsItsText(const ShippedLanguage& language, QStringView text)
+{
+    constexpr qsizetype Begin = 4096;
+    return !language.Tells.isEmpty()
+        && QRegularExpression(language.Tells, QRegularExpression::MultilineOption).match(text.first(std::min(text.size(), Begin))).hasMatch();
+}
+
+/// The patterns of all languages, of which nearly all are a name or the end of one: those are looked
+/// up, as they are written or, failing that, without regard to case.
+class FilePatterns {
+public:
+    explicit FilePatterns(const QList<ShippedLanguage>& languages)
+    {
+        for (const ShippedLanguage& language : languages) {
+            for (const QString& pattern : language.Files)
+                Add(pattern, &language);
+        }
+    }
+
+    /// Of several patterns that fit the longest counts.
+    const ShippedLanguage* Find(const QString& fileName, QStringView text) const
+    {
+        QString best;
+        QList<const ShippedLanguage*> found;
+        const auto take = [&](const QString& pattern, const QList<const ShippedLanguage*>& languages) {
+            if (languages.isEmpty() || pattern.size() <= best.size())
+                return;
+            best = pattern;
+            found = languages;
+        };
+        for (const QString& name : {fileName, fileName.toLower()}) {
+            take(name, m_known.value(name));
+            for (qsizetype dot = name.indexOf(u'.'); dot >= 0; dot = name.indexOf(u'.', dot + 1))
+                take(u'*' + name.mid(dot), m_known.value(u'*' + name.mid(dot)));
+        }
+        for (const Wildcard& wildcard : m_wildcards) {
+            if (wildcard.Expression.match(fileName).hasMatch())
+                take(wildcard.Pattern, {wildcard.Language});
+        }
+        for (const ShippedLanguage* language : std::as_const(found)) {
+            if (TellsItsText(*language, text))
+                return language;
+        }
+        const auto other = std::find_if(found.cbegin(), found.cend(), [](const ShippedLanguage* one) { return one->Tells.isEmpty(); });
+        return other != found.cend() ? *other : found.value(0);
+    }
+
+private:
+    struct Wildcard {
+        QString Pattern;
+        QRegularExpression Expression;
+        const ShippedLanguage* Language;
+    };
+
+    void Add(const QString& pattern, const ShippedLanguage* language)
+    {
+        static const QRegularExpression signs(u"[*?[]"_s);
+        const bool isSimple = !pattern.mid(pattern.startsWith("*."_L1) ? 2 : 0).contains(signs);
+        if (!isSimple) {
+            m_wildcards.append({pattern, QRegularExpression::fromWildcard(pattern, Qt::CaseInsensitive), language});
+            return;
+        }
+        m_known[pattern] << language;
+        if (!m_known.contains(pattern.toLower()))
+            m_known[pattern.toLower()] << language;
+    }
+
+    QHash<QString, QList<const ShippedLanguage*>> m_known; ///< by the pattern
+    QList<Wildcard> m_wildcards;
+};
+
 } // namespace
 
 const QList<ShippedLanguage>& ShippedLanguages()
@@ -76,22 +150,15 @@ const ShippedLanguage* ShippedLanguageNamed(const QString& name)
 
 const ShippedLanguage* ShippedLanguageOfFile(const QString& fileName, QStringView text)
 {
-    const ShippedLanguage* best = nullptr;
-    qsizetype longest = 0;
+    static const FilePatterns patterns(ShippedLanguages());
+    if (const ShippedLanguage* language = patterns.Find(fileName, text))
+        return language;
+    const QString interpreter = InterpreterOf(text);
     for (const ShippedLanguage& language : ShippedLanguages()) {
-        for (const QString& pattern : language.Files) {
-            if (pattern.size() > longest && QDir::match(pattern, fileName)) {
-                best = &language;
-                longest = pattern.size();
-            }
-        }
+        if (!interpreter.isEmpty() && IsInterpreter(interpreter, language.Interpreters))
+            return &language;
     }
-    const QString interpreter = best ? QString() : InterpreterOf(text);
-    for (const ShippedLanguage& language : ShippedLanguages()) {
-        if (!best && !interpreter.isEmpty() && IsInterpreter(interpreter, language.Interpreters))
-            best = &language;
-    }
-    return best;
+    return nullptr;
 }
 
 LanguageDefinition LanguageNamed(const QString& name)

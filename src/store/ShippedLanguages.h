@@ -12,6 +12,7 @@ struct ShippedLanguage {
     QString Key;  ///< the name of its file, by which it is called on the command line
     QString Path;
     QStringList Files;        ///< patterns of the names of its files
+    QString Tells;            ///< an expression that its texts match, where another language has files of that name too
     QStringList Interpreters; ///< names of programs that a script's first line may call
     bool HasRules = false;
 };

@@ -269,7 +269,7 @@ private:
             return true;
         }
         // For those who choose a language by a file's name, and for texts without other rules.
-        return key == "files"_L1 || key == "interpreter"_L1 || key == "spelling"_L1;
+        return key == "files"_L1 || key == "interpreter"_L1 || key == "spelling"_L1 || key == "sample"_L1 || key == "tells"_L1;
     }
 
     bool ReadWords(const QString& kindName, const QString& value)

@@ -105,33 +105,44 @@ int RuleScan::ScanLine(QStringView line, int state, std::vector<Token>& tokens)
     if (!m_stack.isEmpty() && m_stack.back().What == Frame::Is::Heredoc)
         ScanHeredoc();
     int idle = 0; // contexts may be entered and left again without a step
-    for (qsizetype last = -1; m_at < m_line.size(); last = m_at) {
+    while (m_at < m_line.size()) {
         constexpr int MostIdle = 200;
-        idle = m_at == last ? idle + 1 : 0;
+        const qsizetype before = m_at;
         if (idle > MostIdle)
             ++m_at;
         else if (!m_stack.isEmpty() && m_stack.back().What == Frame::Is::Span)
             ScanSpan();
         else
             ScanContextHere();
+        idle = m_at == before ? idle + 1 : 0;
     }
     EndLine();
     return m_stackChanged ? Save() : state;
 }
 
+/// The line ends with a character that makes it go on; two of them are an escaped one.
+bool RuleScan::GoesOnBy(QChar character) const
+{
+    if (character.isNull())
+        return false;
+    qsizetype count = 0;
+    while (count < m_line.size() && m_line[m_line.size() - 1 - count] == character)
+        ++count;
+    return count % 2 == 1;
+}
+
 /// What does not reach beyond its line ends here.
 void RuleScan::EndLine()
 {
-    const QChar last = m_line.isEmpty() ? QChar(u'\n') : m_line.back();
     for (qsizetype i = 0; i < m_stack.size(); ++i) {
         const Frame& frame = m_stack[i];
         const bool isSpan = frame.What == Frame::Is::Span;
-        if (isSpan && !RuleOf(frame).Lines && (RuleOf(frame).Escape.isNull() || last != RuleOf(frame).Escape)) {
+        if (isSpan && !RuleOf(frame).Lines && !GoesOnBy(RuleOf(frame).Escape)) {
             m_stack.resize(i); // with all that was opened within
             m_stackChanged = true;
         } else if (frame.What == Frame::Is::Context) {
             const ScanContext& context = m_rules->Contexts()[size_t(frame.Context)];
-            if (context.UntilLineEnd && (context.Continues.isNull() || last != context.Continues)) {
+            if (context.UntilLineEnd && !GoesOnBy(context.Continues)) {
                 m_stack.removeAt(i--);
                 m_stackChanged = true;
             }
@@ -177,7 +188,8 @@ void RuleScan::ScanSpan()
     const QChar firstOther = m_rules->FoldsCase() ? (first.isUpper() ? first.toLower() : first.toUpper()) : first;
     for (; m_at < m_line.size(); ++m_at) {
         const QChar character = m_line[m_at];
-        if (character == rule.Escape && !rule.Escape.isNull()) {
+        const bool interpolates = !rule.InterpolationOpen.isEmpty() && Holds(m_at, rule.InterpolationOpen);
+        if (character == rule.Escape && !rule.Escape.isNull() && !interpolates) {
             if (m_at + 1 < m_line.size())
                 ++m_at;
             continue;
@@ -205,7 +217,7 @@ void RuleScan::ScanSpan()
         } else if (!bracket.isNull() && character == bracket) {
             ++frame.Depth;
             m_stackChanged = true;
-        } else if (!rule.InterpolationOpen.isEmpty() && m_stack.size() < DeepestStack && Holds(m_at, rule.InterpolationOpen)) {
+        } else if (interpolates && m_stack.size() < DeepestStack) {
             m_at += rule.InterpolationOpen.size();
             Paint(begin, m_at, rule.Paint);
             Frame inner = frame;
@@ -379,7 +391,9 @@ bool RuleScan::TryRule(int number)
     case ScanRule::Form::Line:
         Paint(m_at, m_line.size(), rule.Paint);
         m_at = m_line.size();
-        return rule.Escape.isNull() || m_line.back() != rule.Escape || PushSpan(number) || true;
+        if (GoesOnBy(rule.Escape))
+            PushSpan(number);
+        return true;
     case ScanRule::Form::Block:
     case ScanRule::Form::String:
         return OpenSpan(rule, number);
@@ -720,7 +734,10 @@ qsizetype RuleScan::WordEnd(qsizetype begin) const
 bool RuleScan::IsMember(qsizetype begin) const
 {
     const QStringList& marks = m_rules->MemberMarks();
-    return std::any_of(marks.begin(), marks.end(), [&](const QString& mark) { return Holds(begin - mark.size(), mark); });
+    return std::any_of(marks.begin(), marks.end(), [&](const QString& mark) {
+        const bool isRange = mark == "."_L1 && At(begin - 2) == u'.'; // a..if
+        return Holds(begin - mark.size(), mark) && !isRange;
+    });
 }
 
 void RuleScan::ScanWord()
@@ -731,8 +748,8 @@ void RuleScan::ScanWord()
     const qsizetype begin = m_at;
     m_at = WordEnd(m_at);
     const std::optional<TokenKind> known = context.Words.Find(m_line.sliced(begin, m_at - begin));
-    const bool isMember = known && *known != TokenKind::Text && IsMember(begin);
-    Paint(begin, m_at, known && !isMember ? *known : context.Paint);
+    const bool isPainted = known && *known != TokenKind::Text && !IsMember(begin);
+    Paint(begin, m_at, isPainted ? *known : context.Paint);
 }
 
 void RuleScan::ScanNumber(qsizetype begin)

@@ -67,6 +67,7 @@ private:
     bool CountBrackets(QChar character);
     void ScanWord();
     void ScanNumber(qsizetype begin);
+    bool GoesOnBy(QChar character) const;
     void EndLine();
     void Paint(qsizetype begin, qsizetype end, TokenKind kind);
     void PushContext(const ScanRule& rule, int number);

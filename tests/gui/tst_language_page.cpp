@@ -2,11 +2,15 @@
 #include "session/frmNewDatabase.h"
 #include "session/frmSettings.h"
 #include "session/ui/LanguagePage.h"
+#include "store/LibraryLanguage.h"
 #include "store/ShippedLanguages.h"
 #include "support/EditingWindow.h"
 #include "support/ui/ColorButton.h"
+#include "text/ui/CodeBox.h"
 
-#include <QComboBox>
+#include <QCheckBox>
+#include <QLabel>
+#include <QPlainTextEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>
@@ -256,17 +260,66 @@ private Q_SLOTS:
         QVERIFY(!Apply()->isEnabled());
     }
 
-    void shippedLanguage_isTakenFromTheMenu()
+    void shippedLanguage_isTakenFromTheList()
     {
         OpenDialog();
         auto* button = m_dialog->findChild<QToolButton*>(u"cmdShippedLanguages"_s);
         QVERIFY(button->isVisible());
-        for (QAction* action : button->menu()->actions()) {
-            if (action->text() == u"Python"_s)
-                action->trigger();
-        }
+        QTest::mouseClick(button, Qt::LeftButton);
+        auto* search = button->findChild<QLineEdit*>(u"txtLanguageSearch"_s);
+        QVERIFY(search);
+        QTest::keyClicks(search, u"*.pyw"_s);
+        QTest::keyClick(search, Qt::Key_Return);
         QCOMPARE(Box(u"txtLanguage"_s)->text(), u"Python"_s);
         QVERIFY(Words().contains(u"elif+"_s));
+        QVERIFY(Rules()->toPlainText().contains(u"files: *.py"_s));
+        QVERIFY(!Check(u"chkCorrectSpelling"_s)->isEnabled());
+        QTest::mouseClick(Apply(), Qt::LeftButton);
+        QVERIFY(RulesOfLibrary(*m_database).contains(u"files: *.py"_s));
+    }
+
+    void spellingSwitch_isKeptWithTheLibrary()
+    {
+        OpenDialog();
+        QVERIFY(Check(u"chkCorrectSpelling"_s)->isEnabled());
+        QVERIFY(Check(u"chkCorrectSpelling"_s)->isChecked());
+        Check(u"chkCorrectSpelling"_s)->click();
+        QTest::mouseClick(Apply(), Qt::LeftButton);
+        QVERIFY(!CorrectsSpelling(RulesOfLibrary(*m_database)));
+        Check(u"chkCorrectSpelling"_s)->click();
+        QTest::mouseClick(Apply(), Qt::LeftButton);
+        QCOMPARE(RulesOfLibrary(*m_database), QString());
+    }
+
+    void rulesThatAreTyped_areCheckedAndKept()
+    {
+        OpenDialog();
+        auto* state = m_dialog->findChild<QLabel*>(u"lblRulesState"_s);
+        Rules()->setPlainText(u"line: ;\nblock: half"_s);
+        QVERIFY2(state->text().contains(u"line 2: 'block: half'"_s), qPrintable(state->text()));
+        Rules()->setPlainText(u"line: ;"_s);
+        QVERIFY2(state->text().startsWith(u"Texts are painted"_s), qPrintable(state->text()));
+        QTest::mouseClick(Apply(), Qt::LeftButton);
+        QCOMPARE(RulesOfLibrary(*m_database), u"line: ;"_s);
+    }
+
+    void coloursOfKinds_areTheUsersAndShownInTheSample()
+    {
+        OpenDialog();
+        Rules()->setPlainText(u"line: ;"_s);
+        auto* button = m_dialog->findChild<ColorButton*>(u"cmdColour_comment_light"_s);
+        QVERIFY(button);
+        button->SetColor(0x0000ff);
+        Q_EMIT button->ColorChosen(0x0000ff);
+        QVERIFY(Apply()->isEnabled());
+        QTest::mouseClick(Apply(), Qt::LeftButton);
+        QCOMPARE(m_settings->RuleColoursLight(), u"comment=#ff0000"_s);
+        QCOMPARE(m_settings->RuleColoursDark(), QString());
+        Q_EMIT button->ColorChosen(0xf0f0f0);
+        QCOMPARE(m_dialog->findChild<QLabel*>(u"lblColourAdvice"_s)->text(), u"Hard to read: comments"_s);
+        m_dialog->findChild<QPushButton*>(u"cmdUsualColours"_s)->click();
+        QTest::mouseClick(Apply(), Qt::LeftButton);
+        QCOMPARE(m_settings->RuleColoursLight(), QString());
     }
 
     // From the main window
@@ -343,10 +396,11 @@ private Q_SLOTS:
     void shippedLanguage_isOfferedForANewLibrary()
     {
         frmNewDatabase dialog;
-        auto* shipped = dialog.findChild<QComboBox*>(u"cboShippedLanguages"_s);
-        QCOMPARE(shipped->count(), int(ShippedLanguages().size()) + 1);
-        shipped->setCurrentIndex(shipped->findText(u"Rust"_s));
-        Q_EMIT shipped->activated(shipped->currentIndex());
+        auto* languages = dialog.findChild<QListWidget*>(u"lstLanguages"_s);
+        QCOMPARE(languages->count(), int(ShippedLanguages().size()));
+        QTest::keyClicks(dialog.findChild<QLineEdit*>(u"txtLanguageSearch"_s), u"rus"_s);
+        QCOMPARE(languages->currentItem()->text(), u"Rust"_s);
+        QVERIFY(!dialog.findChild<CodeBox*>(u"rtbSample"_s)->IsEmpty());
         QVERIFY(dialog.findChild<QRadioButton*>(u"optFile"_s)->isChecked());
         dialog.accept();
         QCOMPARE(dialog.LanguageSelected(), LanguageType::File);
@@ -354,13 +408,12 @@ private Q_SLOTS:
     }
 
 private:
+    QPlainTextEdit* Rules() { return m_dialog->findChild<QPlainTextEdit*>(u"txtRules"_s); }
+    QCheckBox* Check(const QString& name) { return m_dialog->findChild<QCheckBox*>(name); }
     void OpenDialog()
     {
         m_dialog = std::make_unique<frmSettings>();
-        QStringList files;
-        for (const ShippedLanguage& language : ShippedLanguages())
-            files << language.Path;
-        m_dialog->InitializeSettings(*m_settings, m_database.get(), files);
+        m_dialog->InitializeSettings(*m_settings, m_database.get());
         m_dialog->ShowPage(frmSettings::KeywordPage);
         m_dialog->show();
         m_dialog->activateWindow();

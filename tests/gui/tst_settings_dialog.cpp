@@ -347,7 +347,7 @@ private:
     void Open()
     {
         m_dialog = std::make_unique<frmSettings>();
-        m_dialog->InitializeSettings(*m_settings, m_database.get(), {});
+        m_dialog->InitializeSettings(*m_settings, m_database.get());
         m_dialog->show();
         m_dialog->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(m_dialog.get()));

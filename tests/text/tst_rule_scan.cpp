@@ -37,6 +37,8 @@ private Q_SLOTS:
         row("capitals count", u"line: #"_s, u"IF if"_s, u"   kk"_s);
         row("capitals don't count", u"case: fold\nline: rem whole-word"_s, u"IF x REM if\nremx"_s, u"kk   cccccc\n"_s);
         row("a plain word is never painted", u"words type: plain other"_s, u"plain other"_s, u"      ttttt"_s);
+        row("a plain word in a context", u"enter: ` t kind=string\ncontext: t kind=string words=none"_s, u"`a plain b"_s, u"ssssssssss"_s);
+        row("a line of many pieces", u"line: #"_s, QString(u"if "_s).repeated(2000), QString(u"kk "_s).repeated(2000).chopped(1));
         row("the first kind counts", u"words type: a\nwords builtin: a"_s, u"a"_s, u"t"_s);
         row("a member's name is no keyword", u"member: . ->\nwords type: t"_s, u"x.if x->end if"_s, u"            kk"_s);
         row("word characters", u"word: -\nword-inner: ?\nwords builtin: a-b c?"_s, u"a-b a c? ?c"_s, u"bbb   bb"_s);
@@ -46,6 +48,7 @@ private Q_SLOTS:
         row("line comment at the first place", u"line: * first"_s, u"  * a\nb * c"_s, u"  ccc\n"_s);
         row("line comment at the begin", u"line: * at-line-begin"_s, u" * a\n* c"_s, u"\nccc"_s);
         row("line comment that goes on", u"line: // escape=\\"_s, u"// a\\\nb\nif"_s, u"ccccc\nc\nkk"_s);
+        row("an escaped continuation is none", u"line: // escape=\\\nstring: \" \" escape=\\"_s, u"// a\\\\\nif\n\"a\\\\\nif"_s, u"cccccc\nkk\nssss\nkk"_s);
         row("block comment over lines", u"block: /* */ lines"_s, u"a /* b\nif\n*/ if"_s, u"  cccc\ncc\ncc kk"_s);
         row("block comment of one line", u"block: /* */"_s, u"/* b\nif"_s, u"cccc\nkk"_s);
         row("nested comment", u"block: {- -} nested lines"_s, u"{- {- -} if -} if"_s, u"cccccccccccccc kk"_s);
@@ -60,6 +63,9 @@ private Q_SLOTS:
         row("prefixes that have to be", u"string: \" \" prefixed=r kind=type"_s, u"r\"a\" \"c"_s, u"tttt"_s);
         row("interpolation keeps the string's colour", u"string: \" \" escape=\\ interpolate=${,}"_s, u"\"a${f(\"x\", {if})} b\" if"_s,
             u"ssssssssssssssssssss kk"_s);
+        row("interpolation that begins with the escape", u"string: \" \" escape=\\ interpolate=\\(,)"_s, u"\"a \\(f(\"x\")) b\" if"_s,
+            u"sssssssssssssss kk"_s);
+        row("a range is no member", u"member: . ::"_s, u"a..if ...if x.if x::if"_s, u"   kk    kk"_s);
         row("interpolation over lines", u"string: ` ` lines interpolate=${,}"_s, u"`a${if\n`b` }c` if"_s, u"ssssss\nsssssss kk"_s);
         row("raw string with a mark", u"raw: R\"%( )%\" mark=any lines"_s, u"R\"x(a)\" b\n)x\" if"_s, u"sssssssss\nsss kk"_s);
         row("raw string with hashes", u"raw: r%\" \"% mark=hash lines"_s, u"r##\"a\"# \"## if r\"x\""_s, u"sssssssssss kk ssss"_s);

@@ -4,22 +4,30 @@
 #include "platform/system/SettingsStore.h"
 #include "session/ui/CWaitCursor.h"
 #include "session/ui/KeywordGridModel.h"
+#include "session/ui/LanguageChooser.h"
+#include "session/ui/SampleBox.h"
+#include "session/ui/TokenColoursEditor.h"
 #include "store/KeywordDefiner.h"
+#include "store/ShippedLanguages.h"
 #include "support/ErrorRoutine.h"
 #include "support/ui/ColorButton.h"
 #include "support/ui/Icons.h"
+#include "text/LanguageSample.h"
 #include "text/ui/RichTextLook.h"
 
 #include <QCoreApplication>
+#include <QCheckBox>
 #include <QFileInfo>
+#include <QFontDatabase>
 #include <QFormLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QKeyEvent>
 #include <QLineEdit>
-#include <QMenu>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScopedValueRollback>
+#include <QTabWidget>
 #include <QTableView>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -53,9 +61,17 @@ void SetTextColor(QLineEdit& box, quint32 color)
 LanguagePage::LanguagePage(QWidget* parent) : QWidget(parent), m_words(new KeywordGridModel(this))
 {
     auto* layout = new QVBoxLayout(this);
+    m_tabs = new QTabWidget;
+    m_tabs->setObjectName(u"tabLanguage"_s);
+    m_tabs->addTab(MakeGrid(), u"&Words"_s);
+    m_tabs->addTab(MakeColours(), u"Colours by R&ules"_s);
+    m_tabs->addTab(MakeRules(), u"&Rules"_s);
     layout->addWidget(MakeValues());
-    layout->addWidget(MakeGrid(), 1);
+    layout->addWidget(m_tabs, 1);
     layout->addWidget(MakeButtons());
+    m_sampleTimer.setSingleShot(true);
+    connect(&m_sampleTimer, &QTimer::timeout, this, &LanguagePage::ShowSample);
+    connect(this, &LanguagePage::Changed, &m_sampleTimer, qOverload<>(&QTimer::start));
 }
 
 LanguagePage::~LanguagePage() = default;
@@ -94,6 +110,10 @@ QWidget* LanguagePage::MakeValues()
     marksLabel->setBuddy(txtCommentDelimiter);
     form->addRow(marksLabel, marks);
     form->addRow(u"Keywords, words, comments:"_s, colors);
+    chkCorrectSpelling = new QCheckBox(u"&Correct the spelling of words while colouring"_s);
+    chkCorrectSpelling->setObjectName(u"chkCorrectSpelling"_s);
+    form->addRow(QString(), chkCorrectSpelling);
+    connect(chkCorrectSpelling, &QCheckBox::toggled, this, &LanguagePage::TakeValues);
     for (QLineEdit* box : {txtLanguage, txtCommentDelimiter, txtCommentDelimiterStart, txtCommentDelimiterEnd})
         connect(box, &QLineEdit::textChanged, this, &LanguagePage::TakeValues);
     for (ColorButton* button : {lblKeywordColour, lblTextColour, lblNotesColour})
@@ -186,7 +206,13 @@ QWidget* LanguagePage::MakeButtons()
     m_shipped->setObjectName(u"cmdShippedLanguages"_s);
     m_shipped->setText(u"Languages"_s);
     m_shipped->setToolTip(u"Take a language that comes with the program"_s);
-    m_shipped->setPopupMode(QToolButton::InstantPopup);
+    m_shipped->setVisible(!ShippedLanguages().isEmpty());
+    connect(m_shipped, &QToolButton::clicked, this, [this] {
+        LanguageChooser::Popup(*m_shipped, QString(), m_definer ? m_definer->Values().Language : QString(), [this](const QString& name) {
+            if (const ShippedLanguage* language = ShippedLanguageNamed(name))
+                ImportFile(language->Path);
+        });
+    });
     cmdExport->setAutoDefault(false);
     cmdImport->setAutoDefault(false);
     for (QWidget* control : {static_cast<QWidget*>(m_shipped), static_cast<QWidget*>(cmdImport), static_cast<QWidget*>(cmdExport)})
@@ -196,9 +222,47 @@ QWidget* LanguagePage::MakeButtons()
     return row;
 }
 
+QWidget* LanguagePage::MakeColours()
+{
+    auto* page = new QWidget;
+    m_colours = new TokenColoursEditor;
+    m_sample = new SampleBox;
+    auto* layout = new QHBoxLayout(page);
+    layout->addWidget(m_colours);
+    layout->addWidget(m_sample, 1);
+    connect(m_colours, &TokenColoursEditor::Changed, this, [this] {
+        m_sample->SetPalette(m_colours->Palette());
+        Q_EMIT PaletteChanged();
+    });
+    return page;
+}
+
+QWidget* LanguagePage::MakeRules()
+{
+    auto* page = new QWidget;
+    txtRules = new QPlainTextEdit;
+    txtRules->setObjectName(u"txtRules"_s);
+    txtRules->setAccessibleName(u"Rules of the language"_s);
+    txtRules->setPlaceholderText(u"line: #\nblock: /* */ lines\nstring: \" \" escape=\\\nwords type: int long"_s);
+    txtRules->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    txtRules->setLineWrapMode(QPlainTextEdit::NoWrap);
+    m_problems = new QLabel;
+    m_problems->setObjectName(u"lblRulesState"_s);
+    m_problems->setTextFormat(Qt::PlainText);
+    m_problems->setWordWrap(true);
+    auto* layout = new QVBoxLayout(page);
+    layout->addWidget(txtRules, 1);
+    layout->addWidget(m_problems);
+    connect(txtRules, &QPlainTextEdit::textChanged, this, &LanguagePage::TakeRules);
+    return page;
+}
+
 QList<std::pair<QString, QWidget*>> LanguagePage::Places() const
 {
-    return {{u"Name of the language"_s, txtLanguage},
+    return {{u"Correct the spelling of words while colouring"_s, chkCorrectSpelling},
+            {u"Colours by rules: comments, strings, numbers, keywords, types"_s, m_tabs},
+            {u"Rules of the language"_s, m_tabs},
+            {u"Name of the language"_s, txtLanguage},
             {u"Comment delimiter"_s, txtCommentDelimiter},
             {u"Comments of many lines: delimiters"_s, txtCommentDelimiterStart},
             {u"Colour of keywords"_s, lblKeywordColour},
@@ -211,22 +275,31 @@ QList<std::pair<QString, QWidget*>> LanguagePage::Places() const
 
 // What is shown
 
-void LanguagePage::Initialize(KeywordDefiner* definer, const QStringList& languageFiles)
+void LanguagePage::Initialize(KeywordDefiner* definer)
 {
     m_definer = definer;
-    setEnabled(definer);
+    for (QWidget* part : {static_cast<QWidget*>(txtLanguage), static_cast<QWidget*>(txtCommentDelimiter), static_cast<QWidget*>(txtCommentDelimiterStart),
+                          static_cast<QWidget*>(txtCommentDelimiterEnd), static_cast<QWidget*>(lblKeywordColour), static_cast<QWidget*>(lblTextColour),
+                          static_cast<QWidget*>(lblNotesColour), static_cast<QWidget*>(fgrdList), static_cast<QWidget*>(txtRules),
+                          cmdExport->parentWidget()})
+        part->setEnabled(definer); // the colours by rules are the user's, whatever library is open
     QList<quint32> recent;
     for (const QString& color : GetSetting(SettingsApplication, u"Colours"_s, u"KeywordDefiner"_s, u"33280,8650752"_s).split(u',', Qt::SkipEmptyParts))
         recent << color.toUInt();
     for (ColorButton* button : {lblKeywordColour, lblTextColour, lblNotesColour})
         button->SetRecent(recent);
     InitializeLanguagePage();
-    auto* menu = new QMenu(m_shipped);
-    for (const QString& path : languageFiles)
-        connect(menu->addAction(ReadLanguageFile(path).Language.replace(u'&', u"&&"_s)), &QAction::triggered, this, [this, path] { ImportFile(path); });
-    delete m_shipped->menu();
-    m_shipped->setMenu(menu);
-    m_shipped->setVisible(!languageFiles.isEmpty());
+}
+
+TokenPalette LanguagePage::Palette() const
+{
+    return m_colours->Palette();
+}
+
+void LanguagePage::SetPalette(const TokenPalette& palette)
+{
+    m_colours->SetPalette(palette);
+    m_sample->SetPalette(palette);
 }
 
 void LanguagePage::KeepColours() const
@@ -254,6 +327,40 @@ void LanguagePage::ShowValues()
     lblNotesColour->SetColor(quint32(values.CommentColour));
     for (QLineEdit* box : {txtCommentDelimiter, txtCommentDelimiterStart, txtCommentDelimiterEnd})
         SetTextColor(*box, quint32(values.CommentColour));
+    chkCorrectSpelling->setChecked(CorrectsSpelling(values.Rules));
+    txtRules->setPlainText(WithCorrectsSpelling(values.Rules, true));
+    ShowRulesState();
+    ShowSample();
+}
+
+/// With rules that paint, no spelling is ever corrected.
+void LanguagePage::ShowRulesState()
+{
+    const LanguageRules rules(txtRules->toPlainText(), {}, {});
+    chkCorrectSpelling->setEnabled(m_definer && !rules.Paints());
+    const QString state = rules.Paints() ? u"Texts are painted by these rules, which change no character of them."_s
+                                         : u"Without rules, texts are coloured by the words and comment delimiters alone."_s;
+    m_problems->setText(rules.Problems().isEmpty() ? state : u"Passed over: "_s + rules.Problems().mid(0, 3).join(u' '));
+}
+
+void LanguagePage::TakeRules()
+{
+    if (m_loading)
+        return;
+    TakeValues();
+    ShowRulesState();
+}
+
+void LanguagePage::ShowSample()
+{
+    LanguageDefinition language = m_definer ? m_definer->Values() : LanguageDefinition();
+    if (!m_definer || SampleOf(language).isEmpty())
+        language = LanguageNamed(u"cpp"_s);
+    if (m_definer) {
+        language.ColouredWords = m_definer->GetKeywords(true);
+        language.PlainWords = m_definer->GetKeywords(false);
+    }
+    m_sample->ShowLanguage(language);
 }
 
 void LanguagePage::TakeValues()
@@ -268,6 +375,7 @@ void LanguagePage::TakeValues()
     values.ColouredKeywordColour = qint32(lblKeywordColour->Color());
     values.KeywordColour = qint32(lblTextColour->Color());
     values.CommentColour = qint32(lblNotesColour->Color());
+    values.Rules = WithCorrectsSpelling(txtRules->toPlainText(), chkCorrectSpelling->isChecked());
     m_definer->SetValues(values);
     for (QLineEdit* box : {txtCommentDelimiter, txtCommentDelimiterStart, txtCommentDelimiterEnd})
         SetTextColor(*box, lblNotesColour->Color());

@@ -1,10 +1,17 @@
 #pragma once
 
+#include "text/TokenPalette.h"
+
+#include <QTimer>
 #include <QWidget>
 #include <functional>
 
+class QCheckBox;
+class QLabel;
 class QLineEdit;
+class QPlainTextEdit;
 class QPushButton;
+class QTabWidget;
 class QTableView;
 class QToolButton;
 
@@ -13,9 +20,12 @@ namespace qb {
 class ColorButton;
 class KeywordDefiner;
 class KeywordGridModel;
+class SampleBox;
+class TokenColoursEditor;
 
 /// The page of the options dialog with the language of the open library: its name, comment marks
-/// and colours, and a grid of its words with an editor that floats over the current one.
+/// and colours; a grid of its words with an editor that floats over the current one; the colours of
+/// what is painted by rules, with a sample; and its rules.
 class LanguagePage : public QWidget {
     Q_OBJECT
 
@@ -23,9 +33,11 @@ public:
     explicit LanguagePage(QWidget* parent = nullptr);
     ~LanguagePage() override;
 
-    /// Shows what @p definer holds; null when no library is open. @p languageFiles are the paths of
-    /// definition files that come with the program.
-    void Initialize(KeywordDefiner* definer, const QStringList& languageFiles);
+    /// Shows what @p definer holds; null when no library is open.
+    void Initialize(KeywordDefiner* definer);
+    /// The colours of what is painted by rules, which are the user's and no library's.
+    TokenPalette Palette() const;
+    void SetPalette(const TokenPalette& palette);
     /// The language has been applied: its colours are offered from now on.
     void KeepColours() const;
     /// What can be looked for on this page, and its controls.
@@ -37,6 +49,7 @@ public:
 Q_SIGNALS:
     /// The language was changed, by the user.
     void Changed();
+    void PaletteChanged();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -45,6 +58,11 @@ private:
     QWidget* MakeValues();
     QWidget* MakeGrid();
     QWidget* MakeButtons();
+    QWidget* MakeColours();
+    QWidget* MakeRules();
+    void TakeRules();
+    void ShowSample();
+    void ShowRulesState();
     void ShowValues();
     void TakeValues();
     void InitializeLanguagePage();
@@ -76,6 +94,13 @@ private:
     QPushButton* cmdExport = nullptr;
     QPushButton* cmdImport = nullptr;
     QToolButton* m_shipped = nullptr;
+    QCheckBox* chkCorrectSpelling = nullptr;
+    QTabWidget* m_tabs = nullptr;
+    TokenColoursEditor* m_colours = nullptr;
+    SampleBox* m_sample = nullptr;
+    QPlainTextEdit* txtRules = nullptr;
+    QLabel* m_problems = nullptr;
+    QTimer m_sampleTimer; ///< a sample for several changes
 };
 
 } // namespace qb
