@@ -9,6 +9,7 @@
 
 #include <QDirIterator>
 #include <QFile>
+#include <QRegularExpression>
 #include <benchmark/benchmark.h>
 
 namespace qb::bench {
@@ -142,7 +143,7 @@ void RecolourKey(benchmark::State& state)
 {
     CTextFormat format;
     format.SetLanguage(LanguageNamed(u"C++ (current)"_s));
-    QStringList lines = CppSource(1'000'000).split(u"\r\n"_s);
+    QStringList lines = CppSource(1'000'000).split(QRegularExpression(u"\r?\n"_s));
     LineColours colours;
     colours.Reset(format.Rules(), int(lines.size()));
     const auto textOf = [&lines](int line) { return lines[line]; };

@@ -347,12 +347,9 @@ private:
         }
         if (rest.isEmpty() || (rule.Open.isEmpty() && rule.Where == ScanRule::Place::Anywhere))
             return false;
-        // A limit, since an expression of somebody else's may be made to go on for ever.
-        rule.Pattern = QRegularExpression(u"(*LIMIT_MATCH=20000)"_s + rest,
-                                          m_rules.m_folds ? QRegularExpression::CaseInsensitiveOption : QRegularExpression::NoPatternOption);
-        if (!rule.Pattern.isValid())
+        rule.Pattern = Expression(rest, m_rules.m_folds ? Expression::Folds : Expression::Exact);
+        if (!rule.Pattern.IsValid())
             return false;
-        rule.Pattern.optimize();
         Rules().push_back(std::move(rule));
         m_rules.m_paints = true;
         return true;
@@ -479,21 +476,35 @@ private:
                 AddOpener(context, rule.Open.front(), int(i));
             else if (rule.Open.isEmpty())
                 context.LineMatches.push_back(int(i));
-            else if (rule.Open == "word"_L1)
-                context.WordMatches.push_back(int(i));
             else
-                for (const QChar character : std::as_const(rule.Open))
-                    AddOpener(context, character, int(i));
+                AddMatch(context, rule, int(i));
         }
         const auto longer = [&context](int left, int right) {
-            const auto weight = [&context](int index) { // matches come first
+            const auto weight = [&context](int index) { // matches come first, those of words last
+                constexpr qsizetype First = 1000;
                 const ScanRule& rule = context.Rules[size_t(index)];
-                return rule.Kind == ScanRule::Form::Match ? 1000 : rule.Open.size();
+                const bool isMatch = rule.Kind == ScanRule::Form::Match;
+                return isMatch && rule.Open == "word"_L1 ? 0 : isMatch ? First : rule.Open.size();
             };
             return weight(left) > weight(right);
         };
         for (std::vector<int>& openers : context.Openers)
             std::stable_sort(openers.begin(), openers.end(), longer);
+    }
+
+    /// A match is tried only at characters that it can begin with.
+    void AddMatch(ScanContext& context, const ScanRule& rule, int number)
+    {
+        const bool atWords = rule.Open == "word"_L1;
+        for (char16_t unit = 0; unit <= m_rules.m_classes.size(); ++unit) {
+            const bool isWanted = atWords ? m_rules.IsWordStart(unit < m_rules.m_classes.size() ? QChar(unit) : QChar(0xe9)) : rule.Open.contains(QChar(unit));
+            if (isWanted && rule.Pattern.CanBeginWith(unit))
+                AddOpener(context, QChar(unit), number);
+        }
+        for (const QChar character : rule.Open) {
+            if (!atWords && character.unicode() >= m_rules.m_classes.size())
+                AddOpener(context, character, number);
+        }
     }
 
     void AddOpener(ScanContext& context, QChar first, int rule)

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "platform/system/Expression.h"
 #include "text/TokenKind.h"
 
-#include <QRegularExpression>
 #include <QStringList>
 #include <vector>
 
@@ -81,7 +81,7 @@ struct ScanRule {
     QStringList After; ///< of a regular expression: words behind which an operand stands
     QString ContextName;
     int Context = -1;  ///< that is entered
-    QRegularExpression Pattern;
+    Expression Pattern;
 };
 
 /// Where a set of rules holds.
@@ -98,7 +98,6 @@ struct ScanContext {
     // Made of the rules
     std::vector<std::vector<int>> Openers; ///< rules by the first character of the opener, longest first; the last: all others
     std::vector<int> LineMatches;          ///< matches that are tried once a line
-    std::vector<int> WordMatches;          ///< matches that are tried at each word
 };
 
 /// The rules by which texts of a language are painted, made of their text.

@@ -95,6 +95,7 @@ void RuleScan::Refresh()
 int RuleScan::ScanLine(QStringView line, int state, std::vector<Token>& tokens)
 {
     m_line = line;
+    m_isText.reset();
     m_at = 0;
     m_tokens = &tokens;
     m_tokens->clear();
@@ -689,13 +690,17 @@ bool RuleScan::TryNumberPrefix(const ScanRule& rule)
 
 bool RuleScan::TryMatch(const ScanRule& rule, int number)
 {
-    const QRegularExpressionMatch match = rule.Pattern.match(m_line, m_at, QRegularExpression::NormalMatch,
-                                                                 QRegularExpression::AnchorAtOffsetMatchOption);
-    if (!match.hasMatch())
+    // The expression would look through the whole line for broken surrogates, each time.
+    if (!m_isText)
+        m_isText = m_line.isValidUtf16();
+    if (!*m_isText)
         return false;
-    const bool part = rule.Pattern.captureCount() > 0 && match.capturedStart(1) >= 0;
-    const qsizetype begin = part ? match.capturedStart(1) : m_at;
-    const qsizetype end = part ? match.capturedEnd(1) : match.capturedEnd(0);
+    Expression::Match match;
+    if (!rule.Pattern.MatchesAt(m_line, m_at, match))
+        return false;
+    const bool part = match.Group.Begin >= 0;
+    const qsizetype begin = part ? match.Group.Begin : m_at;
+    const qsizetype end = part ? match.Group.End : match.Whole.End;
     const bool moves = end > m_at;
     if (!moves && rule.Context < 0 && !rule.Leaves)
         return false;
@@ -743,8 +748,6 @@ bool RuleScan::IsMember(qsizetype begin) const
 void RuleScan::ScanWord()
 {
     const ScanContext& context = ContextHere();
-    if (!context.WordMatches.empty() && AtWordBegin() && TryRules(context.WordMatches, true))
-        return;
     const qsizetype begin = m_at;
     m_at = WordEnd(m_at);
     const std::optional<TokenKind> known = context.Words.Find(m_line.sliced(begin, m_at - begin));

@@ -88,6 +88,7 @@ private:
 
     // Of the line that is scanned
     QStringView m_line;
+    std::optional<bool> m_isText; ///< whether its surrogates are whole; not known until somebody asks
     qsizetype m_at = 0;
     qsizetype m_firstInLine = 0; ///< the first character that is no blank
     Stack m_stack;

@@ -127,6 +127,16 @@ private Q_SLOTS:
         QCOMPARE(MarksOf(u"t #", tokens), u"t c"_s);
     }
 
+    void halfASurrogate_isNoMatchAndEndsNothing()
+    {
+        RuleScan scan(std::make_shared<LanguageRules>(u"match: label at=@ @\\w+\nline: #"_s, QStringList(), QStringList()));
+        QString line = u"@a #c"_s;
+        line.insert(3, QChar(0xd800));
+        std::vector<Token> tokens;
+        scan.ScanLine(line, RuleScan::Begin, tokens);
+        QCOMPARE(MarksOf(line, tokens), u"    cc"_s);
+    }
+
     void contextThatIsNotThere_isNamed()
     {
         QCOMPARE(LanguageRules(u"enter: { nowhere"_s, {}, {}).Problems(), QStringList{u"There is no context 'nowhere'."_s});

@@ -1,0 +1,13 @@
+# The target PCRE2::16BIT: regular expressions over UTF-16.
+find_path(PCRE2_INCLUDE_DIR pcre2.h)
+find_library(PCRE2_16_LIBRARY pcre2-16)
+if(PCRE2_INCLUDE_DIR)
+  file(STRINGS ${PCRE2_INCLUDE_DIR}/pcre2.h lines REGEX "#define PCRE2_(MAJOR|MINOR) ")
+  string(REGEX REPLACE ".*MAJOR +([0-9]+).*MINOR +([0-9]+).*" "\\1.\\2" PCRE2_VERSION "${lines}")
+endif()
+include(FindPackageHandleStandardArgs)
+find_package_handle_standard_args(PCRE2 REQUIRED_VARS PCRE2_16_LIBRARY PCRE2_INCLUDE_DIR VERSION_VAR PCRE2_VERSION)
+if(PCRE2_FOUND AND NOT TARGET PCRE2::16BIT)
+  add_library(PCRE2::16BIT UNKNOWN IMPORTED)
+  set_target_properties(PCRE2::16BIT PROPERTIES IMPORTED_LOCATION ${PCRE2_16_LIBRARY} INTERFACE_INCLUDE_DIRECTORIES ${PCRE2_INCLUDE_DIR})
+endif()
