@@ -6,6 +6,7 @@
 #include "platform/system/SettingsStore.h"
 #include "session/FileDialogs.h"
 #include "session/ItemTree.h"
+#include "session/RulesOffer.h"
 #include "store/PendingFiles.h"
 #include "store/SessionValues.h"
 #include "support/ErrorRoutine.h"
@@ -76,6 +77,7 @@ bool LibraryList::SetupDBConnection()
         if (!m_session.moSettings)
             m_session.moSettings = std::make_unique<CSettings>([this] { return m_session.CurrentDatabase.get(); });
         m_session.moSettings->InitializeDatabaseProperties();
+        OfferRules(*m_session.CurrentDatabase);
         m_details.FormatingInitialize(*m_session.CurrentDatabase);
         EnableDBToolsMenu();
         m_shell.SetComboToolTip(u"Currently selected database: "_s + AliasOf(m_session.CurrentDatabasePath));

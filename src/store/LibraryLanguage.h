@@ -15,4 +15,9 @@ QString RulesOfLibrary(Database& database);
 /// are any for the first time.
 void StoreRulesOfLibrary(Database& database, const QString& rules);
 
+/// Takes a language in place of the one of the same name that the library has: its marks, words and
+/// rules. Words of the library that the new one does not know stay, and so do the colours. All or
+/// nothing.
+void TakeLanguage(Database& database, const LanguageDefinition& language);
+
 } // namespace qb

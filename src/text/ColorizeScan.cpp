@@ -228,10 +228,18 @@ void ColorizeScan::UnboldLine()
     m_box.SetSelBold(false);
 }
 
+/// The line that holds the insertion point, without its end. Its place is remembered, since a long
+/// bold line is selected at each of its words.
 void ColorizeScan::SelectLine()
 {
-    m_box.UpTo(u"\n", IRichTextBox::Direction::Backward);
-    m_box.Span(u"\r", IRichTextBox::Direction::Forward, IRichTextBox::Members::NotOf);
+    const qsizetype start = m_box.SelStart();
+    if (start < m_lineBegin || start > m_lineFeed) {
+        const qsizetype feed = m_text.indexOf(u'\n', start);
+        m_lineFeed = feed < 0 ? m_text.size() : feed;
+        m_lineBegin = start == 0 ? 0 : m_text.lastIndexOf(u'\n', start - 1) + 1;
+    }
+    const qsizetype end = m_text.indexOf(u'\r', m_lineBegin);
+    Select(m_lineBegin, (end < 0 ? m_text.size() : end) - m_lineBegin);
 }
 
 } // namespace qb

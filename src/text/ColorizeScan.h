@@ -62,6 +62,8 @@ private:
     QString m_word;
     qsizetype m_wordStart = 0;
     qsizetype m_gapCount = 0; ///< separators since the last word was painted, less one
+    qsizetype m_lineBegin = 0;  ///< of the line that was selected last
+    qsizetype m_lineFeed = -1;  ///< the place of its line feed
     qsizetype m_progressStep = 0; ///< 0: no progress
     qsizetype m_nextMark = 0;
     int m_percent = 0;
