@@ -53,6 +53,15 @@ void CheckProperties(Database& database, Faults& faults)
                           u"Properties has %1 rows; a library has one."_s.arg(rows)});
 }
 
+/// The rules of the language are one row, in a table that is there only if there are any.
+void CheckRules(Database& database, Faults& faults)
+{
+    const QString table = u"LanguageRules"_s;
+    const qint64 rows = database.TableExists(table) ? database.QueryValue(u"SELECT count(*) FROM LanguageRules"_s).ToLong() : 0;
+    if (rows > 1)
+        faults.push_back({Kind::Damage, table, 0, u"LanguageRules has %1 rows; the first one counts."_s.arg(rows)});
+}
+
 struct Item {
     qint64 Parent;
     enum { Unknown, OnTheWay, ReachesTop } State = Unknown;
@@ -155,6 +164,7 @@ std::vector<LibraryFault> CheckLibrary(Database& database)
     if (!CheckTables(database, faults))
         return faults;
     CheckProperties(database, faults);
+    CheckRules(database, faults);
     CheckTree(database, faults);
     CheckStoredFiles(database, faults);
     return faults;
