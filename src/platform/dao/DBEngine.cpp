@@ -2,6 +2,7 @@
 
 #include "platform/dao/Catalog.h"
 #include "platform/dao/EngineError.h"
+#include "platform/dao/JournalCheck.h"
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
 
@@ -48,6 +49,7 @@ void RefuseWhatIsNoDatabase(const QString& path)
 
 std::unique_ptr<Database> DBEngine::Connect(const QString& path, int flags)
 {
+    RefuseForeignJournal(path);
     sqlite3* connection = nullptr;
     const QString absolute = QFileInfo(path).absoluteFilePath();
     const int code = sqlite3_open_v2(absolute.toUtf8().constData(), &connection, flags, nullptr);
