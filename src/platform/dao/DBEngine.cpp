@@ -66,7 +66,9 @@ std::unique_ptr<Database> DBEngine::Connect(const QString& path, int flags)
     sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
     sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
     database->Execute(u"PRAGMA foreign_keys = ON"_s);
-    database->Execute(u"PRAGMA synchronous = FULL"_s);
+    // With FULL the removal of the journal is not on the disk when a commit returns: a power cut within
+    // seconds finds the journal again and undoes the commit.
+    database->Execute(u"PRAGMA synchronous = EXTRA"_s);
     database->Execute(u"PRAGMA cache_size = -8000"_s); // kB
     return database;
 }

@@ -183,7 +183,7 @@ private Q_SLOTS:
         TemporaryDatabase database;
         database.Reopen();
         QCOMPARE(database->QueryValue(u"PRAGMA foreign_keys"_s).ToLong(), 1);
-        QCOMPARE(database->QueryValue(u"PRAGMA synchronous"_s).ToLong(), 2);
+        QCOMPARE(database->QueryValue(u"PRAGMA synchronous"_s).ToLong(), 3);
         QCOMPARE(database->QueryValue(u"PRAGMA journal_mode"_s).ToText(), u"delete"_s);
         QVERIFY(!database->IsReadOnly());
     }
