@@ -2,76 +2,76 @@
 
 #include "platform/system/Date.h"
 #include "store/CLinks.h"
-#include "store/IDataObject.h"
+#include "store/RowObject.h"
 
 #include <QObject>
 
 namespace qb {
 
-class Recordset;
-
 /// One row of `Items`. The row is read at the first look at a stored property, not before:
 /// trees and searches make many items of which only the key is needed.
-class CCodeItem : public QObject, public IDataObject {
+class CCodeItem : public QObject, public RowObject {
     Q_OBJECT
 
 public:
     CCodeItem();
 
-    QString Key() const override { return m_key; }
-    void Initialise(Database& database, const QString& key) override;
-    void Delete() override;
-    bool Commit() override;
+    /// The columns, as RowObject numbers them.
+    enum Column : size_t {
+        ParentColumn, TitleColumn, DescriptionColumn, InfoColumn, CreatedColumn, LastChangedColumn, UserColumn, StatusColumn,
+        RatingColumn, CodeHeadersColumn, UsageHeadersColumn, NotesColumn, CodeColumn, ExampleColumn, HTMLPageColumn,
+        HTMLLastUpdatedColumn, MotherParentColumn, MotherRecordColumn
+    };
+
     /// Deletes the row at once, with what refers to it, as a commit of Delete does. Raises an error,
     /// with the row as it was.
     void DeleteRow();
-    RecordState State() const { return m_state; }
 
-    QString Title() { return Loaded(m_title); }
-    void SetTitle(const QString& value) { Let(m_title, value); }
-    QString Description() { return Loaded(m_description); }
-    void SetDescription(const QString& value) { Let(m_description, value); }
-    QString Info() { return Loaded(m_info); }
-    void SetInfo(const QString& value) { Let(m_info, value); }
+    QString Title() { return Loaded(TitleColumn).ToText(); }
+    void SetTitle(const QString& value) { Let(TitleColumn, value); }
+    QString Description() { return Loaded(DescriptionColumn).ToText(); }
+    void SetDescription(const QString& value) { Let(DescriptionColumn, value); }
+    QString Info() { return Loaded(InfoColumn).ToText(); }
+    void SetInfo(const QString& value) { Let(InfoColumn, value); }
     /// Code, notes and usage are RTF strings.
-    QString Code() { return Loaded(m_code); }
-    void SetCode(const QString& value) { Let(m_code, value); }
-    QString Notes() { return Loaded(m_notes); }
-    void SetNotes(const QString& value) { Let(m_notes, value); }
-    QString Example() { return Loaded(m_example); } ///< the usage text
-    void SetExample(const QString& value) { Let(m_example, value); }
-    bool HTMLPage() { return Loaded(m_htmlPage); }
-    void SetHTMLPage(bool value) { Let(m_htmlPage, value); }
+    QString Code() { return Loaded(CodeColumn).ToText(); }
+    void SetCode(const QString& value) { Let(CodeColumn, value); }
+    QString Notes() { return Loaded(NotesColumn).ToText(); }
+    void SetNotes(const QString& value) { Let(NotesColumn, value); }
+    QString Example() { return Loaded(ExampleColumn).ToText(); } ///< the usage text
+    void SetExample(const QString& value) { Let(ExampleColumn, value); }
+    bool HTMLPage() { return Loaded(HTMLPageColumn).ToBoolean(); }
+    void SetHTMLPage(bool value) { Let(HTMLPageColumn, value); }
 
     /// The ID of the parent as text, "0" under the root.
-    QString ParentKey() { return Loaded(m_parentKey); }
+    QString ParentKey() { return QString::number(Loaded(ParentColumn).ToLong()); }
     /// An empty value means "0". In a child replica the mother's parent is worked out too.
     void SetParentKey(const QString& value);
 
-    QString User() { return Loaded(m_user); }
-    void SetUser(const QString& value) { LetOfAnyState(m_user, value); }
-    qint32 ItemRating() { return Loaded(m_itemRating); }
-    void SetItemRating(qint32 value) { LetOfAnyState(m_itemRating, value); }
-    qint32 ItemStatus() { return Loaded(m_itemStatus); }
+    QString User() { return Loaded(UserColumn).ToText(); }
+    void SetUser(const QString& value) { LetOfAnyState(UserColumn, value); }
+    qint32 ItemRating() { return qint32(Loaded(RatingColumn).ToLong()); }
+    void SetItemRating(qint32 value) { LetOfAnyState(RatingColumn, value); }
+    qint32 ItemStatus() { return qint32(Loaded(StatusColumn).ToLong()); }
     void SetItemStatus(qint32 value);
     /// The code sections in Code and Example: a sum of 1, 2, 4, 8 and 16.
-    quint8 CodeHeaders() { return Loaded(m_codeHeaders); }
-    void SetCodeHeaders(quint8 value) { LetOfAnyState(m_codeHeaders, value); }
-    quint8 UsageHeaders() { return Loaded(m_usageHeaders); }
-    void SetUsageHeaders(quint8 value) { LetOfAnyState(m_usageHeaders, value); }
+    quint8 CodeHeaders() { return quint8(Loaded(CodeHeadersColumn).ToLong()); }
+    void SetCodeHeaders(quint8 value) { LetOfAnyState(CodeHeadersColumn, value); }
+    quint8 UsageHeaders() { return quint8(Loaded(UsageHeadersColumn).ToLong()); }
+    void SetUsageHeaders(quint8 value) { LetOfAnyState(UsageHeadersColumn, value); }
 
-    Date Created() { return Loaded(m_created); }
-    void SetCreated(Date value) { m_created = value; }
-    Date LastChanged() { return Loaded(m_lastChanged); }
-    void SetLastChanged(Date value) { m_lastChanged = value; }
-    Date HTMLLastUpdated() { return Loaded(m_htmlLastUpdated); }
-    void SetHTMLLastUpdated(Date value) { m_htmlLastUpdated = value; }
+    Date Created() { return Loaded(CreatedColumn).ToDate(); }
+    void SetCreated(Date value) { Store(CreatedColumn, value); }
+    Date LastChanged() { return Loaded(LastChangedColumn).ToDate(); }
+    void SetLastChanged(Date value) { Store(LastChangedColumn, value); }
+    Date HTMLLastUpdated() { return Loaded(HTMLLastUpdatedColumn).ToDate(); }
+    void SetHTMLLastUpdated(Date value) { Store(HTMLLastUpdatedColumn, value); }
 
     /// The mother's ID of the parent, in a child replica.
-    qint32 MotherParentKey() { return Loaded(m_motherParentKey); }
-    void SetMotherParentKey(qint32 value) { LetOfAnyState(m_motherParentKey, value); }
+    qint32 MotherParentKey() { return qint32(Loaded(MotherParentColumn).ToLong()); }
+    void SetMotherParentKey(qint32 value) { LetOfAnyState(MotherParentColumn, value); }
     /// The mother's ID of this item, in a child replica.
-    qint32 MotherRecordKey() const { return m_motherRecordKey; }
+    qint32 MotherRecordKey() const { return qint32(OwnValue(MotherRecordColumn).ToLong()); }
     /// The links that lead from this item; written at the next commit after SetLinksChanged.
     CLinks& Links()
     {
@@ -111,35 +111,16 @@ Q_SIGNALS:
     void NewItemLoaded(qb::Date created, qb::Date lastChanged);
     void StatusUpdated(qint32 status);
 
-private:
-    template <class Field>
-    const Field& Loaded(const Field& field)
-    {
-        GetAttributes();
-        return field;
-    }
-    template <class Field>
-    void LetOfAnyState(Field& field, const Field& value)
-    {
-        GetAttributes();
-        field = value;
-    }
-    template <class Field>
-    void Let(Field& field, const Field& value)
-    {
-        LetOfAnyState(field, value);
-        SetStateForLet();
-    }
+protected:
+    // RowObject
+    void InitialiseProperties() override;
+    void RowRead(bool exists) override;
+    bool InsertObject() override;
+    bool UpdateObject() override;
+    bool DeleteObject() override;
 
-    void InitialiseProperties();
-    void SetStateForLet();
-    void GetAttributes();
-    void ReadRow(const Recordset& row);
-    void ReadLongColumns(const Recordset& row);
-    bool InsertObject();
-    bool UpdateObject();
-    bool DeleteObject();
-    void WriteSharedColumns(Recordset& row);
+private:
+    void SetText(Recordset& row, Column column, const QString& name) const;
     void FindMotherParent();
 
     /// What writing a link changes in memory.
@@ -153,38 +134,14 @@ private:
     qint64 InsertLinkRow(qint64 from, qint64 to, const QString& note);
     void DeleteLinkRow(qint64 id);
     qint64 MotherRecordOf(qint64 item) const;
-    static QString NoteText(const QString& note);
+    QString NoteText(const QString& note) const;
 
-    Database* m_database = nullptr;
-    RecordState m_state = RecordState::Clean;
-    bool m_attributesLoaded = false;
-    bool m_readFailed = false;
     bool m_itemChanged = false;
     bool m_linksChanged = false;
     CLinks m_links;
     bool m_itemMarkedForDelete = false;
     bool m_dontUpdateLastChangedDate = false;
     bool m_statusGuard = false;
-
-    QString m_key;
-    QString m_parentKey;
-    QString m_title;
-    QString m_description;
-    QString m_info;
-    QString m_user;
-    QString m_notes;
-    QString m_code;
-    QString m_example;
-    qint32 m_itemStatus = 0;
-    qint32 m_itemRating = 0;
-    quint8 m_codeHeaders = 0;
-    quint8 m_usageHeaders = 0;
-    bool m_htmlPage = false;
-    Date m_created;
-    Date m_lastChanged;
-    Date m_htmlLastUpdated;
-    qint32 m_motherParentKey = 0;
-    qint32 m_motherRecordKey = 0;
 };
 
 } // namespace qb

@@ -10,18 +10,12 @@ namespace qb {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-const QString ModuleName = u"CCodeItem"_s;
-
-} // namespace
-
 void CCodeItem::LoadLinks()
 {
-    Guarded(ModuleName, u"LoadLinks"_s, [this] {
+    Guarded(ModuleName(), u"LoadLinks"_s, [this] {
         m_links.Clear();
-        const qint64 key = m_key.toLongLong();
-        Statement outgoing = m_database->Query(
+        const qint64 key = RowKey();
+        Statement outgoing = Library().Query(
             u"SELECT ItemLinks.ID, ItemLinks.LinkItemID, ItemLinks.Note, ItemLinks.DateUpdated, Items.Title FROM ItemLinks "
             "LEFT JOIN Items ON ItemLinks.LinkItemID = Items.ID WHERE ItemLinks.ItemID = ? ORDER BY ItemLinks.ID"_s, {key});
         while (outgoing.Step()) {
@@ -34,7 +28,7 @@ void CCodeItem::LoadLinks()
             link->DateChanged = outgoing.Column(3).ToDate();
             link->LinkedItemTitle = outgoing.Text(4); // of a deleted item: empty
         }
-        Statement incoming = m_database->Query(u"SELECT ID, ItemID FROM ItemLinks WHERE LinkItemID = ?"_s, {key});
+        Statement incoming = Library().Query(u"SELECT ID, ItemID FROM ItemLinks WHERE LinkItemID = ?"_s, {key});
         while (incoming.Step()) {
             // A link that only comes in is not this item's to show.
             if (const auto link = m_links.AddAutoResolveExisting(incoming.Long(1), LinkDirection::Right))
@@ -48,9 +42,9 @@ qint64 CCodeItem::MotherRecordOf(qint64 item) const
 {
     if (!Session().IsChildReplica)
         return 0;
-    const Value mother = m_database->QueryValue(u"SELECT MotherRecordID FROM Items WHERE ID = ?"_s, {item});
-    if (mother.IsNull() && m_database->QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {item}).IsNull())
-        throw RuntimeError(ErrorNumber::NoCurrentRecord, u"Required record missing"_s, ModuleName);
+    const Value mother = Library().QueryValue(u"SELECT MotherRecordID FROM Items WHERE ID = ?"_s, {item});
+    if (mother.IsNull() && Library().QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {item}).IsNull())
+        throw RuntimeError(ErrorNumber::NoCurrentRecord, u"Required record missing"_s, ModuleName());
     return mother.ToLong();
 }
 
@@ -58,14 +52,14 @@ qint64 CCodeItem::MotherRecordOf(qint64 item) const
 qint64 CCodeItem::InsertLinkRow(qint64 from, qint64 to, const QString& note)
 {
     const Date now = Clock::Now();
-    Recordset row = m_database->OpenRecordset(u"ItemLinks"_s, u"ID = 0"_s);
+    Recordset row = Library().OpenRecordset(u"ItemLinks"_s, u"ID = 0"_s);
     row.AddNew();
     row.Set(u"ItemID"_s, from);
     row.Set(u"LinkItemID"_s, to);
     if (Session().IsChildReplica) {
-        const qint64 own = m_key.toLongLong();
-        row.Set(u"MotherItemID"_s, from == own ? qint64(m_motherRecordKey) : MotherRecordOf(from));
-        row.Set(u"MotherLinkItemID"_s, to == own ? qint64(m_motherRecordKey) : MotherRecordOf(to));
+        const qint64 own = RowKey();
+        row.Set(u"MotherItemID"_s, from == own ? qint64(MotherRecordKey()) : MotherRecordOf(from));
+        row.Set(u"MotherLinkItemID"_s, to == own ? qint64(MotherRecordKey()) : MotherRecordOf(to));
     }
     row.Set(u"Note"_s, NoteText(note));
     row.Set(u"DateAdded"_s, now);
@@ -75,28 +69,28 @@ qint64 CCodeItem::InsertLinkRow(qint64 from, qint64 to, const QString& note)
 }
 
 /// A note with an apostrophe can't be written; that is an error like any other of a statement.
-QString CCodeItem::NoteText(const QString& note)
+QString CCodeItem::NoteText(const QString& note) const
 {
     if (note.contains(u'\''))
         throw RuntimeError(ErrorNumber::SyntaxError,
                            u"Syntax error (missing operator) in query expression: the note '%1' of a link has an apostrophe. Nothing was saved."_s.arg(
-                               note.left(60)), ModuleName);
+                               note.left(60)), ModuleName());
     return note;
 }
 
 void CCodeItem::DeleteLinkRow(qint64 id)
 {
     if (id != 0)
-        m_database->Execute(u"DELETE FROM ItemLinks WHERE ID = ?"_s, {id});
+        Library().Execute(u"DELETE FROM ItemLinks WHERE ID = ?"_s, {id});
 }
 
 /// Writes the rows of one link; what changes in memory by that is for later, when all are written.
 CCodeItem::LinkChange CCodeItem::UpdateLink(const CLink& link)
 {
-    const qint64 own = m_key.toLongLong();
+    const qint64 own = RowKey();
     const qint64 other = link.LinkedItemId;
     const auto writeNote = [&] {
-        m_database->Execute(u"UPDATE ItemLinks SET Note = ?, DateUpdated = ? WHERE ID = ?"_s, {NoteText(link.Note), Clock::Now(), link.ID});
+        Library().Execute(u"UPDATE ItemLinks SET Note = ?, DateUpdated = ? WHERE ID = ?"_s, {NoteText(link.Note), Clock::Now(), link.ID});
     };
     const bool leads = link.Direction == LinkDirection::Left || link.Direction == LinkDirection::Both;
     const bool leadsBack = link.Direction == LinkDirection::Right || link.Direction == LinkDirection::Both;
@@ -120,7 +114,7 @@ CCodeItem::LinkChange CCodeItem::UpdateLink(const CLink& link)
 void CCodeItem::UpdateLinks()
 {
     std::vector<std::pair<std::shared_ptr<CLink>, LinkChange>> written;
-    Transaction transaction(*m_database);
+    Transaction transaction(Library());
     for (const std::shared_ptr<CLink>& link : m_links.All()) {
         if (link->DirtyFlag)
             written.emplace_back(link, UpdateLink(*link));

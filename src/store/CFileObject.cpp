@@ -25,7 +25,16 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString ModuleName = u"CFileObject"_s;
+/// In the order of CFileObject::Column. The description is written by its own flag.
+constexpr RowColumn Columns[] = {
+    {.Name = "CodeID", .Holds = RowColumn::Number},
+    {.Name = "Title"},
+    {.Name = "DateAdded", .Holds = RowColumn::Number, .Fixed = true},
+    {.Name = "OrigDateTime", .Holds = RowColumn::Number, .Fixed = true},
+    {.Name = "Description", .Fixed = true},
+    {.Name = "FileSize", .Holds = RowColumn::Number, .Fixed = true},
+    {.Name = "MotherCodeID", .Holds = RowColumn::Number, .Optional = true, .Fixed = true},
+};
 
 /// A file on its way into the folder of stored files: copied at first, bound to its row within the row's
 /// transaction, and put in its place once that is committed. One that does not get there is removed.
@@ -68,84 +77,40 @@ private:
 
 } // namespace
 
+CFileObject::CFileObject() : RowObject(u"CFileObject"_s, u"Files"_s, Columns)
+{
+    CFileObject::InitialiseProperties();
+}
+
 void CFileObject::InitialiseProperties()
 {
-    m_state = RecordState::Clean;
-    m_attributesLoaded = m_readFailed = m_fileReplaced = m_descriptionChanged = false;
-    for (QString* text : {&m_key, &m_codeId, &m_title, &m_storedFile, &m_description})
-        text->clear();
-    m_origDateTime = m_dateAdded = {};
-    m_size = 0;
-    m_motherCodeId = 0;
+    RowObject::InitialiseProperties();
+    m_fileReplaced = m_descriptionChanged = false;
+    m_storedFile.clear();
     m_intake = Intake::Copy;
 }
 
-void CFileObject::Initialise(Database& database, const QString& key)
+void CFileObject::RowRead(bool)
 {
-    Guarded(ModuleName, u"IDataObject_Initialise"_s, [&] {
-        InitialiseProperties();
-        m_database = &database;
-        m_key = key;
-        m_state = key.isEmpty() ? RecordState::New : RecordState::Clean;
-    });
-}
-
-void CFileObject::GetAttributes()
-{
-    if (m_attributesLoaded || !m_database || (m_state != RecordState::Clean && m_state != RecordState::Edited))
-        return;
-    m_attributesLoaded = true;
-    m_readFailed = !Guarded(ModuleName, u"GetAttributes"_s, [this] {
-        const Recordset row = m_database->OpenRecordset(u"Files"_s, u"ID = ?"_s, {m_key.toLongLong()});
-        m_descriptionChanged = false;
-        if (row.IsEmpty())
-            return;
-        m_codeId = QString::number(row[u"CodeID"_s].ToLong());
-        m_title = row[u"Title"_s].ToText();
-        m_dateAdded = row[u"DateAdded"_s].ToDate();
-        m_origDateTime = row[u"OrigDateTime"_s].ToDate();
-        m_description = row[u"Description"_s].ToText();
-        m_size = row[u"FileSize"_s].ToLong();
-        if (Session().IsChildReplica)
-            m_motherCodeId = qint32(row[u"MotherCodeID"_s].ToLong());
-    });
-}
-
-void CFileObject::Let(QString& field, const QString& value)
-{
-    GetAttributes();
-    field = value;
-    m_state = StateForLet(m_state, u"CFileObject::SetStateForLet"_s);
+    m_descriptionChanged = false;
 }
 
 void CFileObject::SetStoredFile(const QString& path, Intake intake)
 {
-    Guarded(ModuleName, u"<<Let>> StoredFile"_s, [&] {
+    Guarded(ModuleName(), u"<<Let>> StoredFile"_s, [&] {
         GetAttributes();
-        m_fileReplaced = m_fileReplaced || !m_title.isEmpty();
+        m_fileReplaced = m_fileReplaced || !OwnTitle().isEmpty();
         m_storedFile = path;
         m_intake = intake;
-        Let(m_title, fnExtractPathOrFileName(path, PathPart::FileName));
+        SetTitle(fnExtractPathOrFileName(path, PathPart::FileName));
     });
-}
-
-bool CFileObject::Commit()
-{
-    switch (m_state) {
-    case RecordState::New:
-        return InsertObject();
-    case RecordState::MarkedForDelete:
-        return DeleteObject();
-    default:
-        return UpdateObject();
-    }
 }
 
 /// Runs @p body; that the user has ended it is no error, and false all the same.
 template <class Body>
 bool CFileObject::UnlessCancelled(const QString& procedure, Body&& body)
 {
-    return Guarded(ModuleName, procedure, [&] {
+    return Guarded(ModuleName(), procedure, [&] {
         try {
             body();
             return true;
@@ -160,13 +125,14 @@ bool CFileObject::UnlessCancelled(const QString& procedure, Body&& body)
 /// A title that makes no name of a file on the disk is refused before anything is written.
 void CFileObject::RequireStorableTitle() const
 {
+    const QString title = OwnTitle();
     constexpr qsizetype LongestName = 255; // bytes, of the usual file systems
     constexpr qsizetype LongestId = 20;
-    const bool tooLong = m_title.size() > LongestName || QFile::encodeName(m_title).size() + LongestId + 3 > LongestName;
+    const bool tooLong = title.size() > LongestName || QFile::encodeName(title).size() + LongestId + 3 > LongestName;
     if (tooLong)
-        throw RuntimeError(ErrorNumber::PathAccess, u"The name '%1...' is too long to be stored; nothing was changed."_s.arg(m_title.left(60)), ModuleName);
-    if (m_title.isEmpty() || StoredFilePath(1, m_title).isEmpty())
-        throw RuntimeError(ErrorNumber::PathAccess, u"'%1' is no name for a stored file; nothing was changed."_s.arg(m_title), ModuleName);
+        throw RuntimeError(ErrorNumber::PathAccess, u"The name '%1...' is too long to be stored; nothing was changed."_s.arg(title.left(60)), ModuleName());
+    if (title.isEmpty() || StoredFilePath(1, title).isEmpty())
+        throw RuntimeError(ErrorNumber::PathAccess, u"'%1' is no name for a stored file; nothing was changed."_s.arg(title), ModuleName());
 }
 
 /// Refuses what can't be stored before anything is copied.
@@ -178,7 +144,7 @@ void CFileObject::RequireStorableFile() const
     if (size > LargestSize)
         throw RuntimeError(ErrorNumber::Overflow,
                            u"The file '%1' has %2 bytes; a library stores files of up to %3. Nothing was changed."_s.arg(m_storedFile).arg(size).arg(LargestSize),
-                           ModuleName);
+                           ModuleName());
 }
 
 bool CFileObject::InsertObject()
@@ -189,31 +155,27 @@ bool CFileObject::InsertObject()
             RequireStorableFile();
             const QDateTime modified = QFileInfo(m_storedFile).lastModified(); // none when there is no such file
             file.emplace(m_storedFile, m_intake, Progress);
-            m_origDateTime = modified.isValid() ? Date::FromDateTime(modified) : Date();
-            m_size = file->Size();
+            SetOrigDateTime(modified.isValid() ? Date::FromDateTime(modified) : Date());
+            SetSize(file->Size());
         }
-        m_dateAdded = Clock::Now();
-        Transaction transaction(*m_database);
-        Recordset row = m_database->OpenRecordset(u"Files"_s, u"ID = 0"_s);
+        SetDateAdded(Clock::Now());
+        Transaction transaction(Library());
+        Recordset row = Library().OpenRecordset(u"Files"_s, u"ID = 0"_s);
         row.AddNew();
-        row.Set(u"CodeID"_s, m_codeId.toLongLong());
-        row.Set(u"Title"_s, m_title);
-        row.Set(u"OrigDateTime"_s, m_origDateTime);
-        row.Set(u"DateAdded"_s, m_dateAdded);
-        row.Set(u"FileSize"_s, m_size);
-        row.Set(u"Description"_s, m_description);
-        row.Set(u"LastUpdated"_s, m_dateAdded);
-        if (Session().IsChildReplica)
-            row.Set(u"MotherCodeID"_s, m_motherCodeId);
+        for (size_t column = 0; column < std::size(Columns); ++column) {
+            if (column != MotherCodeIDColumn || Session().IsChildReplica)
+                row.Set(QString::fromLatin1(Columns[column].Name), OwnValue(column));
+        }
+        row.Set(u"LastUpdated"_s, OwnValue(DateAddedColumn));
         row.Update();
         const qint64 id = row.LastModified();
         if (file)
-            file->Bind(id, m_title);
+            file->Bind(id, OwnTitle());
         transaction.Commit();
-        m_key = QString::number(id);
-        RowWritten();
+        RowInserted(id);
+        FileWritten();
         if (file)
-            file->PutInPlace(StoredFilePath(id, m_title));
+            file->PutInPlace(StoredFilePath(id, OwnTitle()));
     });
 }
 
@@ -222,53 +184,49 @@ bool CFileObject::UpdateObject()
     return UnlessCancelled(u"UpdateObject"_s, [this] {
         const bool describes = m_descriptionChanged;
         GetAttributes(); // what was not read must not be written as empty
-        if (m_readFailed)
-            throw RuntimeError(ErrorNumber::NoCurrentRecord,
-                               u"The stored file %1 could not be read, so it is not written either; nothing was changed."_s.arg(m_key), ModuleName);
-        const qint64 id = m_key.toLongLong();
+        RequireRead();
+        const qint64 id = RowKey();
         std::optional<Arrival> file;
         if (m_fileReplaced && !m_storedFile.isEmpty()) {
             RequireStorableFile();
             file.emplace(m_storedFile, m_intake, Progress);
         }
-        Transaction transaction(*m_database);
-        Recordset row = m_database->OpenRecordset(u"Files"_s, u"ID = ?"_s, {id});
+        Transaction transaction(Library());
+        Recordset row = Library().OpenRecordset(u"Files"_s, u"ID = ?"_s, {id});
         row.MoveFirst();
         row.Edit();
-        row.Set(u"CodeID"_s, m_codeId.toLongLong());
-        row.Set(u"Title"_s, m_title);
+        WriteChanged(row);
         if (describes) {
-            row.Set(u"Description"_s, m_description);
+            row.Set(u"Description"_s, OwnValue(DescriptionColumn));
             row.Set(u"LastUpdated"_s, Clock::Now());
         }
         row.Update();
         if (file)
-            file->Bind(id, m_title);
+            file->Bind(id, OwnTitle());
         transaction.Commit();
-        RowWritten();
+        FileWritten();
         if (file)
-            file->PutInPlace(StoredFilePath(id, m_title));
+            file->PutInPlace(StoredFilePath(id, OwnTitle()));
     });
 }
 
 /// The row is as this object is.
-void CFileObject::RowWritten()
+void CFileObject::FileWritten()
 {
-    m_state = RecordState::Clean;
-    m_attributesLoaded = true;
+    RowWritten();
     m_descriptionChanged = m_fileReplaced = false;
     m_storedFile.clear();
 }
 
 bool CFileObject::DeleteObject()
 {
-    return Guarded(ModuleName, u"DeleteObject"_s, [this] {
-        const qint64 id = m_key.toLongLong();
+    return Guarded(ModuleName(), u"DeleteObject"_s, [this] {
+        const qint64 id = RowKey();
         StoredFileDeletion deletion;
-        Transaction transaction(*m_database);
-        deletion.Delete(*m_database, id);
+        Transaction transaction(Library());
+        deletion.Delete(Library(), id);
         transaction.Commit();
-        m_state = RecordState::Deleted;
+        RowDeleted();
         deletion.Complete();
     });
 }
@@ -277,16 +235,16 @@ QString CFileObject::SaveToFile2(const QString& target)
 {
     QString written;
     UnlessCancelled(u"SaveToFile2"_s, [&] {
-        const qint64 id = m_key.toLongLong();
-        const Value title = m_database->QueryValue(u"SELECT Title FROM Files WHERE ID = ?"_s, {id});
+        const qint64 id = RowKey();
+        const Value title = Library().QueryValue(u"SELECT Title FROM Files WHERE ID = ?"_s, {id});
         if (title.IsNull())
             return;
         const QString source = StoredFilePath(id, title.ToText());
         if (!QFile::exists(source))
-            FinishPendingFiles(*m_database); // it may be on its way since a power cut
+            FinishPendingFiles(Library()); // it may be on its way since a power cut
         if (source.isEmpty() || !QFile::exists(source)) {
-            if (m_database->IsReadOnly())
-                throw RuntimeError(ErrorNumber::FileNotFound, u"The stored file '%1' is missing in the library's folder."_s.arg(title.ToText()), ModuleName);
+            if (Library().IsReadOnly())
+                throw RuntimeError(ErrorNumber::FileNotFound, u"The stored file '%1' is missing in the library's folder."_s.arg(title.ToText()), ModuleName());
             const bool deletes = Prompts::Current().MsgBox({.Text = u"Source file not found in its location. Do you wish to delete the record "
                                                                     "from the database?"_s,
                                                             .Caption = u"Update database?"_s,

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/dao/Database.h"
-#include "store/IDataObject.h"
+#include "store/RowObject.h"
 
 #include <functional>
 
@@ -11,37 +11,30 @@ namespace qb {
 /// row's ID, " - " and the title, in the library's folder of stored files. Neither a failure nor the
 /// end of the program at any moment leaves a row without its file or a file without its row; what was
 /// under way is finished or taken back by FinishPendingFiles when the library is opened next.
-class CFileObject : public IDataObject {
+class CFileObject : public RowObject {
 public:
-    CFileObject() { InitialiseProperties(); }
-
-    // IDataObject
-    QString Key() const override { return m_key; }
-    void Initialise(Database& database, const QString& key) override;
-    void Delete() override { m_state = RecordState::MarkedForDelete; }
-    bool Commit() override;
-    RecordState State() const { return m_state; }
+    CFileObject();
 
     /// The ID of the item that the file belongs to, as text.
-    QString CodeID() { return Loaded(m_codeId); }
-    void SetCodeID(const QString& value) { Let(m_codeId, value); }
+    QString CodeID() { return QString::number(Loaded(CodeIDColumn).ToLong()); }
+    void SetCodeID(const QString& value) { Let(CodeIDColumn, value.toLongLong()); }
     /// The name that is shown, and under which the file is handed out. A new title alone leaves the
     /// file under its old name on the disk.
-    QString Title() { return Loaded(m_title); }
-    void SetTitle(const QString& value) { Let(m_title, value); }
-    QString Description() { return Loaded(m_description); }
-    void SetDescription(const QString& value) { Let(m_description, value); }
+    QString Title() { return Loaded(TitleColumn).ToText(); }
+    void SetTitle(const QString& value) { Let(TitleColumn, value); }
+    QString Description() { return Loaded(DescriptionColumn).ToText(); }
+    void SetDescription(const QString& value) { Let(DescriptionColumn, value); }
     enum class Intake { Copy, Move };
     /// The file to be taken in at the next commit; its name becomes the title. A file that was made for
     /// this only can be moved, where that is possible.
     void SetStoredFile(const QString& path, Intake intake = Intake::Copy);
 
-    qint64 Size() { return Loaded(m_size); } ///< in bytes
-    void SetSize(qint64 value) { m_size = value; }
-    Date OrigDateTime() { return Loaded(m_origDateTime); } ///< the source file's own date
-    void SetOrigDateTime(Date value) { m_origDateTime = value; }
-    Date DateAdded() { return Loaded(m_dateAdded); }
-    void SetDateAdded(Date value) { m_dateAdded = value; }
+    qint64 Size() { return Loaded(SizeColumn).ToLong(); } ///< in bytes
+    void SetSize(qint64 value) { Store(SizeColumn, value); }
+    Date OrigDateTime() { return Loaded(OrigDateTimeColumn).ToDate(); } ///< the source file's own date
+    void SetOrigDateTime(Date value) { Store(OrigDateTimeColumn, value); }
+    Date DateAdded() { return Loaded(DateAddedColumn).ToDate(); }
+    void SetDateAdded(Date value) { Store(DateAddedColumn, value); }
     /// The description is written at the next commit.
     bool DescriptionChanged() const { return m_descriptionChanged; }
     void SetDescriptionChanged(bool value)
@@ -49,11 +42,9 @@ public:
         GetAttributes(); // which says that it was not changed
         m_descriptionChanged = value;
     }
-    /// The row could not be read: what it says is not what is stored, and it can't be written.
-    bool ReadFailed() const { return m_readFailed; }
     /// The mother's ID of the item, in a child replica.
-    qint32 MotherCodeID() { return Loaded(m_motherCodeId); }
-    void SetMotherCodeID(qint32 value) { m_motherCodeId = value; }
+    qint32 MotherCodeID() { return qint32(Loaded(MotherCodeIDColumn).ToLong()); }
+    void SetMotherCodeID(qint32 value) { Store(MotherCodeIDColumn, value); }
 
     /// Copies the stored file to @p target, over a file that is there. Returns the path written; empty
     /// when there is no such row, or its file has gone: then the user is asked whether the row is to go
@@ -64,41 +55,30 @@ public:
     /// with it.
     std::function<bool(qint64 done, qint64 total)> Progress;
 
+protected:
+    // RowObject
+    void InitialiseProperties() override;
+    void RowRead(bool exists) override;
+    bool InsertObject() override;
+    bool UpdateObject() override;
+    bool DeleteObject() override;
+
 private:
-    template <class Field>
-    const Field& Loaded(const Field& field)
-    {
-        GetAttributes();
-        return field;
-    }
-    void Let(QString& field, const QString& value);
-    void InitialiseProperties();
-    void GetAttributes();
-    bool InsertObject();
-    bool UpdateObject();
-    bool DeleteObject();
+    enum Column : size_t {
+        CodeIDColumn, TitleColumn, DateAddedColumn, OrigDateTimeColumn, DescriptionColumn, SizeColumn, MotherCodeIDColumn
+    };
+
     template <class Body>
     bool UnlessCancelled(const QString& procedure, Body&& body);
-    void RowWritten();
+    void FileWritten();
+    QString OwnTitle() const { return OwnValue(TitleColumn).ToText(); }
     void RequireStorableTitle() const;
     void RequireStorableFile() const;
 
-    Database* m_database = nullptr;
-    RecordState m_state = RecordState::Clean;
-    bool m_attributesLoaded = false;
-    bool m_readFailed = false;
     bool m_fileReplaced = false;
     bool m_descriptionChanged = false;
-    QString m_key;
-    QString m_codeId;
-    QString m_title;
     QString m_storedFile; ///< path of the file to take in
     Intake m_intake = Intake::Copy;
-    QString m_description;
-    Date m_origDateTime;
-    Date m_dateAdded;
-    qint64 m_size = 0;
-    qint32 m_motherCodeId = 0;
 };
 
 } // namespace qb

@@ -1,0 +1,159 @@
+#include "store/RowObject.h"
+
+#include "platform/dao/Database.h"
+#include "support/ErrorRoutine.h"
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+RowObject::RowObject(const QString& module, const QString& table, std::span<const RowColumn> columns)
+    : m_module(module), m_table(table), m_columns(columns), m_cells(columns.size())
+{
+}
+
+void RowObject::InitialiseProperties()
+{
+    m_state = RecordState::Clean;
+    m_attributesLoaded = m_readFailed = false;
+    m_key.clear();
+    for (size_t i = 0; i < m_cells.size(); ++i)
+        m_cells[i].Own = m_cells[i].Read = AsHeld({}, m_columns[i].Holds);
+}
+
+void RowObject::Initialise(Database& database, const QString& key)
+{
+    Guarded(m_module, u"IDataObject_Initialise"_s, [&] {
+        InitialiseProperties();
+        m_database = &database;
+        m_key = key;
+        m_state = key.isEmpty() ? RecordState::New : RecordState::Clean;
+    });
+}
+
+bool RowObject::Commit()
+{
+    return Guarded(m_module, u"IDataObject_Commit"_s, [this] {
+        switch (m_state) {
+        case RecordState::New:
+            return InsertObject();
+        case RecordState::MarkedForDelete:
+            return DeleteObject();
+        default:
+            return UpdateObject();
+        }
+    }, false);
+}
+
+void RowObject::SetStateForLet()
+{
+    m_state = StateForLet(m_state, m_module + u"::SetStateForLet"_s);
+}
+
+Value RowObject::AsHeld(const Value& value, RowColumn::Kind kind)
+{
+    switch (kind) {
+    case RowColumn::Text:
+        return value.ToText();
+    case RowColumn::Number:
+        return value.ToLong();
+    case RowColumn::Boolean:
+        return value.ToBoolean();
+    }
+    return value;
+}
+
+RowObject::Row RowObject::ReadRow() const
+{
+    const TableDef& table = m_database->GetTableDef(m_table);
+    QStringList names;
+    for (const RowColumn& column : m_columns) {
+        const QString name = QString::fromLatin1(column.Name);
+        const bool isThere = table.FindField(name);
+        if (!isThere && !column.Optional)
+            throw RuntimeError(ErrorNumber::ItemNotFound, u"The table '%1' has no column '%2'."_s.arg(m_table, name), m_module);
+        names << (isThere ? Quoted(name) : u"NULL"_s);
+    }
+    Statement found = m_database->Query(u"SELECT %1 FROM %2 WHERE ID = ?"_s.arg(names.join(u", "_s), Quoted(m_table)), {RowKey()});
+    if (!found.Step())
+        return {};
+    Row row(m_columns.size());
+    for (size_t i = 0; i < row.size(); ++i) {
+        if (names[qsizetype(i)] != u"NULL"_s)
+            row[i] = AsHeld(found.Column(int(i)), m_columns[i].Holds);
+    }
+    return row;
+}
+
+void RowObject::GetAttributes()
+{
+    if (m_attributesLoaded || !m_database || (m_state != RecordState::Clean && m_state != RecordState::Edited))
+        return;
+    m_attributesLoaded = true; // at once, so that what is told of the row can't start it again
+    m_readFailed = !Guarded(m_module, u"GetAttributes"_s, [this] {
+        const Row row = ReadRow();
+        for (size_t i = 0; i < row.size(); ++i) {
+            if (row[i])
+                m_cells[i].Own = m_cells[i].Read = *row[i];
+        }
+        RowRead(!row.empty());
+    });
+}
+
+void RowObject::RequireRead() const
+{
+    if (m_readFailed)
+        throw RuntimeError(ErrorNumber::NoCurrentRecord,
+                           u"The row %1 of '%2' could not be read, so it is not written either; nothing was changed."_s.arg(m_key, m_table), m_module);
+}
+
+std::vector<RowObject::ForeignChange> RowObject::ForeignChanges() const
+{
+    const Row row = ReadRow();
+    if (row.empty())
+        throw RuntimeError(ErrorNumber::RecordDeleted, u"The record has been deleted, perhaps by another program."_s, m_module);
+    std::vector<ForeignChange> changes;
+    for (size_t i = 0; i < row.size(); ++i) {
+        const Cell& cell = m_cells[i];
+        if (row[i] && !(*row[i] == cell.Read))
+            changes.push_back({i, *row[i], IsChanged(i) && !(*row[i] == cell.Own)});
+    }
+    return changes;
+}
+
+void RowObject::TakeTheirs(const ForeignChange& change)
+{
+    m_cells[change.Column] = {change.Theirs, change.Theirs};
+}
+
+void RowObject::WriteChanged(Recordset& row) const
+{
+    const TableDef& table = m_database->GetTableDef(m_table);
+    for (size_t i = 0; i < m_cells.size(); ++i) {
+        const QString name = QString::fromLatin1(m_columns[i].Name);
+        const bool isThere = !m_columns[i].Optional || table.FindField(name);
+        if (IsChanged(i) && isThere && !m_columns[i].Fixed)
+            row.Set(name, m_cells[i].Own);
+    }
+}
+
+void RowObject::SetUnchanged()
+{
+    m_state = RecordState::Clean;
+    m_attributesLoaded = true;
+}
+
+void RowObject::RowWritten()
+{
+    SetUnchanged();
+    for (Cell& cell : m_cells)
+        cell.Read = cell.Own;
+}
+
+void RowObject::RowInserted(qint64 key)
+{
+    m_key = QString::number(key);
+    m_state = RecordState::Clean;
+}
+
+} // namespace qb

@@ -1,0 +1,133 @@
+#pragma once
+
+#include "platform/dao/Value.h"
+#include "store/IDataObject.h"
+
+#include <QStringList>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace qb {
+
+class Recordset;
+
+/// A column that a row object reads and writes.
+struct RowColumn {
+    enum Kind {
+        Text,    ///< Null reads as empty
+        Number,  ///< also moments; Null reads as 0
+        Boolean, ///< Null reads as false
+    };
+
+    const char* Name;
+    Kind Holds = Text;
+    bool Optional = false; ///< a library may lack it; then it keeps its default
+    bool Fixed = false;    ///< never written again once the row is there
+};
+
+/// What all objects that stand for one row of a table share: the state, the reading of the row at the
+/// first look at a stored property, and the memory of what was read. A commit writes the columns only
+/// that say something else since; what others write to the rest of the row stays.
+class RowObject : public IDataObject {
+public:
+    // IDataObject
+    QString Key() const override { return m_key; }
+    void Initialise(Database& database, const QString& key) override;
+    void Delete() override { m_state = RecordState::MarkedForDelete; }
+    bool Commit() override;
+
+    RecordState State() const { return m_state; }
+    /// The row could not be read: what the object says is not what is stored, and it can't be written.
+    bool ReadFailed() const { return m_readFailed; }
+
+    /// A column that somebody else has written since the row was read.
+    struct ForeignChange {
+        size_t Column;
+        Value Theirs;    ///< as it stands in the row
+        bool OwnChanged; ///< it was changed here, too, to something else
+    };
+    /// What differs between the row and what was read of it. Raises 3167 when the row is gone. To be
+    /// called in the transaction that writes, so that nothing happens in between.
+    std::vector<ForeignChange> ForeignChanges() const;
+    /// The object says what the row says.
+    void TakeTheirs(const ForeignChange& change);
+    /// The object says what it said, which is a change of what stands in the row now.
+    void KeepOwn(const ForeignChange& change) { m_cells[change.Column].Read = change.Theirs; }
+    const Value& OwnValue(size_t column) const { return m_cells[column].Own; }
+    const Value& ReadValue(size_t column) const { return m_cells[column].Read; }
+
+protected:
+    /// @p module is the class's name for the error routine, @p columns outlive the object.
+    RowObject(const QString& module, const QString& table, std::span<const RowColumn> columns);
+
+    /// The values of a new object; whoever has more of them calls this one first.
+    virtual void InitialiseProperties();
+    /// The row has been read, or there is none. An error that it raises is that of the reading.
+    virtual void RowRead(bool exists) = 0;
+    virtual bool InsertObject() = 0;
+    virtual bool UpdateObject() = 0;
+    virtual bool DeleteObject() = 0;
+
+    const QString& ModuleName() const { return m_module; }
+    Database& Library() const { return *m_database; }
+    bool HasLibrary() const { return m_database; }
+    qint64 RowKey() const { return m_key.toLongLong(); }
+
+    /// Reads the row, once, where there is one.
+    void GetAttributes();
+    const Value& Loaded(size_t column)
+    {
+        GetAttributes();
+        return m_cells[column].Own;
+    }
+    /// Writes a property in any state, without a look at the row.
+    void Store(size_t column, const Value& value) { m_cells[column].Own = value; }
+    void LetOfAnyState(size_t column, const Value& value)
+    {
+        GetAttributes();
+        Store(column, value);
+    }
+    void Let(size_t column, const Value& value)
+    {
+        LetOfAnyState(column, value);
+        SetStateForLet();
+    }
+    void SetStateForLet();
+
+    bool IsChanged(size_t column) const { return !(m_cells[column].Own == m_cells[column].Read); }
+    /// Raises an error when the row could not be read: it is not to be written either.
+    void RequireRead() const;
+    /// Sets the columns that were changed in a row that is being edited.
+    void WriteChanged(Recordset& row) const;
+    /// The row is as the object is.
+    void RowWritten();
+    /// Nothing of the row was to be written.
+    void SetUnchanged();
+    /// The row was added.
+    void RowInserted(qint64 key);
+    void RowDeleted() { m_state = RecordState::Deleted; }
+
+private:
+    struct Cell {
+        Value Own;
+        Value Read;
+    };
+    using Row = std::vector<std::optional<Value>>;
+
+    /// One statement, so that it is the row of one moment; empty when there is no row.
+    Row ReadRow() const;
+    static Value AsHeld(const Value& value, RowColumn::Kind kind);
+
+    QString m_module;
+    QString m_table;
+    std::span<const RowColumn> m_columns;
+    Database* m_database = nullptr;
+    RecordState m_state = RecordState::Clean;
+    bool m_attributesLoaded = false;
+    bool m_readFailed = false;
+    QString m_key;
+    std::vector<Cell> m_cells;
+};
+
+} // namespace qb
