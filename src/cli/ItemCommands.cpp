@@ -73,20 +73,27 @@ QString RewrittenRtf(const QString& stored)
     return stored.isEmpty() ? QString() : WriteRtf(document);
 }
 
-/// Writes the texts that are given as options into the item; returns how many.
-int TakeTexts(const Arguments& arguments, CCodeItem& item)
+/// The texts that are given as options. They are read before the library is locked: an input may keep
+/// one waiting.
+using GivenTexts = std::vector<std::pair<const TextField*, QString>>;
+GivenTexts ReadTexts(const Arguments& arguments)
 {
-    int taken = 0;
+    GivenTexts texts;
     for (const TextField& field : TextFields) {
         if (!arguments.Has(NameOf(field)))
             continue;
         QString value = arguments.Value(NameOf(field));
         if (field.Form != TextField::Plain)
             value = RtfFromPlainText(ReadText(value), field.Form == TextField::Code ? CodeFont : NotesFont());
-        (item.*field.Set)(value);
-        ++taken;
+        texts.emplace_back(&field, value);
     }
-    return taken;
+    return texts;
+}
+
+void TakeTexts(const GivenTexts& texts, CCodeItem& item)
+{
+    for (const auto& [field, text] : texts)
+        (item.*field->Set)(text);
 }
 
 /// The language that an item's code or, if it has none, its usage names; empty: the library's.
@@ -238,23 +245,28 @@ int Show(const QStringList& words)
     return 0;
 }
 
+// A change reads, checks and writes in one transaction, so that nothing happens to the library in between.
+
 int Add(const QStringList& words)
 {
     const Arguments arguments(words, WithTextOptions({{"parent", "id"}, {"language", "name"}}), 1);
     if (arguments.Value(u"title"_s).isEmpty())
         throw UsageError{u"--title is missing."_s};
     const qint64 parent = arguments.IdOption(u"parent"_s);
+    const GivenTexts texts = ReadTexts(arguments);
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
+    Transaction transaction(*database);
     if (parent != 0)
         RequireItem(*database, parent);
     RefuseReservedTitle(arguments.Value(u"title"_s), parent);
     CCodeItem item;
     item.Initialise(*database, {});
     item.SetParentKey(QString::number(parent));
-    TakeTexts(arguments, item);
+    TakeTexts(texts, item);
     TakeLanguage(arguments, item, {});
     if (!item.Commit())
         return 1;
+    transaction.Commit();
     if (arguments.Json())
         Print(QJsonObject{{u"id"_s, item.Key().toLongLong()}});
     else
@@ -265,18 +277,24 @@ int Add(const QStringList& words)
 int Set(const QStringList& words)
 {
     const Arguments arguments(words, WithTextOptions({{"language", "name"}}), 2);
+    const GivenTexts texts = ReadTexts(arguments);
+    if (texts.empty() && !arguments.Has(u"language"_s))
+        throw UsageError{u"Nothing to set: --title, --description, --info, --code, --usage, --notes or --language."_s};
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
+    Transaction transaction(*database);
     RequireItem(*database, arguments.Id(1));
     CCodeItem item;
     item.Initialise(*database, QString::number(arguments.Id(1)));
     const QString language = LanguageOf(item);
-    if (TakeTexts(arguments, item) == 0 && !arguments.Has(u"language"_s))
-        throw UsageError{u"Nothing to set: --title, --description, --info, --code, --usage, --notes or --language."_s};
+    TakeTexts(texts, item);
     TakeLanguage(arguments, item, language);
     if (arguments.Has(u"title"_s))
         RefuseReservedTitle(item.Title(), item.ParentKey().toLongLong());
     item.SetItemChanged(true);
-    return item.Commit() ? 0 : 1;
+    if (!item.Commit())
+        return 1;
+    transaction.Commit();
+    return 0;
 }
 
 int Move(const QStringList& words)
@@ -300,14 +318,20 @@ int Keep(const QStringList& words)
     const Arguments arguments(words, {}, 2);
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
     const qint64 id = arguments.Id(1);
+    Transaction transaction(*database);
     RequireItem(*database, id);
     CCodeItem item;
     item.Initialise(*database, QString::number(id));
+    if (item.ReadFailed())
+        return 1; // which has been reported
     if (!item.LastChanged().IsNone())
         throw RuntimeError(ErrorNumber::ValueNotAllowed,
                            u"The item %1 does not wait for removal; nothing was changed."_s.arg(id), u"Keep"_s);
     item.SetItemChanged(true);
-    return item.Commit() ? 0 : 1;
+    if (!item.Commit())
+        return 1;
+    transaction.Commit();
+    return 0;
 }
 
 int RemoveDeleted(const QStringList& words)

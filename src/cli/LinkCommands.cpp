@@ -24,10 +24,13 @@ std::unique_ptr<CCodeItem> OpenItem(Database& database, qint64 id)
 }
 
 /// Writes the changed links; 1 when that failed, which has been reported.
-int CommitLinks(CCodeItem& item)
+int CommitLinks(CCodeItem& item, Transaction& transaction)
 {
     item.SetLinksChanged(true);
-    return item.Commit() ? 0 : 1;
+    if (!item.Commit())
+        return 1;
+    transaction.Commit();
+    return 0;
 }
 
 QString DirectionText(LinkDirection direction)
@@ -44,6 +47,7 @@ int Link(const QStringList& words)
     const qint64 other = arguments.Id(2);
     if (arguments.Id(1) == other)
         throw UsageError{u"An item can be linked with another item only."_s};
+    Transaction transaction(*database);
     const auto item = OpenItem(*database, arguments.Id(1));
     OpenItem(*database, other);
     const QString key = CLinks::KeyOf(other);
@@ -61,7 +65,7 @@ int Link(const QStringList& words)
     if (arguments.Has(u"note"_s))
         link->Note = arguments.Value(u"note"_s);
     link->DirtyFlag = true;
-    return CommitLinks(*item);
+    return CommitLinks(*item, transaction);
 }
 
 int Links(const QStringList& words)
@@ -94,6 +98,7 @@ int Unlink(const QStringList& words)
     if (!remains.contains(side))
         throw UsageError{u"Unknown side '%1': left, right or both."_s.arg(side)};
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
+    Transaction transaction(*database);
     const auto item = OpenItem(*database, arguments.Id(1));
     const std::shared_ptr<CLink> link = item->Links().Item(CLinks::KeyOf(arguments.Id(2)));
     if (!link)
@@ -103,7 +108,7 @@ int Unlink(const QStringList& words)
         throw RuntimeError(ErrorNumber::InvalidCall, u"The link has one side only; nothing was changed."_s, u"unlink"_s);
     link->Direction = remains[side];
     link->DirtyFlag = true;
-    return CommitLinks(*item);
+    return CommitLinks(*item, transaction);
 }
 
 } // namespace qb::cli

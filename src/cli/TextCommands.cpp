@@ -36,33 +36,67 @@ QString Colorized(CTextFormat& format, const QString& stored)
     return box.TextRTF();
 }
 
+struct ItemTexts {
+    QString Code;
+    QString Usage;
+    bool operator==(const ItemTexts&) const = default;
+};
+
+ItemTexts TextsOf(CCodeItem& item)
+{
+    return {item.Code(), item.Example()};
+}
+
+/// Long texts take seconds, in which others may work: the library is locked when the colours are there.
+/// False when the item has got other texts in the meantime.
+bool SaveColours(Database& database, qint64 id, const ItemTexts& texts, const ItemTexts& coloured)
+{
+    Transaction transaction(database);
+    RequireItem(database, id);
+    CCodeItem item;
+    item.Initialise(database, QString::number(id));
+    if (item.ReadFailed() || TextsOf(item) != texts)
+        return false;
+    item.SetCode(coloured.Code);
+    item.SetExample(coloured.Usage);
+    item.SetItemChanged(true);
+    if (!item.Commit())
+        return false;
+    transaction.Commit();
+    return true;
+}
+
 int ColorizeItem(const Arguments& arguments)
 {
+    constexpr int Tries = 20;
     const bool save = arguments.Has(u"save"_s);
     const auto database = OpenLibrary(arguments.Positional(0), save ? DBEngine::Access::ReadWrite : DBEngine::Access::ReadOnly);
     const qint64 id = arguments.Id(1);
-    RequireItem(*database, id);
     CTextFormat format;
     format.ColorizeInit(*database);
-    CCodeItem item;
-    item.Initialise(*database, QString::number(id));
-    const QString language = LanguageInRtf(item.Code());
-    format.SetItemLanguage(language.isEmpty() ? LanguageInRtf(item.Example()) : language);
-    const QString code = Colorized(format, item.Code());
-    const QString usage = Colorized(format, item.Example());
-    if (HandledErrorCount() > 0)
-        return 1;
-    if (!save) {
-        if (arguments.Json())
-            Print(QJsonObject{{u"id"_s, id}, {u"code"_s, code}, {u"usage"_s, usage}});
-        else
-            Print(code);
-        return 0;
+    for (int i = 0; i < Tries; ++i) {
+        RequireItem(*database, id);
+        CCodeItem item;
+        item.Initialise(*database, QString::number(id));
+        const ItemTexts texts = TextsOf(item);
+        const QString language = LanguageInRtf(texts.Code);
+        format.SetItemLanguage(language.isEmpty() ? LanguageInRtf(texts.Usage) : language);
+        const ItemTexts coloured{Colorized(format, texts.Code), Colorized(format, texts.Usage)};
+        if (HandledErrorCount() > 0)
+            return 1;
+        if (!save) {
+            if (arguments.Json())
+                Print(QJsonObject{{u"id"_s, id}, {u"code"_s, coloured.Code}, {u"usage"_s, coloured.Usage}});
+            else
+                Print(coloured.Code);
+            return 0;
+        }
+        if (SaveColours(*database, id, texts, coloured))
+            return 0;
+        if (HandledErrorCount() > 0)
+            return 1;
     }
-    item.SetCode(code);
-    item.SetExample(usage);
-    item.SetItemChanged(true);
-    return item.Commit() ? 0 : 1;
+    throw RuntimeError(ErrorNumber::InUse, u"The item %1 is changed all the time; nothing was coloured."_s.arg(id), u"colorize"_s);
 }
 
 int ColorizeFile(const Arguments& arguments)

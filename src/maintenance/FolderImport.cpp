@@ -174,13 +174,15 @@ FolderImportResult ImportFolder(Database& database, const QString& folder, const
         throw RuntimeError(ErrorNumber::FileNotFound,
                            u"'%1' is not a folder; nothing was changed."_s.arg(QDir::toNativeSeparators(folder)), Procedure);
     if (options.Parent != 0)
-        RequireItem(database, options.Parent);
+        RequireItem(database, options.Parent); // before a long look at the folder
     if (!QFileInfo(folder).isReadable() || !QFileInfo(folder).isExecutable())
         throw RuntimeError(ErrorNumber::PathAccess,
                            u"The folder '%1' can't be read; nothing was changed."_s.arg(QDir::toNativeSeparators(folder)), Procedure);
     std::vector<SkippedFile> skipped;
     const SourceFolder root = Survey(options.Globs, skipped).Read(QDir::cleanPath(folder), TitleOfFolder(folder));
     Transaction transaction(database);
+    if (options.Parent != 0)
+        RequireItem(database, options.Parent);
     const FolderImportResult result = Import(database, options, root.FileCount(), std::move(skipped)).Run(root);
     transaction.Commit();
     return result;

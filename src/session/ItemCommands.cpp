@@ -136,6 +136,9 @@ void ItemCommands::AddUnder(TreeNode& parent)
         const bool pureLink = m_session.Mode == LinkMode::OneWayNewTo && Asked(u"Are you creating a 'pure link item'?"_s, u"Pure Link Item?"_s);
         const QString title = pureLink ? m_session.oCodeItem->Title() + u" (LINK)"_s : u"New Code item"_s;
         auto item = std::make_unique<CCodeItem>();
+        Transaction transaction(*m_session.CurrentDatabase);
+        if (!parent.IsRoot())
+            RequireItem(*m_session.CurrentDatabase, parent.Id); // another program may have deleted it
         item->Initialise(*m_session.CurrentDatabase, {});
         item->SetTitle(title);
         if (pureLink)
@@ -147,6 +150,7 @@ void ItemCommands::AddUnder(TreeNode& parent)
             ShowSelected(); // as it is stored
             return;
         }
+        transaction.Commit();
         if (!parent.IsRoot())
             m_view.Nodes().SetImages(parent, TreeImage::FOLDER, TreeImage::FOLDER);
         TreeNode& node = m_view.Nodes().Insert(item->Key().toLongLong(), title, TreeImage::CHILD, parent);
@@ -363,10 +367,13 @@ bool ItemCommands::CheckIfToDeleteOrphanedItemsFolder()
 {
     return Guarded(ModuleName, u"CheckIfToDeleteOrphanedItemsFolder"_s, [this] {
         Database& database = *m_session.CurrentDatabase;
+        Transaction transaction(database); // nothing is put into the folder in between
         const qint64 folder
             = database.QueryValue(u"SELECT ID FROM Items WHERE ParentID = 0 AND Title = ? COLLATE BINARY"_s, {OrphanedItemsTitle}).ToLong();
         if (folder == 0 || !database.QueryValue(u"SELECT 1 FROM Items WHERE ParentID = ? LIMIT 1"_s, {folder}).IsNull())
             return false;
+        database.Execute(u"DELETE FROM Items WHERE ID = ?"_s, {folder});
+        transaction.Commit();
         if (m_session.moSettings->DisplaySynchroNotifications()) {
             QString text = u"All orphaned items has either been moved or deleted from the database. The 'Orphaned Items' folder "
                            "will be automaticaly removed."_s;
@@ -376,7 +383,6 @@ bool ItemCommands::CheckIfToDeleteOrphanedItemsFolder()
                              "menu or use the red arrows on the toolbar to move to these problem items one after another.\n"_s);
             Inform(text, u"No other orphaned items present"_s);
         }
-        database.Execute(u"DELETE FROM Items WHERE ID = ?"_s, {folder});
         if (TreeNode* node = m_view.Nodes().Find(folder))
             m_view.RemoveNode(*node);
         return true;

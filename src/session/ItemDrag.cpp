@@ -108,8 +108,14 @@ bool ItemDrag::MoveTo(TreeNode& node, TreeNode& target, bool stamp)
     const bool isCurrent = m_session.oCodeItem && m_session.oCodeItem->Key() == QString::number(node.Id);
     if (isCurrent && !m_commands.SaveItem())
         return false;
+    Database& database = *m_session.CurrentDatabase;
+    Transaction transaction(database); // others may have moved or deleted either of them
+    if (!target.IsRoot())
+        RequireItem(database, target.Id);
+    if (IsInBranch(database, node.Id, target.Id))
+        throw RuntimeError(ErrorNumber::NodeCycle, u"The item '%1' can't be moved below itself; nothing was changed."_s.arg(node.Text), ModuleName);
     CCodeItem item;
-    item.Initialise(*m_session.CurrentDatabase, QString::number(node.Id));
+    item.Initialise(database, QString::number(node.Id));
     item.SetParentKey(QString::number(target.Id));
     item.SetDontUpdateLastChangedDate(!stamp);
     item.SetItemChanged(true);
@@ -117,6 +123,7 @@ bool ItemDrag::MoveTo(TreeNode& node, TreeNode& target, bool stamp)
         m_session.CurrentItemKey.clear(); // it is shown anew: what the panel holds is of the time before
     if (!item.Commit())
         return false;
+    transaction.Commit();
     m_view.Nodes().Move(node, target);
     if (!target.IsRoot())
         m_view.Nodes().SetImages(target, target.Image, TreeImage::OPENFOLDER); // its image stays, deliberately

@@ -3,6 +3,7 @@
 #include "platform/dao/Database.h"
 #include "platform/system/Clock.h"
 #include "store/CCodeItem.h"
+#include "store/ItemBranch.h"
 #include "store/SessionValues.h"
 #include "support/ErrorRoutine.h"
 
@@ -51,6 +52,10 @@ qint64 CCodeItem::MotherRecordOf(qint64 item) const
 /// Adds the row that leads from one item to the other; returns its ID.
 qint64 CCodeItem::InsertLinkRow(qint64 from, qint64 to, const QString& note)
 {
+    for (const qint64 end : {from, to}) {
+        if (end == RowKey() || !Session().IsChildReplica) // another program may have deleted it since
+            RequireItem(Library(), end);
+    }
     const Date now = Clock::Now();
     Recordset row = Library().OpenRecordset(u"ItemLinks"_s, u"ID = 0"_s);
     row.AddNew();
@@ -90,7 +95,10 @@ CCodeItem::LinkChange CCodeItem::UpdateLink(const CLink& link)
     const qint64 own = RowKey();
     const qint64 other = link.LinkedItemId;
     const auto writeNote = [&] {
-        Library().Execute(u"UPDATE ItemLinks SET Note = ?, DateUpdated = ? WHERE ID = ?"_s, {NoteText(link.Note), Clock::Now(), link.ID});
+        const qint64 written = Library().Execute(u"UPDATE ItemLinks SET Note = ?, DateUpdated = ? WHERE ID = ?"_s,
+                                                 {NoteText(link.Note), Clock::Now(), link.ID});
+        if (written == 0) // another program has removed it since
+            InsertLinkRow(own, other, link.Note);
     };
     const bool leads = link.Direction == LinkDirection::Left || link.Direction == LinkDirection::Both;
     const bool leadsBack = link.Direction == LinkDirection::Right || link.Direction == LinkDirection::Both;

@@ -61,10 +61,10 @@ bool IsInBranch(Database& database, qint64 id, qint64 candidate)
 
 void DeleteBranch(Database& database, qint64 id, const std::function<void(int)>& progress)
 {
-    RequireItem(database, id);
     StoredFileDeletion files;
     int done = 0;
     Transaction transaction(database);
+    RequireItem(database, id);
     const std::vector<qint64> branch = BranchOf(database, id);
     for (const qint64 item : branch) {
         for (const qint64 file : StoredFilesOf(database, item))
@@ -108,8 +108,9 @@ std::vector<qint64> RemoveItemsMarkedForDelete(Database& database)
     return items;
 }
 
-void MoveItem(Database& database, qint64 id, qint64 parent)
+void MoveItem(Database& database, qint64 id, qint64 parent, bool stamp)
 {
+    Transaction transaction(database); // two moves at a time could make a cycle
     RequireItem(database, id);
     if (parent != 0)
         RequireItem(database, parent);
@@ -120,8 +121,10 @@ void MoveItem(Database& database, qint64 id, qint64 parent)
     item.Initialise(database, QString::number(id));
     RefuseReservedTitle(item.Title(), parent);
     item.SetParentKey(QString::number(parent));
+    item.SetDontUpdateLastChangedDate(!stamp);
     item.SetItemChanged(true);
     CommitOrRaise(item, u"The item %1 could not be moved; nothing was changed."_s.arg(id));
+    transaction.Commit();
 }
 
 void RefuseReservedTitle(const QString& title, qint64 parent)

@@ -34,10 +34,10 @@ std::vector<qint64> RemoveItemsMarkedForDelete(Database& database);
 /// leaves without a parent.
 inline const QString OrphanedItemsTitle = QStringLiteral("Orphaned Items");
 
-/// Puts an item, with everything below it, under another parent (0: the root) and stamps it as
-/// changed. Raises an error, with the library as it was, when there is no such item or parent,
+/// Puts an item, with everything below it, under another parent (0: the root) and, with @p stamp, stamps
+/// it as changed. Raises an error, with the library as it was, when there is no such item or parent,
 /// when the parent stands below the item, or the place is reserved.
-void MoveItem(Database& database, qint64 id, qint64 parent);
+void MoveItem(Database& database, qint64 id, qint64 parent, bool stamp = true);
 
 /// Raises an error when an item of that title must not be put under @p parent.
 void RefuseReservedTitle(const QString& title, qint64 parent);

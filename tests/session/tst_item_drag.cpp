@@ -37,6 +37,24 @@ private Q_SLOTS:
         QVERIFY(!s->Drag.IsDragging());
     }
 
+    /// The tree shows the library as it was when it was opened.
+    void moveThatAnotherProgramHasMadeImpossible_isRefused_data()
+    {
+        QTest::addColumn<QString>("elsewhere");
+        QTest::newRow("the target stands below the item") << u"UPDATE Items SET ParentID = 1 WHERE Title = 'b'"_s;
+        QTest::newRow("the target is gone") << u"DELETE FROM Items WHERE Title = 'b'"_s;
+    }
+    void moveThatAnotherProgramHasMadeImpossible_isRefused()
+    {
+        QFETCH(QString, elsewhere);
+        Fill();
+        s->State.CurrentDatabase->Execute(elsewhere);
+        s->Script.ExpectError();
+        QVERIFY(!Drag(u"a"_s, u"b"_s));
+        QCOMPARE(ParentOf(u"a"_s), 0);
+        QCOMPARE(s->Node(u"a"_s).Parent, s->View.Nodes().Root());
+    }
+
     void itemDraggedToTheRoot_standsLastThere()
     {
         Fill();
