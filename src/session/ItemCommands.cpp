@@ -49,6 +49,10 @@ ItemCommands::ItemCommands(SessionState& session, ItemTreeView& view, ItemDetail
 {
     m_tree.SaveItem = [this] { return SaveItem(); };
     m_details.KeepingDeletedRecord = [this](const QString& id) { KeepingDeletedRecord(id); };
+    m_details.TitleTaken = [this](const QString& id, const QString& title) {
+        if (TreeNode* node = m_view.Nodes().Find(id.toLongLong()))
+            m_view.Nodes().SetText(*node, title);
+    };
 }
 
 // Saving

@@ -54,6 +54,8 @@ public:
     void TakeTheirs(const ForeignChange& change);
     /// The object says what it said, which is a change of what stands in the row now.
     void KeepOwn(const ForeignChange& change) { m_cells[change.Column].Read = change.Theirs; }
+    /// What was changed of a column here is dropped.
+    void Discard(size_t column) { m_cells[column].Own = m_cells[column].Read; }
     const Value& OwnValue(size_t column) const { return m_cells[column].Own; }
     const Value& ReadValue(size_t column) const { return m_cells[column].Read; }
 

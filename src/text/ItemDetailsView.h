@@ -58,6 +58,8 @@ public:
 
     /// An item that waited for removal was saved, and so kept.
     std::function<void(const QString& id)> KeepingDeletedRecord;
+    /// While an item was saved it took the title that another program had given it.
+    std::function<void(const QString& id, const QString& title)> TitleTaken;
 };
 
 } // namespace qb

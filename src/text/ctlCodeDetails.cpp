@@ -5,6 +5,7 @@
 #include "platform/system/Prompts.h"
 #include "platform/system/Shell.h"
 #include "store/CCodeItem.h"
+#include "store/ItemMerge.h"
 #include "store/SessionValues.h"
 #include "support/ErrorRoutine.h"
 #include "support/ui/Icons.h"
@@ -274,11 +275,10 @@ void ctlCodeDetails::Initialise(Database* database, CCodeItem* item)
     }
     m_recovery.emplace(database->Name());
     m_shownState = item->LastChanged();
-    m_title->setText(item->Title());
-    const QString description = item->Description();
-    m_description->setText(description);
-    m_description->setVisible(!description.isEmpty());
-    ShowTexts();
+    m_database = database;
+    ShowHeader();
+    for (const Text text : {CodeText, NotesText, UsageText})
+        ShowText(text);
     if (ctlFileDetails1)
         ctlFileDetails1->Initialise(*database, item->Key());
     ShowLockedState();
@@ -289,10 +289,21 @@ void ctlCodeDetails::Initialise(Database* database, CCodeItem* item)
     Q_EMIT CurrentViewChanged();
 }
 
-void ctlCodeDetails::ShowTexts()
+void ctlCodeDetails::ShowText(Text text)
 {
-    ShowCode();
-    rtbNotes->SetTextRTF(m_item->Notes());
+    if (text == NotesText)
+        rtbNotes->SetTextRTF(m_item->Notes());
+    else
+        ShowCode(text);
+}
+
+/// What is shown of the item beside its texts.
+void ctlCodeDetails::ShowHeader()
+{
+    m_title->setText(m_item->Title());
+    const QString description = m_item->Description();
+    m_description->setText(description);
+    m_description->setVisible(!description.isEmpty());
     txtInfo->setPlainText(m_item->Info());
     SetTabEnabled(DetailsTab::Info, !m_item->Info().isEmpty());
 }
@@ -348,17 +359,16 @@ void ctlCodeDetails::BoxChanged(Text text)
 {
     if (m_locked || !m_userChange || !m_item)
         return;
-    static constexpr std::array<DetailsTab, TextCount> tabs{DetailsTab::Code, DetailsTab::Notes, DetailsTab::Usage};
     m_item->SetItemChanged(true);
     m_texts[text].Changed = true;
     m_texts[text].Colorized = m_texts[text].Painted = false;
-    SetTabEnabled(tabs[text], !m_texts[text].Box->IsEmpty());
+    SetTabEnabled(TextTabs[text], !m_texts[text].Box->IsEmpty());
     if (!m_recoveryTimer.isActive())
         m_recoveryTimer.start();
     if (text == NotesText)
         mFT.ReadValues(); // an undo changes looks and moves nothing
     m_findBar->RefreshSoon();
-    Q_EMIT TextChanged(tabs[text]);
+    Q_EMIT TextChanged(TextTabs[text]);
     Q_EMIT EditStateChanged();
 }
 
@@ -400,7 +410,9 @@ bool ctlCodeDetails::SaveItem(bool keep)
         lblColorize->setText(u"Colorizing"_s);
         if (itemChanged && !m_item->DontUpdateLastChangedDate())
             m_item->SetLastChanged(Clock::Now());
-        if (!m_item->Commit())
+        const MergedSave save = SaveMerged(*m_item, *m_database);
+        ShowTaken(save.Taken);
+        if (!save.Saved)
             return false;
         if (linksChanged)
             m_item->ReloadLinks();
@@ -410,6 +422,25 @@ bool ctlCodeDetails::SaveItem(bool keep)
             KeepingDeletedRecord(m_item->Key());
         return true;
     }, false);
+}
+
+/// What another program had written to the item, as it stands in it now.
+void ctlCodeDetails::ShowTaken(const std::vector<size_t>& columns)
+{
+    const QScopedValueRollback userChange(m_userChange, false);
+    const auto isTaken = [&columns](CCodeItem::Column column) { return std::find(columns.begin(), columns.end(), size_t(column)) != columns.end(); };
+    static constexpr std::array<CCodeItem::Column, TextCount> textColumns{CCodeItem::CodeColumn, CCodeItem::NotesColumn, CCodeItem::ExampleColumn};
+    for (const Text text : {CodeText, NotesText, UsageText}) {
+        if (!isTaken(textColumns[text]))
+            continue;
+        m_texts[text].Changed = m_texts[text].Colorized = false;
+        ShowText(text);
+        SetTabEnabled(TextTabs[text], !m_texts[text].Box->IsEmpty());
+    }
+    if (!columns.empty())
+        ShowHeader();
+    if (isTaken(CCodeItem::TitleColumn) && TitleTaken)
+        TitleTaken(m_item->Key(), m_item->Title());
 }
 
 bool ctlCodeDetails::SetItemChanged(bool automatic)

@@ -203,6 +203,7 @@ private:
 
     /// The texts of an item that are edited here.
     enum Text { CodeText, NotesText, UsageText, TextCount };
+    static constexpr std::array<DetailsTab, TextCount> TextTabs{DetailsTab::Code, DetailsTab::Notes, DetailsTab::Usage};
     struct TextState {
         UserTextBox* Box = nullptr;
         bool Changed = false;   ///< edited since the last save
@@ -221,9 +222,10 @@ private:
     void ConnectFormatter();
     void ReadFormat();
     void PointFormatter();
-    void ShowTexts();
-    void ShowCode();
-    void ShowCodeIn(Text text, const QString& rtf);
+    void ShowText(Text text);
+    void ShowHeader();
+    void ShowTaken(const std::vector<size_t>& columns);
+    void ShowCode(Text text);
     void ConnectColours(CodeBox& box);
     void ShowByLanguage(Text text);
     CodeBox& CodeBoxOf(Text text) const;
@@ -249,6 +251,7 @@ private:
 
     CTextFormat mFT;
     QPointer<CCodeItem> m_item;
+    Database* m_database = nullptr; ///< that it lies in
     QStackedWidget* m_pages;
     QLabel* m_title = nullptr;
     QLabel* m_description = nullptr;

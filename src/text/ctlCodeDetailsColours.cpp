@@ -35,21 +35,15 @@ bool HasColours(const RichTextDocument& document)
 
 /// By rules, what is seen is coloured while it is seen, and the box holds a text without colours;
 /// else the box holds the text as it was stored.
-void ctlCodeDetails::ShowCode()
+void ctlCodeDetails::ShowCode(Text text)
 {
     const QString code = m_item->Code();
     const QString usage = m_item->Example();
     const QString language = LanguageInRtf(code);
     mFT.SetItemLanguage(language.isEmpty() ? LanguageInRtf(usage) : language);
-    ShowCodeIn(CodeText, code);
-    ShowCodeIn(UsageText, usage);
-}
-
-void ctlCodeDetails::ShowCodeIn(Text text, const QString& rtf)
-{
     CodeBox& box = CodeBoxOf(text);
     RichText content;
-    content.SetTextRTF(rtf);
+    content.SetTextRTF(text == CodeText ? code : usage);
     m_texts[text].Painted = HasColours(content.Document());
     if (mFT.Rules())
         TakePaintOff(content, HeaderBegin(mFT.CommentIdentifier()));

@@ -9,6 +9,7 @@
 #include "support/frmInfo.h"
 #include "support/frmMsgBox.h"
 #include "support/ui/DialogPrompts.h"
+#include "support/ui/TextChoiceDialog.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>
@@ -16,6 +17,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QProcess>
 #include <QPushButton>
 #include <QRadioButton>
@@ -78,6 +80,38 @@ private Q_SLOTS:
         dialog.SetMessage(QString(1000, u'x').replace(u"xxxxx"_s, u"word "_s));
         dialog.adjustSize();
         QVERIFY(dialog.height() > height);
+    }
+
+    void textChoice_showsBothSidesAndAnswersWithTheButtonPressed_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<ChosenText>("chosen");
+        QTest::newRow("own") << u"cmdOwn"_s << ChosenText::Own;
+        QTest::newRow("theirs") << u"cmdTheirs"_s << ChosenText::Theirs;
+        QTest::newRow("neither") << QString() << ChosenText::Cancel;
+    }
+
+    void textChoice_showsBothSidesAndAnswersWithTheButtonPressed()
+    {
+        QFETCH(QString, button);
+        QFETCH(ChosenText, chosen);
+        WhenShown<TextChoiceDialog>([button](TextChoiceDialog& dialog) {
+            QCOMPARE(dialog.windowTitle(), u"Caption"_s);
+            QCOMPARE(dialog.findChild<QLabel*>(u"lblQuestion"_s)->text(), u"<b>which?</b>"_s);
+            // What differs is selected.
+            QCOMPARE(dialog.findChild<QPlainTextEdit*>(u"txtOwn"_s)->textCursor().selectedText(), u"mine"_s);
+            QCOMPARE(dialog.findChild<QPlainTextEdit*>(u"txtTheirs"_s)->textCursor().selectedText(), u"theirs"_s);
+            TakePicture(dialog, u"text choice"_s);
+            if (button.isEmpty())
+                QTest::keyClick(&dialog, Qt::Key_Escape);
+            else
+                dialog.findChild<QPushButton*>(button)->click();
+        });
+        QCOMPARE(DialogPrompts().ChooseText({.Caption = u"Caption"_s,
+                                             .Text = u"<b>which?</b>"_s,
+                                             .Own = u"one\r\nmine\r\nlast"_s,
+                                             .Theirs = u"one\r\ntheirs\r\nlast"_s}),
+                 chosen);
     }
 
     void messageBox_answersWithTheButtonPressed_data()

@@ -112,6 +112,59 @@ private Q_SLOTS:
         QVERIFY(!Action(u"mnuAutoSaveItem"_s)->isChecked());
     }
 
+    /// Another program writes to the item while it is shown here.
+    void whatAnotherProgramWrote_staysAndIsShown()
+    {
+        Open();
+        ClickOn(0);
+        QTest::keyClicks(Code(), u"mine"_s);
+        Write(u"Title"_s, u"their title"_s);
+        Write(u"Notes"_s, RtfFromPlainText(u"their notes"_s, CodeFont));
+        Action(u"mnuSaveItem"_s)->trigger();
+        QCOMPARE(PlainTextFromRtf(Read(u"Code"_s)), u"mine"_s);
+        QCOMPARE(Read(u"Title"_s), u"their title"_s);
+        QCOMPARE(PlainTextFromRtf(Read(u"Notes"_s)), u"their notes"_s);
+        QCOMPARE(Notes()->Text(), u"their notes"_s);
+        QVERIFY(TabIcon(1));
+        QCOMPARE(m_window->findChild<QLabel*>(u"lblTitle"_s)->text(), u"their title"_s);
+        QCOMPARE(Child(0).data().toString(), u"their title"_s);
+        QVERIFY(m_prompts->Choices.isEmpty());
+        QTest::keyClicks(Notes(), u"x"_s); // what was shown anew is no change of the user's, and can be changed
+        ClickOn(1);
+        QVERIFY(PlainTextFromRtf(Read(u"Notes"_s)).contains(u'x'));
+    }
+
+    void textThatAnotherProgramChangedToo_isAskedFor_data()
+    {
+        QTest::addColumn<ChosenText>("answer");
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("own") << ChosenText::Own << u"mine"_s << u"mine"_s;
+        QTest::newRow("theirs") << ChosenText::Theirs << u"theirs"_s << u"theirs"_s;
+        QTest::newRow("neither") << ChosenText::Cancel << u"theirs"_s << u"mine"_s;
+    }
+    void textThatAnotherProgramChangedToo_isAskedFor()
+    {
+        QFETCH(ChosenText, answer);
+        QFETCH(QString, stored);
+        QFETCH(QString, shown);
+        Open();
+        ClickOn(0);
+        QTest::keyClicks(Code(), u"mine"_s);
+        Write(u"Code"_s, RtfFromPlainText(u"theirs"_s, CodeFont));
+        m_prompts->ExpectTextChoice(answer);
+        Action(u"mnuSaveItem"_s)->trigger();
+        QCOMPARE(m_prompts->Choices[0].Own, u"mine"_s);
+        QCOMPARE(m_prompts->Choices[0].Theirs, u"theirs"_s);
+        QCOMPARE(PlainTextFromRtf(Read(u"Code"_s)), stored);
+        QCOMPARE(Code()->Text(), shown);
+        if (answer == ChosenText::Cancel) { // it is still to be saved
+            m_prompts->ExpectTextChoice(ChosenText::Own);
+            ClickOn(1);
+            QCOMPARE(PlainTextFromRtf(Read(u"Code"_s)), u"mine"_s);
+        }
+    }
+
     void saveButton_savesByOneClickAndSwitchesByTwo()
     {
         Open();

@@ -20,6 +20,11 @@ void ScriptedPrompts::ExpectMsgBox(const QString& caption, MsgBoxResult answer)
     m_script.push_back({.Kind = Step::MsgBoxStep, .Caption = caption, .Answer = answer});
 }
 
+void ScriptedPrompts::ExpectTextChoice(ChosenText answer)
+{
+    m_script.push_back({.Kind = Step::TextChoiceStep, .Caption = u"Changed Twice"_s, .Chosen = answer});
+}
+
 void ScriptedPrompts::ExpectInputBox(const QString& caption, std::optional<QString> answer)
 {
     m_script.push_back({.Kind = Step::InputBoxStep, .Caption = caption, .Text = std::move(answer)});
@@ -55,6 +60,12 @@ MsgBoxResult ScriptedPrompts::MsgBox(const Message& message)
 {
     Messages << message;
     return Next(Step::MsgBoxStep, message.Caption, message.Text).Answer;
+}
+
+ChosenText ScriptedPrompts::ChooseText(const TextChoice& choice)
+{
+    Choices << choice;
+    return Next(Step::TextChoiceStep, choice.Caption, choice.Text).Chosen;
 }
 
 std::optional<QString> ScriptedPrompts::InputBox(const QString& text, const QString& caption, const QString& preset)

@@ -15,18 +15,21 @@ public:
     ~ScriptedPrompts() override;
 
     void ExpectMsgBox(const QString& caption, MsgBoxResult answer = MsgBoxResult::Ok);
+    void ExpectTextChoice(ChosenText answer);
     void ExpectInputBox(const QString& caption, std::optional<QString> answer);
     void ExpectFileNames(const QString& title, const QStringList& answer);
     void ExpectFileName(const QString& title, const QString& answer);
     void ExpectError(bool report = false);
 
     QList<Message> Messages;       ///< that were shown
+    QList<TextChoice> Choices;     ///< of texts
     QStringList InputTexts;        ///< texts of input boxes
     QStringList InputPresets;
     QList<FileQuestion> Questions; ///< file dialogs
     QStringList Errors;            ///< descriptions
 
     MsgBoxResult MsgBox(const Message& message) override;
+    ChosenText ChooseText(const TextChoice& choice) override;
     std::optional<QString> InputBox(const QString& text, const QString& caption, const QString& preset) override;
     QString FileName(const FileQuestion& question) override;
     QStringList FileNames(const FileQuestion& question) override;
@@ -37,11 +40,12 @@ public:
 
 private:
     struct Step {
-        enum { MsgBoxStep, InputBoxStep, FileNameStep, FileNamesStep, ErrorStep } Kind;
+        enum { MsgBoxStep, TextChoiceStep, InputBoxStep, FileNameStep, FileNamesStep, ErrorStep } Kind;
         QString Caption;
         MsgBoxResult Answer = MsgBoxResult::Ok;
         std::optional<QString> Text = {};
         bool Report = false;
+        ChosenText Chosen = ChosenText::Cancel;
         QStringList Files = {};
     };
     Step Next(decltype(Step::Kind) kind, const QString& caption, const QString& text);

@@ -45,6 +45,12 @@ MsgBoxResult SilentPrompts::MsgBox(const Message& message)
     return message.DefaultAnswer();
 }
 
+ChosenText SilentPrompts::ChooseText(const TextChoice& choice)
+{
+    Print(choice.Text);
+    return ChosenText::Cancel;
+}
+
 std::optional<QString> SilentPrompts::InputBox(const QString&, const QString&, const QString&)
 {
     return std::nullopt;

@@ -33,6 +33,15 @@ struct FileQuestion {
     QString Name = {}; ///< proposed for saving
 };
 
+/// Two versions of a text, of which one is to stay.
+struct TextChoice {
+    QString Caption;
+    QString Text; ///< the question
+    QString Own;
+    QString Theirs;
+};
+enum class ChosenText { Own, Theirs, Cancel };
+
 /// A short message that stays on screen until the object goes.
 class Information {
 public:
@@ -46,6 +55,8 @@ public:
     virtual ~Prompts() = default;
 
     virtual MsgBoxResult MsgBox(const Message& message) = 0;
+    /// Shows both versions side by side.
+    virtual ChosenText ChooseText(const TextChoice& choice) = 0;
     /// The text entered, or nothing when the user cancelled.
     virtual std::optional<QString> InputBox(const QString& text, const QString& caption,
                                             const QString& preset) = 0;
@@ -73,6 +84,7 @@ public:
 class SilentPrompts : public Prompts {
 public:
     MsgBoxResult MsgBox(const Message& message) override;
+    ChosenText ChooseText(const TextChoice& choice) override;
     std::optional<QString> InputBox(const QString& text, const QString& caption, const QString& preset) override;
     QString FileName(const FileQuestion& question) override;
     QStringList FileNames(const FileQuestion& question) override;

@@ -3,6 +3,7 @@
 #include "support/frmError.h"
 #include "support/frmInfo.h"
 #include "support/frmMsgBox.h"
+#include "support/ui/TextChoiceDialog.h"
 
 #include <QApplication>
 #include <QFileDialog>
@@ -120,6 +121,14 @@ MsgBoxResult DialogPrompts::MsgBox(const Message& message)
             return pair.Result;
     }
     return message.Buttons == MsgBoxButtons::YesNo ? MsgBoxResult::No : MsgBoxResult::Cancel;
+}
+
+ChosenText DialogPrompts::ChooseText(const TextChoice& choice)
+{
+    const PlainCursor cursor;
+    TextChoiceDialog dialog(choice, QApplication::activeWindow());
+    dialog.exec();
+    return dialog.Chosen();
 }
 
 std::optional<QString> DialogPrompts::InputBox(const QString& text, const QString& caption, const QString& preset)

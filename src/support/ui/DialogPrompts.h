@@ -12,6 +12,7 @@ namespace qb {
 class DialogPrompts : public Prompts {
 public:
     MsgBoxResult MsgBox(const Message& message) override;
+    ChosenText ChooseText(const TextChoice& choice) override;
     std::optional<QString> InputBox(const QString& text, const QString& caption, const QString& preset) override;
     QString FileName(const FileQuestion& question) override;
     QStringList FileNames(const FileQuestion& question) override;
