@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/system/FileReplace.h"
 #include "platform/system/RuntimeError.h"
 
 #include <QByteArray>
@@ -13,11 +14,12 @@ inline QByteArray ReadInput(const QString& name)
 {
     QFile file(name);
     const bool opened = name == QLatin1StringView("-") ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
-    if (!opened)
-        throw RuntimeError(ErrorNumber::FileNotFound,
-                           QStringLiteral("'%1' can't be read: %2; nothing was changed.").arg(name, file.errorString()),
+    QByteArray bytes;
+    const QString reason = opened ? ReadAll(file, bytes) : file.errorString();
+    if (!reason.isEmpty())
+        throw RuntimeError(ErrorNumber::FileNotFound, QStringLiteral("'%1' can't be read: %2; nothing was changed.").arg(name, reason),
                            QStringLiteral("ReadInput"));
-    return file.readAll();
+    return bytes;
 }
 
 } // namespace qb::cli

@@ -2,6 +2,7 @@
 
 #include "platform/richtext/Rtf.h"
 #include "platform/richtext/RtfPlainText.h"
+#include "platform/system/FileReplace.h"
 #include "store/CCodeItem.h"
 #include "store/ItemBranch.h"
 #include "store/ShippedLanguages.h"
@@ -44,7 +45,8 @@ QString TitleOfFolder(const QString& path)
 }
 
 /// Reads the names below a folder as the system has them. What can't be taken in is named in
-/// @p skipped: names that are no text, folders that can't be read, links to folders or to nothing.
+/// @p skipped: names that are no text, links to folders or to nothing. A folder that can't be read is an
+/// error.
 class Survey {
 public:
     Survey(const QStringList& globs, std::vector<SkippedFile>& skipped) : m_globs(globs), m_skipped(skipped) {}
@@ -56,8 +58,10 @@ public:
         for (std::filesystem::directory_iterator entry(QFile::encodeName(path).toStdString(), error), end; !error && entry != end;
              entry.increment(error))
             Take(*entry, folder);
-        if (error)
-            m_skipped.push_back({path, u"it can't be read: "_s + QString::fromLocal8Bit(error.message().c_str())});
+        if (error) // nobody can tell what is missing
+            throw RuntimeError(ErrorNumber::PathAccess,
+                               u"The folder '%1' can't be read: %2; nothing was changed."_s.arg(
+                                   QDir::toNativeSeparators(path), QString::fromLocal8Bit(error.message().c_str())), Procedure);
         std::sort(folder.Files.begin(), folder.Files.end());
         std::sort(folder.Folders.begin(), folder.Folders.end(),
                   [](const SourceFolder& left, const SourceFolder& right) { return left.Title < right.Title; });
@@ -126,9 +130,11 @@ private:
     void TakeFile(const QString& path, qint64 parent)
     {
         QFile file(path);
-        if (!file.open(QIODevice::ReadOnly)) {
-            m_result.Skipped.push_back({path, u"it can't be read: "_s + file.errorString()});
-        } else if (const auto text = DecodeText(file.readAll(), m_options.Fallback)) {
+        QByteArray bytes;
+        const QString reason = file.open(QIODevice::ReadOnly) ? ReadAll(file, bytes) : file.errorString();
+        if (!reason.isEmpty()) {
+            m_result.Skipped.push_back({path, u"it can't be read: "_s + reason});
+        } else if (const auto text = DecodeText(bytes, m_options.Fallback)) {
             AddItem(parent, QFileInfo(path).fileName(), *text, LanguageOf(QFileInfo(path).fileName(), *text));
             ++m_result.Files;
         } else {

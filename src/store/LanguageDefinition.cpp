@@ -182,25 +182,28 @@ LanguageDefinition ReadLanguageFile(const QString& path)
     // The largest that the form can hold: 28 strings of 64 kB, three colours, and rules.
     constexpr qint64 Largest = 28 * (2 + 65535) + 12 + TailHeadSize + LongestRules;
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw RuntimeError(ErrorNumber::PathAccess,
-                           u"The language definition file '%1' can't be read: %2."_s.arg(shown, file.errorString()),
+    QByteArray bytes;
+    const QString why = file.open(QIODevice::ReadOnly) ? ReadAll(file, bytes, Largest) : file.errorString();
+    if (!why.isEmpty())
+        throw RuntimeError(ErrorNumber::PathAccess, u"The language definition file '%1' can't be read: %2."_s.arg(shown, why),
                            u"ReadLanguageFile"_s);
-    return LanguageFromBytes(file.read(Largest));
+    return LanguageFromBytes(bytes);
 }
 
 void WriteLanguageFile(const QString& path, const LanguageDefinition& language)
 {
     QByteArray bytes = BytesOf(language);
     QFile old(path);
-    if (old.open(QIODevice::ReadOnly)) {
-        QByteArray tail = old.readAll().mid(bytes.size());
-        if (tail.startsWith(TailMark)) // of a definition that was here before, and might fit by chance
-            tail[0] = 0;
-        bytes += tail;
-    }
+    QByteArray before;
+    QString why = old.open(QIODevice::ReadOnly) ? ReadAll(old, before) : QString();
     old.close();
-    if (const QString why = ReplaceContents(path, bytes); !why.isEmpty())
+    QByteArray tail = before.mid(bytes.size());
+    if (tail.startsWith(TailMark)) // of a definition that was here before, and might fit by chance
+        tail[0] = 0;
+    bytes += tail;
+    if (why.isEmpty())
+        why = ReplaceContents(path, bytes);
+    if (!why.isEmpty())
         throw RuntimeError(ErrorNumber::PathAccess,
                            u"The language definition file '%1' can't be written: %2."_s.arg(QDir::toNativeSeparators(path), why),
                            u"WriteLanguageFile"_s);

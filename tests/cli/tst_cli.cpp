@@ -116,6 +116,39 @@ private Q_SLOTS:
         QCOMPARE(Cli({u"links"_s, library, u"2"_s}).Out, QString());
     }
 
+    void inputThatCanNotBeRead_emptiesNoText_data()
+    {
+        QTest::addColumn<QString>("input");
+        QTest::newRow("folder") << u"/tmp"_s;
+        QTest::newRow("read error") << u"/proc/self/mem"_s;
+        QTest::newRow("missing") << u"/no/such/file"_s;
+    }
+    void inputThatCanNotBeRead_emptiesNoText()
+    {
+        QFETCH(QString, input);
+        const QString library = NewLibrary();
+        QCOMPARE(Cli({u"add"_s, library, u"--parent"_s, u"0"_s, u"--title"_s, u"A"_s, u"--code"_s, u"-"_s}, "int a;"_ba).Status, 0);
+        const QByteArray before = ReadFile(m_library);
+        for (const QString& text : {u"--code"_s, u"--usage"_s, u"--notes"_s}) {
+            const Outcome outcome = Cli({u"set"_s, library, u"1"_s, text, input});
+            QCOMPARE(outcome.Status, 1);
+            QVERIFY2(outcome.Error.contains(input), qPrintable(outcome.Error));
+        }
+        QCOMPARE(ReadFile(m_library), before);
+    }
+
+    void standardInputThatCanNotBeRead_emptiesNoText()
+    {
+        const QString library = NewLibrary();
+        QCOMPARE(Cli({u"add"_s, library, u"--parent"_s, u"0"_s, u"--title"_s, u"A"_s, u"--code"_s, u"-"_s}, "int a;"_ba).Status, 0);
+        QProcess process;
+        process.setStandardInputFile(u"/proc/self/mem"_s);
+        process.start(qEnvironmentVariable("QUILLBASE_CLI"), {u"set"_s, library, u"1"_s, u"--code"_s, u"-"_s});
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.exitCode(), 1);
+        QCOMPARE(Cli({u"show"_s, library, u"1"_s, u"--field"_s, u"code"_s}).Out, u"int a;"_s);
+    }
+
     // Languages and settings
 
     void language_isShownExportedAndImported()

@@ -2,6 +2,7 @@
 #include "platform/richtext/RtfPlainText.h"
 #include "session/LoadTree.h"
 #include "store/CCodeItem.h"
+#include "support/OrdinaryUser.h"
 #include "support/TestSession.h"
 
 #include <QDir>
@@ -82,6 +83,38 @@ private Q_SLOTS:
     {
         m_library.reset();
         m_home.reset();
+    }
+
+    /// A link to it reads like a file on a broken disk.
+    void fileThatFailsWhileItIsRead_isNamed()
+    {
+        WriteFile(Source(u"good.c"_s), "int x;\n");
+        QVERIFY(QFile::link(u"/proc/self/mem"_s, Source(u"bad.c"_s)));
+        const FolderImportResult result = Import();
+        QCOMPARE(result.Files, 1);
+        QCOMPARE(result.Skipped.size(), 1u);
+        QCOMPARE(result.Skipped[0].Path, Source(u"bad.c"_s));
+        QCOMPARE(Shape(), u"root(Quëllen(good.c))"_s);
+    }
+
+    void folderThatCanNotBeRead_isAnError()
+    {
+        WriteFile(Source(u"good.c"_s), "int x;\n");
+        WriteFile(Source(u"inner/other.c"_s), "int y;\n");
+        QFile::setPermissions(Source(u"inner"_s), {});
+        long number = 0;
+        {
+            QFile::setPermissions(m_home->Path(), QFile::permissions(m_home->Path()) | QFile::ReadGroup | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther);
+            const OrdinaryUser user;
+            try {
+                Import();
+            } catch (const RuntimeError& error) {
+                number = error.Number();
+            }
+        }
+        QFile::setPermissions(Source(u"inner"_s), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QCOMPARE(number, 75);
+        QCOMPARE(Shape(), u"root"_s);
     }
 
     void folder_becomesABranch()

@@ -78,6 +78,11 @@ private Q_SLOTS:
         QCOMPARE(BytesOf(language), Definition("", ""));
     }
 
+    void fileThatFailsWhileItIsRead_isNoEmptyLanguage()
+    {
+        QB_VERIFY_RAISES(ReadLanguageFile(u"/proc/self/mem"_s), 75);
+    }
+
     void whatTheRecordCantHold_isRefused_data()
     {
         QTest::addColumn<LanguageDefinition>("language");

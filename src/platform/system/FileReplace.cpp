@@ -94,6 +94,23 @@ QString WriteAll(QFile& file, const char* bytes, qint64 length)
     return {};
 }
 
+QString ReadAll(QFile& file, QByteArray& bytes, qint64 most)
+{
+    constexpr qint64 Piece = 1 << 20;
+    bytes.clear();
+    while (bytes.size() < most) { // what a size promises is not always there, and the other way round
+        const qsizetype before = bytes.size();
+        bytes.resize(before + qsizetype(qMin(Piece, most - before)));
+        const qint64 count = file.read(bytes.data() + before, bytes.size() - before);
+        bytes.resize(before + qsizetype(qMax(count, qint64(0))));
+        if (count < 0 || file.error() != QFileDevice::NoError)
+            return file.errorString();
+        if (count == 0)
+            break;
+    }
+    return {};
+}
+
 QString InterimName(const QString& target)
 {
     const QFileInfo info(target);

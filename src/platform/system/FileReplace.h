@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <limits>
 
 class QFile;
 
@@ -24,6 +25,10 @@ QString ReplaceContents(const QString& path, const QByteArray& bytes);
 /// Writes all of @p length bytes to a file without a buffer. Returns why that could not be done, in the
 /// system's words; empty on success.
 QString WriteAll(QFile& file, const char* bytes, qint64 length);
+
+/// Reads a file that is open to its end into @p bytes, or @p most of it. Returns why that could not be
+/// done, in the system's words; empty on success. A read that fails must not pass for an empty file.
+QString ReadAll(QFile& file, QByteArray& bytes, qint64 most = std::numeric_limits<qint64>::max());
 
 /// A name beside @p target, for what will be moved there when it is complete; no other file or
 /// process has it.
