@@ -19,12 +19,12 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// The row of a stored file; raises an error when there is none.
-CFileObject OpenFile(Database& database, qint64 id)
+std::unique_ptr<CFileObject> OpenFile(Database& database, qint64 id)
 {
     if (database.QueryValue(u"SELECT 1 FROM Files WHERE ID = ?"_s, {id}).IsNull())
         throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no stored file %1; nothing was changed."_s.arg(id), u"files"_s);
-    CFileObject file;
-    file.Initialise(database, QString::number(id));
+    auto file = std::make_unique<CFileObject>();
+    file->Initialise(database, QString::number(id));
     return file;
 }
 
@@ -69,10 +69,9 @@ int Attach(const QStringList& words)
     for (int i = 2; i < arguments.Count(); ++i)
         files << arguments.Positional(i);
     const FileImportPlan plan = options.Option == ImportOption::AsTheyAre ? FileImportPlan{files, {}} : PlanFileImport(files);
-    const FileImportResult result = ImportStoredFiles(*database, QString::number(item), plan, options);
-    for (const QString& key : result.Keys)
-        Print(key + u'\n');
-    return result.Complete ? 0 : 1; // what was wrong has been reported
+    options.Whole = true;
+    options.BeforeCommit = [](const QStringList& keys) { Print(keys.join(u'\n') + u'\n'); };
+    return ImportStoredFiles(*database, QString::number(item), plan, options).Complete ? 0 : 1; // what was wrong has been reported
 }
 
 int Files(const QStringList& words)
@@ -81,7 +80,11 @@ int Files(const QStringList& words)
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadOnly);
     QJsonArray all;
     for (const qint64 id : StoredFilesOf(*database, arguments.Id(1))) {
-        CFileObject file = OpenFile(*database, id);
+        const std::unique_ptr<CFileObject> opened = OpenFile(*database, id);
+        CFileObject& file = *opened;
+        file.Title();
+        if (file.ReadFailed())
+            return 1; // which has been reported
         if (arguments.Json())
             all.append(QJsonObject{{u"id"_s, id},
                                    {u"title"_s, file.Title()},
@@ -101,9 +104,13 @@ int Extract(const QStringList& words)
 {
     const Arguments arguments(words, {}, 3);
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadOnly);
-    CFileObject file = OpenFile(*database, arguments.Id(1));
+    const std::unique_ptr<CFileObject> opened = OpenFile(*database, arguments.Id(1));
+    CFileObject& file = *opened;
+    const QString title = file.Title();
+    if (file.ReadFailed())
+        return 1; // which has been reported
     const QFileInfo target(arguments.Positional(2));
-    const QString path = target.isDir() ? target.absoluteFilePath() + u'/' + file.Title() : target.absoluteFilePath();
+    const QString path = target.isDir() ? target.absoluteFilePath() + u'/' + title : target.absoluteFilePath();
     return file.SaveToFile2(path).isEmpty() ? 1 : 0;
 }
 
@@ -111,9 +118,9 @@ int Detach(const QStringList& words)
 {
     const Arguments arguments(words, {}, 2);
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
-    CFileObject file = OpenFile(*database, arguments.Id(1));
-    file.Delete();
-    return file.Commit() ? 0 : 1;
+    const std::unique_ptr<CFileObject> file = OpenFile(*database, arguments.Id(1));
+    file->Delete();
+    return file->Commit() ? 0 : 1;
 }
 
 } // namespace qb::cli

@@ -214,6 +214,9 @@ int Show(const QStringList& words)
     RequireItem(*database, arguments.Id(1));
     CCodeItem item;
     item.Initialise(*database, QString::number(arguments.Id(1)));
+    item.Title();
+    if (item.ReadFailed())
+        return 1; // which has been reported
     const Printing as = arguments.Has(u"rtf"_s) ? Printing::Rtf : arguments.Has(u"raw"_s) ? Printing::Stored : Printing::PlainText;
     if (field != std::end(TextFields) && !arguments.Json()) {
         const QString text = PrintedField(*field, item, as);
@@ -266,11 +269,12 @@ int Add(const QStringList& words)
     TakeLanguage(arguments, item, {});
     if (!item.Commit())
         return 1;
-    transaction.Commit();
+    // Before the commit: whoever is not told of the item must not get one.
     if (arguments.Json())
         Print(QJsonObject{{u"id"_s, item.Key().toLongLong()}});
     else
         Print(item.Key() + u'\n');
+    transaction.Commit();
     return 0;
 }
 
@@ -341,11 +345,13 @@ int RemoveDeleted(const QStringList& words)
     if (!Session().IsMotherReplica)
         throw RuntimeError(ErrorNumber::ValueNotAllowed,
                            u"Only a mother library has items that its children have deleted; nothing was changed."_s, u"RemoveDeleted"_s);
+    Transaction transaction(*database);
     const std::vector<qint64> removed = RemoveItemsMarkedForDelete(*database);
     if (arguments.Json())
         Print(QJsonObject{{u"removed"_s, qint64(removed.size())}});
     else
         Print(u"%1 items removed\n"_s.arg(removed.size()));
+    transaction.Commit();
     return 0;
 }
 

@@ -42,7 +42,9 @@ public:
         m_timer.restart();
         std::fprintf(stderr, terminal ? "\r%d of %d files" : "%d of %d files\n", done, total);
         std::fflush(stderr);
-        m_shown = terminal;
+        m_shown = terminal && done < total;
+        if (terminal && done >= total)
+            std::fputs("\n", stderr);
     }
 
 private:
@@ -83,6 +85,21 @@ FallbackEncoding FallbackOf(const Arguments& arguments)
     if (name == u"windows-1252"_s)
         return FallbackEncoding::Windows1252;
     throw UsageError{u"Unknown encoding '%1': utf-8, latin1 or windows-1252."_s.arg(name)};
+}
+
+void PrintImport(const FolderImportResult& result, bool json)
+{
+    QJsonArray skipped;
+    for (const SkippedFile& file : result.Skipped) {
+        skipped.append(QJsonObject{{u"path"_s, file.Path}, {u"reason"_s, file.Reason}});
+        if (!json)
+            Complain(u"skipped: %1: %2"_s.arg(QDir::toNativeSeparators(file.Path), file.Reason));
+    }
+    if (json)
+        Print(QJsonObject{{u"id"_s, result.RootItem}, {u"folders"_s, result.Folders}, {u"files"_s, result.Files}, {u"skipped"_s, skipped}});
+    else
+        Print(u"%1 files in %2 folders imported below item %3, %4 skipped\n"_s.arg(result.Files).arg(result.Folders).arg(
+            result.RootItem).arg(result.Skipped.size()));
 }
 
 QString KindOf(const ReplicaState& state)
@@ -147,26 +164,13 @@ int ImportFolderCommand(const QStringList& words)
     options.Fallback = FallbackOf(arguments);
     options.NamesLanguages = !arguments.Has(u"library-language"_s);
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
-    FolderImportResult result;
-    {
-        ProgressLine line;
-        options.Progress = [&line](int done, int total) {
-            line.Show(done, total);
-            return true;
-        };
-        result = ImportFolder(*database, arguments.Positional(1), options);
-    }
-    QJsonArray skipped;
-    for (const SkippedFile& file : result.Skipped) {
-        skipped.append(QJsonObject{{u"path"_s, file.Path}, {u"reason"_s, file.Reason}});
-        if (!arguments.Json())
-            Complain(u"skipped: %1: %2"_s.arg(QDir::toNativeSeparators(file.Path), file.Reason));
-    }
-    if (arguments.Json())
-        Print(QJsonObject{{u"id"_s, result.RootItem}, {u"folders"_s, result.Folders}, {u"files"_s, result.Files}, {u"skipped"_s, skipped}});
-    else
-        Print(u"%1 files in %2 folders imported below item %3, %4 skipped\n"_s.arg(result.Files).arg(result.Folders).arg(
-            result.RootItem).arg(result.Skipped.size()));
+    options.BeforeCommit = [&arguments](const FolderImportResult& result) { PrintImport(result, arguments.Json()); };
+    ProgressLine line;
+    options.Progress = [&line](int done, int total) {
+        line.Show(done, total);
+        return true;
+    };
+    ImportFolder(*database, arguments.Positional(1), options);
     return 0;
 }
 

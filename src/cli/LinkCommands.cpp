@@ -20,6 +20,9 @@ std::unique_ptr<CCodeItem> OpenItem(Database& database, qint64 id)
         throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no item %1; nothing was changed."_s.arg(id), u"link"_s);
     auto item = std::make_unique<CCodeItem>();
     item->Initialise(database, QString::number(id));
+    item->Links();
+    if (item->ReadFailed())
+        throw RuntimeError(ErrorNumber::NoCurrentRecord, u"The item %1 can't be read; nothing was changed."_s.arg(id), u"link"_s);
     return item;
 }
 

@@ -1,6 +1,7 @@
 #include "cli/Arguments.h"
 #include "cli/CommandTable.h"
 #include "cli/Output.h"
+#include "platform/system/Prompts.h"
 #include "platform/system/RuntimeError.h"
 #include "support/Version.h"
 
@@ -43,6 +44,24 @@ constexpr CommandEntry Table[] = {
     {"settings", "list | get NAME | set NAME VALUE [--library LIB]", "the user's settings, and those of a library", Settings},
     {"rtf2text", "FILE|-", "the plain text of an RTF file", RtfToText},
     {"check", "LIB", "look for damage, lost items and missing files", Check},
+};
+
+/// Notices that an error was reported on the way.
+class CliPrompts : public qb::SilentPrompts {
+public:
+    CliPrompts() : m_before(SetCurrent(this)) {}
+    ~CliPrompts() override { SetCurrent(m_before); }
+    bool ShowError(const QString& description) override
+    {
+        m_failed = true;
+        return SilentPrompts::ShowError(description);
+    }
+    /// No command is done that has reported an error.
+    int Status(int status) const { return status == 0 && m_failed ? 1 : status; }
+
+private:
+    Prompts* m_before;
+    bool m_failed = false;
 };
 
 QString UsageLine(const CommandEntry& command)
@@ -91,7 +110,8 @@ int main(int argc, char** argv)
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"quillbase-cli"_s);
     try {
-        return Run(QCoreApplication::arguments().mid(1));
+        const CliPrompts prompts;
+        return prompts.Status(Run(QCoreApplication::arguments().mid(1)));
     } catch (const qb::RuntimeError& error) {
         qb::cli::Complain(u"quillbase-cli: "_s + error.Description());
     } catch (const std::exception& error) {

@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <optional>
 
 namespace qb {
@@ -31,7 +32,7 @@ public:
         const bool compresses = m_options.Option != ImportOption::AsTheyAre && !plan.Candidates.empty();
         if (compresses && !(m_options.Option == ImportOption::ZipEach ? ZipEach(plan, files) : ZipAll(files)))
             return {.Keys = {}, .Cancelled = true, .Complete = false};
-        return Store(files);
+        return m_options.Whole ? StoreWhole(files) : Store(files);
     }
 
 private:
@@ -101,20 +102,7 @@ private:
             m_total += QFileInfo(file).size();
         for (const QString& path : files) {
             CFileObject file;
-            file.Initialise(m_database, {});
-            file.SetCodeID(m_itemKey);
-            const bool isOwn = m_work && path.startsWith(m_work->PackingFolder());
-            file.SetStoredFile(QFileInfo(path).absoluteFilePath(), isOwn ? CFileObject::Intake::Move : CFileObject::Intake::Copy);
-            file.SetTitle(NumberedName(file.Title(), [this](const QString& title) { return HasFile(title); }));
-            file.SetDescription(m_options.Description);
-            const qint64 before = m_done;
-            file.Progress = [&](qint64 done, qint64) {
-                m_done = before + done;
-                if (m_total > 0)
-                    m_options.Show(u"Adding "_s + file.Title(), int(m_done * 99 / qMax(m_total, m_done)));
-                result.Cancelled = m_options.Advance && !m_options.Advance(m_done, qMax(m_total, m_done));
-                return !result.Cancelled;
-            };
+            Prepare(file, path, result.Cancelled);
             if (!file.Commit()) {
                 m_options.Show({}, 100);
                 return result;
@@ -123,6 +111,53 @@ private:
         }
         m_options.Show({}, 100);
         result.Complete = true;
+        return result;
+    }
+
+    void Prepare(CFileObject& file, const QString& path, bool& cancelled)
+    {
+        file.Initialise(m_database, {});
+        file.SetCodeID(m_itemKey);
+        const bool isOwn = m_work && path.startsWith(m_work->PackingFolder());
+        file.SetStoredFile(QFileInfo(path).absoluteFilePath(), isOwn ? CFileObject::Intake::Move : CFileObject::Intake::Copy);
+        file.SetTitle(NumberedName(file.Title(), [this](const QString& title) { return HasFile(title); }));
+        file.SetDescription(m_options.Description);
+        file.Progress = [this, &file, &cancelled, before = m_done](qint64 done, qint64) {
+            m_done = before + done;
+            if (m_total > 0)
+                m_options.Show(u"Adding "_s + file.Title(), int(m_done * 99 / qMax(m_total, m_done)));
+            cancelled = m_options.Advance && !m_options.Advance(m_done, qMax(m_total, m_done));
+            return !cancelled;
+        };
+    }
+
+    /// Copies all of them first; the rows are made together, and only then do the files take their places.
+    FileImportResult StoreWhole(const QStringList& paths)
+    {
+        FileImportResult result;
+        m_done = m_total = 0;
+        for (const QString& path : paths)
+            m_total += QFileInfo(path).size();
+        const auto work = std::make_shared<PendingWork>();
+        std::vector<std::unique_ptr<CFileObject>> files;
+        const auto hide = qScopeGuard([this] { m_options.Show({}, 100); });
+        for (const QString& path : paths) {
+            Prepare(*files.emplace_back(std::make_unique<CFileObject>()), path, result.Cancelled);
+            if (!files.back()->TakeIn(work, qint64(files.size())))
+                return result;
+        }
+        Transaction transaction(m_database);
+        for (const auto& file : files) {
+            file->SetTitle(NumberedName(file->Title(), [this](const QString& title) { return HasFile(title); })); // two of one name
+            if (!file->Commit())
+                return result;
+            result.Keys << file->Key();
+        }
+        m_options.BeforeCommit(result.Keys);
+        transaction.Commit();
+        result.Complete = true;
+        for (const auto& file : files)
+            result.Complete = file->PutInPlace() && result.Complete;
         return result;
     }
 

@@ -36,6 +36,10 @@ struct FileImportOptions {
     ShowProgress Show = [](const QString&, int) {};
     /// Told bytes done and of all; false ends the work.
     std::function<bool(qint64 done, qint64 total)> Advance = {};
+    /// All files or none; otherwise those that came before one that failed stay.
+    bool Whole = false;
+    /// With Whole: told the IDs before they count. What it raises takes everything back.
+    std::function<void(const QStringList& keys)> BeforeCommit = [](const QStringList&) {};
 };
 
 struct FileImportResult {

@@ -190,6 +190,7 @@ FolderImportResult ImportFolder(Database& database, const QString& folder, const
     if (options.Parent != 0)
         RequireItem(database, options.Parent);
     const FolderImportResult result = Import(database, options, root.FileCount(), std::move(skipped)).Run(root);
+    options.BeforeCommit(result);
     transaction.Commit();
     return result;
 }

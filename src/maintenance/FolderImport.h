@@ -10,6 +10,8 @@
 
 namespace qb {
 
+struct FolderImportResult;
+
 struct FolderImportOptions {
     qint64 Parent = 0;      ///< the item under which the folder is put; 0: the root
     QStringList Globs;      ///< patterns of file names; empty: all files
@@ -18,6 +20,8 @@ struct FolderImportOptions {
     bool NamesLanguages = true;
     /// Gets the number of files done and the number of all; false stops the import.
     std::function<bool(int done, int total)> Progress;
+    /// Told what was imported before it counts. What it raises takes everything back.
+    std::function<void(const FolderImportResult&)> BeforeCommit = [](const FolderImportResult&) {};
 };
 
 /// A file or folder that could not be taken in, and why.

@@ -81,7 +81,7 @@ void CCodeItem::RowRead(bool exists)
     Q_EMIT FilesLoaded(!Library().QueryValue(u"SELECT 1 FROM Files WHERE CodeID = ? LIMIT 1"_s, {RowKey()}).IsNull());
     Q_EMIT LinkLoaded(HTMLPage());
     Q_EMIT NewItemLoaded(Created(), LastChanged());
-    LoadLinks();
+    ReadLinks(); // half of them would be written as if they were all
 }
 
 void CCodeItem::SetParentKey(const QString& value)

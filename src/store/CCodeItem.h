@@ -129,6 +129,7 @@ private:
         bool Removed;
     };
     void LoadLinks();
+    void ReadLinks();
     void UpdateLinks();
     LinkChange UpdateLink(const CLink& link);
     qint64 InsertLinkRow(qint64 from, qint64 to, const QString& note);

@@ -13,29 +13,32 @@ using namespace Qt::StringLiterals;
 
 void CCodeItem::LoadLinks()
 {
-    Guarded(ModuleName(), u"LoadLinks"_s, [this] {
-        m_links.Clear();
-        const qint64 key = RowKey();
-        Statement outgoing = Library().Query(
-            u"SELECT ItemLinks.ID, ItemLinks.LinkItemID, ItemLinks.Note, ItemLinks.DateUpdated, Items.Title FROM ItemLinks "
-            "LEFT JOIN Items ON ItemLinks.LinkItemID = Items.ID WHERE ItemLinks.ItemID = ? ORDER BY ItemLinks.ID"_s, {key});
-        while (outgoing.Step()) {
-            const qint64 other = outgoing.Long(1);
-            const std::shared_ptr<CLink> link = m_links.Add(CLinks::KeyOf(other));
-            link->ID = outgoing.Long(0);
-            link->LinkedItemId = other;
-            link->Direction = LinkDirection::Left;
-            link->Note = outgoing.Text(2);
-            link->DateChanged = outgoing.Column(3).ToDate();
-            link->LinkedItemTitle = outgoing.Text(4); // of a deleted item: empty
-        }
-        Statement incoming = Library().Query(u"SELECT ID, ItemID FROM ItemLinks WHERE LinkItemID = ?"_s, {key});
-        while (incoming.Step()) {
-            // A link that only comes in is not this item's to show.
-            if (const auto link = m_links.AddAutoResolveExisting(incoming.Long(1), LinkDirection::Right))
-                link->ID2 = incoming.Long(0);
-        }
-    });
+    Guarded(ModuleName(), u"LoadLinks"_s, [this] { ReadLinks(); });
+}
+
+void CCodeItem::ReadLinks()
+{
+    m_links.Clear();
+    const qint64 key = RowKey();
+    Statement outgoing = Library().Query(
+        u"SELECT ItemLinks.ID, ItemLinks.LinkItemID, ItemLinks.Note, ItemLinks.DateUpdated, Items.Title FROM ItemLinks "
+        "LEFT JOIN Items ON ItemLinks.LinkItemID = Items.ID WHERE ItemLinks.ItemID = ? ORDER BY ItemLinks.ID"_s, {key});
+    while (outgoing.Step()) {
+        const qint64 other = outgoing.Long(1);
+        const std::shared_ptr<CLink> link = m_links.Add(CLinks::KeyOf(other));
+        link->ID = outgoing.Long(0);
+        link->LinkedItemId = other;
+        link->Direction = LinkDirection::Left;
+        link->Note = outgoing.Text(2);
+        link->DateChanged = outgoing.Column(3).ToDate();
+        link->LinkedItemTitle = outgoing.Text(4); // of a deleted item: empty
+    }
+    Statement incoming = Library().Query(u"SELECT ID, ItemID FROM ItemLinks WHERE LinkItemID = ?"_s, {key});
+    while (incoming.Step()) {
+        // A link that only comes in is not this item's to show.
+        if (const auto link = m_links.AddAutoResolveExisting(incoming.Long(1), LinkDirection::Right))
+            link->ID2 = incoming.Long(0);
+    }
 }
 
 /// What the mother calls a record; 0 outside a child.

@@ -36,45 +36,6 @@ constexpr RowColumn Columns[] = {
     {.Name = "MotherCodeID", .Holds = RowColumn::Number, .Optional = true, .Fixed = true},
 };
 
-/// A file on its way into the folder of stored files: copied at first, bound to its row within the row's
-/// transaction, and put in its place once that is committed. One that does not get there is removed.
-class Arrival {
-public:
-    Arrival(const QString& source, CFileObject::Intake intake, const std::function<bool(qint64, qint64)>& progress)
-    {
-        const auto moved = [&] {
-            return std::rename(QFile::encodeName(source).constData(), QFile::encodeName(m_work.AddingName()).constData()) == 0;
-        };
-        if (intake == CFileObject::Intake::Copy || !moved())
-            CopyFileContents(source, m_work.AddingName(), progress);
-        m_path = m_work.AddingName();
-    }
-    ~Arrival()
-    {
-        if (!m_path.isEmpty())
-            QFile::remove(m_path);
-    }
-    Arrival(const Arrival&) = delete;
-    Arrival& operator=(const Arrival&) = delete;
-
-    qint64 Size() const { return QFileInfo(m_path).size(); }
-    void Bind(qint64 id, const QString& title)
-    {
-        const QString arriving = m_work.ArrivingName(id, title);
-        MoveIntoPlace(m_path, arriving, true);
-        m_path = arriving;
-    }
-    void PutInPlace(const QString& place)
-    {
-        // The row counts now: where this fails the file stays for the next opening of the library.
-        MoveIntoPlace(std::exchange(m_path, {}), place, true);
-    }
-
-private:
-    PendingWork m_work;
-    QString m_path;
-};
-
 } // namespace
 
 CFileObject::CFileObject() : RowObject(u"CFileObject"_s, u"Files"_s, Columns)
@@ -86,6 +47,7 @@ void CFileObject::InitialiseProperties()
 {
     RowObject::InitialiseProperties();
     m_fileReplaced = m_descriptionChanged = false;
+    m_arriving.reset();
     m_storedFile.clear();
     m_intake = Intake::Copy;
 }
@@ -147,17 +109,39 @@ void CFileObject::RequireStorableFile() const
                            ModuleName());
 }
 
+void CFileObject::CopyStoredFile(std::shared_ptr<PendingWork> work, qint64 number)
+{
+    RequireStorableFile();
+    const QDateTime modified = QFileInfo(m_storedFile).lastModified(); // none when there is no such file
+    m_arriving = std::make_unique<ArrivingFile>(std::move(work), number, m_storedFile, m_intake == Intake::Move, Progress);
+    if (State() == RecordState::New)
+        SetOrigDateTime(modified.isValid() ? Date::FromDateTime(modified) : Date());
+}
+
+bool CFileObject::TakeIn(std::shared_ptr<PendingWork> work, qint64 number)
+{
+    return UnlessCancelled(u"TakeIn"_s, [&] { CopyStoredFile(std::move(work), number); });
+}
+
+void CFileObject::Settle()
+{
+    if (const std::unique_ptr<ArrivingFile> file = std::exchange(m_arriving, nullptr))
+        file->PutInPlace(StoredFilePath(RowKey(), OwnTitle()));
+}
+
+bool CFileObject::PutInPlace()
+{
+    return UnlessCancelled(u"PutInPlace"_s, [this] { Settle(); });
+}
+
 bool CFileObject::InsertObject()
 {
     return UnlessCancelled(u"InsertObject"_s, [this] {
-        std::optional<Arrival> file;
-        if (!m_storedFile.isEmpty()) {
-            RequireStorableFile();
-            const QDateTime modified = QFileInfo(m_storedFile).lastModified(); // none when there is no such file
-            file.emplace(m_storedFile, m_intake, Progress);
-            SetOrigDateTime(modified.isValid() ? Date::FromDateTime(modified) : Date());
-            SetSize(file->Size());
-        }
+        const bool isWhole = !Library().InTransaction(); // the row counts once it is committed here
+        if (!m_storedFile.isEmpty() && !m_arriving)
+            CopyStoredFile(std::make_shared<PendingWork>(), 0);
+        if (m_arriving)
+            SetSize(m_arriving->Size());
         SetDateAdded(Clock::Now());
         Transaction transaction(Library());
         Recordset row = Library().OpenRecordset(u"Files"_s, u"ID = 0"_s);
@@ -169,13 +153,13 @@ bool CFileObject::InsertObject()
         row.Set(u"LastUpdated"_s, OwnValue(DateAddedColumn));
         row.Update();
         const qint64 id = row.LastModified();
-        if (file)
-            file->Bind(id, OwnTitle());
+        if (m_arriving)
+            m_arriving->Bind(id, OwnTitle());
         transaction.Commit();
         RowInserted(id);
         FileWritten();
-        if (file)
-            file->PutInPlace(StoredFilePath(id, OwnTitle()));
+        if (isWhole)
+            Settle();
     });
 }
 
@@ -183,14 +167,12 @@ bool CFileObject::UpdateObject()
 {
     return UnlessCancelled(u"UpdateObject"_s, [this] {
         const bool describes = m_descriptionChanged;
+        const bool isWhole = !Library().InTransaction();
         GetAttributes(); // what was not read must not be written as empty
         RequireRead();
         const qint64 id = RowKey();
-        std::optional<Arrival> file;
-        if (m_fileReplaced && !m_storedFile.isEmpty()) {
-            RequireStorableFile();
-            file.emplace(m_storedFile, m_intake, Progress);
-        }
+        if (m_fileReplaced && !m_storedFile.isEmpty() && !m_arriving)
+            CopyStoredFile(std::make_shared<PendingWork>(), 0);
         Transaction transaction(Library());
         Recordset row = Library().OpenRecordset(u"Files"_s, u"ID = ?"_s, {id});
         row.MoveFirst();
@@ -201,12 +183,12 @@ bool CFileObject::UpdateObject()
             row.Set(u"LastUpdated"_s, Clock::Now());
         }
         row.Update();
-        if (file)
-            file->Bind(id, OwnTitle());
+        if (m_arriving)
+            m_arriving->Bind(id, OwnTitle());
         transaction.Commit();
         FileWritten();
-        if (file)
-            file->PutInPlace(StoredFilePath(id, OwnTitle()));
+        if (isWhole)
+            Settle();
     });
 }
 

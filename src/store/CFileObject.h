@@ -1,9 +1,11 @@
 #pragma once
 
 #include "platform/dao/Database.h"
+#include "store/PendingFiles.h"
 #include "store/RowObject.h"
 
 #include <functional>
+#include <memory>
 
 namespace qb {
 
@@ -28,6 +30,12 @@ public:
     /// The file to be taken in at the next commit; its name becomes the title. A file that was made for
     /// this only can be moved, where that is possible.
     void SetStoredFile(const QString& path, Intake intake = Intake::Copy);
+
+    /// Takes the stored file in ahead of the commit, so that the library is not locked while it is copied.
+    /// Files that are taken in together have one work and a number each. An error is reported; false then.
+    bool TakeIn(std::shared_ptr<PendingWork> work, qint64 number);
+    /// After a commit inside of another transaction, which is committed now: puts the file in its place.
+    bool PutInPlace();
 
     qint64 Size() { return Loaded(SizeColumn).ToLong(); } ///< in bytes
     void SetSize(qint64 value) { Store(SizeColumn, value); }
@@ -70,6 +78,8 @@ private:
 
     template <class Body>
     bool UnlessCancelled(const QString& procedure, Body&& body);
+    void CopyStoredFile(std::shared_ptr<PendingWork> work, qint64 number);
+    void Settle();
     void FileWritten();
     QString OwnTitle() const { return OwnValue(TitleColumn).ToText(); }
     void RequireStorableTitle() const;
@@ -79,6 +89,7 @@ private:
     bool m_descriptionChanged = false;
     QString m_storedFile; ///< path of the file to take in
     Intake m_intake = Intake::Copy;
+    std::unique_ptr<ArrivingFile> m_arriving;
 };
 
 } // namespace qb

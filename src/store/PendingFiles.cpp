@@ -1,5 +1,6 @@
 #include "store/PendingFiles.h"
 
+#include "platform/system/FileCopy.h"
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
@@ -11,10 +12,12 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QHash>
 #include <QRegularExpression>
 #include <QUuid>
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -121,6 +124,40 @@ QString PendingWork::PackingFolder()
 QString PendingWork::NameOf(const QString& kind, qint64 id) const
 {
     return u"%1.%2-%3-%4"_s.arg(m_folder, kind, m_mark).arg(id);
+}
+
+ArrivingFile::ArrivingFile(std::shared_ptr<PendingWork> work, qint64 number, const QString& source, bool moves,
+                           const std::function<bool(qint64, qint64)>& progress)
+    : m_work(std::move(work))
+{
+    const QString name = m_work->AddingName(number);
+    if (!moves || std::rename(QFile::encodeName(source).constData(), QFile::encodeName(name).constData()) != 0)
+        CopyFileContents(source, name, progress);
+    m_path = name;
+}
+
+ArrivingFile::~ArrivingFile()
+{
+    if (!m_path.isEmpty())
+        QFile::remove(m_path);
+}
+
+qint64 ArrivingFile::Size() const
+{
+    return QFileInfo(m_path).size();
+}
+
+void ArrivingFile::Bind(qint64 id, const QString& title)
+{
+    const QString arriving = m_work->ArrivingName(id, title);
+    MoveIntoPlace(m_path, arriving, true);
+    m_path = arriving;
+}
+
+void ArrivingFile::PutInPlace(const QString& place)
+{
+    // The row counts now: where this fails the file stays for the next opening of the library.
+    MoveIntoPlace(std::exchange(m_path, {}), place, true);
 }
 
 StoredFileDeletion::~StoredFileDeletion()

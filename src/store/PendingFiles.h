@@ -3,6 +3,8 @@
 #include "platform/dao/Database.h"
 
 #include <QString>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -20,8 +22,8 @@ public:
     PendingWork(const PendingWork&) = delete;
     PendingWork& operator=(const PendingWork&) = delete;
 
-    /// For a file that has no row yet.
-    QString AddingName() const { return NameOf(QStringLiteral("adding"), 0); }
+    /// For a file that has no row yet; @p number tells those of one work apart.
+    QString AddingName(qint64 number = 0) const { return NameOf(QStringLiteral("adding"), number); }
     /// For the file of a row that is being committed with this title.
     QString ArrivingName(qint64 id, const QString& title) const;
     /// For the file of a row that is being deleted.
@@ -35,6 +37,27 @@ private:
     QString m_folder;
     QString m_mark;
     int m_lock = -1;
+};
+
+/// A file on its way into the folder of stored files: copied at first, bound to its row within the row's
+/// transaction, and put in its place once that is committed. One that does not get there is removed.
+class ArrivingFile {
+public:
+    /// @p progress is told the bytes done and of all; false ends the copying. With @p moves the file is
+    /// moved where that is possible. Files that arrive together have one work and a @p number each.
+    ArrivingFile(std::shared_ptr<PendingWork> work, qint64 number, const QString& source, bool moves,
+                 const std::function<bool(qint64, qint64)>& progress);
+    ~ArrivingFile();
+    ArrivingFile(const ArrivingFile&) = delete;
+    ArrivingFile& operator=(const ArrivingFile&) = delete;
+
+    qint64 Size() const;
+    void Bind(qint64 id, const QString& title);
+    void PutInPlace(const QString& place);
+
+private:
+    std::shared_ptr<PendingWork> m_work;
+    QString m_path;
 };
 
 /// Stored files that are deleted together, in one transaction of the caller's: the files leave their

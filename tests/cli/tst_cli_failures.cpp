@@ -1,0 +1,164 @@
+#include "platform/dao/DBEngine.h"
+#include "store/SessionValues.h"
+#include "support/CliRun.h"
+#include "support/FolderContents.h"
+#include "support/LibraryBuilder.h"
+#include "support/TestRun.h"
+
+#include <QDir>
+
+using namespace qb;
+using namespace qb::test;
+using namespace Qt::StringLiterals;
+
+/// A command that fails says so by its exit status, and leaves the library as it was.
+class TestCliFailures : public QObject {
+    Q_OBJECT
+
+    static constexpr int PageSize = 4096;
+
+    std::unique_ptr<TemporaryHome> m_home;
+    QString m_library;
+
+    /// Overwrites the first bytes of a page, of which the first is 1.
+    void DamagePage(qint64 page, const QByteArray& bytes)
+    {
+        QByteArray file = ReadFile(m_library);
+        file.replace((page - 1) * PageSize, bytes.size(), bytes);
+        WriteFile(m_library, file);
+    }
+    /// The table can't be read any more.
+    void DamageTable(const QString& table)
+    {
+        const qint64 page = DBEngine::OpenDatabase(m_library)
+                                ->QueryValue(u"SELECT rootpage FROM sqlite_schema WHERE name = ? AND type = 'table'"_s, {table})
+                                .ToLong();
+        DamagePage(page, QByteArray(8, char(0x77)));
+    }
+    /// The page that holds the middle of a long text leads to nowhere.
+    void DamageText(const QByteArray& part)
+    {
+        const qsizetype at = ReadFile(m_library).indexOf(part);
+        QVERIFY(at > 0);
+        DamagePage(at / PageSize + 1, QByteArray(4, char(0x7f)));
+    }
+    Outcome CliTo(const QString& output, const QStringList& arguments)
+    {
+        QProcess process;
+        process.setStandardOutputFile(output);
+        process.start(qEnvironmentVariable("QUILLBASE_CLI"), arguments);
+        process.waitForFinished();
+        return {process.exitCode(), {}, QString::fromUtf8(process.readAllStandardError())};
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        FailOnWarnings();
+        m_home = std::make_unique<TemporaryHome>();
+        m_library = m_home->Path(u"lib é.qbd"_s);
+        const auto database = MakeLibrary(m_library);
+        AddItem(*database, 0, u"one"_s, QString(20000, u'x') + u"MIDDLE"_s + QString(20000, u'y'));
+        AddItem(*database, 0, u"two"_s);
+    }
+    void cleanup() { m_home.reset(); }
+
+    void itemThatCanNotBeRead_isNoEmptyOne_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::newRow("show") << QStringList{u"show"_s, u"1"_s};
+        QTest::newRow("show title") << QStringList{u"show"_s, u"1"_s, u"--field"_s, u"title"_s};
+        QTest::newRow("show code") << QStringList{u"show"_s, u"1"_s, u"--field"_s, u"code"_s};
+        QTest::newRow("show json") << QStringList{u"show"_s, u"1"_s, u"--json"_s};
+        QTest::newRow("links") << QStringList{u"links"_s, u"1"_s};
+        QTest::newRow("links json") << QStringList{u"links"_s, u"1"_s, u"--json"_s};
+        QTest::newRow("set") << QStringList{u"set"_s, u"1"_s, u"--title"_s, u"new"_s};
+        QTest::newRow("move") << QStringList{u"move"_s, u"1"_s, u"2"_s};
+        QTest::newRow("link") << QStringList{u"link"_s, u"1"_s, u"2"_s};
+        QTest::newRow("colorize") << QStringList{u"colorize"_s, u"1"_s};
+        QTest::newRow("colorize and save") << QStringList{u"colorize"_s, u"1"_s, u"--save"_s};
+    }
+    void itemThatCanNotBeRead_isNoEmptyOne()
+    {
+        QFETCH(QStringList, arguments);
+        DamageText("MIDDLE"_ba);
+        const QByteArray before = ReadFile(m_library);
+        arguments.insert(1, m_library);
+        const Outcome outcome = Cli(arguments);
+        QCOMPARE(outcome.Status, 1);
+        QCOMPARE(outcome.Out, QString());
+        QVERIFY(!outcome.Error.isEmpty());
+        QCOMPARE(ReadFile(m_library), before);
+    }
+
+    void linksThatCanNotBeRead_areNotTakenForNone_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::newRow("links") << QStringList{u"links"_s, u"1"_s};
+        QTest::newRow("link") << QStringList{u"link"_s, u"1"_s, u"2"_s, u"--note"_s, u"n"_s};
+        QTest::newRow("unlink") << QStringList{u"unlink"_s, u"1"_s, u"2"_s};
+    }
+    void linksThatCanNotBeRead_areNotTakenForNone()
+    {
+        QFETCH(QStringList, arguments);
+        QCOMPARE(Cli({u"link"_s, m_library, u"1"_s, u"2"_s, u"--two-way"_s}).Status, 0);
+        DamageTable(u"ItemLinks"_s);
+        const QByteArray before = ReadFile(m_library);
+        arguments.insert(1, m_library);
+        const Outcome outcome = Cli(arguments);
+        QCOMPARE(outcome.Status, 1);
+        QCOMPARE(outcome.Out, QString());
+        QVERIFY2(!outcome.Error.contains(u"has no link"_s), qPrintable(outcome.Error));
+        QCOMPARE(ReadFile(m_library), before);
+    }
+
+    void attach_storesAllFilesOrNone()
+    {
+        WriteFile(m_home->Path(u"good.txt"_s), "good"_ba);
+        const QByteArray before = ReadFile(m_library);
+        const Outcome outcome = Cli({u"attach"_s, m_library, u"1"_s, m_home->Path(u"good.txt"_s), m_home->Path(u"missing.txt"_s)});
+        QCOMPARE(outcome.Status, 1);
+        QCOMPARE(outcome.Out, QString());
+        QCOMPARE(ReadFile(m_library), before);
+        const QDir folder(FilesFolderOf(m_library));
+        QCOMPARE(folder.entryList(QDir::Files | QDir::Hidden), QStringList());
+    }
+
+    void attachedTwice_theSecondOfOneNameHasANumber()
+    {
+        WriteFile(m_home->Path(u"a/good.txt"_s), "one"_ba);
+        WriteFile(m_home->Path(u"b/good.txt"_s), "two"_ba);
+        const Outcome outcome = Cli({u"attach"_s, m_library, u"1"_s, m_home->Path(u"a/good.txt"_s), m_home->Path(u"b/good.txt"_s)});
+        QCOMPARE(outcome.Out, u"1\n2\n"_s);
+        QCOMPARE(ReadFile(FilesFolderOf(m_library) + u"1 - good.txt"_s), "one"_ba);
+        QCOMPARE(ReadFile(FilesFolderOf(m_library) + u"2 - good(1).txt"_s), "two"_ba);
+    }
+
+    void commandWhoseOutputIsLost_changesNothing_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::newRow("add") << QStringList{u"add"_s, u"--parent"_s, u"0"_s, u"--title"_s, u"new"_s};
+        QTest::newRow("add json") << QStringList{u"add"_s, u"--parent"_s, u"0"_s, u"--title"_s, u"new"_s, u"--json"_s};
+        QTest::newRow("attach") << QStringList{u"attach"_s, u"1"_s, u"FOLDER/a.c"_s};
+        QTest::newRow("import-folder") << QStringList{u"import-folder"_s, u"FOLDER"_s};
+    }
+    void commandWhoseOutputIsLost_changesNothing()
+    {
+        QFETCH(QStringList, arguments);
+        WriteFile(m_home->Path(u"source/a.c"_s), "int a;"_ba);
+        arguments.replaceInStrings(u"FOLDER"_s, m_home->Path(u"source"_s));
+        arguments.insert(1, m_library);
+        const auto rows = [this] {
+            const auto database = DBEngine::OpenDatabase(m_library, DBEngine::Access::ReadOnly);
+            return CountOf(*database, u"Items"_s) * 1000 + CountOf(*database, u"Files"_s);
+        };
+        const Outcome outcome = CliTo(u"/dev/full"_s, arguments);
+        QCOMPARE(outcome.Status, 1);
+        QVERIFY(outcome.Error.contains(u"could not be written"_s));
+        QCOMPARE(rows(), 2000);
+        QCOMPARE(QDir(FilesFolderOf(m_library)).entryList(QDir::Files | QDir::Hidden), QStringList());
+    }
+};
+
+QB_TEST_MAIN(TestCliFailures)
+#include "tst_cli_failures.moc"
