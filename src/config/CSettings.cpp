@@ -104,14 +104,18 @@ void CSettings::LoadUser(UserSetting first, UserSetting end)
 {
     for (size_t i = size_t(first); i < size_t(end); ++i) {
         const UserRow& row = UserTable()[i];
-        m_user[i] = GetSetting(SettingsApplication, Section, QString::fromLatin1(row.Key), row.Default);
+        m_user[i] = m_userRead[i] = GetSetting(SettingsApplication, Section, QString::fromLatin1(row.Key), row.Default);
     }
 }
 
-void CSettings::SaveUser(UserSetting first, UserSetting end)
+/// All at once; what was not changed here may have been changed by another program.
+void CSettings::SaveUser()
 {
-    for (size_t i = size_t(first); i < size_t(end); ++i)
-        SaveSetting(SettingsApplication, Section, QString::fromLatin1(UserTable()[i].Key), m_user[i]);
+    std::vector<StoredSetting> all;
+    for (size_t i = 0; i < m_user.size(); ++i)
+        all.push_back({Section, QString::fromLatin1(UserTable()[i].Key), m_user[i], m_userRead[i]});
+    SaveSettings(SettingsApplication, all);
+    m_userRead = m_user;
 }
 
 // The settings of the library
@@ -151,7 +155,7 @@ std::optional<Value> CSettings::GetDatabaseProperty(const QString& column)
 void CSettings::ReadDatabaseProperty(LibrarySetting setting)
 {
     if (const auto value = GetDatabaseProperty(ColumnOf(setting)))
-        LibraryField(setting) = *value;
+        LibraryField(setting) = m_libraryRead[size_t(setting)] = *value;
 }
 
 const Value& CSettings::LibraryValue(LibrarySetting setting)
@@ -227,6 +231,7 @@ void CSettings::InitializeDatabaseProperties()
         for (size_t i = 0; m_properties && i < m_library.size(); ++i) {
             const auto setting = LibrarySetting(i);
             const Value value = (*m_properties)[ColumnOf(LibrarySetting(i))];
+            m_libraryRead[i] = value;
             const bool missing = value.IsNull() || (setting == LibrarySetting::DBBackupDir && value.ToText().isEmpty());
             m_library[i] = missing ? DefaultWhenNull(setting) : value;
         }
@@ -243,11 +248,14 @@ void CSettings::SaveDatabaseProperties()
     Guarded(ModuleName, u"SaveDatabaseProperties"_s, [this] {
         m_properties->Edit();
         for (size_t i = 0; i < m_library.size(); ++i) {
+            if (m_library[i] == m_libraryRead[i])
+                continue; // another program may have written it
             // The column of the backup folder refuses an empty text.
             const bool empty = LibrarySetting(i) == LibrarySetting::DBBackupDir && m_library[i].ToText().isEmpty();
             m_properties->Set(ColumnOf(LibrarySetting(i)), empty ? Value() : m_library[i]);
         }
         m_properties->Update();
+        m_libraryRead = m_library;
     });
     ClosePropertiesRS();
 }
@@ -257,9 +265,8 @@ void CSettings::SaveDatabaseProperties()
 void CSettings::Apply()
 {
     Guarded(ModuleName, u"Apply"_s, [this] {
-        SaveUser(UserSetting(0), UserSetting::DBBackupAutomatic);
+        SaveUser();
         SaveDatabaseProperties();
-        SaveUser(UserSetting::DBBackupAutomatic, UserSetting::Count);
         Q_EMIT SettingsUpdated();
         Q_EMIT eShowStatusBar(ShowStatusBar());
     });

@@ -192,7 +192,7 @@ private:
     void LetUserText(UserSetting setting, const QString& value);
     void LetUserFlag(UserSetting setting, bool value);
     void LoadUser(UserSetting first, UserSetting end);
-    void SaveUser(UserSetting first, UserSetting end);
+    void SaveUser();
 
     Value& LibraryField(LibrarySetting setting) { return m_library[size_t(setting)]; }
     const Value& LibraryValue(LibrarySetting setting);
@@ -206,7 +206,9 @@ private:
     bool m_changingSettings = false;
     bool m_dayCounted = false;
     std::array<QString, size_t(UserSetting::Count)> m_user;
+    std::array<QString, size_t(UserSetting::Count)> m_userRead; ///< as they were read, or written last
     std::array<Value, size_t(LibrarySetting::Count)> m_library;
+    std::array<Value, size_t(LibrarySetting::Count)> m_libraryRead;
     std::optional<Recordset> m_properties;
 };
 

@@ -36,9 +36,9 @@ void WindowLayout::Load(Key key, const QString& preset)
     m_values[key] = isNumber || IsFlag(key) ? text : preset;
 }
 
-void WindowLayout::Store(Key key) const
+StoredSetting WindowLayout::Stored(Key key) const
 {
-    SaveSetting(SettingsApplication, Section, QString::fromLatin1(Names[key]), m_values[key]);
+    return {Section, QString::fromLatin1(Names[key]), m_values[key]};
 }
 
 void WindowLayout::Read(const QSize& screen)
@@ -75,6 +75,7 @@ void WindowLayout::ReadSeparatorPositions(const QSize& form, int treeHeight)
 
 void WindowLayout::Save(bool treeHidden)
 {
+    std::vector<StoredSetting> settings;
     if (Number(WindowState) != Minimised) {
         for (const Key key : {MainLeft, MainTop})
             SetNumber(key, qMax(0, Number(key)));
@@ -82,12 +83,13 @@ void WindowLayout::Save(bool treeHidden)
                               MainLeft, MainTop, MainWidth, MainHeight}) {
             if (m_values[key].isEmpty() || (key == SubResizerSeparatorPos && treeHidden))
                 continue; // a window that was never shown has no separators
-            Store(key);
+            settings.push_back(Stored(key));
         }
     }
     for (const Key key : {ViewBookMarks, FormatTlbrNewRow, FormatTlbrPoss, SmartTreeCoolBarBendWidth, AutoSave, BookmarkSingleClick,
                           FindResultsSingleClick, SearchResultsViewType})
-        Store(key);
+        settings.push_back(Stored(key));
+    SaveSettings(SettingsApplication, settings);
 }
 
 int WindowLayout::Number(Key key) const

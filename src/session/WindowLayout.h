@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/system/SettingsStore.h"
+
 #include <QRect>
 #include <QSize>
 #include <QString>
@@ -55,7 +57,7 @@ public:
 
 private:
     void Load(Key key, const QString& preset);
-    void Store(Key key) const;
+    StoredSetting Stored(Key key) const;
 
     std::array<QString, KeyCount> m_values;
 };

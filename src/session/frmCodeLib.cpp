@@ -275,10 +275,10 @@ void frmCodeLib::ReadTextView()
 
 void frmCodeLib::SaveTextView()
 {
-    const auto store = [](const QString& key, const QString& value) { SaveSetting(SettingsApplication, u"Settings"_s, key, value); };
-    store(u"ViewLineNumbers"_s, m_commands.Get(u"mnuViewLineNumbers"_s).Checked ? u"True"_s : u"False"_s);
-    store(u"ViewWordWrap"_s, m_commands.Get(u"mnuViewWordWrap"_s).Checked ? u"True"_s : u"False"_s);
-    store(u"ViewZoom"_s, QString::number(ctlCodeItemDetails->Zoom()));
+    const auto flag = [this](const QString& command) { return BooleanText(m_commands.Get(command).Checked); };
+    SaveSettings(SettingsApplication, {{u"Settings"_s, u"ViewLineNumbers"_s, flag(u"mnuViewLineNumbers"_s)},
+                                       {u"Settings"_s, u"ViewWordWrap"_s, flag(u"mnuViewWordWrap"_s)},
+                                       {u"Settings"_s, u"ViewZoom"_s, QString::number(ctlCodeItemDetails->Zoom())}});
 }
 
 void frmCodeLib::moSettings_SettingsUpdated()

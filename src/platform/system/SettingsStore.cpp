@@ -1,12 +1,24 @@
 #include "platform/system/SettingsStore.h"
 
+#include "platform/system/FileReplace.h"
+#include "platform/system/IniText.h"
 #include "platform/system/Paths.h"
 #include "platform/system/RuntimeError.h"
 
 #include <QDir>
-#include <QSettings>
+#include <QFile>
+#include <QFileInfo>
+#include <cerrno>
+#include <chrono>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
 
 namespace qb {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -15,35 +27,132 @@ QString StoreFile(const QString& appName)
     return ConfigFolder() + appName + QStringLiteral(".ini");
 }
 
-QString Path(const QString& section, const QString& key)
+/// Holds the folder of the store for this process. Another program is waited for, but not for ever.
+class StoreLock {
+public:
+    explicit StoreLock(const QString& file)
+        : m_folder(::open(QFile::encodeName(QFileInfo(file).absolutePath()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+    {
+        constexpr auto Patience = std::chrono::seconds(5);
+        constexpr auto Pause = std::chrono::milliseconds(5);
+        const auto end = std::chrono::steady_clock::now() + Patience;
+        while (m_folder >= 0 && ::flock(m_folder, LOCK_EX | LOCK_NB) != 0) {
+            if (errno != EWOULDBLOCK)
+                return; // a file system without locks
+            if (std::chrono::steady_clock::now() > end) {
+                m_refused = true;
+                return;
+            }
+            std::this_thread::sleep_for(Pause);
+        }
+    }
+    ~StoreLock()
+    {
+        if (m_folder >= 0)
+            ::close(m_folder);
+    }
+    StoreLock(const StoreLock&) = delete;
+    StoreLock& operator=(const StoreLock&) = delete;
+
+    bool Refused() const { return m_refused; }
+
+private:
+    int m_folder;
+    bool m_refused = false;
+};
+
+/// What the store says; one that is not there says nothing. Returns why it can't be read.
+QString ReadStore(const QString& path, IniText& text)
 {
-    return section + u'/' + key;
+    QFile file(path);
+    if (!file.exists()) {
+        text = IniText();
+        return {};
+    }
+    QByteArray bytes;
+    const QString reason = file.open(QIODevice::ReadOnly) ? ReadAll(file, bytes) : file.errorString();
+    if (reason.isEmpty())
+        text = IniText(std::move(bytes));
+    return reason;
+}
+
+/// The store as it was read last, while its file is the same one.
+struct RememberedStore {
+    QString Path;
+    struct stat State {};
+    IniText Text = IniText();
+
+    bool IsOf(const QString& path, const struct stat& state) const
+    {
+        return Path == path && State.st_ino == state.st_ino && State.st_dev == state.st_dev && State.st_size == state.st_size
+            && State.st_mtim.tv_sec == state.st_mtim.tv_sec && State.st_mtim.tv_nsec == state.st_mtim.tv_nsec
+            && State.st_ctim.tv_nsec == state.st_ctim.tv_nsec;
+    }
+};
+
+RememberedStore& Remembered()
+{
+    static RememberedStore store;
+    return store;
+}
+
+/// Merges the settings into what the store says now. Returns why that could not be done.
+QString Merge(const QString& path, const std::vector<StoredSetting>& settings)
+{
+    if (const QString reason = WhyNotWritable(path); !reason.isEmpty())
+        return reason;
+    const StoreLock lock(path);
+    if (lock.Refused())
+        return u"Another program keeps it locked."_s;
+    IniText text;
+    if (const QString reason = ReadStore(path, text); !reason.isEmpty())
+        return reason + u'.';
+    const QByteArray before = text.Bytes();
+    for (const StoredSetting& setting : settings) {
+        const std::optional<QString> stored = text.Value(setting.Section, setting.Key);
+        if (stored != setting.Value && (!stored || setting.Before != setting.Value))
+            text.Set(setting.Section, setting.Key, setting.Value);
+    }
+    if (text.Bytes() == before)
+        return {};
+    Remembered() = {};
+    const QString reason = ReplaceContents(path, text.Bytes());
+    return reason.isEmpty() ? QString() : u"The file can't be written: %1."_s.arg(reason);
 }
 
 } // namespace
 
 QString GetSetting(const QString& appName, const QString& section, const QString& key, const QString& fallback)
 {
-    const QSettings store(StoreFile(appName), QSettings::IniFormat);
-    return store.value(Path(section, key), fallback).toString();
+    const QString path = StoreFile(appName);
+    struct stat state {};
+    if (::stat(QFile::encodeName(path).constData(), &state) != 0)
+        return fallback;
+    RememberedStore& store = Remembered();
+    if (!store.IsOf(path, state)) {
+        store = {};
+        if (!S_ISREG(state.st_mode) || !ReadStore(path, store.Text).isEmpty())
+            return fallback;
+        store.Path = path;
+        store.State = state;
+    }
+    return store.Text.Value(section, key).value_or(fallback);
+}
+
+void SaveSettings(const QString& appName, const std::vector<StoredSetting>& settings)
+{
+    const QString file = StoreFile(appName);
+    const QString reason = settings.empty() ? QString() : Merge(file, settings);
+    if (!reason.isEmpty())
+        throw RuntimeError(ErrorNumber::PathAccess,
+                           QStringLiteral("The setting '%1' could not be saved in '%2'. %3")
+                               .arg(settings.front().Key, QDir::toNativeSeparators(file), reason),
+                           QStringLiteral("SaveSetting"));
 }
 
 void SaveSetting(const QString& appName, const QString& section, const QString& key, const QString& value)
 {
-    const QString file = StoreFile(appName);
-    QString reason = WhyNotWritable(file);
-    if (reason.isEmpty()) {
-        QSettings store(file, QSettings::IniFormat);
-        store.setValue(Path(section, key), value);
-        store.sync();
-        if (store.status() != QSettings::AccessError) // a faulty line of the file hinders nobody
-            return;
-        reason = QStringLiteral("The file can't be written.");
-    }
-    throw RuntimeError(ErrorNumber::PathAccess,
-                       QStringLiteral("The setting '%1' could not be saved in '%2'. %3")
-                           .arg(key, QDir::toNativeSeparators(file), reason),
-                       QStringLiteral("SaveSetting"));
+    SaveSettings(appName, {{section, key, value}});
 }
 
 QString BooleanText(bool value)

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QString>
+#include <optional>
+#include <vector>
 
 namespace qb {
 
@@ -15,6 +17,21 @@ QString GetSetting(const QString& appName, const QString& section, const QString
 /// Writes one text at once. Raises RuntimeError 75 when the store can't be written; the value
 /// on disk is then the old one.
 void SaveSetting(const QString& appName, const QString& section, const QString& key, const QString& value);
+
+/// A text to be written.
+struct StoredSetting {
+    QString Section;
+    QString Key;
+    QString Value;
+    /// What it said when it was read: a value that is still the same is written only where the store lacks
+    /// it, so that what another program has written to it stays.
+    std::optional<QString> Before = {};
+};
+
+/// Writes all of them at once. The store is read, merged and replaced whole under a lock that goes with
+/// its process; when nothing changes it is not touched. Raises RuntimeError 75 when it can't be read or
+/// written, or another program keeps it locked; it is then as it was.
+void SaveSettings(const QString& appName, const std::vector<StoredSetting>& settings);
 
 /// "True" or "False", the words in which Booleans are stored.
 QString BooleanText(bool value);

@@ -1,11 +1,16 @@
 #include "platform/system/Paths.h"
 #include "platform/system/RuntimeError.h"
 #include "platform/system/SettingsStore.h"
+#include "support/FileSizeLimit.h"
 #include "support/TestRun.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
-#include <QSettings>
+#include <QProcess>
+#include <cstring>
+#include <sys/inotify.h>
+#include <unistd.h>
 
 using namespace qb;
 using namespace qb::test;
@@ -133,6 +138,118 @@ private Q_SLOTS:
         SaveSetting(SettingsApplication, Section, u"Other"_s, u"x"_s);
         MoveStore(*m_home, u"data"_s);
         QCOMPARE(Read(), u"old"_s);
+    }
+
+    void valueInTheFormOfOtherWriters_isRead_data()
+    {
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<QString>("value");
+        QTest::newRow("escapes") << "InitDir=a\\x20ac\\tb\\\\"_ba << u"a€\tb\\"_s;
+        QTest::newRow("quotes") << "InitDir=\" a;b \" "_ba << u" a;b "_s;
+        QTest::newRow("blanks") << "  InitDir = value  "_ba << u"value"_s;
+        QTest::newRow("key in other letters") << "INITDIR=value"_ba << u"value"_s;
+        QTest::newRow("list") << "InitDir=1,2"_ba << u"1,2"_s;
+        QTest::newRow("other value") << "InitDir=@Invalid()"_ba << QString();
+        QTest::newRow("twice") << "InitDir=one\nInitDir=two"_ba << u"two"_s;
+        QTest::newRow("remark") << "; InitDir=one\nInitDir=two\n;InitDir=three"_ba << u"two"_s;
+    }
+    void valueInTheFormOfOtherWriters_isRead()
+    {
+        QFETCH(QByteArray, line);
+        WriteFile(StoreFile(), "[Other]\r\nInitDir=wrong\r\n\r\n[Settings]\r\n" + line + "\r\n[Last]\nInitDir=wrong"_ba);
+        QTEST(Read(u"fallback"_s), "value");
+    }
+
+    void otherLines_stayAsTheyStand()
+    {
+        WriteFile(StoreFile(), "\xff\xfe nonsense\r\n[Settings]\r\n; a remark\r\nInitDir=old\r\nOther = x\r\n\r\n[Last]\nInitDir=z"_ba);
+        SaveSettings(SettingsApplication, {{Section, Key, u"new"_s}, {Section, u"More"_s, u"a,b"_s}, {u"Last"_s, u"More"_s, u"y"_s}});
+        QCOMPARE(ReadFile(StoreFile()),
+                 "\xff\xfe nonsense\r\n[Settings]\r\n; a remark\r\nInitDir=new\nOther = x\r\nMore=\"a,b\"\n\r\n[Last]\nInitDir=z\nMore=y\n"_ba);
+    }
+
+    void valueThatIsAsItWasRead_leavesWhatOthersWrote()
+    {
+        Save(u"theirs"_s);
+        SaveSettings(SettingsApplication, {{Section, Key, u"read"_s, u"read"_s}, {Section, u"Missing"_s, u"read"_s, u"read"_s}});
+        QCOMPARE(Read(), u"theirs"_s);
+        QCOMPARE(GetSetting(SettingsApplication, Section, u"Missing"_s), u"read"_s);
+    }
+
+    /// A full disk must not cost the settings that are there.
+    void saveOnAFullDisk_leavesTheStoreAsItWas()
+    {
+        Save(QString(5000, u'x'));
+        const QByteArray before = ReadFile(StoreFile());
+        {
+            const FileSizeLimit limit(1000);
+            QB_VERIFY_RAISES(Save(u"new"_s + QString(6000, u'y')), 75);
+        }
+        QCOMPARE(ReadFile(StoreFile()), before);
+        QCOMPARE(QDir(ConfigFolder()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                 QStringList{SettingsApplication + u".ini"_s});
+    }
+
+    void storeThatCanNotBeRead_isNotReplaced()
+    {
+        QVERIFY(QFile::link(u"/proc/self/mem"_s, StoreFile()));
+        QB_VERIFY_RAISES(Save(u"new"_s), 75);
+        QVERIFY(QFileInfo(StoreFile()).isSymLink());
+    }
+
+    void allSettings_areWrittenInOneStep()
+    {
+        Save(u"old"_s);
+        const int watch = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+        QVERIFY(::inotify_add_watch(watch, QFile::encodeName(ConfigFolder()).constData(), IN_MOVED_TO) >= 0);
+        std::vector<StoredSetting> all;
+        for (int i = 0; i < 30; ++i)
+            all.push_back({Section, QString::number(i), u"x"_s});
+        SaveSettings(SettingsApplication, all);
+        SaveSettings(SettingsApplication, all); // nothing changes
+        char events[8192];
+        qsizetype moves = 0;
+        const ssize_t size = ::read(watch, events, sizeof events);
+        for (ssize_t at = 0; at < size; ++moves) {
+            inotify_event event{};
+            memcpy(&event, events + at, sizeof event);
+            at += ssize_t(sizeof event + event.len);
+        }
+        ::close(watch);
+        QCOMPARE(moves, 1);
+    }
+
+    /// Each of many programs at a time sets a key of its own.
+    void programsThatSaveAtOnce_loseNothing()
+    {
+        constexpr int Count = 12;
+        std::vector<std::unique_ptr<QProcess>> all;
+        const QStringList names{u"SaveFormLayout"_s, u"ShowStatusBar"_s, u"DBBackupAutomatic"_s, u"ExpandBranches"_s};
+        for (int i = 0; i < Count; ++i) {
+            all.push_back(std::make_unique<QProcess>());
+            all.back()->start(qEnvironmentVariable("QUILLBASE_CLI"),
+                              {u"settings"_s, u"set"_s, names[i % names.size()], i < Count / 2 ? u"False"_s : u"True"_s});
+            if (i == Count / 2 - 1 || i == Count - 1) {
+                for (const auto& process : all)
+                    QVERIFY(process->waitForFinished() && process->exitCode() == 0);
+                for (const QString& name : names) {
+                    QProcess get;
+                    get.start(qEnvironmentVariable("QUILLBASE_CLI"), {u"settings"_s, u"get"_s, name});
+                    get.waitForFinished();
+                    QCOMPARE(get.readAllStandardOutput(), i < Count / 2 ? "False\n"_ba : "True\n"_ba);
+                }
+                all.clear();
+            }
+        }
+    }
+
+    void lockOfADeadProgram_holdsNobodyUp()
+    {
+        WriteFile(StoreFile() + u".lock"_s, "999999\nquillbase-cli\nhere\n"_ba);
+        QElapsedTimer timer;
+        timer.start();
+        Save(u"new"_s);
+        QVERIFY(timer.elapsed() < 5000);
     }
 
     void booleanText_isReadInEveryForm_data()
