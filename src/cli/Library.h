@@ -1,8 +1,10 @@
 #pragma once
 
+#include "cli/Output.h"
 #include "platform/dao/DBEngine.h"
 #include "store/PendingFiles.h"
 #include "store/SessionValues.h"
+#include "store/SideFolders.h"
 
 #include <QDir>
 #include <memory>
@@ -18,6 +20,8 @@ inline std::unique_ptr<Database> OpenLibrary(const QString& path, DBEngine::Acce
                            QStringLiteral("'%1' is not a KT Quillbase database.").arg(QDir::toNativeSeparators(path)),
                            QStringLiteral("OpenLibrary"));
     SetSessionValues(*database);
+    if (const QString foreign = WhoseFoldersAreForeign(*database); !foreign.isEmpty())
+        Complain(foreign);
     if (access == DBEngine::Access::ReadWrite)
         FinishPendingFiles(*database);
     return database;

@@ -2,6 +2,7 @@
 
 #include "platform/system/Paths.h"
 #include "store/SessionValues.h"
+#include "store/SideFolders.h"
 #include "store/StoredFiles.h"
 
 #include <QDir>
@@ -126,13 +127,21 @@ void CheckTree(Database& database, Faults& faults)
 
 void CheckStoredFiles(Database& database, Faults& faults)
 {
-    Statement rows = database.Query(u"SELECT ID, Title, CodeID FROM Files ORDER BY ID"_s);
+    if (const QString foreign = WhoseFoldersAreForeign(database); !foreign.isEmpty()) {
+        faults.push_back({Kind::ForeignFolder, QString(), 0, foreign});
+        return;
+    }
+    Statement rows = database.Query(u"SELECT ID, Title, CodeID, FileSize FROM Files ORDER BY ID"_s);
     while (rows.Step()) {
         const QString path = StoredFilePath(rows.Long(0), rows.Text(1));
         if (path.isEmpty() || !QFileInfo(path).isFile())
             faults.push_back({Kind::MissingFile, u"Files"_s, rows.Long(0),
                               u"The stored file %1 '%2' of the item %3 is missing from '%4'."_s.arg(rows.Long(0)).arg(
                                   rows.Text(1)).arg(rows.Long(2)).arg(QDir::toNativeSeparators(Session().CurrentFilesFolder))});
+        else if (const qint64 size = QFileInfo(path).size(); size != rows.Long(3))
+            faults.push_back({Kind::OtherSize, u"Files"_s, rows.Long(0),
+                              u"The stored file %1 '%2' of the item %3 has %4 bytes in place of %5."_s.arg(rows.Long(0)).arg(
+                                  rows.Text(1)).arg(rows.Long(2)).arg(size).arg(rows.Long(3))});
     }
 }
 
@@ -151,6 +160,10 @@ QString FaultName(LibraryFault::Kind kind)
         return u"lost-parent"_s;
     case Kind::Cycle:
         return u"cycle"_s;
+    case Kind::ForeignFolder:
+        return u"foreign-folder"_s;
+    case Kind::OtherSize:
+        return u"other-size"_s;
     case Kind::MissingFile:
         break;
     }

@@ -9,7 +9,7 @@ namespace qb {
 
 /// Something wrong in a library.
 struct LibraryFault {
-    enum class Kind { Damage, MissingTable, MissingProperties, LostParent, Cycle, MissingFile };
+    enum class Kind { Damage, MissingTable, MissingProperties, LostParent, Cycle, MissingFile, OtherSize, ForeignFolder };
     Kind What;
     QString Table; ///< empty for damage of the file itself
     qint64 Id = 0; ///< of the row, 0 when no row is meant
@@ -20,7 +20,7 @@ struct LibraryFault {
 QString FaultName(LibraryFault::Kind kind);
 
 /// Looks through a library: the file's own structure, the tables, items whose parent is missing
-/// or that are their own ancestors, and stored files that are gone from the disk. Changes nothing.
+/// or that are their own ancestors, and stored files that are gone from the disk or have another size. Changes nothing.
 std::vector<LibraryFault> CheckLibrary(Database& database);
 
 } // namespace qb

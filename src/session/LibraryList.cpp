@@ -9,6 +9,7 @@
 #include "session/RulesOffer.h"
 #include "store/PendingFiles.h"
 #include "store/SessionValues.h"
+#include "store/SideFolders.h"
 #include "support/ErrorRoutine.h"
 
 #include <QDir>
@@ -80,6 +81,8 @@ bool LibraryList::SetupDBConnection()
         OfferRules(*m_session.CurrentDatabase);
         m_details.FormatingInitialize(*m_session.CurrentDatabase);
         EnableDBToolsMenu();
+        if (const QString foreign = WhoseFoldersAreForeign(*m_session.CurrentDatabase); !foreign.isEmpty())
+            MsgBox(foreign, ApplicationTitle, MsgBoxIcon::Exclamation);
         m_shell.SetComboToolTip(u"Currently selected database: "_s + AliasOf(m_session.CurrentDatabasePath));
         return true;
     }, false);

@@ -98,6 +98,7 @@ private:
     void ShowAsInterim(const QString& path);
     void AddToList(const QString& path, const QString& alias);
     void RemoveDatabaseFromList(int index);
+    static QString IdentityOf(const QString& path);
     void DeleteFromDisk(const QString& path);
     void EnableDBToolsMenu();
 

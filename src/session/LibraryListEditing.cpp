@@ -1,5 +1,6 @@
 // The list of libraries itself: how it is kept, and the commands that change it.
 
+#include "platform/dao/DBEngine.h"
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
@@ -9,6 +10,7 @@
 #include "session/LibraryList.h"
 #include "store/CDBCreate.h"
 #include "store/SessionValues.h"
+#include "store/SideFolders.h"
 #include "support/ErrorRoutine.h"
 
 #include <QDir>
@@ -58,6 +60,11 @@ public:
                                u"'%1' can't be replaced; it was left as it is."_s.arg(QDir::toNativeSeparators(path)),
                                u"CreateNewDatabase"_s);
         m_held = true;
+        for (const QString& folder : {FilesFolderOf(path).chopped(1), HTMLFolderOf(path).chopped(1)}) {
+            const QString aside = NumberedName(folder, [](const QString& name) { return QFileInfo::exists(name); });
+            if (aside != folder && QDir().rename(folder, aside))
+                m_folders.emplace_back(folder, aside);
+        }
     }
     ~HeldAside()
     {
@@ -65,10 +72,13 @@ public:
             return;
         QFile::rename(m_aside, m_path);
         QFile::rename(JournalOf(m_aside), JournalOf(m_path));
+        for (const auto& [folder, aside] : m_folders)
+            QDir().rename(aside, folder);
     }
     HeldAside(const HeldAside&) = delete;
     HeldAside& operator=(const HeldAside&) = delete;
 
+    /// What it stored beside itself stays, under other names.
     void Drop()
     {
         m_held = false;
@@ -79,6 +89,7 @@ public:
 private:
     QString m_path;
     QString m_aside;
+    std::vector<std::pair<QString, QString>> m_folders; ///< and their names aside
     bool m_held = false;
 };
 
@@ -324,6 +335,16 @@ void LibraryList::mnuRemoveDBItem_Click()
     });
 }
 
+/// Empty for one that can't be read.
+QString LibraryList::IdentityOf(const QString& path)
+{
+    try {
+        return LibraryIdentity(*DBEngine::OpenDatabase(path, DBEngine::Access::ReadOnly));
+    } catch (const RuntimeError&) {
+        return {};
+    }
+}
+
 void LibraryList::DeleteFromDisk(const QString& path)
 {
     const MsgBoxResult sure = Prompts::Current().MsgBox(
@@ -336,9 +357,14 @@ void LibraryList::DeleteFromDisk(const QString& path)
          .Default = MsgBoxResult::No});
     if (sure != MsgBoxResult::Yes)
         return;
+    const QString identity = IdentityOf(path);
     QFile::remove(JournalOf(path));
-    const bool removed = QFile::remove(path);
-    if (!DeleteFolder(FilesFolderOf(path).chopped(1)) || !DeleteFolder(HTMLFolderOf(path).chopped(1)) || !removed)
+    bool removed = QFile::remove(path);
+    for (const QString& folder : {FilesFolderOf(path), HTMLFolderOf(path)}) {
+        if (OwnerOf(folder, identity) != FolderOwner::Another)
+            removed = DeleteFolder(folder.chopped(1)) && removed;
+    }
+    if (!removed)
         throw RuntimeError(ErrorNumber::PathAccess,
                            u"Not all files of '%1' could be deleted."_s.arg(QDir::toNativeSeparators(path)),
                            u"DeleteFromDisk"_s);

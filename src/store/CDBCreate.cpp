@@ -8,6 +8,7 @@
 #include "platform/system/SettingsStore.h"
 #include "store/Keywords.h"
 #include "store/LibraryLanguage.h"
+#include "store/SideFolders.h"
 #include "support/ErrorRoutine.h"
 #include "support/Version.h"
 
@@ -80,6 +81,7 @@ bool CDBCreate::CreateNewDB(const QString& path, LanguageType languageType, cons
         if (const QString reason = WhyNotWritable(path); !reason.isEmpty())
             throw RuntimeError(ErrorNumber::PathAccess, u"The database '%1' can't be made. %2"_s.arg(path, reason),
                                u"CDBCreate::CreateNewDB"_s);
+        RefuseSharedFolders(path);
         try {
             const bool built = build();
             if (built)

@@ -7,6 +7,7 @@
 #include "platform/system/Prompts.h"
 #include "store/PendingFiles.h"
 #include "store/SessionValues.h"
+#include "store/SideFolders.h"
 #include "store/StoredFiles.h"
 #include "support/ErrorRoutine.h"
 
@@ -47,6 +48,7 @@ void CFileObject::InitialiseProperties()
 {
     RowObject::InitialiseProperties();
     m_fileReplaced = m_descriptionChanged = false;
+    m_replaces = false;
     m_arriving.reset();
     m_storedFile.clear();
     m_intake = Intake::Copy;
@@ -126,7 +128,7 @@ bool CFileObject::TakeIn(std::shared_ptr<PendingWork> work, qint64 number)
 void CFileObject::Settle()
 {
     if (const std::unique_ptr<ArrivingFile> file = std::exchange(m_arriving, nullptr))
-        file->PutInPlace(StoredFilePath(RowKey(), OwnTitle()));
+        file->PutInPlace(StoredFilePath(RowKey(), OwnTitle()), m_replaces);
 }
 
 bool CFileObject::PutInPlace()
@@ -196,6 +198,7 @@ bool CFileObject::UpdateObject()
 void CFileObject::FileWritten()
 {
     RowWritten();
+    m_replaces = m_fileReplaced;
     m_descriptionChanged = m_fileReplaced = false;
     m_storedFile.clear();
 }
@@ -221,6 +224,8 @@ QString CFileObject::SaveToFile2(const QString& target)
         const Value title = Library().QueryValue(u"SELECT Title FROM Files WHERE ID = ?"_s, {id});
         if (title.IsNull())
             return;
+        if (const QString foreign = WhoseFoldersAreForeign(Library()); !foreign.isEmpty())
+            throw RuntimeError(ErrorNumber::PathAccess, foreign, ModuleName());
         const QString source = StoredFilePath(id, title.ToText());
         if (!QFile::exists(source))
             FinishPendingFiles(Library()); // it may be on its way since a power cut

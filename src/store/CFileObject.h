@@ -86,6 +86,7 @@ private:
     void RequireStorableFile() const;
 
     bool m_fileReplaced = false;
+    bool m_replaces = false; ///< the file that arrives now
     bool m_descriptionChanged = false;
     QString m_storedFile; ///< path of the file to take in
     Intake m_intake = Intake::Copy;

@@ -4,6 +4,7 @@
 #include "store/CCodeItem.h"
 #include "store/PendingFiles.h"
 #include "store/SessionValues.h"
+#include "store/SideFolders.h"
 #include "store/StoredFiles.h"
 
 #include <QFile>
@@ -82,6 +83,8 @@ void DeleteBranch(Database& database, qint64 id, const std::function<void(int)>&
     }
     transaction.Commit();
     files.Complete();
+    if (OwnerOf(Session().CurrentHTMLFolder, Session().Identity) == FolderOwner::Another)
+        return;
     for (const qint64 item : branch) {
         const QString page = Session().CurrentHTMLFolder + QString::number(item);
         if (QFile::remove(page + u".htm"_s))

@@ -6,6 +6,7 @@
 #include "platform/system/Prompts.h"
 #include "platform/system/RuntimeError.h"
 #include "store/SessionValues.h"
+#include "store/SideFolders.h"
 #include "store/StoredFiles.h"
 #include "support/ErrorRoutine.h"
 
@@ -61,6 +62,18 @@ QString TitleMark(const QString& title)
     return QString::fromLatin1(QCryptographicHash::hash(title.toUtf8(), QCryptographicHash::Sha1).toHex().left(Length));
 }
 
+/// What lies in the place of a stored file may be somebody's: it gets a name of its own.
+void SetAside(const QString& place)
+{
+    const QFileInfo file(place);
+    if ((!file.exists() && !file.isSymLink()) || (file.isDir() && !file.isSymLink()))
+        return;
+    const QString aside = NumberedName(file.absolutePath() + u"/found "_s + file.fileName(),
+                                       [](const QString& name) { return QFileInfo::exists(name) || QFileInfo(name).isSymLink(); });
+    if (!QFile::rename(place, aside))
+        throw RuntimeError(ErrorNumber::PathAccess, u"'%1' is in the way of a stored file."_s.arg(QDir::toNativeSeparators(place)), u"PendingFiles"_s);
+}
+
 /// Finishes or takes back what a work that is over left under the name @p path.
 void FinishPendingFile(Database& database, const QString& path, const QString& kind, qint64 id, const QString& titleMark)
 {
@@ -74,10 +87,12 @@ void FinishPendingFile(Database& database, const QString& path, const QString& k
     // A row that still has another title was not committed.
     const bool isOther = !titleMark.isEmpty() && titleMark != TitleMark(title.ToText());
     const QString place = title.IsNull() || isOther ? QString() : StoredFilePath(id, title.ToText());
-    if (place.isEmpty())
+    if (place.isEmpty()) {
         QFile::remove(path);
-    else
-        MoveIntoPlace(path, place, true);
+    } else {
+        SetAside(place);
+        MoveIntoPlace(path, place, false);
+    }
 }
 
 } // namespace
@@ -85,7 +100,7 @@ void FinishPendingFile(Database& database, const QString& path, const QString& k
 PendingWork::PendingWork()
     : m_folder(Session().CurrentFilesFolder), m_mark(QUuid::createUuid().toString(QUuid::Id128))
 {
-    QDir().mkpath(m_folder);
+    ClaimFolder(m_folder, Session().Identity);
     const QByteArray path = QFile::encodeName(m_folder + LockName(m_mark));
     struct stat state {};
     do {
@@ -154,10 +169,13 @@ void ArrivingFile::Bind(qint64 id, const QString& title)
     m_path = arriving;
 }
 
-void ArrivingFile::PutInPlace(const QString& place)
+void ArrivingFile::PutInPlace(const QString& place, bool replaces)
 {
     // The row counts now: where this fails the file stays for the next opening of the library.
-    MoveIntoPlace(std::exchange(m_path, {}), place, true);
+    const QString arrived = std::exchange(m_path, {});
+    if (!replaces)
+        SetAside(place);
+    MoveIntoPlace(arrived, place, replaces);
 }
 
 StoredFileDeletion::~StoredFileDeletion()
@@ -170,7 +188,8 @@ void StoredFileDeletion::Delete(Database& database, qint64 id)
 {
     const DeletedFileRow row = DeleteStoredFileRow(database, id);
     m_lacksMotherRecord = m_lacksMotherRecord || row.LacksMotherRecord;
-    if (row.Place.isEmpty() || !QFile::exists(row.Place))
+    const bool isForeign = OwnerOf(Session().CurrentFilesFolder, Session().Identity) == FolderOwner::Another;
+    if (isForeign || row.Place.isEmpty() || !QFile::exists(row.Place))
         return;
     if (!m_work)
         m_work.emplace();
@@ -195,7 +214,7 @@ void StoredFileDeletion::Complete()
 
 void FinishPendingFiles(Database& database)
 {
-    if (database.IsReadOnly())
+    if (database.IsReadOnly() || OwnerOf(Session().CurrentFilesFolder, Session().Identity) == FolderOwner::Another)
         return;
     static const QRegularExpression pending(u"^\\.(?:(adding|arriving|leaving|packing)-([0-9a-f]{32})-(\\d+)(?:-([0-9a-f]{8}))?|working-([0-9a-f]{32}))$"_s);
     const QDir folder(Session().CurrentFilesFolder);

@@ -53,7 +53,8 @@ public:
 
     qint64 Size() const;
     void Bind(qint64 id, const QString& title);
-    void PutInPlace(const QString& place);
+    /// What is in the way there gets another name, unless the file @p replaces it.
+    void PutInPlace(const QString& place, bool replaces);
 
 private:
     std::shared_ptr<PendingWork> m_work;

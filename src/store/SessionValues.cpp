@@ -1,6 +1,7 @@
 #include "store/SessionValues.h"
 
 #include "platform/system/Paths.h"
+#include "store/SideFolders.h"
 
 #include <algorithm>
 
@@ -55,6 +56,7 @@ void SetSessionValues(Database& database)
     const ReplicaState state = ReadReplicaState(database);
     Session() = {.CurrentFilesFolder = FilesFolderOf(database.Name()),
                  .CurrentHTMLFolder = HTMLFolderOf(database.Name()),
+                 .Identity = LibraryIdentity(database),
                  .IsChildReplica = state.IsChild,
                  .IsMotherReplica = state.IsMother,
                  .LastExportedDate = state.IsChild ? state.LastExported : Date()};

@@ -1,7 +1,6 @@
 #include "platform/dao/DBEngine.h"
 #include "store/SessionValues.h"
 #include "support/CliRun.h"
-#include "support/FolderContents.h"
 #include "support/LibraryBuilder.h"
 #include "support/TestRun.h"
 
@@ -120,8 +119,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.Status, 1);
         QCOMPARE(outcome.Out, QString());
         QCOMPARE(ReadFile(m_library), before);
-        const QDir folder(FilesFolderOf(m_library));
-        QCOMPARE(folder.entryList(QDir::Files | QDir::Hidden), QStringList());
+        QCOMPARE(StoredNames(FilesFolderOf(m_library)), QStringList());
     }
 
     void attachedTwice_theSecondOfOneNameHasANumber()
@@ -156,7 +154,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.Status, 1);
         QVERIFY(outcome.Error.contains(u"could not be written"_s));
         QCOMPARE(rows(), 2000);
-        QCOMPARE(QDir(FilesFolderOf(m_library)).entryList(QDir::Files | QDir::Hidden), QStringList());
+        QCOMPARE(StoredNames(FilesFolderOf(m_library)), QStringList());
     }
 };
 

@@ -218,7 +218,7 @@ private Q_SLOTS:
 
 private:
     QString In(const QString& name) const { return m_home->Path(u"in/"_s + name); }
-    QStringList Names() const { return QDir(m_home->Path(u"the library_Files"_s)).entryList(QDir::Files | QDir::Hidden, QDir::Name); }
+    QStringList Names() const { return StoredNames(m_home->Path(u"the library_Files"_s)); }
     /// Of the file system: copies have no name before they are complete then.
     bool KnowsFilesWithoutNames() const
     {
@@ -239,7 +239,7 @@ private:
             if (QFileInfo(StoredFilePath(rows.Long(0), rows.Text(1))).size() != rows.Long(2))
                 QTest::qFail("a stored file is not whole", __FILE__, __LINE__);
         }
-        QStringList names = QDir(m_home->Path(u"the library_Files"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+        QStringList names = Names();
         names.sort();
         expected.sort();
         if (names != expected)

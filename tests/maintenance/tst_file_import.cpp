@@ -227,7 +227,7 @@ private:
     QString Place(const QString& name) const { return Session().CurrentFilesFolder + name; }
     QStringList Stored() const
     {
-        return QDir(Session().CurrentFilesFolder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+        return StoredNames(Session().CurrentFilesFolder);
     }
     FileImportResult Import(const QStringList& names)
     {

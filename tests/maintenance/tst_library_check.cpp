@@ -157,7 +157,7 @@ private Q_SLOTS:
     void fileOfNoItem_isDamage()
     {
         Execute(u"PRAGMA foreign_keys = OFF"_s);
-        Execute(u"INSERT INTO Files (ID, CodeID, Title) VALUES (9, 4711, 'x')"_s);
+        Execute(u"INSERT INTO Files (ID, CodeID, Title, FileSize) VALUES (9, 4711, 'x', 1)"_s);
         WriteFile(Session().CurrentFilesFolder + u"9 - x"_s, "x");
         QCOMPARE(Faults(), QStringList{u"damage Files 9: The row 9 of Files refers to a row of Items that does not exist."_s});
     }

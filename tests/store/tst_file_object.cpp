@@ -490,7 +490,7 @@ private:
     QString Source() const { return m_home->Path(u"in/größe a.zip"_s); }
     Value Column(const QString& column) { return m_database->QueryValue(u"SELECT "_s + column + u" FROM Files"_s); }
     static QStringList Names() { return QDir(Session().CurrentFilesFolder).entryList(QDir::Files, QDir::Name); }
-    static QStringList AllNames() { return QDir(Session().CurrentFilesFolder).entryList(QDir::Files | QDir::Hidden, QDir::Name); }
+    static QStringList AllNames() { return StoredNames(Session().CurrentFilesFolder); }
 
     std::unique_ptr<TemporaryHome> m_home;
     std::unique_ptr<FixedClock> m_time;

@@ -20,7 +20,7 @@ protected:
     static QString Place(qint64 id, const QString& title) { return StoredFilePath(id, title); }
     static QStringList Stored()
     {
-        return QDir(Session().CurrentFilesFolder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+        return StoredNames(Session().CurrentFilesFolder);
     }
     /// Stores files with the item, without the window.
     void Store(const QStringList& names)

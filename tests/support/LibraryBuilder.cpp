@@ -7,6 +7,8 @@
 #include "store/SessionValues.h"
 #include "support/TestRun.h"
 
+#include <QDir>
+
 namespace qb::test {
 
 using namespace Qt::StringLiterals;
@@ -69,6 +71,13 @@ qint64 AddStoredFile(Database& database, qint64 item, const QString& title, cons
     const qint64 id = database.LastInsertedRowKey();
     WriteFile(Session().CurrentFilesFolder + QString::number(id) + u" - "_s + title, bytes);
     return id;
+}
+
+QStringList StoredNames(const QString& folder)
+{
+    QStringList names = QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+    names.removeAll(u".library"_s);
+    return names;
 }
 
 } // namespace qb::test

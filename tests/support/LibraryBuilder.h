@@ -27,4 +27,7 @@ qint64 CountOf(Database& database, const QString& table);
 /// Adds a row to `Files` and lays the file on the disk; returns the row's ID.
 qint64 AddStoredFile(Database& database, qint64 item, const QString& title, const QByteArray& bytes, Date added);
 
+/// All that lies in the folder of stored files, hidden or not, but for the mark of its library.
+QStringList StoredNames(const QString& folder);
+
 } // namespace qb::test
