@@ -202,12 +202,12 @@ private Q_SLOTS:
         Open();
         ClickOn(0);
         QTest::keyClicks(Code(), u"precious"_s);
-        m_database->Execute(u"CREATE TRIGGER refuse BEFORE UPDATE ON Items BEGIN SELECT RAISE(ABORT, 'no room'); END"_s);
+        RefuseWord(*m_database, u"Items"_s, u"Code"_s, u"precious"_s);
         m_prompts->ExpectError();
         m_prompts->ExpectMsgBox(u"Save Item"_s, MsgBoxResult::No);
         QVERIFY(!m_window->close());
         QCOMPARE(Code()->Text(), u"precious"_s);
-        m_database->Execute(u"DROP TRIGGER refuse"_s); // there is room again
+        m_database->Execute(u"DROP INDEX refuse"_s); // there is room again
         Action(u"mnuSaveItem"_s)->trigger();
         QCOMPARE(PlainTextFromRtf(Read(u"Code"_s)), u"precious"_s);
         QVERIFY(m_window->close());

@@ -109,7 +109,7 @@ private Q_SLOTS:
     {
         Store({u"a.txt"_s, u"b.txt"_s});
         OpenFiles();
-        m_database->Execute(u"CREATE TRIGGER stop BEFORE UPDATE ON Files BEGIN SELECT raise(ABORT, 'stopped'); END"_s);
+        RefuseWord(*m_database, u"Files"_s, u"Description"_s, u"precious"_s);
         QTest::keyClicks(Box(), u"precious"_s);
         m_prompts->ExpectError();
         Select(1);

@@ -362,7 +362,8 @@ private Q_SLOTS:
         Store({u"a.txt"_s});
         OpenFiles();
         QTest::keyClicks(Box(), u"precious"_s);
-        m_database->Execute(u"CREATE TRIGGER stop BEFORE DELETE ON Files BEGIN SELECT raise(ABORT, 'stopped'); END"_s);
+        m_database->Execute(u"CREATE TABLE Holder (FileID INTEGER REFERENCES Files (ID))"_s);
+        m_database->Execute(u"INSERT INTO Holder VALUES (1)"_s);
         m_prompts->ExpectMsgBox(u"Delete File from Database"_s, MsgBoxResult::Yes);
         m_prompts->ExpectError();
         Action(u"mnuDeleteFile"_s)->trigger();

@@ -330,7 +330,7 @@ private Q_SLOTS:
     {
         for (const QString& name : {u"a"_s, u"b"_s})
             WriteFile(Source(name), "x");
-        m_library->Execute(u"CREATE TRIGGER stop BEFORE INSERT ON Items WHEN new.Title = 'b' BEGIN SELECT raise(ABORT, 'stopped'); END"_s);
+        m_library->Execute(u"CREATE TEMP TRIGGER stop BEFORE INSERT ON Items WHEN new.Title = 'b' BEGIN SELECT raise(ABORT, 'stopped'); END"_s);
         ScriptedPrompts prompts;
         prompts.ExpectError();
         try {

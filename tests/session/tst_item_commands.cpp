@@ -333,7 +333,7 @@ private Q_SLOTS:
     {
         Fill();
         s->Click(u"a"_s);
-        s->State.CurrentDatabase->Execute(u"CREATE TRIGGER refuse BEFORE INSERT ON Items BEGIN SELECT RAISE(ABORT, 'no room'); END"_s);
+        s->State.CurrentDatabase->Execute(u"CREATE TEMP TRIGGER refuse BEFORE INSERT ON Items BEGIN SELECT RAISE(ABORT, 'no room'); END"_s);
         s->Script.ExpectError();
         s->Items.AddCode();
         QCOMPARE(s->Shape(), u"Ali äs Library(a(a1 a2) b)"_s);
@@ -481,7 +481,7 @@ private Q_SLOTS:
     {
         Fill();
         s->Click(u"a"_s);
-        s->State.CurrentDatabase->Execute(u"CREATE TRIGGER refuse BEFORE DELETE ON Items WHEN OLD.Title = 'a2' "
+        s->State.CurrentDatabase->Execute(u"CREATE TEMP TRIGGER refuse BEFORE DELETE ON Items WHEN OLD.Title = 'a2' "
                                           "BEGIN SELECT RAISE(ABORT, 'no room'); END"_s);
         s->Script.ExpectMsgBox(u"Delete Stored Item"_s, MsgBoxResult::Yes);
         s->Script.ExpectError(); // once, when all is as it was

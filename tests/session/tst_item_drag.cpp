@@ -227,7 +227,7 @@ private Q_SLOTS:
     {
         Fill();
         const QString shape = s->Shape();
-        s->State.CurrentDatabase->Execute(u"CREATE TRIGGER refuse BEFORE UPDATE ON Items BEGIN SELECT RAISE(ABORT, 'no room'); END"_s);
+        s->State.CurrentDatabase->Execute(u"CREATE TEMP TRIGGER refuse BEFORE UPDATE ON Items BEGIN SELECT RAISE(ABORT, 'no room'); END"_s);
         s->Script.ExpectError();
         QVERIFY(!Drag(u"a"_s, u"b"_s));
         QCOMPARE(s->Shape(), shape);

@@ -445,7 +445,7 @@ private Q_SLOTS:
         MakeReplica(m_clock->Now().AddDays(1), {});
         m_library->Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID) VALUES (?, 9)"_s, {m_id});
         m_library->Execute(u"INSERT INTO Files (CodeID, Title) VALUES (?, 'f')"_s, {m_id});
-        m_library->Execute(u"CREATE TRIGGER stop BEFORE DELETE ON ItemLinks BEGIN SELECT raise(ABORT, 'stopped'); END"_s);
+        m_library->Execute(u"CREATE TEMP TRIGGER stop BEFORE DELETE ON ItemLinks BEGIN SELECT raise(ABORT, 'stopped'); END"_s);
         const auto item = Item(m_id);
         item->Delete();
         ScriptedPrompts prompts;

@@ -291,7 +291,7 @@ private Q_SLOTS:
     void deletionThatFails_bringsTheFileBack()
     {
         Add();
-        m_database->Execute(u"CREATE TRIGGER hold BEFORE DELETE ON Files BEGIN SELECT raise(ABORT, 'held'); END"_s);
+        m_database->Execute(u"CREATE TEMP TRIGGER hold BEFORE DELETE ON Files BEGIN SELECT raise(ABORT, 'held'); END"_s);
         CFileObject file = Open(1);
         file.Delete();
         m_prompts->ExpectError();

@@ -146,7 +146,7 @@ private Q_SLOTS:
     {
         const qint64 file = AddStoredFile(*m_library, m_branch, u"b.txt"_s, "two", m_clock->Now());
         const QString page = AddPage(m_branch);
-        m_library->Execute(u"CREATE TRIGGER stop BEFORE DELETE ON Items WHEN old.ID = %1 BEGIN SELECT raise(ABORT, 'stopped'); END"_s
+        m_library->Execute(u"CREATE TEMP TRIGGER stop BEFORE DELETE ON Items WHEN old.ID = %1 BEGIN SELECT raise(ABORT, 'stopped'); END"_s
                                .arg(m_leaf2));
         const QStringList before = AllItems();
         const ScriptedPrompts nobodyIsAsked;

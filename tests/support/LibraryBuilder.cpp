@@ -73,6 +73,12 @@ qint64 AddStoredFile(Database& database, qint64 item, const QString& title, cons
     return id;
 }
 
+void RefuseWord(Database& database, const QString& table, const QString& column, const QString& word)
+{
+    // The value that has no absolute value
+    database.Execute(u"CREATE INDEX refuse ON %1 (abs(CASE WHEN instr(%2, '%3') THEN -9223372036854775807 - 1 ELSE 0 END))"_s.arg(table, column, word));
+}
+
 QStringList StoredNames(const QString& folder)
 {
     QStringList names = QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);

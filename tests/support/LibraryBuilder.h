@@ -27,6 +27,9 @@ qint64 CountOf(Database& database, const QString& table);
 /// Adds a row to `Files` and lays the file on the disk; returns the row's ID.
 qint64 AddStoredFile(Database& database, qint64 item, const QString& title, const QByteArray& bytes, Date added);
 
+/// Lets every connection fail to store a text with @p word in a column, until the index `refuse` is dropped.
+void RefuseWord(Database& database, const QString& table, const QString& column, const QString& word);
+
 /// All that lies in the folder of stored files, hidden or not, but for the mark of its library.
 QStringList StoredNames(const QString& folder);
 

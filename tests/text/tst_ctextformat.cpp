@@ -455,7 +455,7 @@ private Q_SLOTS:
         const auto library = Library();
         library->Execute(u"UPDATE Properties SET CommentColour = 1"_s);
         SetKeywords(*library, {{u"Own"_s, true}});
-        library->Execute(u"CREATE TRIGGER stop BEFORE INSERT ON Keywords BEGIN SELECT raise(ABORT, 'stopped'); END"_s);
+        library->Execute(u"CREATE TEMP TRIGGER stop BEFORE INSERT ON Keywords BEGIN SELECT raise(ABORT, 'stopped'); END"_s);
         ScriptedPrompts prompts;
         prompts.ExpectError();
         QVERIFY(!m_format->PopulateKeywordSet(*library, 1));

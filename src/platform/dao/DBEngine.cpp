@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <sqlite3.h>
+#include <utility>
 
 namespace qb {
 
@@ -18,6 +19,13 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int BusyTimeoutMilliseconds = 5000;
+/// What a schema or a statement may ask for: more than this program's own ever do, and far less than an
+/// attack needs.
+constexpr std::pair<int, int> Limits[] = {
+    {SQLITE_LIMIT_SQL_LENGTH, 1'000'000}, {SQLITE_LIMIT_COLUMN, 200},      {SQLITE_LIMIT_EXPR_DEPTH, 100},
+    {SQLITE_LIMIT_COMPOUND_SELECT, 50},   {SQLITE_LIMIT_VDBE_OP, 100'000}, {SQLITE_LIMIT_FUNCTION_ARG, 16},
+    {SQLITE_LIMIT_ATTACHED, 2},           {SQLITE_LIMIT_TRIGGER_DEPTH, 10},
+};
 constexpr QByteArrayView FileMagic{"SQLite format 3\0", 16};
 
 QString Shown(const QString& path)
@@ -62,9 +70,14 @@ std::unique_ptr<Database> DBEngine::Connect(const QString& path, int flags)
     // than holding data.
     sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    sqlite3_db_config(connection, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
+    sqlite3_db_config(connection, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
+    for (const auto& [limit, value] : Limits)
+        sqlite3_limit(connection, limit, value);
     // A misspelt column is an error, not a text.
     sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
     sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
+    database->Execute(u"PRAGMA cell_size_check = ON"_s); // damage is found where it is read
     database->Execute(u"PRAGMA foreign_keys = ON"_s);
     // With FULL the removal of the journal is not on the disk when a commit returns: a power cut within
     // seconds finds the journal again and undoes the commit.
@@ -127,6 +140,12 @@ std::unique_ptr<Database> DBEngine::OpenDatabase(const QString& path, Access acc
     }
     if (access == Access::ReadWrite && database->IsReadOnly())
         throw RuntimeError(ErrorNumber::CannotOpen, u"'%1' is read-only."_s.arg(Shown(path)),
+                           u"DBEngine::OpenDatabase"_s);
+    const qint64 version = database->QueryValue(u"PRAGMA user_version"_s).ToLong();
+    if (access == Access::ReadWrite && version > FormatVersion)
+        throw RuntimeError(ErrorNumber::CannotOpen,
+                           u"'%1' was made by a newer version of the program (format %2, this one knows %3); it can be opened for reading only."_s.arg(
+                               Shown(path)).arg(version).arg(FormatVersion),
                            u"DBEngine::OpenDatabase"_s);
     const qint64 expected = database->QueryValue(u"PRAGMA page_count"_s).ToLong() * database->QueryValue(u"PRAGMA page_size"_s).ToLong();
     if (QFileInfo(path).size() < expected)

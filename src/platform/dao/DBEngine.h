@@ -10,7 +10,7 @@ namespace qb {
 class DBEngine {
 public:
     enum class Access {
-        ReadWrite, ///< raises 3051 when the file or its folder can't be written to
+        ReadWrite, ///< raises 3051 when the file or its folder can't be written to, or is of a newer version
         ReadOnly,
     };
 
