@@ -134,7 +134,7 @@ void CheckStoredFiles(Database& database, Faults& faults)
     Statement rows = database.Query(u"SELECT ID, Title, CodeID, FileSize FROM Files ORDER BY ID"_s);
     while (rows.Step()) {
         const QString path = StoredFilePath(rows.Long(0), rows.Text(1));
-        if (path.isEmpty() || !QFileInfo(path).isFile())
+        if (path.isEmpty() || !IsPlainFile(path))
             faults.push_back({Kind::MissingFile, u"Files"_s, rows.Long(0),
                               u"The stored file %1 '%2' of the item %3 is missing from '%4'."_s.arg(rows.Long(0)).arg(
                                   rows.Text(1)).arg(rows.Long(2)).arg(QDir::toNativeSeparators(Session().CurrentFilesFolder))});

@@ -300,7 +300,7 @@ void ctlFileDetails::ShowDescription()
     UpdateActions();
     DescriptionShown();
     if (m_current)
-        m_preview->ShowFile(StoredFilePath(m_current->Key().toLongLong(), m_current->Title()), m_current->Title());
+        m_preview->ShowFile(ReadableStoredFile(m_current->Key().toLongLong(), m_current->Title()), m_current->Title());
     else
         m_preview->Clear();
 }

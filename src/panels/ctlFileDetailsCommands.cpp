@@ -79,7 +79,7 @@ QString AskZipName(QString proposed)
 QString ctlFileDetails::PlaceOf(qint64 id) const
 {
     const int row = m_files->RowOf(id);
-    return row < 0 ? QString() : StoredFilePath(id, m_files->TitleOf(row));
+    return row < 0 ? QString() : ReadableStoredFile(id, m_files->TitleOf(row));
 }
 
 bool ctlFileDetails::RowExists(qint64 id) const

@@ -245,6 +245,9 @@ QString CFileObject::SaveToFile2(const QString& target)
             }
             return;
         }
+        if (!IsPlainFile(source))
+            throw RuntimeError(ErrorNumber::PathAccess,
+                               u"What stands in the place of the stored file '%1' is no file; it is neither followed nor read."_s.arg(title.ToText()), ModuleName());
         const QString interim = InterimName(target);
         const auto clear = qScopeGuard([&interim] { QFile::remove(interim); }); // where it can't be moved
         CopyFileContents(source, interim, Progress);

@@ -77,10 +77,14 @@ void SetAside(const QString& place)
 /// Finishes or takes back what a work that is over left under the name @p path.
 void FinishPendingFile(Database& database, const QString& path, const QString& kind, qint64 id, const QString& titleMark)
 {
-    if (!QFile::exists(path))
+    if (!QFile::exists(path) && !QFileInfo(path).isSymLink())
         return; // it has got to its place since
-    if (kind == u"packing"_s) {
+    if (const QFileInfo file(path); kind == u"packing"_s && file.isDir() && !file.isSymLink()) {
         DeleteFolder(path);
+        return;
+    }
+    if (!IsPlainFile(path)) { // a link or a pipe is nobody's stored file
+        QFile::remove(path);
         return;
     }
     const Value title = kind == u"adding"_s ? Value() : database.QueryValue(u"SELECT Title FROM Files WHERE ID = ?"_s, {id});
@@ -219,7 +223,7 @@ void FinishPendingFiles(Database& database)
     static const QRegularExpression pending(u"^\\.(?:(adding|arriving|leaving|packing)-([0-9a-f]{32})-(\\d+)(?:-([0-9a-f]{8}))?|working-([0-9a-f]{32}))$"_s);
     const QDir folder(Session().CurrentFilesFolder);
     QHash<QString, bool> underWay; // by mark
-    for (const QString& name : folder.entryList({u".*"_s}, QDir::Files | QDir::Dirs | QDir::Hidden)) {
+    for (const QString& name : folder.entryList({u".*"_s}, QDir::Files | QDir::Dirs | QDir::Hidden | QDir::System)) {
         const QRegularExpressionMatch match = pending.match(name);
         if (!match.hasMatch())
             continue;

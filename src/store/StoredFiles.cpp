@@ -4,6 +4,9 @@
 #include "store/Deletions.h"
 #include "store/SessionValues.h"
 
+#include <QFile>
+#include <sys/stat.h>
+
 namespace qb {
 
 using namespace Qt::StringLiterals;
@@ -30,6 +33,18 @@ QString StoredFilePath(qint64 id, const QString& title)
     if (title.contains(u'/') || title.contains(u'\\') || title.contains(QChar(u'\0')))
         return {};
     return Session().CurrentFilesFolder + QString::number(id) + u" - "_s + title;
+}
+
+bool IsPlainFile(const QString& path)
+{
+    struct stat state {};
+    return ::lstat(QFile::encodeName(path).constData(), &state) == 0 && S_ISREG(state.st_mode);
+}
+
+QString ReadableStoredFile(qint64 id, const QString& title)
+{
+    const QString path = StoredFilePath(id, title);
+    return IsPlainFile(path) ? path : QString();
 }
 
 DeletedFileRow DeleteStoredFileRow(Database& database, qint64 id)

@@ -11,6 +11,13 @@ namespace qb {
 /// " - " and the title. A title that would lead out of that folder gives an empty path.
 QString StoredFilePath(qint64 id, const QString& title);
 
+/// The same where an ordinary file stands there, empty otherwise: a library's folder may come from somebody
+/// else, and a link, a pipe or a device in it is neither followed nor waited for.
+QString ReadableStoredFile(qint64 id, const QString& title);
+
+/// Whether an ordinary file stands there; links are none.
+bool IsPlainFile(const QString& path);
+
 /// What the deletion of a row of `Files` leaves to be done.
 struct DeletedFileRow {
     QString Place; ///< of its file, which goes once the deletion is committed; empty when there was no row

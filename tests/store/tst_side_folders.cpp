@@ -12,6 +12,8 @@
 #include "support/TestRun.h"
 
 #include <QDir>
+#include <QElapsedTimer>
+#include <sys/stat.h>
 
 using namespace qb;
 using namespace qb::test;
@@ -110,6 +112,40 @@ private Q_SLOTS:
         QCOMPARE(Cli({u"attach"_s, m_one, u"1"_s, m_home->Path(u"a.txt"_s)}).Out, u"1\n"_s);
         QCOMPARE(ReadFile(Folder() + u"1 - a.txt"_s), "mine"_ba);
         QCOMPARE(ReadFile(Folder() + u"found 1 - a.txt"_s), "somebody's"_ba);
+    }
+
+    /// A folder from a stranger may hold anything under the name of a stored file.
+    void whatIsNoFile_isNeitherFollowedNorWaitedFor_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::newRow("pipe") << u"pipe"_s;
+        QTest::newRow("link") << u"link"_s;
+        QTest::newRow("link to nothing") << u"nothing"_s;
+    }
+    void whatIsNoFile_isNeitherFollowedNorWaitedFor()
+    {
+        QFETCH(QString, kind);
+        MakeBoth();
+        const QString secret = m_home->Path(u"secret"_s);
+        WriteFile(secret, "secret"_ba);
+        const QString target = kind == u"link"_s ? secret : u"/no/such/file"_s;
+        const QString mark = u"0123456789abcdef0123456789abcdef"_s;
+        for (const QString& name : {u"1 - a.txt"_s, u".arriving-%1-1"_s.arg(mark), u".packing-%1-0"_s.arg(mark), u".adding-%1-0"_s.arg(mark)}) {
+            QFile::remove(Folder() + name);
+            QVERIFY(kind == u"pipe"_s ? ::mkfifo(QFile::encodeName(Folder() + name).constData(), 0600) == 0 : QFile::link(target, Folder() + name));
+        }
+        const QString out = m_home->Path(u"out.txt"_s);
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(Cli({u"extract"_s, m_one, u"1"_s, out}).Status, 1);
+        QVERIFY(!QFileInfo::exists(out));
+        QCOMPARE(Cli({u"check"_s, m_one}).Status, 1);
+        QCOMPARE(Cli({u"set"_s, m_one, u"1"_s, u"--title"_s, u"x"_s}).Status, 0); // which finishes what is pending
+        QCOMPARE(Cli({u"attach"_s, m_one, u"1"_s, Folder() + u"1 - a.txt"_s}).Status, kind == u"link"_s ? 0 : 1);
+        QCOMPARE(Cli({u"delete"_s, m_one, u"1"_s}).Status, 0);
+        QVERIFY(timer.elapsed() < 30000);
+        QCOMPARE(ReadFile(secret), "secret"_ba);
+        QCOMPARE(QDir(Folder()).entryList({u".a*"_s, u".p*"_s}, QDir::AllEntries | QDir::Hidden | QDir::System), QStringList());
     }
 
     void storedFileOfAnotherSize_isAFault()

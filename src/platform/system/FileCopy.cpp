@@ -197,7 +197,7 @@ void Copy(const Descriptor& source, const Descriptor& target, qint64 total, cons
 
 void CopyFileContents(const QString& source, const QString& target, const std::function<bool(qint64, qint64)>& progress)
 {
-    Descriptor from(source, O_RDONLY);
+    Descriptor from(source, O_RDONLY | O_NONBLOCK); // a pipe is not waited for
     struct stat state {};
     if (from.Number() < 0 || ::fstat(from.Number(), &state) != 0)
         Fail(u"read"_s, source);
