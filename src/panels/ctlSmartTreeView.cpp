@@ -2,6 +2,7 @@
 
 #include "panels/ui/NodeLook.h"
 #include "panels/ui/NodeTreeView.h"
+#include "panels/ui/SteadyTreeView.h"
 #include "support/ui/Icons.h"
 
 #include <QAction>
@@ -87,7 +88,7 @@ void ctlSmartTreeView::MakeTree()
     m_tree->setAccessibleName(u"Items"_s);
     m_tree->viewport()->installEventFilter(this);
     m_tree->installEventFilter(this);
-    m_found = new QTreeView;
+    m_found = new SteadyTreeView;
     m_found->setObjectName(u"tvwFound"_s);
     m_found->setAccessibleName(u"Items that match"_s);
     m_found->setHeaderHidden(true);

@@ -258,7 +258,7 @@ void frmCodeLib::ConnectPanels()
     NodeTreeView* tree = tvCodeItems->Tree();
     connect(tree, &NodeTreeView::LabelEdited, this,
             [this](TreeNode* node, const QString& text) { m_items->AfterLabelEdit(*node, text); });
-    connect(tree, &NodeTreeView::LabelEditEnded, this, [this](TreeNode* node) { m_items->LabelEditEnded(*node); });
+    connect(tree, &NodeTreeView::LabelEditEnded, this, [this](TreeNode* node, bool) { m_items->LabelEditEnded(*node); });
     // What the menu does not allow for the item the key does not do either.
     const auto ifEnabled = [this](const QString& command, void (ItemCommands::*run)()) {
         return [this, command, run] {

@@ -3,8 +3,11 @@
 #include "panels/TreeNodes.h"
 #include "support/ui/Icons.h"
 
+#include <QAbstractItemView>
+#include <QHelpEvent>
 #include <QStyle>
-#include <QWidget>
+#include <QTextDocument>
+#include <QToolTip>
 
 namespace qb {
 
@@ -17,6 +20,24 @@ void NodeLook::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& 
     option->icon = IconNamed(ImageKey(TreeImage(image)));
     option->decorationSize = option->widget->style()->pixelMetric(QStyle::PM_SmallIconSize) * QSize(1, 1);
     option->font.setBold(index.data(TreeNodes::BoldRole).toBool());
+}
+
+/// Titles and descriptions are the user's, so that no part of them is markup.
+bool NodeLook::helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option, const QModelIndex& index)
+{
+    if (event->type() != QEvent::ToolTip || !index.isValid())
+        return QStyledItemDelegate::helpEvent(event, view, option, index);
+    QStringList lines;
+    const QRect seen = option.rect.intersected(view->viewport()->rect());
+    if (sizeHint(option, index).width() > seen.width())
+        lines << index.data().toString();
+    if (const QString tip = index.data(Qt::ToolTipRole).toString(); !tip.isEmpty())
+        lines << tip;
+    if (lines.isEmpty())
+        QToolTip::hideText();
+    else
+        QToolTip::showText(event->globalPos(), Qt::convertFromPlainText(lines.join(u'\n'), Qt::WhiteSpaceNormal), view->viewport(), option.rect);
+    return true;
 }
 
 } // namespace qb

@@ -50,7 +50,7 @@ private:
 
 } // namespace
 
-NodeTreeView::NodeTreeView(TreeNodes& nodes, QWidget* parent) : QTreeView(parent), m_nodes(nodes)
+NodeTreeView::NodeTreeView(TreeNodes& nodes, QWidget* parent) : SteadyTreeView(parent), m_nodes(nodes)
 {
     constexpr int DragInterval = 100; // milliseconds
     setHeaderHidden(true);
@@ -64,12 +64,13 @@ NodeTreeView::NodeTreeView(TreeNodes& nodes, QWidget* parent) : QTreeView(parent
     setDropIndicatorShown(false);
     setAutoScroll(false); // the drag has a way of its own
     tmrDragTimer.setInterval(DragInterval);
-    connect(itemDelegate(), &QAbstractItemDelegate::closeEditor, this, [this] {
+    connect(itemDelegate(), &QAbstractItemDelegate::closeEditor, this, [this](QWidget*, QAbstractItemDelegate::EndEditHint hint) {
         // Once the text has been taken over, if it was.
+        const bool cancelled = hint == QAbstractItemDelegate::RevertModelCache;
         if (TreeNode* node = Current())
-            QTimer::singleShot(0, this, [this, id = node->Id] {
+            QTimer::singleShot(0, this, [this, id = node->Id, cancelled] {
                 if (TreeNode* edited = m_nodes.Find(id))
-                    Q_EMIT LabelEditEnded(edited);
+                    Q_EMIT LabelEditEnded(edited, cancelled);
             });
     });
     connect(&tmrDragTimer, &QTimer::timeout, this, [this] { m_drag.Tick(); });
@@ -96,7 +97,7 @@ void NodeTreeView::SetDropHighlight(const TreeNode* node)
 
 void NodeTreeView::drawRow(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
 {
-    QTreeView::drawRow(painter, option, index);
+    SteadyTreeView::drawRow(painter, option, index);
     if (!m_highlight.isValid() || index != m_highlight)
         return;
     QColor fill = palette().color(QPalette::Highlight);
@@ -113,7 +114,7 @@ void NodeTreeView::mousePressEvent(QMouseEvent* event)
 {
     m_pressed = indexAt(event->position().toPoint());
     if (event->button() != Qt::RightButton) // which only asks for the menu of the selected node
-        QTreeView::mousePressEvent(event);
+        SteadyTreeView::mousePressEvent(event);
 }
 
 void NodeTreeView::contextMenuEvent(QContextMenuEvent* event)
@@ -134,8 +135,37 @@ void NodeTreeView::keyPressEvent(QKeyEvent* event)
         Q_EMIT DeletePressed(node);
     else if (event->key() == Qt::Key_Insert && event->modifiers() == Qt::NoModifier)
         Q_EMIT InsertPressed();
+    else if (event->key() == Qt::Key_Asterisk && node)
+        ExpandBelow(*node);
+    else if (event->key() == Qt::Key_Plus && node && node->Children.empty())
+        event->accept(); // there is nothing to open
     else
-        QTreeView::keyPressEvent(event);
+        GoByKey(event);
+}
+
+/// The row that a key goes to is seen; dragging has a way of scrolling of its own, so the tree has none.
+void NodeTreeView::GoByKey(QKeyEvent* event)
+{
+    static constexpr int moves[] = {Qt::Key_Up,   Qt::Key_Down, Qt::Key_PageUp, Qt::Key_PageDown,
+                                    Qt::Key_Home, Qt::Key_End,  Qt::Key_Left,   Qt::Key_Right};
+    const QModelIndex before = currentIndex();
+    SteadyTreeView::keyPressEvent(event);
+    if (currentIndex() != before || std::find(std::begin(moves), std::end(moves), event->key()) != std::end(moves))
+        scrollTo(currentIndex());
+}
+
+/// Opens a branch with all branches in it. What has no children is none, and is not opened.
+void NodeTreeView::ExpandBelow(const TreeNode& node)
+{
+    scheduleDelayedItemsLayout(); // once, when all are open
+    std::vector<const TreeNode*> left{&node};
+    while (!left.empty()) {
+        const TreeNode* at = left.back();
+        left.pop_back();
+        left.insert(left.end(), at->Children.begin(), at->Children.end());
+        if (!at->Children.empty())
+            expand(m_nodes.IndexOf(at));
+    }
 }
 
 // Drag and drop

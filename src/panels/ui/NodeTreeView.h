@@ -1,9 +1,9 @@
 #pragma once
 
 #include "panels/TreeNodes.h"
+#include "panels/ui/SteadyTreeView.h"
 
 #include <QTimer>
-#include <QTreeView>
 #include <functional>
 
 namespace qb {
@@ -19,7 +19,7 @@ struct TreeDragRules {
 
 /// The control that draws the item tree: an image a node, titles that can be typed, a drag that
 /// opens and scrolls.
-class NodeTreeView : public QTreeView {
+class NodeTreeView : public SteadyTreeView {
     Q_OBJECT
 
 public:
@@ -36,8 +36,8 @@ public:
 
 Q_SIGNALS:
     void LabelEdited(qb::TreeNode* node, const QString& text);
-    /// The editor of a title has closed, whether or not the title was changed.
-    void LabelEditEnded(qb::TreeNode* node);
+    /// The editor of a title has closed, whether or not the title was changed; @p cancelled by Escape.
+    void LabelEditEnded(qb::TreeNode* node, bool cancelled);
     void RightClicked(qb::TreeNode* node, const QPoint& place);
     void DeletePressed(qb::TreeNode* node);
     void InsertPressed();
@@ -55,6 +55,8 @@ protected:
 
 private:
     TreeNode* Current() const { return m_nodes.NodeAt(currentIndex()); }
+    void GoByKey(QKeyEvent* event);
+    void ExpandBelow(const TreeNode& node);
     bool IsOurs(const QDropEvent& event) const;
 
     TreeNodes& m_nodes;
