@@ -229,6 +229,24 @@ void TreeNodes::SetText(TreeNode& node, const QString& text)
     Q_EMIT dataChanged(changed, changed, {Qt::DisplayRole});
 }
 
+void TreeNodes::PlaceByTitle(TreeNode& node)
+{
+    if (!node.Parent)
+        return;
+    std::vector<TreeNode*>& siblings = node.Parent->Children;
+    const auto before = std::count_if(siblings.begin(), siblings.end(), [&node](const TreeNode* one) { return TitleLess(*one, node); });
+    const int row = int(before);
+    if (row == node.Row)
+        return;
+    const QModelIndex parent = IndexOf(node.Parent);
+    beginMoveRows(parent, node.Row, node.Row, parent, row > node.Row ? row + 1 : row);
+    siblings.erase(siblings.begin() + node.Row);
+    siblings.insert(siblings.begin() + row, &node);
+    for (size_t i = 0; i < siblings.size(); ++i)
+        siblings[i]->Row = int(i);
+    endMoveRows();
+}
+
 void TreeNodes::Clear()
 {
     m_topLevel.clear();

@@ -84,6 +84,8 @@ public:
     /// Makes a node, with all that stands below it, the last child of @p parent.
     void Move(TreeNode& node, TreeNode& parent);
     void SetText(TreeNode& node, const QString& text);
+    /// Puts a node among its siblings where its title belongs, as a tree that is read anew has it.
+    void PlaceByTitle(TreeNode& node);
 
     qsizetype Count() const { return m_byId.size(); }
     /// All nodes in the order in which they were added; removed ones stand there empty.

@@ -178,12 +178,15 @@ void ItemCommands::LinkNewItem(TreeNode& node, const QString& description, bool 
         return m_view.StartLabelEdit(node);
     }
     node.Tag = description;
+    m_view.Nodes().PlaceByTitle(node);
     if (AddNewLinkToSelectedItem)
         AddNewLinkToSelectedItem(node.Text);
 }
 
-void ItemCommands::LabelEditEnded(const TreeNode& node)
+void ItemCommands::LabelEditEnded(TreeNode& node)
 {
+    m_view.Nodes().PlaceByTitle(node); // a new one stood last while its title was typed
+    m_view.EnsureVisible(node);
     if (node.Id == std::exchange(m_newLinkedItem, 0) && m_session.Mode != LinkMode::None && AddNewLinkToSelectedItem)
         AddNewLinkToSelectedItem(node.Text);
 }
@@ -238,6 +241,7 @@ bool ItemCommands::AfterLabelEdit(TreeNode& node, const QString& newText)
         item.SetItemChanged(true);
         m_shell.SetStatusText(title);
         m_view.Nodes().SetText(node, title);
+        m_view.Nodes().PlaceByTitle(node);
         item.Commit();
         if (m_session.Mode == LinkMode::None)
             m_tree.SElectCodeItem(key);

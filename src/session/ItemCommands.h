@@ -34,7 +34,7 @@ public:
     /// A click on a node opens its item, or is the second step of a link mode.
     void tvCodeItems_NodeClick(TreeNode& node);
     /// The editor of a node's title has closed, with another title or without.
-    void LabelEditEnded(const TreeNode& node);
+    void LabelEditEnded(TreeNode& node);
     /// Links the current item with that of the selected node; its title, or empty for the node's text.
     std::function<void(const QString& title)> AddNewLinkToSelectedItem;
 

@@ -125,6 +125,7 @@ bool ItemDrag::MoveTo(TreeNode& node, TreeNode& target, bool stamp)
         return false;
     transaction.Commit();
     m_view.Nodes().Move(node, target);
+    m_view.Nodes().PlaceByTitle(node);
     if (!target.IsRoot())
         m_view.Nodes().SetImages(target, target.Image, TreeImage::OPENFOLDER); // its image stays, deliberately
     if (oldParent && !oldParent->IsRoot() && oldParent->Children.empty()) {

@@ -191,6 +191,29 @@ void ItemTree::Refill()
     m_view.SetTreeVisible(true);
 }
 
+void ItemTree::Reload()
+{
+    std::vector<qint64> open;
+    for (const TreeNode& node : m_view.Nodes().All()) {
+        if (node.Expanded && !node.Children.empty())
+            open.push_back(node.Id);
+    }
+    const bool hasItem = m_session.oCodeItem && !m_session.oCodeItem->Key().isEmpty();
+    const qint64 shown = hasItem ? m_session.oCodeItem->Key().toLongLong() : 0;
+    Refill();
+    TreeNodes& nodes = m_view.Nodes();
+    for (const qint64 id : open) {
+        if (TreeNode* node = nodes.Find(id); node && !node->Children.empty())
+            m_view.SetExpanded(*node, true);
+    }
+    TreeNode* node = nodes.Find(shown) ? nodes.Find(shown) : nodes.Root();
+    if (!node)
+        return;
+    m_view.SelectItem(*node);
+    m_view.EnsureVisible(*node);
+    SElectCodeItem(node->Key());
+}
+
 void ItemTree::ClearTreeView()
 {
     TreeNodes& nodes = m_view.Nodes();

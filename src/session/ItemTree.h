@@ -30,6 +30,8 @@ public:
     void ClearTreeView();
     /// Both, with the tree hidden meanwhile.
     void Refill();
+    /// Reads the items anew. Open branches stay open, and the item that is shown stays that.
+    void Reload();
     /// Selects a node and draws it bold.
     void BoldTreeNode(TreeNode& node);
     /// Shows the selected node in the details panel.

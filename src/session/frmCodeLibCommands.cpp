@@ -109,10 +109,8 @@ void frmCodeLib::ConnectCommands()
          }},
         {u"mnuViewRefresh"_s,
          [this] {
-             if (!m_items->SaveItem())
-                 return;
-             m_tree->Refill();
-             m_tree->SElectCodeItem(RootKey);
+             if (m_items->SaveItem())
+                 m_tree->Reload();
          }},
         {u"mnuCollapseBranchesItem"_s, [this] { m_tree->CollapseBranches(); }},
         {u"mnuViewErrorLog"_s, [this] { mnuViewErrorLog_Click(); }},

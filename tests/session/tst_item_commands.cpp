@@ -360,7 +360,7 @@ private Q_SLOTS:
         s->Click(u"a"_s);
         s->Time.AddSeconds(60);
         QVERIFY(s->Items.AfterLabelEdit(s->Node(u"a1"_s), u"né\nw"_s));
-        QCOMPARE(s->Shape(), u"Ali äs Library(a(né w a2) b)"_s); // in one line, in its place
+        QCOMPARE(s->Shape(), u"Ali äs Library(a(a2 né w) b)"_s); // in one line, in its place
         QCOMPARE(s->Shell.StatusText, u"né w"_s);
         QCOMPARE(s->Details.Title, u"né w"_s);
         QCOMPARE(LastChanged(u"né w"_s), s->Time.Now());

@@ -59,7 +59,7 @@ private Q_SLOTS:
     {
         Fill();
         QVERIFY(Drag(u"a1"_s, u"Ali äs Library"_s));
-        QCOMPARE(s->Shape(), u"Ali äs Library(a(a2) b Orphaned Items(orphan) a1)"_s);
+        QCOMPARE(s->Shape(), u"Ali äs Library(a(a2) a1 b Orphaned Items(orphan))"_s);
         QCOMPARE(ParentOf(u"a1"_s), 0);
         QCOMPARE(s->Image(u"Ali äs Library"_s), u"OBJECTS"_s);
     }

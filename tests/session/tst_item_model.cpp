@@ -179,11 +179,21 @@ struct PlainSession {
         At(parent).Expanded = false;
         SetImages(parent, TreeImage::CHILD, TreeImage::CHILD);
     }
+    /// Among its siblings by its title, wherever the others stand.
+    void Place(qint64 id)
+    {
+        std::vector<qint64>& siblings = At(At(id).Parent).Children;
+        const auto key = [this](qint64 one) { return std::pair(PlainSortKey(At(one).Title), one); };
+        std::erase(siblings, id);
+        const auto less = std::count_if(siblings.begin(), siblings.end(), [&](qint64 one) { return key(one) < key(id); });
+        siblings.insert(siblings.begin() + less, id);
+    }
     void Move(qint64 id, qint64 target)
     {
         const qint64 parent = std::exchange(At(id).Parent, target);
         std::erase(At(parent).Children, id);
         At(target).Children.push_back(id);
+        Place(id);
         SetImages(target, At(target).Image, TreeImage::OPENFOLDER);
         if (parent != 0 && At(parent).Children.empty()) {
             At(parent).Expanded = false;
@@ -480,6 +490,7 @@ private:
         if (plain.Open == id)
             Leave();
         plain.At(id).Title = title;
+        plain.Place(id);
         plain.At(id).Changed = Now();
         plain.OpenItem(id);
         Meet(plain.Selected == id ? u"renamed"_s : u"renamed another"_s);
