@@ -10,6 +10,7 @@
 #include <QCursor>
 #include <QEvent>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPlainTextEdit>
@@ -101,6 +102,14 @@ void ctlSmartTreeView::MakeTree()
     m_trees = new QStackedWidget;
     m_trees->addWidget(m_tree);
     m_trees->addWidget(m_found);
+    m_noMatch = new QLabel;
+    m_noMatch->setObjectName(u"lblNoMatch"_s);
+    m_noMatch->setTextFormat(Qt::PlainText);
+    m_noMatch->setWordWrap(true);
+    m_noMatch->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
+    constexpr int Margin = 12;
+    m_noMatch->setMargin(Margin);
+    m_trees->addWidget(m_noMatch);
     txtDescription = new QPlainTextEdit;
     txtDescription->setObjectName(u"txtItemDescription"_s);
     txtDescription->setAccessibleName(u"Description of the item"_s);
@@ -166,7 +175,7 @@ void ctlSmartTreeView::MakeToolbar()
     cboLinkedItems->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     cboLinkedItems->setMinimumContentsLength(1);
     cboLinkedItems->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    tbrLinks->addWidget(cboLinkedItems);
+    m_linkBox = tbrLinks->addWidget(cboLinkedItems);
     const auto follow = [this] {
         if (ComboItem() != 0)
             Q_EMIT LinkFollowed(ComboItem());
@@ -269,7 +278,7 @@ void ctlSmartTreeView::SetExpanded(TreeNode& node, bool expanded)
 
 void ctlSmartTreeView::FocusTree()
 {
-    m_trees->currentWidget()->setFocus();
+    m_trees->currentWidget() == m_noMatch ? txtFilter->setFocus() : m_trees->currentWidget()->setFocus();
 }
 
 void ctlSmartTreeView::SetTreeVisible(bool visible)
@@ -308,7 +317,8 @@ void ctlSmartTreeView::ScrollLines(int lines)
 
 void ctlSmartTreeView::StartFilter()
 {
-    SetTreeHidden(false);
+    m_hidden = m_autoHidden = false; // whatever has hidden it
+    ShowShrunk();
     txtFilter->setFocus();
     txtFilter->selectAll();
 }
@@ -328,7 +338,8 @@ void ctlSmartTreeView::ApplyFilter()
         m_tree->scrollTo(m_tree->currentIndex());
         return;
     }
-    m_trees->setCurrentWidget(m_found);
+    m_noMatch->setText(u"No title holds “%1”."_s.arg(text));
+    m_trees->setCurrentWidget(m_matches.MatchCount() == 0 ? static_cast<QWidget*>(m_noMatch) : m_found);
     // Of very many matches nobody reads all; their branches stay closed, which is faster.
     constexpr int MostExpanded = 5000;
     if (m_matches.MatchCount() <= MostExpanded)
@@ -337,7 +348,6 @@ void ctlSmartTreeView::ApplyFilter()
         m_found->expand(m_matches.index(0, 0));
     if (const TreeNode* node = SelectedItem())
         m_found->setCurrentIndex(m_matches.IndexOf(node));
-    m_found->setToolTip(m_matches.MatchCount() == 0 ? u"No title holds this text."_s : QString());
 }
 
 /// Goes to the item as if its node in the whole tree had been clicked.
@@ -366,13 +376,13 @@ bool ctlSmartTreeView::FilterKey(QObject* watched, int key)
         Q_EMIT NodeClick(SelectedItem());
         return true;
     }
-    if (key == Qt::Key_Escape && m_trees->currentWidget() == m_found) {
+    if (key == Qt::Key_Escape && m_trees->currentWidget() != m_tree) {
         EndFilter();
         m_tree->setFocus();
         return true;
     }
     if (watched == txtFilter && (isEnter || key == Qt::Key_Down) && m_matches.MatchCount() > 0) {
-        if (!m_found->currentIndex().isValid() || isEnter)
+        if (isEnter || !m_matches.IsMatch(m_found->currentIndex()))
             m_found->setCurrentIndex(m_matches.IndexOf(m_matches.FirstMatch()));
         m_found->setFocus();
         if (isEnter)
@@ -464,7 +474,7 @@ void ctlSmartTreeView::UpdateLinkItemInCombo(const CLink& link)
 void ctlSmartTreeView::UpdateCombo()
 {
     const bool any = cboLinkedItems->count() > 1;
-    cboLinkedItems->setEnabled(any);
+    m_linkBox->setEnabled(any);
     cboLinkedItems->setToolTip(any ? u"%1 linked items"_s.arg(cboLinkedItems->count() - 1)
                                    : u"There are no item links to the currently selected item."_s);
     if (m_linkGoto)

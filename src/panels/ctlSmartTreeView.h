@@ -7,6 +7,7 @@
 #include <QWidget>
 
 class QComboBox;
+class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
 class QSplitter;
@@ -114,12 +115,14 @@ private:
     QAction* m_description = nullptr;
     QToolButton* m_linkMode = nullptr;
     QComboBox* cboLinkedItems = nullptr;
+    QAction* m_linkBox = nullptr; ///< of cboLinkedItems: the toolbar enables the box with it
     QAction* m_linkGoto = nullptr;
     QAction* m_linkRemove = nullptr;
     QSplitter* m_splitter = nullptr;
     QStackedWidget* m_trees = nullptr; ///< the whole one, and what the filter finds
     NodeTreeView* m_tree;
     QTreeView* m_found = nullptr;
+    QLabel* m_noMatch = nullptr; ///< in the place of what is found, when that is nothing
     QPlainTextEdit* txtDescription = nullptr;
     qb::LinkMode m_mode = qb::LinkMode::None;
     qb::LinkMode m_chosenMode = qb::LinkMode::OneWayFrom; ///< of the button
