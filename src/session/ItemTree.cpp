@@ -330,6 +330,8 @@ void ItemTree::SElectCodeItem(const QString& key)
             m_session.oCodeItem = std::make_unique<CCodeItem>(); // nothing that could be changed
             Apply({}, true);
             m_shell.SetItemDate({}, {});
+            if (m_session.moHistory && m_session.moHistory->Position() > 0)
+                EnableBack(true);
             ItemShown();
             return;
         }
@@ -418,6 +420,21 @@ void ItemTree::GoToNode(const QString& key)
         SElectCodeItem(key);
         m_view.FocusTree();
     });
+}
+
+void ItemTree::GoBack()
+{
+    CHistory& history = *m_session.moHistory;
+    if (m_session.CurrentItemKey != RootKey || history.Position() == 0)
+        return GoToNode(history.PreviousInHistory());
+    GoToNode(history.Keys()[history.Position() - 1]);
+    EnableBack(history.Position() > 1);
+}
+
+void ItemTree::EnableBack(bool enabled)
+{
+    m_commands.SetEnabled(u"BACK"_s, enabled);
+    m_commands.SetEnabled(u"mnuBackItem"_s, enabled);
 }
 
 // Expand and collapse

@@ -51,6 +51,9 @@ public:
     Commands::ItemState StateOf(const TreeNode& node) const;
     /// Selects the node of @p key and opens it; an empty key does nothing.
     void GoToNode(const QString& key);
+    /// Goes to the item that was visited before; from the root, which is no step of the history, to
+    /// the one that was left for it.
+    void GoBack();
     /// The user has clicked @p node, or gone to it with the keyboard.
     void TreeViewNodeClick(TreeNode& node);
     void NodeExpanded(TreeNode& node);
@@ -88,6 +91,7 @@ private:
     void GoTo(TreeNode& node);
     void ConnectItem();
     void EnableWalks(bool conflicts);
+    void EnableBack(bool enabled);
     /// What may be done with an item, by the image of its node.
     struct Permissions {
         bool Keep = false;    ///< it may be kept: a child has deleted it

@@ -332,6 +332,15 @@ void frmCodeLib::SetStatusText(const QString& text)
     m_statusText->setText(text);
 }
 
+/// The title of the item that is shown; with none the library's language, as when it was opened.
+void frmCodeLib::ShowStatusOfItem()
+{
+    if (m_session.oCodeItem && !m_session.oCodeItem->Key().isEmpty())
+        SetStatusText(m_session.oCodeItem->Title());
+    else if (CurrentDatabase())
+        SetStatusText(CurrentDatabase()->QueryValue(u"SELECT LanguageUsed FROM Properties"_s).ToText());
+}
+
 void frmCodeLib::SetItemDate(const QString& text, const QString& tip)
 {
     m_shownDate = text;

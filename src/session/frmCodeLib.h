@@ -98,6 +98,7 @@ private:
     void ConnectPanels();
     void ConnectLinks();
     void FollowLink(qint64 item);
+    void ShowStatusOfItem();
     std::optional<LinkDirection> AskLinkDirection();
     void tvCodeItems_Shrinking(bool shrinks);
     void ConnectDetails();

@@ -77,7 +77,7 @@ void frmCodeLib::ConnectCommands()
 {
     const auto back = [this] {
         if (m_items->SaveItem()) // before the history moves
-            m_tree->GoToNode(m_session.moHistory->PreviousInHistory());
+            m_tree->GoBack();
     };
     const auto forward = [this] {
         if (m_items->SaveItem())

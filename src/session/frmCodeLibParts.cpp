@@ -133,6 +133,7 @@ void frmCodeLib::MakeMenus()
     }
     connect(mnuEdit, &QMenu::aboutToShow, this, &frmCodeLib::mnuEdit_Click);
     connect(MenuOf(CommandRow::Place::Item), &QMenu::aboutToShow, this, &frmCodeLib::mnuItem_Click);
+    addAction(m_actions[u"mnuFilterTree"_s]); // its key works where the menu doesn't: with no text shown
     m_actions[u"mnuAutoSaveItem"_s]->setCheckable(true);
     mnuFileDatabaseSelect = new QMenu(this);
     m_actions[u"mnuFileDatabaseSelect"_s]->setMenu(mnuFileDatabaseSelect);
@@ -281,6 +282,7 @@ void frmCodeLib::ConnectPanels()
                         .Complete = [this] { m_drag->Complete(); }});
     m_tree->ItemShown = [this] {
         m_items->ItemMenuEdit();
+        ShowStatusOfItem();
         m_linking->ShowLinks();
         tvCodeItems->UpdateDescription(m_session.oCodeItem ? m_session.oCodeItem->Description() : QString());
     };

@@ -50,7 +50,7 @@ constexpr TabRow TabRows[] = {
     {DetailsTab::Usage, "&Usage", "USAGE", "DIS_USAGE"},
     {DetailsTab::Files, "Fi&les", "FILES", "DIS_FILES"},
     {DetailsTab::Links, "&Web Links", "LINKS", "DIS_LINKS"},
-    {DetailsTab::Info, "I&nfo", "INFO", "DIS_INFO"},
+    {DetailsTab::Info, "Inf&o", "INFO", "DIS_INFO"},
 };
 
 int IndexOf(DetailsTab tab)

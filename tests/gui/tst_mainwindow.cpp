@@ -333,7 +333,7 @@ private Q_SLOTS:
         Action(u"mnuViewRefresh"_s)->trigger();
         QCOMPARE(Tree()->model()->rowCount(Root()), 3);
         QVERIFY(Action(u"BACK"_s)->isEnabled());
-        QVERIFY(Find<QLabel>(u"sbrMainPanel2"_s)->text().isEmpty());
+        QVERIFY(!Find<QLabel>(u"sbrMainPanel2"_s)->text().isEmpty()); // of the item, which stays
         Action(u"BACK"_s)->trigger();
         QCOMPARE(Find<QLabel>(u"lblTitle"_s)->text(), u"Äpfel"_s);
     }
