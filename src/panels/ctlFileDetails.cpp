@@ -341,7 +341,8 @@ bool ctlFileDetails::SaveFileDescChanges(bool mayAsk)
             || Prompts::Current().MsgBox({.Text = u"The file description have been changed. Do you want to save these changes?"_s,
                                           .Caption = u"Save changes?"_s,
                                           .Buttons = MsgBoxButtons::YesNo,
-                                          .Icon = MsgBoxIcon::Question})
+                                          .Icon = MsgBoxIcon::Question,
+                                          .MustAnswer = true})
                 == MsgBoxResult::Yes;
         if (!wanted) {
             ForgetFileDescChanges();

@@ -15,13 +15,14 @@ namespace {
 
 const QString ModuleName = u"MainForm"_s;
 
-bool Asked(const QString& text, const QString& caption, MsgBoxResult preset = MsgBoxResult::Yes)
+bool Asked(const QString& text, const QString& caption, MsgBoxResult preset = MsgBoxResult::Yes, bool mustAnswer = false)
 {
     return Prompts::Current().MsgBox({.Text = text,
                                       .Caption = caption,
                                       .Buttons = MsgBoxButtons::YesNo,
                                       .Icon = MsgBoxIcon::Question,
-                                      .Default = preset})
+                                      .Default = preset,
+                                      .MustAnswer = mustAnswer})
         == MsgBoxResult::Yes;
 }
 
@@ -77,8 +78,8 @@ bool ItemCommands::SaveItem()
         CCodeItem* item = m_session.oCodeItem.get();
         bool kept = true;
         if (item && item->Unsaved()) {
-            const bool wanted
-                = m_autoSaveOn || Asked(u"This item has been changed. Do you wish to save the changes?"_s, u"Save Item"_s);
+            const bool wanted = m_autoSaveOn
+                || Asked(u"This item has been changed. Do you wish to save the changes?"_s, u"Save Item"_s, MsgBoxResult::Yes, true);
             const std::shared_ptr<void> wait = wanted ? m_shell.WaitCursor() : nullptr;
             kept = !wanted || m_details.SetItemChanged(m_autoSaveOn);
             // What could not be written may be all there is of an afternoon's work.

@@ -476,7 +476,8 @@ bool ctlCodeDetails::KeepsDeletedItem() const
                              "continue the item will appear as a 'regular' item from that point. \r\nDo you wish to continue?"_s,
                      .Caption = u"Update this item and reset its 'Deleted' status?"_s,
                      .Buttons = MsgBoxButtons::YesNo,
-                     .Icon = MsgBoxIcon::Question};
+                     .Icon = MsgBoxIcon::Question,
+                     .MustAnswer = true};
     if (Session().IsChildReplica) {
         question.Caption = u"Update this item and reset its 'Conflicting' status?"_s;
         question.Text = u"The item you have just updated is currently in conflict with its copy in mother database. \r\n"

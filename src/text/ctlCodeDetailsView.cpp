@@ -131,7 +131,8 @@ void ctlCodeDetails::OfferUnsavedTexts(Database& database, const std::function<v
                                                                "wish to have them back?"_s.arg(title),
                                                        .Caption = u"Unsaved Changes"_s,
                                                        .Buttons = MsgBoxButtons::YesNo,
-                                                       .Icon = MsgBoxIcon::Question})
+                                                       .Icon = MsgBoxIcon::Question,
+                                                       .MustAnswer = true})
             == MsgBoxResult::Yes;
         if (!wanted)
             return file.Remove();

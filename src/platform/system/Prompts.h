@@ -19,6 +19,8 @@ struct Message {
     MsgBoxIcon Icon = MsgBoxIcon::None;
     /// The button that Enter presses, and the answer where nobody can be asked. Unset: the first.
     std::optional<MsgBoxResult> Default = {};
+    /// Neither Escape nor the close button is an answer, since No loses something.
+    bool MustAnswer = false;
 
     MsgBoxResult DefaultAnswer() const;
 };

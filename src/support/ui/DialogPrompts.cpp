@@ -6,8 +6,10 @@
 #include "support/ui/TextChoiceDialog.h"
 
 #include <QApplication>
+#include <QCloseEvent>
 #include <QFileDialog>
 #include <QInputDialog>
+#include <QKeyEvent>
 #include <QMessageBox>
 
 namespace qb {
@@ -78,6 +80,28 @@ public:
     PlainCursor& operator=(const PlainCursor&) = delete;
 };
 
+/// A message box; a firm one is closed by its buttons alone.
+class QuestionBox : public QMessageBox {
+public:
+    QuestionBox(const Message& message, QWidget* parent)
+        : QMessageBox(IconOf(message.Icon), message.Caption, message.Text, ButtonsOf(message.Buttons), parent), m_firm(message.MustAnswer)
+    {
+        if (m_firm)
+            setWindowFlag(Qt::WindowCloseButtonHint, false);
+    }
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        if (!m_firm || !event->matches(QKeySequence::Cancel))
+            QMessageBox::keyPressEvent(event);
+    }
+    void closeEvent(QCloseEvent* event) override { m_firm ? event->ignore() : QMessageBox::closeEvent(event); }
+
+private:
+    bool m_firm;
+};
+
 /// What the user chooses in the file dialog.
 QStringList Chosen(const FileQuestion& question, QFileDialog::FileMode mode)
 {
@@ -106,8 +130,7 @@ private:
 MsgBoxResult DialogPrompts::MsgBox(const Message& message)
 {
     const PlainCursor cursor;
-    QMessageBox box(IconOf(message.Icon), message.Caption, message.Text, ButtonsOf(message.Buttons),
-                    QApplication::activeWindow());
+    QuestionBox box(message, QApplication::activeWindow());
     box.setObjectName(u"MsgBox"_s);
     box.setTextFormat(Qt::PlainText);
     const MsgBoxResult preset = message.DefaultAnswer();
