@@ -9,6 +9,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr quint8 Global = 1;
+constexpr quint8 Module = 2;
+
 constexpr SectionRow Rows[] = {
     {1, "Global Declarations", "GENERAL_DECLARATION", "GLOBALDECLARATION_GOTO", "GLOBALDECLARATION_ADD", "Add Global Declaration Header",
      "Go to Global Declarations", "Copy Global Declarations to Clipboard", "mnuEditAddGlobalDeclar", "&Global Declaration Section"},
@@ -115,10 +118,27 @@ quint8 CodeSections::Present() const
     return bits;
 }
 
+quint8 CodeSections::BorneOut(quint8 bits) const
+{
+    quint8 left = Present();
+    const QString text = m_box.Text();
+    for (const SectionRow& row : Rows) {
+        if ((bits & row.Bit) && text.contains(SearchTextOf(row.Bit)))
+            left = quint8(left | row.Bit);
+    }
+    return left;
+}
+
+QString CodeSections::ChosenPlace(quint8 bit) const
+{
+    const bool behindGlobal = bit == Module && m_box.Text().contains(u"    "_s + TitleOf(Global) + u"    "_s);
+    if (behindGlobal)
+        return u"behind the global declarations"_s;
+    return bit == Global || bit == Module ? u"at the top of the text"_s : u"at the end of the text"_s;
+}
+
 void CodeSections::ChoosePlace(quint8 bit)
 {
-    constexpr quint8 Global = 1;
-    constexpr quint8 Module = 2;
     const QString text = m_box.Text();
     m_box.SetSelStart(text.size());
     m_box.SetSelText(LineEnd);

@@ -49,6 +49,10 @@ public:
     void TakeOverHeaders(const QString& formerIdentifier);
     /// The bits of the sections whose whole lines are in the text.
     quint8 Present() const;
+    /// What is left of @p bits by the text: those whose titles are found in it, and those of whole lines.
+    quint8 BorneOut(quint8 bits) const;
+    /// Where Create chooses to put a section, in words.
+    QString ChosenPlace(quint8 bit) const;
     /// Puts the caret on the first line with the section's title; behind the blanks before it,
     /// unless it is to stay on the header. False when there is none.
     bool GoTo(quint8 bit, bool stayOnHeader);

@@ -184,8 +184,10 @@ void ctlCodeDetails::MakeBoxes()
     txtInfo->setFrameShape(QFrame::NoFrame);
     rtbCode->installEventFilter(this);
     rtbUsage->installEventFilter(this);
-    for (CodeBox* box : {rtbCode, rtbUsage})
+    for (CodeBox* box : {rtbCode, rtbUsage}) {
         connect(box, &CodeBox::ZoomAsked, this, [this](int steps) { SetZoom(m_zoom + steps * ZoomStep); });
+        connect(box, &CodeBox::TextTakenBack, this, [this, box] { SectionsTakenBack(*box); });
+    }
     connect(rtbNotes, &RichTextBox::ZoomAsked, this, [this](int steps) { SetZoom(m_zoom + steps * ZoomStep); });
     ConnectBox(rtbCode, CodeText);
     ConnectBox(rtbNotes, NotesText);

@@ -132,6 +132,8 @@ public:
 
     /// Adds a section to the item and its line to the text, or goes to the one that is there.
     void CreateCodeSection(CCodeItem& item, quint8 header, quint32 color);
+    /// Where such a section would be put, in words: "before line 3".
+    QString PlaceOfNewSection(quint8 header) const;
     bool GoToCodeSection(quint8 header, bool stayOnHeader);
     /// From the caret to the end of its section; with 0 the whole text.
     void CopyCodeSectionToClipboard(quint8 header);
@@ -237,6 +239,7 @@ private:
     void ForgetUnsavedTexts();
     CodeBox* CurrentCodeBox() const;
     CodeSections SectionsOf(CodeBox& box) const;
+    void SectionsTakenBack(CodeBox& box);
     bool CodeBoxesKeyDown(CodeBox& box, QKeyEvent& event);
     void TypeNormally(CodeBox& box);
     bool NewLine(CodeBox& box);

@@ -4,6 +4,7 @@
 #include "store/CCodeItem.h"
 #include "support/ErrorRoutine.h"
 #include "text/CodeSections.h"
+#include "text/LineIndent.h"
 #include "text/ctlCodeDetails.h"
 #include "text/ui/CodeBox.h"
 
@@ -113,6 +114,28 @@ void ctlCodeDetails::DeleteCodeSection(quint8 header)
     });
 }
 
+QString ctlCodeDetails::PlaceOfNewSection(quint8 header) const
+{
+    CodeBox* box = CurrentCodeBox();
+    if (!box)
+        return {};
+    return box->hasFocus() ? u"before line %1"_s.arg(box->LineOfCaret()) : SectionsOf(*box).ChosenPlace(header);
+}
+
+/// Undo and redo take header lines away and bring them back; the item's bits go with them.
+void ctlCodeDetails::SectionsTakenBack(CodeBox& box)
+{
+    if (!m_item || m_locked)
+        return;
+    const bool isCode = &box == rtbCode;
+    const quint8 before = isCode ? m_item->CodeHeaders() : m_item->UsageHeaders();
+    const quint8 borneOut = SectionsOf(box).BorneOut(before);
+    if (borneOut == before)
+        return;
+    isCode ? m_item->SetCodeHeaders(borneOut) : m_item->SetUsageHeaders(borneOut);
+    Q_EMIT EditStateChanged();
+}
+
 quint8 ctlCodeDetails::CurrentSection() const
 {
     CodeBox* box = CurrentCodeBox();
@@ -134,7 +157,7 @@ bool ctlCodeDetails::eventFilter(QObject* watched, QEvent* event)
 /// What a key means in a box for code, before the box sees it; true when that is all.
 bool ctlCodeDetails::CodeBoxesKeyDown(CodeBox& box, QKeyEvent& event)
 {
-    const QString indent = u"    "_s;
+    const QString& indent = LineIndent();
     Q_EMIT CodeKeyDown(&event);
     const int key = event.key();
     const bool commands = event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
@@ -144,6 +167,10 @@ bool ctlCodeDetails::CodeBoxesKeyDown(CodeBox& box, QKeyEvent& event)
         return HeaderKeyDown(box, key);
     if (MovesTheCaret(key) || commands)
         return false;
+    if (key == Qt::Key_Backtab || (key == Qt::Key_Tab && (event.modifiers() & Qt::ShiftModifier || box.SelLength() > 0))) {
+        box.InOneStep([&] { key == Qt::Key_Tab && event.modifiers() == Qt::NoModifier ? IndentLines(box) : UnindentLines(box); });
+        return true;
+    }
     if (key == Qt::Key_Tab && event.modifiers() == Qt::NoModifier) {
         box.TypeText(indent);
         return true;

@@ -267,7 +267,7 @@ private Q_SLOTS:
         Action(u"mnuRename"_s)->trigger();
         m_window->findChild<QLineEdit*>(u"txtLabelEdit"_s)->setText(u"typed title"_s);
         Action(u"mnuAddCode"_s)->trigger();
-        QCOMPARE(Child(0).data().toString(), u"typed title"_s);
+        QCOMPARE(Child(1).data().toString(), u"typed title"_s);
         QCoreApplication::processEvents();
         QCOMPARE(m_window->findChild<QLabel*>(u"lblTitle"_s)->text(), u"New Code item"_s);
         QCOMPARE(Tree()->currentIndex().data().toString(), u"New Code item"_s);

@@ -6,6 +6,7 @@
 #include "text/CodeSections.h"
 #include "text/ctlCodeDetails.h"
 
+#include <QEvent>
 #include <QMenu>
 
 namespace qb {
@@ -32,6 +33,7 @@ CodeToolbar::CodeToolbar(ctlCodeDetails& details, std::function<CCodeItem*()> it
         action->setProperty("key", QString::fromLatin1(row.Key));
         action->setProperty(Tag, Add);
         widgetForAction(action)->setProperty("key", QString::fromLatin1(row.Key));
+        widgetForAction(action)->installEventFilter(this);
         connect(action, &QAction::triggered, this, [this, &row] { ButtonClick(row); });
         m_buttons.insert(row.Bit, action);
     }
@@ -73,6 +75,22 @@ void CodeToolbar::showEvent(QShowEvent* event)
 {
     UpdateSectionButtons(m_details.CurrentSection());
     QToolBar::showEvent(event);
+}
+
+/// Where the section would be put is told when the mouse comes to the button.
+bool CodeToolbar::eventFilter(QObject* watched, QEvent* event)
+{
+    for (const SectionRow& row : SectionTable()) {
+        if (event->type() == QEvent::Enter && widgetForAction(m_buttons[row.Bit]) == watched)
+            TellPlace(row, *m_buttons[row.Bit]);
+    }
+    return QToolBar::eventFilter(watched, event);
+}
+
+void CodeToolbar::TellPlace(const SectionRow& row, QAction& command) const
+{
+    const QString place = IsPresent(row.Bit) ? QString() : m_details.PlaceOfNewSection(row.Bit);
+    command.setStatusTip(place.isEmpty() ? QString() : u"The section is put %1"_s.arg(place));
 }
 
 void CodeToolbar::Rebuild()
@@ -136,6 +154,7 @@ void CodeToolbar::UpdateMenu()
         const bool present = IsPresent(row.Bit);
         m_entries[row.Bit]->setText((present ? u"Delete "_s : u"Add "_s) + QString::fromLatin1(row.MenuCaption));
         m_entries[row.Bit]->setProperty(Tag, present ? Delete : Add);
+        TellPlace(row, *m_entries[row.Bit]);
     }
 }
 

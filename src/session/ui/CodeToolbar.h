@@ -30,9 +30,11 @@ public:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     bool IsPresent(quint8 header) const;
+    void TellPlace(const SectionRow& row, QAction& command) const;
     void ButtonClick(const SectionRow& row);
     void MenuClick(const SectionRow& row);
     void GoOrCopy(quint8 header);

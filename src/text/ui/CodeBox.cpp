@@ -31,6 +31,11 @@ CodeBox::CodeBox(const RtfFont& font, QWidget* parent) : RichTextBoxOf(font, par
     setLineWrapMode(QPlainTextEdit::NoWrap);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn); // a width that changes would have every line laid out
     SetTakesForeignLooks(false);
+    KeepDirectionOfLines();
+    connect(document(), &QTextDocument::contentsChange, this, [this](int position, int, int added) {
+        if (HoldsLongWord(document()->findBlock(position), position + added))
+            setWordWrapMode(QTextOption::WrapAnywhere);
+    });
     connect(this, &QPlainTextEdit::blockCountChanged, this, &CodeBox::PlaceLineNumbers);
     connect(this, &QPlainTextEdit::cursorPositionChanged, m_lineNumbers, qOverload<>(&QWidget::update));
     connect(this, &QPlainTextEdit::updateRequest, this, [this](const QRect& area, int scrolled) {
@@ -57,8 +62,44 @@ void CodeBox::SetLineNumbers(bool shown)
     PlaceLineNumbers();
 }
 
+/// Letters that are written from right to left don't turn a line of code around.
+void CodeBox::KeepDirectionOfLines()
+{
+    QTextOption option = document()->defaultTextOption();
+    option.setTextDirection(Qt::LeftToRight);
+    document()->setDefaultTextOption(option);
+}
+
+/// Looking for a place between words takes the square of a word's length; in very long ones lines are
+/// broken anywhere.
+void CodeBox::ChooseWrapMode()
+{
+    const bool isLong = HoldsLongWord(document()->begin(), document()->characterCount());
+    setWordWrapMode(isLong ? QTextOption::WrapAnywhere : QTextOption::WrapAtWordBoundaryOrAnywhere);
+}
+
+bool CodeBox::HoldsLongWord(const QTextBlock& from, int end) const
+{
+    constexpr int LongWord = 10'000;
+    for (QTextBlock block = from; block.isValid() && block.position() <= end; block = block.next()) {
+        if (block.length() <= LongWord)
+            continue;
+        const QString text = block.text();
+        qsizetype begin = 0;
+        for (qsizetype i = 0; i <= text.size(); ++i) {
+            if (i < text.size() && !text[i].isSpace())
+                continue;
+            if (i - begin > LongWord)
+                return true;
+            begin = i + 1;
+        }
+    }
+    return false;
+}
+
 void CodeBox::SetWordWrap(bool wraps)
 {
+    ChooseWrapMode();
     setLineWrapMode(wraps ? QPlainTextEdit::WidgetWidth : QPlainTextEdit::NoWrap);
 }
 
@@ -106,6 +147,7 @@ void CodeBox::Loaded()
 {
     m_colours.Loaded();
     ChooseColors();
+    ChooseWrapMode();
     PlaceLineNumbers();
 }
 

@@ -34,9 +34,12 @@ public:
 
 Q_SIGNALS:
     void ZoomAsked(int steps);
+    /// The user has undone or redone something.
+    void TextTakenBack();
 
 protected:
     void ZoomWanted(int steps) override { Q_EMIT ZoomAsked(steps); }
+    void TakenBack() override { Q_EMIT TextTakenBack(); }
     void Loaded() override;
     void paintEvent(QPaintEvent* event) override;
     QMimeData* createMimeDataFromSelection() const override;
@@ -46,6 +49,9 @@ protected:
 private:
     class LineNumbersArea;
 
+    void KeepDirectionOfLines();
+    void ChooseWrapMode();
+    bool HoldsLongWord(const QTextBlock& from, int end) const;
     void PlaceLineNumbers();
     void PaintLineNumbers(QPaintEvent& event);
     int LineNumbersWidth() const;

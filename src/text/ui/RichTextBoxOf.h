@@ -95,6 +95,8 @@ public:
 protected:
     /// The user has activated a link.
     virtual void ActivateLink(const QString& /*target*/) {}
+    /// The user has undone or redone something.
+    virtual void TakenBack() {}
     /// The text document shows another text.
     virtual void Loaded() {}
     /// The user wants all of it larger or smaller, by so many steps.

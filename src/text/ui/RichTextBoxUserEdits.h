@@ -65,6 +65,7 @@ void RichTextBoxOf<Editor>::StandBehindChange()
     cursor.setPosition(std::min(m_changeEnd, this->document()->characterCount() - 1));
     this->setTextCursor(cursor);
     SyncSelection();
+    TakenBack();
 }
 
 template <class Editor>
