@@ -19,6 +19,7 @@
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QStyle>
+#include <QTextDocument>
 #include <QToolBar>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -106,6 +107,8 @@ void ctlSmartTreeView::MakeTree()
     m_noMatch->setObjectName(u"lblNoMatch"_s);
     m_noMatch->setTextFormat(Qt::PlainText);
     m_noMatch->setWordWrap(true);
+    m_noMatch->setBackgroundRole(QPalette::Base);
+    m_noMatch->setAutoFillBackground(true);
     m_noMatch->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
     constexpr int Margin = 12;
     m_noMatch->setMargin(Margin);
@@ -189,7 +192,6 @@ void ctlSmartTreeView::MakeToolbar()
     });
     m_linkRemove->setIcon(IconNamed(u"edit-delete"_s));
     m_linkRemove->setToolTip(u"Remove the link"_s);
-    connect(cboLinkedItems, &QComboBox::activated, this, follow);
     connect(cboLinkedItems, &QComboBox::currentIndexChanged, this, &ctlSmartTreeView::UpdateCombo);
 }
 
@@ -246,6 +248,8 @@ void ctlSmartTreeView::ConnectTree()
     connect(m_tree->selectionModel(), &QItemSelectionModel::currentChanged, this, [this, click](const QModelIndex& index) {
         if (m_mode == qb::LinkMode::None)
             click(index);
+        else if (index.isValid() && !m_selecting)
+            Q_EMIT LinkTargetChosen(m_nodes.NodeAt(index));
     });
     connect(m_tree, &NodeTreeView::expanded, this, [this](const QModelIndex& index) { Q_EMIT NodeExpanded(m_nodes.NodeAt(index)); });
     connect(m_tree, &NodeTreeView::collapsed, this, [this](const QModelIndex& index) { Q_EMIT NodeCollapsed(m_nodes.NodeAt(index)); });
@@ -459,7 +463,7 @@ void ctlSmartTreeView::AddNewLinkToCombo(const CLink& link)
     }
     const QString title = link.LinkedItemTitle.isEmpty() ? u"(deleted item %1)"_s.arg(link.LinkedItemId) : link.LinkedItemTitle;
     cboLinkedItems->addItem(ImageOf(link), title, ComboKey(link.LinkedItemId));
-    cboLinkedItems->setItemData(cboLinkedItems->count() - 1, link.Note.left(400), Qt::ToolTipRole);
+    cboLinkedItems->setItemData(cboLinkedItems->count() - 1, Qt::convertFromPlainText(link.Note.left(400), Qt::WhiteSpaceNormal), Qt::ToolTipRole);
     UpdateCombo();
 }
 

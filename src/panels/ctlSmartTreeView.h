@@ -84,6 +84,8 @@ Q_SIGNALS:
     void Shrinking(bool shrinks);
     void LinkModeStarted(qb::LinkMode mode);
     void LinkModeEnded();
+    /// In a link mode the keys have gone to a node, which Enter would link with.
+    void LinkTargetChosen(qb::TreeNode* node);
     /// The user wants to go to the linked item of this ID, or to remove the link to it.
     void LinkFollowed(qint64 item);
     void LinkRemoveAsked(qint64 item);

@@ -184,8 +184,26 @@ void ItemCommands::LinkNewItem(TreeNode& node, const QString& description, bool 
         AddNewLinkToSelectedItem(node.Text);
 }
 
-void ItemCommands::LabelEditEnded(TreeNode& node)
+/// The new item has nothing in it yet, and nobody wants the link that it was made for.
+void ItemCommands::TakeBackLinkedItem(TreeNode& node)
 {
+    Guarded(ModuleName, u"TakeBackLinkedItem"_s, [&] {
+        TreeNode* parent = node.Parent;
+        DeleteBranch(*m_session.CurrentDatabase, node.Id);
+        m_view.RemoveNode(node);
+        if (parent)
+            ShowAsChildless(*parent);
+    });
+    if (CancelLinkMode)
+        CancelLinkMode();
+}
+
+void ItemCommands::LabelEditEnded(TreeNode& node, bool cancelled)
+{
+    if (cancelled && node.Id == m_newLinkedItem && m_session.Mode != LinkMode::None) {
+        m_newLinkedItem = 0;
+        return TakeBackLinkedItem(node);
+    }
     m_view.Nodes().PlaceByTitle(node); // a new one stood last while its title was typed
     m_view.EnsureVisible(node);
     if (node.Id == std::exchange(m_newLinkedItem, 0) && m_session.Mode != LinkMode::None && AddNewLinkToSelectedItem)

@@ -33,10 +33,13 @@ public:
 
     /// A click on a node opens its item, or is the second step of a link mode.
     void tvCodeItems_NodeClick(TreeNode& node);
-    /// The editor of a node's title has closed, with another title or without.
-    void LabelEditEnded(TreeNode& node);
+    /// The editor of a node's title has closed, with another title or without, or @p cancelled by
+    /// Escape, which takes back an item that was made to be linked.
+    void LabelEditEnded(TreeNode& node, bool cancelled = false);
     /// Links the current item with that of the selected node; its title, or empty for the node's text.
     std::function<void(const QString& title)> AddNewLinkToSelectedItem;
+    /// Ends a link mode without a link.
+    std::function<void()> CancelLinkMode;
 
     /// Adds an item under the selected node and lets the user type its title.
     void AddCode();
@@ -64,6 +67,7 @@ private:
     QString ParentKeyOf(const TreeNode& node) const;
     std::function<void(int)> ProgressOver(qsizetype items);
     void AddUnder(TreeNode& parent);
+    void TakeBackLinkedItem(TreeNode& node);
     void LinkNewItem(TreeNode& node, const QString& description, bool pureLink);
     void DeleteNode(TreeNode& node, const std::vector<qint64>& branch, bool orphan);
     void ShowAsChildless(TreeNode& parent);

@@ -11,6 +11,21 @@ namespace {
 
 const QString ModuleName = u"MainForm"_s;
 
+QString Hint(const QString& source, LinkMode mode)
+{
+    return (MakesNewItem(mode) ? u"Link “%1” with a new item: click the item that it is put under. Escape ends the link mode."_s
+                               : u"Link “%1”: click the item to link with. Escape ends the link mode."_s)
+        .arg(source);
+}
+
+/// The keys have gone to another item, while the one to be linked is still shown.
+QString TargetHint(const QString& source, const QString& target, LinkMode mode)
+{
+    return (MakesNewItem(mode) ? u"“%1” is shown. Enter puts the new item under “%2”; Escape ends the link mode."_s
+                               : u"“%1” is shown. Enter links it with “%2”; Escape ends the link mode."_s)
+        .arg(source, target);
+}
+
 } // namespace
 
 ItemLinking::ItemLinking(SessionState& session, ItemTreeView& view) : m_session(session), m_view(view) {}
@@ -25,6 +40,8 @@ void ItemLinking::CreateNewLink(LinkMode mode)
         m_session.Mode = mode;
         m_source = m_session.oCodeItem->Key();
         m_view.SetLinkMode(mode);
+        if (ShowHint)
+            ShowHint(Hint(m_session.oCodeItem->Title(), mode));
     });
 }
 
@@ -32,6 +49,28 @@ void ItemLinking::EndLinkMode()
 {
     m_session.Mode = LinkMode::None;
     m_view.SetLinkMode(LinkMode::None);
+    if (ShowHint)
+        ShowHint({});
+}
+
+void ItemLinking::CancelLinkMode()
+{
+    if (m_session.Mode == LinkMode::None)
+        return;
+    EndLinkMode();
+    if (TreeNode* node = m_view.Nodes().Find(m_source.toLongLong())) {
+        m_view.SelectItem(*node);
+        m_view.EnsureVisible(*node);
+    }
+}
+
+void ItemLinking::LinkTargetChosen(const TreeNode& node)
+{
+    if (m_session.Mode == LinkMode::None || !m_session.oCodeItem || !ShowHint)
+        return;
+    const QString shown = m_session.oCodeItem->Title();
+    const bool isSource = QString::number(node.Id) == m_source;
+    ShowHint(isSource ? Hint(shown, m_session.Mode) : TargetHint(shown, node.Text, m_session.Mode));
 }
 
 /// Which way the link of the mode leads; nothing when the user does not say.

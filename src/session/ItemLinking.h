@@ -18,6 +18,10 @@ public:
     /// Starts a mode for the current item; the root has none.
     void CreateNewLink(LinkMode mode);
     void EndLinkMode();
+    /// The user wants no link after all: the item that is shown is the selected one again.
+    void CancelLinkMode();
+    /// The keys have gone to @p node, which Enter would link with.
+    void LinkTargetChosen(const TreeNode& node);
     /// The second step: links the current item with the selected node's, as the mode says. @p title
     /// is the other item's, or empty for the node's text.
     void AddNewLinkToSelectedItem(const QString& title);
@@ -30,6 +34,8 @@ public:
     std::function<std::optional<LinkDirection>(LinkDirection direction)> AskRelationshipDelete;
     /// Asks which way a link leads, in the mode that leaves it open; nothing when cancelled.
     std::function<std::optional<LinkDirection>()> AskDirection;
+    /// Says what the next step of a mode is; an empty text when no mode lasts.
+    std::function<void(const QString& hint)> ShowHint;
     /// The links of the current item were changed.
     std::function<void()> LinksChanged;
 

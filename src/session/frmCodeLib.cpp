@@ -25,12 +25,12 @@
 #include <QComboBox>
 #include <QFile>
 #include <QFileInfo>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QScreen>
+#include <QShortcut>
 #include <QSignalBlocker>
 #include <QSplitter>
 #include <QStatusBar>
@@ -223,14 +223,6 @@ void frmCodeLib::SaveLayout()
     m_layout.Save(tvCodeItems->IsShrunk());
 }
 
-/// Escape, where nothing else wants it, ends a link mode.
-void frmCodeLib::keyPressEvent(QKeyEvent* event)
-{
-    if (event->key() == Qt::Key_Escape && m_session.Mode != LinkMode::None)
-        return m_linking->EndLinkMode();
-    QMainWindow::keyPressEvent(event);
-}
-
 // Closing
 
 void frmCodeLib::closeEvent(QCloseEvent* event)
@@ -329,7 +321,16 @@ void frmCodeLib::tmrStartTimer_Timer()
 
 void frmCodeLib::SetStatusText(const QString& text)
 {
-    m_statusText->setText(text);
+    m_status = text;
+    m_statusText->setText(m_linkHint.isEmpty() ? text : m_linkHint);
+}
+
+/// While a link mode lasts its next step stands in the status bar, and Escape, wherever the focus is, ends it.
+void frmCodeLib::ShowLinkHint(const QString& hint)
+{
+    m_linkHint = hint;
+    m_endLinkMode->setEnabled(!hint.isEmpty());
+    SetStatusText(m_status);
 }
 
 /// The title of the item that is shown; with none the library's language, as when it was opened.

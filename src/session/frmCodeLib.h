@@ -22,6 +22,7 @@ class QComboBox;
 class QLabel;
 class QMenu;
 class QProgressBar;
+class QShortcut;
 class QSplitter;
 class QStackedWidget;
 class QToolBar;
@@ -80,7 +81,6 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
@@ -99,6 +99,7 @@ private:
     void ConnectLinks();
     void FollowLink(qint64 item);
     void ShowStatusOfItem();
+    void ShowLinkHint(const QString& hint);
     std::optional<LinkDirection> AskLinkDirection();
     void tvCodeItems_Shrinking(bool shrinks);
     void ConnectDetails();
@@ -167,6 +168,9 @@ private:
     QComboBox* cboDatabase = nullptr;
     QLabel* m_statusText = nullptr;
     LanguageButton* m_language = nullptr; ///< of the item's code
+    QString m_status;   ///< what the first panel shows when no link mode lasts
+    QString m_linkHint; ///< what it shows while one does
+    QShortcut* m_endLinkMode = nullptr;
     QLabel* m_itemDate = nullptr;
     QString m_shownDate; ///< of the item, whatever progress has made of its panel
     QProgressBar* prgStatus = nullptr;

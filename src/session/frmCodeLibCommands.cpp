@@ -129,18 +129,25 @@ void frmCodeLib::ConnectCommands()
 
 void frmCodeLib::ConnectItemCommands()
 {
+    // They are meant for the item that is shown, not for one that a link mode has come to.
+    const auto ofShownItem = [this](void (ItemCommands::*run)()) {
+        return [this, run] {
+            m_linking->CancelLinkMode();
+            ((*m_items).*run)();
+        };
+    };
     m_procedures.insert({
         {u"mnuKeepItem"_s, [this] { m_items->mnuKeepItem_Click(); }},
-        {u"mnuAddCode"_s, [this] { m_items->AddCode(); }},
-        {u"mnuNewSiblingItem"_s, [this] { m_items->mnuNewSiblingItem_Click(); }},
-        {u"mnuRename"_s, [this] { m_items->mnuRename_Click(); }},
-        {u"mnuDeleteCode"_s, [this] { m_items->DeleteCodeItem(); }},
+        {u"mnuAddCode"_s, ofShownItem(&ItemCommands::AddCode)},
+        {u"mnuNewSiblingItem"_s, ofShownItem(&ItemCommands::mnuNewSiblingItem_Click)},
+        {u"mnuRename"_s, ofShownItem(&ItemCommands::mnuRename_Click)},
+        {u"mnuDeleteCode"_s, ofShownItem(&ItemCommands::DeleteCodeItem)},
         {u"mnuSaveItem"_s, [this] { m_items->mnuSaveItem_Click(); }},
         {u"mnuAutoSaveItem"_s, [this] { m_items->SetAutoSaveOn(!m_items->AutoSaveOn()); }},
         {u"mnuRemoveDeletedItems"_s, [this] { m_items->mnuRemoveDeletedItems_Click(); }},
-        {u"NEW"_s, [this] { m_items->AddCode(); }},
+        {u"NEW"_s, ofShownItem(&ItemCommands::AddCode)},
         {u"SAVE"_s, [this] { SaveButtonClicked(); }},
-        {u"DELETE"_s, [this] { m_items->DeleteCodeItem(); }},
+        {u"DELETE"_s, ofShownItem(&ItemCommands::DeleteCodeItem)},
         {u"mnuAddLink"_s, [] {}}, // opens its menu
     });
     const std::pair<const char*, LinkMode> modes[] = {

@@ -27,6 +27,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QProgressBar>
+#include <QShortcut>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QStatusBar>
@@ -259,10 +260,11 @@ void frmCodeLib::ConnectPanels()
     NodeTreeView* tree = tvCodeItems->Tree();
     connect(tree, &NodeTreeView::LabelEdited, this,
             [this](TreeNode* node, const QString& text) { m_items->AfterLabelEdit(*node, text); });
-    connect(tree, &NodeTreeView::LabelEditEnded, this, [this](TreeNode* node, bool) { m_items->LabelEditEnded(*node); });
+    connect(tree, &NodeTreeView::LabelEditEnded, this, [this](TreeNode* node, bool cancelled) { m_items->LabelEditEnded(*node, cancelled); });
     // What the menu does not allow for the item the key does not do either.
     const auto ifEnabled = [this](const QString& command, void (ItemCommands::*run)()) {
         return [this, command, run] {
+            m_linking->CancelLinkMode();
             m_items->ItemMenuEdit();
             if (m_commands.Get(command).Enabled)
                 ((*m_items).*run)();
@@ -305,9 +307,16 @@ void frmCodeLib::ConnectLinks()
         dialog.exec();
         return dialog.Cancelled() ? std::nullopt : std::optional(dialog.Result());
     };
+    m_endLinkMode = new QShortcut(Qt::Key_Escape, this);
+    m_endLinkMode->setEnabled(false);
+    connect(m_endLinkMode, &QShortcut::activated, this, [this] { m_linking->CancelLinkMode(); });
+    m_linking->ShowHint = [this](const QString& hint) { ShowLinkHint(hint); };
+    m_linking->LinksChanged = [this] { ctlCodeItemDetails->ShowLinks(); };
+    m_items->CancelLinkMode = [this] { m_linking->CancelLinkMode(); };
     m_linking->AskDirection = [this] { return AskLinkDirection(); };
     connect(tvCodeItems, &ctlSmartTreeView::LinkModeStarted, this, [this](LinkMode mode) { m_linking->CreateNewLink(mode); });
-    connect(tvCodeItems, &ctlSmartTreeView::LinkModeEnded, this, [this] { m_linking->EndLinkMode(); });
+    connect(tvCodeItems, &ctlSmartTreeView::LinkModeEnded, this, [this] { m_linking->CancelLinkMode(); });
+    connect(tvCodeItems, &ctlSmartTreeView::LinkTargetChosen, this, [this](TreeNode* node) { m_linking->LinkTargetChosen(*node); });
     connect(tvCodeItems, &ctlSmartTreeView::LinkFollowed, this, &frmCodeLib::FollowLink);
     connect(tvCodeItems, &ctlSmartTreeView::LinkRemoveAsked, this, [this](qint64 item) { m_linking->DeleteLink(CLinks::KeyOf(item)); });
     connect(&tvCodeItems->Nodes(), &TreeNodes::modelAboutToBeReset, this, [this] { m_linking->EndLinkMode(); });

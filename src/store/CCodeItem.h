@@ -82,6 +82,11 @@ public:
     void SetLinksChanged(bool value) { m_linksChanged = value; }
     /// Reads the links anew, with the IDs that new ones got.
     void ReloadLinks() { LoadLinks(); }
+    /// Changes what is noted of the link under @p key, to be written at the next commit; nothing when
+    /// there is no such link or the note is the same. @p note is taken as WritableNote has it.
+    void ChangeLinkNote(const QString& key, const QString& note);
+    /// A note as it can be written: apostrophes, which the statement can't take, are typographic ones.
+    static QString WritableNote(QString note) { return note.replace(u'\'', u'\u2019'); }
     /// There is something to be written at the next commit.
     bool Unsaved() const { return m_itemChanged || m_linksChanged; }
     /// LastChanged was "none" when the row was read: the item waits for removal.

@@ -76,6 +76,17 @@ qint64 CCodeItem::InsertLinkRow(qint64 from, qint64 to, const QString& note)
     return row.LastModified();
 }
 
+void CCodeItem::ChangeLinkNote(const QString& key, const QString& note)
+{
+    const std::shared_ptr<CLink> link = m_links.Item(key);
+    if (!link || link->Note == WritableNote(note))
+        return;
+    link->Note = WritableNote(note);
+    link->DirtyFlag = true;
+    m_links.DirtyFlag = true;
+    SetLinksChanged(true);
+}
+
 /// A note with an apostrophe can't be written; that is an error like any other of a statement.
 QString CCodeItem::NoteText(const QString& note) const
 {

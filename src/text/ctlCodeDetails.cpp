@@ -15,6 +15,7 @@
 #include "text/ui/BusyLogo.h"
 #include "text/ui/CodeBox.h"
 #include "text/ui/FindBar.h"
+#include "text/ui/LinkNotes.h"
 #include "text/ui/LocalPage.h"
 #include "text/ui/RichTextBox.h"
 
@@ -159,7 +160,7 @@ void ctlCodeDetails::MakeTabs()
     m_tabs->setObjectName(u"tbsTabs"_s);
     m_tabs->setDocumentMode(true);
     m_tabs->setCornerWidget(imgLabel);
-    const std::array<QWidget*, std::size(TabRows)> pages{rtbCode, rtbNotes, rtbUsage, m_filePage, webLinks, txtInfo};
+    const std::array<QWidget*, std::size(TabRows)> pages{rtbCode, rtbNotes, rtbUsage, m_filePage, webLinks, m_infoPage};
     for (size_t i = 0; i < pages.size(); ++i)
         m_tabs->addTab(pages[i], QString::fromLatin1(TabRows[i].Title));
     for (const TabRow& row : TabRows)
@@ -182,6 +183,13 @@ void ctlCodeDetails::MakeBoxes()
     txtInfo->setObjectName(u"txtInfo"_s);
     txtInfo->setReadOnly(true);
     txtInfo->setFrameShape(QFrame::NoFrame);
+    m_linkNotes = new LinkNotes;
+    m_infoPage = new QWidget;
+    auto* infoLayout = new QVBoxLayout(m_infoPage);
+    infoLayout->setContentsMargins(0, 0, 0, 0);
+    infoLayout->setSpacing(0);
+    infoLayout->addWidget(txtInfo, 1);
+    infoLayout->addWidget(m_linkNotes, 1);
     rtbCode->installEventFilter(this);
     rtbUsage->installEventFilter(this);
     for (CodeBox* box : {rtbCode, rtbUsage}) {
@@ -308,6 +316,12 @@ void ctlCodeDetails::ShowHeader()
     m_description->setVisible(!description.isEmpty());
     txtInfo->setPlainText(m_item->Info());
     SetTabEnabled(DetailsTab::Info, !m_item->Info().isEmpty());
+    ShowLinks();
+}
+
+void ctlCodeDetails::ShowLinks()
+{
+    m_linkNotes->ShowLinks(m_item);
 }
 
 void ctlCodeDetails::TreeReplaced()
@@ -325,6 +339,7 @@ void ctlCodeDetails::SetLocked(bool locked)
     m_locked = locked;
     for (const TextState& text : m_texts)
         text.Box->SetLocked(locked);
+    m_linkNotes->SetLocked(locked);
     if (ctlFileDetails1)
         ctlFileDetails1->SetLocked(locked);
 }
@@ -416,8 +431,10 @@ bool ctlCodeDetails::SaveItem(bool keep)
         ShowTaken(save.Taken);
         if (!save.Saved)
             return false;
-        if (linksChanged)
+        if (linksChanged) {
             m_item->ReloadLinks();
+            ShowLinks();
+        }
         m_shownState = m_item->LastChanged();
         ResetChangedBooleans();
         if (keep && KeepingDeletedRecord)

@@ -25,6 +25,7 @@ class CodeBox;
 class CodeSections;
 class FileDetailsView;
 class FindBar;
+class LinkNotes;
 class LocalPage;
 class RichTextBox;
 
@@ -69,6 +70,8 @@ public:
     bool TabEnabled(DetailsTab tab) const { return m_hasContent[size_t(tab)]; }
     /// Stays on the tab it is on if that has content, or goes to the first that has.
     void DisplayTabWithContent();
+    /// The links of the item are other ones.
+    void ShowLinks();
     /// The font of notes that have none of their own.
     void SetDefaultFont(const RtfFont& font);
 
@@ -266,6 +269,8 @@ private:
     RichTextBox* rtbNotes = nullptr;
     CodeBox* rtbUsage = nullptr;
     QPlainTextEdit* txtInfo = nullptr;
+    LinkNotes* m_linkNotes = nullptr;
+    QWidget* m_infoPage = nullptr; ///< holds both
     QWidget* m_filePage = nullptr; ///< holds the list of stored files
     FileDetailsView* ctlFileDetails1 = nullptr;
     BrowserView* webLinks = nullptr;

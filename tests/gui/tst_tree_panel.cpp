@@ -30,7 +30,7 @@ private Q_SLOTS:
 
     // Links
 
-    void link_isMadeWithTwoClicksAndFollowedWithOne()
+    void link_isMadeWithTwoClicksAndFollowedByItsButton()
     {
         Open();
         ClickOn(0);
@@ -52,7 +52,7 @@ private Q_SLOTS:
         QCOMPARE(Combo()->itemText(1), u"other"_s);
         QCOMPARE(Combo()->itemData(1).toString(), u"%1C"_s.arg(m_other));
         Combo()->setCurrentIndex(1);
-        Q_EMIT Combo()->activated(1);
+        Panel()->findChild<QAction*>(u"LINK_GOTO"_s)->trigger();
         QCOMPARE(Tree()->currentIndex(), Child(1)); // which saves the item that is left
         QCOMPARE(Texts(*m_database, u"SELECT LinkItemID FROM ItemLinks"_s), QStringList{QString::number(m_other)});
         QCOMPARE(m_window->findChild<QLabel*>(u"lblTitle"_s)->text(), u"other"_s);
@@ -239,7 +239,7 @@ private Q_SLOTS:
         QCOMPARE(Combo()->itemText(1), u"(deleted item 999)"_s);
         m_prompts->ExpectMsgBox(ApplicationTitle);
         Combo()->setCurrentIndex(1);
-        Q_EMIT Combo()->activated(1);
+        Panel()->findChild<QAction*>(u"LINK_GOTO"_s)->trigger();
         QCOMPARE(Tree()->currentIndex(), Child(0));
     }
 
