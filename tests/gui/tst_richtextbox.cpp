@@ -630,7 +630,7 @@ private Q_SLOTS:
         QGuiApplication::clipboard()->setMimeData(html);
         box.SetText({});
         box.Paste();
-        QCOMPARE(box.Text(), u"a b c\r\nitem"_s);
+        QCOMPARE(box.Text(), u"a b c\r\nitem\r\n"_s);
         Select(box, 2, 1);
         QCOMPARE(box.SelBold(), std::optional(true));
         Select(box, 4, 1);

@@ -88,7 +88,8 @@ void RichTextBoxOf<Editor>::Clear()
 template <class Editor>
 void RichTextBoxOf<Editor>::PastePlainText()
 {
-    const QString text = QGuiApplication::clipboard()->text();
+    const QMimeData* source = QGuiApplication::clipboard()->mimeData();
+    const QString text = source ? TextOfMime(*source) : QString();
     if (!text.isEmpty())
         UserEdit(UndoType::Paste, [&] { return SetSelText(text); });
 }
@@ -102,7 +103,7 @@ QMimeData* RichTextBoxOf<Editor>::createMimeDataFromSelection() const
 template <class Editor>
 bool RichTextBoxOf<Editor>::canInsertFromMimeData(const QMimeData* source) const
 {
-    return source->hasText() || (m_takesForeignLooks && (source->hasImage() || source->hasHtml()))
+    return source->hasText() || source->hasHtml() || (m_takesForeignLooks && source->hasImage())
         || !RtfOfMime(*source, false).isEmpty();
 }
 
@@ -117,9 +118,9 @@ template <class Editor>
 bool RichTextBoxOf<Editor>::Insert(const QMimeData& source, UndoType type)
 {
     const QString rtf = RtfOfMime(source, m_takesForeignLooks);
-    if (rtf.isEmpty() && !source.hasText())
+    if (rtf.isEmpty() && !source.hasText() && !source.hasHtml())
         return false;
-    return UserEdit(type, [&] { return rtf.isEmpty() ? SetSelText(source.text()) : SetSelRTF(rtf); });
+    return UserEdit(type, [&] { return rtf.isEmpty() ? SetSelText(TextOfMime(source)) : SetSelRTF(rtf); });
 }
 
 template <class Editor>

@@ -12,7 +12,9 @@
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QTextList>
+#include <QTextTable>
 #include <QUrl>
+#include <algorithm>
 
 namespace qb {
 
@@ -56,15 +58,50 @@ public:
             const quint32 paragraph = m_text.NumberOf(ParagraphOf(block));
             for (auto it = block.begin(); !it.atEnd(); ++it)
                 ReadFragment(it.fragment(), paragraph);
-            if (block.next().isValid())
+            if (const QString between = BetweenCells(block); !between.isEmpty())
+                m_text.Append(between, 0);
+            else if (block.next().isValid())
                 m_text.EndParagraph(paragraph, 0);
             else
-                m_text.FinishParagraph(paragraph);
+                Finish(ParagraphOf(block));
         }
         return std::move(m_text);
     }
 
 private:
+    /// The last paragraph takes the look of the place that it is pasted at; an item of a list is ended
+    /// before that, to stay one.
+    void Finish(const ParagraphFormat& last)
+    {
+        const bool isItem = last.List != ListKind::None;
+        if (isItem)
+            m_text.EndParagraph(m_text.NumberOf(last), 0);
+        m_text.FinishParagraph(m_text.NumberOf(isItem ? ParagraphFormat() : last));
+    }
+
+    /// A row of a table is one paragraph: what parts its cells, and the paragraphs within one; empty at
+    /// the end of a row, and outside tables.
+    static QString BetweenCells(const QTextBlock& block)
+    {
+        const QTextBlock next = block.next();
+        QTextTable* table = next.isValid() ? QTextCursor(block).currentTable() : nullptr;
+        if (!table || QTextCursor(next).currentTable() != table)
+            return {};
+        const QTextTableCell cell = table->cellAt(block.position());
+        const QTextTableCell after = table->cellAt(next.position());
+        if (cell.row() != after.row())
+            return {};
+        return cell == after ? u" "_s : u"\t"_s;
+    }
+
+    /// Headings and the like are so many steps larger or smaller than other text.
+    static quint16 HalfPointsOfStep(int step)
+    {
+        static constexpr double factors[] = {0.7, 0.8, 1.0, 1.2, 1.5, 2.0, 2.4};
+        constexpr int Unchanged = 2;
+        return quint16(CharFormat().HalfPoints * factors[std::clamp(step + Unchanged, 0, int(std::size(factors)) - 1)]);
+    }
+
     void ReadFragment(const QTextFragment& fragment, quint32 paragraph)
     {
         const QTextCharFormat shown = fragment.charFormat();
@@ -98,6 +135,8 @@ private:
             format.HalfPoints = quint16(look.fontPointSize() * 2);
         else if (look.hasProperty(QTextFormat::FontPixelSize))
             format.HalfPoints = quint16(look.intProperty(QTextFormat::FontPixelSize) * TwipsPerPixel / 10);
+        else if (look.hasProperty(QTextFormat::FontSizeAdjustment))
+            format.HalfPoints = HalfPointsOfStep(look.intProperty(QTextFormat::FontSizeAdjustment));
         format.Bold = look.fontWeight() > QFont::Medium;
         format.Italic = look.fontItalic();
         format.Underline = look.fontUnderline() && !look.isAnchor();
@@ -116,6 +155,8 @@ private:
         constexpr int ListIndent = 300; // twips
         ParagraphFormat format;
         const QTextBlockFormat look = block.blockFormat();
+        if (QTextCursor(block).currentTable())
+            return format; // of its row
         if (look.alignment() & Qt::AlignHCenter)
             format.Alignment = TextAlignment::Center;
         else if (look.alignment() & Qt::AlignRight)
@@ -167,6 +208,11 @@ std::unique_ptr<QMimeData> MimeOfRichText(const RichTextDocument& text)
 RichTextDocument RichTextFromHtml(const QString& html)
 {
     return HtmlReader(html).Read();
+}
+
+QString TextOfMime(const QMimeData& source)
+{
+    return source.hasText() || !source.hasHtml() ? source.text() : RichTextFromHtml(source.html()).Text();
 }
 
 QString RtfOfMime(const QMimeData& source, bool foreignLooks)

@@ -15,8 +15,11 @@ std::unique_ptr<QMimeData> MimeOfRichText(const RichTextDocument& text);
 /// Empty when there is nothing but plain text.
 QString RtfOfMime(const QMimeData& source, bool foreignLooks);
 
-/// The text of an HTML page as rich text: fonts, looks, alignment, lists, links, and pictures that
-/// the page holds itself. Nothing is fetched.
+/// The plain text of what is offered, also of a page that comes without one.
+QString TextOfMime(const QMimeData& source);
+
+/// The text of an HTML page as rich text: fonts, sizes of headings, looks, alignment, lists, links, rows of
+/// tables with a tab between cells, and pictures that the page holds itself. Nothing is fetched.
 RichTextDocument RichTextFromHtml(const QString& html);
 
 } // namespace qb
