@@ -295,6 +295,7 @@ void ctlFileDetails::ShowDescription()
         const QScopedValueRollback loading(m_loading, true);
         rtbFileNotes->SetTextRTF(m_current ? m_current->Description() : QString());
         rtbFileNotes->setEnabled(m_current != nullptr);
+        rtbFileNotes->setPlaceholderText(m_current ? u"What the file is for"_s : u"Select one file to describe it."_s);
         m_shownKey = m_current ? m_current->Key() : QString();
     }
     UpdateActions();

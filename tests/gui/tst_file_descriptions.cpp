@@ -36,6 +36,15 @@ private Q_SLOTS:
         QCOMPARE(Described(1), QString()); // not an empty document
     }
 
+    void emptyDescription_asksForAFileOnlyWhereNoneIsSelected()
+    {
+        Store({u"a.txt"_s});
+        OpenFiles();
+        QCOMPARE(Box()->placeholderText(), u"What the file is for"_s);
+        List()->clearSelection();
+        QCOMPARE(Box()->placeholderText(), u"Select one file to describe it."_s);
+    }
+
     void description_isSavedWithTheItem_data()
     {
         QTest::addColumn<int>("way");
