@@ -34,6 +34,7 @@
 #include <QSignalBlocker>
 #include <QSplitter>
 #include <QStatusBar>
+#include <QWindow>
 
 namespace qb {
 
@@ -175,6 +176,15 @@ void frmCodeLib::RememberPlace()
     constexpr int Twips = WindowLayout::TwipsPerPixel;
     if (isVisible() && !(windowState() & (Qt::WindowMaximized | Qt::WindowMinimized | Qt::WindowFullScreen)))
         m_layout.SetPlace({geometry().topLeft() * Twips, geometry().size() * Twips});
+}
+
+/// The browser draws in another way than the rest of the window, so that the toolkit makes the window anew
+/// when the first page is shown. It has the state of the one before.
+bool frmCodeLib::event(QEvent* event)
+{
+    if (event->type() == QEvent::WinIdChange && internalWinId() && windowHandle()->windowStates() != windowState())
+        windowHandle()->setWindowStates(windowState());
+    return QMainWindow::event(event);
 }
 
 void frmCodeLib::moveEvent(QMoveEvent* event)

@@ -80,6 +80,7 @@ public:
     void ShowProgress(const QString& text, int percent);
 
 protected:
+    bool event(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void moveEvent(QMoveEvent* event) override;

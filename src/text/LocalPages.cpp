@@ -84,6 +84,18 @@ QUrl UrlOfAddress(const QString& text)
     return QUrl(address.contains(u"://"_s) ? address : u"http://"_s + address, QUrl::TolerantMode);
 }
 
+bool IsAddress(const QUrl& url)
+{
+    const bool needsHost = url.scheme() == u"http"_s || url.scheme() == u"https"_s;
+    return url.isValid() && !url.isEmpty() && (!needsHost || !url.host().isEmpty());
+}
+
+QString ReasonInWords(QString reason)
+{
+    const QString prefix = u"net::ERR_"_s;
+    return reason.startsWith(prefix) ? reason.sliced(prefix.size()).toLower().replace(u'_', u' ') : reason;
+}
+
 std::optional<LocalPageFile> ReadLocalPageFile(const QString& folder, const QUrl& url)
 {
     if (!IsLocalPage(url) || folder.isEmpty())

@@ -22,6 +22,13 @@ QString AddressText(const QUrl& url);
 /// The address of what was typed into the address box. Text without a scheme gets "http://".
 QUrl UrlOfAddress(const QString& text);
 
+/// Whether it could lead anywhere at all.
+bool IsAddress(const QUrl& url);
+
+/// Why a page can't be shown, from the browser's name for it: "net::ERR_CONNECTION_REFUSED" is
+/// "connection refused".
+QString ReasonInWords(QString reason);
+
 struct LocalPageFile {
     QByteArray Content;
     QByteArray MimeType;

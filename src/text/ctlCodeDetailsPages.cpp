@@ -75,7 +75,11 @@ void ctlCodeDetails::ConnectBrowser()
 
 void ctlCodeDetails::Navigate(const QString& address)
 {
-    webLinks->Navigate(UrlOfAddress(address), Session().CurrentHTMLFolder);
+    const QUrl url = UrlOfAddress(address);
+    if (IsAddress(url))
+        webLinks->Navigate(url, Session().CurrentHTMLFolder);
+    else
+        webLinks->TellNowhere(address, u"it is none."_s);
 }
 
 void ctlCodeDetails::GoBack()

@@ -12,7 +12,13 @@ namespace qb {
 
 using namespace Qt::StringLiterals;
 
-BrowserView::BrowserView(QWidget* parent) : QWidget(parent), m_layout(new QStackedLayout(this)) {}
+BrowserView::BrowserView(QWidget* parent) : QWidget(parent), m_layout(new QStackedLayout)
+{
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addLayout(m_layout, 1);
+}
 
 BrowserView::~BrowserView() = default;
 
@@ -27,7 +33,11 @@ void BrowserView::MakeBrowser()
         return;
     }
     m_layout->addWidget(m_browser->Widget());
-    m_browser->BeforeNavigate = [this](const QUrl& url) { Q_EMIT BeforeNavigate(url); };
+    m_browser->BeforeNavigate = [this](const QUrl& url) {
+        HideNowhere();
+        Q_EMIT BeforeNavigate(url);
+    };
+    m_browser->LoadFailed = [this](const QUrl& url, const QString& why) { TellNowhere(AddressText(url), ReasonInWords(why)); };
     m_browser->CommandStateChange = [this](bool back, bool forward) { Q_EMIT CommandStateChange(back, forward); };
     m_browser->ProgressChange = [this](int percent) { Q_EMIT ProgressChange(percent); };
     m_browser->DocumentComplete = [this](const QUrl& url) { Q_EMIT DocumentComplete(url); };
@@ -56,6 +66,7 @@ QWidget* BrowserView::MakeExcuse(const QString& reason)
 
 void BrowserView::Navigate(const QUrl& url, const QString& folder)
 {
+    HideNowhere();
     MakeBrowser();
     m_wanted = IsLocalPage(url) ? QUrl::fromLocalFile(QDir::cleanPath(folder + url.path())) : url;
     if (!m_browser)
@@ -66,6 +77,29 @@ void BrowserView::Navigate(const QUrl& url, const QString& folder)
         m_browser->Navigate(url);
     else if (answer == NavigationAnswer::OpenOutside)
         Q_EMIT OpenOutside(url.toString());
+}
+
+void BrowserView::TellNowhere(const QString& address, const QString& reason)
+{
+    constexpr int Margin = 6;
+    if (!m_nowhere) {
+        m_nowhere = new QLabel;
+        m_nowhere->setObjectName(u"lblNowhere"_s);
+        m_nowhere->setTextFormat(Qt::PlainText);
+        m_nowhere->setWordWrap(true);
+        m_nowhere->setMargin(Margin);
+        m_nowhere->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        static_cast<QVBoxLayout*>(layout())->insertWidget(0, m_nowhere);
+    }
+    m_nowhere->setText(reason.isEmpty() ? u"The address “%1” leads nowhere."_s.arg(address)
+                                        : u"The address “%1” leads nowhere: %2"_s.arg(address, reason));
+    m_nowhere->show();
+}
+
+void BrowserView::HideNowhere()
+{
+    if (m_nowhere)
+        m_nowhere->hide();
 }
 
 void BrowserView::GoBack()

@@ -4,6 +4,7 @@
 
 #include <QWidget>
 
+class QLabel;
 class QStackedLayout;
 
 namespace qb {
@@ -19,6 +20,8 @@ public:
 
     /// Shows an address. Pages of the library are those of @p folder, named by local addresses.
     void Navigate(const QUrl& url, const QString& folder);
+    /// Says that an address leads nowhere, until the next page.
+    void TellNowhere(const QString& address, const QString& reason);
     void GoBack();
     void GoForward();
     void BrowserStop();
@@ -35,8 +38,10 @@ Q_SIGNALS:
 
 private:
     void MakeBrowser();
+    void HideNowhere();
     QWidget* MakeExcuse(const QString& reason);
 
+    QLabel* m_nowhere = nullptr; ///< from the first address on that led nowhere
     QStackedLayout* m_layout;
     std::unique_ptr<WebBrowser> m_browser;
     QUrl m_wanted; ///< shown outside where there is no browser

@@ -29,6 +29,8 @@ public:
     std::function<void(bool back, bool forward)> CommandStateChange;
     std::function<void(int percent)> ProgressChange;
     std::function<void(const QUrl& url)> DocumentComplete;
+    /// A page can't be shown; @p reason as the browser names it.
+    std::function<void(const QUrl& url, const QString& reason)> LoadFailed;
     /// An address that is not for the browser: a mail address, a file to be loaded.
     std::function<void(const QUrl& url)> OpenOutside;
     std::function<void(const QString& address)> LinkHovered;

@@ -7,6 +7,7 @@
 #include <QPalette>
 #include <QWebEngineDownloadRequest>
 #include <QWebEngineHistory>
+#include <QWebEngineLoadingInfo>
 #include <QWebEngineNewWindowRequest>
 #include <QWebEnginePage>
 #include <QWebEngineProfile>
@@ -131,6 +132,10 @@ void WebEngineBrowser::Connect()
         TellCommandState();
         if (DocumentComplete)
             DocumentComplete(page->url());
+    });
+    QObject::connect(page, &QWebEnginePage::loadingChanged, page, [this](const QWebEngineLoadingInfo& info) {
+        if (info.status() == QWebEngineLoadingInfo::LoadFailedStatus && LoadFailed)
+            LoadFailed(info.url(), info.errorString());
     });
     QObject::connect(page, &QWebEnginePage::urlChanged, page, [this] { TellCommandState(); });
     QObject::connect(page, &QWebEnginePage::linkHovered, page, [this](const QString& address) {
