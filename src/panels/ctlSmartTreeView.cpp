@@ -215,7 +215,7 @@ void ctlSmartTreeView::MakeModeMenu()
     permanent->setCheckable(true);
     connect(permanent, &QAction::toggled, this, &ctlSmartTreeView::SetInPermanentLinkMode);
     m_linkMode->setMenu(menu);
-    tbrLinks->addWidget(m_linkMode);
+    m_linkModeAction = tbrLinks->addWidget(m_linkMode);
     connect(m_linkMode, &QToolButton::clicked, this, [this](bool down) {
         if (down)
             Q_EMIT LinkModeStarted(m_chosenMode);
@@ -484,7 +484,14 @@ void ctlSmartTreeView::UpdateCombo()
     if (m_linkGoto)
         m_linkGoto->setEnabled(ComboItem() != 0);
     if (m_linkRemove)
-        m_linkRemove->setEnabled(ComboItem() != 0);
+        m_linkRemove->setEnabled(ComboItem() != 0 && !m_readOnly);
+}
+
+void ctlSmartTreeView::SetReadOnly(bool readOnly)
+{
+    m_readOnly = readOnly;
+    m_linkModeAction->setEnabled(!readOnly);
+    UpdateCombo();
 }
 
 /// The item of the entry that is shown; 0 for none.

@@ -68,6 +68,9 @@ public:
     int SeparatorPosition() const;
     void SetSeparatorPosition(int position);
 
+    /// Links can neither be made nor removed.
+    void SetReadOnly(bool readOnly);
+
     /// Puts the caret into the box that filters.
     void StartFilter();
     /// Shows the whole tree again.
@@ -116,6 +119,7 @@ private:
     QAction* m_shrink = nullptr;
     QAction* m_description = nullptr;
     QToolButton* m_linkMode = nullptr;
+    QAction* m_linkModeAction = nullptr; ///< of the button, in the toolbar
     QComboBox* cboLinkedItems = nullptr;
     QAction* m_linkBox = nullptr; ///< of cboLinkedItems: the toolbar enables the box with it
     QAction* m_linkGoto = nullptr;
@@ -129,6 +133,7 @@ private:
     qb::LinkMode m_mode = qb::LinkMode::None;
     qb::LinkMode m_chosenMode = qb::LinkMode::OneWayFrom; ///< of the button
     bool m_permanent = false;
+    bool m_readOnly = false;
     bool m_hidden = false;
     bool m_autoHidden = false;
     bool m_descriptionHidden = false;

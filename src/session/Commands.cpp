@@ -110,6 +110,22 @@ constexpr CommandRow Rows[] = {
     {Place::CodeToolbar, "COLORIZE", "Colorize", "colorize", "", "Colorize"},
 };
 
+/// What can't work on a library that can only be read.
+const QStringList& WritingCommands()
+{
+    static const QStringList names{
+        u"NEW"_s, u"SAVE"_s, u"DELETE"_s, u"BOOKMARK"_s, u"COLORIZE"_s,
+        u"mnuAddCode"_s, u"mnuNewSiblingItem"_s, u"mnuRename"_s, u"mnuDeleteCode"_s, u"mnuImport"_s,
+        u"mnuBookMark"_s, u"mnuAddLink"_s, u"mnuSaveItem"_s, u"mnuKeepItem"_s, u"mnuResolveItem"_s,
+        u"mnuColorize"_s, u"mnuConflictSolver"_s, u"mnuRemoveDeletedItems"_s,
+        u"mnuAddLinkOneWayFromSelItem"_s, u"mnuAddLinkToSelectedItem"_s, u"mnuAddLinkOneWayNewFromSelItem"_s,
+        u"mnuAddLinkOneWayNewToSelItem"_s, u"mnuAddLinkTwoWayItem"_s, u"mnuAddLinkTwoWayNew"_s,
+        u"mnuDBToolsCreateReplicaItem"_s, u"mnuDBToolsExportChangesItem"_s, u"mnuDBToolsSynchronizeItem"_s,
+        u"mnuDBToolsForgetReplicaItem"_s,
+    };
+    return names;
+}
+
 } // namespace
 
 Commands::Commands()
@@ -146,7 +162,22 @@ void Commands::Update(const QString& name, Change&& change)
 
 void Commands::SetEnabled(const QString& name, bool enabled)
 {
-    Update(name, [enabled](State& state) { state.Enabled = enabled; });
+    const bool holds = m_readOnly && WritingCommands().contains(name);
+    if (holds)
+        enabled ? static_cast<void>(m_held.insert(name)) : static_cast<void>(m_held.remove(name));
+    Update(name, [enabled, holds](State& state) { state.Enabled = enabled && !holds; });
+}
+
+void Commands::SetReadOnly(bool readOnly)
+{
+    if (readOnly == m_readOnly)
+        return;
+    m_readOnly = readOnly;
+    for (const QString& name : WritingCommands()) {
+        const bool enabled = readOnly ? Get(name).Enabled : m_held.contains(name);
+        m_held.remove(name);
+        SetEnabled(name, enabled);
+    }
 }
 
 void Commands::SetVisible(const QString& name, bool visible)

@@ -2,6 +2,7 @@
 
 #include <QHash>
 #include <QObject>
+#include <QSet>
 #include <QString>
 #include <span>
 
@@ -39,6 +40,9 @@ public:
 
     const State& Get(const QString& name) const;
     void SetEnabled(const QString& name, bool enabled);
+    /// Nothing can be written: commands that write stay disabled whatever else enables them.
+    void SetReadOnly(bool readOnly);
+    bool IsReadOnly() const { return m_readOnly; }
     void SetVisible(const QString& name, bool visible);
     void SetChecked(const QString& name, bool checked);
     void SetImage(const QString& name, const QString& icon, const QString& tip);
@@ -73,6 +77,8 @@ private:
     void Update(const QString& name, Change&& change);
 
     QHash<QString, State> m_states;
+    QSet<QString> m_held; ///< of those that write, what would be enabled
+    bool m_readOnly = false;
 };
 
 } // namespace qb

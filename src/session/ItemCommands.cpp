@@ -65,6 +65,16 @@ void ItemCommands::SetAutoSaveOn(bool on)
     m_commands.SetChecked(u"mnuAutoSaveItem"_s, on);
 }
 
+/// Nothing can be saved while the library's file is not there; true when that is so.
+bool ItemCommands::TellOfGoneFile()
+{
+    if (!m_session.FileHasGone())
+        return false;
+    if (LibraryHasGone)
+        LibraryHasGone();
+    return true;
+}
+
 bool ItemCommands::SaveItem()
 {
     return Guarded(ModuleName, u"SaveItem"_s, [this] {
@@ -78,10 +88,12 @@ bool ItemCommands::SaveItem()
         CCodeItem* item = m_session.oCodeItem.get();
         bool kept = true;
         if (item && item->Unsaved()) {
-            const bool wanted = m_autoSaveOn
-                || Asked(u"This item has been changed. Do you wish to save the changes?"_s, u"Save Item"_s, MsgBoxResult::Yes, true);
+            const bool gone = TellOfGoneFile();
+            const bool wanted = !gone
+                && (m_autoSaveOn
+                    || Asked(u"This item has been changed. Do you wish to save the changes?"_s, u"Save Item"_s, MsgBoxResult::Yes, true));
             const std::shared_ptr<void> wait = wanted ? m_shell.WaitCursor() : nullptr;
-            kept = !wanted || m_details.SetItemChanged(m_autoSaveOn);
+            kept = !gone && (!wanted || m_details.SetItemChanged(m_autoSaveOn));
             // What could not be written may be all there is of an afternoon's work.
             if (!kept
                 && !Asked(u"The changes of this item could not be saved. Do you wish to go on without them? They will be lost."_s,
@@ -99,6 +111,8 @@ bool ItemCommands::SaveItem()
 void ItemCommands::mnuSaveItem_Click()
 {
     CCodeItem* item = m_session.oCodeItem.get();
+    if (TellOfGoneFile())
+        return;
     m_details.SaveFileDescChanges(false);
     if (!item || !item->Unsaved())
         return;

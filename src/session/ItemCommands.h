@@ -38,6 +38,8 @@ public:
     void LabelEditEnded(TreeNode& node, bool cancelled = false);
     /// Links the current item with that of the selected node; its title, or empty for the node's text.
     std::function<void(const QString& title)> AddNewLinkToSelectedItem;
+    /// The file of the library has gone, as a command has found; the window shows it.
+    std::function<void()> LibraryHasGone;
     /// Ends a link mode without a link.
     std::function<void()> CancelLinkMode;
 
@@ -67,6 +69,7 @@ private:
     QString ParentKeyOf(const TreeNode& node) const;
     std::function<void(int)> ProgressOver(qsizetype items);
     void AddUnder(TreeNode& parent);
+    bool TellOfGoneFile();
     void TakeBackLinkedItem(TreeNode& node);
     void LinkNewItem(TreeNode& node, const QString& description, bool pureLink);
     void DeleteNode(TreeNode& node, const std::vector<qint64>& branch, bool orphan);

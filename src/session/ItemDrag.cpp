@@ -26,7 +26,7 @@ const QString& ItemDrag::TreeClipboardFormat()
 
 bool ItemDrag::Start(TreeNode& node)
 {
-    if (node.IsRoot() || !m_session.CurrentDatabase)
+    if (node.IsRoot() || !m_session.MayWrite())
         return false;
     const bool orphan = ItemTree::OrphanedItem(node);
     const bool isFolder = orphan && node.FullPath().endsWith(OrphanedItemsTitle);

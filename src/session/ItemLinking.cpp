@@ -35,7 +35,7 @@ void ItemLinking::CreateNewLink(LinkMode mode)
     Guarded(ModuleName, u"CreateNewLink"_s, [&] {
         EndLinkMode();
         const TreeNode* node = m_view.SelectedItem();
-        if (!m_session.oCodeItem || m_session.oCodeItem->Key().isEmpty() || !node || node->IsRoot())
+        if (!m_session.MayWrite() || !m_session.oCodeItem || m_session.oCodeItem->Key().isEmpty() || !node || node->IsRoot())
             return;
         m_session.Mode = mode;
         m_source = m_session.oCodeItem->Key();

@@ -305,7 +305,7 @@ void ItemTree::Apply(const Permissions& permissions, bool root)
 {
     m_commands.HideItemMenuItems(permissions.Keep, permissions.Resolve, root);
     m_commands.DoToolBarLogic(root);
-    m_details.SetLocked(permissions.Locked);
+    m_details.SetLocked(permissions.Locked || m_session.IsReadOnly());
     m_shell.EnableEditing(!permissions.Locked);
     if (permissions.Orphan)
         m_commands.SetEnabled(u"NEW"_s, false);

@@ -6,6 +6,7 @@
 #include "session/CHistory.h"
 #include "store/CCodeItem.h"
 
+#include <QFileInfo>
 #include <QString>
 #include <memory>
 #include <vector>
@@ -20,6 +21,13 @@ struct LibraryEntry {
 
 /// What the session holds; its collaborators share it.
 struct SessionState {
+    /// A library is open that can only be read.
+    bool IsReadOnly() const { return CurrentDatabase && CurrentDatabase->IsReadOnly(); }
+    /// A library is open, and its file is there to be written to.
+    bool MayWrite() const { return CurrentDatabase && !IsReadOnly() && !FileHasGone(); }
+    /// The file of the open library is not where it was opened.
+    bool FileHasGone() const { return CurrentDatabase && !QFileInfo::exists(CurrentDatabase->Name()); }
+
     std::unique_ptr<Database> CurrentDatabase; ///< null when no library is open
     QString CurrentDatabasePath;               ///< empty when none is known
     LinkMode Mode = LinkMode::None;            ///< what the next click in the tree is for

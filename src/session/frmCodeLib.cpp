@@ -23,6 +23,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLabel>
@@ -184,6 +185,8 @@ bool frmCodeLib::event(QEvent* event)
 {
     if (event->type() == QEvent::WinIdChange && internalWinId() && windowHandle()->windowStates() != windowState())
         windowHandle()->setWindowStates(windowState());
+    if (event->type() == QEvent::WindowActivate && m_session.CurrentDatabase)
+        QTimer::singleShot(0, this, &frmCodeLib::ShowLibraryState); // it may have gone meanwhile, or come back
     return QMainWindow::event(event);
 }
 
@@ -303,7 +306,8 @@ void frmCodeLib::Form_Unload()
 {
     Guarded(ModuleName, u"Form_Unload"_s, [this] {
         m_tree->ClearTreeView();
-        m_session.moSettings->CountDay(); // writes to the library, so before it closes
+        if (m_session.MayWrite())
+            m_session.moSettings->CountDay(); // writes to the library, so before it closes
         m_libraries->CloseDatabase();
         DoUnload();
     });
@@ -333,6 +337,25 @@ void frmCodeLib::SetStatusText(const QString& text)
 {
     m_status = text;
     m_statusText->setText(m_linkHint.isEmpty() ? text : m_linkHint);
+}
+
+/// Whether the library can be written, in the title bar and the commands. That its file has gone is told
+/// once, and so is what can be done.
+void frmCodeLib::ShowLibraryState()
+{
+    const bool gone = m_session.FileHasGone();
+    const bool readOnly = m_session.CurrentDatabase && !m_session.MayWrite();
+    setWindowTitle(ApplicationTitle + (gone ? u" (read-only, its file has gone)"_s : readOnly ? u" (read-only)"_s : QString()));
+    m_commands.SetReadOnly(readOnly);
+    tvCodeItems->SetReadOnly(readOnly);
+    if (std::exchange(m_toldOfGoneFile, gone) || !gone)
+        return;
+    Prompts::Current().MsgBox(
+        {.Text = u"The file of the library, '%1', is not there any more: it was moved, renamed or deleted, or its disk is gone. Nothing can be "
+                 "saved until it is back.\n\nWhat you have typed is still in the window. To keep it, select it with Ctrl+A, copy it with "
+                 "Ctrl+C and paste it into another program."_s.arg(QDir::toNativeSeparators(m_session.CurrentDatabase->Name())),
+         .Caption = ApplicationTitle,
+         .Icon = MsgBoxIcon::Exclamation});
 }
 
 /// While a link mode lasts its next step stands in the status bar, and Escape, wherever the focus is, ends it.

@@ -101,6 +101,7 @@ private:
     void FollowLink(qint64 item);
     void ShowStatusOfItem();
     void ShowLinkHint(const QString& hint);
+    void ShowLibraryState();
     std::optional<LinkDirection> AskLinkDirection();
     void tvCodeItems_Shrinking(bool shrinks);
     void ConnectDetails();
@@ -166,6 +167,7 @@ private:
     QTimer tmrStartTimer; ///< tells a single click on SAVE from a double click
     int m_saveClickCount = 0;
     bool m_editingEnabled = true;
+    bool m_toldOfGoneFile = false;
     QComboBox* cboDatabase = nullptr;
     QLabel* m_statusText = nullptr;
     LanguageButton* m_language = nullptr; ///< of the item's code

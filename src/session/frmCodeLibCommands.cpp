@@ -57,7 +57,7 @@ void frmCodeLib::mnuEdit_Click()
     m_commands.SetEnabled(u"mnuCopy"_s, box && edit.CanCopy());
     m_commands.SetEnabled(u"mnuCut"_s, box && edit.CanCopy() && !box->Locked());
     m_commands.SetEnabled(u"mnuClear"_s, box && edit.CanCopy() && !box->Locked());
-    m_commands.SetEnabled(u"mnuPaste"_s, box && edit.CanPaste());
+    m_commands.SetEnabled(u"mnuPaste"_s, box && edit.CanPaste() && !box->Locked());
     m_actions[u"mnuUndo"_s]->setText(u"&Undo "_s + (box && edit.CanUndo() ? edit.TranslatedUndoType() : QString()));
     m_actions[u"mnuRedo"_s]->setText(u"&Redo "_s + (box && edit.CanRedo() ? edit.TranslatedRedoType() : QString()));
 }
@@ -265,6 +265,7 @@ void frmCodeLib::EnableMenus(bool enabled)
         MenuOf(place)->setEnabled(enabled);
     for (const QString& entry : {u"mnuNewAliasItem"_s, u"mnuRemoveDBItem"_s})
         m_commands.SetEnabled(entry, enabled);
+    ShowLibraryState();
 }
 
 void frmCodeLib::mnuFile_Click()

@@ -285,6 +285,7 @@ void frmCodeLib::ConnectPanels()
     m_tree->ItemShown = [this] {
         m_items->ItemMenuEdit();
         ShowStatusOfItem();
+        ShowLibraryState();
         m_linking->ShowLinks();
         tvCodeItems->UpdateDescription(m_session.oCodeItem ? m_session.oCodeItem->Description() : QString());
     };
@@ -312,6 +313,7 @@ void frmCodeLib::ConnectLinks()
     connect(m_endLinkMode, &QShortcut::activated, this, [this] { m_linking->CancelLinkMode(); });
     m_linking->ShowHint = [this](const QString& hint) { ShowLinkHint(hint); };
     m_linking->LinksChanged = [this] { ctlCodeItemDetails->ShowLinks(); };
+    m_items->LibraryHasGone = [this] { ShowLibraryState(); };
     m_items->CancelLinkMode = [this] { m_linking->CancelLinkMode(); };
     m_linking->AskDirection = [this] { return AskLinkDirection(); };
     connect(tvCodeItems, &ctlSmartTreeView::LinkModeStarted, this, [this](LinkMode mode) { m_linking->CreateNewLink(mode); });
@@ -466,7 +468,7 @@ void frmCodeLib::ShowTextToolbar()
     tlbTextFormat->setVisible(m_editingEnabled);
     tbrCode->ForgetLastGo();
     tbrCode->UpdateSectionButtons(ctlCodeItemDetails->CurrentSection());
-    tlbTextFormat->SetCommandsEnabled(m_editingEnabled && hasFormat);
+    tlbTextFormat->SetCommandsEnabled(m_editingEnabled && hasFormat && !ctlCodeItemDetails->Locked());
     MenuOf(CommandRow::Place::Edit)->setEnabled(m_editingEnabled && tab.has_value());
 }
 

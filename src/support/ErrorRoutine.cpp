@@ -36,6 +36,12 @@ void WriteLog(const QString& line)
         log.write((kept + line + u'\n').toUtf8());
 }
 
+/// What has become of a file is for the user to know, and no fault of the program.
+bool IsOfAFile(long number)
+{
+    return number == ErrorNumber::ReadOnly || number == ErrorNumber::FileNotFound;
+}
+
 void ReportByMail(long number, const QString& description, const QString& module, const QString& procedure)
 {
     Mail mail;
@@ -69,7 +75,9 @@ void HandleError(long number, const QString& description, const QString& module,
     try {
         WriteLog(u"%1  -  %2, %3, %4, %5, %6"_s.arg(DateFormatCustom(Clock::Now(), DatePattern::Log)).arg(number).arg(
             description, module, procedure, source));
-        if (showDialog && Prompts::Current().ShowError(description))
+        if (showDialog && IsOfAFile(number))
+            Prompts::Current().MsgBox({.Text = description, .Caption = ApplicationTitle, .Icon = MsgBoxIcon::Exclamation});
+        else if (showDialog && Prompts::Current().ShowError(description))
             ReportByMail(number, description, module, procedure);
     } catch (const std::exception&) {
         // An error while an error is reported must not hide the first one or stop the program.

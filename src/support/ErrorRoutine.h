@@ -12,7 +12,7 @@ namespace qb {
 /// entries of 90 days) and, with @p showDialog, shows it and offers to report it by mail. By
 /// convention @p module is `MainForm`, `CodeModule` or the class's name, and @p procedure the
 /// procedure's name, a property being `<<Get>> Name`, `<<Let>> Name` or `<<Set>> Name`. Never
-/// fails; the program goes on.
+/// fails; the program goes on. That a library is read-only, or a file has gone, is said in a plain message.
 void HandleError(long number, const QString& description, const QString& module, const QString& procedure,
                  const QString& source, bool showDialog);
 

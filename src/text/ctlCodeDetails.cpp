@@ -284,6 +284,7 @@ void ctlCodeDetails::Initialise(Database* database, CCodeItem* item)
         return;
     }
     m_recovery.emplace(database->Name());
+    m_readOnly = database->IsReadOnly();
     m_shownState = item->LastChanged();
     m_database = database;
     ShowHeader();
@@ -575,7 +576,8 @@ void ctlCodeDetails::DisplayTabWithContent()
 
 void ctlCodeDetails::ShowLockedState()
 {
-    m_lockedState->setText(m_locked ? u"locked until the next synchronization"_s : QString());
+    const QString reason = m_readOnly ? u"read-only: the library can't be changed"_s : u"locked until the next synchronization"_s;
+    m_lockedState->setText(m_locked ? reason : QString());
     m_lockedState->setVisible(m_locked);
 }
 

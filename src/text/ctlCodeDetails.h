@@ -287,6 +287,7 @@ private:
     std::array<bool, 7> m_hasContent{}; ///< by the number of the tab
     bool m_userChange = false;          ///< a change of a box is the user's; not while an item is loaded
     bool m_locked = false;
+    bool m_readOnly = false; ///< the whole library can only be read
 };
 
 } // namespace qb

@@ -33,6 +33,24 @@ private:
     }
 
 private Q_SLOTS:
+    void readOnlyLibrary_holdsWhatWritesUntilItIsOver()
+    {
+        Commands commands;
+        commands.SetEnabled(u"mnuDeleteCode"_s, false);
+        commands.SetReadOnly(true);
+        QVERIFY(!commands.Get(u"NEW"_s).Enabled);
+        QVERIFY(!commands.Get(u"mnuAddCode"_s).Enabled);
+        QVERIFY(commands.Get(u"mnuFindInText"_s).Enabled);
+        commands.SetEnabled(u"NEW"_s, true);
+        commands.SetEnabled(u"mnuAddCode"_s, false);
+        commands.SetEnabled(u"mnuDeleteCode"_s, true);
+        QVERIFY(!commands.Get(u"NEW"_s).Enabled);
+        commands.SetReadOnly(false);
+        QVERIFY(commands.Get(u"NEW"_s).Enabled);
+        QVERIFY(!commands.Get(u"mnuAddCode"_s).Enabled);
+        QVERIFY(commands.Get(u"mnuDeleteCode"_s).Enabled);
+    }
+
     void init() { qb::test::FailOnWarnings(); }
 
     void table_namesEachCommandOnce()

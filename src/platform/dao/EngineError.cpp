@@ -25,6 +25,8 @@ constexpr Entry Entries[] = {
      "'%1' could not be written: the disk is full, a limit on file sizes is reached, or the disk or the network "
      "failed; nothing was changed."},
     {SQLITE_FULL, ErrorNumber::DiskFull, "There is not enough space on the disk of '%1'; nothing was changed."},
+    {SQLITE_READONLY_DBMOVED, ErrorNumber::FileNotFound,
+     "The file '%1' has gone: it was moved, renamed or deleted; nothing was changed."},
     {SQLITE_READONLY, ErrorNumber::ReadOnly, "'%1' is read-only; nothing was changed."},
     {SQLITE_CANTOPEN, ErrorNumber::CannotOpen,
      "'%1' can't be opened: the file, or the folder in which its journal is written, is not accessible."},

@@ -66,6 +66,7 @@ void CodeToolbar::UpdateSectionButtons(quint8 current)
         const char* tip = !present ? row.AddTip : current == row.Bit ? row.CopyTip : row.GoTip;
         action->setIcon(IconNamed(QString::fromLatin1(present ? row.GoImage : row.AddImage)));
         action->setProperty(Tag, present ? GoTo : Add);
+        action->setEnabled(present || !m_details.Locked());
         action->setText(QString::fromLatin1(tip));
         action->setToolTip(QString::fromLatin1(tip));
     }
@@ -154,6 +155,7 @@ void CodeToolbar::UpdateMenu()
         const bool present = IsPresent(row.Bit);
         m_entries[row.Bit]->setText((present ? u"Delete "_s : u"Add "_s) + QString::fromLatin1(row.MenuCaption));
         m_entries[row.Bit]->setProperty(Tag, present ? Delete : Add);
+        m_entries[row.Bit]->setEnabled(!m_details.Locked());
         TellPlace(row, *m_entries[row.Bit]);
     }
 }
