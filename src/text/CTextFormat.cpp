@@ -256,7 +256,7 @@ void CTextFormat::ColorizeCode(IRichTextBox& box)
     Guarded(ModuleName, u"ColorizeCode"_s, [&] {
         const auto progress = [this](int percent) { Q_EMIT eColorizeProgress(percent); };
         if (RuleScan* scan = Rules())
-            PaintByRules(box, *scan, m_palette.Light, HeaderBegin(CommentIdentifier()), progress);
+            PaintByRules(box, *scan, m_palette.Light, progress);
         else if (m_correctsSpelling)
             ColorizeByWords(box);
         else

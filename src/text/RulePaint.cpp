@@ -1,6 +1,7 @@
 #include "text/RulePaint.h"
 
 #include "platform/richtext/RtfPlainText.h"
+#include "store/LanguageDefinition.h"
 
 #include <algorithm>
 
@@ -9,6 +10,8 @@ namespace qb {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+const QString HeaderMark = u"###############   "_s;
 
 void Select(IRichTextBox& box, qsizetype begin, qsizetype length)
 {
@@ -28,38 +31,40 @@ void ForEachLine(const QString& text, Visit&& visit)
     }
 }
 
-bool IsHeader(IRichTextBox& box, const QString& text, qsizetype begin, const QString& header)
+bool IsHeader(IRichTextBox& box, const QString& text, qsizetype begin, qsizetype length)
 {
-    if (!QStringView(text).sliced(begin).startsWith(header))
+    if (!ReadsLikeHeader(QStringView(text).sliced(begin, length)))
         return false;
-    Select(box, begin, header.size());
+    Select(box, begin, 1);
     return box.SelBold() == true;
 }
 
 /// The begin and the end of what lies between headers.
-QList<std::pair<qsizetype, qsizetype>> PartsBetweenHeaders(IRichTextBox& box, const QString& text, const QString& header)
+QList<std::pair<qsizetype, qsizetype>> PartsBetweenHeaders(IRichTextBox& box, const QString& text)
 {
     QList<std::pair<qsizetype, qsizetype>> parts;
-    qsizetype begin = 0;
-    for (qsizetype at = text.indexOf(header); at >= 0; at = text.indexOf(header, at + 1)) {
-        if ((at > 0 && text[at - 1] != u'\n') || !IsHeader(box, text, at, header))
+    qsizetype from = 0;
+    for (qsizetype at = text.indexOf(HeaderMark); at >= 0; at = text.indexOf(HeaderMark, at + 1)) {
+        const qsizetype begin = at == 0 ? 0 : text.lastIndexOf(u'\n', at - 1) + 1;
+        const qsizetype found = text.indexOf(u'\r', at);
+        const qsizetype end = found < 0 ? text.size() : found;
+        if (begin < from || !IsHeader(box, text, begin, end - begin))
             continue;
-        parts.append({begin, at});
-        const qsizetype end = text.indexOf(u'\r', at);
-        begin = end < 0 ? text.size() : end;
+        parts.append({from, begin});
+        from = end;
     }
-    parts.append({begin, text.size()});
+    parts.append({from, text.size()});
     return parts;
 }
 
-void ClearLooks(IRichTextBox& box, const QString& text, const QString& header, quint32 color)
+void ClearLooks(IRichTextBox& box, const QString& text, quint32 color)
 {
     Select(box, 0, text.size());
     box.SetSelFontName(CodeFont.Name);
     box.SetSelFontSize(CodeFont.Points);
     box.SetSelItalic(false);
     box.SetSelUnderline(false);
-    for (const auto& [begin, end] : PartsBetweenHeaders(box, text, header)) {
+    for (const auto& [begin, end] : PartsBetweenHeaders(box, text)) {
         if (begin == end)
             continue;
         Select(box, begin, end - begin);
@@ -70,13 +75,13 @@ void ClearLooks(IRichTextBox& box, const QString& text, const QString& header, q
 
 } // namespace
 
-QString HeaderBegin(const QString& commentIdentifier)
+bool ReadsLikeHeader(QStringView line)
 {
-    return commentIdentifier + u"###############   "_s;
+    const qsizetype mark = line.indexOf(HeaderMark);
+    return mark > 0 && mark <= LongestCommentMark;
 }
 
-void PaintByRules(IRichTextBox& box, RuleScan& scan, const TokenColors& colors, const QString& header,
-                  const std::function<void(int percent)>& progress)
+void PaintByRules(IRichTextBox& box, RuleScan& scan, const TokenColors& colors, const std::function<void(int percent)>& progress)
 {
     constexpr qsizetype LongestWithoutProgress = 3000;
     constexpr int Whole = 100;
@@ -85,12 +90,12 @@ void PaintByRules(IRichTextBox& box, RuleScan& scan, const TokenColors& colors, 
     const bool isLong = text.size() >= LongestWithoutProgress;
     if (isLong)
         progress(0);
-    ClearLooks(box, text, header, colors[size_t(TokenKind::Text)]);
+    ClearLooks(box, text, colors[size_t(TokenKind::Text)]);
     int state = RuleScan::Begin;
     int told = 0;
     std::vector<Token> tokens;
     ForEachLine(text, [&](qsizetype begin, qsizetype length) {
-        if (IsHeader(box, text, begin, header))
+        if (IsHeader(box, text, begin, length))
             return;
         state = scan.ScanLine(QStringView(text).sliced(begin, length), state, tokens);
         const int percent = int(begin * Whole / std::max<qsizetype>(1, text.size()));
@@ -109,9 +114,9 @@ void PaintByRules(IRichTextBox& box, RuleScan& scan, const TokenColors& colors, 
     box.SetSelColor(0);
 }
 
-void TakePaintOff(IRichTextBox& box, const QString& header)
+void TakePaintOff(IRichTextBox& box)
 {
-    ClearLooks(box, box.Text(), header, AutomaticColor);
+    ClearLooks(box, box.Text(), AutomaticColor);
     Select(box, 0, 0);
 }
 

@@ -279,6 +279,7 @@ private:
     std::optional<RecoveryFile> m_recovery; ///< of the open library
     QTimer m_recoveryTimer;
     Date m_shownState; ///< LastChanged of the row that is shown
+    QString m_itemLanguage; ///< of its code and usage; empty: the library's
     int m_zoom = 100;
     QWidget* picColorize = nullptr;
     QLabel* lblColorize = nullptr;

@@ -39,21 +39,26 @@ void ctlCodeDetails::ShowCode(Text text)
 {
     const QString code = m_item->Code();
     const QString usage = m_item->Example();
-    const QString language = LanguageInRtf(code);
-    mFT.SetItemLanguage(language.isEmpty() ? LanguageInRtf(usage) : language);
+    m_itemLanguage = LanguageInRtf(code);
+    if (m_itemLanguage.isEmpty())
+        m_itemLanguage = LanguageInRtf(usage);
+    mFT.SetItemLanguage(m_itemLanguage);
     CodeBox& box = CodeBoxOf(text);
     RichText content;
     content.SetTextRTF(text == CodeText ? code : usage);
     m_texts[text].Painted = HasColours(content.Document());
     if (mFT.Rules())
-        TakePaintOff(content, HeaderBegin(mFT.CommentIdentifier()));
+        TakePaintOff(content);
     ConnectColours(box);
     box.SetContent(content);
 }
 
 void ctlCodeDetails::ConnectColours(CodeBox& box)
 {
-    box.SetColouring(mFT.Rules(), HeaderBegin(mFT.CommentIdentifier()), [this](RichText& copy) { mFT.ColorizeCode(copy); });
+    box.SetColouring(mFT.Rules(), [this](RichText& copy) {
+        const QSignalBlocker noProgress(&mFT);
+        mFT.ColorizeCode(copy);
+    });
 }
 
 CodeBox& ctlCodeDetails::CodeBoxOf(Text text) const
@@ -78,8 +83,10 @@ void ctlCodeDetails::ShowByLanguage(Text text)
     if (wasOn == box.ColoursByRules() || box.IsEmpty())
         return;
     RichText content = box.Content();
-    TakePaintOff(content, HeaderBegin(mFT.CommentIdentifier()));
-    box.SetRepainted(content);
+    TakePaintOff(content);
+    const qsizetype caret = box.SelStart();
+    box.SetContent(content); // an undo must not bring back the looks of another language
+    box.SetSelStart(caret);
     m_texts[text].Painted = m_texts[text].Colorized = false;
 }
 
@@ -161,7 +168,7 @@ void ctlCodeDetails::ColorizeItem()
 
 QString ctlCodeDetails::ItemLanguage() const
 {
-    return m_item ? rtbCode->Content().Document().Language() : QString();
+    return m_item ? m_itemLanguage : QString();
 }
 
 void ctlCodeDetails::SetItemLanguage(const QString& name)
@@ -170,6 +177,7 @@ void ctlCodeDetails::SetItemLanguage(const QString& name)
         return;
     const QScopedValueRollback userChange(m_userChange, false);
     const QString formerComment = mFT.CommentIdentifier();
+    m_itemLanguage = name;
     mFT.SetItemLanguage(name);
     for (const Text text : {CodeText, UsageText}) {
         CodeBox& box = CodeBoxOf(text);

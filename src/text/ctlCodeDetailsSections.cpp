@@ -198,7 +198,7 @@ void ctlCodeDetails::TypeNormally(CodeBox& box)
         return;
     box.SetSelProtected(false);
     box.SetSelBold(false);
-    box.SetSelColor(0);
+    box.SetSelColor(box.ColoursByRules() ? AutomaticColor : 0);
 }
 
 /// A line that is indented is followed by one that is.

@@ -352,8 +352,16 @@ std::pair<qsizetype, qsizetype> LanguageGroupIn(const QString& rtf)
     constexpr qsizetype LongestHead = 4096; // it stands at the begin
     static const QString opener = u"{\\*\\qblang "_s;
     const qsizetype begin = QStringView(rtf).first(std::min(rtf.size(), LongestHead)).indexOf(opener);
-    const qsizetype end = begin < 0 ? -1 : rtf.indexOf(u'}', begin);
-    return end < 0 ? std::pair<qsizetype, qsizetype>{0, 0} : std::pair{begin, end + 1};
+    int depth = 0;
+    for (qsizetype at = begin; at >= 0 && at < rtf.size(); ++at) {
+        if (rtf[at] == u'\\')
+            ++at; // a brace behind it is a character
+        else if (rtf[at] == u'{')
+            ++depth;
+        else if (rtf[at] == u'}' && --depth == 0)
+            return {begin, at + 1};
+    }
+    return {0, 0};
 }
 
 } // namespace

@@ -23,7 +23,7 @@ void SampleBox::ShowLanguage(const LanguageDefinition& language)
     sample.SetText(SampleOf(language));
     if (!m_format.Rules())
         m_format.ColorizeCode(sample);
-    SetColouring(m_format.Rules(), HeaderBegin(m_format.CommentIdentifier()), {});
+    SetColouring(m_format.Rules(), {});
     SetContent(sample);
 }
 

@@ -1,6 +1,7 @@
 #include "text/ui/CodeBox.h"
 
 #include "support/ui/Colors.h"
+#include "text/RulePaint.h"
 #include "text/ui/RichTextMime.h"
 
 #include <QFontDatabase>
@@ -119,12 +120,12 @@ void CodeBox::SetZoom(double factor)
 
 // Colours
 
-void CodeBox::SetColouring(RuleScan* scan, const QString& header, std::function<void(RichText&)> paint)
+void CodeBox::SetColouring(RuleScan* scan, std::function<void(RichText&)> paint)
 {
     m_paint = std::move(paint);
     ShowingColours([&] {
         const bool wasOn = m_colours.IsOn();
-        m_colours.SetRules(scan, header);
+        m_colours.SetRules(scan);
         if (wasOn && !scan)
             document()->markContentsDirty(0, document()->characterCount());
     });
@@ -185,6 +186,17 @@ QMimeData* CodeBox::createMimeDataFromSelection() const
     RichText painted = Content();
     m_paint(painted);
     return MimeOfRichText(painted.Document().Part(SelStart(), SelLength())).release();
+}
+
+/// A text that comes in leaves its colours behind where rules give them.
+QString CodeBox::TakenIn(const QString& rtf) const
+{
+    if (!m_colours.IsOn() || rtf.isEmpty())
+        return rtf;
+    RichText plain;
+    plain.SetTextRTF(rtf);
+    TakePaintOff(plain);
+    return plain.TextRTF();
 }
 
 // Line numbers

@@ -28,7 +28,7 @@ public:
     /// From now on what is seen is coloured by rules while it is edited; the text itself holds no
     /// colours then. @p paint colours a copy that leaves the box by the clipboard. Null: the text is
     /// shown in the looks that it has.
-    void SetColouring(RuleScan* scan, const QString& header, std::function<void(RichText&)> paint);
+    void SetColouring(RuleScan* scan, std::function<void(RichText&)> paint);
     void SetPalette(const TokenPalette& palette);
     bool ColoursByRules() const { return m_colours.IsOn(); }
 
@@ -43,6 +43,7 @@ protected:
     void Loaded() override;
     void paintEvent(QPaintEvent* event) override;
     QMimeData* createMimeDataFromSelection() const override;
+    QString TakenIn(const QString& rtf) const override;
     void resizeEvent(QResizeEvent* event) override;
     void changeEvent(QEvent* event) override;
 

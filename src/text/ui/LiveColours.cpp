@@ -1,6 +1,7 @@
 #include "text/ui/LiveColours.h"
 
 #include "support/ui/Colors.h"
+#include "text/RulePaint.h"
 
 #include <QTextDocument>
 #include <QTextLayout>
@@ -8,9 +9,8 @@
 
 namespace qb {
 
-void LiveColours::SetRules(RuleScan* scan, const QString& header)
+void LiveColours::SetRules(RuleScan* scan)
 {
-    m_header = header;
     m_lines.Reset(scan, m_document.blockCount());
     if (!scan && m_anyShown)
         TakeColoursOff();
@@ -55,7 +55,7 @@ void LiveColours::Changed(int position, int added)
 
 bool LiveColours::IsHeader(const QTextBlock& block) const
 {
-    return block.text().startsWith(m_header) && block.begin() != block.end()
+    return ReadsLikeHeader(block.text()) && block.begin() != block.end()
         && block.begin().fragment().charFormat().fontWeight() == QFont::Bold;
 }
 

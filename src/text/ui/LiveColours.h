@@ -17,8 +17,8 @@ class LiveColours {
 public:
     explicit LiveColours(QTextDocument& document) : m_document(document) {}
 
-    /// By what is coloured; null: nothing is. Bold lines that begin with @p header keep their look.
-    void SetRules(RuleScan* scan, const QString& header);
+    /// By what is coloured; null: nothing is. The headers of sections keep their look.
+    void SetRules(RuleScan* scan);
     bool IsOn() const { return m_lines.Scan(); }
     /// The colours of each kind on a background of that darkness.
     void SetColors(const TokenColors& colors);
@@ -38,7 +38,6 @@ private:
 
     QTextDocument& m_document;
     LineColours m_lines;
-    QString m_header;
     std::array<QTextCharFormat, TokenKindCount> m_formats;
     bool m_anyShown = false;
 };

@@ -93,6 +93,8 @@ public:
     void SetSelIndent(int twips) override;
 
 protected:
+    /// What is taken in of a text with looks that is pasted or dropped.
+    virtual QString TakenIn(const QString& rtf) const { return rtf; }
     /// The user has activated a link.
     virtual void ActivateLink(const QString& /*target*/) {}
     /// The user has undone or redone something.

@@ -117,7 +117,7 @@ void RichTextBoxOf<Editor>::insertFromMimeData(const QMimeData* source)
 template <class Editor>
 bool RichTextBoxOf<Editor>::Insert(const QMimeData& source, UndoType type)
 {
-    const QString rtf = RtfOfMime(source, m_takesForeignLooks);
+    const QString rtf = TakenIn(RtfOfMime(source, m_takesForeignLooks));
     if (rtf.isEmpty() && !source.hasText() && !source.hasHtml())
         return false;
     return UserEdit(type, [&] { return rtf.isEmpty() ? SetSelText(TextOfMime(source)) : SetSelRTF(rtf); });
