@@ -19,7 +19,10 @@ public:
     /// The first match from the top; null when there is none.
     TreeNode* FirstMatch() const;
     /// Whether the title itself matches, not only one below it.
-    bool IsMatch(const QModelIndex& index) const { return index.isValid() && m_entries[size_t(index.internalId())].Matches; }
+    bool IsMatch(const QModelIndex& index) const
+    {
+        return index.isValid() && m_entries[size_t(index.internalId())].Matches;
+    }
 
     TreeNode* NodeAt(const QModelIndex& index) const;
     /// The place of a node; invalid when it is filtered out.

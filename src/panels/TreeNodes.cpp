@@ -234,8 +234,8 @@ void TreeNodes::PlaceByTitle(TreeNode& node)
     if (!node.Parent)
         return;
     std::vector<TreeNode*>& siblings = node.Parent->Children;
-    const auto before = std::count_if(siblings.begin(), siblings.end(), [&node](const TreeNode* one) { return TitleLess(*one, node); });
-    const int row = int(before);
+    const auto isBefore = [&node](const TreeNode* one) { return TitleLess(*one, node); };
+    const int row = int(std::count_if(siblings.begin(), siblings.end(), isBefore));
     if (row == node.Row)
         return;
     const QModelIndex parent = IndexOf(node.Parent);

@@ -463,7 +463,8 @@ void ctlSmartTreeView::AddNewLinkToCombo(const CLink& link)
     }
     const QString title = link.LinkedItemTitle.isEmpty() ? u"(deleted item %1)"_s.arg(link.LinkedItemId) : link.LinkedItemTitle;
     cboLinkedItems->addItem(ImageOf(link), title, ComboKey(link.LinkedItemId));
-    cboLinkedItems->setItemData(cboLinkedItems->count() - 1, Qt::convertFromPlainText(link.Note.left(400), Qt::WhiteSpaceNormal), Qt::ToolTipRole);
+    const QString tip = Qt::convertFromPlainText(link.Note.left(400), Qt::WhiteSpaceNormal);
+    cboLinkedItems->setItemData(cboLinkedItems->count() - 1, tip, Qt::ToolTipRole);
     UpdateCombo();
 }
 

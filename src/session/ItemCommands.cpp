@@ -15,7 +15,8 @@ namespace {
 
 const QString ModuleName = u"MainForm"_s;
 
-bool Asked(const QString& text, const QString& caption, MsgBoxResult preset = MsgBoxResult::Yes, bool mustAnswer = false)
+bool Asked(const QString& text, const QString& caption, MsgBoxResult preset = MsgBoxResult::Yes,
+           bool mustAnswer = false)
 {
     return Prompts::Current().MsgBox({.Text = text,
                                       .Caption = caption,
@@ -89,9 +90,8 @@ bool ItemCommands::SaveItem()
         bool kept = true;
         if (item && item->Unsaved()) {
             const bool gone = TellOfGoneFile();
-            const bool wanted = !gone
-                && (m_autoSaveOn
-                    || Asked(u"This item has been changed. Do you wish to save the changes?"_s, u"Save Item"_s, MsgBoxResult::Yes, true));
+            const QString question = u"This item has been changed. Do you wish to save the changes?"_s;
+            const bool wanted = !gone && (m_autoSaveOn || Asked(question, u"Save Item"_s, MsgBoxResult::Yes, true));
             const std::shared_ptr<void> wait = wanted ? m_shell.WaitCursor() : nullptr;
             kept = !gone && (!wanted || m_details.SetItemChanged(m_autoSaveOn));
             // What could not be written may be all there is of an afternoon's work.
@@ -100,7 +100,9 @@ bool ItemCommands::SaveItem()
                           u"Save Item"_s, MsgBoxResult::No))
                 return false;
             // Nobody wants the changes: whatever becomes of the leaving, they are not to be seen as if stored.
-            if (item->Unsaved())
+            if (gone)
+                m_session.oCodeItem = std::make_unique<CCodeItem>(); // what is stored can't be counted on to be read
+            else if (item->Unsaved())
                 m_tree.ShowItem(item->Key().toLongLong());
         }
         m_details.ResetChangedBooleans();

@@ -13,7 +13,7 @@ const QString ModuleName = u"MainForm"_s;
 
 QString Hint(const QString& source, LinkMode mode)
 {
-    return (MakesNewItem(mode) ? u"Link “%1” with a new item: click the item that it is put under. Escape ends the link mode."_s
+    return (MakesNewItem(mode) ? u"Link “%1” with a new item: click the item to put it under. Escape ends the mode."_s
                                : u"Link “%1”: click the item to link with. Escape ends the link mode."_s)
         .arg(source);
 }
@@ -35,7 +35,8 @@ void ItemLinking::CreateNewLink(LinkMode mode)
     Guarded(ModuleName, u"CreateNewLink"_s, [&] {
         EndLinkMode();
         const TreeNode* node = m_view.SelectedItem();
-        if (!m_session.MayWrite() || !m_session.oCodeItem || m_session.oCodeItem->Key().isEmpty() || !node || node->IsRoot())
+        const bool hasItem = m_session.oCodeItem && !m_session.oCodeItem->Key().isEmpty();
+        if (!m_session.MayWrite() || !hasItem || !node || node->IsRoot())
             return;
         m_session.Mode = mode;
         m_source = m_session.oCodeItem->Key();

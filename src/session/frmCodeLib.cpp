@@ -345,17 +345,18 @@ void frmCodeLib::ShowLibraryState()
 {
     const bool gone = m_session.FileHasGone();
     const bool readOnly = m_session.CurrentDatabase && !m_session.MayWrite();
-    setWindowTitle(ApplicationTitle + (gone ? u" (read-only, its file has gone)"_s : readOnly ? u" (read-only)"_s : QString()));
+    const QString state = gone ? u" (read-only, its file has gone)"_s : readOnly ? u" (read-only)"_s : QString();
+    setWindowTitle(ApplicationTitle + state);
     m_commands.SetReadOnly(readOnly);
     tvCodeItems->SetReadOnly(readOnly);
     if (std::exchange(m_toldOfGoneFile, gone) || !gone)
         return;
-    Prompts::Current().MsgBox(
-        {.Text = u"The file of the library, '%1', is not there any more: it was moved, renamed or deleted, or its disk is gone. Nothing can be "
-                 "saved until it is back.\n\nWhat you have typed is still in the window. To keep it, select it with Ctrl+A, copy it with "
-                 "Ctrl+C and paste it into another program."_s.arg(QDir::toNativeSeparators(m_session.CurrentDatabase->Name())),
-         .Caption = ApplicationTitle,
-         .Icon = MsgBoxIcon::Exclamation});
+    const QString text = u"The file of the library, '%1', is not there any more: it was moved, renamed or deleted, "
+                         "or its disk is gone. Nothing can be saved until it is back.\n\nWhat you have typed is still "
+                         "in the window. To keep it, select it with Ctrl+A, copy it with Ctrl+C and paste it into "
+                         "another program."_s;
+    const QString file = QDir::toNativeSeparators(m_session.CurrentDatabase->Name());
+    Prompts::Current().MsgBox({.Text = text.arg(file), .Caption = ApplicationTitle, .Icon = MsgBoxIcon::Exclamation});
 }
 
 /// While a link mode lasts its next step stands in the status bar, and Escape, wherever the focus is, ends it.

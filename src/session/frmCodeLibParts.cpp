@@ -260,7 +260,8 @@ void frmCodeLib::ConnectPanels()
     NodeTreeView* tree = tvCodeItems->Tree();
     connect(tree, &NodeTreeView::LabelEdited, this,
             [this](TreeNode* node, const QString& text) { m_items->AfterLabelEdit(*node, text); });
-    connect(tree, &NodeTreeView::LabelEditEnded, this, [this](TreeNode* node, bool cancelled) { m_items->LabelEditEnded(*node, cancelled); });
+    connect(tree, &NodeTreeView::LabelEditEnded, this,
+            [this](TreeNode* node, bool cancelled) { m_items->LabelEditEnded(*node, cancelled); });
     // What the menu does not allow for the item the key does not do either.
     const auto ifEnabled = [this](const QString& command, void (ItemCommands::*run)()) {
         return [this, command, run] {
@@ -318,7 +319,8 @@ void frmCodeLib::ConnectLinks()
     m_linking->AskDirection = [this] { return AskLinkDirection(); };
     connect(tvCodeItems, &ctlSmartTreeView::LinkModeStarted, this, [this](LinkMode mode) { m_linking->CreateNewLink(mode); });
     connect(tvCodeItems, &ctlSmartTreeView::LinkModeEnded, this, [this] { m_linking->CancelLinkMode(); });
-    connect(tvCodeItems, &ctlSmartTreeView::LinkTargetChosen, this, [this](TreeNode* node) { m_linking->LinkTargetChosen(*node); });
+    connect(tvCodeItems, &ctlSmartTreeView::LinkTargetChosen, this,
+            [this](TreeNode* node) { m_linking->LinkTargetChosen(*node); });
     connect(tvCodeItems, &ctlSmartTreeView::LinkFollowed, this, &frmCodeLib::FollowLink);
     connect(tvCodeItems, &ctlSmartTreeView::LinkRemoveAsked, this, [this](qint64 item) { m_linking->DeleteLink(CLinks::KeyOf(item)); });
     connect(&tvCodeItems->Nodes(), &TreeNodes::modelAboutToBeReset, this, [this] { m_linking->EndLinkMode(); });

@@ -184,7 +184,8 @@ void frmSettings::MakeGeneralPage()
     AddFlag(form, "chkSaveLayout", u"&Remember the window's place and layout"_s, QB_BIND(SaveFormLayout), u"position, size, splitters"_s);
     AddFlag(form, "chkStatusBar", u"Show the &status bar"_s, QB_BIND(ShowStatusBar));
     AddFlag(form, "chkTipsOnStartup", u"Show &tips at the start"_s, QB_BIND(TipsOnStartup));
-    AddFlag(form, "chkExpandBranches", u"Next and previous item &enter closed branches of the tree, too"_s, QB_BIND(ExpandBranches));
+    AddFlag(form, "chkExpandBranches", u"Next and previous item &enter closed branches of the tree, too"_s,
+            QB_BIND(ExpandBranches));
     form.addRow(MakeHeading(u"Browsing"_s));
     AddFlag(form, "chkAutoHideBookmarks", u"Hide the &bookmarks while a web page is shown"_s, QB_BIND(AutoHideBookmarksWhenBrowsing));
     AddFlag(form, "chkAutoHideTree", u"Hide the t&ree while a web page is shown"_s, QB_BIND(AutoHideTreeWhenBrowsing));

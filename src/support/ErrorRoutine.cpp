@@ -39,7 +39,7 @@ void WriteLog(const QString& line)
 /// What has become of a file is for the user to know, and no fault of the program.
 bool IsOfAFile(long number)
 {
-    return number == ErrorNumber::ReadOnly || number == ErrorNumber::FileNotFound;
+    return number == ErrorNumber::ReadOnly || number == ErrorNumber::CannotOpen;
 }
 
 void ReportByMail(long number, const QString& description, const QString& module, const QString& procedure)
@@ -76,7 +76,8 @@ void HandleError(long number, const QString& description, const QString& module,
         WriteLog(u"%1  -  %2, %3, %4, %5, %6"_s.arg(DateFormatCustom(Clock::Now(), DatePattern::Log)).arg(number).arg(
             description, module, procedure, source));
         if (showDialog && IsOfAFile(number))
-            Prompts::Current().MsgBox({.Text = description, .Caption = ApplicationTitle, .Icon = MsgBoxIcon::Exclamation});
+            Prompts::Current().MsgBox(
+                {.Text = description, .Caption = ApplicationTitle, .Icon = MsgBoxIcon::Exclamation});
         else if (showDialog && Prompts::Current().ShowError(description))
             ReportByMail(number, description, module, procedure);
     } catch (const std::exception&) {

@@ -190,6 +190,7 @@ void ctlCodeDetails::MakeBoxes()
     infoLayout->setSpacing(0);
     infoLayout->addWidget(txtInfo, 1);
     infoLayout->addWidget(m_linkNotes, 1);
+    rtbNotes->installEventFilter(this);
     rtbCode->installEventFilter(this);
     rtbUsage->installEventFilter(this);
     for (CodeBox* box : {rtbCode, rtbUsage}) {
@@ -576,7 +577,8 @@ void ctlCodeDetails::DisplayTabWithContent()
 
 void ctlCodeDetails::ShowLockedState()
 {
-    const QString reason = m_readOnly ? u"read-only: the library can't be changed"_s : u"locked until the next synchronization"_s;
+    const QString reason = m_readOnly ? u"read-only: the library can't be changed"_s
+                                      : u"locked until the next synchronization"_s;
     m_lockedState->setText(m_locked ? reason : QString());
     m_lockedState->setVisible(m_locked);
 }

@@ -244,6 +244,7 @@ private:
     CodeSections SectionsOf(CodeBox& box) const;
     void SectionsTakenBack(CodeBox& box);
     bool CodeBoxesKeyDown(CodeBox& box, QKeyEvent& event);
+    bool NotesKeyDown(const QKeyEvent& event);
     void TypeNormally(CodeBox& box);
     bool NewLine(CodeBox& box);
     bool HeaderKeyDown(CodeBox& box, int key);

@@ -7,6 +7,7 @@
 #include "text/LineIndent.h"
 #include "text/ctlCodeDetails.h"
 #include "text/ui/CodeBox.h"
+#include "text/ui/RichTextBox.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -149,6 +150,8 @@ bool ctlCodeDetails::eventFilter(QObject* watched, QEvent* event)
     auto* box = watched == rtbCode ? rtbCode : watched == rtbUsage ? rtbUsage : nullptr;
     if (box && event->type() == QEvent::KeyPress && CodeBoxesKeyDown(*box, *static_cast<QKeyEvent*>(event)))
         return true;
+    if (watched == rtbNotes && event->type() == QEvent::KeyPress && NotesKeyDown(*static_cast<QKeyEvent*>(event)))
+        return true;
     if (box && event->type() == QEvent::InputMethod && !static_cast<QInputMethodEvent*>(event)->commitString().isEmpty())
         TypeNormally(*box);
     return QWidget::eventFilter(watched, event);
@@ -167,8 +170,9 @@ bool ctlCodeDetails::CodeBoxesKeyDown(CodeBox& box, QKeyEvent& event)
         return HeaderKeyDown(box, key);
     if (MovesTheCaret(key) || commands)
         return false;
-    if (key == Qt::Key_Backtab || (key == Qt::Key_Tab && (event.modifiers() & Qt::ShiftModifier || box.SelLength() > 0))) {
-        box.InOneStep([&] { key == Qt::Key_Tab && event.modifiers() == Qt::NoModifier ? IndentLines(box) : UnindentLines(box); });
+    const bool shifted = event.modifiers() & Qt::ShiftModifier;
+    if (key == Qt::Key_Backtab || (key == Qt::Key_Tab && (shifted || box.SelLength() > 0))) {
+        box.InOneStep([&] { key == Qt::Key_Backtab || shifted ? UnindentLines(box) : IndentLines(box); });
         return true;
     }
     if (key == Qt::Key_Tab && event.modifiers() == Qt::NoModifier) {
@@ -189,6 +193,17 @@ bool ctlCodeDetails::CodeBoxesKeyDown(CodeBox& box, QKeyEvent& event)
     if (!event.text().isEmpty())
         TypeNormally(box);
     return false;
+}
+
+/// Tab over a selection indents its paragraphs, as the command does, and Shift takes it back.
+bool ctlCodeDetails::NotesKeyDown(const QKeyEvent& event)
+{
+    const bool back = event.key() == Qt::Key_Backtab;
+    const bool commands = event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
+    if (m_locked || commands || (event.key() != Qt::Key_Tab && !back) || rtbNotes->SelLength() == 0)
+        return false;
+    rtbNotes->InOneStep([&] { back ? DecreaseIndent() : IncreaseIndent(); });
+    return true;
 }
 
 /// What is typed beside a header is no part of it.

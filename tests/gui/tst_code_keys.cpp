@@ -90,6 +90,25 @@ private Q_SLOTS:
         QVERIFY(Code()->Text().contains(u"    two"_s));
     }
 
+    void tabInNotes_indentsSelectedParagraphs()
+    {
+        Write(u"Notes"_s, RtfFromPlainText(u"one\ntwo"_s, CodeFont));
+        Open();
+        ClickOn(0);
+        Tab(1);
+        Notes()->setFocus();
+        Notes()->SetSelStart(1);
+        Notes()->SetSelLength(6);
+        QTest::keyClick(Notes(), Qt::Key_Tab);
+        QCOMPARE(Notes()->Text(), u"one\r\ntwo"_s); // nothing is replaced
+        QVERIFY(Notes()->SelIndent().value_or(0) > 0);
+        QTest::keyClick(Notes(), Qt::Key_Backtab, Qt::ShiftModifier);
+        QCOMPARE(Notes()->SelIndent(), std::optional(0));
+        Notes()->SetSelStart(1);
+        QTest::keyClick(Notes(), Qt::Key_Tab);
+        QCOMPARE(Notes()->Text(), u"o\tne\r\ntwo"_s);
+    }
+
     // Long lines and foreign letters
 
     void lineWithoutBlanks_isWrappedAnywhere()

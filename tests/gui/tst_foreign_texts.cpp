@@ -63,7 +63,8 @@ private Q_SLOTS:
 
     void tableInNotes_isALineARow()
     {
-        PasteIntoNotes(u"<p>before</p><table><tr><th>name</th><th>price</th></tr><tr><td>nail</td><td>2</td></tr></table><p>after</p>"_s);
+        PasteIntoNotes(u"<p>before</p><table><tr><th>name</th><th>price</th></tr>"
+                       "<tr><td>nail</td><td>2</td></tr></table><p>after</p>"_s);
         QVERIFY2(Notes()->Text().contains(u"name\tprice\r\nnail\t2\r\n"_s), qPrintable(Notes()->Text()));
         QVERIFY(Notes()->Text().contains(u"after"_s));
         TakePicture(*m_window, u"notes-html-table"_s);

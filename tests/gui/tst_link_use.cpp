@@ -106,7 +106,8 @@ private Q_SLOTS:
         QTest::mouseClick(LinkList()->viewport(), Qt::LeftButton, {}, row.center());
         QCOMPARE(Note()->toPlainText(), u"second"_s);
         ClickOn(1);
-        QCOMPARE(Texts(*m_database, u"SELECT Note FROM ItemLinks ORDER BY ID"_s), (QStringList{u"first"_s, u"second"_s}));
+        const QStringList notes = Texts(*m_database, u"SELECT Note FROM ItemLinks ORDER BY ID"_s);
+        QCOMPARE(notes, (QStringList{u"first"_s, u"second"_s}));
     }
 
     // The mode
@@ -200,7 +201,8 @@ private:
 
     void AddLink(const QString& note)
     {
-        m_database->Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, Note) VALUES (?, ?, ?)"_s, {m_item, m_other, note});
+        m_database->Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, Note) VALUES (?, ?, ?)"_s,
+                            {m_item, m_other, note});
     }
     /// Goes to the first link by the key, which is a choice as by the mouse.
     void ChooseInBox()

@@ -26,22 +26,25 @@ private Q_SLOTS:
     {
         Write(u"Code"_s, RtfFromPlainText(u"x = 1"_s, CodeFont));
         MakeReadOnly();
-        const OrdinaryUser user;
+        auto user = std::make_unique<OrdinaryUser>();
         m_prompts->ExpectMsgBox(ApplicationTitle); // that it is opened for reading
         Open();
         QVERIFY2(m_window->windowTitle().contains(u"read-only"_s), qPrintable(m_window->windowTitle()));
         ClickOn(0);
         QVERIFY(m_window->findChild<QLabel*>(u"lblLockedState"_s)->text().contains(u"read-only"_s));
         m_window->findChild<QMenu*>(u"mnuItem"_s)->aboutToShow();
-        for (const char* name : {"NEW", "SAVE", "DELETE", "mnuAddCode", "mnuNewSiblingItem", "mnuRename", "mnuDeleteCode", "mnuSaveItem",
-                                 "mnuAddLink", "mnuAddLinkTwoWayItem", "mnuColorize", "COLORIZE"})
+        for (const char* name : {"NEW", "SAVE", "DELETE", "mnuAddCode", "mnuNewSiblingItem", "mnuRename",
+                                 "mnuDeleteCode", "mnuSaveItem", "mnuAddLink", "mnuAddLinkTwoWayItem", "mnuColorize",
+                                 "COLORIZE"})
             QVERIFY2(!Action(QString::fromLatin1(name))->isEnabled(), name);
         for (const char* name : {"mnuFindInText", "mnuNextItem", "mnuViewRefresh", "mnuFilterTree"})
             QVERIFY2(Action(QString::fromLatin1(name))->isEnabled(), name);
         QVERIFY(!CodeButton(u"BAS_MODULE"_s)->isEnabled());
         QVERIFY(CodeButton(u"ALLTOCLIPBOARD"_s)->isEnabled());
         QVERIFY(!m_window->findChild<QToolButton*>(u"LINK_MODE"_s)->isEnabled());
+        user.reset(); // who may write the picture
         TakePicture(*m_window, u"read-only"_s);
+        user = std::make_unique<OrdinaryUser>();
         QVERIFY(Code()->Locked());
         QTest::keyClicks(Code(), u"typed"_s);
         QCOMPARE(Code()->Text(), u"x = 1"_s);
@@ -83,8 +86,9 @@ private Q_SLOTS:
         QTest::keyClick(m_window.get(), Qt::Key_S, Qt::ControlModifier);
         QCOMPARE(m_prompts->Messages.size(), 1);
         const QString told = m_prompts->Messages.first().Text;
-        QVERIFY2(told.contains(u"QBLib.qbd"_s) && told.contains(u"not there any more"_s) && told.contains(u"Ctrl+C"_s), qPrintable(told));
-        QVERIFY2(m_window->windowTitle().contains(u"read-only, its file has gone"_s), qPrintable(m_window->windowTitle()));
+        for (const QString& part : {u"QBLib.qbd"_s, u"not there any more"_s, u"Ctrl+C"_s})
+            QVERIFY2(told.contains(part), qPrintable(told));
+        QCOMPARE(m_window->windowTitle(), ApplicationTitle + u" (read-only, its file has gone)"_s);
         QVERIFY(!Action(u"NEW"_s)->isEnabled());
         QVERIFY(!Action(u"mnuSaveItem"_s)->isEnabled());
         QCOMPARE(Code()->Text(), u"typed"_s);
@@ -99,6 +103,22 @@ private Q_SLOTS:
         QTRY_COMPARE(m_window->windowTitle(), ApplicationTitle);
         QTest::keyClick(m_window.get(), Qt::Key_S, Qt::ControlModifier);
         QCOMPARE(PlainTextFromRtf(Read(u"Code"_s)), u"typed"_s);
+        QVERIFY(m_prompts->Errors.isEmpty());
+    }
+
+    void closingWithATextOfAGoneLibrary_asksAndCloses()
+    {
+        Open();
+        ClickOn(0);
+        QTest::keyClicks(Code(), u"typed"_s);
+        QVERIFY(QFile::rename(m_library, m_library + u".away"_s));
+        m_prompts->ExpectMsgBox(ApplicationTitle);
+        m_prompts->ExpectMsgBox(u"Save Item"_s, MsgBoxResult::No);
+        m_window->close();
+        QVERIFY(m_window->isVisible());
+        m_prompts->ExpectMsgBox(u"Save Item"_s, MsgBoxResult::Yes);
+        m_window->close();
+        QVERIFY(!m_window->isVisible());
         QVERIFY(m_prompts->Errors.isEmpty());
     }
 
@@ -142,7 +162,7 @@ private:
     void MakeReadOnly()
     {
         m_database.reset();
-        QVERIFY(QFile::setPermissions(m_library, QFileDevice::ReadOwner | QFileDevice::ReadUser | QFileDevice::ReadGroup | QFileDevice::ReadOther));
+        QVERIFY(QFile::setPermissions(m_library, QFileDevice::Permissions(0x4444)));
         for (const QString& folder : {m_home->Path(), m_home->Path(u"data"_s), m_home->Path(u"config"_s)}) {
             if (QFile::exists(folder))
                 QVERIFY(QFile::setPermissions(folder, QFileDevice::Permissions(0x7777)));

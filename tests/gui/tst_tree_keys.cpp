@@ -29,7 +29,8 @@ private Q_SLOTS:
         QTest::newRow("Home") << QList<int>{Qt::Key_End, Qt::Key_Home} << QString();
         QTest::newRow("Down") << QList<int>(120, Qt::Key_Down) << u"row 119"_s;
         QTest::newRow("Up") << (QList<int>{Qt::Key_End} + QList<int>(120, Qt::Key_Up)) << u"row 079"_s;
-        QTest::newRow("a typed title") << QList<int>{Qt::Key_R, Qt::Key_O, Qt::Key_W, Qt::Key_Space, Qt::Key_1, Qt::Key_5} << u"row 150"_s;
+        const QList<int> typed{Qt::Key_R, Qt::Key_O, Qt::Key_W, Qt::Key_Space, Qt::Key_1, Qt::Key_5};
+        QTest::newRow("a typed title") << typed << u"row 150"_s;
     }
     void keysPastTheEdge_scrollToTheRow()
     {
@@ -108,7 +109,8 @@ private Q_SLOTS:
         QTest::mouseClick(Tree()->viewport(), Qt::LeftButton, {}, empty);
         QVERIFY(Tree()->selectionModel()->isSelected(Child(1)));
         QCOMPARE(Tree()->currentIndex(), Child(1));
-        QTest::mouseClick(Tree()->viewport(), Qt::LeftButton, Qt::ControlModifier, Tree()->visualRect(Child(1)).center());
+        const QPoint row = Tree()->visualRect(Child(1)).center();
+        QTest::mouseClick(Tree()->viewport(), Qt::LeftButton, Qt::ControlModifier, row);
         QVERIFY(Tree()->selectionModel()->isSelected(Child(1)));
     }
 
@@ -123,7 +125,7 @@ private Q_SLOTS:
 
     void elidedTitle_hasATipWithAllOfIt()
     {
-        const QString title = u"a title that is longer than the panel of the tree is ever wide, and longer "_s.repeated(3).trimmed();
+        const QString title = u"a title that is longer than the panel is ever, and longer "_s.repeated(3).trimmed();
         m_database->Execute(u"UPDATE Items SET Title = ?, Description = '' WHERE ID = ?"_s, {title, m_item});
         OpenAtTheRoot();
         QCOMPARE(TipOn(Child(0)), title);

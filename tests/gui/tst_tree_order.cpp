@@ -58,7 +58,8 @@ private Q_SLOTS:
     {
         const qint64 child = AddItem(*m_database, m_item, u"child"_s);
         AddItem(*m_database, child, u"leaf"_s);
-        AddItem(*m_database, m_database->QueryValue(u"SELECT ID FROM Items WHERE Title = 'other'"_s).ToLong(), u"closed"_s);
+        const qint64 other = m_database->QueryValue(u"SELECT ID FROM Items WHERE Title = 'other'"_s).ToLong();
+        AddItem(*m_database, other, u"closed"_s);
         Open();
         Tree()->expand(Child(0));
         Tree()->expand(Tree()->model()->index(0, 0, Child(0)));

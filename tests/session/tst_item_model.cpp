@@ -185,8 +185,8 @@ struct PlainSession {
         std::vector<qint64>& siblings = At(At(id).Parent).Children;
         const auto key = [this](qint64 one) { return std::pair(PlainSortKey(At(one).Title), one); };
         std::erase(siblings, id);
-        const auto less = std::count_if(siblings.begin(), siblings.end(), [&](qint64 one) { return key(one) < key(id); });
-        siblings.insert(siblings.begin() + less, id);
+        const auto isBefore = [&](qint64 one) { return key(one) < key(id); };
+        siblings.insert(siblings.begin() + std::count_if(siblings.begin(), siblings.end(), isBefore), id);
     }
     void Move(qint64 id, qint64 target)
     {

@@ -23,7 +23,8 @@ void NodeLook::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& 
 }
 
 /// Titles and descriptions are the user's, so that no part of them is markup.
-bool NodeLook::helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option, const QModelIndex& index)
+bool NodeLook::helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+                         const QModelIndex& index)
 {
     if (event->type() != QEvent::ToolTip || !index.isValid())
         return QStyledItemDelegate::helpEvent(event, view, option, index);
@@ -33,10 +34,9 @@ bool NodeLook::helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyl
         lines << index.data().toString();
     if (const QString tip = index.data(Qt::ToolTipRole).toString(); !tip.isEmpty())
         lines << tip;
-    if (lines.isEmpty())
-        QToolTip::hideText();
-    else
-        QToolTip::showText(event->globalPos(), Qt::convertFromPlainText(lines.join(u'\n'), Qt::WhiteSpaceNormal), view->viewport(), option.rect);
+    const QString plain = lines.join(u'\n');
+    const QString text = plain.isEmpty() ? QString() : Qt::convertFromPlainText(plain, Qt::WhiteSpaceNormal);
+    QToolTip::showText(event->globalPos(), text, view->viewport(), option.rect); // an empty one hides what is shown
     return true;
 }
 

@@ -64,7 +64,7 @@ NodeTreeView::NodeTreeView(TreeNodes& nodes, QWidget* parent) : SteadyTreeView(p
     setDropIndicatorShown(false);
     setAutoScroll(false); // the drag has a way of its own
     tmrDragTimer.setInterval(DragInterval);
-    connect(itemDelegate(), &QAbstractItemDelegate::closeEditor, this, [this](QWidget*, QAbstractItemDelegate::EndEditHint hint) {
+    const auto editorClosed = [this](QWidget*, QAbstractItemDelegate::EndEditHint hint) {
         // Once the text has been taken over, if it was.
         const bool cancelled = hint == QAbstractItemDelegate::RevertModelCache;
         if (TreeNode* node = Current())
@@ -72,7 +72,8 @@ NodeTreeView::NodeTreeView(TreeNodes& nodes, QWidget* parent) : SteadyTreeView(p
                 if (TreeNode* edited = m_nodes.Find(id))
                     Q_EMIT LabelEditEnded(edited, cancelled);
             });
-    });
+    };
+    connect(itemDelegate(), &QAbstractItemDelegate::closeEditor, this, editorClosed);
     connect(&tmrDragTimer, &QTimer::timeout, this, [this] { m_drag.Tick(); });
 }
 

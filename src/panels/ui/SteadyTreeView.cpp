@@ -2,9 +2,10 @@
 
 namespace qb {
 
-QItemSelectionModel::SelectionFlags SteadyTreeView::selectionCommand(const QModelIndex& index, const QEvent* event) const
+QItemSelectionModel::SelectionFlags SteadyTreeView::selectionCommand(const QModelIndex& index,
+                                                                     const QEvent* event) const
 {
-    constexpr QItemSelectionModel::SelectionFlags takesBack = QItemSelectionModel::Toggle | QItemSelectionModel::Deselect;
+    constexpr auto takesBack = QItemSelectionModel::Toggle | QItemSelectionModel::Deselect;
     if (!index.isValid())
         return QItemSelectionModel::NoUpdate;
     const QItemSelectionModel::SelectionFlags command = QTreeView::selectionCommand(index, event);

@@ -25,7 +25,7 @@ constexpr Entry Entries[] = {
      "'%1' could not be written: the disk is full, a limit on file sizes is reached, or the disk or the network "
      "failed; nothing was changed."},
     {SQLITE_FULL, ErrorNumber::DiskFull, "There is not enough space on the disk of '%1'; nothing was changed."},
-    {SQLITE_READONLY_DBMOVED, ErrorNumber::FileNotFound,
+    {SQLITE_READONLY_DBMOVED, ErrorNumber::CannotOpen,
      "The file '%1' has gone: it was moved, renamed or deleted; nothing was changed."},
     {SQLITE_READONLY, ErrorNumber::ReadOnly, "'%1' is read-only; nothing was changed."},
     {SQLITE_CANTOPEN, ErrorNumber::CannotOpen,

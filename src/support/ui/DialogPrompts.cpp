@@ -84,7 +84,8 @@ public:
 class QuestionBox : public QMessageBox {
 public:
     QuestionBox(const Message& message, QWidget* parent)
-        : QMessageBox(IconOf(message.Icon), message.Caption, message.Text, ButtonsOf(message.Buttons), parent), m_firm(message.MustAnswer)
+        : QMessageBox(IconOf(message.Icon), message.Caption, message.Text, ButtonsOf(message.Buttons), parent),
+          m_firm(message.MustAnswer)
     {
         if (m_firm)
             setWindowFlag(Qt::WindowCloseButtonHint, false);

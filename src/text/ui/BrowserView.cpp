@@ -37,7 +37,9 @@ void BrowserView::MakeBrowser()
         HideNowhere();
         Q_EMIT BeforeNavigate(url);
     };
-    m_browser->LoadFailed = [this](const QUrl& url, const QString& why) { TellNowhere(AddressText(url), ReasonInWords(why)); };
+    m_browser->LoadFailed = [this](const QUrl& url, const QString& why) {
+        TellNowhere(AddressText(url), ReasonInWords(why));
+    };
     m_browser->CommandStateChange = [this](bool back, bool forward) { Q_EMIT CommandStateChange(back, forward); };
     m_browser->ProgressChange = [this](int percent) { Q_EMIT ProgressChange(percent); };
     m_browser->DocumentComplete = [this](const QUrl& url) { Q_EMIT DocumentComplete(url); };

@@ -20,7 +20,8 @@ constexpr int KeyRole = Qt::UserRole;
 } // namespace
 
 LinkNotes::LinkNotes(QWidget* parent)
-    : QWidget(parent), m_caption(new QLabel(u"Links && Selected Link Description:"_s)), lvLinks(new QTreeWidget), txtLinkNote(new QPlainTextEdit)
+    : QWidget(parent), m_caption(new QLabel(u"Links && Selected Link Description:"_s)), lvLinks(new QTreeWidget),
+      txtLinkNote(new QPlainTextEdit)
 {
     constexpr int NoteLines = 4;
     constexpr int Gap = 6;
@@ -69,10 +70,13 @@ void LinkNotes::FillList()
     for (const std::shared_ptr<CLink>& link : m_item->Links().All()) {
         if (link->Direction != LinkDirection::Left && link->Direction != LinkDirection::Both)
             continue;
-        const QString title = link->LinkedItemTitle.isEmpty() ? u"(deleted item %1)"_s.arg(link->LinkedItemId) : link->LinkedItemTitle;
-        const QString changed = link->DateChanged.IsNone() ? QString() : QLocale().toString(link->DateChanged.Day(), QLocale::ShortFormat);
+        const bool isDeleted = link->LinkedItemTitle.isEmpty();
+        const QString title = isDeleted ? u"(deleted item %1)"_s.arg(link->LinkedItemId) : link->LinkedItemTitle;
+        const Date date = link->DateChanged;
+        const QString changed = date.IsNone() ? QString() : QLocale().toString(date.Day(), QLocale::ShortFormat);
+        const bool isTwoWay = link->Direction == LinkDirection::Both;
         auto* row = new QTreeWidgetItem(lvLinks, {title, changed});
-        row->setIcon(0, IconNamed(link->Direction == LinkDirection::Both ? u"LINK_TWOWAY_SMALL"_s : u"LINK_ONEWAY_SMALL"_s));
+        row->setIcon(0, IconNamed(isTwoWay ? u"LINK_TWOWAY_SMALL"_s : u"LINK_ONEWAY_SMALL"_s));
         row->setData(0, KeyRole, CLinks::KeyOf(link->LinkedItemId));
     }
     lvLinks->resizeColumnToContents(0);
@@ -102,7 +106,8 @@ void LinkNotes::NoteTyped()
     if (m_showing || m_locked || !m_item)
         return;
     const QScopedValueRollback showing(m_showing, true);
-    for (QTextCursor found = txtLinkNote->document()->find(u"'"_s); !found.isNull(); found = txtLinkNote->document()->find(u"'"_s, found))
+    const QTextDocument& text = *txtLinkNote->document();
+    for (QTextCursor found = text.find(u"'"_s); !found.isNull(); found = text.find(u"'"_s, found))
         found.insertText(CCodeItem::WritableNote(found.selectedText()));
     m_item->ChangeLinkNote(SelectedKey(), txtLinkNote->toPlainText());
 }
