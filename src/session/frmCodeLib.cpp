@@ -278,6 +278,11 @@ void frmCodeLib::ReadTextView()
     m_commands.SetChecked(u"mnuViewWordWrap"_s, wraps);
 }
 
+void frmCodeLib::KeepUnsavedTexts()
+{
+    ctlCodeItemDetails->KeepUnsavedTexts();
+}
+
 void frmCodeLib::SaveTextView()
 {
     const auto flag = [this](const QString& command) { return BooleanText(m_commands.Get(command).Checked); };

@@ -56,6 +56,8 @@ public:
     /// Brings the tip window to the front, if it is open.
     void SetTipsFocus();
     /// Selects the node of a key and opens its item.
+    /// What was typed and not saved goes where the next start finds it.
+    void KeepUnsavedTexts();
     void GoToNode(const QString& key) { m_tree->GoToNode(key); }
     Database* CurrentDatabase() { return m_session.CurrentDatabase.get(); }
 

@@ -4,6 +4,7 @@
 #include "platform/system/Paths.h"
 
 #include <QCryptographicHash>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
@@ -41,7 +42,8 @@ void RecoveryFile::Write(const UnsavedTexts& texts) const
         if (const std::optional<QString>& text = texts.*row.Text)
             object.insert(QLatin1StringView(row.Name), *text);
     }
-    ReplaceContents(m_path, QJsonDocument(object).toJson(QJsonDocument::Compact));
+    // Nobody else is to read what the library's own rights may keep from them.
+    ReplaceContents(m_path, QJsonDocument(object).toJson(QJsonDocument::Compact), QFile::ReadOwner | QFile::WriteOwner);
 }
 
 std::optional<UnsavedTexts> RecoveryFile::Read() const
@@ -66,6 +68,37 @@ std::optional<UnsavedTexts> RecoveryFile::Read() const
 void RecoveryFile::Remove() const
 {
     QFile::remove(m_path);
+}
+
+std::vector<RecoveryFile> RecoveryFile::All(const QString& library)
+{
+    const RecoveryFile own(library);
+    std::vector<RecoveryFile> all{own};
+    const QFileInfo info(own.m_path);
+    for (const QString& name : info.absoluteDir().entryList({info.completeBaseName() + u"(*).json"_s}, QDir::Files, QDir::Name)) {
+        all.push_back(own);
+        all.back().m_path = info.absoluteDir().filePath(name);
+    }
+    return all;
+}
+
+RecoveryFile RecoveryFile::RenamedTo(const QString& path) const
+{
+    RecoveryFile renamed(*this);
+    if (QFile::rename(m_path, path))
+        renamed.m_path = path;
+    return renamed;
+}
+
+RecoveryFile RecoveryFile::SetAside() const
+{
+    const bool isOwn = m_path == RecoveryFile(m_library).m_path;
+    return isOwn ? RenamedTo(NumberedName(m_path, [](const QString& name) { return QFile::exists(name); })) : *this;
+}
+
+QString RecoveryFile::Keep() const
+{
+    return RenamedTo(NumberedName(m_path + u".kept"_s, [](const QString& name) { return QFile::exists(name); })).m_path;
 }
 
 } // namespace qb

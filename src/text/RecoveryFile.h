@@ -4,6 +4,7 @@
 
 #include <QString>
 #include <optional>
+#include <vector>
 
 namespace qb {
 
@@ -29,7 +30,15 @@ public:
     void Remove() const;
     QString Path() const { return m_path; }
 
+    /// All of a library: the one that is written now, and those that were set aside.
+    static std::vector<RecoveryFile> All(const QString& library);
+    /// Gives the file a name under which it is offered again, and nothing is written over it.
+    RecoveryFile SetAside() const;
+    /// Gives the file a name under which it is not offered any more; returns its path.
+    QString Keep() const;
+
 private:
+    RecoveryFile RenamedTo(const QString& path) const;
     QString m_library;
     QString m_path;
 };

@@ -127,9 +127,11 @@ public:
     // Texts that were not saved before the program ended
 
     /// Offers the texts that were typed into this library's items and never saved, and shows them
-    /// if the user wants. @p goTo selects an item. Texts of another item or an older state are
-    /// never offered.
+    /// if the user wants. @p goTo selects an item. What is neither shown nor declined is kept: of an item
+    /// that is gone in a file, else for the next start.
     void OfferUnsavedTexts(Database& database, const std::function<void(qint64 item)>& goTo);
+    /// Writes at once what was typed and not saved; the program may end any moment.
+    void KeepUnsavedTexts();
 
     // The sections of the visible text. On any other tab the user is told so.
 
@@ -204,7 +206,7 @@ protected:
 
 private:
     /// How often unsaved texts are written while there is typing.
-    static constexpr std::chrono::milliseconds RecoveryInterval{2000};
+    static constexpr std::chrono::milliseconds RecoveryInterval{500};
 
     /// The texts of an item that are edited here.
     enum Text { CodeText, NotesText, UsageText, TextCount };
@@ -238,8 +240,9 @@ private:
     void StoreText(Text text);
     void DisplayWelcomePage();
     void OpenAddress(const QString& address);
-    void KeepUnsavedTexts();
     void ForgetUnsavedTexts();
+    bool Offer(Database& database, const RecoveryFile& file, const UnsavedTexts& unsaved, const std::function<void(qint64 item)>& goTo);
+    void ShowUnsaved(const UnsavedTexts& unsaved);
     CodeBox* CurrentCodeBox() const;
     CodeSections SectionsOf(CodeBox& box) const;
     void SectionsTakenBack(CodeBox& box);

@@ -11,6 +11,7 @@
 #include "text/ui/FindBar.h"
 #include "text/ui/RichTextBox.h"
 
+#include <QDir>
 #include <QScopedValueRollback>
 #include <algorithm>
 
@@ -119,45 +120,69 @@ void ctlCodeDetails::ForgetUnsavedTexts()
 void ctlCodeDetails::OfferUnsavedTexts(Database& database, const std::function<void(qint64 item)>& goTo)
 {
     Guarded(ModuleName, u"OfferUnsavedTexts"_s, [&] {
-        const RecoveryFile file(database.Name());
-        const std::optional<UnsavedTexts> unsaved = file.Read();
-        if (!unsaved)
-            return;
-        const Value changed = database.QueryValue(u"SELECT LastChanged FROM Items WHERE ID = ?"_s, {unsaved->Item});
-        if (changed.IsNull() || changed.ToDate() != unsaved->LastChanged)
-            return file.Remove(); // the item is gone, or was changed since
-        const QString title = database.QueryValue(u"SELECT Title FROM Items WHERE ID = ?"_s, {unsaved->Item}).ToText();
-        const bool wanted = Prompts::Current().MsgBox({.Text = u"The program ended before the changes of the item '%1' were saved. Do you "
-                                                               "wish to have them back?"_s.arg(title),
-                                                       .Caption = u"Unsaved Changes"_s,
-                                                       .Buttons = MsgBoxButtons::YesNo,
-                                                       .Icon = MsgBoxIcon::Question,
-                                                       .MustAnswer = true})
-            == MsgBoxResult::Yes;
-        if (!wanted)
-            return file.Remove();
-        goTo(unsaved->Item);
-        if (!m_item || m_item->Key().toLongLong() != unsaved->Item || m_locked) {
-            file.Write(*unsaved); // for another start
-            Prompts::Current().MsgBox({.Text = u"The item '%1' can't be changed now. Its changes are kept and will be offered again."_s.arg(title),
-                                       .Caption = u"Unsaved Changes"_s,
-                                       .Icon = MsgBoxIcon::Exclamation});
-            return;
+        for (const RecoveryFile& file : RecoveryFile::All(database.Name())) {
+            if (const std::optional<UnsavedTexts> unsaved = file.Read(); unsaved && Offer(database, file, *unsaved, goTo))
+                return; // the next one at the next start
         }
-        const std::pair<Text, const std::optional<QString>*> texts[] = {
-            {CodeText, &unsaved->Code}, {NotesText, &unsaved->Notes}, {UsageText, &unsaved->Usage}};
-        for (const auto& [text, rtf] : texts) {
-            if (*rtf)
-                m_texts[text].Box->SetTextRTF(**rtf); // as if typed: it counts as a change
-        }
-        // Sections that were added or deleted meanwhile
-        if (unsaved->Code)
-            m_item->SetCodeHeaders(SectionsOf(*rtbCode).Present());
-        if (unsaved->Usage)
-            m_item->SetUsageHeaders(SectionsOf(*rtbUsage).Present());
-        DisplayTabWithContent();
-        KeepUnsavedTexts();
     });
+}
+
+/// Shows the texts if the user wants. What nobody has declined is kept. True when they are shown.
+bool ctlCodeDetails::Offer(Database& database, const RecoveryFile& file, const UnsavedTexts& unsaved,
+                           const std::function<void(qint64 item)>& goTo)
+{
+    const auto say = [](const QString& text) {
+        Prompts::Current().MsgBox({.Text = text, .Caption = u"Unsaved Changes"_s, .Icon = MsgBoxIcon::Exclamation});
+    };
+    Statement row = database.Query(u"SELECT Title, LastChanged FROM Items WHERE ID = ?"_s, {unsaved.Item});
+    if (!row.Step()) {
+        say(u"The program ended before the changes of the item %1 were saved, and the item is gone since. Its texts are kept in the file '%2'."_s.arg(
+            unsaved.Item).arg(QDir::toNativeSeparators(file.Keep())));
+        return false;
+    }
+    const QString title = row.Text(0);
+    const bool isOlder = row.Column(1).ToDate() != unsaved.LastChanged;
+    row.Reset();
+    const QString question = isOlder
+        ? u"The program ended before the changes of the item '%1' were saved, and the item was changed by another program since. Do you "
+          "wish to have them back? What is stored stays until you save."_s
+        : u"The program ended before the changes of the item '%1' were saved. Do you wish to have them back?"_s;
+    const MsgBoxResult wanted = Prompts::Current().MsgBox({.Text = question.arg(title),
+                                                           .Caption = u"Unsaved Changes"_s,
+                                                           .Buttons = MsgBoxButtons::YesNoCancel,
+                                                           .Icon = MsgBoxIcon::Question});
+    if (wanted == MsgBoxResult::No) {
+        file.Remove();
+        return false;
+    }
+    const RecoveryFile kept = file.SetAside(); // whatever is typed next
+    if (wanted != MsgBoxResult::Yes)
+        return false;
+    goTo(unsaved.Item);
+    if (!m_item || m_item->Key().toLongLong() != unsaved.Item || m_locked) {
+        say(u"The item '%1' can't be changed now. Its changes are kept and will be offered again."_s.arg(title));
+        return false;
+    }
+    ShowUnsaved(unsaved);
+    KeepUnsavedTexts();
+    kept.Remove();
+    return true;
+}
+
+void ctlCodeDetails::ShowUnsaved(const UnsavedTexts& unsaved)
+{
+    const std::pair<Text, const std::optional<QString>*> texts[] = {
+        {CodeText, &unsaved.Code}, {NotesText, &unsaved.Notes}, {UsageText, &unsaved.Usage}};
+    for (const auto& [text, rtf] : texts) {
+        if (*rtf)
+            m_texts[text].Box->SetTextRTF(**rtf); // as if typed: it counts as a change
+    }
+    // Sections that were added or deleted meanwhile
+    if (unsaved.Code)
+        m_item->SetCodeHeaders(SectionsOf(*rtbCode).Present());
+    if (unsaved.Usage)
+        m_item->SetUsageHeaders(SectionsOf(*rtbUsage).Present());
+    DisplayTabWithContent();
 }
 
 } // namespace qb

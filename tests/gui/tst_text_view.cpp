@@ -178,16 +178,70 @@ private Q_SLOTS:
         Open(); // and is not offered again
     }
 
-    void unsavedText_ofAnOlderState_isNotOffered()
+    void unsavedText_ofAnItemThatWasChangedSince_isOfferedWithAWord()
     {
         TypeAndDie(u"precious"_s);
         m_database->Execute(u"UPDATE Items SET LastChanged = LastChanged + 1 WHERE ID = ?"_s, {m_item});
+        m_prompts->ExpectMsgBox(u"Unsaved Changes"_s, MsgBoxResult::Yes);
         Open();
+        QVERIFY(m_prompts->Messages.last().Text.contains(u"changed by another program since"_s));
+        QCOMPARE(Code()->Text(), u"precious"_s);
+        ClickOn(1);
+        QCOMPARE(PlainTextFromRtf(Read(u"Code"_s)), u"precious"_s);
         QVERIFY(UnsavedFiles().isEmpty());
-        TypeAndDie(u"more"_s);
+    }
+
+    void unsavedText_ofAnItemThatIsGone_isKeptInAFile()
+    {
+        TypeAndDie(u"precious"_s);
         m_database->Execute(u"DELETE FROM Items WHERE ID = ?"_s, {m_item});
+        m_prompts->ExpectMsgBox(u"Unsaved Changes"_s);
         Open();
+        QCOMPARE(UnsavedFiles().size(), 1);
+        QVERIFY(ReadFile(m_home->Path(u"data/"_s + UnsavedFiles().first())).contains("precious"));
+        Open(); // and is not spoken of again
+    }
+
+    /// Escape is no answer.
+    void unsavedText_thatNobodyDeclined_isOfferedAgain()
+    {
+        TypeAndDie(u"precious"_s);
+        m_prompts->ExpectMsgBox(u"Unsaved Changes"_s, MsgBoxResult::Cancel);
+        Open();
+        QCOMPARE(UnsavedFiles().size(), 1);
+        ClickOn(1);
+        QTest::keyClicks(Code(), u"other"_s); // has a file of its own
+        QTRY_COMPARE(UnsavedFiles().size(), 2);
+        ClickOn(0);
+        QCOMPARE(UnsavedFiles().size(), 1);
+        QVERIFY(m_window->close());
+        m_prompts->ExpectMsgBox(u"Unsaved Changes"_s, MsgBoxResult::Yes);
+        Open();
+        QCOMPARE(Code()->Text(), u"precious"_s);
+        ClickOn(1);
         QVERIFY(UnsavedFiles().isEmpty());
+    }
+
+    void textAtTermination_isWrittenAtOnce()
+    {
+        Open();
+        ClickOn(0);
+        QTest::keyClicks(Code(), u"x"_s);
+        QVERIFY(UnsavedFiles().isEmpty());
+        m_window->KeepUnsavedTexts();
+        QCOMPARE(UnsavedFiles().size(), 1);
+        Action(u"mnuSaveItem"_s)->trigger();
+    }
+
+    void oneLetter_isWrittenWithinHalfASecond()
+    {
+        Open();
+        ClickOn(0);
+        QTest::keyClicks(Code(), u"x"_s);
+        QTRY_COMPARE_WITH_TIMEOUT(UnsavedFiles().size(), 1, 1500);
+        const QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
+        QCOMPARE(QFile::permissions(m_home->Path(u"data/"_s + UnsavedFiles().first())) & others, QFile::Permissions());
+        Action(u"mnuSaveItem"_s)->trigger();
     }
 
     void recoveredText_hasItsSections()

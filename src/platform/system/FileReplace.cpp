@@ -74,11 +74,11 @@ void MoveIntoPlace(const QString& from, const QString& to, bool replace)
     Sync(QFileInfo(to).absolutePath(), O_RDONLY | O_DIRECTORY); // a file system may not offer it
 }
 
-QString ReplaceContents(const QString& path, const QByteArray& bytes)
+QString ReplaceContents(const QString& path, const QByteArray& bytes, std::optional<QFileDevice::Permissions> rights)
 {
     QSaveFile file(path);
     // The bytes are flushed before commit(), which does not notice that they could not be.
-    const bool done = file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush() && file.commit();
+    const bool done = file.open(QIODevice::WriteOnly) && (!rights || file.setPermissions(*rights)) && file.write(bytes) == bytes.size() && file.flush() && file.commit();
     return done ? QString() : file.errorString();
 }
 

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <QByteArray>
+#include <QFileDevice>
 #include <QString>
 #include <limits>
+#include <optional>
 
 class QFile;
 
@@ -20,7 +22,8 @@ void MoveIntoPlace(const QString& from, const QString& to, bool replace);
 
 /// Makes @p bytes the contents of the file @p path, in one step. Returns why that could not be done,
 /// in the system's words; the file is as it was then. Empty on success.
-QString ReplaceContents(const QString& path, const QByteArray& bytes);
+/// A new file gets @p rights, if given.
+QString ReplaceContents(const QString& path, const QByteArray& bytes, std::optional<QFileDevice::Permissions> rights = {});
 
 /// Writes all of @p length bytes to a file without a buffer. Returns why that could not be done, in the
 /// system's words; empty on success.

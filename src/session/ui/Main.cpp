@@ -8,7 +8,11 @@
 #include "support/ui/Icons.h"
 
 #include <QApplication>
+#include <QSocketNotifier>
 #include <QTimer>
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace qb {
 
@@ -32,6 +36,28 @@ void FollowEnvironment(frmCodeLib& window)
         window.grab().save(file, "PNG");
         window.close();
     });
+}
+
+int TerminationPipe[2] = {-1, -1};
+
+void NoteTermination(int)
+{
+    const char byte = 0;
+    [[maybe_unused]] const ssize_t written = ::write(TerminationPipe[1], &byte, 1);
+}
+
+/// Before the system ends the program, what was typed goes where the next start finds it.
+void KeepTextsAtTermination(frmCodeLib& window)
+{
+    if (::pipe2(TerminationPipe, O_CLOEXEC | O_NONBLOCK) != 0)
+        return;
+    auto* notifier = new QSocketNotifier(TerminationPipe[0], QSocketNotifier::Read, &window);
+    QObject::connect(notifier, &QSocketNotifier::activated, &window, [&window] {
+        window.KeepUnsavedTexts();
+        std::signal(SIGTERM, SIG_DFL);
+        std::raise(SIGTERM);
+    });
+    std::signal(SIGTERM, NoteTermination);
 }
 
 } // namespace
@@ -58,6 +84,7 @@ int Main()
     splash->finish(&window);
     splash.reset();
     window.SetTipsFocus();
+    KeepTextsAtTermination(window);
     FollowEnvironment(window);
     const int status = QApplication::exec();
     Prompts::SetCurrent(nullptr);
