@@ -18,7 +18,6 @@
 #include <QRegularExpression>
 #include <QUuid>
 #include <cerrno>
-#include <cstdio>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -70,8 +69,27 @@ void SetAside(const QString& place)
         return;
     const QString aside = NumberedName(file.absolutePath() + u"/found "_s + file.fileName(),
                                        [](const QString& name) { return QFileInfo::exists(name) || QFileInfo(name).isSymLink(); });
-    if (!QFile::rename(place, aside))
+    if (!RenameFile(place, aside))
         throw RuntimeError(ErrorNumber::PathAccess, u"'%1' is in the way of a stored file."_s.arg(QDir::toNativeSeparators(place)), u"PendingFiles"_s);
+}
+
+bool IsSameFile(const QString& one, const QString& other)
+{
+    struct stat left {};
+    struct stat right {};
+    return ::lstat(QFile::encodeName(one).constData(), &left) == 0 && ::lstat(QFile::encodeName(other).constData(), &right) == 0
+        && left.st_dev == right.st_dev && left.st_ino == right.st_ino;
+}
+
+/// Puts a file of the folder in a place that is its own from now on.
+void MoveToPlace(const QString& path, const QString& place)
+{
+    if (IsSameFile(path, place)) { // it has got there, and only its other name is left
+        QFile::remove(path);
+        return;
+    }
+    SetAside(place);
+    MoveIntoPlace(path, place, false);
 }
 
 /// Finishes or takes back what a work that is over left under the name @p path.
@@ -94,8 +112,7 @@ void FinishPendingFile(Database& database, const QString& path, const QString& k
     if (place.isEmpty()) {
         QFile::remove(path);
     } else {
-        SetAside(place);
-        MoveIntoPlace(path, place, false);
+        MoveToPlace(path, place);
     }
 }
 
@@ -150,7 +167,7 @@ ArrivingFile::ArrivingFile(std::shared_ptr<PendingWork> work, qint64 number, con
     : m_work(std::move(work))
 {
     const QString name = m_work->AddingName(number);
-    if (!moves || std::rename(QFile::encodeName(source).constData(), QFile::encodeName(name).constData()) != 0)
+    if (!moves || !RenameFile(source, name))
         CopyFileContents(source, name, progress);
     m_path = name;
 }
@@ -177,15 +194,16 @@ void ArrivingFile::PutInPlace(const QString& place, bool replaces)
 {
     // The row counts now: where this fails the file stays for the next opening of the library.
     const QString arrived = std::exchange(m_path, {});
-    if (!replaces)
-        SetAside(place);
-    MoveIntoPlace(arrived, place, replaces);
+    if (replaces)
+        MoveIntoPlace(arrived, place, true);
+    else
+        MoveToPlace(arrived, place);
 }
 
 StoredFileDeletion::~StoredFileDeletion()
 {
     for (const Moved& file : m_moved)
-        QFile::rename(file.Leaving, file.Place);
+        RenameFile(file.Leaving, file.Place);
 }
 
 void StoredFileDeletion::Delete(Database& database, qint64 id)
@@ -198,7 +216,7 @@ void StoredFileDeletion::Delete(Database& database, qint64 id)
     if (!m_work)
         m_work.emplace();
     const QString leaving = m_work->LeavingName(id);
-    if (!QFile::rename(row.Place, leaving))
+    if (!RenameFile(row.Place, leaving))
         throw RuntimeError(ErrorNumber::PathAccess,
                            u"The stored file '%1' can't be deleted; nothing was changed."_s.arg(QDir::toNativeSeparators(row.Place)), u"StoredFileDeletion"_s);
     m_moved.push_back({row.Place, leaving});

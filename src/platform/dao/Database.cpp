@@ -123,8 +123,21 @@ void Database::CommitTrans()
 {
     if (m_transactionDepth == 0)
         throw RuntimeError(ErrorNumber::Engine, u"There is no transaction to commit."_s, u"Database::CommitTrans"_s);
-    Execute(m_transactionDepth == 1 ? u"COMMIT"_s : u"RELEASE "_s + SavepointName(m_transactionDepth - 1));
+    try {
+        Execute(m_transactionDepth == 1 ? u"COMMIT"_s : u"RELEASE "_s + SavepointName(m_transactionDepth - 1));
+    } catch (const RuntimeError&) {
+        if (m_transactionDepth > 1 || !HasCommittedAllTheSame())
+            throw;
+    }
     --m_transactionDepth;
+}
+
+/// What failed came after the commit: the journal is gone, and only its folder could not be flushed, or the
+/// file not be unlocked. To call it a failure would have its files taken back from rows that count.
+bool Database::HasCommittedAllTheSame() const
+{
+    const int code = sqlite3_extended_errcode(m_connection);
+    return (code == SQLITE_IOERR_DIR_FSYNC || code == SQLITE_IOERR_UNLOCK) && sqlite3_get_autocommit(m_connection);
 }
 
 void Database::Rollback()

@@ -77,6 +77,7 @@ private:
 
     /// Raises an error when the engine has rolled the running transaction back by itself.
     void RequireTransaction() const;
+    bool HasCommittedAllTheSame() const;
     RuntimeError MakeError(int code, const QString& action) const;
     [[noreturn]] void Raise(int code, const QString& action) const;
     sqlite3_stmt* TakeStatement(const QString& sql);

@@ -74,6 +74,11 @@ void MoveIntoPlace(const QString& from, const QString& to, bool replace)
     Sync(QFileInfo(to).absolutePath(), O_RDONLY | O_DIRECTORY); // a file system may not offer it
 }
 
+bool RenameFile(const QString& from, const QString& to)
+{
+    return std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
+}
+
 QString ReplaceContents(const QString& path, const QByteArray& bytes, std::optional<QFileDevice::Permissions> rights)
 {
     QSaveFile file(path);

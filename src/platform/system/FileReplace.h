@@ -20,6 +20,10 @@ void SyncFileSystem(const QString& path);
 /// when @p replace, refused with RuntimeError 75 otherwise. On failure both stay as they were.
 void MoveIntoPlace(const QString& from, const QString& to, bool replace);
 
+/// Renames a file inside of its file system, over one that is there; false when that can't be. Nothing is
+/// ever copied in its place, of which a full disk would leave half.
+bool RenameFile(const QString& from, const QString& to);
+
 /// Makes @p bytes the contents of the file @p path, in one step. Returns why that could not be done,
 /// in the system's words; the file is as it was then. Empty on success.
 /// A new file gets @p rights, if given.
