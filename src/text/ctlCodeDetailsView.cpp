@@ -1,6 +1,7 @@
 // How the texts are seen, finding in them, and the net below what is typed.
 
 #include "platform/dao/Database.h"
+#include "platform/richtext/Rtf.h"
 #include "platform/system/Prompts.h"
 #include "store/CCodeItem.h"
 #include "support/ErrorRoutine.h"
@@ -173,6 +174,9 @@ void ctlCodeDetails::ShowUnsaved(const UnsavedTexts& unsaved)
 {
     const std::pair<Text, const std::optional<QString>*> texts[] = {
         {CodeText, &unsaved.Code}, {NotesText, &unsaved.Notes}, {UsageText, &unsaved.Usage}};
+    const QString code = unsaved.Code.value_or(unsaved.Usage.value_or(QString()));
+    if (!code.isEmpty()) // a language that was chosen is unsaved, too
+        SetItemLanguage(LanguageInRtf(code));
     for (const auto& [text, rtf] : texts) {
         if (*rtf)
             m_texts[text].Box->SetTextRTF(**rtf); // as if typed: it counts as a change
