@@ -53,12 +53,16 @@ private Q_SLOTS:
         QCOMPARE(PlainTextFromRtf(Read(u"Code"_s)), u"typed"_s);
     }
 
-    void textsOfACrash_areOfferedUntilItIsAnswered()
+    void textsOfACrash_areOfferedAgainAfterEscape()
     {
         TypeAndDie(u"typed"_s);
-        AnswerAfterTryingToEscape(QMessageBox::Yes);
+        Answer([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); });
         Open();
-        QCOMPARE(m_asked, QStringList{u"Unsaved Changes"_s});
+        QVERIFY(Code()->Text() != u"typed"_s);
+        m_window.reset();
+        Answer([](QMessageBox& box) { box.button(QMessageBox::Yes)->click(); });
+        Open();
+        QCOMPARE(m_asked, (QStringList{u"Unsaved Changes"_s, u"Unsaved Changes"_s}));
         QCOMPARE(Code()->Text(), u"typed"_s);
     }
 
@@ -101,6 +105,15 @@ private:
         QTest::keyClicks(Code(), u"typed"_s);
     }
     /// The next box stays when Escape is pressed and when it is closed, and goes by the button.
+    void Answer(const std::function<void(QMessageBox&)>& answer)
+    {
+        QTimer::singleShot(0, this, [this, answer] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            QVERIFY(box);
+            m_asked << box->windowTitle();
+            answer(*box);
+        });
+    }
     void AnswerAfterTryingToEscape(QMessageBox::StandardButton answer)
     {
         QTimer::singleShot(0, this, [this, answer] {
