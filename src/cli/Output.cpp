@@ -22,9 +22,24 @@ void Write(const QByteArray& bytes)
 
 } // namespace
 
+QString ForTerminal(QString text)
+{
+    constexpr char16_t Pictures = 0x2400; // of the characters below the blank
+    constexpr char16_t PictureOfDelete = 0x2421;
+    for (QChar& character : text) {
+        if (character == u'\t' || character == u'\n')
+            continue;
+        if (character < u' ')
+            character = QChar(char16_t(Pictures + character.unicode()));
+        else if (character.category() == QChar::Other_Control)
+            character = QChar(character.unicode() == 0x7f ? PictureOfDelete : char16_t(QChar::ReplacementCharacter));
+    }
+    return text;
+}
+
 void Print(const QString& text)
 {
-    Write(text.toUtf8());
+    Write((OutputIsTerminal() ? ForTerminal(text) : text).toUtf8());
 }
 
 void Print(const QJsonObject& object)
@@ -39,7 +54,7 @@ void Print(const QJsonArray& array)
 
 void Complain(const QString& text)
 {
-    std::fputs((text + u'\n').toUtf8().constData(), stderr);
+    std::fputs(((ErrorIsTerminal() ? ForTerminal(text) : text) + u'\n').toUtf8().constData(), stderr);
 }
 
 bool OutputIsTerminal()

@@ -11,6 +11,10 @@ void Print(const QString& text);
 void Print(const QJsonObject& object);
 void Print(const QJsonArray& array);
 
+/// @p text without what a terminal would take for a command: control characters but tabs and line ends are
+/// shown as pictures. Titles may come from a stranger.
+QString ForTerminal(QString text);
+
 /// Writes a line to standard error.
 void Complain(const QString& text);
 

@@ -5,6 +5,9 @@
 #include "support/TestRun.h"
 
 #include <QDir>
+#include <cstdlib>
+#include <fcntl.h>
+#include <unistd.h>
 
 using namespace qb;
 using namespace qb::test;
@@ -120,6 +123,35 @@ private Q_SLOTS:
         QCOMPARE(outcome.Out, QString());
         QCOMPARE(ReadFile(m_library), before);
         QCOMPARE(StoredNames(FilesFolderOf(m_library)), QStringList());
+    }
+
+    /// Titles come from strangers; a terminal would obey them.
+    void titleWithControlCharacters_doesNotReachATerminal()
+    {
+        QCOMPARE(Cli({u"set"_s, m_library, u"2"_s, u"--title"_s, u"bad\x1b]0;owned\x07\u009btitle"_s}).Status, 0);
+        const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+        QVERIFY(terminal >= 0 && ::grantpt(terminal) == 0 && ::unlockpt(terminal) == 0);
+        const QString name = QString::fromLocal8Bit(::ptsname(terminal));
+        for (const QStringList& arguments : {QStringList{u"tree"_s, m_library}, QStringList{u"show"_s, m_library, u"2"_s}}) {
+            QCOMPARE(CliTo(name, arguments).Status, 0);
+            char bytes[4096];
+            const ssize_t size = ::read(terminal, bytes, sizeof bytes);
+            QVERIFY(size > 0);
+            const QString shown = QString::fromUtf8(bytes, size);
+            QVERIFY2(shown.contains(u"title"_s), qPrintable(shown));
+            for (const QChar character : shown)
+                QVERIFY(character == u'\r' || character == u'\n' || character.category() != QChar::Other_Control);
+        }
+        ::close(terminal);
+        QVERIFY(Cli({u"tree"_s, m_library}).Out.contains(u'\x1b')); // for programs as it is
+    }
+
+    void numbersThatAreUsedUp_areSaidSo()
+    {
+        DBEngine::OpenDatabase(m_library)->Execute(u"UPDATE sqlite_sequence SET seq = 2147483647 WHERE name = 'Items'"_s);
+        const Outcome outcome = Cli({u"add"_s, m_library, u"--parent"_s, u"0"_s, u"--title"_s, u"new"_s});
+        QCOMPARE(outcome.Status, 1);
+        QVERIFY2(outcome.Error.contains(u"no numbers left"_s), qPrintable(outcome.Error));
     }
 
     void attachedTwice_theSecondOfOneNameHasANumber()

@@ -2,11 +2,17 @@
 
 #include "platform/dao/Database.h"
 
+#include <algorithm>
+#include <limits>
+
 namespace qb {
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+/// Keys are 32-bit numbers for all that refers to them.
+constexpr qint64 LastKey = std::numeric_limits<qint32>::max();
 
 bool IsLongColumn(const Field& field)
 {
@@ -248,6 +254,19 @@ Value Recordset::AsStored(const Field& field, const Value& value)
     return isText && std::holds_alternative<QByteArray>(value.Content()) ? Value(value.ToText()) : value;
 }
 
+/// The engine calls it a full disk.
+void Recordset::RefuseWithoutKeysLeft() const
+{
+    const bool numbers = std::any_of(m_table->Fields.begin(), m_table->Fields.end(), [](const Field& field) { return field.AutoIncrement; });
+    if (!numbers)
+        return;
+    const Value last = m_database->QueryValue(u"SELECT seq FROM sqlite_sequence WHERE name = ?"_s, {m_table->Name});
+    if (last.ToLong() >= LastKey)
+        throw RuntimeError(ErrorNumber::Overflow,
+                           u"The table '%1' has no numbers left for new rows (%2 is the last one): the library can take no more of them."_s.arg(
+                               m_table->Name).arg(LastKey), u"Recordset::Update"_s);
+}
+
 void Recordset::Insert()
 {
     QStringList columns;
@@ -257,6 +276,7 @@ void Recordset::Insert()
         values.push_back(AsStored(m_table->Fields[index], value));
     }
     const QString marks = QStringList(columns.size(), u"?"_s).join(u", "_s);
+    RefuseWithoutKeysLeft();
     m_database->Execute(columns.isEmpty()
                             ? u"INSERT INTO %1 DEFAULT VALUES"_s.arg(Quoted(m_table->Name))
                             : u"INSERT INTO %1 (%2) VALUES (%3)"_s.arg(Quoted(m_table->Name), columns.join(u", "_s), marks),

@@ -75,6 +75,7 @@ private:
     qint64 PositionOf(Mark key) const;
     QString Selection(const QString& more) const;
     static Value AsStored(const Field& field, const Value& value);
+    void RefuseWithoutKeysLeft() const;
     void Insert();
     void Write();
 
