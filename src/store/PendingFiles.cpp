@@ -170,6 +170,7 @@ ArrivingFile::ArrivingFile(std::shared_ptr<PendingWork> work, qint64 number, con
     if (!moves || !RenameFile(source, name))
         CopyFileContents(source, name, progress);
     m_path = name;
+    KeepNoMoreRightsThan(Session().LibraryPath, name);
 }
 
 ArrivingFile::~ArrivingFile()

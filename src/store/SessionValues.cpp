@@ -56,6 +56,7 @@ void SetSessionValues(Database& database)
     const ReplicaState state = ReadReplicaState(database);
     Session() = {.CurrentFilesFolder = FilesFolderOf(database.Name()),
                  .CurrentHTMLFolder = HTMLFolderOf(database.Name()),
+                 .LibraryPath = database.Name(),
                  .Identity = LibraryIdentity(database),
                  .IsChildReplica = state.IsChild,
                  .IsMotherReplica = state.IsMother,

@@ -154,6 +154,27 @@ private Q_SLOTS:
         QVERIFY2(outcome.Error.contains(u"no numbers left"_s), qPrintable(outcome.Error));
     }
 
+    /// What is private stays so on its way in and out.
+    void copies_haveNoMoreRightsThanTheirSource()
+    {
+        const QFile::Permissions others = QFile::ReadGroup | QFile::ReadOther | QFile::WriteGroup | QFile::WriteOther;
+        const auto rights = [&](const QString& path) { return QFile::permissions(path) & others; };
+        WriteFile(m_home->Path(u"private.txt"_s), "x"_ba);
+        QFile::setPermissions(m_home->Path(u"private.txt"_s), QFile::ReadOwner | QFile::WriteOwner);
+        WriteFile(m_home->Path(u"open.txt"_s), "y"_ba);
+        QFile::setPermissions(m_home->Path(u"open.txt"_s), QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
+        QCOMPARE(Cli({u"attach"_s, m_library, u"1"_s, m_home->Path(u"private.txt"_s), m_home->Path(u"open.txt"_s)}).Status, 0);
+        QCOMPARE(rights(FilesFolderOf(m_library) + u"1 - private.txt"_s), QFile::Permissions());
+        QVERIFY(rights(FilesFolderOf(m_library) + u"2 - open.txt"_s).testFlag(QFile::ReadOther));
+        QCOMPARE(Cli({u"extract"_s, m_library, u"1"_s, m_home->Path(u"out.txt"_s)}).Status, 0);
+        QCOMPARE(rights(m_home->Path(u"out.txt"_s)), QFile::Permissions());
+        QFile::setPermissions(m_library, QFile::ReadOwner | QFile::WriteOwner);
+        QCOMPARE(Cli({u"attach"_s, m_library, u"2"_s, m_home->Path(u"open.txt"_s)}).Status, 0);
+        QCOMPARE(rights(FilesFolderOf(m_library) + u"3 - open.txt"_s), QFile::Permissions());
+        DBEngine::CompactDatabase(m_library, m_home->Path(u"copy.qbd"_s));
+        QCOMPARE(rights(m_home->Path(u"copy.qbd"_s)), QFile::Permissions());
+    }
+
     void attachedTwice_theSecondOfOneNameHasANumber()
     {
         WriteFile(m_home->Path(u"a/good.txt"_s), "one"_ba);

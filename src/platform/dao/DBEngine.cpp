@@ -168,6 +168,8 @@ void DBEngine::CompactDatabase(const QString& source, const QString& target)
     QFile::remove(interim);
     try {
         const std::unique_ptr<Database> database = OpenDatabase(source);
+        if (const QString reason = ReplaceContents(interim, {}, QFile::permissions(source)); !reason.isEmpty())
+            throw RuntimeError(ErrorNumber::PathAccess, u"'%1' can't be made: %2."_s.arg(Shown(target), reason), procedure);
         // In this mode the lock that the transaction takes is kept until the connection closes.
         database->QueryValue(u"PRAGMA locking_mode = EXCLUSIVE"_s);
         database->Execute(u"BEGIN EXCLUSIVE"_s);

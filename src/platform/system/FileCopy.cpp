@@ -193,6 +193,14 @@ void Copy(const Descriptor& source, const Descriptor& target, qint64 total, cons
     }
 }
 
+/// A copy can be read by nobody who can't read its source. Before there is anything in it.
+void RestrictRights(int file, mode_t source)
+{
+    struct stat state {};
+    if (::fstat(file, &state) == 0)
+        ::fchmod(file, (state.st_mode & source & 0777) | S_IRUSR | S_IWUSR); // a file system may know no rights
+}
+
 } // namespace
 
 void CopyFileContents(const QString& source, const QString& target, const std::function<bool(qint64, qint64)>& progress)
@@ -209,6 +217,7 @@ void CopyFileContents(const QString& source, const QString& target, const std::f
         NewFile to(target, kind);
         if (to.Number() < 0)
             FailToWrite(from, to);
+        RestrictRights(to.Number(), state.st_mode);
         Copy(from, to, state.st_size, progress);
         if (to.Complete())
             return;

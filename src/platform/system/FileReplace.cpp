@@ -79,6 +79,15 @@ bool RenameFile(const QString& from, const QString& to)
     return std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
 }
 
+void KeepNoMoreRightsThan(const QString& model, const QString& file)
+{
+    struct stat wanted {};
+    struct stat state {};
+    const QByteArray path = QFile::encodeName(file);
+    if (::stat(QFile::encodeName(model).constData(), &wanted) == 0 && ::lstat(path.constData(), &state) == 0 && S_ISREG(state.st_mode))
+        ::chmod(path.constData(), (state.st_mode & wanted.st_mode & 0777) | S_IRUSR | S_IWUSR);
+}
+
 QString ReplaceContents(const QString& path, const QByteArray& bytes, std::optional<QFileDevice::Permissions> rights)
 {
     QSaveFile file(path);

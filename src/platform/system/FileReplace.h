@@ -24,6 +24,10 @@ void MoveIntoPlace(const QString& from, const QString& to, bool replace);
 /// ever copied in its place, of which a full disk would leave half.
 bool RenameFile(const QString& from, const QString& to);
 
+/// Takes from a file's rights for others what @p model does not give them: what is made of a private file is
+/// private.
+void KeepNoMoreRightsThan(const QString& model, const QString& file);
+
 /// Makes @p bytes the contents of the file @p path, in one step. Returns why that could not be done,
 /// in the system's words; the file is as it was then. Empty on success.
 /// A new file gets @p rights, if given.
