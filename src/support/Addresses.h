@@ -8,4 +8,12 @@ namespace qb {
 /// puts in. Without one the mail opens with an empty address for the user to fill in.
 QString BugReportAddress();
 
+/// What becomes of an address in a text or page, which may come from a stranger.
+enum class AddressAnswer {
+    Open,   ///< a page of the web, or a mail without attachments
+    Ask,    ///< only after a look at where it leads
+    Refuse, ///< it would run a program, or be taken for an option of one
+};
+AddressAnswer AnswerAddress(const QString& address);
+
 } // namespace qb

@@ -222,6 +222,19 @@ private Q_SLOTS:
         QVERIFY(UnsavedFiles().isEmpty());
     }
 
+    /// Notes may come from strangers.
+    void linkOfNotes_thatIsNoPageOfTheWeb_isRefusedOrAskedFor()
+    {
+        Open();
+        ClickOn(0);
+        m_prompts->ExpectMsgBox(u"KT Quillbase"_s);
+        Q_EMIT Notes()->LinkActivated(u"--version"_s);
+        QVERIFY(m_prompts->Messages.last().Text.contains(u"is not opened"_s));
+        m_prompts->ExpectMsgBox(u"Open Link"_s, MsgBoxResult::No);
+        Q_EMIT Notes()->LinkActivated(u"smb://host/share"_s);
+        QVERIFY(m_prompts->Messages.last().Text.contains(u"smb://host/share"_s));
+    }
+
     void textAtTermination_isWrittenAtOnce()
     {
         Open();

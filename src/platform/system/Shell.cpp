@@ -19,7 +19,7 @@ bool Start(const QString& program, const QStringList& arguments)
 
 bool OpenTarget(const QString& target)
 {
-    return Start(QStringLiteral("xdg-open"), {target});
+    return !target.startsWith(u'-') && Start(QStringLiteral("xdg-open"), {target});
 }
 
 QString FindAssociatedProgram(const QString& fileName)
@@ -36,11 +36,19 @@ QString FindAssociatedProgram(const QString& fileName)
     return QString::fromLocal8Bit(query.readAllStandardOutput()).section(u'\n', 0, 0).trimmed();
 }
 
-bool IsProgram(const QString& fileName)
+bool IsProgram(const QString& name)
 {
+    // What stands behind the extension is dropped by some, and hides it from others.
+    QString fileName = name;
+    while (!fileName.isEmpty() && (fileName.back().isSpace() || fileName.back() == u'.'))
+        fileName.chop(1);
     static const QStringList extensions{QStringLiteral("EXE"), QStringLiteral("COM"), QStringLiteral("BAT"), QStringLiteral("CMD"),
                                         QStringLiteral("MSI"), QStringLiteral("SCR"), QStringLiteral("PS1"), QStringLiteral("VBS"),
-                                        QStringLiteral("APPIMAGE"), QStringLiteral("RUN")};
+                                        QStringLiteral("APPIMAGE"), QStringLiteral("RUN"), QStringLiteral("JNLP"), QStringLiteral("FLATPAKREF"),
+                                        QStringLiteral("FLATPAKREPO"), QStringLiteral("SNAP"), QStringLiteral("URL"), QStringLiteral("LNK"),
+                                        QStringLiteral("HTA"), QStringLiteral("DESKTOP"), QStringLiteral("DOCM"), QStringLiteral("DOTM"),
+                                        QStringLiteral("XLSM"), QStringLiteral("XLTM"), QStringLiteral("XLAM"), QStringLiteral("PPTM"),
+                                        QStringLiteral("PPSM")};
     static const QStringList scripts{QStringLiteral("application/x-shellscript"), QStringLiteral("application/x-desktop")};
     static const QStringList types{QStringLiteral("application/x-executable"), QStringLiteral("application/x-sharedlib"),
                                    QStringLiteral("application/x-java-archive"), QStringLiteral("application/x-ms-dos-executable"),
