@@ -28,6 +28,7 @@ int main(int argc, char** argv)
         QFile sample(QFileInfo(table).path() + u'/' + QFileInfo(table).completeBaseName() + u".marks"_s);
         if (sample.open(QIODevice::ReadOnly))
             language.Rules = qb::WithSample(language.Rules, qb::FromMarkedText(QString::fromUtf8(sample.readAll())).Text);
+        QFile::remove(QString::fromLocal8Bit(argv[2])); // a longer one would keep its tail
         qb::WriteLanguageFile(QString::fromLocal8Bit(argv[2]), language);
     } catch (const qb::RuntimeError& error) {
         std::fprintf(stderr, "%s: %s\n", argv[1], qPrintable(error.Description()));

@@ -101,9 +101,12 @@ int ColorizeItem(const Arguments& arguments)
 
 int ColorizeFile(const Arguments& arguments)
 {
-    const LanguageDefinition language = LanguageNamed(arguments.Value(u"language"_s));
+    const QString languageName = arguments.Value(u"language"_s);
+    if (!IsLanguageName(languageName))
+        throw UsageError{u"Unknown language '%1'; `quillbase-cli languages` lists them."_s.arg(languageName)};
     if (int(arguments.Has(u"rtf"_s)) + int(arguments.Has(u"html"_s)) + int(arguments.Has(u"marks"_s)) != 1)
         throw UsageError{u"Give one of --rtf, --html and --marks."_s};
+    const LanguageDefinition language = LanguageNamed(languageName);
     const QString name = arguments.Positional(0);
     const auto text = DecodeText(ReadInput(name), FallbackEncoding::Windows1252);
     if (!text)

@@ -161,18 +161,37 @@ const ShippedLanguage* ShippedLanguageOfFile(const QString& fileName, QStringVie
     return nullptr;
 }
 
-LanguageDefinition LanguageNamed(const QString& name)
+namespace {
+
+/// The type of a built-in language by the name that commands have for it.
+std::optional<LanguageType> BuiltInNamed(const QString& name)
 {
     if (name.compare("vb"_L1, Qt::CaseInsensitive) == 0)
-        return BuiltInLanguage(LanguageType::VB);
-    if (name.compare("cpp"_L1, Qt::CaseInsensitive) == 0)
-        return BuiltInLanguage(LanguageType::Cpp);
+        return LanguageType::VB;
+    return name.compare("cpp"_L1, Qt::CaseInsensitive) == 0 ? std::optional(LanguageType::Cpp) : std::nullopt;
+}
+
+bool IsDefinitionFile(const QString& name)
+{
+    return name.endsWith(".qbl"_L1, Qt::CaseInsensitive);
+}
+
+} // namespace
+
+bool IsLanguageName(const QString& name)
+{
+    return BuiltInNamed(name) || ShippedLanguageNamed(name) || IsDefinitionFile(name);
+}
+
+LanguageDefinition LanguageNamed(const QString& name)
+{
+    if (const std::optional<LanguageType> type = BuiltInNamed(name))
+        return BuiltInLanguage(*type);
     if (const ShippedLanguage* shipped = ShippedLanguageNamed(name))
         return ReadLanguageFile(shipped->Path);
-    if (name.endsWith(".qbl"_L1, Qt::CaseInsensitive))
+    if (IsDefinitionFile(name))
         return ReadLanguageFile(name);
-    throw RuntimeError(ErrorNumber::InvalidCall,
-                       u"There is no language '%1'; `quillbase-cli languages` lists those that there are."_s.arg(name), u"LanguageNamed"_s);
+    throw RuntimeError(ErrorNumber::InvalidCall, u"There is no language '%1'."_s.arg(name), u"LanguageNamed"_s);
 }
 
 } // namespace qb

@@ -28,6 +28,9 @@ const ShippedLanguage* ShippedLanguageNamed(const QString& name);
 /// when there is none. Of several patterns that fit the longest counts.
 const ShippedLanguage* ShippedLanguageOfFile(const QString& fileName, QStringView text);
 
+/// Whether LanguageNamed knows a name.
+bool IsLanguageName(const QString& name);
+
 /// A definition by name: "vb", "cpp" (the two built in), a shipped language's name or key, or the
 /// path of a `.qbl` file. Raises RuntimeError 5 for one that there is not.
 LanguageDefinition LanguageNamed(const QString& name);

@@ -71,7 +71,7 @@ private Q_SLOTS:
     {
         const QString file = m_home->Path(u"a.py"_s);
         WriteFile(file, "x\n");
-        QCOMPARE(Cli({u"colorize"_s, u"--language"_s, u"klingon"_s, file, u"--rtf"_s}).Status, 1);
+        QCOMPARE(Cli({u"colorize"_s, u"--language"_s, u"klingon"_s, file, u"--rtf"_s}).Status, 2);
         QCOMPARE(Cli({u"colorize"_s, u"--language"_s, u"python"_s, file}).Status, 2);
         QCOMPARE(Cli({u"colorize"_s, u"--language"_s, u"python"_s, file, u"--rtf"_s, u"--html"_s}).Status, 2);
         QCOMPARE(Cli({u"colorize"_s, u"--language"_s, u"vb"_s, file, u"--marks"_s}).Status, 1);

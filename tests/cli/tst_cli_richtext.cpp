@@ -154,9 +154,9 @@ private Q_SLOTS:
         QTest::newRow("no ID") << QStringList{u"colorize"_s, u"L"_s} << u"An argument is missing"_s;
         QTest::newRow("ID of letters") << QStringList{u"colorize"_s, u"L"_s, u"one"_s} << u"'one' is not the ID"_s;
         QTest::newRow("no file") << QStringList{u"colorize"_s, u"--language"_s, u"vb"_s, u"--rtf"_s} << u"An argument is missing"_s;
-        QTest::newRow("unknown language") << QStringList{u"colorize"_s, u"--language"_s, u"perl"_s, u"F"_s, u"--rtf"_s} << u"Unknown language 'perl'"_s;
-        QTest::newRow("no format") << QStringList{u"colorize"_s, u"--language"_s, u"vb"_s, u"F"_s} << u"Give either --rtf or --html"_s;
-        QTest::newRow("two formats") << QStringList{u"colorize"_s, u"--language"_s, u"vb"_s, u"F"_s, u"--rtf"_s, u"--html"_s} << u"Give either --rtf or --html"_s;
+        QTest::newRow("unknown language") << QStringList{u"colorize"_s, u"--language"_s, u"klingon"_s, u"F"_s, u"--rtf"_s} << u"Unknown language 'klingon'"_s;
+        QTest::newRow("no format") << QStringList{u"colorize"_s, u"--language"_s, u"vb"_s, u"F"_s} << u"Give one of --rtf, --html and --marks"_s;
+        QTest::newRow("two formats") << QStringList{u"colorize"_s, u"--language"_s, u"vb"_s, u"F"_s, u"--rtf"_s, u"--html"_s} << u"Give one of --rtf, --html and --marks"_s;
         QTest::newRow("save a file") << QStringList{u"colorize"_s, u"--language"_s, u"vb"_s, u"F"_s, u"--rtf"_s, u"--save"_s} << u"Unknown option"_s;
         QTest::newRow("item as HTML") << QStringList{u"colorize"_s, u"L"_s, u"1"_s, u"--html"_s} << u"Unknown option"_s;
         QTest::newRow("rtf2text of nothing") << QStringList{u"rtf2text"_s} << u"An argument is missing"_s;

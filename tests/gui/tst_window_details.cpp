@@ -115,7 +115,7 @@ private Q_SLOTS:
     {
         Open();
         frmSettings dialog;
-        dialog.InitializeSettings(m_window->Settings(), m_database.get(), {});
+        dialog.InitializeSettings(m_window->Settings(), m_database.get());
         const QString label = dialog.findChild<QCheckBox*>(u"chkExpandBranches"_s)->text();
         QVERIFY2(label.contains(u"Next and previous item"_s) && !label.contains(u"loaded"_s), qPrintable(label));
         TakePicture(dialog, u"options-walking"_s);
