@@ -10,7 +10,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype DeepestStack = 64; ///< what opens beyond it opens nothing
 constexpr size_t MostStates = 100000;  ///< a text that makes more goes on as if nothing were open
 
 } // namespace

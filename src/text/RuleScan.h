@@ -25,6 +25,8 @@ public:
     int ScanLine(QStringView line, int state, std::vector<Token>& tokens);
 
 private:
+    static constexpr qsizetype DeepestStack = 64; ///< what opens beyond it opens nothing
+
     /// Something that is open.
     struct Frame {
         enum class Is : quint8 { Context, Span, Interpolation, Heredoc } What = Is::Context;

@@ -9,10 +9,6 @@ namespace qb {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-constexpr qsizetype MostOpen = 64; ///< heredocs of one line and what is open around them
-} // namespace
-
 bool RuleScan::OpenRaw(const ScanRule& rule, int number)
 {
     constexpr qsizetype LongestMark = 255;
@@ -72,7 +68,7 @@ bool RuleScan::OpenHeredoc(const ScanRule& rule, int number)
         mark = m_line.sliced(at, end - at).toString();
         at = end;
     }
-    if (mark.isEmpty() || m_stack.size() + m_heredocs.size() >= MostOpen)
+    if (mark.isEmpty() || m_stack.size() + m_heredocs.size() >= DeepestStack)
         return false;
     Paint(m_at, at, rule.Paint);
     m_at = at;
