@@ -79,10 +79,10 @@ BenchHome::~BenchHome()
 QStringList SourceFiles(int count)
 {
     QStringList files;
-    for (const QString& folder : {u"/usr/include"_s, u"/usr/lib/python3"_s, u"/usr/lib/python3.11"_s, u"/usr/share/cmake-3.25"_s,
-                                  u"/usr/share/perl"_s, u"/usr/lib/gcc"_s}) {
-        QDirIterator found(folder, {u"*.h"_s, u"*.hpp"_s, u"*.py"_s, u"*.cmake"_s, u"*.pm"_s, u"*.pl"_s, u"*.tcc"_s}, QDir::Files,
-                           QDirIterator::Subdirectories);
+    for (const QString& folder : {u"/usr/include"_s, u"/usr/lib/python3"_s, u"/usr/lib/python3.11"_s,
+                                  u"/usr/share/cmake-3.25"_s, u"/usr/share/perl"_s, u"/usr/lib/gcc"_s}) {
+        QDirIterator found(folder, {u"*.h"_s, u"*.hpp"_s, u"*.py"_s, u"*.cmake"_s, u"*.pm"_s, u"*.pl"_s, u"*.tcc"_s},
+                           QDir::Files, QDirIterator::Subdirectories);
         while (found.hasNext() && files.size() < count)
             files << found.next();
     }

@@ -119,7 +119,8 @@ void PackWithZip(benchmark::State& state)
     list.close();
     for (auto _ : state) {
         QFile::remove(target);
-        if (QProcess::execute(u"/bin/sh"_s, {u"-c"_s, u"zip -6 -q '%1' -@ <'%2' && sync '%1'"_s.arg(target, names)}) != 0)
+        if (QProcess::execute(u"/bin/sh"_s, {u"-c"_s, u"zip -6 -q '%1' -@ <'%2' && sync '%1'"_s.arg(target, names)})
+            != 0)
             state.SkipWithError("zip is not there");
     }
     state.counters["size"] = double(QFileInfo(target).size());
@@ -134,8 +135,10 @@ void ListFiles(benchmark::State& state)
     {
         Transaction whole(*database);
         for (int i = 0; i < state.range(0); ++i)
-            database->Execute(u"INSERT INTO Files (CodeID, Title, OrigDateTime, DateAdded, FileSize) VALUES (1, ?, 3989000000, 3989000000, ?)"_s,
-                              {u"file %1.%2"_s.arg((i * 7919) % 10007).arg(QString::fromLatin1(endings[i % 8])), i * 13});
+            database->Execute(
+                u"INSERT INTO Files (CodeID, Title, OrigDateTime, DateAdded, FileSize) VALUES (1, ?, 3989000000, "
+                "3989000000, ?)"_s,
+                {u"file %1.%2"_s.arg((i * 7919) % 10007).arg(QString::fromLatin1(endings[i % 8])), i * 13});
         whole.Commit();
     }
     ctlFileDetails panel;
@@ -152,7 +155,13 @@ void ListFiles(benchmark::State& state)
 } // namespace
 
 BENCHMARK(AttachFile)->Name("attach")->Arg(1024)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
-BENCHMARK(CopyWithCp)->Name("cp")->Args({1024, 0})->Args({1024, 1})->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
+BENCHMARK(CopyWithCp)
+    ->Name("cp")
+    ->Args({1024, 0})
+    ->Args({1024, 1})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(5);
 BENCHMARK(PackSources)->Name("pack_sources")->Arg(5000)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
 BENCHMARK(PackWithZip)->Name("zip_6")->Arg(5000)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
 BENCHMARK(ListFiles)->Name("list_files")->Arg(10'000)->Unit(benchmark::kMillisecond)->UseRealTime();

@@ -50,7 +50,8 @@ void ImportFolderBench(benchmark::State& state)
         imported = ImportFolder(*database, folder, {}).Files;
     }
     state.counters["files"] = imported;
-    state.counters["files_per_second"] = benchmark::Counter(double(imported), benchmark::Counter::kIsIterationInvariantRate);
+    state.counters["files_per_second"] = benchmark::Counter(double(imported),
+                                                            benchmark::Counter::kIsIterationInvariantRate);
     QFile::remove(path);
 }
 

@@ -203,6 +203,12 @@ BENCHMARK(RenameItem)->Name("rename_item/100000")->Unit(benchmark::kMillisecond)
 BENCHMARK(MoveItem)->Name("move_item/100000")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(50);
 BENCHMARK(DeleteBranch)->Name("delete_branch/10000")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(2);
 BENCHMARK(ExpandNode)->Name("expand_node/10000")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(20);
-BENCHMARK(WalkNext)->Name("walk_next/100000")->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(100);
+BENCHMARK(WalkNext)
+    ->Name("walk_next/100000")
+    ->Arg(0)
+    ->Arg(1)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(100);
 
 } // namespace qb::bench

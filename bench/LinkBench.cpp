@@ -58,7 +58,8 @@ void FilterTitles(benchmark::State& state)
     TreeNode* folder = nullptr;
     for (int i = 1; i <= state.range(0); ++i) {
         const bool isFolder = i % PerFolder == 1;
-        TreeNode& node = nodes.Add(i, isFolder ? u"Folder %1"_s.arg(i) : u"class_%1_iterator.h"_s.arg(i), TreeImage::CHILD);
+        TreeNode& node = nodes.Add(i, isFolder ? u"Folder %1"_s.arg(i) : u"class_%1_iterator.h"_s.arg(i),
+                                   TreeImage::CHILD);
         nodes.PutUnder(node, isFolder ? root : *folder);
         if (isFolder)
             folder = &node;
@@ -85,6 +86,11 @@ void FilterTitles(benchmark::State& state)
 } // namespace
 
 BENCHMARK(LoadItemWithLinks)->Name("load_item/1000_links")->Arg(1000)->Unit(benchmark::kMillisecond);
-BENCHMARK(FilterTitles)->Name("filter_titles")->Arg(100'000)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(70);
+BENCHMARK(FilterTitles)
+    ->Name("filter_titles")
+    ->Arg(100'000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(70);
 
 } // namespace qb::bench

@@ -79,7 +79,8 @@ void OpenFillTree(benchmark::State& state)
         peak = finished.PeakMegabytes;
     }
     state.counters["peak_resident_MB"] = peak;
-    for (const char* variable : {"QUILLBASE_DATA_HOME", "QUILLBASE_CONFIG_HOME", "QUILLBASE_TRACE", "QUILLBASE_PICTURE"})
+    for (const char* variable :
+         {"QUILLBASE_DATA_HOME", "QUILLBASE_CONFIG_HOME", "QUILLBASE_TRACE", "QUILLBASE_PICTURE"})
         qunsetenv(variable);
 }
 
@@ -97,7 +98,12 @@ void TreeCli(benchmark::State& state)
 
 } // namespace
 
-BENCHMARK(OpenFillTree)->Name("open_fill_tree")->Arg(100000)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(5);
+BENCHMARK(OpenFillTree)
+    ->Name("open_fill_tree")
+    ->Arg(100000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(5);
 BENCHMARK(TreeCli)->Name("tree_cli")->Arg(100000)->Unit(benchmark::kMillisecond)->UseManualTime();
 
 } // namespace qb::bench

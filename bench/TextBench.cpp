@@ -20,10 +20,12 @@ namespace {
 
 QString VbSource(qsizetype size)
 {
-    const QString piece = u"' Works out the price of an order\r\nPrivate Function Price(ByVal Count As Long, rate As Double) As Double\r\n"
-                          "    Dim total As Double, name As String\r\n    name = \"price of \" & CStr(Count)\r\n"
-                          "    If Count > 0 Then\r\n        total = Count * rate ' plain\r\n    Else\r\n        total = 0\r\n"
-                          "    End If\r\n    Price = total\r\nEnd Function\r\n\r\n"_s;
+    const QString piece =
+        u"' Works out the price of an order\r\nPrivate Function Price(ByVal Count As Long, rate As Double) As "
+        "Double\r\n"
+        "    Dim total As Double, name As String\r\n    name = \"price of \" & CStr(Count)\r\n"
+        "    If Count > 0 Then\r\n        total = Count * rate ' plain\r\n    Else\r\n        total = 0\r\n"
+        "    End If\r\n    Price = total\r\nEnd Function\r\n\r\n"_s;
     return piece.repeated(size / piece.size() + 1).left(size);
 }
 
@@ -126,7 +128,9 @@ constexpr RuleCase RuleCases[] = {
 
 [[maybe_unused]] const bool RegisteredRules = [] {
     for (const RuleCase& one : RuleCases) {
-        const auto source = [&one] { return RealSource(QString::fromLatin1(one.Folder), QString::fromLatin1(one.Pattern)); };
+        const auto source = [&one] {
+            return RealSource(QString::fromLatin1(one.Folder), QString::fromLatin1(one.Pattern));
+        };
         const auto name = [&one](const char* what) { return std::string(what) + "/" + one.Name + "_2MB"; };
         benchmark::RegisterBenchmark(name("rule_scan").c_str(), [&one, source](benchmark::State& state) {
             ScanByRules(state, QString::fromLatin1(one.Language), source());

@@ -127,10 +127,30 @@ void SaveItem(benchmark::State& state)
 
 } // namespace
 
-BENCHMARK_CAPTURE(OpenItem, words, Window::ByWords)->Name("open_item")->Arg(10'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(10);
-BENCHMARK_CAPTURE(OpenItem, rules, Window::ByRules)->Name("open_item_rules")->Arg(10'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(10);
-BENCHMARK_CAPTURE(TypeKey, words, Window::ByWords)->Name("type_key/1MB")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(100);
-BENCHMARK_CAPTURE(TypeKey, rules, Window::ByRules)->Name("type_key_rules/1MB")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(100);
+BENCHMARK_CAPTURE(OpenItem, words, Window::ByWords)
+    ->Name("open_item")
+    ->Arg(10'000)
+    ->Arg(1'000'000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(10);
+BENCHMARK_CAPTURE(OpenItem, rules, Window::ByRules)
+    ->Name("open_item_rules")
+    ->Arg(10'000)
+    ->Arg(1'000'000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(10);
+BENCHMARK_CAPTURE(TypeKey, words, Window::ByWords)
+    ->Name("type_key/1MB")
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(100);
+BENCHMARK_CAPTURE(TypeKey, rules, Window::ByRules)
+    ->Name("type_key_rules/1MB")
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(100);
 BENCHMARK(SaveItem)->Name("save_item/10kB")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(20);
 
 } // namespace qb::bench

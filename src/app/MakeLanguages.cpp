@@ -23,11 +23,13 @@ int main(int argc, char** argv)
         qb::LanguageDefinition language = qb::LanguageFromTable(QString::fromUtf8(table.readAll()));
         const qb::LanguageRules rules(language.Rules, language.ColouredWords, language.PlainWords);
         if (!rules.Problems().isEmpty())
-            throw qb::RuntimeError(qb::ErrorNumber::InvalidCall, u"rules, "_s + rules.Problems().join(u"; "), u"quillbase-languages"_s);
+            throw qb::RuntimeError(qb::ErrorNumber::InvalidCall, u"rules, "_s + rules.Problems().join(u"; "),
+                                   u"quillbase-languages"_s);
         language.Version = qb::ProgramVersion();
         QFile sample(QFileInfo(table).path() + u'/' + QFileInfo(table).completeBaseName() + u".marks"_s);
         if (sample.open(QIODevice::ReadOnly))
-            language.Rules = qb::WithSample(language.Rules, qb::FromMarkedText(QString::fromUtf8(sample.readAll())).Text);
+            language.Rules = qb::WithSample(language.Rules,
+                                            qb::FromMarkedText(QString::fromUtf8(sample.readAll())).Text);
         QFile::remove(QString::fromLocal8Bit(argv[2])); // a longer one would keep its tail
         qb::WriteLanguageFile(QString::fromLocal8Bit(argv[2]), language);
     } catch (const qb::RuntimeError& error) {

@@ -1,5 +1,5 @@
-#include "platform/system/Trace.h"
 #include "session/ui/Main.h"
+#include "platform/system/Trace.h"
 #include "support/ui/Icons.h"
 
 #include <QApplication>

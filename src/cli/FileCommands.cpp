@@ -22,7 +22,8 @@ namespace {
 std::unique_ptr<CFileObject> OpenFile(Database& database, qint64 id)
 {
     if (database.QueryValue(u"SELECT 1 FROM Files WHERE ID = ?"_s, {id}).IsNull())
-        throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no stored file %1; nothing was changed."_s.arg(id), u"files"_s);
+        throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no stored file %1; nothing was changed."_s.arg(id),
+                           u"files"_s);
     auto file = std::make_unique<CFileObject>();
     file->Initialise(database, QString::number(id));
     return file;
@@ -63,15 +64,19 @@ int Attach(const QStringList& words)
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
     const qint64 item = arguments.Id(1);
     if (database->QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {item}).IsNull())
-        throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no item %1; nothing was changed."_s.arg(item), u"attach"_s);
+        throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no item %1; nothing was changed."_s.arg(item),
+                           u"attach"_s);
     options.Description = RtfFromPlainText(arguments.Value(u"description"_s), CodeFont);
     QStringList files;
     for (int i = 2; i < arguments.Count(); ++i)
         files << arguments.Positional(i);
-    const FileImportPlan plan = options.Option == ImportOption::AsTheyAre ? FileImportPlan{files, {}} : PlanFileImport(files);
+    const FileImportPlan plan = options.Option == ImportOption::AsTheyAre ? FileImportPlan{files, {}}
+                                                                          : PlanFileImport(files);
     options.Whole = true;
     options.BeforeCommit = [](const QStringList& keys) { Print(keys.join(u'\n') + u'\n'); };
-    return ImportStoredFiles(*database, QString::number(item), plan, options).Complete ? 0 : 1; // what was wrong has been reported
+    return ImportStoredFiles(*database, QString::number(item), plan, options).Complete
+               ? 0
+               : 1; // what was wrong has been reported
 }
 
 int Files(const QStringList& words)
@@ -93,7 +98,8 @@ int Files(const QStringList& words)
                                    {u"added"_s, MomentText(file.DateAdded())},
                                    {u"description"_s, PlainTextFromRtf(file.Description())}});
         else
-            Print(u"%1\t%2\t%3\t%4\n"_s.arg(QString::number(id), QString::number(file.Size()), MomentText(file.OrigDateTime()), file.Title()));
+            Print(u"%1\t%2\t%3\t%4\n"_s.arg(QString::number(id), QString::number(file.Size()),
+                                            MomentText(file.OrigDateTime()), file.Title()));
     }
     if (arguments.Json())
         Print(all);

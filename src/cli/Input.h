@@ -13,11 +13,13 @@ namespace qb::cli {
 inline QByteArray ReadInput(const QString& name)
 {
     QFile file(name);
-    const bool opened = name == QLatin1StringView("-") ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
+    const bool opened = name == QLatin1StringView("-") ? file.open(stdin, QIODevice::ReadOnly)
+                                                       : file.open(QIODevice::ReadOnly);
     QByteArray bytes;
     const QString reason = opened ? ReadAll(file, bytes) : file.errorString();
     if (!reason.isEmpty())
-        throw RuntimeError(ErrorNumber::FileNotFound, QStringLiteral("'%1' can't be read: %2; nothing was changed.").arg(name, reason),
+        throw RuntimeError(ErrorNumber::FileNotFound,
+                           QStringLiteral("'%1' can't be read: %2; nothing was changed.").arg(name, reason),
                            QStringLiteral("ReadInput"));
     return bytes;
 }

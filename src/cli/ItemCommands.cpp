@@ -56,7 +56,8 @@ QString ReadText(const QString& name)
 {
     const auto text = DecodeText(ReadInput(name));
     if (!text)
-        throw RuntimeError(ErrorNumber::ValueNotAllowed, u"'%1' is no text; nothing was changed."_s.arg(name), u"ReadText"_s);
+        throw RuntimeError(ErrorNumber::ValueNotAllowed, u"'%1' is no text; nothing was changed."_s.arg(name),
+                           u"ReadText"_s);
     return *text;
 }
 
@@ -217,7 +218,9 @@ int Show(const QStringList& words)
     item.Title();
     if (item.ReadFailed())
         return 1; // which has been reported
-    const Printing as = arguments.Has(u"rtf"_s) ? Printing::Rtf : arguments.Has(u"raw"_s) ? Printing::Stored : Printing::PlainText;
+    const Printing as = arguments.Has(u"rtf"_s)   ? Printing::Rtf
+                        : arguments.Has(u"raw"_s) ? Printing::Stored
+                                                  : Printing::PlainText;
     if (field != std::end(TextFields) && !arguments.Json()) {
         const QString text = PrintedField(*field, item, as);
         // A text goes out as it is, so that it can be sent into a file.
@@ -229,7 +232,9 @@ int Show(const QStringList& words)
                        {u"parent"_s, item.ParentKey().toLongLong()},
                        {u"created"_s, DateFormatCustom(item.Created(), u"yyyy-mm-dd hh:nn:ss"_s)},
                        {u"language"_s, LanguageOf(item)},
-                       {u"changed"_s, item.LastChanged().IsNone() ? QString() : DateFormatCustom(item.LastChanged(), u"yyyy-mm-dd hh:nn:ss"_s)}};
+                       {u"changed"_s, item.LastChanged().IsNone()
+                                          ? QString()
+                                          : DateFormatCustom(item.LastChanged(), u"yyyy-mm-dd hh:nn:ss"_s)}};
     for (const TextField& one : TextFields) {
         if (field == std::end(TextFields) || field == &one)
             object.insert(NameOf(one), PrintedField(one, item, as));
@@ -239,7 +244,8 @@ int Show(const QStringList& words)
         return 0;
     }
     Print(u"%1 [%2]\n"_s.arg(item.Title(), item.Key()));
-    Print(u"created: %1\nchanged: %2\n"_s.arg(object.value(u"created"_s).toString(), object.value(u"changed"_s).toString()));
+    Print(u"created: %1\nchanged: %2\n"_s.arg(object.value(u"created"_s).toString(),
+                                              object.value(u"changed"_s).toString()));
     for (const TextField& one : TextFields) {
         const QString text = PrintedField(one, item, as);
         if (&one != &TextFields[0] && !text.isEmpty())
@@ -344,7 +350,8 @@ int RemoveDeleted(const QStringList& words)
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
     if (!Session().IsMotherReplica)
         throw RuntimeError(ErrorNumber::ValueNotAllowed,
-                           u"Only a mother library has items that its children have deleted; nothing was changed."_s, u"RemoveDeleted"_s);
+                           u"Only a mother library has items that its children have deleted; nothing was changed."_s,
+                           u"RemoveDeleted"_s);
     Transaction transaction(*database);
     const std::vector<qint64> removed = RemoveItemsMarkedForDelete(*database);
     if (arguments.Json())

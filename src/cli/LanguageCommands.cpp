@@ -17,8 +17,9 @@ namespace {
 
 QString ColourText(qint32 colour)
 {
-    return u"#%1%2%3"_s.arg(colour & 0xff, 2, 16, QLatin1Char('0')).arg(colour >> 8 & 0xff, 2, 16, QLatin1Char('0')).arg(
-        colour >> 16 & 0xff, 2, 16, QLatin1Char('0'));
+    return u"#%1%2%3"_s.arg(colour & 0xff, 2, 16, QLatin1Char('0'))
+        .arg(colour >> 8 & 0xff, 2, 16, QLatin1Char('0'))
+        .arg(colour >> 16 & 0xff, 2, 16, QLatin1Char('0'));
 }
 
 int ShowLanguage(const Arguments& arguments)
@@ -69,7 +70,8 @@ int ImportLanguage(const QString& library, const QString& file)
 {
     const auto database = OpenLibrary(library, DBEngine::Access::ReadWrite);
     if (!QFileInfo(file).isFile())
-        throw RuntimeError(ErrorNumber::FileNotFound, u"The language definition file '%1' was not found."_s.arg(file), u"language"_s);
+        throw RuntimeError(ErrorNumber::FileNotFound, u"The language definition file '%1' was not found."_s.arg(file),
+                           u"language"_s);
     KeywordDefiner definer(*database);
     if (!definer.ImportLanguageDefinition(file) || !definer.CheckCommentDelimiter())
         return 1;

@@ -67,7 +67,8 @@ ChosenLanguage LanguageOf(const Arguments& arguments)
         return {LanguageType::File, arguments.Value(u"language-file"_s)};
     }
     const QString name = arguments.Has(u"language"_s) ? arguments.Value(u"language"_s).toLower() : u"vb"_s;
-    static const QHash<QString, LanguageType> builtIn{{u"vb"_s, LanguageType::VB}, {u"cpp"_s, LanguageType::Cpp}, {u"none"_s, LanguageType::None}};
+    static const QHash<QString, LanguageType> builtIn{
+        {u"vb"_s, LanguageType::VB}, {u"cpp"_s, LanguageType::Cpp}, {u"none"_s, LanguageType::None}};
     if (builtIn.contains(name))
         return {builtIn[name], {}};
     if (const ShippedLanguage* language = ShippedLanguageNamed(name))
@@ -96,10 +97,15 @@ void PrintImport(const FolderImportResult& result, bool json)
             Complain(u"skipped: %1: %2"_s.arg(QDir::toNativeSeparators(file.Path), file.Reason));
     }
     if (json)
-        Print(QJsonObject{{u"id"_s, result.RootItem}, {u"folders"_s, result.Folders}, {u"files"_s, result.Files}, {u"skipped"_s, skipped}});
+        Print(QJsonObject{{u"id"_s, result.RootItem},
+                          {u"folders"_s, result.Folders},
+                          {u"files"_s, result.Files},
+                          {u"skipped"_s, skipped}});
     else
-        Print(u"%1 files in %2 folders imported below item %3, %4 skipped\n"_s.arg(result.Files).arg(result.Folders).arg(
-            result.RootItem).arg(result.Skipped.size()));
+        Print(u"%1 files in %2 folders imported below item %3, %4 skipped\n"_s.arg(result.Files)
+                  .arg(result.Folders)
+                  .arg(result.RootItem)
+                  .arg(result.Skipped.size()));
 }
 
 QString KindOf(const ReplicaState& state)
@@ -120,7 +126,8 @@ int New(const QStringList& words)
     const QString path = arguments.Positional(0);
     if (QFileInfo::exists(path))
         throw RuntimeError(ErrorNumber::DatabaseExists,
-                           u"'%1' exists already; nothing was changed."_s.arg(QDir::toNativeSeparators(path)), u"new"_s);
+                           u"'%1' exists already; nothing was changed."_s.arg(QDir::toNativeSeparators(path)),
+                           u"new"_s);
     // The reason of a failure has been printed when it was reported.
     return CDBCreate().CreateNewDB(path, language.Type, language.File) ? 0 : 1;
 }
@@ -130,8 +137,12 @@ int Info(const QStringList& words)
     const Arguments arguments(words, {}, 1);
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadOnly);
     const Recordset properties = database->OpenRecordset(u"Properties"_s);
-    const auto count = [&](const QString& table) { return database->QueryValue(u"SELECT count(*) FROM "_s + table).ToLong(); };
-    const auto property = [&](const QString& name) { return properties.IsEmpty() ? QString() : properties[name].ToText(); };
+    const auto count = [&](const QString& table) {
+        return database->QueryValue(u"SELECT count(*) FROM "_s + table).ToLong();
+    };
+    const auto property = [&](const QString& name) {
+        return properties.IsEmpty() ? QString() : properties[name].ToText();
+    };
     const QJsonObject info{
         {u"path"_s, database->Name()},
         {u"size"_s, QFileInfo(database->Name()).size()},
@@ -157,7 +168,8 @@ int Info(const QStringList& words)
 
 int ImportFolderCommand(const QStringList& words)
 {
-    const Arguments arguments(words, {{"parent", "id"}, {"glob", "pattern"}, {"encoding", "name"}, {"library-language", ""}}, 2);
+    const Arguments arguments(
+        words, {{"parent", "id"}, {"glob", "pattern"}, {"encoding", "name"}, {"library-language", ""}}, 2);
     FolderImportOptions options;
     options.Parent = arguments.IdOption(u"parent"_s);
     options.Globs = arguments.Values(u"glob"_s);
@@ -182,7 +194,10 @@ int Check(const QStringList& words)
     const std::vector<LibraryFault> faults = CheckLibrary(*database);
     QJsonArray list;
     for (const LibraryFault& fault : faults) {
-        list.append(QJsonObject{{u"kind"_s, FaultName(fault.What)}, {u"table"_s, fault.Table}, {u"id"_s, fault.Id}, {u"text"_s, fault.Text}});
+        list.append(QJsonObject{{u"kind"_s, FaultName(fault.What)},
+                                {u"table"_s, fault.Table},
+                                {u"id"_s, fault.Id},
+                                {u"text"_s, fault.Text}});
         if (!arguments.Json())
             Print(fault.Text + u'\n');
     }

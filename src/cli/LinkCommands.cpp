@@ -17,12 +17,14 @@ namespace {
 std::unique_ptr<CCodeItem> OpenItem(Database& database, qint64 id)
 {
     if (database.QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {id}).IsNull())
-        throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no item %1; nothing was changed."_s.arg(id), u"link"_s);
+        throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no item %1; nothing was changed."_s.arg(id),
+                           u"link"_s);
     auto item = std::make_unique<CCodeItem>();
     item->Initialise(database, QString::number(id));
     item->Links();
     if (item->ReadFailed())
-        throw RuntimeError(ErrorNumber::NoCurrentRecord, u"The item %1 can't be read; nothing was changed."_s.arg(id), u"link"_s);
+        throw RuntimeError(ErrorNumber::NoCurrentRecord, u"The item %1 can't be read; nothing was changed."_s.arg(id),
+                           u"link"_s);
     return item;
 }
 
@@ -84,8 +86,9 @@ int Links(const QStringList& words)
                                    {u"direction"_s, DirectionText(link->Direction)},
                                    {u"note"_s, link->Note}});
         else
-            Print(u"%1\t%2\t%3\t%4\n"_s.arg(QString::number(link->LinkedItemId), DirectionText(link->Direction), link->LinkedItemTitle,
-                                           QString(link->Note).replace(u'\n', u' ').remove(u'\r')));
+            Print(u"%1\t%2\t%3\t%4\n"_s.arg(QString::number(link->LinkedItemId), DirectionText(link->Direction),
+                                            link->LinkedItemTitle,
+                                            QString(link->Note).replace(u'\n', u' ').remove(u'\r')));
     }
     if (arguments.Json())
         Print(all);
@@ -105,10 +108,13 @@ int Unlink(const QStringList& words)
     const auto item = OpenItem(*database, arguments.Id(1));
     const std::shared_ptr<CLink> link = item->Links().Item(CLinks::KeyOf(arguments.Id(2)));
     if (!link)
-        throw RuntimeError(ErrorNumber::ItemNotFound,
-                           u"The item %1 has no link to %2; nothing was changed."_s.arg(arguments.Id(1)).arg(arguments.Id(2)), u"unlink"_s);
+        throw RuntimeError(
+            ErrorNumber::ItemNotFound,
+            u"The item %1 has no link to %2; nothing was changed."_s.arg(arguments.Id(1)).arg(arguments.Id(2)),
+            u"unlink"_s);
     if (side != u"both"_s && link->Direction != LinkDirection::Both)
-        throw RuntimeError(ErrorNumber::InvalidCall, u"The link has one side only; nothing was changed."_s, u"unlink"_s);
+        throw RuntimeError(ErrorNumber::InvalidCall, u"The link has one side only; nothing was changed."_s,
+                           u"unlink"_s);
     link->Direction = remains[side];
     link->DirtyFlag = true;
     return CommitLinks(*item, transaction);

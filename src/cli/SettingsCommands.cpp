@@ -45,7 +45,8 @@ int SetOne(CSettings& settings, const Arguments& arguments)
 {
     const QString reason = settings.SetByName(arguments.Positional(1), arguments.Positional(2));
     if (!reason.isEmpty())
-        throw UsageError{u"The setting '%1' can't be '%2'. %3"_s.arg(arguments.Positional(1), arguments.Positional(2), reason)};
+        throw UsageError{
+            u"The setting '%1' can't be '%2'. %3"_s.arg(arguments.Positional(1), arguments.Positional(2), reason)};
     settings.Apply();
     return 0;
 }
@@ -60,14 +61,17 @@ int Settings(const QStringList& words)
         bool Writes;
         std::function<int(CSettings&, const Arguments&)> Run;
     };
-    static const Verb verbs[] = {{u"list"_s, 1, false, ListAll}, {u"get"_s, 2, false, GetOne}, {u"set"_s, 3, true, SetOne}};
-    const auto verb = std::find_if(std::begin(verbs), std::end(verbs), [&](const Verb& one) { return one.Name == words.value(0); });
+    static const Verb verbs[] = {
+        {u"list"_s, 1, false, ListAll}, {u"get"_s, 2, false, GetOne}, {u"set"_s, 3, true, SetOne}};
+    const auto verb = std::find_if(std::begin(verbs), std::end(verbs),
+                                   [&](const Verb& one) { return one.Name == words.value(0); });
     if (verb == std::end(verbs))
         throw UsageError{u"Give list, get or set."_s};
     const Arguments arguments(words, {{"library", "LIB"}}, verb->Positional);
     std::unique_ptr<Database> database;
     if (arguments.Has(u"library"_s))
-        database = OpenLibrary(arguments.Value(u"library"_s), verb->Writes ? DBEngine::Access::ReadWrite : DBEngine::Access::ReadOnly);
+        database = OpenLibrary(arguments.Value(u"library"_s),
+                               verb->Writes ? DBEngine::Access::ReadWrite : DBEngine::Access::ReadOnly);
     CSettings settings([&database] { return database.get(); });
     settings.SkipDayCount();
     const int errors = HandledErrorCount();

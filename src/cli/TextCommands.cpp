@@ -70,7 +70,8 @@ int ColorizeItem(const Arguments& arguments)
 {
     constexpr int Tries = 20;
     const bool save = arguments.Has(u"save"_s);
-    const auto database = OpenLibrary(arguments.Positional(0), save ? DBEngine::Access::ReadWrite : DBEngine::Access::ReadOnly);
+    const auto database = OpenLibrary(arguments.Positional(0),
+                                      save ? DBEngine::Access::ReadWrite : DBEngine::Access::ReadOnly);
     const qint64 id = arguments.Id(1);
     CTextFormat format;
     format.ColorizeInit(*database);
@@ -96,7 +97,8 @@ int ColorizeItem(const Arguments& arguments)
         if (HandledErrorCount() > 0)
             return 1;
     }
-    throw RuntimeError(ErrorNumber::InUse, u"The item %1 is changed all the time; nothing was coloured."_s.arg(id), u"colorize"_s);
+    throw RuntimeError(ErrorNumber::InUse, u"The item %1 is changed all the time; nothing was coloured."_s.arg(id),
+                       u"colorize"_s);
 }
 
 int ColorizeFile(const Arguments& arguments)
@@ -114,7 +116,8 @@ int ColorizeFile(const Arguments& arguments)
     if (arguments.Has(u"marks"_s)) {
         const auto rules = std::make_shared<LanguageRules>(language.Rules, language.ColouredWords, language.PlainWords);
         if (!rules->Paints())
-            throw RuntimeError(ErrorNumber::InvalidCall, u"The language '%1' has no rules."_s.arg(language.Language), u"colorize"_s);
+            throw RuntimeError(ErrorNumber::InvalidCall, u"The language '%1' has no rules."_s.arg(language.Language),
+                               u"colorize"_s);
         RuleScan scan(rules);
         Print(MarkedText(*text, scan));
         return 0;
@@ -132,9 +135,11 @@ int ColorizeFile(const Arguments& arguments)
 
 int Colorize(const QStringList& words)
 {
-    const bool file = std::any_of(words.begin(), words.end(), [](const QString& word) { return word.startsWith("--language"_L1); });
+    const bool file = std::any_of(words.begin(), words.end(),
+                                  [](const QString& word) { return word.startsWith("--language"_L1); });
     const QList<Arguments::Option> options =
-        file ? QList<Arguments::Option>{{"language", "name"}, {"rtf", ""}, {"html", ""}, {"marks", ""}} : QList<Arguments::Option>{{"save", ""}};
+        file ? QList<Arguments::Option>{{"language", "name"}, {"rtf", ""}, {"html", ""}, {"marks", ""}}
+             : QList<Arguments::Option>{{"save", ""}};
     const Arguments arguments(words, options, file ? 1 : 2);
     return file ? ColorizeFile(arguments) : ColorizeItem(arguments);
 }

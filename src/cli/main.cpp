@@ -19,18 +19,26 @@ constexpr CommandEntry Table[] = {
     {"new", "LIB [--language vb|cpp|none|NAME] [--language-file F]", "make a library", New},
     {"info", "LIB", "what a library holds", Info},
     {"tree", "LIB [--depth N]", "the items as a tree", Tree},
-    {"show", "LIB ID [--field title|description|info|code|usage|notes] [--raw|--rtf]", "an item, or one of its texts", Show},
-    {"add", "LIB --parent ID --title T [--description T] [--info T] [--code FILE|-] [--usage FILE] [--notes FILE] [--language NAME|none]",
+    {"show", "LIB ID [--field title|description|info|code|usage|notes] [--raw|--rtf]", "an item, or one of its texts",
+     Show},
+    {"add",
+     "LIB --parent ID --title T [--description T] [--info T] [--code FILE|-] [--usage FILE] [--notes FILE] "
+     "[--language NAME|none]",
      "add an item; prints its ID", Add},
-    {"set", "LIB ID [--title T] [--description T] [--info T] [--code FILE|-] [--usage FILE] [--notes FILE] [--language NAME|none]", "change an item", Set},
+    {"set",
+     "LIB ID [--title T] [--description T] [--info T] [--code FILE|-] [--usage FILE] [--notes FILE] [--language "
+     "NAME|none]",
+     "change an item", Set},
     {"move", "LIB ID PARENT", "put an item under another (0: the root)", Move},
     {"delete", "LIB ID", "delete an item and all below it", Delete},
     {"keep", "LIB ID", "keep an item that a child library has deleted", Keep},
     {"remove-deleted", "LIB", "remove all items that a child library has deleted", RemoveDeleted},
-    {"link", "LIB A B [--two-way] [--note TEXT]", "lead from item A to item B, or both ways; with --note also of a link that is there", Link},
+    {"link", "LIB A B [--two-way] [--note TEXT]",
+     "lead from item A to item B, or both ways; with --note also of a link that is there", Link},
     {"links", "LIB ID", "the links that lead from an item", Links},
     {"unlink", "LIB A B [--side left|right|both]", "remove the link from A to B, or one side of it", Unlink},
-    {"attach", "LIB ID FILE... [--zip each|all NAME] [--description TEXT]", "store files with an item; prints their IDs", Attach},
+    {"attach", "LIB ID FILE... [--zip each|all NAME] [--description TEXT]",
+     "store files with an item; prints their IDs", Attach},
     {"files", "LIB ID", "the files stored with an item", Files},
     {"extract", "LIB FILEID TARGET", "copy a stored file to a file or into a folder", Extract},
     {"detach", "LIB FILEID", "delete a stored file", Detach},
@@ -38,10 +46,11 @@ constexpr CommandEntry Table[] = {
      "take the source files of a folder in", ImportFolderCommand},
     {"colorize", "LIB ID [--save] | --language NAME|F.qbl FILE|- --rtf|--html|--marks",
      "colour the code of an item, or of a file; --marks: a letter below each character tells what it is", Colorize},
-    {"language", "LIB | export LIB F.qbl | import LIB F.qbl", "the language of a library; written to, or taken from, a definition file",
-     Language},
+    {"language", "LIB | export LIB F.qbl | import LIB F.qbl",
+     "the language of a library; written to, or taken from, a definition file", Language},
     {"languages", "", "the languages that come with the program, with the names of their files", Languages},
-    {"settings", "list | get NAME | set NAME VALUE [--library LIB]", "the user's settings, and those of a library", Settings},
+    {"settings", "list | get NAME | set NAME VALUE [--library LIB]", "the user's settings, and those of a library",
+     Settings},
     {"rtf2text", "FILE|-", "the plain text of an RTF file", RtfToText},
     {"check", "LIB", "look for damage, lost items and missing files", Check},
 };
@@ -88,8 +97,9 @@ int Run(const QStringList& words)
         Print(qb::ProgramVersion() + u'\n');
         return 0;
     }
-    const auto* command = std::find_if(std::begin(Table), std::end(Table),
-                                       [&words](const CommandEntry& one) { return words.first() == QLatin1StringView(one.Name); });
+    const auto* command = std::find_if(std::begin(Table), std::end(Table), [&words](const CommandEntry& one) {
+        return words.first() == QLatin1StringView(one.Name);
+    });
     if (command == std::end(Table)) {
         Complain(u"quillbase-cli: unknown command '%1'; --help lists them"_s.arg(words.first()));
         return 2;

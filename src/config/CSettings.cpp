@@ -142,11 +142,14 @@ std::optional<Value> CSettings::GetDatabaseProperty(const QString& column)
     const bool wasOpen = m_properties.has_value();
     if (!wasOpen && !OpenPropertiesRS())
         return std::nullopt;
-    const auto value = Guarded(ModuleName, u"GetDatabaseProperty"_s, [&]() -> std::optional<Value> {
-        if (!m_properties)
-            return std::nullopt;
-        return (*m_properties)[column]; // Null reads as 0, "" or False by the reader's type
-    }, std::optional<Value>());
+    const auto value = Guarded(
+        ModuleName, u"GetDatabaseProperty"_s,
+        [&]() -> std::optional<Value> {
+            if (!m_properties)
+                return std::nullopt;
+            return (*m_properties)[column]; // Null reads as 0, "" or False by the reader's type
+        },
+        std::optional<Value>());
     if (!wasOpen)
         ClosePropertiesRS();
     return value;
@@ -298,7 +301,8 @@ QList<CSettings::NamedSetting> CSettings::All() const
         else if (row.Type == Kind::Number)
             value = QString::number(m_library[i].ToLong());
         else if (row.Type == Kind::Moment)
-            value = m_library[i].ToDate().IsNone() ? QString() : DateFormatCustom(m_library[i].ToDate(), u"yyyy-mm-dd hh:nn:ss"_s);
+            value = m_library[i].ToDate().IsNone() ? QString()
+                                                   : DateFormatCustom(m_library[i].ToDate(), u"yyyy-mm-dd hh:nn:ss"_s);
         all.append({QString::fromLatin1(row.Name), value, true});
     }
     return all;
@@ -318,12 +322,15 @@ QString CSettings::WhyNotOfKind(Kind kind, const QString& text)
 
 QString CSettings::SetByName(const QString& name, const QString& text)
 {
-    const auto isNamed = [&name](const auto& row) { return name.compare(QLatin1StringView(row.Name), Qt::CaseInsensitive) == 0; };
+    const auto isNamed = [&name](const auto& row) {
+        return name.compare(QLatin1StringView(row.Name), Qt::CaseInsensitive) == 0;
+    };
     const auto user = std::find_if(UserTable().begin(), UserTable().end(), isNamed);
     if (user != UserTable().end()) {
         const QString reason = WhyNotOfKind(user->Type, text);
         if (reason.isEmpty())
-            LetUserText(UserSetting(user - UserTable().begin()), user->Type == Kind::Flag ? BooleanText(BooleanFromText(text)) : text);
+            LetUserText(UserSetting(user - UserTable().begin()),
+                        user->Type == Kind::Flag ? BooleanText(BooleanFromText(text)) : text);
         return reason;
     }
     const auto row = std::find_if(LibraryTable().begin(), LibraryTable().end(), isNamed);

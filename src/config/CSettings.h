@@ -58,6 +58,9 @@
 
 namespace qb {
 
+// The accessors that the macros write hide the rest of the class from the formatter.
+// clang-format off
+
 /// All settings behind one interface: those of the user, in the settings store, and those of
 /// the open library, in its `Properties` row. A setter changes only the object and raises
 /// SettingAwaitingUpdate; Apply writes everything. While ChangingSettings is false, a getter of
@@ -211,5 +214,7 @@ private:
     std::array<Value, size_t(LibrarySetting::Count)> m_libraryRead;
     std::optional<Recordset> m_properties;
 };
+
+// clang-format on
 
 } // namespace qb

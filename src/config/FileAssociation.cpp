@@ -33,7 +33,8 @@ bool IsInexpressible(QChar character)
 bool IsFileName(const QString& name)
 {
     const auto isForeign = [](QChar c) { return u"/\\;"_s.contains(c) || c.category() == QChar::Other_Control; };
-    const bool isDots = std::all_of(name.begin(), name.end(), [](QChar c) { return c == u'.'; }); // so is the empty name
+    const bool isDots = std::all_of(name.begin(), name.end(),
+                                    [](QChar c) { return c == u'.'; }); // so is the empty name
     return !isDots && std::none_of(name.begin(), name.end(), isForeign);
 }
 
@@ -105,7 +106,8 @@ QString EntryText(const QString& text)
 
 bool NeedsQuotes(const QString& word)
 {
-    return word.isEmpty() || std::any_of(word.begin(), word.end(), [](QChar c) { return u" \t\n\r\"'\\><~|&;$*?#()`"_s.contains(c); });
+    return word.isEmpty()
+           || std::any_of(word.begin(), word.end(), [](QChar c) { return u" \t\n\r\"'\\><~|&;$*?#()`"_s.contains(c); });
 }
 
 /// A word of an Exec line that stands for itself; the escapes of EntryText are still to come.
@@ -135,7 +137,7 @@ bool NeedsShell(const FileCommand& command)
 {
     const auto isPart = [](const QString& word) { return word.contains(FileMark) && word != FileMark; };
     return command.Program.contains(u'=') || command.Program.contains(u'%') || command.Arguments.count(FileMark) > 1
-        || std::any_of(command.Arguments.begin(), command.Arguments.end(), isPart);
+           || std::any_of(command.Arguments.begin(), command.Arguments.end(), isPart);
 }
 
 QString ExecOf(const FileCommand& command)
@@ -221,7 +223,9 @@ void RunIfThere(const QString& program, const QString& folder)
 
 void FileType::SetCommand(const FileCommand& command)
 {
-    const auto isNamed = [&](const FileCommand& other) { return other.Name.compare(command.Name, Qt::CaseInsensitive) == 0; };
+    const auto isNamed = [&](const FileCommand& other) {
+        return other.Name.compare(command.Name, Qt::CaseInsensitive) == 0;
+    };
     const auto taken = std::find_if(Commands.begin(), Commands.end(), isNamed);
     if (taken != Commands.end())
         *taken = command;
@@ -251,7 +255,8 @@ FileType FileTypeOf(const EXEAssociation& association)
         // Only the command that opens has the program in quotes.
         const QString start = option.isEmpty() ? u'"' + program + u'"' : program + u' ' + option;
         const QStringList arguments = option.isEmpty() ? QStringList{FileMark} : QStringList{option, FileMark};
-        type.Commands << FileCommand{name, caption.isEmpty() ? usualCaption : caption, start + u" \"%1\""_s, program, arguments};
+        type.Commands << FileCommand{name, caption.isEmpty() ? usualCaption : caption, start + u" \"%1\""_s, program,
+                                     arguments};
     }
     return type;
 }
@@ -269,7 +274,8 @@ QString FileAssociation::TypeName(const QString& className)
 }
 
 FileAssociation::FileAssociation(const FileType& type, const QString& source)
-    : m_extension(type.Extension), m_source(source), m_package(DataFolder() + u"/mime/packages/"_s + type.ClassName + u".xml"_s),
+    : m_extension(type.Extension), m_source(source),
+      m_package(DataFolder() + u"/mime/packages/"_s + type.ClassName + u".xml"_s),
       m_entry(DataFolder() + u"/applications/"_s + type.ClassName + u".desktop"_s)
 {
     const QString reason = WhyNoType(type);

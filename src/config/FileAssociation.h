@@ -9,10 +9,10 @@ namespace qb {
 
 /// One thing that a program does with the files of a type.
 struct FileCommand {
-    QString Name; ///< "open", "print", ..., unique in a type without case
-    QString Caption; ///< for menus; the first "&" stands before its access key
-    QString Line; ///< the command as a registry has it
-    QString Program; ///< the same in its parts
+    QString Name;          ///< "open", "print", ..., unique in a type without case
+    QString Caption;       ///< for menus; the first "&" stands before its access key
+    QString Line;          ///< the command as a registry has it
+    QString Program;       ///< the same in its parts
     QStringList Arguments; ///< "%1" in them stands for the file
 };
 
@@ -20,8 +20,8 @@ struct FileCommand {
 struct FileType {
     QString ClassName; ///< also the name of the files that describe the type
     QString Description;
-    QString Extension; ///< without its "."
-    QString IconFile; ///< for the desktop only with a path from the root; or empty
+    QString Extension;           ///< without its "."
+    QString IconFile;            ///< for the desktop only with a path from the root; or empty
     QList<FileCommand> Commands; ///< the first one opens a file; the others are its program's actions
 
     /// Adds the command, in the place of one of its name.
@@ -38,11 +38,11 @@ struct EXEAssociation {
     bool Print = false;
     bool New = false;
     bool Install = false;
-    QString OpenCaption; ///< "&Open"
-    QString PrintCaption; ///< "&Print"
-    QString NewCaption; ///< "&New"
+    QString OpenCaption;    ///< "&Open"
+    QString PrintCaption;   ///< "&Print"
+    QString NewCaption;     ///< "&New"
     QString InstallCaption; ///< "&Install " and the description
-    QString IconFile; ///< empty: the program
+    QString IconFile;       ///< empty: the program
     int IconIndex = 0;
 };
 

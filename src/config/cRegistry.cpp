@@ -28,10 +28,13 @@ const QString BytesMember = u"base64"_s;
 const std::array HiveNames{u"HKEY_CLASSES_ROOT"_s, u"HKEY_CURRENT_USER"_s, u"HKEY_LOCAL_MACHINE"_s, u"HKEY_USERS"_s};
 
 struct NoCase {
-    bool operator()(const QString& left, const QString& right) const { return left.compare(right, Qt::CaseInsensitive) < 0; }
+    bool operator()(const QString& left, const QString& right) const
+    {
+        return left.compare(right, Qt::CaseInsensitive) < 0;
+    }
 };
 using Entries = std::map<QString, Value, NoCase>; ///< the values of a section, by name
-using Hive = std::map<QString, Entries, NoCase>; ///< by path; "" is the hive itself
+using Hive = std::map<QString, Entries, NoCase>;  ///< by path; "" is the hive itself
 using Store = std::array<Hive, HiveNames.size()>;
 
 // Paths
@@ -92,7 +95,8 @@ std::optional<Value> FromJson(const QJsonValue& json)
     if (json.toVariant().typeId() == QMetaType::LongLong)
         return Value(json.toInteger());
     const QJsonObject object = json.toObject();
-    const auto bytes = QByteArray::fromBase64Encoding(object[BytesMember].toString().toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
+    const auto bytes = QByteArray::fromBase64Encoding(object[BytesMember].toString().toLatin1(),
+                                                      QByteArray::AbortOnBase64DecodingErrors);
     if (object.size() == 1 && object[BytesMember].isString() && bytes)
         return Value(bytes.decoded);
     return std::nullopt;
@@ -131,7 +135,8 @@ std::optional<Store> ReadStore()
             return std::nullopt;
         const QJsonObject sections = hive.value().toObject();
         for (auto section = sections.begin(); section != sections.end(); ++section) {
-            if (!ReadSection(MadeSection(store[size_t(name - HiveNames.begin())], PathOf(section.key())), section.value()))
+            if (!ReadSection(MadeSection(store[size_t(name - HiveNames.begin())], PathOf(section.key())),
+                             section.value()))
                 return std::nullopt;
         }
     }
@@ -206,7 +211,8 @@ std::optional<Value> AsType(const Value& value, RegistryType type)
 void cRegistry::Fail(const QString& start, const QString& section, const QString& end) const
 {
     throw RuntimeError(ErrorNumber::PathAccess,
-                       start + u"'"_s + HiveNames[size_t(m_classKey)] + u"',Section: '"_s + section + u'\'' + end, Source);
+                       start + u"'"_s + HiveNames[size_t(m_classKey)] + u"',Section: '"_s + section + u'\'' + end,
+                       Source);
 }
 
 void cRegistry::FailToSet(const QString& section, const QString& name, const QString& text) const
@@ -270,9 +276,9 @@ void cRegistry::SetValue(const qb::Value& value)
 {
     const std::optional<qb::Value> written = AsType(value, m_valueType);
     const bool isSet = written && ChangeHive(m_classKey, [&](Hive& hive) {
-        MadeSection(hive, PathOf(m_sectionKey))[m_valueKey] = *written;
-        return true;
-    });
+                           MadeSection(hive, PathOf(m_sectionKey))[m_valueKey] = *written;
+                           return true;
+                       });
     if (!isSet)
         FailToSet(m_sectionKey, m_valueKey, value.ToText());
 }

@@ -27,7 +27,10 @@ private:
 class ExportZipProgress {
 public:
     /// @p hideBar takes the bar away once a file's figures are known.
-    ExportZipProgress(ShowProgress show, std::function<void()> hideBar) : m_show(std::move(show)), m_hideBar(std::move(hideBar)) {}
+    ExportZipProgress(ShowProgress show, std::function<void()> hideBar)
+        : m_show(std::move(show)), m_hideBar(std::move(hideBar))
+    {
+    }
 
     void SetExtracting(bool extracting) { m_extracting = extracting; }
     void m_oZip_Progress(const QString& text);

@@ -27,7 +27,8 @@ bool Pack(const QString& source, const QString& target, Progress& progress, cons
     progress.SetExtracting(false);
     BrindletonZip m_oZip;
     m_oZip.Advance = work.Advance;
-    QObject::connect(&m_oZip, &BrindletonZip::Progress, &m_oZip, [&](int, const QString& text) { progress.m_oZip_Progress(text); });
+    QObject::connect(&m_oZip, &BrindletonZip::Progress, &m_oZip,
+                     [&](int, const QString& text) { progress.m_oZip_Progress(text); });
     m_oZip.SetZipFileName(target);
     m_oZip.ClearFileList();
     m_oZip.AddFile(source);
@@ -41,7 +42,8 @@ void Connect(CBFileSplitter& oFS, VolumeProgress& progress, const ContainerWork&
 {
     oFS.Advance = work.Advance;
     QObject::connect(&oFS, &CBFileSplitter::TotalChunks, &oFS, [&](int total) { progress.TotalChunks(total); });
-    QObject::connect(&oFS, &CBFileSplitter::NextVolume, &oFS, [&](int number, qint64, bool creating) { progress.NextVolume(number, creating); });
+    QObject::connect(&oFS, &CBFileSplitter::NextVolume, &oFS,
+                     [&](int number, qint64, bool creating) { progress.NextVolume(number, creating); });
     QObject::connect(&oFS, &CBFileSplitter::Progress, &oFS, [&](int chunk) { progress.Progress(chunk); });
 }
 
@@ -72,12 +74,18 @@ void RefuseOthers(BrindletonZip& zip, const QString& container)
         files += entry.IsFolder ? 0 : 1;
     const QString shown = QDir::toNativeSeparators(container);
     if (files != 1)
-        throw RuntimeError(ErrorNumber::PathAccess, u"'%1' is no container of this program: it holds %2 files instead of one. Nothing was changed."_s.arg(shown).arg(files),
-                           u"UnpackContainer"_s);
+        throw RuntimeError(
+            ErrorNumber::PathAccess,
+            u"'%1' is no container of this program: it holds %2 files instead of one. Nothing was changed."_s.arg(shown)
+                .arg(files),
+            u"UnpackContainer"_s);
     const QString name = zip.FirstFileName(container);
     const QFileInfo there(QFileInfo(container).absolutePath() + u'/' + name);
     if (there.exists() && there.fileName() != QFileInfo(InnerName(container)).fileName())
-        throw RuntimeError(ErrorNumber::PathAccess, u"'%1' can't be unpacked: a file '%2' stands beside it. Nothing was changed."_s.arg(shown, name), u"UnpackContainer"_s);
+        throw RuntimeError(
+            ErrorNumber::PathAccess,
+            u"'%1' can't be unpacked: a file '%2' stands beside it. Nothing was changed."_s.arg(shown, name),
+            u"UnpackContainer"_s);
 }
 
 template <class Progress>
@@ -90,7 +98,8 @@ QString Unpack(const QString& file, Progress& progress, const ContainerWork& wor
     const QString folder = QFileInfo(container).absolutePath();
     BrindletonZip m_oZip;
     m_oZip.Advance = work.Advance;
-    QObject::connect(&m_oZip, &BrindletonZip::Progress, &m_oZip, [&](int, const QString& text) { progress.m_oZip_Progress(text); });
+    QObject::connect(&m_oZip, &BrindletonZip::Progress, &m_oZip,
+                     [&](int, const QString& text) { progress.m_oZip_Progress(text); });
     RefuseOthers(m_oZip, container);
     return m_oZip.ExtractTo(container, folder) ? folder + u'/' + m_oZip.FirstFileName(container) : QString();
 }
@@ -112,7 +121,10 @@ QString PackExport(const QString& file, const ContainerWork& work)
     const QString inner = InnerName(file);
     QFile::remove(inner);
     if (!QFile::rename(file, inner))
-        throw RuntimeError(ErrorNumber::PathAccess, u"The file '%1' can't be renamed to be packed. Nothing was changed."_s.arg(QDir::toNativeSeparators(file)), u"PackExport"_s);
+        throw RuntimeError(
+            ErrorNumber::PathAccess,
+            u"The file '%1' can't be renamed to be packed. Nothing was changed."_s.arg(QDir::toNativeSeparators(file)),
+            u"PackExport"_s);
     ExportZipProgress progress(work.Show, work.HideBar);
     if (!Pack(inner, file, progress, work))
         return {};

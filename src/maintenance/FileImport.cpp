@@ -37,13 +37,16 @@ public:
 
 private:
     /// Packs files into an archive of the work's own folder; empty when it was cancelled.
-    QString Zip(const QStringList& files, const QString& baseDirectory, const QString& zipName, StoredFileZipProgress& progress, int all)
+    QString Zip(const QStringList& files, const QString& baseDirectory, const QString& zipName,
+                StoredFileZipProgress& progress, int all)
     {
         if (!m_work)
             m_work.emplace();
         const QString archive = m_work->PackingFolder() + zipName;
         BrindletonZip m_oZipUnzip;
-        m_oZipUnzip.Advance = [this](qint64 done, qint64) { return !m_options.Advance || m_options.Advance(m_done + done, m_total); };
+        m_oZipUnzip.Advance = [this](qint64 done, qint64) {
+            return !m_options.Advance || m_options.Advance(m_done + done, m_total);
+        };
         QObject::connect(&m_oZipUnzip, &BrindletonZip::Progress, &m_oZipUnzip,
                          [&](int fileNo, const QString& text) { progress.m_oZipUnzip_Progress(fileNo, text, all); });
         m_oZipUnzip.SetZipFileName(archive);
@@ -55,7 +58,9 @@ private:
             if (!m_oZipUnzip.Zip())
                 return {};
         } catch (const RuntimeError& error) { // where it was to be made is of no interest to anybody
-            throw RuntimeError(error.Number(), QString(error.Description()).replace(QDir::toNativeSeparators(archive), zipName), error.Source());
+            throw RuntimeError(error.Number(),
+                               QString(error.Description()).replace(QDir::toNativeSeparators(archive), zipName),
+                               error.Source());
         }
         for (const QString& file : files)
             m_done += QFileInfo(file).size();
@@ -72,7 +77,8 @@ private:
         for (const auto& [index, zipName] : plan.Candidates) {
             const QString name = NumberedName(zipName, [&](const QString& taken) { return names.contains(taken); });
             names << name;
-            const QString archive = Zip({files[index]}, QFileInfo(files[index]).absolutePath(), name, progress, int(plan.Candidates.size()));
+            const QString archive = Zip({files[index]}, QFileInfo(files[index]).absolutePath(), name, progress,
+                                        int(plan.Candidates.size()));
             if (archive.isEmpty())
                 return false;
             files[index] = archive;
@@ -85,7 +91,9 @@ private:
     {
         const QString name = WithZipExtension(m_options.ZipName);
         if (m_options.ZipName.isEmpty() || name.contains(u'/') || name.contains(u'\\'))
-            throw RuntimeError(ErrorNumber::PathAccess, u"'%1' is no name for an archive; nothing was changed."_s.arg(m_options.ZipName), u"ImportStoredFiles"_s);
+            throw RuntimeError(ErrorNumber::PathAccess,
+                               u"'%1' is no name for an archive; nothing was changed."_s.arg(m_options.ZipName),
+                               u"ImportStoredFiles"_s);
         for (const QString& file : std::as_const(files))
             m_total += QFileInfo(file).size();
         StoredFileZipProgress progress(m_options.Show);
@@ -119,7 +127,8 @@ private:
         file.Initialise(m_database, {});
         file.SetCodeID(m_itemKey);
         const bool isOwn = m_work && path.startsWith(m_work->PackingFolder());
-        file.SetStoredFile(QFileInfo(path).absoluteFilePath(), isOwn ? CFileObject::Intake::Move : CFileObject::Intake::Copy);
+        file.SetStoredFile(QFileInfo(path).absoluteFilePath(),
+                           isOwn ? CFileObject::Intake::Move : CFileObject::Intake::Copy);
         file.SetTitle(NumberedName(file.Title(), [this](const QString& title) { return HasFile(title); }));
         file.SetDescription(m_options.Description);
         file.Progress = [this, &file, &cancelled, before = m_done](qint64 done, qint64) {
@@ -148,7 +157,8 @@ private:
         }
         Transaction transaction(m_database);
         for (const auto& file : files) {
-            file->SetTitle(NumberedName(file->Title(), [this](const QString& title) { return HasFile(title); })); // two of one name
+            file->SetTitle(NumberedName(file->Title(),
+                                        [this](const QString& title) { return HasFile(title); })); // two of one name
             if (!file->Commit())
                 return result;
             result.Keys << file->Key();
@@ -163,7 +173,10 @@ private:
 
     bool HasFile(const QString& title)
     {
-        return !m_database.QueryValue(u"SELECT 1 FROM Files WHERE CodeID = ? AND Title = ?"_s, {m_itemKey.toLongLong(), title}).IsNull();
+        return !m_database
+                    .QueryValue(u"SELECT 1 FROM Files WHERE CodeID = ? AND Title = ?"_s,
+                                {m_itemKey.toLongLong(), title})
+                    .IsNull();
     }
 
     Database& m_database;
@@ -217,7 +230,8 @@ FileImportPlan PlanFileImport(const QStringList& files)
     return plan;
 }
 
-FileImportResult ImportStoredFiles(Database& database, const QString& itemKey, const FileImportPlan& plan, const FileImportOptions& options)
+FileImportResult ImportStoredFiles(Database& database, const QString& itemKey, const FileImportPlan& plan,
+                                   const FileImportOptions& options)
 {
     return FileImport(database, itemKey, options).Run(plan);
 }

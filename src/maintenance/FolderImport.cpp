@@ -55,13 +55,14 @@ public:
     {
         SourceFolder folder{.Path = path, .Title = title, .Folders = {}, .Files = {}};
         std::error_code error;
-        for (std::filesystem::directory_iterator entry(QFile::encodeName(path).toStdString(), error), end; !error && entry != end;
-             entry.increment(error))
+        for (std::filesystem::directory_iterator entry(QFile::encodeName(path).toStdString(), error), end;
+             !error && entry != end; entry.increment(error))
             Take(*entry, folder);
         if (error) // nobody can tell what is missing
             throw RuntimeError(ErrorNumber::PathAccess,
                                u"The folder '%1' can't be read: %2; nothing was changed."_s.arg(
-                                   QDir::toNativeSeparators(path), QString::fromLocal8Bit(error.message().c_str())), Procedure);
+                                   QDir::toNativeSeparators(path), QString::fromLocal8Bit(error.message().c_str())),
+                               Procedure);
         std::sort(folder.Files.begin(), folder.Files.end());
         std::sort(folder.Folders.begin(), folder.Folders.end(),
                   [](const SourceFolder& left, const SourceFolder& right) { return left.Title < right.Title; });
@@ -160,7 +161,8 @@ private:
         item.SetTitle(title);
         item.SetCode(WithLanguageInRtf(RtfFromPlainText(code, CodeFont), language));
         if (!item.Commit())
-            throw RuntimeError(ErrorNumber::Engine, u"'%1' could not be stored; nothing was changed."_s.arg(title), Procedure);
+            throw RuntimeError(ErrorNumber::Engine, u"'%1' could not be stored; nothing was changed."_s.arg(title),
+                               Procedure);
         return item.Key().toLongLong();
     }
 
@@ -178,12 +180,14 @@ FolderImportResult ImportFolder(Database& database, const QString& folder, const
 {
     if (!QFileInfo(folder).isDir())
         throw RuntimeError(ErrorNumber::FileNotFound,
-                           u"'%1' is not a folder; nothing was changed."_s.arg(QDir::toNativeSeparators(folder)), Procedure);
+                           u"'%1' is not a folder; nothing was changed."_s.arg(QDir::toNativeSeparators(folder)),
+                           Procedure);
     if (options.Parent != 0)
         RequireItem(database, options.Parent); // before a long look at the folder
     if (!QFileInfo(folder).isReadable() || !QFileInfo(folder).isExecutable())
-        throw RuntimeError(ErrorNumber::PathAccess,
-                           u"The folder '%1' can't be read; nothing was changed."_s.arg(QDir::toNativeSeparators(folder)), Procedure);
+        throw RuntimeError(
+            ErrorNumber::PathAccess,
+            u"The folder '%1' can't be read; nothing was changed."_s.arg(QDir::toNativeSeparators(folder)), Procedure);
     std::vector<SkippedFile> skipped;
     const SourceFolder root = Survey(options.Globs, skipped).Read(QDir::cleanPath(folder), TitleOfFolder(folder));
     Transaction transaction(database);

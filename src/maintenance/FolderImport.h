@@ -13,8 +13,8 @@ namespace qb {
 struct FolderImportResult;
 
 struct FolderImportOptions {
-    qint64 Parent = 0;      ///< the item under which the folder is put; 0: the root
-    QStringList Globs;      ///< patterns of file names; empty: all files
+    qint64 Parent = 0; ///< the item under which the folder is put; 0: the root
+    QStringList Globs; ///< patterns of file names; empty: all files
     FallbackEncoding Fallback = FallbackEncoding::None;
     /// An item names the language that its file's name or first line tells, where that isn't the library's.
     bool NamesLanguages = true;

@@ -28,16 +28,15 @@ void CheckStructure(Database& database, Faults& faults)
     Statement references = database.Query(u"SELECT \"table\", rowid, parent FROM pragma_foreign_key_check"_s);
     while (references.Step())
         faults.push_back({Kind::Damage, references.Text(0), references.Long(1),
-                          u"The row %1 of %2 refers to a row of %3 that does not exist."_s.arg(references.Long(1)).arg(
-                              references.Text(0), references.Text(2))});
+                          u"The row %1 of %2 refers to a row of %3 that does not exist."_s.arg(references.Long(1))
+                              .arg(references.Text(0), references.Text(2))});
 }
 
 bool CheckTables(Database& database, Faults& faults)
 {
     bool complete = true;
-    for (const QString& table :
-         {u"BookmarkGroups"_s, u"Bookmarks"_s, u"ChildCopies"_s, u"DBVersion"_s, u"Files"_s, u"ItemLinks"_s, u"Items"_s,
-          u"Keywords"_s, u"Properties"_s}) {
+    for (const QString& table : {u"BookmarkGroups"_s, u"Bookmarks"_s, u"ChildCopies"_s, u"DBVersion"_s, u"Files"_s,
+                                 u"ItemLinks"_s, u"Items"_s, u"Keywords"_s, u"Properties"_s}) {
         if (database.TableExists(table))
             continue;
         faults.push_back({Kind::MissingTable, table, 0, u"The table %1 is missing."_s.arg(table)});
@@ -50,15 +49,17 @@ void CheckProperties(Database& database, Faults& faults)
 {
     const qint64 rows = database.QueryValue(u"SELECT count(*) FROM Properties"_s).ToLong();
     if (rows != 1)
-        faults.push_back({Kind::MissingProperties, u"Properties"_s, 0,
-                          u"Properties has %1 rows; a library has one."_s.arg(rows)});
+        faults.push_back(
+            {Kind::MissingProperties, u"Properties"_s, 0, u"Properties has %1 rows; a library has one."_s.arg(rows)});
 }
 
 /// The rules of the language are one row, in a table that is there only if there are any.
 void CheckRules(Database& database, Faults& faults)
 {
     const QString table = u"LanguageRules"_s;
-    const qint64 rows = database.TableExists(table) ? database.QueryValue(u"SELECT count(*) FROM LanguageRules"_s).ToLong() : 0;
+    const qint64 rows = database.TableExists(table)
+                            ? database.QueryValue(u"SELECT count(*) FROM LanguageRules"_s).ToLong()
+                            : 0;
     if (rows > 1)
         faults.push_back({Kind::Damage, table, 0, u"LanguageRules has %1 rows; the first one counts."_s.arg(rows)});
 }
@@ -111,8 +112,9 @@ void CheckTree(Database& database, Faults& faults)
         const qint64 parent = items.at(id).Parent;
         if (parent != 0 && !items.contains(parent))
             faults.push_back({Kind::LostParent, u"Items"_s, id,
-                              u"The item %1 '%2' has the parent %3, which does not exist."_s.arg(id).arg(
-                                  TitleOf(database, id)).arg(parent)});
+                              u"The item %1 '%2' has the parent %3, which does not exist."_s.arg(id)
+                                  .arg(TitleOf(database, id))
+                                  .arg(parent)});
         const qint64 cycle = FollowParents(items, id);
         if (cycle == 0)
             continue;
@@ -136,12 +138,17 @@ void CheckStoredFiles(Database& database, Faults& faults)
         const QString path = StoredFilePath(rows.Long(0), rows.Text(1));
         if (path.isEmpty() || !IsPlainFile(path))
             faults.push_back({Kind::MissingFile, u"Files"_s, rows.Long(0),
-                              u"The stored file %1 '%2' of the item %3 is missing from '%4'."_s.arg(rows.Long(0)).arg(
-                                  rows.Text(1)).arg(rows.Long(2)).arg(QDir::toNativeSeparators(Session().CurrentFilesFolder))});
+                              u"The stored file %1 '%2' of the item %3 is missing from '%4'."_s.arg(rows.Long(0))
+                                  .arg(rows.Text(1))
+                                  .arg(rows.Long(2))
+                                  .arg(QDir::toNativeSeparators(Session().CurrentFilesFolder))});
         else if (const qint64 size = QFileInfo(path).size(); size != rows.Long(3))
             faults.push_back({Kind::OtherSize, u"Files"_s, rows.Long(0),
-                              u"The stored file %1 '%2' of the item %3 has %4 bytes in place of %5."_s.arg(rows.Long(0)).arg(
-                                  rows.Text(1)).arg(rows.Long(2)).arg(size).arg(rows.Long(3))});
+                              u"The stored file %1 '%2' of the item %3 has %4 bytes in place of %5."_s.arg(rows.Long(0))
+                                  .arg(rows.Text(1))
+                                  .arg(rows.Long(2))
+                                  .arg(size)
+                                  .arg(rows.Long(3))});
     }
 }
 

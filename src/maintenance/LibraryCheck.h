@@ -9,7 +9,16 @@ namespace qb {
 
 /// Something wrong in a library.
 struct LibraryFault {
-    enum class Kind { Damage, MissingTable, MissingProperties, LostParent, Cycle, MissingFile, OtherSize, ForeignFolder };
+    enum class Kind {
+        Damage,
+        MissingTable,
+        MissingProperties,
+        LostParent,
+        Cycle,
+        MissingFile,
+        OtherSize,
+        ForeignFolder
+    };
     Kind What;
     QString Table; ///< empty for damage of the file itself
     qint64 Id = 0; ///< of the row, 0 when no row is meant

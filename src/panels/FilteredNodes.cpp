@@ -84,7 +84,8 @@ TreeNode* FilteredNodes::NodeAt(const QModelIndex& index) const
 QModelIndex FilteredNodes::IndexOf(const TreeNode* node) const
 {
     const auto found = m_byNode.constFind(node);
-    return found == m_byNode.constEnd() ? QModelIndex() : createIndex(m_entries[size_t(*found)].Row, 0, quintptr(*found));
+    return found == m_byNode.constEnd() ? QModelIndex()
+                                        : createIndex(m_entries[size_t(*found)].Row, 0, quintptr(*found));
 }
 
 const std::vector<int>& FilteredNodes::ChildrenOf(const QModelIndex& parent) const

@@ -25,7 +25,7 @@ QString ImageKey(TreeImage image);
 
 /// A node of the item tree. Its key is `ROOT`, or `C` and the item's ID.
 struct TreeNode {
-    qint64 Id = 0; ///< 0 is the root
+    qint64 Id = 0;              ///< 0 is the root
     TreeNode* Parent = nullptr; ///< null at top level
     std::vector<TreeNode*> Children;
     int Row = 0; ///< among its siblings
@@ -115,7 +115,10 @@ public:
 
 private:
     void RefuseCycle(const TreeNode& node, const TreeNode& parent) const;
-    std::vector<TreeNode*>& SiblingsOf(const TreeNode& node) { return node.Parent ? node.Parent->Children : m_topLevel; }
+    std::vector<TreeNode*>& SiblingsOf(const TreeNode& node)
+    {
+        return node.Parent ? node.Parent->Children : m_topLevel;
+    }
     void TakeOut(const TreeNode& node);
     void PutLast(TreeNode& node, TreeNode& parent);
     void Forget(TreeNode& node);

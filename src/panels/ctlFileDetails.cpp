@@ -51,8 +51,8 @@ QWidget* Headed(const QString& heading, QWidget* widget)
 } // namespace
 
 ctlFileDetails::ctlFileDetails(QWidget* parent)
-    : QWidget(parent), m_files(new StoredFileList(this)), m_sorted(new QSortFilterProxyModel(this)), lvFiles(new StoredFileView),
-      rtbFileNotes(new RichTextBox), m_preview(new FilePreview)
+    : QWidget(parent), m_files(new StoredFileList(this)), m_sorted(new QSortFilterProxyModel(this)),
+      lvFiles(new StoredFileView), rtbFileNotes(new RichTextBox), m_preview(new FilePreview)
 {
     setObjectName(u"ctlFileDetails1"_s);
     m_sorted->setSourceModel(m_files);
@@ -68,8 +68,9 @@ ctlFileDetails::ctlFileDetails(QWidget* parent)
     MakeLayout();
     connect(lvFiles->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this] { Guarded(ModuleName, u"lvFiles_ItemClick"_s, [this] { SelectionChanged(); }); });
-    connect(lvFiles, &StoredFileView::FilesArrived, this,
-            [this](const QStringList& paths) { Guarded(ModuleName, u"lvFiles_OLEDragDrop"_s, [&] { ImportFiles(paths); }); });
+    connect(lvFiles, &StoredFileView::FilesArrived, this, [this](const QStringList& paths) {
+        Guarded(ModuleName, u"lvFiles_OLEDragDrop"_s, [&] { ImportFiles(paths); });
+    });
     connect(lvFiles, &QTreeView::doubleClicked, mnuFileOpenItem, &QAction::trigger);
     lvFiles->MakeCopies = [this] { return CopiesOfSelected(); };
     connect(rtbFileNotes, &RichTextBox::textChanged, this, [this] {
@@ -84,12 +85,17 @@ ctlFileDetails::~ctlFileDetails() = default;
 
 void ctlFileDetails::MakeActions()
 {
-    mnuFileOpenItem = MakeAction(u"mnuFileOpenItem"_s, u"&Open"_s, u"document-open"_s, u"Open the file with its application"_s, &ctlFileDetails::OpenFile);
-    mnuUnzipToDirectoryItem = MakeAction(u"mnuUnzipToDirectoryItem"_s, u"&Unzip to Directory..."_s, u"archive-extract"_s,
-                                         u"Extract the files of the zip file to a folder"_s, &ctlFileDetails::UnzipToDirectory);
-    mnuAddFile = MakeAction(u"mnuAddFile"_s, u"&Add File..."_s, u"list-add"_s, u"Store files with this item"_s, &ctlFileDetails::AddFile);
-    mnuExportFile = MakeAction(u"mnuExportFile"_s, u"&Export File"_s, u"document-export"_s, u"Save a copy outside the library"_s, &ctlFileDetails::ExportFile);
-    mnuDeleteFile = MakeAction(u"mnuDeleteFile"_s, u"&Delete File"_s, u"edit-delete"_s, u"Delete from the library"_s, &ctlFileDetails::DeleteFile);
+    mnuFileOpenItem = MakeAction(u"mnuFileOpenItem"_s, u"&Open"_s, u"document-open"_s,
+                                 u"Open the file with its application"_s, &ctlFileDetails::OpenFile);
+    mnuUnzipToDirectoryItem = MakeAction(u"mnuUnzipToDirectoryItem"_s, u"&Unzip to Directory..."_s,
+                                         u"archive-extract"_s, u"Extract the files of the zip file to a folder"_s,
+                                         &ctlFileDetails::UnzipToDirectory);
+    mnuAddFile = MakeAction(u"mnuAddFile"_s, u"&Add File..."_s, u"list-add"_s, u"Store files with this item"_s,
+                            &ctlFileDetails::AddFile);
+    mnuExportFile = MakeAction(u"mnuExportFile"_s, u"&Export File"_s, u"document-export"_s,
+                               u"Save a copy outside the library"_s, &ctlFileDetails::ExportFile);
+    mnuDeleteFile = MakeAction(u"mnuDeleteFile"_s, u"&Delete File"_s, u"edit-delete"_s, u"Delete from the library"_s,
+                               &ctlFileDetails::DeleteFile);
     mnuFilePreview = new QAction(u"&Preview"_s, this);
     mnuFilePreview->setObjectName(u"mnuFilePreview"_s);
     mnuFilePreview->setCheckable(true);
@@ -107,16 +113,18 @@ void ctlFileDetails::MakeActions()
         return separator;
     };
     lvFiles->setContextMenuPolicy(Qt::ActionsContextMenu);
-    lvFiles->addActions({mnuFileOpenItem, mnuUnzipToDirectoryItem, line(), mnuAddFile, mnuExportFile, mnuDeleteFile, line(), mnuFilePreview});
+    lvFiles->addActions({mnuFileOpenItem, mnuUnzipToDirectoryItem, line(), mnuAddFile, mnuExportFile, mnuDeleteFile,
+                         line(), mnuFilePreview});
 }
 
-QAction* ctlFileDetails::MakeAction(const QString& name, const QString& caption, const QString& icon, const QString& tip,
-                                    void (ctlFileDetails::*run)())
+QAction* ctlFileDetails::MakeAction(const QString& name, const QString& caption, const QString& icon,
+                                    const QString& tip, void (ctlFileDetails::*run)())
 {
     auto* action = new QAction(IconNamed(icon), caption, this);
     action->setObjectName(name);
     action->setStatusTip(tip);
-    connect(action, &QAction::triggered, this, [this, name, run] { Guarded(ModuleName, name, [&] { (this->*run)(); }); });
+    connect(action, &QAction::triggered, this,
+            [this, name, run] { Guarded(ModuleName, name, [&] { (this->*run)(); }); });
     return action;
 }
 
@@ -335,35 +343,43 @@ void ctlFileDetails::UpdateActions()
 
 bool ctlFileDetails::SaveFileDescChanges(bool mayAsk)
 {
-    return Guarded(ModuleName, u"SaveFileDescChanges"_s, [&] {
-        if (!m_current || !m_current->DescriptionChanged())
-            return true;
-        const bool wanted = !m_askToSave || !mayAsk
-            || Prompts::Current().MsgBox({.Text = u"The file description have been changed. Do you want to save these changes?"_s,
-                                          .Caption = u"Save changes?"_s,
-                                          .Buttons = MsgBoxButtons::YesNo,
-                                          .Icon = MsgBoxIcon::Question,
-                                          .MustAnswer = true})
-                == MsgBoxResult::Yes;
-        if (!wanted) {
-            ForgetFileDescChanges();
-            return true;
-        }
-        if (!RowExists(m_current->Key().toLongLong())) { // another program, or another user
-            Prompts::Current().MsgBox({.Text = u"The file '%1' has been deleted from the library meanwhile. Its description can't be saved any more."_s.arg(m_current->Title()),
-                                       .Caption = u"Save changes?"_s,
-                                       .Icon = MsgBoxIcon::Exclamation});
-            m_current.reset();
-            QTimer::singleShot(0, this, [this] { // not in the middle of a selection
-                if (m_database)
-                    Guarded(ModuleName, u"SaveFileDescChanges"_s, [this] { Refill(); });
-            });
-            return true;
-        }
-        m_current->SetDescription(rtbFileNotes->IsEmpty() ? QString() : rtbFileNotes->TextRTF());
-        m_current->SetDescriptionChanged(true);
-        return m_current->Commit();
-    }, false);
+    return Guarded(
+        ModuleName, u"SaveFileDescChanges"_s,
+        [&] {
+            if (!m_current || !m_current->DescriptionChanged())
+                return true;
+            const bool wanted =
+                !m_askToSave || !mayAsk
+                || Prompts::Current().MsgBox(
+                       {.Text = u"The file description have been changed. Do you want to save these changes?"_s,
+                        .Caption = u"Save changes?"_s,
+                        .Buttons = MsgBoxButtons::YesNo,
+                        .Icon = MsgBoxIcon::Question,
+                        .MustAnswer = true})
+                       == MsgBoxResult::Yes;
+            if (!wanted) {
+                ForgetFileDescChanges();
+                return true;
+            }
+            if (!RowExists(m_current->Key().toLongLong())) { // another program, or another user
+                Prompts::Current().MsgBox(
+                    {.Text =
+                         u"The file '%1' has been deleted from the library meanwhile. Its description can't be saved "
+                         "any more."_s.arg(m_current->Title()),
+                     .Caption = u"Save changes?"_s,
+                     .Icon = MsgBoxIcon::Exclamation});
+                m_current.reset();
+                QTimer::singleShot(0, this, [this] { // not in the middle of a selection
+                    if (m_database)
+                        Guarded(ModuleName, u"SaveFileDescChanges"_s, [this] { Refill(); });
+                });
+                return true;
+            }
+            m_current->SetDescription(rtbFileNotes->IsEmpty() ? QString() : rtbFileNotes->TextRTF());
+            m_current->SetDescriptionChanged(true);
+            return m_current->Commit();
+        },
+        false);
 }
 
 void ctlFileDetails::ForgetFileDescChanges()

@@ -53,7 +53,10 @@ public:
 
     /// The actions of the panel: `mnuAddFile`, `mnuExportFile`, `mnuUnzipToDirectoryItem`,
     /// `mnuDeleteFile`, in the order of the toolbar.
-    QList<QAction*> ToolbarActions() const { return {mnuAddFile, mnuExportFile, mnuUnzipToDirectoryItem, mnuDeleteFile}; }
+    QList<QAction*> ToolbarActions() const
+    {
+        return {mnuAddFile, mnuExportFile, mnuUnzipToDirectoryItem, mnuDeleteFile};
+    }
 
     /// Where the description begins, in pixels from above.
     int SeparatorPosition() const;
@@ -79,7 +82,8 @@ protected:
 
 private:
     void MakeActions();
-    QAction* MakeAction(const QString& name, const QString& caption, const QString& icon, const QString& tip, void (ctlFileDetails::*run)());
+    QAction* MakeAction(const QString& name, const QString& caption, const QString& icon, const QString& tip,
+                        void (ctlFileDetails::*run)());
     void MakeLayout();
     bool MayChange() const;
     void UpdateActions();
@@ -114,13 +118,13 @@ private:
     QAction* mnuUnzipToDirectoryItem = nullptr;
     QAction* mnuFilePreview = nullptr;
     std::unique_ptr<QTemporaryDir> m_copies; ///< of files that were dragged out
-    int m_position = 0; ///< of the separator
+    int m_position = 0;                      ///< of the separator
     bool m_askToSave = false;
     bool m_locked = false;
     bool m_columnsSized = false;
     bool m_importing = false;
     bool m_returning = false; ///< to the file whose description could not be saved
-    bool m_loading = false; ///< a change of the description is not the user's
+    bool m_loading = false;   ///< a change of the description is not the user's
 };
 
 } // namespace qb

@@ -40,7 +40,8 @@ void Tell(const QString& text, const QString& caption, MsgBoxIcon icon)
 
 void TellMissing(const QString& title)
 {
-    Tell(u"The file '%1' is missing in the library's folder of stored files."_s.arg(title), u"Source File Not Found"_s, MsgBoxIcon::Critical);
+    Tell(u"The file '%1' is missing in the library's folder of stored files."_s.arg(title), u"Source File Not Found"_s,
+         MsgBoxIcon::Critical);
 }
 
 /// The way of importing that was chosen last.
@@ -67,7 +68,10 @@ QString ProposedZipName(const FileImportPlan& plan)
 QString AskZipName(QString proposed)
 {
     for (;;) {
-        proposed = Prompts::Current().InputBox(u"Name of the zip file:"_s, u"Import Files"_s, proposed).value_or(QString()).trimmed();
+        proposed = Prompts::Current()
+                       .InputBox(u"Name of the zip file:"_s, u"Import Files"_s, proposed)
+                       .value_or(QString())
+                       .trimmed();
         if (!proposed.contains(u'/') && !proposed.contains(u'\\'))
             return proposed;
         Tell(u"'%1' is no name of a file."_s.arg(proposed), u"Import Files"_s, MsgBoxIcon::Exclamation);
@@ -106,7 +110,8 @@ void ctlFileDetails::ImportFiles(const QStringList& paths)
     for (const QString& path : paths)
         (QFileInfo(path).isFile() ? files : others) << path;
     if (!others.isEmpty())
-        Tell(u"Only files can be stored. These are none and are left out:\n\n%1"_s.arg(others.join(u'\n')), u"Import Files"_s, MsgBoxIcon::Exclamation);
+        Tell(u"Only files can be stored. These are none and are left out:\n\n%1"_s.arg(others.join(u'\n')),
+             u"Import Files"_s, MsgBoxIcon::Exclamation);
     if (files.isEmpty())
         return;
     const FileImportPlan plan = PlanFileImport(files);
@@ -162,7 +167,9 @@ void ctlFileDetails::Import(const FileImportPlan& plan, FileImportOptions option
         SelectKeys(result.Keys);
     const qsizetype count = result.Keys.size();
     const QString added = count == 1 ? u"1 file added"_s : u"%1 files added"_s.arg(count);
-    Q_EMIT StatusText(result.Complete ? added : result.Cancelled ? u"Cancelled; "_s + added : u"Stopped by an error; "_s + added);
+    Q_EMIT StatusText(result.Complete    ? added
+                      : result.Cancelled ? u"Cancelled; "_s + added
+                                         : u"Stopped by an error; "_s + added);
     Q_EMIT FilesChanged(m_files->rowCount() > 0);
 }
 
@@ -173,8 +180,9 @@ void ctlFileDetails::DeleteFile()
     const QList<qint64> ids = Selected();
     if (ids.isEmpty() || !MayChange())
         return;
-    const QString question = ids.size() > 1 ? u"Do you really want to delete the %1 selected files from the database?"_s.arg(ids.size())
-                                            : u"Do you really want to delete this file from the database?"_s;
+    const QString question =
+        ids.size() > 1 ? u"Do you really want to delete the %1 selected files from the database?"_s.arg(ids.size())
+                       : u"Do you really want to delete this file from the database?"_s;
     if (Prompts::Current().MsgBox({.Text = question,
                                    .Caption = u"Delete File from Database"_s,
                                    .Buttons = MsgBoxButtons::YesNo,
@@ -265,7 +273,8 @@ QList<QUrl> ctlFileDetails::CopiesOfSelected()
             CopyFileContents(source, target);
             urls << QUrl::fromLocalFile(target);
         } catch (const RuntimeError& error) {
-            HandleError(error.Number(), error.Description(), ModuleName, u"lvFiles_OLEStartDrag"_s, error.Source(), false);
+            HandleError(error.Number(), error.Description(), ModuleName, u"lvFiles_OLEStartDrag"_s, error.Source(),
+                        false);
         }
     }
     return urls;
@@ -286,11 +295,15 @@ void ctlFileDetails::OpenFile()
     if (path.isEmpty() || !QFileInfo::exists(path))
         return TellMissing(title);
     if (IsProgram(title)) {
-        const bool wanted = Prompts::Current().MsgBox({.Text = u"'%1' is a program. To open it may run it, and it can then do whatever you can. Do you really want to open it?"_s.arg(title),
-                                                       .Caption = u"Open Program"_s,
-                                                       .Buttons = MsgBoxButtons::YesNo,
-                                                       .Icon = MsgBoxIcon::Exclamation,
-                                                       .Default = MsgBoxResult::No})
+        const bool wanted =
+            Prompts::Current().MsgBox(
+                {.Text =
+                     u"'%1' is a program. To open it may run it, and it can then do whatever you can. Do you really "
+                     "want to open it?"_s.arg(title),
+                 .Caption = u"Open Program"_s,
+                 .Buttons = MsgBoxButtons::YesNo,
+                 .Icon = MsgBoxIcon::Exclamation,
+                 .Default = MsgBoxResult::No})
             == MsgBoxResult::Yes;
         if (!wanted)
             return;
@@ -335,7 +348,8 @@ void ctlFileDetails::UnzipToDirectory()
         return;
     Remember(u"StoredData"_s, u"PreviousExportPaths"_s, m_oZipUnzip.UnzippedPath());
     Remember(u"Settings"_s, u"InitDir"_s, m_oZipUnzip.UnzippedPath());
-    Q_EMIT StatusText(u"File(s) successfully extracted to: \r\n"_s + QDir::toNativeSeparators(m_oZipUnzip.UnzippedPath()));
+    Q_EMIT StatusText(u"File(s) successfully extracted to: \r\n"_s
+                      + QDir::toNativeSeparators(m_oZipUnzip.UnzippedPath()));
 }
 
 } // namespace qb

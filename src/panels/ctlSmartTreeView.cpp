@@ -49,7 +49,8 @@ constexpr ModeRow ModeRows[] = {
 
 const ModeRow& RowOf(LinkMode mode)
 {
-    return *std::find_if(std::begin(ModeRows), std::end(ModeRows), [mode](const ModeRow& row) { return row.Mode == mode; });
+    return *std::find_if(std::begin(ModeRows), std::end(ModeRows),
+                         [mode](const ModeRow& row) { return row.Mode == mode; });
 }
 
 QString ComboKey(qint64 item)
@@ -64,7 +65,8 @@ QIcon ImageOf(const CLink& link)
 
 } // namespace
 
-ctlSmartTreeView::ctlSmartTreeView(QWidget* parent) : QWidget(parent), m_matches(m_nodes), m_tree(new NodeTreeView(m_nodes))
+ctlSmartTreeView::ctlSmartTreeView(QWidget* parent)
+    : QWidget(parent), m_matches(m_nodes), m_tree(new NodeTreeView(m_nodes))
 {
     MakeFilter();
     MakeToolbar();
@@ -245,14 +247,17 @@ void ctlSmartTreeView::ConnectTree()
         });
     });
     // In a link mode a click names an item; going about with the keys does not.
-    connect(m_tree->selectionModel(), &QItemSelectionModel::currentChanged, this, [this, click](const QModelIndex& index) {
-        if (m_mode == qb::LinkMode::None)
-            click(index);
-        else if (index.isValid() && !m_selecting)
-            Q_EMIT LinkTargetChosen(m_nodes.NodeAt(index));
-    });
-    connect(m_tree, &NodeTreeView::expanded, this, [this](const QModelIndex& index) { Q_EMIT NodeExpanded(m_nodes.NodeAt(index)); });
-    connect(m_tree, &NodeTreeView::collapsed, this, [this](const QModelIndex& index) { Q_EMIT NodeCollapsed(m_nodes.NodeAt(index)); });
+    connect(m_tree->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this, click](const QModelIndex& index) {
+                if (m_mode == qb::LinkMode::None)
+                    click(index);
+                else if (index.isValid() && !m_selecting)
+                    Q_EMIT LinkTargetChosen(m_nodes.NodeAt(index));
+            });
+    connect(m_tree, &NodeTreeView::expanded, this,
+            [this](const QModelIndex& index) { Q_EMIT NodeExpanded(m_nodes.NodeAt(index)); });
+    connect(m_tree, &NodeTreeView::collapsed, this,
+            [this](const QModelIndex& index) { Q_EMIT NodeCollapsed(m_nodes.NodeAt(index)); });
     connect(m_found, &QTreeView::clicked, this, &ctlSmartTreeView::GoToFound);
 }
 
@@ -445,7 +450,8 @@ void ctlSmartTreeView::ShowMode()
     m_linkMode->setIcon(IconNamed(QString::fromLatin1(row.Image)));
     QString caption = QString::fromLatin1(row.Caption);
     caption.chop(3); // the dots
-    m_linkMode->setToolTip(on ? u"Click the item to link with; Escape ends it (%1)"_s.arg(caption) : u"Link with another item: %1"_s.arg(caption));
+    m_linkMode->setToolTip(on ? u"Click the item to link with; Escape ends it (%1)"_s.arg(caption)
+                              : u"Link with another item: %1"_s.arg(caption));
 }
 
 void ctlSmartTreeView::ClearLinkCombo()
@@ -461,7 +467,8 @@ void ctlSmartTreeView::AddNewLinkToCombo(const CLink& link)
         cboLinkedItems->setItemIcon(0, IconNamed(u"LINK_GOTO"_s));
         cboLinkedItems->setItemText(0, u"Linked Items"_s);
     }
-    const QString title = link.LinkedItemTitle.isEmpty() ? u"(deleted item %1)"_s.arg(link.LinkedItemId) : link.LinkedItemTitle;
+    const QString title = link.LinkedItemTitle.isEmpty() ? u"(deleted item %1)"_s.arg(link.LinkedItemId)
+                                                         : link.LinkedItemTitle;
     cboLinkedItems->addItem(ImageOf(link), title, ComboKey(link.LinkedItemId));
     const QString tip = Qt::convertFromPlainText(link.Note.left(400), Qt::WhiteSpaceNormal);
     cboLinkedItems->setItemData(cboLinkedItems->count() - 1, tip, Qt::ToolTipRole);

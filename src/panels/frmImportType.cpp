@@ -34,15 +34,20 @@ frmImportType::frmImportType(QWidget* parent)
     auto* icon = new QLabel;
     icon->setPixmap(IconNamed(u"package-x-generic"_s).pixmap(IconSize));
     icon->setAlignment(Qt::AlignTop);
-    const std::pair<QWidget*, QString> names[] = {{optNo, u"optNo"_s}, {optYesEach, u"optYesEach"_s}, {optYesAll, u"optYesAll"_s},
-                                                  {txtZipFileName, u"txtZipFileName"_s}, {chkDontShowAgain, u"chkDontShowAgain"_s}};
+    const std::pair<QWidget*, QString> names[] = {{optNo, u"optNo"_s},
+                                                  {optYesEach, u"optYesEach"_s},
+                                                  {optYesAll, u"optYesAll"_s},
+                                                  {txtZipFileName, u"txtZipFileName"_s},
+                                                  {chkDontShowAgain, u"chkDontShowAgain"_s}};
     for (const auto& [widget, name] : names)
         widget->setObjectName(name);
     txtZipFileName->setAccessibleName(u"Name of the zip file"_s);
     txtZipFileName->setPlaceholderText(u"Name of the zip file"_s);
-    txtZipFileName->setValidator(new QRegularExpressionValidator(QRegularExpression(u"[^/\\\\]*"_s), this)); // it is a name, no path
+    txtZipFileName->setValidator(
+        new QRegularExpressionValidator(QRegularExpression(u"[^/\\\\]*"_s), this)); // it is a name, no path
     auto* nameRow = new QHBoxLayout;
-    nameRow->addSpacing(style()->pixelMetric(QStyle::PM_ExclusiveIndicatorWidth) + style()->pixelMetric(QStyle::PM_RadioButtonLabelSpacing));
+    nameRow->addSpacing(style()->pixelMetric(QStyle::PM_ExclusiveIndicatorWidth)
+                        + style()->pixelMetric(QStyle::PM_RadioButtonLabelSpacing));
     nameRow->addWidget(txtZipFileName);
     auto* head = new QHBoxLayout;
     head->setSpacing(Gap);
@@ -86,11 +91,14 @@ void frmImportType::SetYesEachCaption(const QString& text)
 void frmImportType::SetMultipleFiles(bool multiple)
 {
     if (multiple) {
-        SetInfo(u"KT Quillbase can compress the files for you. Do you wish the files to be compressed, before saving them to the library?"_s);
+        SetInfo(u"KT Quillbase can compress the files for you. Do you wish the files to be compressed, before saving "
+                "them to the library?"_s);
         SetNoCaption(u"&No, don't compress the files."_s);
         SetYesEachCaption(u"Yes, compress &each file to its own zip file."_s);
     } else {
-        SetInfo(u"KT Quillbase can compress the file for you. Do you wish the file to be compressed, before saving it to the library?"_s);
+        SetInfo(
+            u"KT Quillbase can compress the file for you. Do you wish the file to be compressed, before saving it to "
+            "the library?"_s);
         SetNoCaption(u"&No, don't compress the file."_s);
         SetYesEachCaption(u"Yes, compress the file."_s);
         if (optYesAll->isChecked())
@@ -103,13 +111,17 @@ void frmImportType::SetMultipleFiles(bool multiple)
 
 ImportOption frmImportType::OptionSelected() const
 {
-    return optYesAll->isChecked() ? ImportOption::ZipAll : optYesEach->isChecked() ? ImportOption::ZipEach : ImportOption::AsTheyAre;
+    return optYesAll->isChecked()    ? ImportOption::ZipAll
+           : optYesEach->isChecked() ? ImportOption::ZipEach
+                                     : ImportOption::AsTheyAre;
 }
 
 void frmImportType::SetOptionSelected(ImportOption option)
 {
     const bool all = option == ImportOption::ZipAll;
-    QRadioButton* button = all && !optYesAll->isHidden() ? optYesAll : all || option == ImportOption::ZipEach ? optYesEach : optNo;
+    QRadioButton* button = all && !optYesAll->isHidden()            ? optYesAll
+                           : all || option == ImportOption::ZipEach ? optYesEach
+                                                                    : optNo;
     button->setChecked(true);
 }
 

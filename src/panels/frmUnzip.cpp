@@ -41,7 +41,8 @@ QString SizeText(qint64 bytes)
 
 frmUnzip::frmUnzip(QWidget* parent)
     : QDialog(parent), lvEntries(new QTreeWidget), lblChosen(new QLabel), cboFolder(new QComboBox),
-      chkReplace(new QCheckBox(u"&Replace files that are there"_s)), chkOpenFolder(new QCheckBox(u"&Open the folder afterwards"_s))
+      chkReplace(new QCheckBox(u"&Replace files that are there"_s)),
+      chkOpenFolder(new QCheckBox(u"&Open the folder afterwards"_s))
 {
     constexpr QSize Proposed(680, 460);
     setObjectName(u"frmUnzip"_s);
@@ -151,8 +152,9 @@ void frmUnzip::ListEntries(const std::vector<ArchiveEntry>& entries)
 /// A file that can't be extracted is there to see, with the reason.
 QTreeWidgetItem* frmUnzip::MakeRow(const ArchiveEntry& entry) const
 {
-    auto* row = new QTreeWidgetItem({entry.Name, SizeText(entry.Size), SizeText(entry.CompressedSize),
-                                     entry.Modified.isValid() ? QLocale().toString(entry.Modified, QLocale::ShortFormat) : QString()});
+    auto* row = new QTreeWidgetItem(
+        {entry.Name, SizeText(entry.Size), SizeText(entry.CompressedSize),
+         entry.Modified.isValid() ? QLocale().toString(entry.Modified, QLocale::ShortFormat) : QString()});
     row->setData(NameColumn, IndexRole, entry.Index);
     row->setData(NameColumn, SizeRole, entry.Size);
     row->setTextAlignment(SizeColumn, Qt::AlignRight | Qt::AlignVCenter);
@@ -204,7 +206,8 @@ void frmUnzip::UpdateControls()
         ++count;
         bytes += row->data(NameColumn, SizeRole).toLongLong();
     }
-    lblChosen->setText(u"%1 of %2 files, %3"_s.arg(QString::number(count), QString::number(lvEntries->topLevelItemCount()), SizeText(bytes)));
+    lblChosen->setText(u"%1 of %2 files, %3"_s.arg(QString::number(count),
+                                                   QString::number(lvEntries->topLevelItemCount()), SizeText(bytes)));
     m_ok->setEnabled(count > 0 && !cboFolder->currentText().trimmed().isEmpty());
 }
 
@@ -219,7 +222,9 @@ void frmUnzip::accept()
 {
     const QString folder = QDir::fromNativeSeparators(cboFolder->currentText().trimmed());
     if (!QFileInfo(folder).isAbsolute()) {
-        Prompts::Current().MsgBox({.Text = u"Please enter the whole path of a folder."_s, .Caption = u"Extract To"_s, .Icon = MsgBoxIcon::Exclamation});
+        Prompts::Current().MsgBox({.Text = u"Please enter the whole path of a folder."_s,
+                                   .Caption = u"Extract To"_s,
+                                   .Icon = MsgBoxIcon::Exclamation});
         return cboFolder->setFocus();
     }
     m_engine->SetExtractDirectory(folder);
@@ -239,16 +244,18 @@ void frmUnzip::accept()
 bool frmUnzip::Extract(const QList<quint64>& indexes)
 {
     WorkProgress progress(this, u"Extracting Files"_s);
-    const QMetaObject::Connection told = connect(m_engine, &BrindletonZip::Progress, this, [&](int fileNo, const QString& text) {
-        progress.SetCaption(text.section(u'\\', 1).replace(u'\\', u'/'));
-        Q_EMIT Progress(fileNo, text, m_engine->FileCount());
-    });
+    const QMetaObject::Connection told = connect(m_engine, &BrindletonZip::Progress, this,
+                                                 [&](int fileNo, const QString& text) {
+                                                     progress.SetCaption(text.section(u'\\', 1).replace(u'\\', u'/'));
+                                                     Q_EMIT Progress(fileNo, text, m_engine->FileCount());
+                                                 });
     m_engine->Advance = [&](qint64 done, qint64 total) { return progress.Advance(done, total); };
     bool extracted = false;
     try {
         extracted = m_engine->ExtractEntries(m_engine->UnzipFileName(), m_engine->ExtractDirectory(), indexes);
     } catch (const RuntimeError& error) {
-        Prompts::Current().MsgBox({.Text = error.Description(), .Caption = windowTitle(), .Icon = MsgBoxIcon::Exclamation});
+        Prompts::Current().MsgBox(
+            {.Text = error.Description(), .Caption = windowTitle(), .Icon = MsgBoxIcon::Exclamation});
     }
     disconnect(told);
     m_engine->Advance = {};

@@ -10,7 +10,20 @@ namespace qb {
 
 /// A command of the main window: an entry of a menu, or a button of the toolbar `tlbMain`.
 struct CommandRow {
-    enum class Place { File, Edit, EditCode, Item, Tools, Replication, View, Help, Toolbar, AddLink, WebLinks, CodeToolbar };
+    enum class Place {
+        File,
+        Edit,
+        EditCode,
+        Item,
+        Tools,
+        Replication,
+        View,
+        Help,
+        Toolbar,
+        AddLink,
+        WebLinks,
+        CodeToolbar
+    };
     Place Where;
     const char* Name;    ///< the entry's name, or the button's key
     const char* Caption; ///< empty: a separator
@@ -58,9 +71,9 @@ public:
         bool Root = false;
         bool Deleted = false;
         bool Conflict = false;
-        bool Orphan = false;            ///< the folder of orphaned items, or below it
-        bool OrphanUnderRoot = false;   ///< the folder itself
-        bool Exported = false;          ///< the library waits for its mother's answer
+        bool Orphan = false;          ///< the folder of orphaned items, or below it
+        bool OrphanUnderRoot = false; ///< the folder itself
+        bool Exported = false;        ///< the library waits for its mother's answer
         bool IsChildReplica = false;
     };
     void EnableItemMenu(const ItemState& state);

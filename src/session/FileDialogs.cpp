@@ -25,23 +25,27 @@ void RememberDialogFolder(const QString& chosen)
     const QString folder = QFileInfo(chosen).absolutePath();
     if (folder == GetSetting(SettingsApplication, u"Settings"_s, u"InitDir"_s, u"C:\\"_s))
         return;
-    Guarded(u"MainForm"_s, u"GetFileName"_s, [&] { SaveSetting(SettingsApplication, u"Settings"_s, u"InitDir"_s, folder); });
+    Guarded(u"MainForm"_s, u"GetFileName"_s,
+            [&] { SaveSetting(SettingsApplication, u"Settings"_s, u"InitDir"_s, folder); });
 }
 
 } // namespace
 
 QString GetFileName(bool save, const QString& title, const QString& filter, const QString& name)
 {
-    const QString path
-        = Prompts::Current().FileName({.Save = save, .Title = title, .Filter = filter, .Folder = DialogFolder(), .Name = name}).section(QChar(u'\0'), 0, 0);
+    const QString path =
+        Prompts::Current()
+            .FileName({.Save = save, .Title = title, .Filter = filter, .Folder = DialogFolder(), .Name = name})
+            .section(QChar(u'\0'), 0, 0);
     if (path.isEmpty())
         return {};
     RememberDialogFolder(path);
     if (!save && !QFileInfo::exists(path)) {
-        Prompts::Current().MsgBox({.Text = u"No file of the entered name exists in the selected directory. Please select an "
-                                           "existing file."_s,
-                                   .Caption = u"File not found"_s,
-                                   .Icon = MsgBoxIcon::Exclamation});
+        Prompts::Current().MsgBox(
+            {.Text = u"No file of the entered name exists in the selected directory. Please select an "
+                     "existing file."_s,
+             .Caption = u"File not found"_s,
+             .Icon = MsgBoxIcon::Exclamation});
         return {};
     }
     return path;
@@ -49,7 +53,8 @@ QString GetFileName(bool save, const QString& title, const QString& filter, cons
 
 QStringList GetFileNames(const QString& title, const QString& filter)
 {
-    const QStringList paths = Prompts::Current().FileNames({.Save = false, .Title = title, .Filter = filter, .Folder = DialogFolder()});
+    const QStringList paths = Prompts::Current().FileNames(
+        {.Save = false, .Title = title, .Filter = filter, .Folder = DialogFolder()});
     if (!paths.isEmpty())
         RememberDialogFolder(paths.first());
     return paths;

@@ -24,7 +24,7 @@ bool Asked(const QString& text, const QString& caption, MsgBoxResult preset = Ms
                                       .Icon = MsgBoxIcon::Question,
                                       .Default = preset,
                                       .MustAnswer = mustAnswer})
-        == MsgBoxResult::Yes;
+           == MsgBoxResult::Yes;
 }
 
 void Inform(const QString& text, const QString& caption)
@@ -37,7 +37,8 @@ QString InOneLine(const QString& text)
 {
     QString line = QString::fromUtf8(text.toUtf8()); // without halves of characters
     for (QChar& character : line) {
-        if (character.category() == QChar::Other_Control || character == QChar::LineSeparator || character == QChar::ParagraphSeparator)
+        if (character.category() == QChar::Other_Control || character == QChar::LineSeparator
+            || character == QChar::ParagraphSeparator)
             character = u' ';
     }
     return line.trimmed();
@@ -78,36 +79,43 @@ bool ItemCommands::TellOfGoneFile()
 
 bool ItemCommands::SaveItem()
 {
-    return Guarded(ModuleName, u"SaveItem"_s, [this] {
-        // First: what was typed of a file goes when the item is shown anew.
-        if (!m_details.SaveFileDescChanges()) {
-            if (!Asked(u"The description of the file could not be saved. Do you wish to go on without it? It will be lost."_s, u"Save Item"_s,
-                       MsgBoxResult::No))
-                return false;
-            m_details.ForgetFileDescChanges();
-        }
-        CCodeItem* item = m_session.oCodeItem.get();
-        bool kept = true;
-        if (item && item->Unsaved()) {
-            const bool gone = TellOfGoneFile();
-            const QString question = u"This item has been changed. Do you wish to save the changes?"_s;
-            const bool wanted = !gone && (m_autoSaveOn || Asked(question, u"Save Item"_s, MsgBoxResult::Yes, true));
-            const std::shared_ptr<void> wait = wanted ? m_shell.WaitCursor() : nullptr;
-            kept = !gone && (!wanted || m_details.SetItemChanged(m_autoSaveOn));
-            // What could not be written may be all there is of an afternoon's work.
-            if (!kept
-                && !Asked(u"The changes of this item could not be saved. Do you wish to go on without them? They will be lost."_s,
-                          u"Save Item"_s, MsgBoxResult::No))
-                return false;
-            // Nobody wants the changes: whatever becomes of the leaving, they are not to be seen as if stored.
-            if (gone)
-                m_session.oCodeItem = std::make_unique<CCodeItem>(); // what is stored can't be counted on to be read
-            else if (item->Unsaved())
-                m_tree.ShowItem(item->Key().toLongLong());
-        }
-        m_details.ResetChangedBooleans();
-        return true;
-    }, false);
+    return Guarded(
+        ModuleName, u"SaveItem"_s,
+        [this] {
+            // First: what was typed of a file goes when the item is shown anew.
+            if (!m_details.SaveFileDescChanges()) {
+                if (!Asked(u"The description of the file could not be saved. Do you wish to go on without it? It will "
+                           "be lost."_s,
+                           u"Save Item"_s, MsgBoxResult::No))
+                    return false;
+                m_details.ForgetFileDescChanges();
+            }
+            CCodeItem* item = m_session.oCodeItem.get();
+            bool kept = true;
+            if (item && item->Unsaved()) {
+                const bool gone = TellOfGoneFile();
+                const QString question = u"This item has been changed. Do you wish to save the changes?"_s;
+                const bool wanted = !gone && (m_autoSaveOn || Asked(question, u"Save Item"_s, MsgBoxResult::Yes, true));
+                const std::shared_ptr<void> wait = wanted ? m_shell.WaitCursor() : nullptr;
+                kept = !gone && (!wanted || m_details.SetItemChanged(m_autoSaveOn));
+                // What could not be written may be all there is of an afternoon's work.
+                if (!kept
+                    && !Asked(
+                        u"The changes of this item could not be saved. Do you wish to go on without them? They will "
+                        "be lost."_s,
+                        u"Save Item"_s, MsgBoxResult::No))
+                    return false;
+                // Nobody wants the changes: whatever becomes of the leaving, they are not to be seen as if stored.
+                if (gone)
+                    m_session.oCodeItem =
+                        std::make_unique<CCodeItem>(); // what is stored can't be counted on to be read
+                else if (item->Unsaved())
+                    m_tree.ShowItem(item->Key().toLongLong());
+            }
+            m_details.ResetChangedBooleans();
+            return true;
+        },
+        false);
 }
 
 void ItemCommands::mnuSaveItem_Click()
@@ -154,7 +162,8 @@ void ItemCommands::AddUnder(TreeNode& parent)
         if (!m_session.CurrentDatabase || !SaveItem())
             return;
         const bool links = m_session.Mode != LinkMode::None;
-        const bool pureLink = m_session.Mode == LinkMode::OneWayNewTo && Asked(u"Are you creating a 'pure link item'?"_s, u"Pure Link Item?"_s);
+        const bool pureLink = m_session.Mode == LinkMode::OneWayNewTo
+                              && Asked(u"Are you creating a 'pure link item'?"_s, u"Pure Link Item?"_s);
         const QString title = pureLink ? m_session.oCodeItem->Title() + u" (LINK)"_s : u"New Code item"_s;
         auto item = std::make_unique<CCodeItem>();
         Transaction transaction(*m_session.CurrentDatabase);
@@ -252,38 +261,42 @@ void ItemCommands::mnuRename_Click()
 
 bool ItemCommands::AfterLabelEdit(TreeNode& node, const QString& newText)
 {
-    return Guarded(ModuleName, u"tvCodeItems_AfterLabelEdit"_s, [&] {
-        const QString title = InOneLine(newText);
-        if (!m_session.CurrentDatabase)
-            return false;
-        if (title.isEmpty()) {
-            Inform(u"You must enter some text for a title."_s, ApplicationTitle);
-            return false;
-        }
-        if (title == OrphanedItemsTitle && node.Parent && node.Parent->IsRoot()) {
-            Prompts::Current().MsgBox({.Text = u"You can't create an 'Orphaned Items' folder! This name is reserved for the program."_s,
-                                       .Caption = u"Reserved Folder Name"_s});
-            return false;
-        }
-        const qint64 id = node.Id;
-        const QString key = node.Key();
-        // Edits of its texts are of the row as it was; they come before the title.
-        if (m_session.oCodeItem && m_session.oCodeItem->Key() == QString::number(id) && !SaveItem())
-            return false;
-        CCodeItem item;
-        item.Initialise(*m_session.CurrentDatabase, QString::number(id));
-        item.SetTitle(title);
-        item.SetItemChanged(true);
-        m_shell.SetStatusText(title);
-        m_view.Nodes().SetText(node, title);
-        m_view.Nodes().PlaceByTitle(node);
-        item.Commit();
-        if (m_session.Mode == LinkMode::None)
-            m_tree.SElectCodeItem(key);
-        else
-            m_newLinkedItem = id; // linked once the editor has closed
-        return true;
-    }, false);
+    return Guarded(
+        ModuleName, u"tvCodeItems_AfterLabelEdit"_s,
+        [&] {
+            const QString title = InOneLine(newText);
+            if (!m_session.CurrentDatabase)
+                return false;
+            if (title.isEmpty()) {
+                Inform(u"You must enter some text for a title."_s, ApplicationTitle);
+                return false;
+            }
+            if (title == OrphanedItemsTitle && node.Parent && node.Parent->IsRoot()) {
+                Prompts::Current().MsgBox(
+                    {.Text = u"You can't create an 'Orphaned Items' folder! This name is reserved for the program."_s,
+                     .Caption = u"Reserved Folder Name"_s});
+                return false;
+            }
+            const qint64 id = node.Id;
+            const QString key = node.Key();
+            // Edits of its texts are of the row as it was; they come before the title.
+            if (m_session.oCodeItem && m_session.oCodeItem->Key() == QString::number(id) && !SaveItem())
+                return false;
+            CCodeItem item;
+            item.Initialise(*m_session.CurrentDatabase, QString::number(id));
+            item.SetTitle(title);
+            item.SetItemChanged(true);
+            m_shell.SetStatusText(title);
+            m_view.Nodes().SetText(node, title);
+            m_view.Nodes().PlaceByTitle(node);
+            item.Commit();
+            if (m_session.Mode == LinkMode::None)
+                m_tree.SElectCodeItem(key);
+            else
+                m_newLinkedItem = id; // linked once the editor has closed
+            return true;
+        },
+        false);
 }
 
 // Deleting and keeping
@@ -291,7 +304,7 @@ bool ItemCommands::AfterLabelEdit(TreeNode& node, const QString& newText)
 /// Tells the bar how far a deletion is, and lets the window paint, some twenty times a second.
 std::function<void(int)> ItemCommands::ProgressOver(qsizetype items)
 {
-    constexpr int Interval = 50; // milliseconds
+    constexpr int Interval = 50;                            // milliseconds
     const int maximum = int(std::max<qsizetype>(2, items)); // the bar's ends must differ
     m_shell.SetStatusText(u"Deleting Items...."_s);
     m_shell.ShowProgressStatusBar(1, maximum);
@@ -316,7 +329,8 @@ void ItemCommands::DeleteCodeItem()
         const bool orphan = (Session().IsMotherReplica || Session().IsChildReplica) && ItemTree::OrphanedItem(*node);
         // The rows decide what goes: others may have added some that the tree does not show.
         const std::vector<qint64> branch = BranchOf(*m_session.CurrentDatabase, node->Id);
-        const QString question = branch.size() <= 1 ? u"Delete selected item?"_s : u"Delete selected item and all child records?"_s;
+        const QString question = branch.size() <= 1 ? u"Delete selected item?"_s
+                                                    : u"Delete selected item and all child records?"_s;
         if (Asked(question, u"Delete Stored Item"_s, MsgBoxResult::No))
             DeleteNode(*node, branch, orphan);
     });
@@ -331,7 +345,9 @@ void ItemCommands::DeleteNode(TreeNode& node, const std::vector<qint64>& branch,
         m_shell.ShowProgressStatusBar(0, 0);
     });
     DeleteBranch(*m_session.CurrentDatabase, node.Id, ProgressOver(qsizetype(branch.size())));
-    const bool isShown = m_session.oCodeItem && std::find(branch.begin(), branch.end(), m_session.oCodeItem->Key().toLongLong()) != branch.end();
+    const bool isShown = m_session.oCodeItem
+                         && std::find(branch.begin(), branch.end(), m_session.oCodeItem->Key().toLongLong())
+                                != branch.end();
     if (isShown) { // edits of what is gone are gone
         m_session.oCodeItem = std::make_unique<CCodeItem>();
         m_details.ForgetFileDescChanges();
@@ -408,28 +424,41 @@ void ItemCommands::mnuRemoveDeletedItems_Click()
 
 bool ItemCommands::CheckIfToDeleteOrphanedItemsFolder()
 {
-    return Guarded(ModuleName, u"CheckIfToDeleteOrphanedItemsFolder"_s, [this] {
-        Database& database = *m_session.CurrentDatabase;
-        Transaction transaction(database); // nothing is put into the folder in between
-        const qint64 folder
-            = database.QueryValue(u"SELECT ID FROM Items WHERE ParentID = 0 AND Title = ? COLLATE BINARY"_s, {OrphanedItemsTitle}).ToLong();
-        if (folder == 0 || !database.QueryValue(u"SELECT 1 FROM Items WHERE ParentID = ? LIMIT 1"_s, {folder}).IsNull())
-            return false;
-        database.Execute(u"DELETE FROM Items WHERE ID = ?"_s, {folder});
-        transaction.Commit();
-        if (m_session.moSettings->DisplaySynchroNotifications()) {
-            QString text = u"All orphaned items has either been moved or deleted from the database. The 'Orphaned Items' folder "
-                           "will be automaticaly removed."_s;
-            if (m_commands.Get(u"NEXT"_s).Icon == u"DOWN_RED"_s)
-                text.prepend(u"However to be able to synchronize this database again, you have to solve also all item conflicts "
-                             "and decide about deletion of items marked. You can use the 'Conflict Solver' tool from the 'Tools' "
-                             "menu or use the red arrows on the toolbar to move to these problem items one after another.\n"_s);
-            Inform(text, u"No other orphaned items present"_s);
-        }
-        if (TreeNode* node = m_view.Nodes().Find(folder))
-            m_view.RemoveNode(*node);
-        return true;
-    }, false);
+    return Guarded(
+        ModuleName, u"CheckIfToDeleteOrphanedItemsFolder"_s,
+        [this] {
+            Database& database = *m_session.CurrentDatabase;
+            Transaction transaction(database); // nothing is put into the folder in between
+            const qint64 folder = database
+                                      .QueryValue(
+                                          u"SELECT ID FROM Items WHERE ParentID = 0 AND Title = ? COLLATE BINARY"_s,
+                                          {OrphanedItemsTitle})
+                                      .ToLong();
+            if (folder == 0
+                || !database.QueryValue(u"SELECT 1 FROM Items WHERE ParentID = ? LIMIT 1"_s, {folder}).IsNull())
+                return false;
+            database.Execute(u"DELETE FROM Items WHERE ID = ?"_s, {folder});
+            transaction.Commit();
+            if (m_session.moSettings->DisplaySynchroNotifications()) {
+                QString text =
+                    u"All orphaned items has either been moved or deleted from the database. The 'Orphaned Items' "
+                    "folder "
+                    "will be automaticaly removed."_s;
+                if (m_commands.Get(u"NEXT"_s).Icon == u"DOWN_RED"_s)
+                    text.prepend(
+                        u"However to be able to synchronize this database again, you have to solve also all item "
+                        "conflicts "
+                        "and decide about deletion of items marked. You can use the 'Conflict Solver' tool from the "
+                        "'Tools' "
+                        "menu or use the red arrows on the toolbar to move to these problem items one after "
+                        "another.\n"_s);
+                Inform(text, u"No other orphaned items present"_s);
+            }
+            if (TreeNode* node = m_view.Nodes().Find(folder))
+                m_view.RemoveNode(*node);
+            return true;
+        },
+        false);
 }
 
 void ItemCommands::ItemMenuEdit()

@@ -13,8 +13,8 @@ namespace qb {
 /// rules that allow them.
 class ItemCommands {
 public:
-    ItemCommands(SessionState& session, ItemTreeView& view, ItemDetailsView& details, ShellView& shell, Commands& commands,
-                 ItemTree& tree);
+    ItemCommands(SessionState& session, ItemTreeView& view, ItemDetailsView& details, ShellView& shell,
+                 Commands& commands, ItemTree& tree);
 
     // Saving
 

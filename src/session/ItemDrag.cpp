@@ -79,26 +79,31 @@ void ItemDrag::Tick()
 
 bool ItemDrag::Drop()
 {
-    return Guarded(ModuleName, u"tvCodeItems_OLEDragDrop"_s, [this] {
-        TreeNode* node = m_draggedNode != 0 ? m_view.Nodes().Find(m_draggedNode) : nullptr;
-        TreeNode* target = m_view.Nodes().Find(m_highlight);
-        SetHighlight(nullptr);
-        m_draggedNode = 0;
-        if (!node || !target)
-            return false;
-        const bool orphan = ItemTree::OrphanedItem(*node);
-        if (orphan && Session().IsChildReplica)
-            return false;
-        if (target->IsRoot() && node->Text == OrphanedItemsTitle) {
-            Prompts::Current().MsgBox({.Text = u"It is not possible to move this item under the root!  Name 'Orphaned Items' under the root "
-                                               "directory is reserved for the program. Directory with this name is used by it during "
-                                               "synchronization.\r\nYou can rename the item and then repeat the action."_s,
-                                       .Caption = u"Can not move this item"_s,
-                                       .Icon = MsgBoxIcon::Information});
-            return false;
-        }
-        return MoveTo(*node, *target, !orphan || Session().IsMotherReplica);
-    }, false);
+    return Guarded(
+        ModuleName, u"tvCodeItems_OLEDragDrop"_s,
+        [this] {
+            TreeNode* node = m_draggedNode != 0 ? m_view.Nodes().Find(m_draggedNode) : nullptr;
+            TreeNode* target = m_view.Nodes().Find(m_highlight);
+            SetHighlight(nullptr);
+            m_draggedNode = 0;
+            if (!node || !target)
+                return false;
+            const bool orphan = ItemTree::OrphanedItem(*node);
+            if (orphan && Session().IsChildReplica)
+                return false;
+            if (target->IsRoot() && node->Text == OrphanedItemsTitle) {
+                Prompts::Current().MsgBox(
+                    {.Text =
+                         u"It is not possible to move this item under the root!  Name 'Orphaned Items' under the root "
+                         "directory is reserved for the program. Directory with this name is used by it during "
+                         "synchronization.\r\nYou can rename the item and then repeat the action."_s,
+                     .Caption = u"Can not move this item"_s,
+                     .Icon = MsgBoxIcon::Information});
+                return false;
+            }
+            return MoveTo(*node, *target, !orphan || Session().IsMotherReplica);
+        },
+        false);
 }
 
 /// The row first: a tree that shows a move which was not written would lie.
@@ -113,7 +118,9 @@ bool ItemDrag::MoveTo(TreeNode& node, TreeNode& target, bool stamp)
     if (!target.IsRoot())
         RequireItem(database, target.Id);
     if (IsInBranch(database, node.Id, target.Id))
-        throw RuntimeError(ErrorNumber::NodeCycle, u"The item '%1' can't be moved below itself; nothing was changed."_s.arg(node.Text), ModuleName);
+        throw RuntimeError(ErrorNumber::NodeCycle,
+                           u"The item '%1' can't be moved below itself; nothing was changed."_s.arg(node.Text),
+                           ModuleName);
     CCodeItem item;
     item.Initialise(database, QString::number(node.Id));
     item.SetParentKey(QString::number(target.Id));

@@ -38,7 +38,7 @@ private:
     ItemTree& m_tree;
     ItemCommands& m_commands;
     qint64 m_draggedNode = 0; ///< ID of the item; 0: none
-    qint64 m_highlight = -1; ///< ID of the node that would take the drop; -1: none
+    qint64 m_highlight = -1;  ///< ID of the node that would take the drop; -1: none
     bool m_dropCancelled = false;
     bool m_dragging = false;
     int m_scrollDirection = 0; ///< -1 up, 1 down

@@ -149,7 +149,8 @@ void ItemLinking::AddNewLinkToSelectedItem(const QString& title)
             message = known ? ExtendLink(*known, *direction) : AddLink(*source.Links().Add(key), *direction, title);
         }
         if (!message.isEmpty())
-            Prompts::Current().MsgBox({.Text = message, .Caption = u"New Link Creation"_s, .Icon = MsgBoxIcon::Information});
+            Prompts::Current().MsgBox(
+                {.Text = message, .Caption = u"New Link Creation"_s, .Icon = MsgBoxIcon::Information});
         if (!m_view.InPermanentLinkMode())
             EndLinkMode();
         if (TreeNode* node = m_view.Nodes().Find(source.Key().toLongLong())) {

@@ -23,13 +23,14 @@ bool IsProblem(TreeImage image)
 bool KeepsItsImage(TreeImage image)
 {
     return (Session().IsMotherReplica && IsProblem(image))
-        || (Session().IsChildReplica && image == TreeImage::CONFLICT_ITEM_INFO);
+           || (Session().IsChildReplica && image == TreeImage::CONFLICT_ITEM_INFO);
 }
 
 QString ShortDateAndTime(Date date)
 {
     const QLocale locale;
-    return locale.toString(date.Day(), QLocale::ShortFormat) + u' ' + locale.toString(date.Time(), QLocale::ShortFormat);
+    return locale.toString(date.Day(), QLocale::ShortFormat) + u' '
+           + locale.toString(date.Time(), QLocale::ShortFormat);
 }
 
 } // namespace

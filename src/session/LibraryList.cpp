@@ -64,28 +64,32 @@ void LibraryList::GetLastDBName()
 
 bool LibraryList::SetupDBConnection()
 {
-    return Guarded(ModuleName, u"SetupDBConnection"_s, [this] {
-        CloseDatabase();
-        if (m_session.CurrentDatabasePath.isEmpty()) {
-            SelectDatabase({});
-            return m_session.CurrentDatabase != nullptr;
-        }
-        if (!OpenCurrent() || !Validate())
-            return false;
-        UpdateGlobalSynchronizationVariables();
-        if (!m_session.CurrentDatabase->IsReadOnly())
-            Guarded(ModuleName, u"FinishPendingFiles"_s, [this] { FinishPendingFiles(*m_session.CurrentDatabase); });
-        if (!m_session.moSettings)
-            m_session.moSettings = std::make_unique<CSettings>([this] { return m_session.CurrentDatabase.get(); });
-        m_session.moSettings->InitializeDatabaseProperties();
-        OfferRules(*m_session.CurrentDatabase);
-        m_details.FormatingInitialize(*m_session.CurrentDatabase);
-        EnableDBToolsMenu();
-        if (const QString foreign = WhoseFoldersAreForeign(*m_session.CurrentDatabase); !foreign.isEmpty())
-            MsgBox(foreign, ApplicationTitle, MsgBoxIcon::Exclamation);
-        m_shell.SetComboToolTip(u"Currently selected database: "_s + AliasOf(m_session.CurrentDatabasePath));
-        return true;
-    }, false);
+    return Guarded(
+        ModuleName, u"SetupDBConnection"_s,
+        [this] {
+            CloseDatabase();
+            if (m_session.CurrentDatabasePath.isEmpty()) {
+                SelectDatabase({});
+                return m_session.CurrentDatabase != nullptr;
+            }
+            if (!OpenCurrent() || !Validate())
+                return false;
+            UpdateGlobalSynchronizationVariables();
+            if (!m_session.CurrentDatabase->IsReadOnly())
+                Guarded(ModuleName, u"FinishPendingFiles"_s,
+                        [this] { FinishPendingFiles(*m_session.CurrentDatabase); });
+            if (!m_session.moSettings)
+                m_session.moSettings = std::make_unique<CSettings>([this] { return m_session.CurrentDatabase.get(); });
+            m_session.moSettings->InitializeDatabaseProperties();
+            OfferRules(*m_session.CurrentDatabase);
+            m_details.FormatingInitialize(*m_session.CurrentDatabase);
+            EnableDBToolsMenu();
+            if (const QString foreign = WhoseFoldersAreForeign(*m_session.CurrentDatabase); !foreign.isEmpty())
+                MsgBox(foreign, ApplicationTitle, MsgBoxIcon::Exclamation);
+            m_shell.SetComboToolTip(u"Currently selected database: "_s + AliasOf(m_session.CurrentDatabasePath));
+            return true;
+        },
+        false);
 }
 
 void LibraryList::CloseDatabase()
@@ -120,13 +124,14 @@ void LibraryList::ReportOpenError(const RuntimeError& error)
 {
     const QString caption = u"Invalid Database"_s;
     if (error.Number() == ErrorNumber::NotADatabase) {
-        MsgBox(u"The database you are trying to open is not a KT Quillbase database!"_s, caption, MsgBoxIcon::Exclamation);
+        MsgBox(u"The database you are trying to open is not a KT Quillbase database!"_s, caption,
+               MsgBoxIcon::Exclamation);
         return;
     }
     if (error.Number() == ErrorNumber::CannotOpen) {
         try {
-            m_session.CurrentDatabase =
-                DBEngine::OpenDatabase(m_session.CurrentDatabasePath, DBEngine::Access::ReadOnly);
+            m_session.CurrentDatabase = DBEngine::OpenDatabase(m_session.CurrentDatabasePath,
+                                                               DBEngine::Access::ReadOnly);
             MsgBox(error.Description() + u"\nThe library is opened for reading only."_s, ApplicationTitle,
                    MsgBoxIcon::Information);
             return;
@@ -208,8 +213,8 @@ void LibraryList::EnableControls(bool enabled)
         m_shell.SetStatusText({});
     m_shell.EnableMenus(enabled);
     m_details.Initialise(enabled ? m_session.CurrentDatabase.get() : nullptr, nullptr);
-    for (const QString& name : {u"BACK"_s, u"FORWARD"_s, u"mnuBackItem"_s, u"mnuForwardItem"_s, u"DELETE"_s,
-                                u"BOOKMARK"_s, u"PRINT"_s})
+    for (const QString& name :
+         {u"BACK"_s, u"FORWARD"_s, u"mnuBackItem"_s, u"mnuForwardItem"_s, u"DELETE"_s, u"BOOKMARK"_s, u"PRINT"_s})
         m_commands.SetEnabled(name, false);
 }
 
@@ -236,16 +241,19 @@ void LibraryList::ShowNoLibrary()
 
 bool LibraryList::ChangeDatabase(int index)
 {
-    return Guarded(ModuleName, u"ChangeDatabase"_s, [&] {
-        if (index >= 0 && size_t(index) < m_session.DatabaseList.size())
-            m_session.CurrentDatabasePath = m_session.DatabaseList[size_t(index)].Path;
-        if (!SetupDBConnection())
-            return false;
-        NewHistory();
-        ShowLibrary();
-        Remember(u"Settings"_s, u"LastDB"_s, m_session.CurrentDatabasePath);
-        return true;
-    }, false);
+    return Guarded(
+        ModuleName, u"ChangeDatabase"_s,
+        [&] {
+            if (index >= 0 && size_t(index) < m_session.DatabaseList.size())
+                m_session.CurrentDatabasePath = m_session.DatabaseList[size_t(index)].Path;
+            if (!SetupDBConnection())
+                return false;
+            NewHistory();
+            ShowLibrary();
+            Remember(u"Settings"_s, u"LastDB"_s, m_session.CurrentDatabasePath);
+            return true;
+        },
+        false);
 }
 
 void LibraryList::SelectDatabase(QString path, bool known)
@@ -256,8 +264,8 @@ void LibraryList::SelectDatabase(QString path, bool known)
         if (path.isEmpty())
             return;
         if (path.mid(path.lastIndexOf(u'.')).compare(u".qbr"_s, Qt::CaseInsensitive) == 0) {
-            MsgBox(u"'%1' is a replica file. This version of the program can't unpack replica files yet; nothing was changed."_s
-                       .arg(QDir::toNativeSeparators(path)),
+            MsgBox(u"'%1' is a replica file. This version of the program can't unpack replica files yet; nothing was "
+                   "changed."_s.arg(QDir::toNativeSeparators(path)),
                    ApplicationTitle, MsgBoxIcon::Exclamation);
             return;
         }

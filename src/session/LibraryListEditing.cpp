@@ -36,7 +36,9 @@ bool BreaksTheList(const QString& text)
 void SayThatItBreaksTheList(const QString& what)
 {
     Prompts::Current().MsgBox(
-        {.Text = u"%1 can't contain the characters \"|\" and \";\", which separate the entries of the list of libraries."_s.arg(what),
+        {.Text =
+             u"%1 can't contain the characters \"|\" and \";\", which separate the entries of the list of libraries."_s
+                 .arg(what),
          .Caption = ApplicationTitle,
          .Icon = MsgBoxIcon::Exclamation});
 }
@@ -113,10 +115,11 @@ void LibraryList::CreateDBArray()
         if (m_session.DatabaseList.empty()) {
             const QString path = DefaultLibraryPath();
             if (!QFileInfo::exists(path) && !CreateNewDatabase(path, LanguageType::VB, {})) {
-                Prompts::Current().MsgBox({.Text = u"Database could not be created. You will have to select existing one, "
-                                                   "or try to create a new one using the 'File' menu."_s,
-                                           .Caption = u"No Database to Use"_s,
-                                           .Icon = MsgBoxIcon::Critical});
+                Prompts::Current().MsgBox(
+                    {.Text = u"Database could not be created. You will have to select existing one, "
+                             "or try to create a new one using the 'File' menu."_s,
+                     .Caption = u"No Database to Use"_s,
+                     .Icon = MsgBoxIcon::Critical});
             } else {
                 AddToList(path, u"KT Quillbase"_s);
                 SaveDatabasesToSettings();
@@ -185,10 +188,11 @@ void LibraryList::SaveUsedDatabasesList(const QString& path)
 {
     const ComboGuard guard(*this);
     if (const auto index = FindCurrentDBArrayIndex(path)) {
-        Prompts::Current().MsgBox({.Text = u"This database is already in list with an alias of '%1'. You will be automatically "
-                                           "swithced to it."_s.arg(AliasOf(path)),
-                                   .Caption = ApplicationTitle,
-                                   .Icon = MsgBoxIcon::Information});
+        Prompts::Current().MsgBox(
+            {.Text = u"This database is already in list with an alias of '%1'. You will be automatically "
+                     "swithced to it."_s.arg(AliasOf(path)),
+             .Caption = ApplicationTitle,
+             .Icon = MsgBoxIcon::Information});
         m_shell.SetComboIndex(*index);
         return;
     }
@@ -231,13 +235,16 @@ void LibraryList::ShowAsInterim(const QString& path)
 
 bool LibraryList::CreateNewDatabase(const QString& path, LanguageType type, const QString& languageFile)
 {
-    return Guarded(ModuleName, u"CreateNewDatabase"_s, [&] {
-        HeldAside old(path);
-        const bool created = CDBCreate().CreateNewDB(path, type, languageFile) && QFileInfo::exists(path);
-        if (created)
-            old.Drop();
-        return created;
-    }, false);
+    return Guarded(
+        ModuleName, u"CreateNewDatabase"_s,
+        [&] {
+            HeldAside old(path);
+            const bool created = CDBCreate().CreateNewDB(path, type, languageFile) && QFileInfo::exists(path);
+            if (created)
+                old.Drop();
+            return created;
+        },
+        false);
 }
 
 void LibraryList::mnuNewDatabase_Click()
@@ -297,7 +304,7 @@ void LibraryList::ChangeAlias(const QString& alias, bool ask)
                                           .Caption = u"Alias Change"_s,
                                           .Buttons = MsgBoxButtons::YesNo,
                                           .Icon = MsgBoxIcon::Question})
-                != MsgBoxResult::Yes)
+                   != MsgBoxResult::Yes)
             return m_shell.SetComboIndex(*index);
         m_shell.RemoveComboEntry(*index);
         m_shell.InsertComboEntry(*index, alias);
@@ -312,10 +319,11 @@ void LibraryList::ChangeAlias(const QString& alias, bool ask)
 void LibraryList::mnuRemoveDBItem_Click()
 {
     Guarded(ModuleName, u"mnuRemoveDBItem_Click"_s, [this] {
-        const MsgBoxResult keep = Prompts::Current().MsgBox({.Text = u"Would you like to keep the database on your hard drive?"_s,
-                                                             .Caption = u"Remove Database"_s,
-                                                             .Buttons = MsgBoxButtons::YesNoCancel,
-                                                             .Icon = MsgBoxIcon::Question});
+        const MsgBoxResult keep = Prompts::Current().MsgBox(
+            {.Text = u"Would you like to keep the database on your hard drive?"_s,
+             .Caption = u"Remove Database"_s,
+             .Buttons = MsgBoxButtons::YesNoCancel,
+             .Icon = MsgBoxIcon::Question});
         if (keep == MsgBoxResult::Cancel || !m_tree.SaveItem())
             return;
         const QString path = m_session.CurrentDatabasePath;
@@ -348,9 +356,10 @@ QString LibraryList::IdentityOf(const QString& path)
 void LibraryList::DeleteFromDisk(const QString& path)
 {
     const MsgBoxResult sure = Prompts::Current().MsgBox(
-        {.Text = u"The program is about to delete the database file and all coherent files from your hard drive. This is a "
-                 "serious step and it will not be possible to restore any of the deleted files after this operation is "
-                 "finished!!!\nDo you want to continue?"_s,
+        {.Text =
+             u"The program is about to delete the database file and all coherent files from your hard drive. This is a "
+             "serious step and it will not be possible to restore any of the deleted files after this operation is "
+             "finished!!!\nDo you want to continue?"_s,
          .Caption = u"Delete database file from hard drive?"_s,
          .Buttons = MsgBoxButtons::YesNo,
          .Icon = MsgBoxIcon::Exclamation,

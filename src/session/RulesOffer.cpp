@@ -31,11 +31,13 @@ const ShippedLanguage* LanguageToOffer(Database& database)
 bool NotesTheQuestion(const QString& identity)
 {
     constexpr qsizetype Most = 200; // the oldest are forgotten
-    QStringList asked = GetSetting(SettingsApplication, u"StoredData"_s, u"RulesOffered"_s).split(u'|', Qt::SkipEmptyParts);
+    QStringList asked =
+        GetSetting(SettingsApplication, u"StoredData"_s, u"RulesOffered"_s).split(u'|', Qt::SkipEmptyParts);
     if (asked.contains(identity))
         return false;
     asked << identity;
-    SaveSetting(SettingsApplication, u"StoredData"_s, u"RulesOffered"_s, asked.mid(std::max<qsizetype>(0, asked.size() - Most)).join(u'|'));
+    SaveSetting(SettingsApplication, u"StoredData"_s, u"RulesOffered"_s,
+                asked.mid(std::max<qsizetype>(0, asked.size() - Most)).join(u'|'));
     return true;
 }
 
@@ -43,22 +45,28 @@ bool NotesTheQuestion(const QString& identity)
 
 bool OfferRules(Database& database)
 {
-    return Guarded(u"LibraryList"_s, u"OfferRules"_s, [&] {
-        const ShippedLanguage* language = LanguageToOffer(database);
-        if (!language || !NotesTheQuestion(database.QueryValue(u"SELECT DBID FROM Properties"_s).ToText()))
-            return false;
-        const bool wanted = Prompts::Current().MsgBox({.Text = u"The library '%1' keeps the language %2 in its older form, in which colouring "
-                                                               "corrects the spelling of words and so may change your code. There is a form of it now "
-                                                               "that colours more and never changes a text. Do you wish to take it? Words that you have "
-                                                               "added to the language stay."_s.arg(QFileInfo(database.Name()).completeBaseName(), language->Name),
-                                                       .Caption = u"Language of the Library"_s,
-                                                       .Buttons = MsgBoxButtons::YesNo,
-                                                       .Icon = MsgBoxIcon::Question})
-            == MsgBoxResult::Yes;
-        if (wanted)
-            TakeLanguage(database, ReadLanguageFile(language->Path));
-        return wanted;
-    }, false);
+    return Guarded(
+        u"LibraryList"_s, u"OfferRules"_s,
+        [&] {
+            const ShippedLanguage* language = LanguageToOffer(database);
+            if (!language || !NotesTheQuestion(database.QueryValue(u"SELECT DBID FROM Properties"_s).ToText()))
+                return false;
+            const bool wanted =
+                Prompts::Current().MsgBox(
+                    {.Text = u"The library '%1' keeps the language %2 in its older form, in which colouring "
+                             "corrects the spelling of words and so may change your code. There is a form of it now "
+                             "that colours more and never changes a text. Do you wish to take it? Words that you have "
+                             "added to the language stay."_s.arg(QFileInfo(database.Name()).completeBaseName(),
+                                                                 language->Name),
+                     .Caption = u"Language of the Library"_s,
+                     .Buttons = MsgBoxButtons::YesNo,
+                     .Icon = MsgBoxIcon::Question})
+                == MsgBoxResult::Yes;
+            if (wanted)
+                TakeLanguage(database, ReadLanguageFile(language->Path));
+            return wanted;
+        },
+        false);
 }
 
 } // namespace qb

@@ -13,15 +13,29 @@ namespace {
 const QString Section = u"Settings"_s;
 
 /// In the order of the keys.
-constexpr const char* Names[WindowLayout::KeyCount] = {
-    "MainLeft", "MainTop", "MainWidth", "MainHeight", "WindowState", "ViewBookMarks", "FormatTlbrNewRow", "FormatTlbrPoss",
-    "SmartTreeCoolBarBendWidth", "AutoSave", "BookmarkSingleClick", "FindResultsSingleClick", "SearchResultsViewType",
-    "MainResizerSeparatorPos", "SubResizerSeparatorPos", "CodeItemsSeparatorPos", "FileSectionSeparatorPos"};
+constexpr const char* Names[WindowLayout::KeyCount] = {"MainLeft",
+                                                       "MainTop",
+                                                       "MainWidth",
+                                                       "MainHeight",
+                                                       "WindowState",
+                                                       "ViewBookMarks",
+                                                       "FormatTlbrNewRow",
+                                                       "FormatTlbrPoss",
+                                                       "SmartTreeCoolBarBendWidth",
+                                                       "AutoSave",
+                                                       "BookmarkSingleClick",
+                                                       "FindResultsSingleClick",
+                                                       "SearchResultsViewType",
+                                                       "MainResizerSeparatorPos",
+                                                       "SubResizerSeparatorPos",
+                                                       "CodeItemsSeparatorPos",
+                                                       "FileSectionSeparatorPos"};
 
 bool IsFlag(WindowLayout::Key key)
 {
-    static constexpr WindowLayout::Key flags[] = {WindowLayout::ViewBookMarks, WindowLayout::FormatTlbrNewRow, WindowLayout::AutoSave,
-                                                  WindowLayout::BookmarkSingleClick, WindowLayout::FindResultsSingleClick};
+    static constexpr WindowLayout::Key flags[] = {WindowLayout::ViewBookMarks, WindowLayout::FormatTlbrNewRow,
+                                                  WindowLayout::AutoSave, WindowLayout::BookmarkSingleClick,
+                                                  WindowLayout::FindResultsSingleClick};
     return std::find(std::begin(flags), std::end(flags), key) != std::end(flags);
 }
 
@@ -79,15 +93,15 @@ void WindowLayout::Save(bool treeHidden)
     if (Number(WindowState) != Minimised) {
         for (const Key key : {MainLeft, MainTop})
             SetNumber(key, qMax(0, Number(key)));
-        for (const Key key : {MainResizerSeparatorPos, SubResizerSeparatorPos, CodeItemsSeparatorPos, FileSectionSeparatorPos, WindowState,
-                              MainLeft, MainTop, MainWidth, MainHeight}) {
+        for (const Key key : {MainResizerSeparatorPos, SubResizerSeparatorPos, CodeItemsSeparatorPos,
+                              FileSectionSeparatorPos, WindowState, MainLeft, MainTop, MainWidth, MainHeight}) {
             if (m_values[key].isEmpty() || (key == SubResizerSeparatorPos && treeHidden))
                 continue; // a window that was never shown has no separators
             settings.push_back(Stored(key));
         }
     }
-    for (const Key key : {ViewBookMarks, FormatTlbrNewRow, FormatTlbrPoss, SmartTreeCoolBarBendWidth, AutoSave, BookmarkSingleClick,
-                          FindResultsSingleClick, SearchResultsViewType})
+    for (const Key key : {ViewBookMarks, FormatTlbrNewRow, FormatTlbrPoss, SmartTreeCoolBarBendWidth, AutoSave,
+                          BookmarkSingleClick, FindResultsSingleClick, SearchResultsViewType})
         settings.push_back(Stored(key));
     SaveSettings(SettingsApplication, settings);
 }

@@ -10,10 +10,10 @@
 #include "platform/system/Shell.h"
 #include "platform/system/Trace.h"
 #include "session/FileDialogs.h"
-#include "session/ui/CWaitCursor.h"
-#include "session/ui/FormatToolbar.h"
 #include "session/frmDatabaseList.h"
 #include "session/frmNewDatabase.h"
+#include "session/ui/CWaitCursor.h"
+#include "session/ui/FormatToolbar.h"
 #include "support/Addresses.h"
 #include "support/ErrorRoutine.h"
 #include "support/Version.h"
@@ -97,7 +97,8 @@ void frmCodeLib::Form_Load()
         tlbTextFormat->FillMenu(*mnuFormat);
         m_libraries->NewHistory();
         m_libraries->LibraryShown = [this] {
-            ctlCodeItemDetails->OfferUnsavedTexts(*CurrentDatabase(), [this](qint64 item) { m_tree->GoToNode(NodeKey(item)); });
+            ctlCodeItemDetails->OfferUnsavedTexts(*CurrentDatabase(),
+                                                  [this](qint64 item) { m_tree->GoToNode(NodeKey(item)); });
         };
         if (open)
             m_libraries->LibraryShown();
@@ -114,7 +115,8 @@ void frmCodeLib::StartTips()
         Settings().Apply();
     });
     // The window's own signal must not destroy the window that raises it.
-    connect(m_oTips.get(), &ApplicationTips::TipsFormClosed, this, [this] { m_oTips.reset(); }, Qt::QueuedConnection);
+    connect(
+        m_oTips.get(), &ApplicationTips::TipsFormClosed, this, [this] { m_oTips.reset(); }, Qt::QueuedConnection);
     const QString own = ApplicationFolder() + u"Tips.rtf"_s; // the user's, if there are any
     if (!m_oTips->Start(SettingsApplication, QFile::exists(own) ? own : SharedPath(u"Tips.rtf"_s)))
         m_oTips.reset();
@@ -164,8 +166,9 @@ void frmCodeLib::PlaceWindow()
     m_layout.Read(available.size() * Twips);
     const QRect place(m_layout.Place().topLeft() / Twips, m_layout.Place().size() / Twips);
     const QList<QScreen*> screens = QGuiApplication::screens();
-    const bool isSeen = std::any_of(screens.begin(), screens.end(),
-                                    [&place](const QScreen* one) { return one->availableGeometry().intersects(place); });
+    const bool isSeen = std::any_of(screens.begin(), screens.end(), [&place](const QScreen* one) {
+        return one->availableGeometry().intersects(place);
+    });
     setGeometry(isSeen ? place : QRect(available.topLeft(), available.size() * 8 / 10)); // that screen has gone
     if (m_layout.Number(WindowLayout::WindowState) == WindowLayout::Maximised)
         setWindowState(Qt::WindowMaximized);
@@ -213,7 +216,8 @@ void frmCodeLib::ReadSeparatorPositions()
 {
     constexpr int Twips = WindowLayout::TwipsPerPixel;
     m_layout.ReadSeparatorPositions(size() * Twips, tvCodeItems->height() * Twips);
-    const int tree = qMax(tvCodeItems->minimumSizeHint().width(), m_layout.Number(WindowLayout::SubResizerSeparatorPos) / Twips);
+    const int tree = qMax(tvCodeItems->minimumSizeHint().width(),
+                          m_layout.Number(WindowLayout::SubResizerSeparatorPos) / Twips);
     ctlResizer1->setSizes({tree, qMax(1, ctlResizer1->width() - tree)});
     tvCodeItems->SetSeparatorPosition(m_layout.Number(WindowLayout::CodeItemsSeparatorPos) / Twips);
     m_storedFiles->SetSeparatorPosition(m_layout.Number(WindowLayout::FileSectionSeparatorPos) / Twips);
@@ -222,9 +226,9 @@ void frmCodeLib::ReadSeparatorPositions()
 void frmCodeLib::SaveLayout()
 {
     constexpr int Twips = WindowLayout::TwipsPerPixel;
-    const WindowLayout::State state = isMinimized() ? WindowLayout::Minimised
-        : isMaximized() || isFullScreen()           ? WindowLayout::Maximised
-                                                    : WindowLayout::Normal;
+    const WindowLayout::State state = isMinimized()                     ? WindowLayout::Minimised
+                                      : isMaximized() || isFullScreen() ? WindowLayout::Maximised
+                                                                        : WindowLayout::Normal;
     m_layout.SetNumber(WindowLayout::WindowState, state);
     if (m_layoutRead)
         m_layout.SetNumber(WindowLayout::SubResizerSeparatorPos, ctlResizer1->sizes().value(0) * Twips);
@@ -293,7 +297,8 @@ void frmCodeLib::SaveTextView()
 
 void frmCodeLib::moSettings_SettingsUpdated()
 {
-    ctlCodeItemDetails->SetPalette(TokenPalette::FromTexts(Settings().RuleColoursLight(), Settings().RuleColoursDark()));
+    ctlCodeItemDetails->SetPalette(
+        TokenPalette::FromTexts(Settings().RuleColoursLight(), Settings().RuleColoursDark()));
     ApplyAppearance(Settings().ColourScheme(), Settings().InterfaceFontName(), Settings().InterfaceFontSize());
     ctlCodeItemDetails->SetDefaultFont({Settings().DefaultFontName(), Settings().DefaultFontSize()});
     tlbTextFormat->ShowColors(Settings());
@@ -303,7 +308,7 @@ void frmCodeLib::moSettings_SettingsUpdated()
 void frmCodeLib::UpdateAskToSaveFileDescChanges()
 {
     const bool automatic = Settings().AutoSaveFileDescriptions()
-        && (!Settings().AutoSaveFileDescrIfAutoSaveOn() || m_commands.Get(u"SAVE"_s).Checked);
+                           && (!Settings().AutoSaveFileDescrIfAutoSaveOn() || m_commands.Get(u"SAVE"_s).Checked);
     m_storedFiles->SetAskToSaveFileDescChanges(!automatic);
 }
 
@@ -483,9 +488,9 @@ void frmCodeLib::ShowOptions(frmSettings::Page page)
 {
     frmSettings dialog(this);
     dialog.RequestLanguageDefinitionFileName = [](QString& fileName, bool forExport) {
-        fileName = GetFileName(forExport,
-                                            forExport ? u"Export Language Definition To File"_s : u"Import Language Definition From File"_s,
-                                            u"KT Quillbase Language Definition|*.qbl"_s);
+        fileName = GetFileName(
+            forExport, forExport ? u"Export Language Definition To File"_s : u"Import Language Definition From File"_s,
+            u"KT Quillbase Language Definition|*.qbl"_s);
     };
     dialog.LanguageDataChanged = [this] {
         ctlCodeItemDetails->FormatingInitialize(*CurrentDatabase());
@@ -527,10 +532,11 @@ void frmCodeLib::mnuBugReportItem_Click()
 
 void frmCodeLib::mnuAboutItem_Click()
 {
-    QMessageBox box(QMessageBox::NoIcon, u"About KT Quillbase"_s,
-                    u"KT Quillbase %1\nA library for source code.\n\nCopyright © 2026 Brindleton Software, MIT licence"_s.arg(
-                        ProgramVersion()),
-                    QMessageBox::Ok, this);
+    QMessageBox box(
+        QMessageBox::NoIcon, u"About KT Quillbase"_s,
+        u"KT Quillbase %1\nA library for source code.\n\nCopyright © 2026 Brindleton Software, MIT licence"_s.arg(
+            ProgramVersion()),
+        QMessageBox::Ok, this);
     constexpr int IconSize = 96;
     box.setObjectName(u"frmAbout"_s);
     box.setIconPixmap(windowIcon().pixmap(IconSize));

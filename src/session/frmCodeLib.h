@@ -166,15 +166,15 @@ private:
     BrowserToolbar* tbrBrowser = nullptr;
     QToolBar* tbrFiles = nullptr;
     QWidget* m_formatBand = nullptr; ///< tbrFiles, where files are shown, and tlbTextFormat
-    QTimer tmrStartTimer; ///< tells a single click on SAVE from a double click
+    QTimer tmrStartTimer;            ///< tells a single click on SAVE from a double click
     int m_saveClickCount = 0;
     bool m_editingEnabled = true;
     bool m_toldOfGoneFile = false;
     QComboBox* cboDatabase = nullptr;
     QLabel* m_statusText = nullptr;
     LanguageButton* m_language = nullptr; ///< of the item's code
-    QString m_status;   ///< what the first panel shows when no link mode lasts
-    QString m_linkHint; ///< what it shows while one does
+    QString m_status;                     ///< what the first panel shows when no link mode lasts
+    QString m_linkHint;                   ///< what it shows while one does
     QShortcut* m_endLinkMode = nullptr;
     QLabel* m_itemDate = nullptr;
     QString m_shownDate; ///< of the item, whatever progress has made of its panel

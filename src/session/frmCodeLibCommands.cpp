@@ -87,7 +87,8 @@ void frmCodeLib::ConnectCommands()
         m_commands.Get(u"NEXT"_s).Icon == u"DOWN_RED"_s ? m_tree->FindNextConflictItem() : m_tree->MoveOnNextItem();
     };
     const auto previous = [this] {
-        m_commands.Get(u"PREVIOUS"_s).Icon == u"UP_RED"_s ? m_tree->FindPreviousConflictItem() : m_tree->MoveOnPreviousItem();
+        m_commands.Get(u"PREVIOUS"_s).Icon == u"UP_RED"_s ? m_tree->FindPreviousConflictItem()
+                                                          : m_tree->MoveOnPreviousItem();
     };
     m_procedures = {
         {u"mnuNewDatabase"_s, [this] { m_libraries->mnuNewDatabase_Click(); }},
@@ -150,10 +151,12 @@ void frmCodeLib::ConnectItemCommands()
         {u"DELETE"_s, ofShownItem(&ItemCommands::DeleteCodeItem)},
         {u"mnuAddLink"_s, [] {}}, // opens its menu
     });
-    const std::pair<const char*, LinkMode> modes[] = {
-        {"mnuAddLinkOneWayFromSelItem", LinkMode::OneWayFrom},       {"mnuAddLinkToSelectedItem", LinkMode::OneWayTo},
-        {"mnuAddLinkOneWayNewFromSelItem", LinkMode::OneWayNewFrom}, {"mnuAddLinkOneWayNewToSelItem", LinkMode::OneWayNewTo},
-        {"mnuAddLinkTwoWayItem", LinkMode::TwoWay},                  {"mnuAddLinkTwoWayNew", LinkMode::TwoWayNew}};
+    const std::pair<const char*, LinkMode> modes[] = {{"mnuAddLinkOneWayFromSelItem", LinkMode::OneWayFrom},
+                                                      {"mnuAddLinkToSelectedItem", LinkMode::OneWayTo},
+                                                      {"mnuAddLinkOneWayNewFromSelItem", LinkMode::OneWayNewFrom},
+                                                      {"mnuAddLinkOneWayNewToSelItem", LinkMode::OneWayNewTo},
+                                                      {"mnuAddLinkTwoWayItem", LinkMode::TwoWay},
+                                                      {"mnuAddLinkTwoWayNew", LinkMode::TwoWayNew}};
     for (const auto& [name, mode] : modes)
         m_procedures.insert(QString::fromLatin1(name), [this, mode = mode] { m_linking->CreateNewLink(mode); });
 }
@@ -260,8 +263,8 @@ void frmCodeLib::UpdateAction(const QString& name)
 
 void frmCodeLib::EnableMenus(bool enabled)
 {
-    for (const CommandRow::Place place : {CommandRow::Place::Item, CommandRow::Place::View, CommandRow::Place::Tools,
-                                          CommandRow::Place::Replication})
+    for (const CommandRow::Place place :
+         {CommandRow::Place::Item, CommandRow::Place::View, CommandRow::Place::Tools, CommandRow::Place::Replication})
         MenuOf(place)->setEnabled(enabled);
     for (const QString& entry : {u"mnuNewAliasItem"_s, u"mnuRemoveDBItem"_s})
         m_commands.SetEnabled(entry, enabled);

@@ -8,12 +8,12 @@
 #include "session/FileDialogs.h"
 #include "session/frmCodeLib.h"
 #include "session/frmRelationshipDelete.h"
-#include "support/ErrorRoutine.h"
-#include "support/ui/Icons.h"
 #include "session/ui/BrowserToolbar.h"
 #include "session/ui/CodeToolbar.h"
 #include "session/ui/FormatToolbar.h"
 #include "session/ui/LanguageButton.h"
+#include "support/ErrorRoutine.h"
+#include "support/ui/Icons.h"
 #include "text/WebPages.h"
 #include "text/ctlCodeDetails.h"
 #include "text/ui/CTextEdit.h"
@@ -101,9 +101,8 @@ QAction* frmCodeLib::MakeAction(const CommandRow& row)
     action->setObjectName(name);
     if (*row.Shortcut)
         action->setShortcut(QKeySequence(QString::fromLatin1(row.Shortcut)));
-    connect(action, &QAction::triggered, this, [this, name] {
-        Guarded(u"MainForm"_s, name, [&] { m_procedures.value(name)(); });
-    });
+    connect(action, &QAction::triggered, this,
+            [this, name] { Guarded(u"MainForm"_s, name, [&] { m_procedures.value(name)(); }); });
     m_actions.insert(name, action);
     return action;
 }
@@ -194,7 +193,8 @@ void frmCodeLib::MakeTextToolbars()
     tbrCode->FillMenu(*mnuEditCode);
     tlbTextFormat = new FormatToolbar(*ctlCodeItemDetails);
     tbrBrowser = new BrowserToolbar(mnuWebLinks->actions());
-    connect(tbrBrowser, &BrowserToolbar::AddressEntered, this, [this](const QString& text) { m_page->NavigateFromCombo(text); });
+    connect(tbrBrowser, &BrowserToolbar::AddressEntered, this,
+            [this](const QString& text) { m_page->NavigateFromCombo(text); });
     MakeFilesToolbar();
     m_formatBand = new QWidget;
     auto* band = new QHBoxLayout(m_formatBand);
@@ -252,10 +252,13 @@ void frmCodeLib::MakeStatusBar()
 
 void frmCodeLib::ConnectPanels()
 {
-    connect(tvCodeItems, &ctlSmartTreeView::NodeClick, this, [this](TreeNode* node) { m_items->tvCodeItems_NodeClick(*node); });
+    connect(tvCodeItems, &ctlSmartTreeView::NodeClick, this,
+            [this](TreeNode* node) { m_items->tvCodeItems_NodeClick(*node); });
     ConnectLinks();
-    connect(tvCodeItems, &ctlSmartTreeView::NodeExpanded, this, [this](TreeNode* node) { m_tree->NodeExpanded(*node); });
-    connect(tvCodeItems, &ctlSmartTreeView::NodeCollapsed, this, [this](TreeNode* node) { m_tree->NodeCollapsed(*node); });
+    connect(tvCodeItems, &ctlSmartTreeView::NodeExpanded, this,
+            [this](TreeNode* node) { m_tree->NodeExpanded(*node); });
+    connect(tvCodeItems, &ctlSmartTreeView::NodeCollapsed, this,
+            [this](TreeNode* node) { m_tree->NodeCollapsed(*node); });
     connect(tvCodeItems, &ctlSmartTreeView::TreePainted, this, [] { Trace("tree_painted"); });
     NodeTreeView* tree = tvCodeItems->Tree();
     connect(tree, &NodeTreeView::LabelEdited, this,
@@ -278,11 +281,12 @@ void frmCodeLib::ConnectPanels()
         MenuOf(CommandRow::Place::Item)->popup(place);
     });
     tree->SetDragFormat(ItemDrag::TreeClipboardFormat());
-    tree->SetDragRules({.Start = [this](TreeNode& node) { return m_drag->Start(node); },
-                        .Over = [this](const TreeNode* node, int y, int height) { return m_drag->Over(node, y, height); },
-                        .Tick = [this] { m_drag->Tick(); },
-                        .Drop = [this] { return m_drag->Drop(); },
-                        .Complete = [this] { m_drag->Complete(); }});
+    tree->SetDragRules(
+        {.Start = [this](TreeNode& node) { return m_drag->Start(node); },
+         .Over = [this](const TreeNode* node, int y, int height) { return m_drag->Over(node, y, height); },
+         .Tick = [this] { m_drag->Tick(); },
+         .Drop = [this] { return m_drag->Drop(); },
+         .Complete = [this] { m_drag->Complete(); }});
     m_tree->ItemShown = [this] {
         m_items->ItemMenuEdit();
         ShowStatusOfItem();
@@ -317,12 +321,14 @@ void frmCodeLib::ConnectLinks()
     m_items->LibraryHasGone = [this] { ShowLibraryState(); };
     m_items->CancelLinkMode = [this] { m_linking->CancelLinkMode(); };
     m_linking->AskDirection = [this] { return AskLinkDirection(); };
-    connect(tvCodeItems, &ctlSmartTreeView::LinkModeStarted, this, [this](LinkMode mode) { m_linking->CreateNewLink(mode); });
+    connect(tvCodeItems, &ctlSmartTreeView::LinkModeStarted, this,
+            [this](LinkMode mode) { m_linking->CreateNewLink(mode); });
     connect(tvCodeItems, &ctlSmartTreeView::LinkModeEnded, this, [this] { m_linking->CancelLinkMode(); });
     connect(tvCodeItems, &ctlSmartTreeView::LinkTargetChosen, this,
             [this](TreeNode* node) { m_linking->LinkTargetChosen(*node); });
     connect(tvCodeItems, &ctlSmartTreeView::LinkFollowed, this, &frmCodeLib::FollowLink);
-    connect(tvCodeItems, &ctlSmartTreeView::LinkRemoveAsked, this, [this](qint64 item) { m_linking->DeleteLink(CLinks::KeyOf(item)); });
+    connect(tvCodeItems, &ctlSmartTreeView::LinkRemoveAsked, this,
+            [this](qint64 item) { m_linking->DeleteLink(CLinks::KeyOf(item)); });
     connect(&tvCodeItems->Nodes(), &TreeNodes::modelAboutToBeReset, this, [this] { m_linking->EndLinkMode(); });
     connect(tvCodeItems, &ctlSmartTreeView::Shrinking, this, &frmCodeLib::tvCodeItems_Shrinking);
 }
@@ -344,14 +350,17 @@ std::optional<LinkDirection> frmCodeLib::AskLinkDirection()
         const char* Image;
         LinkDirection Direction;
     };
-    static constexpr Choice choices[] = {{"From the selected item to this one", "LINK_ONEWAY_TARGET", LinkDirection::Left},
-                                         {"From this item to the selected one", "LINK_ONEWAY_SOURCE", LinkDirection::Right},
-                                         {"Both ways", "LINK_TWOWAY", LinkDirection::Both}};
+    static constexpr Choice choices[] = {
+        {"From the selected item to this one", "LINK_ONEWAY_TARGET", LinkDirection::Left},
+        {"From this item to the selected one", "LINK_ONEWAY_SOURCE", LinkDirection::Right},
+        {"Both ways", "LINK_TWOWAY", LinkDirection::Both}};
     QMenu menu(this);
     menu.setObjectName(u"mnuLinkDirection"_s);
     QHash<QAction*, LinkDirection> directions;
     for (const Choice& choice : choices)
-        directions.insert(menu.addAction(IconNamed(QString::fromLatin1(choice.Image)), QString::fromLatin1(choice.Caption)), choice.Direction);
+        directions.insert(
+            menu.addAction(IconNamed(QString::fromLatin1(choice.Image)), QString::fromLatin1(choice.Caption)),
+            choice.Direction);
     const auto chosen = directions.constFind(menu.exec(QCursor::pos()));
     return chosen == directions.constEnd() ? std::nullopt : std::optional(*chosen);
 }
@@ -399,8 +408,9 @@ void frmCodeLib::ConnectDetails()
 void frmCodeLib::ConnectFiles()
 {
     m_storedFiles->RequestFileNames = &GetFileNames;
-    m_storedFiles->RequestSaveFileName
-        = [](const QString& title, const QString& name) { return GetFileName(true, title, u"All Files|*"_s, name); };
+    m_storedFiles->RequestSaveFileName = [](const QString& title, const QString& name) {
+        return GetFileName(true, title, u"All Files|*"_s, name);
+    };
     m_storedFiles->RequestShowImportFilesDialog = [this] { return Settings().ShowImportFilesDialog(); };
     m_storedFiles->SetShowImportFilesDialog = [this](bool show) {
         Settings().SetShowImportFilesDialog(show);

@@ -98,7 +98,7 @@ void frmNewDatabase::UpdateControls()
 void frmNewDatabase::Browse()
 {
     const QString path = GetFileName(false, u"Please select Quillbase language definition file:"_s,
-                                                  u"KT Quillbase Language Definition|*.qbl"_s);
+                                     u"KT Quillbase Language Definition|*.qbl"_s);
     if (!path.isEmpty())
         m_path->setText(path);
 }

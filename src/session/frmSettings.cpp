@@ -33,8 +33,12 @@ struct PageRow {
     const char* Icon;
 };
 constexpr PageRow PageRows[frmSettings::PageCount] = {
-    {"General", "preferences-system"}, {"Texts", "preferences-desktop-font"}, {"Stored Files", "tab-files"},
-    {"Downloads", "folder-download"}, {"Library", "library"}, {"Language", "tab-code"},
+    {"General", "preferences-system"},
+    {"Texts", "preferences-desktop-font"},
+    {"Stored Files", "tab-files"},
+    {"Downloads", "folder-download"},
+    {"Library", "library"},
+    {"Language", "tab-code"},
     {"Information", "documentinfo"},
 };
 
@@ -174,27 +178,30 @@ void frmSettings::FillControls()
 /// stays open then.
 bool frmSettings::Apply()
 {
-    return Guarded(ModuleName, u"Apply"_s, [this] {
-        if (m_language && !m_language->CheckCommentDelimiter()) {
-            ShowPage(KeywordPage);
-            return false;
-        }
-        const bool languageChanged = m_language && m_language->Changed();
-        if (languageChanged)
-            m_language->SaveLanguage();
-        const int errors = HandledErrorCount();
-        m_settings->Apply();
-        if (HandledErrorCount() > errors)
-            return false;
-        if (m_language)
-            m_language->Commit();
-        if (languageChanged)
-            m_languagePage->KeepColours();
-        if (languageChanged && LanguageDataChanged)
-            LanguageDataChanged();
-        cmdApply->setEnabled(false);
-        return true;
-    }, false);
+    return Guarded(
+        ModuleName, u"Apply"_s,
+        [this] {
+            if (m_language && !m_language->CheckCommentDelimiter()) {
+                ShowPage(KeywordPage);
+                return false;
+            }
+            const bool languageChanged = m_language && m_language->Changed();
+            if (languageChanged)
+                m_language->SaveLanguage();
+            const int errors = HandledErrorCount();
+            m_settings->Apply();
+            if (HandledErrorCount() > errors)
+                return false;
+            if (m_language)
+                m_language->Commit();
+            if (languageChanged)
+                m_languagePage->KeepColours();
+            if (languageChanged && LanguageDataChanged)
+                LanguageDataChanged();
+            cmdApply->setEnabled(false);
+            return true;
+        },
+        false);
 }
 
 void frmSettings::accept()
@@ -269,8 +276,9 @@ void frmSettings::keyPressEvent(QKeyEvent* event)
 
 void frmSettings::FindSetting(const QString& text)
 {
-    const auto found = std::find_if(m_places.begin(), m_places.end(),
-                                    [&](const Place& place) { return place.Text.contains(text.trimmed(), Qt::CaseInsensitive); });
+    const auto found = std::find_if(m_places.begin(), m_places.end(), [&](const Place& place) {
+        return place.Text.contains(text.trimmed(), Qt::CaseInsensitive);
+    });
     if (found != m_places.end() && !text.trimmed().isEmpty())
         ShowPlace(*found);
 }

@@ -77,12 +77,14 @@ private:
     void MakeBackupControls(QFormLayout& form);
     void MakeInformationPage();
     template <class Read, class Write>
-    QCheckBox* AddFlag(QFormLayout& form, const char* name, const QString& label, Read read, Write write, const QString& keywords = {});
+    QCheckBox* AddFlag(QFormLayout& form, const char* name, const QString& label, Read read, Write write,
+                       const QString& keywords = {});
     template <class Read, class Write>
-    QLineEdit* AddNumber(QFormLayout& form, const char* name, const QString& label, const QString& unit, Read read, Write write);
-    template <class Read, class Write>
-    QLineEdit* AddFolder(QFormLayout& form, const char* name, const char* browse, const QString& label, const QString& title, Read read,
+    QLineEdit* AddNumber(QFormLayout& form, const char* name, const QString& label, const QString& unit, Read read,
                          Write write);
+    template <class Read, class Write>
+    QLineEdit* AddFolder(QFormLayout& form, const char* name, const char* browse, const QString& label,
+                         const QString& title, Read read, Write write);
     template <class Read, class Write>
     ColorButton* AddColor(QFormLayout& form, const char* name, const QString& label, Read read, Write write);
     void AddFontControls(QFormLayout& form);

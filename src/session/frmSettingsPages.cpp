@@ -99,7 +99,8 @@ QFormLayout* frmSettings::AddPage(Page page)
 }
 
 template <class Read, class Write>
-QCheckBox* frmSettings::AddFlag(QFormLayout& form, const char* name, const QString& label, Read read, Write write, const QString& keywords)
+QCheckBox* frmSettings::AddFlag(QFormLayout& form, const char* name, const QString& label, Read read, Write write,
+                                const QString& keywords)
 {
     auto* box = new QCheckBox(label);
     box->setObjectName(QString::fromLatin1(name));
@@ -112,7 +113,8 @@ QCheckBox* frmSettings::AddFlag(QFormLayout& form, const char* name, const QStri
 
 /// An empty text counts as 1; anything but digits can't be typed.
 template <class Read, class Write>
-QLineEdit* frmSettings::AddNumber(QFormLayout& form, const char* name, const QString& label, const QString& unit, Read read, Write write)
+QLineEdit* frmSettings::AddNumber(QFormLayout& form, const char* name, const QString& label, const QString& unit,
+                                  Read read, Write write)
 {
     constexpr int Width = 80;
     auto* box = new QLineEdit;
@@ -135,8 +137,8 @@ QLineEdit* frmSettings::AddNumber(QFormLayout& form, const char* name, const QSt
 }
 
 template <class Read, class Write>
-QLineEdit* frmSettings::AddFolder(QFormLayout& form, const char* name, const char* browse, const QString& label, const QString& title, Read read,
-                                  Write write)
+QLineEdit* frmSettings::AddFolder(QFormLayout& form, const char* name, const char* browse, const QString& label,
+                                  const QString& title, Read read, Write write)
 {
     auto* box = new QLineEdit;
     box->setObjectName(QString::fromLatin1(name));
@@ -147,7 +149,8 @@ QLineEdit* frmSettings::AddFolder(QFormLayout& form, const char* name, const cha
     row->addWidget(button);
     AddRow(form, label, row, box);
     m_bindings.push_back({box, [this, box, read] { box->setText(read(*m_settings)); }});
-    connect(box, &QLineEdit::textChanged, this, [this, write](const QString& text) { Change([&] { write(*m_settings, text); }); });
+    connect(box, &QLineEdit::textChanged, this,
+            [this, write](const QString& text) { Change([&] { write(*m_settings, text); }); });
     connect(button, &QPushButton::clicked, this, [this, box, title] {
         const QString folder = QFileDialog::getExistingDirectory(this, title, box->text());
         if (!folder.isEmpty())
@@ -166,7 +169,8 @@ ColorButton* frmSettings::AddColor(QFormLayout& form, const char* name, const QS
     button->setObjectName(QString::fromLatin1(name));
     form.addRow(label, button);
     m_bindings.push_back({button, [this, button, read] { button->SetColor(quint32(read(*m_settings))); }});
-    connect(button, &ColorButton::ColorChosen, this, [this, write](quint32 color) { Change([&] { write(*m_settings, int(color)); }); });
+    connect(button, &ColorButton::ColorChosen, this,
+            [this, write](quint32 color) { Change([&] { write(*m_settings, int(color)); }); });
     Register(label, m_built, button);
     return button;
 }
@@ -181,16 +185,19 @@ void frmSettings::MakeGeneralPage()
     form.addRow(MakeHeading(u"Appearance"_s));
     AddAppearanceControls(form);
     form.addRow(MakeHeading(u"Window"_s));
-    AddFlag(form, "chkSaveLayout", u"&Remember the window's place and layout"_s, QB_BIND(SaveFormLayout), u"position, size, splitters"_s);
+    AddFlag(form, "chkSaveLayout", u"&Remember the window's place and layout"_s, QB_BIND(SaveFormLayout),
+            u"position, size, splitters"_s);
     AddFlag(form, "chkStatusBar", u"Show the &status bar"_s, QB_BIND(ShowStatusBar));
     AddFlag(form, "chkTipsOnStartup", u"Show &tips at the start"_s, QB_BIND(TipsOnStartup));
     AddFlag(form, "chkExpandBranches", u"Next and previous item &enter closed branches of the tree, too"_s,
             QB_BIND(ExpandBranches));
     form.addRow(MakeHeading(u"Browsing"_s));
-    AddFlag(form, "chkAutoHideBookmarks", u"Hide the &bookmarks while a web page is shown"_s, QB_BIND(AutoHideBookmarksWhenBrowsing));
+    AddFlag(form, "chkAutoHideBookmarks", u"Hide the &bookmarks while a web page is shown"_s,
+            QB_BIND(AutoHideBookmarksWhenBrowsing));
     AddFlag(form, "chkAutoHideTree", u"Hide the t&ree while a web page is shown"_s, QB_BIND(AutoHideTreeWhenBrowsing));
     form.addRow(MakeHeading(u"Replication"_s));
-    AddFlag(form, "chkDisplaySynchroNotifications", u"Show &notifications during synchronization"_s, QB_BIND(DisplaySynchroNotifications));
+    AddFlag(form, "chkDisplaySynchroNotifications", u"Show &notifications during synchronization"_s,
+            QB_BIND(DisplaySynchroNotifications));
 }
 
 void frmSettings::AddAppearanceControls(QFormLayout& form)
@@ -201,7 +208,8 @@ void frmSettings::AddAppearanceControls(QFormLayout& form)
     scheme->addItem(u"Light"_s, u"Light"_s);
     scheme->addItem(u"Dark"_s, u"Dark"_s);
     form.addRow(u"&Colour scheme:"_s, scheme);
-    m_bindings.push_back({scheme, [this, scheme] { scheme->setCurrentIndex(qMax(0, scheme->findData(m_settings->ColourScheme()))); }});
+    m_bindings.push_back(
+        {scheme, [this, scheme] { scheme->setCurrentIndex(qMax(0, scheme->findData(m_settings->ColourScheme()))); }});
     connect(scheme, &QComboBox::currentIndexChanged, this,
             [this, scheme] { Change([&] { m_settings->SetColourScheme(scheme->currentData().toString()); }); });
     Register(u"Colour scheme (dark, light)"_s, m_built, scheme);
@@ -221,8 +229,10 @@ void frmSettings::AddAppearanceControls(QFormLayout& form)
     row->addWidget(font, 1);
     row->addWidget(size);
     AddRow(form, u"Interface &font:"_s, row, font);
-    m_bindings.push_back({font, [this, font] { font->setCurrentIndex(qMax(0, font->findData(m_settings->InterfaceFontName()))); }});
-    m_bindings.push_back({size, [this, size] { size->setCurrentIndex(qMax(0, size->findData(m_settings->InterfaceFontSize()))); }});
+    m_bindings.push_back(
+        {font, [this, font] { font->setCurrentIndex(qMax(0, font->findData(m_settings->InterfaceFontName()))); }});
+    m_bindings.push_back(
+        {size, [this, size] { size->setCurrentIndex(qMax(0, size->findData(m_settings->InterfaceFontSize()))); }});
     connect(font, &QComboBox::currentIndexChanged, this,
             [this, font] { Change([&] { m_settings->SetInterfaceFontName(font->currentData().toString()); }); });
     connect(size, &QComboBox::currentIndexChanged, this,
@@ -239,7 +249,8 @@ void frmSettings::MakeTextPage()
     AddColor(form, "picDefaultColor1", u"Text colour &1:"_s, QB_BIND(DefaultColor1));
     AddColor(form, "picDefaultColor2", u"Text colour &2:"_s, QB_BIND(DefaultColor2));
     form.addRow(MakeHeading(u"Code"_s));
-    AddFlag(form, "chkAutoColorizeOnOpen", u"&Colour code when an item is opened"_s, QB_BIND(AutoColorizeWhenItemOpened), u"colorize, syntax"_s);
+    AddFlag(form, "chkAutoColorizeOnOpen", u"&Colour code when an item is opened"_s,
+            QB_BIND(AutoColorizeWhenItemOpened), u"colorize, syntax"_s);
 }
 
 void frmSettings::AddFontControls(QFormLayout& form)
@@ -280,10 +291,13 @@ void frmSettings::MakeFilePage()
 {
     QFormLayout& form = *AddPage(FilePage);
     form.addRow(MakeHeading(u"Descriptions"_s));
-    AddFlag(form, "chkSaveFileDescriptions", u"&Save descriptions of files without asking"_s, QB_BIND(AutoSaveFileDescriptions));
-    AddFlag(form, "chkSaveFileDescIfAutosave", u"&Only while auto-save is on"_s, QB_BIND(AutoSaveFileDescrIfAutoSaveOn));
+    AddFlag(form, "chkSaveFileDescriptions", u"&Save descriptions of files without asking"_s,
+            QB_BIND(AutoSaveFileDescriptions));
+    AddFlag(form, "chkSaveFileDescIfAutosave", u"&Only while auto-save is on"_s,
+            QB_BIND(AutoSaveFileDescrIfAutoSaveOn));
     form.addRow(MakeHeading(u"Import"_s));
-    AddFlag(form, "chkShowFileImport", u"&Ask how files are to be imported"_s, QB_BIND(ShowImportFilesDialog), u"zip, compress"_s);
+    AddFlag(form, "chkShowFileImport", u"&Ask how files are to be imported"_s, QB_BIND(ShowImportFilesDialog),
+            u"zip, compress"_s);
 }
 
 void frmSettings::MakeDownloadPage()
@@ -296,9 +310,10 @@ void frmSettings::MakeDownloadPage()
         bool ToItem;
         bool ToFolder;
     };
-    static constexpr Option options[] = {{"optIntFileAutoSaveToItem", "is stored with the &item", true, false},
-                                         {"optIntFileSaveToDir", "is saved to a &folder", false, true},
-                                         {"optIntFileSaveBoth", "is stored &with the item and saved to a folder", true, true}};
+    static constexpr Option options[] = {
+        {"optIntFileAutoSaveToItem", "is stored with the &item", true, false},
+        {"optIntFileSaveToDir", "is saved to a &folder", false, true},
+        {"optIntFileSaveBoth", "is stored &with the item and saved to a folder", true, true}};
     for (const Option& option : options) {
         auto* button = new QRadioButton(QString::fromLatin1(option.Label));
         button->setObjectName(QString::fromLatin1(option.Name));
@@ -317,8 +332,10 @@ void frmSettings::MakeDownloadPage()
         });
         Register(u"A downloaded file "_s + QString::fromLatin1(option.Label), m_built, button);
     }
-    AddFolder(form, "txtIntFileSavePath", "cmdIntFilePathBrowse", u"Fol&der:"_s, u"Folder of Downloaded Files"_s, QB_BIND(InternetFileSavePath));
-    AddFlag(form, "chkIntFileCloseWindow", u"&Close the window when the download has finished"_s, QB_BIND(InternetFileCloseWhenFinished));
+    AddFolder(form, "txtIntFileSavePath", "cmdIntFilePathBrowse", u"Fol&der:"_s, u"Folder of Downloaded Files"_s,
+              QB_BIND(InternetFileSavePath));
+    AddFlag(form, "chkIntFileCloseWindow", u"&Close the window when the download has finished"_s,
+            QB_BIND(InternetFileCloseWhenFinished));
 }
 
 void frmSettings::MakeLibraryPage()
@@ -339,7 +356,8 @@ void frmSettings::MakeBackupControls(QFormLayout& form)
     AddFlag(form, "chkDBBackupEvery", u"&Back it up at the end of a session"_s, QB_BIND(DBBackupOnExit));
     AddNumber(form, "txtDBBackupEvery", u"Eve&ry:"_s, u"days of use"_s, QB_BIND(DBBackupPeriod));
     AddFlag(form, "chkDBAutomaticBackup", u"&Without asking"_s, QB_BIND(DBBackupAutomatic));
-    AddFolder(form, "txtDBBackupPath", "cmdDBBackupPathBrowse", u"&Folder of backups:"_s, u"Folder of Backups"_s, QB_BIND(DBBackupDir));
+    AddFolder(form, "txtDBBackupPath", "cmdDBBackupPathBrowse", u"&Folder of backups:"_s, u"Folder of Backups"_s,
+              QB_BIND(DBBackupDir));
     AddFlag(form, "chkDBAutoDeleteOldBackups", u"&Delete old backups"_s, QB_BIND(DBBackupAutoDeleteOld));
     AddNumber(form, "txtDBKeepNoOfBackups", u"&Keep the last:"_s, u"backups"_s, QB_BIND(DBBackupAutoDeleteNo));
 }
@@ -347,7 +365,9 @@ void frmSettings::MakeBackupControls(QFormLayout& form)
 /// What one switch governs is enabled by it.
 void frmSettings::UpdateEnabled()
 {
-    const auto checked = [this](const QString& name) { return qobject_cast<QCheckBox*>(m_controls[name])->isChecked(); };
+    const auto checked = [this](const QString& name) {
+        return qobject_cast<QCheckBox*>(m_controls[name])->isChecked();
+    };
     const auto enable = [this](const QStringList& names, bool enabled) {
         for (const QString& name : names)
             m_controls[name]->setEnabled(enabled);
@@ -357,7 +377,8 @@ void frmSettings::UpdateEnabled()
     enable({u"chkDBShared"_s, u"chkDBCompactOnExit"_s, u"chkDBBackupEvery"_s}, library);
     enable({u"chkDBEnableSessionUndo"_s}, !library || !checked(u"chkDBShared"_s));
     enable({u"txtDBCompactOnExit"_s}, library && checked(u"chkDBCompactOnExit"_s));
-    enable({u"txtDBBackupEvery"_s, u"txtDBBackupPath"_s, u"cmdDBBackupPathBrowse"_s, u"chkDBAutomaticBackup"_s, u"chkDBAutoDeleteOldBackups"_s},
+    enable({u"txtDBBackupEvery"_s, u"txtDBBackupPath"_s, u"cmdDBBackupPathBrowse"_s, u"chkDBAutomaticBackup"_s,
+            u"chkDBAutoDeleteOldBackups"_s},
            backup);
     enable({u"txtDBKeepNoOfBackups"_s}, backup && checked(u"chkDBAutoDeleteOldBackups"_s));
     enable({u"chkSaveFileDescIfAutosave"_s}, checked(u"chkSaveFileDescriptions"_s));
@@ -380,7 +401,9 @@ void frmSettings::FillDatabaseInfo()
         return;
     }
     Guarded(u"frmSettings"_s, u"tmrDatabaseInfoStart_Timer"_s, [this] {
-        const auto count = [this](const QString& table) { return Grouped(m_database->QueryValue(u"SELECT count(*) FROM "_s + table).ToLong()); };
+        const auto count = [this](const QString& table) {
+            return Grouped(m_database->QueryValue(u"SELECT count(*) FROM "_s + table).ToLong());
+        };
         const qint64 library = QFileInfo(m_database->Name()).size();
         const qint64 files = SizeOfFolder(Session().CurrentFilesFolder);
         const qint64 pages = SizeOfFolder(Session().CurrentHTMLFolder);

@@ -18,9 +18,24 @@ public:
 
     /// The columns, as RowObject numbers them.
     enum Column : size_t {
-        ParentColumn, TitleColumn, DescriptionColumn, InfoColumn, CreatedColumn, LastChangedColumn, UserColumn, StatusColumn,
-        RatingColumn, CodeHeadersColumn, UsageHeadersColumn, NotesColumn, CodeColumn, ExampleColumn, HTMLPageColumn,
-        HTMLLastUpdatedColumn, MotherParentColumn, MotherRecordColumn
+        ParentColumn,
+        TitleColumn,
+        DescriptionColumn,
+        InfoColumn,
+        CreatedColumn,
+        LastChangedColumn,
+        UserColumn,
+        StatusColumn,
+        RatingColumn,
+        CodeHeadersColumn,
+        UsageHeadersColumn,
+        NotesColumn,
+        CodeColumn,
+        ExampleColumn,
+        HTMLPageColumn,
+        HTMLLastUpdatedColumn,
+        MotherParentColumn,
+        MotherRecordColumn
     };
 
     /// Deletes the row at once, with what refers to it, as a commit of Delete does. Raises an error,

@@ -22,7 +22,8 @@ void CCodeItem::ReadLinks()
     const qint64 key = RowKey();
     Statement outgoing = Library().Query(
         u"SELECT ItemLinks.ID, ItemLinks.LinkItemID, ItemLinks.Note, ItemLinks.DateUpdated, Items.Title FROM ItemLinks "
-        "LEFT JOIN Items ON ItemLinks.LinkItemID = Items.ID WHERE ItemLinks.ItemID = ? ORDER BY ItemLinks.ID"_s, {key});
+        "LEFT JOIN Items ON ItemLinks.LinkItemID = Items.ID WHERE ItemLinks.ItemID = ? ORDER BY ItemLinks.ID"_s,
+        {key});
     while (outgoing.Step()) {
         const qint64 other = outgoing.Long(1);
         const std::shared_ptr<CLink> link = m_links.Add(CLinks::KeyOf(other));
@@ -91,9 +92,11 @@ void CCodeItem::ChangeLinkNote(const QString& key, const QString& note)
 QString CCodeItem::NoteText(const QString& note) const
 {
     if (note.contains(u'\''))
-        throw RuntimeError(ErrorNumber::SyntaxError,
-                           u"Syntax error (missing operator) in query expression: the note '%1' of a link has an apostrophe. Nothing was saved."_s.arg(
-                               note.left(60)), ModuleName());
+        throw RuntimeError(
+            ErrorNumber::SyntaxError,
+            u"Syntax error (missing operator) in query expression: the note '%1' of a link has an apostrophe. "
+            "Nothing was saved."_s.arg(note.left(60)),
+            ModuleName());
     return note;
 }
 

@@ -31,8 +31,8 @@ struct MaintenanceDefault {
     Value Setting;
 };
 const MaintenanceDefault MaintenanceDefaults[] = {
-    {"CompactOnExit"_L1, true}, {"CompactOnExitEvery"_L1, 5}, {"BackupOnExit"_L1, true}, {"BackupOnExitEvery"_L1, 15},
-    {"BackupAutoDelete"_L1, true}, {"BackupAutoDeleteNo"_L1, 5},
+    {"CompactOnExit"_L1, true},   {"CompactOnExitEvery"_L1, 5},  {"BackupOnExit"_L1, true},
+    {"BackupOnExitEvery"_L1, 15}, {"BackupAutoDelete"_L1, true}, {"BackupAutoDeleteNo"_L1, 5},
 };
 
 void RemoveDatabaseFile(const QString& path)
@@ -77,20 +77,23 @@ bool CDBCreate::CreateNewDB(const QString& path, LanguageType languageType, cons
         m_database = nullptr;
         return true;
     };
-    const bool created = Guarded(ModuleName, u"CreateNewDB"_s, [&] {
-        if (const QString reason = WhyNotWritable(path); !reason.isEmpty())
-            throw RuntimeError(ErrorNumber::PathAccess, u"The database '%1' can't be made. %2"_s.arg(path, reason),
-                               u"CDBCreate::CreateNewDB"_s);
-        RefuseSharedFolders(path);
-        try {
-            const bool built = build();
-            if (built)
-                MoveIntoPlace(interim, path, false);
-            return built;
-        } catch (const RuntimeError& error) { // the user knows the file by its own name
-            throw RuntimeError(error.Number(), QString(error.Description()).replace(interim, path), error.Source());
-        }
-    }, false);
+    const bool created = Guarded(
+        ModuleName, u"CreateNewDB"_s,
+        [&] {
+            if (const QString reason = WhyNotWritable(path); !reason.isEmpty())
+                throw RuntimeError(ErrorNumber::PathAccess, u"The database '%1' can't be made. %2"_s.arg(path, reason),
+                                   u"CDBCreate::CreateNewDB"_s);
+            RefuseSharedFolders(path);
+            try {
+                const bool built = build();
+                if (built)
+                    MoveIntoPlace(interim, path, false);
+                return built;
+            } catch (const RuntimeError& error) { // the user knows the file by its own name
+                throw RuntimeError(error.Number(), QString(error.Description()).replace(interim, path), error.Source());
+            }
+        },
+        false);
     m_database = nullptr;
     RemoveDatabaseFile(interim);
     return created;
@@ -186,7 +189,7 @@ void CDBCreate::SetUpProperties(const QString& masterPath)
 QString CDBCreate::DBIDGenerate()
 {
     constexpr int Length = 10;
-    constexpr int LastDigit = 11;  // one past nine, so the colon is a member
+    constexpr int LastDigit = 11; // one past nine, so the colon is a member
     constexpr int LastCapital = 35;
     QString id;
     for (int i = 0; i < Length; ++i) {

@@ -74,16 +74,19 @@ void CFileObject::SetStoredFile(const QString& path, Intake intake)
 template <class Body>
 bool CFileObject::UnlessCancelled(const QString& procedure, Body&& body)
 {
-    return Guarded(ModuleName(), procedure, [&] {
-        try {
-            body();
-            return true;
-        } catch (const RuntimeError& error) {
-            if (error.Number() != ErrorNumber::UserInterrupt)
-                throw;
-            return false;
-        }
-    }, false);
+    return Guarded(
+        ModuleName(), procedure,
+        [&] {
+            try {
+                body();
+                return true;
+            } catch (const RuntimeError& error) {
+                if (error.Number() != ErrorNumber::UserInterrupt)
+                    throw;
+                return false;
+            }
+        },
+        false);
 }
 
 /// A title that makes no name of a file on the disk is refused before anything is written.
@@ -94,9 +97,12 @@ void CFileObject::RequireStorableTitle() const
     constexpr qsizetype LongestId = 20;
     const bool tooLong = title.size() > LongestName || QFile::encodeName(title).size() + LongestId + 3 > LongestName;
     if (tooLong)
-        throw RuntimeError(ErrorNumber::PathAccess, u"The name '%1...' is too long to be stored; nothing was changed."_s.arg(title.left(60)), ModuleName());
+        throw RuntimeError(ErrorNumber::PathAccess,
+                           u"The name '%1...' is too long to be stored; nothing was changed."_s.arg(title.left(60)),
+                           ModuleName());
     if (title.isEmpty() || StoredFilePath(1, title).isEmpty())
-        throw RuntimeError(ErrorNumber::PathAccess, u"'%1' is no name for a stored file; nothing was changed."_s.arg(title), ModuleName());
+        throw RuntimeError(ErrorNumber::PathAccess,
+                           u"'%1' is no name for a stored file; nothing was changed."_s.arg(title), ModuleName());
 }
 
 /// Refuses what can't be stored before anything is copied.
@@ -106,16 +112,20 @@ void CFileObject::RequireStorableFile() const
     RequireStorableTitle();
     const qint64 size = QFileInfo(m_storedFile).size();
     if (size > LargestSize)
-        throw RuntimeError(ErrorNumber::Overflow,
-                           u"The file '%1' has %2 bytes; a library stores files of up to %3. Nothing was changed."_s.arg(m_storedFile).arg(size).arg(LargestSize),
-                           ModuleName());
+        throw RuntimeError(
+            ErrorNumber::Overflow,
+            u"The file '%1' has %2 bytes; a library stores files of up to %3. Nothing was changed."_s.arg(m_storedFile)
+                .arg(size)
+                .arg(LargestSize),
+            ModuleName());
 }
 
 void CFileObject::CopyStoredFile(std::shared_ptr<PendingWork> work, qint64 number)
 {
     RequireStorableFile();
     const QDateTime modified = QFileInfo(m_storedFile).lastModified(); // none when there is no such file
-    m_arriving = std::make_unique<ArrivingFile>(std::move(work), number, m_storedFile, m_intake == Intake::Move, Progress);
+    m_arriving = std::make_unique<ArrivingFile>(std::move(work), number, m_storedFile, m_intake == Intake::Move,
+                                                Progress);
     if (State() == RecordState::New)
         SetOrigDateTime(modified.isValid() ? Date::FromDateTime(modified) : Date());
 }
@@ -231,13 +241,17 @@ QString CFileObject::SaveToFile2(const QString& target)
             FinishPendingFiles(Library()); // it may be on its way since a power cut
         if (source.isEmpty() || !QFile::exists(source)) {
             if (Library().IsReadOnly())
-                throw RuntimeError(ErrorNumber::FileNotFound, u"The stored file '%1' is missing in the library's folder."_s.arg(title.ToText()), ModuleName());
-            const bool deletes = Prompts::Current().MsgBox({.Text = u"Source file not found in its location. Do you wish to delete the record "
-                                                                    "from the database?"_s,
-                                                            .Caption = u"Update database?"_s,
-                                                            .Buttons = MsgBoxButtons::YesNo,
-                                                            .Icon = MsgBoxIcon::Question,
-                                                            .Default = MsgBoxResult::No})
+                throw RuntimeError(ErrorNumber::FileNotFound,
+                                   u"The stored file '%1' is missing in the library's folder."_s.arg(title.ToText()),
+                                   ModuleName());
+            const bool deletes =
+                Prompts::Current().MsgBox(
+                    {.Text = u"Source file not found in its location. Do you wish to delete the record "
+                             "from the database?"_s,
+                     .Caption = u"Update database?"_s,
+                     .Buttons = MsgBoxButtons::YesNo,
+                     .Icon = MsgBoxIcon::Question,
+                     .Default = MsgBoxResult::No})
                 == MsgBoxResult::Yes;
             if (deletes) {
                 Delete();
@@ -246,8 +260,11 @@ QString CFileObject::SaveToFile2(const QString& target)
             return;
         }
         if (!IsPlainFile(source))
-            throw RuntimeError(ErrorNumber::PathAccess,
-                               u"What stands in the place of the stored file '%1' is no file; it is neither followed nor read."_s.arg(title.ToText()), ModuleName());
+            throw RuntimeError(
+                ErrorNumber::PathAccess,
+                u"What stands in the place of the stored file '%1' is no file; it is neither followed nor read."_s.arg(
+                    title.ToText()),
+                ModuleName());
         const QString interim = InterimName(target);
         const auto clear = qScopeGuard([&interim] { QFile::remove(interim); }); // where it can't be moved
         CopyFileContents(source, interim, Progress);

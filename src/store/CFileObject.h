@@ -73,7 +73,13 @@ protected:
 
 private:
     enum Column : size_t {
-        CodeIDColumn, TitleColumn, DateAddedColumn, OrigDateTimeColumn, DescriptionColumn, SizeColumn, MotherCodeIDColumn
+        CodeIDColumn,
+        TitleColumn,
+        DateAddedColumn,
+        OrigDateTimeColumn,
+        DescriptionColumn,
+        SizeColumn,
+        MotherCodeIDColumn
     };
 
     template <class Body>

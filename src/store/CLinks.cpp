@@ -11,7 +11,8 @@ using namespace Qt::StringLiterals;
 std::shared_ptr<CLink> CLinks::Add(const QString& key, std::shared_ptr<CLink> link)
 {
     if (m_byKey.contains(key))
-        throw RuntimeError(ErrorNumber::KeyExists, u"This key is already associated with an element of this collection."_s, u"CLinks::Add"_s);
+        throw RuntimeError(ErrorNumber::KeyExists,
+                           u"This key is already associated with an element of this collection."_s, u"CLinks::Add"_s);
     if (!link)
         link = std::make_shared<CLink>();
     m_links.push_back(link);
@@ -24,7 +25,8 @@ std::shared_ptr<CLink> CLinks::AddAutoResolveExisting(qint64 otherId, LinkDirect
     const std::shared_ptr<CLink> link = m_byKey.value(KeyOf(otherId));
     if (!link)
         return nullptr;
-    if (link->Direction != direction && (link->Direction == LinkDirection::Left || link->Direction == LinkDirection::Right))
+    if (link->Direction != direction
+        && (link->Direction == LinkDirection::Left || link->Direction == LinkDirection::Right))
         link->Direction = LinkDirection::Both;
     return link;
 }

@@ -11,9 +11,9 @@ namespace qb {
 
 /// Which way a link leads, seen from an item.
 enum class LinkDirection {
-    None = 0,   ///< to be removed altogether
-    Left = 1,   ///< this item to the other: source to target
-    Right = 2,  ///< the other item to this one: target to source
+    None = 0,  ///< to be removed altogether
+    Left = 1,  ///< this item to the other: source to target
+    Right = 2, ///< the other item to this one: target to source
     Both = 3,
 };
 
@@ -24,8 +24,8 @@ struct CLink {
     qint64 ID2 = 0; ///< of the mirror row (other item, this item); 0: none
     qint64 LinkedItemId = 0;
     LinkDirection Direction = LinkDirection::None;
-    QString Note;     ///< of the row from this item
-    Date DateChanged; ///< of that row; 0 when it has none
+    QString Note;           ///< of the row from this item
+    Date DateChanged;       ///< of that row; 0 when it has none
     bool DirtyFlag = false; ///< to be written at the next commit
     QString LinkedItemTitle;
 };

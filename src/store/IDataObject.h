@@ -9,7 +9,7 @@ class Database;
 /// The state of a record object.
 enum class RecordState {
     Clean = 0,
-    New = 1,             ///< no row yet
+    New = 1, ///< no row yet
     Edited = 2,
     MarkedForDelete = 3, ///< the row goes at the next commit
     Deleted = 4,

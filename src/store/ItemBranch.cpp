@@ -27,8 +27,8 @@ void CommitOrRaise(CCodeItem& item, const QString& what)
 void RequireItem(Database& database, qint64 id)
 {
     if (database.QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {id}).IsNull())
-        throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no item %1 in the library; nothing was changed."_s.arg(id),
-                           u"RequireItem"_s);
+        throw RuntimeError(ErrorNumber::ItemNotFound,
+                           u"There is no item %1 in the library; nothing was changed."_s.arg(id), u"RequireItem"_s);
 }
 
 std::vector<qint64> BranchOf(Database& database, qint64 id)
@@ -75,8 +75,10 @@ void DeleteBranch(Database& database, qint64 id, const std::function<void(int)>&
         try {
             row.DeleteRow();
         } catch (const RuntimeError& error) {
-            throw RuntimeError(error.Number(),
-                               u"The item %1 could not be deleted; nothing was changed.\n%2"_s.arg(item).arg(error.Description()), u"DeleteBranch"_s);
+            throw RuntimeError(
+                error.Number(),
+                u"The item %1 could not be deleted; nothing was changed.\n%2"_s.arg(item).arg(error.Description()),
+                u"DeleteBranch"_s);
         }
         if (progress)
             progress(++done);

@@ -19,9 +19,12 @@ struct TextRow {
     enum { Plain, Formatted, Coloured } Form;
 };
 constexpr TextRow TextRows[] = {
-    {CCodeItem::TitleColumn, "title", TextRow::Plain},       {CCodeItem::DescriptionColumn, "description", TextRow::Plain},
-    {CCodeItem::InfoColumn, "info", TextRow::Plain},         {CCodeItem::CodeColumn, "code", TextRow::Coloured},
-    {CCodeItem::ExampleColumn, "usage", TextRow::Coloured},  {CCodeItem::NotesColumn, "notes", TextRow::Formatted},
+    {CCodeItem::TitleColumn, "title", TextRow::Plain},
+    {CCodeItem::DescriptionColumn, "description", TextRow::Plain},
+    {CCodeItem::InfoColumn, "info", TextRow::Plain},
+    {CCodeItem::CodeColumn, "code", TextRow::Coloured},
+    {CCodeItem::ExampleColumn, "usage", TextRow::Coloured},
+    {CCodeItem::NotesColumn, "notes", TextRow::Formatted},
 };
 
 /// What a column says of a text goes with the text.
@@ -34,7 +37,8 @@ constexpr Companion Companions[] = {{CCodeItem::CodeColumn, CCodeItem::CodeHeade
 
 const TextRow* TextOf(size_t column)
 {
-    const auto row = std::find_if(std::begin(TextRows), std::end(TextRows), [column](const TextRow& one) { return one.Column == column; });
+    const auto row = std::find_if(std::begin(TextRows), std::end(TextRows),
+                                  [column](const TextRow& one) { return one.Column == column; });
     return row == std::end(TextRows) ? nullptr : row;
 }
 
@@ -71,7 +75,8 @@ public:
         // Nobody is kept waiting while a question is open; by its answer the row may be another one.
         for (;;) {
             const std::vector<RowObject::ForeignChange> open = SaveOrFindQuestions();
-            if (open.empty() || !std::all_of(open.begin(), open.end(), [this](const auto& change) { return Ask(change); }))
+            if (open.empty()
+                || !std::all_of(open.begin(), open.end(), [this](const auto& change) { return Ask(change); }))
                 return std::move(m_result);
         }
     }

@@ -114,7 +114,8 @@ bool KeywordDefiner::FindWord(int row)
     return Guarded(ModuleName, u"RowColChange"_s, [&] {
         m_keywords.FindFirst(u"Keyword = ?"_s, {Word(row)});
         if (m_keywords.NoMatch())
-            throw RuntimeError(ErrorNumber::NoCurrentRecord, u"Error finding corresponding record in the underlying recordset."_s, ModuleName);
+            throw RuntimeError(ErrorNumber::NoCurrentRecord,
+                               u"Error finding corresponding record in the underlying recordset."_s, ModuleName);
     });
 }
 
@@ -226,14 +227,17 @@ bool KeywordDefiner::ImportLanguageDefinition(const QString& path)
         return false;
     const LanguageDefinition file = ReadLanguageFile(path);
     if (!IsCompatible(file)) {
-        Prompts::Current().MsgBox({.Text = u"This version of language definition is not compatible with the current version of Quillbase."_s,
-                                   .Caption = u"Incompatible File"_s,
-                                   .Icon = MsgBoxIcon::Information});
+        Prompts::Current().MsgBox(
+            {.Text = u"This version of language definition is not compatible with the current version of Quillbase."_s,
+             .Caption = u"Incompatible File"_s,
+             .Icon = MsgBoxIcon::Information});
         return false;
     }
     if (const QString reason = WhyNotStorable(file); !reason.isEmpty())
-        throw RuntimeError(ErrorNumber::InvalidCall,
-                           u"The language definition file '%1' can't be imported; nothing was changed. %2"_s.arg(path, reason), ModuleName);
+        throw RuntimeError(
+            ErrorNumber::InvalidCall,
+            u"The language definition file '%1' can't be imported; nothing was changed. %2"_s.arg(path, reason),
+            ModuleName);
     const bool wasOpen = m_transactionOpen;
     const bool wasChanged = m_changed;
     OpenTransaction();
@@ -250,7 +254,8 @@ bool KeywordDefiner::ImportLanguageDefinition(const QString& path)
         m_changed = wasChanged;
         FillKeywordGrid();
         if (lost && wasOpen)
-            throw RuntimeError(error.Number(), error.Description() + u" The words are as they were before all edits."_s, error.Source());
+            throw RuntimeError(error.Number(), error.Description() + u" The words are as they were before all edits."_s,
+                               error.Source());
         throw;
     }
     SetValues(file);

@@ -20,7 +20,8 @@ void SetKeywords(Recordset& keywords, const QStringList& words, const QString& c
             keywords.Update();
         } catch (const RuntimeError& error) {
             if (error.Number() != ErrorNumber::UniqueKeyRefused)
-                throw RuntimeError(error.Number(), u"The word '%1' was refused: %2"_s.arg(word, error.Description()), error.Source());
+                throw RuntimeError(error.Number(), u"The word '%1' was refused: %2"_s.arg(word, error.Description()),
+                                   error.Source());
             conflicts += u", "_s + word;
         }
     }

@@ -64,13 +64,17 @@ public:
         constexpr qsizetype LongestString = 32767; // a reader may take the length for a signed number
         const QByteArray bytes = ToWindows1252(text);
         if (FromWindows1252(bytes) != text)
-            throw RuntimeError(ErrorNumber::InvalidCall,
-                               u"A language definition file can't hold '%1', which has characters beyond Windows-1252."_s.arg(text.left(60)),
-                               ModuleName);
+            throw RuntimeError(
+                ErrorNumber::InvalidCall,
+                u"A language definition file can't hold '%1', which has characters beyond Windows-1252."_s.arg(
+                    text.left(60)),
+                ModuleName);
         if (bytes.size() > LongestString)
-            throw RuntimeError(ErrorNumber::InvalidCall,
-                               u"A language definition file can't hold a list of %1 bytes; %2 is the most."_s.arg(bytes.size()).arg(LongestString),
-                               ModuleName);
+            throw RuntimeError(
+                ErrorNumber::InvalidCall,
+                u"A language definition file can't hold a list of %1 bytes; %2 is the most."_s.arg(bytes.size())
+                    .arg(LongestString),
+                ModuleName);
         Append(quint16(bytes.size()));
         m_bytes += bytes;
     }
@@ -78,8 +82,10 @@ public:
     {
         for (const QString& word : words) {
             if (word.contains(u'|'))
-                throw RuntimeError(ErrorNumber::InvalidCall,
-                                   u"A language definition file can't hold the word '%1', since '|' parts its words."_s.arg(word), ModuleName);
+                throw RuntimeError(
+                    ErrorNumber::InvalidCall,
+                    u"A language definition file can't hold the word '%1', since '|' parts its words."_s.arg(word),
+                    ModuleName);
         }
         String(words.join(u'|'));
     }
@@ -112,9 +118,11 @@ QByteArray TailOf(const QByteArray& record, const QString& rules)
 {
     const QByteArray text = rules.toUtf8();
     if (text.size() > LongestRules)
-        throw RuntimeError(ErrorNumber::InvalidCall,
-                           u"A language definition file can't hold rules of %1 bytes; %2 is the most."_s.arg(text.size()).arg(LongestRules),
-                           ModuleName);
+        throw RuntimeError(
+            ErrorNumber::InvalidCall,
+            u"A language definition file can't hold rules of %1 bytes; %2 is the most."_s.arg(text.size())
+                .arg(LongestRules),
+            ModuleName);
     RecordWriter head;
     for (const quint32 number : {TailVersion, CrcOf(record), quint32(text.size())})
         head.Append(number);
@@ -130,7 +138,8 @@ QString RulesInTail(QByteArrayView record, QByteArrayView tail)
         return qFromLittleEndian<quint32>(tail.sliced(TailMark.size() + index * qsizetype(sizeof(quint32))).data());
     };
     const qsizetype length = number(2);
-    if (number(0) != TailVersion || number(1) != CrcOf(record) || length > LongestRules || TailHeadSize + length > tail.size())
+    if (number(0) != TailVersion || number(1) != CrcOf(record) || length > LongestRules
+        || TailHeadSize + length > tail.size())
         return {};
     return QString::fromUtf8(tail.sliced(TailHeadSize, length));
 }
@@ -142,7 +151,8 @@ const QString SpellingKept = u"spelling: keep"_s;
 QByteArray BytesOf(const LanguageDefinition& language)
 {
     RecordWriter record;
-    for (const QString& text : {language.Version, language.Language, language.CommentStart, language.CommentEnd, language.Comment})
+    for (const QString& text :
+         {language.Version, language.Language, language.CommentStart, language.CommentEnd, language.Comment})
         record.String(text);
     for (int i = 0; i < ReservedStrings; ++i)
         record.String({});
@@ -185,7 +195,8 @@ LanguageDefinition ReadLanguageFile(const QString& path)
     QByteArray bytes;
     const QString why = file.open(QIODevice::ReadOnly) ? ReadAll(file, bytes, Largest) : file.errorString();
     if (!why.isEmpty())
-        throw RuntimeError(ErrorNumber::PathAccess, u"The language definition file '%1' can't be read: %2."_s.arg(shown, why),
+        throw RuntimeError(ErrorNumber::PathAccess,
+                           u"The language definition file '%1' can't be read: %2."_s.arg(shown, why),
                            u"ReadLanguageFile"_s);
     return LanguageFromBytes(bytes);
 }
@@ -204,9 +215,10 @@ void WriteLanguageFile(const QString& path, const LanguageDefinition& language)
     if (why.isEmpty())
         why = ReplaceContents(path, bytes);
     if (!why.isEmpty())
-        throw RuntimeError(ErrorNumber::PathAccess,
-                           u"The language definition file '%1' can't be written: %2."_s.arg(QDir::toNativeSeparators(path), why),
-                           u"WriteLanguageFile"_s);
+        throw RuntimeError(
+            ErrorNumber::PathAccess,
+            u"The language definition file '%1' can't be written: %2."_s.arg(QDir::toNativeSeparators(path), why),
+            u"WriteLanguageFile"_s);
 }
 
 QStringList ValuesOfRules(const QString& rules, const QString& key)

@@ -49,8 +49,8 @@ QByteArray BytesOf(const LanguageDefinition& language);
 LanguageDefinition ReadLanguageFile(const QString& path);
 
 /// Writes a `.qbl` file over what stands there: a longer old file keeps its tail, which no reader
-/// looks at; rules in it are made unreadable. Raises what BytesOf does, and 75 when the file can't be written; what was there is
-/// then untouched.
+/// looks at; rules in it are made unreadable. Raises what BytesOf does, and 75 when the file can't be written;
+/// what was there is then untouched.
 void WriteLanguageFile(const QString& path, const LanguageDefinition& language);
 
 /// The values of a key of rules, such as "files"; all lines of that key together.

@@ -28,7 +28,8 @@ LanguageDefinition LanguageFromTable(const QString& text)
                                           {u"comment"_s, &language.Comment},
                                           {u"comment-start"_s, &language.CommentStart},
                                           {u"comment-end"_s, &language.CommentEnd}};
-    const QHash<QString, QStringList*> sections{{u"[coloured]"_s, &language.ColouredWords}, {u"[plain]"_s, &language.PlainWords}};
+    const QHash<QString, QStringList*> sections{{u"[coloured]"_s, &language.ColouredWords},
+                                                {u"[plain]"_s, &language.PlainWords}};
     for (QStringList* words : sections)
         words->clear();
     QStringList* section = nullptr;

@@ -87,8 +87,9 @@ void TakeLanguage(Database& database, const LanguageDefinition& language)
     add(language.PlainWords, false);
     add(unknown(former.ColouredWords), true);
     add(unknown(former.PlainWords), false);
-    database.Execute(u"UPDATE Properties SET CommentIdentifier = ?, CommentIdentifierStart = ?, CommentIdentifierEnd = ?"_s,
-                     {language.Comment, language.CommentStart, language.CommentEnd});
+    database.Execute(
+        u"UPDATE Properties SET CommentIdentifier = ?, CommentIdentifierStart = ?, CommentIdentifierEnd = ?"_s,
+        {language.Comment, language.CommentStart, language.CommentEnd});
     StoreRulesOfLibrary(database, language.Rules);
     transaction.Commit();
 }

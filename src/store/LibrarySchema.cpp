@@ -103,7 +103,8 @@ TableDef Items(const QString& name, bool noKeys)
                    Number(FieldType::Byte, 14, u"UsageHeaders"_s), Boolean(15, u"HTMLPage"_s),
                    DateField(16, u"HTMLLastUpdated"_s), Number(FieldType::Long, 17, u"ParentID"_s)},
         // The index Description covers Title, in spite of its name.
-        .Indexes = {On(u"CodeState"_s, u"ItemStatus"_s), On(u"Description"_s, u"Title"_s), On(u"ID"_s), On(u"ParentID"_s)}};
+        .Indexes = {On(u"CodeState"_s, u"ItemStatus"_s), On(u"Description"_s, u"Title"_s), On(u"ID"_s),
+                    On(u"ParentID"_s)}};
     if (!noKeys) {
         table.Indexes.push_back(Primary({u"ID"_s}));
         // Holds all that the item tree shows, so that the tree opens without the long texts.
@@ -117,7 +118,8 @@ TableDef Files(const QString& name)
     return {.Name = NameOr(name, u"Files"_s),
             .Fields = {ID(name.isEmpty() || name == u"TempFiles"), Long(2, u"CodeID"_s), Text(3, u"Title"_s, 255),
                        DateField(5, u"OrigDateTime"_s), DateField(6, u"DateAdded"_s),
-                       Number(FieldType::Long, 7, u"FileSize"_s), Memo(8, u"Description"_s), DateField(9, u"LastUpdated"_s)},
+                       Number(FieldType::Long, 7, u"FileSize"_s), Memo(8, u"Description"_s),
+                       DateField(9, u"LastUpdated"_s)},
             .Indexes = {On(u"CodeID"_s)}};
 }
 
@@ -135,8 +137,8 @@ TableDef ItemLinks(const QString& name, bool noKeys)
 TableDef HTMLFiles(const QString& name)
 {
     return {.Name = NameOr(name, u"HTMLFiles"_s),
-            .Fields = {Long(1, u"ItemIDRef"_s, 0), Text(2, u"Name"_s, 50), Text(3, u"Folder"_s, 250, ZeroLength::Allowed),
-                       FileContents()},
+            .Fields = {Long(1, u"ItemIDRef"_s, 0), Text(2, u"Name"_s, 50),
+                       Text(3, u"Folder"_s, 250, ZeroLength::Allowed), FileContents()},
             .Indexes = {}};
 }
 
@@ -152,8 +154,10 @@ TableDef Bookmarks()
     return {.Name = u"Bookmarks"_s,
             .Fields = {AutoNumber(1, u"ID"_s), Required(Long(2, u"CodeID"_s, 0)), Long(3, u"BookmarkGroup"_s, 0),
                        Text(4, u"Description"_s, 255, ZeroLength::Allowed)},
-            .Indexes = {On(u"CodeID"_s), On(u"Description"_s),
-                        {.Name = u"ID"_s, .Fields = {u"ID"_s}, .Primary = false, .Unique = true}, Primary({u"ID"_s})}};
+            .Indexes = {On(u"CodeID"_s),
+                        On(u"Description"_s),
+                        {.Name = u"ID"_s, .Fields = {u"ID"_s}, .Primary = false, .Unique = true},
+                        Primary({u"ID"_s})}};
 }
 
 TableDef ChildCopies()
@@ -178,20 +182,31 @@ TableDef LanguageRules()
 
 TableDef Properties(DatabaseKind kind)
 {
-    TableDef table{
-        .Name = u"Properties"_s,
-        .Fields = {Text(1, u"Version"_s, 10), Text(2, u"LanguageUsed"_s, 20, ZeroLength::Allowed), Memo(3, u"DBDescription"_s),
-                   Long(4, u"ColouredKeywordColour"_s, 0), Long(5, u"KeywordColour"_s, 0), Long(6, u"CommentColour"_s, 0),
-                   Text(7, u"CommentIdentifier"_s, 5, ZeroLength::Allowed),
-                   Text(8, u"CommentIdentifierStart"_s, 5, ZeroLength::Allowed),
-                   Text(9, u"CommentIdentifierEnd"_s, 5, ZeroLength::Allowed), Boolean(10, u"SharedDatabase"_s),
-                   Boolean(11, u"CompactOnExit"_s), Long(12, u"CompactOnExitEvery"_s, 0),
-                   Long(13, u"CompactOnExitUsedDays"_s, 0), DateField(14, u"LastCompacted"_s), Boolean(15, u"BackupOnExit"_s),
-                   Long(16, u"BackupOnExitEvery"_s, 0), Long(17, u"BackupOnExitUsedDays"_s, 0),
-                   DateField(18, u"LastBackedUp"_s), Text(19, u"BackupDir"_s, 255), Boolean(20, u"BackupAutoDelete"_s),
-                   Long(21, u"BackupAutoDeleteNo"_s, 0), DateField(22, u"LastOpened"_s),
-                   Text(17, u"DBID"_s, 10, ZeroLength::Allowed)},
-        .Indexes = {}};
+    TableDef table{.Name = u"Properties"_s,
+                   .Fields = {Text(1, u"Version"_s, 10),
+                              Text(2, u"LanguageUsed"_s, 20, ZeroLength::Allowed),
+                              Memo(3, u"DBDescription"_s),
+                              Long(4, u"ColouredKeywordColour"_s, 0),
+                              Long(5, u"KeywordColour"_s, 0),
+                              Long(6, u"CommentColour"_s, 0),
+                              Text(7, u"CommentIdentifier"_s, 5, ZeroLength::Allowed),
+                              Text(8, u"CommentIdentifierStart"_s, 5, ZeroLength::Allowed),
+                              Text(9, u"CommentIdentifierEnd"_s, 5, ZeroLength::Allowed),
+                              Boolean(10, u"SharedDatabase"_s),
+                              Boolean(11, u"CompactOnExit"_s),
+                              Long(12, u"CompactOnExitEvery"_s, 0),
+                              Long(13, u"CompactOnExitUsedDays"_s, 0),
+                              DateField(14, u"LastCompacted"_s),
+                              Boolean(15, u"BackupOnExit"_s),
+                              Long(16, u"BackupOnExitEvery"_s, 0),
+                              Long(17, u"BackupOnExitUsedDays"_s, 0),
+                              DateField(18, u"LastBackedUp"_s),
+                              Text(19, u"BackupDir"_s, 255),
+                              Boolean(20, u"BackupAutoDelete"_s),
+                              Long(21, u"BackupAutoDeleteNo"_s, 0),
+                              DateField(22, u"LastOpened"_s),
+                              Text(17, u"DBID"_s, 10, ZeroLength::Allowed)},
+                   .Indexes = {}};
     if (kind != DatabaseKind::Library) {
         const std::vector<Field> replica = ReplicaProperties(18);
         table.Fields.insert(table.Fields.end(), replica.begin(), replica.end());

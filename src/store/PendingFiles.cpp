@@ -47,7 +47,8 @@ bool IsUnderWay(const QDir& folder, const QString& mark)
         return errno != ENOENT;
     struct stat state {};
     const bool held = ::flock(file, LOCK_EX | LOCK_NB) != 0;
-    const bool isGone = !held && (::fstat(file, &state) != 0 || state.st_nlink == 0); // there may be another of its name
+    const bool isGone = !held
+                        && (::fstat(file, &state) != 0 || state.st_nlink == 0); // there may be another of its name
     if (!held && !isGone)
         ::unlink(path.constData());
     ::close(file);
@@ -67,18 +68,22 @@ void SetAside(const QString& place)
     const QFileInfo file(place);
     if ((!file.exists() && !file.isSymLink()) || (file.isDir() && !file.isSymLink()))
         return;
-    const QString aside = NumberedName(file.absolutePath() + u"/found "_s + file.fileName(),
-                                       [](const QString& name) { return QFileInfo::exists(name) || QFileInfo(name).isSymLink(); });
+    const QString aside = NumberedName(file.absolutePath() + u"/found "_s + file.fileName(), [](const QString& name) {
+        return QFileInfo::exists(name) || QFileInfo(name).isSymLink();
+    });
     if (!RenameFile(place, aside))
-        throw RuntimeError(ErrorNumber::PathAccess, u"'%1' is in the way of a stored file."_s.arg(QDir::toNativeSeparators(place)), u"PendingFiles"_s);
+        throw RuntimeError(ErrorNumber::PathAccess,
+                           u"'%1' is in the way of a stored file."_s.arg(QDir::toNativeSeparators(place)),
+                           u"PendingFiles"_s);
 }
 
 bool IsSameFile(const QString& one, const QString& other)
 {
     struct stat left {};
     struct stat right {};
-    return ::lstat(QFile::encodeName(one).constData(), &left) == 0 && ::lstat(QFile::encodeName(other).constData(), &right) == 0
-        && left.st_dev == right.st_dev && left.st_ino == right.st_ino;
+    return ::lstat(QFile::encodeName(one).constData(), &left) == 0
+           && ::lstat(QFile::encodeName(other).constData(), &right) == 0 && left.st_dev == right.st_dev
+           && left.st_ino == right.st_ino;
 }
 
 /// Puts a file of the folder in a place that is its own from now on.
@@ -93,7 +98,8 @@ void MoveToPlace(const QString& path, const QString& place)
 }
 
 /// Finishes or takes back what a work that is over left under the name @p path.
-void FinishPendingFile(Database& database, const QString& path, const QString& kind, qint64 id, const QString& titleMark)
+void FinishPendingFile(Database& database, const QString& path, const QString& kind, qint64 id,
+                       const QString& titleMark)
 {
     if (!QFile::exists(path) && !QFileInfo(path).isSymLink())
         return; // it has got to its place since
@@ -105,7 +111,8 @@ void FinishPendingFile(Database& database, const QString& path, const QString& k
         QFile::remove(path);
         return;
     }
-    const Value title = kind == u"adding"_s ? Value() : database.QueryValue(u"SELECT Title FROM Files WHERE ID = ?"_s, {id});
+    const Value title = kind == u"adding"_s ? Value()
+                                            : database.QueryValue(u"SELECT Title FROM Files WHERE ID = ?"_s, {id});
     // A row that still has another title was not committed.
     const bool isOther = !titleMark.isEmpty() && titleMark != TitleMark(title.ToText());
     const QString place = title.IsNull() || isOther ? QString() : StoredFilePath(id, title.ToText());
@@ -118,8 +125,7 @@ void FinishPendingFile(Database& database, const QString& path, const QString& k
 
 } // namespace
 
-PendingWork::PendingWork()
-    : m_folder(Session().CurrentFilesFolder), m_mark(QUuid::createUuid().toString(QUuid::Id128))
+PendingWork::PendingWork() : m_folder(Session().CurrentFilesFolder), m_mark(QUuid::createUuid().toString(QUuid::Id128))
 {
     ClaimFolder(m_folder, Session().Identity);
     const QByteArray path = QFile::encodeName(m_folder + LockName(m_mark));
@@ -130,7 +136,8 @@ PendingWork::PendingWork()
         m_lock = ::open(path.constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
         if (m_lock < 0)
             throw RuntimeError(ErrorNumber::PathAccess,
-                               u"The folder of stored files '%1' can't be written; nothing was changed."_s.arg(QDir::toNativeSeparators(m_folder)),
+                               u"The folder of stored files '%1' can't be written; nothing was changed."_s.arg(
+                                   QDir::toNativeSeparators(m_folder)),
                                u"PendingWork"_s);
     } while (::flock(m_lock, LOCK_EX) == 0 && ::fstat(m_lock, &state) == 0 && state.st_nlink == 0);
 }
@@ -152,7 +159,8 @@ QString PendingWork::PackingFolder()
     const QString folder = NameOf(u"packing"_s, 0);
     if (!QDir().mkpath(folder))
         throw RuntimeError(ErrorNumber::PathAccess,
-                           u"The folder of stored files '%1' can't be written; nothing was changed."_s.arg(QDir::toNativeSeparators(m_folder)),
+                           u"The folder of stored files '%1' can't be written; nothing was changed."_s.arg(
+                               QDir::toNativeSeparators(m_folder)),
                            u"PendingWork"_s);
     return folder + u'/';
 }
@@ -218,8 +226,10 @@ void StoredFileDeletion::Delete(Database& database, qint64 id)
         m_work.emplace();
     const QString leaving = m_work->LeavingName(id);
     if (!RenameFile(row.Place, leaving))
-        throw RuntimeError(ErrorNumber::PathAccess,
-                           u"The stored file '%1' can't be deleted; nothing was changed."_s.arg(QDir::toNativeSeparators(row.Place)), u"StoredFileDeletion"_s);
+        throw RuntimeError(
+            ErrorNumber::PathAccess,
+            u"The stored file '%1' can't be deleted; nothing was changed."_s.arg(QDir::toNativeSeparators(row.Place)),
+            u"StoredFileDeletion"_s);
     m_moved.push_back({row.Place, leaving});
 }
 
@@ -239,7 +249,8 @@ void FinishPendingFiles(Database& database)
 {
     if (database.IsReadOnly() || OwnerOf(Session().CurrentFilesFolder, Session().Identity) == FolderOwner::Another)
         return;
-    static const QRegularExpression pending(u"^\\.(?:(adding|arriving|leaving|packing)-([0-9a-f]{32})-(\\d+)(?:-([0-9a-f]{8}))?|working-([0-9a-f]{32}))$"_s);
+    static const QRegularExpression pending(u"^\\.(?:(adding|arriving|leaving|packing)-([0-9a-f]{32})-(\\d+)"
+                                            "(?:-([0-9a-f]{8}))?|working-([0-9a-f]{32}))$"_s);
     const QDir folder(Session().CurrentFilesFolder);
     QHash<QString, bool> underWay; // by mark
     for (const QString& name : folder.entryList({u".*"_s}, QDir::Files | QDir::Dirs | QDir::Hidden | QDir::System)) {
@@ -252,9 +263,11 @@ void FinishPendingFiles(Database& database)
         if (underWay[mark] || match.captured(1).isEmpty())
             continue;
         try {
-            FinishPendingFile(database, folder.filePath(name), match.captured(1), match.captured(3).toLongLong(), match.captured(4));
+            FinishPendingFile(database, folder.filePath(name), match.captured(1), match.captured(3).toLongLong(),
+                              match.captured(4));
         } catch (const RuntimeError& error) { // it waits for another time, and keeps nobody from the others
-            HandleError(error.Number(), error.Description(), u"PendingFiles"_s, u"FinishPendingFiles"_s, error.Source(), false);
+            HandleError(error.Number(), error.Description(), u"PendingFiles"_s, u"FinishPendingFiles"_s, error.Source(),
+                        false);
         }
     }
 }

@@ -33,16 +33,19 @@ void RowObject::Initialise(Database& database, const QString& key)
 
 bool RowObject::Commit()
 {
-    return Guarded(m_module, u"IDataObject_Commit"_s, [this] {
-        switch (m_state) {
-        case RecordState::New:
-            return InsertObject();
-        case RecordState::MarkedForDelete:
-            return DeleteObject();
-        default:
-            return UpdateObject();
-        }
-    }, false);
+    return Guarded(
+        m_module, u"IDataObject_Commit"_s,
+        [this] {
+            switch (m_state) {
+            case RecordState::New:
+                return InsertObject();
+            case RecordState::MarkedForDelete:
+                return DeleteObject();
+            default:
+                return UpdateObject();
+            }
+        },
+        false);
 }
 
 void RowObject::SetStateForLet()
@@ -71,10 +74,12 @@ RowObject::Row RowObject::ReadRow() const
         const QString name = QString::fromLatin1(column.Name);
         const bool isThere = table.FindField(name);
         if (!isThere && !column.Optional)
-            throw RuntimeError(ErrorNumber::ItemNotFound, u"The table '%1' has no column '%2'."_s.arg(m_table, name), m_module);
+            throw RuntimeError(ErrorNumber::ItemNotFound, u"The table '%1' has no column '%2'."_s.arg(m_table, name),
+                               m_module);
         names << (isThere ? Quoted(name) : u"NULL"_s);
     }
-    Statement found = m_database->Query(u"SELECT %1 FROM %2 WHERE ID = ?"_s.arg(names.join(u", "_s), Quoted(m_table)), {RowKey()});
+    Statement found = m_database->Query(u"SELECT %1 FROM %2 WHERE ID = ?"_s.arg(names.join(u", "_s), Quoted(m_table)),
+                                        {RowKey()});
     if (!found.Step())
         return {};
     Row row(m_columns.size());
@@ -103,15 +108,19 @@ void RowObject::GetAttributes()
 void RowObject::RequireRead() const
 {
     if (m_readFailed)
-        throw RuntimeError(ErrorNumber::NoCurrentRecord,
-                           u"The row %1 of '%2' could not be read, so it is not written either; nothing was changed."_s.arg(m_key, m_table), m_module);
+        throw RuntimeError(
+            ErrorNumber::NoCurrentRecord,
+            u"The row %1 of '%2' could not be read, so it is not written either; nothing was changed."_s.arg(m_key,
+                                                                                                             m_table),
+            m_module);
 }
 
 std::vector<RowObject::ForeignChange> RowObject::ForeignChanges() const
 {
     const Row row = ReadRow();
     if (row.empty())
-        throw RuntimeError(ErrorNumber::RecordDeleted, u"The record has been deleted, perhaps by another program."_s, m_module);
+        throw RuntimeError(ErrorNumber::RecordDeleted, u"The record has been deleted, perhaps by another program."_s,
+                           m_module);
     std::vector<ForeignChange> changes;
     for (size_t i = 0; i < row.size(); ++i) {
         const Cell& cell = m_cells[i];

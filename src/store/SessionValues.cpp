@@ -13,8 +13,8 @@ namespace {
 
 QString SideFolder(const QString& libraryPath, const QString& suffix)
 {
-    return fnExtractPathOrFileName(libraryPath, PathPart::Folder) + fnExtractPathOrFileName(libraryPath, PathPart::BaseName)
-        + suffix + u'/';
+    return fnExtractPathOrFileName(libraryPath, PathPart::Folder)
+           + fnExtractPathOrFileName(libraryPath, PathPart::BaseName) + suffix + u'/';
 }
 
 } // namespace

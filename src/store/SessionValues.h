@@ -11,7 +11,7 @@ struct SessionValues {
     QString CurrentFilesFolder; ///< folder of the stored files, ends in a separator
     QString CurrentHTMLFolder;  ///< folder of the web pages, ends in a separator
     QString LibraryPath;
-    QString Identity;           ///< of the library
+    QString Identity;             ///< of the library
     bool IsChildReplica = false;  ///< the library was given out by a mother
     bool IsMotherReplica = false; ///< the library has children
     Date LastExportedDate;        ///< of a child whose changes are on their way to the mother

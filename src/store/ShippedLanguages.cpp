@@ -44,7 +44,8 @@ QString InterpreterOf(QStringView text)
 {
     if (!text.startsWith(u"#!"))
         return {};
-    const QStringView line = text.sliced(2, text.indexOf(u'\n') < 0 ? text.size() - 2 : text.indexOf(u'\n') - 2).trimmed();
+    const QStringView line =
+        text.sliced(2, text.indexOf(u'\n') < 0 ? text.size() - 2 : text.indexOf(u'\n') - 2).trimmed();
     for (const QStringView word : line.split(u' ', Qt::SkipEmptyParts)) {
         const QString name = word.sliced(word.lastIndexOf(u'/') + 1).toString();
         if (name != "env"_L1 && !name.startsWith(u'-') && !name.contains(u'='))
@@ -64,7 +65,9 @@ bool TellsItsText(const ShippedLanguage& language, QStringView text)
 {
     constexpr qsizetype Begin = 4096;
     return !language.Tells.isEmpty()
-        && QRegularExpression(language.Tells, QRegularExpression::MultilineOption).match(text.first(std::min(text.size(), Begin))).hasMatch();
+           && QRegularExpression(language.Tells, QRegularExpression::MultilineOption)
+                  .match(text.first(std::min(text.size(), Begin)))
+                  .hasMatch();
 }
 
 /// The patterns of all languages, of which nearly all are a name or the end of one: those are looked
@@ -103,7 +106,8 @@ public:
             if (TellsItsText(*language, text))
                 return language;
         }
-        const auto other = std::find_if(found.cbegin(), found.cend(), [](const ShippedLanguage* one) { return one->Tells.isEmpty(); });
+        const auto other = std::find_if(found.cbegin(), found.cend(),
+                                        [](const ShippedLanguage* one) { return one->Tells.isEmpty(); });
         return other != found.cend() ? *other : found.value(0);
     }
 
@@ -143,7 +147,8 @@ const ShippedLanguage* ShippedLanguageNamed(const QString& name)
 {
     const QList<ShippedLanguage>& languages = ShippedLanguages();
     const auto found = std::find_if(languages.begin(), languages.end(), [&](const ShippedLanguage& language) {
-        return language.Name.compare(name, Qt::CaseInsensitive) == 0 || language.Key.compare(name, Qt::CaseInsensitive) == 0;
+        return language.Name.compare(name, Qt::CaseInsensitive) == 0
+               || language.Key.compare(name, Qt::CaseInsensitive) == 0;
     });
     return found == languages.end() ? nullptr : &*found;
 }

@@ -24,7 +24,8 @@ QString MarkOf(const QString& folder)
     const QFileInfo mark(QDir(folder).filePath(MarkName));
     QFile file(mark.filePath());
     QByteArray bytes;
-    if (!mark.isFile() || mark.isSymLink() || !file.open(QIODevice::ReadOnly) || !ReadAll(file, bytes, Longest).isEmpty())
+    if (!mark.isFile() || mark.isSymLink() || !file.open(QIODevice::ReadOnly)
+        || !ReadAll(file, bytes, Longest).isEmpty())
         return {};
     return QString::fromUtf8(bytes).trimmed();
 }
@@ -57,7 +58,8 @@ FolderOwner OwnerOf(const QString& folder, const QString& identity)
 void ClaimFolder(const QString& folder, const QString& identity)
 {
     const auto fail = [&](const QString& why) {
-        throw RuntimeError(ErrorNumber::PathAccess, u"The folder '%1' %2; nothing was changed."_s.arg(QDir::toNativeSeparators(folder), why),
+        throw RuntimeError(ErrorNumber::PathAccess,
+                           u"The folder '%1' %2; nothing was changed."_s.arg(QDir::toNativeSeparators(folder), why),
                            u"ClaimFolder"_s);
     };
     if (!QDir().mkpath(folder))
@@ -79,17 +81,19 @@ QString WhoseFoldersAreForeign(Database& database)
     }
     if (foreign.isEmpty())
         return {};
-    return u"'%1' belongs to another library of this name with another extension. Its files are not used for this library, which can "
+    return u"'%1' belongs to another library of this name with another extension. Its files are not used for this "
+           "library, which can "
            "store none: give one of the two another name, and its folders, too."_s.arg(foreign.join(u"', '"_s));
 }
 
 void RefuseSharedFolders(const QString& path)
 {
     const auto refuse = [&path](const QString& what) {
-        throw RuntimeError(ErrorNumber::DatabaseExists,
-                           u"The library '%1' can't be made: %2, and would share its folders. Choose another name; nothing was changed."_s.arg(
-                               QDir::toNativeSeparators(path), what),
-                           u"RefuseSharedFolders"_s);
+        throw RuntimeError(
+            ErrorNumber::DatabaseExists,
+            u"The library '%1' can't be made: %2, and would share its folders. Choose another name; nothing was "
+            "changed."_s.arg(QDir::toNativeSeparators(path), what),
+            u"RefuseSharedFolders"_s);
     };
     for (const QString& folder : {FilesFolderOf(path), HTMLFolderOf(path)}) {
         if (!MarkOf(folder).isEmpty())

@@ -17,7 +17,8 @@ QString BugReportAddress()
 AddressAnswer AnswerAddress(const QString& address)
 {
     const QUrl url(address, QUrl::TolerantMode);
-    const bool hasControl = std::any_of(address.begin(), address.end(), [](QChar character) { return character.category() == QChar::Other_Control; });
+    const bool hasControl = std::any_of(address.begin(), address.end(),
+                                        [](QChar character) { return character.category() == QChar::Other_Control; });
     // Programs behind other schemes take a name that begins with a dash for an option.
     static const QRegularExpression option(QStringLiteral("^\\s*([A-Za-z][A-Za-z0-9+.-]*:(//)?([^/@]*@)?)?-"));
     const bool isOption = option.match(address).hasMatch();

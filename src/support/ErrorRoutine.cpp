@@ -48,12 +48,12 @@ void ReportByMail(long number, const QString& description, const QString& module
     mail.To = BugReportAddress();
     mail.Subject = ApplicationTitle + u" Error"_s;
     mail.Body = u"\r\nPlease describe what have you been doing just before the error occured:\r\n\r\n\r\n"_s
-        + QStringList{description, module, procedure, QString::number(number)}.join(u", "_s);
+                + QStringList{description, module, procedure, QString::number(number)}.join(u", "_s);
     if (!OpenMail(mail))
-        Prompts::Current().MsgBox({.Text = u"No mail program could be started. The error stands in the file '%1'."_s.arg(
-                                       ErrorLogFile()),
-                                   .Caption = ApplicationTitle,
-                                   .Icon = MsgBoxIcon::Information});
+        Prompts::Current().MsgBox(
+            {.Text = u"No mail program could be started. The error stands in the file '%1'."_s.arg(ErrorLogFile()),
+             .Caption = ApplicationTitle,
+             .Icon = MsgBoxIcon::Information});
 }
 
 } // namespace
@@ -73,8 +73,9 @@ void HandleError(long number, const QString& description, const QString& module,
 {
     ++HandledErrors;
     try {
-        WriteLog(u"%1  -  %2, %3, %4, %5, %6"_s.arg(DateFormatCustom(Clock::Now(), DatePattern::Log)).arg(number).arg(
-            description, module, procedure, source));
+        WriteLog(u"%1  -  %2, %3, %4, %5, %6"_s.arg(DateFormatCustom(Clock::Now(), DatePattern::Log))
+                     .arg(number)
+                     .arg(description, module, procedure, source));
         if (showDialog && IsOfAFile(number))
             Prompts::Current().MsgBox(
                 {.Text = description, .Caption = ApplicationTitle, .Icon = MsgBoxIcon::Exclamation});

@@ -44,7 +44,7 @@ auto Guarded(const QString& module, const QString& procedure, Body&& body, Resul
 
 /// The same for a body without a result; says whether it ran to its end.
 template <class Body>
-    requires std::is_void_v<std::invoke_result_t<Body>>
+requires std::is_void_v<std::invoke_result_t<Body>>
 bool Guarded(const QString& module, const QString& procedure, Body&& body)
 {
     return Guarded(

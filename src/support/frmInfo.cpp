@@ -10,7 +10,8 @@ namespace qb {
 
 using namespace Qt::StringLiterals;
 
-frmInfo::frmInfo(QWidget* parent) : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint), m_message(new QLabel)
+frmInfo::frmInfo(QWidget* parent)
+    : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint), m_message(new QLabel)
 {
     constexpr int Margin = 24;
     setObjectName(u"frmInfo"_s);

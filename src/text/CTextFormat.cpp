@@ -87,7 +87,7 @@ void CTextFormat::LetState(const QString& property, bool& known, bool on, void (
     Guarded(ModuleName, u"<<Let>> "_s + property, [&] {
         known = on;
         (Box().*set)(on);
-        Q_EMIT (this->*tell)(on);
+        Q_EMIT(this->*tell)(on);
     });
 }
 
@@ -173,7 +173,8 @@ void CTextFormat::ReadValues()
         ReadOne(m_italic, Box().SelItalic(), [this](bool on) { Q_EMIT eItalicStateChanged(on); });
         ReadOne(m_underline, Box().SelUnderline(), [this](bool on) { Q_EMIT eUnderlineStateChanged(on); });
         ReadOne(m_bullets, Box().SelBullet(), [this](bool on) { Q_EMIT BulletStateChanged(on); });
-        ReadOne(m_alignment, As<int>(Box().SelAlignment()), [this](int alignment) { Q_EMIT AllignmentStateChanged(alignment); });
+        ReadOne(m_alignment, As<int>(Box().SelAlignment()),
+                [this](int alignment) { Q_EMIT AllignmentStateChanged(alignment); });
     });
 }
 

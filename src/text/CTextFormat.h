@@ -111,7 +111,7 @@ private:
     ColorizeRules m_rules;
     std::shared_ptr<RuleScan> m_scan; ///< null: the library's language has no rules
     bool m_correctsSpelling = true;
-    std::shared_ptr<const ItemLanguage> m_item; ///< null: the library's counts
+    std::shared_ptr<const ItemLanguage> m_item;                          ///< null: the library's counts
     QHash<QString, std::shared_ptr<const ItemLanguage>> m_itemLanguages; ///< those that were used, by name
     TokenPalette m_palette = TokenPalette::Default();
 };

@@ -13,17 +13,21 @@ constexpr quint8 Global = 1;
 constexpr quint8 Module = 2;
 
 constexpr SectionRow Rows[] = {
-    {1, "Global Declarations", "GENERAL_DECLARATION", "GLOBALDECLARATION_GOTO", "GLOBALDECLARATION_ADD", "Add Global Declaration Header",
-     "Go to Global Declarations", "Copy Global Declarations to Clipboard", "mnuEditAddGlobalDeclar", "&Global Declaration Section"},
-    {2, "Module Declarations", "MODULE_DECLARATION", "DECLARATION_GOTO", "DECLARATION_ADD", "Add Module Level Declaration Header",
-     "Go to Module Level Declarations", "Copy Module Level Declarations to Clipboard", "mnuEditAddModulDeclar",
-     "&Module Declaration Section"},
-    {4, "Code Module Code", "BAS_MODULE", "BASMODULE_GOTO", "BASMODULE_ADD", "Add Code Module Header", "Go to Code Module Code",
-     "Copy Code Module's Code to Clipboard", "mnuEditAddBasModuleCode", "&Standard Module Code Section"},
-    {8, "Class Module Code", "CLASS_MODULE", "CLASSMODULE_GOTO", "CLASSMODULE_ADD", "Add Class Module Header", "Go to Class Module Code",
-     "Copy Class Module Code to Clipboard", "mnuEditAddClassModuleCode", "&Class Module Code Section"},
-    {16, " Form Module Code", "FORM_MODULE", "FORMMODULE_GOTO", "FORMMODULE_ADD", "Add Form Module Header", "Go to Form Module Code",
-     "Copy Form Module Code to Clipboard", "mnuEditAddFormModuleCode", "&Form Module Code Section"},
+    {1, "Global Declarations", "GENERAL_DECLARATION", "GLOBALDECLARATION_GOTO", "GLOBALDECLARATION_ADD",
+     "Add Global Declaration Header", "Go to Global Declarations", "Copy Global Declarations to Clipboard",
+     "mnuEditAddGlobalDeclar", "&Global Declaration Section"},
+    {2, "Module Declarations", "MODULE_DECLARATION", "DECLARATION_GOTO", "DECLARATION_ADD",
+     "Add Module Level Declaration Header", "Go to Module Level Declarations",
+     "Copy Module Level Declarations to Clipboard", "mnuEditAddModulDeclar", "&Module Declaration Section"},
+    {4, "Code Module Code", "BAS_MODULE", "BASMODULE_GOTO", "BASMODULE_ADD", "Add Code Module Header",
+     "Go to Code Module Code", "Copy Code Module's Code to Clipboard", "mnuEditAddBasModuleCode",
+     "&Standard Module Code Section"},
+    {8, "Class Module Code", "CLASS_MODULE", "CLASSMODULE_GOTO", "CLASSMODULE_ADD", "Add Class Module Header",
+     "Go to Class Module Code", "Copy Class Module Code to Clipboard", "mnuEditAddClassModuleCode",
+     "&Class Module Code Section"},
+    {16, " Form Module Code", "FORM_MODULE", "FORMMODULE_GOTO", "FORMMODULE_ADD", "Add Form Module Header",
+     "Go to Form Module Code", "Copy Form Module Code to Clipboard", "mnuEditAddFormModuleCode",
+     "&Form Module Code Section"},
 };
 
 const QString Hashes = u"###############"_s;
@@ -51,7 +55,8 @@ std::span<const SectionRow> SectionTable()
 
 const SectionRow* SectionOf(quint8 bit)
 {
-    const auto* row = std::find_if(std::begin(Rows), std::end(Rows), [bit](const SectionRow& one) { return one.Bit == bit; });
+    const auto* row = std::find_if(std::begin(Rows), std::end(Rows),
+                                   [bit](const SectionRow& one) { return one.Bit == bit; });
     return row == std::end(Rows) ? nullptr : row;
 }
 
@@ -263,7 +268,8 @@ void CodeSections::DeleteSelectedHeader()
     m_box.SetSelText({});
     if (!QStringView(m_box.Text()).first(start).endsWith(LineEnd))
         return;
-    m_box.SetSelStart(start - LineEnd.size()); // and the line end before it, of which the caret has come to stand behind
+    m_box.SetSelStart(start
+                      - LineEnd.size()); // and the line end before it, of which the caret has come to stand behind
     m_box.SetSelLength(LineEnd.size());
     m_box.SetSelText({});
 }

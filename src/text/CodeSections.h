@@ -10,14 +10,14 @@ namespace qb {
 /// One of the named sections that a code or usage text can be divided into.
 struct SectionRow {
     quint8 Bit;
-    const char* Title;      ///< in the line; the one that begins with a blank is meant so
-    const char* Key;        ///< of the toolbar's button
-    const char* GoImage;    ///< the section is present
-    const char* AddImage;   ///< it is missing
+    const char* Title;    ///< in the line; the one that begins with a blank is meant so
+    const char* Key;      ///< of the toolbar's button
+    const char* GoImage;  ///< the section is present
+    const char* AddImage; ///< it is missing
     const char* AddTip;
     const char* GoTip;
     const char* CopyTip;
-    const char* Menu;       ///< name of the menu's entry
+    const char* Menu;        ///< name of the menu's entry
     const char* MenuCaption; ///< behind "Add" or "Delete"
 };
 

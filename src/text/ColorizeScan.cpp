@@ -17,7 +17,8 @@ constexpr int PercentAMark = 5;
 bool IsWordCharacter(QChar character)
 {
     const char16_t unit = character.unicode();
-    return (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z') || (unit >= u'0' && unit <= u'9') || unit == u'_';
+    return (unit >= u'a' && unit <= u'z') || (unit >= u'A' && unit <= u'Z') || (unit >= u'0' && unit <= u'9')
+           || unit == u'_';
 }
 
 /// Lower case letter by letter, so that the length stays.

@@ -10,8 +10,8 @@ namespace qb {
 
 /// What the colouriser knows of a language. Colours have red in the low byte.
 struct ColorizeRules {
-    KeywordSet PlainKeywords;    ///< get their spelling, in the plain colour
-    KeywordSet ColouredKeywords; ///< get their spelling and their colour
+    KeywordSet PlainKeywords;       ///< get their spelling, in the plain colour
+    KeywordSet ColouredKeywords;    ///< get their spelling and their colour
     QString CommentIdentifier;      ///< opens a comment to the end of the line
     QString CommentIdentifierStart; ///< opens a comment that may span lines
     QString CommentIdentifierEnd;
@@ -56,14 +56,14 @@ private:
     const ColorizeRules& m_rules;
     std::function<void(int)> m_progress;
     QString m_text;
-    QString m_header;   ///< how a section's header begins
-    qsizetype m_limit;  ///< one position more than the text has: an end that separates
+    QString m_header;         ///< how a section's header begins
+    qsizetype m_limit;        ///< one position more than the text has: an end that separates
     qsizetype m_position = 1; ///< counted from 1
     QString m_word;
     qsizetype m_wordStart = 0;
-    qsizetype m_gapCount = 0; ///< separators since the last word was painted, less one
-    qsizetype m_lineBegin = 0;  ///< of the line that was selected last
-    qsizetype m_lineFeed = -1;  ///< the place of its line feed
+    qsizetype m_gapCount = 0;     ///< separators since the last word was painted, less one
+    qsizetype m_lineBegin = 0;    ///< of the line that was selected last
+    qsizetype m_lineFeed = -1;    ///< the place of its line feed
     qsizetype m_progressStep = 0; ///< 0: no progress
     qsizetype m_nextMark = 0;
     int m_percent = 0;

@@ -47,7 +47,8 @@ QStringView KeywordSet::Find(QStringView word) const
     if (m_slots.empty())
         return {};
     const size_t hash = HashOf(word);
-    for (size_t place = hash & (m_slots.size() - 1); m_slots[place].Length != 0; place = (place + 1) & (m_slots.size() - 1)) {
+    for (size_t place = hash & (m_slots.size() - 1); m_slots[place].Length != 0;
+         place = (place + 1) & (m_slots.size() - 1)) {
         const Slot& slot = m_slots[place];
         if (slot.Hash != hash || slot.Length != word.size())
             continue;

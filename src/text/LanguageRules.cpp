@@ -50,7 +50,8 @@ std::optional<TokenKind> WordKinds::Find(QStringView word) const
         return std::nullopt;
     const quint32 hash = HashOf(word);
     const Qt::CaseSensitivity sensitivity = m_folds ? Qt::CaseInsensitive : Qt::CaseSensitive;
-    for (size_t place = hash & (m_slots.size() - 1); m_slots[place].Index >= 0; place = (place + 1) & (m_slots.size() - 1)) {
+    for (size_t place = hash & (m_slots.size() - 1); m_slots[place].Index >= 0;
+         place = (place + 1) & (m_slots.size() - 1)) {
         if (m_slots[place].Hash != hash)
             continue;
         const auto& [known, kind] = m_words[size_t(m_slots[place].Index)];
@@ -240,7 +241,8 @@ private:
             return BeginContext(value);
         if (key == "match"_L1)
             return ReadMatch(value);
-        const auto form = std::find_if(std::begin(FormRows), std::end(FormRows), [&](const FormRow& row) { return key == row.Key; });
+        const auto form = std::find_if(std::begin(FormRows), std::end(FormRows),
+                                       [&](const FormRow& row) { return key == row.Key; });
         return form != std::end(FormRows) ? ReadRule(*form, value) : ReadGeneral(key, value);
     }
 
@@ -269,7 +271,8 @@ private:
             return true;
         }
         // For those who choose a language by a file's name, and for texts without other rules.
-        return key == "files"_L1 || key == "interpreter"_L1 || key == "spelling"_L1 || key == "sample"_L1 || key == "tells"_L1;
+        return key == "files"_L1 || key == "interpreter"_L1 || key == "spelling"_L1 || key == "sample"_L1
+               || key == "tells"_L1;
     }
 
     bool ReadWords(const QString& kindName, const QString& value)
@@ -497,7 +500,9 @@ private:
     {
         const bool atWords = rule.Open == "word"_L1;
         for (char16_t unit = 0; unit <= m_rules.m_classes.size(); ++unit) {
-            const bool isWanted = atWords ? m_rules.IsWordStart(unit < m_rules.m_classes.size() ? QChar(unit) : QChar(0xe9)) : rule.Open.contains(QChar(unit));
+            const bool isWanted = atWords
+                                      ? m_rules.IsWordStart(unit < m_rules.m_classes.size() ? QChar(unit) : QChar(0xe9))
+                                      : rule.Open.contains(QChar(unit));
             if (isWanted && rule.Pattern.CanBeginWith(unit))
                 AddOpener(context, QChar(unit), number);
         }

@@ -35,20 +35,20 @@ private:
 /// count depends on the form; docs/language-rules.md tells how they are written.
 struct ScanRule {
     enum class Form : quint8 {
-        Line,      ///< from its opener to the end of the line
-        Block,     ///< up to its closer, over lines; may nest
-        String,    ///< up to its closer; escapes, interpolations
-        Raw,       ///< opener and closer hold a mark of the text's own choice
-        Heredoc,   ///< the lines below, up to one that holds the mark
-        Character, ///< one character between quotes; anything else is none
-        Regex,     ///< a regular expression where an operand can stand
-        Quote,     ///< delimiters of the text's own choice behind a word
-        Sigil,     ///< a name behind a character
+        Line,         ///< from its opener to the end of the line
+        Block,        ///< up to its closer, over lines; may nest
+        String,       ///< up to its closer; escapes, interpolations
+        Raw,          ///< opener and closer hold a mark of the text's own choice
+        Heredoc,      ///< the lines below, up to one that holds the mark
+        Character,    ///< one character between quotes; anything else is none
+        Regex,        ///< a regular expression where an operand can stand
+        Quote,        ///< delimiters of the text's own choice behind a word
+        Sigil,        ///< a name behind a character
         NumberPrefix, ///< begins a number
-        Match,     ///< a regular expression of the language's own
-        Enter,     ///< begins another context
-        Leave,     ///< ends the context
-        Skip,      ///< is nothing special
+        Match,        ///< a regular expression of the language's own
+        Enter,        ///< begins another context
+        Leave,        ///< ends the context
+        Skip,         ///< is nothing special
     };
     enum class Place : quint8 { Anywhere, AfterBlank, FirstInLine, LineBegin };
     enum class MarkOf : quint8 { Word, Hash, Equals, Any };
@@ -61,17 +61,17 @@ struct ScanRule {
     bool WholeWord = false; ///< no word character may follow the opener
     bool Lines = false;     ///< goes on in the next line
     bool Nested = false;
-    bool Doubled = false;   ///< a doubled closer stands for itself
-    bool Spaced = false;    ///< blanks may stand between the opener of a heredoc and its mark
-    bool Loose = false;     ///< code may follow the closing mark of a heredoc
-    bool Braces = false;    ///< of a sigil: the name may stand in braces
-    bool Dotted = false;    ///< of a sigil: the name may have dots
-    bool Leaves = false;    ///< of a match: ends the context
-    quint8 Parts = 1;       ///< of a quote
+    bool Doubled = false; ///< a doubled closer stands for itself
+    bool Spaced = false;  ///< blanks may stand between the opener of a heredoc and its mark
+    bool Loose = false;   ///< code may follow the closing mark of a heredoc
+    bool Braces = false;  ///< of a sigil: the name may stand in braces
+    bool Dotted = false;  ///< of a sigil: the name may have dots
+    bool Leaves = false;  ///< of a match: ends the context
+    quint8 Parts = 1;     ///< of a quote
     QChar Escape;
     QString Open;
     QString Close;
-    QString OpenTail;  ///< of a raw form: what stands behind the mark
+    QString OpenTail; ///< of a raw form: what stands behind the mark
     QString CloseTail;
     QString InterpolationOpen;
     QString InterpolationClose;
@@ -80,7 +80,7 @@ struct ScanRule {
     QString NotFollow; ///< none of these may
     QStringList After; ///< of a regular expression: words behind which an operand stands
     QString ContextName;
-    int Context = -1;  ///< that is entered
+    int Context = -1; ///< that is entered
     Expression Pattern;
 };
 
@@ -89,15 +89,16 @@ struct ScanContext {
     QString Name;
     TokenKind Paint = TokenKind::Text; ///< of what no rule paints
     bool UntilLineEnd = false;
-    QChar Continues;      ///< the last character of a line that makes it go on
+    QChar Continues; ///< the last character of a line that makes it go on
     bool HasWords = true;
     bool HasNumbers = true;
     QString Includes;
     std::vector<ScanRule> Rules;
     WordKinds Words;
     // Made of the rules
-    std::vector<std::vector<int>> Openers; ///< rules by the first character of the opener, longest first; the last: all others
-    std::vector<int> LineMatches;          ///< matches that are tried once a line
+    std::vector<std::vector<int>>
+        Openers;                  ///< rules by the first character of the opener, longest first; the last: all others
+    std::vector<int> LineMatches; ///< matches that are tried once a line
 };
 
 /// The rules by which texts of a language are painted, made of their text.
@@ -129,7 +130,8 @@ private:
     bool IsOf(QChar character, quint8 bit) const
     {
         const char16_t unit = character.unicode();
-        return unit < m_classes.size() ? (m_classes[unit] & bit) != 0 : character.isLetterOrNumber() || character.isSurrogate();
+        return unit < m_classes.size() ? (m_classes[unit] & bit) != 0
+                                       : character.isLetterOrNumber() || character.isSurrogate();
     }
     friend class LanguageRulesReader;
 

@@ -34,8 +34,9 @@ private:
 
     RuleScan* m_scan = nullptr;
     std::vector<int> m_begins{RuleScan::Begin}; ///< the state in which each line begins
-    int m_valid = 1;   ///< of so many lines the state is right
-    int m_suspect = 1; ///< from this line on, up to m_known, states follow from each other; whether the first is right is not known
+    int m_valid = 1;                            ///< of so many lines the state is right
+    int m_suspect =
+        1; ///< from this line on, up to m_known, states follow from each other; whether the first is right is not known
     int m_known = 1;
     qint64 m_scanned = 0;
     std::vector<Token> m_tokens;

@@ -33,7 +33,8 @@ bool IsWeb(const QUrl& url)
 QByteArray WithPolicy(QByteArray page)
 {
     static const QByteArray scheme = QByteArray(LocalPageScheme) + ':';
-    static const QByteArray policy = "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src " + scheme
+    static const QByteArray policy =
+        "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src " + scheme
         + " data:; media-src " + scheme + "; font-src " + scheme + "; style-src " + scheme
         + " 'unsafe-inline'; form-action 'none'; base-uri 'none'\">";
     const QByteArray mark = "\xef\xbb\xbf";
@@ -123,7 +124,8 @@ bool MayRequest(const QUrl& page, const QUrl& resource)
     const QString name = page.path();
     const QString own = name.left(name.lastIndexOf(u'.')) + u'/';
     const QString wanted = QString(resource.path()).replace(u'\\', u'/');
-    return resource.scheme() == u"data"_s || (IsLocalPage(resource) && wanted.startsWith(own) && !wanted.contains(u"/../"_s));
+    return resource.scheme() == u"data"_s
+           || (IsLocalPage(resource) && wanted.startsWith(own) && !wanted.contains(u"/../"_s));
 }
 
 NavigationAnswer AnswerNavigation(const QUrl& from, const QUrl& to, NavigationCause cause)

@@ -43,9 +43,9 @@ std::optional<LocalPageFile> ReadLocalPageFile(const QString& folder, const QUrl
 bool MayRequest(const QUrl& page, const QUrl& resource);
 
 enum class NavigationCause {
-    Asked,  ///< by the user: typed, chosen, back, forward, reload
+    Asked,   ///< by the user: typed, chosen, back, forward, reload
     Clicked, ///< a link of the page
-    Page,   ///< by the page itself
+    Page,    ///< by the page itself
 };
 enum class NavigationAnswer {
     Show,

@@ -27,8 +27,10 @@ constexpr TextRow TextRows[] = {
 
 RecoveryFile::RecoveryFile(const QString& library)
     : m_library(QFileInfo(library).absoluteFilePath()),
-      m_path(ApplicationFolder() + u"Unsaved-"_s
-             + QString::fromLatin1(QCryptographicHash::hash(m_library.toUtf8(), QCryptographicHash::Sha1).toHex().left(16)) + u".json"_s)
+      m_path(
+          ApplicationFolder() + u"Unsaved-"_s
+          + QString::fromLatin1(QCryptographicHash::hash(m_library.toUtf8(), QCryptographicHash::Sha1).toHex().left(16))
+          + u".json"_s)
 {
 }
 
@@ -75,7 +77,8 @@ std::vector<RecoveryFile> RecoveryFile::All(const QString& library)
     const RecoveryFile own(library);
     std::vector<RecoveryFile> all{own};
     const QFileInfo info(own.m_path);
-    for (const QString& name : info.absoluteDir().entryList({info.completeBaseName() + u"(*).json"_s}, QDir::Files, QDir::Name)) {
+    for (const QString& name :
+         info.absoluteDir().entryList({info.completeBaseName() + u"(*).json"_s}, QDir::Files, QDir::Name)) {
         all.push_back(own);
         all.back().m_path = info.absoluteDir().filePath(name);
     }

@@ -11,7 +11,7 @@ namespace qb {
 /// Edited texts of an item that were not saved yet.
 struct UnsavedTexts {
     qint64 Item = 0;
-    Date LastChanged; ///< of the row that was edited
+    Date LastChanged;            ///< of the row that was edited
     std::optional<QString> Code; ///< RTF; nothing for a text that was not edited
     std::optional<QString> Notes;
     std::optional<QString> Usage;

@@ -81,7 +81,8 @@ bool ReadsLikeHeader(QStringView line)
     return mark > 0 && mark <= LongestCommentMark;
 }
 
-void PaintByRules(IRichTextBox& box, RuleScan& scan, const TokenColors& colors, const std::function<void(int percent)>& progress)
+void PaintByRules(IRichTextBox& box, RuleScan& scan, const TokenColors& colors,
+                  const std::function<void(int percent)>& progress)
 {
     constexpr qsizetype LongestWithoutProgress = 3000;
     constexpr int Whole = 100;

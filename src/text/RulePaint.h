@@ -11,7 +11,8 @@ namespace qb {
 /// Paints the whole text of a box by rules: colours only, never a character. The headers of
 /// sections, whatever opens a comment in them, stay as they are; all else loses what looks it had.
 /// @p progress gets percentages from 0 to 100 of a long text.
-void PaintByRules(IRichTextBox& box, RuleScan& scan, const TokenColors& colors, const std::function<void(int percent)>& progress);
+void PaintByRules(IRichTextBox& box, RuleScan& scan, const TokenColors& colors,
+                  const std::function<void(int percent)>& progress);
 
 /// Takes the colours off, as a text stands in a box that colours what it shows by itself.
 void TakePaintOff(IRichTextBox& box);

@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr size_t MostStates = 100000;  ///< a text that makes more goes on as if nothing were open
+constexpr size_t MostStates = 100000; ///< a text that makes more goes on as if nothing were open
 
 } // namespace
 
@@ -128,7 +128,8 @@ void RuleScan::Paint(qsizetype begin, qsizetype end, TokenKind kind)
         kind = *m_paintAll;
     if (kind == TokenKind::Text || end <= begin)
         return;
-    if (!m_tokens->empty() && m_tokens->back().Kind == kind && m_tokens->back().Begin + m_tokens->back().Length == begin)
+    if (!m_tokens->empty() && m_tokens->back().Kind == kind
+        && m_tokens->back().Begin + m_tokens->back().Length == begin)
         m_tokens->back().Length += int(end - begin);
     else
         m_tokens->push_back({int(begin), int(end - begin), kind});
@@ -233,7 +234,8 @@ void RuleScan::ScanHeredoc()
     const bool indented = frame.Depth != 0;
     const qsizetype begin = indented ? m_firstInLine : 0;
     const qsizetype end = begin + frame.Mark.size();
-    const bool closes = Holds(begin, frame.Mark) && (rule.Loose ? !m_rules->IsWordPart(At(end)) : m_line.sliced(end).trimmed().isEmpty());
+    const bool closes = Holds(begin, frame.Mark)
+                        && (rule.Loose ? !m_rules->IsWordPart(At(end)) : m_line.sliced(end).trimmed().isEmpty());
     m_at = closes ? end : m_line.size();
     Paint(0, m_at, rule.Paint);
     if (!closes)
@@ -268,7 +270,9 @@ void RuleScan::ScanContextHere()
         return;
     if (isWord)
         return ScanWord();
-    if (context.HasNumbers && (IsDigit(character) || (character == u'.' && IsDigit(At(m_at + 1)) && AtWordBegin() && At(m_at - 1) != u'.')))
+    if (context.HasNumbers
+        && (IsDigit(character)
+            || (character == u'.' && IsDigit(At(m_at + 1)) && AtWordBegin() && At(m_at - 1) != u'.')))
         return ScanNumber(m_at);
     if (CountBrackets(character))
         return;
@@ -284,7 +288,8 @@ bool RuleScan::CountBrackets(QChar character)
         return false;
     Frame& frame = m_stack.back();
     const ScanRule& rule = RuleOf(frame);
-    if (character == rule.InterpolationOpen.back() && rule.InterpolationOpen.back() != rule.InterpolationClose.front()) {
+    if (character == rule.InterpolationOpen.back()
+        && rule.InterpolationOpen.back() != rule.InterpolationClose.front()) {
         ++frame.Depth;
         m_stackChanged = true;
         return false;

@@ -33,12 +33,13 @@ private:
         qint16 Context = 0; ///< the context that holds here
         qint16 Rule = -1;   ///< of the context that it was opened in
         qint16 RuleContext = 0;
-        qint16 Depth = 0;   ///< of nested blocks and of brackets
-        QString Mark;       ///< how the text itself wants it closed
+        qint16 Depth = 0; ///< of nested blocks and of brackets
+        QString Mark;     ///< how the text itself wants it closed
         friend bool operator==(const Frame&, const Frame&) = default;
         friend size_t qHash(const Frame& frame, size_t seed = 0)
         {
-            return qHashMulti(seed, int(frame.What), frame.Context, frame.Rule, frame.RuleContext, frame.Depth, frame.Mark);
+            return qHashMulti(seed, int(frame.What), frame.Context, frame.Rule, frame.RuleContext, frame.Depth,
+                              frame.Mark);
         }
     };
     using Stack = QList<Frame>;
@@ -97,7 +98,7 @@ private:
     bool m_stackChanged = false;
     int m_context = 0;
     std::optional<TokenKind> m_paintAll; ///< within an interpolation: of all that stands there
-    QList<Frame> m_heredocs; ///< that begin with the next line
+    QList<Frame> m_heredocs;             ///< that begin with the next line
     std::vector<Token>* m_tokens = nullptr;
 };
 

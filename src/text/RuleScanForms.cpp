@@ -27,7 +27,8 @@ bool RuleScan::OpenRaw(const ScanRule& rule, int number)
     };
     const qsizetype begin = m_at + rule.Open.size();
     qsizetype end = begin;
-    while (end < m_line.size() && end - begin < LongestMark && isMark(m_line[end]) && !(rule.Mark == ScanRule::MarkOf::Any && Holds(end, rule.OpenTail)))
+    while (end < m_line.size() && end - begin < LongestMark && isMark(m_line[end])
+           && !(rule.Mark == ScanRule::MarkOf::Any && Holds(end, rule.OpenTail)))
         ++end;
     if (!Holds(end, rule.OpenTail))
         return false;
@@ -95,7 +96,8 @@ bool RuleScan::OpenQuote(const ScanRule& rule, int number)
         return false;
     const QChar delimiter = m_line[at];
     const bool apart = at > m_at + rule.Open.size();
-    if (delimiter.isSpace() || m_rules->IsWordPart(delimiter) || QStringView(u",;)=").contains(delimiter) || (apart && delimiter == u'#'))
+    if (delimiter.isSpace() || m_rules->IsWordPart(delimiter) || QStringView(u",;)=").contains(delimiter)
+        || (apart && delimiter == u'#'))
         return false;
     const QString mark = QString(delimiter) + ClosingOf(delimiter);
     if (!PushSpan(number, rule.Parts == 2 ? mark + u'2' : mark))
@@ -294,13 +296,17 @@ void RuleScan::ScanNumber(qsizetype begin)
     for (; at < m_line.size(); ++at) {
         const QChar character = m_line[at];
         if (IsAlphanumeric(character)) {
-            const bool isExponent = isHex ? character == u'p' || character == u'P' : character == u'e' || character == u'E';
+            const bool isExponent = isHex ? character == u'p' || character == u'P'
+                                          : character == u'e' || character == u'E';
             if (isExponent && (At(at + 1) == u'+' || At(at + 1) == u'-') && IsDigit(At(at + 2)))
                 ++at;
         } else if (character == u'.') {
             const QChar next = At(at + 1);
-            const bool goesOn = IsDigit(next) || (isHex && IsHexDigit(next))
-                || (next != u'.' && (!m_rules->IsWordStart(next) || (QStringView(u"fFlLeE").contains(next) && !m_rules->IsWordPart(At(at + 2)))));
+            const bool goesOn =
+                IsDigit(next) || (isHex && IsHexDigit(next))
+                || (next != u'.'
+                    && (!m_rules->IsWordStart(next)
+                        || (QStringView(u"fFlLeE").contains(next) && !m_rules->IsWordPart(At(at + 2)))));
             if (hasPoint || !goesOn)
                 break;
             hasPoint = true;

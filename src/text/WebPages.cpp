@@ -35,7 +35,8 @@ void CreateDefaultHTMLItems(const QString& folder)
 {
     const auto fail = [&](const QString& why) {
         throw RuntimeError(ErrorNumber::PathAccess,
-                           u"The pages of '%1' could not be written: %2"_s.arg(QDir::toNativeSeparators(folder), why), u"CreateDefaultHTMLItems"_s);
+                           u"The pages of '%1' could not be written: %2"_s.arg(QDir::toNativeSeparators(folder), why),
+                           u"CreateDefaultHTMLItems"_s);
     };
     if (!QDir().mkpath(folder))
         fail(u"the folder can't be made."_s);

@@ -46,17 +46,15 @@ struct TabRow {
 };
 /// In the order in which they are shown.
 constexpr TabRow TabRows[] = {
-    {DetailsTab::Code, "&Code", "CODE", "DIS_CODE"},
-    {DetailsTab::Notes, "&Notes", "NOTES", "DIS_NOTES"},
-    {DetailsTab::Usage, "&Usage", "USAGE", "DIS_USAGE"},
-    {DetailsTab::Files, "Fi&les", "FILES", "DIS_FILES"},
-    {DetailsTab::Links, "&Web Links", "LINKS", "DIS_LINKS"},
-    {DetailsTab::Info, "Inf&o", "INFO", "DIS_INFO"},
+    {DetailsTab::Code, "&Code", "CODE", "DIS_CODE"},         {DetailsTab::Notes, "&Notes", "NOTES", "DIS_NOTES"},
+    {DetailsTab::Usage, "&Usage", "USAGE", "DIS_USAGE"},     {DetailsTab::Files, "Fi&les", "FILES", "DIS_FILES"},
+    {DetailsTab::Links, "&Web Links", "LINKS", "DIS_LINKS"}, {DetailsTab::Info, "Inf&o", "INFO", "DIS_INFO"},
 };
 
 int IndexOf(DetailsTab tab)
 {
-    const auto row = std::find_if(std::begin(TabRows), std::end(TabRows), [tab](const TabRow& one) { return one.Tab == tab; });
+    const auto row = std::find_if(std::begin(TabRows), std::end(TabRows),
+                                  [tab](const TabRow& one) { return one.Tab == tab; });
     return row == std::end(TabRows) ? -1 : int(row - std::begin(TabRows));
 }
 
@@ -167,7 +165,8 @@ void ctlCodeDetails::MakeTabs()
         SetTabEnabled(row.Tab, false);
     imgLabel->hide();
     connect(m_tabs, &QTabWidget::currentChanged, this, &ctlCodeDetails::CurrentViewChanged);
-    connect(this, &ctlCodeDetails::CurrentViewChanged, imgLabel, [this] { imgLabel->setVisible(CurrentView() == DetailsTab::Links); });
+    connect(this, &ctlCodeDetails::CurrentViewChanged, imgLabel,
+            [this] { imgLabel->setVisible(CurrentView() == DetailsTab::Links); });
     ConnectBrowser();
 }
 
@@ -416,41 +415,47 @@ void ctlCodeDetails::StoreText(Text text)
 
 bool ctlCodeDetails::SaveItem(bool keep)
 {
-    return Guarded(ModuleName, u"SaveItem"_s, [&] {
-        if (!m_item || !m_item->Unsaved())
+    return Guarded(
+        ModuleName, u"SaveItem"_s,
+        [&] {
+            if (!m_item || !m_item->Unsaved())
+                return true;
+            const bool itemChanged = m_item->ItemChanged();
+            const bool linksChanged = m_item->LinksChanged();
+            lblColorize->setText(u"Saving Item"_s);
+            for (const Text text : {CodeText, NotesText, UsageText}) {
+                if (itemChanged)
+                    StoreText(text);
+            }
+            lblColorize->setText(u"Colorizing"_s);
+            if (itemChanged && !m_item->DontUpdateLastChangedDate())
+                m_item->SetLastChanged(Clock::Now());
+            const MergedSave save = SaveMerged(*m_item, *m_database);
+            ShowTaken(save.Taken);
+            if (!save.Saved)
+                return false;
+            if (linksChanged) {
+                m_item->ReloadLinks();
+                ShowLinks();
+            }
+            m_shownState = m_item->LastChanged();
+            ResetChangedBooleans();
+            if (keep && KeepingDeletedRecord)
+                KeepingDeletedRecord(m_item->Key());
             return true;
-        const bool itemChanged = m_item->ItemChanged();
-        const bool linksChanged = m_item->LinksChanged();
-        lblColorize->setText(u"Saving Item"_s);
-        for (const Text text : {CodeText, NotesText, UsageText}) {
-            if (itemChanged)
-                StoreText(text);
-        }
-        lblColorize->setText(u"Colorizing"_s);
-        if (itemChanged && !m_item->DontUpdateLastChangedDate())
-            m_item->SetLastChanged(Clock::Now());
-        const MergedSave save = SaveMerged(*m_item, *m_database);
-        ShowTaken(save.Taken);
-        if (!save.Saved)
-            return false;
-        if (linksChanged) {
-            m_item->ReloadLinks();
-            ShowLinks();
-        }
-        m_shownState = m_item->LastChanged();
-        ResetChangedBooleans();
-        if (keep && KeepingDeletedRecord)
-            KeepingDeletedRecord(m_item->Key());
-        return true;
-    }, false);
+        },
+        false);
 }
 
 /// What another program had written to the item, as it stands in it now.
 void ctlCodeDetails::ShowTaken(const std::vector<size_t>& columns)
 {
     const QScopedValueRollback userChange(m_userChange, false);
-    const auto isTaken = [&columns](CCodeItem::Column column) { return std::find(columns.begin(), columns.end(), size_t(column)) != columns.end(); };
-    static constexpr std::array<CCodeItem::Column, TextCount> textColumns{CCodeItem::CodeColumn, CCodeItem::NotesColumn, CCodeItem::ExampleColumn};
+    const auto isTaken = [&columns](CCodeItem::Column column) {
+        return std::find(columns.begin(), columns.end(), size_t(column)) != columns.end();
+    };
+    static constexpr std::array<CCodeItem::Column, TextCount> textColumns{CCodeItem::CodeColumn, CCodeItem::NotesColumn,
+                                                                          CCodeItem::ExampleColumn};
     for (const Text text : {CodeText, NotesText, UsageText}) {
         if (!isTaken(textColumns[text]))
             continue;
@@ -466,15 +471,18 @@ void ctlCodeDetails::ShowTaken(const std::vector<size_t>& columns)
 
 bool ctlCodeDetails::SetItemChanged(bool automatic)
 {
-    return Guarded(ModuleName, u"<<Let>> ItemChanged"_s, [&] {
-        bool saved = true;
-        if (m_item && m_item->Unsaved()) {
-            const bool marked = m_item->ItemChanged() && m_item->ItemMarkedForDelete();
-            if (!marked || automatic || KeepsDeletedItem())
-                saved = SaveItem(marked);
-        }
-        return SaveFileDescChanges() && saved; // in every case
-    }, false);
+    return Guarded(
+        ModuleName, u"<<Let>> ItemChanged"_s,
+        [&] {
+            bool saved = true;
+            if (m_item && m_item->Unsaved()) {
+                const bool marked = m_item->ItemChanged() && m_item->ItemMarkedForDelete();
+                if (!marked || automatic || KeepsDeletedItem())
+                    saved = SaveItem(marked);
+            }
+            return SaveFileDescChanges() && saved; // in every case
+        },
+        false);
 }
 
 bool ctlCodeDetails::SaveFileDescChanges(bool mayAsk)
@@ -491,20 +499,22 @@ void ctlCodeDetails::ForgetFileDescChanges()
 /// Whether an item that waits for removal or for the mother is to become a regular one.
 bool ctlCodeDetails::KeepsDeletedItem() const
 {
-    Message question{.Text = u"The item you have just updated is marked for deletion. \r\n"
-                             "By saving your changes of this item you will reset this item's 'Deleted' status which is the same "
-                             "as if you selected 'KEEP ITEM' option from the pop-up menu or the 'Item' menu. If you decide to "
-                             "continue the item will appear as a 'regular' item from that point. \r\nDo you wish to continue?"_s,
-                     .Caption = u"Update this item and reset its 'Deleted' status?"_s,
-                     .Buttons = MsgBoxButtons::YesNo,
-                     .Icon = MsgBoxIcon::Question,
-                     .MustAnswer = true};
+    Message question{
+        .Text = u"The item you have just updated is marked for deletion. \r\n"
+                "By saving your changes of this item you will reset this item's 'Deleted' status which is the same "
+                "as if you selected 'KEEP ITEM' option from the pop-up menu or the 'Item' menu. If you decide to "
+                "continue the item will appear as a 'regular' item from that point. \r\nDo you wish to continue?"_s,
+        .Caption = u"Update this item and reset its 'Deleted' status?"_s,
+        .Buttons = MsgBoxButtons::YesNo,
+        .Icon = MsgBoxIcon::Question,
+        .MustAnswer = true};
     if (Session().IsChildReplica) {
         question.Caption = u"Update this item and reset its 'Conflicting' status?"_s;
-        question.Text = u"The item you have just updated is currently in conflict with its copy in mother database. \r\n"
-                        "By saving your changes of this item you will cause another conflict on next synchronization with main "
-                        "database. If you decide to continue, this item's 'Conflicting' status will be reset and the item will "
-                        "appear as a 'regular' item from that point. \r\nDo you wish to continue?"_s;
+        question.Text =
+            u"The item you have just updated is currently in conflict with its copy in mother database. \r\n"
+            "By saving your changes of this item you will cause another conflict on next synchronization with main "
+            "database. If you decide to continue, this item's 'Conflicting' status will be reset and the item will "
+            "appear as a 'regular' item from that point. \r\nDo you wish to continue?"_s;
     }
     return Prompts::Current().MsgBox(question) == MsgBoxResult::Yes;
 }

@@ -241,7 +241,8 @@ private:
     void DisplayWelcomePage();
     void OpenAddress(const QString& address);
     void ForgetUnsavedTexts();
-    bool Offer(Database& database, const RecoveryFile& file, const UnsavedTexts& unsaved, const std::function<void(qint64 item)>& goTo);
+    bool Offer(Database& database, const RecoveryFile& file, const UnsavedTexts& unsaved,
+               const std::function<void(qint64 item)>& goTo);
     void ShowUnsaved(const UnsavedTexts& unsaved);
     CodeBox* CurrentCodeBox() const;
     CodeSections SectionsOf(CodeBox& box) const;
@@ -282,7 +283,7 @@ private:
     FindBar* m_findBar = nullptr;
     std::optional<RecoveryFile> m_recovery; ///< of the open library
     QTimer m_recoveryTimer;
-    Date m_shownState; ///< LastChanged of the row that is shown
+    Date m_shownState;      ///< LastChanged of the row that is shown
     QString m_itemLanguage; ///< of its code and usage; empty: the library's
     int m_zoom = 100;
     QWidget* picColorize = nullptr;

@@ -47,7 +47,7 @@ void ctlCodeDetails::ShowWelcomeFacts(Database* database)
     DisplayWelcomePage();
     const qint64 items = database->QueryValue(u"SELECT count(*) FROM Items"_s).ToLong();
     m_facts->setText(u"%1\n%2 items, %3"_s.arg(QDir::toNativeSeparators(database->Name()), QLocale().toString(items),
-                                              QLocale().formattedDataSize(QFileInfo(database->Name()).size())));
+                                               QLocale().formattedDataSize(QFileInfo(database->Name()).size())));
 }
 
 void ctlCodeDetails::OpenAddress(const QString& address)
@@ -57,18 +57,20 @@ void ctlCodeDetails::OpenAddress(const QString& address)
         return Navigate(address);
     const AddressAnswer answer = AnswerAddress(address);
     if (answer == AddressAnswer::Refuse) {
-        Prompts::Current().MsgBox({.Text = u"'%1' is not opened: it would start a program, or is no address."_s.arg(address.left(LongestShown)),
+        Prompts::Current().MsgBox({.Text = u"'%1' is not opened: it would start a program, or is no address."_s.arg(
+                                       address.left(LongestShown)),
                                    .Caption = ApplicationTitle,
                                    .Icon = MsgBoxIcon::Exclamation});
         return;
     }
     const auto isWanted = [&] {
-        return Prompts::Current().MsgBox({.Text = u"This link leads to\n%1\nDo you wish to open it?"_s.arg(address.left(LongestShown)),
-                                          .Caption = u"Open Link"_s,
-                                          .Buttons = MsgBoxButtons::YesNo,
-                                          .Icon = MsgBoxIcon::Question,
-                                          .Default = MsgBoxResult::No})
-            == MsgBoxResult::Yes;
+        return Prompts::Current().MsgBox(
+                   {.Text = u"This link leads to\n%1\nDo you wish to open it?"_s.arg(address.left(LongestShown)),
+                    .Caption = u"Open Link"_s,
+                    .Buttons = MsgBoxButtons::YesNo,
+                    .Icon = MsgBoxIcon::Question,
+                    .Default = MsgBoxResult::No})
+               == MsgBoxResult::Yes;
     };
     if (answer == AddressAnswer::Ask && !isWanted())
         return;

@@ -24,13 +24,14 @@ const QString ModuleName = u"ctlCodeDetails"_s;
 
 bool MovesTheCaret(int key)
 {
-    return key == Qt::Key_Left || key == Qt::Key_Right || key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_PageUp
-        || key == Qt::Key_PageDown;
+    return key == Qt::Key_Left || key == Qt::Key_Right || key == Qt::Key_Up || key == Qt::Key_Down
+           || key == Qt::Key_PageUp || key == Qt::Key_PageDown;
 }
 
 bool IsModifier(int key)
 {
-    return key == Qt::Key_Shift || key == Qt::Key_Control || key == Qt::Key_Alt || key == Qt::Key_AltGr || key == Qt::Key_Meta;
+    return key == Qt::Key_Shift || key == Qt::Key_Control || key == Qt::Key_Alt || key == Qt::Key_AltGr
+           || key == Qt::Key_Meta;
 }
 
 } // namespace
@@ -77,15 +78,19 @@ void ctlCodeDetails::CreateCodeSection(CCodeItem& item, quint8 header, quint32 c
 
 bool ctlCodeDetails::GoToCodeSection(quint8 header, bool stayOnHeader)
 {
-    return Guarded(ModuleName, u"GoToCodeSection"_s, [&] {
-        CodeBox* box = CurrentCodeBox();
-        if (!box) {
-            Prompts::Current().MsgBox({.Text = u"Error. No appropriate tab selected."_s, .Caption = ApplicationTitle});
-            return false;
-        }
-        box->setFocus();
-        return SectionsOf(*box).GoTo(header, stayOnHeader);
-    }, false);
+    return Guarded(
+        ModuleName, u"GoToCodeSection"_s,
+        [&] {
+            CodeBox* box = CurrentCodeBox();
+            if (!box) {
+                Prompts::Current().MsgBox(
+                    {.Text = u"Error. No appropriate tab selected."_s, .Caption = ApplicationTitle});
+                return false;
+            }
+            box->setFocus();
+            return SectionsOf(*box).GoTo(header, stayOnHeader);
+        },
+        false);
 }
 
 void ctlCodeDetails::CopyCodeSectionToClipboard(quint8 header)
@@ -103,9 +108,10 @@ void ctlCodeDetails::DeleteCodeSection(quint8 header)
     Guarded(ModuleName, u"DeleteCodeSection"_s, [&] {
         CodeBox* box = CurrentCodeBox();
         if (!box) {
-            Prompts::Current().MsgBox({.Text = u"DeleteCodeSection procedure called while no appropriate tab is selected."_s,
-                                       .Caption = u"Error"_s,
-                                       .Icon = MsgBoxIcon::Exclamation});
+            Prompts::Current().MsgBox(
+                {.Text = u"DeleteCodeSection procedure called while no appropriate tab is selected."_s,
+                 .Caption = u"Error"_s,
+                 .Icon = MsgBoxIcon::Exclamation});
             return;
         }
         if (m_locked)
@@ -152,7 +158,8 @@ bool ctlCodeDetails::eventFilter(QObject* watched, QEvent* event)
         return true;
     if (watched == rtbNotes && event->type() == QEvent::KeyPress && NotesKeyDown(*static_cast<QKeyEvent*>(event)))
         return true;
-    if (box && event->type() == QEvent::InputMethod && !static_cast<QInputMethodEvent*>(event)->commitString().isEmpty())
+    if (box && event->type() == QEvent::InputMethod
+        && !static_cast<QInputMethodEvent*>(event)->commitString().isEmpty())
         TypeNormally(*box);
     return QWidget::eventFilter(watched, event);
 }
@@ -180,7 +187,8 @@ bool ctlCodeDetails::CodeBoxesKeyDown(CodeBox& box, QKeyEvent& event)
         return true;
     }
     const qsizetype caret = box.SelStart();
-    const bool behindIndent = box.SelLength() == 0 && caret >= indent.size() && box.Text().sliced(caret - indent.size(), indent.size()) == indent;
+    const bool behindIndent = box.SelLength() == 0 && caret >= indent.size()
+                              && box.Text().sliced(caret - indent.size(), indent.size()) == indent;
     if (key == Qt::Key_Backspace && behindIndent) { // one press takes back one indent
         box.SetSelStart(caret - indent.size());
         box.SetSelLength(indent.size());

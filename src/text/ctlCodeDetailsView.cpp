@@ -46,8 +46,8 @@ void ctlCodeDetails::GoToLine()
     CodeBox* box = CurrentCodeBox();
     if (!box)
         return;
-    const std::optional<QString> answer = Prompts::Current().InputBox(u"Line (1 to %1):"_s.arg(box->LineCount()), u"Go to Line"_s,
-                                                                      QString::number(box->LineOfCaret()));
+    const std::optional<QString> answer = Prompts::Current().InputBox(
+        u"Line (1 to %1):"_s.arg(box->LineCount()), u"Go to Line"_s, QString::number(box->LineOfCaret()));
     bool isNumber = false;
     const int line = answer.value_or(QString()).trimmed().toInt(&isNumber);
     if (isNumber)
@@ -93,7 +93,8 @@ void ctlCodeDetails::KeepUnsavedTexts()
     if (!m_item || !m_recovery)
         return;
     const auto start = std::chrono::steady_clock::now();
-    UnsavedTexts unsaved{.Item = m_item->Key().toLongLong(), .LastChanged = m_shownState, .Code = {}, .Notes = {}, .Usage = {}};
+    UnsavedTexts unsaved{
+        .Item = m_item->Key().toLongLong(), .LastChanged = m_shownState, .Code = {}, .Notes = {}, .Usage = {}};
     const std::pair<Text, std::optional<QString>*> places[] = {
         {CodeText, &unsaved.Code}, {NotesText, &unsaved.Notes}, {UsageText, &unsaved.Usage}};
     bool any = false;
@@ -122,7 +123,8 @@ void ctlCodeDetails::OfferUnsavedTexts(Database& database, const std::function<v
 {
     Guarded(ModuleName, u"OfferUnsavedTexts"_s, [&] {
         for (const RecoveryFile& file : RecoveryFile::All(database.Name())) {
-            if (const std::optional<UnsavedTexts> unsaved = file.Read(); unsaved && Offer(database, file, *unsaved, goTo))
+            if (const std::optional<UnsavedTexts> unsaved = file.Read();
+                unsaved && Offer(database, file, *unsaved, goTo))
                 return; // the next one at the next start
         }
     });
@@ -137,17 +139,19 @@ bool ctlCodeDetails::Offer(Database& database, const RecoveryFile& file, const U
     };
     Statement row = database.Query(u"SELECT Title, LastChanged FROM Items WHERE ID = ?"_s, {unsaved.Item});
     if (!row.Step()) {
-        say(u"The program ended before the changes of the item %1 were saved, and the item is gone since. Its texts are kept in the file '%2'."_s.arg(
-            unsaved.Item).arg(QDir::toNativeSeparators(file.Keep())));
+        say(u"The program ended before the changes of the item %1 were saved, and the item is gone since. Its texts "
+            "are kept in the file '%2'."_s.arg(unsaved.Item)
+                .arg(QDir::toNativeSeparators(file.Keep())));
         return false;
     }
     const QString title = row.Text(0);
     const bool isOlder = row.Column(1).ToDate() != unsaved.LastChanged;
     row.Reset();
-    const QString question = isOlder
-        ? u"The program ended before the changes of the item '%1' were saved, and the item was changed by another program since. Do you "
-          "wish to have them back? What is stored stays until you save."_s
-        : u"The program ended before the changes of the item '%1' were saved. Do you wish to have them back?"_s;
+    const QString question =
+        isOlder ? u"The program ended before the changes of the item '%1' were saved, and the item was changed by "
+                  "another program since. Do you "
+                  "wish to have them back? What is stored stays until you save."_s
+                : u"The program ended before the changes of the item '%1' were saved. Do you wish to have them back?"_s;
     const MsgBoxResult wanted = Prompts::Current().MsgBox({.Text = question.arg(title),
                                                            .Caption = u"Unsaved Changes"_s,
                                                            .Buttons = MsgBoxButtons::YesNoCancel,

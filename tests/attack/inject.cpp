@@ -135,7 +135,8 @@ ssize_t writev(int fd, const struct iovec* pieces, int count)
 ssize_t copy_file_range(int from, off64_t* fromAt, int to, off64_t* toAt, size_t size, unsigned flags)
 {
     QB_REAL(copy_file_range);
-    return Fails([&] { real(from, fromAt, to, toAt, size / 2, flags); }) ? -1 : real(from, fromAt, to, toAt, size, flags);
+    return Fails([&] { real(from, fromAt, to, toAt, size / 2, flags); }) ? -1
+                                                                         : real(from, fromAt, to, toAt, size, flags);
 }
 int fsync(int fd)
 {

@@ -104,13 +104,15 @@ class TestAttack : public QObject {
         }
         QProcess process;
         QStringList environment = QProcess::systemEnvironment() + variables;
-        environment << u"LD_PRELOAD="_s + qEnvironmentVariable("QUILLBASE_INJECT") << u"QUILLBASE_CONFIG_HOME="_s + m_work + u"/config"_s
+        environment << u"LD_PRELOAD="_s + qEnvironmentVariable("QUILLBASE_INJECT")
+                    << u"QUILLBASE_CONFIG_HOME="_s + m_work + u"/config"_s
                     << u"QUILLBASE_DATA_HOME="_s + m_home->Path(u"log"_s);
         process.setEnvironment(environment);
         process.start(qEnvironmentVariable("QUILLBASE_CLI"), arguments);
         if (!process.waitForFinished(60000))
             return {};
-        return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1, QString::fromUtf8(process.readAllStandardError())};
+        return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+                QString::fromUtf8(process.readAllStandardError())};
     }
 
     /// The state after the next opening. Interim names of a killed command in the folder to write to don't
@@ -122,8 +124,10 @@ class TestAttack : public QObject {
         SetSessionValues(*database);
         FinishPendingFiles(*database);
         const std::pair<QString, QString> tables[] = {
-            {u"Items"_s, u"ID, ParentID, Title, Code, Notes, Example, CodeHeaders"_s}, {u"Files"_s, u"ID, CodeID, Title, FileSize"_s},
-            {u"ItemLinks"_s, u"ItemID, LinkItemID, Note"_s}, {u"Properties"_s, u"DBID, LanguageUsed"_s}};
+            {u"Items"_s, u"ID, ParentID, Title, Code, Notes, Example, CodeHeaders"_s},
+            {u"Files"_s, u"ID, CodeID, Title, FileSize"_s},
+            {u"ItemLinks"_s, u"ItemID, LinkItemID, Note"_s},
+            {u"Properties"_s, u"DBID, LanguageUsed"_s}};
         for (const auto& [table, columns] : tables) {
             Statement rows = database->Query(u"SELECT %1 FROM %2"_s.arg(columns, table));
             for (int row = 0; rows.Step(); ++row) {
@@ -137,9 +141,11 @@ class TestAttack : public QObject {
         for (const QString& folder : {u"lib_Files"_s, u"out"_s, u"config"_s}) {
             const QMap<QString, QByteArray> all = ContentsOf(m_work + u'/' + folder);
             for (auto entry = all.begin(); entry != all.end(); ++entry) {
-                const bool isInterim = folder != u"lib_Files"_s && (entry.key().startsWith(u'.') || entry.key().count(u'.') > 1);
+                const bool isInterim = folder != u"lib_Files"_s
+                                       && (entry.key().startsWith(u'.') || entry.key().count(u'.') > 1);
                 if (!isInterim)
-                    state[folder + u'/' + entry.key()] = entry.key().endsWith(u".qbd"_s) || entry.key().endsWith(u".zip"_s) ? "there"_ba : entry.value();
+                    state[folder + u'/' + entry.key()] =
+                        entry.key().endsWith(u".qbd"_s) || entry.key().endsWith(u".zip"_s) ? "there"_ba : entry.value();
             }
         }
         for (auto entry = state.begin(); entry != state.end(); ++entry) {
@@ -153,14 +159,17 @@ class TestAttack : public QObject {
     {
         QStringList names;
         for (const QString& name : left.keys() + right.keys()) {
-            if ((left.value(name) != right.value(name) || left.contains(name) != right.contains(name)) && !names.contains(name))
-                names << (right.contains(name) ? QString() : u"lacks "_s) + name + u": "_s + QString::fromUtf8(right.value(name).left(60));
+            if ((left.value(name) != right.value(name) || left.contains(name) != right.contains(name))
+                && !names.contains(name))
+                names << (right.contains(name) ? QString() : u"lacks "_s) + name + u": "_s
+                             + QString::fromUtf8(right.value(name).left(60));
         }
         return names.join(u"; "_s);
     }
 
     /// One attack; says what is wrong, empty when nothing is.
-    QString Attack(const AttackedCommand& command, const QString& how, bool once, long at, const State& before, const State& after)
+    QString Attack(const AttackedCommand& command, const QString& how, bool once, long at, const State& before,
+                   const State& after)
     {
         CopyFolder(m_pristine, m_work);
         QStringList variables{u"ATTACK_AT=%1"_s.arg(at), u"ATTACK_HOW="_s + how};
@@ -172,16 +181,24 @@ class TestAttack : public QObject {
         try {
             state = Look();
         } catch (const RuntimeError& error) {
-            return u"%1 at call %2 (%3): can't be opened: %4"_s.arg(QString::fromLatin1(command.Name)).arg(at).arg(how, error.Description());
+            return u"%1 at call %2 (%3): can't be opened: %4"_s.arg(QString::fromLatin1(command.Name))
+                .arg(at)
+                .arg(how, error.Description());
         }
         const bool isBefore = state == before;
         const bool isAfter = state == after;
         const bool killed = outcome.Status < 0;
-        const bool isTrue = killed ? isBefore || isAfter : outcome.Status == 0 ? isAfter : isBefore || (isAfter && IsLate(outcome));
+        const bool isTrue = killed                ? isBefore || isAfter
+                            : outcome.Status == 0 ? isAfter
+                                                  : isBefore || (isAfter && IsLate(outcome));
         if (isTrue)
             return {};
-        return u"%1 at call %2 (%3): status %4, %5; differs from before in %6; from after in %7"_s.arg(QString::fromLatin1(command.Name)).arg(at).arg(
-            how).arg(outcome.Status).arg(outcome.Error.trimmed(), Difference(before, state), Difference(after, state));
+        return u"%1 at call %2 (%3): status %4, %5; differs from before in %6; from after in %7"_s
+            .arg(QString::fromLatin1(command.Name))
+            .arg(at)
+            .arg(how)
+            .arg(outcome.Status)
+            .arg(outcome.Error.trimmed(), Difference(before, state), Difference(after, state));
     }
 
     /// The failure is one of tidying up after the command had been done.
@@ -243,7 +260,8 @@ private Q_SLOTS:
             if (!loss.isEmpty())
                 losses << loss;
         }
-        qInfo("%s: %d of %zu attacks on %ld calls, %d losses", command.Name, m_runs, attacks.size(), calls, int(losses.size()));
+        qInfo("%s: %d of %zu attacks on %ld calls, %d losses", command.Name, m_runs, attacks.size(), calls,
+              int(losses.size()));
         QVERIFY2(losses.isEmpty(), qPrintable(u'\n' + losses.mid(0, 5).join(u'\n')));
     }
 };

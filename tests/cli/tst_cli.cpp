@@ -43,11 +43,14 @@ private Q_SLOTS:
         QTest::newRow("missing argument") << QStringList{u"show"_s, u"L"_s} << u"An argument is missing"_s;
         QTest::newRow("one too many") << QStringList{u"info"_s, u"L"_s, u"M"_s} << u"Unexpected argument 'M'"_s;
         QTest::newRow("no ID") << QStringList{u"move"_s, u"L"_s, u"one"_s, u"2"_s} << u"'one' is not the ID"_s;
-        QTest::newRow("unknown language") << QStringList{u"new"_s, u"L"_s, u"--language"_s, u"klingon"_s} << u"Unknown language"_s;
-        QTest::newRow("two languages")
-            << QStringList{u"new"_s, u"L"_s, u"--language"_s, u"vb"_s, u"--language-file"_s, u"F"_s} << u"Give either"_s;
+        QTest::newRow("unknown language")
+            << QStringList{u"new"_s, u"L"_s, u"--language"_s, u"klingon"_s} << u"Unknown language"_s;
+        QTest::newRow("two languages") << QStringList{u"new"_s, u"L"_s, u"--language"_s, u"vb"_s, u"--language-file"_s,
+                                                      u"F"_s}
+                                       << u"Give either"_s;
         QTest::newRow("no title") << QStringList{u"add"_s, u"L"_s, u"--parent"_s, u"0"_s} << u"--title is missing"_s;
-        QTest::newRow("unknown field") << QStringList{u"show"_s, u"L"_s, u"1"_s, u"--field"_s, u"colour"_s} << u"Unknown field"_s;
+        QTest::newRow("unknown field") << QStringList{u"show"_s, u"L"_s, u"1"_s, u"--field"_s, u"colour"_s}
+                                       << u"Unknown field"_s;
         QTest::newRow("unknown encoding")
             << QStringList{u"import-folder"_s, u"L"_s, u"D"_s, u"--encoding"_s, u"ebcdic"_s} << u"Unknown encoding"_s;
     }
@@ -91,12 +94,16 @@ private Q_SLOTS:
         QTest::addColumn<int>("status");
         QTest::addColumn<QString>("reason");
         QTest::newRow("itself") << QStringList{u"link"_s, u"1"_s, u"1"_s} << 2 << u"with another item only"_s;
-        QTest::newRow("missing") << QStringList{u"link"_s, u"1"_s, u"9"_s} << 1 << u"There is no item 9; nothing was changed."_s;
+        QTest::newRow("missing") << QStringList{u"link"_s, u"1"_s, u"9"_s} << 1
+                                 << u"There is no item 9; nothing was changed."_s;
         QTest::newRow("twice") << QStringList{u"link"_s, u"1"_s, u"2"_s} << 1 << u"This link already exists."_s;
-        QTest::newRow("apostrophe") << QStringList{u"link"_s, u"2"_s, u"1"_s, u"--note"_s, u"it's"_s} << 1 << u"apostrophe"_s;
+        QTest::newRow("apostrophe") << QStringList{u"link"_s, u"2"_s, u"1"_s, u"--note"_s, u"it's"_s} << 1
+                                    << u"apostrophe"_s;
         QTest::newRow("no link") << QStringList{u"unlink"_s, u"2"_s, u"1"_s} << 1 << u"has no link to 1"_s;
-        QTest::newRow("one side") << QStringList{u"unlink"_s, u"1"_s, u"2"_s, u"--side"_s, u"right"_s} << 1 << u"has one side only"_s;
-        QTest::newRow("side") << QStringList{u"unlink"_s, u"1"_s, u"2"_s, u"--side"_s, u"upper"_s} << 2 << u"Unknown side 'upper'"_s;
+        QTest::newRow("one side") << QStringList{u"unlink"_s, u"1"_s, u"2"_s, u"--side"_s, u"right"_s} << 1
+                                  << u"has one side only"_s;
+        QTest::newRow("side") << QStringList{u"unlink"_s, u"1"_s, u"2"_s, u"--side"_s, u"upper"_s} << 2
+                              << u"Unknown side 'upper'"_s;
         QTest::newRow("of nothing") << QStringList{u"links"_s, u"9"_s} << 1 << u"There is no item 9"_s;
     }
     void linkThatCantBe_isRefused()
@@ -127,7 +134,9 @@ private Q_SLOTS:
     {
         QFETCH(QString, input);
         const QString library = NewLibrary();
-        QCOMPARE(Cli({u"add"_s, library, u"--parent"_s, u"0"_s, u"--title"_s, u"A"_s, u"--code"_s, u"-"_s}, "int a;"_ba).Status, 0);
+        QCOMPARE(Cli({u"add"_s, library, u"--parent"_s, u"0"_s, u"--title"_s, u"A"_s, u"--code"_s, u"-"_s}, "int a;"_ba)
+                     .Status,
+                 0);
         const QByteArray before = ReadFile(m_library);
         for (const QString& text : {u"--code"_s, u"--usage"_s, u"--notes"_s}) {
             const Outcome outcome = Cli({u"set"_s, library, u"1"_s, text, input});
@@ -140,7 +149,9 @@ private Q_SLOTS:
     void standardInputThatCanNotBeRead_emptiesNoText()
     {
         const QString library = NewLibrary();
-        QCOMPARE(Cli({u"add"_s, library, u"--parent"_s, u"0"_s, u"--title"_s, u"A"_s, u"--code"_s, u"-"_s}, "int a;"_ba).Status, 0);
+        QCOMPARE(Cli({u"add"_s, library, u"--parent"_s, u"0"_s, u"--title"_s, u"A"_s, u"--code"_s, u"-"_s}, "int a;"_ba)
+                     .Status,
+                 0);
         QProcess process;
         process.setStandardInputFile(u"/proc/self/mem"_s);
         process.start(qEnvironmentVariable("QUILLBASE_CLI"), {u"set"_s, library, u"1"_s, u"--code"_s, u"-"_s});
@@ -174,7 +185,8 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QString>("reason");
         QTest::newRow("empty") << QByteArray() << u"You have to specify comment delimiter."_s;
-        QTest::newRow("long name") << QByteArray("\0\0\x28\0", 4) + QByteArray(40, 'x') << u"has 40 characters; 20 is the most"_s;
+        QTest::newRow("long name") << QByteArray("\0\0\x28\0", 4) + QByteArray(40, 'x')
+                                   << u"has 40 characters; 20 is the most"_s;
         QTest::newRow("noise") << QByteArray(70000, '\x41') << u"20 is the most"_s;
     }
     void languageFileThatCantBeTaken_leavesTheLibrary()
@@ -190,7 +202,8 @@ private Q_SLOTS:
         QVERIFY2(outcome.Error.contains(reason), qPrintable(outcome.Error));
         QCOMPARE(Cli({u"language"_s, m_library, u"--json"_s}).Object()[u"language"_s], u"VB"_s);
         QCOMPARE(ReadFile(m_library), before);
-        QVERIFY(Cli({u"language"_s, u"import"_s, m_library, m_home->Path(u"none.qbl"_s)}).Error.contains(u"was not found"_s));
+        QVERIFY(Cli({u"language"_s, u"import"_s, m_library, m_home->Path(u"none.qbl"_s)})
+                    .Error.contains(u"was not found"_s));
     }
 
     void settings_areListedReadAndSet()
@@ -204,15 +217,19 @@ private Q_SLOTS:
         QCOMPARE(Cli({u"settings"_s, u"set"_s, u"DBShared"_s, u"true"_s, u"--library"_s, m_library}).Status, 0);
         const auto database = DBEngine::OpenDatabase(m_library);
         QCOMPARE(database->QueryValue(u"SELECT SharedDatabase FROM Properties"_s).ToBoolean(), true);
-        QCOMPARE(Cli({u"settings"_s, u"get"_s, u"DBShared"_s, u"--library"_s, m_library, u"--json"_s}).Object()[u"DBShared"_s], u"True"_s);
-        QVERIFY(database->QueryValue(u"SELECT LastOpened FROM Properties"_s).ToDate().IsNone()); // no day of use is counted
+        QCOMPARE(Cli({u"settings"_s, u"get"_s, u"DBShared"_s, u"--library"_s, m_library, u"--json"_s})
+                     .Object()[u"DBShared"_s],
+                 u"True"_s);
+        QVERIFY(
+            database->QueryValue(u"SELECT LastOpened FROM Properties"_s).ToDate().IsNone()); // no day of use is counted
     }
 
     void settingThatCantBe_isRefused_data()
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QString>("reason");
-        QTest::newRow("unknown") << QStringList{u"set"_s, u"Colour"_s, u"1"_s} << u"There is no setting of that name."_s;
+        QTest::newRow("unknown") << QStringList{u"set"_s, u"Colour"_s, u"1"_s}
+                                 << u"There is no setting of that name."_s;
         QTest::newRow("unknown to get") << QStringList{u"get"_s, u"Colour"_s} << u"There is no setting 'Colour'"_s;
         QTest::newRow("flag") << QStringList{u"set"_s, u"ShowStatusBar"_s, u"perhaps"_s} << u"It is True or False."_s;
         QTest::newRow("number") << QStringList{u"set"_s, u"DefaultFontSize"_s, u"big"_s} << u"It is a whole number."_s;
@@ -285,7 +302,8 @@ private Q_SLOTS:
         for (const QStringList& command : CommandsOn(m_library)) {
             const Outcome outcome = Cli(command);
             QCOMPARE(outcome.Status, 1);
-            QVERIFY2(outcome.Error.contains(complaint) && outcome.Error.contains(QFileInfo(m_library).fileName()), qPrintable(outcome.Error));
+            QVERIFY2(outcome.Error.contains(complaint) && outcome.Error.contains(QFileInfo(m_library).fileName()),
+                     qPrintable(outcome.Error));
             QCOMPARE(ReadFile(m_library), content);
         }
     }
@@ -314,9 +332,9 @@ private Q_SLOTS:
     {
         NewLibrary();
         WriteFile(m_home->Path(u"usage.txt"_s), "call it\n");
-        const Outcome added = Cli({u"add"_s, m_library, u"--parent"_s, u"0"_s, u"--title"_s, u"Straße \"x\""_s, u"--description"_s,
-                                   u"what it is"_s, u"--info"_s, u"from me"_s, u"--code"_s, u"-"_s, u"--usage"_s,
-                                   m_home->Path(u"usage.txt"_s)},
+        const Outcome added = Cli({u"add"_s, m_library, u"--parent"_s, u"0"_s, u"--title"_s, u"Straße \"x\""_s,
+                                   u"--description"_s, u"what it is"_s, u"--info"_s, u"from me"_s, u"--code"_s, u"-"_s,
+                                   u"--usage"_s, m_home->Path(u"usage.txt"_s)},
                                   "int f()\n{\n\treturn 1; // é😀\n}\n");
         QCOMPARE(added.Status, 0);
         QCOMPARE(added.Out, u"1\n"_s);
@@ -339,7 +357,8 @@ private Q_SLOTS:
     {
         NewLibrary();
         AddItem(u"old"_s);
-        QCOMPARE(Cli({u"set"_s, m_library, u"1"_s, u"--description"_s, u"d"_s, u"--code"_s, u"-"_s}, "x = 1").Status, 0);
+        QCOMPARE(Cli({u"set"_s, m_library, u"1"_s, u"--description"_s, u"d"_s, u"--code"_s, u"-"_s}, "x = 1").Status,
+                 0);
         QCOMPARE(Field(1, u"title"_s), u"old\n"_s);
         QCOMPARE(Field(1, u"description"_s), u"d\n"_s);
         QCOMPARE(Field(1, u"code"_s), u"x = 1"_s);
@@ -351,20 +370,28 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QString>("complaint");
         const QString longTitle(256, u'x');
-        QTest::newRow("title too long") << QStringList{u"set"_s, u"1"_s, u"--title"_s, longTitle} << u"'Title' is too long"_s;
-        QTest::newRow("empty title") << QStringList{u"set"_s, u"1"_s, u"--title"_s, u""_s} << u"'Title' can't be empty"_s;
-        QTest::newRow("new title too long") << QStringList{u"add"_s, u"--title"_s, longTitle} << u"'Title' is too long"_s;
-        QTest::newRow("no such parent") << QStringList{u"add"_s, u"--parent"_s, u"77"_s, u"--title"_s, u"t"_s} << u"no item 77"_s;
+        QTest::newRow("title too long") << QStringList{u"set"_s, u"1"_s, u"--title"_s, longTitle}
+                                        << u"'Title' is too long"_s;
+        QTest::newRow("empty title") << QStringList{u"set"_s, u"1"_s, u"--title"_s, u""_s}
+                                     << u"'Title' can't be empty"_s;
+        QTest::newRow("new title too long")
+            << QStringList{u"add"_s, u"--title"_s, longTitle} << u"'Title' is too long"_s;
+        QTest::newRow("no such parent") << QStringList{u"add"_s, u"--parent"_s, u"77"_s, u"--title"_s, u"t"_s}
+                                        << u"no item 77"_s;
         QTest::newRow("no such item") << QStringList{u"set"_s, u"77"_s, u"--title"_s, u"t"_s} << u"no item 77"_s;
-        QTest::newRow("reserved title") << QStringList{u"add"_s, u"--title"_s, u"Orphaned Items"_s} << u"reserved for the program"_s;
-        QTest::newRow("reserved new title") << QStringList{u"set"_s, u"1"_s, u"--title"_s, u"Orphaned Items"_s} << u"reserved"_s;
+        QTest::newRow("reserved title") << QStringList{u"add"_s, u"--title"_s, u"Orphaned Items"_s}
+                                        << u"reserved for the program"_s;
+        QTest::newRow("reserved new title")
+            << QStringList{u"set"_s, u"1"_s, u"--title"_s, u"Orphaned Items"_s} << u"reserved"_s;
         QTest::newRow("below itself") << QStringList{u"move"_s, u"1"_s, u"2"_s} << u"can't be moved below itself"_s;
         QTest::newRow("under itself") << QStringList{u"move"_s, u"1"_s, u"1"_s} << u"can't be moved below itself"_s;
         QTest::newRow("to nowhere") << QStringList{u"move"_s, u"1"_s, u"77"_s} << u"no item 77"_s;
         QTest::newRow("from nowhere") << QStringList{u"move"_s, u"77"_s, u"1"_s} << u"no item 77"_s;
         QTest::newRow("delete nothing") << QStringList{u"delete"_s, u"77"_s} << u"no item 77"_s;
-        QTest::newRow("missing code") << QStringList{u"add"_s, u"--title"_s, u"t"_s, u"--code"_s, u"/no/such/file"_s} << u"can't be read"_s;
-        QTest::newRow("missing folder") << QStringList{u"import-folder"_s, u"/no/such/folder"_s} << u"is not a folder"_s;
+        QTest::newRow("missing code") << QStringList{u"add"_s, u"--title"_s, u"t"_s, u"--code"_s, u"/no/such/file"_s}
+                                      << u"can't be read"_s;
+        QTest::newRow("missing folder") << QStringList{u"import-folder"_s, u"/no/such/folder"_s}
+                                        << u"is not a folder"_s;
     }
 
     void changesThatAreRefused_leaveTheLibraryAsItIs()
@@ -393,7 +420,11 @@ private Q_SLOTS:
         QCOMPARE(Cli({u"tree"_s, m_library, u"--depth"_s, u"1"_s}).Out, u"Äpfel [2]\nApple [4]\nbanana [1]\n"_s);
         const QJsonArray list = Cli({u"tree"_s, m_library, u"--json"_s}).Array();
         QCOMPARE(list.size(), 4);
-        QCOMPARE(list[3].toObject(), (QJsonObject{{u"id"_s, 3}, {u"parent"_s, 1}, {u"depth"_s, 2}, {u"title"_s, u"cherry"_s}, {u"description"_s, QString()}}));
+        QCOMPARE(list[3].toObject(), (QJsonObject{{u"id"_s, 3},
+                                                  {u"parent"_s, 1},
+                                                  {u"depth"_s, 2},
+                                                  {u"title"_s, u"cherry"_s},
+                                                  {u"description"_s, QString()}}));
     }
 
     void moveAndDelete_changeTheTree()
@@ -423,8 +454,9 @@ private Q_SLOTS:
         QVERIFY(outcome.Error.contains(u"picture.bin"_s) && outcome.Error.contains(u"old.c"_s));
         QCOMPARE(Cli({u"tree"_s, m_library}).Out, u"src é [1]\n  main.cpp [2]\n  sub dir [3]\n    util.h [4]\n"_s);
         QCOMPARE(Field(2, u"code"_s), u"int main() {}\n"_s);
-        const QJsonObject again = Cli({u"import-folder"_s, m_library, folder, u"--glob"_s, u"*.c"_s, u"--encoding"_s, u"latin1"_s,
-                                       u"--parent"_s, u"3"_s, u"--json"_s}).Object();
+        const QJsonObject again = Cli({u"import-folder"_s, m_library, folder, u"--glob"_s, u"*.c"_s, u"--encoding"_s,
+                                       u"latin1"_s, u"--parent"_s, u"3"_s, u"--json"_s})
+                                      .Object();
         QCOMPARE(again[u"files"].toInt(), 1);
         QCOMPARE(again[u"folders"].toInt(), 1);
         QCOMPARE(again[u"skipped"].toArray().size(), 0);
@@ -455,8 +487,9 @@ private Q_SLOTS:
         WriteFile(m_home->Path(u"big.txt"_s), QByteArray(3'000'000, 'x'));
         const QByteArray before = ReadFile(m_library);
         QProcess shell; // blocks of 1024 bytes
-        shell.start(u"bash"_s, {u"-c"_s, u"ulimit -f 1024; exec \"$@\""_s, u"bash"_s, qEnvironmentVariable("QUILLBASE_CLI"), u"add"_s, m_library,
-                                u"--title"_s, u"t"_s, u"--code"_s, m_home->Path(u"big.txt"_s)});
+        shell.start(u"bash"_s,
+                    {u"-c"_s, u"ulimit -f 1024; exec \"$@\""_s, u"bash"_s, qEnvironmentVariable("QUILLBASE_CLI"),
+                     u"add"_s, m_library, u"--title"_s, u"t"_s, u"--code"_s, m_home->Path(u"big.txt"_s)});
         QVERIFY(shell.waitForFinished());
         QCOMPARE(shell.exitStatus(), QProcess::NormalExit);
         QCOMPARE(shell.exitCode(), 1);
@@ -476,7 +509,8 @@ private Q_SLOTS:
         }
         const Outcome outcome = Cli({u"check"_s, m_library});
         QCOMPARE(outcome.Status, 1);
-        QVERIFY(outcome.Out.contains(u"'lost' has the parent 77"_s) && outcome.Out.contains(u"'self' stands below itself"_s));
+        QVERIFY(outcome.Out.contains(u"'lost' has the parent 77"_s)
+                && outcome.Out.contains(u"'self' stands below itself"_s));
         const QJsonArray faults = Cli({u"check"_s, m_library, u"--json"_s}).Array();
         QCOMPARE(faults.size(), 2);
         QCOMPARE(faults[0].toObject()[u"kind"].toString(), u"lost-parent"_s);

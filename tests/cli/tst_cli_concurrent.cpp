@@ -79,7 +79,10 @@ class TestCliConcurrent : public QObject {
     {
         return m_library->QueryValue(u"SELECT %1 FROM Items WHERE ID = ?"_s.arg(column), {id}).ToText();
     }
-    QString Code(qint64 id) { return Cli({u"show"_s, m_library->Name(), QString::number(id), u"--field"_s, u"code"_s}).Out; }
+    QString Code(qint64 id)
+    {
+        return Cli({u"show"_s, m_library->Name(), QString::number(id), u"--field"_s, u"code"_s}).Out;
+    }
 
 private Q_SLOTS:
     void init()
@@ -136,8 +139,8 @@ private Q_SLOTS:
     void itemAddedBelowOneThatIsDeleted_isGoneOrRefused()
     {
         for (const QString& parent : {u"1"_s, u"2"_s, u"3"_s}) {
-            const QList<Outcome> outcomes
-                = Together({{{u"delete"_s, parent}}, {{u"add"_s, u"--parent"_s, parent, u"--title"_s, u"below"_s}}});
+            const QList<Outcome> outcomes = Together(
+                {{{u"delete"_s, parent}}, {{u"add"_s, u"--parent"_s, parent, u"--title"_s, u"below"_s}}});
             QCOMPARE(outcomes[0].Status, 0);
             QCOMPARE(m_library->QueryValue(u"SELECT count(*) FROM Items WHERE Title = 'below'"_s).ToLong(), 0);
         }

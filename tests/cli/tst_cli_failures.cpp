@@ -33,7 +33,8 @@ class TestCliFailures : public QObject {
     void DamageTable(const QString& table)
     {
         const qint64 page = DBEngine::OpenDatabase(m_library)
-                                ->QueryValue(u"SELECT rootpage FROM sqlite_schema WHERE name = ? AND type = 'table'"_s, {table})
+                                ->QueryValue(u"SELECT rootpage FROM sqlite_schema WHERE name = ? AND type = 'table'"_s,
+                                             {table})
                                 .ToLong();
         DamagePage(page, QByteArray(8, char(0x77)));
     }
@@ -118,7 +119,8 @@ private Q_SLOTS:
     {
         WriteFile(m_home->Path(u"good.txt"_s), "good"_ba);
         const QByteArray before = ReadFile(m_library);
-        const Outcome outcome = Cli({u"attach"_s, m_library, u"1"_s, m_home->Path(u"good.txt"_s), m_home->Path(u"missing.txt"_s)});
+        const Outcome outcome = Cli(
+            {u"attach"_s, m_library, u"1"_s, m_home->Path(u"good.txt"_s), m_home->Path(u"missing.txt"_s)});
         QCOMPARE(outcome.Status, 1);
         QCOMPARE(outcome.Out, QString());
         QCOMPARE(ReadFile(m_library), before);
@@ -132,7 +134,8 @@ private Q_SLOTS:
         const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
         QVERIFY(terminal >= 0 && ::grantpt(terminal) == 0 && ::unlockpt(terminal) == 0);
         const QString name = QString::fromLocal8Bit(::ptsname(terminal));
-        for (const QStringList& arguments : {QStringList{u"tree"_s, m_library}, QStringList{u"show"_s, m_library, u"2"_s}}) {
+        for (const QStringList& arguments :
+             {QStringList{u"tree"_s, m_library}, QStringList{u"show"_s, m_library, u"2"_s}}) {
             QCOMPARE(CliTo(name, arguments).Status, 0);
             char bytes[4096];
             const ssize_t size = ::read(terminal, bytes, sizeof bytes);
@@ -148,7 +151,8 @@ private Q_SLOTS:
 
     void numbersThatAreUsedUp_areSaidSo()
     {
-        DBEngine::OpenDatabase(m_library)->Execute(u"UPDATE sqlite_sequence SET seq = 2147483647 WHERE name = 'Items'"_s);
+        DBEngine::OpenDatabase(m_library)->Execute(
+            u"UPDATE sqlite_sequence SET seq = 2147483647 WHERE name = 'Items'"_s);
         const Outcome outcome = Cli({u"add"_s, m_library, u"--parent"_s, u"0"_s, u"--title"_s, u"new"_s});
         QCOMPARE(outcome.Status, 1);
         QVERIFY2(outcome.Error.contains(u"no numbers left"_s), qPrintable(outcome.Error));
@@ -162,8 +166,11 @@ private Q_SLOTS:
         WriteFile(m_home->Path(u"private.txt"_s), "x"_ba);
         QFile::setPermissions(m_home->Path(u"private.txt"_s), QFile::ReadOwner | QFile::WriteOwner);
         WriteFile(m_home->Path(u"open.txt"_s), "y"_ba);
-        QFile::setPermissions(m_home->Path(u"open.txt"_s), QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
-        QCOMPARE(Cli({u"attach"_s, m_library, u"1"_s, m_home->Path(u"private.txt"_s), m_home->Path(u"open.txt"_s)}).Status, 0);
+        QFile::setPermissions(m_home->Path(u"open.txt"_s),
+                              QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
+        QCOMPARE(
+            Cli({u"attach"_s, m_library, u"1"_s, m_home->Path(u"private.txt"_s), m_home->Path(u"open.txt"_s)}).Status,
+            0);
         QCOMPARE(rights(FilesFolderOf(m_library) + u"1 - private.txt"_s), QFile::Permissions());
         QVERIFY(rights(FilesFolderOf(m_library) + u"2 - open.txt"_s).testFlag(QFile::ReadOther));
         QCOMPARE(Cli({u"extract"_s, m_library, u"1"_s, m_home->Path(u"out.txt"_s)}).Status, 0);
@@ -179,7 +186,8 @@ private Q_SLOTS:
     {
         WriteFile(m_home->Path(u"a/good.txt"_s), "one"_ba);
         WriteFile(m_home->Path(u"b/good.txt"_s), "two"_ba);
-        const Outcome outcome = Cli({u"attach"_s, m_library, u"1"_s, m_home->Path(u"a/good.txt"_s), m_home->Path(u"b/good.txt"_s)});
+        const Outcome outcome = Cli(
+            {u"attach"_s, m_library, u"1"_s, m_home->Path(u"a/good.txt"_s), m_home->Path(u"b/good.txt"_s)});
         QCOMPARE(outcome.Out, u"1\n2\n"_s);
         QCOMPARE(ReadFile(FilesFolderOf(m_library) + u"1 - good.txt"_s), "one"_ba);
         QCOMPARE(ReadFile(FilesFolderOf(m_library) + u"2 - good(1).txt"_s), "two"_ba);

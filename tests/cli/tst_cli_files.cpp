@@ -36,7 +36,9 @@ private Q_SLOTS:
 
     void files_areAttachedListedExtractedAndDetached()
     {
-        QCOMPARE(Cli({u"attach"_s, m_library, u"1"_s, In(u"a.txt"_s), In(u"ß.bin"_s), u"--description"_s, u"what"_s}).Out, u"1\n2\n"_s);
+        QCOMPARE(
+            Cli({u"attach"_s, m_library, u"1"_s, In(u"a.txt"_s), In(u"ß.bin"_s), u"--description"_s, u"what"_s}).Out,
+            u"1\n2\n"_s);
         const Outcome listed = Cli({u"files"_s, m_library, u"1"_s, u"--json"_s});
         QCOMPARE(listed.Array().size(), 2);
         QCOMPARE(listed.Array()[1].toObject()[u"title"_s], u"ß.bin"_s);
@@ -63,10 +65,15 @@ private Q_SLOTS:
         QTest::newRow("no file") << QStringList{u"attach"_s, u"1"_s, u"IN/none"_s} << 1 << u"can't be read"_s;
         QTest::newRow("folder") << QStringList{u"attach"_s, u"1"_s, u"IN"_s} << 1 << u"can't be read"_s;
         QTest::newRow("nothing") << QStringList{u"attach"_s, u"1"_s} << 2 << u"An argument is missing"_s;
-        QTest::newRow("zip how") << QStringList{u"attach"_s, u"1"_s, u"IN/a.txt"_s, u"--zip"_s} << 2 << u"'--zip' wants 'each' or 'all NAME'"_s;
-        QTest::newRow("zip what") << QStringList{u"attach"_s, u"1"_s, u"IN/a.txt"_s, u"--zip"_s, u"all"_s} << 2 << u"wants the name of the archive"_s;
-        QTest::newRow("zip elsewhere") << QStringList{u"attach"_s, u"1"_s, u"IN/a.txt"_s, u"--zip"_s, u"all"_s, u"../x"_s} << 1 << u"'../x' is no name for an archive"_s;
-        QTest::newRow("zip nothing") << QStringList{u"attach"_s, u"1"_s, u"IN/none"_s, u"--zip"_s, u"each"_s} << 1 << u"there is no file"_s;
+        QTest::newRow("zip how") << QStringList{u"attach"_s, u"1"_s, u"IN/a.txt"_s, u"--zip"_s} << 2
+                                 << u"'--zip' wants 'each' or 'all NAME'"_s;
+        QTest::newRow("zip what") << QStringList{u"attach"_s, u"1"_s, u"IN/a.txt"_s, u"--zip"_s, u"all"_s} << 2
+                                  << u"wants the name of the archive"_s;
+        QTest::newRow("zip elsewhere") << QStringList{u"attach"_s, u"1"_s,   u"IN/a.txt"_s,
+                                                      u"--zip"_s,  u"all"_s, u"../x"_s}
+                                       << 1 << u"'../x' is no name for an archive"_s;
+        QTest::newRow("zip nothing") << QStringList{u"attach"_s, u"1"_s, u"IN/none"_s, u"--zip"_s, u"each"_s} << 1
+                                     << u"there is no file"_s;
         QTest::newRow("extract") << QStringList{u"extract"_s, u"9"_s, u"IN/x"_s} << 1 << u"There is no stored file 9"_s;
         QTest::newRow("detach") << QStringList{u"detach"_s, u"9"_s} << 1 << u"There is no stored file 9"_s;
     }
@@ -88,8 +95,9 @@ private Q_SLOTS:
     {
         WriteFile(In(u"big"_s), QByteArray(3'000'000, 'x'));
         QProcess process;
-        process.start(u"/bin/sh"_s, {u"-c"_s, u"ulimit -f 2048; exec \"$0\" \"$@\""_s, qEnvironmentVariable("QUILLBASE_CLI"), u"attach"_s, m_library,
-                                     u"1"_s, In(u"big"_s)});
+        process.start(u"/bin/sh"_s,
+                      {u"-c"_s, u"ulimit -f 2048; exec \"$0\" \"$@\""_s, qEnvironmentVariable("QUILLBASE_CLI"),
+                       u"attach"_s, m_library, u"1"_s, In(u"big"_s)});
         QVERIFY(process.waitForFinished());
         QCOMPARE(process.exitCode(), 1);
         const QString error = QString::fromUtf8(process.readAllStandardError());
@@ -97,8 +105,9 @@ private Q_SLOTS:
         QCOMPARE(Names(), QStringList());
         QCOMPARE(Cli({u"files"_s, m_library, u"1"_s}).Out, QString());
         QCOMPARE(Cli({u"attach"_s, m_library, u"1"_s, In(u"big"_s)}).Out, u"1\n"_s); // once there is room
-        process.start(u"/bin/sh"_s, {u"-c"_s, u"ulimit -f 2048; exec \"$0\" \"$@\""_s, qEnvironmentVariable("QUILLBASE_CLI"), u"extract"_s, m_library,
-                                     u"1"_s, In(u"a.txt"_s)});
+        process.start(u"/bin/sh"_s,
+                      {u"-c"_s, u"ulimit -f 2048; exec \"$0\" \"$@\""_s, qEnvironmentVariable("QUILLBASE_CLI"),
+                       u"extract"_s, m_library, u"1"_s, In(u"a.txt"_s)});
         QVERIFY(process.waitForFinished());
         QCOMPARE(process.exitCode(), 1);
         QCOMPARE(ReadFile(In(u"a.txt"_s)), "alpha"); // what was there
@@ -108,8 +117,11 @@ private Q_SLOTS:
     void files_areCompressed()
     {
         WriteFile(In(u"b.txt"_s), QByteArray("line\n").repeated(5000));
-        QCOMPARE(Cli({u"attach"_s, m_library, u"1"_s, In(u"a.txt"_s), In(u"b.txt"_s), u"--zip"_s, u"each"_s}).Out, u"1\n2\n"_s);
-        QCOMPARE(Cli({u"attach"_s, m_library, u"1"_s, u"--zip"_s, u"all"_s, u"both"_s, In(u"a.txt"_s), In(u"b.txt"_s)}).Out, u"3\n"_s);
+        QCOMPARE(Cli({u"attach"_s, m_library, u"1"_s, In(u"a.txt"_s), In(u"b.txt"_s), u"--zip"_s, u"each"_s}).Out,
+                 u"1\n2\n"_s);
+        QCOMPARE(
+            Cli({u"attach"_s, m_library, u"1"_s, u"--zip"_s, u"all"_s, u"both"_s, In(u"a.txt"_s), In(u"b.txt"_s)}).Out,
+            u"3\n"_s);
         QCOMPARE(Names(), (QStringList{u"1 - a.zip"_s, u"2 - b.zip"_s, u"3 - both.zip"_s}));
         QCOMPARE(Cli({u"extract"_s, m_library, u"3"_s, m_home->Path(u"out.zip"_s)}).Status, 0);
         BrindletonZip zip;
@@ -134,8 +146,9 @@ private Q_SLOTS:
         std::generate(noise.begin(), noise.end(), [random = std::minstd_rand()]() mutable { return char(random()); });
         WriteFile(In(u"noise"_s), noise);
         QProcess process;
-        process.start(u"/bin/sh"_s, {u"-c"_s, u"ulimit -f 2048; exec \"$0\" \"$@\""_s, qEnvironmentVariable("QUILLBASE_CLI"), u"attach"_s, m_library,
-                                     u"1"_s, In(u"noise"_s), u"--zip"_s, u"all"_s, u"x"_s});
+        process.start(u"/bin/sh"_s,
+                      {u"-c"_s, u"ulimit -f 2048; exec \"$0\" \"$@\""_s, qEnvironmentVariable("QUILLBASE_CLI"),
+                       u"attach"_s, m_library, u"1"_s, In(u"noise"_s), u"--zip"_s, u"all"_s, u"x"_s});
         QVERIFY(process.waitForFinished());
         QCOMPARE(process.exitCode(), 1);
         const QString error = QString::fromUtf8(process.readAllStandardError());
@@ -151,8 +164,12 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("words");
         QTest::addColumn<bool>("needsFile");
         QTest::newRow("attach") << QStringList{u"attach"_s, u"LIB"_s, u"1"_s, u"BIG"_s} << false;
-        QTest::newRow("zip each") << QStringList{u"attach"_s, u"LIB"_s, u"1"_s, u"BIG"_s, u"SMALL"_s, u"--zip"_s, u"each"_s} << false;
-        QTest::newRow("zip all") << QStringList{u"attach"_s, u"LIB"_s, u"1"_s, u"BIG"_s, u"SMALL"_s, u"--zip"_s, u"all"_s, u"x"_s} << false;
+        QTest::newRow("zip each") << QStringList{u"attach"_s, u"LIB"_s,   u"1"_s,   u"BIG"_s,
+                                                 u"SMALL"_s,  u"--zip"_s, u"each"_s}
+                                  << false;
+        QTest::newRow("zip all") << QStringList{u"attach"_s, u"LIB"_s,   u"1"_s,   u"BIG"_s,
+                                                u"SMALL"_s,  u"--zip"_s, u"all"_s, u"x"_s}
+                                 << false;
         QTest::newRow("detach") << QStringList{u"detach"_s, u"LIB"_s, u"LAST"_s} << true;
         QTest::newRow("delete") << QStringList{u"delete"_s, u"LIB"_s, u"OWNER"_s} << true;
     }
@@ -172,7 +189,8 @@ private Q_SLOTS:
                     last = Cli({u"attach"_s, m_library, owner, In(u"small"_s)}).Out.trimmed();
             }
             QStringList arguments = words;
-            const std::pair<const char*, QString> places[] = {{"LIB", m_library}, {"BIG", In(u"big"_s)}, {"SMALL", In(u"small"_s)}, {"LAST", last}, {"OWNER", owner}};
+            const std::pair<const char*, QString> places[] = {
+                {"LIB", m_library}, {"BIG", In(u"big"_s)}, {"SMALL", In(u"small"_s)}, {"LAST", last}, {"OWNER", owner}};
             for (QString& word : arguments) {
                 for (const auto& [place, value] : places)
                     word = word == QLatin1StringView(place) ? value : word;
@@ -200,16 +218,19 @@ private Q_SLOTS:
         for (int i = 0; i < 25; ++i) {
             WriteFile(m_home->Path(u"out/big"_s), "old");
             QProcess process;
-            process.start(qEnvironmentVariable("QUILLBASE_CLI"), {u"extract"_s, m_library, u"1"_s, m_home->Path(u"out"_s)});
+            process.start(qEnvironmentVariable("QUILLBASE_CLI"),
+                          {u"extract"_s, m_library, u"1"_s, m_home->Path(u"out"_s)});
             QVERIFY(process.waitForStarted());
             finished += process.waitForFinished(i) ? 1 : 0;
             process.kill();
             process.waitForFinished();
             const QByteArray found = ReadFile(m_home->Path(u"out/big"_s));
             QVERIFY2(found == "old" || found == contents, qPrintable(QString::number(found.size())));
-            QVERIFY(QDir(m_home->Path(u"out"_s)).entryList(QDir::Files | QDir::Hidden).size() <= 2); // a copy may lack its last step
+            QVERIFY(QDir(m_home->Path(u"out"_s)).entryList(QDir::Files | QDir::Hidden).size()
+                    <= 2); // a copy may lack its last step
             for (const QString& name : QDir(m_home->Path(u"out"_s)).entryList({u".*"_s}, QDir::Files | QDir::Hidden)) {
-                QVERIFY(!KnowsFilesWithoutNames() || ReadFile(m_home->Path(u"out/"_s) + name) == contents); // but is whole
+                QVERIFY(!KnowsFilesWithoutNames()
+                        || ReadFile(m_home->Path(u"out/"_s) + name) == contents); // but is whole
                 QFile::remove(m_home->Path(u"out/"_s) + name);
             }
         }
@@ -222,7 +243,8 @@ private:
     /// Of the file system: copies have no name before they are complete then.
     bool KnowsFilesWithoutNames() const
     {
-        const int file = ::open(QFile::encodeName(m_home->Path(u"out"_s)).constData(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0600);
+        const int file = ::open(QFile::encodeName(m_home->Path(u"out"_s)).constData(), O_WRONLY | O_TMPFILE | O_CLOEXEC,
+                                0600);
         if (file >= 0)
             ::close(file);
         return file >= 0;
@@ -243,7 +265,8 @@ private:
         names.sort();
         expected.sort();
         if (names != expected)
-            QTest::qFail(qPrintable(names.join(u", "_s) + u" instead of "_s + expected.join(u", "_s)), __FILE__, __LINE__);
+            QTest::qFail(qPrintable(names.join(u", "_s) + u" instead of "_s + expected.join(u", "_s)), __FILE__,
+                         __LINE__);
     }
 
     std::unique_ptr<TemporaryHome> m_home;

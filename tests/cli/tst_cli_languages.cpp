@@ -32,8 +32,9 @@ private Q_SLOTS:
         bool python = false;
         for (const QJsonValue& value : list) {
             QVERIFY(!value[u"key"].toString().isEmpty() && !value[u"name"].toString().isEmpty());
-            python = python || (value[u"key"] == u"python"_s && value[u"files"].toArray().contains(u"*.py"_s)
-                                && value[u"interpreters"].toArray().contains(u"python"_s));
+            python = python
+                     || (value[u"key"] == u"python"_s && value[u"files"].toArray().contains(u"*.py"_s)
+                         && value[u"interpreters"].toArray().contains(u"python"_s));
         }
         QVERIFY(python);
         QVERIFY(Cli({u"languages"_s}).Out.contains(u"cpp23            C++ (current)"_s));
@@ -60,7 +61,8 @@ private Q_SLOTS:
         const Outcome rtf = Cli({u"colorize"_s, u"--language"_s, u"python"_s, file, u"--rtf"_s});
         QCOMPARE(rtf.Status, 0);
         QCOMPARE(PlainTextFromRtf(rtf.Out).replace(u"\r\n"_s, u"\n"_s), QString::fromUtf8(code));
-        const QStringList marks = Cli({u"colorize"_s, u"--language"_s, u"Python"_s, file, u"--marks"_s}).Out.split(u'\n');
+        const QStringList marks =
+            Cli({u"colorize"_s, u"--language"_s, u"Python"_s, file, u"--marks"_s}).Out.split(u'\n');
         QCOMPARE(marks.value(0), u"class A:"_s);
         QCOMPARE(marks.value(1), u"kkkkk"_s);
         QCOMPARE(marks.value(3), u"                    cccc"_s);
@@ -82,7 +84,9 @@ private Q_SLOTS:
         Cli({u"new"_s, m_library, u"--language"_s, u"python"_s});
         const QString file = m_home->Path(u"a.sh"_s);
         WriteFile(file, "if true; then echo; fi # x\n");
-        const QString id = Cli({u"add"_s, m_library, u"--title"_s, u"a"_s, u"--code"_s, file, u"--language"_s, u"bash"_s}).Out.trimmed();
+        const QString id = Cli({u"add"_s, m_library, u"--title"_s, u"a"_s, u"--code"_s, file, u"--language"_s,
+                                u"bash"_s})
+                               .Out.trimmed();
         QCOMPARE(Language(id), u"Bash"_s);
         QCOMPARE(Cli({u"show"_s, m_library, id, u"--field"_s, u"code"_s}).Out, u"if true; then echo; fi # x\n"_s);
         // A text that is replaced keeps it.
@@ -129,7 +133,10 @@ private Q_SLOTS:
     }
 
 private:
-    QString Language(const QString& id) { return Cli({u"show"_s, m_library, id, u"--json"_s}).Object()[u"language"].toString(); }
+    QString Language(const QString& id)
+    {
+        return Cli({u"show"_s, m_library, id, u"--json"_s}).Object()[u"language"].toString();
+    }
 
     std::unique_ptr<TemporaryHome> m_home;
     QString m_library;

@@ -124,14 +124,18 @@ private Q_SLOTS:
 
     void rtf2text_printsThePlainText()
     {
-        const QByteArray rtf = "{\\rtf1\\ansi{\\fonttbl{\\f0 Arial;}}\\b Gr\\'fc\\'dfe\\b0\\par\\tab \\u8364? \\u-10179?\\u-8704?\\par}";
+        const QByteArray rtf =
+            "{\\rtf1\\ansi{\\fonttbl{\\f0 Arial;}}\\b Gr\\'fc\\'dfe\\b0\\par\\tab \\u8364? \\u-10179?\\u-8704?\\par}";
         const QString file = m_home->Path(u"größe.rtf"_s);
         WriteFile(file, rtf);
         const QString text = u"Grüße\n\t€ 😀"_s;
         QCOMPARE(Cli({u"rtf2text"_s, file}).Out, text);
         QCOMPARE(Cli({u"rtf2text"_s, u"-"_s}, rtf).Out, text);
         QCOMPARE(Cli({u"rtf2text"_s, file, u"--json"_s}).Object()[u"text"].toString(), text);
-        QCOMPARE(Cli({u"rtf2text"_s, u"-"_s}, "{\\rtf1 gr\xfc\xdf""e\\par}").Out, u"grüße"_s);
+        QCOMPARE(Cli({u"rtf2text"_s, u"-"_s}, "{\\rtf1 gr\xfc\xdf"
+                                              "e\\par}")
+                     .Out,
+                 u"grüße"_s);
         QCOMPARE(Cli({u"rtf2text"_s, u"-"_s}, "no rtf\r\n").Out, u"no rtf\n"_s);
         QCOMPARE(Cli({u"rtf2text"_s, u"-"_s}, {}).Out, QString());
     }
@@ -153,11 +157,19 @@ private Q_SLOTS:
         QTest::newRow("no arguments") << QStringList{u"colorize"_s} << u"An argument is missing"_s;
         QTest::newRow("no ID") << QStringList{u"colorize"_s, u"L"_s} << u"An argument is missing"_s;
         QTest::newRow("ID of letters") << QStringList{u"colorize"_s, u"L"_s, u"one"_s} << u"'one' is not the ID"_s;
-        QTest::newRow("no file") << QStringList{u"colorize"_s, u"--language"_s, u"vb"_s, u"--rtf"_s} << u"An argument is missing"_s;
-        QTest::newRow("unknown language") << QStringList{u"colorize"_s, u"--language"_s, u"klingon"_s, u"F"_s, u"--rtf"_s} << u"Unknown language 'klingon'"_s;
-        QTest::newRow("no format") << QStringList{u"colorize"_s, u"--language"_s, u"vb"_s, u"F"_s} << u"Give one of --rtf, --html and --marks"_s;
-        QTest::newRow("two formats") << QStringList{u"colorize"_s, u"--language"_s, u"vb"_s, u"F"_s, u"--rtf"_s, u"--html"_s} << u"Give one of --rtf, --html and --marks"_s;
-        QTest::newRow("save a file") << QStringList{u"colorize"_s, u"--language"_s, u"vb"_s, u"F"_s, u"--rtf"_s, u"--save"_s} << u"Unknown option"_s;
+        QTest::newRow("no file") << QStringList{u"colorize"_s, u"--language"_s, u"vb"_s, u"--rtf"_s}
+                                 << u"An argument is missing"_s;
+        QTest::newRow("unknown language")
+            << QStringList{u"colorize"_s, u"--language"_s, u"klingon"_s, u"F"_s, u"--rtf"_s}
+            << u"Unknown language 'klingon'"_s;
+        QTest::newRow("no format") << QStringList{u"colorize"_s, u"--language"_s, u"vb"_s, u"F"_s}
+                                   << u"Give one of --rtf, --html and --marks"_s;
+        QTest::newRow("two formats") << QStringList{u"colorize"_s, u"--language"_s, u"vb"_s,
+                                                    u"F"_s,        u"--rtf"_s,      u"--html"_s}
+                                     << u"Give one of --rtf, --html and --marks"_s;
+        QTest::newRow("save a file") << QStringList{u"colorize"_s, u"--language"_s, u"vb"_s,
+                                                    u"F"_s,        u"--rtf"_s,      u"--save"_s}
+                                     << u"Unknown option"_s;
         QTest::newRow("item as HTML") << QStringList{u"colorize"_s, u"L"_s, u"1"_s, u"--html"_s} << u"Unknown option"_s;
         QTest::newRow("rtf2text of nothing") << QStringList{u"rtf2text"_s} << u"An argument is missing"_s;
         QTest::newRow("rtf2text of two") << QStringList{u"rtf2text"_s, u"F"_s, u"F"_s} << u"Unexpected argument"_s;
@@ -185,8 +197,11 @@ private Q_SLOTS:
         QTest::newRow("item") << QStringList{u"colorize"_s, u"L"_s, u"77"_s} << u"no item 77"_s;
         QTest::newRow("item to save") << QStringList{u"colorize"_s, u"L"_s, u"77"_s, u"--save"_s} << u"no item 77"_s;
         QTest::newRow("library") << QStringList{u"colorize"_s, u"/no/such/library.qbd"_s, u"1"_s} << u"was not found"_s;
-        QTest::newRow("file to paint") << QStringList{u"colorize"_s, u"--language"_s, u"vb"_s, u"/no/such/file"_s, u"--rtf"_s} << u"can't be read"_s;
-        QTest::newRow("folder to paint") << QStringList{u"colorize"_s, u"--language"_s, u"vb"_s, u"/tmp"_s, u"--rtf"_s} << u"can't be read"_s;
+        QTest::newRow("file to paint") << QStringList{u"colorize"_s, u"--language"_s, u"vb"_s, u"/no/such/file"_s,
+                                                      u"--rtf"_s}
+                                       << u"can't be read"_s;
+        QTest::newRow("folder to paint") << QStringList{u"colorize"_s, u"--language"_s, u"vb"_s, u"/tmp"_s, u"--rtf"_s}
+                                         << u"can't be read"_s;
         QTest::newRow("RTF file") << QStringList{u"rtf2text"_s, u"/no/such/file"_s} << u"can't be read"_s;
         QTest::newRow("RTF folder") << QStringList{u"rtf2text"_s, u"/tmp"_s} << u"can't be read"_s;
     }
@@ -220,7 +235,11 @@ private:
     {
         QCOMPARE(Cli({u"new"_s, m_library, u"--language"_s, u"vb"_s}).Status, 0);
         WriteFile(m_home->Path(u"usage.txt"_s), usage);
-        QCOMPARE(Cli({u"add"_s, m_library, u"--title"_s, u"item"_s, u"--code"_s, u"-"_s, u"--usage"_s, m_home->Path(u"usage.txt"_s)}, code).Status, 0);
+        QCOMPARE(Cli({u"add"_s, m_library, u"--title"_s, u"item"_s, u"--code"_s, u"-"_s, u"--usage"_s,
+                      m_home->Path(u"usage.txt"_s)},
+                     code)
+                     .Status,
+                 0);
     }
 
     std::unique_ptr<TemporaryHome> m_home;

@@ -29,7 +29,8 @@ private Q_SLOTS:
         association.Print = true;
         registry.CreateEXEAssociation(association);
         const QMap<QString, QString> before = ClassTexts();
-        registry.CreateAdditionalEXEAssociations({u"check"_s, u"&Check it"_s, u"\"/opt/Quill Base/quill\" /c \"%1\""_s, //
+        registry.CreateAdditionalEXEAssociations({u"check"_s, u"&Check it"_s,
+                                                  u"\"/opt/Quill Base/quill\" /c \"%1\""_s, //
                                                   u"send by mail"_s, u"Send…"_s, u"xdg-email --attach %1"_s});
         QMap<QString, QString> expected = before;
         expected[u"Quill.Note\\shell\\check"_s] = u"&Check it"_s;
@@ -41,7 +42,8 @@ private Q_SLOTS:
         const QMap<QString, QString> entry = EntryOf(u"Quill.Note"_s);
         QCOMPARE(entry[u"Desktop Entry/Actions"_s], u"print;check;send-20by-20mail;"_s);
         QCOMPARE(entry[u"Desktop Action check/Name"_s], u"Check it"_s);
-        QCOMPARE(WordsOf(entry[u"Desktop Action check/Exec"_s]), QStringList({u"/opt/Quill Base/quill"_s, u"/c"_s, FileCode}));
+        QCOMPARE(WordsOf(entry[u"Desktop Action check/Exec"_s]),
+                 QStringList({u"/opt/Quill Base/quill"_s, u"/c"_s, FileCode}));
         QCOMPARE(entry[u"Desktop Action send-20by-20mail/Name"_s], u"Send…"_s);
         QCOMPARE(entry[u"Desktop Action send-20by-20mail/Exec"_s], u"xdg-email --attach %f"_s);
         QCOMPARE(ComplaintsOf(u"Quill.Note"_s), QByteArray());
@@ -70,7 +72,8 @@ private Q_SLOTS:
         EXEAssociation association = Usual();
         association.Print = true;
         registry.CreateEXEAssociation(association);
-        registry.CreateAdditionalEXEAssociations({u"PRINT"_s, u"Plot"_s, u"plot %1"_s, u"open"_s, u"View"_s, u"view %1"_s});
+        registry.CreateAdditionalEXEAssociations(
+            {u"PRINT"_s, u"Plot"_s, u"plot %1"_s, u"open"_s, u"View"_s, u"view %1"_s});
         QCOMPARE(SectionsOf(Classes + u"Quill.Note\\shell"_s), QStringList({u"open"_s, u"print"_s}));
         QCOMPARE(Text(Classes + u"Quill.Note\\shell\\print\\command"_s), u"plot %1"_s);
         const QMap<QString, QString> entry = EntryOf(u"Quill.Note"_s);
@@ -85,12 +88,14 @@ private Q_SLOTS:
         cRegistry registry;
         registry.CreateEXEAssociation(Usual());
         const QString name = QString(Hostile).remove(u'\\');
-        registry.CreateAdditionalEXEAssociations({name, Hostile, u"quill '$x' `a` 100% \\ \"a  b\" %1"_s, u"-"_s, QString(), u"quill"_s});
+        registry.CreateAdditionalEXEAssociations(
+            {name, Hostile, u"quill '$x' `a` 100% \\ \"a  b\" %1"_s, u"-"_s, QString(), u"quill"_s});
         QCOMPARE(Text(Classes + u"Quill.Note\\shell\\"_s + name), Hostile);
         const QMap<QString, QString> entry = EntryOf(u"Quill.Note"_s);
         const QString id = entry[u"Desktop Entry/Actions"_s].section(u';', 0, 0);
         QCOMPARE(entry[u"Desktop Entry/Actions"_s].section(u';', 1), u"-2D;"_s);
-        QCOMPARE(Unescaped(entry[u"Desktop Action %1/Name"_s.arg(id)]), QString(Hostile).remove(Hostile.indexOf(u'&'), 1));
+        QCOMPARE(Unescaped(entry[u"Desktop Action %1/Name"_s.arg(id)]),
+                 QString(Hostile).remove(Hostile.indexOf(u'&'), 1));
         QCOMPARE(WordsOf(entry[u"Desktop Action %1/Exec"_s.arg(id)]),
                  QStringList({u"quill"_s, u"'$x'"_s, u"`a`"_s, u"100%"_s, u"\\"_s, u"a  b"_s, FileCode}));
         QCOMPARE(entry[u"Desktop Action -2D/Name"_s], u"-"_s);
@@ -145,7 +150,8 @@ private Q_SLOTS:
     void additional_listOfAnotherLength_isRefused()
     {
         const QString error =
-            CallError + u"Invalid parameter list passed to CreateAdditionalEXEAssociations - expected Name/Text/Command"_s;
+            CallError
+            + u"Invalid parameter list passed to CreateAdditionalEXEAssociations - expected Name/Text/Command"_s;
         cRegistry fresh;
         QCOMPARE(ErrorOf([&] { fresh.CreateAdditionalEXEAssociations({u"a"_s, u"b"_s, u"c"_s, u"d"_s}); }), error);
         cRegistry registry;
@@ -163,7 +169,10 @@ private Q_SLOTS:
         Associate(Usual()); // by another object
         const QByteArray before = StoreBytes();
         cRegistry registry;
-        QCOMPARE(ErrorOf([&] { registry.CreateAdditionalEXEAssociations({u"a"_s, u"b"_s, u"c"_s}); }), CallError + NoClass);
+        QCOMPARE(ErrorOf([&] {
+                     registry.CreateAdditionalEXEAssociations({u"a"_s, u"b"_s, u"c"_s});
+                 }),
+                 CallError + NoClass);
         QCOMPARE(ErrorOf([&] { registry.CreateAdditionalEXEAssociations({}); }), CallError + NoClass);
         QCOMPARE(StoreBytes(), before);
     }
@@ -182,9 +191,11 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("command");
         QTest::addColumn<QString>("error");
         QTest::newRow("no name") << QStringList{QString(), u"b"_s, u"c"_s} << u"'' can't be the name of a command."_s;
-        QTest::newRow("path") << QStringList{u"open\\command"_s, u"b"_s, u"c"_s} << u"'open\\command' can't be the name of a command."_s;
-        QTest::newRow("control character") << QStringList{u"a"_s, u"b"_s, u"c \u0001"_s}
-                                           << u"Failed to register the file type 'qnote'. The command 'a' has control characters."_s;
+        QTest::newRow("path") << QStringList{u"open\\command"_s, u"b"_s, u"c"_s}
+                              << u"'open\\command' can't be the name of a command."_s;
+        QTest::newRow("control character")
+            << QStringList{u"a"_s, u"b"_s, u"c \u0001"_s}
+            << u"Failed to register the file type 'qnote'. The command 'a' has control characters."_s;
         QTest::newRow("nothing opens") << QStringList{u"open"_s, u"b"_s, QString()}
                                        << u"Failed to register the file type 'qnote'. No program is given."_s;
     }
@@ -210,9 +221,12 @@ private Q_SLOTS:
         const QByteArray store = StoreBytes();
         const QMap<QString, QByteArray> files = DataFiles();
         QVERIFY(QFile::remove(StoreFile()) && QDir().mkpath(StoreFile()));
-        QCOMPARE(ErrorOf([&] { registry.CreateAdditionalEXEAssociations({u"x"_s, u"X"_s, u"quill"_s}); }),
-                 StoreError + u"Failed to set registry value Key: 'HKEY_CURRENT_USER',"
-                              "Section: 'SOFTWARE\\Classes\\Quill.Note\\shell\\x',Key: '' to value: 'X'"_s);
+        QCOMPARE(ErrorOf([&] {
+                     registry.CreateAdditionalEXEAssociations({u"x"_s, u"X"_s, u"quill"_s});
+                 }),
+                 StoreError
+                     + u"Failed to set registry value Key: 'HKEY_CURRENT_USER',"
+                       "Section: 'SOFTWARE\\Classes\\Quill.Note\\shell\\x',Key: '' to value: 'X'"_s);
         QCOMPARE(DataFiles(), files);
         QVERIFY(QDir().rmdir(StoreFile()));
         WriteFile(StoreFile(), store);

@@ -93,12 +93,23 @@ private Q_SLOTS:
     {
         QTest::addColumn<Value>("value");
         QTest::addColumn<RegistryType>("type");
-        const QStringList texts{QString(), u"text"_s, u"0012"_s, u"12"_s, u"  blanks  "_s, u"a\r\nb\tc"_s, Hostile, u"C:\\new\\x41"_s,
-                                u"{\"base64\": \"\"}"_s, QString(QChar(0)) + QChar(0x1f), QString(QChar(0xd800)) + u'x',
+        const QStringList texts{QString(),
+                                u"text"_s,
+                                u"0012"_s,
+                                u"12"_s,
+                                u"  blanks  "_s,
+                                u"a\r\nb\tc"_s,
+                                Hostile,
+                                u"C:\\new\\x41"_s,
+                                u"{\"base64\": \"\"}"_s,
+                                QString(QChar(0)) + QChar(0x1f),
+                                QString(QChar(0xd800)) + u'x',
                                 QString(100000, u'ß')};
         for (const QString& text : texts)
-            QTest::addRow("text %s", text.left(20).toUtf8().toPercentEncoding().constData()) << Value(text) << RegistryType::String;
-        for (const qint64 number : {qint64(0), qint64(-1), std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min()})
+            QTest::addRow("text %s", text.left(20).toUtf8().toPercentEncoding().constData())
+                << Value(text) << RegistryType::String;
+        for (const qint64 number :
+             {qint64(0), qint64(-1), std::numeric_limits<qint64>::max(), std::numeric_limits<qint64>::min()})
             QTest::addRow("number %lld", static_cast<long long>(number)) << Value(number) << RegistryType::Number;
         for (const QByteArray& bytes : {QByteArray(""), "\0\xff\xfe"_ba, "text"_ba, QByteArray(100000, '\x80')})
             QTest::addRow("bytes %s", bytes.left(5).toHex().constData()) << Value(bytes) << RegistryType::Binary;
@@ -140,7 +151,8 @@ private Q_SLOTS:
     {
         Let(Section, u"v"_s, 5, RegistryType::Number);
         const QByteArray before = StoreBytes();
-        for (const Value& value : {Value(u"five"_s), Value(), Value(1.5), Value(1e30), Value(u"99999999999999999999"_s), Value("x"_ba)}) {
+        for (const Value& value :
+             {Value(u"five"_s), Value(), Value(1.5), Value(1e30), Value(u"99999999999999999999"_s), Value("x"_ba)}) {
             QCOMPARE(ErrorOf([&] { Let(Section, u"v"_s, value, RegistryType::Number); }),
                      StoreError + u"Failed to set registry value Key: 'HKEY_CURRENT_USER',Section: '"_s + Section
                          + u"',Key: 'v' to value: '"_s + value.ToText() + u'\'');
@@ -337,7 +349,8 @@ private Q_SLOTS:
 
     void deleteKey_takesEverythingBelow_andNothingElse()
     {
-        const QStringList others{u"s\\a b"_s, u"s\\a-b"_s, u"s\\a!"_s, u"s\\ab"_s, u"s\\a_"_s, u"s\\a]"_s, u"s\\_a"_s, u"a"_s};
+        const QStringList others{u"s\\a b"_s, u"s\\a-b"_s, u"s\\a!"_s, u"s\\ab"_s,
+                                 u"s\\a_"_s,  u"s\\a]"_s,  u"s\\_a"_s, u"a"_s};
         for (const QString& section : others)
             Let(section, u"v"_s, u"kept"_s);
         for (const QString& section : {u"s\\a"_s, u"s\\a\\b"_s, u"s\\A\\b\\c d"_s, u"s\\a\\z"_s})
@@ -356,7 +369,8 @@ private Q_SLOTS:
         const QByteArray before = StoreBytes();
         for (const QString& section : {u"a\\b"_s, u"%1 %2"_s}) {
             QCOMPARE(ErrorOf([&] { At(section).DeleteKey(); }),
-                     StoreError + u"Failed to delete registry Key: 'HKEY_CURRENT_USER',Section: '"_s + section + u"'"_s);
+                     StoreError + u"Failed to delete registry Key: 'HKEY_CURRENT_USER',Section: '"_s + section
+                         + u"'"_s);
         }
         QCOMPARE(StoreBytes(), before);
     }
@@ -366,7 +380,8 @@ private Q_SLOTS:
         Let(u"a"_s, u"v"_s, u"text"_s);
         for (const QString& section : {QString(), u"\\"_s}) {
             QCOMPARE(ErrorOf([&] { At(section).DeleteKey(); }),
-                     StoreError + u"Failed to delete registry Key: 'HKEY_CURRENT_USER',Section: '"_s + section + u"'"_s);
+                     StoreError + u"Failed to delete registry Key: 'HKEY_CURRENT_USER',Section: '"_s + section
+                         + u"'"_s);
         }
         QCOMPARE(Text(u"a"_s, u"v"_s), u"text"_s);
     }
@@ -428,10 +443,12 @@ private Q_SLOTS:
         Let(u"a\\b"_s, u"text"_s, u"x"_s);
         Let(u"a\\b"_s, u"number"_s, 7, RegistryType::Number);
         Let(u"a\\b"_s, u"bytes"_s, "\xff"_ba, RegistryType::Binary);
-        const QJsonObject values{{u"text"_s, u"x"_s}, {u"number"_s, 7}, {u"bytes"_s, QJsonObject{{u"base64"_s, u"/w=="_s}}}};
+        const QJsonObject values{
+            {u"text"_s, u"x"_s}, {u"number"_s, 7}, {u"bytes"_s, QJsonObject{{u"base64"_s, u"/w=="_s}}}};
         const QJsonObject expected{{u"HKEY_CURRENT_USER"_s, QJsonObject{{u"a"_s, QJsonObject()}, {u"a\\b"_s, values}}}};
         QCOMPARE(QJsonDocument::fromJson(StoreBytes()).object(), expected);
-        QCOMPARE(QDir(ConfigFolder()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList{u"Registry.json"_s});
+        QCOMPARE(QDir(ConfigFolder()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                 QStringList{u"Registry.json"_s});
     }
 
     void change_thatCantBeWritten_raisesItsText_data()
@@ -445,10 +462,19 @@ private Q_SLOTS:
         QTest::newRow("unknown hive") << "{\"HKEY_CURRENT_USER\": {\"a\\\\b\": {\"v\": \"text\"}}, \"HKEY\": {}}"_ba;
         QTest::newRow("hive is no object") << "{\"HKEY_CURRENT_USER\": []}"_ba;
         QTest::newRow("section is no object") << "{\"HKEY_CURRENT_USER\": {\"a\\\\b\": \"text\"}}"_ba;
-        const QByteArray values[] = {"1.5", "99999999999999999999", "true", "null", "[]", "{}", "{\"base64\": 1}", "{\"base64\": \"!\"}",
-                                     "{\"base64\": \"\", \"more\": 1}", "1, \"V\": 2"};
+        const QByteArray values[] = {"1.5",
+                                     "99999999999999999999",
+                                     "true",
+                                     "null",
+                                     "[]",
+                                     "{}",
+                                     "{\"base64\": 1}",
+                                     "{\"base64\": \"!\"}",
+                                     "{\"base64\": \"\", \"more\": 1}",
+                                     "1, \"V\": 2"};
         for (const QByteArray& value : values)
-            QTest::addRow("value %s", value.constData()) << QByteArray("{\"HKEY_CURRENT_USER\": {\"a\\\\b\": {\"v\": " + value + "}}}");
+            QTest::addRow("value %s", value.constData())
+                << QByteArray("{\"HKEY_CURRENT_USER\": {\"a\\\\b\": {\"v\": " + value + "}}}");
     }
 
     void change_thatCantBeWritten_raisesItsText()
@@ -470,7 +496,8 @@ private Q_SLOTS:
         QCOMPARE(ValuesOf(u"a\\b"_s), QStringList{u"(failed)"_s});
         QCOMPARE(SectionsOf(u"a"_s), QStringList{u"(failed)"_s});
         QCOMPARE(StoreBytes(), bytes);
-        QCOMPARE(QDir(ConfigFolder()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList{u"Registry.json"_s});
+        QCOMPARE(QDir(ConfigFolder()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                 QStringList{u"Registry.json"_s});
     }
 
     void change_inAFolderThatIsNone_raisesItsText()

@@ -41,10 +41,9 @@ Type As(const Value& value)
 #define QB_PROPERTY(name)                                                                                              \
     Property                                                                                                           \
     {                                                                                                                  \
-        [](CSettings& settings) { return Value(settings.name()); },                                                    \
-            [](CSettings& settings, const Value& newValue) {                                                           \
-                settings.Set##name(As<decltype(settings.name())>(newValue));                                           \
-            }                                                                                                          \
+        [](CSettings& settings) { return Value(settings.name()); }, [](CSettings& settings, const Value& newValue) {   \
+            settings.Set##name(As<decltype(settings.name())>(newValue));                                               \
+        }                                                                                                              \
     }
 
 QString SettingText(const QString& key, const QString& fallback = u"(missing)"_s)
@@ -53,9 +52,10 @@ QString SettingText(const QString& key, const QString& fallback = u"(missing)"_s
 }
 
 const QString LibraryColumns[] = {
-    u"SharedDatabase"_s, u"CompactOnExit"_s,        u"CompactOnExitEvery"_s, u"CompactOnExitUsedDays"_s, u"LastCompacted"_s,
-    u"BackupOnExit"_s,   u"BackupOnExitEvery"_s,    u"BackupOnExitUsedDays"_s, u"LastBackedUp"_s,        u"BackupDir"_s,
-    u"BackupAutoDelete"_s, u"BackupAutoDeleteNo"_s, u"LastOpened"_s};
+    u"SharedDatabase"_s, u"CompactOnExit"_s, u"CompactOnExitEvery"_s, u"CompactOnExitUsedDays"_s,
+    u"LastCompacted"_s,  u"BackupOnExit"_s,  u"BackupOnExitEvery"_s,  u"BackupOnExitUsedDays"_s,
+    u"LastBackedUp"_s,   u"BackupDir"_s,     u"BackupAutoDelete"_s,   u"BackupAutoDeleteNo"_s,
+    u"LastOpened"_s};
 
 } // namespace
 
@@ -146,16 +146,27 @@ private Q_SLOTS:
 
     void applyOfDefaults_writesAllKeys()
     {
-        const QMap<QString, QString> expected{
-            {u"SaveFormLayout"_s, u"True"_s}, {u"ShowStatusBar"_s, u"True"_s}, {u"DBEnableSessionUndo"_s, u"False"_s},
-            {u"DBBackupAutomatic"_s, u"False"_s}, {u"ExpandBranches"_s, u"True"_s}, {u"AutoSaveFileDescriptions"_s, u"True"_s},
-            {u"AutoSaveFileDescIfAutoSaveOn"_s, u"True"_s}, {u"DisplaySynchroNotifications"_s, u"True"_s},
-            {u"AutoColorizeWhenItemOpened"_s, u"False"_s}, {u"AutoHideBookmarksWhenBrowsing"_s, u"False"_s},
-            {u"AutoHideTreeWhenBrowsing"_s, u"False"_s}, {u"DefaultFontName"_s, u"Verdana"_s}, {u"DefaultFontSize"_s, u"10"_s},
-            {u"DefaultColor1"_s, u"255"_s}, {u"DefaultColor2"_s, u"16711680"_s}, {u"InternetFileAutosaveToItem"_s, u"True"_s},
-            {u"InternetAutoSaveToDir"_s, u"False"_s}, {u"InternetFileSavePath"_s, QString()},
-            {u"InternetFileLoadWindowCloseWhenFinished"_s, u"False"_s}, {u"TipsOnStartup"_s, u"True"_s},
-            {u"ShowImportFileDialog"_s, u"True"_s}};
+        const QMap<QString, QString> expected{{u"SaveFormLayout"_s, u"True"_s},
+                                              {u"ShowStatusBar"_s, u"True"_s},
+                                              {u"DBEnableSessionUndo"_s, u"False"_s},
+                                              {u"DBBackupAutomatic"_s, u"False"_s},
+                                              {u"ExpandBranches"_s, u"True"_s},
+                                              {u"AutoSaveFileDescriptions"_s, u"True"_s},
+                                              {u"AutoSaveFileDescIfAutoSaveOn"_s, u"True"_s},
+                                              {u"DisplaySynchroNotifications"_s, u"True"_s},
+                                              {u"AutoColorizeWhenItemOpened"_s, u"False"_s},
+                                              {u"AutoHideBookmarksWhenBrowsing"_s, u"False"_s},
+                                              {u"AutoHideTreeWhenBrowsing"_s, u"False"_s},
+                                              {u"DefaultFontName"_s, u"Verdana"_s},
+                                              {u"DefaultFontSize"_s, u"10"_s},
+                                              {u"DefaultColor1"_s, u"255"_s},
+                                              {u"DefaultColor2"_s, u"16711680"_s},
+                                              {u"InternetFileAutosaveToItem"_s, u"True"_s},
+                                              {u"InternetAutoSaveToDir"_s, u"False"_s},
+                                              {u"InternetFileSavePath"_s, QString()},
+                                              {u"InternetFileLoadWindowCloseWhenFinished"_s, u"False"_s},
+                                              {u"TipsOnStartup"_s, u"True"_s},
+                                              {u"ShowImportFileDialog"_s, u"True"_s}};
         CSettings(Source()).Apply();
         QMap<QString, QString> stored;
         for (const QString& key : expected.keys())
@@ -188,7 +199,8 @@ private Q_SLOTS:
     {
         CSettings settings(Source());
         settings.SetShowImportFilesDialog(false);
-        connect(&settings, &CSettings::SettingsUpdated, this, [] { QCOMPARE(SettingText(u"ShowImportFileDialog"_s), u"False"_s); });
+        connect(&settings, &CSettings::SettingsUpdated, this,
+                [] { QCOMPARE(SettingText(u"ShowImportFileDialog"_s), u"False"_s); });
         const QStringList events = EventsOf(settings, [&] { settings.Apply(); });
         QCOMPARE(events, QStringList({u"SettingsUpdated"_s, u"eShowStatusBar true"_s}));
     }
@@ -426,7 +438,8 @@ private Q_SLOTS:
     {
         SetColumn(u"CompactOnExitUsedDays"_s, 7);
         CSettings settings(Source());
-        QCOMPARE(EventsOf(settings, [&] { settings.DBCompacted(); }), QStringList({u"SettingAwaitingUpdate"_s, u"SettingAwaitingUpdate"_s}));
+        QCOMPARE(EventsOf(settings, [&] { settings.DBCompacted(); }),
+                 QStringList({u"SettingAwaitingUpdate"_s, u"SettingAwaitingUpdate"_s}));
         QVERIFY(GetColumn(u"LastCompacted"_s).IsNull());
         QCOMPARE(GetColumn(u"CompactOnExitUsedDays"_s), Value(7));
         settings.Apply();
@@ -438,7 +451,8 @@ private Q_SLOTS:
     {
         SetColumn(u"BackupOnExitUsedDays"_s, 7);
         CSettings settings(Source());
-        QCOMPARE(EventsOf(settings, [&] { settings.DBBackedUp(); }), QStringList({u"SettingAwaitingUpdate"_s, u"SettingAwaitingUpdate"_s}));
+        QCOMPARE(EventsOf(settings, [&] { settings.DBBackedUp(); }),
+                 QStringList({u"SettingAwaitingUpdate"_s, u"SettingAwaitingUpdate"_s}));
         QVERIFY(GetColumn(u"LastBackedUp"_s).IsNull());
         QCOMPARE(GetColumn(u"BackupOnExitUsedDays"_s), Value(7));
         settings.Apply();
@@ -603,7 +617,8 @@ private:
     /// What a column holds that was never set: Null, but a Boolean is false.
     static Value NothingIn(const QString& column)
     {
-        static const QStringList booleans{u"SharedDatabase"_s, u"CompactOnExit"_s, u"BackupOnExit"_s, u"BackupAutoDelete"_s};
+        static const QStringList booleans{u"SharedDatabase"_s, u"CompactOnExit"_s, u"BackupOnExit"_s,
+                                          u"BackupAutoDelete"_s};
         return booleans.contains(column) ? Value(false) : Value();
     }
 

@@ -25,11 +25,12 @@ private Q_SLOTS:
     void association_writesItsKeys()
     {
         Associate(Usual());
-        const QMap<QString, QString> expected{{u".qnote"_s, u"Quill.Note"_s},
-                                              {u"Quill.Note"_s, u"Quill note"_s},
-                                              {u"Quill.Note\\shell\\open"_s, u"&Open"_s},
-                                              {u"Quill.Note\\shell\\open\\command"_s, u"\"/opt/Quill Base/quill\" \"%1\""_s},
-                                              {u"Quill.Note\\DefaultIcon"_s, u"/opt/Quill Base/quill,0"_s}};
+        const QMap<QString, QString> expected{
+            {u".qnote"_s, u"Quill.Note"_s},
+            {u"Quill.Note"_s, u"Quill note"_s},
+            {u"Quill.Note\\shell\\open"_s, u"&Open"_s},
+            {u"Quill.Note\\shell\\open\\command"_s, u"\"/opt/Quill Base/quill\" \"%1\""_s},
+            {u"Quill.Note\\DefaultIcon"_s, u"/opt/Quill Base/quill,0"_s}};
         QCOMPARE(ClassTexts(), expected);
     }
 
@@ -40,17 +41,18 @@ private Q_SLOTS:
         association.IconFile = u"/opt/icons.ico"_s;
         association.IconIndex = 3;
         Associate(association);
-        const QMap<QString, QString> expected{{u".qnote"_s, u"Quill.Note"_s},
-                                              {u"Quill.Note"_s, u"Quill note"_s},
-                                              {u"Quill.Note\\shell\\open"_s, u"&Open"_s},
-                                              {u"Quill.Note\\shell\\open\\command"_s, u"\"/opt/Quill Base/quill\" \"%1\""_s},
-                                              {u"Quill.Note\\shell\\print"_s, u"&Print"_s},
-                                              {u"Quill.Note\\shell\\print\\command"_s, u"/opt/Quill Base/quill /p \"%1\""_s},
-                                              {u"Quill.Note\\shell\\new"_s, u"&New"_s},
-                                              {u"Quill.Note\\shell\\new\\command"_s, u"/opt/Quill Base/quill /n \"%1\""_s},
-                                              {u"Quill.Note\\shell\\add"_s, u"&Install Quill note"_s},
-                                              {u"Quill.Note\\shell\\add\\command"_s, u"/opt/Quill Base/quill /a \"%1\""_s},
-                                              {u"Quill.Note\\DefaultIcon"_s, u"/opt/icons.ico,3"_s}};
+        const QMap<QString, QString> expected{
+            {u".qnote"_s, u"Quill.Note"_s},
+            {u"Quill.Note"_s, u"Quill note"_s},
+            {u"Quill.Note\\shell\\open"_s, u"&Open"_s},
+            {u"Quill.Note\\shell\\open\\command"_s, u"\"/opt/Quill Base/quill\" \"%1\""_s},
+            {u"Quill.Note\\shell\\print"_s, u"&Print"_s},
+            {u"Quill.Note\\shell\\print\\command"_s, u"/opt/Quill Base/quill /p \"%1\""_s},
+            {u"Quill.Note\\shell\\new"_s, u"&New"_s},
+            {u"Quill.Note\\shell\\new\\command"_s, u"/opt/Quill Base/quill /n \"%1\""_s},
+            {u"Quill.Note\\shell\\add"_s, u"&Install Quill note"_s},
+            {u"Quill.Note\\shell\\add\\command"_s, u"/opt/Quill Base/quill /a \"%1\""_s},
+            {u"Quill.Note\\DefaultIcon"_s, u"/opt/icons.ico,3"_s}};
         QCOMPARE(ClassTexts(), expected);
     }
 
@@ -129,13 +131,14 @@ private Q_SLOTS:
     void association_describesTheType()
     {
         Associate(Usual());
-        QCOMPARE(ReadFile(PackagePath(u"Quill.Note"_s)), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                                                          "<mime-info xmlns=\"http://www.freedesktop.org/standards/shared-mime-info\">\n"
-                                                          "  <mime-type type=\"application/x-quill.note\">\n"
-                                                          "    <comment>Quill note</comment>\n"
-                                                          "    <glob pattern=\"*.qnote\"/>\n"
-                                                          "  </mime-type>\n"
-                                                          "</mime-info>\n"_ba);
+        QCOMPARE(ReadFile(PackagePath(u"Quill.Note"_s)),
+                 "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                 "<mime-info xmlns=\"http://www.freedesktop.org/standards/shared-mime-info\">\n"
+                 "  <mime-type type=\"application/x-quill.note\">\n"
+                 "    <comment>Quill note</comment>\n"
+                 "    <glob pattern=\"*.qnote\"/>\n"
+                 "  </mime-type>\n"
+                 "</mime-info>\n"_ba);
         QCOMPARE(ComplaintsOf(u"Quill.Note"_s), QByteArray());
     }
 
@@ -146,25 +149,25 @@ private Q_SLOTS:
         association.IconFile = u"/opt/quill.svg"_s;
         Associate(association);
         QCOMPARE(ReadFile(EntryPath(u"Quill.Note"_s)), "[Desktop Entry]\n"
-                                                        "Type=Application\n"
-                                                        "Terminal=false\n"
-                                                        "Name=Quill note\n"
-                                                        "Exec=\"/opt/Quill Base/quill\" %f\n"
-                                                        "Icon=/opt/quill.svg\n"
-                                                        "MimeType=application/x-quill.note;\n"
-                                                        "Actions=print;new;add;\n"
-                                                        "\n"
-                                                        "[Desktop Action print]\n"
-                                                        "Name=Print\n"
-                                                        "Exec=\"/opt/Quill Base/quill\" /p %f\n"
-                                                        "\n"
-                                                        "[Desktop Action new]\n"
-                                                        "Name=New\n"
-                                                        "Exec=\"/opt/Quill Base/quill\" /n %f\n"
-                                                        "\n"
-                                                        "[Desktop Action add]\n"
-                                                        "Name=Install Quill note\n"
-                                                        "Exec=\"/opt/Quill Base/quill\" /a %f\n"_ba);
+                                                       "Type=Application\n"
+                                                       "Terminal=false\n"
+                                                       "Name=Quill note\n"
+                                                       "Exec=\"/opt/Quill Base/quill\" %f\n"
+                                                       "Icon=/opt/quill.svg\n"
+                                                       "MimeType=application/x-quill.note;\n"
+                                                       "Actions=print;new;add;\n"
+                                                       "\n"
+                                                       "[Desktop Action print]\n"
+                                                       "Name=Print\n"
+                                                       "Exec=\"/opt/Quill Base/quill\" /p %f\n"
+                                                       "\n"
+                                                       "[Desktop Action new]\n"
+                                                       "Name=New\n"
+                                                       "Exec=\"/opt/Quill Base/quill\" /n %f\n"
+                                                       "\n"
+                                                       "[Desktop Action add]\n"
+                                                       "Name=Install Quill note\n"
+                                                       "Exec=\"/opt/Quill Base/quill\" /a %f\n"_ba);
         QCOMPARE(ComplaintsOf(u"Quill.Note"_s), QByteArray());
     }
 
@@ -181,7 +184,8 @@ private Q_SLOTS:
             association.IconFile = icon;
             Associate(association);
             QVERIFY(!EntryOf(u"Quill.Note"_s).contains(u"Desktop Entry/Icon"_s));
-            QCOMPARE(Text(Classes + u"Quill.Note\\DefaultIcon"_s), (icon.isEmpty() ? association.Program : icon) + u",0"_s);
+            QCOMPARE(Text(Classes + u"Quill.Note\\DefaultIcon"_s),
+                     (icon.isEmpty() ? association.Program : icon) + u",0"_s);
         }
     }
 
@@ -236,9 +240,10 @@ private Q_SLOTS:
     void association_startsAnyProgram_data()
     {
         QTest::addColumn<QString>("program");
-        const QStringList programs{u"quill"_s,   u"/usr/bin/quill"_s, u"/opt/a b/quill"_s,   u"C:\\Program Files\\Quill\\q.exe"_s,
-                                   u"/o/\"q\""_s, u"/o/$(HOME)`x`"_s,  u"/o/it's;&|<>*?#~()"_s, u"/ö/ß😀"_s, u"/o/\\"_s,
-                                   u"/o/a\nb\tc\rd"_s};
+        const QStringList programs{
+            u"quill"_s,    u"/usr/bin/quill"_s, u"/opt/a b/quill"_s,     u"C:\\Program Files\\Quill\\q.exe"_s,
+            u"/o/\"q\""_s, u"/o/$(HOME)`x`"_s,  u"/o/it's;&|<>*?#~()"_s, u"/ö/ß😀"_s,
+            u"/o/\\"_s,    u"/o/a\nb\tc\rd"_s};
         for (const QString& program : programs)
             QTest::addRow("%s", program.toUtf8().toPercentEncoding().constData()) << program;
     }
@@ -272,8 +277,8 @@ private Q_SLOTS:
         QFETCH(QString, name);
         const QString program = m_registry->Home.Path(name);
         const QString trace = m_registry->Home.Path(u"trace"_s);
-        MakeProgram(program, "printf '%s\\n' \"$@\" > '" + QFile::encodeName(trace) + ".new'\nmv '" + QFile::encodeName(trace)
-                                  + ".new' '" + QFile::encodeName(trace) + "'\n");
+        MakeProgram(program, "printf '%s\\n' \"$@\" > '" + QFile::encodeName(trace) + ".new'\nmv '"
+                                 + QFile::encodeName(trace) + ".new' '" + QFile::encodeName(trace) + "'\n");
         EXEAssociation association = Usual();
         association.Program = program;
         Associate(association);
@@ -339,7 +344,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("extension");
         QTest::addColumn<QString>("program");
         QTest::addColumn<QString>("reason");
-        const QStringList names{QString(),  u"."_s,     u".."_s,  u"..."_s,  u"../a"_s,    u"a/b"_s,          u"/etc/a"_s,
+        const QStringList names{QString(), u"."_s,     u".."_s,  u"..."_s,  u"../a"_s,    u"a/b"_s,         u"/etc/a"_s,
                                 u"a\\b"_s, u"..\\a"_s, u"a;b"_s, u"a\nb"_s, u"a\u007f"_s, u"a"_s + QChar(0)};
         for (const QString& name : names) {
             const QByteArray shown = name.toUtf8().toPercentEncoding();
@@ -374,7 +379,7 @@ private Q_SLOTS:
     void association_thatCantBeWritten_changesNothing_data()
     {
         QTest::addColumn<QString>("folder"); // in the place of a file
-        QTest::addColumn<QString>("file"); // in the place of a folder
+        QTest::addColumn<QString>("file");   // in the place of a folder
         QTest::newRow("package") << u"mime/packages/Quill.Note.xml"_s << QString();
         QTest::newRow("entry") << u"applications/Quill.Note.desktop"_s << QString();
         QTest::newRow("folder of packages") << QString() << u"mime"_s;
@@ -410,8 +415,9 @@ private Q_SLOTS:
         EXEAssociation association = Usual();
         association.Description = u"Another note"_s;
         QCOMPARE(ErrorOf([&] { Associate(association); }),
-                 StoreError + u"Failed to set registry value Key: 'HKEY_CURRENT_USER',"
-                              "Section: 'SOFTWARE\\Classes\\.qnote',Key: '' to value: 'Quill.Note'"_s);
+                 StoreError
+                     + u"Failed to set registry value Key: 'HKEY_CURRENT_USER',"
+                       "Section: 'SOFTWARE\\Classes\\.qnote',Key: '' to value: 'Quill.Note'"_s);
         QCOMPARE(DataFiles(), before);
     }
 
@@ -431,8 +437,9 @@ private Q_SLOTS:
     {
         FileAssociation association(FileTypeOf(Usual()), u"Test"_s);
         QVERIFY(QDir().mkpath(PackagePath(u"Quill.Note"_s) + u"/inside"_s));
-        QCOMPARE(ErrorOf([&] { association.PutInPlace(); }),
-                 u"75 Test: Failed to register the file type 'qnote'. '"_s + PackagePath(u"Quill.Note"_s) + u"' can't be written."_s);
+        QCOMPARE(ErrorOf([&] { association.PutInPlace(); }), u"75 Test: Failed to register the file type 'qnote'. '"_s
+                                                                 + PackagePath(u"Quill.Note"_s)
+                                                                 + u"' can't be written."_s);
         QVERIFY(!QFileInfo::exists(EntryPath(u"Quill.Note"_s)));
     }
 
@@ -447,8 +454,9 @@ private Q_SLOTS:
                             + "'\necho noise; echo noise >&2; exit 3\n");
         }
         Associate(Usual());
-        QCOMPARE(QFile::decodeName(ReadFile(trace)),
-                 u"update-mime-database "_s + DataPath(u"mime"_s) + u"\nupdate-desktop-database "_s + DataPath(u"applications"_s) + u'\n');
+        QCOMPARE(QFile::decodeName(ReadFile(trace)), u"update-mime-database "_s + DataPath(u"mime"_s)
+                                                         + u"\nupdate-desktop-database "_s + DataPath(u"applications"_s)
+                                                         + u'\n');
     }
 
     void association_withoutTheDesktopsPrograms_isWritten()
@@ -466,7 +474,8 @@ private Q_SLOTS:
         const QByteArray type = "application/x-my$20$22$3cclass$3e$22$20$c3$a4";
         QVERIFY(ReadFile(DataPath(u"mime/globs2"_s)).contains("50:" + type + ":*.qnote\n"));
         QCOMPARE(Complaint(u"update-mime-database"_s, {DataPath(u"mime"_s)}), QByteArray());
-        QVERIFY(ReadFile(DataPath(u"applications/mimeinfo.cache"_s)).contains(type + "=My \"<Class>\" \xc3\xa4.desktop;\n"));
+        QVERIFY(ReadFile(DataPath(u"applications/mimeinfo.cache"_s))
+                    .contains(type + "=My \"<Class>\" \xc3\xa4.desktop;\n"));
     }
 
 private:

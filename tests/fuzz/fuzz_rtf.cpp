@@ -9,7 +9,8 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     using namespace qb;
-    const QString rtf = QString::fromLatin1("{\\rtf1 ") + QString::fromLatin1(reinterpret_cast<const char*>(data), qsizetype(size));
+    const QString rtf = QString::fromLatin1("{\\rtf1 ")
+                        + QString::fromLatin1(reinterpret_cast<const char*>(data), qsizetype(size));
     RichTextDocument first;
     ReadRtf(rtf, first);
     const QString written = WriteRtf(first);

@@ -30,7 +30,8 @@ QStringList Names(const QString& folder)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     using namespace Qt::StringLiterals;
-    static const QTemporaryDir home(QDir(u"/dev/shm"_s).exists() ? u"/dev/shm/fuzz-XXXXXX"_s : QDir::tempPath() + u"/fuzz-XXXXXX"_s);
+    static const QTemporaryDir home(QDir(u"/dev/shm"_s).exists() ? u"/dev/shm/fuzz-XXXXXX"_s
+                                                                 : QDir::tempPath() + u"/fuzz-XXXXXX"_s);
     const QString archive = home.filePath(u"archive.zip"_s);
     const QString target = home.filePath(u"target"_s);
     Write(archive, reinterpret_cast<const char*>(data), qint64(size));

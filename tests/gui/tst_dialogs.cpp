@@ -135,14 +135,18 @@ private Q_SLOTS:
             QCOMPARE(box.text(), u"Text"_s);
             box.button(QMessageBox::StandardButton(press))->click();
         });
-        const MsgBoxResult result = DialogPrompts().MsgBox({.Text = u"Text"_s, .Caption = u"Caption"_s, .Buttons = buttons});
+        const MsgBoxResult result = DialogPrompts().MsgBox(
+            {.Text = u"Text"_s, .Caption = u"Caption"_s, .Buttons = buttons});
         QTEST(result, "result");
     }
 
     void messageBox_pressesItsDefaultOnEnter()
     {
         WhenShown<QMessageBox>([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Return); });
-        QCOMPARE(DialogPrompts().MsgBox({.Text = u"Delete?"_s, .Caption = u"C"_s, .Buttons = MsgBoxButtons::YesNo, .Default = MsgBoxResult::No}),
+        QCOMPARE(DialogPrompts().MsgBox({.Text = u"Delete?"_s,
+                                         .Caption = u"C"_s,
+                                         .Buttons = MsgBoxButtons::YesNo,
+                                         .Default = MsgBoxResult::No}),
                  MsgBoxResult::No);
     }
 
@@ -173,7 +177,8 @@ private Q_SLOTS:
         {
             const auto information = DialogPrompts().InformUser(u"Please wait"_s);
             const QWidgetList windows = QApplication::topLevelWidgets();
-            const auto shown = std::find_if(windows.begin(), windows.end(), [](const QWidget* w) { return w->objectName() == u"frmInfo"; });
+            const auto shown = std::find_if(windows.begin(), windows.end(),
+                                            [](const QWidget* w) { return w->objectName() == u"frmInfo"; });
             QVERIFY(shown != windows.end() && (*shown)->isVisible());
         }
         for (const QWidget* window : QApplication::topLevelWidgets())
@@ -230,7 +235,8 @@ private Q_SLOTS:
         QVERIFY(!tips.Start(u"KTQuillbase"_s, home.Path(u"none.rtf"_s)));
         QVERIFY(tips.Start(u"KTQuillbase"_s, home.Path(u"Tips.rtf"_s)));
         const QWidgetList windows = QApplication::topLevelWidgets();
-        QWidget* window = *std::find_if(windows.begin(), windows.end(), [](const QWidget* w) { return w->objectName() == u"frmTips"; });
+        QWidget* window = *std::find_if(windows.begin(), windows.end(),
+                                        [](const QWidget* w) { return w->objectName() == u"frmTips"; });
         const auto* text = window->findChild<QLabel*>(u"lblTip"_s);
         const QString first = text->text();
         window->findChild<QPushButton*>(u"cmdNextTip"_s)->click();

@@ -233,11 +233,14 @@ private Q_SLOTS:
         ClickOn(0);
         QTest::keyClicks(Code(), u"x"_s);
         const QString status = inChild ? u"Conflicting"_s : u"Deleted"_s;
-        m_prompts->ExpectMsgBox(u"Update this item and reset its '%1' status?"_s.arg(status), yes ? MsgBoxResult::Yes : MsgBoxResult::No);
+        m_prompts->ExpectMsgBox(u"Update this item and reset its '%1' status?"_s.arg(status),
+                                yes ? MsgBoxResult::Yes : MsgBoxResult::No);
         Action(u"mnuSaveItem"_s)->trigger();
         const QString asked = m_prompts->Messages.last().Text;
-        QVERIFY(asked.startsWith(inChild ? u"The item you have just updated is currently in conflict with its copy in mother database. \r\n"_s
-                                         : u"The item you have just updated is marked for deletion. \r\n"_s));
+        QVERIFY(asked.startsWith(
+            inChild
+                ? u"The item you have just updated is currently in conflict with its copy in mother database. \r\n"_s
+                : u"The item you have just updated is marked for deletion. \r\n"_s));
         QVERIFY(asked.endsWith(u"point. \r\nDo you wish to continue?"_s));
         QCOMPARE(Read(u"LastChanged"_s) == u"0"_s, !yes);
         QCOMPARE(PlainTextFromRtf(Read(u"Code"_s)), yes ? u"x"_s : QString());
@@ -386,7 +389,8 @@ private Q_SLOTS:
         QCOMPARE(Notes()->SelColor(), std::optional(quint32(0xff0000)));
         QTest::keyClick(m_window.get(), Qt::Key_1, Qt::ControlModifier);
         QCOMPARE(Notes()->SelColor(), std::optional(quint32(0x0000ff)));
-        auto* button = qobject_cast<QToolButton*>(m_window->findChild<QToolBar*>(u"tlbTextFormat"_s)->widgetForAction(Button(u"COLOUR1"_s)));
+        auto* button = qobject_cast<QToolButton*>(
+            m_window->findChild<QToolBar*>(u"tlbTextFormat"_s)->widgetForAction(Button(u"COLOUR1"_s)));
         for (QAction* entry : button->menu()->actions()) {
             if (entry->property("key") == u"GREEN"_s)
                 entry->trigger();
@@ -413,15 +417,17 @@ private Q_SLOTS:
         Tab(1);
         OpenMenu(u"mnuEdit"_s);
         QVERIFY(m_window->findChild<QMenu*>(u"mnuFormat"_s)->menuAction()->isVisible());
-        for (const QString& name : {u"mnuBoldItem"_s, u"mnuBullet"_s, u"mnuAlignmentLeft"_s, u"mnuAlignmentCenter"_s, u"mnuAlignmentRight"_s,
-                                    u"mnuIncreaseIndent"_s, u"mnuDecreaseIndent"_s, u"mnuFontItem"_s, u"mnuFontSizeItem"_s,
-                                    u"mnuFontColor1"_s, u"mnuFontColor2"_s, u"mnuColorItem"_s})
+        for (const QString& name :
+             {u"mnuBoldItem"_s, u"mnuBullet"_s, u"mnuAlignmentLeft"_s, u"mnuAlignmentCenter"_s, u"mnuAlignmentRight"_s,
+              u"mnuIncreaseIndent"_s, u"mnuDecreaseIndent"_s, u"mnuFontItem"_s, u"mnuFontSizeItem"_s,
+              u"mnuFontColor1"_s, u"mnuFontColor2"_s, u"mnuColorItem"_s})
             QVERIFY2(m_window->findChild<QAction*>(name), qPrintable(name));
     }
 
     void undoWords_areThoseOfTheirNumbers()
     {
-        const QString words[] = {u"Last Action"_s, u"Typing"_s, u"Delete"_s, u"Drag Drop"_s, u"Cut"_s, u"Paste"_s, QString()};
+        const QString words[] = {u"Last Action"_s, u"Typing"_s, u"Delete"_s, u"Drag Drop"_s,
+                                 u"Cut"_s,         u"Paste"_s,  QString()};
         for (int number = 0; number < 7; ++number)
             QCOMPARE(CTextEdit::Translated(UndoType(number)), words[number]);
     }
@@ -430,21 +436,29 @@ private Q_SLOTS:
 
     void pictures()
     {
-        const QString notes = u"{\\rtf1{\\fonttbl{\\f0 Verdana;}}{\\colortbl;\\red255\\green0\\blue0;\\red0\\green0\\blue255;}\\f0\\fs28\\b How to read a file\\b0\\fs20\\par "
-                              "Three things \\cf1 matter\\cf0  here, see {\\field{\\*\\fldinst{HYPERLINK \"https://example.org\"}}{\\fldrslt the page}}:\\par "
-                              "{\\pntext\\'b7\\tab}{\\*\\pn\\pnlvlblt{\\pntxtb\\bullet}}\\fi-300\\li300 open it \\i binary\\i0\\par"
-                              "{\\pntext\\'b7\\tab}check \\ul every\\ulnone  result\\par"
-                              "\\pard{\\*\\pn\\pnlvlbody\\pndec\\pnstart1{\\pntxta.}}\\fi-300\\li600 close it\\par look at \\cf2 errno\\cf0\\par"
-                              "\\pard\\qc centred \\highlight1 marked\\highlight0\\par\\pard\\qr right}"_s;
+        const QString notes =
+            u"{\\rtf1{\\fonttbl{\\f0 Verdana;}}{\\colortbl;\\red255\\green0\\blue0;\\red0\\green0\\blue255;}\\f0"
+            "\\fs28\\b How to read a file\\b0\\fs20\\par "
+            "Three things \\cf1 matter\\cf0  here, see {\\field{\\*\\fldinst{HYPERLINK \"https://example.org\"}}{"
+            "\\fldrslt the page}}:\\par "
+            "{\\pntext\\'b7\\tab}{\\*\\pn\\pnlvlblt{\\pntxtb\\bullet}}\\fi-300\\li300 open it \\i binary\\i0\\par"
+            "{\\pntext\\'b7\\tab}check \\ul every\\ulnone  result\\par"
+            "\\pard{\\*\\pn\\pnlvlbody\\pndec\\pnstart1{\\pntxta.}}\\fi-300\\li600 close it\\par look at \\cf2 "
+            "errno\\cf0\\par"
+            "\\pard\\qc centred \\highlight1 marked\\highlight0\\par\\pard\\qr right}"_s;
         Write(u"Notes"_s, notes);
-        Write(u"Code"_s, RtfFromPlainText(u"' Works out a price\r\nPrivate Function Price(ByVal Count As Long) As Double\r\n"
-                                          "    Dim total As Double, name As String\r\n    name = \"price of \" & CStr(Count)\r\n"
-                                          "    If Count > 0 Then ' plain\r\n        total = Count * 2.5\r\n    End If\r\n"
-                                          "    Price = total\r\nEnd Function\r\n"_s, CodeFont));
+        Write(u"Code"_s,
+              RtfFromPlainText(u"' Works out a price\r\nPrivate Function Price(ByVal Count As Long) As Double\r\n"
+                               "    Dim total As Double, name As String\r\n    name = \"price of \" & CStr(Count)\r\n"
+                               "    If Count > 0 Then ' plain\r\n        total = Count * 2.5\r\n    End If\r\n"
+                               "    Price = total\r\nEnd Function\r\n"_s,
+                               CodeFont));
         Write(u"Example"_s, RtfFromPlainText(u"Debug.Print Price(3) ' 7.5"_s, CodeFont));
         Write(u"Info"_s, u"Prices are in the currency of the library."_s);
-        AddStoredFile(*m_database, m_item, u"Price list.pdf"_s, QByteArray(48211, 'x'), Date::FromParts(2026, 2, 3, 9, 30, 0));
-        AddStoredFile(*m_database, m_item, u"Tests.zip"_s, QByteArray(1201, 'x'), Date::FromParts(2026, 2, 7, 19, 4, 11));
+        AddStoredFile(*m_database, m_item, u"Price list.pdf"_s, QByteArray(48211, 'x'),
+                      Date::FromParts(2026, 2, 3, 9, 30, 0));
+        AddStoredFile(*m_database, m_item, u"Tests.zip"_s, QByteArray(1201, 'x'),
+                      Date::FromParts(2026, 2, 7, 19, 4, 11));
         for (const bool dark : {false, true}) {
             const QString suffix = dark ? u"-dark"_s : QString();
             const QPalette before = QApplication::palette();

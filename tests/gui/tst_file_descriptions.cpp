@@ -76,7 +76,8 @@ private Q_SLOTS:
         QTest::keyClicks(Box(), u"about a"_s);
         m_prompts->ExpectMsgBox(u"Save changes?"_s, MsgBoxResult::No);
         Select(1);
-        QCOMPARE(m_prompts->Messages.last().Text, u"The file description have been changed. Do you want to save these changes?"_s);
+        QCOMPARE(m_prompts->Messages.last().Text,
+                 u"The file description have been changed. Do you want to save these changes?"_s);
         QCOMPARE(Described(1), QString());
         Select(0);
         QVERIFY(Box()->IsEmpty());
@@ -220,7 +221,8 @@ private Q_SLOTS:
         m_database->Execute(u"DELETE FROM Files WHERE ID = 1"_s);
         m_prompts->ExpectMsgBox(u"Save changes?"_s);
         Select(1);
-        QVERIFY(m_prompts->Messages.last().Text.startsWith(u"The file 'a.txt' has been deleted from the library meanwhile."_s));
+        QVERIFY(m_prompts->Messages.last().Text.startsWith(
+            u"The file 'a.txt' has been deleted from the library meanwhile."_s));
         QTRY_COMPARE(Titles(), QStringList{u"b.txt"_s});
     }
 
@@ -244,8 +246,10 @@ private Q_SLOTS:
         Store({u"a.txt"_s});
         m_database.reset();
         const QString library = m_home->Path(u"data/QBLib.qbd"_s);
-        QVERIFY(QFile::setPermissions(library, QFileDevice::ReadOwner | QFileDevice::ReadUser | QFileDevice::ReadGroup | QFileDevice::ReadOther));
-        for (const QString& folder : {m_home->Path(), m_home->Path(u"data"_s), m_home->Path(u"config"_s), Session().CurrentFilesFolder.chopped(1)}) {
+        QVERIFY(QFile::setPermissions(library, QFileDevice::ReadOwner | QFileDevice::ReadUser | QFileDevice::ReadGroup
+                                                   | QFileDevice::ReadOther));
+        for (const QString& folder : {m_home->Path(), m_home->Path(u"data"_s), m_home->Path(u"config"_s),
+                                      Session().CurrentFilesFolder.chopped(1)}) {
             if (QFile::exists(folder))
                 QVERIFY(QFile::setPermissions(folder, QFileDevice::Permissions(0x7777)));
         }

@@ -7,8 +7,8 @@
 #include "support/ui/WorkProgress.h"
 
 #include <QAbstractItemModelTester>
-#include <QClipboard>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QDropEvent>
 #include <QFile>
 #include <QHeaderView>
@@ -49,7 +49,8 @@ private Q_SLOTS:
         Store({u"a.txt"_s, u"b.txt"_s});
         OpenFiles();
         const QAbstractItemModel* model = List()->model();
-        const QStringList headers{u"Original File Name              "_s, u"File Date/Time"_s, u"Sort"_s, u"Date Added"_s, u"Size"_s};
+        const QStringList headers{u"Original File Name              "_s, u"File Date/Time"_s, u"Sort"_s,
+                                  u"Date Added"_s, u"Size"_s};
         for (int column = 0; column < headers.size(); ++column)
             QCOMPARE(model->headerData(column, Qt::Horizontal).toString(), headers[column]);
         QCOMPARE(model->index(0, 2).data().toString(), u"000000001000"_s);
@@ -100,8 +101,10 @@ private Q_SLOTS:
         OpenFiles();
         m_prompts->ExpectFileNames(u"Select File(s) To Import"_s, {In(u"a.txt"_s)});
         InDialog<frmImportType>([&](frmImportType& dialog) {
-            QCOMPARE(dialog.findChild<QLabel*>(u"lblInfo"_s)->text(),
-                     u"KT Quillbase can compress the file for you. Do you wish the file to be compressed, before saving it to the library?"_s);
+            QCOMPARE(
+                dialog.findChild<QLabel*>(u"lblInfo"_s)->text(),
+                u"KT Quillbase can compress the file for you. Do you wish the file to be compressed, before saving "
+                "it to the library?"_s);
             QCOMPARE(dialog.findChild<QRadioButton*>(u"optNo"_s)->text(), u"&No, don't compress the file."_s);
             QCOMPARE(dialog.findChild<QRadioButton*>(u"optYesEach"_s)->text(), u"Yes, compress the file."_s);
             QVERIFY(!dialog.findChild<QRadioButton*>(u"optYesAll"_s)->isVisible());
@@ -131,7 +134,8 @@ private Q_SLOTS:
             name->clear();
             dialog.accept();
             QVERIFY(dialog.isVisible());
-            QCOMPARE(m_prompts->Messages.last().Text, u"Please enter a name for the new zip file that you want to create."_s);
+            QCOMPARE(m_prompts->Messages.last().Text,
+                     u"Please enter a name for the new zip file that you want to create."_s);
             QTest::keyClicks(name, u"to/gether"_s); // no path can be typed
             dialog.accept();
         });
@@ -197,7 +201,8 @@ private Q_SLOTS:
         const QScopedValueRollback delay(WorkProgress::Delay, std::chrono::milliseconds(0));
         ClickCancelSoon();
         Files()->ImportFiles({In(u"a.txt"_s), In(u"b.txt"_s)});
-        QVERIFY2(m_window->statusBar()->currentMessage().startsWith(u"Cancelled; "_s), qPrintable(m_window->statusBar()->currentMessage()));
+        QVERIFY2(m_window->statusBar()->currentMessage().startsWith(u"Cancelled; "_s),
+                 qPrintable(m_window->statusBar()->currentMessage()));
         QVERIFY(Titles().size() < 2);
         QCOMPARE(Stored().size(), Titles().size()); // nothing of what was under way
         QVERIFY(!m_window->findChild<QProgressBar*>(u"prgStatus"_s)->isVisible());
@@ -242,7 +247,8 @@ private Q_SLOTS:
         m_window->Settings().SetShowImportFilesDialog(false);
         m_prompts->ExpectMsgBox(u"Import Files"_s); // the folder among them
         QMimeData data;
-        data.setUrls({QUrl::fromLocalFile(In(u"a.txt"_s)), QUrl::fromLocalFile(m_home->Path(u"in ß"_s)), QUrl(u"https://example.org/"_s)});
+        data.setUrls({QUrl::fromLocalFile(In(u"a.txt"_s)), QUrl::fromLocalFile(m_home->Path(u"in ß"_s)),
+                      QUrl(u"https://example.org/"_s)});
         QVERIFY(Drop(data));
         QTRY_COMPARE(Stored(), QStringList{u"1 - a.txt"_s});
         QVERIFY(QFile::exists(In(u"a.txt"_s)));
@@ -325,7 +331,8 @@ private Q_SLOTS:
         Action(u"mnuExportFile"_s)->trigger();
         QCOMPARE(m_prompts->Messages[1].Text, u"File could not have been exported."_s);
         QCOMPARE(m_prompts->Messages[2].Text,
-                 u"File record removed from the database, because source file was not found in the required system location."_s);
+                 u"File record removed from the database, because source file was not found in the required system "
+                 "location."_s);
         QCOMPARE(Titles(), QStringList());
         QVERIFY(!Details()->TabEnabled(DetailsTab::Files));
     }
@@ -393,11 +400,13 @@ private Q_SLOTS:
         QCOMPARE(m_prompts->Messages.last().Default, std::optional(MsgBoxResult::No));
         QCOMPARE(Titles().size(), 3);
         List()->selectAll();
-        List()->selectionModel()->select(List()->model()->index(0, 0), QItemSelectionModel::Deselect | QItemSelectionModel::Rows);
+        List()->selectionModel()->select(List()->model()->index(0, 0),
+                                         QItemSelectionModel::Deselect | QItemSelectionModel::Rows);
         QCOMPARE(Action(u"mnuDeleteFile"_s)->text(), u"&Delete Files"_s);
         m_prompts->ExpectMsgBox(u"Delete File from Database"_s, MsgBoxResult::Yes);
         Action(u"mnuDeleteFile"_s)->trigger();
-        QCOMPARE(m_prompts->Messages.last().Text, u"Do you really want to delete the 2 selected files from the database?"_s);
+        QCOMPARE(m_prompts->Messages.last().Text,
+                 u"Do you really want to delete the 2 selected files from the database?"_s);
         QCOMPARE(Titles().size(), 1);
         QCOMPARE(Stored().size(), 1);
         QCOMPARE(List()->selectionModel()->selectedRows().size(), 1);
@@ -542,7 +551,8 @@ private:
     /// Stands in for the desktop: one application for all, or none; writes down what is opened.
     class Desktop {
     public:
-        Desktop(const TemporaryHome& home, const QString& application) : m_file(home.Path(u"opened"_s)), m_before(qgetenv("PATH"))
+        Desktop(const TemporaryHome& home, const QString& application)
+            : m_file(home.Path(u"opened"_s)), m_before(qgetenv("PATH"))
         {
             Program(home.Path(u"desktop/xdg-mime"_s), "echo '" + application.toUtf8() + "'\n");
             Program(home.Path(u"desktop/xdg-open"_s), "printf %s \"$1\" >'" + m_file.toUtf8() + "'\n");

@@ -35,10 +35,13 @@ private Q_SLOTS:
         QCOMPARE(child.data().toString(), u"child"_s);
         QCOMPARE(Tree()->currentIndex(), child);
         QCOMPARE(m_window->findChild<QLabel*>(u"lblTitle"_s)->text(), u"child"_s);
-        QCOMPARE(m_database->QueryValue(u"SELECT Title FROM Items WHERE ParentID = ?"_s, {m_item}).ToText(), u"child"_s);
+        QCOMPARE(m_database->QueryValue(u"SELECT Title FROM Items WHERE ParentID = ?"_s, {m_item}).ToText(),
+                 u"child"_s);
         QTest::keyClicks(Code(), u"x"_s);
         QTest::keyClick(m_window.get(), Qt::Key_S, Qt::ControlModifier);
-        QCOMPARE(PlainTextFromRtf(m_database->QueryValue(u"SELECT Code FROM Items WHERE ParentID = ?"_s, {m_item}).ToText()), u"x"_s);
+        QCOMPARE(
+            PlainTextFromRtf(m_database->QueryValue(u"SELECT Code FROM Items WHERE ParentID = ?"_s, {m_item}).ToText()),
+            u"x"_s);
     }
 
     void titleThatIsEmpty_isRefused()
@@ -65,7 +68,8 @@ private Q_SLOTS:
         QTest::keyClick(editor, Qt::Key_End);
         QTest::keyClick(editor, Qt::Key_Backspace);
         Enter(editor);
-        QCOMPARE(m_database->QueryValue(u"SELECT Title FROM Items WHERE ID = ?"_s, {m_item}).ToText(), QString(254, u'a'));
+        QCOMPARE(m_database->QueryValue(u"SELECT Title FROM Items WHERE ID = ?"_s, {m_item}).ToText(),
+                 QString(254, u'a'));
     }
 
     void deleteKey_deletesAfterAQuestion()
@@ -136,12 +140,15 @@ private Q_SLOTS:
         const QStringList root = shown(Root(), u"root"_s);
         QVERIFY(root.contains(u"mnuAddCode"_s) && !root.contains(u"mnuRename"_s) && !root.contains(u"mnuDeleteCode"_s));
         const QStringList deleted = shown(Child(0), u"deleted"_s);
-        QVERIFY(deleted.contains(u"mnuKeepItem"_s) && !deleted.contains(u"mnuAddCode"_s) && deleted.contains(u"mnuDeleteCode"_s));
+        QVERIFY(deleted.contains(u"mnuKeepItem"_s) && !deleted.contains(u"mnuAddCode"_s)
+                && deleted.contains(u"mnuDeleteCode"_s));
         const QStringList conflict = shown(Child(2), u"conflict"_s);
-        QVERIFY(!conflict.contains(u"mnuKeepItem"_s) && !conflict.contains(u"mnuDeleteCode"_s) && conflict.contains(u"mnuAddCode"_s));
+        QVERIFY(!conflict.contains(u"mnuKeepItem"_s) && !conflict.contains(u"mnuDeleteCode"_s)
+                && conflict.contains(u"mnuAddCode"_s));
         Tree()->expand(Child(1));
         const QStringList orphan = shown(Tree()->model()->index(0, 0, Child(1)), u"orphan"_s);
-        QVERIFY(orphan.contains(u"mnuDeleteCode"_s) && !orphan.contains(u"mnuAddCode"_s) && !orphan.contains(u"mnuNewSiblingItem"_s));
+        QVERIFY(orphan.contains(u"mnuDeleteCode"_s) && !orphan.contains(u"mnuAddCode"_s)
+                && !orphan.contains(u"mnuNewSiblingItem"_s));
         QVERIFY(m_window->findChild<QMenu*>(u"mnuTools"_s)->menuAction()->isVisible());
         Tree()->setCurrentIndex(Child(0));
         Action(u"mnuKeepItem"_s)->trigger();

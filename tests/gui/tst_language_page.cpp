@@ -10,8 +10,8 @@
 
 #include <QCheckBox>
 #include <QLabel>
-#include <QPlainTextEdit>
 #include <QListWidget>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTableView>
@@ -31,7 +31,8 @@ private Q_SLOTS:
         FailOnWarnings();
         Begin();
         m_database->Execute(u"DELETE FROM Keywords"_s);
-        for (const auto& [word, coloured] : {std::pair(u"while"_s, true), std::pair(u"do"_s, true), std::pair(u"print"_s, false)})
+        for (const auto& [word, coloured] :
+             {std::pair(u"while"_s, true), std::pair(u"do"_s, true), std::pair(u"print"_s, false)})
             m_database->Execute(u"INSERT INTO Keywords (Keyword, Coloured) VALUES (?, ?)"_s, {word, coloured});
         m_settings = std::make_unique<CSettings>([this] { return m_database.get(); });
         m_settings->SkipDayCount();
@@ -133,7 +134,8 @@ private Q_SLOTS:
     void click_switchesTheTick()
     {
         OpenDialog();
-        QTest::mouseClick(Grid()->viewport(), Qt::LeftButton, {}, Grid()->visualRect(Grid()->model()->index(1, 2)).center());
+        QTest::mouseClick(Grid()->viewport(), Qt::LeftButton, {},
+                          Grid()->visualRect(Grid()->model()->index(1, 2)).center());
         QCOMPARE(Stored(), u"do+ print+ while+"_s);
         QVERIFY(Apply()->isEnabled());
     }
@@ -143,7 +145,8 @@ private Q_SLOTS:
         OpenDialog();
         Grid()->setCurrentIndex(Grid()->model()->index(0, 2));
         Grid()->selectRow(0);
-        Grid()->selectionModel()->select(Grid()->model()->index(2, 1), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        Grid()->selectionModel()->select(Grid()->model()->index(2, 1),
+                                         QItemSelectionModel::Select | QItemSelectionModel::Rows);
         m_prompts->ExpectMsgBox(u"Selection Delete"_s, MsgBoxResult::No);
         Click(u"cmdDelete"_s);
         QCOMPARE(m_prompts->Messages.last().Text, u"Do you wish to delete selected items?"_s);
@@ -172,7 +175,8 @@ private Q_SLOTS:
         QVERIFY(Apply()->isEnabled());
         QTest::mouseClick(Apply(), Qt::LeftButton);
         QCOMPARE(told, 1);
-        QCOMPARE(GetSetting(SettingsApplication, u"Colours"_s, u"KeywordDefiner"_s), u"%1,%2"_s.arg(0x6b7d8b).arg(0x8040ff));
+        QCOMPARE(GetSetting(SettingsApplication, u"Colours"_s, u"KeywordDefiner"_s),
+                 u"%1,%2"_s.arg(0x6b7d8b).arg(0x8040ff));
         QCOMPARE(Property(u"LanguageUsed"_s), u"Mine"_s);
         QCOMPARE(Property(u"CommentIdentifier"_s), u"--"_s);
         QCOMPARE(Property(u"CommentIdentifierStart"_s), u"/*"_s);
@@ -226,7 +230,8 @@ private Q_SLOTS:
         };
         Click(u"cmdExport"_s);
         QCOMPARE(ReadLanguageFile(path).ColouredWords, (QStringList{u"do"_s, u"while"_s}));
-        WriteLanguageFile(path, {.Language = u"Other"_s, .Comment = u"%"_s, .ColouredWords = {u"alpha"_s}, .CommentColour = 5});
+        WriteLanguageFile(
+            path, {.Language = u"Other"_s, .Comment = u"%"_s, .ColouredWords = {u"alpha"_s}, .CommentColour = 5});
         Click(u"cmdImport"_s);
         QCOMPARE(asked, (QList<bool>{true, false}));
         QCOMPARE(Words(), u"alpha+ _"_s);
@@ -383,7 +388,7 @@ private Q_SLOTS:
                 auto* options = qobject_cast<frmSettings*>(QApplication::activeModalWidget());
                 QVERIFY(options);
                 shown = options->findChild<QListWidget*>(u"lstPages"_s)->currentRow() == frmSettings::KeywordPage
-                    && options->findChild<QTableView*>(u"fgrdList"_s)->model()->rowCount() == 1;
+                        && options->findChild<QTableView*>(u"fgrdList"_s)->model()->rowCount() == 1;
                 options->reject();
             });
             dialog->findChild<QRadioButton*>(u"optSelfDefined"_s)->setChecked(true);
@@ -468,9 +473,15 @@ private:
     }
     QString Stored()
     {
-        return Texts(*m_database, u"SELECT Keyword || CASE WHEN coalesce(Coloured, 0) THEN '+' ELSE '' END FROM Keywords ORDER BY Keyword"_s).join(u' ');
+        return Texts(*m_database,
+                     u"SELECT Keyword || CASE WHEN coalesce(Coloured, 0) THEN '+' ELSE '' END FROM Keywords ORDER BY "
+                     "Keyword"_s)
+            .join(u' ');
     }
-    QString Property(const QString& column) { return m_database->QueryValue(u"SELECT "_s + column + u" FROM Properties"_s).ToText(); }
+    QString Property(const QString& column)
+    {
+        return m_database->QueryValue(u"SELECT "_s + column + u" FROM Properties"_s).ToText();
+    }
 
     std::unique_ptr<CSettings> m_settings;
     std::unique_ptr<frmSettings> m_dialog;

@@ -519,7 +519,7 @@ private Q_SLOTS:
         QCOMPARE(PlainTextFromRtf(stored), u"def x: # int"_s);
         QCOMPARE(Parsed(stored).FormatAt(7).Color, Light(TokenKind::Comment));
         QVERIFY(!Read(u"Example"_s).contains(u"qblang"_s)); // what has no text has no language
-        Open(); // another run of the program
+        Open();                                             // another run of the program
         ClickOn(0);
         QVERIFY(Button()->text().startsWith(u"Python"_s));
         QCOMPARE(Shown(), QStringList{u"kkk....ccccc"_s});
@@ -737,8 +737,8 @@ private Q_SLOTS:
 
     void pictures()
     {
-        for (const QString& key : {u"cpp23"_s, u"python"_s, u"html"_s, u"rust"_s, u"sql"_s, u"bash"_s,
-                                  u"javascript"_s, u"markdown"_s, u"yaml"_s, u"vbnet"_s}) {
+        for (const QString& key : {u"cpp23"_s, u"python"_s, u"html"_s, u"rust"_s, u"sql"_s, u"bash"_s, u"javascript"_s,
+                                   u"markdown"_s, u"yaml"_s, u"vbnet"_s}) {
             const std::optional<LanguageDefinition> language = Definition(key);
             QVERIFY2(language && !language->Rules.isEmpty(), qPrintable(key));
             for (const bool dark : {false, true}) {

@@ -76,7 +76,8 @@ private Q_SLOTS:
         QVERIFY(m_window->isMaximized());
         const QRect screen = m_window->screen()->availableGeometry();
         m_window->showNormal();
-        QTRY_COMPARE(m_window->geometry(), QRect(screen.width() / 10, screen.height() / 10, screen.width() / 10 * 8, screen.height() / 10 * 8));
+        QTRY_COMPARE(m_window->geometry(), QRect(screen.width() / 10, screen.height() / 10, screen.width() / 10 * 8,
+                                                 screen.height() / 10 * 8));
         const auto* tree = Find<QWidget>(u"tvCodeItems"_s);
         QVERIFY(tree->width() >= tree->minimumSizeHint().width()); // a seventh of the window would be less
     }
@@ -119,7 +120,8 @@ private Q_SLOTS:
         SaveSetting(SettingsApplication, u"Settings"_s, u"SaveFormLayout"_s, u"False"_s);
         Open();
         m_window->close();
-        for (const QString& key : {u"MainLeft"_s, u"WindowState"_s, u"AutoSave"_s, u"FormatTlbrPoss"_s, u"SubResizerSeparatorPos"_s})
+        for (const QString& key :
+             {u"MainLeft"_s, u"WindowState"_s, u"AutoSave"_s, u"FormatTlbrPoss"_s, u"SubResizerSeparatorPos"_s})
             QCOMPARE(Stored(key), u"none"_s);
     }
 
@@ -260,7 +262,8 @@ private Q_SLOTS:
             QTest::keyClick(Combo(), Qt::Key_Return); // the box hands keys to its line
             QCOMPARE(Combo()->currentText(), answer == MsgBoxResult::Yes ? u"My work"_s : u"KT Quillbase"_s);
         }
-        QCOMPARE(GetSetting(SettingsApplication, u"Databases"_s, u"ChosenDatabases"_s), DefaultLibrary() + u"|My work;"_s);
+        QCOMPARE(GetSetting(SettingsApplication, u"Databases"_s, u"ChosenDatabases"_s),
+                 DefaultLibrary() + u"|My work;"_s);
     }
 
     void removingTheOnlyLibrary_leavesTheFileMenu()
@@ -342,7 +345,8 @@ private Q_SLOTS:
     {
         MakeDefaultLibrary();
         const FixedClock clock(Date::FromParts(2026, 3, 31));
-        DBEngine::OpenDatabase(DefaultLibrary())->Execute(u"UPDATE Properties SET LastOpened = ?"_s, {Date::FromParts(2026, 3, 1)});
+        DBEngine::OpenDatabase(DefaultLibrary())
+            ->Execute(u"UPDATE Properties SET LastOpened = ?"_s, {Date::FromParts(2026, 3, 1)});
         Open();
         QVERIFY(m_window->close());
         QVERIFY(!m_window->CurrentDatabase());

@@ -29,7 +29,8 @@ private Q_SLOTS:
     void start_tracesItsStagesAndWritesAPicture()
     {
         AddItem(*MakeLibrary(m_home->Path(u"data/QBLib.qbd"_s)), 0, u"shown"_s, u"code"_s);
-        const auto program = Start(u"a"_s, {{u"QUILLBASE_PICTURE"_s, m_home->Path(u"picture.png"_s)}, {u"QUILLBASE_SHOW"_s, u"1"_s}});
+        const auto program = Start(
+            u"a"_s, {{u"QUILLBASE_PICTURE"_s, m_home->Path(u"picture.png"_s)}, {u"QUILLBASE_SHOW"_s, u"1"_s}});
         QVERIFY(program->waitForFinished());
         QCOMPARE(program->exitCode(), 0);
         QStringList stages;
@@ -70,7 +71,8 @@ private Q_SLOTS:
 
     void commandLineArguments_haveNoEffect()
     {
-        const auto program = Start(u"a"_s, {{u"QUILLBASE_PICTURE"_s, m_home->Path(u"picture.png"_s)}}, {u"/p"_s, u"nothing.qbd"_s});
+        const auto program = Start(u"a"_s, {{u"QUILLBASE_PICTURE"_s, m_home->Path(u"picture.png"_s)}},
+                                   {u"/p"_s, u"nothing.qbd"_s});
         QVERIFY(program->waitForFinished());
         QCOMPARE(program->exitCode(), 0);
         QVERIFY(QFileInfo::exists(m_home->Path(u"data/QBLib.qbd"_s)));
@@ -79,7 +81,8 @@ private Q_SLOTS:
     }
 
 private:
-    std::unique_ptr<QProcess> Start(const QString& name, const QMap<QString, QString>& variables = {}, const QStringList& arguments = {})
+    std::unique_ptr<QProcess> Start(const QString& name, const QMap<QString, QString>& variables = {},
+                                    const QStringList& arguments = {})
     {
         auto process = std::make_unique<QProcess>();
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();

@@ -33,9 +33,9 @@ private Q_SLOTS:
         ClickOn(0);
         QVERIFY(m_window->findChild<QLabel*>(u"lblLockedState"_s)->text().contains(u"read-only"_s));
         m_window->findChild<QMenu*>(u"mnuItem"_s)->aboutToShow();
-        for (const char* name : {"NEW", "SAVE", "DELETE", "mnuAddCode", "mnuNewSiblingItem", "mnuRename",
-                                 "mnuDeleteCode", "mnuSaveItem", "mnuAddLink", "mnuAddLinkTwoWayItem", "mnuColorize",
-                                 "COLORIZE"})
+        for (const char* name :
+             {"NEW", "SAVE", "DELETE", "mnuAddCode", "mnuNewSiblingItem", "mnuRename", "mnuDeleteCode", "mnuSaveItem",
+              "mnuAddLink", "mnuAddLinkTwoWayItem", "mnuColorize", "COLORIZE"})
             QVERIFY2(!Action(QString::fromLatin1(name))->isEnabled(), name);
         for (const char* name : {"mnuFindInText", "mnuNextItem", "mnuViewRefresh", "mnuFilterTree"})
             QVERIFY2(Action(QString::fromLatin1(name))->isEnabled(), name);

@@ -48,8 +48,8 @@ QByteArray ShownDifference(UserTextBox& box)
             for (int i = 0; i < fragment.length(); ++i, ++position) {
                 if (RichTextLook::NumberOf(fragment.charFormat()) != text.Runs().ValueAt(position))
                     return "another look at " + QByteArray::number(position) + ": shown "
-                        + DescribeFormat(text, text.Format(RichTextLook::NumberOf(fragment.charFormat()))).toUtf8() + ", meant "
-                        + DescribeFormat(text, text.FormatAt(position)).toUtf8();
+                           + DescribeFormat(text, text.Format(RichTextLook::NumberOf(fragment.charFormat()))).toUtf8()
+                           + ", meant " + DescribeFormat(text, text.FormatAt(position)).toUtf8();
             }
         }
         if (block.next().isValid()) {
@@ -77,9 +77,12 @@ QByteArray DifferenceBetweenLineEnds(const RichText& actual, const RichText& exp
 /// Any operation on a box.
 void Operate(IRichTextBox& box, Dice& dice)
 {
-    const QString pieces[] = {u"x"_s, u""_s, u"two words"_s, u"\r\n"_s, u"one\r\ntwo\r\n"_s, QString(u'\n'), u"\u00e9\u4e2d"_s};
-    const QString rtfs[] = {u"{\\rtf1 plain}"_s, u"{\\rtf1{\\colortbl;\\red255\\green0\\blue0;}\\b bold\\b0\\cf1 red\\par\\qc middle\\par}"_s,
-                            u"{\\rtf1{\\pntext\\'b7\\tab}{\\*\\pn\\pnlvlblt{\\pntxtb\\bullet}}\\fi-300\\li300 item\\par\\pard last}"_s};
+    const QString pieces[] = {u"x"_s,           u""_s, u"two words"_s, u"\r\n"_s, u"one\r\ntwo\r\n"_s, QString(u'\n'),
+                              u"\u00e9\u4e2d"_s};
+    const QString rtfs[] = {
+        u"{\\rtf1 plain}"_s,
+        u"{\\rtf1{\\colortbl;\\red255\\green0\\blue0;}\\b bold\\b0\\cf1 red\\par\\qc middle\\par}"_s,
+        u"{\\rtf1{\\pntext\\'b7\\tab}{\\*\\pn\\pnlvlblt{\\pntxtb\\bullet}}\\fi-300\\li300 item\\par\\pard last}"_s};
     const qsizetype length = box.Text().size();
     box.SetSelStart(dice.Roll(length + 1));
     box.SetSelLength(dice.OneIn(3) ? 0 : dice.Roll(std::min<qsizetype>(length, 12) + 1));
@@ -220,8 +223,11 @@ private Q_SLOTS:
                 const QByteArray text = box.Text().toUtf8() + ' ' + QByteArray::number(box.SelStart());
                 Operate(box, dice);
                 Operate(model, same);
-                QVERIFY2(Difference(box.Content(), model).isEmpty(), where + "step " + QByteArray::number(i) + ": " + Difference(box.Content(), model));
-                QVERIFY2(ShownDifference(box).isEmpty(), where + "step " + QByteArray::number(i) + ": " + ShownDifference(box) + "\nbefore: " + text + "\nnow: " + box.Text().toUtf8() + ' ' + QByteArray::number(box.SelStart()));
+                QVERIFY2(Difference(box.Content(), model).isEmpty(),
+                         where + "step " + QByteArray::number(i) + ": " + Difference(box.Content(), model));
+                QVERIFY2(ShownDifference(box).isEmpty(),
+                         where + "step " + QByteArray::number(i) + ": " + ShownDifference(box) + "\nbefore: " + text
+                             + "\nnow: " + box.Text().toUtf8() + ' ' + QByteArray::number(box.SelStart()));
             }
             while (box.CanUndo())
                 box.Undo();
@@ -324,8 +330,10 @@ private Q_SLOTS:
             Select(box, 0, 6);
             box.SetSelProtected(isProtected);
             Select(box, 3, 0);
-            const std::pair<int, Qt::KeyboardModifiers> keys[] = {{Qt::Key_X, Qt::AltModifier}, {Qt::Key_X, Qt::MetaModifier},
-                                                                  {Qt::Key_1, Qt::ControlModifier | Qt::KeypadModifier}};
+            const std::pair<int, Qt::KeyboardModifiers> keys[] = {
+                {Qt::Key_X, Qt::AltModifier},
+                {Qt::Key_X, Qt::MetaModifier},
+                {Qt::Key_1, Qt::ControlModifier | Qt::KeypadModifier}};
             for (const auto& [key, modifiers] : keys) {
                 QKeyEvent event(QEvent::KeyPress, key, modifiers, QString(QChar(key)).toLower());
                 QCoreApplication::sendEvent(&box, &event);
@@ -364,7 +372,8 @@ private Q_SLOTS:
         FillWithProtected(box);
         box.selectAll();
         const QPointF place = box.cursorRect().center();
-        QMouseEvent press(QEvent::MouseButtonPress, place, box.viewport()->mapToGlobal(place), Qt::RightButton, Qt::RightButton, Qt::NoModifier);
+        QMouseEvent press(QEvent::MouseButtonPress, place, box.viewport()->mapToGlobal(place), Qt::RightButton,
+                          Qt::RightButton, Qt::NoModifier);
         QCoreApplication::sendEvent(box.viewport(), &press);
         QCOMPARE(box.SelLength(), 15);
     }
@@ -446,7 +455,8 @@ private Q_SLOTS:
         box.SetSelLength(3);
         box.SetSelBold(true);
         QCOMPARE(box.UndoName(), UndoType::Unknown);
-        const UndoType names[] = {UndoType::DragDrop, UndoType::Delete, UndoType::Cut, UndoType::Paste, UndoType::Typing};
+        const UndoType names[] = {UndoType::DragDrop, UndoType::Delete, UndoType::Cut, UndoType::Paste,
+                                  UndoType::Typing};
         for (const UndoType name : names) {
             box.Undo();
             QCOMPARE(box.UndoName(), name);
@@ -518,7 +528,8 @@ private Q_SLOTS:
         QInputMethodEvent commit;
         commit.setCommitString(u"typed"_s);
         QCoreApplication::sendEvent(&box, &commit);
-        QCoreApplication::sendEvent(&box, std::make_unique<QInputMethodEvent>(u"pre"_s, QList<QInputMethodEvent::Attribute>()).get());
+        QCoreApplication::sendEvent(
+            &box, std::make_unique<QInputMethodEvent>(u"pre"_s, QList<QInputMethodEvent::Attribute>()).get());
         QMimeData data;
         data.setText(u"dropped"_s);
         Drop(box, data, box.cursorRect().center());
@@ -644,10 +655,12 @@ private Q_SLOTS:
     void html_isReadWithItsLooks()
     {
         const RichTextDocument text = RichTextFromHtml(
-            u"<h3 align=center>Title</h3><p>a<br>b</p><p>see <a href='https://example.org/x'>there</a>, <u>under</u> <s>out</s> "
+            u"<h3 align=center>Title</h3><p>a<br>b</p><p>see <a href='https://example.org/x'>there</a>, <u>under</u> "
+            "<s>out</s> "
             "<span style='font-family:Arial; font-size:14pt; background-color:#ffff00'>marked</span></p>"
             "<ol><li>first</li><li>second</li></ol><p><img src='file:///etc/hostname'>"
-            "<img src='data:image/png;base64,"_s + QString::fromLatin1(RedPng().toBase64()) + u"'>"_s);
+            "<img src='data:image/png;base64,"_s
+            + QString::fromLatin1(RedPng().toBase64()) + u"'>"_s);
         QCOMPARE(text.Text(), u"Title\r\na\r\nb\r\nsee there, under out marked\r\nfirst\r\nsecond\r\n\ufffc"_s);
         QCOMPARE(text.ParagraphAt(0).Alignment, TextAlignment::Center);
         QCOMPARE(text.FormatAt(0).Bold, 1);
@@ -776,7 +789,9 @@ private Q_SLOTS:
         CTextFormat format;
         format.SetLanguage(BuiltInLanguage(LanguageType::VB));
         RichTextBox box;
-        const QString text = u"' a comment\r\nprivate function f(byval x as long) as double\r\n\r\n    dim y as string\r\nrem Z\r\nend function"_s;
+        const QString text =
+            u"' a comment\r\nprivate function f(byval x as long) as double\r\n\r\n    dim y as string\r\nrem "
+            "Z\r\nend function"_s;
         box.SetText(text);
         RichText painted = box.Content();
         format.ColorizeCode(painted);

@@ -57,8 +57,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("preset");
         QTest::addColumn<QString>("changed");
         const auto flag = [](const char* control, const char* property, bool preset) {
-            QTest::newRow(control) << QString::fromLatin1(control) << QString::fromLatin1(property) << BooleanText(preset)
-                                   << BooleanText(!preset);
+            QTest::newRow(control) << QString::fromLatin1(control) << QString::fromLatin1(property)
+                                   << BooleanText(preset) << BooleanText(!preset);
         };
         flag("chkSaveLayout", "SaveFormLayout", true);
         flag("chkStatusBar", "ShowStatusBar", true);
@@ -79,7 +79,8 @@ private Q_SLOTS:
         flag("chkTipsOnStartup", "TipsOnStartup", true);
         flag("chkShowFileImport", "ShowImportFilesDialog", true);
         const auto text = [](const char* control, const char* property, const QString& preset, const QString& changed) {
-            QTest::newRow(control) << QString::fromLatin1(control) << QString::fromLatin1(property) << preset << changed;
+            QTest::newRow(control) << QString::fromLatin1(control) << QString::fromLatin1(property) << preset
+                                   << changed;
         };
         text("txtDBCompactOnExit", "DBCompactOnExitPeriod", u"5"_s, u"77"_s);
         text("txtDBBackupEvery", "DBBackupPeriod", u"15"_s, u"78"_s);
@@ -139,7 +140,9 @@ private Q_SLOTS:
     void downloads_goToOneOfThreePlaces()
     {
         Open();
-        const auto places = [this] { return Setting(u"InternetFileAutosaveToItem"_s) + u' ' + Setting(u"InternetFileSaveToDir"_s); };
+        const auto places = [this] {
+            return Setting(u"InternetFileAutosaveToItem"_s) + u' ' + Setting(u"InternetFileSaveToDir"_s);
+        };
         QVERIFY(Control<QRadioButton>(u"optIntFileAutoSaveToItem"_s)->isChecked());
         Control<QRadioButton>(u"optIntFileSaveToDir"_s)->click();
         QCOMPARE(places(), u"False True"_s);
@@ -178,8 +181,8 @@ private Q_SLOTS:
         const auto check = [this](const QString& name, bool on) { Control<QCheckBox>(name)->setChecked(on); };
         check(u"chkDBBackupEvery"_s, true);
         check(u"chkDBAutoDeleteOldBackups"_s, true);
-        const QStringList backup{u"txtDBBackupEvery"_s, u"txtDBBackupPath"_s, u"cmdDBBackupPathBrowse"_s, u"chkDBAutomaticBackup"_s,
-                                 u"chkDBAutoDeleteOldBackups"_s, u"txtDBKeepNoOfBackups"_s};
+        const QStringList backup{u"txtDBBackupEvery"_s,     u"txtDBBackupPath"_s,           u"cmdDBBackupPathBrowse"_s,
+                                 u"chkDBAutomaticBackup"_s, u"chkDBAutoDeleteOldBackups"_s, u"txtDBKeepNoOfBackups"_s};
         for (const QString& name : backup)
             QVERIFY2(enabled(name), qPrintable(name));
         check(u"chkDBBackupEvery"_s, false);
@@ -218,7 +221,8 @@ private Q_SLOTS:
                 action->trigger();
         }
         QCOMPARE(Setting(u"DefaultColor1"_s), QString::number(0x030201));
-        QVERIFY(GetSetting(SettingsApplication, u"Settings"_s, u"PredefinedColours"_s).startsWith(u"255,65280,16711680,"_s));
+        QVERIFY(GetSetting(SettingsApplication, u"Settings"_s, u"PredefinedColours"_s)
+                    .startsWith(u"255,65280,16711680,"_s));
     }
 
     // Life
@@ -243,7 +247,8 @@ private Q_SLOTS:
         m_database.reset();
         m_settings = std::make_unique<CSettings>([] { return nullptr; });
         Open();
-        for (const QString& name : {u"chkDBShared"_s, u"chkDBBackupEvery"_s, u"chkDBCompactOnExit"_s, u"txtDBBackupEvery"_s, u"fgrdList"_s, u"cmdImport"_s})
+        for (const QString& name : {u"chkDBShared"_s, u"chkDBBackupEvery"_s, u"chkDBCompactOnExit"_s,
+                                    u"txtDBBackupEvery"_s, u"fgrdList"_s, u"cmdImport"_s})
             QVERIFY2(!m_dialog->findChild<QWidget*>(name)->isEnabled(), qPrintable(name));
         Control<QCheckBox>(u"chkStatusBar"_s)->setChecked(false);
         m_dialog->accept();
@@ -393,7 +398,8 @@ private:
         if (auto* button = qobject_cast<ColorButton*>(control)) {
             for (QAction* action : button->menu()->actions()) {
                 for (const ColorPreset& preset : ColorPresets()) {
-                    if (action->property("key") == QString::fromLatin1(preset.Key) && QString::number(preset.Value) == value)
+                    if (action->property("key") == QString::fromLatin1(preset.Key)
+                        && QString::number(preset.Value) == value)
                         return action->trigger();
                 }
             }

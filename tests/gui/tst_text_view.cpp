@@ -54,11 +54,14 @@ private Q_SLOTS:
         QVERIFY(page->toPlainText().startsWith(u"my page"_s));
         QVERIFY(!page->toPlainText().contains(u"script"_s));
         const auto isLoaded = [page](const char* name) {
-            const QVariant loaded = page->document()->resource(QTextDocument::ImageResource, QUrl(QLatin1StringView(name)));
-            return !loaded.toByteArray().isEmpty() || !loaded.value<QPixmap>().isNull() || !loaded.value<QImage>().isNull();
+            const QVariant loaded = page->document()->resource(QTextDocument::ImageResource,
+                                                               QUrl(QLatin1StringView(name)));
+            return !loaded.toByteArray().isEmpty() || !loaded.value<QPixmap>().isNull()
+                   || !loaded.value<QImage>().isNull();
         };
         QVERIFY(isLoaded("mine.png"));
-        for (const char* name : {"../secret.png", "file:///etc/hostname", "/etc/hostname", "https://example.org/x.png", "sub/../../secret.png"})
+        for (const char* name : {"../secret.png", "file:///etc/hostname", "/etc/hostname", "https://example.org/x.png",
+                                 "sub/../../secret.png"})
             QVERIFY2(!isLoaded(name), name);
         disconnect(page, &LocalPage::AddressActivated, nullptr, nullptr); // nothing is to be opened
         QSignalSpy activated(page, &LocalPage::AddressActivated);

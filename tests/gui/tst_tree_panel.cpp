@@ -98,10 +98,12 @@ private Q_SLOTS:
     {
         Open();
         ClickOn(0);
-        const std::pair<const char*, LinkMode> entries[] = {
-            {"mnuAddLinkOneWayFromSelItem", LinkMode::OneWayFrom},       {"mnuAddLinkToSelectedItem", LinkMode::OneWayTo},
-            {"mnuAddLinkOneWayNewFromSelItem", LinkMode::OneWayNewFrom}, {"mnuAddLinkOneWayNewToSelItem", LinkMode::OneWayNewTo},
-            {"mnuAddLinkTwoWayItem", LinkMode::TwoWay},                  {"mnuAddLinkTwoWayNew", LinkMode::TwoWayNew}};
+        const std::pair<const char*, LinkMode> entries[] = {{"mnuAddLinkOneWayFromSelItem", LinkMode::OneWayFrom},
+                                                            {"mnuAddLinkToSelectedItem", LinkMode::OneWayTo},
+                                                            {"mnuAddLinkOneWayNewFromSelItem", LinkMode::OneWayNewFrom},
+                                                            {"mnuAddLinkOneWayNewToSelItem", LinkMode::OneWayNewTo},
+                                                            {"mnuAddLinkTwoWayItem", LinkMode::TwoWay},
+                                                            {"mnuAddLinkTwoWayNew", LinkMode::TwoWayNew}};
         for (const auto& [name, mode] : entries) {
             Action(QString::fromLatin1(name))->trigger();
             QCOMPARE(Panel()->LinkMode(), mode);
@@ -305,7 +307,12 @@ private Q_SLOTS:
         QTest::keyClicks(Filter(), u"NEED"_s);
         QVERIFY(!Tree()->isVisible());
         QVERIFY(Found()->isVisible());
-        QCOMPARE(Found()->model()->index(0, 0, Found()->model()->index(0, 0, Found()->model()->index(0, 0))).data().toString(), u"deep needle"_s);
+        QCOMPARE(Found()
+                     ->model()
+                     ->index(0, 0, Found()->model()->index(0, 0, Found()->model()->index(0, 0)))
+                     .data()
+                     .toString(),
+                 u"deep needle"_s);
         TakePicture(*m_window, u"filter"_s);
         QTest::keyClick(Filter(), Qt::Key_Return);
         QCOMPARE(m_window->findChild<QLabel*>(u"lblTitle"_s)->text(), u"deep needle"_s);
@@ -381,9 +388,11 @@ private Q_SLOTS:
     {
         for (int i = 0; i < 3; ++i) {
             const qint64 linked = AddItem(*m_database, m_other, u"linked %1"_s.arg(i));
-            m_database->Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, Note) VALUES (?, ?, 'why it is linked')"_s, {m_item, linked});
+            m_database->Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, Note) VALUES (?, ?, 'why it is linked')"_s,
+                                {m_item, linked});
             if (i == 1)
-                m_database->Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, Note) VALUES (?, ?, '')"_s, {linked, m_item});
+                m_database->Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, Note) VALUES (?, ?, '')"_s,
+                                    {linked, m_item});
         }
         SaveSetting(SettingsApplication, u"Settings"_s, u"SubResizerSeparatorPos"_s, u"4800"_s);
         for (const bool dark : {false, true}) {

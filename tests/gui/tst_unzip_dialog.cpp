@@ -53,9 +53,11 @@ private Q_SLOTS:
         PressInList(Qt::Key_Return); // an archive opens so
         QCOMPARE(ReadFile(m_home->Path(u"out/new/a.txt"_s)), "alpha");
         QCOMPARE(ReadFile(m_home->Path(u"out/new/sub/b.txt"_s)), QByteArray("beta\n").repeated(500));
-        QCOMPARE(GetSetting(SettingsApplication, u"StoredData"_s, u"PreviousExportPaths"_s), m_home->Path(u"out/new"_s));
+        QCOMPARE(GetSetting(SettingsApplication, u"StoredData"_s, u"PreviousExportPaths"_s),
+                 m_home->Path(u"out/new"_s));
         QCOMPARE(GetSetting(SettingsApplication, u"Settings"_s, u"InitDir"_s), m_home->Path(u"out/new"_s));
-        QCOMPARE(m_window->statusBar()->currentMessage(), u"File(s) successfully extracted to: "_s + m_home->Path(u"out/new"_s));
+        QCOMPARE(m_window->statusBar()->currentMessage(),
+                 u"File(s) successfully extracted to: "_s + m_home->Path(u"out/new"_s));
     }
 
     void chosenFiles_areExtracted()
@@ -95,7 +97,8 @@ private Q_SLOTS:
         });
         Action(u"mnuUnzipToDirectoryItem"_s)->trigger();
         QCOMPARE(ReadFile(m_home->Path(u"out/a.txt"_s)), expected);
-        QVERIFY(replace || m_prompts->Messages.last().Text == u"1 of the files were there and have been left as they were."_s);
+        QVERIFY(replace
+                || m_prompts->Messages.last().Text == u"1 of the files were there and have been left as they were."_s);
         QVERIFY(QFile::exists(m_home->Path(u"out/sub/b.txt"_s)));
     }
 
@@ -177,10 +180,11 @@ private:
     void MakeArchive(const QByteArray& entries)
     {
         QProcess python;
-        python.start(u"python3"_s, {u"-c"_s,
-                                    u"import sys, zipfile\nwith zipfile.ZipFile(sys.argv[1], 'w') as archive:\n    for entry in ["_s
-                                        + QString::fromLatin1(entries) + u"]:\n        archive.writestr(entry, b'contents')\n"_s,
-                                    m_home->Path(u"hostile.zip"_s)});
+        python.start(u"python3"_s,
+                     {u"-c"_s,
+                      u"import sys, zipfile\nwith zipfile.ZipFile(sys.argv[1], 'w') as archive:\n    for entry in ["_s
+                          + QString::fromLatin1(entries) + u"]:\n        archive.writestr(entry, b'contents')\n"_s,
+                      m_home->Path(u"hostile.zip"_s)});
         QVERIFY(python.waitForFinished());
         QCOMPARE(python.exitCode(), 0);
     }

@@ -53,8 +53,8 @@ private:
         const QString path = QString::fromLatin1(request.mid(4, request.indexOf(' ', 4) - 4));
         Asked << path;
         const QByteArray type = path.endsWith(u".bin"_s) ? "application/octet-stream" : "text/html";
-        socket.write("HTTP/1.0 200 OK\r\nContent-Type: " + type + "\r\nContent-Length: " + QByteArray::number(m_page.size()) + "\r\n\r\n"
-                     + m_page);
+        socket.write("HTTP/1.0 200 OK\r\nContent-Type: " + type
+                     + "\r\nContent-Length: " + QByteArray::number(m_page.size()) + "\r\n\r\n" + m_page);
         socket.disconnectFromHost();
     }
     QByteArray m_page;
@@ -70,7 +70,8 @@ private Q_SLOTS:
     void init()
     {
         // Without a display the browser draws by itself, of which it tells.
-        QTest::failOnWarning(QRegularExpression(u"^(?!This plugin does not support |WebEngineContext used before |No suitable graphics backend )"_s));
+        QTest::failOnWarning(QRegularExpression(
+            u"^(?!This plugin does not support |WebEngineContext used before |No suitable graphics backend )"_s));
         Begin();
         m_folder = m_home->Path(u"data/QBLib_HTML"_s) + u'/';
     }
@@ -103,13 +104,22 @@ private Q_SLOTS:
         WriteFile(m_home->Path(u"data/secret.png"_s), Png(Qt::red));
         const QByteArray id = QByteArray::number(m_item);
         const QByteArray web = server.Address().toUtf8();
-        GivePage("<!doctype html><html><head><meta http-equiv='refresh' content='0;url=" + web + "refresh'>"
-                 "<link rel='stylesheet' href='" + web + "style.css'><link rel='prefetch' href='" + web + "prefetch'></head>"
-                 "<body style='background:#fff'><img src='" + id + "/own.png'><img src='999/foreign.png'>"
-                 "<img src='../secret.png'><img src='file://" + m_home->Path(u"data/secret.png"_s).toUtf8() + "'>"
-                 "<img src='" + web + "picture.png'><iframe src='" + web + "frame'></iframe>"
-                 "<script>document.body.style.background='#f00'; document.title='ran';</script>"
-                 "<img src='x' onerror=\"document.body.style.background='#f00'\"></body></html>");
+        GivePage("<!doctype html><html><head><meta http-equiv='refresh' content='0;url=" + web
+                 + "refresh'>"
+                   "<link rel='stylesheet' href='"
+                 + web + "style.css'><link rel='prefetch' href='" + web
+                 + "prefetch'></head>"
+                   "<body style='background:#fff'><img src='"
+                 + id
+                 + "/own.png'><img src='999/foreign.png'>"
+                   "<img src='../secret.png'><img src='file://"
+                 + m_home->Path(u"data/secret.png"_s).toUtf8()
+                 + "'>"
+                   "<img src='"
+                 + web + "picture.png'><iframe src='" + web
+                 + "frame'></iframe>"
+                   "<script>document.body.style.background='#f00'; document.title='ran';</script>"
+                   "<img src='x' onerror=\"document.body.style.background='#f00'\"></body></html>");
         Open();
         ClickOn(0);
         Tab(LinksTab);
@@ -124,7 +134,8 @@ private Q_SLOTS:
     {
         WriteFile(m_folder + u"17.htm"_s, "<p>page</p>");
         WriteFile(m_folder + u"17/own.png"_s, Png(Qt::green));
-        PageServer server("<body><img src='quillbase-page://library/17/own.png'><iframe src='quillbase-page://library/17.htm'></iframe>"
+        PageServer server("<body><img src='quillbase-page://library/17/own.png'><iframe "
+                          "src='quillbase-page://library/17.htm'></iframe>"
                           "<script>document.body.style.background='#f00';"
                           "setTimeout(()=>{location='quillbase-page://library/17.htm'}, 50)</script></body>");
         Open();
@@ -194,7 +205,8 @@ private Q_SLOTS:
         qputenv("PATH", ""); // no desktop to open it
         Type(server.Address() + u"file.bin"_s);
         QTRY_VERIFY(!m_prompts->Messages.isEmpty());
-        QCOMPARE(m_prompts->Messages.last().Text, u"No application could be started for '%1file.bin'."_s.arg(server.Address()));
+        QCOMPARE(m_prompts->Messages.last().Text,
+                 u"No application could be started for '%1file.bin'."_s.arg(server.Address()));
     }
 
     void menu_isTheTabs()
@@ -306,8 +318,10 @@ private Q_SLOTS:
             QTRY_VERIFY(Loaded() > 0);
             QTest::qWait(200);
             TakePicture(*m_window, u"links-empty"_s + suffix);
-            GivePage("<h2>How a price is made up</h2><p>From the <a href='https://example.org'>rules of 2026</a>:</p><img src='"
-                     + QByteArray::number(m_item) + "/own.png'>");
+            GivePage(
+                "<h2>How a price is made up</h2><p>From the <a href='https://example.org'>rules of 2026</a>:</p><img "
+                "src='"
+                + QByteArray::number(m_item) + "/own.png'>");
             ClickOn(0);
             QTRY_VERIFY(Loaded() > 1);
             QTest::qWait(200);

@@ -57,10 +57,12 @@ private Q_SLOTS:
         WorkProgress work(nullptr, u"Importing Files"_s);
         QVERIFY(work.Advance(1, 4));
         auto* cancel = Dialog()->findChild<QPushButton*>();
-        for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) { // by the user, in the queue
+        for (const QEvent::Type type :
+             {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) { // by the user, in the queue
             const QPointF place = QRectF(cancel->rect()).center();
-            QCoreApplication::postEvent(cancel, new QMouseEvent(type, place, cancel->mapToGlobal(place), Qt::LeftButton,
-                                                                type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton, {}));
+            QCoreApplication::postEvent(
+                cancel, new QMouseEvent(type, place, cancel->mapToGlobal(place), Qt::LeftButton,
+                                        type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton, {}));
         }
         QVERIFY(!work.Advance(2, 4));
     }

@@ -37,7 +37,8 @@ private Q_SLOTS:
         QTest::newRow("total") << u" (in=5000) (out=1000) (deflated 80%)"_s << false << Shown{u"100 "_s};
         QTest::newRow("deflated") << u" (deflated 80%)\r\n"_s << false << Shown{u"1 Compacted by  80%"_s};
         QTest::newRow("adding") << u"  adding: Lib060115.qbt "_s << false << Shown{u"50 Compacting Lib060115.qrb"_s};
-        QTest::newRow("adding, extracting") << u"  adding: Lib060115.qbt "_s << true << Shown{u"50 Extracting Lib060115.qrb"_s};
+        QTest::newRow("adding, extracting")
+            << u"  adding: Lib060115.qbt "_s << true << Shown{u"50 Extracting Lib060115.qrb"_s};
         QTest::newRow("inflating") << u"  inflating: .\\Lib060115.qbt       "_s << true << Shown();
         QTest::newRow("extracting") << u" extracting: .\\Lib060115.qbt       "_s << true << Shown();
         QTest::newRow("stored") << u" (stored 0%)\r\n"_s << false << Shown();
@@ -65,7 +66,8 @@ private Q_SLOTS:
         QTest::newRow("total") << u" (in=5000) (out=1000) (deflated 80%)"_s << false << Shown{u"100 "_s};
         QTest::newRow("deflated") << u" (deflated 7%)\r\n"_s << false << Shown{u"1 Compacted by  7%"_s, u"hidden"_s};
         QTest::newRow("adding") << u"  adding: Branch.qbt "_s << false << Shown{u"50 Compacting Branch.qrx"_s};
-        QTest::newRow("inflating") << u"  inflating: .\\Branch.qbt       "_s << true << Shown{u"50 Extracting .\\Branch.qrx"_s};
+        QTest::newRow("inflating") << u"  inflating: .\\Branch.qbt       "_s << true
+                                   << Shown{u"50 Extracting .\\Branch.qrx"_s};
         QTest::newRow("extracting") << u" extracting: .\\Branch.qbt       "_s << true << Shown();
         QTest::newRow("anything else") << u"hello"_s << true << Shown();
         QTest::newRow("short") << u"  inflating: x"_s << true << Shown{u"50 Extracting qrx"_s};
@@ -98,7 +100,9 @@ private Q_SLOTS:
     {
         Shown shown;
         StoredFileZipProgress progress(Into(shown));
-        const auto add = [&](const QString& name) { progress.m_oZipUnzip_Progress(1, u"  adding: %1 "_s.arg(name), 3); };
+        const auto add = [&](const QString& name) {
+            progress.m_oZipUnzip_Progress(1, u"  adding: %1 "_s.arg(name), 3);
+        };
         add(u"a"_s);
         progress.m_oZipUnzip_Progress(1, u" (deflated 80%)\r\n"_s, 3); // not the last
         add(u"b"_s);
@@ -119,7 +123,8 @@ private Q_SLOTS:
         progress.m_oZipUnzip_Progress(1, u"  inflating: .\\sub\\a.txt"_s, 4);
         progress.m_oZipUnzip_Progress(2, u" extracting: .\\b.bin"_s, 4);
         progress.m_oZipUnzip_Progress(3, u"  inflating: no folder"_s, 4);
-        QCOMPARE(shown, (Shown{u"25 Compacting a.txt"_s, u"50 Extracting b.bin"_s, u"75 Compacting   inflating: no folder"_s}));
+        QCOMPARE(shown, (Shown{u"25 Compacting a.txt"_s, u"50 Extracting b.bin"_s,
+                               u"75 Compacting   inflating: no folder"_s}));
         progress.m_oZipUnzip_Progress(4, u" extracting: .\\d"_s, 4);
         QCOMPARE(shown.mid(3), (Shown{u"99 Extracting d"_s, u"100 "_s}));
     }
@@ -155,8 +160,8 @@ private Q_SLOTS:
         progress.NextVolume(3, false);
         progress.Progress(3);
         progress.Progress(4);
-        QCOMPARE(shown, (Shown{u"0 Creating 1 Volume"_s, u"25 Creating 1 Volume"_s, u"50 Creating 2 Volume"_s, u"75 Merging Volume 3"_s,
-                               u"100 Merging Volume 3"_s, u"100 "_s}));
+        QCOMPARE(shown, (Shown{u"0 Creating 1 Volume"_s, u"25 Creating 1 Volume"_s, u"50 Creating 2 Volume"_s,
+                               u"75 Merging Volume 3"_s, u"100 Merging Volume 3"_s, u"100 "_s}));
     }
 
     void smallSteps_areNotShown()

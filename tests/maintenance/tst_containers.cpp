@@ -40,7 +40,8 @@ private Q_SLOTS:
         QCOMPARE(ReadFile(In(u"Lib060115.qbt"_s)), m_contents);
         QCOMPARE(m_shown, QStringList()); // what the engine says there is not shown
         QCOMPARE(Names(), (QStringList{u"Lib060115.qbb"_s, u"Lib060115.qbt"_s}));
-        QCOMPARE(UnpackLibrary(In(u"Lib060115.qbb"_s), m_work), In(u"Lib060115.qbt"_s)); // over the one of the last time
+        QCOMPARE(UnpackLibrary(In(u"Lib060115.qbb"_s), m_work),
+                 In(u"Lib060115.qbt"_s)); // over the one of the last time
     }
 
     void export_isPackedUnderItsOwnName()
@@ -49,7 +50,8 @@ private Q_SLOTS:
         WriteFile(In(u"Branch.qbt"_s), "of an earlier time");
         QCOMPARE(PackExport(In(u"Branch.qbx"_s), m_work), In(u"Branch.qbx"_s));
         QCOMPARE(Names(), QStringList{u"Branch.qbx"_s});
-        QCOMPARE(m_shown, (QStringList{u"50 Compacting Branch.qrx"_s, u"1 Compacted by  99%"_s, u"hidden"_s, u"100 "_s}));
+        QCOMPARE(m_shown,
+                 (QStringList{u"50 Compacting Branch.qrx"_s, u"1 Compacted by  99%"_s, u"hidden"_s, u"100 "_s}));
         m_shown.clear();
         QCOMPARE(UnpackExport(In(u"Branch.qbx"_s), m_work), In(u"Branch.qbt"_s));
         QCOMPARE(ReadFile(In(u"Branch.qbt"_s)), m_contents);
@@ -67,7 +69,7 @@ private Q_SLOTS:
         QCOMPARE(UnpackLibrary(In(u"L.qbb.002"_s), m_work), In(u"L.qbt"_s));
         QCOMPARE(ReadFile(In(u"L.qbt"_s)), m_contents);
         QCOMPARE(m_shown.first(), u"0 Merging Volume 2"_s); // the first chunk ends in it
-        QVERIFY(Names().contains(u"L.qbb"_s)); // the joined file
+        QVERIFY(Names().contains(u"L.qbb"_s));              // the joined file
     }
 
     void cancelledPacking_leavesTheSource()
@@ -131,7 +133,8 @@ private:
     QString In(const QString& name) const { return m_home->Path(u"the folder/"_s + name); }
     QStringList Names() const
     {
-        return QDir(m_home->Path(u"the folder"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+        return QDir(m_home->Path(u"the folder"_s))
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
     }
     void Zip(const QStringList& files) const
     {

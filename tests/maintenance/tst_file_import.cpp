@@ -32,7 +32,9 @@ private Q_SLOTS:
             WriteFile(In(name), name.toUtf8().repeated(100));
         m_shown.clear();
         m_options = {};
-        m_options.Show = [this](const QString& text, int percent) { m_shown << QString::number(percent) + u' ' + text; };
+        m_options.Show = [this](const QString& text, int percent) {
+            m_shown << QString::number(percent) + u' ' + text;
+        };
     }
     void cleanup()
     {
@@ -95,7 +97,8 @@ private Q_SLOTS:
         QVERIFY(Import({u"a.txt"_s, u"Makefile"_s}).Complete);
         WriteFile(In(u"A.TXT"_s), "capitals");
         QVERIFY(Import({u"A.TXT"_s}).Complete);
-        QCOMPARE(Stored(), (QStringList{u"1 - a.txt"_s, u"2 - Makefile"_s, u"3 - a(1).txt"_s, u"4 - Makefile(1)"_s, u"5 - A(2).TXT"_s}));
+        QCOMPARE(Stored(), (QStringList{u"1 - a.txt"_s, u"2 - Makefile"_s, u"3 - a(1).txt"_s, u"4 - Makefile(1)"_s,
+                                        u"5 - A(2).TXT"_s}));
         QCOMPARE(ReadFile(Place(u"3 - a(1).txt"_s)), ReadFile(In(u"a.txt"_s)));
         const QString other = QString::number(AddItem(*m_database, 0, u"other"_s));
         QVERIFY(ImportStoredFiles(*m_database, other, PlanFileImport({In(u"a.txt"_s)}), m_options).Complete);
@@ -136,7 +139,8 @@ private Q_SLOTS:
             Import({u"a.txt"_s, u"b.c"_s});
             QFAIL("was made");
         } catch (const RuntimeError& error) {
-            QVERIFY2(error.Description().startsWith(u"The archive 'together.zip' can't be made: "_s), qPrintable(error.Description()));
+            QVERIFY2(error.Description().startsWith(u"The archive 'together.zip' can't be made: "_s),
+                     qPrintable(error.Description()));
         }
         QCOMPARE(Stored(), QStringList());
     }
@@ -223,12 +227,12 @@ private Q_SLOTS:
 
 private:
     QString In(const QString& name) const { return m_home->Path(u"in ö/"_s + name); }
-    QStringList InFolder() const { return QDir(m_home->Path(u"in ö"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot); }
-    QString Place(const QString& name) const { return Session().CurrentFilesFolder + name; }
-    QStringList Stored() const
+    QStringList InFolder() const
     {
-        return StoredNames(Session().CurrentFilesFolder);
+        return QDir(m_home->Path(u"in ö"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
     }
+    QString Place(const QString& name) const { return Session().CurrentFilesFolder + name; }
+    QStringList Stored() const { return StoredNames(Session().CurrentFilesFolder); }
     FileImportResult Import(const QStringList& names)
     {
         QStringList files;

@@ -24,7 +24,10 @@ private:
         return m_home->Path(name.isEmpty() ? u"Quëllen"_s : u"Quëllen/"_s + name);
     }
 
-    FolderImportResult Import(const FolderImportOptions& options = {}) { return ImportFolder(*m_library, Source(), options); }
+    FolderImportResult Import(const FolderImportOptions& options = {})
+    {
+        return ImportFolder(*m_library, Source(), options);
+    }
 
     QString Shape()
     {
@@ -74,7 +77,8 @@ private Q_SLOTS:
         QCOMPARE(result.Folders, 1);
         QStringList reasons = Skipped(result);
         reasons.sort();
-        QCOMPARE(reasons, (QStringList{Source(u"bad\u00ff.c: its name is no text"_s), Source(u"dangling: it is a link to nothing"_s),
+        QCOMPARE(reasons, (QStringList{Source(u"bad\u00ff.c: its name is no text"_s),
+                                       Source(u"dangling: it is a link to nothing"_s),
                                        Source(u"folder: it is a link to a folder"_s)}));
         QCOMPARE(Shape(), u"root(Quëllen(good.c))"_s);
     }
@@ -104,7 +108,8 @@ private Q_SLOTS:
         QFile::setPermissions(Source(u"inner"_s), {});
         long number = 0;
         {
-            QFile::setPermissions(m_home->Path(), QFile::permissions(m_home->Path()) | QFile::ReadGroup | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther);
+            QFile::setPermissions(m_home->Path(), QFile::permissions(m_home->Path()) | QFile::ReadGroup
+                                                      | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther);
             const OrdinaryUser user;
             try {
                 Import();
@@ -205,11 +210,14 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QString>("code");
-        QTest::newRow("plain") << QByteArray("int main()\n{\n\treturn 0;\n}\n") << u"int main()\r\n{\r\n\treturn 0;\r\n}\r\n"_s;
+        QTest::newRow("plain") << QByteArray("int main()\n{\n\treturn 0;\n}\n")
+                               << u"int main()\r\n{\r\n\treturn 0;\r\n}\r\n"_s;
         QTest::newRow("CR LF") << QByteArray("a\r\nb") << u"a\r\nb"_s;
         QTest::newRow("RTF's own letters") << QByteArray("{\\rtf1 \\b x}") << u"{\\rtf1 \\b x}"_s;
         QTest::newRow("UTF-8") << QByteArray("Größe = \"€𝄞\"") << u"Größe = \"€𝄞\""_s;
-        QTest::newRow("UTF-8 with a mark") << QByteArray("\xef\xbb\xbf" "ä") << u"ä"_s;
+        QTest::newRow("UTF-8 with a mark") << QByteArray("\xef\xbb\xbf"
+                                                         "ä")
+                                           << u"ä"_s;
         QTest::newRow("UTF-16") << QByteArray("\xff\xfe\xe4\x00x\x00", 6) << u"äx"_s;
         QTest::newRow("empty") << QByteArray() << QString();
     }
@@ -298,7 +306,8 @@ private Q_SLOTS:
             QFAIL("was taken");
         } catch (const RuntimeError& error) {
             QCOMPARE(error.Number(), ErrorNumber::FileNotFound);
-            QCOMPARE(error.Description(), u"'%1' is not a folder; nothing was changed."_s.arg(QDir::toNativeSeparators(path)));
+            QCOMPARE(error.Description(),
+                     u"'%1' is not a folder; nothing was changed."_s.arg(QDir::toNativeSeparators(path)));
         }
         QCOMPARE(CountOf(*m_library, u"Items"_s), 0);
     }
@@ -330,7 +339,9 @@ private Q_SLOTS:
     {
         for (const QString& name : {u"a"_s, u"b"_s})
             WriteFile(Source(name), "x");
-        m_library->Execute(u"CREATE TEMP TRIGGER stop BEFORE INSERT ON Items WHEN new.Title = 'b' BEGIN SELECT raise(ABORT, 'stopped'); END"_s);
+        m_library->Execute(
+            u"CREATE TEMP TRIGGER stop BEFORE INSERT ON Items WHEN new.Title = 'b' BEGIN SELECT raise(ABORT, "
+            "'stopped'); END"_s);
         ScriptedPrompts prompts;
         prompts.ExpectError();
         try {

@@ -61,7 +61,9 @@ private Q_SLOTS:
     void lostParent_isNamed()
     {
         SetParent(m_b, 4711);
-        QCOMPARE(Faults(), QStringList{u"lost-parent Items %1: The item %1 'bé' has the parent 4711, which does not exist."_s.arg(m_b)});
+        QCOMPARE(Faults(),
+                 QStringList{
+                     u"lost-parent Items %1: The item %1 'bé' has the parent 4711, which does not exist."_s.arg(m_b)});
     }
 
     void itemThatIsItsOwnParent_isNamed()
@@ -76,7 +78,8 @@ private Q_SLOTS:
         AddItem(*m_library, m_b, u"hangs on the cycle"_s); // is no part of it
         QStringList faults = Faults();
         faults.sort();
-        QCOMPARE(faults, (QStringList{StandsBelowItself(m_a, u"a"_s), StandsBelowItself(m_b, u"bé"_s), StandsBelowItself(m_c, u"c"_s)}));
+        QCOMPARE(faults, (QStringList{StandsBelowItself(m_a, u"a"_s), StandsBelowItself(m_b, u"bé"_s),
+                                      StandsBelowItself(m_c, u"c"_s)}));
     }
 
     void twoCycles_areBothNamed()
@@ -103,8 +106,12 @@ private Q_SLOTS:
         const qint64 there = AddStoredFile(*m_library, m_b, u"there.txt"_s, "x", {});
         const qint64 gone = AddStoredFile(*m_library, m_b, u"weg ü.txt"_s, "x", {});
         QVERIFY(there != gone && QFile::remove(Session().CurrentFilesFolder + u"%1 - weg ü.txt"_s.arg(gone)));
-        QCOMPARE(Faults(), QStringList{u"missing-file Files %1: The stored file %1 'weg ü.txt' of the item %2 is missing from '%3'."_s
-                                           .arg(gone).arg(m_b).arg(QDir::toNativeSeparators(Session().CurrentFilesFolder))});
+        QCOMPARE(
+            Faults(),
+            QStringList{u"missing-file Files %1: The stored file %1 'weg ü.txt' of the item %2 is missing from '%3'."_s
+                            .arg(gone)
+                            .arg(m_b)
+                            .arg(QDir::toNativeSeparators(Session().CurrentFilesFolder))});
     }
 
     void folderInPlaceOfAStoredFile_isAMissingFile()
@@ -127,8 +134,8 @@ private Q_SLOTS:
     void missingTable_isNamed_data()
     {
         QTest::addColumn<QString>("table");
-        for (const char* table : {"BookmarkGroups", "Bookmarks", "ChildCopies", "DBVersion", "Files", "ItemLinks", "Items", "Keywords",
-                                  "Properties"})
+        for (const char* table : {"BookmarkGroups", "Bookmarks", "ChildCopies", "DBVersion", "Files", "ItemLinks",
+                                  "Items", "Keywords", "Properties"})
             QTest::newRow(table) << QString::fromLatin1(table);
     }
     void missingTable_isNamed()
@@ -151,7 +158,9 @@ private Q_SLOTS:
         QFETCH(QString, change);
         QFETCH(int, rows);
         Execute(change);
-        QCOMPARE(Faults(), QStringList{u"missing-properties Properties 0: Properties has %1 rows; a library has one."_s.arg(rows)});
+        QCOMPARE(
+            Faults(),
+            QStringList{u"missing-properties Properties 0: Properties has %1 rows; a library has one."_s.arg(rows)});
     }
 
     void fileOfNoItem_isDamage()
@@ -159,7 +168,8 @@ private Q_SLOTS:
         Execute(u"PRAGMA foreign_keys = OFF"_s);
         Execute(u"INSERT INTO Files (ID, CodeID, Title, FileSize) VALUES (9, 4711, 'x', 1)"_s);
         WriteFile(Session().CurrentFilesFolder + u"9 - x"_s, "x");
-        QCOMPARE(Faults(), QStringList{u"damage Files 9: The row 9 of Files refers to a row of Items that does not exist."_s});
+        QCOMPARE(Faults(),
+                 QStringList{u"damage Files 9: The row 9 of Files refers to a row of Items that does not exist."_s});
     }
 
     void indexThatLacksARow_isDamage()

@@ -18,9 +18,10 @@ private Q_SLOTS:
         FailOnWarnings();
         m_nodes.BeginBuild();
         m_nodes.Clear();
-        for (const auto& [id, text, parent] : {std::tuple(0, u"Library item"_s, -1), std::tuple(1, u"Files"_s, 0), std::tuple(2, u"Read a file"_s, 1),
-                                               std::tuple(3, u"Sockets"_s, 0), std::tuple(4, u"Übung"_s, 3), std::tuple(5, u"profile"_s, 4),
-                                               std::tuple(6, u"Write"_s, 1)}) {
+        for (const auto& [id, text, parent] :
+             {std::tuple(0, u"Library item"_s, -1), std::tuple(1, u"Files"_s, 0), std::tuple(2, u"Read a file"_s, 1),
+              std::tuple(3, u"Sockets"_s, 0), std::tuple(4, u"Übung"_s, 3), std::tuple(5, u"profile"_s, 4),
+              std::tuple(6, u"Write"_s, 1)}) {
             TreeNode& node = m_nodes.Add(id, text, TreeImage::CHILD);
             if (parent >= 0)
                 m_nodes.PutUnder(node, m_nodes[parent]);
@@ -91,7 +92,7 @@ private:
             const QModelIndex index = model.index(row, 0, parent);
             const QString below = Shape(model, index);
             texts << (index.data(TreeNodes::BoldRole).toBool() ? u"*"_s : QString()) + index.data().toString()
-                    + (below.isEmpty() ? QString() : u'(' + below + u')');
+                         + (below.isEmpty() ? QString() : u'(' + below + u')');
         }
         return texts.join(u' ');
     }

@@ -18,7 +18,8 @@ private:
         nodes.BeginBuild();
         nodes.Clear();
         nodes.Add(0, u"root"_s, TreeImage::OBJECTS);
-        for (const auto& [id, title] : {std::pair(1, u"fruit"_s), std::pair(2, u"apple"_s), std::pair(3, u"pear"_s), std::pair(4, u"nut"_s)})
+        for (const auto& [id, title] :
+             {std::pair(1, u"fruit"_s), std::pair(2, u"apple"_s), std::pair(3, u"pear"_s), std::pair(4, u"nut"_s)})
             nodes.Add(id, title, TreeImage::CHILD);
         for (const auto& [id, parent] : {std::pair(1, 0), std::pair(2, 1), std::pair(3, 1), std::pair(4, 0)})
             nodes.PutUnder(nodes[id], nodes[parent]);
@@ -117,7 +118,8 @@ private Q_SLOTS:
     void imageKeys_areTheirNames_data()
     {
         QTest::addColumn<int>("image");
-        const char* names[] = {"OBJECTS", "FOLDER", "OPENFOLDER", "CHILD", "DELETED_ITEM", "CONFLICT_ITEM_INFO", "CONFLICT_ITEM"};
+        const char* names[] = {"OBJECTS",      "FOLDER", "OPENFOLDER", "CHILD", "DELETED_ITEM", "CONFLICT_ITEM_INFO",
+                               "CONFLICT_ITEM"};
         for (int i = 0; i < 7; ++i)
             QTest::newRow(names[i]) << i;
     }
@@ -137,7 +139,8 @@ private Q_SLOTS:
 
     void titles_areSortedWithoutCaseAndAccents()
     {
-        const QStringList shuffled{u"zebra"_s, u"Éclair"_s, u"apple"_s, u"Straße 2"_s, u"Banana"_s, u"Äpfel"_s, u"strasse 1"_s, u"eclair 2"_s};
+        const QStringList shuffled{u"zebra"_s,  u"Éclair"_s, u"apple"_s,     u"Straße 2"_s,
+                                   u"Banana"_s, u"Äpfel"_s,  u"strasse 1"_s, u"eclair 2"_s};
         TreeNodes nodes;
         nodes.BeginBuild();
         TreeNode& root = nodes.Add(0, u"root"_s, TreeImage::OBJECTS);

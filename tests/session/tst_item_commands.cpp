@@ -101,12 +101,9 @@ private Q_SLOTS:
         s->Click(u"a"_s);
         s->Details.Type(u"typed"_s);
         const std::function<void()> ways[] = {
-            [this] { s->Click(u"b"_s); },
-            [this] { s->Tree.GoToNode(s->State.moHistory->PreviousInHistory()); },
-            [this] { s->Items.AddCode(); },
-            [this] { s->Tree.MoveOnNextItem(); },
-            [this] { s->Items.SaveItem(); },
-            [this] { s->Items.mnuSaveItem_Click(); },
+            [this] { s->Click(u"b"_s); },    [this] { s->Tree.GoToNode(s->State.moHistory->PreviousInHistory()); },
+            [this] { s->Items.AddCode(); },  [this] { s->Tree.MoveOnNextItem(); },
+            [this] { s->Items.SaveItem(); }, [this] { s->Items.mnuSaveItem_Click(); },
         };
         ways[way]();
         QCOMPARE(Code(u"a"_s), u"typed"_s);
@@ -303,7 +300,8 @@ private Q_SLOTS:
         QCOMPARE(s->State.CurrentItemKey, QString::number(node.Id)); // without its letter
         QCOMPARE(s->Details.Title, u"New Code item"_s);
         QCOMPARE(s->Details.View, std::optional(DetailsTab::Code));
-        QCOMPARE(Texts(*s->State.CurrentDatabase, u"SELECT ItemStatus FROM Items WHERE ID = ?"_s, {node.Id}), QStringList{u"2"_s});
+        QCOMPARE(Texts(*s->State.CurrentDatabase, u"SELECT ItemStatus FROM Items WHERE ID = ?"_s, {node.Id}),
+                 QStringList{u"2"_s});
         QCOMPARE(ParentOf(node.Id), s->Node(u"a"_s).Id);
         const int shown = s->Details.Initialised;
         s->Click(u"New Code item"_s); // is not taken for a click on the same node
@@ -333,7 +331,8 @@ private Q_SLOTS:
     {
         Fill();
         s->Click(u"a"_s);
-        s->State.CurrentDatabase->Execute(u"CREATE TEMP TRIGGER refuse BEFORE INSERT ON Items BEGIN SELECT RAISE(ABORT, 'no room'); END"_s);
+        s->State.CurrentDatabase->Execute(
+            u"CREATE TEMP TRIGGER refuse BEFORE INSERT ON Items BEGIN SELECT RAISE(ABORT, 'no room'); END"_s);
         s->Script.ExpectError();
         s->Items.AddCode();
         QCOMPARE(s->Shape(), u"Ali äs Library(a(a1 a2) b)"_s);
@@ -389,7 +388,8 @@ private Q_SLOTS:
         Fill();
         const QString longest(255, u'x');
         QVERIFY(s->Items.AfterLabelEdit(s->Node(u"a"_s), longest));
-        QCOMPARE(Texts(*s->State.CurrentDatabase, u"SELECT Title FROM Items WHERE length(Title) = 255"_s), QStringList{longest});
+        QCOMPARE(Texts(*s->State.CurrentDatabase, u"SELECT Title FROM Items WHERE length(Title) = 255"_s),
+                 QStringList{longest});
         s->Script.ExpectError();
         s->Items.AfterLabelEdit(s->Node(u"b"_s), longest + u'x');
         QCOMPARE(CountOf(*s->State.CurrentDatabase, u"Items"_s), 4);
@@ -502,7 +502,8 @@ private Q_SLOTS:
         s->Click(u"b"_s);
         Delete();
         QCOMPARE(s->Script.Messages.last().Text, u"Delete selected item and all child records?"_s);
-        QCOMPARE(Texts(*s->State.CurrentDatabase, u"SELECT Title FROM Items ORDER BY ID"_s), (QStringList{u"a"_s, u"a1"_s, u"a2"_s}));
+        QCOMPARE(Texts(*s->State.CurrentDatabase, u"SELECT Title FROM Items ORDER BY ID"_s),
+                 (QStringList{u"a"_s, u"a1"_s, u"a2"_s}));
     }
 
     void deletion_inATreeThatCouldNotBeBuilt_leavesNoGhosts()
@@ -561,10 +562,14 @@ private Q_SLOTS:
         if (!notified)
             return;
         const QString told = s->Script.Messages.last().Text;
-        QVERIFY(told.endsWith(u"All orphaned items has either been moved or deleted from the database. The 'Orphaned Items' folder will be "
-                              "automaticaly removed."_s));
-        QCOMPARE(told.startsWith(u"However to be able to synchronize this database again, you have to solve also all item conflicts"_s),
-                 conflicts);
+        QVERIFY(told.endsWith(
+            u"All orphaned items has either been moved or deleted from the database. The 'Orphaned Items' folder "
+            "will be "
+            "automaticaly removed."_s));
+        QCOMPARE(
+            told.startsWith(
+                u"However to be able to synchronize this database again, you have to solve also all item conflicts"_s),
+            conflicts);
     }
 
     void folderThatStillHoldsOrphans_stays()
@@ -684,7 +689,8 @@ private Q_SLOTS:
         State state;
         add("item", state, all);
         state.Exported = true;
-        add("item of an exported library", state, u"mnuAddCode mnuImport mnuRename mnuBookMark mnuAddLink mnuNewSiblingItem"_s);
+        add("item of an exported library", state,
+            u"mnuAddCode mnuImport mnuRename mnuBookMark mnuAddLink mnuNewSiblingItem"_s);
         state = {};
         state.Root = true;
         add("root", state, u"mnuAddCode mnuImport"_s);
@@ -693,7 +699,8 @@ private Q_SLOTS:
         add("deleted", state, u"mnuDeleteCode mnuBookMark mnuAddLink"_s, u"mnuKeepItem mnuItemSeparator1"_s);
         state = {};
         state.Conflict = true;
-        add("in conflict", state, u"mnuAddCode mnuImport mnuBookMark mnuAddLink mnuNewSiblingItem"_s, u"mnuResolveItem mnuItemSeparator1"_s);
+        add("in conflict", state, u"mnuAddCode mnuImport mnuBookMark mnuAddLink mnuNewSiblingItem"_s,
+            u"mnuResolveItem mnuItemSeparator1"_s);
         state = {};
         state.Orphan = true;
         add("orphan", state, u"mnuDeleteCode"_s);
@@ -714,8 +721,8 @@ private Q_SLOTS:
         Commands commands;
         commands.EnableItemMenu(state);
         QStringList isEnabled;
-        for (const QString& name : {u"mnuAddCode"_s, u"mnuDeleteCode"_s, u"mnuImport"_s, u"mnuRename"_s, u"mnuBookMark"_s, u"mnuAddLink"_s,
-                                    u"mnuNewSiblingItem"_s}) {
+        for (const QString& name : {u"mnuAddCode"_s, u"mnuDeleteCode"_s, u"mnuImport"_s, u"mnuRename"_s,
+                                    u"mnuBookMark"_s, u"mnuAddLink"_s, u"mnuNewSiblingItem"_s}) {
             if (commands.Get(name).Enabled)
                 isEnabled << name;
         }
@@ -825,7 +832,8 @@ private:
 
     void RefuseWrites()
     {
-        s->State.CurrentDatabase->Execute(u"CREATE TEMP TRIGGER refuse BEFORE UPDATE ON main.Items BEGIN SELECT RAISE(ABORT, 'no room'); END"_s);
+        s->State.CurrentDatabase->Execute(
+            u"CREATE TEMP TRIGGER refuse BEFORE UPDATE ON main.Items BEGIN SELECT RAISE(ABORT, 'no room'); END"_s);
     }
 
     void Delete()

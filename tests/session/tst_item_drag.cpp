@@ -209,15 +209,19 @@ private Q_SLOTS:
     {
         Fill();
         AddItem(*s->State.CurrentDatabase, s->Node(u"a"_s).Id, u"Orphaned Items"_s);
-        s->State.CurrentDatabase->Execute(u"UPDATE Items SET Title = 'x' WHERE ParentID = 0 AND Title = 'Orphaned Items'"_s);
+        s->State.CurrentDatabase->Execute(
+            u"UPDATE Items SET Title = 'x' WHERE ParentID = 0 AND Title = 'Orphaned Items'"_s);
         s->Tree.FillTree();
         const QString shape = s->Shape();
         s->Script.ExpectMsgBox(u"Can not move this item"_s);
         QVERIFY(!Drag(u"Orphaned Items"_s, u"Ali äs Library"_s));
-        QCOMPARE(s->Script.Messages.last().Text,
-                 u"It is not possible to move this item under the root!  Name 'Orphaned Items' under the root directory is reserved "
-                 "for the program. Directory with this name is used by it during synchronization.\r\nYou can rename the item and "
-                 "then repeat the action."_s);
+        QCOMPARE(
+            s->Script.Messages.last().Text,
+            u"It is not possible to move this item under the root!  Name 'Orphaned Items' under the root directory "
+            "is reserved "
+            "for the program. Directory with this name is used by it during synchronization.\r\nYou can rename the "
+            "item and "
+            "then repeat the action."_s);
         QCOMPARE(s->Shape(), shape);
     }
 
@@ -227,7 +231,8 @@ private Q_SLOTS:
     {
         Fill();
         const QString shape = s->Shape();
-        s->State.CurrentDatabase->Execute(u"CREATE TEMP TRIGGER refuse BEFORE UPDATE ON Items BEGIN SELECT RAISE(ABORT, 'no room'); END"_s);
+        s->State.CurrentDatabase->Execute(
+            u"CREATE TEMP TRIGGER refuse BEFORE UPDATE ON Items BEGIN SELECT RAISE(ABORT, 'no room'); END"_s);
         s->Script.ExpectError();
         QVERIFY(!Drag(u"a"_s, u"b"_s));
         QCOMPARE(s->Shape(), shape);

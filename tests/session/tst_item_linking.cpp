@@ -20,7 +20,9 @@ private Q_SLOTS:
         s->State.oCodeItem = std::make_unique<CCodeItem>();
         s->Tree.FillTree();
         m_linking = std::make_unique<ItemLinking>(s->State, s->View);
-        s->Items.AddNewLinkToSelectedItem = [this](const QString& title) { m_linking->AddNewLinkToSelectedItem(title); };
+        s->Items.AddNewLinkToSelectedItem = [this](const QString& title) {
+            m_linking->AddNewLinkToSelectedItem(title);
+        };
         s->Tree.ItemShown = [this] { m_linking->ShowLinks(); };
         s->Click(u"source"_s);
     }
@@ -53,7 +55,8 @@ private Q_SLOTS:
         QTest::addColumn<bool>("described");
         QTest::newRow("from") << LinkMode::OneWayFrom << u"source>target"_s << QStringList{u"target>"_s} << true;
         QTest::newRow("to") << LinkMode::OneWayTo << u"target>source"_s << QStringList() << false;
-        QTest::newRow("two way") << LinkMode::TwoWay << u"source>target target>source"_s << QStringList{u"target<>"_s} << true;
+        QTest::newRow("two way") << LinkMode::TwoWay << u"source>target target>source"_s << QStringList{u"target<>"_s}
+                                 << true;
     }
     void secondClick_makesTheLink()
     {
@@ -62,7 +65,8 @@ private Q_SLOTS:
         QFETCH(QStringList, listed);
         QFETCH(bool, described);
         Link(mode, u"target"_s,
-             u"A new link has been successfully created."_s + (described ? u"\r\nNow you can enter a description of the link if you wish."_s : QString()));
+             u"A new link has been successfully created."_s
+                 + (described ? u"\r\nNow you can enter a description of the link if you wish."_s : QString()));
         QCOMPARE(s->View.Links, listed);
         QCOMPARE(s->State.Mode, LinkMode::None);
         QCOMPARE(s->View.Mode, LinkMode::None);
@@ -83,10 +87,13 @@ private Q_SLOTS:
         const QString exists = u"This link already exists."_s;
         const QString both = u"source>target target>source"_s;
         QTest::newRow("1, 1") << LinkMode::OneWayFrom << LinkMode::OneWayFrom << exists << u"source>target"_s;
-        QTest::newRow("1, 2") << LinkMode::OneWayFrom << LinkMode::OneWayTo << u"Right side or the link (target to source) has been added."_s << both;
-        QTest::newRow("1, 5") << LinkMode::OneWayFrom << LinkMode::TwoWay << u"Right side or the link (target to source) has been added."_s << both;
+        QTest::newRow("1, 2") << LinkMode::OneWayFrom << LinkMode::OneWayTo
+                              << u"Right side or the link (target to source) has been added."_s << both;
+        QTest::newRow("1, 5") << LinkMode::OneWayFrom << LinkMode::TwoWay
+                              << u"Right side or the link (target to source) has been added."_s << both;
         QTest::newRow("2, 2") << LinkMode::OneWayTo << LinkMode::OneWayTo << exists << u"target>source"_s;
-        QTest::newRow("2, 1") << LinkMode::OneWayTo << LinkMode::OneWayFrom << u"Left side of the link (source to target) has been added."_s << both;
+        QTest::newRow("2, 1") << LinkMode::OneWayTo << LinkMode::OneWayFrom
+                              << u"Left side of the link (source to target) has been added."_s << both;
         QTest::newRow("3, 1") << LinkMode::TwoWay << LinkMode::OneWayFrom << exists << both;
         QTest::newRow("3, 2") << LinkMode::TwoWay << LinkMode::OneWayTo << exists << both;
         QTest::newRow("3, 3") << LinkMode::TwoWay << LinkMode::TwoWay << exists << both;
@@ -184,7 +191,8 @@ private Q_SLOTS:
         QVERIFY(s->Items.SaveItem());
         QCOMPARE(Rows(), u"source (LINK)>source"_s);
         QCOMPARE(s->Node(u"source (LINK)"_s).Tag, u"*** LINK ITEM ONLY ***"_s);
-        QCOMPARE(s->State.CurrentDatabase->QueryValue(u"SELECT Description FROM Items WHERE Title = 'source (LINK)'"_s).ToText(),
+        QCOMPARE(s->State.CurrentDatabase->QueryValue(u"SELECT Description FROM Items WHERE Title = 'source (LINK)'"_s)
+                     .ToText(),
                  u"*** LINK ITEM ONLY ***"_s);
         QVERIFY(ItemStatus(u"source (LINK)"_s) != 2);
     }
@@ -287,12 +295,15 @@ private:
     }
     QString Rows()
     {
-        return Texts(*s->State.CurrentDatabase, u"SELECT a.Title || '>' || b.Title FROM ItemLinks JOIN Items a ON a.ID = ItemID "
-                                                "JOIN Items b ON b.ID = LinkItemID ORDER BY ItemLinks.ID"_s).join(u' ');
+        return Texts(*s->State.CurrentDatabase,
+                     u"SELECT a.Title || '>' || b.Title FROM ItemLinks JOIN Items a ON a.ID = ItemID "
+                     "JOIN Items b ON b.ID = LinkItemID ORDER BY ItemLinks.ID"_s)
+            .join(u' ');
     }
     qint64 ItemStatus(const QString& title)
     {
-        return s->State.CurrentDatabase->QueryValue(u"SELECT ItemStatus FROM Items WHERE Title = ?"_s, {title}).ToLong();
+        return s->State.CurrentDatabase->QueryValue(u"SELECT ItemStatus FROM Items WHERE Title = ?"_s, {title})
+            .ToLong();
     }
 
     std::unique_ptr<TestSession> s;

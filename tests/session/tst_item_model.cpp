@@ -271,8 +271,8 @@ public:
             void (Player::*Command)();
         };
         static constexpr Choice choices[] = {
-            {12, &Player::Add},        {10, &Player::Rename},  {9, &Player::Delete},     {18, &Player::Drag},
-            {10, &Player::ClickAny},   {14, &Player::Type},    {6, &Player::WalkOn},     {6, &Player::WalkBack},
+            {12, &Player::Add},        {10, &Player::Rename},        {9, &Player::Delete},  {18, &Player::Drag},
+            {10, &Player::ClickAny},   {14, &Player::Type},          {6, &Player::WalkOn},  {6, &Player::WalkBack},
             {7, &Player::HistoryBack}, {5, &Player::HistoryForward}, {2, &Player::Refresh}, {8, &Player::OpenOrClose},
             {1, &Player::CollapseAll}, {3, &Player::SaveButton}};
         static const int all = std::accumulate(std::begin(choices), std::end(choices), 0,
@@ -294,8 +294,10 @@ public:
         CompareRows();
         CompareOpenItem();
         Check(s.State.moHistory->Keys() == plain.Trail, u"the trail is "_s + s.State.moHistory->Keys().join(u' '));
-        Check(s.State.moHistory->Position() == plain.TrailAt, u"stands in the trail at %1"_s.arg(s.State.moHistory->Position()));
-        Check(s.Script.Messages.size() == m_questions, u"%1 messages, not %2"_s.arg(s.Script.Messages.size()).arg(m_questions));
+        Check(s.State.moHistory->Position() == plain.TrailAt,
+              u"stands in the trail at %1"_s.arg(s.State.moHistory->Position()));
+        Check(s.Script.Messages.size() == m_questions,
+              u"%1 messages, not %2"_s.arg(s.Script.Messages.size()).arg(m_questions));
         Check(s.Script.Errors == m_errors, u"errors: "_s + s.Script.Errors.join(u'|'));
         if (plain.Trail.size() == PlainSession::LongestTrail)
             Meet(u"trail is full"_s);
@@ -342,16 +344,38 @@ private:
 
     QString PickTitle()
     {
-        static const QStringList words{
-            u"apple"_s, u"Apple"_s, u"APPLE pie"_s, u"äpfel"_s, u"Äpfel"_s, u"zebra"_s, u"Émile"_s, u"emile"_s, u"e\u0301mile"_s,
-            u"\ufb01n"_s, u"fin"_s, u"Straße"_s, u"STRASSE"_s, u"日本"_s, u"Ω"_s, u"ω"_s, u"😀 face"_s, u"_x"_s, u"~"_s,
-            u"10"_s, u"2"_s, u"it's \"quoted\" 100%_"_s, u"back\\slash"_s, u"ısı İ"_s};
-        static const QStringList odd{
-            QString(), u"   "_s, u"\r\n\t"_s, u"\u00a0\u2028"_s, u"two\r\nlines"_s, u"\ttabbed\t"_s, u"  in blanks \n"_s,
-            u"sep\u2028arated\u2029"_s, u"nul\0l"_s, u"\u0085next"_s, QString(255, u'x'), QString(255, u'ü'),
-            u"😀"_s.repeated(255), u"\n"_s + QString(255, u'y') + u" "_s,
-            OrphanedItemsTitle, u" Orphaned Items\n"_s, u"Orphaned\tItems"_s,
-            u"orphaned items"_s, u"Orphaned  Items"_s, u"Orphaned Items, mine"_s};
+        static const QStringList words{u"apple"_s,       u"Apple"_s,
+                                       u"APPLE pie"_s,   u"äpfel"_s,
+                                       u"Äpfel"_s,       u"zebra"_s,
+                                       u"Émile"_s,       u"emile"_s,
+                                       u"e\u0301mile"_s, u"\ufb01n"_s,
+                                       u"fin"_s,         u"Straße"_s,
+                                       u"STRASSE"_s,     u"日本"_s,
+                                       u"Ω"_s,           u"ω"_s,
+                                       u"😀 face"_s,      u"_x"_s,
+                                       u"~"_s,           u"10"_s,
+                                       u"2"_s,           u"it's \"quoted\" 100%_"_s,
+                                       u"back\\slash"_s, u"ısı İ"_s};
+        static const QStringList odd{QString(),
+                                     u"   "_s,
+                                     u"\r\n\t"_s,
+                                     u"\u00a0\u2028"_s,
+                                     u"two\r\nlines"_s,
+                                     u"\ttabbed\t"_s,
+                                     u"  in blanks \n"_s,
+                                     u"sep\u2028arated\u2029"_s,
+                                     u"nul\0l"_s,
+                                     u"\u0085next"_s,
+                                     QString(255, u'x'),
+                                     QString(255, u'ü'),
+                                     u"😀"_s.repeated(255),
+                                     u"\n"_s + QString(255, u'y') + u" "_s,
+                                     OrphanedItemsTitle,
+                                     u" Orphaned Items\n"_s,
+                                     u"Orphaned\tItems"_s,
+                                     u"orphaned items"_s,
+                                     u"Orphaned  Items"_s,
+                                     u"Orphaned Items, mine"_s};
         if (m_dice.OneIn(3))
             return m_dice.PickOf(odd);
         const QString word = m_dice.PickOf(words);
@@ -524,7 +548,8 @@ private:
         if (plain.Open != id)
             s.Details.Typed.reset();
         Check(!s.Script.Messages.isEmpty()
-                  && s.Script.Messages.last().Text.endsWith(branch ? u"and all child records?"_s : u"Delete selected item?"_s),
+                  && s.Script.Messages.last().Text.endsWith(branch ? u"and all child records?"_s
+                                                                   : u"Delete selected item?"_s),
               u"the question before the deletion"_s);
     }
 
@@ -742,7 +767,9 @@ private:
     }
     void CompareNode(const TreeNode& node, const PlainItem& item)
     {
-        const auto check = [&](bool right, const QString& what) { Check(right, what + u" of the node %1"_s.arg(node.Id)); };
+        const auto check = [&](bool right, const QString& what) {
+            Check(right, what + u" of the node %1"_s.arg(node.Id));
+        };
         std::vector<qint64> children;
         for (const TreeNode* child : node.Children) {
             check(child->Parent == &node, u"the parent of a child"_s);
@@ -753,10 +780,13 @@ private:
         if (node.IsRoot())
             check(!node.Parent && node.Bold && node.Text == u"Ali äs Library"_s, u"the look"_s);
         else
-            check(node.Parent && node.Parent->Id == item.Parent && node.Text == item.Title, u"the parent or the title"_s);
-        check(node.IsRoot() || !node.Children.empty() || node.Image == TreeImage::CHILD, u"the image without children"_s);
+            check(node.Parent && node.Parent->Id == item.Parent && node.Text == item.Title,
+                  u"the parent or the title"_s);
+        check(node.IsRoot() || !node.Children.empty() || node.Image == TreeImage::CHILD,
+              u"the image without children"_s);
         check(node.Image == item.Image, u"the image %1"_s.arg(ImageKey(node.Image)));
-        check(node.ExpandedImage == item.ExpandedImage, u"the image when open, %1,"_s.arg(ImageKey(node.ExpandedImage)));
+        check(node.ExpandedImage == item.ExpandedImage,
+              u"the image when open, %1,"_s.arg(ImageKey(node.ExpandedImage)));
         check(node.Expanded == item.Expanded, u"whether it is open,"_s);
     }
 
@@ -863,15 +893,47 @@ private Q_SLOTS:
     void randomCommands_meetEveryCase_data()
     {
         QTest::addColumn<QString>("what");
-        for (const char* what :
-             {"added", "no sibling of the root", "renamed", "renamed another", "reserved title refused",
-              "empty title refused", "item deleted", "branch deleted", "deletion refused", "root not deleted", "moved",
-              "moved to the end", "orphan moved", "reserved title stays", "root not dragged", "over itself",
-              "over what is below", "over orphans", "over a target", "stayed over a target", "dropped beside the tree",
-              "drag given up", "saved by itself", "saved on demand", "not saved", "walked", "walk ended",
-              "walked away with changes", "went along the trail", "trail leads to a deleted item", "empty trail",
-              "trail is full", "refreshed", "expanded", "collapsed", "collapsed all", "auto-save on", "auto-save off",
-              "date held", "nothing to type into", "click on the shown item"})
+        for (const char* what : {"added",
+                                 "no sibling of the root",
+                                 "renamed",
+                                 "renamed another",
+                                 "reserved title refused",
+                                 "empty title refused",
+                                 "item deleted",
+                                 "branch deleted",
+                                 "deletion refused",
+                                 "root not deleted",
+                                 "moved",
+                                 "moved to the end",
+                                 "orphan moved",
+                                 "reserved title stays",
+                                 "root not dragged",
+                                 "over itself",
+                                 "over what is below",
+                                 "over orphans",
+                                 "over a target",
+                                 "stayed over a target",
+                                 "dropped beside the tree",
+                                 "drag given up",
+                                 "saved by itself",
+                                 "saved on demand",
+                                 "not saved",
+                                 "walked",
+                                 "walk ended",
+                                 "walked away with changes",
+                                 "went along the trail",
+                                 "trail leads to a deleted item",
+                                 "empty trail",
+                                 "trail is full",
+                                 "refreshed",
+                                 "expanded",
+                                 "collapsed",
+                                 "collapsed all",
+                                 "auto-save on",
+                                 "auto-save off",
+                                 "date held",
+                                 "nothing to type into",
+                                 "click on the shown item"})
             QTest::newRow(what) << QString::fromLatin1(what);
     }
     void randomCommands_meetEveryCase()

@@ -236,7 +236,8 @@ private Q_SLOTS:
             AddConflict(m_leafB);
         s->Tree.FillTree();
         const QStringList plainTips{u"DOWN"_s, u"Next Tree Item"_s, u"UP"_s, u"Previous Tree Item"_s};
-        const QStringList redTips{u"DOWN_RED"_s, u"Next Conflicting Item"_s, u"UP_RED"_s, u"Previous Conflicting Item"_s};
+        const QStringList redTips{u"DOWN_RED"_s, u"Next Conflicting Item"_s, u"UP_RED"_s,
+                                  u"Previous Conflicting Item"_s};
         QCOMPARE(WalkButtons(), red ? redTips : plainTips);
         QCOMPARE(s->Enabled(u"mnuConflictSolver"_s), red && conflict);
         QCOMPARE(s->Enabled(u"mnuRemoveDeletedItems"_s), red && marked);

@@ -41,7 +41,8 @@ private:
     static QString ShortText(Date date)
     {
         const QLocale locale;
-        return locale.toString(date.Day(), QLocale::ShortFormat) + u' ' + locale.toString(date.Time(), QLocale::ShortFormat);
+        return locale.toString(date.Day(), QLocale::ShortFormat) + u' '
+               + locale.toString(date.Time(), QLocale::ShortFormat);
     }
 
     std::optional<TestSession> s;
@@ -143,8 +144,8 @@ private Q_SLOTS:
         QTest::addColumn<bool>("dateHeld");
         const auto row = [](const char* name, Role role, const QString& title, const char* enabled, const char* shown,
                             bool locked, bool dateHeld) {
-            QTest::newRow(name) << int(role) << title << QString::fromLatin1(enabled) << QString::fromLatin1(shown) << locked
-                                << dateHeld;
+            QTest::newRow(name) << int(role) << title << QString::fromLatin1(enabled) << QString::fromLatin1(shown)
+                                << locked << dateHeld;
         };
         row("ordinary", Role::Plain, u"leaf"_s, "NEW DELETE", "", false, false);
         row("orphan in a plain library", Role::Plain, u"orphan"_s, "DELETE", "", false, true);
@@ -302,7 +303,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("expanded");
         QTest::addColumn<QString>("collapsed");
         const auto row = [](const char* name, Role role, TreeImage image, const char* expanded, const char* collapsed) {
-            QTest::newRow(name) << int(role) << int(image) << QString::fromLatin1(expanded) << QString::fromLatin1(collapsed);
+            QTest::newRow(name) << int(role) << int(image) << QString::fromLatin1(expanded)
+                                << QString::fromLatin1(collapsed);
         };
         row("plain, folder", Role::Plain, TreeImage::FOLDER, "OPENFOLDER", "FOLDER");
         row("plain, child", Role::Plain, TreeImage::CHILD, "OPENFOLDER", "FOLDER");
@@ -311,7 +313,8 @@ private Q_SLOTS:
         row("mother, deleted", Role::Mother, TreeImage::DELETED_ITEM, "DELETED_ITEM", "DELETED_ITEM");
         row("mother, in conflict", Role::Mother, TreeImage::CONFLICT_ITEM, "CONFLICT_ITEM", "CONFLICT_ITEM");
         row("child, folder", Role::Child, TreeImage::FOLDER, "OPENFOLDER", "FOLDER");
-        row("child, in conflict", Role::Child, TreeImage::CONFLICT_ITEM_INFO, "CONFLICT_ITEM_INFO", "CONFLICT_ITEM_INFO");
+        row("child, in conflict", Role::Child, TreeImage::CONFLICT_ITEM_INFO, "CONFLICT_ITEM_INFO",
+            "CONFLICT_ITEM_INFO");
     }
     void branch_changesItsImages()
     {

@@ -52,7 +52,8 @@ private Q_SLOTS:
         const QStringList whole{u"a"_s, u"a1"_s, u"a2"_s, u"deep"_s, u"b"_s, u"c"_s, u"c1"_s};
         QTest::newRow("into every branch") << true << QStringList() << whole;
         QTest::newRow("closed branches") << false << QStringList() << QStringList{u"a"_s, u"b"_s, u"c"_s};
-        QTest::newRow("one open branch") << false << QStringList{u"a"_s} << QStringList{u"a"_s, u"a1"_s, u"a2"_s, u"b"_s, u"c"_s};
+        QTest::newRow("one open branch") << false << QStringList{u"a"_s}
+                                         << QStringList{u"a"_s, u"a1"_s, u"a2"_s, u"b"_s, u"c"_s};
         QTest::newRow("all open") << false << QStringList{u"a"_s, u"a2"_s, u"c"_s} << whole;
     }
     void nextItem_walksTheTree()

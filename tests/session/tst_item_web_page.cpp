@@ -61,7 +61,8 @@ private Q_SLOTS:
     {
         GivePage();
         QFile::remove(PageFile());
-        const Date changed = s->State.CurrentDatabase->QueryValue(u"SELECT LastChanged FROM Items WHERE ID = ?"_s, {m_item}).ToDate();
+        const Date changed =
+            s->State.CurrentDatabase->QueryValue(u"SELECT LastChanged FROM Items WHERE ID = ?"_s, {m_item}).ToDate();
         s->Time.AddSeconds(60);
         s->Click(u"item"_s);
         QVERIFY(s->Details.Links);

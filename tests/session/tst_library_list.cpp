@@ -31,10 +31,12 @@ private:
 
     static QString NotFoundText(const QString& alias)
     {
-        return u"The database %1 could not be found in the set location. It will be removed from the list and the first valid "
+        return u"The database %1 could not be found in the set location. It will be removed from the list and the "
+               "first valid "
                "database in your list will be selected."_s.arg(alias);
     }
-    inline static const QString NoLibraryText = u"The database you are trying to open is not a KT Quillbase database!"_s;
+    inline static const QString NoLibraryText =
+        u"The database you are trying to open is not a KT Quillbase database!"_s;
 
     std::optional<TestSession> s;
 
@@ -102,8 +104,10 @@ private Q_SLOTS:
         QTest::newRow("three") << u"/a|A;/b|B;/c|C;"_s << QStringList{u"/a"_s, u"/b"_s, u"/c"_s}
                                << QStringList{u"A"_s, u"B"_s, u"C"_s};
         QTest::newRow("no end") << u"/a|A;/b|B"_s << QStringList{u"/a"_s, u"/b"_s} << QStringList{u"A"_s, u"B"_s};
-        QTest::newRow("same path twice") << u"/a|A;/a|B;"_s << QStringList{u"/a"_s, u"/a"_s} << QStringList{u"A"_s, u"B"_s};
-        QTest::newRow("empty alias") << u"/a|;/b|B;"_s << QStringList{u"/a"_s, u"/b"_s} << QStringList{QString(u""_s), u"B"_s};
+        QTest::newRow("same path twice") << u"/a|A;/a|B;"_s << QStringList{u"/a"_s, u"/a"_s}
+                                         << QStringList{u"A"_s, u"B"_s};
+        QTest::newRow("empty alias") << u"/a|;/b|B;"_s << QStringList{u"/a"_s, u"/b"_s}
+                                     << QStringList{QString(u""_s), u"B"_s};
     }
     void storedList_isRead()
     {
@@ -132,10 +136,11 @@ private Q_SLOTS:
         s->Script.ExpectMsgBox(u"No Database to Use"_s);
         s->Script.ExpectFileName(u"Select a Quillbase Library Database"_s, {});
         QVERIFY(!s->Start());
-        CompareMessage(0,
-                       u"Database could not be created. You will have to select existing one, or try to create a new one using "
-                       "the 'File' menu."_s,
-                       MsgBoxIcon::Critical);
+        CompareMessage(
+            0,
+            u"Database could not be created. You will have to select existing one, or try to create a new one using "
+            "the 'File' menu."_s,
+            MsgBoxIcon::Critical);
         QVERIFY(s->Shell.Aliases.isEmpty());
         QCOMPARE(s->StoredList(), QString());
         QVERIFY(!s->Shell.MenusEnabled && !s->Enabled(u"NEW"_s));
@@ -146,7 +151,8 @@ private Q_SLOTS:
 
     void missingLibrary_leavesTheListAndTheNextIsOpened()
     {
-        const QString gone = s->Home.Path(u"gone.qbd"_s), two = s->LibraryFile(u"zwei.qbd"_s), three = s->LibraryFile(u"drei.qbd"_s);
+        const QString gone = s->Home.Path(u"gone.qbd"_s), two = s->LibraryFile(u"zwei.qbd"_s),
+                      three = s->LibraryFile(u"drei.qbd"_s);
         s->Script.ExpectMsgBox(u"Database Not Found"_s);
         QVERIFY(s->Start(u"%1|Gone;%2|Two;%3|Three;"_s.arg(gone, two, three)));
         CompareMessage(0, NotFoundText(u"Gone"_s), MsgBoxIcon::Exclamation);
@@ -185,10 +191,11 @@ private Q_SLOTS:
         s->Script.ExpectError();
         s->Script.ExpectMsgBox(u"No Database Found"_s);
         QVERIFY(!s->Start(s->Home.Path(u"1.qbd"_s) + u"|One;"_s));
-        CompareMessage(1,
-                       u"No KT Quillbase Library database found.\nYou will have to connect a database to this program manually "
-                       "using the File menu."_s,
-                       MsgBoxIcon::Exclamation);
+        CompareMessage(
+            1,
+            u"No KT Quillbase Library database found.\nYou will have to connect a database to this program manually "
+            "using the File menu."_s,
+            MsgBoxIcon::Exclamation);
         QCOMPARE(s->State.CurrentDatabasePath, QString());
         QVERIFY(!s->State.CurrentDatabase);
     }
@@ -231,12 +238,15 @@ private Q_SLOTS:
         else if (kind == u"foreign")
             DBEngine::CreateDatabase(path)->Execute(u"CREATE TABLE Items (ID INTEGER)"_s);
         else
-            WriteFile(path, kind == u"text" ? QByteArray("no database at all") : kind == u"cut" ? ReadFile(old).left(6000) : QByteArray());
+            WriteFile(path, kind == u"text"  ? QByteArray("no database at all")
+                            : kind == u"cut" ? ReadFile(old).left(6000)
+                                             : QByteArray());
         const QByteArray before = kind == u"folder" ? QByteArray() : ReadFile(path);
 
         s->Script.ExpectMsgBox(u"Invalid Database"_s);
         s->Libraries.SelectDatabase(path);
-        CompareMessage(0, message.contains(u'%') ? message.arg(QDir::toNativeSeparators(path)) : message, MsgBoxIcon::Exclamation);
+        CompareMessage(0, message.contains(u'%') ? message.arg(QDir::toNativeSeparators(path)) : message,
+                       MsgBoxIcon::Exclamation);
         QCOMPARE(s->OpenPath(), old);
         QCOMPARE(s->State.CurrentDatabasePath, old);
         QCOMPARE(s->StoredList(), old + u"|Old;"_s);
@@ -319,7 +329,8 @@ private Q_SLOTS:
         QVERIFY(s->Shell.MenusEnabled && s->Details.HasDatabase);
         for (const QString& name : {u"NEW"_s, u"SAVE"_s, u"NEXT"_s, u"PREVIOUS"_s, u"FIND"_s, u"VIEWBOOKMARKS"_s})
             QVERIFY2(s->Enabled(name), qPrintable(name));
-        const QStringList later{u"BACK"_s, u"FORWARD"_s, u"mnuBackItem"_s, u"mnuForwardItem"_s, u"DELETE"_s, u"BOOKMARK"_s};
+        const QStringList later{u"BACK"_s,           u"FORWARD"_s, u"mnuBackItem"_s,
+                                u"mnuForwardItem"_s, u"DELETE"_s,  u"BOOKMARK"_s};
         for (const QString& name : later)
             QVERIFY2(!s->Enabled(name), qPrintable(name));
         s->Libraries.EnableControls(false);

@@ -33,7 +33,10 @@ private:
     MsgBoxIcon LastIcon() const { return s->Script.Messages.last().Icon; }
     QStringList FilesInTheFolder() const { return QDir(s->Home.Path()).entryList(QDir::Files | QDir::Hidden); }
 
-    void ExpectAlias(const std::optional<QString>& alias) { s->Script.ExpectInputBox(u"Include to Favourites List"_s, alias); }
+    void ExpectAlias(const std::optional<QString>& alias)
+    {
+        s->Script.ExpectInputBox(u"Include to Favourites List"_s, alias);
+    }
 
     inline static const QString Separators = u"\"|\" and \";\", which separate the entries of the list of libraries."_s;
 
@@ -60,9 +63,11 @@ private Q_SLOTS:
         s->Libraries.mnuOpenDatabase_Click();
         QCOMPARE(s->Script.Questions.first().Filter, u"KT Quillbase Files|*.qbd;*.qbr"_s);
         QVERIFY(!s->Script.Questions.first().Save);
-        QCOMPARE(s->Script.InputTexts,
-                 QStringList{u"Do you wish to include this database to the list of your favourite databases?\nIf so, enter an alias "
-                             "for this database to be used in the list. Otherwise select Cancel."_s});
+        QCOMPARE(
+            s->Script.InputTexts,
+            QStringList{
+                u"Do you wish to include this database to the list of your favourite databases?\nIf so, enter an alias "
+                "for this database to be used in the list. Otherwise select Cancel."_s});
         QCOMPARE(s->Script.InputPresets, QStringList{u"drei ß.qbd"_s});
         QCOMPARE(s->OpenPath(), path);
         QCOMPARE(s->StoredList(), m_list + path + u"|Dreï;"_s);
@@ -108,8 +113,9 @@ private Q_SLOTS:
         StartWithTwo();
         s->Script.ExpectMsgBox(ApplicationTitle);
         s->Libraries.SelectDatabase(m_two);
-        QCOMPARE(LastMessage(),
-                 u"This database is already in list with an alias of 'Two'. You will be automatically swithced to it."_s);
+        QCOMPARE(
+            LastMessage(),
+            u"This database is already in list with an alias of 'Two'. You will be automatically swithced to it."_s);
         QCOMPARE(s->OpenPath(), m_two);
         QCOMPARE(s->Shell.Index, 1);
         QCOMPARE(s->Shape(), u"Two Library(second)"_s);
@@ -158,7 +164,8 @@ private Q_SLOTS:
         s->Script.ExpectMsgBox(ApplicationTitle);
         s->Script.ExpectMsgBox(u"Interim Database"_s);
         s->Libraries.SelectDatabase(path);
-        QCOMPARE(s->Script.Messages[0].Text, u"The path of a library in the list can't contain the characters "_s + Separators);
+        QCOMPARE(s->Script.Messages[0].Text,
+                 u"The path of a library in the list can't contain the characters "_s + Separators);
         QCOMPARE(s->OpenPath(), path);
         QCOMPARE(s->StoredList(), m_list);
     }
@@ -178,8 +185,8 @@ private Q_SLOTS:
         s->Script.ExpectMsgBox(ApplicationTitle);
         s->Libraries.SelectDatabase(path);
         QCOMPARE(LastMessage(),
-                 u"'%1' is a replica file. This version of the program can't unpack replica files yet; nothing was changed."_s.arg(
-                     QDir::toNativeSeparators(path)));
+                 u"'%1' is a replica file. This version of the program can't unpack replica files yet; nothing was "
+                 "changed."_s.arg(QDir::toNativeSeparators(path)));
         QCOMPARE(ReadFile(path), QByteArray("replica"));
         QCOMPARE(s->OpenPath(), m_one);
     }
@@ -192,8 +199,9 @@ private Q_SLOTS:
         s->Script.ExpectInputBox(u"New Alias"_s, u"Erste Bücher"_s);
         s->Libraries.mnuNewAliasItem_Click();
         QCOMPARE(s->Script.InputTexts,
-                 QStringList{u"Insert new alias for current database instead of 'One'.\n\nComplete path to the open database is:\n%1"_s
-                                 .arg(QDir::toNativeSeparators(m_one))});
+                 QStringList{
+                     u"Insert new alias for current database instead of 'One'.\n\nComplete path to the open database "
+                     "is:\n%1"_s.arg(QDir::toNativeSeparators(m_one))});
         QCOMPARE(s->Script.InputPresets, QStringList{u"One"_s});
         QCOMPARE(s->StoredList(), u"%1|Erste Bücher;%2|Two;"_s.arg(m_one, m_two));
         QCOMPARE(s->Shell.Aliases, (QStringList{u"Erste Bücher"_s, u"Two"_s}));
@@ -259,7 +267,8 @@ private Q_SLOTS:
         QCOMPARE(LastMessage(), u"Would you like to keep the database on your hard drive?"_s);
         QCOMPARE(s->Script.Messages.last().Buttons, MsgBoxButtons::YesNoCancel);
         QCOMPARE(LastIcon(), MsgBoxIcon::Question);
-        QVERIFY(QFileInfo::exists(m_one) && QFileInfo::exists(FilesFolderOf(m_one)) && QFileInfo::exists(HTMLFolderOf(m_one)));
+        QVERIFY(QFileInfo::exists(m_one) && QFileInfo::exists(FilesFolderOf(m_one))
+                && QFileInfo::exists(HTMLFolderOf(m_one)));
         QCOMPARE(s->StoredList(), m_two + u"|Two;"_s);
         QCOMPARE(s->OpenPath(), m_two);
         QCOMPARE(s->Shape(), u"Two Library(second)"_s);
@@ -291,10 +300,13 @@ private Q_SLOTS:
         s->Script.ExpectMsgBox(u"Remove Database"_s, MsgBoxResult::No);
         s->Script.ExpectMsgBox(u"Delete database file from hard drive?"_s, yes ? MsgBoxResult::Yes : MsgBoxResult::No);
         s->Libraries.mnuRemoveDBItem_Click();
-        QCOMPARE(LastMessage(),
-                 u"The program is about to delete the database file and all coherent files from your hard drive. This is a serious "
-                 "step and it will not be possible to restore any of the deleted files after this operation is finished!!!\nDo you "
-                 "want to continue?"_s);
+        QCOMPARE(
+            LastMessage(),
+            u"The program is about to delete the database file and all coherent files from your hard drive. This is "
+            "a serious "
+            "step and it will not be possible to restore any of the deleted files after this operation is "
+            "finished!!!\nDo you "
+            "want to continue?"_s);
         QCOMPARE(s->Script.Messages.last().Buttons, MsgBoxButtons::YesNo);
         QCOMPARE(s->Script.Messages.last().DefaultAnswer(), MsgBoxResult::No);
         QCOMPARE(LastIcon(), MsgBoxIcon::Exclamation);
@@ -378,7 +390,9 @@ private Q_SLOTS:
         s->Shell.Language.Type = type;
         if (type == LanguageType::File) {
             s->Shell.Language.File = s->Home.Path(u"my.qbl"_s);
-            WriteFile(s->Shell.Language.File, QByteArray::fromHex("0000" "0300") + "Lng");
+            WriteFile(s->Shell.Language.File, QByteArray::fromHex("0000"
+                                                                  "0300")
+                                                  + "Lng");
         }
         int definer = 0;
         s->Libraries.DisplayKeywordDefiner = [&] { ++definer; };

@@ -169,7 +169,8 @@ private Q_SLOTS:
         prompts.ExpectError();
         QVERIFY(!item->Commit());
         QVERIFY(prompts.Errors.last().contains(u"could not be read"_s));
-        QCOMPARE(Texts(*m_library, u"SELECT Title || ' ' || Code FROM Items WHERE ID = ?"_s, {m_id}), QStringList{u"Größe precious"_s});
+        QCOMPARE(Texts(*m_library, u"SELECT Title || ' ' || Code FROM Items WHERE ID = ?"_s, {m_id}),
+                 QStringList{u"Größe precious"_s});
     }
 
     void storedProperty_readsTheRowOnce_data() { Rows(Reads); }
@@ -248,8 +249,9 @@ private Q_SLOTS:
         const auto item = Item(m_id + 100);
         const Events events(*item);
         QCOMPARE(item->Title(), QString());
-        QCOMPARE(QStringList(events), (QStringList{u"CodeLoaded False"_s, u"NotesLoaded False"_s, u"UsageLoaded False"_s,
-                                                   u"FilesLoaded False"_s, u"LinkLoaded False"_s}));
+        QCOMPARE(QStringList(events),
+                 (QStringList{u"CodeLoaded False"_s, u"NotesLoaded False"_s, u"UsageLoaded False"_s,
+                              u"FilesLoaded False"_s, u"LinkLoaded False"_s}));
         QCOMPARE(item->ParentKey(), u"0"_s);
         QCOMPARE(item->LastChanged(), m_clock.Now());
         QVERIFY(!item->ItemMarkedForDelete());
@@ -266,9 +268,10 @@ private Q_SLOTS:
 
     void nullColumns_readAsEmpty()
     {
-        m_library->Execute(u"UPDATE Items SET Description = NULL, Info = NULL, Created = NULL, User = NULL, Code = NULL, "
-                           "ItemStatus = NULL, ItemRating = NULL, CodeHeaders = NULL, UsageHeaders = NULL, ParentID = NULL, "
-                           "HTMLLastUpdated = NULL"_s);
+        m_library->Execute(
+            u"UPDATE Items SET Description = NULL, Info = NULL, Created = NULL, User = NULL, Code = NULL, "
+            "ItemStatus = NULL, ItemRating = NULL, CodeHeaders = NULL, UsageHeaders = NULL, ParentID = NULL, "
+            "HTMLLastUpdated = NULL"_s);
         const auto item = Item(m_id);
         QCOMPARE(item->Description() + item->Info() + item->User() + item->Code(), QString());
         QVERIFY(item->Created().IsNone() && item->HTMLLastUpdated().IsNone());
@@ -436,7 +439,8 @@ private Q_SLOTS:
     {
         const auto item = Item(m_id);
         QSignalSpy updated(item.get(), &CCodeItem::StatusUpdated);
-        connect(item.get(), &CCodeItem::StatusUpdated, item.get(), [&](qint32 status) { item->SetItemStatus(status + 1); });
+        connect(item.get(), &CCodeItem::StatusUpdated, item.get(),
+                [&](qint32 status) { item->SetItemStatus(status + 1); });
         item->SetItemStatus(7);
         QCOMPARE(item->ItemStatus(), 7);
         QCOMPARE(updated.size(), 1);

@@ -307,11 +307,12 @@ private Q_SLOTS:
         QTest::addColumn<int>("status");
         QTest::addColumn<QByteArray>("number");
         QTest::addColumn<QString>("message");
-        QTest::newRow("status beyond 16 bits")
-            << u"other"_s << 40000 << QByteArray("6") << u"The value of 'ItemStatus' is out of range; nothing was changed."_s;
-        QTest::newRow("long title")
-            << QString(256, u'ä') << 0 << QByteArray("3163") << u"'Title' is too long; nothing was changed."_s;
-        QTest::newRow("empty title") << QString() << 0 << QByteArray("3315") << u"'Title' can't be empty; nothing was changed."_s;
+        QTest::newRow("status beyond 16 bits") << u"other"_s << 40000 << QByteArray("6")
+                                               << u"The value of 'ItemStatus' is out of range; nothing was changed."_s;
+        QTest::newRow("long title") << QString(256, u'ä') << 0 << QByteArray("3163")
+                                    << u"'Title' is too long; nothing was changed."_s;
+        QTest::newRow("empty title") << QString() << 0 << QByteArray("3315")
+                                     << u"'Title' can't be empty; nothing was changed."_s;
     }
     void updateThatIsRefused_leavesTheRow()
     {
@@ -432,7 +433,8 @@ private Q_SLOTS:
     void motherOfSeveralChildren_goesByTheLatest()
     {
         MakeReplica({}, Date::FromSeconds(100));
-        m_library->Execute(u"INSERT INTO ChildCopies (DBCopyID, LastSynchronized) VALUES ('Second', 300), ('Never', NULL)"_s);
+        m_library->Execute(
+            u"INSERT INTO ChildCopies (DBCopyID, LastSynchronized) VALUES ('Second', 300), ('Never', NULL)"_s);
         m_library->Execute(u"UPDATE Items SET LastChanged = 299"_s);
         const auto item = Item(m_id);
         item->Delete();
@@ -445,7 +447,8 @@ private Q_SLOTS:
         MakeReplica(m_clock->Now().AddDays(1), {});
         m_library->Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID) VALUES (?, 9)"_s, {m_id});
         m_library->Execute(u"INSERT INTO Files (CodeID, Title) VALUES (?, 'f')"_s, {m_id});
-        m_library->Execute(u"CREATE TEMP TRIGGER stop BEFORE DELETE ON ItemLinks BEGIN SELECT raise(ABORT, 'stopped'); END"_s);
+        m_library->Execute(
+            u"CREATE TEMP TRIGGER stop BEFORE DELETE ON ItemLinks BEGIN SELECT raise(ABORT, 'stopped'); END"_s);
         const auto item = Item(m_id);
         item->Delete();
         ScriptedPrompts prompts;

@@ -106,7 +106,8 @@ private Q_SLOTS:
     void titleThatLeadsOut_isRefused_data()
     {
         QTest::addColumn<QString>("title");
-        for (const QString& title : {u"../x"_s, u"a/b"_s, u"a\\b"_s, QString(u"a"_s + QChar(u'\0') + u"b"_s), QString()})
+        for (const QString& title :
+             {u"../x"_s, u"a/b"_s, u"a\\b"_s, QString(u"a"_s + QChar(u'\0') + u"b"_s), QString()})
             QTest::newRow(qPrintable(title)) << title;
     }
     void titleThatLeadsOut_isRefused()
@@ -125,7 +126,8 @@ private Q_SLOTS:
     void oddTitles_areStoredAsTheyAre_data()
     {
         QTest::addColumn<QString>("title");
-        for (const QString& title : {u".."_s, u"."_s, u"a:b"_s, u"trailing..."_s, u" blank "_s, u"日本語.txt"_s, u"new\nline"_s, u"-rf"_s, u"CON"_s})
+        for (const QString& title : {u".."_s, u"."_s, u"a:b"_s, u"trailing..."_s, u" blank "_s, u"日本語.txt"_s,
+                                     u"new\nline"_s, u"-rf"_s, u"CON"_s})
             QTest::newRow(qPrintable(title)) << title;
     }
     void oddTitles_areStoredAsTheyAre()
@@ -149,7 +151,8 @@ private Q_SLOTS:
         file.SetStoredFile(large.fileName());
         m_prompts->ExpectError();
         QVERIFY(!file.Commit());
-        QVERIFY(m_prompts->Errors.last().contains(u"has 2147483648 bytes; a library stores files of up to 2147483647"_s));
+        QVERIFY(
+            m_prompts->Errors.last().contains(u"has 2147483648 bytes; a library stores files of up to 2147483647"_s));
         QCOMPARE(AllNames(), QStringList());
     }
 
@@ -259,7 +262,8 @@ private Q_SLOTS:
         WriteFile(m_home->Path(u"out.zip"_s), "before");
         m_prompts->ExpectMsgBox(u"Update database?"_s, yes ? MsgBoxResult::Yes : MsgBoxResult::No);
         QCOMPARE(Open(1).SaveToFile2(m_home->Path(u"out.zip"_s)), QString());
-        QCOMPARE(m_prompts->Messages.last().Text, u"Source file not found in its location. Do you wish to delete the record from the database?"_s);
+        QCOMPARE(m_prompts->Messages.last().Text,
+                 u"Source file not found in its location. Do you wish to delete the record from the database?"_s);
         QCOMPARE(CountOf(*m_database, u"Files"_s), yes ? 0 : 1);
         QCOMPARE(ReadFile(m_home->Path(u"out.zip"_s)), "before");
     }
@@ -291,7 +295,8 @@ private Q_SLOTS:
     void deletionThatFails_bringsTheFileBack()
     {
         Add();
-        m_database->Execute(u"CREATE TEMP TRIGGER hold BEFORE DELETE ON Files BEGIN SELECT raise(ABORT, 'held'); END"_s);
+        m_database->Execute(
+            u"CREATE TEMP TRIGGER hold BEFORE DELETE ON Files BEGIN SELECT raise(ABORT, 'held'); END"_s);
         CFileObject file = Open(1);
         file.Delete();
         m_prompts->ExpectError();
@@ -321,7 +326,8 @@ private Q_SLOTS:
         QTest::newRow("before the commit of a new row") << u".arriving-%1-1"_s << false << QStringList();
         QTest::newRow("after it") << u".arriving-%1-1"_s << true << QStringList{u"1 - a.txt"_s};
         QTest::newRow("before the commit of another title") << u".arriving-%1-1-01234567"_s << true << QStringList();
-        QTest::newRow("after the commit of this title") << u".arriving-%1-1-cfc7b488"_s << true << QStringList{u"1 - a.txt"_s};
+        QTest::newRow("after the commit of this title")
+            << u".arriving-%1-1-cfc7b488"_s << true << QStringList{u"1 - a.txt"_s};
         QTest::newRow("before the commit of a deletion") << u".leaving-%1-1"_s << true << QStringList{u"1 - a.txt"_s};
         QTest::newRow("after it") << u".leaving-%1-1"_s << false << QStringList();
         QTest::newRow("of another's") << u".hidden"_s << false << QStringList{u".hidden"_s};
@@ -364,7 +370,8 @@ private Q_SLOTS:
     /// One that can't be finished waits, and keeps nobody from the others.
     void fileThatCantGetToItsPlace_stopsNoOther()
     {
-        m_database->Execute(u"INSERT INTO Files (ID, CodeID, Title) VALUES (1, ?, 'a.txt'), (2, ?, 'b.txt')"_s, {m_item, m_item});
+        m_database->Execute(u"INSERT INTO Files (ID, CodeID, Title) VALUES (1, ?, 'a.txt'), (2, ?, 'b.txt')"_s,
+                            {m_item, m_item});
         QVERIFY(QDir().mkpath(StoredFilePath(1, u"a.txt"_s) + u"/in the way"_s));
         for (const char* id : {"1", "2"})
             WriteFile(Session().CurrentFilesFolder + u".arriving-%1-%2"_s.arg(Mark, QString::fromLatin1(id)), id);
@@ -383,7 +390,8 @@ private Q_SLOTS:
         QVERIFY(QDir().mkpath(m_home->Path(u"out/taken"_s)));
         m_prompts->ExpectError();
         QCOMPARE(Open(1).SaveToFile2(m_home->Path(u"out/taken"_s)), QString());
-        QCOMPARE(QDir(m_home->Path(u"out"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList{u"taken"_s});
+        QCOMPARE(QDir(m_home->Path(u"out"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                 QStringList{u"taken"_s});
     }
 
     /// Whose lock this user can't even open.
@@ -422,7 +430,8 @@ private Q_SLOTS:
     void replacementThatWasNotCommitted_leavesTheOldFile()
     {
         Add();
-        const QString arriving = PendingWork().ArrivingName(1, u"other.zip"_s).replace(QRegularExpression(u"[0-9a-f]{32}"_s), Mark);
+        const QString arriving =
+            PendingWork().ArrivingName(1, u"other.zip"_s).replace(QRegularExpression(u"[0-9a-f]{32}"_s), Mark);
         WriteFile(arriving, "new contents");
         FinishPendingFiles(*m_database);
         QCOMPARE(ReadFile(StoredFilePath(1, u"größe a.zip"_s)), "contents");
@@ -432,7 +441,8 @@ private Q_SLOTS:
     void fileOnItsWay_isHandedOut()
     {
         Add();
-        QVERIFY(QFile::rename(StoredFilePath(1, u"größe a.zip"_s), Session().CurrentFilesFolder + u".arriving-%1-1"_s.arg(Mark)));
+        QVERIFY(QFile::rename(StoredFilePath(1, u"größe a.zip"_s),
+                              Session().CurrentFilesFolder + u".arriving-%1-1"_s.arg(Mark)));
         QCOMPARE(Open(1).SaveToFile2(m_home->Path(u"out"_s)), m_home->Path(u"out"_s)); // and nothing is asked
         QCOMPARE(Names(), QStringList{u"1 - größe a.zip"_s});
     }

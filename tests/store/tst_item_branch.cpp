@@ -17,12 +17,18 @@ class TestItemBranch : public QObject {
     Q_OBJECT
 
 private:
-    qint64 ParentOf(qint64 id) { return m_library->QueryValue(u"SELECT ParentID FROM Items WHERE ID = ?"_s, {id}).ToLong(); }
+    qint64 ParentOf(qint64 id)
+    {
+        return m_library->QueryValue(u"SELECT ParentID FROM Items WHERE ID = ?"_s, {id}).ToLong();
+    }
     void SetParent(qint64 id, qint64 parent)
     {
         m_library->Execute(u"UPDATE Items SET ParentID = ? WHERE ID = ?"_s, {parent, id});
     }
-    QStringList AllItems() { return Texts(*m_library, u"SELECT ID || ' under ' || ParentID || ' at ' || LastChanged FROM Items"_s); }
+    QStringList AllItems()
+    {
+        return Texts(*m_library, u"SELECT ID || ' under ' || ParentID || ' at ' || LastChanged FROM Items"_s);
+    }
 
     QString AddPage(qint64 item)
     {
@@ -31,7 +37,10 @@ private:
         WriteFile(page + u"/bild ü.png"_s, "png");
         return page;
     }
-    static QStringList FilesIn(const QString& folder) { return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot); }
+    static QStringList FilesIn(const QString& folder)
+    {
+        return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+    }
 
     std::optional<TemporaryHome> m_home;
     std::optional<FixedClock> m_clock;
@@ -80,7 +89,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("candidate");
         QTest::addColumn<bool>("inside");
         const auto row = [](const char* branch, const char* candidate, bool inside) {
-            QTest::addRow("%s in %s", candidate, branch) << QString::fromLatin1(branch) << QString::fromLatin1(candidate) << inside;
+            QTest::addRow("%s in %s", candidate, branch)
+                << QString::fromLatin1(branch) << QString::fromLatin1(candidate) << inside;
         };
         row("top", "top", true);
         row("top", "leaf 2", true);
@@ -111,10 +121,12 @@ private Q_SLOTS:
         QList<int> progress;
         DeleteBranch(*m_library, m_branch, [&](int done) { progress << done; });
         QCOMPARE(progress, (QList<int>{1, 2, 3}));
-        QCOMPARE(Texts(*m_library, u"SELECT Title FROM Items ORDER BY ID"_s), (QStringList{u"top"_s, u"other"_s, u"aside"_s}));
+        QCOMPARE(Texts(*m_library, u"SELECT Title FROM Items ORDER BY ID"_s),
+                 (QStringList{u"top"_s, u"other"_s, u"aside"_s}));
         QCOMPARE(Texts(*m_library, u"SELECT ID FROM Files"_s), QStringList{QString::number(kept)});
         QCOMPARE(FilesIn(Session().CurrentFilesFolder), QStringList{u"%1 - kept.txt"_s.arg(kept)});
-        QCOMPARE(FilesIn(Session().CurrentHTMLFolder), (QStringList{QString::number(m_other), u"%1.htm"_s.arg(m_other)}));
+        QCOMPARE(FilesIn(Session().CurrentHTMLFolder),
+                 (QStringList{QString::number(m_other), u"%1.htm"_s.arg(m_other)}));
     }
 
     void deletedBranchWhoseFileIsGone_isNoFailure()
@@ -146,15 +158,17 @@ private Q_SLOTS:
     {
         const qint64 file = AddStoredFile(*m_library, m_branch, u"b.txt"_s, "two", m_clock->Now());
         const QString page = AddPage(m_branch);
-        m_library->Execute(u"CREATE TEMP TRIGGER stop BEFORE DELETE ON Items WHEN old.ID = %1 BEGIN SELECT raise(ABORT, 'stopped'); END"_s
-                               .arg(m_leaf2));
+        m_library->Execute(
+            u"CREATE TEMP TRIGGER stop BEFORE DELETE ON Items WHEN old.ID = %1 BEGIN SELECT raise(ABORT, 'stopped'); "
+            "END"_s.arg(m_leaf2));
         const QStringList before = AllItems();
         const ScriptedPrompts nobodyIsAsked;
         try {
             DeleteBranch(*m_library, m_branch);
             QFAIL("was deleted");
         } catch (const RuntimeError& error) {
-            QVERIFY(error.Description().startsWith(u"The item %1 could not be deleted; nothing was changed.\n"_s.arg(m_leaf2)));
+            QVERIFY(error.Description().startsWith(
+                u"The item %1 could not be deleted; nothing was changed.\n"_s.arg(m_leaf2)));
         }
         QCOMPARE(AllItems(), before);
         QCOMPARE(CountOf(*m_library, u"Files"_s), 1);
@@ -178,7 +192,8 @@ private Q_SLOTS:
         MoveItem(*m_library, m_branch, m_aside);
         QCOMPARE(ParentOf(m_branch), m_aside);
         QCOMPARE(ParentOf(m_leaf1), m_branch);
-        QCOMPARE(m_library->QueryValue(u"SELECT LastChanged FROM Items WHERE ID = ?"_s, {m_branch}).ToDate(), m_clock->Now());
+        QCOMPARE(m_library->QueryValue(u"SELECT LastChanged FROM Items WHERE ID = ?"_s, {m_branch}).ToDate(),
+                 m_clock->Now());
         QCOMPARE(m_library->QueryValue(u"SELECT LastChanged FROM Items WHERE ID = ?"_s, {m_leaf1}).ToDate(),
                  FixedClock().Now());
     }
@@ -203,8 +218,9 @@ private Q_SLOTS:
                                         << u"There is no item 4711 in the library; nothing was changed."_s;
         QTest::newRow("missing item") << u"4711"_s << u"top"_s << int(ErrorNumber::ItemNotFound)
                                       << u"There is no item 4711 in the library; nothing was changed."_s;
-        QTest::newRow("reserved place") << u"Orphaned Items"_s << QString() << int(ErrorNumber::ValueNotAllowed)
-                                        << u"You can't create an 'Orphaned Items' folder! This name is reserved for the program."_s;
+        QTest::newRow("reserved place")
+            << u"Orphaned Items"_s << QString() << int(ErrorNumber::ValueNotAllowed)
+            << u"You can't create an 'Orphaned Items' folder! This name is reserved for the program."_s;
     }
     void moveThatCannotBe_isRefused()
     {

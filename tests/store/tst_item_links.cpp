@@ -113,7 +113,8 @@ private Q_SLOTS:
 
     void damagedRows_areRead()
     {
-        m_database->Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, Note, DateUpdated) VALUES (?, ?, NULL, NULL)"_s, {m_a, m_b});
+        m_database->Execute(
+            u"INSERT INTO ItemLinks (ItemID, LinkItemID, Note, DateUpdated) VALUES (?, ?, NULL, NULL)"_s, {m_a, m_b});
         m_database->Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID) VALUES (?, 0)"_s, {m_a});
         QCOMPARE(Seen(m_a), u"B>1/0 ''; >2/0 ''"_s);
         QVERIFY(Open(m_a).Links().Item(CLinks::KeyOf(m_b))->DateChanged.IsNone());
@@ -148,7 +149,8 @@ private Q_SLOTS:
         QTest::newRow("two ways, 0") << u"AB BA"_s << D::None << QString() << QString() << QString();
         QTest::newRow("two ways, 1") << u"AB BA"_s << D::Left << u"AB'new'"_s << u"B>1/0 'new'"_s << QString();
         QTest::newRow("two ways, 2") << u"AB BA"_s << D::Right << u"BA'old'"_s << QString() << u"A>2/0 'old'"_s;
-        QTest::newRow("two ways, 3") << u"AB BA"_s << D::Both << u"AB'new' BA'old'"_s << u"B<>1/2 'new'"_s << u"A<>2/1 'old'"_s;
+        QTest::newRow("two ways, 3") << u"AB BA"_s << D::Both << u"AB'new' BA'old'"_s << u"B<>1/2 'new'"_s
+                                     << u"A<>2/1 'old'"_s;
     }
     void direction_writesItsRows()
     {
@@ -161,7 +163,8 @@ private Q_SLOTS:
             Row(m_a, m_b, u"old"_s);
         if (before.contains(u"BA"_s))
             Row(m_b, m_a, u"old"_s);
-        m_database->Execute(u"INSERT INTO ItemLinks (ID, ItemID, LinkItemID, Note) VALUES (-7, ?, ?, 'bystander')"_s, {m_c, m_a});
+        m_database->Execute(u"INSERT INTO ItemLinks (ID, ItemID, LinkItemID, Note) VALUES (-7, ?, ?, 'bystander')"_s,
+                            {m_c, m_a});
         m_time->AddSeconds(3600);
         CCodeItem& item = Open(m_a);
         const Date changed = item.LastChanged();
@@ -175,7 +178,9 @@ private Q_SLOTS:
         QCOMPARE(Seen(m_b), fromB);
         QCOMPARE(Open(m_a).LastChanged(), changed); // links alone move no date
         for (const QString& row : Texts(*m_database, u"SELECT ID FROM ItemLinks WHERE Note = 'new'"_s))
-            QCOMPARE(m_database->QueryValue(u"SELECT DateUpdated FROM ItemLinks WHERE ID = ?"_s, {row.toLongLong()}).ToDate(), m_time->Now());
+            QCOMPARE(m_database->QueryValue(u"SELECT DateUpdated FROM ItemLinks WHERE ID = ?"_s, {row.toLongLong()})
+                         .ToDate(),
+                     m_time->Now());
     }
 
     void writtenLink_inMemory()
@@ -274,7 +279,9 @@ private Q_SLOTS:
         CCodeItem& item = Open(m_a);
         Change(item, LinkDirection::Both);
         QVERIFY(item.Commit());
-        QCOMPARE(Texts(*m_database, u"SELECT ItemID || ' ' || MotherItemID || ' ' || LinkItemID || ' ' || MotherLinkItemID FROM ItemLinks ORDER BY ID"_s),
+        QCOMPARE(Texts(*m_database,
+                       u"SELECT ItemID || ' ' || MotherItemID || ' ' || LinkItemID || ' ' || MotherLinkItemID FROM "
+                       "ItemLinks ORDER BY ID"_s),
                  (QStringList{u"1 101 2 102"_s, u"2 102 1 101"_s}));
     }
 
@@ -313,22 +320,28 @@ private:
     }
     void Row(qint64 from, qint64 to, const QString& note)
     {
-        m_database->Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, Note, DateAdded, DateUpdated) VALUES (?, ?, ?, ?, ?)"_s,
-                            {from, to, note, m_time->Now(), m_time->Now()});
+        m_database->Execute(
+            u"INSERT INTO ItemLinks (ItemID, LinkItemID, Note, DateAdded, DateUpdated) VALUES (?, ?, ?, ?, ?)"_s,
+            {from, to, note, m_time->Now(), m_time->Now()});
     }
     /// The links of an item as it sees them: title, way, row and mirror row, note.
     QString Seen(qint64 id)
     {
         QStringList texts;
         for (const std::shared_ptr<CLink>& link : Open(id).Links().All())
-            texts << u"%1%2%3/%4 '%5'"_s.arg(link->LinkedItemTitle, link->Direction == LinkDirection::Both ? u"<>"_s : u">"_s)
-                         .arg(link->ID).arg(link->ID2).arg(link->Note);
+            texts << u"%1%2%3/%4 '%5'"_s
+                         .arg(link->LinkedItemTitle, link->Direction == LinkDirection::Both ? u"<>"_s : u">"_s)
+                         .arg(link->ID)
+                         .arg(link->ID2)
+                         .arg(link->Note);
         return texts.join(u"; "_s);
     }
     /// All rows, by the letters of their items.
     QString Rows()
     {
-        return Texts(*m_database, u"SELECT char(64 + ItemID) || char(64 + LinkItemID) || '''' || Note || '''' FROM ItemLinks ORDER BY ItemID, LinkItemID"_s)
+        return Texts(*m_database,
+                     u"SELECT char(64 + ItemID) || char(64 + LinkItemID) || '''' || Note || '''' FROM ItemLinks ORDER "
+                     "BY ItemID, LinkItemID"_s)
             .join(u' ');
     }
 

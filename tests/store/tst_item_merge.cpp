@@ -31,7 +31,8 @@ class TestItemMerge : public QObject {
 
     void Elsewhere(const QString& column, const Value& value)
     {
-        DBEngine::OpenDatabase(m_library->Name())->Execute(u"UPDATE Items SET %1 = ? WHERE ID = ?"_s.arg(column), {value, m_id});
+        DBEngine::OpenDatabase(m_library->Name())
+            ->Execute(u"UPDATE Items SET %1 = ? WHERE ID = ?"_s.arg(column), {value, m_id});
     }
     QString Row(const QString& column)
     {
@@ -91,8 +92,9 @@ private Q_SLOTS:
         QFETCH(ChosenText, answer);
         QFETCH(QString, result);
         const QHash<QString, void (CCodeItem::*)(const QString&)> setters{
-            {u"Title"_s, &CCodeItem::SetTitle}, {u"Description"_s, &CCodeItem::SetDescription}, {u"Info"_s, &CCodeItem::SetInfo},
-            {u"Code"_s, &CCodeItem::SetCode},   {u"Example"_s, &CCodeItem::SetExample},         {u"Notes"_s, &CCodeItem::SetNotes}};
+            {u"Title"_s, &CCodeItem::SetTitle},     {u"Description"_s, &CCodeItem::SetDescription},
+            {u"Info"_s, &CCodeItem::SetInfo},       {u"Code"_s, &CCodeItem::SetCode},
+            {u"Example"_s, &CCodeItem::SetExample}, {u"Notes"_s, &CCodeItem::SetNotes}};
         ((*m_item).*setters[column])(u"mine"_s);
         Elsewhere(column, u"theirs"_s);
         m_prompts->ExpectTextChoice(answer);

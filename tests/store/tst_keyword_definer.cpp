@@ -21,10 +21,12 @@ private Q_SLOTS:
         m_prompts = std::make_unique<ScriptedPrompts>();
         m_library = m_home->Path(u"Sprächen.qbd"_s);
         m_database = MakeLibrary(m_library, LanguageType::None);
-        m_database->Execute(u"UPDATE Properties SET LanguageUsed = 'Mine', CommentIdentifier = '#', CommentIdentifierStart = '/*', "
-                            "CommentIdentifierEnd = '*/', ColouredKeywordColour = ?, KeywordColour = 1, CommentColour = 2"_s,
-                            {qint64(0x80800000) - 0x100000000}); // with the bit of the system's colours
-        for (const auto& [word, coloured] : {std::pair(u"while"_s, true), std::pair(u"do"_s, true), std::pair(u"print"_s, false)})
+        m_database->Execute(
+            u"UPDATE Properties SET LanguageUsed = 'Mine', CommentIdentifier = '#', CommentIdentifierStart = '/*', "
+            "CommentIdentifierEnd = '*/', ColouredKeywordColour = ?, KeywordColour = 1, CommentColour = 2"_s,
+            {qint64(0x80800000) - 0x100000000}); // with the bit of the system's colours
+        for (const auto& [word, coloured] :
+             {std::pair(u"while"_s, true), std::pair(u"do"_s, true), std::pair(u"print"_s, false)})
             m_database->Execute(u"INSERT INTO Keywords (Keyword, Coloured) VALUES (?, ?)"_s, {word, coloured});
     }
     void cleanup()
@@ -112,7 +114,8 @@ private Q_SLOTS:
         m_database->Execute(u"DELETE FROM Keywords WHERE Keyword = 'print'"_s);
         m_prompts->ExpectError();
         QVERIFY(!m_definer->FindWord(1));
-        QVERIFY(m_prompts->Errors.last().contains(u"Error finding corresponding record in the underlying recordset."_s));
+        QVERIFY(
+            m_prompts->Errors.last().contains(u"Error finding corresponding record in the underlying recordset."_s));
         QVERIFY(m_definer->FindWord(0));
     }
 
@@ -203,7 +206,8 @@ private Q_SLOTS:
     void importThatIsRolledBack_changesNothing()
     {
         Open();
-        QVERIFY(m_definer->ImportLanguageDefinition(File({.Language = u"Other"_s, .Comment = u"//"_s, .ColouredWords = {u"x"_s}})));
+        QVERIFY(m_definer->ImportLanguageDefinition(
+            File({.Language = u"Other"_s, .Comment = u"//"_s, .ColouredWords = {u"x"_s}})));
         QCOMPARE(Grid(), u"x+ _"_s);
         m_definer->Rollback();
         QCOMPARE(Stored(), u"do+ print while+"_s);
@@ -236,7 +240,8 @@ private Q_SLOTS:
         QTest::newRow("word") << LanguageDefinition{.ColouredWords = {u"ok"_s, longWord}} << u"The word '"_s;
         QTest::newRow("plain word") << LanguageDefinition{.PlainWords = {longWord}} << u"The word '"_s;
         QTest::newRow("name") << LanguageDefinition{.Language = QString(21, u'x')} << u"The name of the language '"_s;
-        QTest::newRow("mark") << LanguageDefinition{.CommentEnd = u"######"_s} << u"The comment delimiter '######' has 6 characters; 5 is the most."_s;
+        QTest::newRow("mark") << LanguageDefinition{.CommentEnd = u"######"_s}
+                              << u"The comment delimiter '######' has 6 characters; 5 is the most."_s;
     }
     void fileThatCantBeTaken_changesNothing()
     {
@@ -282,8 +287,13 @@ private Q_SLOTS:
     void fileCutAnywhere_isTakenWholeOrNotAtAll()
     {
         Open();
-        const QByteArray bytes = BytesOf({.Version = u"1"_s, .Language = u"Cut"_s, .CommentStart = u"(*"_s, .CommentEnd = u"*)"_s,
-                                          .Comment = u"//"_s, .ColouredWords = {u"alpha"_s, u"beta"_s}, .PlainWords = {u"gamma"_s}});
+        const QByteArray bytes = BytesOf({.Version = u"1"_s,
+                                          .Language = u"Cut"_s,
+                                          .CommentStart = u"(*"_s,
+                                          .CommentEnd = u"*)"_s,
+                                          .Comment = u"//"_s,
+                                          .ColouredWords = {u"alpha"_s, u"beta"_s},
+                                          .PlainWords = {u"gamma"_s}});
         const QString path = m_home->Path(u"cut.qbl"_s);
         for (qsizetype length = 0; length <= bytes.size(); ++length) {
             WriteFile(path, bytes.left(length));
@@ -328,9 +338,15 @@ private:
     }
     QString Stored()
     {
-        return Texts(*m_database, u"SELECT Keyword || CASE WHEN coalesce(Coloured, 0) THEN '+' ELSE '' END FROM Keywords ORDER BY Keyword"_s).join(u' ');
+        return Texts(*m_database,
+                     u"SELECT Keyword || CASE WHEN coalesce(Coloured, 0) THEN '+' ELSE '' END FROM Keywords ORDER BY "
+                     "Keyword"_s)
+            .join(u' ');
     }
-    QString Property(const QString& column) { return m_database->QueryValue(u"SELECT "_s + column + u" FROM Properties"_s).ToText(); }
+    QString Property(const QString& column)
+    {
+        return m_database->QueryValue(u"SELECT "_s + column + u" FROM Properties"_s).ToText();
+    }
 
     std::unique_ptr<TemporaryHome> m_home;
     std::unique_ptr<ScriptedPrompts> m_prompts;

@@ -25,9 +25,13 @@ QByteArray Stored(const QByteArray& text)
 /// the colours 0x00800000, -2 and 0x00008000.
 QByteArray Definition(const QByteArray& coloured, const QByteArray& plain)
 {
-    return Stored("9.8.7") + Stored("Pas\x80""cal \xe4") + Stored("(*") + Stored("*)") + Stored("//") + QByteArray(21 * 2, '\0')
-        + Stored(coloured) + Stored(plain)
-        + QByteArray::fromHex("00008000" "feffffff" "00800000");
+    return Stored("9.8.7")
+           + Stored("Pas\x80"
+                    "cal \xe4")
+           + Stored("(*") + Stored("*)") + Stored("//") + QByteArray(21 * 2, '\0') + Stored(coloured) + Stored(plain)
+           + QByteArray::fromHex("00008000"
+                                 "feffffff"
+                                 "00800000");
 }
 
 } // namespace
@@ -55,7 +59,8 @@ private:
     QStringList Words(bool coloured) const
     {
         const auto library = DBEngine::OpenDatabase(LibraryPath());
-        return Texts(*library, u"SELECT Keyword FROM Keywords WHERE coalesce(Coloured, 0) = ? ORDER BY rowid"_s, {coloured});
+        return Texts(*library, u"SELECT Keyword FROM Keywords WHERE coalesce(Coloured, 0) = ? ORDER BY rowid"_s,
+                     {coloured});
     }
 
     std::optional<TemporaryHome> m_home;
@@ -78,17 +83,16 @@ private Q_SLOTS:
         QCOMPARE(BytesOf(language), Definition("", ""));
     }
 
-    void fileThatFailsWhileItIsRead_isNoEmptyLanguage()
-    {
-        QB_VERIFY_RAISES(ReadLanguageFile(u"/proc/self/mem"_s), 75);
-    }
+    void fileThatFailsWhileItIsRead_isNoEmptyLanguage() { QB_VERIFY_RAISES(ReadLanguageFile(u"/proc/self/mem"_s), 75); }
 
     void whatTheRecordCantHold_isRefused_data()
     {
         QTest::addColumn<LanguageDefinition>("language");
         QTest::addColumn<QString>("reason");
-        QTest::newRow("characters") << LanguageDefinition{.PlainWords = {u"слово"_s}} << u"'слово', which has characters beyond Windows-1252"_s;
-        QTest::newRow("length") << LanguageDefinition{.ColouredWords = QStringList(4097, u"1234567"_s)} << u"a list of 32775 bytes; 32767 is the most"_s;
+        QTest::newRow("characters") << LanguageDefinition{.PlainWords = {u"слово"_s}}
+                                    << u"'слово', which has characters beyond Windows-1252"_s;
+        QTest::newRow("length") << LanguageDefinition{.ColouredWords = QStringList(4097, u"1234567"_s)}
+                                << u"a list of 32775 bytes; 32767 is the most"_s;
         QTest::newRow("separator") << LanguageDefinition{.ColouredWords = {u"a|b"_s}} << u"the word 'a|b'"_s;
     }
     void whatTheRecordCantHold_isRefused()
@@ -188,12 +192,20 @@ private Q_SLOTS:
         QCOMPARE(Words(false), (QStringList{u"writeln"_s, u"read"_s}));
         const auto library = DBEngine::OpenDatabase(LibraryPath());
         const Recordset row = library->OpenRecordset(u"Properties"_s);
-        const std::pair<QString, Value> values[] = {
-            {u"Version"_s, ProgramVersion()}, {u"LanguageUsed"_s, u"Pas€cal ä"_s}, {u"CommentIdentifier"_s, u"//"_s},
-            {u"CommentIdentifierStart"_s, u"(*"_s}, {u"CommentIdentifierEnd"_s, u"*)"_s},
-            {u"ColouredKeywordColour"_s, 8388608}, {u"KeywordColour"_s, -2}, {u"CommentColour"_s, 32768},
-            {u"CompactOnExit"_s, true}, {u"CompactOnExitEvery"_s, 5}, {u"BackupOnExit"_s, true},
-            {u"BackupOnExitEvery"_s, 15}, {u"BackupAutoDelete"_s, true}, {u"BackupAutoDeleteNo"_s, 5}};
+        const std::pair<QString, Value> values[] = {{u"Version"_s, ProgramVersion()},
+                                                    {u"LanguageUsed"_s, u"Pas€cal ä"_s},
+                                                    {u"CommentIdentifier"_s, u"//"_s},
+                                                    {u"CommentIdentifierStart"_s, u"(*"_s},
+                                                    {u"CommentIdentifierEnd"_s, u"*)"_s},
+                                                    {u"ColouredKeywordColour"_s, 8388608},
+                                                    {u"KeywordColour"_s, -2},
+                                                    {u"CommentColour"_s, 32768},
+                                                    {u"CompactOnExit"_s, true},
+                                                    {u"CompactOnExitEvery"_s, 5},
+                                                    {u"BackupOnExit"_s, true},
+                                                    {u"BackupOnExitEvery"_s, 15},
+                                                    {u"BackupAutoDelete"_s, true},
+                                                    {u"BackupAutoDeleteNo"_s, 5}};
         for (const auto& [column, value] : values)
             QVERIFY2(row[column] == value, qPrintable(column));
     }
@@ -230,7 +242,8 @@ private Q_SLOTS:
     void fileCutAnywhere_givesALibrary()
     {
         const QByteArray whole = Definition("begin", "writeln");
-        for (const qsizetype length : {qsizetype(0), qsizetype(1), qsizetype(10), whole.size() - 20, whole.size() - 1}) {
+        for (const qsizetype length :
+             {qsizetype(0), qsizetype(1), qsizetype(10), whole.size() - 20, whole.size() - 1}) {
             QFile::remove(LibraryPath());
             QVERIFY(Create(LanguageFile(whole.left(length))));
             QCOMPARE(Words(true), LanguageFromBytes(whole.left(length)).ColouredWords);
@@ -282,8 +295,8 @@ private Q_SLOTS:
         ScriptedPrompts prompts;
         prompts.ExpectError();
         QVERIFY(!Create(missing));
-        QCOMPARE(prompts.Errors,
-                 QStringList{u"The language definition file '%1' was not found."_s.arg(QDir::toNativeSeparators(missing))});
+        QCOMPARE(prompts.Errors, QStringList{u"The language definition file '%1' was not found."_s.arg(
+                                     QDir::toNativeSeparators(missing))});
         QVERIFY(FilesLeft().isEmpty());
     }
 };

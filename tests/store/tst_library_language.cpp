@@ -27,11 +27,15 @@ LanguageDefinition SomeLanguage()
 {
     return {.Version = u"1.2.3"_s,
             .Language = u"Mine"_s,
-            .CommentStart = u"/*"_s, .CommentEnd = u"*/"_s, .Comment = u"//"_s,
+            .CommentStart = u"/*"_s,
+            .CommentEnd = u"*/"_s,
+            .Comment = u"//"_s,
             .ColouredWords = {u"if"_s, u"else"_s},
             .PlainWords = {u"print"_s},
-            .ColouredKeywordColour = 1, .KeywordColour = 2,
-            .CommentColour = 3, .Rules = Rules};
+            .ColouredKeywordColour = 1,
+            .KeywordColour = 2,
+            .CommentColour = 3,
+            .Rules = Rules};
 }
 
 /// Without its rules: the record alone.
@@ -54,7 +58,7 @@ QByteArray Tail(const QByteArray& record, const QByteArray& rules, quint32 versi
 {
     const auto* bytes = reinterpret_cast<const Bytef*>(record.constData());
     return "QBRULES\n" + Number(version) + Number(quint32(crc32(0, bytes, uInt(record.size()))))
-        + Number(length.value_or(quint32(rules.size()))) + rules;
+           + Number(length.value_or(quint32(rules.size()))) + rules;
 }
 
 } // namespace
@@ -476,9 +480,9 @@ private Q_SLOTS:
     void anyName_goesThereAndBack_data()
     {
         QTest::addColumn<QString>("name");
-        for (const QString& name : {u"C++ (current)"_s, u"a{b}c"_s, u"}"_s, u"{"_s,
-                                    u"back\\slash"_s, u"C#"_s, u"Größe"_s, u"言語"_s, u"a;b"_s,
-                                    u"\U0001F600"_s, u"\\'7d"_s, u"\\qblang"_s, QString(20, u'ä')})
+        for (const QString& name :
+             {u"C++ (current)"_s, u"a{b}c"_s, u"}"_s, u"{"_s, u"back\\slash"_s, u"C#"_s, u"Größe"_s, u"言語"_s,
+              u"a;b"_s, u"\U0001F600"_s, u"\\'7d"_s, u"\\qblang"_s, QString(20, u'ä')})
             QTest::addRow("%s", qPrintable(name)) << name;
     }
     void anyName_goesThereAndBack()

@@ -27,32 +27,46 @@ const TableText Tables[] = {
      {u"CodeState(ItemStatus)"_s, u"Description(Title)"_s, u"ID(ID)"_s, u"ParentID(ParentID)"_s,
       u"PrimaryKey(ID) primary unique"_s, u"Tree(ParentID,Title,Description)"_s}},
     {"Files",
-     {u"1 ID Long 17"_s, u"2 CodeID Long 1"_s, u"3 Title Text255 2"_s, u"5 OrigDateTime Date 1"_s, u"6 DateAdded Date 1"_s,
-      u"7 FileSize Long 1 =0"_s, u"8 Description Memo 2 empty"_s, u"9 LastUpdated Date 1"_s},
+     {u"1 ID Long 17"_s, u"2 CodeID Long 1"_s, u"3 Title Text255 2"_s, u"5 OrigDateTime Date 1"_s,
+      u"6 DateAdded Date 1"_s, u"7 FileSize Long 1 =0"_s, u"8 Description Memo 2 empty"_s, u"9 LastUpdated Date 1"_s},
      {u"CodeID(CodeID)"_s}},
     {"ItemLinks",
      {u"1 ID Long 17"_s, u"1 ItemID Long 1 =0"_s, u"2 LinkItemID Long 1 =0"_s, u"3 Note Memo 2 empty"_s,
       u"6 DateAdded Date 1"_s, u"7 DateUpdated Date 1"_s},
      {u"ItemID(ItemID)"_s, u"LinkItemID(LinkItemID)"_s, u"PrimaryKey(ItemID,LinkItemID) primary unique"_s}},
-    {"BookmarkGroups",
-     {u"1 ID Long 17"_s, u"2 Group Text50 2"_s},
-     {u"ID(ID)"_s, u"PrimaryKey(ID) primary unique"_s}},
+    {"BookmarkGroups", {u"1 ID Long 17"_s, u"2 Group Text50 2"_s}, {u"ID(ID)"_s, u"PrimaryKey(ID) primary unique"_s}},
     {"Bookmarks",
-     {u"1 ID Long 17"_s, u"2 CodeID Long 1 required =0"_s, u"3 BookmarkGroup Long 1 =0"_s, u"4 Description Text255 2 empty"_s},
+     {u"1 ID Long 17"_s, u"2 CodeID Long 1 required =0"_s, u"3 BookmarkGroup Long 1 =0"_s,
+      u"4 Description Text255 2 empty"_s},
      {u"CodeID(CodeID)"_s, u"Description(Description)"_s, u"ID(ID) unique"_s, u"PrimaryKey(ID) primary unique"_s}},
     {"ChildCopies",
      {u"1 DBCopyID Text10 2"_s, u"2 LastSynchronized Date 1"_s, u"4 ShortDescr Text255 2 empty"_s},
      {u"DBCopyID(DBCopyID)"_s, u"PrimaryKey(DBCopyID) primary unique"_s}},
     {"Keywords", {u"1 Keyword Text30 2"_s, u"2 Coloured Boolean 1"_s}, {u"PrimaryKey(Keyword) primary unique"_s}},
     {"Properties",
-     {u"1 Version Text10 2"_s, u"2 LanguageUsed Text20 2 empty"_s, u"3 DBDescription Memo 2 empty"_s,
-      u"4 ColouredKeywordColour Long 1 =0"_s, u"5 KeywordColour Long 1 =0"_s, u"6 CommentColour Long 1 =0"_s,
-      u"7 CommentIdentifier Text5 2 empty"_s, u"8 CommentIdentifierStart Text5 2 empty"_s,
-      u"9 CommentIdentifierEnd Text5 2 empty"_s, u"10 SharedDatabase Boolean 1"_s, u"11 CompactOnExit Boolean 1"_s,
-      u"12 CompactOnExitEvery Long 1 =0"_s, u"13 CompactOnExitUsedDays Long 1 =0"_s, u"14 LastCompacted Date 1"_s,
-      u"15 BackupOnExit Boolean 1"_s, u"16 BackupOnExitEvery Long 1 =0"_s, u"17 BackupOnExitUsedDays Long 1 =0"_s,
-      u"17 DBID Text10 2 empty"_s, u"18 LastBackedUp Date 1"_s, u"19 BackupDir Text255 2"_s, u"20 BackupAutoDelete Boolean 1"_s,
-      u"21 BackupAutoDeleteNo Long 1 =0"_s, u"22 LastOpened Date 1"_s},
+     {u"1 Version Text10 2"_s,
+      u"2 LanguageUsed Text20 2 empty"_s,
+      u"3 DBDescription Memo 2 empty"_s,
+      u"4 ColouredKeywordColour Long 1 =0"_s,
+      u"5 KeywordColour Long 1 =0"_s,
+      u"6 CommentColour Long 1 =0"_s,
+      u"7 CommentIdentifier Text5 2 empty"_s,
+      u"8 CommentIdentifierStart Text5 2 empty"_s,
+      u"9 CommentIdentifierEnd Text5 2 empty"_s,
+      u"10 SharedDatabase Boolean 1"_s,
+      u"11 CompactOnExit Boolean 1"_s,
+      u"12 CompactOnExitEvery Long 1 =0"_s,
+      u"13 CompactOnExitUsedDays Long 1 =0"_s,
+      u"14 LastCompacted Date 1"_s,
+      u"15 BackupOnExit Boolean 1"_s,
+      u"16 BackupOnExitEvery Long 1 =0"_s,
+      u"17 BackupOnExitUsedDays Long 1 =0"_s,
+      u"17 DBID Text10 2 empty"_s,
+      u"18 LastBackedUp Date 1"_s,
+      u"19 BackupDir Text255 2"_s,
+      u"20 BackupAutoDelete Boolean 1"_s,
+      u"21 BackupAutoDeleteNo Long 1 =0"_s,
+      u"22 LastOpened Date 1"_s},
      {u"KeywordColour(KeywordColour)"_s}},
     {"DBVersion", {u"1 Version Long 1"_s}, {}},
 };
@@ -120,7 +134,8 @@ private Q_SLOTS:
     {
         m_library->Execute(u"INSERT INTO Items (Title) VALUES ('Ä')"_s);
         const Recordset row = m_library->OpenRecordset(u"Items"_s);
-        for (const QString& column : {u"ItemStatus"_s, u"ItemRating"_s, u"CodeHeaders"_s, u"UsageHeaders"_s, u"ParentID"_s})
+        for (const QString& column :
+             {u"ItemStatus"_s, u"ItemRating"_s, u"CodeHeaders"_s, u"UsageHeaders"_s, u"ParentID"_s})
             QCOMPARE(row[column], Value(0));
         for (const QString& column : {u"Description"_s, u"Info"_s, u"Created"_s, u"LastChanged"_s, u"Code"_s})
             QVERIFY2(row[column].IsNull(), qPrintable(column));
@@ -263,7 +278,8 @@ private Q_SLOTS:
     void keywordInOtherCase_isRefused()
     {
         m_library->Execute(u"INSERT INTO Keywords (Keyword) VALUES ('Class')"_s);
-        QB_VERIFY_RAISES(m_library->Execute(u"INSERT INTO Keywords (Keyword) VALUES ('cLASS')"_s), ErrorNumber::UniqueKeyRefused);
+        QB_VERIFY_RAISES(m_library->Execute(u"INSERT INTO Keywords (Keyword) VALUES ('cLASS')"_s),
+                         ErrorNumber::UniqueKeyRefused);
     }
 };
 

@@ -65,7 +65,8 @@ private Q_SLOTS:
     void newLibrary_lacksWhatReplicationAdds()
     {
         const auto library = Create(LanguageType::Cpp);
-        for (const QString& table : {u"HTMLFiles"_s, u"DeletedItems"_s, u"DeletedFiles"_s, u"DeletedItemLinks"_s, u"TempItems"_s})
+        for (const QString& table :
+             {u"HTMLFiles"_s, u"DeletedItems"_s, u"DeletedFiles"_s, u"DeletedItemLinks"_s, u"TempItems"_s})
             QVERIFY2(!library->TableExists(table), qPrintable(table));
         QVERIFY(!library->GetTableDef(u"Files"_s).FindField(u"File"_s));
         QVERIFY(!library->GetTableDef(u"Properties"_s).FindField(u"MasterReplicaPath"_s));
@@ -101,7 +102,8 @@ private Q_SLOTS:
         QTest::newRow("VB") << LanguageType::VB
                             << QStringList{ProgramVersion(), u"VB"_s, u"'"_s, u""_s, u""_s} + colours + maintenance;
         QTest::newRow("C++") << LanguageType::Cpp
-                             << QStringList{ProgramVersion(), u"C++"_s, u"//"_s, u"/*"_s, u"*/"_s} + colours + maintenance;
+                             << QStringList{ProgramVersion(), u"C++"_s, u"//"_s, u"/*"_s, u"*/"_s} + colours
+                                    + maintenance;
         const QStringList none = QStringList(5, u""_s) + QStringList(9, u"0"_s);
         QTest::newRow("none") << LanguageType::None << none;
         QTest::newRow("self-defined") << LanguageType::SelfDefined << none;
@@ -113,12 +115,12 @@ private Q_SLOTS:
         const auto library = Create(language);
         const Recordset row = library->OpenRecordset(u"Properties"_s);
         QStringList found;
-        for (const QString& column : {u"Version"_s, u"LanguageUsed"_s, u"CommentIdentifier"_s, u"CommentIdentifierStart"_s,
-                                      u"CommentIdentifierEnd"_s})
+        for (const QString& column : {u"Version"_s, u"LanguageUsed"_s, u"CommentIdentifier"_s,
+                                      u"CommentIdentifierStart"_s, u"CommentIdentifierEnd"_s})
             found << row[column].ToText();
-        for (const QString& column : {u"ColouredKeywordColour"_s, u"KeywordColour"_s, u"CommentColour"_s, u"CompactOnExit"_s,
-                                      u"CompactOnExitEvery"_s, u"BackupOnExit"_s, u"BackupOnExitEvery"_s,
-                                      u"BackupAutoDelete"_s, u"BackupAutoDeleteNo"_s})
+        for (const QString& column : {u"ColouredKeywordColour"_s, u"KeywordColour"_s, u"CommentColour"_s,
+                                      u"CompactOnExit"_s, u"CompactOnExitEvery"_s, u"BackupOnExit"_s,
+                                      u"BackupOnExitEvery"_s, u"BackupAutoDelete"_s, u"BackupAutoDeleteNo"_s})
             found << QString::number(row[column].ToLong());
         QCOMPARE(found, values);
     }
@@ -127,7 +129,8 @@ private Q_SLOTS:
     {
         const auto library = Create(LanguageType::None);
         const Recordset row = library->OpenRecordset(u"Properties"_s);
-        for (const QString& column : {u"SharedDatabase"_s, u"CompactOnExit"_s, u"BackupOnExit"_s, u"BackupAutoDelete"_s})
+        for (const QString& column :
+             {u"SharedDatabase"_s, u"CompactOnExit"_s, u"BackupOnExit"_s, u"BackupAutoDelete"_s})
             QVERIFY2(!row[column].ToBoolean(), qPrintable(column));
         for (const QString& column : {u"LastCompacted"_s, u"LastBackedUp"_s, u"LastOpened"_s})
             QVERIFY2(row[column].ToDate().IsNone(), qPrintable(column));
@@ -160,11 +163,14 @@ private Q_SLOTS:
         const auto row = [](LanguageType language, const char* word, bool coloured) {
             QTest::newRow(word) << language << QString::fromLatin1(word) << coloured;
         };
-        for (const char* word : {"#Const", "#End If", "ByVal", "CVErr", "DefVar", "ElseIf", "LSet", "UBound", "Nothing", "To"})
+        for (const char* word :
+             {"#Const", "#End If", "ByVal", "CVErr", "DefVar", "ElseIf", "LSet", "UBound", "Nothing", "To"})
             row(LanguageType::VB, word, true);
-        for (const char* word : {"Abs", "BeginProperty", "DDB", "EOF", "GetAllSettings", "IPmt", "MkDir", "RmDir", "WeekDay", "Year"})
+        for (const char* word :
+             {"Abs", "BeginProperty", "DDB", "EOF", "GetAllSettings", "IPmt", "MkDir", "RmDir", "WeekDay", "Year"})
             row(LanguageType::VB, word, false);
-        for (const char* word : {"auto", "Char", "Class", "cerr", "virtual", "__asm", "__fastcall", "__virtual_inheritance"})
+        for (const char* word :
+             {"auto", "Char", "Class", "cerr", "virtual", "__asm", "__fastcall", "__virtual_inheritance"})
             row(LanguageType::Cpp, word, true);
         for (const char* word : {"define", "ifndef", "pragma", "#"})
             row(LanguageType::Cpp, word, false);
@@ -212,7 +218,8 @@ private Q_SLOTS:
         prompts.ExpectError();
         QVERIFY(!CDBCreate().CreateNewDB(path, LanguageType::VB, {}));
         const QString folder = QDir::toNativeSeparators(m_home->Path(u"no such folder"_s));
-        QVERIFY2(prompts.Errors.first().endsWith(u"The folder '%1' does not exist."_s.arg(folder)), qPrintable(prompts.Errors.first()));
+        QVERIFY2(prompts.Errors.first().endsWith(u"The folder '%1' does not exist."_s.arg(folder)),
+                 qPrintable(prompts.Errors.first()));
         QVERIFY(ReadFile(ErrorLogFile()).contains(", CDBCreate, CreateNewDB, "));
         QVERIFY(!QFileInfo::exists(m_home->Path(u"no such folder"_s)));
     }

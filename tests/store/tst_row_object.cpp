@@ -29,7 +29,8 @@ class TestRowObject : public QObject {
     }
     void Elsewhere(const QString& column, const Value& value)
     {
-        DBEngine::OpenDatabase(m_library->Name())->Execute(u"UPDATE Items SET %1 = ? WHERE ID = ?"_s.arg(column), {value, m_id});
+        DBEngine::OpenDatabase(m_library->Name())
+            ->Execute(u"UPDATE Items SET %1 = ? WHERE ID = ?"_s.arg(column), {value, m_id});
     }
 
 private Q_SLOTS:

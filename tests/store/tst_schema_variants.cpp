@@ -60,8 +60,8 @@ private Q_SLOTS:
         CDBCreate(database.get()).Create_TblDef_Items(true, u"ItemsX"_s);
         QCOMPARE(FieldTexts(*database, u"ItemsX"_s).first(), u"1 ID Long 1 =0"_s);
         QCOMPARE(FieldTexts(*database, u"ItemsX"_s).mid(1), FieldTexts(*database, u"Items"_s).mid(1));
-        QCOMPARE(IndexTexts(*database, u"ItemsX"_s),
-                 (QStringList{u"CodeState(ItemStatus)"_s, u"Description(Title)"_s, u"ID(ID)"_s, u"ParentID(ParentID)"_s}));
+        QCOMPARE(IndexTexts(*database, u"ItemsX"_s), (QStringList{u"CodeState(ItemStatus)"_s, u"Description(Title)"_s,
+                                                                  u"ID(ID)"_s, u"ParentID(ParentID)"_s}));
         database->Execute(u"INSERT INTO ItemsX (ID, Title) VALUES (3, 'a'), (3, 'b')"_s);
         QCOMPARE(CountOf(*database, u"ItemsX"_s), 2);
     }
@@ -79,7 +79,8 @@ private Q_SLOTS:
         const auto database = NewDatabase(DatabaseKind::Synchronization);
         CDBCreate(database.get()).Create_TblDef_ItemLinks(u"ItemLinksX"_s, true);
         QCOMPARE(FieldTexts(*database, u"ItemLinksX"_s), FieldTexts(*database, u"ItemLinks"_s));
-        QCOMPARE(IndexTexts(*database, u"ItemLinksX"_s), (QStringList{u"ItemID(ItemID)"_s, u"LinkItemID(LinkItemID)"_s}));
+        QCOMPARE(IndexTexts(*database, u"ItemLinksX"_s),
+                 (QStringList{u"ItemID(ItemID)"_s, u"LinkItemID(LinkItemID)"_s}));
         database->Execute(u"INSERT INTO ItemLinksX (ItemID, LinkItemID) VALUES (3, 4), (3, 4)"_s);
         QCOMPARE(Texts(*database, u"SELECT ID FROM ItemLinksX"_s), (QStringList{u"1"_s, u"2"_s}));
     }
@@ -112,7 +113,8 @@ private Q_SLOTS:
         const auto library = NewDatabase(DatabaseKind::Library);
         const auto database = NewDatabase(kind);
         QCOMPARE(Added(FieldTexts(*library, u"Properties"_s), FieldTexts(*database, u"Properties"_s)),
-                 (QStringList{u"18 MasterReplicaPath Text255 2 empty"_s, u"19 LastSynchronized Date 1"_s, u"20 LastExported Date 1"_s}));
+                 (QStringList{u"18 MasterReplicaPath Text255 2 empty"_s, u"19 LastSynchronized Date 1"_s,
+                              u"20 LastExported Date 1"_s}));
         QCOMPARE(IndexTexts(*database, u"Properties"_s),
                  (QStringList{u"KeywordColour(KeywordColour)"_s, u"MasterReplicaPath(MasterReplicaPath)"_s}));
         QCOMPARE(CountOf(*database, u"Properties"_s), 1);
@@ -137,11 +139,12 @@ private Q_SLOTS:
         QTest::addColumn<DatabaseKind>("kind");
         QTest::addColumn<QStringList>("added");
         const auto named = [](const QString& suffix) {
-            QStringList added{u"Files%1 10 MotherCodeID Long 1 =0"_s, u"Files%1 4 File LongBinary 2"_s,
-                              u"Files%1 9 MotherRecordID Long 1 =0"_s, u"ItemLinks%1 1 MotherItemID Long 1 =0"_s,
-                              u"ItemLinks%1 2 MotherLinkItemID Long 1 =0"_s, u"Items%1 18 MotherRecordID Long 1 =-1"_s,
-                              u"Items%1 19 MotherParentID Long 1 =-1"_s, u"Items%1 index MotherParentID(MotherParentID)"_s,
-                              u"Items%1 index MotherRecordID(MotherRecordID)"_s};
+            QStringList added{
+                u"Files%1 10 MotherCodeID Long 1 =0"_s,           u"Files%1 4 File LongBinary 2"_s,
+                u"Files%1 9 MotherRecordID Long 1 =0"_s,          u"ItemLinks%1 1 MotherItemID Long 1 =0"_s,
+                u"ItemLinks%1 2 MotherLinkItemID Long 1 =0"_s,    u"Items%1 18 MotherRecordID Long 1 =-1"_s,
+                u"Items%1 19 MotherParentID Long 1 =-1"_s,        u"Items%1 index MotherParentID(MotherParentID)"_s,
+                u"Items%1 index MotherRecordID(MotherRecordID)"_s};
             for (QString& text : added)
                 text = text.arg(suffix);
             added.sort();
@@ -159,7 +162,8 @@ private Q_SLOTS:
         QTest::newRow("plain, library") << TableSet::Plain << DatabaseKind::Library << named({});
         QTest::newRow("plain, child") << TableSet::Plain << DatabaseKind::Child << withProperties(named({}));
         QTest::newRow("X, library") << TableSet::X << DatabaseKind::Library << named(u"X"_s);
-        QTest::newRow("X, synchronization") << TableSet::X << DatabaseKind::Synchronization << withProperties(named(u"X"_s));
+        QTest::newRow("X, synchronization")
+            << TableSet::X << DatabaseKind::Synchronization << withProperties(named(u"X"_s));
         QTest::newRow("temporary, library") << TableSet::Temporary << DatabaseKind::Library << temporary;
         QTest::newRow("temporary, child") << TableSet::Temporary << DatabaseKind::Child << withProperties(temporary);
     }
@@ -192,7 +196,8 @@ private Q_SLOTS:
         for (const Field& field : database->OpenRecordset(u"Files"_s).Fields())
             names << field.Name;
         QCOMPARE(names, (QStringList{u"ID"_s, u"CodeID"_s, u"Title"_s, u"File"_s, u"OrigDateTime"_s, u"DateAdded"_s,
-                                     u"FileSize"_s, u"Description"_s, u"LastUpdated"_s, u"MotherRecordID"_s, u"MotherCodeID"_s}));
+                                     u"FileSize"_s, u"Description"_s, u"LastUpdated"_s, u"MotherRecordID"_s,
+                                     u"MotherCodeID"_s}));
     }
 
     void aditionalFieldsWhereTheColumnsOfPropertiesStand_leaveThemAlone()
@@ -232,8 +237,9 @@ private Q_SLOTS:
         const QStringList before = AllFields(*database);
         QVERIFY(CDBCreate().PrepareAsBackUp(*database));
         QCOMPARE(Added(before, AllFields(*database)),
-                 (QStringList{u"Files 4 File LongBinary 2"_s, u"HTMLFiles 1 ItemIDRef Long 1 =0"_s, u"HTMLFiles 2 Name Text50 2"_s,
-                              u"HTMLFiles 3 Folder Text250 2 empty"_s, u"HTMLFiles 4 File LongBinary 2"_s}));
+                 (QStringList{u"Files 4 File LongBinary 2"_s, u"HTMLFiles 1 ItemIDRef Long 1 =0"_s,
+                              u"HTMLFiles 2 Name Text50 2"_s, u"HTMLFiles 3 Folder Text250 2 empty"_s,
+                              u"HTMLFiles 4 File LongBinary 2"_s}));
     }
 
     void preparedAsBackUpTwice_isReportedAndChangesNothing()
@@ -261,8 +267,10 @@ private Q_SLOTS:
         database->Execute(u"INSERT INTO ChildCopies (DBCopyID) VALUES ('Copy000001')"_s);
         QVERIFY(CDBCreate(database.get()).CreateAditionalTales(withHTML));
         const QStringList index{u"ItemID(ItemID)"_s};
-        QCOMPARE(FieldTexts(*database, u"DeletedFiles"_s), (QStringList{u"0 ItemID Long 1 =0"_s, u"1 DateDeleted Date 1"_s}));
-        QCOMPARE(FieldTexts(*database, u"DeletedItems"_s), (QStringList{u"2 DateDeleted Date 1"_s, u"3 ItemID Long 1 =0"_s}));
+        QCOMPARE(FieldTexts(*database, u"DeletedFiles"_s),
+                 (QStringList{u"0 ItemID Long 1 =0"_s, u"1 DateDeleted Date 1"_s}));
+        QCOMPARE(FieldTexts(*database, u"DeletedItems"_s),
+                 (QStringList{u"2 DateDeleted Date 1"_s, u"3 ItemID Long 1 =0"_s}));
         QCOMPARE(FieldTexts(*database, u"DeletedItemLinks"_s),
                  (QStringList{u"2 DateDeleted Date 1"_s, u"3 ItemID Long 1 =0"_s, u"3 LinkItemID Long 1 =0"_s}));
         for (const QString& table : {u"DeletedFiles"_s, u"DeletedItems"_s, u"DeletedItemLinks"_s})

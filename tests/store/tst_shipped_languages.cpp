@@ -66,8 +66,9 @@ private Q_SLOTS:
 
     void table_isRead()
     {
-        const LanguageDefinition language = LanguageFromTable(u"# a remark\nlanguage: My Language\ncomment: #\ncomment-start: /*\n"
-                                                              "comment-end: */\n\n[coloured]\nif  then\n# more\nelse\n[plain]\nPrint\n"_s);
+        const LanguageDefinition language = LanguageFromTable(
+            u"# a remark\nlanguage: My Language\ncomment: #\ncomment-start: /*\n"
+            "comment-end: */\n\n[coloured]\nif  then\n# more\nelse\n[plain]\nPrint\n"_s);
         QCOMPARE(language.Language, u"My Language"_s);
         QCOMPARE(language.Comment, u"#"_s);
         QCOMPARE(language.CommentStart, u"/*"_s);
@@ -81,11 +82,15 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("table");
         QTest::addColumn<QString>("reason");
-        QTest::newRow("value") << u"language: x\ncolour: red\n"_s << u"line 2: 'colour: red' is no value of a language."_s;
+        QTest::newRow("value") << u"language: x\ncolour: red\n"_s
+                               << u"line 2: 'colour: red' is no value of a language."_s;
         QTest::newRow("no colon") << u"language\n"_s << u"line 1:"_s;
-        QTest::newRow("twice") << u"language: x\ncomment: #\n[coloured]\nif\n[plain]\nIF\n"_s << u"line 6: The word 'IF' stands there already."_s;
-        QTest::newRow("no comment") << u"language: x\n[coloured]\nif\n"_s << u"The language or its comment is not named."_s;
-        QTest::newRow("long word") << u"language: x\ncomment: #\n[plain]\n%1\n"_s.arg(QString(31, u'x')) << u"31 characters; 30 is the most"_s;
+        QTest::newRow("twice") << u"language: x\ncomment: #\n[coloured]\nif\n[plain]\nIF\n"_s
+                               << u"line 6: The word 'IF' stands there already."_s;
+        QTest::newRow("no comment") << u"language: x\n[coloured]\nif\n"_s
+                                    << u"The language or its comment is not named."_s;
+        QTest::newRow("long word") << u"language: x\ncomment: #\n[plain]\n%1\n"_s.arg(QString(31, u'x'))
+                                   << u"31 characters; 30 is the most"_s;
     }
     void faultyTable_isRefusedByItsLine()
     {

@@ -1,5 +1,5 @@
-#include "platform/dao/DBEngine.h"
 #include "maintenance/LibraryCheck.h"
+#include "platform/dao/DBEngine.h"
 #include "store/CDBCreate.h"
 #include "store/ItemBranch.h"
 #include "store/PendingFiles.h"
@@ -130,9 +130,11 @@ private Q_SLOTS:
         WriteFile(secret, "secret"_ba);
         const QString target = kind == u"link"_s ? secret : u"/no/such/file"_s;
         const QString mark = u"0123456789abcdef0123456789abcdef"_s;
-        for (const QString& name : {u"1 - a.txt"_s, u".arriving-%1-1"_s.arg(mark), u".packing-%1-0"_s.arg(mark), u".adding-%1-0"_s.arg(mark)}) {
+        for (const QString& name : {u"1 - a.txt"_s, u".arriving-%1-1"_s.arg(mark), u".packing-%1-0"_s.arg(mark),
+                                    u".adding-%1-0"_s.arg(mark)}) {
             QFile::remove(Folder() + name);
-            QVERIFY(kind == u"pipe"_s ? ::mkfifo(QFile::encodeName(Folder() + name).constData(), 0600) == 0 : QFile::link(target, Folder() + name));
+            QVERIFY(kind == u"pipe"_s ? ::mkfifo(QFile::encodeName(Folder() + name).constData(), 0600) == 0
+                                      : QFile::link(target, Folder() + name));
         }
         const QString out = m_home->Path(u"out.txt"_s);
         QElapsedTimer timer;
@@ -145,7 +147,8 @@ private Q_SLOTS:
         QCOMPARE(Cli({u"delete"_s, m_one, u"1"_s}).Status, 0);
         QVERIFY(timer.elapsed() < 30000);
         QCOMPARE(ReadFile(secret), "secret"_ba);
-        QCOMPARE(QDir(Folder()).entryList({u".a*"_s, u".p*"_s}, QDir::AllEntries | QDir::Hidden | QDir::System), QStringList());
+        QCOMPARE(QDir(Folder()).entryList({u".a*"_s, u".p*"_s}, QDir::AllEntries | QDir::Hidden | QDir::System),
+                 QStringList());
     }
 
     void storedFileOfAnotherSize_isAFault()

@@ -84,7 +84,8 @@ private Q_SLOTS:
         QTest::addColumn<Value>("added");
         QTest::addColumn<qint64>("motherRecord");
         QTest::addColumn<QString>("recorded"); // "none", "own", "Null" or the mother's number
-        const auto row = [](const char* name, qint64 own, qint64 childs, const Value& added, qint64 motherRecord, const char* recorded) {
+        const auto row = [](const char* name, qint64 own, qint64 childs, const Value& added, qint64 motherRecord,
+                            const char* recorded) {
             QTest::newRow(name) << own << childs << added << motherRecord << QString::fromLatin1(recorded);
         };
         row("plain", 0, 0, 50, 0, "none");
@@ -120,9 +121,11 @@ private Q_SLOTS:
             QVERIFY(!m_library->TableExists(u"DeletedFiles"_s));
             return;
         }
-        const QStringList rows = Texts(*m_library, u"SELECT coalesce(ItemID, 'Null') || ' at ' || DateDeleted FROM DeletedFiles"_s);
+        const QStringList rows = Texts(*m_library,
+                                       u"SELECT coalesce(ItemID, 'Null') || ' at ' || DateDeleted FROM DeletedFiles"_s);
         const QString id = recorded == u"own" ? QString::number(file) : recorded;
-        QCOMPARE(rows, recorded == u"none" ? QStringList() : QStringList{u"%1 at %2"_s.arg(id).arg(m_clock->Now().Seconds())});
+        QCOMPARE(rows, recorded == u"none" ? QStringList()
+                                           : QStringList{u"%1 at %2"_s.arg(id).arg(m_clock->Now().Seconds())});
     }
 
     void childsFileWithoutTheMothersNumber_isSaid()
@@ -139,8 +142,8 @@ private Q_SLOTS:
         QVERIFY(prompts.Messages.isEmpty()); // while others wait for the library
         prompts.ExpectMsgBox(u"Error"_s);
         deletion.Complete();
-        QCOMPARE(prompts.Messages.value(0).Text,
-                 u"Missing valid MotherRecordID in Files table in replica database. (CFileObject; DeleteObject subroutine)"_s);
+        QCOMPARE(prompts.Messages.value(0).Text, u"Missing valid MotherRecordID in Files table in replica database. "
+                                                 "(CFileObject; DeleteObject subroutine)"_s);
         QCOMPARE(prompts.Messages.value(0).Icon, MsgBoxIcon::Critical);
         QCOMPARE(CountOf(*m_library, u"Files"_s), 0);
         QVERIFY(m_library->QueryValue(u"SELECT ItemID FROM DeletedFiles"_s).IsNull());

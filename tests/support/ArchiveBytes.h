@@ -36,9 +36,10 @@ public:
     /// An entry of the directory alone, whose local header is the one at @p offset.
     ArchiveBytes& AddToDirectory(const RawEntry& entry, quint32 offset)
     {
-        m_directory += Number(0x02014b50, 4) + Number(entry.MadeOn << 8 | 20, 2) + Common(entry) + Number(0, 2) // extra field
-            + Number(0, 2) + Number(0, 2) + Number(0, 2)                                                        // comment, disk, text
-            + Number(quint64(entry.Mode) << 16, 4) + Number(entry.Offset.value_or(offset), 4) + entry.Name;
+        m_directory += Number(0x02014b50, 4) + Number(entry.MadeOn << 8 | 20, 2) + Common(entry)
+                       + Number(0, 2)                               // extra field
+                       + Number(0, 2) + Number(0, 2) + Number(0, 2) // comment, disk, text
+                       + Number(quint64(entry.Mode) << 16, 4) + Number(entry.Offset.value_or(offset), 4) + entry.Name;
         ++m_count;
         return *this;
     }
@@ -50,12 +51,12 @@ public:
         QByteArray end;
         if (m_count > 0xffff) {
             end += Number(0x06064b50, 4) + Number(44, 8) + Number(45, 2) + Number(45, 2) + Number(0, 4) + Number(0, 4)
-                + Number(m_count, 8) + Number(m_count, 8) + Number(size, 8) + Number(at, 8);
+                   + Number(m_count, 8) + Number(m_count, 8) + Number(size, 8) + Number(at, 8);
             end += Number(0x07064b50, 4) + Number(0, 4) + Number(quint64(m_local.size()) + size, 8) + Number(1, 4);
         }
         const quint64 count = qMin<quint64>(m_count, 0xffff);
-        end += Number(0x06054b50, 4) + Number(0, 2) + Number(0, 2) + Number(count, 2) + Number(count, 2) + Number(size, 4) + Number(at, 4)
-            + Number(quint64(comment.size()), 2) + comment;
+        end += Number(0x06054b50, 4) + Number(0, 2) + Number(0, 2) + Number(count, 2) + Number(count, 2)
+               + Number(size, 4) + Number(at, 4) + Number(quint64(comment.size()), 2) + comment;
         return m_local + m_directory + end;
     }
     /// Puts bytes before all that is added later, which counts them in its offsets.
@@ -79,7 +80,11 @@ public:
     static RawEntry DeflatedEntry(const QByteArray& name, const QByteArray& contents)
     {
         const QByteArray deflated = qCompress(contents).mid(6).chopped(4); // without length, header and checksum
-        return {.Name = name, .Data = deflated, .Method = Deflated, .Size = quint32(contents.size()), .Crc = Crc32(contents)};
+        return {.Name = name,
+                .Data = deflated,
+                .Method = Deflated,
+                .Size = quint32(contents.size()),
+                .Crc = Crc32(contents)};
     }
     static QByteArray Number(quint64 value, int bytes)
     {
@@ -96,8 +101,9 @@ private:
         constexpr quint16 Noon = 12 << 11;
         constexpr quint16 Date = (2024 - 1980) << 9 | 5 << 5 | 6;
         return Number(20, 2) + Number(entry.Flags, 2) + Number(entry.Method, 2) + Number(Noon, 2) + Number(Date, 2)
-            + Number(entry.Crc.value_or(Crc32(entry.Data)), 4) + Number(entry.PackedSize.value_or(quint32(entry.Data.size())), 4)
-            + Number(entry.Size.value_or(quint32(entry.Data.size())), 4) + Number(quint64(entry.Name.size()), 2);
+               + Number(entry.Crc.value_or(Crc32(entry.Data)), 4)
+               + Number(entry.PackedSize.value_or(quint32(entry.Data.size())), 4)
+               + Number(entry.Size.value_or(quint32(entry.Data.size())), 4) + Number(quint64(entry.Name.size()), 2);
     }
 
     QByteArray m_local;

@@ -143,7 +143,8 @@ inline QByteArray Complaint(const QString& program, const QStringList& arguments
 /// What is wrong with the files of a class.
 inline QByteArray ComplaintsOf(const QString& className)
 {
-    return Complaint(u"xmllint"_s, {u"--noout"_s, PackagePath(className)}) + Complaint(u"desktop-file-validate"_s, {EntryPath(className)});
+    return Complaint(u"xmllint"_s, {u"--noout"_s, PackagePath(className)})
+           + Complaint(u"desktop-file-validate"_s, {EntryPath(className)});
 }
 
 } // namespace qb::test

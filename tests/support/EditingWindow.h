@@ -111,7 +111,8 @@ protected:
     {
         QTest::mouseClick(Tree()->viewport(), Qt::LeftButton, {}, Tree()->visualRect(Child(row)).center());
     }
-    void OpenMenu(const QString& name, const std::function<void()>& whileOpen = [] {})
+    void OpenMenu(
+        const QString& name, const std::function<void()>& whileOpen = [] {})
     {
         auto* menu = m_window->findChild<QMenu*>(name);
         QTimer::singleShot(0, menu, [menu, whileOpen] {

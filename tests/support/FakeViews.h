@@ -42,7 +42,8 @@ public:
     void AddNewLinkToCombo(const CLink& link) override { Links << LinkText(link); }
     void UpdateLinkItemInCombo(const CLink& link) override
     {
-        const qsizetype index = Links.indexOf(QRegularExpression(QStringLiteral("^") + QRegularExpression::escape(link.LinkedItemTitle) + QStringLiteral("[<>]+$")));
+        const qsizetype index = Links.indexOf(QRegularExpression(
+            QStringLiteral("^") + QRegularExpression::escape(link.LinkedItemTitle) + QStringLiteral("[<>]+$")));
         index < 0 ? Links.append(LinkText(link)) : Links.replace(index, LinkText(link));
     }
     void UpdateDescription(const QString& text) override { Description = text; }
@@ -63,7 +64,8 @@ public:
 private:
     static QString LinkText(const CLink& link)
     {
-        return link.LinkedItemTitle + (link.Direction == LinkDirection::Both ? QStringLiteral("<>") : QStringLiteral(">"));
+        return link.LinkedItemTitle
+               + (link.Direction == LinkDirection::Both ? QStringLiteral("<>") : QStringLiteral(">"));
     }
     TreeNodes m_nodes;
 };

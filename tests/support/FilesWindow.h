@@ -18,10 +18,7 @@ protected:
 
     QString In(const QString& name) const { return m_home->Path(u"in ß/"_s + name); }
     static QString Place(qint64 id, const QString& title) { return StoredFilePath(id, title); }
-    static QStringList Stored()
-    {
-        return StoredNames(Session().CurrentFilesFolder);
-    }
+    static QStringList Stored() { return StoredNames(Session().CurrentFilesFolder); }
     /// Stores files with the item, without the window.
     void Store(const QStringList& names)
     {
@@ -57,7 +54,10 @@ protected:
             titles << List()->model()->index(row, 0).data().toString();
         return titles;
     }
-    QString Described(qint64 id) { return m_database->QueryValue(u"SELECT Description FROM Files WHERE ID = ?"_s, {id}).ToText(); }
+    QString Described(qint64 id)
+    {
+        return m_database->QueryValue(u"SELECT Description FROM Files WHERE ID = ?"_s, {id}).ToText();
+    }
     /// Runs @p act in the next dialog of its kind.
     template <class Dialog>
     void InDialog(const std::function<void(Dialog&)>& act)

@@ -18,7 +18,8 @@ using namespace Qt::StringLiterals;
 inline QMap<QString, QByteArray> ContentsOf(const QString& folder)
 {
     QMap<QString, QByteArray> contents;
-    QDirIterator all(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    QDirIterator all(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                     QDirIterator::Subdirectories);
     while (all.hasNext()) {
         const QFileInfo info(all.next());
         const QString name = QDir(folder).relativeFilePath(info.filePath());

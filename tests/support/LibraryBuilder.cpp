@@ -38,7 +38,8 @@ void MakeChild(Database& database, const QString& masterPath, Date lastSynchroni
     if (!database.TableExists(u"DeletedItems"_s))
         create.CreateAditionalTales(true);
     create.CreateAditionalFields(TableSet::Plain);
-    database.Execute(u"UPDATE Properties SET MasterReplicaPath = ?, LastSynchronized = ?"_s, {masterPath, lastSynchronized});
+    database.Execute(u"UPDATE Properties SET MasterReplicaPath = ?, LastSynchronized = ?"_s,
+                     {masterPath, lastSynchronized});
     SetSessionValues(database);
 }
 
@@ -46,7 +47,8 @@ void MakeMother(Database& database, Date childLastSynchronized)
 {
     if (!database.TableExists(u"DeletedItems"_s))
         CDBCreate(&database, DatabaseKind::Library).CreateAditionalTales(false);
-    database.Execute(u"INSERT INTO ChildCopies (DBCopyID, LastSynchronized) VALUES (?, ?)"_s, {u"Child00001"_s, childLastSynchronized});
+    database.Execute(u"INSERT INTO ChildCopies (DBCopyID, LastSynchronized) VALUES (?, ?)"_s,
+                     {u"Child00001"_s, childLastSynchronized});
     SetSessionValues(database);
 }
 
@@ -76,7 +78,9 @@ qint64 AddStoredFile(Database& database, qint64 item, const QString& title, cons
 void RefuseWord(Database& database, const QString& table, const QString& column, const QString& word)
 {
     // The value that has no absolute value
-    database.Execute(u"CREATE INDEX refuse ON %1 (abs(CASE WHEN instr(%2, '%3') THEN -9223372036854775807 - 1 ELSE 0 END))"_s.arg(table, column, word));
+    database.Execute(
+        u"CREATE INDEX refuse ON %1 (abs(CASE WHEN instr(%2, '%3') THEN -9223372036854775807 - 1 ELSE 0 END))"_s.arg(
+            table, column, word));
 }
 
 QStringList StoredNames(const QString& folder)

@@ -22,7 +22,10 @@ inline const QString Hostile = u"ä <b>&amp; \"q\" 'a' `c` $HOME \\n %f %% %1 ; 
 /// An environment variable that has another value for as long as the object lives.
 class Variable {
 public:
-    Variable(const char* name, const QString& value) : m_name(name), m_before(qgetenv(name)) { qputenv(name, QFile::encodeName(value)); }
+    Variable(const char* name, const QString& value) : m_name(name), m_before(qgetenv(name))
+    {
+        qputenv(name, QFile::encodeName(value));
+    }
     ~Variable() { m_before.isNull() ? qunsetenv(m_name) : qputenv(m_name, m_before); }
     Variable(const Variable&) = delete;
     Variable& operator=(const Variable&) = delete;
@@ -51,7 +54,8 @@ inline cRegistry At(const QString& section, const QString& value = {}, RegistryH
     return registry;
 }
 
-inline void Let(const QString& section, const QString& name, const Value& value, RegistryType type = RegistryType::String)
+inline void Let(const QString& section, const QString& name, const Value& value,
+                RegistryType type = RegistryType::String)
 {
     cRegistry registry = At(section, name);
     registry.SetValueType(type);
@@ -77,7 +81,7 @@ inline QStringList Names(const QString& section, bool (cRegistry::*enumerate)(QS
     int count = 17;
     const bool isDone = (At(section).*enumerate)(names, count);
     return count == names.size() && (isDone || names.isEmpty()) ? (isDone ? names : QStringList{u"(failed)"_s})
-                                                                 : QStringList{u"(inconsistent)"_s};
+                                                                : QStringList{u"(inconsistent)"_s};
 }
 inline QStringList ValuesOf(const QString& section)
 {
@@ -112,12 +116,13 @@ struct Change {
 inline QList<Change> AllChanges()
 {
     const QString place = u"'HKEY_CURRENT_USER',Section: 'a\\b'"_s;
-    return {{"CreateKey", [](cRegistry& registry) { registry.CreateKey(); }, u"Failed to create registry Key: "_s + place},
-            {"DeleteKey", [](cRegistry& registry) { registry.DeleteKey(); }, u"Failed to delete registry Key: "_s + place},
-            {"DeleteValue", [](cRegistry& registry) { registry.DeleteValue(); },
-             u"Failed to open key "_s + place + u" for delete access"_s},
-            {"Value", [](cRegistry& registry) { registry.SetValue(u"text"_s); },
-             u"Failed to set registry value Key: "_s + place + u",Key: 'v' to value: 'text'"_s}};
+    return {
+        {"CreateKey", [](cRegistry& registry) { registry.CreateKey(); }, u"Failed to create registry Key: "_s + place},
+        {"DeleteKey", [](cRegistry& registry) { registry.DeleteKey(); }, u"Failed to delete registry Key: "_s + place},
+        {"DeleteValue", [](cRegistry& registry) { registry.DeleteValue(); },
+         u"Failed to open key "_s + place + u" for delete access"_s},
+        {"Value", [](cRegistry& registry) { registry.SetValue(u"text"_s); },
+         u"Failed to set registry value Key: "_s + place + u",Key: 'v' to value: 'text'"_s}};
 }
 
 /// Settings, data and programs of a test's own; none of the desktop's programs is there.

@@ -31,7 +31,8 @@ public:
             {"colour_hasRedInTheLowByte", colour_hasRedInTheLowByte},
             {"formatting_keepsSelectionAndText", formatting_keepsSelectionAndText},
             {"insertionPoint_takesTheLookBefore", insertionPoint_takesTheLookBefore},
-            {"insertionPoint_atTheBeginOfAParagraph_takesTheLookBehind", insertionPoint_atTheBeginOfAParagraph_takesTheLookBehind},
+            {"insertionPoint_atTheBeginOfAParagraph_takesTheLookBehind",
+             insertionPoint_atTheBeginOfAParagraph_takesTheLookBehind},
             {"selectedText_isReplacedInTheLookOfItsBegin", selectedText_isReplacedInTheLookOfItsBegin},
             {"pendingLook_isThatOfWhatIsTyped", pendingLook_isThatOfWhatIsTyped},
             {"pendingLook_goesWhenTheCaretMoves", pendingLook_goesWhenTheCaretMoves},
@@ -73,8 +74,10 @@ public:
             {"alignment_isOfTheParagraph", alignment_isOfTheParagraph},
             {"indent_isOfTheParagraphAndNeverNegative", indent_isOfTheParagraphAndNeverNegative},
             {"paragraphProperties_ofMixedState_giveNothing", paragraphProperties_ofMixedState_giveNothing},
-            {"paragraphProperties_endWithTheParagraphOfTheSelection", paragraphProperties_endWithTheParagraphOfTheSelection},
-            {"paragraphProperties_ofTheLineBefore_spareTheEmptyLast", paragraphProperties_ofTheLineBefore_spareTheEmptyLast},
+            {"paragraphProperties_endWithTheParagraphOfTheSelection",
+             paragraphProperties_endWithTheParagraphOfTheSelection},
+            {"paragraphProperties_ofTheLineBefore_spareTheEmptyLast",
+             paragraphProperties_ofTheLineBefore_spareTheEmptyLast},
             {"newLine_standsAsItsParagraph", newLine_standsAsItsParagraph},
         };
         return checks;
@@ -93,7 +96,10 @@ private:
     }
 
     /// "start+length" of the selection.
-    static QString Selection(const IRichTextBox& box) { return QStringLiteral("%1+%2").arg(box.SelStart()).arg(box.SelLength()); }
+    static QString Selection(const IRichTextBox& box)
+    {
+        return QStringLiteral("%1+%2").arg(box.SelStart()).arg(box.SelLength());
+    }
 
     static void Bold(IRichTextBox& box, qsizetype start, qsizetype length)
     {
@@ -459,7 +465,8 @@ private:
     {
         box.SetText(S(u"abcdef"));
         Protect(box, 2, 2);
-        for (const auto& [start, length] : {std::pair(3, 0), std::pair(2, 1), std::pair(1, 2), std::pair(3, 2), std::pair(0, 6), std::pair(2, 2)}) {
+        for (const auto& [start, length] :
+             {std::pair(3, 0), std::pair(2, 1), std::pair(1, 2), std::pair(3, 2), std::pair(0, 6), std::pair(2, 2)}) {
             Select(box, start, length);
             QVERIFY(!box.SetSelText(S(u"x")));
             QVERIFY(!box.SetSelText({}));
@@ -866,7 +873,8 @@ private:
     static void alignment_isOfTheParagraph(IRichTextBox& box)
     {
         box.SetText(S(u"a\r\n\r\nc"));
-        for (const TextAlignment alignment : {TextAlignment::Right, TextAlignment::Center, TextAlignment::Justified, TextAlignment::Left}) {
+        for (const TextAlignment alignment :
+             {TextAlignment::Right, TextAlignment::Center, TextAlignment::Justified, TextAlignment::Left}) {
             Select(box, 3);
             box.SetSelAlignment(alignment);
             QCOMPARE(box.SelAlignment(), std::optional(alignment));

@@ -10,7 +10,8 @@ namespace qb::test {
 
 /// A picture of the smallest kind.
 inline const QByteArray SmallPng = QByteArray::fromHex(
-    "89504e470d0a1a0a0000000d49484452000000010000000108060000001f15c4890000000d49444154789c6360000002000100ffff03000006000557"
+    "89504e470d0a1a0a0000000d4948445200000001000000010806"
+    "0000001f15c4890000000d49444154789c6360000002000100ffff03000006000557"
     "bfabd40000000049454e44ae426082");
 
 inline QString DescribeFormat(const RichTextDocument& document, const CharFormat& format)
@@ -34,16 +35,20 @@ inline QString DescribeFormat(const RichTextDocument& document, const CharFormat
         words << QStringLiteral("link ") + document.Link(format.Link);
     if (format.Picture != 0) {
         const TextPicture& picture = document.Picture(format.Picture);
-        words << QStringLiteral("picture %1 %2x%3 ").arg(int(picture.Type)).arg(picture.WidthGoal).arg(picture.HeightGoal)
-                + QString::fromLatin1(picture.Bytes.toHex());
+        words
+            << QStringLiteral("picture %1 %2x%3 ").arg(int(picture.Type)).arg(picture.WidthGoal).arg(picture.HeightGoal)
+                   + QString::fromLatin1(picture.Bytes.toHex());
     }
     return words.join(QLatin1Char(','));
 }
 
 inline QString DescribeParagraph(const RichTextDocument& document, const ParagraphFormat& format)
 {
-    QString text = QStringLiteral("align %1 left %2 first %3 right %4").arg(int(format.Alignment)).arg(format.LeftIndent)
-                       .arg(format.FirstIndent).arg(format.RightIndent);
+    QString text = QStringLiteral("align %1 left %2 first %3 right %4")
+                       .arg(int(format.Alignment))
+                       .arg(format.LeftIndent)
+                       .arg(format.FirstIndent)
+                       .arg(format.RightIndent);
     for (const qint32 stop : document.TabStops(format.Tabs))
         text += QStringLiteral(" tab %1").arg(stop);
     if (format.List != ListKind::None)
@@ -70,7 +75,8 @@ inline QStringList Describe(const RichTextDocument& document)
     }
     qsizetype begin = 0;
     for (bool more = true; more;) {
-        list << QStringLiteral("paragraph at %1: ").arg(begin) + DescribeParagraph(document, document.ParagraphAt(begin));
+        list << QStringLiteral("paragraph at %1: ").arg(begin)
+                    + DescribeParagraph(document, document.ParagraphAt(begin));
         const qsizetype end = text.indexOf(QLatin1Char('\n'), begin);
         more = end >= 0;
         begin = end + 1;
@@ -83,7 +89,8 @@ inline QStringList DescribeWithoutLineEnds(const RichTextDocument& document)
 {
     RichTextDocument copy = document;
     const quint32 lineEnd = copy.NumberOf(CharFormat{.Font = copy.NumberOfFont({.Name = QStringLiteral("line end")})});
-    for (qsizetype at = copy.Text().indexOf(QLatin1Char('\r')); at >= 0; at = copy.Text().indexOf(QLatin1Char('\r'), at + 1))
+    for (qsizetype at = copy.Text().indexOf(QLatin1Char('\r')); at >= 0;
+         at = copy.Text().indexOf(QLatin1Char('\r'), at + 1))
         copy.SetFormat(at, at + 2, lineEnd);
     return Describe(copy);
 }

@@ -34,7 +34,10 @@ inline QString TypeText(const Field& field)
 /// where a text without characters is allowed, and the default value behind "=".
 inline QString FieldText(const Field& field)
 {
-    QString text = QStringLiteral("%1 %2 %3 %4").arg(field.OrdinalPosition).arg(field.Name, TypeText(field)).arg(field.Attributes());
+    QString text = QStringLiteral("%1 %2 %3 %4")
+                       .arg(field.OrdinalPosition)
+                       .arg(field.Name, TypeText(field))
+                       .arg(field.Attributes());
     if (field.Required)
         text += QStringLiteral(" required");
     if (field.AllowZeroLength)
@@ -59,7 +62,7 @@ inline QStringList IndexTexts(Database& database, const QString& table)
     for (const Index& index : database.GetTableDef(table).Indexes) {
         const QString kind = index.Primary ? QStringLiteral(" primary") : QString();
         texts << QStringLiteral("%1(%2)").arg(index.Name, index.Fields.join(u',')) + kind
-                + (index.Unique ? QStringLiteral(" unique") : QString());
+                     + (index.Unique ? QStringLiteral(" unique") : QString());
     }
     texts.sort();
     return texts;

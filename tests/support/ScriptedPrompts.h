@@ -21,9 +21,9 @@ public:
     void ExpectFileName(const QString& title, const QString& answer);
     void ExpectError(bool report = false);
 
-    QList<Message> Messages;       ///< that were shown
-    QList<TextChoice> Choices;     ///< of texts
-    QStringList InputTexts;        ///< texts of input boxes
+    QList<Message> Messages;   ///< that were shown
+    QList<TextChoice> Choices; ///< of texts
+    QStringList InputTexts;    ///< texts of input boxes
     QStringList InputPresets;
     QList<FileQuestion> Questions; ///< file dialogs
     QStringList Errors;            ///< descriptions

@@ -48,8 +48,14 @@ struct TestSession {
     {
         SaveSetting(SettingsApplication, section, key, value);
     }
-    static QString StoredList() { return GetSetting(SettingsApplication, QStringLiteral("Databases"), QStringLiteral("ChosenDatabases")); }
-    static QString LastDB() { return GetSetting(SettingsApplication, QStringLiteral("Settings"), QStringLiteral("LastDB")); }
+    static QString StoredList()
+    {
+        return GetSetting(SettingsApplication, QStringLiteral("Databases"), QStringLiteral("ChosenDatabases"));
+    }
+    static QString LastDB()
+    {
+        return GetSetting(SettingsApplication, QStringLiteral("Settings"), QStringLiteral("LastDB"));
+    }
 
     /// Starts with these libraries in the list ("path|alias;" each), the first of them open.
     bool Start(const QString& list)

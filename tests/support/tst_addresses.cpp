@@ -17,7 +17,9 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("address");
         QTest::addColumn<AddressAnswer>("answer");
-        const auto row = [](const QString& address, AddressAnswer answer) { QTest::addRow("%s", qPrintable(address)) << address << answer; };
+        const auto row = [](const QString& address, AddressAnswer answer) {
+            QTest::addRow("%s", qPrintable(address)) << address << answer;
+        };
         row(u"https://example.org/a?b=c"_s, AddressAnswer::Open);
         row(u"HTTP://example.org"_s, AddressAnswer::Open);
         row(u"mailto:a@example.org?subject=x"_s, AddressAnswer::Open);
@@ -48,7 +50,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<bool>("program");
-        for (const QString& name : {u"a.jnlp"_s, u"a.flatpakref"_s, u"a.url"_s, u"a.docm"_s, u"a.desktop "_s, u"a.exe."_s, u"a.desktop"_s, u"A.XLSM"_s})
+        for (const QString& name : {u"a.jnlp"_s, u"a.flatpakref"_s, u"a.url"_s, u"a.docm"_s, u"a.desktop "_s,
+                                    u"a.exe."_s, u"a.desktop"_s, u"A.XLSM"_s})
             QTest::addRow("%s", qPrintable(name)) << name << true;
         for (const QString& name : {u"a.txt"_s, u"a.docx"_s, u"a.pdf"_s, u"url"_s, u"a.cpp "_s})
             QTest::addRow("%s", qPrintable(name)) << name << false;
@@ -59,10 +62,7 @@ private Q_SLOTS:
         QTEST(IsProgram(name), "program");
     }
 
-    void targetThatIsAnOption_isNotOpened()
-    {
-        QVERIFY(!OpenTarget(u"--version"_s));
-    }
+    void targetThatIsAnOption_isNotOpened() { QVERIFY(!OpenTarget(u"--version"_s)); }
 };
 
 QB_TEST_MAIN(TestAddresses)

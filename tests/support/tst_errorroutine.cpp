@@ -65,7 +65,9 @@ private Q_SLOTS:
     {
         HandleError(3024, u"Größe 'x' %1 %2"_s, u"CDBCreate"_s, u"Create_Database"_s, u"DBEngine"_s, false);
         QCOMPARE(ErrorLogFile(), m_home->Path(u"data/ErrorLog.txt"_s));
-        QCOMPARE(Log(), Head + "3024, Gr\xc3\xb6\xc3\x9f" "e 'x' %1 %2, CDBCreate, Create_Database, DBEngine\n");
+        QCOMPARE(Log(), Head
+                            + "3024, Gr\xc3\xb6\xc3\x9f"
+                              "e 'x' %1 %2, CDBCreate, Create_Database, DBEngine\n");
     }
 
     void negativeNumber_isWrittenAsItIs()
@@ -80,7 +82,7 @@ private Q_SLOTS:
         m_clock->AddSeconds(1);
         Report(u"second"_s);
         QCOMPARE(Log(), Head + "53, first, MainForm, <<Get>> Title, DAO.Database\n"
-                     + "02/03/26 14:30:06  -  53, second, MainForm, <<Get>> Title, DAO.Database\n");
+                            + "02/03/26 14:30:06  -  53, second, MainForm, <<Get>> Title, DAO.Database\n");
     }
 
     void errors_areCounted()
@@ -124,7 +126,8 @@ private Q_SLOTS:
     void linesWithoutADate_areDropped()
     {
         const QByteArray entry = EntryOf(m_clock->Now(), "1, kept, M, P, S");
-        WriteFile(ErrorLogFile(), "remark\n\n99/99/99 00:00:00  -  1, x\n" + entry + "\xff\xfe\n  02/03/26 14:30:05  -  x\n");
+        WriteFile(ErrorLogFile(),
+                  "remark\n\n99/99/99 00:00:00  -  1, x\n" + entry + "\xff\xfe\n  02/03/26 14:30:05  -  x\n");
         QCOMPARE(CleanUpErrorLog(90).toUtf8(), entry);
     }
 
@@ -189,8 +192,8 @@ private Q_SLOTS:
         const QString programs = m_home->Path(u"programs"_s);
         const QString received = m_home->Path(u"received"_s);
         const QString mailer = programs + u"/xdg-email"_s;
-        WriteFile(mailer, "#!/bin/sh\nprintf '%s\\n' \"$@\" > '" + received.toUtf8() + ".new'\n/bin/mv '" + received.toUtf8()
-                              + ".new' '" + received.toUtf8() + "'\n");
+        WriteFile(mailer, "#!/bin/sh\nprintf '%s\\n' \"$@\" > '" + received.toUtf8() + ".new'\n/bin/mv '"
+                              + received.toUtf8() + ".new' '" + received.toUtf8() + "'\n");
         QVERIFY(QFile::setPermissions(mailer, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
         const ProgramFolder path(programs);
         ScriptedPrompts prompts;
@@ -199,7 +202,8 @@ private Q_SLOTS:
         QTRY_VERIFY(QFile::exists(received));
         const QByteArray mail = ReadFile(received);
         QVERIFY(mail.contains("\r\nPlease describe what have you been doing just before the error occured:\r\n"));
-        QVERIFY(mail.contains("Gr\xc3\xb6\xc3\x9f" "e 100%, MainForm, <<Get>> Title, 53"));
+        QVERIFY(mail.contains("Gr\xc3\xb6\xc3\x9f"
+                              "e 100%, MainForm, <<Get>> Title, 53"));
     }
 
     void reportWithoutAMailProgram_saysWhereTheLogIs()
@@ -218,7 +222,9 @@ private Q_SLOTS:
     void guarded_success_returnsTheResultOfTheBody()
     {
         const int before = HandledErrorCount();
-        QCOMPARE(Guarded(u"M"_s, u"P"_s, [] { return 42; }, 0), 42);
+        QCOMPARE(Guarded(
+                     u"M"_s, u"P"_s, [] { return 42; }, 0),
+                 42);
         QVERIFY(Guarded(u"M"_s, u"P"_s, [] {}));
         QCOMPARE(HandledErrorCount(), before);
         QVERIFY(!QFile::exists(ErrorLogFile()));
@@ -228,9 +234,9 @@ private Q_SLOTS:
     {
         ScriptedPrompts prompts;
         prompts.ExpectError();
-        const QString result = Guarded(u"CModule"_s, u"Procedure"_s, []() -> QString {
-            throw RuntimeError(3021, u"no record"_s, u"Recordset"_s);
-        }, u"failure"_s);
+        const QString result = Guarded(
+            u"CModule"_s, u"Procedure"_s, []() -> QString { throw RuntimeError(3021, u"no record"_s, u"Recordset"_s); },
+            u"failure"_s);
         QCOMPARE(result, u"failure"_s);
         QCOMPARE(prompts.Errors, QStringList{u"no record"_s});
         QCOMPARE(Log(), Head + "3021, no record, CModule, Procedure, Recordset\n");

@@ -195,7 +195,8 @@ private Q_SLOTS:
         }
         QVERIFY(sections.Create(Module, 0, true));
         const QString text = box.Text();
-        QVERIFY(text.indexOf(GlobalLine.trimmed()) < text.indexOf(ModuleLine) && text.indexOf(ModuleLine) < text.indexOf(CodeLine));
+        QVERIFY(text.indexOf(GlobalLine.trimmed()) < text.indexOf(ModuleLine)
+                && text.indexOf(ModuleLine) < text.indexOf(CodeLine));
         QCOMPARE(sections.Present(), quint8(Global | Module | Code));
     }
 

@@ -38,7 +38,8 @@ QList<int> Paint(IRichTextBox& box, const LanguageDefinition& language)
     CTextFormat format;
     format.SetLanguage(language);
     QList<int> progress;
-    QObject::connect(&format, &CTextFormat::eColorizeProgress, &format, [&progress](int percent) { progress << percent; });
+    QObject::connect(&format, &CTextFormat::eColorizeProgress, &format,
+                     [&progress](int percent) { progress << percent; });
     format.ColorizeCode(box);
     return progress;
 }
@@ -109,9 +110,9 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("painted");
         QTest::addColumn<QString>("marks");
-        const auto add = [](const char* name, const LanguageDefinition& language, const QString& text, const QString& painted, const QString& marks) {
-            QTest::newRow(name) << language << text << painted << marks;
-        };
+        const auto add = [](const char* name, const LanguageDefinition& language, const QString& text,
+                            const QString& painted,
+                            const QString& marks) { QTest::newRow(name) << language << text << painted << marks; };
         add("empty", Lines, {}, {}, {});
         add("keyword", Lines, u"dim "_s, u"Dim "_s, u"KKK."_s);
         add("plain keyword", Lines, u"BEEP "_s, u"Beep "_s, u"pppp."_s);
@@ -148,7 +149,8 @@ private Q_SLOTS:
         add("keyword right before a line comment", Lines, u"dim'x\r\ny "_s, u"Dim'x\r\ny "_s, u"KKKcc..p."_s);
         add("no identifier means an apostrophe", Language({}), u"x 'dim"_s, u"x 'dim"_s, u"p.cccc"_s);
 
-        add("block comments that begin as line comments stay", Slashes, u"/* int */ "_s, u"/* int */ "_s, u"...KKK...."_s);
+        add("block comments that begin as line comments stay", Slashes, u"/* int */ "_s, u"/* int */ "_s,
+            u"...KKK...."_s);
         add("block comment", Blocks, u"/* dim */dim a "_s, u"/* dim */dim a "_s, u"ccccccccc.pp.p."_s);
         add("block comment over lines", Blocks, u"/*a\r\nb*/\r\nx "_s, u"/*a\r\nb*/\r\nx "_s, u"ccccccccppp."_s);
         add("block comment without an end", Blocks, u"x /*dim\r\ny"_s, u"x /*dim\r\ny"_s, u"p.cccccccc"_s);
@@ -157,7 +159,8 @@ private Q_SLOTS:
         add("apostrophe in a block comment", Blocks, u"/*'*/ x "_s, u"/*'*/ x "_s, u"ccccc.p."_s);
 
         add("remark", Lines, u"REM Dim X\r\ny "_s, u"rem dim x\r\ny "_s, u"KKKKKKKKKppp."_s);
-        add("remark in another language", Slashes, u"rem \"Ä // INT\r\ny "_s, u"rem \"ä // int\r\ny "_s, u"KKKKKKKKKKKKKppp."_s);
+        add("remark in another language", Slashes, u"rem \"Ä // INT\r\ny "_s, u"rem \"ä // int\r\ny "_s,
+            u"KKKKKKKKKKKKKppp."_s);
         add("remark on the last line", Lines, u"x \r\nRem A B"_s, u"x \r\nrem a b"_s, u"ppppKKKKKKK"_s);
         add("remark alone at the end", Slashes, u"REM"_s, u"rem"_s, u"KKK"_s);
         add("not a remark", Lines, u"REMS A "_s, u"REMS A "_s, u"pppp.p."_s);

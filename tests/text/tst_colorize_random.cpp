@@ -15,7 +15,8 @@ namespace {
 class SlowScan {
 public:
     SlowScan(IRichTextBox& box, const LanguageDefinition& language)
-        : m_box(box), m_language(language), m_plain(SetOf(language.PlainWords)), m_coloured(SetOf(language.ColouredWords))
+        : m_box(box), m_language(language), m_plain(SetOf(language.PlainWords)),
+          m_coloured(SetOf(language.ColouredWords))
     {
     }
 
@@ -83,7 +84,7 @@ private:
     static bool IsOfAWord(const QString& character)
     {
         return character.size() == 1
-            && u"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_"_s.contains(character);
+               && u"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_"_s.contains(character);
     }
 
     void OneCharacter()
@@ -291,10 +292,12 @@ LanguageDefinition Odd(const QString& comment, const QString& start, const QStri
 
 QString RandomText(Dice& dice, const LanguageDefinition& language, int pieces)
 {
-    static const QStringList fixed{u"\r\n"_s, u"\r\n"_s, u"\r\n"_s, u" "_s, u" "_s, u"  "_s, u"\t"_s, u"\""_s, u"\""_s, u"'"_s, u"//"_s,
-                                   u"/"_s, u"/*"_s, u"*/"_s, u"*"_s, u"#"_s, u"##"_s, u"rem"_s, u"REM "_s, u"Rem"_s, u"xrem"_s, u"dim"_s,
-                                   u"DIM"_s, u"beep"_s, u"two"_s, u"IF "_s, u"x"_s, u"x1"_s, u"_a"_s, u"Const"_s, u"class"_s, u"char"_s, u"ß"_s,
-                                   u"Ä Ö"_s, u"漢"_s, u"😀"_s, u"("_s, u");"_s, u"= "_s, u".5"_s, u"\"a b\""_s, u"\"\""_s, u"\r\n\r\n"_s};
+    static const QStringList fixed{
+        u"\r\n"_s, u"\r\n"_s, u"\r\n"_s,  u" "_s,     u" "_s,       u"  "_s,   u"\t"_s,      u"\""_s,  u"\""_s,
+        u"'"_s,    u"//"_s,   u"/"_s,     u"/*"_s,    u"*/"_s,      u"*"_s,    u"#"_s,       u"##"_s,  u"rem"_s,
+        u"REM "_s, u"Rem"_s,  u"xrem"_s,  u"dim"_s,   u"DIM"_s,     u"beep"_s, u"two"_s,     u"IF "_s, u"x"_s,
+        u"x1"_s,   u"_a"_s,   u"Const"_s, u"class"_s, u"char"_s,    u"ß"_s,    u"Ä Ö"_s,     u"漢"_s,  u"😀"_s,
+        u"("_s,    u");"_s,   u"= "_s,    u".5"_s,    u"\"a b\""_s, u"\"\""_s, u"\r\n\r\n"_s};
     static const QString header = u"###############   "_s;
     QString text;
     for (int i = 0; i < pieces; ++i) {
@@ -309,7 +312,8 @@ QString RandomText(Dice& dice, const LanguageDefinition& language, int pieces)
             text += language.CommentEnd;
             break;
         case 3:
-            text += dice.OneIn(3) ? u"\r\n"_s + language.Comment + header + u"Main Code\r\n"_s : language.Comment + header;
+            text += dice.OneIn(3) ? u"\r\n"_s + language.Comment + header + u"Main Code\r\n"_s
+                                  : language.Comment + header;
             break;
         case 4:
             text += dice.PickOf(language.ColouredWords).toLower();

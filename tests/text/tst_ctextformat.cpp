@@ -27,8 +27,14 @@ public:
     void SetSelUnderline(bool on) override { Note(u"underline %1"_s.arg(on)), RichText::SetSelUnderline(on); }
     void SetSelColor(quint32 color) override { Note(u"color %1"_s.arg(color)), RichText::SetSelColor(color); }
     void SetSelBullet(bool on) override { Note(u"bullet %1"_s.arg(on)), RichText::SetSelBullet(on); }
-    void SetBulletIndent(int twips) override { Note(u"bullet indent %1"_s.arg(twips)), RichText::SetBulletIndent(twips); }
-    void SetSelAlignment(TextAlignment alignment) override { Note(u"alignment %1"_s.arg(int(alignment))), RichText::SetSelAlignment(alignment); }
+    void SetBulletIndent(int twips) override
+    {
+        Note(u"bullet indent %1"_s.arg(twips)), RichText::SetBulletIndent(twips);
+    }
+    void SetSelAlignment(TextAlignment alignment) override
+    {
+        Note(u"alignment %1"_s.arg(int(alignment))), RichText::SetSelAlignment(alignment);
+    }
     void SetSelIndent(int twips) override { Note(u"indent %1"_s.arg(twips)), RichText::SetSelIndent(twips); }
     std::optional<QString> SelFontName() const override
     {
@@ -62,14 +68,22 @@ private Q_SLOTS:
         m_format->SetRichTextBox(m_box.get());
         CTextFormat* format = m_format.get();
         QStringList& log = m_box->Log; // events stand between what is done to the box
-        connect(format, &CTextFormat::eFontChanged, this, [&log](const QString& font) { log << u"eFontChanged "_s + font; });
-        connect(format, &CTextFormat::eFontSizeChanged, this, [&log](int size) { log << u"eFontSizeChanged %1"_s.arg(size); });
-        connect(format, &CTextFormat::eBoldStateChanged, this, [&log](bool on) { log << u"eBoldStateChanged %1"_s.arg(on); });
-        connect(format, &CTextFormat::eItalicStateChanged, this, [&log](bool on) { log << u"eItalicStateChanged %1"_s.arg(on); });
-        connect(format, &CTextFormat::eUnderlineStateChanged, this, [&log](bool on) { log << u"eUnderlineStateChanged %1"_s.arg(on); });
-        connect(format, &CTextFormat::BulletStateChanged, this, [&log](bool on) { log << u"BulletStateChanged %1"_s.arg(on); });
-        connect(format, &CTextFormat::AllignmentStateChanged, this, [&log](int alignment) { log << u"AllignmentStateChanged %1"_s.arg(alignment); });
-        connect(format, &CTextFormat::eColorizeProgress, this, [&log](int percent) { log << u"eColorizeProgress %1"_s.arg(percent); });
+        connect(format, &CTextFormat::eFontChanged, this,
+                [&log](const QString& font) { log << u"eFontChanged "_s + font; });
+        connect(format, &CTextFormat::eFontSizeChanged, this,
+                [&log](int size) { log << u"eFontSizeChanged %1"_s.arg(size); });
+        connect(format, &CTextFormat::eBoldStateChanged, this,
+                [&log](bool on) { log << u"eBoldStateChanged %1"_s.arg(on); });
+        connect(format, &CTextFormat::eItalicStateChanged, this,
+                [&log](bool on) { log << u"eItalicStateChanged %1"_s.arg(on); });
+        connect(format, &CTextFormat::eUnderlineStateChanged, this,
+                [&log](bool on) { log << u"eUnderlineStateChanged %1"_s.arg(on); });
+        connect(format, &CTextFormat::BulletStateChanged, this,
+                [&log](bool on) { log << u"BulletStateChanged %1"_s.arg(on); });
+        connect(format, &CTextFormat::AllignmentStateChanged, this,
+                [&log](int alignment) { log << u"AllignmentStateChanged %1"_s.arg(alignment); });
+        connect(format, &CTextFormat::eColorizeProgress, this,
+                [&log](int percent) { log << u"eColorizeProgress %1"_s.arg(percent); });
     }
 
     void cleanup()
@@ -121,8 +135,9 @@ private Q_SLOTS:
         m_format->SetItalic(on);
         m_format->SetUnderline(on);
         const QString state = QString::number(on);
-        QCOMPARE(m_box->Log, (QStringList{u"bold "_s + state, u"eBoldStateChanged "_s + state, u"italic "_s + state, u"eItalicStateChanged "_s + state,
-                                          u"underline "_s + state, u"eUnderlineStateChanged "_s + state}));
+        QCOMPARE(m_box->Log, (QStringList{u"bold "_s + state, u"eBoldStateChanged "_s + state, u"italic "_s + state,
+                                          u"eItalicStateChanged "_s + state, u"underline "_s + state,
+                                          u"eUnderlineStateChanged "_s + state}));
         QCOMPARE(m_format->Bold(), on);
         QCOMPARE(m_format->Italic(), on);
         QCOMPARE(m_format->Underline(), on);
@@ -144,7 +159,8 @@ private Q_SLOTS:
         for (const int alignment : {1, 2, 0}) {
             m_box->Log.clear();
             m_format->SetAlignment(alignment);
-            QCOMPARE(m_box->Log, (QStringList{u"alignment %1"_s.arg(alignment), u"AllignmentStateChanged %1"_s.arg(alignment)}));
+            QCOMPARE(m_box->Log,
+                     (QStringList{u"alignment %1"_s.arg(alignment), u"AllignmentStateChanged %1"_s.arg(alignment)}));
             QCOMPARE(m_format->Alignment(), alignment);
         }
     }
@@ -152,7 +168,8 @@ private Q_SLOTS:
     void event_comesWhenTheValueIsStored()
     {
         bool known = false;
-        connect(m_format.get(), &CTextFormat::eBoldStateChanged, this, [&] { known = m_format->Bold() && m_box->SelBold() == true; });
+        connect(m_format.get(), &CTextFormat::eBoldStateChanged, this,
+                [&] { known = m_format->Bold() && m_box->SelBold() == true; });
         m_format->SetBold(true);
         QVERIFY(known);
     }
@@ -185,7 +202,8 @@ private Q_SLOTS:
         m_box->SetSelStart(6);
         m_box->SetSelLength(4);
         m_format->Format();
-        QCOMPARE(m_box->Log, (QStringList{u"font Arial"_s, u"size 14"_s, u"bold 1"_s, u"italic 0"_s, u"underline 1"_s, u"color 255"_s}));
+        QCOMPARE(m_box->Log, (QStringList{u"font Arial"_s, u"size 14"_s, u"bold 1"_s, u"italic 0"_s, u"underline 1"_s,
+                                          u"color 255"_s}));
         QCOMPARE(m_box->SelBullet(), std::optional(false));
         QCOMPARE(m_box->SelAlignment(), std::optional(TextAlignment::Left));
     }
@@ -195,7 +213,8 @@ private Q_SLOTS:
     void firstRead_tellsWhatIsNotAsStored()
     {
         m_format->ReadValues();
-        QCOMPARE(m_box->Log, (QStringList{u"eFontChanged Courier New"_s, u"eFontSizeChanged 10"_s, u"AllignmentStateChanged 0"_s}));
+        QCOMPARE(m_box->Log,
+                 (QStringList{u"eFontChanged Courier New"_s, u"eFontSizeChanged 10"_s, u"AllignmentStateChanged 0"_s}));
     }
 
     void readOfWhatIsKnown_tellsNothing()
@@ -219,9 +238,9 @@ private Q_SLOTS:
         m_box->SetSelAlignment(TextAlignment::Right);
         m_box->Log.clear();
         m_format->ReadValues();
-        QCOMPARE(m_box->Log,
-                 (QStringList{u"eFontChanged Arial"_s, u"eFontSizeChanged 14"_s, u"eBoldStateChanged 1"_s, u"eItalicStateChanged 1"_s,
-                              u"eUnderlineStateChanged 1"_s, u"BulletStateChanged 1"_s, u"AllignmentStateChanged 1"_s}));
+        QCOMPARE(m_box->Log, (QStringList{u"eFontChanged Arial"_s, u"eFontSizeChanged 14"_s, u"eBoldStateChanged 1"_s,
+                                          u"eItalicStateChanged 1"_s, u"eUnderlineStateChanged 1"_s,
+                                          u"BulletStateChanged 1"_s, u"AllignmentStateChanged 1"_s}));
         QCOMPARE(m_format->Font(), u"Arial"_s);
         QCOMPARE(m_format->Size(), 14);
         QVERIFY(m_format->Bold() && m_format->Italic() && m_format->Underline() && m_format->Bullets());
@@ -242,7 +261,8 @@ private Q_SLOTS:
         for (int i = 0; i < 2; ++i) {
             m_box->Log.clear();
             m_format->ReadValues();
-            QCOMPARE(m_box->Log, (QStringList{u"eBoldStateChanged 0"_s, u"eItalicStateChanged 0"_s, u"eUnderlineStateChanged 0"_s, u"BulletStateChanged 0"_s}));
+            QCOMPARE(m_box->Log, (QStringList{u"eBoldStateChanged 0"_s, u"eItalicStateChanged 0"_s,
+                                              u"eUnderlineStateChanged 0"_s, u"BulletStateChanged 0"_s}));
             QCOMPARE(m_format->Bold(), false);
         }
     }
@@ -278,7 +298,8 @@ private Q_SLOTS:
     void init_loadsTheLanguageOfTheLibrary()
     {
         const auto library = Library();
-        library->Execute(u"UPDATE Properties SET CommentColour = 1, ColouredKeywordColour = 2, KeywordColour = 3, CommentIdentifier = '#', "
+        library->Execute(u"UPDATE Properties SET CommentColour = 1, ColouredKeywordColour = 2, KeywordColour = 3, "
+                         "CommentIdentifier = '#', "
                          "CommentIdentifierStart = '(', CommentIdentifierEnd = ')'"_s);
         SetKeywords(*library, {{u"Red"_s, true}, {u"Plain"_s, false}});
         m_format->ColorizeInit(*library);
@@ -293,8 +314,10 @@ private Q_SLOTS:
     void init_readsNullAsNothing()
     {
         const auto library = Library();
-        library->Execute(u"UPDATE Properties SET CommentColour = NULL, ColouredKeywordColour = NULL, KeywordColour = NULL, CommentIdentifier = NULL, "
-                         "CommentIdentifierStart = NULL, CommentIdentifierEnd = NULL"_s);
+        library->Execute(
+            u"UPDATE Properties SET CommentColour = NULL, ColouredKeywordColour = NULL, KeywordColour = NULL, "
+            "CommentIdentifier = NULL, "
+            "CommentIdentifierStart = NULL, CommentIdentifierEnd = NULL"_s);
         SetKeywords(*library, {{u"Red"_s, true}});
         m_format->ColorizeInit(*library);
         QCOMPARE(m_format->CommentIdentifier(), QString());
@@ -355,10 +378,13 @@ private Q_SLOTS:
         QFETCH(int, language);
         QFETCH(int, words);
         const auto library = Library();
-        library->Execute(u"UPDATE Properties SET CommentColour = 1, ColouredKeywordColour = 2, KeywordColour = 3, CommentIdentifier = '#'"_s);
+        library->Execute(u"UPDATE Properties SET CommentColour = 1, ColouredKeywordColour = 2, KeywordColour = 3, "
+                         "CommentIdentifier = '#'"_s);
         SetKeywords(*library, {{u"Own"_s, true}});
         QVERIFY(m_format->PopulateKeywordSet(*library, language));
-        QCOMPARE(Texts(*library, u"SELECT ColouredKeywordColour || ' ' || KeywordColour || ' ' || CommentColour || ' ' || CommentIdentifier FROM Properties"_s),
+        QCOMPARE(Texts(*library,
+                       u"SELECT ColouredKeywordColour || ' ' || KeywordColour || ' ' || CommentColour || ' ' || "
+                       "CommentIdentifier FROM Properties"_s),
                  QStringList{u"8388608 0 32768 #"_s});
         QCOMPARE(CountOf(*library, u"Keywords"_s), words);
         QCOMPARE(Texts(*library, u"SELECT Keyword FROM Keywords WHERE Keyword = 'Own'"_s), QStringList());
@@ -382,8 +408,9 @@ private Q_SLOTS:
     void failureOfTheBox_isReportedByProcedure_data()
     {
         QTest::addColumn<QString>("procedure");
-        for (const char* procedure : {"<<Let>> Font", "<<Let>> Size", "<<Let>> Bold", "<<Let>> Italic", "<<Let>> Underline", "<<Let>> Bullets",
-                                      "<<Let>> Alignment", "<<Let>> Color", "Format", "ReadValues", "ColorizeCode"})
+        for (const char* procedure :
+             {"<<Let>> Font", "<<Let>> Size", "<<Let>> Bold", "<<Let>> Italic", "<<Let>> Underline", "<<Let>> Bullets",
+              "<<Let>> Alignment", "<<Let>> Color", "Format", "ReadValues", "ColorizeCode"})
             QTest::newRow(procedure) << QString::fromLatin1(procedure);
     }
 
@@ -455,7 +482,8 @@ private Q_SLOTS:
         const auto library = Library();
         library->Execute(u"UPDATE Properties SET CommentColour = 1"_s);
         SetKeywords(*library, {{u"Own"_s, true}});
-        library->Execute(u"CREATE TEMP TRIGGER stop BEFORE INSERT ON Keywords BEGIN SELECT raise(ABORT, 'stopped'); END"_s);
+        library->Execute(
+            u"CREATE TEMP TRIGGER stop BEFORE INSERT ON Keywords BEGIN SELECT raise(ABORT, 'stopped'); END"_s);
         ScriptedPrompts prompts;
         prompts.ExpectError();
         QVERIFY(!m_format->PopulateKeywordSet(*library, 1));
@@ -486,7 +514,10 @@ private:
         Value Coloured;
     };
 
-    std::unique_ptr<Database> Library(LanguageType language = LanguageType::VB) { return MakeLibrary(m_home->Path(u"library ß.qbd"_s), language); }
+    std::unique_ptr<Database> Library(LanguageType language = LanguageType::VB)
+    {
+        return MakeLibrary(m_home->Path(u"library ß.qbd"_s), language);
+    }
 
     static void SetKeywords(Database& library, const QList<Word>& words)
     {

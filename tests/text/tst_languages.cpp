@@ -39,12 +39,15 @@ const QList<RealFile>& RealFiles()
             while (it.hasNext()) {
                 constexpr qint64 Largest = 60000;
                 const QString path = it.next();
-                const ShippedLanguage* language = it.fileInfo().size() < Largest ? ShippedLanguageOfFile(it.fileName(), {}) : nullptr;
+                const ShippedLanguage* language = it.fileInfo().size() < Largest
+                                                      ? ShippedLanguageOfFile(it.fileName(), {})
+                                                      : nullptr;
                 if (language)
                     found.append({path, language});
             }
         }
-        std::sort(found.begin(), found.end(), [](const RealFile& left, const RealFile& right) { return left.Path < right.Path; });
+        std::sort(found.begin(), found.end(),
+                  [](const RealFile& left, const RealFile& right) { return left.Path < right.Path; });
         return found;
     }();
     return files;
@@ -101,8 +104,8 @@ private Q_SLOTS:
         const QStringList lines = sample.Text.split(u'\n');
         const QStringList marks = FromMarkedText(MarkedText(sample.Text, scan)).Marks;
         for (qsizetype i = 0; i < sample.Marks.size(); ++i)
-            QVERIFY2(marks[i] == sample.Marks[i],
-                     qPrintable(u"line %1\n%2\n%3 expected\n%4 actual"_s.arg(i + 1).arg(lines[i], sample.Marks[i], marks[i])));
+            QVERIFY2(marks[i] == sample.Marks[i], qPrintable(u"line %1\n%2\n%3 expected\n%4 actual"_s.arg(i + 1).arg(
+                                                      lines[i], sample.Marks[i], marks[i])));
     }
 
     void definition_isUnderstoodWhole()
@@ -132,7 +135,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("language");
         const auto row = [](const char* name, const char* text, const char* language) {
-            QTest::newRow(name) << QString::fromLatin1(name) << QString::fromLatin1(text) << QString::fromLatin1(language);
+            QTest::newRow(name) << QString::fromLatin1(name) << QString::fromLatin1(text)
+                                << QString::fromLatin1(language);
         };
         row("a.py", "", "python");
         row("A.PY", "", "python");

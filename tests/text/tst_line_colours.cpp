@@ -13,9 +13,10 @@ namespace {
 
 std::shared_ptr<const LanguageRules> SomeRules()
 {
-    return std::make_shared<LanguageRules>(u"line: //\nblock: /* */ lines\nstring: \" \" escape=\\\nstring: ` ` lines interpolate=${,}\n"
-                                           "heredoc: <<\nwords keyword: if else"_s,
-                                           QStringList(), QStringList());
+    return std::make_shared<LanguageRules>(
+        u"line: //\nblock: /* */ lines\nstring: \" \" escape=\\\nstring: ` ` lines interpolate=${,}\n"
+        "heredoc: <<\nwords keyword: if else"_s,
+        QStringList(), QStringList());
 }
 
 } // namespace
@@ -26,7 +27,8 @@ class LineColoursTest : public QObject {
 private Q_SLOTS:
     void randomEdits_tokensOfEachLineAreThoseOfAWholeScan()
     {
-        const QStringList pieces{u"if x"_s, u"/*"_s, u"*/ else"_s, u"\"a\\"_s, u"b\" if"_s, u"`${"_s, u"}` if"_s, u"<<EOT if"_s, u"EOT"_s, u""_s, u"// /*"_s};
+        const QStringList pieces{u"if x"_s,  u"/*"_s,       u"*/ else"_s, u"\"a\\"_s, u"b\" if"_s, u"`${"_s,
+                                 u"}` if"_s, u"<<EOT if"_s, u"EOT"_s,     u""_s,      u"// /*"_s};
         for (quint32 seed = 1; seed <= 60; ++seed) {
             QRandomGenerator random(seed);
             const auto piece = [&] { return pieces[random.bounded(int(pieces.size()))]; };
@@ -57,8 +59,9 @@ private Q_SLOTS:
                     state = whole.ScanLine(lines[line], state, expected);
                     if (line < seen - 5)
                         continue;
-                    QVERIFY2(colours.TokensOf(line, textOf) == expected,
-                             qPrintable(u"seed %1, step %2, line %3: %4"_s.arg(seed).arg(step).arg(line).arg(lines[line])));
+                    QVERIFY2(
+                        colours.TokensOf(line, textOf) == expected,
+                        qPrintable(u"seed %1, step %2, line %3: %4"_s.arg(seed).arg(step).arg(line).arg(lines[line])));
                 }
             }
         }

@@ -70,9 +70,11 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("page");
         QTest::addColumn<QByteArray>("ahead");
         QTest::newRow("type") << QByteArray(" \r\n<!DOCTYPE html>\n<p>") << QByteArray(" \r\n<!DOCTYPE html>");
-        QTest::newRow("mark") << QByteArray("\xef\xbb\xbf<!doctype html><p>") << QByteArray("\xef\xbb\xbf<!doctype html>");
+        QTest::newRow("mark") << QByteArray("\xef\xbb\xbf<!doctype html><p>")
+                              << QByteArray("\xef\xbb\xbf<!doctype html>");
         QTest::newRow("no type") << QByteArray("<html><head>") << QByteArray();
-        QTest::newRow("comment that ends at once") << QByteArray("<!--><script>1</script><!doctype html>") << QByteArray();
+        QTest::newRow("comment that ends at once")
+            << QByteArray("<!--><script>1</script><!doctype html>") << QByteArray();
         QTest::newRow("type without an end") << QByteArray("<!doctype html <p") << QByteArray();
         QTest::newRow("empty") << QByteArray() << QByteArray();
     }
@@ -181,7 +183,8 @@ private Q_SLOTS:
         QTest::newRow("asked, web") << own << web << Cause::Asked << Answer::Show;
         QTest::newRow("asked, blank") << own << QUrl(u"about:blank"_s) << Cause::Asked << Answer::Show;
         QTest::newRow("asked, file") << own << file << Cause::Asked << Answer::OpenOutside;
-        QTest::newRow("asked, picture of the library") << own << LocalPageUrl(u"17/x.svg"_s) << Cause::Asked << Answer::Refuse;
+        QTest::newRow("asked, picture of the library")
+            << own << LocalPageUrl(u"17/x.svg"_s) << Cause::Asked << Answer::Refuse;
         QTest::newRow("clicked, local to local") << own << other << Cause::Clicked << Answer::Show;
         QTest::newRow("clicked, local to web") << own << web << Cause::Clicked << Answer::Show;
         QTest::newRow("clicked, mail") << own << mail << Cause::Clicked << Answer::OpenOutside;

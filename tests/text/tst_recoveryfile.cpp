@@ -20,7 +20,11 @@ private Q_SLOTS:
         const RecoveryFile file(home.Path(u"lib.qbd"_s));
         QVERIFY(!file.Read());
         const Date changed = Date::FromParts(2026, 3, 2, 14, 30, 5);
-        file.Write({.Item = 1LL << 40, .LastChanged = changed, .Code = u"{\\rtf1 \u00e9 \"x\"\r\n}"_s, .Notes = QString(u""_s), .Usage = {}});
+        file.Write({.Item = 1LL << 40,
+                    .LastChanged = changed,
+                    .Code = u"{\\rtf1 \u00e9 \"x\"\r\n}"_s,
+                    .Notes = QString(u""_s),
+                    .Usage = {}});
         const auto texts = file.Read();
         QVERIFY(texts);
         QCOMPARE(texts->Item, 1LL << 40);

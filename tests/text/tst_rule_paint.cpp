@@ -1,8 +1,8 @@
 // Painting by rules: of a text in a box, without a window.
 
 #include "platform/dao/DBEngine.h"
-#include "platform/richtext/Rtf.h"
 #include "platform/richtext/RichText.h"
+#include "platform/richtext/Rtf.h"
 #include "store/LibraryLanguage.h"
 #include "store/ShippedLanguages.h"
 #include "support/LibraryBuilder.h"
@@ -30,7 +30,10 @@ LanguageDefinition Language(const QString& rules, const QString& comment = u"//"
             .Comment = comment,
             .ColouredWords = {u"If"_s, u"Rem"_s, u"Name"_s},
             .PlainWords = {u"Class"_s},
-            .ColouredKeywordColour = 0x800000, .KeywordColour = 0x101010, .CommentColour = 0x008000, .Rules = rules};
+            .ColouredKeywordColour = 0x800000,
+            .KeywordColour = 0x101010,
+            .CommentColour = 0x008000,
+            .Rules = rules};
 }
 
 std::shared_ptr<const LanguageRules> RulesOf(const QString& text)
@@ -241,8 +244,8 @@ private Q_SLOTS:
     void oddCharacters_stayAsTheyAre()
     {
         RuleScan scan(RulesOf(CRules));
-        const QString source = u"\t\v\f \u00a0 \u2028 \U0001F600 \"\U0001F600\" // \u202e\r\n\r\n\r\n"_s
-            + QChar(0xd800) + u" // \ufeff"_s;
+        const QString source = u"\t\v\f \u00a0 \u2028 \U0001F600 \"\U0001F600\" // \u202e\r\n\r\n\r\n"_s + QChar(0xd800)
+                               + u" // \ufeff"_s;
         RichText text = TextOf(source);
         PaintByRules(text, scan, TokenPalette::Default().Light, [](int) {});
         QCOMPARE(text.Text(), source);
@@ -330,11 +333,10 @@ private Q_SLOTS:
 
     void nonsenseInPaletteTexts_isPassedOver()
     {
-        for (const QString& text : {u"comment"_s, u"comment="_s, u"comment=#"_s, u"comment=#12345"_s,
-                                    u"comment=#1234567"_s, u"comment=#12345g"_s,
-                                    u"comment=123456"_s, u"=#123456"_s, u"nothing=#123456"_s,
-                                    u"Comment=#123456"_s, u"#123456"_s,
-                                    u"comment=#-12345"_s, u"comment = #123456"_s, u"comment==#123456"_s, u"ä=#ä"_s})
+        for (const QString& text :
+             {u"comment"_s, u"comment="_s, u"comment=#"_s, u"comment=#12345"_s, u"comment=#1234567"_s,
+              u"comment=#12345g"_s, u"comment=123456"_s, u"=#123456"_s, u"nothing=#123456"_s, u"Comment=#123456"_s,
+              u"#123456"_s, u"comment=#-12345"_s, u"comment = #123456"_s, u"comment==#123456"_s, u"ä=#ä"_s})
             QVERIFY2(TokenPalette::FromTexts(text, text) == TokenPalette::Default(), qPrintable(text));
         const TokenPalette palette = TokenPalette::FromTexts(u"rubbish comment=#010203 string=#zz"_s, {});
         QCOMPARE(palette.LightText(), u"comment=#010203"_s);

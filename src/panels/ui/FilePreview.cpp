@@ -25,7 +25,8 @@ namespace {
 void CutToCharacters(QByteArray& bytes)
 {
     constexpr int WidestUnit = 4;
-    const bool isWide = bytes.startsWith("\xFF\xFE") || bytes.startsWith("\xFE\xFF") || bytes.startsWith(QByteArray("\0\0\xFE\xFF", WidestUnit));
+    const bool isWide = bytes.startsWith("\xFF\xFE") || bytes.startsWith("\xFE\xFF")
+                        || bytes.startsWith(QByteArray("\0\0\xFE\xFF", WidestUnit));
     if (isWide)
         return bytes.truncate(bytes.size() - bytes.size() % WidestUnit);
     qsizetype end = bytes.size();
@@ -40,8 +41,8 @@ void CutToCharacters(QByteArray& bytes)
 } // namespace
 
 FilePreview::FilePreview(QWidget* parent)
-    : QWidget(parent), m_pages(new QStackedWidget), txtPreview(new QPlainTextEdit), imgPreview(new QLabel), m_other(new QWidget),
-      imgType(new QLabel), lblType(new QLabel)
+    : QWidget(parent), m_pages(new QStackedWidget), txtPreview(new QPlainTextEdit), imgPreview(new QLabel),
+      m_other(new QWidget), imgType(new QLabel), lblType(new QLabel)
 {
     constexpr int Delay = 80; // milliseconds
     setObjectName(u"FilePreview"_s);
@@ -110,8 +111,11 @@ void FilePreview::Load()
     constexpr int IconSize = 64;
     const QMimeType type = QMimeDatabase().mimeTypeForFile(m_title, QMimeDatabase::MatchExtension);
     const QFileInfo file(m_path);
-    const QString size = file.exists() ? QLocale().formattedDataSize(file.size()) : u"The file is missing in the library's folder."_s;
-    imgType->setPixmap(QIcon::fromTheme(type.iconName(), QIcon::fromTheme(type.genericIconName(), IconNamed(u"text-x-generic"_s))).pixmap(IconSize));
+    const QString size = file.exists() ? QLocale().formattedDataSize(file.size())
+                                       : u"The file is missing in the library's folder."_s;
+    imgType->setPixmap(
+        QIcon::fromTheme(type.iconName(), QIcon::fromTheme(type.genericIconName(), IconNamed(u"text-x-generic"_s)))
+            .pixmap(IconSize));
     lblType->setText(type.comment() + u'\n' + size);
 }
 

@@ -30,7 +30,9 @@ public:
         editor->setObjectName(u"txtLabelEdit"_s);
         editor->setFrame(true);
         // What is there already stays whole.
-        const auto limit = [editor](const QString& text) { editor->setMaxLength(std::max<int>(LongestTyped, int(text.size()))); };
+        const auto limit = [editor](const QString& text) {
+            editor->setMaxLength(std::max<int>(LongestTyped, int(text.size())));
+        };
         limit(index.data(Qt::EditRole).toString());
         connect(editor, &QLineEdit::textEdited, editor, limit);
         return editor;
@@ -124,7 +126,8 @@ void NodeTreeView::contextMenuEvent(QContextMenuEvent* event)
     if (event->reason() == QContextMenuEvent::Mouse && indexAt(event->pos()).isValid())
         setCurrentIndex(indexAt(event->pos()));
     if (TreeNode* node = Current()) {
-        const QPoint place = event->reason() == QContextMenuEvent::Mouse ? event->pos() : visualRect(currentIndex()).center();
+        const QPoint place = event->reason() == QContextMenuEvent::Mouse ? event->pos()
+                                                                         : visualRect(currentIndex()).center();
         Q_EMIT RightClicked(node, viewport()->mapToGlobal(place));
     }
 }

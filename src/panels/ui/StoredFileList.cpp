@@ -11,8 +11,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr const char* Headers[StoredFileList::ColumnCount] = {"Original File Name              ", "File Date/Time", "Sort",
-                                                              "Date Added", "Size"};
+constexpr const char* Headers[StoredFileList::ColumnCount] = {"Original File Name              ", "File Date/Time",
+                                                              "Sort", "Date Added", "Size"};
 
 QString DateText(Date date)
 {
@@ -28,8 +28,8 @@ QString DateText(Date date)
 void StoredFileList::Read(Database& database, const QString& itemKey)
 {
     std::vector<Row> files; // what can't be read leaves the list as it is
-    Statement rows = database.Query(u"SELECT ID, Title, OrigDateTime, DateAdded, FileSize FROM Files WHERE CodeID = ?"_s,
-                                    {itemKey.toLongLong()});
+    Statement rows = database.Query(
+        u"SELECT ID, Title, OrigDateTime, DateAdded, FileSize FROM Files WHERE CodeID = ?"_s, {itemKey.toLongLong()});
     while (rows.Step()) {
         const QString title = rows.Text(1);
         files.push_back({rows.Long(0), title, rows.Column(2).ToDate(), rows.Column(3).ToDate(), rows.Long(4),
@@ -121,8 +121,9 @@ QIcon StoredFileList::IconOf(const QString& type) const
     if (found != m_icons.constEnd())
         return *found;
     const QMimeType mime = m_types.mimeTypeForName(type);
-    return *m_icons.insert(type, QIcon::fromTheme(mime.iconName(), QIcon::fromTheme(mime.genericIconName(),
-                                                                                     QIcon::fromTheme(u"text-x-generic"_s))));
+    return *m_icons.insert(
+        type, QIcon::fromTheme(mime.iconName(),
+                               QIcon::fromTheme(mime.genericIconName(), QIcon::fromTheme(u"text-x-generic"_s))));
 }
 
 } // namespace qb

@@ -42,7 +42,7 @@ private:
         QString Title;
         Date OrigDateTime;
         Date DateAdded;
-        qint64 Size; ///< in bytes
+        qint64 Size;  ///< in bytes
         QString Type; ///< MIME type
     };
     QString TextOf(const Row& row, int column) const;

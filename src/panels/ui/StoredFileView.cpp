@@ -144,7 +144,8 @@ void StoredFileView::paintEvent(QPaintEvent* event)
     QPainter painter(viewport());
     painter.setPen(palette().color(QPalette::PlaceholderText));
     const QString hint = m_locked ? QString() : u"\nDrop files here, or press Insert to add some."_s;
-    painter.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap, u"No files are stored with this item."_s + hint);
+    painter.drawText(viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap,
+                     u"No files are stored with this item."_s + hint);
 }
 
 } // namespace qb

@@ -61,7 +61,8 @@ QString KindProblem(zip* archive, ArchiveEntry& entry)
 {
     zip_uint8_t system = 0;
     zip_uint32_t attributes = 0;
-    if (zip_file_get_external_attributes(archive, entry.Index, 0, &system, &attributes) != 0 || system != ZIP_OPSYS_UNIX)
+    if (zip_file_get_external_attributes(archive, entry.Index, 0, &system, &attributes) != 0
+        || system != ZIP_OPSYS_UNIX)
         return {};
     const mode_t mode = attributes >> 16;
     entry.IsExecutable = mode & S_IXUSR;
@@ -111,7 +112,8 @@ bool ComesBefore(const ArchiveEntry* one, const ArchiveEntry* other)
 {
     const auto separatorFirst = [](QChar a, QChar b) { return b != u'/' && (a == u'/' || a < b); };
     if (one->Name != other->Name)
-        return std::lexicographical_compare(one->Name.begin(), one->Name.end(), other->Name.begin(), other->Name.end(), separatorFirst);
+        return std::lexicographical_compare(one->Name.begin(), one->Name.end(), other->Name.begin(), other->Name.end(),
+                                            separatorFirst);
     return one->IsFolder != other->IsFolder ? other->IsFolder : one->Index < other->Index;
 }
 
@@ -141,7 +143,8 @@ void MarkClashes(std::vector<ArchiveEntry>& entries)
 QString ArchiveName(const QString& name)
 {
     QString safe = name;
-    std::replace_if(safe.begin(), safe.end(), [](QChar c) { return c == u'\\' || IsControl(c); }, u'_');
+    std::replace_if(
+        safe.begin(), safe.end(), [](QChar c) { return c == u'\\' || IsControl(c); }, u'_');
     if (safe.size() > 1 && safe[1] == u':' && safe[0].isLetter())
         safe[1] = u'_';
     return safe;
@@ -172,7 +175,8 @@ QString WhyNotExtracted(const std::vector<ArchiveEntry>& entries, qint64 archive
             return u"its entries overlap, as those of an archive that is made to do harm"_s;
         if (unpacked > mostBytes)
             return u"it would unpack to more than %1, which is the limit for an archive of its size (%2)"_s.arg(
-                QLocale(QLocale::English).formattedDataSize(mostBytes), QLocale(QLocale::English).formattedDataSize(archiveSize));
+                QLocale(QLocale::English).formattedDataSize(mostBytes),
+                QLocale(QLocale::English).formattedDataSize(archiveSize));
     }
     return {};
 }

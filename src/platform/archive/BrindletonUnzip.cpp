@@ -22,9 +22,10 @@ namespace {
 
 [[noreturn]] void FailToExtract(const QString& archive, const QString& why)
 {
-    throw RuntimeError(ErrorNumber::PathAccess,
-                       u"The archive '%1' can't be extracted: %2. Nothing was changed."_s.arg(QDir::toNativeSeparators(archive), why),
-                       u"BrindletonZip"_s);
+    throw RuntimeError(
+        ErrorNumber::PathAccess,
+        u"The archive '%1' can't be extracted: %2. Nothing was changed."_s.arg(QDir::toNativeSeparators(archive), why),
+        u"BrindletonZip"_s);
 }
 
 ZipHandle Open(const QString& path)
@@ -43,7 +44,8 @@ ZipHandle Open(const QString& path)
 class Extraction {
 public:
     Extraction(const QString& path, zip_t* archive, StagedFiles& target, Pace pace)
-        : m_path(path), m_archive(archive), m_target(target), m_pace(std::move(pace)), m_buffer(BufferSize, Qt::Uninitialized)
+        : m_path(path), m_archive(archive), m_target(target), m_pace(std::move(pace)),
+          m_buffer(BufferSize, Qt::Uninitialized)
     {
     }
 
@@ -54,7 +56,8 @@ public:
             m_target.AddFolder(entry.Name);
             return m_pace.Tell(m_done);
         }
-        const std::unique_ptr<zip_file_t, decltype(&zip_fclose)> source(zip_fopen_index(m_archive, entry.Index, 0), zip_fclose);
+        const std::unique_ptr<zip_file_t, decltype(&zip_fclose)> source(zip_fopen_index(m_archive, entry.Index, 0),
+                                                                        zip_fclose);
         if (!source)
             Fail(entry, QString::fromLocal8Bit(zip_strerror(m_archive)));
         QFile file(m_target.PathFor(entry.Name));
@@ -63,7 +66,8 @@ public:
         if (!Copy(entry, source.get(), file))
             return false;
         if (entry.IsExecutable)
-            file.setPermissions(file.permissions() | QFileDevice::ExeOwner | QFileDevice::ExeUser | QFileDevice::ExeGroup | QFileDevice::ExeOther);
+            file.setPermissions(file.permissions() | QFileDevice::ExeOwner | QFileDevice::ExeUser
+                                | QFileDevice::ExeGroup | QFileDevice::ExeOther);
         if (entry.Modified.isValid())
             file.setFileTime(entry.Modified, QFileDevice::FileModificationTime);
         return true;
@@ -72,7 +76,10 @@ public:
 private:
     static constexpr qsizetype BufferSize = 256 * 1024;
 
-    [[noreturn]] void Fail(const ArchiveEntry& entry, const QString& why) { FailToExtract(m_path, u"'%1': %2"_s.arg(entry.Name, why)); }
+    [[noreturn]] void Fail(const ArchiveEntry& entry, const QString& why)
+    {
+        FailToExtract(m_path, u"'%1': %2"_s.arg(entry.Name, why));
+    }
 
     bool Copy(const ArchiveEntry& entry, zip_file_t* source, QFile& target)
     {
@@ -173,7 +180,8 @@ bool BrindletonZip::Extract(const QString& archive, const QString& folder, const
     }
     StagedFiles target(folder);
     if (const qint64 room = QStorageInfo(folder).bytesAvailable(); room >= 0 && total > room)
-        FailToExtract(archive, u"it needs %1 bytes, and %2 are free in '%3'"_s.arg(total).arg(room).arg(QDir::toNativeSeparators(folder)));
+        FailToExtract(archive, u"it needs %1 bytes, and %2 are free in '%3'"_s.arg(total).arg(room).arg(
+                                   QDir::toNativeSeparators(folder)));
     Extraction extraction(archive, open.get(), target, Pace(Advance, total));
     int fileNo = 0;
     for (const ArchiveEntry& entry : entries) {

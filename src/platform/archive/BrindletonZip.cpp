@@ -28,7 +28,8 @@ QString Shown(const QString& path)
 
 [[noreturn]] void FailToPack(const QString& archive, const QString& why)
 {
-    throw RuntimeError(ErrorNumber::PathAccess, u"The archive '%1' can't be made: %2. Nothing was changed."_s.arg(Shown(archive), why),
+    throw RuntimeError(ErrorNumber::PathAccess,
+                       u"The archive '%1' can't be made: %2. Nothing was changed."_s.arg(Shown(archive), why),
                        u"BrindletonZip"_s);
 }
 
@@ -86,7 +87,8 @@ std::vector<BrindletonZip::Packed> BrindletonZip::FilesToPack() const
         if (!info.isReadable())
             FailToPack(m_zipFileName, u"the file '%1' can't be read"_s.arg(Shown(path)));
         const QString clean = QDir::cleanPath(info.absoluteFilePath());
-        QString name = !m_bareNames && !base.isEmpty() && clean.startsWith(base) ? clean.mid(base.size()) : info.fileName();
+        QString name = !m_bareNames && !base.isEmpty() && clean.startsWith(base) ? clean.mid(base.size())
+                                                                                 : info.fileName();
         name = NumberedName(ArchiveName(name), [&](const QString& taken) { return names.contains(taken); });
         names.insert(name);
         files.push_back({path, name, info.size()});
@@ -119,7 +121,8 @@ void BrindletonZip::AddTo(zip* archive, const Packed& file) const
 {
     const QByteArray path = QFile::encodeName(file.Path);
     zip_source_t* source = zip_source_file(archive, path.constData(), 0, -1);
-    const zip_int64_t added = source ? zip_file_add(archive, file.Name.toUtf8().constData(), source, ZIP_FL_ENC_UTF_8) : -1;
+    const zip_int64_t added = source ? zip_file_add(archive, file.Name.toUtf8().constData(), source, ZIP_FL_ENC_UTF_8)
+                                     : -1;
     if (added < 0) {
         zip_source_free(source);
         FailToPack(m_zipFileName, u"'%1': %2"_s.arg(Shown(file.Path), QString::fromLocal8Bit(zip_strerror(archive))));
@@ -148,9 +151,13 @@ bool BrindletonZip::Pack(const std::vector<Packed>& files, const QString& target
         total += file.Size;
     }
     progress.Steps = Pace(Advance, total);
-    progress.FileBegun = [&](int index) { Q_EMIT Progress(index + 1, u"  adding: %1 "_s.arg(files[size_t(index)].Name)); };
+    progress.FileBegun = [&](int index) {
+        Q_EMIT Progress(index + 1, u"  adding: %1 "_s.arg(files[size_t(index)].Name));
+    };
     zip_register_progress_callback_with_state(
-        archive.get(), 0, [](zip_t*, double fraction, void* state) { static_cast<PackProgress*>(state)->Report(fraction); }, nullptr, &progress);
+        archive.get(), 0,
+        [](zip_t*, double fraction, void* state) { static_cast<PackProgress*>(state)->Report(fraction); }, nullptr,
+        &progress);
     zip_register_cancel_callback_with_state(
         archive.get(),
         [](zip_t*, void* state) {

@@ -22,7 +22,9 @@ constexpr qint64 ChunkSize = 1024 * 1024;
 
 [[noreturn]] void Fail(const QString& path, const QString& why)
 {
-    throw RuntimeError(ErrorNumber::PathAccess, u"'%1': %2. Nothing was changed."_s.arg(QDir::toNativeSeparators(path), why), u"CBFileSplitter"_s);
+    throw RuntimeError(ErrorNumber::PathAccess,
+                       u"'%1': %2. Nothing was changed."_s.arg(QDir::toNativeSeparators(path), why),
+                       u"CBFileSplitter"_s);
 }
 
 QString VolumeName(const QString& file, int number)
@@ -33,7 +35,8 @@ QString VolumeName(const QString& file, int number)
 /// The name of the whole file, of a volume's; empty when it is none.
 QString WholeName(const QString& volume)
 {
-    static const QRegularExpression name(u"^(.*[^/\\\\])\\.(\\d{3})\\z"_s, QRegularExpression::DotMatchesEverythingOption);
+    static const QRegularExpression name(u"^(.*[^/\\\\])\\.(\\d{3})\\z"_s,
+                                         QRegularExpression::DotMatchesEverythingOption);
     const QRegularExpressionMatch match = name.match(volume);
     return match.hasMatch() && match.captured(2) != u"000"_s ? match.captured(1) : QString();
 }
@@ -57,7 +60,8 @@ std::vector<qint64> VolumeSizes(const QString& whole)
     for (size_t i = 1; i < sizes.size(); ++i) {
         const bool isLast = i + 1 == sizes.size();
         if (isLast ? sizes[i] > sizes[0] : sizes[i] != sizes[0])
-            Fail(VolumeName(whole, int(i) + 1), u"this volume has another size than the first; it is incomplete or belongs to another file"_s);
+            Fail(VolumeName(whole, int(i) + 1),
+                 u"this volume has another size than the first; it is incomplete or belongs to another file"_s);
     }
     return sizes;
 }
@@ -67,7 +71,8 @@ std::vector<qint64> VolumeSizes(const QString& whole)
 /// Copying in chunks, of which it tells.
 class CBFileSplitter::Work {
 public:
-    Work(CBFileSplitter& owner, qint64 total) : m_owner(owner), m_pace(owner.Advance, total), m_total(total), m_buffer(ChunkSize, Qt::Uninitialized)
+    Work(CBFileSplitter& owner, qint64 total)
+        : m_owner(owner), m_pace(owner.Advance, total), m_total(total), m_buffer(ChunkSize, Qt::Uninitialized)
     {
         Q_EMIT m_owner.TotalChunks(Chunks(total));
     }
@@ -108,7 +113,8 @@ QString CBFileSplitter::Split(const QString& file, qint64 size)
     if (size == 0)
         return file;
     if (size < 0)
-        throw RuntimeError(ErrorNumber::InvalidCall, u"A volume can't have %1 bytes. Nothing was changed."_s.arg(size), u"CBFileSplitter"_s);
+        throw RuntimeError(ErrorNumber::InvalidCall, u"A volume can't have %1 bytes. Nothing was changed."_s.arg(size),
+                           u"CBFileSplitter"_s);
     if (const QFileInfo info(file); info.exists() && !info.isFile())
         Fail(file, u"it is no file"_s);
     QFile source(file);

@@ -9,7 +9,10 @@ namespace qb {
 /// end.
 class Pace {
 public:
-    Pace(std::function<bool(qint64 done, qint64 total)> advance, qint64 total) : m_advance(std::move(advance)), m_total(total) {}
+    Pace(std::function<bool(qint64 done, qint64 total)> advance, qint64 total)
+        : m_advance(std::move(advance)), m_total(total)
+    {
+    }
 
     /// False when the work is to end.
     bool Tell(qint64 done)

@@ -89,10 +89,11 @@ QString Literal(const Value& value)
 
 void Create(Database& database)
 {
-    database.Execute(u"CREATE TABLE MSysFields (TableName TEXT NOT NULL COLLATE NOCASE, FieldName TEXT NOT NULL "
-                     "COLLATE NOCASE, Sequence INTEGER NOT NULL, OrdinalPosition INTEGER NOT NULL, Type INTEGER NOT "
-                     "NULL, Size INTEGER NOT NULL, AutoNumber INTEGER NOT NULL, Required INTEGER NOT NULL, "
-                     "AllowZeroLength INTEGER NOT NULL, DefaultValue, PRIMARY KEY (TableName, FieldName)) WITHOUT ROWID"_s);
+    database.Execute(
+        u"CREATE TABLE MSysFields (TableName TEXT NOT NULL COLLATE NOCASE, FieldName TEXT NOT NULL "
+        "COLLATE NOCASE, Sequence INTEGER NOT NULL, OrdinalPosition INTEGER NOT NULL, Type INTEGER NOT "
+        "NULL, Size INTEGER NOT NULL, AutoNumber INTEGER NOT NULL, Required INTEGER NOT NULL, "
+        "AllowZeroLength INTEGER NOT NULL, DefaultValue, PRIMARY KEY (TableName, FieldName)) WITHOUT ROWID"_s);
     database.Execute(u"CREATE TABLE MSysRelations (Name TEXT NOT NULL COLLATE NOCASE PRIMARY KEY, TableName TEXT NOT "
                      "NULL COLLATE NOCASE, ForeignTable TEXT NOT NULL COLLATE NOCASE, FieldName TEXT NOT NULL, "
                      "ForeignField TEXT NOT NULL, Attributes INTEGER NOT NULL) WITHOUT ROWID"_s);
@@ -155,10 +156,11 @@ QString CreateIndexSql(const QString& table, const Index& index)
 TableDef ReadTableDef(Database& database, const QString& table)
 {
     TableDef definition;
-    Statement fields = database.Query(u"SELECT TableName, FieldName, Type, Size, OrdinalPosition, AutoNumber, Required, "
-                                      "AllowZeroLength, DefaultValue FROM MSysFields WHERE TableName = ? "
-                                      "ORDER BY OrdinalPosition, Sequence"_s,
-                                      {table});
+    Statement fields = database.Query(
+        u"SELECT TableName, FieldName, Type, Size, OrdinalPosition, AutoNumber, Required, "
+        "AllowZeroLength, DefaultValue FROM MSysFields WHERE TableName = ? "
+        "ORDER BY OrdinalPosition, Sequence"_s,
+        {table});
     while (fields.Step()) {
         definition.Name = fields.Text(0);
         definition.Fields.push_back({.Name = fields.Text(1),
@@ -188,11 +190,12 @@ TableDef ReadTableDef(Database& database, const QString& table)
 
 void WriteField(Database& database, const QString& table, const Field& field)
 {
-    database.Execute(u"INSERT INTO MSysFields (TableName, FieldName, Sequence, OrdinalPosition, Type, Size, "
-                     "AutoNumber, Required, AllowZeroLength, DefaultValue) VALUES (?1, ?2, (SELECT "
-                     "coalesce(max(Sequence), 0) + 1 FROM MSysFields WHERE TableName = ?1), ?3, ?4, ?5, ?6, ?7, ?8, ?9)"_s,
-                     {table, field.Name, field.OrdinalPosition, int(field.Type), field.Size, field.AutoIncrement,
-                      field.Required, field.AllowZeroLength, field.DefaultValue});
+    database.Execute(
+        u"INSERT INTO MSysFields (TableName, FieldName, Sequence, OrdinalPosition, Type, Size, "
+        "AutoNumber, Required, AllowZeroLength, DefaultValue) VALUES (?1, ?2, (SELECT "
+        "coalesce(max(Sequence), 0) + 1 FROM MSysFields WHERE TableName = ?1), ?3, ?4, ?5, ?6, ?7, ?8, ?9)"_s,
+        {table, field.Name, field.OrdinalPosition, int(field.Type), field.Size, field.AutoIncrement, field.Required,
+         field.AllowZeroLength, field.DefaultValue});
 }
 
 void ForgetField(Database& database, const QString& table, const QString& field)
@@ -209,8 +212,8 @@ void ForgetTable(Database& database, const QString& table)
 std::vector<Relation> ReadRelations(Database& database)
 {
     std::vector<Relation> relations;
-    Statement rows = database.Query(
-        u"SELECT Name, TableName, ForeignTable, FieldName, ForeignField, Attributes FROM MSysRelations ORDER BY Name"_s);
+    Statement rows = database.Query(u"SELECT Name, TableName, ForeignTable, FieldName, ForeignField, Attributes "
+                                    "FROM MSysRelations ORDER BY Name"_s);
     while (rows.Step())
         relations.push_back({rows.Text(0), rows.Text(1), rows.Text(2), rows.Text(3), rows.Text(4), int(rows.Long(5))});
     return relations;

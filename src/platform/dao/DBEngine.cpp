@@ -22,8 +22,8 @@ constexpr int BusyTimeoutMilliseconds = 5000;
 /// What a schema or a statement may ask for: more than this program's own ever do, and far less than an
 /// attack needs.
 constexpr std::pair<int, int> Limits[] = {
-    {SQLITE_LIMIT_SQL_LENGTH, 1'000'000}, {SQLITE_LIMIT_COLUMN, 200},      {SQLITE_LIMIT_EXPR_DEPTH, 100},
-    {SQLITE_LIMIT_COMPOUND_SELECT, 50},   {SQLITE_LIMIT_VDBE_OP, 100'000}, {SQLITE_LIMIT_FUNCTION_ARG, 16},
+    {SQLITE_LIMIT_SQL_LENGTH, 1'000'000}, {SQLITE_LIMIT_COLUMN, 200},       {SQLITE_LIMIT_EXPR_DEPTH, 100},
+    {SQLITE_LIMIT_COMPOUND_SELECT, 50},   {SQLITE_LIMIT_VDBE_OP, 100'000},  {SQLITE_LIMIT_FUNCTION_ARG, 16},
     {SQLITE_LIMIT_ATTACHED, 2},           {SQLITE_LIMIT_TRIGGER_DEPTH, 10},
 };
 constexpr QByteArrayView FileMagic{"SQLite format 3\0", 16};
@@ -41,7 +41,8 @@ void RefuseWhatIsNoDatabase(const QString& path)
     if (!info.exists())
         throw RuntimeError(ErrorNumber::FileNotFound, u"The file '%1' was not found."_s.arg(Shown(path)), procedure);
     if (info.isDir())
-        throw RuntimeError(ErrorNumber::NotADatabase, u"'%1' is a folder, not a database."_s.arg(Shown(path)), procedure);
+        throw RuntimeError(ErrorNumber::NotADatabase, u"'%1' is a folder, not a database."_s.arg(Shown(path)),
+                           procedure);
     if (info.size() == 0)
         throw RuntimeError(ErrorNumber::NotADatabase, u"'%1' is empty, not a database."_s.arg(Shown(path)), procedure);
     QFile file(path);
@@ -92,8 +93,8 @@ std::unique_ptr<Database> DBEngine::CreateDatabase(const QString& path)
     if (QFileInfo::exists(path))
         throw RuntimeError(ErrorNumber::DatabaseExists, u"The file '%1' exists already."_s.arg(Shown(path)), procedure);
     if (const QString reason = WhyNotWritable(path); !reason.isEmpty())
-        throw RuntimeError(ErrorNumber::PathAccess,
-                           u"The database '%1' can't be made. %2"_s.arg(Shown(path), reason), procedure);
+        throw RuntimeError(ErrorNumber::PathAccess, u"The database '%1' can't be made. %2"_s.arg(Shown(path), reason),
+                           procedure);
     try {
         std::unique_ptr<Database> database = Connect(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
         database->Execute(u"PRAGMA application_id = %1"_s.arg(ApplicationId));
@@ -114,8 +115,8 @@ std::unique_ptr<Database> DBEngine::CreateDatabase(const QString& path)
 /// Reading the schema brings damage to light, and an unfinished transaction to its end.
 std::unique_ptr<Database> DBEngine::ConnectAndLook(const QString& path, Access access)
 {
-    std::unique_ptr<Database> database =
-        Connect(path, access == Access::ReadWrite ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY);
+    std::unique_ptr<Database> database = Connect(path, access == Access::ReadWrite ? SQLITE_OPEN_READWRITE
+                                                                                   : SQLITE_OPEN_READONLY);
     database->QueryValue(u"SELECT count(*) FROM sqlite_schema"_s);
     return database;
 }
@@ -143,11 +144,15 @@ std::unique_ptr<Database> DBEngine::OpenDatabase(const QString& path, Access acc
                            u"DBEngine::OpenDatabase"_s);
     const qint64 version = database->QueryValue(u"PRAGMA user_version"_s).ToLong();
     if (access == Access::ReadWrite && version > FormatVersion)
-        throw RuntimeError(ErrorNumber::CannotOpen,
-                           u"'%1' was made by a newer version of the program (format %2, this one knows %3); it can be opened for reading only."_s.arg(
-                               Shown(path)).arg(version).arg(FormatVersion),
-                           u"DBEngine::OpenDatabase"_s);
-    const qint64 expected = database->QueryValue(u"PRAGMA page_count"_s).ToLong() * database->QueryValue(u"PRAGMA page_size"_s).ToLong();
+        throw RuntimeError(
+            ErrorNumber::CannotOpen,
+            u"'%1' was made by a newer version of the program (format %2, this one knows %3); it can be opened for "
+            "reading only."_s.arg(Shown(path))
+                .arg(version)
+                .arg(FormatVersion),
+            u"DBEngine::OpenDatabase"_s);
+    const qint64 expected = database->QueryValue(u"PRAGMA page_count"_s).ToLong()
+                            * database->QueryValue(u"PRAGMA page_size"_s).ToLong();
     if (QFileInfo(path).size() < expected)
         throw RuntimeError(ErrorNumber::Corrupt, u"'%1' is damaged or incomplete."_s.arg(Shown(path)),
                            u"DBEngine::OpenDatabase"_s);
@@ -161,7 +166,8 @@ void DBEngine::CompactDatabase(const QString& source, const QString& target)
 {
     const QString procedure = u"DBEngine::CompactDatabase"_s;
     if (QFileInfo::exists(target))
-        throw RuntimeError(ErrorNumber::DatabaseExists, u"The file '%1' exists already."_s.arg(Shown(target)), procedure);
+        throw RuntimeError(ErrorNumber::DatabaseExists, u"The file '%1' exists already."_s.arg(Shown(target)),
+                           procedure);
     if (const QString reason = WhyNotWritable(target); !reason.isEmpty())
         throw RuntimeError(ErrorNumber::PathAccess, u"'%1' can't be made. %2"_s.arg(Shown(target), reason), procedure);
     const QString interim = InterimName(target);
@@ -169,7 +175,8 @@ void DBEngine::CompactDatabase(const QString& source, const QString& target)
     try {
         const std::unique_ptr<Database> database = OpenDatabase(source);
         if (const QString reason = ReplaceContents(interim, {}, QFile::permissions(source)); !reason.isEmpty())
-            throw RuntimeError(ErrorNumber::PathAccess, u"'%1' can't be made: %2."_s.arg(Shown(target), reason), procedure);
+            throw RuntimeError(ErrorNumber::PathAccess, u"'%1' can't be made: %2."_s.arg(Shown(target), reason),
+                               procedure);
         // In this mode the lock that the transaction takes is kept until the connection closes.
         database->QueryValue(u"PRAGMA locking_mode = EXCLUSIVE"_s);
         database->Execute(u"BEGIN EXCLUSIVE"_s);

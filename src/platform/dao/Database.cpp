@@ -85,8 +85,7 @@ void Database::RequireTransaction() const
 qint64 Database::Execute(const QString& sql, const Values& values)
 {
     Statement statement = Query(sql, values);
-    while (statement.Step()) {
-    }
+    while (statement.Step()) {}
     return sqlite3_changes64(m_connection);
 }
 

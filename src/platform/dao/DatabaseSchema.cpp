@@ -20,7 +20,8 @@ RuntimeError ItemNotFound(const QString& what, const QString& name)
 void RefuseMisnamedPrimary(const Index& index)
 {
     if (index.Primary && index.Name != PrimaryIndexName)
-        throw RuntimeError(ErrorNumber::ValueNotAllowed, u"A primary index must be named 'PrimaryKey', not '%1'."_s.arg(index.Name),
+        throw RuntimeError(ErrorNumber::ValueNotAllowed,
+                           u"A primary index must be named 'PrimaryKey', not '%1'."_s.arg(index.Name),
                            u"Database::AppendTableDef"_s);
 }
 
@@ -38,7 +39,8 @@ QStringList Database::TableNames()
 
 bool Database::TableExists(const QString& table)
 {
-    return !QueryValue(u"SELECT 1 FROM sqlite_schema WHERE type = 'table' AND name = ? COLLATE NOCASE"_s, {table}).IsNull();
+    return !QueryValue(u"SELECT 1 FROM sqlite_schema WHERE type = 'table' AND name = ? COLLATE NOCASE"_s, {table})
+                .IsNull();
 }
 
 const TableDef& Database::GetTableDef(const QString& table)
@@ -94,7 +96,8 @@ void Database::AppendField(const QString& table, const Field& field)
     const QString name = GetTableDef(table).Name;
     if (GetTableDef(table).FindField(field.Name))
         throw RuntimeError(ErrorNumber::FieldExists,
-                           u"The table '%1' has a column '%2' already."_s.arg(name, field.Name), u"Database::AppendField"_s);
+                           u"The table '%1' has a column '%2' already."_s.arg(name, field.Name),
+                           u"Database::AppendField"_s);
     Transaction transaction(*this);
     Execute(u"ALTER TABLE %1 ADD COLUMN %2"_s.arg(Quoted(name), Catalog::ColumnSql(field, field.Required)));
     Catalog::WriteField(*this, name, field);
@@ -120,7 +123,8 @@ void Database::AppendIndex(const QString& table, const Index& index)
     const QString name = GetTableDef(table).Name;
     if (GetTableDef(table).FindIndex(index.Name))
         throw RuntimeError(ErrorNumber::IndexExists,
-                           u"The table '%1' has an index '%2' already."_s.arg(name, index.Name), u"Database::AppendIndex"_s);
+                           u"The table '%1' has an index '%2' already."_s.arg(name, index.Name),
+                           u"Database::AppendIndex"_s);
     if (index.Primary)
         throw RuntimeError(ErrorNumber::ValueNotAllowed, u"A primary index is made with its table."_s,
                            u"Database::AppendIndex"_s);
@@ -166,9 +170,10 @@ void Database::RefuseIfReferredTo(const QString& table)
 {
     for (const Relation& relation : Relations()) {
         if (relation.Table.compare(table, Qt::CaseInsensitive) == 0)
-            throw RuntimeError(ErrorNumber::RelatedRecordRequired,
-                               u"The table '%1' can't be remade or deleted: '%2' refers to it."_s.arg(table, relation.ForeignTable),
-                               u"Database"_s);
+            throw RuntimeError(
+                ErrorNumber::RelatedRecordRequired,
+                u"The table '%1' can't be remade or deleted: '%2' refers to it."_s.arg(table, relation.ForeignTable),
+                u"Database"_s);
     }
 }
 
@@ -182,8 +187,10 @@ void Database::RebuildTable(const QString& name)
         columns << Quoted(field.Name);
     const QString list = columns.join(u", "_s);
     const QString interim = name + u"~"_s;
-    const bool numbered = std::any_of(table.Fields.begin(), table.Fields.end(), [](const Field& field) { return field.AutoIncrement; });
-    const Value lastNumber = numbered ? QueryValue(u"SELECT seq FROM sqlite_sequence WHERE name = ?"_s, {name}) : Value();
+    const bool numbered = std::any_of(table.Fields.begin(), table.Fields.end(),
+                                      [](const Field& field) { return field.AutoIncrement; });
+    const Value lastNumber = numbered ? QueryValue(u"SELECT seq FROM sqlite_sequence WHERE name = ?"_s, {name})
+                                      : Value();
     Execute(Catalog::CreateTableSql(table, RelationsInto(name), interim));
     Execute(u"INSERT INTO %1 (%2) SELECT %2 FROM %3"_s.arg(Quoted(interim), list, Quoted(name)));
     Execute(u"DROP TABLE "_s + Quoted(name));

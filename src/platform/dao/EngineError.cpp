@@ -62,7 +62,8 @@ RuntimeError CheckError(const QString& detail, const QString& action)
         if (rule == known.Name)
             return {known.Number, QString::fromLatin1(known.Text).arg(column), action};
     }
-    return {ErrorNumber::ValueNotAllowed, u"The value of '%1' is not allowed; nothing was changed."_s.arg(column), action};
+    return {ErrorNumber::ValueNotAllowed, u"The value of '%1' is not allowed; nothing was changed."_s.arg(column),
+            action};
 }
 
 RuntimeError ConstraintError(int code, const QString& detail, const QString& action)

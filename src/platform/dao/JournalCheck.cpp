@@ -24,10 +24,11 @@ constexpr qint64 LongestName = 4096;
 
 [[noreturn]] void Refuse(const QString& path, const QString& reason)
 {
-    throw RuntimeError(ErrorNumber::NotADatabase,
-                       u"'%1' is not opened: %2. The file may come from somebody who means harm; nothing was changed."_s.arg(
-                           QDir::toNativeSeparators(path), reason),
-                       u"RefuseForeignJournal"_s);
+    throw RuntimeError(
+        ErrorNumber::NotADatabase,
+        u"'%1' is not opened: %2. The file may come from somebody who means harm; nothing was changed."_s.arg(
+            QDir::toNativeSeparators(path), reason),
+        u"RefuseForeignJournal"_s);
 }
 
 /// The file as the engine finds it: links of the library itself are followed.
@@ -53,7 +54,8 @@ QByteArray SuperJournalOf(QFile& journal)
         return "?"_ba; // no path that there is
     journal.seek(size - TrailerLength - length);
     const QByteArray name = journal.read(length);
-    const auto sum = std::accumulate(name.begin(), name.end(), quint32(0), [](quint32 so, char byte) { return so + quint32(qint32(byte)); });
+    const auto sum = std::accumulate(name.begin(), name.end(), quint32(0),
+                                     [](quint32 so, char byte) { return so + quint32(qint32(byte)); });
     return sum == qFromBigEndian<quint32>(trailer.constData() + 4) ? name : QByteArray();
 }
 

@@ -26,8 +26,7 @@ RuntimeError NoCurrentRecord()
 
 RuntimeError RecordDeleted()
 {
-    return {ErrorNumber::RecordDeleted, u"The record has been deleted, perhaps by another program."_s,
-            u"Recordset"_s};
+    return {ErrorNumber::RecordDeleted, u"The record has been deleted, perhaps by another program."_s, u"Recordset"_s};
 }
 
 } // namespace
@@ -138,8 +137,8 @@ size_t Recordset::FieldIndex(const QString& name) const
 {
     const Field* field = m_table->FindField(name);
     if (!field)
-        throw RuntimeError(ErrorNumber::ItemNotFound,
-                           u"The table '%1' has no column '%2'."_s.arg(m_table->Name, name), u"Recordset"_s);
+        throw RuntimeError(ErrorNumber::ItemNotFound, u"The table '%1' has no column '%2'."_s.arg(m_table->Name, name),
+                           u"Recordset"_s);
     return size_t(field - m_table->Fields.data());
 }
 
@@ -168,9 +167,10 @@ void Recordset::FetchRow() const
         if (!IsLongColumn(field))
             columns << Quoted(field.Name);
     }
-    Statement row = m_database->Query(u"SELECT %1 FROM %2 WHERE rowid = ?"_s.arg(
-                                          columns.isEmpty() ? u"rowid"_s : columns.join(u", "_s), Quoted(m_table->Name)),
-                                      {key});
+    Statement row = m_database->Query(
+        u"SELECT %1 FROM %2 WHERE rowid = ?"_s.arg(columns.isEmpty() ? u"rowid"_s : columns.join(u", "_s),
+                                                   Quoted(m_table->Name)),
+        {key});
     if (!row.Step())
         throw RecordDeleted();
     m_row.resize(m_table->Fields.size());
@@ -218,7 +218,8 @@ void Recordset::AppendChunk(const QString& field, const Value& chunk)
     const auto pending = m_pending.find(FieldIndex(field));
     if (pending == m_pending.end() || pending->second.IsNull())
         return Set(field, chunk);
-    const bool bytes = std::holds_alternative<QByteArray>(pending->second.Content()) || std::holds_alternative<QByteArray>(chunk.Content());
+    const bool bytes = std::holds_alternative<QByteArray>(pending->second.Content())
+                       || std::holds_alternative<QByteArray>(chunk.Content());
     if (bytes)
         pending->second = Value(pending->second.ToBytes() + chunk.ToBytes());
     else
@@ -257,14 +258,18 @@ Value Recordset::AsStored(const Field& field, const Value& value)
 /// The engine calls it a full disk.
 void Recordset::RefuseWithoutKeysLeft() const
 {
-    const bool numbers = std::any_of(m_table->Fields.begin(), m_table->Fields.end(), [](const Field& field) { return field.AutoIncrement; });
+    const bool numbers = std::any_of(m_table->Fields.begin(), m_table->Fields.end(),
+                                     [](const Field& field) { return field.AutoIncrement; });
     if (!numbers)
         return;
     const Value last = m_database->QueryValue(u"SELECT seq FROM sqlite_sequence WHERE name = ?"_s, {m_table->Name});
     if (last.ToLong() >= LastKey)
-        throw RuntimeError(ErrorNumber::Overflow,
-                           u"The table '%1' has no numbers left for new rows (%2 is the last one): the library can take no more of them."_s.arg(
-                               m_table->Name).arg(LastKey), u"Recordset::Update"_s);
+        throw RuntimeError(
+            ErrorNumber::Overflow,
+            u"The table '%1' has no numbers left for new rows (%2 is the last one): the library can take no more of "
+            "them."_s.arg(m_table->Name)
+                .arg(LastKey),
+            u"Recordset::Update"_s);
 }
 
 void Recordset::Insert()
@@ -277,9 +282,9 @@ void Recordset::Insert()
     }
     const QString marks = QStringList(columns.size(), u"?"_s).join(u", "_s);
     RefuseWithoutKeysLeft();
-    m_database->Execute(columns.isEmpty()
-                            ? u"INSERT INTO %1 DEFAULT VALUES"_s.arg(Quoted(m_table->Name))
-                            : u"INSERT INTO %1 (%2) VALUES (%3)"_s.arg(Quoted(m_table->Name), columns.join(u", "_s), marks),
+    m_database->Execute(columns.isEmpty() ? u"INSERT INTO %1 DEFAULT VALUES"_s.arg(Quoted(m_table->Name))
+                                          : u"INSERT INTO %1 (%2) VALUES (%3)"_s.arg(Quoted(m_table->Name),
+                                                                                     columns.join(u", "_s), marks),
                         values);
     m_lastModified = m_database->LastInsertedRowKey();
     const bool wasAtEnd = m_position >= RecordCount();

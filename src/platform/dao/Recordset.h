@@ -89,7 +89,7 @@ private:
     bool m_noMatch = false;
     Mark m_lastModified = 0;
     Mode m_mode = Mode::Browse;
-    std::map<size_t, Value> m_pending; ///< by column index
+    std::map<size_t, Value> m_pending;               ///< by column index
     mutable std::vector<std::optional<Value>> m_row; ///< of the current row, empty until fetched
     mutable QHash<Mark, qint64> m_positions;         ///< of keys, filled when first needed
 };

@@ -9,9 +9,8 @@ namespace {
 template <class Named>
 const Named* FindByName(const std::vector<Named>& all, const QString& name)
 {
-    const auto found = std::find_if(all.begin(), all.end(), [&name](const Named& one) {
-        return one.Name.compare(name, Qt::CaseInsensitive) == 0;
-    });
+    const auto found = std::find_if(
+        all.begin(), all.end(), [&name](const Named& one) { return one.Name.compare(name, Qt::CaseInsensitive) == 0; });
     return found == all.end() ? nullptr : &*found;
 }
 

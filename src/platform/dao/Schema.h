@@ -15,7 +15,7 @@ enum class FieldType {
     Integer = 3, ///< 16 bits, signed
     Long = 4,    ///< 32 bits, signed
     Date = 8,
-    Text = 10,        ///< at most Size characters
+    Text = 10, ///< at most Size characters
     LongBinary = 11,
     Memo = 12,
 };

@@ -16,10 +16,7 @@ class Value {
 public:
     Value() = default; ///< Null
     template <std::integral Integer>
-        requires(!std::same_as<Integer, bool>)
-    Value(Integer number) : m_value(qint64(number))
-    {
-    }
+    requires(!std::same_as<Integer, bool>) Value(Integer number) : m_value(qint64(number)) {}
     template <std::same_as<bool> Boolean>
     Value(Boolean value) : m_value(qint64(value ? -1 : 0))
     {

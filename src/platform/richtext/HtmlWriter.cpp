@@ -42,7 +42,8 @@ QString Style(const CharFormat& format, const RichTextDocument& document, const 
     if (format.Italic)
         styles << u"font-style:italic"_s;
     if (format.Underline || format.Strike)
-        styles << u"text-decoration:"_s + (format.Underline ? u" underline"_s : QString()) + (format.Strike ? u" line-through"_s : QString());
+        styles << u"text-decoration:"_s + (format.Underline ? u" underline"_s : QString())
+                      + (format.Strike ? u" line-through"_s : QString());
     if (format.Color != AutomaticColor && format.Color != 0)
         styles << u"color:"_s + HtmlColor(format.Color);
     if (format.BackColor != AutomaticColor)
@@ -65,8 +66,9 @@ QString WriteHtml(const RichTextDocument& document, const QString& title)
 {
     const CharFormat base = document.FormatAt(0);
     QString html = u"<!DOCTYPE html>\n<html>\n<head>\n<meta charset=\"utf-8\">\n<title>%1</title>\n</head>\n<body>\n"
-                   "<pre style=\"font-family:'%2',monospace;font-size:%3pt\">"_s.arg(
-                       title.toHtmlEscaped(), FontName(document, base.Font)).arg(base.HalfPoints / 2.0);
+                   "<pre style=\"font-family:'%2',monospace;font-size:%3pt\">"_s
+                       .arg(title.toHtmlEscaped(), FontName(document, base.Font))
+                       .arg(base.HalfPoints / 2.0);
     const QString& text = document.Text();
     for (auto run = document.Runs().RunAt(0); run != document.Runs().End() && run->first < text.size(); ++run) {
         const auto next = std::next(run);

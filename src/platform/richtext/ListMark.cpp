@@ -19,8 +19,9 @@ QString RomanNumber(int number)
         int Value;
         const char* Letters;
     };
-    static constexpr Roman romans[] = {{1000, "m"}, {900, "cm"}, {500, "d"}, {400, "cd"}, {100, "c"}, {90, "xc"}, {50, "l"},
-                                       {40, "xl"},  {10, "x"},   {9, "ix"},  {5, "v"},    {4, "iv"},  {1, "i"}};
+    static constexpr Roman romans[] = {{1000, "m"}, {900, "cm"}, {500, "d"}, {400, "cd"}, {100, "c"},
+                                       {90, "xc"},  {50, "l"},   {40, "xl"}, {10, "x"},   {9, "ix"},
+                                       {5, "v"},    {4, "iv"},   {1, "i"}};
     QString text;
     for (const Roman& roman : romans) {
         for (; number >= roman.Value; number -= roman.Value)

@@ -62,7 +62,8 @@ bool RichText::IsProtected(qsizetype position, qsizetype length) const
     };
     if (length == 0) // between two protected characters
         return guarded(position - 1) && guarded(position);
-    for (auto run = m_document.Runs().RunAt(position); run != m_document.Runs().End() && run->first < position + length; ++run) {
+    for (auto run = m_document.Runs().RunAt(position); run != m_document.Runs().End() && run->first < position + length;
+         ++run) {
         if (m_document.Format(run->second).Protected)
             return true;
     }
@@ -258,7 +259,8 @@ void RichText::SetSelAlignment(TextAlignment alignment)
 
 std::optional<int> RichText::SelIndent() const
 {
-    return ReadParagraphs([](const ParagraphFormat& format) { return format.LeftIndent + std::min(0, format.FirstIndent); });
+    return ReadParagraphs(
+        [](const ParagraphFormat& format) { return format.LeftIndent + std::min(0, format.FirstIndent); });
 }
 
 void RichText::SetSelIndent(int twips)

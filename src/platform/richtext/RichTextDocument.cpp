@@ -21,9 +21,8 @@ CharFormat DefaultFormatOf(const RtfFont& font)
 /// Both are as long and have their line ends, or halves of them, at the same places.
 bool HasSameLineEnds(QStringView left, QStringView right)
 {
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](QChar a, QChar b) {
-        return a == b || (a != CR && a != LF && b != CR && b != LF);
-    });
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                      [](QChar a, QChar b) { return a == b || (a != CR && a != LF && b != CR && b != LF); });
 }
 
 } // namespace
@@ -82,7 +81,9 @@ quint16 RichTextDocument::NumberOfFontName(const QString& name)
 
 RichTextDocument::Range RichTextDocument::WithWholeLineEnds(qsizetype position, qsizetype length) const
 {
-    const auto splits = [this](qsizetype at) { return at > 0 && at < Length() && m_text[at] == LF && m_text[at - 1] == CR; };
+    const auto splits = [this](qsizetype at) {
+        return at > 0 && at < Length() && m_text[at] == LF && m_text[at - 1] == CR;
+    };
     if (length > 0 && splits(position + length))
         ++length;
     if (splits(position)) {

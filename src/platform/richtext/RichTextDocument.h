@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/richtext/RunMap.h"
 #include "platform/richtext/RtfPlainText.h"
+#include "platform/richtext/RunMap.h"
 #include "platform/richtext/TextFormats.h"
 
 #include <QList>
@@ -30,7 +30,10 @@ public:
     // Formats by number
     const CharFormat& FormatAt(qsizetype position) const { return m_formats[m_runs.ValueAt(position)]; }
     const CharFormat& Format(quint32 number) const { return m_formats[number]; }
-    const ParagraphFormat& ParagraphAt(qsizetype position) const { return m_paragraphFormats[m_paragraphs.ValueAt(position)]; }
+    const ParagraphFormat& ParagraphAt(qsizetype position) const
+    {
+        return m_paragraphFormats[m_paragraphs.ValueAt(position)];
+    }
     const ParagraphFormat& Paragraph(quint32 number) const { return m_paragraphFormats[number]; }
     const RunMap& Runs() const { return m_runs; }
     const RunMap& ParagraphRuns() const { return m_paragraphs; }

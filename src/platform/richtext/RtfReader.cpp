@@ -21,7 +21,18 @@ constexpr size_t DeepestNesting = 2000;
 constexpr qsizetype LargestPicture = 64 * 1024 * 1024;
 
 /// Where the text of a group goes.
-enum class Destination { Body, Skip, FontTable, ColorTable, ListTable, ListOverrides, Picture, FieldInstruction, Numbering, Language };
+enum class Destination {
+    Body,
+    Skip,
+    FontTable,
+    ColorTable,
+    ListTable,
+    ListOverrides,
+    Picture,
+    FieldInstruction,
+    Numbering,
+    Language
+};
 
 class Reader {
 public:
@@ -55,12 +66,13 @@ private:
         int List = 0;           ///< the number by which the text names its list; 0: none
         quint32 Link = 0;       ///< of the field whose group this is
         bool InTable = false;
-        bool Starred = false;   ///< the group began with \*: an unknown word means that it is skipped
+        bool Starred = false; ///< the group began with \*: an unknown word means that it is skipped
     };
 
     void Take(const RtfToken& token)
     {
-        const bool isText = token.What == RtfToken::Byte || token.What == RtfToken::Characters || token.What == RtfToken::Symbol;
+        const bool isText = token.What == RtfToken::Byte || token.What == RtfToken::Characters
+                            || token.What == RtfToken::Symbol;
         if (!isText)
             FlushBytes();
         switch (token.What) {
@@ -428,7 +440,8 @@ private:
             QStringView Symbol;
             QStringView Text;
         };
-        static constexpr Row rows[] = {{u"\\", u"\\"}, {u"{", u"{"}, {u"}", u"}"}, {u"~", u"\u00a0"}, {u"_", u"\u2011"}, {u"-", u"\u00ad"}, {u"\t", u"\t"}};
+        static constexpr Row rows[] = {{u"\\", u"\\"},    {u"{", u"{"},      {u"}", u"}"},  {u"~", u"\u00a0"},
+                                       {u"_", u"\u2011"}, {u"-", u"\u00ad"}, {u"\t", u"\t"}};
         for (const Row& row : rows) {
             if (row.Symbol == symbol)
                 return TakeText(row.Text);
@@ -462,7 +475,8 @@ private:
     {
         if (m_bytes.isEmpty())
             return;
-        const QString text = DecodeCodePage(m_bytes, m_state.Where == Destination::FontTable ? m_fonts.CodePageOfName() : CurrentCodePage());
+        const QString text = DecodeCodePage(m_bytes, m_state.Where == Destination::FontTable ? m_fonts.CodePageOfName()
+                                                                                             : CurrentCodePage());
         m_bytes.clear();
         Route(text);
     }
@@ -649,7 +663,7 @@ private:
     size_t m_tooDeep = 0;
     int m_skipFallback = 0;
     int m_codePage = 1252;
-    QByteArray m_bytes; ///< of the code page, not decoded yet
+    QByteArray m_bytes;           ///< of the code page, not decoded yet
     qsizetype m_pendingCells = 0; ///< ends of cells before which nothing has come since
     bool m_endedByParagraph = false;
     bool m_behindCr = false; ///< a line feed that comes now belongs to the line end before

@@ -10,10 +10,10 @@ struct RtfToken {
         End,
         GroupBegin,
         GroupEnd,
-        Word,   ///< a control word, perhaps with a number
-        Symbol, ///< a control symbol, in Text
-        Byte,   ///< a character of the code page, in Number
-        Binary, ///< raw data, in Text
+        Word,       ///< a control word, perhaps with a number
+        Symbol,     ///< a control symbol, in Text
+        Byte,       ///< a character of the code page, in Number
+        Binary,     ///< raw data, in Text
         Characters, ///< a stretch of ordinary characters
     };
     Kind What = End;

@@ -3,8 +3,8 @@
 #include "platform/richtext/RtfPlainText.h"
 
 #include <algorithm>
-#include <limits>
 #include <array>
+#include <limits>
 #include <map>
 #include <optional>
 
@@ -19,7 +19,8 @@ constexpr char16_t FirstNonAscii = 0x7f;
 
 bool IsPlain(char16_t character)
 {
-    return character >= FirstPrintable && character < FirstNonAscii && character != u'\\' && character != u'{' && character != u'}';
+    return character >= FirstPrintable && character < FirstNonAscii && character != u'\\' && character != u'{'
+           && character != u'}';
 }
 
 void AppendCharacter(QByteArray& out, char16_t character)
@@ -45,7 +46,8 @@ void AppendText(QByteArray& out, QStringView text)
             ++i;
         const qsizetype old = out.size();
         out.resize(old + i - begin);
-        std::transform(text.begin() + begin, text.begin() + i, out.begin() + old, [](QChar c) { return char(c.unicode()); });
+        std::transform(text.begin() + begin, text.begin() + i, out.begin() + old,
+                       [](QChar c) { return char(c.unicode()); });
         if (i < text.size())
             AppendCharacter(out, text[i++].unicode());
     }
@@ -73,7 +75,7 @@ void AppendFontTable(QByteArray& out, const std::vector<FontInfo>& fonts)
     out += "{\\fonttbl";
     for (size_t i = 0; i < fonts.size(); ++i) {
         out += "{\\f" + QByteArray::number(i) + "\\f" + fonts[i].Family.toLatin1() + "\\fcharset"
-            + QByteArray::number(fonts[i].CharSet) + ' ';
+               + QByteArray::number(fonts[i].CharSet) + ' ';
         AppendText(out, fonts[i].Name);
         out += ";}";
     }
@@ -153,8 +155,8 @@ private:
             return;
         m_out += "\r\n{\\colortbl ;";
         for (const quint32 color : m_colors)
-            m_out += "\\red" + QByteArray::number(color & 0xff) + "\\green" + QByteArray::number(color >> 8 & 0xff) + "\\blue"
-                + QByteArray::number(color >> 16 & 0xff) + ';';
+            m_out += "\\red" + QByteArray::number(color & 0xff) + "\\green" + QByteArray::number(color >> 8 & 0xff)
+                     + "\\blue" + QByteArray::number(color >> 16 & 0xff) + ';';
         m_out += "}";
     }
 
@@ -176,8 +178,9 @@ private:
     /// What stands before the paragraph, for readers that know no lists.
     void WriteListText(const ParagraphFormat& paragraph)
     {
-        m_out += paragraph.List == ListKind::Bullet ? QByteArray("{\\pntext\\bullet\\tab}")
-                                                    : "{\\pntext " + ListMark(paragraph.List, m_listNumber).toLatin1() + "\\tab}";
+        m_out += paragraph.List == ListKind::Bullet
+                     ? QByteArray("{\\pntext\\bullet\\tab}")
+                     : "{\\pntext " + ListMark(paragraph.List, m_listNumber).toLatin1() + "\\tab}";
         m_wordOpen = false;
     }
 
@@ -192,7 +195,7 @@ private:
             m_wordOpen = false;
         } else if (paragraph.List != ListKind::None) {
             m_out += "{\\*\\pn\\pnlvlbody" + QByteArray(NumberingWord(paragraph.List)) + "\\pnstart"
-                + QByteArray::number(paragraph.ListStart) + "{\\pntxta.}}";
+                     + QByteArray::number(paragraph.ListStart) + "{\\pntxta.}}";
             m_wordOpen = false;
         }
         if (paragraph.ListLevel != 0)
@@ -385,7 +388,10 @@ QString WithLanguageInRtf(const QString& rtf, const QString& language)
     QString changed = rtf;
     changed.remove(begin, end - begin);
     const qsizetype table = changed.indexOf(u"{\\fonttbl"_s);
-    changed.insert(begin < end ? begin : table >= 0 ? table : signature.size(), QString::fromLatin1(LanguageGroup(language)));
+    changed.insert(begin < end  ? begin
+                   : table >= 0 ? table
+                                : signature.size(),
+                   QString::fromLatin1(LanguageGroup(language)));
     return changed;
 }
 

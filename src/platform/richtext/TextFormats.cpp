@@ -10,7 +10,7 @@ size_t qHash(const FontInfo& font, size_t seed)
 size_t qHash(const CharFormat& format, size_t seed)
 {
     const quint32 flags = quint32(format.Bold) | quint32(format.Italic) << 1 | quint32(format.Underline) << 2
-        | quint32(format.Strike) << 3 | quint32(format.Protected) << 4;
+                          | quint32(format.Strike) << 3 | quint32(format.Protected) << 4;
     return qHashMulti(seed, format.Color, format.BackColor, format.Picture, format.Link,
                       quint32(format.Font) << 16 | format.HalfPoints, flags);
 }

@@ -19,8 +19,9 @@ std::unique_ptr<pcre2_code, Free> Compile(const QString& pattern, uint32_t optio
 {
     int error = 0;
     PCRE2_SIZE place = 0;
-    return std::unique_ptr<pcre2_code, Free>(pcre2_compile(reinterpret_cast<PCRE2_SPTR>(pattern.utf16()), PCRE2_SIZE(pattern.size()),
-                                                           PCRE2_UTF | options, &error, &place, nullptr));
+    return std::unique_ptr<pcre2_code, Free>(pcre2_compile(reinterpret_cast<PCRE2_SPTR>(pattern.utf16()),
+                                                           PCRE2_SIZE(pattern.size()), PCRE2_UTF | options, &error,
+                                                           &place, nullptr));
 }
 
 /// What a match can begin with; everything where the library can't tell.
@@ -78,13 +79,15 @@ Expression::Expression(const QString& pattern, Case sensitivity)
 
 bool Expression::MatchesAt(QStringView text, qsizetype place, Match& match) const
 {
-    const int groups = pcre2_match(m_compiled->Code.get(), reinterpret_cast<PCRE2_SPTR>(text.utf16()), PCRE2_SIZE(text.size()),
-                                   PCRE2_SIZE(place), PCRE2_NO_UTF_CHECK, m_compiled->Data.get(), m_compiled->Context.get());
+    const int groups = pcre2_match(m_compiled->Code.get(), reinterpret_cast<PCRE2_SPTR>(text.utf16()),
+                                   PCRE2_SIZE(text.size()), PCRE2_SIZE(place), PCRE2_NO_UTF_CHECK,
+                                   m_compiled->Data.get(), m_compiled->Context.get());
     if (groups <= 0) // no match, or given up
         return false;
     const PCRE2_SIZE* places = pcre2_get_ovector_pointer(m_compiled->Data.get());
     const auto range = [places](int group) {
-        return places[2 * group] == PCRE2_UNSET ? Range() : Range{qsizetype(places[2 * group]), qsizetype(places[2 * group + 1])};
+        return places[2 * group] == PCRE2_UNSET ? Range()
+                                                : Range{qsizetype(places[2 * group]), qsizetype(places[2 * group + 1])};
     };
     match = {.Whole = range(0), .Group = groups > 1 ? range(1) : Range()};
     return match.Whole.Begin == place; // \K could move it

@@ -10,9 +10,9 @@
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 #include <system_error>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace qb {
@@ -37,7 +37,10 @@ public:
 
 protected:
     explicit Descriptor(const QString& path) : m_path(path) {}
-    void Open(const QString& path, int flags) { m_number = ::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC, 0666); }
+    void Open(const QString& path, int flags)
+    {
+        m_number = ::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC, 0666);
+    }
 
 private:
     QString m_path;
@@ -71,8 +74,11 @@ public:
     {
         const QByteArray own = "/proc/self/fd/" + QByteArray::number(Number());
         m_isComplete = ::fsync(Number()) == 0
-            && (m_isNamed || ::linkat(AT_FDCWD, own.constData(), AT_FDCWD, QFile::encodeName(Path()).constData(), AT_SYMLINK_FOLLOW) == 0)
-            && Close();
+                       && (m_isNamed
+                           || ::linkat(AT_FDCWD, own.constData(), AT_FDCWD, QFile::encodeName(Path()).constData(),
+                                       AT_SYMLINK_FOLLOW)
+                                  == 0)
+                       && Close();
         return m_isComplete;
     }
 
@@ -84,7 +90,8 @@ private:
 [[noreturn]] void Fail(const QString& action, const QString& path)
 {
     throw RuntimeError(ErrorNumber::PathAccess,
-                       u"The file '%1' can't be %2: %3."_s.arg(QDir::toNativeSeparators(path), action, QString::fromLocal8Bit(std::strerror(errno))),
+                       u"The file '%1' can't be %2: %3."_s.arg(QDir::toNativeSeparators(path), action,
+                                                               QString::fromLocal8Bit(std::strerror(errno))),
                        u"CopyFileContents"_s);
 }
 
@@ -92,17 +99,19 @@ private:
 [[noreturn]] void FailToWrite(const Descriptor& source, const Descriptor& target)
 {
     const QString reason = QString::fromLocal8Bit(std::strerror(errno));
-    throw RuntimeError(ErrorNumber::PathAccess,
-                       u"The file '%1' can't be copied to '%2': %3."_s.arg(QDir::toNativeSeparators(source.Path()),
-                                                                             QDir::toNativeSeparators(QFileInfo(target.Path()).path()), reason),
-                       u"CopyFileContents"_s);
+    throw RuntimeError(
+        ErrorNumber::PathAccess,
+        u"The file '%1' can't be copied to '%2': %3."_s.arg(
+            QDir::toNativeSeparators(source.Path()), QDir::toNativeSeparators(QFileInfo(target.Path()).path()), reason),
+        u"CopyFileContents"_s);
 }
 
 /// Copies a piece inside the system, where the file systems can; -1 where they can't.
 ssize_t CopyInside(const Descriptor& source, const Descriptor& target)
 {
     const ssize_t copied = ::copy_file_range(source.Number(), nullptr, target.Number(), nullptr, ChunkLength, 0);
-    const bool cant = copied < 0 && (errno == EXDEV || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP || errno == EBADF);
+    const bool cant =
+        copied < 0 && (errno == EXDEV || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP || errno == EBADF);
     if (copied < 0 && !cant)
         FailToWrite(source, target);
     return copied;
@@ -172,7 +181,8 @@ private:
     std::thread m_thread;
 };
 
-void Copy(const Descriptor& source, const Descriptor& target, qint64 total, const std::function<bool(qint64, qint64)>& progress)
+void Copy(const Descriptor& source, const Descriptor& target, qint64 total,
+          const std::function<bool(qint64, qint64)>& progress)
 {
     std::vector<char> buffer;
     EarlyWriter writer(target);
@@ -189,7 +199,8 @@ void Copy(const Descriptor& source, const Descriptor& target, qint64 total, cons
         done += copied;
         writer.Begin(done);
         if (progress && !progress(done, qMax(done, total)))
-            throw RuntimeError(ErrorNumber::UserInterrupt, u"The copying of '%1' was cancelled."_s.arg(source.Path()), u"CopyFileContents"_s);
+            throw RuntimeError(ErrorNumber::UserInterrupt, u"The copying of '%1' was cancelled."_s.arg(source.Path()),
+                               u"CopyFileContents"_s);
     }
 }
 

@@ -84,7 +84,8 @@ void KeepNoMoreRightsThan(const QString& model, const QString& file)
     struct stat wanted {};
     struct stat state {};
     const QByteArray path = QFile::encodeName(file);
-    if (::stat(QFile::encodeName(model).constData(), &wanted) == 0 && ::lstat(path.constData(), &state) == 0 && S_ISREG(state.st_mode))
+    if (::stat(QFile::encodeName(model).constData(), &wanted) == 0 && ::lstat(path.constData(), &state) == 0
+        && S_ISREG(state.st_mode))
         ::chmod(path.constData(), (state.st_mode & wanted.st_mode & 0777) | S_IRUSR | S_IWUSR);
 }
 
@@ -92,7 +93,8 @@ QString ReplaceContents(const QString& path, const QByteArray& bytes, std::optio
 {
     QSaveFile file(path);
     // The bytes are flushed before commit(), which does not notice that they could not be.
-    const bool done = file.open(QIODevice::WriteOnly) && (!rights || file.setPermissions(*rights)) && file.write(bytes) == bytes.size() && file.flush() && file.commit();
+    const bool done = file.open(QIODevice::WriteOnly) && (!rights || file.setPermissions(*rights))
+                      && file.write(bytes) == bytes.size() && file.flush() && file.commit();
     return done ? QString() : file.errorString();
 }
 

@@ -31,7 +31,8 @@ void KeepNoMoreRightsThan(const QString& model, const QString& file);
 /// Makes @p bytes the contents of the file @p path, in one step. Returns why that could not be done,
 /// in the system's words; the file is as it was then. Empty on success.
 /// A new file gets @p rights, if given.
-QString ReplaceContents(const QString& path, const QByteArray& bytes, std::optional<QFileDevice::Permissions> rights = {});
+QString ReplaceContents(const QString& path, const QByteArray& bytes,
+                        std::optional<QFileDevice::Permissions> rights = {});
 
 /// Writes all of @p length bytes to a file without a buffer. Returns why that could not be done, in the
 /// system's words; empty on success.

@@ -13,9 +13,8 @@ struct LetterRow {
     char Letter;
     char16_t Character;
 };
-constexpr LetterRow Letters[] = {{'a', u'\a'}, {'b', u'\b'}, {'f', u'\f'}, {'n', u'\n'}, {'r', u'\r'},
-                                 {'t', u'\t'}, {'v', u'\v'}, {'"', u'"'},  {'?', u'?'},  {'\'', u'\''},
-                                 {'\\', u'\\'}, {'0', u'\0'}};
+constexpr LetterRow Letters[] = {{'a', u'\a'}, {'b', u'\b'}, {'f', u'\f'}, {'n', u'\n'},  {'r', u'\r'},  {'t', u'\t'},
+                                 {'v', u'\v'}, {'"', u'"'},  {'?', u'?'},  {'\'', u'\''}, {'\\', u'\\'}, {'0', u'\0'}};
 
 bool IsHexDigit(QChar character)
 {
@@ -91,7 +90,8 @@ QByteArray Encoded(const QString& value)
             text += character;
         afterHex = isControl || (afterHex && IsHexDigit(character));
     }
-    const bool needsQuotes = text.startsWith(u' ') || text.endsWith(u' ') || text.contains(u';') || text.contains(u',') || text.contains(u'=');
+    const bool needsQuotes = text.startsWith(u' ') || text.endsWith(u' ') || text.contains(u';') || text.contains(u',')
+                             || text.contains(u'=');
     return (needsQuotes ? u'"' + text + u'"' : text).toUtf8();
 }
 

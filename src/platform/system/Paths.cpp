@@ -24,7 +24,7 @@ QString MadeFolder(const QString& folder)
 bool IsInstalled(const QString& executableFolder)
 {
     return QFileInfo(executableFolder + QStringLiteral("/../share/quillbase")).isDir()
-        || !QFileInfo(executableFolder).isWritable();
+           || !QFileInfo(executableFolder).isWritable();
 }
 
 } // namespace

@@ -60,8 +60,7 @@ public:
     /// Shows both versions side by side.
     virtual ChosenText ChooseText(const TextChoice& choice) = 0;
     /// The text entered, or nothing when the user cancelled.
-    virtual std::optional<QString> InputBox(const QString& text, const QString& caption,
-                                            const QString& preset) = 0;
+    virtual std::optional<QString> InputBox(const QString& text, const QString& caption, const QString& preset) = 0;
     /// The path chosen, or an empty text when the user cancelled. Saving asks before it
     /// accepts the name of an existing file.
     virtual QString FileName(const FileQuestion& question) = 0;

@@ -56,7 +56,9 @@ class RuntimeError : public std::exception {
 public:
     RuntimeError(long number, QString description, QString source)
         : m_number(number), m_description(std::move(description)), m_source(std::move(source)),
-          m_what(m_description.toUtf8()) {}
+          m_what(m_description.toUtf8())
+    {
+    }
 
     long Number() const { return m_number; }
     const QString& Description() const { return m_description; }

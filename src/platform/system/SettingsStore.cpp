@@ -31,7 +31,8 @@ QString StoreFile(const QString& appName)
 class StoreLock {
 public:
     explicit StoreLock(const QString& file)
-        : m_folder(::open(QFile::encodeName(QFileInfo(file).absolutePath()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+        : m_folder(
+            ::open(QFile::encodeName(QFileInfo(file).absolutePath()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
     {
         constexpr auto Patience = std::chrono::seconds(5);
         constexpr auto Pause = std::chrono::milliseconds(5);
@@ -84,9 +85,9 @@ struct RememberedStore {
 
     bool IsOf(const QString& path, const struct stat& state) const
     {
-        return Path == path && State.st_ino == state.st_ino && State.st_dev == state.st_dev && State.st_size == state.st_size
-            && State.st_mtim.tv_sec == state.st_mtim.tv_sec && State.st_mtim.tv_nsec == state.st_mtim.tv_nsec
-            && State.st_ctim.tv_nsec == state.st_ctim.tv_nsec;
+        return Path == path && State.st_ino == state.st_ino && State.st_dev == state.st_dev
+               && State.st_size == state.st_size && State.st_mtim.tv_sec == state.st_mtim.tv_sec
+               && State.st_mtim.tv_nsec == state.st_mtim.tv_nsec && State.st_ctim.tv_nsec == state.st_ctim.tv_nsec;
     }
 };
 

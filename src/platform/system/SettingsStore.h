@@ -11,8 +11,7 @@ inline const QString SettingsApplication = QStringLiteral("KTQuillbase");
 
 /// Reads one text from the user's settings store: a file of sections and keys named after
 /// @p appName in the ConfigFolder. A missing key yields @p fallback.
-QString GetSetting(const QString& appName, const QString& section, const QString& key,
-                   const QString& fallback = {});
+QString GetSetting(const QString& appName, const QString& section, const QString& key, const QString& fallback = {});
 
 /// Writes one text at once. Raises RuntimeError 75 when the store can't be written; the value
 /// on disk is then the old one.

@@ -26,7 +26,8 @@ const QString StagePrefix = u".unpacking-"_s;
 [[noreturn]] void Fail(const QString& path, const QString& why)
 {
     throw RuntimeError(ErrorNumber::PathAccess,
-                       u"'%1' can't be written: %2. Nothing was changed."_s.arg(QDir::toNativeSeparators(path), why), u"StagedFiles"_s);
+                       u"'%1' can't be written: %2. Nothing was changed."_s.arg(QDir::toNativeSeparators(path), why),
+                       u"StagedFiles"_s);
 }
 
 QString SystemReason()
@@ -60,7 +61,8 @@ StagedFiles::StagedFiles(const QString& folder) : m_folder(QDir::cleanPath(QFile
     if (folder.isEmpty()) // which would be the topmost one
         Fail(folder, u"it is no folder"_s);
     QStringList missing;
-    for (QString path = QDir::cleanPath(m_folder); !QFileInfo::exists(path) && !path.isEmpty(); path = QFileInfo(path).path())
+    for (QString path = QDir::cleanPath(m_folder); !QFileInfo::exists(path) && !path.isEmpty();
+         path = QFileInfo(path).path())
         missing.prepend(path);
     for (const QString& path : std::as_const(missing)) {
         if (!QDir().mkdir(path)) {
@@ -104,7 +106,8 @@ StagedFiles::~StagedFiles()
     if (m_complete || TakeBack())
         DeleteFolder(QDir::cleanPath(m_stage));
     else // it has the only copy of a file, which nobody may sweep away
-        QDir().rename(m_stage, m_folder + u"Files that could not be put back "_s + QUuid::createUuid().toString(QUuid::Id128));
+        QDir().rename(m_stage,
+                      m_folder + u"Files that could not be put back "_s + QUuid::createUuid().toString(QUuid::Id128));
     if (m_lock >= 0)
         ::close(m_lock);
     if (!m_complete)
@@ -172,7 +175,8 @@ bool StagedFiles::Move(const QString& name, bool keepExisting)
             Fail(target, SystemReason());
         m_moved.push_back({target, saved});
     }
-    if (std::rename(QFile::encodeName(m_stage + u"new/"_s + name).constData(), QFile::encodeName(target).constData()) != 0)
+    if (std::rename(QFile::encodeName(m_stage + u"new/"_s + name).constData(), QFile::encodeName(target).constData())
+        != 0)
         Fail(target, SystemReason());
     if (!isOccupied)
         m_moved.push_back({target, {}});
@@ -186,7 +190,8 @@ bool StagedFiles::TakeBack()
     for (auto moved = m_moved.rbegin(); moved != m_moved.rend(); ++moved) {
         if (moved->Saved.isEmpty())
             QFile::remove(moved->Target);
-        else if (std::rename(QFile::encodeName(moved->Saved).constData(), QFile::encodeName(moved->Target).constData()) != 0)
+        else if (std::rename(QFile::encodeName(moved->Saved).constData(), QFile::encodeName(moved->Target).constData())
+                 != 0)
             isBack = false;
     }
     return isBack;

@@ -16,7 +16,7 @@ namespace {
 const QHash<QString, QString>& ButtonKeys()
 {
     static const QHash<QString, QString> keys{
-        {u"mnuWebGoBack"_s, u"BACK"_s},     {u"mnuWebGoForward"_s, u"FORWARD"_s}, {u"mnuWebStop"_s, u"STOP"_s},
+        {u"mnuWebGoBack"_s, u"BACK"_s},   {u"mnuWebGoForward"_s, u"FORWARD"_s}, {u"mnuWebStop"_s, u"STOP"_s},
         {u"mnuWebReload"_s, u"RELOAD"_s}, {u"mnuWebHome"_s, u"HOME"_s},
     };
     return keys;
@@ -24,7 +24,8 @@ const QHash<QString, QString>& ButtonKeys()
 
 } // namespace
 
-BrowserToolbar::BrowserToolbar(const QList<QAction*>& commands, QWidget* parent) : QToolBar(parent), cboURL(new QComboBox)
+BrowserToolbar::BrowserToolbar(const QList<QAction*>& commands, QWidget* parent)
+    : QToolBar(parent), cboURL(new QComboBox)
 {
     setObjectName(u"tbrBrowser"_s);
     for (QAction* command : commands) {

@@ -54,7 +54,8 @@ bool CodeToolbar::IsPresent(quint8 header) const
     CCodeItem* item = m_item();
     if (!item || item->Key().isEmpty())
         return false;
-    return m_details.CurrentView() == DetailsTab::Usage ? item->UsageHeaderPresent(header) : item->CodeHeaderPresent(header);
+    return m_details.CurrentView() == DetailsTab::Usage ? item->UsageHeaderPresent(header)
+                                                        : item->CodeHeaderPresent(header);
 }
 
 void CodeToolbar::UpdateSectionButtons(quint8 current)

@@ -46,7 +46,7 @@ private:
     QHash<quint8, QAction*> m_buttons;
     QHash<quint8, QAction*> m_entries;
     std::pair<int, int> m_shown{-1, -1}; ///< section and headers that the buttons show
-    quint8 m_lastGo = 0; ///< the section that was gone to last: a second click copies it
+    quint8 m_lastGo = 0;                 ///< the section that was gone to last: a second click copies it
 };
 
 } // namespace qb

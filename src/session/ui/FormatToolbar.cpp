@@ -35,7 +35,8 @@ struct FormatRow {
     void (*Run)(Details& details);
 };
 constexpr FormatRow FormatRows[] = {
-    {"BOLD", "mnuBoldItem", "&Bold", "format-text-bold", "Ctrl+B", true, [](Details& details) { details.SetBold(!details.Bold()); }},
+    {"BOLD", "mnuBoldItem", "&Bold", "format-text-bold", "Ctrl+B", true,
+     [](Details& details) { details.SetBold(!details.Bold()); }},
     {"ITALIC", "mnuItalicItem", "&Italic", "format-text-italic", "Ctrl+I", true,
      [](Details& details) { details.SetItalic(!details.Italic()); }},
     {"UNDERLINE", "mnuUnderlineItem", "&Underline", "format-text-underline", "Ctrl+U", true,
@@ -50,8 +51,10 @@ constexpr FormatRow FormatRows[] = {
     {"ALIGN_RIGHT", "mnuAlignmentRight", "Align &Right", "format-justify-right", "", true,
      [](Details& details) { details.SetAlignment(int(TextAlignment::Right)); }},
     {"", "", "", "", "", false, nullptr},
-    {"GROW", "mnuIncreaseIndent", "I&ncrease Indent", "format-indent-more", "", false, [](Details& details) { details.IncreaseIndent(); }},
-    {"SHRINK", "mnuDecreaseIndent", "&Decrease Indent", "format-indent-less", "", false, [](Details& details) { details.DecreaseIndent(); }},
+    {"GROW", "mnuIncreaseIndent", "I&ncrease Indent", "format-indent-more", "", false,
+     [](Details& details) { details.IncreaseIndent(); }},
+    {"SHRINK", "mnuDecreaseIndent", "&Decrease Indent", "format-indent-less", "", false,
+     [](Details& details) { details.DecreaseIndent(); }},
 };
 
 /// A letter over a bar of the colour, sharp at every scale.
@@ -69,7 +72,8 @@ QIcon LetterOver(quint32 color, const QWidget& widget)
         font.setBold(true);
         font.setPixelSize(Size - Bar - 3);
         painter.setFont(font);
-        painter.setPen(QGuiApplication::palette().color(QPalette::WindowText)); // the widget may not have heard of it yet
+        painter.setPen(
+            QGuiApplication::palette().color(QPalette::WindowText)); // the widget may not have heard of it yet
         painter.drawText(QRect(0, 0, Size, Size - Bar), Qt::AlignCenter, u"A"_s);
         painter.fillRect(QRect(2, Size - Bar, Size - 4, Bar - 1), ColorOf(color));
         painter.end();
@@ -143,12 +147,10 @@ void FormatToolbar::MakeFontLists()
     cboFontSize->setObjectName(u"cboFontSize"_s);
     cboFontSize->setAccessibleName(u"Font size"_s);
     cboFontSize->setToolTip(u"Font size"_s);
-    connect(cboFont, &QComboBox::textActivated, this, [this](const QString& name) {
-        Run([&](ctlCodeDetails& details) { details.SetFontName(name); });
-    });
-    connect(cboFontSize, &QComboBox::textActivated, this, [this](const QString& size) {
-        Run([&](ctlCodeDetails& details) { details.SetFontSize(size.toInt()); });
-    });
+    connect(cboFont, &QComboBox::textActivated, this,
+            [this](const QString& name) { Run([&](ctlCodeDetails& details) { details.SetFontName(name); }); });
+    connect(cboFontSize, &QComboBox::textActivated, this,
+            [this](const QString& size) { Run([&](ctlCodeDetails& details) { details.SetFontSize(size.toInt()); }); });
     addWidget(cboFont);
     addWidget(cboFontSize);
     addSeparator();
@@ -233,7 +235,8 @@ void FormatToolbar::AskForColor()
 void FormatToolbar::AskForFont()
 {
     bool chosen = false;
-    const QFont font = QFontDialog::getFont(&chosen, QFont(m_details.FontName(), m_details.FontSize()), this, u"Font"_s);
+    const QFont font = QFontDialog::getFont(&chosen, QFont(m_details.FontName(), m_details.FontSize()), this,
+                                            u"Font"_s);
     if (!chosen)
         return;
     Run([&](ctlCodeDetails& details) {
@@ -297,9 +300,8 @@ void FormatToolbar::FillMenu(QMenu& menu)
     m_menuActions << sizes->menuAction();
     for (int i = 0; i < cboFontSize->count(); ++i) {
         const QString size = cboFontSize->itemText(i);
-        connect(sizes->addAction(size), &QAction::triggered, this, [this, size] {
-            Run([&](ctlCodeDetails& details) { details.SetFontSize(size.toInt()); });
-        });
+        connect(sizes->addAction(size), &QAction::triggered, this,
+                [this, size] { Run([&](ctlCodeDetails& details) { details.SetFontSize(size.toInt()); }); });
     }
     menu.addSeparator();
     for (const Color which : {Color1, Color2}) {

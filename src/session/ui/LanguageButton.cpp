@@ -21,16 +21,18 @@ void LanguageButton::ShowLanguage(const QString& item, const QString& library)
     m_library = library.isEmpty() ? u"no language"_s : library;
     QString shown = item.isEmpty() ? m_library : item;
     setText(shown.replace(u'&', u"&&"_s) + u" \u25be"_s);
-    setToolTip(item.isEmpty() ? u"The code of this item is in the language of the library. Click to choose another one."_s
-                              : u"The code of this item is in a language of its own. Click to choose another one."_s);
+    setToolTip(item.isEmpty()
+                   ? u"The code of this item is in the language of the library. Click to choose another one."_s
+                   : u"The code of this item is in a language of its own. Click to choose another one."_s);
 }
 
 void LanguageButton::OpenList()
 {
-    LanguageChooser::Popup(*this, u"Language of the library (%1)"_s.arg(m_library), m_item, [this](const QString& name) {
-        if (name != m_item)
-            Q_EMIT Chosen(name);
-    });
+    LanguageChooser::Popup(*this, u"Language of the library (%1)"_s.arg(m_library), m_item,
+                           [this](const QString& name) {
+                               if (name != m_item)
+                                   Q_EMIT Chosen(name);
+                           });
 }
 
 } // namespace qb

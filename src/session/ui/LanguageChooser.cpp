@@ -154,7 +154,8 @@ void LanguageChooser::ShowSample()
 {
     const ShippedLanguage* language = m_sample ? ShippedLanguageNamed(Current()) : nullptr;
     if (language)
-        Guarded(u"LanguageChooser"_s, u"ShowSample"_s, [&] { m_sample->ShowLanguage(ReadLanguageFile(language->Path)); });
+        Guarded(u"LanguageChooser"_s, u"ShowSample"_s,
+                [&] { m_sample->ShowLanguage(ReadLanguageFile(language->Path)); });
 }
 
 } // namespace qb

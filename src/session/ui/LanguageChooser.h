@@ -29,7 +29,8 @@ public:
     bool IsEmpty() const;
 
     /// Opens a list beside a button; @p chosen gets the name that the user takes.
-    static void Popup(QWidget& button, const QString& first, const QString& current, const std::function<void(const QString& name)>& chosen);
+    static void Popup(QWidget& button, const QString& first, const QString& current,
+                      const std::function<void(const QString& name)>& chosen);
 
 Q_SIGNALS:
     void CurrentChanged(const QString& name);

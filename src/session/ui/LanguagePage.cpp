@@ -15,14 +15,14 @@
 #include "text/LanguageSample.h"
 #include "text/ui/RichTextLook.h"
 
-#include <QCoreApplication>
 #include <QCheckBox>
+#include <QCoreApplication>
 #include <QFileInfo>
 #include <QFontDatabase>
 #include <QFormLayout>
 #include <QHeaderView>
-#include <QLabel>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -147,7 +147,8 @@ QWidget* LanguagePage::MakeGrid()
     txtEdit->hide();
     txtEdit->installEventFilter(this);
     connect(txtEdit, &QLineEdit::textChanged, this, &LanguagePage::txtEdit_Change);
-    connect(fgrdList->selectionModel(), &QItemSelectionModel::currentChanged, this, &LanguagePage::fgrdList_RowColChange);
+    connect(fgrdList->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            &LanguagePage::fgrdList_RowColChange);
     connect(fgrdList, &QTableView::clicked, this, [this](const QModelIndex& index) {
         if (index.column() == KeywordGridModel::ColouredColumn)
             UpdateColouredTick(index.row());
@@ -195,7 +196,8 @@ QWidget* LanguagePage::MakeButtons()
             control->setText(QString::fromLatin1(button.Caption));
         }
         layout->addWidget(control);
-        connect(control, &QPushButton::clicked, this, [this, run = button.Run] { Guarded(ModuleName, u"LanguagePage"_s, run); });
+        connect(control, &QPushButton::clicked, this,
+                [this, run = button.Run] { Guarded(ModuleName, u"LanguagePage"_s, run); });
     }
     layout->addStretch();
     cmdExport = new QPushButton(u"&Export..."_s);
@@ -208,14 +210,16 @@ QWidget* LanguagePage::MakeButtons()
     m_shipped->setToolTip(u"Take a language that comes with the program"_s);
     m_shipped->setVisible(!ShippedLanguages().isEmpty());
     connect(m_shipped, &QToolButton::clicked, this, [this] {
-        LanguageChooser::Popup(*m_shipped, QString(), m_definer ? m_definer->Values().Language : QString(), [this](const QString& name) {
-            if (const ShippedLanguage* language = ShippedLanguageNamed(name))
-                ImportFile(language->Path);
-        });
+        LanguageChooser::Popup(*m_shipped, QString(), m_definer ? m_definer->Values().Language : QString(),
+                               [this](const QString& name) {
+                                   if (const ShippedLanguage* language = ShippedLanguageNamed(name))
+                                       ImportFile(language->Path);
+                               });
     });
     cmdExport->setAutoDefault(false);
     cmdImport->setAutoDefault(false);
-    for (QWidget* control : {static_cast<QWidget*>(m_shipped), static_cast<QWidget*>(cmdImport), static_cast<QWidget*>(cmdExport)})
+    for (QWidget* control :
+         {static_cast<QWidget*>(m_shipped), static_cast<QWidget*>(cmdImport), static_cast<QWidget*>(cmdExport)})
         layout->addWidget(control);
     connect(cmdExport, &QPushButton::clicked, this, &LanguagePage::ExportLanguageDefinition);
     connect(cmdImport, &QPushButton::clicked, this, &LanguagePage::ImportLanguageDefinition);
@@ -278,13 +282,15 @@ QList<std::pair<QString, QWidget*>> LanguagePage::Places() const
 void LanguagePage::Initialize(KeywordDefiner* definer)
 {
     m_definer = definer;
-    for (QWidget* part : {static_cast<QWidget*>(txtLanguage), static_cast<QWidget*>(txtCommentDelimiter), static_cast<QWidget*>(txtCommentDelimiterStart),
-                          static_cast<QWidget*>(txtCommentDelimiterEnd), static_cast<QWidget*>(lblKeywordColour), static_cast<QWidget*>(lblTextColour),
-                          static_cast<QWidget*>(lblNotesColour), static_cast<QWidget*>(fgrdList), static_cast<QWidget*>(txtRules),
-                          cmdExport->parentWidget()})
+    for (QWidget* part : {static_cast<QWidget*>(txtLanguage), static_cast<QWidget*>(txtCommentDelimiter),
+                          static_cast<QWidget*>(txtCommentDelimiterStart),
+                          static_cast<QWidget*>(txtCommentDelimiterEnd), static_cast<QWidget*>(lblKeywordColour),
+                          static_cast<QWidget*>(lblTextColour), static_cast<QWidget*>(lblNotesColour),
+                          static_cast<QWidget*>(fgrdList), static_cast<QWidget*>(txtRules), cmdExport->parentWidget()})
         part->setEnabled(definer); // the colours by rules are the user's, whatever library is open
     QList<quint32> recent;
-    for (const QString& color : GetSetting(SettingsApplication, u"Colours"_s, u"KeywordDefiner"_s, u"33280,8650752"_s).split(u',', Qt::SkipEmptyParts))
+    for (const QString& color : GetSetting(SettingsApplication, u"Colours"_s, u"KeywordDefiner"_s, u"33280,8650752"_s)
+                                    .split(u',', Qt::SkipEmptyParts))
         recent << color.toUInt();
     for (ColorButton* button : {lblKeywordColour, lblTextColour, lblNotesColour})
         button->SetRecent(recent);
@@ -338,9 +344,11 @@ void LanguagePage::ShowRulesState()
 {
     const LanguageRules rules(txtRules->toPlainText(), {}, {});
     chkCorrectSpelling->setEnabled(m_definer && !rules.Paints());
-    const QString state = rules.Paints() ? u"Texts are painted by these rules, which change no character of them."_s
-                                         : u"Without rules, texts are coloured by the words and comment delimiters alone."_s;
-    m_problems->setText(rules.Problems().isEmpty() ? state : u"Passed over: "_s + rules.Problems().mid(0, 3).join(u' '));
+    const QString state = rules.Paints()
+                              ? u"Texts are painted by these rules, which change no character of them."_s
+                              : u"Without rules, texts are coloured by the words and comment delimiters alone."_s;
+    m_problems->setText(rules.Problems().isEmpty() ? state
+                                                   : u"Passed over: "_s + rules.Problems().mid(0, 3).join(u' '));
 }
 
 void LanguagePage::TakeRules()
@@ -569,7 +577,8 @@ void LanguagePage::ImportFile(const QString& path)
         QCoreApplication::processEvents();
         taken = m_definer->ImportLanguageDefinition(path);
     } catch (const RuntimeError& error) { // what is wrong with the file is no fault of the program
-        Prompts::Current().MsgBox({.Text = error.Description(), .Caption = u"Import Language Definition"_s, .Icon = MsgBoxIcon::Exclamation});
+        Prompts::Current().MsgBox(
+            {.Text = error.Description(), .Caption = u"Import Language Definition"_s, .Icon = MsgBoxIcon::Exclamation});
     }
     InitializeLanguagePage();
     if (taken)

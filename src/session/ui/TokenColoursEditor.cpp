@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr double LeastContrast = 4.5;        ///< of the guidelines for text
+constexpr double LeastContrast = 4.5; ///< of the guidelines for text
 const QColor DarkBackground(0x23, 0x26, 0x29);
 
 } // namespace
@@ -33,7 +33,8 @@ TokenColoursEditor::TokenColoursEditor(QWidget* parent) : QWidget(parent), m_adv
         const auto add = [&](const char* side, TokenColors TokenPalette::*colors, int column) {
             auto* button = new ColorButton(u"%1, %2"_s.arg(caption, QLatin1StringView(side)));
             button->setObjectName(u"cmdColour_%1_%2"_s.arg(QLatin1StringView(kind.Name), QLatin1StringView(side)));
-            connect(button, &ColorButton::ColorChosen, this, [this, colors, which = kind.Kind](quint32 color) { Choose(colors, which, color); });
+            connect(button, &ColorButton::ColorChosen, this,
+                    [this, colors, which = kind.Kind](quint32 color) { Choose(colors, which, color); });
             grid->addWidget(button, row, column, Qt::AlignHCenter);
             return button;
         };

@@ -18,11 +18,13 @@ QPalette SchemePalette(const QColor& window, const QColor& base, const QColor& t
     constexpr int Half = 50; // percent
     QPalette palette(window, window);
     const QColor highlight(0x2f, 0x8c, 0xcc);
-    const QColor faint((text.red() + window.red()) / 2, (text.green() + window.green()) / 2, (text.blue() + window.blue()) / 2);
+    const QColor faint((text.red() + window.red()) / 2, (text.green() + window.green()) / 2,
+                       (text.blue() + window.blue()) / 2);
     palette.setColor(QPalette::Base, base);
     palette.setColor(QPalette::AlternateBase, window);
     palette.setColor(QPalette::ToolTipBase, window);
-    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText}) {
+    for (const QPalette::ColorRole role :
+         {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText}) {
         palette.setColor(role, text);
         palette.setColor(QPalette::Disabled, role, faint);
     }
@@ -38,7 +40,8 @@ QPalette SchemePalette(const QColor& window, const QColor& base, const QColor& t
 std::optional<QPalette> PaletteOf(const QString& colourScheme)
 {
     if (colourScheme == u"Dark"_s)
-        return SchemePalette(QColor(0x2a, 0x2e, 0x32), QColor(0x1b, 0x1e, 0x20), QColor(0xef, 0xf0, 0xf1), QColor(0x4d, 0xb0, 0xf5));
+        return SchemePalette(QColor(0x2a, 0x2e, 0x32), QColor(0x1b, 0x1e, 0x20), QColor(0xef, 0xf0, 0xf1),
+                             QColor(0x4d, 0xb0, 0xf5));
     if (colourScheme == u"Light"_s)
         return SchemePalette(QColor(0xef, 0xf0, 0xf1), Qt::white, QColor(0x23, 0x26, 0x29), QColor(0x1d, 0x6f, 0xb8));
     return std::nullopt;

@@ -14,16 +14,18 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr ColorPreset Presets[] = {
-    {"BLACK", "Black", 0x000000},   {"GREY", "Grey", 0x808080},  {"RED", "Red", 0x0000ff},     {"BROWN", "Brown", 0x004080},
-    {"ORANGE", "Orange", 0x0080ff}, {"KHAKI", "Khaki", 0x6b7d8b}, {"GREEN", "Green", 0x008000}, {"TEAL", "Teal", 0x808000},
-    {"BLUE", "Blue", 0xff0000},     {"NAVY", "Dark blue", 0x800000}, {"PURPLE", "Purple", 0x800080}, {"PINK", "Pink", 0x8040ff},
+    {"BLACK", "Black", 0x000000},    {"GREY", "Grey", 0x808080},     {"RED", "Red", 0x0000ff},
+    {"BROWN", "Brown", 0x004080},    {"ORANGE", "Orange", 0x0080ff}, {"KHAKI", "Khaki", 0x6b7d8b},
+    {"GREEN", "Green", 0x008000},    {"TEAL", "Teal", 0x808000},     {"BLUE", "Blue", 0xff0000},
+    {"NAVY", "Dark blue", 0x800000}, {"PURPLE", "Purple", 0x800080}, {"PINK", "Pink", 0x8040ff},
 };
 
 const QString CustomColorsKey = u"PredefinedColours"_s;
 
 void LoadCustomColors()
 {
-    const QStringList colors = GetSetting(SettingsApplication, u"Settings"_s, CustomColorsKey).split(u',', Qt::SkipEmptyParts);
+    const QStringList colors =
+        GetSetting(SettingsApplication, u"Settings"_s, CustomColorsKey).split(u',', Qt::SkipEmptyParts);
     for (int i = 0; i < int(colors.size()) && i < QColorDialog::customCount(); ++i)
         QColorDialog::setCustomColor(i, ColorOf(colors[i].toUInt()));
 }

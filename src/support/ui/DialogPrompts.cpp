@@ -159,7 +159,8 @@ std::optional<QString> DialogPrompts::InputBox(const QString& text, const QStrin
 {
     const PlainCursor cursor;
     bool ok = false;
-    const QString answer = QInputDialog::getText(QApplication::activeWindow(), caption, text, QLineEdit::Normal, preset, &ok);
+    const QString answer = QInputDialog::getText(QApplication::activeWindow(), caption, text, QLineEdit::Normal, preset,
+                                                 &ok);
     return ok ? std::optional(answer) : std::nullopt;
 }
 

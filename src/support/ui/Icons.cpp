@@ -92,8 +92,8 @@ void InitialiseIcons()
     QIcon::setFallbackThemeName(dark ? u"breeze-dark"_s : u"breeze"_s);
     // Desktops set the folders of icon themes; without one there is only the program's own.
     QStringList folders = QIcon::themeSearchPaths();
-    for (const QString& folder : QStandardPaths::locateAll(QStandardPaths::GenericDataLocation, u"icons"_s,
-                                                           QStandardPaths::LocateDirectory)) {
+    for (const QString& folder :
+         QStandardPaths::locateAll(QStandardPaths::GenericDataLocation, u"icons"_s, QStandardPaths::LocateDirectory)) {
         if (!folders.contains(folder))
             folders << folder;
     }

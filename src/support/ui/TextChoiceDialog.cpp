@@ -32,8 +32,10 @@ TextChoiceDialog::TextChoiceDialog(const TextChoice& choice, QWidget* parent) : 
     question->setWordWrap(true);
     QPlainTextEdit* ownText = MakeText(u"txtOwn"_s, own, from, int(own.size()) - same);
     QPlainTextEdit* theirText = MakeText(u"txtTheirs"_s, theirs, from, int(theirs.size()) - same);
-    connect(ownText->verticalScrollBar(), &QScrollBar::valueChanged, theirText->verticalScrollBar(), &QScrollBar::setValue);
-    connect(theirText->verticalScrollBar(), &QScrollBar::valueChanged, ownText->verticalScrollBar(), &QScrollBar::setValue);
+    connect(ownText->verticalScrollBar(), &QScrollBar::valueChanged, theirText->verticalScrollBar(),
+            &QScrollBar::setValue);
+    connect(theirText->verticalScrollBar(), &QScrollBar::valueChanged, ownText->verticalScrollBar(),
+            &QScrollBar::setValue);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
     QPushButton* keep = buttons->addButton(u"Keep &Mine"_s, QDialogButtonBox::AcceptRole);
     keep->setObjectName(u"cmdOwn"_s);

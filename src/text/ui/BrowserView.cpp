@@ -50,8 +50,9 @@ void BrowserView::MakeBrowser()
 QWidget* BrowserView::MakeExcuse(const QString& reason)
 {
     auto* excuse = new QWidget;
-    auto* label = new QLabel(u"Web pages can't be shown here: %1\n\nInstall Qt WebEngine (libqt6webenginewidgets6), or open the "
-                             "page in your own browser."_s.arg(reason));
+    auto* label = new QLabel(
+        u"Web pages can't be shown here: %1\n\nInstall Qt WebEngine (libqt6webenginewidgets6), or open the "
+        "page in your own browser."_s.arg(reason));
     label->setObjectName(u"lblNoBrowser"_s);
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);

@@ -45,8 +45,9 @@ void BusyLogo::paintEvent(QPaintEvent*)
     const int side = style()->pixelMetric(QStyle::PM_SmallIconSize);
     painter.translate(QRectF(rect()).center());
     painter.rotate(m_angle);
-    IconNamed(u"quillbase"_s).paint(&painter, {-side / 2, -side / 2, side, side}, Qt::AlignCenter,
-                                    IsBusy() ? QIcon::Normal : QIcon::Disabled);
+    IconNamed(u"quillbase"_s)
+        .paint(&painter, {-side / 2, -side / 2, side, side}, Qt::AlignCenter,
+               IsBusy() ? QIcon::Normal : QIcon::Disabled);
 }
 
 } // namespace qb

@@ -26,7 +26,8 @@ private:
     CodeBox& m_box;
 };
 
-CodeBox::CodeBox(const RtfFont& font, QWidget* parent) : RichTextBoxOf(font, parent), m_colours(*document()), m_lineNumbers(new LineNumbersArea(*this))
+CodeBox::CodeBox(const RtfFont& font, QWidget* parent)
+    : RichTextBoxOf(font, parent), m_colours(*document()), m_lineNumbers(new LineNumbersArea(*this))
 {
     m_lineNumbers->setObjectName(QStringLiteral("lineNumbers"));
     setLineWrapMode(QPlainTextEdit::NoWrap);
@@ -156,7 +157,8 @@ void CodeBox::Loaded()
 int CodeBox::LinesInSight() const
 {
     constexpr int Reserve = 2;
-    const int height = std::max(4, QFontMetrics(document()->defaultFont(), viewport()).height() / 2); // a line may be smaller than most
+    const int height = std::max(4, QFontMetrics(document()->defaultFont(), viewport()).height()
+                                       / 2); // a line may be smaller than most
     return viewport()->height() / height + Reserve;
 }
 
@@ -247,8 +249,10 @@ void CodeBox::PaintLineNumbers(QPaintEvent& event)
     painter.setFont(LineNumbersFont());
     const int caret = textCursor().blockNumber();
     QTextBlock block = firstVisibleBlock();
-    for (QRectF place = blockBoundingGeometry(block).translated(contentOffset()); block.isValid() && place.top() <= event.rect().bottom();) {
-        painter.setPen(palette().color(block.blockNumber() == caret ? QPalette::Active : QPalette::Disabled, QPalette::Text));
+    for (QRectF place = blockBoundingGeometry(block).translated(contentOffset());
+         block.isValid() && place.top() <= event.rect().bottom();) {
+        painter.setPen(
+            palette().color(block.blockNumber() == caret ? QPalette::Active : QPalette::Disabled, QPalette::Text));
         const QTextLayout* layout = block.layout();
         const double height = layout->lineCount() > 0 ? layout->lineAt(0).height() : place.height();
         const QRectF line(0, place.top(), m_lineNumbers->width() - Gap, height);

@@ -17,7 +17,8 @@ namespace {
 
 constexpr qsizetype MostMarks = 2000; ///< more can't be told apart, and cost time
 
-QToolButton* MakeButton(const QString& name, const QString& text, const QString& icon, const QString& tip, bool checkable)
+QToolButton* MakeButton(const QString& name, const QString& text, const QString& icon, const QString& tip,
+                        bool checkable)
 {
     auto* button = new QToolButton;
     button->setObjectName(name);

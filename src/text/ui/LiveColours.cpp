@@ -56,7 +56,7 @@ void LiveColours::Changed(int position, int added)
 bool LiveColours::IsHeader(const QTextBlock& block) const
 {
     return ReadsLikeHeader(block.text()) && block.begin() != block.end()
-        && block.begin().fragment().charFormat().fontWeight() == QFont::Bold;
+           && block.begin().fragment().charFormat().fontWeight() == QFont::Bold;
 }
 
 QList<QTextLayout::FormatRange> LiveColours::FormatsOf(const QTextBlock& block)

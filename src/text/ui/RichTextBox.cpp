@@ -35,12 +35,15 @@ void RichTextBox::PaintListMarks(QPaintEvent* event)
         if (list != 0 && layout->lineCount() > 0) {
             number = list == listBefore ? number + 1 : ListNumberOf(block);
             const QTextLine line = layout->lineAt(0);
-            const QTextCharFormat look = block.begin().atEnd() ? block.charFormat() : block.begin().fragment().charFormat();
+            const QTextCharFormat look = block.begin().atEnd() ? block.charFormat()
+                                                               : block.begin().fragment().charFormat();
             const QString mark = ListMark(paragraph.List, number);
             painter.setFont(look.font());
-            painter.setPen(look.hasProperty(QTextFormat::ForegroundBrush) ? look.foreground().color() : palette().color(QPalette::Text));
+            painter.setPen(look.hasProperty(QTextFormat::ForegroundBrush) ? look.foreground().color()
+                                                                          : palette().color(QPalette::Text));
             const double width = painter.fontMetrics().horizontalAdvance(mark);
-            painter.drawText(place + QPointF(line.naturalTextRect().left() - width - Gap, line.y() + line.ascent()), mark);
+            painter.drawText(place + QPointF(line.naturalTextRect().left() - width - Gap, line.y() + line.ascent()),
+                             mark);
         }
         listBefore = list;
     }
@@ -50,7 +53,8 @@ int RichTextBox::ListNumberOf(const QTextBlock& block) const
 {
     const quint32 list = RichTextLook::NumberOf(block.blockFormat());
     int before = 0;
-    for (QTextBlock at = block.previous(); at.isValid() && RichTextLook::NumberOf(at.blockFormat()) == list; at = at.previous())
+    for (QTextBlock at = block.previous(); at.isValid() && RichTextLook::NumberOf(at.blockFormat()) == list;
+         at = at.previous())
         ++before;
     return Page().ParagraphOf(block).ListStart + before;
 }

@@ -155,12 +155,12 @@ private:
     RichTextPage m_page;
     ZoomDevice m_device;
     UndoNames m_undoNames;
-    QColor m_background; ///< that the looks were made for
+    QColor m_background;    ///< that the looks were made for
     int m_changeEnd = 0;    ///< of what was taken back last, in the text document
     bool m_loading = false; ///< another text is being shown
     bool m_showingColours = false;
-    bool m_waits = false;   ///< the text document does not show the text yet
-    bool m_showing = false; ///< the text document is being changed from here
+    bool m_waits = false;      ///< the text document does not show the text yet
+    bool m_showing = false;    ///< the text document is being changed from here
     bool m_named = false;      ///< the step of undo is given its name by who makes it
     bool m_joinsSteps = false; ///< an edit is undone together with one like it before
     bool m_takesForeignLooks = true;

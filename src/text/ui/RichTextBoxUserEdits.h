@@ -104,7 +104,7 @@ template <class Editor>
 bool RichTextBoxOf<Editor>::canInsertFromMimeData(const QMimeData* source) const
 {
     return source->hasText() || source->hasHtml() || (m_takesForeignLooks && source->hasImage())
-        || !RtfOfMime(*source, false).isEmpty();
+           || !RtfOfMime(*source, false).isEmpty();
 }
 
 template <class Editor>
@@ -127,7 +127,8 @@ template <class Editor>
 bool RichTextBoxOf<Editor>::DeleteTo(QTextCursor::MoveOperation operation)
 {
     QTextCursor cursor = this->textCursor();
-    if (!cursor.hasSelection() && !cursor.movePosition(operation, QTextCursor::KeepAnchor) && operation == QTextCursor::EndOfBlock)
+    if (!cursor.hasSelection() && !cursor.movePosition(operation, QTextCursor::KeepAnchor)
+        && operation == QTextCursor::EndOfBlock)
         cursor.movePosition(QTextCursor::Right, QTextCursor::KeepAnchor); // at the end of its line already
     if (!cursor.hasSelection())
         return true;
@@ -215,9 +216,11 @@ bool RichTextBoxOf<Editor>::EditByKey(const QKeyEvent& event)
     }
     const QString text = event.text();
     const Qt::KeyboardModifiers modifiers = event.modifiers() & ~noCommand;
-    const bool isCommand = modifiers == Qt::ControlModifier || modifiers == Qt::AltModifier || (modifiers & Qt::MetaModifier);
-    if (text.isEmpty() || isCommand || (!text[0].isPrint() && text[0] != u'\t' && text[0].category() != QChar::Other_Format
-                                        && !text[0].isSurrogate()))
+    const bool isCommand = modifiers == Qt::ControlModifier || modifiers == Qt::AltModifier
+                           || (modifiers & Qt::MetaModifier);
+    if (text.isEmpty() || isCommand
+        || (!text[0].isPrint() && text[0] != u'\t' && text[0].category() != QChar::Other_Format
+            && !text[0].isSurrogate()))
         return false;
     TypeText(text);
     return true;
@@ -232,7 +235,8 @@ void RichTextBoxOf<Editor>::keyPressEvent(QKeyEvent* event)
     // The editor moves the caret, selects and copies. What else it would do to the text it is not asked for.
     static constexpr int edits[] = {Qt::Key_Backspace, Qt::Key_Delete, Qt::Key_Direction_L, Qt::Key_Direction_R};
     const bool isSafe = event->matches(QKeySequence::Copy) || event->matches(QKeySequence::SelectAll)
-        || (event->text().isEmpty() && std::find(std::begin(edits), std::end(edits), event->key()) == std::end(edits));
+                        || (event->text().isEmpty()
+                            && std::find(std::begin(edits), std::end(edits), event->key()) == std::end(edits));
     if (this->isReadOnly() || isSafe)
         Editor::keyPressEvent(event);
     else
@@ -268,8 +272,9 @@ void RichTextBoxOf<Editor>::mousePressEvent(QMouseEvent* event)
     // A protected selection can't be dragged away: a press on it begins anew.
     const QTextCursor pressed = this->cursorForPosition(event->position().toPoint());
     const QTextCursor selection = this->textCursor();
-    if (event->button() == Qt::LeftButton && event->modifiers() == Qt::NoModifier && m_text.SelLength() > 0 && HoldsProtected()
-        && pressed.position() >= selection.selectionStart() && pressed.position() <= selection.selectionEnd())
+    if (event->button() == Qt::LeftButton && event->modifiers() == Qt::NoModifier && m_text.SelLength() > 0
+        && HoldsProtected() && pressed.position() >= selection.selectionStart()
+        && pressed.position() <= selection.selectionEnd())
         this->setTextCursor(pressed);
     Editor::mousePressEvent(event);
 }
@@ -279,7 +284,8 @@ void RichTextBoxOf<Editor>::mouseReleaseEvent(QMouseEvent* event)
 {
     Editor::mouseReleaseEvent(event);
     const QString target = this->anchorAt(event->position().toPoint());
-    if (event->button() == Qt::LeftButton && !target.isEmpty() && (this->isReadOnly() || event->modifiers() == Qt::ControlModifier))
+    if (event->button() == Qt::LeftButton && !target.isEmpty()
+        && (this->isReadOnly() || event->modifiers() == Qt::ControlModifier))
         ActivateLink(target);
 }
 
@@ -322,8 +328,8 @@ template <class Editor>
 void RichTextBoxOf<Editor>::contextMenuEvent(QContextMenuEvent* event)
 {
     QMenu menu(this);
-    const auto add = [&](const char* name, const char* icon, const QString& caption, QKeySequence::StandardKey key, bool enabled,
-                         auto run) {
+    const auto add = [&](const char* name, const char* icon, const QString& caption, QKeySequence::StandardKey key,
+                         bool enabled, auto run) {
         QAction* action = menu.addAction(IconNamed(QLatin1StringView(icon)), caption);
         action->setObjectName(QLatin1StringView(name));
         action->setShortcut(key);
@@ -343,10 +349,13 @@ void RichTextBoxOf<Editor>::contextMenuEvent(QContextMenuEvent* event)
     add("mnuCut", "edit-cut", u"Cu&t"_s, QKeySequence::Cut, selected && !this->isReadOnly(), [this] { Cut(); });
     add("mnuCopy", "edit-copy", u"&Copy"_s, QKeySequence::Copy, selected, [this] { Copy(); });
     add("mnuPaste", "edit-paste", u"&Paste"_s, QKeySequence::Paste, CanPaste(), [this] { Paste(); });
-    add("mnuPastePlain", "", u"Paste Plain &Text"_s, QKeySequence::UnknownKey, CanPaste(), [this] { PastePlainText(); });
-    add("mnuClear", "edit-delete", u"&Delete"_s, QKeySequence::Delete, selected && !this->isReadOnly(), [this] { Clear(); });
+    add("mnuPastePlain", "", u"Paste Plain &Text"_s, QKeySequence::UnknownKey, CanPaste(),
+        [this] { PastePlainText(); });
+    add("mnuClear", "edit-delete", u"&Delete"_s, QKeySequence::Delete, selected && !this->isReadOnly(),
+        [this] { Clear(); });
     menu.addSeparator();
-    add("mnuSelectAll", "edit-select-all", u"Select &All"_s, QKeySequence::SelectAll, !IsEmpty(), [this] { this->selectAll(); });
+    add("mnuSelectAll", "edit-select-all", u"Select &All"_s, QKeySequence::SelectAll, !IsEmpty(),
+        [this] { this->selectAll(); });
     menu.exec(event->globalPos());
 }
 

@@ -49,7 +49,8 @@ QColor RichTextLook::ColorOn(const QColor& background, quint32 color)
     int saturation = 0;
     int lightness = 0;
     wanted.getHsl(&hue, &saturation, &lightness);
-    for (lightness = White - lightness; lightness < White; lightness += Step) { // first what is dark on white is light on black
+    for (lightness = White - lightness; lightness < White;
+         lightness += Step) { // first what is dark on white is light on black
         const QColor shown = QColor::fromHsl(hue, saturation, lightness);
         if (Contrast(shown, background) >= LeastContrast)
             return shown;

@@ -36,7 +36,8 @@ protected:
 
 std::optional<TextPicture> PictureOf(const QVariant& resource)
 {
-    const QImage image = resource.canConvert<QImage>() ? resource.value<QImage>() : QImage::fromData(resource.toByteArray());
+    const QImage image = resource.canConvert<QImage>() ? resource.value<QImage>()
+                                                       : QImage::fromData(resource.toByteArray());
     if (image.isNull())
         return std::nullopt;
     TextPicture picture;
@@ -117,7 +118,8 @@ private:
         text.replace(QChar::Nbsp, u' ');
         const quint32 look = m_text.NumberOf(format);
         qsizetype begin = 0;
-        for (qsizetype end = text.indexOf(QChar::LineSeparator); end >= 0; end = text.indexOf(QChar::LineSeparator, begin)) {
+        for (qsizetype end = text.indexOf(QChar::LineSeparator); end >= 0;
+             end = text.indexOf(QChar::LineSeparator, begin)) {
             m_text.Append(QStringView(text).sliced(begin, end - begin), look);
             m_text.EndParagraph(paragraph, look);
             begin = end + 1;

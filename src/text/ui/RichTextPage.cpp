@@ -166,7 +166,8 @@ void RichTextPage::InsertAll(QTextCursor& cursor)
     const RichTextDocument& text = m_text.Document();
     std::unordered_map<quint32, qsizetype> counts;
     ForEachRun(text.Runs(), 0, text.Length(), [&](qsizetype, qsizetype, quint32 number) { ++counts[number]; });
-    const auto most = std::max_element(counts.begin(), counts.end(), [](const auto& a, const auto& b) { return a.second < b.second; });
+    const auto most = std::max_element(counts.begin(), counts.end(),
+                                       [](const auto& a, const auto& b) { return a.second < b.second; });
     if (most == counts.end())
         return;
     cursor.insertText(Shown(0, text.Length()), m_look.CharLook(most->first));
@@ -199,10 +200,13 @@ void RichTextPage::ShowReplaced(qsizetype position, qsizetype oldLength, qsizety
     QTextCursor cursor(&m_document);
     Select(cursor, ToDocument(position), ToDocument(position + oldLength));
     AddPictures(position, position + newLength);
-    if (joinsSteps && oldLength == 0 && newLength == 1 && StandInFor(m_text.Document().Text()[position]) == m_text.Document().Text()[position])
-        return cursor.insertText(Shown(position, position + 1), m_look.CharLook(m_text.Document().Runs().ValueAt(position)));
+    if (joinsSteps && oldLength == 0 && newLength == 1
+        && StandInFor(m_text.Document().Text()[position]) == m_text.Document().Text()[position])
+        return cursor.insertText(Shown(position, position + 1),
+                                 m_look.CharLook(m_text.Document().Runs().ValueAt(position)));
     if (joinsSteps && newLength == 0 && oldLength == 1) {
-        // A single step of undo can join the one before; a character that others are combined with can't go alone that way.
+        // A single step of undo can join the one before; a character
+        // that others are combined with can't go alone that way.
         QTextCursor cluster(cursor);
         cluster.setPosition(cursor.selectionStart());
         cluster.movePosition(QTextCursor::NextCharacter, QTextCursor::KeepAnchor);
@@ -310,9 +314,11 @@ void RichTextPage::TakeBack(int position, int added)
     };
     std::vector<Run> runs;
     std::vector<Run> paragraphs;
-    for (QTextBlock block = m_document.findBlock(position); block.isValid() && block.position() <= end; block = block.next()) {
+    for (QTextBlock block = m_document.findBlock(position); block.isValid() && block.position() <= end;
+         block = block.next()) {
         if (block.position() > position) {
-            runs.push_back({begin + now.size(), RichTextLook::NumberOf(block.charFormat())}); // of the line end before it
+            runs.push_back(
+                {begin + now.size(), RichTextLook::NumberOf(block.charFormat())}); // of the line end before it
             now += "\r\n"_L1;
         }
         paragraphs.push_back({begin + now.size(), RichTextLook::NumberOf(block.blockFormat())});

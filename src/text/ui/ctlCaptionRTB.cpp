@@ -12,8 +12,8 @@ namespace qb {
 using namespace Qt::StringLiterals;
 
 ctlCaptionRTB::ctlCaptionRTB(QWidget* parent)
-    : QWidget(parent), lblCaption(new QLabel), m_places(new QStackedWidget), rtbText(new RichTextBox), Picture1(new QWidget),
-      WebBrowserView(new BrowserView)
+    : QWidget(parent), lblCaption(new QLabel), m_places(new QStackedWidget), rtbText(new RichTextBox),
+      Picture1(new QWidget), WebBrowserView(new BrowserView)
 {
     constexpr int CaptionMargin = 4;
     lblCaption->setObjectName(u"lblCaption"_s);

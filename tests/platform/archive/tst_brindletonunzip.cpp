@@ -41,7 +41,10 @@ private Q_SLOTS:
         RawEntry program = ArchiveBytes::DeflatedEntry("sub/b.bin", "program program program");
         program.Mode = S_IFREG | 0755;
         ArchiveBytes archive;
-        archive.Add({.Name = "empty folder/", .Mode = S_IFDIR | 0755}).Add({.Name = "sub/a.txt", .Data = "A"}).Add(program).Add({.Name = "c"});
+        archive.Add({.Name = "empty folder/", .Mode = S_IFDIR | 0755})
+            .Add({.Name = "sub/a.txt", .Data = "A"})
+            .Add(program)
+            .Add({.Name = "c"});
         WriteFile(Archive(), archive.Bytes());
         m_zip = std::make_unique<BrindletonZip>();
     }
@@ -75,8 +78,9 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("names");
         QTest::addColumn<QStringList>("lines");
         QTest::newRow("one") << QList<quint64>{3} << QStringList{u"c"_s} << QStringList{u"1 extracting: .\\c       "_s};
-        QTest::newRow("two, in their order") << QList<quint64>{3, 1} << QStringList{u"c"_s, u"sub/"_s, u"sub/a.txt"_s}
-                                             << QStringList{u"1 extracting: .\\sub\\a.txt       "_s, u"2 extracting: .\\c       "_s};
+        QTest::newRow("two, in their order")
+            << QList<quint64>{3, 1} << QStringList{u"c"_s, u"sub/"_s, u"sub/a.txt"_s}
+            << QStringList{u"1 extracting: .\\sub\\a.txt       "_s, u"2 extracting: .\\c       "_s};
         QTest::newRow("one twice") << QList<quint64>{2, 2} << QStringList{u"sub/"_s, u"sub/b.bin"_s}
                                    << QStringList{u"1  inflating: .\\sub\\b.bin       "_s};
         QTest::newRow("none") << QList<quint64>() << QStringList() << QStringList();
@@ -87,7 +91,8 @@ private Q_SLOTS:
         QFETCH(QList<quint64>, indexes);
         QFETCH(QStringList, lines);
         QStringList told;
-        connect(m_zip.get(), &BrindletonZip::Progress, this, [&](int fileNo, const QString& text) { told << QString::number(fileNo) + text; });
+        connect(m_zip.get(), &BrindletonZip::Progress, this,
+                [&](int fileNo, const QString& text) { told << QString::number(fileNo) + text; });
         QVERIFY(m_zip->ExtractEntries(Archive(), m_home->Path(u"out"_s), indexes));
         QTEST(QStringList(ContentsOf(m_home->Path(u"out"_s)).keys()), "names");
         QCOMPARE(told, lines);
@@ -192,7 +197,8 @@ private Q_SLOTS:
         Contents expected{{u"folder/"_s, {}}};
         for (int i = 0; i < Count; ++i) { // mostly the same folder, as many files take long
             const bool isFile = i % 100 == 50;
-            archive.Add({.Name = isFile ? QByteArray::number(i) : "folder/", .Data = isFile ? QByteArray::number(i) : QByteArray()});
+            archive.Add({.Name = isFile ? QByteArray::number(i) : "folder/",
+                         .Data = isFile ? QByteArray::number(i) : QByteArray()});
             if (isFile)
                 expected.insert(QString::number(i), QByteArray::number(i));
         }
@@ -282,7 +288,8 @@ private Q_SLOTS:
     {
         WriteFile(m_home->Path(u"out/c"_s), "mine");
         const Contents before = ContentsOf(m_home->Path());
-        QB_VERIFY_REFUSES(const FileSizeLimit full(10); m_zip->ExtractTo(Archive(), m_home->Path(u"out"_s)), u"'sub/b.bin': File too large."_s);
+        QB_VERIFY_REFUSES(const FileSizeLimit full(10);
+                          m_zip->ExtractTo(Archive(), m_home->Path(u"out"_s)), u"'sub/b.bin': File too large."_s);
         QCOMPARE(ContentsOf(m_home->Path()), before);
     }
 
@@ -290,10 +297,12 @@ private Q_SLOTS:
     {
         const QFile::Permissions all = QFile::Permissions(0x7777);
         QVERIFY(QDir().mkdir(m_home->Path(u"out"_s)));
-        QVERIFY(QFile::setPermissions(m_home->Path(), all) && QFile::setPermissions(m_home->Path(u"out"_s), QFile::Permissions(0x5555)));
+        QVERIFY(QFile::setPermissions(m_home->Path(), all)
+                && QFile::setPermissions(m_home->Path(u"out"_s), QFile::Permissions(0x5555)));
         {
             const OrdinaryUser user;
-            QB_VERIFY_REFUSES(m_zip->ExtractTo(Archive(), m_home->Path(u"out"_s)), u"can't be written: Permission denied"_s);
+            QB_VERIFY_REFUSES(m_zip->ExtractTo(Archive(), m_home->Path(u"out"_s)),
+                              u"can't be written: Permission denied"_s);
         }
         QVERIFY(QFile::setPermissions(m_home->Path(u"out"_s), all)); // so that it can be cleared away
         QCOMPARE(ContentsOf(m_home->Path(u"out"_s)), Contents());
@@ -301,9 +310,11 @@ private Q_SLOTS:
 
     void unreadableArchive_isRefused()
     {
-        QVERIFY(QFile::setPermissions(m_home->Path(), QFile::Permissions(0x7777)) && QFile::setPermissions(Archive(), {}));
+        QVERIFY(QFile::setPermissions(m_home->Path(), QFile::Permissions(0x7777))
+                && QFile::setPermissions(Archive(), {}));
         const OrdinaryUser user;
-        QB_VERIFY_REFUSES(m_zip->ExtractTo(Archive(), m_home->Path(u"out"_s)), u"can't be extracted: Can't open file: Permission denied"_s);
+        QB_VERIFY_REFUSES(m_zip->ExtractTo(Archive(), m_home->Path(u"out"_s)),
+                          u"can't be extracted: Can't open file: Permission denied"_s);
         QB_VERIFY_REFUSES(m_zip->Entries(Archive()), u"Permission denied"_s);
         QVERIFY(!QFileInfo::exists(m_home->Path(u"out"_s)));
     }
@@ -312,7 +323,11 @@ private:
     QString Archive() const { return m_home->Path(u"the archive.zip"_s); }
     static Contents Whole()
     {
-        return {{u"empty folder/"_s, {}}, {u"sub/"_s, {}}, {u"sub/a.txt"_s, "A"}, {u"sub/b.bin"_s, "program program program"}, {u"c"_s, {}}};
+        return {{u"empty folder/"_s, {}},
+                {u"sub/"_s, {}},
+                {u"sub/a.txt"_s, "A"},
+                {u"sub/b.bin"_s, "program program program"},
+                {u"c"_s, {}}};
     }
 
     std::unique_ptr<TemporaryHome> m_home;

@@ -17,9 +17,8 @@ using Contents = QMap<QString, QByteArray>;
 QStringList LinesOf(BrindletonZip& zip, const std::function<void()>& work)
 {
     QStringList lines;
-    const auto told = QObject::connect(&zip, &BrindletonZip::Progress, &zip, [&](int fileNo, const QString& text) {
-        lines << u"%1|"_s.arg(fileNo) + text;
-    });
+    const auto told = QObject::connect(&zip, &BrindletonZip::Progress, &zip,
+                                       [&](int fileNo, const QString& text) { lines << u"%1|"_s.arg(fileNo) + text; });
     work();
     QObject::disconnect(told);
     return lines;
@@ -29,7 +28,8 @@ QStringList LinesOf(BrindletonZip& zip, const std::function<void()>& work)
 QString AskPython(const QString& archive, const QString& program)
 {
     QProcess python;
-    python.start(u"python3"_s, {u"-c"_s, u"import sys, zipfile; z = zipfile.ZipFile(sys.argv[1])\n"_s + program, archive});
+    python.start(u"python3"_s,
+                 {u"-c"_s, u"import sys, zipfile; z = zipfile.ZipFile(sys.argv[1])\n"_s + program, archive});
     python.waitForFinished();
     return QString::fromUtf8(python.readAllStandardOutput() + python.readAllStandardError()).trimmed();
 }
@@ -74,8 +74,12 @@ private Q_SLOTS:
     {
         AddAll();
         QVERIFY(m_zip->Zip());
-        QCOMPARE(AskPython(Archive(), u"print(z.testzip(), *[(i.filename, i.file_size, i.compress_type, i.flag_bits & 2048 > 0) for i in z.infolist()])"_s),
-                 u"None ('größe 漢字.txt', 13000, 8, True) ('sub/b.bin', 3, 8, False) ('empty', 0, 8, False)"_s);
+        QCOMPARE(
+            AskPython(
+                Archive(),
+                u"print(z.testzip(), *[(i.filename, i.file_size, i.compress_type, i.flag_bits & 2048 > 0) for i in "
+                "z.infolist()])"_s),
+            u"None ('größe 漢字.txt', 13000, 8, True) ('sub/b.bin', 3, 8, False) ('empty', 0, 8, False)"_s);
         QCOMPARE(AskPython(Archive(), u"print(z.read('größe 漢字.txt') == b'line of text\\n' * 1000)"_s), u"True"_s);
     }
 
@@ -93,7 +97,8 @@ private Q_SLOTS:
         BrindletonZip unzip;
         QVERIFY(unzip.ExtractTo(Archive(), m_home->Path(u"out"_s)));
         QCOMPARE(ContentsOf(m_home->Path(u"out"_s)),
-                 (Contents{{u"größe/"_s, {}}, {u"größe/漢字.txt"_s, QByteArray("text ").repeated(1000)}, {u"plain"_s, "x"}}));
+                 (Contents{
+                     {u"größe/"_s, {}}, {u"größe/漢字.txt"_s, QByteArray("text ").repeated(1000)}, {u"plain"_s, "x"}}));
     }
 
     // Lines
@@ -105,8 +110,9 @@ private Q_SLOTS:
         const qint64 size = QFileInfo(Archive()).size();
         const int percent = int((13003 - size) * 100 / 13003);
         QVERIFY(percent > 90);
-        QCOMPARE(lines, (QStringList{u"1|  adding: größe 漢字.txt "_s, u"2|  adding: sub/b.bin "_s, u"3|  adding: empty "_s,
-                                     u"3| (deflated %1%)\r\n"_s.arg(percent), u"3| (in=13003) (out=%1) (deflated %2%)"_s.arg(size).arg(percent)}));
+        QCOMPARE(lines, (QStringList{u"1|  adding: größe 漢字.txt "_s, u"2|  adding: sub/b.bin "_s,
+                                     u"3|  adding: empty "_s, u"3| (deflated %1%)\r\n"_s.arg(percent),
+                                     u"3| (in=13003) (out=%1) (deflated %2%)"_s.arg(size).arg(percent)}));
     }
 
     void packingWithoutCompression_isTold()
@@ -135,8 +141,9 @@ private Q_SLOTS:
             BrindletonZip unzip;
             const QStringList lines = LinesOf(unzip, [&] { unzip.ExtractTo(Archive(), m_home->Path(u"out"_s)); });
             const QString verb = storeOnly ? u"| extracting: "_s : u"|  inflating: "_s;
-            QCOMPARE(lines, (QStringList{u"1"_s + verb + u".\\größe 漢字.txt       "_s, u"2"_s + verb + u".\\sub\\b.bin       "_s,
-                                         u"3"_s + verb + u".\\empty       "_s}));
+            QCOMPARE(lines,
+                     (QStringList{u"1"_s + verb + u".\\größe 漢字.txt       "_s,
+                                  u"2"_s + verb + u".\\sub\\b.bin       "_s, u"3"_s + verb + u".\\empty       "_s}));
         }
     }
 
@@ -204,8 +211,10 @@ private Q_SLOTS:
         }
         QVERIFY(m_zip->Zip());
         QVERIFY(BrindletonZip().ExtractTo(Archive(), m_home->Path(u"out"_s)));
-        QCOMPARE(ContentsOf(m_home->Path(u"out"_s)),
-                 (Contents{{u"a_b"_s, "a\\b"}, {u"c_d"_s, "c:d"}, {u"line_feed"_s, "line\nfeed"}, {u"turn_txt.exe"_s, names[3].toUtf8()}}));
+        QCOMPARE(ContentsOf(m_home->Path(u"out"_s)), (Contents{{u"a_b"_s, "a\\b"},
+                                                               {u"c_d"_s, "c:d"},
+                                                               {u"line_feed"_s, "line\nfeed"},
+                                                               {u"turn_txt.exe"_s, names[3].toUtf8()}}));
     }
 
     void sameNames_areNumbered()
@@ -226,7 +235,8 @@ private Q_SLOTS:
             m_zip->AddFile(In(name));
         QVERIFY(m_zip->Zip());
         QVERIFY(BrindletonZip().ExtractTo(Archive(), m_home->Path(u"out"_s)));
-        QCOMPARE(ContentsOf(m_home->Path(u"out"_s)), (Contents{{u"a.txt"_s, "2"}, {u"a(1).txt"_s, "1"}, {u"a(2).txt"_s, "0"}}));
+        QCOMPARE(ContentsOf(m_home->Path(u"out"_s)),
+                 (Contents{{u"a.txt"_s, "2"}, {u"a(1).txt"_s, "1"}, {u"a(2).txt"_s, "0"}}));
     }
 
     void dateAndRightToRun_areKept()
@@ -239,7 +249,8 @@ private Q_SLOTS:
         QVERIFY(m_zip->Zip());
         QVERIFY(BrindletonZip().ExtractTo(Archive(), m_home->Path(u"out"_s)));
         const QFileInfo back(m_home->Path(u"out/sub/b.bin"_s));
-        QVERIFY2(qAbs(back.lastModified().secsTo(odd)) < 2, qPrintable(back.lastModified().toString())); // archives count in two seconds
+        QVERIFY2(qAbs(back.lastModified().secsTo(odd)) < 2,
+                 qPrintable(back.lastModified().toString())); // archives count in two seconds
         QVERIFY(back.isExecutable());
         QVERIFY(!QFileInfo(m_home->Path(u"out/empty"_s)).isExecutable());
     }
@@ -320,7 +331,8 @@ private Q_SLOTS:
             QB_VERIFY_REFUSES(m_zip->Zip(), u"the file '%1' can't be read"_s.arg(In(u"sub/b.bin"_s)));
         }
         QVERIFY(QFile::setPermissions(In(u"sub/b.bin"_s), all));
-        QCOMPARE(ContentsOf(m_home->Path()).keys().filter(QRegularExpression(u"zip"_s)), QStringList{u"the archive.zip"_s});
+        QCOMPARE(ContentsOf(m_home->Path()).keys().filter(QRegularExpression(u"zip"_s)),
+                 QStringList{u"the archive.zip"_s});
         QCOMPARE(ReadFile(Archive()), "what was there");
     }
 
@@ -330,7 +342,8 @@ private Q_SLOTS:
         AddAll();
         connect(m_zip.get(), &BrindletonZip::Progress, this, [&] { QFile::remove(In(u"sub/b.bin"_s)); });
         QB_VERIFY_REFUSES(m_zip->Zip(), u"No such file or directory"_s);
-        QCOMPARE(ContentsOf(m_home->Path()).keys().filter(QRegularExpression(u"zip"_s)), QStringList{u"the archive.zip"_s});
+        QCOMPARE(ContentsOf(m_home->Path()).keys().filter(QRegularExpression(u"zip"_s)),
+                 QStringList{u"the archive.zip"_s});
         QCOMPARE(ReadFile(Archive()), "what was there");
     }
 

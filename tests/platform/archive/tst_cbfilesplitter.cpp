@@ -34,8 +34,10 @@ QStringList Told(CBFileSplitter& splitter, const std::function<void()>& work)
 {
     QStringList told;
     QObject listener;
-    QObject::connect(&splitter, &CBFileSplitter::TotalChunks, &listener, [&](int total) { told << u"of %1"_s.arg(total); });
-    QObject::connect(&splitter, &CBFileSplitter::Progress, &listener, [&](int chunk) { told << QString::number(chunk); });
+    QObject::connect(&splitter, &CBFileSplitter::TotalChunks, &listener,
+                     [&](int total) { told << u"of %1"_s.arg(total); });
+    QObject::connect(&splitter, &CBFileSplitter::Progress, &listener,
+                     [&](int chunk) { told << QString::number(chunk); });
     QObject::connect(&splitter, &CBFileSplitter::NextVolume, &listener, [&](int volume, qint64 value, bool creating) {
         told << u"%1 %2: %3"_s.arg(creating ? u"makes"_s : u"joins"_s).arg(volume).arg(value);
     });
@@ -66,7 +68,8 @@ private Q_SLOTS:
         QTest::newRow("even") << qint64(5) << QList<QByteArray>{"01234", "56789"};
         QTest::newRow("a rest") << qint64(4) << QList<QByteArray>{"0123", "4567", "89"};
         QTest::newRow("a rest of one") << qint64(3) << QList<QByteArray>{"012", "345", "678", "9"};
-        QTest::newRow("one byte each") << qint64(1) << QList<QByteArray>{"0", "1", "2", "3", "4", "5", "6", "7", "8", "9"};
+        QTest::newRow("one byte each") << qint64(1)
+                                       << QList<QByteArray>{"0", "1", "2", "3", "4", "5", "6", "7", "8", "9"};
         QTest::newRow("all of it") << qint64(10) << QList<QByteArray>{"0123456789"};
         QTest::newRow("more than it has") << qint64(11) << QList<QByteArray>{"0123456789"};
         QTest::newRow("as much as can be") << std::numeric_limits<qint64>::max() << QList<QByteArray>{"0123456789"};
@@ -220,7 +223,8 @@ private Q_SLOTS:
         QTest::newRow("too many") << u"large"_s << qint64(1) << u"volumes of 1 bytes would be 1000; 999 are the most"_s;
         QTest::newRow("missing") << u"none"_s << qint64(1) << u"/none': No such file or directory"_s;
         QTest::newRow("folder") << u"folder"_s << qint64(1) << u"/folder': it is no file"_s;
-        QTest::newRow("volume is a folder") << u"a"_s << qint64(2) << u"/a.002' can't be written: a folder stands there"_s;
+        QTest::newRow("volume is a folder")
+            << u"a"_s << qint64(2) << u"/a.002' can't be written: a folder stands there"_s;
     }
     void splitThatCantBe_leavesTheFile()
     {
@@ -285,14 +289,21 @@ private Q_SLOTS:
         QTest::addColumn<Contents>("volumes");
         QTest::addColumn<QString>("why");
         const QString missing = u"': this volume is missing; the volumes can't be joined without it"_s;
-        const QString odd = u"': this volume has another size than the first; it is incomplete or belongs to another file"_s;
+        const QString odd =
+            u"': this volume has another size than the first; it is incomplete or belongs to another file"_s;
         QTest::newRow("first missing") << Contents{{u"v.002"_s, "ab"}} << u"/v.001"_s + missing;
-        QTest::newRow("middle missing") << Contents{{u"v.001"_s, "ab"}, {u"v.002"_s, "ab"}, {u"v.004"_s, "ab"}} << u"/v.003"_s + missing;
-        QTest::newRow("all but the last missing") << Contents{{u"v.001"_s, "ab"}, {u"v.999"_s, "ab"}} << u"/v.002"_s + missing;
-        QTest::newRow("middle is a folder") << Contents{{u"v.001"_s, "ab"}, {u"v.002/x"_s, "ab"}, {u"v.003"_s, "ab"}} << u"/v.002"_s + missing;
-        QTest::newRow("middle smaller") << Contents{{u"v.001"_s, "ab"}, {u"v.002"_s, "a"}, {u"v.003"_s, "a"}} << u"/v.002"_s + odd;
-        QTest::newRow("middle larger") << Contents{{u"v.001"_s, "ab"}, {u"v.002"_s, "abc"}, {u"v.003"_s, "a"}} << u"/v.002"_s + odd;
-        QTest::newRow("last larger") << Contents{{u"v.001"_s, "ab"}, {u"v.002"_s, "ab"}, {u"v.003"_s, "abc"}} << u"/v.003"_s + odd;
+        QTest::newRow("middle missing") << Contents{{u"v.001"_s, "ab"}, {u"v.002"_s, "ab"}, {u"v.004"_s, "ab"}}
+                                        << u"/v.003"_s + missing;
+        QTest::newRow("all but the last missing")
+            << Contents{{u"v.001"_s, "ab"}, {u"v.999"_s, "ab"}} << u"/v.002"_s + missing;
+        QTest::newRow("middle is a folder")
+            << Contents{{u"v.001"_s, "ab"}, {u"v.002/x"_s, "ab"}, {u"v.003"_s, "ab"}} << u"/v.002"_s + missing;
+        QTest::newRow("middle smaller") << Contents{{u"v.001"_s, "ab"}, {u"v.002"_s, "a"}, {u"v.003"_s, "a"}}
+                                        << u"/v.002"_s + odd;
+        QTest::newRow("middle larger") << Contents{{u"v.001"_s, "ab"}, {u"v.002"_s, "abc"}, {u"v.003"_s, "a"}}
+                                       << u"/v.002"_s + odd;
+        QTest::newRow("last larger") << Contents{{u"v.001"_s, "ab"}, {u"v.002"_s, "ab"}, {u"v.003"_s, "abc"}}
+                                     << u"/v.003"_s + odd;
     }
     void joinThatCantBe_leavesNothing()
     {
@@ -312,7 +323,8 @@ private Q_SLOTS:
         splitter.Split(File(), 4);
         connect(&splitter, &CBFileSplitter::NextVolume, this, [&] { WriteFile(File(u".002"_s), "45"); });
         QB_VERIFY_REFUSES(splitter.Merge(File(u".001"_s)), u"größe.zip.002': it ends early"_s);
-        QCOMPARE(ContentsOf(Folder()).keys(), (QStringList{u"größe.zip.001"_s, u"größe.zip.002"_s, u"größe.zip.003"_s}));
+        QCOMPARE(ContentsOf(Folder()).keys(),
+                 (QStringList{u"größe.zip.001"_s, u"größe.zip.002"_s, u"größe.zip.003"_s}));
     }
 
     void name_saysWhatIsAVolume_data()
@@ -385,11 +397,13 @@ private Q_SLOTS:
 
     void fullDisk_leavesTheFile()
     {
-        QB_VERIFY_REFUSES(const FileSizeLimit full(3); CBFileSplitter().Split(File(), 4), u"größe.zip.001': File too large."_s);
+        QB_VERIFY_REFUSES(const FileSizeLimit full(3);
+                          CBFileSplitter().Split(File(), 4), u"größe.zip.001': File too large."_s);
         QCOMPARE(ContentsOf(Folder()), m_before);
         CBFileSplitter().Split(File(), 4);
         m_before = ContentsOf(Folder());
-        QB_VERIFY_REFUSES(const FileSizeLimit full(5); CBFileSplitter().Merge(File(u".001"_s)), u"größe.zip': File too large."_s);
+        QB_VERIFY_REFUSES(const FileSizeLimit full(5);
+                          CBFileSplitter().Merge(File(u".001"_s)), u"größe.zip': File too large."_s);
         QCOMPARE(ContentsOf(Folder()), m_before);
     }
 
@@ -398,7 +412,8 @@ private Q_SLOTS:
         WriteFile(m_home->Path(u"in/v.001"_s), "volume");
         m_before = ContentsOf(Folder());
         const QFile::Permissions all = QFile::Permissions(0x7777);
-        QVERIFY(QFile::setPermissions(m_home->Path(), all) && QFile::setPermissions(Folder(), QFile::Permissions(0x5555)));
+        QVERIFY(QFile::setPermissions(m_home->Path(), all)
+                && QFile::setPermissions(Folder(), QFile::Permissions(0x5555)));
         {
             const OrdinaryUser user;
             QB_VERIFY_REFUSES(CBFileSplitter().Split(File(), 4), u"can't be written: Permission denied"_s);
@@ -410,7 +425,8 @@ private Q_SLOTS:
 
     void unreadableFile_isNotSplit()
     {
-        QVERIFY(QFile::setPermissions(m_home->Path(), QFile::Permissions(0x7777)) && QFile::setPermissions(Folder(), QFile::Permissions(0x7777)));
+        QVERIFY(QFile::setPermissions(m_home->Path(), QFile::Permissions(0x7777))
+                && QFile::setPermissions(Folder(), QFile::Permissions(0x7777)));
         QVERIFY(QFile::setPermissions(File(), {}));
         {
             const OrdinaryUser user;

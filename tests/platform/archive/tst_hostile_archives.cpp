@@ -97,11 +97,23 @@ private Q_SLOTS:
         name("empty", "", nothing);
         const QString controls = u"'a\ufffdb' is refused, its name has control characters"_s;
         name("line feed", "a\nb", controls);
-        name("delete", "a\x7f" "b", controls);
-        name("escape, UTF-8", "a\x1b" "b", u"Zip archive inconsistent"_s);
+        name("delete",
+             "a\x7f"
+             "b",
+             controls);
+        name("escape, UTF-8",
+             "a\x1b"
+             "b",
+             u"Zip archive inconsistent"_s);
         name("later control, UTF-8", "a\u0085b", controls);
-        name("turned direction", "a\u202e" "b", controls);
-        name("isolated direction", "a\u2067" "b", controls);
+        name("turned direction",
+             "a\u202e"
+             "b",
+             controls);
+        name("isolated direction",
+             "a\u2067"
+             "b",
+             controls);
         name("controls, leading out", "../a\nb", controls.mid(2));
         const QString longName = u"is refused, its name is too long"_s;
         name("long part", QByteArray(256, 'n'), longName);
@@ -125,8 +137,10 @@ private Q_SLOTS:
         QTest::newRow("folder of its name before") << ArchiveOf({Entry("a/", {}), Entry("a")}) << twice;
         QTest::newRow("file as a folder") << ArchiveOf({Entry("a"), Entry("a/b")}) << below;
         QTest::newRow("file as a folder, after") << ArchiveOf({Entry("a/b"), Entry("a.b"), Entry("a")}) << below;
-        QTest::newRow("file as a folder, deep") << ArchiveOf({Entry("a/b"), Entry("a/b.c"), Entry("a/b-"), Entry("a/b/c/d/e")}) << below;
-        QTest::newRow("file as a folder, two") << ArchiveOf({Entry("a"), Entry("a/b", "x"), Entry("a/c/", {})}) << below;
+        QTest::newRow("file as a folder, deep")
+            << ArchiveOf({Entry("a/b"), Entry("a/b.c"), Entry("a/b-"), Entry("a/b/c/d/e")}) << below;
+        QTest::newRow("file as a folder, two")
+            << ArchiveOf({Entry("a"), Entry("a/b", "x"), Entry("a/c/", {})}) << below;
         const auto kind = [](const char* row, quint32 mode, const QString& why) {
             RawEntry entry = Entry("kind", "../beside.txt");
             entry.Mode = mode | 0777;
@@ -142,7 +156,8 @@ private Q_SLOTS:
         QTest::newRow("encrypted") << With(entry) << u"'secret' is refused, it is encrypted"_s;
         entry = Entry("odd");
         entry.Method = 77;
-        QTest::newRow("unknown method") << With(entry) << u"'odd' is refused, it is packed by a method that is not known here (77)"_s;
+        QTest::newRow("unknown method") << With(entry)
+                                        << u"'odd' is refused, it is packed by a method that is not known here (77)"_s;
     }
     void hostileEntry_isRefused() { Refuse(); }
 
@@ -152,7 +167,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("why");
         RawEntry bomb = ArchiveBytes::DeflatedEntry("bomb", QByteArray(5000, '\0'));
         bomb.Size = Gigabyte + 1;
-        QTest::newRow("bomb") << With(bomb) << u"it would unpack to more than 1.00 GiB, which is the limit for an archive of its size ("_s;
+        QTest::newRow("bomb") << With(
+            bomb) << u"it would unpack to more than 1.00 GiB, which is the limit for an archive of its size ("_s;
         RawEntry half = bomb;
         half.Name = "half";
         half.Size = bomb.Size = Gigabyte / 2 + 1;
@@ -175,7 +191,8 @@ private Q_SLOTS:
         stored.Size = 20;
         QTest::newRow("stored, smaller") << With(stored) << u"'stored': "_s;
         stored.PackedSize = 0xfffffffe;
-        QTest::newRow("packed beyond the end") << With(stored) << u"its entries overlap, as those of an archive that is made to do harm"_s;
+        QTest::newRow("packed beyond the end")
+            << With(stored) << u"its entries overlap, as those of an archive that is made to do harm"_s;
         QTest::newRow("overlapping") << Overlapping() << u"its entries overlap"_s;
         RawEntry crc = Entry("changed");
         crc.Crc = 1;
@@ -224,7 +241,8 @@ private Q_SLOTS:
         const QMap<QString, QByteArray> before = ContentsOf(m_home->Path());
         for (qsizetype length = 0; length < whole.size(); ++length) {
             WriteFile(Archive(), whole.left(length));
-            QB_VERIFY_REFUSES(BrindletonZip().ExtractTo(Archive(), m_home->Path(u"target"_s)), u"can't be extracted: "_s);
+            QB_VERIFY_REFUSES(BrindletonZip().ExtractTo(Archive(), m_home->Path(u"target"_s)),
+                              u"can't be extracted: "_s);
             QVERIFY(QFile::remove(Archive()));
         }
         QCOMPARE(ContentsOf(m_home->Path()), before);
@@ -245,7 +263,8 @@ private Q_SLOTS:
         const QMap<QString, QByteArray> before = ContentsOf(m_home->Path());
         BrindletonZip zip;
         const QString archive = path.isEmpty() ? path : m_home->Path(path);
-        QB_VERIFY_REFUSES(zip.ExtractTo(archive, m_home->Path(u"target"_s)), u"The archive '%1' can't be extracted: "_s.arg(archive));
+        QB_VERIFY_REFUSES(zip.ExtractTo(archive, m_home->Path(u"target"_s)),
+                          u"The archive '%1' can't be extracted: "_s.arg(archive));
         QB_VERIFY_REFUSES(zip.Entries(archive), u"can't be extracted: "_s);
         QB_VERIFY_REFUSES(zip.FirstFileName(archive), u"can't be extracted: "_s);
         QCOMPARE(ContentsOf(m_home->Path()), before);
@@ -310,7 +329,10 @@ private Q_SLOTS:
         row("colon of a later part", Entry("a/C:/b"), {u"a/"_s, u"a/C:/"_s, u"a/C:/b"_s});
         row("place markers", Entry("%1 %2"), {u"%1 %2"_s});
         row("long part", Entry(QByteArray(255, 'n')), {QString(255, u'n')});
-        row("old code page", Entry("gr\x94\xe1" "e"), {u"größe"_s});
+        row("old code page",
+            Entry("gr\x94\xe1"
+                  "e"),
+            {u"größe"_s});
         row("old code page, escape", Entry("a\x1b[2J"), {u"a\u2190[2J"_s});
         row("UTF-8", inUtf8("größe 漢字 🎈"), {u"größe 漢字 🎈"_s});
         row("UTF-8, not declared", Entry("größe 漢字"), {u"größe 漢字"_s});
@@ -324,7 +346,8 @@ private Q_SLOTS:
         entry.Mode = 0;
         row("no kind", entry, {u"link"_s});
         row("empty file", Entry("empty", {}), {u"empty"_s});
-        QTest::newRow("folder twice") << ArchiveOf({Entry("a/", {}), Entry("a/b"), Entry("a/", {})}) << QStringList{u"a/"_s, u"a/b"_s};
+        QTest::newRow("folder twice") << ArchiveOf({Entry("a/", {}), Entry("a/b"), Entry("a/", {})})
+                                      << QStringList{u"a/"_s, u"a/b"_s};
         QTest::newRow("names that begin alike") << ArchiveOf({Entry("a"), Entry("a.b"), Entry("ab/c"), Entry("A")})
                                                 << QStringList{u"A"_s, u"a"_s, u"a.b"_s, u"ab/"_s, u"ab/c"_s};
         ArchiveBytes archive;
@@ -332,7 +355,8 @@ private Q_SLOTS:
         QTest::newRow("comment") << archive.Bytes(QByteArray("a comment").repeated(1000)) << QStringList{u"a"_s};
         QTest::newRow("no entries") << ArchiveBytes().Bytes() << QStringList{};
         const QByteArray program = "#!/bin/sh\nexec unzip \"$0\"\n";
-        QTest::newRow("program before") << ArchiveBytes().AddPlain(program).Add(Entry("a")).Bytes() << QStringList{u"a"_s};
+        QTest::newRow("program before") << ArchiveBytes().AddPlain(program).Add(Entry("a")).Bytes()
+                                        << QStringList{u"a"_s};
     }
     void harmlessOddity_isExtracted()
     {
@@ -366,7 +390,8 @@ private Q_SLOTS:
         for (const RawEntry& entry : {Entry("link/precious"), Entry("link/new/"), Entry("link/a/b"), Entry("link/")}) {
             WriteFile(Archive(), With(entry));
             const QMap<QString, QByteArray> before = ContentsOf(m_home->Path());
-            QB_VERIFY_REFUSES(BrindletonZip().ExtractTo(Archive(), m_home->Path(u"target"_s)), u"target/link' can't be written: a link stands there"_s);
+            QB_VERIFY_REFUSES(BrindletonZip().ExtractTo(Archive(), m_home->Path(u"target"_s)),
+                              u"target/link' can't be written: a link stands there"_s);
             QCOMPARE(ContentsOf(m_home->Path()), before);
         }
     }
@@ -387,13 +412,15 @@ private Q_SLOTS:
         QTest::addColumn<QString>("why");
         QTest::newRow("over a folder") << "other"_ba << u"target/other' can't be written: a folder stands there"_s;
         QTest::newRow("below a file") << "mine.txt/a"_ba << u"target/mine.txt' can't be written: a file stands there"_s;
-        QTest::newRow("folder over a file") << "mine.txt/"_ba << u"target/mine.txt' can't be written: a file stands there"_s;
+        QTest::newRow("folder over a file")
+            << "mine.txt/"_ba << u"target/mine.txt' can't be written: a file stands there"_s;
     }
     void laterFileThatCantBePlaced_restoresTheEarlierOnes()
     {
         QFETCH(QByteArray, later);
         QFETCH(QString, why);
-        WriteFile(Archive(), ArchiveOf({Entry("harmless.txt", "new"), Entry("sub/mine too", "new"), Entry("fresh/a/b"), Entry(later)}));
+        WriteFile(Archive(), ArchiveOf({Entry("harmless.txt", "new"), Entry("sub/mine too", "new"), Entry("fresh/a/b"),
+                                        Entry(later)}));
         const QMap<QString, QByteArray> before = ContentsOf(m_home->Path());
         QB_VERIFY_REFUSES(BrindletonZip().ExtractTo(Archive(), m_home->Path(u"target"_s)), why);
         QCOMPARE(ContentsOf(m_home->Path()), before);

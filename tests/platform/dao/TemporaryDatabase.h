@@ -35,13 +35,14 @@ private:
 inline TableDef ItemsTable()
 {
     using namespace Qt::StringLiterals;
-    return {.Name = u"Items"_s,
-            .Fields = {{.Name = u"ID"_s, .Type = FieldType::Long, .OrdinalPosition = 1, .AutoIncrement = true},
-                       {.Name = u"Title"_s, .Type = FieldType::Text, .Size = 50, .OrdinalPosition = 2, .Required = true},
-                       {.Name = u"Rating"_s, .Type = FieldType::Long, .OrdinalPosition = 3, .DefaultValue = 7},
-                       {.Name = u"Notes"_s, .Type = FieldType::Memo, .OrdinalPosition = 4, .AllowZeroLength = true},
-                       {.Name = u"Page"_s, .Type = FieldType::LongBinary, .OrdinalPosition = 5}},
-            .Indexes = {{.Name = u"PrimaryKey"_s, .Fields = {u"ID"_s}, .Primary = true, .Unique = true}}};
+    return {
+        .Name = u"Items"_s,
+        .Fields = {{.Name = u"ID"_s, .Type = FieldType::Long, .OrdinalPosition = 1, .AutoIncrement = true},
+                   {.Name = u"Title"_s, .Type = FieldType::Text, .Size = 50, .OrdinalPosition = 2, .Required = true},
+                   {.Name = u"Rating"_s, .Type = FieldType::Long, .OrdinalPosition = 3, .DefaultValue = 7},
+                   {.Name = u"Notes"_s, .Type = FieldType::Memo, .OrdinalPosition = 4, .AllowZeroLength = true},
+                   {.Name = u"Page"_s, .Type = FieldType::LongBinary, .OrdinalPosition = 5}},
+        .Indexes = {{.Name = u"PrimaryKey"_s, .Fields = {u"ID"_s}, .Primary = true, .Unique = true}}};
 }
 
 /// Adds one row to `Items` for each title.

@@ -111,8 +111,9 @@ private Q_SLOTS:
     void everyName_isTakenAsItStands_data()
     {
         QTest::addColumn<QString>("name");
-        const QStringList names{u"it's"_s, u"say \"hello\""_s, u"a|b;c"_s,  u"100%41"_s, u"what?mode=ro"_s, u"#1"_s,
-                                u"  two  blanks "_s, u"Übung – 日本 😀"_s, u"back\\slash"_s, u"file:x"_s, u":memory:"_s};
+        const QStringList names{
+            u"it's"_s,           u"say \"hello\""_s,  u"a|b;c"_s,       u"100%41"_s, u"what?mode=ro"_s, u"#1"_s,
+            u"  two  blanks "_s, u"Übung – 日本 😀"_s, u"back\\slash"_s, u"file:x"_s, u":memory:"_s};
         for (const QString& name : names)
             QTest::newRow(qPrintable(name)) << name;
     }
@@ -321,7 +322,8 @@ private Q_SLOTS:
         long number = 0;
         {
             const FileSizeLimit limit(60000);
-            number = NumberRaisedBy([&] { DBEngine::CompactDatabase(database.Path(), database.Folder() + u"/to.qbd"_s); });
+            number = NumberRaisedBy(
+                [&] { DBEngine::CompactDatabase(database.Path(), database.Folder() + u"/to.qbd"_s); });
         }
         QCOMPARE(number, 3043);
         QCOMPARE(FileNames(database.Folder()), QStringList{u"library ö.qbd"_s});

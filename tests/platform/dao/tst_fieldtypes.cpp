@@ -56,9 +56,10 @@ private Q_SLOTS:
     {
         QTest::addColumn<Field>("field");
         QTest::addColumn<Value>("value");
-        const Field boolean = OfType(FieldType::Boolean), byte = OfType(FieldType::Byte), integer = OfType(FieldType::Integer),
-                    number = OfType(FieldType::Long), date = OfType(FieldType::Date), text = OfType(FieldType::Text, 5),
-                    memo = OfType(FieldType::Memo), binary = OfType(FieldType::LongBinary);
+        const Field boolean = OfType(FieldType::Boolean), byte = OfType(FieldType::Byte),
+                    integer = OfType(FieldType::Integer), number = OfType(FieldType::Long),
+                    date = OfType(FieldType::Date), text = OfType(FieldType::Text, 5), memo = OfType(FieldType::Memo),
+                    binary = OfType(FieldType::LongBinary);
         QTest::newRow("Boolean, True") << boolean << Value(true);
         QTest::newRow("Boolean, False") << boolean << Value(false);
         QTest::newRow("Byte, lowest") << byte << Value(0);
@@ -166,7 +167,8 @@ private Q_SLOTS:
     {
         MakeTable(OfType(FieldType::Text, 5));
         Add(Db(), u"old"_s);
-        QB_VERIFY_RAISES(Db().Execute(u"UPDATE %1 SET %2 = ?"_s.arg(Quoted(TableName), Quoted(Column)), {u"too long"_s}), 3163);
+        QB_VERIFY_RAISES(
+            Db().Execute(u"UPDATE %1 SET %2 = ?"_s.arg(Quoted(TableName), Quoted(Column)), {u"too long"_s}), 3163);
         QVERIFY(Db().OpenRecordset(TableName)[Column] == Value(u"old"_s));
     }
 

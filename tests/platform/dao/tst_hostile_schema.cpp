@@ -36,7 +36,9 @@ private Q_SLOTS:
     void view_isNotRead()
     {
         TemporaryDatabase database;
-        database->Execute(u"CREATE VIEW endless AS WITH RECURSIVE n(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM n) SELECT max(x) FROM n"_s);
+        database->Execute(
+            u"CREATE VIEW endless AS WITH RECURSIVE n(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM n) SELECT max(x) "
+            "FROM n"_s);
         database.Reopen();
         QB_VERIFY_RAISES(database->QueryValue(u"SELECT * FROM endless"_s), 3000);
     }
@@ -79,12 +81,13 @@ private Q_SLOTS:
     {
         TemporaryDatabase database;
         database->AppendTableDef(ItemsTable());
-        database->AppendTableDef({.Name = u"Files"_s,
-                                  .Fields = {{.Name = u"ID"_s, .Type = FieldType::Long, .OrdinalPosition = 1, .AutoIncrement = true},
-                                             {.Name = u"CodeID"_s, .Type = FieldType::Long, .OrdinalPosition = 2}},
-                                  .Indexes = {}});
-        database->AppendRelation({u"r"_s, u"Items"_s, u"Files"_s, u"ID"_s, u"CodeID"_s,
-                                  SchemaAttribute::RelationDeleteCascade});
+        database->AppendTableDef(
+            {.Name = u"Files"_s,
+             .Fields = {{.Name = u"ID"_s, .Type = FieldType::Long, .OrdinalPosition = 1, .AutoIncrement = true},
+                        {.Name = u"CodeID"_s, .Type = FieldType::Long, .OrdinalPosition = 2}},
+             .Indexes = {}});
+        database->AppendRelation(
+            {u"r"_s, u"Items"_s, u"Files"_s, u"ID"_s, u"CodeID"_s, SchemaAttribute::RelationDeleteCascade});
         AddItems(*database, {u"one"_s});
         database->Execute(u"INSERT INTO Files (CodeID) VALUES (1)"_s);
         database->Execute(u"DELETE FROM Items"_s);

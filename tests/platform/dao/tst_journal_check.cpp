@@ -23,7 +23,8 @@ QByteArray Trailer(const QByteArray& superJournal)
 {
     const auto sum = std::accumulate(superJournal.begin(), superJournal.end(), quint32(0),
                                      [](quint32 so, char byte) { return so + quint32(qint32(byte)); });
-    return superJournal + BigEndian(quint32(superJournal.size())) + BigEndian(sum) + "\xd9\xd5\x05\xf9\x20\xa1\x63\xd7"_ba;
+    return superJournal + BigEndian(quint32(superJournal.size())) + BigEndian(sum)
+           + "\xd9\xd5\x05\xf9\x20\xa1\x63\xd7"_ba;
 }
 
 /// A library that a crash has left with a journal to be played back.

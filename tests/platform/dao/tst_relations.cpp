@@ -161,9 +161,10 @@ private Q_SLOTS:
     {
         Db().AppendRelation(ItemsFiles());
         AddFile(1, u"of one"_s);
-        Db().AppendTableDef({.Name = u"Ratings"_s,
-                             .Fields = {{.Name = u"Rating"_s}},
-                             .Indexes = {{.Name = u"PrimaryKey"_s, .Fields = {u"Rating"_s}, .Primary = true, .Unique = true}}});
+        Db().AppendTableDef(
+            {.Name = u"Ratings"_s,
+             .Fields = {{.Name = u"Rating"_s}},
+             .Indexes = {{.Name = u"PrimaryKey"_s, .Fields = {u"Rating"_s}, .Primary = true, .Unique = true}}});
         Db().Execute(u"INSERT INTO Ratings (Rating) VALUES (7)"_s);
         try {
             Db().AppendRelation({.Name = u"RatingsItems"_s,
@@ -181,9 +182,10 @@ private Q_SLOTS:
     void secondRelation_keepsTheFirst()
     {
         Db().AppendRelation(ItemsFiles());
-        Db().AppendTableDef({.Name = u"Names"_s,
-                             .Fields = {{.Name = u"Name"_s, .Type = FieldType::Text, .Size = 20}},
-                             .Indexes = {{.Name = u"PrimaryKey"_s, .Fields = {u"Name"_s}, .Primary = true, .Unique = true}}});
+        Db().AppendTableDef(
+            {.Name = u"Names"_s,
+             .Fields = {{.Name = u"Name"_s, .Type = FieldType::Text, .Size = 20}},
+             .Indexes = {{.Name = u"PrimaryKey"_s, .Fields = {u"Name"_s}, .Primary = true, .Unique = true}}});
         Db().AppendRelation({.Name = u"NamesFiles"_s,
                              .Table = u"Names"_s,
                              .ForeignTable = u"Files"_s,

@@ -169,7 +169,7 @@ private Q_SLOTS:
         Db().AppendField(u"Items"_s, {.Name = u"Late"_s, .OrdinalPosition = 5});
         Db().AppendField(u"Items"_s, {.Name = u"First"_s, .OrdinalPosition = 0, .DefaultValue = -1});
         m_database->Reopen();
-        const QStringList expected{u"First"_s, u"ID"_s,   u"Early"_s, u"Title"_s,
+        const QStringList expected{u"First"_s,  u"ID"_s,    u"Early"_s, u"Title"_s,
                                    u"Rating"_s, u"Notes"_s, u"Page"_s,  u"Late"_s};
         const Recordset rows = Db().OpenRecordset(u"Items"_s);
         QCOMPARE(Names(rows.Fields()), expected);
@@ -221,9 +221,10 @@ private Q_SLOTS:
 
     void keyOverTwoColumns_refusesOnlyTheSamePair()
     {
-        Db().AppendTableDef({.Name = u"Links"_s,
-                             .Fields = {{.Name = u"A"_s}, {.Name = u"B"_s}},
-                             .Indexes = {{.Name = u"PrimaryKey"_s, .Fields = {u"A"_s, u"B"_s}, .Primary = true, .Unique = true}}});
+        Db().AppendTableDef(
+            {.Name = u"Links"_s,
+             .Fields = {{.Name = u"A"_s}, {.Name = u"B"_s}},
+             .Indexes = {{.Name = u"PrimaryKey"_s, .Fields = {u"A"_s, u"B"_s}, .Primary = true, .Unique = true}}});
         const QString insert = u"INSERT INTO Links (A, B) VALUES (?, ?)"_s;
         Db().Execute(insert, {1, 2});
         Db().Execute(insert, {1, 3});
@@ -234,14 +235,16 @@ private Q_SLOTS:
     void primaryKey_refusesNull()
     {
         Index key{.Name = u"Identity"_s, .Fields = {u"Word"_s}, .Primary = true, .Unique = true};
-        TableDef table{.Name = u"Keyed"_s, .Fields = {{.Name = u"Word"_s, .Type = FieldType::Text, .Size = 9}}, .Indexes = {key}};
+        TableDef table{
+            .Name = u"Keyed"_s, .Fields = {{.Name = u"Word"_s, .Type = FieldType::Text, .Size = 9}}, .Indexes = {key}};
         QB_VERIFY_RAISES(Db().AppendTableDef(table), 3317); // under another name
         QVERIFY(!Db().TableExists(u"Keyed"_s));
         key.Name = u"PrimaryKey"_s;
         table.Indexes = {key};
         Db().AppendTableDef(table);
         QVERIFY(Db().GetTableDef(u"Keyed"_s).FindIndex(u"PrimaryKey"_s)->Primary);
-        QB_VERIFY_RAISES(Db().AppendIndex(u"Keyed"_s, {.Name = u"Later"_s, .Fields = {u"Word"_s}, .Primary = true}), 3317);
+        QB_VERIFY_RAISES(Db().AppendIndex(u"Keyed"_s, {.Name = u"Later"_s, .Fields = {u"Word"_s}, .Primary = true}),
+                         3317);
         QB_VERIFY_RAISES(Db().Execute(u"INSERT INTO Keyed (Word) VALUES (NULL)"_s), 3314);
     }
 
@@ -262,11 +265,12 @@ private Q_SLOTS:
 private:
     static TableDef WithIndexes()
     {
-        return {.Name = u"Words"_s,
-                .Fields = {{.Name = u"Keyword"_s, .Type = FieldType::Text, .Size = 30, .OrdinalPosition = 1},
-                           {.Name = u"Coloured"_s, .Type = FieldType::Boolean, .OrdinalPosition = 2, .DefaultValue = true}},
-                .Indexes = {{.Name = u"Both"_s, .Fields = {u"Coloured"_s, u"Keyword"_s}},
-                            {.Name = u"PrimaryKey"_s, .Fields = {u"Keyword"_s}, .Primary = true, .Unique = true}}};
+        return {
+            .Name = u"Words"_s,
+            .Fields = {{.Name = u"Keyword"_s, .Type = FieldType::Text, .Size = 30, .OrdinalPosition = 1},
+                       {.Name = u"Coloured"_s, .Type = FieldType::Boolean, .OrdinalPosition = 2, .DefaultValue = true}},
+            .Indexes = {{.Name = u"Both"_s, .Fields = {u"Coloured"_s, u"Keyword"_s}},
+                        {.Name = u"PrimaryKey"_s, .Fields = {u"Keyword"_s}, .Primary = true, .Unique = true}}};
     }
 
     Database& Db() { return **m_database; }

@@ -58,10 +58,7 @@ private Q_SLOTS:
         QCOMPARE(Db().Execute(u"DELETE FROM Items WHERE ID = 99"_s), 0);
     }
 
-    void queryValue_withoutARow_isNull()
-    {
-        QVERIFY(Db().QueryValue(u"SELECT Title FROM Items"_s).IsNull());
-    }
+    void queryValue_withoutARow_isNull() { QVERIFY(Db().QueryValue(u"SELECT Title FROM Items"_s).IsNull()); }
 
     void sameTextTwiceAtATime_readsIndependently()
     {

@@ -25,7 +25,9 @@ private Q_SLOTS:
         QTest::newRow("true") << Value(true) << -1ll << -1.0 << u"-1"_s << "-1"_ba;
         QTest::newRow("false") << Value(false) << 0ll << 0.0 << u"0"_s << "0"_ba;
         QTest::newRow("fraction") << Value(2.75) << 2ll << 2.75 << u"2.75"_s << "2.75"_ba;
-        QTest::newRow("text") << Value(u"Größe"_s) << 0ll << 0.0 << u"Größe"_s << "Gr\xc3\xb6\xc3\x9f" "e"_ba;
+        QTest::newRow("text") << Value(u"Größe"_s) << 0ll << 0.0 << u"Größe"_s
+                              << "Gr\xc3\xb6\xc3\x9f"
+                                 "e"_ba;
         QTest::newRow("digits") << Value(u"0012"_s) << 12ll << 12.0 << u"0012"_s << "0012"_ba;
         QTest::newRow("empty text") << Value(QString()) << 0ll << 0.0 << QString() << QByteArray();
         QTest::newRow("bytes") << Value("\xc3\xa4"_ba) << 0ll << 0.0 << u"ä"_s << "\xc3\xa4"_ba;

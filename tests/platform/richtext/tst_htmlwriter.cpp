@@ -11,10 +11,7 @@ class TestHtmlWriter : public QObject {
 private Q_SLOTS:
     void init() { qb::test::FailOnWarnings(); }
 
-    void text_isEscaped()
-    {
-        QVERIFY(HtmlOf(u"a < b & c"_s).contains(u"a &lt; b &amp; c"_s));
-    }
+    void text_isEscaped() { QVERIFY(HtmlOf(u"a < b & c"_s).contains(u"a &lt; b &amp; c"_s)); }
 
     void fontName_staysInsideItsQuotes()
     {

@@ -307,7 +307,8 @@ private Q_SLOTS:
         Indent(document, 0, 5);
         document.Clear();
         document.Replace(0, 0, u"x"_s, document.DefaultFormat());
-        QCOMPARE(Describe(document), (QStringList{u"x"_s, u"0: Arial,nil,0,28"_s, u"paragraph at 0: align 0 left 0 first 0 right 0"_s}));
+        QCOMPARE(Describe(document),
+                 (QStringList{u"x"_s, u"0: Arial,nil,0,28"_s, u"paragraph at 0: align 0 left 0 first 0 right 0"_s}));
     }
 
     void fontName_isFoundWithItsFamilyAndCharacterSet()
@@ -329,7 +330,8 @@ private Q_SLOTS:
                 const qsizetype at = dice.Roll(document.Length() + 1);
                 const qsizetype length = dice.Roll(qMin(qsizetype(6), document.Length() - at + 1));
                 document.Replace(at, length, dice.PickOf(pieces), document.DefaultFormat());
-                QVERIFY2(HasOnlyWholeLineEnds(document.Text()), "seed " + QByteArray::number(seed) + ": " + document.Text().toUtf8().toPercentEncoding());
+                QVERIFY2(HasOnlyWholeLineEnds(document.Text()),
+                         "seed " + QByteArray::number(seed) + ": " + document.Text().toUtf8().toPercentEncoding());
             }
         }
     }
@@ -346,7 +348,9 @@ private Q_SLOTS:
                 Indent(document, at, int(i));
             for (int i = 0; i < 10; ++i) {
                 // Both ends beside whole line ends
-                const auto place = [&document](qsizetype at) { return at > 0 && document.Text()[at - 1] == u'\r' ? at - 1 : at; };
+                const auto place = [&document](qsizetype at) {
+                    return at > 0 && document.Text()[at - 1] == u'\r' ? at - 1 : at;
+                };
                 const qsizetype at = place(dice.Roll(document.Length() + 1));
                 const qsizetype end = place(at + dice.Roll(document.Length() - at + 1));
                 const qsizetype length = qMax(qsizetype(0), end - at);

@@ -20,14 +20,19 @@ RichTextDocument Read(const QString& rtf)
 /// A document with some fonts, colours and lists; @p body begins plain.
 QString File(const QString& body)
 {
-    return u"{\\rtf1\\ansi\\ansicpg1252\\deff0{\\fonttbl{\\f0\\fswiss\\fcharset0 Arial;}{\\f1\\fmodern\\fcharset0 Mono;}"
+    return u"{\\rtf1\\ansi\\ansicpg1252\\deff0{\\fonttbl{\\f0\\fswiss\\fcharset0 Arial;}{\\f1\\fmodern\\fcharset0 "
+           "Mono;}"
            "{\\f2\\fnil\\fcharset204 Cyr;}}{\\colortbl ;\\red255\\green0\\blue0;\\red1\\green2\\blue3;}"
-           "{\\*\\listtable{\\list\\listtemplateid1{\\listlevel\\levelnfc0\\levelstartat1{\\leveltext\\'02\\'00.;}{\\levelnumbers\\'01;}}"
-           "{\\listlevel\\levelnfc4{\\leveltext\\'02\\'01);}{\\levelnumbers\\'01;}}{\\listlevel\\levelnfc23{\\leveltext\\'01\\u8226 ?;}}"
-           "\\listid11}{\\list{\\listlevel\\levelnfc23\\levelnfcn23{\\leveltext\\'01\\'b7;}}\\listid12}{\\list{\\listlevel\\levelnfc2}\\listid13}}"
-           "{\\*\\listoverridetable{\\listoverride\\listid12\\listoverridecount0\\ls1}{\\listoverride\\listid11\\ls2}{\\listoverride\\listid13\\ls3}}"
+           "{\\*\\listtable{\\list\\listtemplateid1{\\listlevel\\levelnfc0\\levelstartat1{\\leveltext\\'02\\'00.;}{"
+           "\\levelnumbers\\'01;}}"
+           "{\\listlevel\\levelnfc4{\\leveltext\\'02\\'01);}{\\levelnumbers\\'01;}}{\\listlevel\\levelnfc23{"
+           "\\leveltext\\'01\\u8226 ?;}}"
+           "\\listid11}{\\list{\\listlevel\\levelnfc23\\levelnfcn23{\\leveltext\\'01\\'b7;}}\\listid12}{\\list{"
+           "\\listlevel\\levelnfc2}\\listid13}}"
+           "{\\*\\listoverridetable{\\listoverride\\listid12\\listoverridecount0\\ls1}{\\listoverride\\listid11\\ls2}"
+           "{\\listoverride\\listid13\\ls3}}"
            "\\pard\\plain\\f0\\fs20 "_s
-        + body + u"}"_s;
+           + body + u"}"_s;
 }
 
 /// The look of the character that is 'x' in @p body.
@@ -63,7 +68,9 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("body");
         QTest::addColumn<QString>("look");
-        const auto add = [](const char* name, const QString& body, const QString& look) { QTest::newRow(name) << body << look; };
+        const auto add = [](const char* name, const QString& body, const QString& look) {
+            QTest::newRow(name) << body << look;
+        };
         add("nothing", u"x"_s, u"Arial,swiss,0,20"_s);
         add("font", u"\\f1 x"_s, u"Mono,modern,0,20"_s);
         add("font of another character set", u"\\f2 x"_s, u"Cyr,nil,204,20"_s);
@@ -106,16 +113,19 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("table");
         QTest::addColumn<QString>("look");
-        QTest::newRow("plain") << u"{\\f5\\froman\\fcharset238\\fprq2 Times New Roman;}"_s << u"Times New Roman,roman,238,24"_s;
+        QTest::newRow("plain") << u"{\\f5\\froman\\fcharset238\\fprq2 Times New Roman;}"_s
+                               << u"Times New Roman,roman,238,24"_s;
         QTest::newRow("without groups") << u"\\f4\\fnil Other;\\f5\\fscript Script;"_s << u"Script,script,0,24"_s;
         QTest::newRow("with an alternative") << u"{\\f5\\fdecor{\\*\\falt Arial}Name;}"_s << u"Name,decor,0,24"_s;
-        QTest::newRow("with panose") << u"{\\f5\\fbidi{\\*\\panose 020b0604020202020204}Name;}"_s << u"Name,bidi,0,24"_s;
+        QTest::newRow("with panose") << u"{\\f5\\fbidi{\\*\\panose 020b0604020202020204}Name;}"_s
+                                     << u"Name,bidi,0,24"_s;
         QTest::newRow("with a theme") << u"{\\flomajor\\f5\\ftech\\fcharset0 Name;}"_s << u"Name,tech,0,24"_s;
         QTest::newRow("Unicode") << u"{\\f5\\fnil Gr\\u246 ?\\u223\\'dfe;}"_s << u"Größe,nil,0,24"_s;
         QTest::newRow("bytes of its character set") << u"{\\f5\\fnil\\fcharset204 \\'cf\\'f0;}"_s << u"Пр,nil,204,24"_s;
         QTest::newRow("cut into pieces") << u"{\\f5\\fnil Na\r\nme\\{1\\};}"_s << u"Name{1},nil,0,24"_s;
         QTest::newRow("no semicolon") << u"{\\f5\\fnil Name}"_s << u"Name,nil,0,24"_s;
-        QTest::newRow("family does not pass on") << u"{\\f4\\froman\\fcharset204 A;}{\\f5 Name;}"_s << u"Name,nil,0,24"_s;
+        QTest::newRow("family does not pass on")
+            << u"{\\f4\\froman\\fcharset204 A;}{\\f5 Name;}"_s << u"Name,nil,0,24"_s;
     }
 
     void fontTable_isReadInAllItsForms()
@@ -138,7 +148,9 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("body");
         QTest::addColumn<QString>("stand");
-        const auto add = [](const char* name, const QString& body, const QString& stand) { QTest::newRow(name) << body << stand; };
+        const auto add = [](const char* name, const QString& body, const QString& stand) {
+            QTest::newRow(name) << body << stand;
+        };
         add("nothing", u"x\\par"_s, u"align 0 left 0 first 0 right 0"_s);
         add("right", u"\\qr x\\par"_s, u"align 1 left 0 first 0 right 0"_s);
         add("centre", u"\\qc x\\par"_s, u"align 2 left 0 first 0 right 0"_s);
@@ -148,31 +160,43 @@ private Q_SLOTS:
         add("tab stops", u"\\tx500\\tqr\\tx1000 x\\par"_s, u"align 0 left 0 first 0 right 0 tab 500 tab 1000"_s);
         add("words behind the text", u"x\\qc\\par"_s, u"align 2 left 0 first 0 right 0"_s);
         add("last one without a line end", u"\\qc x"_s, u"align 2 left 0 first 0 right 0"_s);
-        add("behind other lines, without a line end", u"a\\par\\pard\\qr\\li200 x"_s, u"align 1 left 200 first 0 right 0"_s);
-        add("lasts until it is reset", u"\\qc\\li100\\tx9 a\\par x\\par"_s, u"align 2 left 100 first 0 right 0 tab 9"_s);
+        add("behind other lines, without a line end", u"a\\par\\pard\\qr\\li200 x"_s,
+            u"align 1 left 200 first 0 right 0"_s);
+        add("lasts until it is reset", u"\\qc\\li100\\tx9 a\\par x\\par"_s,
+            u"align 2 left 100 first 0 right 0 tab 9"_s);
         add("reset", u"\\qc\\li100\\tx9 a\\par\\pard x\\par"_s, u"align 0 left 0 first 0 right 0"_s);
         add("group takes its stand with it", u"{\\qc a\\par}x\\par"_s, u"align 0 left 0 first 0 right 0"_s);
-        add("old bullet", u"\\pard{\\pntext\\f2\\'b7\\tab}{\\*\\pn\\pnlvlblt\\pnf2\\pnindent0{\\pntxtb\\'b7}}\\fi-200\\li200 x\\par"_s,
+        add("old bullet",
+            u"\\pard{\\pntext\\f2\\'b7\\tab}{\\*\\pn\\pnlvlblt\\pnf2\\pnindent0"
+            "{\\pntxtb\\'b7}}\\fi-200\\li200 x\\par"_s,
             u"align 0 left 200 first -200 right 0 list 1"_s);
-        add("old bullet, next line", u"{\\pntext\\'b7\\tab}{\\*\\pn\\pnlvlblt{\\pntxtb\\'b7}}a\\par{\\pntext\\'b7\\tab}x\\par"_s,
+        add("old bullet, next line",
+            u"{\\pntext\\'b7\\tab}{\\*\\pn\\pnlvlblt{\\pntxtb\\'b7}}a\\par{\\pntext\\'b7\\tab}x\\par"_s,
             u"align 0 left 0 first 0 right 0 list 1"_s);
         add("end of the old bullet", u"{\\*\\pn\\pnlvlblt}a\\par\\pard x\\par"_s, u"align 0 left 0 first 0 right 0"_s);
-        add("old numbers", u"{\\*\\pn\\pnlvlbody\\pnstart3\\pndec{\\pntxta.}}x\\par"_s, u"align 0 left 0 first 0 right 0 list 2 from 3"_s);
+        add("old numbers", u"{\\*\\pn\\pnlvlbody\\pnstart3\\pndec{\\pntxta.}}x\\par"_s,
+            u"align 0 left 0 first 0 right 0 list 2 from 3"_s);
         add("old letters", u"{\\*\\pn\\pnlvlbody\\pnlcltr}x\\par"_s, u"align 0 left 0 first 0 right 0 list 3 from 1"_s);
-        add("old capitals", u"{\\*\\pn\\pnlvlbody\\pnucltr}x\\par"_s, u"align 0 left 0 first 0 right 0 list 4 from 1"_s);
-        add("old Roman numbers", u"{\\*\\pn\\pnlvlbody\\pnlcrm}x\\par"_s, u"align 0 left 0 first 0 right 0 list 5 from 1"_s);
-        add("old Roman capitals", u"{\\*\\pn\\pnlvlbody\\pnucrm}x\\par"_s, u"align 0 left 0 first 0 right 0 list 6 from 1"_s);
+        add("old capitals", u"{\\*\\pn\\pnlvlbody\\pnucltr}x\\par"_s,
+            u"align 0 left 0 first 0 right 0 list 4 from 1"_s);
+        add("old Roman numbers", u"{\\*\\pn\\pnlvlbody\\pnlcrm}x\\par"_s,
+            u"align 0 left 0 first 0 right 0 list 5 from 1"_s);
+        add("old Roman capitals", u"{\\*\\pn\\pnlvlbody\\pnucrm}x\\par"_s,
+            u"align 0 left 0 first 0 right 0 list 6 from 1"_s);
         add("new bullet", u"{\\listtext\\'b7\\tab}\\ls1\\ilvl0 x\\par"_s, u"align 0 left 0 first 0 right 0 list 1"_s);
         add("new numbers", u"\\ls2 x\\par"_s, u"align 0 left 0 first 0 right 0 list 2 from 1"_s);
         add("nested", u"\\ilvl1\\ls2 x\\par"_s, u"align 0 left 0 first 0 right 0 list 3 from 1 level 1"_s);
-        add("nested, level behind the list", u"\\ls2\\ilvl1 x\\par"_s, u"align 0 left 0 first 0 right 0 list 3 from 1 level 1"_s);
+        add("nested, level behind the list", u"\\ls2\\ilvl1 x\\par"_s,
+            u"align 0 left 0 first 0 right 0 list 3 from 1 level 1"_s);
         add("nested bullet", u"\\ls2\\ilvl2 x\\par"_s, u"align 0 left 0 first 0 right 0 list 1 level 2"_s);
-        add("deeper on the next line", u"\\ls2\\ilvl0 a\\par\\ilvl1 x\\par"_s, u"align 0 left 0 first 0 right 0 list 3 from 1 level 1"_s);
+        add("deeper on the next line", u"\\ls2\\ilvl0 a\\par\\ilvl1 x\\par"_s,
+            u"align 0 left 0 first 0 right 0 list 3 from 1 level 1"_s);
         add("Roman", u"\\ls3 x\\par"_s, u"align 0 left 0 first 0 right 0 list 5 from 1"_s);
         add("end of the new list", u"\\ls1 a\\par\\pard x\\par"_s, u"align 0 left 0 first 0 right 0"_s);
         add("out of the list", u"\\ls1\\ls0 x\\par"_s, u"align 0 left 0 first 0 right 0"_s);
         add("list that is not there", u"\\ls44 x\\par"_s, u"align 0 left 0 first 0 right 0"_s);
-        add("numbers out of range", u"\\li99999999999\\ilvl999 x\\par"_s, u"align 0 left 2147483647 first 0 right 0 level 8"_s);
+        add("numbers out of range", u"\\li99999999999\\ilvl999 x\\par"_s,
+            u"align 0 left 2147483647 first 0 right 0 level 8"_s);
     }
 
     void paragraphWords_giveTheirStand()
@@ -185,7 +209,9 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("body");
         QTest::addColumn<QString>("text");
-        const auto add = [](const char* name, const QString& body, const QString& text) { QTest::newRow(name) << body << text; };
+        const auto add = [](const char* name, const QString& body, const QString& text) {
+            QTest::newRow(name) << body << text;
+        };
         add("last line end is not part of it", u"a\\par"_s, u"a"_s);
         add("only the last line end", u"a\\par\\par"_s, u"a\r\n"_s);
         add("line end and a group behind", u"a\\par{\\b}"_s, u"a"_s);
@@ -194,7 +220,8 @@ private Q_SLOTS:
         add("break at the end is kept", u"a\\line"_s, u"a\r\n"_s);
         add("section and page", u"a\\sect b\\page c"_s, u"a\r\nb\r\nc"_s);
         add("tab", u"a\\tab b\\\tc"_s, u"a\tb\tc"_s);
-        add("special characters", u"\\lquote\\rquote\\ldblquote\\rdblquote\\emdash\\endash\\emspace\\enspace\\bullet\\~\\_\\-\\{\\}\\\\"_s,
+        add("special characters",
+            u"\\lquote\\rquote\\ldblquote\\rdblquote\\emdash\\endash\\emspace\\enspace\\bullet\\~\\_\\-\\{\\}\\\\"_s,
             u"‘’“”—–\u2003\u2002•\u00a0\u2011\u00ad{}\\"_s);
         add("Unicode, no mark", u"\\uc0\\u228 b"_s, u"äb"_s);
         add("Unicode, one mark", u"\\uc1\\u228 ?b"_s, u"äb"_s);
@@ -219,7 +246,10 @@ private Q_SLOTS:
         add("unknown destination", u"a{\\*\\nosuch b{c}\\par d}e"_s, u"ae"_s);
         add("unknown word in a group", u"a{\\nosuch b}c"_s, u"abc"_s);
         add("known word behind the star", u"a{\\*\\b b}c"_s, u"abc"_s);
-        add("headers and footers", u"{\\header a\\par}{\\headerl b}{\\headerr c}{\\headerf d}{\\footer e}{\\footerl f}{\\footerr g}{\\footerf h}i"_s, u"i"_s);
+        add("headers and footers",
+            u"{\\header a\\par}{\\headerl b}{\\headerr c}{\\headerf d}{\\footer e}{\\footerl f}{\\footerr "
+            "g}{\\footerf h}i"_s,
+            u"i"_s);
         add("style sheet, info, templates", u"{\\stylesheet{\\s1 a;}}{\\info{\\title b}}{\\*\\template c}d"_s, u"d"_s);
         add("comment", u"a{\\*\\atnid b}{\\*\\atnauthor c}{\\*\\annotation d}e"_s, u"ae"_s);
         add("index entry", u"a{\\xe b}{\\tc c}d"_s, u"ad"_s);
@@ -238,7 +268,9 @@ private Q_SLOTS:
 
     void nestedTable_keepsItsCellsSideBySide()
     {
-        const QString text = TextOf(u"\\trowd\\intbl a\\cell{\\itap2 n\\nestcell m\\nestcell{\\*\\nesttableprops\\trowd\\nestrow}}\\cell\\row\\pard b"_s);
+        const QString text = TextOf(
+            u"\\trowd\\intbl a\\cell{\\itap2 n\\nestcell m\\nestcell{\\*\\nesttableprops\\trowd\\nestrow}}\\cell\\row"
+            "\\pard b"_s);
         QVERIFY2(text.startsWith(u"a\tn\tm"_s) && text.endsWith(u"\r\nb"_s), qPrintable(text));
     }
 
@@ -297,7 +329,9 @@ private Q_SLOTS:
         QFETCH(int, charSet);
         QFETCH(QString, bytes);
         QFETCH(QString, text);
-        const QString rtf = u"{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0 Arial;}{\\f1\\fcharset%1 Font;}}\\f1 %2\\f0 \\'e4}"_s.arg(charSet).arg(bytes);
+        const QString rtf = u"{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0 Arial;}{\\f1\\fcharset%1 Font;}}\\f1 %2\\f0 \\'e4}"_s
+                                .arg(charSet)
+                                .arg(bytes);
         QCOMPARE(Read(rtf).Text(), text + u"ä"_s);
     }
 
@@ -335,7 +369,8 @@ private Q_SLOTS:
     void link_hasItsTarget()
     {
         QFETCH(QString, instruction);
-        const RichTextDocument document = Read(File(u"a{\\field{\\*\\fldinst "_s + instruction + u"}{\\fldrslt{\\ul x}y}}b"_s));
+        const RichTextDocument document = Read(
+            File(u"a{\\field{\\*\\fldinst "_s + instruction + u"}{\\fldrslt{\\ul x}y}}b"_s));
         QCOMPARE(document.Text(), u"axyb"_s);
         QCOMPARE(document.Link(document.FormatAt(0).Link), QString());
         QTEST(document.Link(document.FormatAt(1).Link), "target");
@@ -351,14 +386,22 @@ private Q_SLOTS:
         const QString hex = QString::fromLatin1(SmallPng.toHex());
         const QString png = u"Arial,swiss,0,20,picture 0 300x200 "_s + hex;
         QTest::newRow("PNG") << u"{\\pict\\pngblip\\picw1\\pich1\\picwgoal300\\pichgoal200 "_s + hex + u"}"_s << png;
-        QTest::newRow("broken over lines") << u"{\\pict\\pngblip\\picwgoal300\\pichgoal200\r\n"_s + hex.left(30) + u"\r\n"_s + hex.mid(30) + u"\r\n}"_s << png;
+        QTest::newRow("broken over lines")
+            << u"{\\pict\\pngblip\\picwgoal300\\pichgoal200\r\n"_s + hex.left(30) + u"\r\n"_s + hex.mid(30) + u"\r\n}"_s
+            << png;
         QTest::newRow("words behind") << u"{\\pict\\picwgoal300\\pichgoal200\\pngblip "_s + hex + u"}"_s << png;
-        QTest::newRow("with an identifier") << u"{\\pict{\\*\\blipuid 0102030405}\\pngblip\\picwgoal300\\pichgoal200 "_s + hex + u"}"_s << png;
-        QTest::newRow("with properties") << u"{\\pict{\\*\\picprop{\\sp{\\sn a}{\\sv b}}}\\pngblip\\picwgoal300\\pichgoal200 "_s + hex + u"}"_s << png;
-        QTest::newRow("capital digits") << u"{\\pict\\pngblip\\picwgoal300\\pichgoal200 "_s + hex.toUpper() + u"}"_s << png;
-        QTest::newRow("twice, for old readers too") << u"{\\*\\shppict{\\pict\\pngblip\\picwgoal300\\pichgoal200 "_s + hex
-                + u"}}{\\nonshppict{\\pict\\wmetafile8 0102}}"_s << png;
-        QTest::newRow("JPEG, raw") << u"{\\pict\\jpegblip\\bin5 {\\}}\u00ff}"_s << u"Arial,swiss,0,20,picture 1 0x0 7b5c7d7dff"_s;
+        QTest::newRow("with an identifier")
+            << u"{\\pict{\\*\\blipuid 0102030405}\\pngblip\\picwgoal300\\pichgoal200 "_s + hex + u"}"_s << png;
+        QTest::newRow("with properties")
+            << u"{\\pict{\\*\\picprop{\\sp{\\sn a}{\\sv b}}}\\pngblip\\picwgoal300\\pichgoal200 "_s + hex + u"}"_s
+            << png;
+        QTest::newRow("capital digits") << u"{\\pict\\pngblip\\picwgoal300\\pichgoal200 "_s + hex.toUpper() + u"}"_s
+                                        << png;
+        QTest::newRow("twice, for old readers too") << u"{\\*\\shppict{\\pict\\pngblip\\picwgoal300\\pichgoal200 "_s
+                                                           + hex + u"}}{\\nonshppict{\\pict\\wmetafile8 0102}}"_s
+                                                    << png;
+        QTest::newRow("JPEG, raw") << u"{\\pict\\jpegblip\\bin5 {\\}}\u00ff}"_s
+                                   << u"Arial,swiss,0,20,picture 1 0x0 7b5c7d7dff"_s;
     }
 
     void picture_isKept()
@@ -408,7 +451,8 @@ private Q_SLOTS:
         RichTextDocument document({.Name = u"Arial"_s, .Points = 14});
         ReadRtf(File(u"\\qc\\b old\\par text"_s), document);
         ReadRtf(u"plain"_s, document);
-        QCOMPARE(Describe(document), (QStringList{u"plain"_s, u"0: Arial,nil,0,28"_s, u"paragraph at 0: align 0 left 0 first 0 right 0"_s}));
+        QCOMPARE(Describe(document), (QStringList{u"plain"_s, u"0: Arial,nil,0,28"_s,
+                                                  u"paragraph at 0: align 0 left 0 first 0 right 0"_s}));
     }
 
     // Damage
@@ -424,7 +468,8 @@ private Q_SLOTS:
         QTest::newRow("2 GB of raw data") << u"a\\bin2147483647 b"_s;
         QTest::newRow("4 GB of picture") << u"a{\\pict\\pngblip\\bin4294967295 }b"_s;
         QTest::newRow("numbers out of range")
-            << u"\\fs99999999999\\li-99999999999\\tx99999999999\\cf99999999999\\f-99999999999\\uc99999999999\\uc1\\ls99999999999\\ilvl-5 ab"_s;
+            << u"\\fs99999999999\\li-99999999999\\tx99999999999\\cf99999999999\\f-99999999999\\uc99999999999\\uc1"
+               "\\ls99999999999\\ilvl-5 ab"_s;
         QTest::newRow("negative count of marks") << u"\\uc-3 ab"_s;
     }
 
@@ -436,9 +481,11 @@ private Q_SLOTS:
 
     void sampleCutAnywhere_givesTheBeginOfItsText()
     {
-        const QString rtf = File(u"Gr\\'fc\\'dfe\\b  fett\\b0\\par\\pard\\qc\\ls2{\\listtext 1.\\tab}eins\\par"
-                                 "{\\field{\\*\\fldinst{HYPERLINK \"http://x\"}}{\\fldrslt{\\ul link}}} {\\pict\\pngblip 01020304}"
-                                 "{\\pict\\bin6 {{{{{{\\pngblip}\\trowd\\intbl a\\cell b\\cell\\row\\pard\\uc2\\u28450\\'8a\\'bf ende\\par"_s);
+        const QString rtf = File(
+            u"Gr\\'fc\\'dfe\\b  fett\\b0\\par\\pard\\qc\\ls2{\\listtext 1.\\tab}eins\\par"
+            "{\\field{\\*\\fldinst{HYPERLINK \"http://x\"}}{\\fldrslt{\\ul link}}} {\\pict\\pngblip 01020304}"
+            "{\\pict\\bin6 {{{{{{\\pngblip}\\trowd\\intbl a\\cell b\\cell\\row\\pard"
+            "\\uc2\\u28450\\'8a\\'bf ende\\par"_s);
         const QString whole = Read(rtf).Text();
         QCOMPARE(whole, u"Grüße fett\r\neins\r\nlink \ufffc\ufffca\tb\r\n漢 ende"_s);
         for (qsizetype length = 5; length < rtf.size(); ++length) { // known as RTF from there on
@@ -488,10 +535,41 @@ private Q_SLOTS:
 
     void randomBytes_areReadToTheirEnd()
     {
-        static const QStringList pieces{u"{"_s, u"}"_s, u"\\"_s, u"\\par"_s, u"\\pard"_s, u"\\'83"_s, u"\\u-10179"_s, u"\\uc2"_s, u"\\f2 "_s, u"\\cell"_s, u"\\row"_s,
-                                        u"\\intbl"_s, u"{\\fonttbl"_s, u"{\\colortbl"_s, u"{\\pict\\pngblip"_s, u"{\\*\\fldinst HYPERLINK "_s, u"{\\fldrslt"_s,
-                                        u"{\\*\\pn\\pnlvlblt"_s, u"\\ls2"_s, u"\\ilvl1"_s, u"{\\*\\shppict"_s, u"\\bin3"_s, u"\\plain"_s, u"\\deff2"_s, u";"_s, u"\""_s, u"a"_s,
-                                        u" "_s, u"\\'"_s, u"{\\*\\listtable{\\list{\\listlevel\\levelnfc4"_s, u"\\listid3"_s, u"{\\stylesheet"_s, u"\\qc"_s, u"\\li99"_s, u"ä"_s};
+        static const QStringList pieces{u"{"_s,
+                                        u"}"_s,
+                                        u"\\"_s,
+                                        u"\\par"_s,
+                                        u"\\pard"_s,
+                                        u"\\'83"_s,
+                                        u"\\u-10179"_s,
+                                        u"\\uc2"_s,
+                                        u"\\f2 "_s,
+                                        u"\\cell"_s,
+                                        u"\\row"_s,
+                                        u"\\intbl"_s,
+                                        u"{\\fonttbl"_s,
+                                        u"{\\colortbl"_s,
+                                        u"{\\pict\\pngblip"_s,
+                                        u"{\\*\\fldinst HYPERLINK "_s,
+                                        u"{\\fldrslt"_s,
+                                        u"{\\*\\pn\\pnlvlblt"_s,
+                                        u"\\ls2"_s,
+                                        u"\\ilvl1"_s,
+                                        u"{\\*\\shppict"_s,
+                                        u"\\bin3"_s,
+                                        u"\\plain"_s,
+                                        u"\\deff2"_s,
+                                        u";"_s,
+                                        u"\""_s,
+                                        u"a"_s,
+                                        u" "_s,
+                                        u"\\'"_s,
+                                        u"{\\*\\listtable{\\list{\\listlevel\\levelnfc4"_s,
+                                        u"\\listid3"_s,
+                                        u"{\\stylesheet"_s,
+                                        u"\\qc"_s,
+                                        u"\\li99"_s,
+                                        u"ä"_s};
         for (quint32 seed = 0; seed < 5000; ++seed) {
             Dice dice(seed);
             QString rtf = u"{\\rtf1 "_s;

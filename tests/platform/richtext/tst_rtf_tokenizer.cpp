@@ -72,7 +72,8 @@ private Q_SLOTS:
         QTest::newRow("capitals") << u"\\Par\\b"_s << u"word Par|word b"_s;
         QTest::newRow("letters beyond ASCII end a word") << u"\\bä"_s << u"word b|text ä"_s;
         QTest::newRow("word behind word") << u"\\b\\i"_s << u"word b|word i"_s;
-        QTest::newRow("symbols") << u"\\~\\*\\\\\\{\\}\\|"_s << u"symbol ~|symbol *|symbol \\|symbol {|symbol }|symbol |"_s;
+        QTest::newRow("symbols") << u"\\~\\*\\\\\\{\\}\\|"_s
+                                 << u"symbol ~|symbol *|symbol \\|symbol {|symbol }|symbol |"_s;
         QTest::newRow("no blank behind a symbol") << u"\\~ x"_s << u"symbol ~|text  x"_s;
         QTest::newRow("byte") << u"\\'e4\\'E4x"_s << u"byte 228|byte 228|text x"_s;
         QTest::newRow("byte, not hex") << u"\\'zzx"_s << u"symbol |text zzx"_s;
@@ -103,7 +104,8 @@ private Q_SLOTS:
 
     void anything_isCutToItsEnd()
     {
-        static const QStringList pieces{u"{"_s, u"}"_s, u"\\"_s, u"\\'"_s, u"\\bin"_s, u"9"_s, u"-"_s, u" "_s, u"a"_s, u"\r"_s, u"\n"_s, u"*"_s, u"ä"_s, u"\ufffe"_s};
+        static const QStringList pieces{u"{"_s, u"}"_s, u"\\"_s, u"\\'"_s, u"\\bin"_s, u"9"_s, u"-"_s,
+                                        u" "_s, u"a"_s, u"\r"_s, u"\n"_s,  u"*"_s,     u"ä"_s, u"\ufffe"_s};
         for (quint32 seed = 0; seed < 5000; ++seed) {
             Dice dice(seed);
             QString rtf;

@@ -30,10 +30,7 @@ private Q_SLOTS:
         QCOMPARE(WriteRtf(Document(u"a\r\n\r\nb c"_s)), Head + u"\\pard\\f0\\fs20 a\\par\r\n\\par\r\nb c\\par\r\n}"_s);
     }
 
-    void emptyText_saysItsFont()
-    {
-        QCOMPARE(WriteRtf(Document({})), Head + u"\\pard\\f0\\fs20\\par\r\n}"_s);
-    }
+    void emptyText_saysItsFont() { QCOMPARE(WriteRtf(Document({})), Head + u"\\pard\\f0\\fs20\\par\r\n}"_s); }
 
     void specialCharacters_areEscaped_data()
     {
@@ -67,7 +64,8 @@ private Q_SLOTS:
         document.NumberOf(unused);
         document.ChangeFormat(0, 3, [](CharFormat& format) { format.Color = 0x445566; }); // overwritten below
         document.ChangeFormat(0, 3, [](CharFormat& format) { format.Color = 0x0000ff; });
-        QCOMPARE(WriteRtf(document), Head + u"{\\colortbl ;\\red255\\green0\\blue0;}\r\n\\pard\\f0\\fs20\\cf1 abc\\par\r\n}"_s);
+        QCOMPARE(WriteRtf(document),
+                 Head + u"{\\colortbl ;\\red255\\green0\\blue0;}\r\n\\pard\\f0\\fs20\\cf1 abc\\par\r\n}"_s);
     }
 
     void equalNeighbours_areOneRun()
@@ -89,8 +87,10 @@ private Q_SLOTS:
         change(5, [](CharFormat& format) { format.HalfPoints = 31; });
         change(6, [](CharFormat& format) { format.BackColor = 0x00ff00; });
         QCOMPARE(WriteRtf(document),
-                 Head + u"{\\colortbl ;\\red0\\green255\\blue0;}\r\n\\pard\\f0\\fs20 a\\i b\\i0\\ul c\\ulnone\\strike d\\strike0\\protect e"
-                        "\\fs31\\protect0 f\\fs20\\highlight1 g\\highlight0 h\\par\r\n}"_s);
+                 Head
+                     + u"{\\colortbl ;\\red0\\green255\\blue0;}\r\n\\pard\\f0\\fs20 a\\i b\\i0\\ul c\\ulnone\\strike "
+                       "d\\strike0\\protect e"
+                       "\\fs31\\protect0 f\\fs20\\highlight1 g\\highlight0 h\\par\r\n}"_s);
     }
 
     void paragraphs_areWrittenWhereTheyChange()
@@ -98,10 +98,23 @@ private Q_SLOTS:
         RichTextDocument document = Document(u"a\nb\nc\nd"_s);
         const auto change = [&document](qsizetype at, auto&& what) { document.ChangeParagraphs(at, at, what); };
         const quint32 tabs = document.NumberOfTabStops({500, 900});
-        change(3, [tabs](ParagraphFormat& format) { format = {.LeftIndent = 720, .FirstIndent = -360, .RightIndent = 5, .Tabs = tabs, .Alignment = TextAlignment::Justified}; });
-        change(6, [tabs](ParagraphFormat& format) { format = {.LeftIndent = 720, .FirstIndent = -360, .RightIndent = 5, .Tabs = tabs, .Alignment = TextAlignment::Justified}; });
-        QCOMPARE(WriteRtf(document),
-                 Head + u"\\pard\\f0\\fs20 a\\par\r\n\\pard\\fi-360\\li720\\ri5\\qj\\tx500\\tx900 b\\par\r\nc\\par\r\n\\pard d\\par\r\n}"_s);
+        change(3, [tabs](ParagraphFormat& format) {
+            format = {.LeftIndent = 720,
+                      .FirstIndent = -360,
+                      .RightIndent = 5,
+                      .Tabs = tabs,
+                      .Alignment = TextAlignment::Justified};
+        });
+        change(6, [tabs](ParagraphFormat& format) {
+            format = {.LeftIndent = 720,
+                      .FirstIndent = -360,
+                      .RightIndent = 5,
+                      .Tabs = tabs,
+                      .Alignment = TextAlignment::Justified};
+        });
+        QCOMPARE(WriteRtf(document), Head
+                                         + u"\\pard\\f0\\fs20 a\\par\r\n\\pard\\fi-360\\li720\\ri5\\qj\\tx500\\tx900 "
+                                           "b\\par\r\nc\\par\r\n\\pard d\\par\r\n}"_s);
     }
 
     void listItems_carryTheirTextForOldReaders_data()
@@ -109,12 +122,18 @@ private Q_SLOTS:
         QTest::addColumn<ListKind>("kind");
         QTest::addColumn<int>("start");
         QTest::addColumn<QStringList>("texts");
-        QTest::newRow("bullet") << ListKind::Bullet << 1 << QStringList{u"{\\pntext\\bullet\\tab}"_s, u"{\\pntext\\bullet\\tab}"_s};
-        QTest::newRow("numbers") << ListKind::Decimal << 9 << QStringList{u"{\\pntext 9.\\tab}"_s, u"{\\pntext 10.\\tab}"_s};
-        QTest::newRow("letters") << ListKind::LowerLetter << 26 << QStringList{u"{\\pntext z.\\tab}"_s, u"{\\pntext aa.\\tab}"_s};
-        QTest::newRow("capitals") << ListKind::UpperLetter << 1 << QStringList{u"{\\pntext A.\\tab}"_s, u"{\\pntext B.\\tab}"_s};
-        QTest::newRow("Roman") << ListKind::LowerRoman << 1989 << QStringList{u"{\\pntext mcmlxxxix.\\tab}"_s, u"{\\pntext mcmxc.\\tab}"_s};
-        QTest::newRow("Roman capitals") << ListKind::UpperRoman << 3 << QStringList{u"{\\pntext III.\\tab}"_s, u"{\\pntext IV.\\tab}"_s};
+        QTest::newRow("bullet") << ListKind::Bullet << 1
+                                << QStringList{u"{\\pntext\\bullet\\tab}"_s, u"{\\pntext\\bullet\\tab}"_s};
+        QTest::newRow("numbers") << ListKind::Decimal << 9
+                                 << QStringList{u"{\\pntext 9.\\tab}"_s, u"{\\pntext 10.\\tab}"_s};
+        QTest::newRow("letters") << ListKind::LowerLetter << 26
+                                 << QStringList{u"{\\pntext z.\\tab}"_s, u"{\\pntext aa.\\tab}"_s};
+        QTest::newRow("capitals") << ListKind::UpperLetter << 1
+                                  << QStringList{u"{\\pntext A.\\tab}"_s, u"{\\pntext B.\\tab}"_s};
+        QTest::newRow("Roman") << ListKind::LowerRoman << 1989
+                               << QStringList{u"{\\pntext mcmlxxxix.\\tab}"_s, u"{\\pntext mcmxc.\\tab}"_s};
+        QTest::newRow("Roman capitals") << ListKind::UpperRoman << 3
+                                        << QStringList{u"{\\pntext III.\\tab}"_s, u"{\\pntext IV.\\tab}"_s};
     }
 
     void listItems_carryTheirTextForOldReaders()
@@ -150,8 +169,11 @@ private Q_SLOTS:
         const quint32 link = document.NumberOfLink(u"http://x.invalid/{ä}"_s);
         document.ChangeFormat(1, 3, [link](CharFormat& format) { format.Link = link; });
         document.ChangeFormat(2, 3, [](CharFormat& format) { format.Bold = 1; });
-        QCOMPARE(WriteRtf(document),
-                 Head + u"\\pard\\f0\\fs20 a{\\field{\\*\\fldinst{HYPERLINK \"http://x.invalid/\\{\\u228?\\}\"}}{\\fldrslt b\\b c}}d\\par\r\n}"_s);
+        QCOMPARE(
+            WriteRtf(document),
+            Head
+                + u"\\pard\\f0\\fs20 a{\\field{\\*\\fldinst{HYPERLINK \"http://x.invalid/\\{\\u228?\\}\"}}{\\fldrslt "
+                  "b\\b c}}d\\par\r\n}"_s);
     }
 
     void picture_isWrittenInHexDigits()
@@ -164,7 +186,9 @@ private Q_SLOTS:
         document.Replace(1, 0, QString(QChar(RichTextDocument::PictureCharacter)), format);
         document.Replace(2, 0, u"x"_s, document.DefaultFormat());
         QCOMPARE(WriteRtf(document),
-                 Head + u"\\pard\\f0\\fs20{\\pict\\pngblip\\picwgoal300 89504e47}{\\pict\\jpegblip\\pichgoal200 ffd8}x\\par\r\n}"_s);
+                 Head
+                     + u"\\pard\\f0\\fs20{\\pict\\pngblip\\picwgoal300 89504e47}{\\pict\\jpegblip\\pichgoal200 "
+                       "ffd8}x\\par\r\n}"_s);
     }
 
     void longLine_isWrittenWhole()

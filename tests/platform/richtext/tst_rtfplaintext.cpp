@@ -13,7 +13,7 @@ QString Document(const QString& body)
 {
     return u"{\\rtf1\\ansi\\ansicpg1252\\deff0{\\fonttbl{\\f0\\fswiss Arial;}{\\f1 Courier New;}}"
            "{\\colortbl ;\\red255\\green0\\blue0;}\r\n\\viewkind4\\uc1\\pard\\f0\\fs20 "_s
-        + body + u"}"_s;
+           + body + u"}"_s;
 }
 
 } // namespace
@@ -65,10 +65,7 @@ private Q_SLOTS:
         QTEST(PlainTextFromRtf(rtf), "back");
     }
 
-    void emptyText_givesAnEmptyString()
-    {
-        QCOMPARE(RtfFromPlainText({}, CodeFont), QString());
-    }
+    void emptyText_givesAnEmptyString() { QCOMPARE(RtfFromPlainText({}, CodeFont), QString()); }
 
     void font_isWrittenWithItsSizeInHalfPoints()
     {
@@ -104,7 +101,8 @@ private Q_SLOTS:
         QTest::newRow("Unicode, an escape as its mark") << u"\\u8260\\{x"_s << u"⁄x"_s;
         QTest::newRow("formatted runs") << u"a{\\b bold}{\\i\\cf1  red}\\b0\\cf0 c"_s << u"abold redc"_s;
         QTest::newRow("nested groups") << u"{a{b{c}d}e}"_s << u"abcde"_s;
-        QTest::newRow("special characters") << u"\\lquote x\\rquote\\endash\\emdash\\bullet\\~\\_"_s << u"‘x’–—•\u00a0\u2011"_s;
+        QTest::newRow("special characters")
+            << u"\\lquote x\\rquote\\endash\\emdash\\bullet\\~\\_"_s << u"‘x’–—•\u00a0\u2011"_s;
         QTest::newRow("tab and line") << u"a\\tab b\\line c"_s << u"a\tb\r\nc"_s;
         QTest::newRow("table") << u"\\trowd a\\cell b\\cell\\row c\\cell d\\cell\\row"_s << u"a\tb\r\nc\td\r\n"_s;
         QTest::newRow("unknown words") << u"a\\nosuchword12 b\\another-3c"_s << u"abc"_s;
@@ -160,7 +158,8 @@ private Q_SLOTS:
     void deepNestingInASkippedGroup_staysSkipped()
     {
         constexpr qsizetype Depth = 100000;
-        const QString rtf = Document(u"a{\\*\\x "_s + u"{"_s.repeated(Depth) + u"b"_s + u"}"_s.repeated(Depth) + u"b}c"_s);
+        const QString rtf = Document(u"a{\\*\\x "_s + u"{"_s.repeated(Depth) + u"b"_s + u"}"_s.repeated(Depth)
+                                     + u"b}c"_s);
         QCOMPARE(PlainTextFromRtf(rtf), u"ac"_s);
     }
 

@@ -17,7 +17,10 @@ public:
         m_values.clear();
         m_rest = value;
     }
-    quint32 At(qsizetype position) const { return size_t(position) < m_values.size() ? m_values[size_t(position)] : m_rest; }
+    quint32 At(qsizetype position) const
+    {
+        return size_t(position) < m_values.size() ? m_values[size_t(position)] : m_rest;
+    }
     void Set(qsizetype begin, qsizetype end, quint32 value)
     {
         for (Reach(end); begin < end; ++begin)
@@ -206,7 +209,8 @@ private Q_SLOTS:
                     model.Set(at, at + length, value);
                     break;
                 }
-                const QByteArray where = "seed " + QByteArray::number(seed) + ", change " + QByteArray::number(i) + ": ";
+                const QByteArray where = "seed " + QByteArray::number(seed) + ", change " + QByteArray::number(i)
+                                         + ": ";
                 const QString fault = Fault(map);
                 QVERIFY2(fault.isEmpty(), where + fault.toUtf8());
                 QVERIFY2(FirstDifference(map, model) < 0, where + RunsOf(map).toUtf8());

@@ -118,7 +118,10 @@ private Q_SLOTS:
 private:
     QString From() const { return m_home->Path(u"data/fröm.new"_s); }
     QString To() const { return m_home->Path(u"data/tö.txt"_s); }
-    QStringList Names() const { return QDir(m_home->Path(u"data"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot); }
+    QStringList Names() const
+    {
+        return QDir(m_home->Path(u"data"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
 
     static void ReplaceOrNot()
     {

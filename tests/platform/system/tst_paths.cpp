@@ -18,10 +18,8 @@ QStringList FileNames(const QString& folder)
 }
 
 constexpr QFile::Permissions ReadOnlyFile = QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther;
-constexpr QFile::Permissions ReadOnlyFolder =
-    ReadOnlyFile | QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther;
-constexpr QFile::Permissions OpenFolder =
-    ReadOnlyFolder | QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
+constexpr QFile::Permissions ReadOnlyFolder = ReadOnlyFile | QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther;
+constexpr QFile::Permissions OpenFolder = ReadOnlyFolder | QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
 
 } // namespace
 
@@ -62,7 +60,8 @@ private Q_SLOTS:
             PathPart Part;
             QString Result;
             QString Rest;
-        } modes[] = {{PathPart::Folder, folder, file}, {PathPart::FileName, file, folder}, {PathPart::BaseName, base, folder}};
+        } modes[] = {
+            {PathPart::Folder, folder, file}, {PathPart::FileName, file, folder}, {PathPart::BaseName, base, folder}};
         for (const auto& mode : modes) {
             QCOMPARE(fnExtractPathOrFileName(path, mode.Part), mode.Result);
             QString argument = path;
@@ -108,7 +107,8 @@ private Q_SLOTS:
         QTest::newRow("has a number") << u"a(1).txt"_s << QStringList{u"a(1).txt"_s} << u"a(1)(1).txt"_s;
         QTest::newRow("no extension") << u"Makefile"_s << QStringList{u"Makefile"_s} << u"Makefile(1)"_s;
         QTest::newRow("two extensions") << u"a.tar.gz"_s << QStringList{u"a.tar.gz"_s} << u"a.tar(1).gz"_s;
-        QTest::newRow("a dot, no extension") << u"Version 1.2 notes"_s << QStringList{u"Version 1.2 notes"_s} << u"Version 1.2 notes(1)"_s;
+        QTest::newRow("a dot, no extension")
+            << u"Version 1.2 notes"_s << QStringList{u"Version 1.2 notes"_s} << u"Version 1.2 notes(1)"_s;
         QTest::newRow("hidden") << u".profile"_s << QStringList{u".profile"_s} << u".profile(1)"_s;
         QTest::newRow("in a folder") << u"/x/ä b/a.txt"_s << QStringList{u"/x/ä b/a.txt"_s} << u"/x/ä b/a(1).txt"_s;
         QTest::newRow("dot in the folder") << u"/x/v.1/a"_s << QStringList{u"/x/v.1/a"_s} << u"/x/v.1/a(1)"_s;
@@ -150,10 +150,7 @@ private Q_SLOTS:
         QVERIFY(QFileInfo::exists(m_home->Path(u"data/y/file"_s)));
     }
 
-    void deleteFolder_missing_isNoFailure()
-    {
-        QVERIFY(DeleteFolder(m_home->Path(u"data/none"_s)));
-    }
+    void deleteFolder_missing_isNoFailure() { QVERIFY(DeleteFolder(m_home->Path(u"data/none"_s))); }
 
     void deleteFolder_linkToAFolder_removesOnlyTheLink_data()
     {

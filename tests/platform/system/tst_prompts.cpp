@@ -34,7 +34,8 @@ private Q_SLOTS:
 
     void setDefault_isTheAnswerOfSilentPrompts()
     {
-        const Message message{.Text = u"Sure?"_s, .Caption = {}, .Buttons = MsgBoxButtons::YesNo, .Default = MsgBoxResult::No};
+        const Message message{
+            .Text = u"Sure?"_s, .Caption = {}, .Buttons = MsgBoxButtons::YesNo, .Default = MsgBoxResult::No};
         QVERIFY(SilentPrompts().MsgBox(message) == MsgBoxResult::No);
     }
 

@@ -70,10 +70,26 @@ private Q_SLOTS:
     void value_comesBack_data()
     {
         QTest::addColumn<QString>("value");
-        const QStringList values{{},          u"plain"_s,      u"a|b;c"_s,      u"say \"it's\""_s, u"one\r\ntwo\n\tthree"_s,
-                                 u"äöü ß 😀"_s, u"a=b"_s,       u"1,2,3"_s,      u"C:\\new\\x41"_s, u"  blanks  "_s,
-                                 u"@Invalid()"_s, u"@@x"_s,     u"%41 %%"_s,     u"# [x] ; y"_s,    u"0012"_s,
-                                 u"True"_s,     u"/home/ä b/"_s, u"\"quoted\""_s, u","_s,            QString(100000, u'ß')};
+        const QStringList values{{},
+                                 u"plain"_s,
+                                 u"a|b;c"_s,
+                                 u"say \"it's\""_s,
+                                 u"one\r\ntwo\n\tthree"_s,
+                                 u"äöü ß 😀"_s,
+                                 u"a=b"_s,
+                                 u"1,2,3"_s,
+                                 u"C:\\new\\x41"_s,
+                                 u"  blanks  "_s,
+                                 u"@Invalid()"_s,
+                                 u"@@x"_s,
+                                 u"%41 %%"_s,
+                                 u"# [x] ; y"_s,
+                                 u"0012"_s,
+                                 u"True"_s,
+                                 u"/home/ä b/"_s,
+                                 u"\"quoted\""_s,
+                                 u","_s,
+                                 QString(100000, u'ß')};
         for (const QString& value : values)
             QTest::addRow("%s", value.left(20).toUtf8().toPercentEncoding().constData()) << value;
     }
@@ -156,22 +172,28 @@ private Q_SLOTS:
     void valueInTheFormOfOtherWriters_isRead()
     {
         QFETCH(QByteArray, line);
-        WriteFile(StoreFile(), "[Other]\r\nInitDir=wrong\r\n\r\n[Settings]\r\n" + line + "\r\n[Last]\nInitDir=wrong"_ba);
+        WriteFile(StoreFile(),
+                  "[Other]\r\nInitDir=wrong\r\n\r\n[Settings]\r\n" + line + "\r\n[Last]\nInitDir=wrong"_ba);
         QTEST(Read(u"fallback"_s), "value");
     }
 
     void otherLines_stayAsTheyStand()
     {
-        WriteFile(StoreFile(), "\xff\xfe nonsense\r\n[Settings]\r\n; a remark\r\nInitDir=old\r\nOther = x\r\n\r\n[Last]\nInitDir=z"_ba);
-        SaveSettings(SettingsApplication, {{Section, Key, u"new"_s}, {Section, u"More"_s, u"a,b"_s}, {u"Last"_s, u"More"_s, u"y"_s}});
+        WriteFile(
+            StoreFile(),
+            "\xff\xfe nonsense\r\n[Settings]\r\n; a remark\r\nInitDir=old\r\nOther = x\r\n\r\n[Last]\nInitDir=z"_ba);
+        SaveSettings(SettingsApplication,
+                     {{Section, Key, u"new"_s}, {Section, u"More"_s, u"a,b"_s}, {u"Last"_s, u"More"_s, u"y"_s}});
         QCOMPARE(ReadFile(StoreFile()),
-                 "\xff\xfe nonsense\r\n[Settings]\r\n; a remark\r\nInitDir=new\nOther = x\r\nMore=\"a,b\"\n\r\n[Last]\nInitDir=z\nMore=y\n"_ba);
+                 "\xff\xfe nonsense\r\n[Settings]\r\n; a remark\r\nInitDir=new\nOther = x\r\nMore=\"a,b\"\n\r\n[Last]"
+                 "\nInitDir=z\nMore=y\n"_ba);
     }
 
     void valueThatIsAsItWasRead_leavesWhatOthersWrote()
     {
         Save(u"theirs"_s);
-        SaveSettings(SettingsApplication, {{Section, Key, u"read"_s, u"read"_s}, {Section, u"Missing"_s, u"read"_s, u"read"_s}});
+        SaveSettings(SettingsApplication,
+                     {{Section, Key, u"read"_s, u"read"_s}, {Section, u"Missing"_s, u"read"_s, u"read"_s}});
         QCOMPARE(Read(), u"theirs"_s);
         QCOMPARE(GetSetting(SettingsApplication, Section, u"Missing"_s), u"read"_s);
     }
@@ -227,8 +249,8 @@ private Q_SLOTS:
         const QStringList names{u"SaveFormLayout"_s, u"ShowStatusBar"_s, u"DBBackupAutomatic"_s, u"ExpandBranches"_s};
         for (int i = 0; i < Count; ++i) {
             all.push_back(std::make_unique<QProcess>());
-            all.back()->start(qEnvironmentVariable("QUILLBASE_CLI"),
-                              {u"settings"_s, u"set"_s, names[i % names.size()], i < Count / 2 ? u"False"_s : u"True"_s});
+            all.back()->start(qEnvironmentVariable("QUILLBASE_CLI"), {u"settings"_s, u"set"_s, names[i % names.size()],
+                                                                      i < Count / 2 ? u"False"_s : u"True"_s});
             if (i == Count / 2 - 1 || i == Count - 1) {
                 for (const auto& process : all)
                     QVERIFY(process->waitForFinished() && process->exitCode() == 0);

@@ -15,10 +15,12 @@ private Q_SLOTS:
     void programs_areKnownByTheirNames_data()
     {
         QTest::addColumn<bool>("isProgram");
-        for (const char* name : {"setup.exe", "SETUP.EXE", "a.com", "a.bat", "a.cmd", "a.msi", "a.scr", "a.ps1", "a.vbs", "x.AppImage", "x.run", "run.sh",
-                                 "x.desktop", "lib.so", "app.jar", "p.deb", "p.rpm"})
+        for (const char* name :
+             {"setup.exe", "SETUP.EXE", "a.com", "a.bat", "a.cmd", "a.msi", "a.scr", "a.ps1", "a.vbs", "x.AppImage",
+              "x.run", "run.sh", "x.desktop", "lib.so", "app.jar", "p.deb", "p.rpm"})
             QTest::newRow(name) << true;
-        for (const char* name : {"a.txt", "a.cpp", "a.py", "a.js", "a.pl", "a.rb", "a.pdf", "a.png", "a.zip", "exe", "com", "Makefile", "no.such-type", ""})
+        for (const char* name : {"a.txt", "a.cpp", "a.py", "a.js", "a.pl", "a.rb", "a.pdf", "a.png", "a.zip", "exe",
+                                 "com", "Makefile", "no.such-type", ""})
             QTest::newRow(name) << false;
     }
     void programs_areKnownByTheirNames()

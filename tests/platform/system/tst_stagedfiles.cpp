@@ -67,8 +67,9 @@ private Q_SLOTS:
             files.PutInPlace(keepExisting);
         }
         QFETCH(QByteArray, contents);
-        QCOMPARE(ContentsOf(Folder()),
-                 (Contents{{u"old.txt"_s, contents}, {u"sub/"_s, {}}, {u"sub/old"_s, "old, too"}, {u"sub/new"_s, "new"}}));
+        QCOMPARE(
+            ContentsOf(Folder()),
+            (Contents{{u"old.txt"_s, contents}, {u"sub/"_s, {}}, {u"sub/old"_s, "old, too"}, {u"sub/new"_s, "new"}}));
     }
 
     void missingFolder_isMade_data()
@@ -131,7 +132,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("why");
         QTest::newRow("over a folder") << u"sub"_s << u"/sub' can't be written: a folder stands there"_s;
         QTest::newRow("below a file") << u"sub/old/a"_s << u"/sub/old' can't be written: a file stands there"_s;
-        QTest::newRow("through a link") << u"link/a"_s << u"/link' can't be written: a link stands there, which may lead elsewhere"_s;
+        QTest::newRow("through a link") << u"link/a"_s
+                                        << u"/link' can't be written: a link stands there, which may lead elsewhere"_s;
         QTest::newRow("not written") << u"missing"_s << u"/missing' can't be written: No such file or directory"_s;
     }
     void failure_leavesTheFolderAsItWas()

@@ -28,7 +28,9 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QString>("text");
-        QTest::newRow("letters") << "Gr\xfc\xdf" "e"_ba << u"Grüße"_s;
+        QTest::newRow("letters") << "Gr\xfc\xdf"
+                                    "e"_ba
+                                 << u"Grüße"_s;
         QTest::newRow("first of the specials") << "\x80"_ba << u"€"_s;
         QTest::newRow("last of the specials") << "\x9f"_ba << u"Ÿ"_s;
         QTest::newRow("first behind them") << "\xa0"_ba << u"\u00a0"_s;
@@ -108,10 +110,15 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("bytes");
         QTest::newRow("NUL") << QByteArray("a\0b", 3);
-        QTest::newRow("program") << QByteArray("\x7f" "ELF\2\1\1\0\0\0", 10);
-        QTest::newRow("marked, but no UTF-8") << "\xef\xbb\xbf" "caf\xe9 x"_ba;
-        QTest::newRow("marked, cut UTF-8") << "\xef\xbb\xbf" "caf\xc3"_ba;
-        QTest::newRow("UTF-16 with half a character") << "\xff\xfe" "a\0b"_ba;
+        QTest::newRow("program") << QByteArray("\x7f"
+                                               "ELF\2\1\1\0\0\0",
+                                               10);
+        QTest::newRow("marked, but no UTF-8") << "\xef\xbb\xbf"
+                                                 "caf\xe9 x"_ba;
+        QTest::newRow("marked, cut UTF-8") << "\xef\xbb\xbf"
+                                              "caf\xc3"_ba;
+        QTest::newRow("UTF-16 with half a character") << "\xff\xfe"
+                                                         "a\0b"_ba;
     }
 
     void bytesThatAreNoText_giveNothing()

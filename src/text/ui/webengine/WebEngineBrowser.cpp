@@ -145,26 +145,33 @@ void WebEngineBrowser::Connect()
     // One window is enough: what a page wants to open in another comes here.
     QObject::connect(page, &QWebEnginePage::newWindowRequested, page, [this](QWebEngineNewWindowRequest& request) {
         const bool clicked = request.isUserInitiated();
-        if (AnswerNavigation(m_view->url(), request.requestedUrl(), clicked ? NavigationCause::Clicked : NavigationCause::Page)
+        if (AnswerNavigation(m_view->url(), request.requestedUrl(),
+                             clicked ? NavigationCause::Clicked : NavigationCause::Page)
             == NavigationAnswer::Show)
             m_view->setUrl(request.requestedUrl());
     });
-    QObject::connect(page, &QWebEnginePage::featurePermissionRequested, page, [page](const QUrl& origin, QWebEnginePage::Feature feature) {
-        page->setFeaturePermission(origin, feature, QWebEnginePage::PermissionDeniedByUser);
-    });
-    QObject::connect(m_profile.get(), &QWebEngineProfile::downloadRequested, page, [this](QWebEngineDownloadRequest* download) {
-        download->cancel();
-        if (OpenOutside)
-            OpenOutside(download->url());
-    });
+    QObject::connect(page, &QWebEnginePage::featurePermissionRequested, page,
+                     [page](const QUrl& origin, QWebEnginePage::Feature feature) {
+                         page->setFeaturePermission(origin, feature, QWebEnginePage::PermissionDeniedByUser);
+                     });
+    QObject::connect(m_profile.get(), &QWebEngineProfile::downloadRequested, page,
+                     [this](QWebEngineDownloadRequest* download) {
+                         download->cancel();
+                         if (OpenOutside)
+                             OpenOutside(download->url());
+                     });
 }
 
 void WebEngineBrowser::HideActions()
 {
-    static constexpr QWebEnginePage::WebAction actions[] = {
-        QWebEnginePage::ViewSource, QWebEnginePage::SavePage, QWebEnginePage::OpenLinkInNewTab,
-        QWebEnginePage::OpenLinkInNewWindow, QWebEnginePage::OpenLinkInNewBackgroundTab,
-        QWebEnginePage::DownloadLinkToDisk, QWebEnginePage::DownloadImageToDisk, QWebEnginePage::DownloadMediaToDisk};
+    static constexpr QWebEnginePage::WebAction actions[] = {QWebEnginePage::ViewSource,
+                                                            QWebEnginePage::SavePage,
+                                                            QWebEnginePage::OpenLinkInNewTab,
+                                                            QWebEnginePage::OpenLinkInNewWindow,
+                                                            QWebEnginePage::OpenLinkInNewBackgroundTab,
+                                                            QWebEnginePage::DownloadLinkToDisk,
+                                                            QWebEnginePage::DownloadImageToDisk,
+                                                            QWebEnginePage::DownloadMediaToDisk};
     for (const QWebEnginePage::WebAction action : actions)
         m_view->page()->action(action)->setVisible(false);
 }
