@@ -1,6 +1,6 @@
 #include "BenchLibrary.h"
 
-#include "panels/ctlFileDetails.h"
+#include "panels/ui/ctlFileDetails.h"
 #include "platform/archive/BrindletonZip.h"
 #include "platform/dao/DBEngine.h"
 #include "store/CDBCreate.h"

@@ -1,10 +1,10 @@
 #include "BenchLibrary.h"
 
-#include "panels/ctlSmartTreeView.h"
+#include "panels/ui/ctlSmartTreeView.h"
 #include "panels/ui/NodeTreeView.h"
 #include "platform/dao/DBEngine.h"
 #include "platform/system/Prompts.h"
-#include "session/frmCodeLib.h"
+#include "session/ui/frmCodeLib.h"
 #include "store/CCodeItem.h"
 #include "store/SessionValues.h"
 

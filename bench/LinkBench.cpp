@@ -1,6 +1,6 @@
 #include "BenchLibrary.h"
 
-#include "panels/ctlSmartTreeView.h"
+#include "panels/ui/ctlSmartTreeView.h"
 #include "platform/dao/DBEngine.h"
 #include "store/CCodeItem.h"
 #include "store/CDBCreate.h"

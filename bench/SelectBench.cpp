@@ -1,9 +1,9 @@
 #include "BenchLibrary.h"
 
-#include "panels/ctlSmartTreeView.h"
+#include "panels/ui/ctlSmartTreeView.h"
 #include "platform/dao/DBEngine.h"
 #include "platform/richtext/RtfPlainText.h"
-#include "session/frmCodeLib.h"
+#include "session/ui/frmCodeLib.h"
 #include "store/CCodeItem.h"
 #include "store/CDBCreate.h"
 #include "store/SessionValues.h"

@@ -3,7 +3,7 @@
 #include "config/CSettings.h"
 #include "platform/dao/DBEngine.h"
 #include "platform/richtext/RichText.h"
-#include "session/frmSettings.h"
+#include "session/ui/frmSettings.h"
 #include "store/CDBCreate.h"
 #include "store/KeywordDefiner.h"
 #include "store/SessionValues.h"

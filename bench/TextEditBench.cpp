@@ -2,7 +2,7 @@
 
 #include "platform/dao/DBEngine.h"
 #include "platform/richtext/RtfPlainText.h"
-#include "session/frmCodeLib.h"
+#include "session/ui/frmCodeLib.h"
 #include "store/CCodeItem.h"
 #include "store/CDBCreate.h"
 #include "store/SessionValues.h"

@@ -2,8 +2,8 @@
 
 #include "store/SessionValues.h"
 #include "support/ErrorRoutine.h"
-#include "text/LocalPages.h"
-#include "text/WebPages.h"
+#include "web/LocalPages.h"
+#include "web/WebPages.h"
 
 #include <QFile>
 

@@ -1,4 +1,4 @@
-#include "panels/frmImportType.h"
+#include "panels/ui/frmImportType.h"
 #include "panels/ui/FilePreview.h"
 #include "panels/ui/StoredFileList.h"
 #include "platform/archive/BrindletonZip.h"

@@ -1,6 +1,6 @@
 #include "platform/richtext/RtfPlainText.h"
-#include "session/frmNewDatabase.h"
-#include "session/frmSettings.h"
+#include "session/ui/frmNewDatabase.h"
+#include "session/ui/frmSettings.h"
 #include "session/ui/LanguagePage.h"
 #include "store/LibraryLanguage.h"
 #include "store/ShippedLanguages.h"

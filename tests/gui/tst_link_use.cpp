@@ -1,5 +1,5 @@
-#include "panels/ctlSmartTreeView.h"
-#include "session/frmRelationshipDelete.h"
+#include "panels/ui/ctlSmartTreeView.h"
+#include "session/ui/frmRelationshipDelete.h"
 #include "support/EditingWindow.h"
 
 #include <QComboBox>

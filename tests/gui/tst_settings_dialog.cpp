@@ -1,6 +1,6 @@
 #include "config/CSettings.h"
 #include "platform/system/SettingsStore.h"
-#include "session/frmSettings.h"
+#include "session/ui/frmSettings.h"
 #include "support/GuiRun.h"
 #include "support/LibraryBuilder.h"
 #include "support/ScriptedPrompts.h"

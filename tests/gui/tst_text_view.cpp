@@ -1,5 +1,5 @@
 #include "support/EditingWindow.h"
-#include "text/ui/LocalPage.h"
+#include "web/ui/LocalPage.h"
 
 #include <QBuffer>
 #include <QSignalSpy>

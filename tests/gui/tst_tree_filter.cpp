@@ -1,4 +1,4 @@
-#include "panels/ctlSmartTreeView.h"
+#include "panels/ui/ctlSmartTreeView.h"
 #include "support/EditingWindow.h"
 
 #include <QComboBox>

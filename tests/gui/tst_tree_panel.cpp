@@ -1,6 +1,6 @@
-#include "panels/ctlSmartTreeView.h"
+#include "panels/ui/ctlSmartTreeView.h"
 #include "panels/ui/NodeTreeView.h"
-#include "session/frmRelationshipDelete.h"
+#include "session/ui/frmRelationshipDelete.h"
 #include "support/EditingWindow.h"
 
 #include <QComboBox>

@@ -1,4 +1,4 @@
-#include "panels/frmUnzip.h"
+#include "panels/ui/frmUnzip.h"
 #include "platform/archive/BrindletonZip.h"
 #include "support/FilesWindow.h"
 

@@ -1,5 +1,5 @@
 #include "support/EditingWindow.h"
-#include "text/ui/BrowserView.h"
+#include "web/ui/BrowserView.h"
 
 #include <QComboBox>
 #include <QTcpServer>

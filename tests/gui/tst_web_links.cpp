@@ -1,9 +1,9 @@
-#include "panels/ctlSmartTreeView.h"
+#include "panels/ui/ctlSmartTreeView.h"
 #include "session/ui/BrowserToolbar.h"
 #include "support/EditingWindow.h"
-#include "text/LocalPages.h"
-#include "text/ui/BrowserView.h"
-#include "text/ui/BusyLogo.h"
+#include "web/LocalPages.h"
+#include "web/ui/BrowserView.h"
+#include "web/ui/BusyLogo.h"
 #include "text/ui/ctlCaptionRTB.h"
 
 #include <QBuffer>

@@ -1,6 +1,6 @@
 #include "config/CSettings.h"
-#include "panels/ctlSmartTreeView.h"
-#include "session/frmSettings.h"
+#include "panels/ui/ctlSmartTreeView.h"
+#include "session/ui/frmSettings.h"
 #include "support/EditingWindow.h"
 
 #include <QCheckBox>

@@ -2,12 +2,12 @@
 
 #include "platform/richtext/RtfPlainText.h"
 #include "platform/system/SettingsStore.h"
-#include "session/frmCodeLib.h"
+#include "session/ui/frmCodeLib.h"
 #include "support/GuiRun.h"
 #include "support/LibraryBuilder.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
-#include "text/ctlCodeDetails.h"
+#include "text/ui/ctlCodeDetails.h"
 #include "text/ui/CodeBox.h"
 #include "text/ui/RichTextBox.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "panels/ctlFileDetails.h"
+#include "panels/ui/ctlFileDetails.h"
 #include "panels/ui/StoredFileView.h"
 #include "store/CFileObject.h"
 #include "store/SessionValues.h"

@@ -1,5 +1,5 @@
 #include "support/TestRun.h"
-#include "text/LocalPages.h"
+#include "web/LocalPages.h"
 
 #include <QTemporaryDir>
 #include <QTest>

@@ -1,7 +1,7 @@
 #include "platform/system/RuntimeError.h"
 #include "support/FileSizeLimit.h"
 #include "support/TestRun.h"
-#include "text/WebPages.h"
+#include "web/WebPages.h"
 
 #include <QDir>
 #include <QFile>

@@ -4,7 +4,7 @@
 #include "support/ErrorRoutine.h"
 #include "support/ui/Icons.h"
 #include "text/CodeSections.h"
-#include "text/ctlCodeDetails.h"
+#include "text/ui/ctlCodeDetails.h"
 
 #include <QEvent>
 #include <QMenu>

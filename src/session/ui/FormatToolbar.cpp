@@ -5,7 +5,7 @@
 #include "support/ui/ColorButton.h"
 #include "support/ui/Colors.h"
 #include "support/ui/Icons.h"
-#include "text/ctlCodeDetails.h"
+#include "text/ui/ctlCodeDetails.h"
 #include "text/ui/RichTextBox.h"
 
 #include <QActionGroup>

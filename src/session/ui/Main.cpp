@@ -2,8 +2,8 @@
 
 #include "platform/system/SingleInstance.h"
 #include "platform/system/Trace.h"
-#include "session/frmCodeLib.h"
-#include "session/frmSplash.h"
+#include "session/ui/frmCodeLib.h"
+#include "session/ui/frmSplash.h"
 #include "support/ui/DialogPrompts.h"
 #include "support/ui/Icons.h"
 

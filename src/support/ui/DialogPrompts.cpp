@@ -1,8 +1,8 @@
 #include "support/ui/DialogPrompts.h"
 
-#include "support/frmError.h"
-#include "support/frmInfo.h"
-#include "support/frmMsgBox.h"
+#include "support/ui/frmError.h"
+#include "support/ui/frmInfo.h"
+#include "support/ui/frmMsgBox.h"
 #include "support/ui/TextChoiceDialog.h"
 
 #include <QApplication>

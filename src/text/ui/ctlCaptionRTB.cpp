@@ -1,7 +1,7 @@
 #include "text/ui/ctlCaptionRTB.h"
 
-#include "text/LocalPages.h"
-#include "text/ui/BrowserView.h"
+#include "web/LocalPages.h"
+#include "web/ui/BrowserView.h"
 
 #include <QLabel>
 #include <QStackedWidget>

@@ -1,0 +1,553 @@
+#include "session/ui/frmCodeLib.h"
+
+#include "components/ui/ApplicationTips.h"
+#include "panels/ui/ctlFileDetails.h"
+#include "panels/ui/ctlSmartTreeView.h"
+#include "platform/dao/DBEngine.h"
+#include "platform/system/Paths.h"
+#include "platform/system/Prompts.h"
+#include "platform/system/SettingsStore.h"
+#include "platform/system/Shell.h"
+#include "platform/system/Trace.h"
+#include "session/FileDialogs.h"
+#include "session/ui/frmDatabaseList.h"
+#include "session/ui/frmNewDatabase.h"
+#include "session/ui/CWaitCursor.h"
+#include "session/ui/FormatToolbar.h"
+#include "support/Addresses.h"
+#include "support/ErrorRoutine.h"
+#include "support/Version.h"
+#include "support/ui/Appearance.h"
+#include "text/ui/ctlCodeDetails.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QScreen>
+#include <QShortcut>
+#include <QSignalBlocker>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QWindow>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+const QString ModuleName = u"MainForm"_s;
+} // namespace
+
+frmCodeLib::frmCodeLib()
+{
+    setObjectName(u"frmCodeLib"_s);
+    setWindowTitle(ApplicationTitle);
+    MakePanels();
+    m_tree = std::make_unique<ItemTree>(m_session, *tvCodeItems, *ctlCodeItemDetails, *this, m_commands);
+    m_items = std::make_unique<ItemCommands>(m_session, *tvCodeItems, *ctlCodeItemDetails, *this, m_commands, *m_tree);
+    m_drag = std::make_unique<ItemDrag>(m_session, *tvCodeItems, *m_tree, *m_items);
+    m_linking = std::make_unique<ItemLinking>(m_session, *tvCodeItems);
+    m_page = std::make_unique<ItemWebPage>(m_session, *ctlCodeItemDetails);
+    m_libraries = std::make_unique<LibraryList>(m_session, *this, *ctlCodeItemDetails, m_commands, *m_tree);
+    MakeMenus();
+    MakeToolbar();
+    MakeTextToolbars();
+    MakeStatusBar();
+    ConnectPanels();
+    ConnectDetails();
+    ConnectFiles();
+    ConnectCommands();
+    constexpr QSize Smallest(5000, 4000); // twips
+    setMinimumSize(Smallest / WindowLayout::TwipsPerPixel);
+}
+
+frmCodeLib::~frmCodeLib() = default;
+
+void frmCodeLib::Form_Load()
+{
+    Guarded(ModuleName, u"Form_Load"_s, [this] {
+        m_session.oCodeItem = std::make_unique<CCodeItem>();
+        CWaitCursor wait;
+        wait.SetCursor(CWaitCursor::Hourglass);
+        m_session.moSettings = std::make_unique<CSettings>([this] { return CurrentDatabase(); });
+        connect(m_session.moSettings.get(), &CSettings::eShowStatusBar, this, &frmCodeLib::SetShowStatusBar);
+        connect(m_session.moSettings.get(), &CSettings::SettingsUpdated, this, &frmCodeLib::moSettings_SettingsUpdated);
+        m_session.moSettings->Initialise();
+        m_libraries->HistoryReplaced = [this] { ConnectHistory(); };
+        m_libraries->DisplayKeywordDefiner = [this] { ShowOptions(frmSettings::KeywordPage); };
+        m_libraries->GetLastDBName();
+        m_libraries->CreateDBArray();
+        DoStartUp();
+        const bool open = m_libraries->SetupDBConnection();
+        Trace("library");
+        if (open) {
+            m_tree->FillTree();
+            m_libraries->EnableControls(true);
+        } else {
+            m_libraries->EnableControls(false);
+        }
+        tlbTextFormat->sbTextTomatToolbarInitialize();
+        tlbTextFormat->FillMenu(*mnuFormat);
+        m_libraries->NewHistory();
+        m_libraries->LibraryShown = [this] {
+            ctlCodeItemDetails->OfferUnsavedTexts(*CurrentDatabase(),
+                                                  [this](qint64 item) { m_tree->GoToNode(NodeKey(item)); });
+        };
+        if (open)
+            m_libraries->LibraryShown();
+        if (Settings().TipsOnStartup())
+            StartTips();
+    });
+}
+
+void frmCodeLib::StartTips()
+{
+    m_oTips = std::make_unique<ApplicationTips>(this);
+    connect(m_oTips.get(), &ApplicationTips::TipsOnStartupChanged, this, [this](bool wanted) {
+        Settings().SetTipsOnStartup(wanted);
+        Settings().Apply();
+    });
+    // The window's own signal must not destroy the window that raises it.
+    connect(
+        m_oTips.get(), &ApplicationTips::TipsFormClosed, this, [this] { m_oTips.reset(); }, Qt::QueuedConnection);
+    const QString own = ApplicationFolder() + u"Tips.rtf"_s; // the user's, if there are any
+    if (!m_oTips->Start(SettingsApplication, QFile::exists(own) ? own : SharedPath(u"Tips.rtf"_s)))
+        m_oTips.reset();
+}
+
+void frmCodeLib::SetTipsFocus()
+{
+    if (m_oTips)
+        m_oTips->SetFocus();
+}
+
+void frmCodeLib::DoStartUp()
+{
+    Guarded(ModuleName, u"DoStartUp"_s, [this] {
+        PlaceWindow();
+        m_items->SetAutoSaveOn(m_layout.Flag(WindowLayout::AutoSave));
+        moSettings_SettingsUpdated();
+        ReadTextView();
+        for (const QString& button : {u"DELETE"_s, u"BOOKMARK"_s})
+            m_commands.SetEnabled(button, false);
+        if (Settings().DBEnableSessionUndo() && !Settings().DBShared())
+            MakeStartOfSessionCopy();
+    });
+}
+
+/// The copy is made before the library is opened, since it must not be in use for that.
+void frmCodeLib::MakeStartOfSessionCopy()
+{
+    const QString copy = ApplicationFolder() + u"KTSStartupBackup.qbd"_s;
+    QFile::remove(copy);
+    if (m_session.CurrentDatabasePath.isEmpty()) {
+        Prompts::Current().MsgBox({.Text = u"Cannot find the last opened database : "_s + m_session.CurrentDatabasePath,
+                                   .Caption = ApplicationTitle,
+                                   .Icon = MsgBoxIcon::Information});
+        return;
+    }
+    DBEngine::CompactDatabase(m_session.CurrentDatabasePath, copy);
+}
+
+// Place and layout
+
+/// As it was left; the first time maximised over a place in the middle of the screen.
+void frmCodeLib::PlaceWindow()
+{
+    constexpr int Twips = WindowLayout::TwipsPerPixel;
+    const QRect available = screen()->availableGeometry();
+    m_layout.Read(available.size() * Twips);
+    const QRect place(m_layout.Place().topLeft() / Twips, m_layout.Place().size() / Twips);
+    const QList<QScreen*> screens = QGuiApplication::screens();
+    const bool isSeen = std::any_of(screens.begin(), screens.end(), [&place](const QScreen* one) {
+        return one->availableGeometry().intersects(place);
+    });
+    setGeometry(isSeen ? place : QRect(available.topLeft(), available.size() * 8 / 10)); // that screen has gone
+    if (m_layout.Number(WindowLayout::WindowState) == WindowLayout::Maximised)
+        setWindowState(Qt::WindowMaximized);
+}
+
+/// Where it stands in its normal state is remembered for the time when it has another.
+void frmCodeLib::RememberPlace()
+{
+    constexpr int Twips = WindowLayout::TwipsPerPixel;
+    if (isVisible() && !(windowState() & (Qt::WindowMaximized | Qt::WindowMinimized | Qt::WindowFullScreen)))
+        m_layout.SetPlace({geometry().topLeft() * Twips, geometry().size() * Twips});
+}
+
+/// The browser draws in another way than the rest of the window, so that the toolkit makes the window anew
+/// when the first page is shown. It has the state of the one before.
+bool frmCodeLib::event(QEvent* event)
+{
+    if (event->type() == QEvent::WinIdChange && internalWinId() && windowHandle()->windowStates() != windowState())
+        windowHandle()->setWindowStates(windowState());
+    if (event->type() == QEvent::WindowActivate && m_session.CurrentDatabase)
+        QTimer::singleShot(0, this, &frmCodeLib::ShowLibraryState); // it may have gone meanwhile, or come back
+    return QMainWindow::event(event);
+}
+
+void frmCodeLib::moveEvent(QMoveEvent* event)
+{
+    QMainWindow::moveEvent(event);
+    RememberPlace();
+}
+
+void frmCodeLib::resizeEvent(QResizeEvent* event)
+{
+    QMainWindow::resizeEvent(event);
+    RememberPlace();
+}
+
+void frmCodeLib::showEvent(QShowEvent* event)
+{
+    QMainWindow::showEvent(event);
+    if (!std::exchange(m_layoutRead, true)) // the defaults depend on the final size
+        QTimer::singleShot(0, this, &frmCodeLib::ReadSeparatorPositions);
+}
+
+void frmCodeLib::ReadSeparatorPositions()
+{
+    constexpr int Twips = WindowLayout::TwipsPerPixel;
+    m_layout.ReadSeparatorPositions(size() * Twips, tvCodeItems->height() * Twips);
+    const int tree = qMax(tvCodeItems->minimumSizeHint().width(),
+                          m_layout.Number(WindowLayout::SubResizerSeparatorPos) / Twips);
+    ctlResizer1->setSizes({tree, qMax(1, ctlResizer1->width() - tree)});
+    tvCodeItems->SetSeparatorPosition(m_layout.Number(WindowLayout::CodeItemsSeparatorPos) / Twips);
+    m_storedFiles->SetSeparatorPosition(m_layout.Number(WindowLayout::FileSectionSeparatorPos) / Twips);
+}
+
+void frmCodeLib::SaveLayout()
+{
+    constexpr int Twips = WindowLayout::TwipsPerPixel;
+    const WindowLayout::State state = isMinimized()                     ? WindowLayout::Minimised
+                                      : isMaximized() || isFullScreen() ? WindowLayout::Maximised
+                                                                        : WindowLayout::Normal;
+    m_layout.SetNumber(WindowLayout::WindowState, state);
+    if (m_layoutRead)
+        m_layout.SetNumber(WindowLayout::SubResizerSeparatorPos, ctlResizer1->sizes().value(0) * Twips);
+    m_layout.SetFlag(WindowLayout::AutoSave, m_items->AutoSaveOn());
+    if (m_layoutRead && !tvCodeItems->IsShrunk())
+        m_layout.SetNumber(WindowLayout::CodeItemsSeparatorPos, tvCodeItems->SeparatorPosition() * Twips);
+    if (m_layoutRead)
+        m_layout.SetNumber(WindowLayout::FileSectionSeparatorPos, m_storedFiles->SeparatorPosition() * Twips);
+    m_layout.Save(tvCodeItems->IsShrunk());
+}
+
+// Closing
+
+void frmCodeLib::closeEvent(QCloseEvent* event)
+{
+    if (!Form_QueryUnload())
+        return event->ignore();
+    Form_Unload();
+    event->accept();
+}
+
+/// Unsaved changes are saved or asked about, which can't keep the window open. What could not be
+/// written and is not to be lost can.
+bool frmCodeLib::Form_QueryUnload()
+{
+    tvCodeItems->EndLabelEdit();
+    return m_items->SaveItem();
+}
+
+void frmCodeLib::DoUnload()
+{
+    if (!Settings().SaveFormLayout())
+        return;
+    SaveLayout();
+    SaveTextView();
+}
+
+// How texts are seen, in the user's settings
+
+void frmCodeLib::ReadTextView()
+{
+    const auto flag = [](const QString& key, bool preset) {
+        return GetSetting(SettingsApplication, u"Settings"_s, key, preset ? u"True"_s : u"False"_s) == u"True"_s;
+    };
+    const bool numbers = flag(u"ViewLineNumbers"_s, true);
+    const bool wraps = flag(u"ViewWordWrap"_s, false);
+    ctlCodeItemDetails->SetLineNumbers(numbers);
+    ctlCodeItemDetails->SetWordWrap(wraps);
+    ctlCodeItemDetails->SetZoom(GetSetting(SettingsApplication, u"Settings"_s, u"ViewZoom"_s, u"100"_s).toInt());
+    m_commands.SetChecked(u"mnuViewLineNumbers"_s, numbers);
+    m_commands.SetChecked(u"mnuViewWordWrap"_s, wraps);
+}
+
+void frmCodeLib::KeepUnsavedTexts()
+{
+    ctlCodeItemDetails->KeepUnsavedTexts();
+}
+
+void frmCodeLib::SaveTextView()
+{
+    const auto flag = [this](const QString& command) { return BooleanText(m_commands.Get(command).Checked); };
+    SaveSettings(SettingsApplication, {{u"Settings"_s, u"ViewLineNumbers"_s, flag(u"mnuViewLineNumbers"_s)},
+                                       {u"Settings"_s, u"ViewWordWrap"_s, flag(u"mnuViewWordWrap"_s)},
+                                       {u"Settings"_s, u"ViewZoom"_s, QString::number(ctlCodeItemDetails->Zoom())}});
+}
+
+void frmCodeLib::moSettings_SettingsUpdated()
+{
+    ctlCodeItemDetails->SetPalette(
+        TokenPalette::FromTexts(Settings().RuleColoursLight(), Settings().RuleColoursDark()));
+    ApplyAppearance(Settings().ColourScheme(), Settings().InterfaceFontName(), Settings().InterfaceFontSize());
+    ctlCodeItemDetails->SetDefaultFont({Settings().DefaultFontName(), Settings().DefaultFontSize()});
+    tlbTextFormat->ShowColors(Settings());
+    UpdateAskToSaveFileDescChanges();
+}
+
+void frmCodeLib::UpdateAskToSaveFileDescChanges()
+{
+    const bool automatic = Settings().AutoSaveFileDescriptions()
+                           && (!Settings().AutoSaveFileDescrIfAutoSaveOn() || m_commands.Get(u"SAVE"_s).Checked);
+    m_storedFiles->SetAskToSaveFileDescChanges(!automatic);
+}
+
+void frmCodeLib::Form_Unload()
+{
+    Guarded(ModuleName, u"Form_Unload"_s, [this] {
+        m_tree->ClearTreeView();
+        if (m_session.MayWrite())
+            m_session.moSettings->CountDay(); // writes to the library, so before it closes
+        m_libraries->CloseDatabase();
+        DoUnload();
+    });
+}
+
+// The button for saving
+
+/// One click saves, two switch auto-save; which it was is known when no second can come any more.
+void frmCodeLib::SaveButtonClicked()
+{
+    ++m_saveClickCount;
+    tmrStartTimer.start(QApplication::doubleClickInterval());
+}
+
+void frmCodeLib::tmrStartTimer_Timer()
+{
+    // A long work lets the window paint, and a dialog may hold a transaction; not in the middle of these.
+    if (prgStatus->isVisible() || QApplication::activeModalWidget())
+        return tmrStartTimer.start();
+    m_items->SaveButtonClicked(std::exchange(m_saveClickCount, 0));
+    moSettings_SettingsUpdated();
+}
+
+// Status bar
+
+void frmCodeLib::SetStatusText(const QString& text)
+{
+    m_status = text;
+    m_statusText->setText(m_linkHint.isEmpty() ? text : m_linkHint);
+}
+
+/// Whether the library can be written, in the title bar and the commands. That its file has gone is told
+/// once, and so is what can be done.
+void frmCodeLib::ShowLibraryState()
+{
+    const bool gone = m_session.FileHasGone();
+    const bool readOnly = m_session.CurrentDatabase && !m_session.MayWrite();
+    const QString state = gone ? u" (read-only, its file has gone)"_s : readOnly ? u" (read-only)"_s : QString();
+    setWindowTitle(ApplicationTitle + state);
+    m_commands.SetReadOnly(readOnly);
+    tvCodeItems->SetReadOnly(readOnly);
+    if (std::exchange(m_toldOfGoneFile, gone) || !gone)
+        return;
+    const QString text = u"The file of the library, '%1', is not there any more: it was moved, renamed or deleted, "
+                         "or its disk is gone. Nothing can be saved until it is back.\n\nWhat you have typed is still "
+                         "in the window. To keep it, select it with Ctrl+A, copy it with Ctrl+C and paste it into "
+                         "another program."_s;
+    const QString file = QDir::toNativeSeparators(m_session.CurrentDatabase->Name());
+    Prompts::Current().MsgBox({.Text = text.arg(file), .Caption = ApplicationTitle, .Icon = MsgBoxIcon::Exclamation});
+}
+
+/// While a link mode lasts its next step stands in the status bar, and Escape, wherever the focus is, ends it.
+void frmCodeLib::ShowLinkHint(const QString& hint)
+{
+    m_linkHint = hint;
+    m_endLinkMode->setEnabled(!hint.isEmpty());
+    SetStatusText(m_status);
+}
+
+/// The title of the item that is shown; with none the library's language, as when it was opened.
+void frmCodeLib::ShowStatusOfItem()
+{
+    if (m_session.oCodeItem && !m_session.oCodeItem->Key().isEmpty())
+        SetStatusText(m_session.oCodeItem->Title());
+    else if (CurrentDatabase())
+        SetStatusText(CurrentDatabase()->QueryValue(u"SELECT LanguageUsed FROM Properties"_s).ToText());
+}
+
+void frmCodeLib::SetItemDate(const QString& text, const QString& tip)
+{
+    m_shownDate = text;
+    m_itemDate->setText(text);
+    m_itemDate->setToolTip(tip);
+}
+
+void frmCodeLib::ShowProgress(const QString& text, int percent)
+{
+    constexpr int Done = 100;
+    if (percent >= Done || percent < 1) {
+        prgStatus->hide();
+        m_itemDate->clear();
+        return;
+    }
+    prgStatus->setRange(1, Done);
+    prgStatus->show();
+    prgStatus->setValue(percent);
+    constexpr int Widest = 360; // a name of a file must not widen the window
+    m_itemDate->setText(m_itemDate->fontMetrics().elidedText(text, Qt::ElideMiddle, Widest));
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+void frmCodeLib::ShowProgressStatusBar(int value, int maximum)
+{
+    prgStatus->setVisible(maximum > 0);
+    prgStatus->setRange(1, std::max(2, maximum));
+    prgStatus->setValue(value);
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+std::shared_ptr<void> frmCodeLib::WaitCursor()
+{
+    auto cursor = std::make_shared<CWaitCursor>();
+    cursor->SetCursor(CWaitCursor::Hourglass);
+    return cursor;
+}
+
+void frmCodeLib::SetShowStatusBar(bool show)
+{
+    statusBar()->setVisible(show);
+    m_commands.SetChecked(u"mnuViewStatusBar"_s, show);
+}
+
+// The combo box of libraries
+
+int frmCodeLib::ComboCount() const
+{
+    return cboDatabase->count();
+}
+
+int frmCodeLib::ComboIndex() const
+{
+    return cboDatabase->currentIndex();
+}
+
+void frmCodeLib::SetComboIndex(int index)
+{
+    cboDatabase->setCurrentIndex(index);
+    cboDatabase->setEditText(cboDatabase->itemText(index));
+}
+
+QString frmCodeLib::ComboText() const
+{
+    return cboDatabase->currentText();
+}
+
+void frmCodeLib::SetComboText(const QString& text)
+{
+    const QSignalBlocker blocker(cboDatabase);
+    cboDatabase->setCurrentIndex(-1);
+    cboDatabase->setEditText(text);
+}
+
+void frmCodeLib::InsertComboEntry(int index, const QString& alias)
+{
+    const QSignalBlocker blocker(cboDatabase); // the first entry of an empty box is not chosen by that
+    const bool chosen = cboDatabase->currentIndex() >= 0;
+    cboDatabase->insertItem(index, alias);
+    if (!chosen)
+        cboDatabase->setCurrentIndex(-1);
+}
+
+void frmCodeLib::RemoveComboEntry(int index)
+{
+    const QSignalBlocker blocker(cboDatabase);
+    const bool chosen = cboDatabase->currentIndex() == index;
+    cboDatabase->removeItem(index);
+    if (chosen)
+        cboDatabase->setCurrentIndex(-1); // no other library is chosen by that
+}
+
+void frmCodeLib::SetComboToolTip(const QString& tip)
+{
+    cboDatabase->setToolTip(tip);
+}
+
+/// The options, on one of their pages.
+void frmCodeLib::ShowOptions(frmSettings::Page page)
+{
+    frmSettings dialog(this);
+    dialog.RequestLanguageDefinitionFileName = [](QString& fileName, bool forExport) {
+        fileName = GetFileName(
+            forExport, forExport ? u"Export Language Definition To File"_s : u"Import Language Definition From File"_s,
+            u"KT Quillbase Language Definition|*.qbl"_s);
+    };
+    dialog.LanguageDataChanged = [this] {
+        ctlCodeItemDetails->FormatingInitialize(*CurrentDatabase());
+        m_libraries->UpdateGlobalSynchronizationVariables();
+    };
+    dialog.InitializeSettings(Settings(), CurrentDatabase());
+    dialog.ShowPage(page);
+    dialog.exec();
+}
+
+LanguageChoice frmCodeLib::AskForLanguage()
+{
+    frmNewDatabase dialog(this);
+    dialog.exec();
+    return {dialog.LanguageSelected(), dialog.LanguageFilePath()};
+}
+
+// Commands of the window itself
+
+void frmCodeLib::mnuViewErrorLog_Click()
+{
+    if (QFileInfo::exists(ErrorLogFile()) && !OpenTarget(ErrorLogFile()))
+        Prompts::Current().MsgBox({.Text = u"No application could be started for '%1'."_s.arg(ErrorLogFile()),
+                                   .Caption = ApplicationTitle,
+                                   .Icon = MsgBoxIcon::Information});
+}
+
+void frmCodeLib::mnuBugReportItem_Click()
+{
+    const QString log = ErrorLogFile();
+    Mail mail;
+    mail.To = BugReportAddress();
+    mail.Attachment = QFileInfo::exists(log) ? log : QString();
+    if (!OpenMail(mail))
+        Prompts::Current().MsgBox({.Text = u"No mail program could be started."_s,
+                                   .Caption = ApplicationTitle,
+                                   .Icon = MsgBoxIcon::Information});
+}
+
+void frmCodeLib::mnuAboutItem_Click()
+{
+    QMessageBox box(
+        QMessageBox::NoIcon, u"About KT Quillbase"_s,
+        u"KT Quillbase %1\nA library for source code.\n\nCopyright © 2026 Brindleton Software, MIT licence"_s.arg(
+            ProgramVersion()),
+        QMessageBox::Ok, this);
+    constexpr int IconSize = 96;
+    box.setObjectName(u"frmAbout"_s);
+    box.setIconPixmap(windowIcon().pixmap(IconSize));
+    box.exec();
+}
+
+void frmCodeLib::ShowDatabaseList()
+{
+    frmDatabaseList dialog(this);
+    dialog.Initialize(m_session.DatabaseList, m_libraries->FindCurrentDBArrayIndex());
+    dialog.exec();
+}
+
+} // namespace qb

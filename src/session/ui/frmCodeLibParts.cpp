@@ -1,0 +1,487 @@
+// The parts of the main window: panels, menus, toolbar and status bar, and how they are connected.
+
+#include "panels/ui/ctlFileDetails.h"
+#include "panels/ui/ctlSmartTreeView.h"
+#include "panels/ui/NodeTreeView.h"
+#include "platform/system/Prompts.h"
+#include "platform/system/Trace.h"
+#include "session/FileDialogs.h"
+#include "session/ui/frmCodeLib.h"
+#include "session/ui/frmRelationshipDelete.h"
+#include "session/ui/BrowserToolbar.h"
+#include "session/ui/CodeToolbar.h"
+#include "session/ui/FormatToolbar.h"
+#include "session/ui/LanguageButton.h"
+#include "support/ErrorRoutine.h"
+#include "support/ui/Icons.h"
+#include "web/WebPages.h"
+#include "text/ui/ctlCodeDetails.h"
+#include "text/ui/CTextEdit.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QComboBox>
+#include <QCursor>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QProgressBar>
+#include <QShortcut>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QStatusBar>
+#include <QToolBar>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct MenuRow {
+    CommandRow::Place Place;
+    const char* Name;
+    const char* Caption;
+};
+constexpr MenuRow MenuRows[] = {
+    {CommandRow::Place::File, "mnuFile", "&File"},
+    {CommandRow::Place::Edit, "mnuEdit", "&Edit"},
+    {CommandRow::Place::Item, "mnuItem", "&Item"},
+    {CommandRow::Place::View, "mnuView", "&View"},
+    {CommandRow::Place::Tools, "mnuTools", "&Tools"},
+    {CommandRow::Place::Replication, "mnuReplication", "&Replication"},
+    {CommandRow::Place::Help, "mnuHelp", "&Help"},
+};
+
+} // namespace
+
+void frmCodeLib::MakePanels()
+{
+    tvCodeItems = new ctlSmartTreeView;
+    tvCodeItems->setObjectName(u"tvCodeItems"_s);
+    ctlCodeItemDetails = new ctlCodeDetails;
+    ctlCodeItemDetails->setObjectName(u"ctlCodeItemDetails"_s);
+    m_storedFiles = new ctlFileDetails(ctlCodeItemDetails);
+    ctlCodeItemDetails->SetFileControl(*m_storedFiles);
+    ctlResizer1 = new QSplitter;
+    ctlResizer1->setObjectName(u"ctlResizer1"_s);
+    ctlResizer1->addWidget(tvCodeItems);
+    CoolBar1 = new QStackedWidget;
+    CoolBar1->setObjectName(u"CoolBar1"_s);
+    CoolBar1->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    CoolBar1->hide();
+    auto* right = new QWidget;
+    auto* rightLayout = new QVBoxLayout(right);
+    rightLayout->setContentsMargins(0, 0, 0, 0);
+    rightLayout->setSpacing(0);
+    rightLayout->addWidget(CoolBar1);
+    rightLayout->addWidget(ctlCodeItemDetails, 1);
+    ctlResizer1->addWidget(right);
+    ctlResizer1->setChildrenCollapsible(false);
+    ctlResizer1->setStretchFactor(1, 1);
+    setCentralWidget(ctlResizer1);
+}
+
+QMenu* frmCodeLib::MenuOf(CommandRow::Place place)
+{
+    return m_menus.value(int(place));
+}
+
+QAction* frmCodeLib::MakeAction(const CommandRow& row)
+{
+    auto* action = new QAction(QString::fromLatin1(row.Caption), this);
+    if (!*row.Caption)
+        action->setSeparator(true);
+    if (!*row.Name)
+        return action;
+    const QString name = QString::fromLatin1(row.Name);
+    action->setObjectName(name);
+    if (*row.Shortcut)
+        action->setShortcut(QKeySequence(QString::fromLatin1(row.Shortcut)));
+    connect(action, &QAction::triggered, this,
+            [this, name] { Guarded(u"MainForm"_s, name, [&] { m_procedures.value(name)(); }); });
+    m_actions.insert(name, action);
+    return action;
+}
+
+void frmCodeLib::MakeMenus()
+{
+    for (const MenuRow& row : MenuRows) {
+        QMenu* menu = menuBar()->addMenu(QString::fromLatin1(row.Caption));
+        menu->setObjectName(QString::fromLatin1(row.Name));
+        m_menus.insert(int(row.Place), menu);
+    }
+    for (const CommandRow& row : Commands::Table()) {
+        if (QMenu* menu = MenuOf(row.Where))
+            menu->addAction(MakeAction(row));
+    }
+    QMenu* mnuEdit = MenuOf(CommandRow::Place::Edit);
+    mnuEditCode = mnuEdit->addMenu(u"&Code"_s);
+    mnuEditCode->setObjectName(u"mnuEditCode"_s);
+    mnuFormat = mnuEdit->addMenu(u"F&ormat"_s);
+    mnuFormat->setObjectName(u"mnuFormat"_s);
+    mnuWebLinks = mnuEdit->addMenu(u"&Web Page"_s);
+    mnuWebLinks->setObjectName(u"mnuWebLinks"_s);
+    for (const CommandRow& row : Commands::Table()) {
+        if (row.Where == CommandRow::Place::EditCode)
+            mnuEditCode->addAction(MakeAction(row));
+        if (row.Where == CommandRow::Place::WebLinks)
+            mnuWebLinks->addAction(MakeAction(row));
+    }
+    connect(mnuEdit, &QMenu::aboutToShow, this, &frmCodeLib::mnuEdit_Click);
+    connect(MenuOf(CommandRow::Place::Item), &QMenu::aboutToShow, this, &frmCodeLib::mnuItem_Click);
+    addAction(m_actions[u"mnuFilterTree"_s]); // its key works where the menu doesn't: with no text shown
+    m_actions[u"mnuAutoSaveItem"_s]->setCheckable(true);
+    mnuFileDatabaseSelect = new QMenu(this);
+    m_actions[u"mnuFileDatabaseSelect"_s]->setMenu(mnuFileDatabaseSelect);
+    auto* mnuAddLink = new QMenu(this);
+    for (const CommandRow& row : Commands::Table()) {
+        if (row.Where == CommandRow::Place::AddLink)
+            mnuAddLink->addAction(MakeAction(row));
+    }
+    m_actions[u"mnuAddLink"_s]->setMenu(mnuAddLink);
+    m_actions[u"mnuViewTreeItem"_s]->setCheckable(true);
+    m_actions[u"mnuViewStatusBar"_s]->setCheckable(true);
+    connect(MenuOf(CommandRow::Place::File), &QMenu::aboutToShow, this, &frmCodeLib::mnuFile_Click);
+}
+
+void frmCodeLib::MakeToolbar()
+{
+    constexpr int ComboCharacters = 24;
+    tlbMain = addToolBar(u"Main"_s);
+    tlbMain->setObjectName(u"tlbMain"_s);
+    tlbMain->setMovable(false);
+    tlbMain->setContextMenuPolicy(Qt::PreventContextMenu);
+    const int iconSize = style()->pixelMetric(QStyle::PM_ToolBarIconSize);
+    tlbMain->setIconSize({iconSize, iconSize});
+    cboDatabase = new QComboBox;
+    cboDatabase->setObjectName(u"cboDatabase"_s);
+    cboDatabase->setAccessibleName(u"Library"_s);
+    cboDatabase->setEditable(true);
+    cboDatabase->setDuplicatesEnabled(true); // Enter renames; it does not look for the same text
+    cboDatabase->setInsertPolicy(QComboBox::NoInsert);
+    cboDatabase->setCompleter(nullptr);
+    cboDatabase->setMinimumContentsLength(ComboCharacters);
+    tlbMain->addWidget(cboDatabase);
+    tlbMain->addSeparator();
+    AddToolbarActions(*tlbMain, CommandRow::Place::Toolbar);
+    m_actions[u"SAVE"_s]->setCheckable(true);
+}
+
+void frmCodeLib::AddToolbarActions(QToolBar& toolbar, CommandRow::Place place)
+{
+    for (const CommandRow& row : Commands::Table()) {
+        if (row.Where != place)
+            continue;
+        QAction* action = MakeAction(row);
+        action->setProperty("key", action->objectName());
+        toolbar.addAction(action);
+        if (QWidget* button = toolbar.widgetForAction(action))
+            button->setProperty("key", action->objectName());
+    }
+}
+
+/// The toolbars of the second band: one for code, one for formatted text.
+void frmCodeLib::MakeTextToolbars()
+{
+    tbrCode = new CodeToolbar(*ctlCodeItemDetails, [this] { return m_session.oCodeItem.get(); });
+    AddToolbarActions(*tbrCode, CommandRow::Place::CodeToolbar);
+    mnuEditCode->addSeparator();
+    tbrCode->FillMenu(*mnuEditCode);
+    tlbTextFormat = new FormatToolbar(*ctlCodeItemDetails);
+    tbrBrowser = new BrowserToolbar(mnuWebLinks->actions());
+    connect(tbrBrowser, &BrowserToolbar::AddressEntered, this,
+            [this](const QString& text) { m_page->NavigateFromCombo(text); });
+    MakeFilesToolbar();
+    m_formatBand = new QWidget;
+    auto* band = new QHBoxLayout(m_formatBand);
+    band->setContentsMargins(0, 0, 0, 0);
+    band->setSpacing(0);
+    band->addWidget(tbrFiles);
+    band->addWidget(tlbTextFormat, 1);
+    for (QToolBar* toolbar : std::initializer_list<QToolBar*>{tbrCode, tlbTextFormat, tbrBrowser, tbrFiles})
+        toolbar->setIconSize(tlbMain->iconSize());
+    for (QWidget* page : std::initializer_list<QWidget*>{tbrCode, m_formatBand, tbrBrowser})
+        CoolBar1->addWidget(page);
+}
+
+/// The buttons of the stored files, by their keys.
+void frmCodeLib::MakeFilesToolbar()
+{
+    static const QStringList keys{u"ADD"_s, u"EXPORT"_s, u"EXTRACT"_s, u"DELETE"_s};
+    tbrFiles = new QToolBar(u"Stored Files"_s);
+    tbrFiles->setObjectName(u"tbrFiles"_s);
+    auto* mnuFiles = MenuOf(CommandRow::Place::Edit)->addMenu(u"Stored &Files"_s);
+    mnuFiles->setObjectName(u"mnuFiles"_s);
+    const QList<QAction*> actions = m_storedFiles->ToolbarActions();
+    for (qsizetype i = 0; i < actions.size(); ++i) {
+        actions[i]->setProperty("key", keys[i]);
+        tbrFiles->addAction(actions[i]);
+        mnuFiles->addAction(actions[i]);
+    }
+    tbrFiles->addSeparator();
+}
+
+void frmCodeLib::MakeStatusBar()
+{
+    constexpr int ProgressWidth = 180;
+    constexpr int Margin = 6;
+    m_statusText = new QLabel;
+    m_statusText->setObjectName(u"sbrMainPanel1"_s);
+    m_statusText->setTextFormat(Qt::PlainText);
+    m_itemDate = new QLabel;
+    m_itemDate->setTextFormat(Qt::PlainText);
+    m_itemDate->setObjectName(u"sbrMainPanel2"_s);
+    prgStatus = new QProgressBar;
+    prgStatus->setObjectName(u"prgStatus"_s);
+    prgStatus->setFixedWidth(ProgressWidth);
+    prgStatus->setRange(1, 100);
+    prgStatus->hide();
+    m_statusText->setContentsMargins(Margin, 0, 0, 0);
+    m_itemDate->setContentsMargins(0, 0, Margin, 0);
+    statusBar()->setObjectName(u"sbrMain"_s);
+    statusBar()->addWidget(m_statusText, 1);
+    m_language = new LanguageButton;
+    statusBar()->addPermanentWidget(prgStatus);
+    statusBar()->addPermanentWidget(m_language);
+    statusBar()->addPermanentWidget(m_itemDate);
+}
+
+void frmCodeLib::ConnectPanels()
+{
+    connect(tvCodeItems, &ctlSmartTreeView::NodeClick, this,
+            [this](TreeNode* node) { m_items->tvCodeItems_NodeClick(*node); });
+    ConnectLinks();
+    connect(tvCodeItems, &ctlSmartTreeView::NodeExpanded, this,
+            [this](TreeNode* node) { m_tree->NodeExpanded(*node); });
+    connect(tvCodeItems, &ctlSmartTreeView::NodeCollapsed, this,
+            [this](TreeNode* node) { m_tree->NodeCollapsed(*node); });
+    connect(tvCodeItems, &ctlSmartTreeView::TreePainted, this, [] { Trace("tree_painted"); });
+    NodeTreeView* tree = tvCodeItems->Tree();
+    connect(tree, &NodeTreeView::LabelEdited, this,
+            [this](TreeNode* node, const QString& text) { m_items->AfterLabelEdit(*node, text); });
+    connect(tree, &NodeTreeView::LabelEditEnded, this,
+            [this](TreeNode* node, bool cancelled) { m_items->LabelEditEnded(*node, cancelled); });
+    // What the menu does not allow for the item the key does not do either.
+    const auto ifEnabled = [this](const QString& command, void (ItemCommands::*run)()) {
+        return [this, command, run] {
+            m_linking->CancelLinkMode();
+            m_items->ItemMenuEdit();
+            if (m_commands.Get(command).Enabled)
+                ((*m_items).*run)();
+        };
+    };
+    connect(tree, &NodeTreeView::DeletePressed, this, ifEnabled(u"mnuDeleteCode"_s, &ItemCommands::DeleteCodeItem));
+    connect(tree, &NodeTreeView::InsertPressed, this, ifEnabled(u"mnuAddCode"_s, &ItemCommands::AddCode));
+    connect(tree, &NodeTreeView::RightClicked, this, [this](TreeNode* node, const QPoint& place) {
+        m_tree->TreeViewNodeClick(*node);
+        MenuOf(CommandRow::Place::Item)->popup(place);
+    });
+    tree->SetDragFormat(ItemDrag::TreeClipboardFormat());
+    tree->SetDragRules(
+        {.Start = [this](TreeNode& node) { return m_drag->Start(node); },
+         .Over = [this](const TreeNode* node, int y, int height) { return m_drag->Over(node, y, height); },
+         .Tick = [this] { m_drag->Tick(); },
+         .Drop = [this] { return m_drag->Drop(); },
+         .Complete = [this] { m_drag->Complete(); }});
+    m_tree->ItemShown = [this] {
+        m_items->ItemMenuEdit();
+        ShowStatusOfItem();
+        ShowLibraryState();
+        m_linking->ShowLinks();
+        tvCodeItems->UpdateDescription(m_session.oCodeItem ? m_session.oCodeItem->Description() : QString());
+    };
+    connect(cboDatabase, &QComboBox::currentIndexChanged, this, [this](int index) {
+        if (index >= 0)
+            m_libraries->cboDatabase_Click();
+    });
+    connect(cboDatabase->lineEdit(), &QLineEdit::returnPressed, this,
+            [this] { m_libraries->ChangeAlias(cboDatabase->currentText(), true); });
+    connect(&m_commands, &Commands::Changed, this, &frmCodeLib::UpdateAction);
+}
+
+void frmCodeLib::ConnectLinks()
+{
+    m_commands.SetChecked(u"mnuViewTreeItem"_s, true);
+    m_items->AddNewLinkToSelectedItem = [this](const QString& title) { m_linking->AddNewLinkToSelectedItem(title); };
+    m_linking->AskRelationshipDelete = [this](LinkDirection direction) -> std::optional<LinkDirection> {
+        frmRelationshipDelete dialog(this);
+        dialog.DisplayRelationshipAndOptions(direction);
+        dialog.exec();
+        return dialog.Cancelled() ? std::nullopt : std::optional(dialog.Result());
+    };
+    m_endLinkMode = new QShortcut(Qt::Key_Escape, this);
+    m_endLinkMode->setEnabled(false);
+    connect(m_endLinkMode, &QShortcut::activated, this, [this] { m_linking->CancelLinkMode(); });
+    m_linking->ShowHint = [this](const QString& hint) { ShowLinkHint(hint); };
+    m_linking->LinksChanged = [this] { ctlCodeItemDetails->ShowLinks(); };
+    m_items->LibraryHasGone = [this] { ShowLibraryState(); };
+    m_items->CancelLinkMode = [this] { m_linking->CancelLinkMode(); };
+    m_linking->AskDirection = [this] { return AskLinkDirection(); };
+    connect(tvCodeItems, &ctlSmartTreeView::LinkModeStarted, this,
+            [this](LinkMode mode) { m_linking->CreateNewLink(mode); });
+    connect(tvCodeItems, &ctlSmartTreeView::LinkModeEnded, this, [this] { m_linking->CancelLinkMode(); });
+    connect(tvCodeItems, &ctlSmartTreeView::LinkTargetChosen, this,
+            [this](TreeNode* node) { m_linking->LinkTargetChosen(*node); });
+    connect(tvCodeItems, &ctlSmartTreeView::LinkFollowed, this, &frmCodeLib::FollowLink);
+    connect(tvCodeItems, &ctlSmartTreeView::LinkRemoveAsked, this,
+            [this](qint64 item) { m_linking->DeleteLink(CLinks::KeyOf(item)); });
+    connect(&tvCodeItems->Nodes(), &TreeNodes::modelAboutToBeReset, this, [this] { m_linking->EndLinkMode(); });
+    connect(tvCodeItems, &ctlSmartTreeView::Shrinking, this, &frmCodeLib::tvCodeItems_Shrinking);
+}
+
+void frmCodeLib::FollowLink(qint64 item)
+{
+    if (tvCodeItems->Nodes().Find(item))
+        return m_tree->GoToNode(NodeKey(item));
+    Prompts::Current().MsgBox({.Text = u"The linked item is not in the library any more. The link can be removed."_s,
+                               .Caption = ApplicationTitle,
+                               .Icon = MsgBoxIcon::Information});
+}
+
+/// Which way a link is to lead, from a menu at the pointer.
+std::optional<LinkDirection> frmCodeLib::AskLinkDirection()
+{
+    struct Choice {
+        const char* Caption;
+        const char* Image;
+        LinkDirection Direction;
+    };
+    static constexpr Choice choices[] = {
+        {"From the selected item to this one", "LINK_ONEWAY_TARGET", LinkDirection::Left},
+        {"From this item to the selected one", "LINK_ONEWAY_SOURCE", LinkDirection::Right},
+        {"Both ways", "LINK_TWOWAY", LinkDirection::Both}};
+    QMenu menu(this);
+    menu.setObjectName(u"mnuLinkDirection"_s);
+    QHash<QAction*, LinkDirection> directions;
+    for (const Choice& choice : choices)
+        directions.insert(
+            menu.addAction(IconNamed(QString::fromLatin1(choice.Image)), QString::fromLatin1(choice.Caption)),
+            choice.Direction);
+    const auto chosen = directions.constFind(menu.exec(QCursor::pos()));
+    return chosen == directions.constEnd() ? std::nullopt : std::optional(*chosen);
+}
+
+/// The splitter follows the tree's own hiding: fixed at its small width, free again when it grows.
+void frmCodeLib::tvCodeItems_Shrinking(bool shrinks)
+{
+    m_commands.SetChecked(u"mnuViewTreeItem"_s, !shrinks);
+    if (shrinks) {
+        if (tvCodeItems->maximumWidth() == QWIDGETSIZE_MAX)
+            m_treeWidth = ctlResizer1->sizes().value(0);
+        tvCodeItems->setFixedWidth(tvCodeItems->ShrunkWidth());
+        ctlResizer1->setSizes({tvCodeItems->ShrunkWidth(), qMax(1, ctlResizer1->width() - tvCodeItems->ShrunkWidth())});
+        return;
+    }
+    tvCodeItems->setMinimumWidth(0);
+    tvCodeItems->setMaximumWidth(QWIDGETSIZE_MAX);
+    if (m_treeWidth > 0)
+        ctlResizer1->setSizes({m_treeWidth, qMax(1, ctlResizer1->width() - m_treeWidth)});
+}
+
+void frmCodeLib::ConnectDetails()
+{
+    connect(ctlCodeItemDetails, &ctlCodeDetails::CurrentViewChanged, this, &frmCodeLib::CurrentViewChanged);
+    connect(ctlCodeItemDetails, &ctlCodeDetails::BeforeNavigate, tbrBrowser, &BrowserToolbar::SetAddress);
+    connect(ctlCodeItemDetails, &ctlCodeDetails::BrowserCommandStateChange, this, [this](bool back, bool forward) {
+        m_commands.SetEnabled(u"mnuWebGoBack"_s, back);
+        m_commands.SetEnabled(u"mnuWebGoForward"_s, forward);
+    });
+    connect(ctlCodeItemDetails, &ctlCodeDetails::BrowserLinkHovered, statusBar(), [this](const QString& address) {
+        address.isEmpty() ? statusBar()->clearMessage() : statusBar()->showMessage(address);
+    });
+    connect(ctlCodeItemDetails, &ctlCodeDetails::TextChanged, this, &frmCodeLib::UpdateColorizeCommand);
+    connect(ctlCodeItemDetails, &ctlCodeDetails::ColorizeStateChanged, this, &frmCodeLib::UpdateColorizeCommand);
+    connect(ctlCodeItemDetails, &ctlCodeDetails::ItemLanguageChanged, this, &frmCodeLib::ShowLanguage);
+    connect(m_language, &LanguageButton::Chosen, ctlCodeItemDetails, &ctlCodeDetails::SetItemLanguage);
+    connect(ctlCodeItemDetails, &ctlCodeDetails::DefaultPagesMissing, this, [this](const QString& folder) {
+        if (CurrentDatabase() && !CurrentDatabase()->IsReadOnly())
+            Guarded(u"MainForm"_s, u"CreateDefaultHTMLItems"_s, [&] { CreateDefaultHTMLItems(folder); });
+    });
+    tmrStartTimer.setSingleShot(true);
+    connect(&tmrStartTimer, &QTimer::timeout, this, &frmCodeLib::tmrStartTimer_Timer);
+}
+
+void frmCodeLib::ConnectFiles()
+{
+    m_storedFiles->RequestFileNames = &GetFileNames;
+    m_storedFiles->RequestSaveFileName = [](const QString& title, const QString& name) {
+        return GetFileName(true, title, u"All Files|*"_s, name);
+    };
+    m_storedFiles->RequestShowImportFilesDialog = [this] { return Settings().ShowImportFilesDialog(); };
+    m_storedFiles->SetShowImportFilesDialog = [this](bool show) {
+        Settings().SetShowImportFilesDialog(show);
+        Settings().Apply();
+    };
+    connect(m_storedFiles, &ctlFileDetails::Progress, this, [this](const QString& text, int percent) {
+        ShowProgress(text, percent);
+        if (prgStatus->isHidden())
+            m_itemDate->setText(m_shownDate); // the item is still the one
+    });
+    connect(m_storedFiles, &ctlFileDetails::StatusText, statusBar(), [this](const QString& text) {
+        constexpr int Shown = 10'000; // milliseconds
+        statusBar()->showMessage(text.simplified(), Shown);
+    });
+    connect(m_storedFiles, &ctlFileDetails::FilesChanged, ctlCodeItemDetails, &ctlCodeDetails::SetFilesEnabled);
+    connect(&m_commands, &Commands::Changed, this, [this](const QString& name) {
+        if (name == u"SAVE"_s && m_session.moSettings)
+            UpdateAskToSaveFileDescChanges();
+    });
+}
+
+void frmCodeLib::CurrentViewChanged()
+{
+    const bool isLinks = ctlCodeItemDetails->CurrentView() == DetailsTab::Links;
+    mnuWebLinks->setEnabled(isLinks);
+    for (QAction* action : mnuWebLinks->actions()) // their keys are those of other tabs too
+        action->setShortcutContext(isLinks ? Qt::WindowShortcut : Qt::WidgetShortcut);
+    ShowTextToolbar();
+    UpdateColorizeCommand();
+    ShowLanguage();
+    tvCodeItems->AutoHideTree(isLinks && m_session.moSettings && Settings().AutoHideTreeWhenBrowsing());
+    if (isLinks)
+        m_page->LinksTabShown();
+}
+
+/// The language of the code that is shown, in the status bar.
+void frmCodeLib::ShowLanguage()
+{
+    const std::optional<DetailsTab> tab = ctlCodeItemDetails->CurrentView();
+    const bool isCode = CurrentDatabase() && (tab == DetailsTab::Code || tab == DetailsTab::Usage);
+    m_language->setVisible(isCode);
+    if (!isCode)
+        return;
+    m_language->setEnabled(!ctlCodeItemDetails->Locked());
+    m_language->ShowLanguage(ctlCodeItemDetails->ItemLanguage(),
+                             CurrentDatabase()->QueryValue(u"SELECT LanguageUsed FROM Properties"_s).ToText());
+}
+
+/// Each tab has a state of its own: there is something to colour where the text shown has no colours.
+void frmCodeLib::UpdateColorizeCommand()
+{
+    for (const QString& name : {u"COLORIZE"_s, u"mnuColorize"_s})
+        m_commands.SetEnabled(name, ctlCodeItemDetails->CanColorize());
+}
+
+/// The second band follows the tab.
+void frmCodeLib::ShowTextToolbar()
+{
+    const std::optional<DetailsTab> tab = ctlCodeItemDetails->CurrentView();
+    const bool isFiles = tab == DetailsTab::Files;
+    const bool hasFormat = isFiles || tab == DetailsTab::Notes;
+    const bool isCode = tab == DetailsTab::Code || tab == DetailsTab::Usage;
+    const bool isLinks = tab == DetailsTab::Links;
+    CoolBar1->setCurrentWidget(hasFormat ? m_formatBand : isLinks ? static_cast<QWidget*>(tbrBrowser) : tbrCode);
+    CoolBar1->setVisible(isLinks || isFiles || (m_editingEnabled && (hasFormat || isCode)));
+    tbrFiles->setVisible(isFiles);
+    tlbTextFormat->setVisible(m_editingEnabled);
+    tbrCode->ForgetLastGo();
+    tbrCode->UpdateSectionButtons(ctlCodeItemDetails->CurrentSection());
+    tlbTextFormat->SetCommandsEnabled(m_editingEnabled && hasFormat && !ctlCodeItemDetails->Locked());
+    MenuOf(CommandRow::Place::Edit)->setEnabled(m_editingEnabled && tab.has_value());
+}
+
+} // namespace qb

@@ -1,0 +1,147 @@
+#include "web/LocalPages.h"
+
+#include "web/WebPages.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QMimeDatabase>
+#include <QStringDecoder>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString Scheme = QString::fromLatin1(LocalPageScheme);
+const QString Host = u"library"_s;
+const QString ItemAddress = u"local://Item"_s;
+const QString PageSuffix = u".htm"_s;
+
+bool IsPageName(const QString& name)
+{
+    return name.endsWith(PageSuffix, Qt::CaseInsensitive) || name.endsWith(u".html"_s, Qt::CaseInsensitive);
+}
+
+bool IsWeb(const QUrl& url)
+{
+    static const QStringList schemes{u"http"_s, u"https"_s, u"ws"_s, u"wss"_s, u"data"_s, u"blob"_s, u"about"_s, u""_s};
+    return schemes.contains(url.scheme());
+}
+
+/// Set before everything else in the page but its document type, so that nothing is read without.
+QByteArray WithPolicy(QByteArray page)
+{
+    static const QByteArray scheme = QByteArray(LocalPageScheme) + ':';
+    static const QByteArray policy =
+        "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src " + scheme
+        + " data:; media-src " + scheme + "; font-src " + scheme + "; style-src " + scheme
+        + " 'unsafe-inline'; form-action 'none'; base-uri 'none'\">";
+    const QByteArray mark = "\xef\xbb\xbf";
+    if (page.startsWith("\xff\xfe") || page.startsWith("\xfe\xff"))
+        page = mark + QString(QStringDecoder(QStringDecoder::Utf16).decode(page)).toUtf8();
+    qsizetype at = page.startsWith(mark) ? mark.size() : 0;
+    const qsizetype start = at;
+    while (at < page.size() && QByteArray(" \t\r\n\f").contains(page[at]))
+        ++at;
+    const bool hasType = page.mid(at, 9).toLower() == "<!doctype";
+    const qsizetype end = hasType ? page.indexOf('>', at) : -1;
+    return page.insert(end < 0 ? start : end + 1, policy);
+}
+
+} // namespace
+
+QUrl LocalPageUrl(const QString& name)
+{
+    QUrl url;
+    url.setScheme(Scheme);
+    url.setHost(Host);
+    url.setPath(u'/' + name, QUrl::DecodedMode);
+    return url;
+}
+
+bool IsLocalPage(const QUrl& url)
+{
+    return url.scheme() == Scheme;
+}
+
+QString AddressText(const QUrl& url)
+{
+    if (url == QUrl(u"about:blank"_s))
+        return {};
+    if (!IsLocalPage(url))
+        return url.toDisplayString();
+    const QString name = QFileInfo(url.path()).completeBaseName();
+    bool isNumber = false;
+    name.toLongLong(&isNumber);
+    return isNumber ? ItemAddress + name : QString();
+}
+
+QUrl UrlOfAddress(const QString& text)
+{
+    const QString address = text.trimmed();
+    if (address.startsWith(ItemAddress, Qt::CaseInsensitive))
+        return LocalPageUrl(address.mid(ItemAddress.size()) + PageSuffix);
+    return QUrl(address.contains(u"://"_s) ? address : u"http://"_s + address, QUrl::TolerantMode);
+}
+
+bool IsAddress(const QUrl& url)
+{
+    const bool needsHost = url.scheme() == u"http"_s || url.scheme() == u"https"_s;
+    return url.isValid() && !url.isEmpty() && (!needsHost || !url.host().isEmpty());
+}
+
+QString ReasonInWords(QString reason)
+{
+    const QString prefix = u"net::ERR_"_s;
+    return reason.startsWith(prefix) ? reason.sliced(prefix.size()).toLower().replace(u'_', u' ') : reason;
+}
+
+std::optional<LocalPageFile> ReadLocalPageFile(const QString& folder, const QUrl& url)
+{
+    if (!IsLocalPage(url) || folder.isEmpty())
+        return std::nullopt;
+    const QString base = QFileInfo(folder).canonicalFilePath();
+    const QString name = url.path(QUrl::FullyDecoded).replace(u'\\', u'/'); // as pages from elsewhere write it
+    if (name.contains(QChar(u'\0')))
+        return std::nullopt;
+    const QString path = QFileInfo(folder + u'/' + name).canonicalFilePath();
+    if (base.isEmpty() || !path.startsWith(base + u'/') || !QFileInfo(path).isFile())
+        return std::nullopt;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    QByteArray content = file.readAll();
+    if (IsPageName(path))
+        return LocalPageFile{WithPolicy(std::move(content)), "text/html"};
+    return LocalPageFile{std::move(content), QMimeDatabase().mimeTypeForFile(path).name().toLatin1()};
+}
+
+bool MayRequest(const QUrl& page, const QUrl& resource)
+{
+    if (!IsLocalPage(page))
+        return IsWeb(resource);
+    const QString name = page.path();
+    const QString own = name.left(name.lastIndexOf(u'.')) + u'/';
+    const QString wanted = QString(resource.path()).replace(u'\\', u'/');
+    return resource.scheme() == u"data"_s
+           || (IsLocalPage(resource) && wanted.startsWith(own) && !wanted.contains(u"/../"_s));
+}
+
+NavigationAnswer AnswerNavigation(const QUrl& from, const QUrl& to, NavigationCause cause)
+{
+    const bool isPage = IsLocalPage(to) && IsPageName(to.path());
+    const bool isWeb = to.scheme() == u"http"_s || to.scheme() == u"https"_s;
+    if (cause == NavigationCause::Asked && (isPage || to == QUrl(u"about:blank"_s)))
+        return NavigationAnswer::Show;
+    if (cause == NavigationCause::Clicked && isPage && IsLocalPage(from))
+        return NavigationAnswer::Show;
+    if (isWeb)
+        return cause == NavigationCause::Page && IsLocalPage(from) ? NavigationAnswer::Refuse : NavigationAnswer::Show;
+    if (IsLocalPage(to) || cause == NavigationCause::Page)
+        return NavigationAnswer::Refuse;
+    const bool isMail = to.scheme() == u"mailto"_s;
+    return isMail || cause == NavigationCause::Asked ? NavigationAnswer::OpenOutside : NavigationAnswer::Refuse;
+}
+
+} // namespace qb

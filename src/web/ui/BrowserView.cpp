@@ -1,0 +1,132 @@
+#include "web/ui/BrowserView.h"
+
+#include "web/LocalPages.h"
+
+#include <QDir>
+#include <QLabel>
+#include <QPushButton>
+#include <QStackedLayout>
+#include <QVBoxLayout>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+BrowserView::BrowserView(QWidget* parent) : QWidget(parent), m_layout(new QStackedLayout)
+{
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addLayout(m_layout, 1);
+}
+
+BrowserView::~BrowserView() = default;
+
+void BrowserView::MakeBrowser()
+{
+    if (std::exchange(m_tried, true))
+        return;
+    QString reason;
+    m_browser = MakeWebBrowser(reason);
+    if (!m_browser) {
+        m_layout->addWidget(MakeExcuse(reason));
+        return;
+    }
+    m_layout->addWidget(m_browser->Widget());
+    m_browser->BeforeNavigate = [this](const QUrl& url) {
+        HideNowhere();
+        Q_EMIT BeforeNavigate(url);
+    };
+    m_browser->LoadFailed = [this](const QUrl& url, const QString& why) {
+        TellNowhere(AddressText(url), ReasonInWords(why));
+    };
+    m_browser->CommandStateChange = [this](bool back, bool forward) { Q_EMIT CommandStateChange(back, forward); };
+    m_browser->ProgressChange = [this](int percent) { Q_EMIT ProgressChange(percent); };
+    m_browser->DocumentComplete = [this](const QUrl& url) { Q_EMIT DocumentComplete(url); };
+    m_browser->LinkHovered = [this](const QString& address) { Q_EMIT LinkHovered(address); };
+    m_browser->OpenOutside = [this](const QUrl& url) { Q_EMIT OpenOutside(url.toString()); };
+}
+
+QWidget* BrowserView::MakeExcuse(const QString& reason)
+{
+    auto* excuse = new QWidget;
+    auto* label = new QLabel(
+        u"Web pages can't be shown here: %1\n\nInstall Qt WebEngine (libqt6webenginewidgets6), or open the "
+        "page in your own browser."_s.arg(reason));
+    label->setObjectName(u"lblNoBrowser"_s);
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    label->setAlignment(Qt::AlignCenter);
+    auto* open = new QPushButton(u"&Open in Browser"_s);
+    connect(open, &QPushButton::clicked, this, [this] { Q_EMIT OpenOutside(m_wanted.toString()); });
+    auto* layout = new QVBoxLayout(excuse);
+    layout->addStretch();
+    layout->addWidget(label);
+    layout->addWidget(open, 0, Qt::AlignCenter);
+    layout->addStretch();
+    return excuse;
+}
+
+void BrowserView::Navigate(const QUrl& url, const QString& folder)
+{
+    HideNowhere();
+    MakeBrowser();
+    m_wanted = IsLocalPage(url) ? QUrl::fromLocalFile(QDir::cleanPath(folder + url.path())) : url;
+    if (!m_browser)
+        return;
+    m_browser->SetPages(folder);
+    const NavigationAnswer answer = AnswerNavigation({}, url, NavigationCause::Asked);
+    if (answer == NavigationAnswer::Show)
+        m_browser->Navigate(url);
+    else if (answer == NavigationAnswer::OpenOutside)
+        Q_EMIT OpenOutside(url.toString());
+}
+
+void BrowserView::TellNowhere(const QString& address, const QString& reason)
+{
+    constexpr int Margin = 6;
+    if (!m_nowhere) {
+        m_nowhere = new QLabel;
+        m_nowhere->setObjectName(u"lblNowhere"_s);
+        m_nowhere->setTextFormat(Qt::PlainText);
+        m_nowhere->setWordWrap(true);
+        m_nowhere->setMargin(Margin);
+        m_nowhere->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        static_cast<QVBoxLayout*>(layout())->insertWidget(0, m_nowhere);
+    }
+    m_nowhere->setText(reason.isEmpty() ? u"The address “%1” leads nowhere."_s.arg(address)
+                                        : u"The address “%1” leads nowhere: %2"_s.arg(address, reason));
+    m_nowhere->show();
+}
+
+void BrowserView::HideNowhere()
+{
+    if (m_nowhere)
+        m_nowhere->hide();
+}
+
+void BrowserView::GoBack()
+{
+    if (m_browser)
+        m_browser->GoBack();
+}
+
+void BrowserView::GoForward()
+{
+    if (m_browser)
+        m_browser->GoForward();
+}
+
+void BrowserView::BrowserStop()
+{
+    if (m_browser)
+        m_browser->Stop();
+}
+
+void BrowserView::Reload()
+{
+    if (m_browser)
+        m_browser->Reload();
+}
+
+} // namespace qb

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "web/ui/WebBrowser.h"
+
+#include <QWidget>
+
+class QLabel;
+class QStackedLayout;
+
+namespace qb {
+
+/// Shows pages of the library's folder and of the web. The browser is made when the first page is
+/// asked for; where there is none, the view says so and offers to open the address outside.
+class BrowserView : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit BrowserView(QWidget* parent = nullptr);
+    ~BrowserView() override;
+
+    /// Shows an address. Pages of the library are those of @p folder, named by local addresses.
+    void Navigate(const QUrl& url, const QString& folder);
+    /// Says that an address leads nowhere, until the next page.
+    void TellNowhere(const QString& address, const QString& reason);
+    void GoBack();
+    void GoForward();
+    void BrowserStop();
+    void Reload();
+
+Q_SIGNALS:
+    void BeforeNavigate(const QUrl& url);
+    void CommandStateChange(bool back, bool forward);
+    void ProgressChange(int percent);
+    void DocumentComplete(const QUrl& url);
+    void LinkHovered(const QString& address);
+    /// An address for another application.
+    void OpenOutside(const QString& address);
+
+private:
+    void MakeBrowser();
+    void HideNowhere();
+    QWidget* MakeExcuse(const QString& reason);
+
+    QLabel* m_nowhere = nullptr; ///< from the first address on that led nowhere
+    QStackedLayout* m_layout;
+    std::unique_ptr<WebBrowser> m_browser;
+    QUrl m_wanted; ///< shown outside where there is no browser
+    bool m_tried = false;
+};
+
+} // namespace qb

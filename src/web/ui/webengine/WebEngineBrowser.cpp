@@ -1,0 +1,221 @@
+#include "web/ui/webengine/WebEngineBrowser.h"
+
+#include "web/LocalPages.h"
+
+#include <QBuffer>
+#include <QLoggingCategory>
+#include <QPalette>
+#include <QWebEngineDownloadRequest>
+#include <QWebEngineHistory>
+#include <QWebEngineLoadingInfo>
+#include <QWebEngineNewWindowRequest>
+#include <QWebEnginePage>
+#include <QWebEngineProfile>
+#include <QWebEngineSettings>
+#include <QWebEngineUrlRequestInfo>
+#include <QWebEngineUrlRequestJob>
+#include <QWebEngineUrlScheme>
+#include <QWebEngineView>
+#include <unistd.h>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// What must be settled before the first object of the browser is made.
+void PrepareBrowser()
+{
+    static const bool done = [] {
+        QLoggingCategory::setFilterRules(u"qt.webenginecontext=false"_s);
+        if (geteuid() == 0)
+            qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1"); // root has none
+        if (!qEnvironmentVariableIsSet("QTWEBENGINE_CHROMIUM_FLAGS"))
+            qputenv("QTWEBENGINE_CHROMIUM_FLAGS", "--disable-logging --log-level=3");
+        QWebEngineUrlScheme scheme(LocalPageScheme);
+        scheme.setSyntax(QWebEngineUrlScheme::Syntax::Host);
+        QWebEngineUrlScheme::registerScheme(scheme);
+        return true;
+    }();
+    Q_UNUSED(done)
+}
+
+NavigationCause CauseOf(QWebEnginePage::NavigationType type)
+{
+    switch (type) {
+    case QWebEnginePage::NavigationTypeTyped:
+    case QWebEnginePage::NavigationTypeBackForward:
+    case QWebEnginePage::NavigationTypeReload:
+        return NavigationCause::Asked;
+    case QWebEnginePage::NavigationTypeLinkClicked:
+    case QWebEnginePage::NavigationTypeFormSubmitted:
+        return NavigationCause::Clicked;
+    default:
+        return NavigationCause::Page;
+    }
+}
+
+/// A page that decides where it may go.
+class BrowserPage : public QWebEnginePage {
+public:
+    BrowserPage(WebBrowser& browser, QWebEngineProfile* profile) : QWebEnginePage(profile), m_browser(browser) {}
+
+protected:
+    bool acceptNavigationRequest(const QUrl& to, NavigationType type, bool isMainFrame) override
+    {
+        if (!isMainFrame)
+            return MayRequest(url(), to);
+        const NavigationAnswer answer = AnswerNavigation(url(), to, CauseOf(type));
+        if (answer == NavigationAnswer::OpenOutside && m_browser.OpenOutside)
+            m_browser.OpenOutside(to);
+        if (answer == NavigationAnswer::Show && m_browser.BeforeNavigate)
+            m_browser.BeforeNavigate(to);
+        return answer == NavigationAnswer::Show;
+    }
+    void javaScriptConsoleMessage(JavaScriptConsoleMessageLevel, const QString&, int, const QString&) override {}
+
+private:
+    WebBrowser& m_browser;
+};
+
+} // namespace
+
+void LocalPageHandler::requestStarted(QWebEngineUrlRequestJob* job)
+{
+    const std::optional<LocalPageFile> file = ReadLocalPageFile(m_folder, job->requestUrl());
+    if (!file)
+        return job->fail(QWebEngineUrlRequestJob::UrlNotFound);
+    auto* content = new QBuffer(job);
+    content->setData(file->Content);
+    job->reply(file->MimeType, content);
+}
+
+void RequestGuard::interceptRequest(QWebEngineUrlRequestInfo& info)
+{
+    if (info.resourceType() != QWebEngineUrlRequestInfo::ResourceTypeMainFrame)
+        info.block(!MayRequest(info.firstPartyUrl(), info.requestUrl()));
+}
+
+WebEngineBrowser::WebEngineBrowser()
+{
+    PrepareBrowser();
+    m_profile = std::make_unique<QWebEngineProfile>();
+    m_profile->installUrlSchemeHandler(LocalPageScheme, &m_localPages);
+    m_profile->setUrlRequestInterceptor(&m_guard);
+    m_view = std::make_unique<QWebEngineView>();
+    auto* page = new BrowserPage(*this, m_profile.get());
+    page->setParent(m_view.get());
+    m_view->setPage(page);
+    QWebEngineSettings* settings = page->settings();
+    settings->setAttribute(QWebEngineSettings::LocalContentCanAccessFileUrls, false);
+    settings->setAttribute(QWebEngineSettings::LocalContentCanAccessRemoteUrls, false);
+    settings->setAttribute(QWebEngineSettings::FullScreenSupportEnabled, false);
+    settings->setAttribute(QWebEngineSettings::ScreenCaptureEnabled, false);
+    Connect();
+    HideActions();
+}
+
+WebEngineBrowser::~WebEngineBrowser()
+{
+    m_view.reset();
+}
+
+void WebEngineBrowser::Connect()
+{
+    QWebEnginePage* page = m_view->page();
+    QObject::connect(page, &QWebEnginePage::loadProgress, page, [this](int percent) {
+        if (ProgressChange)
+            ProgressChange(percent);
+    });
+    QObject::connect(page, &QWebEnginePage::loadFinished, page, [this, page] {
+        TellCommandState();
+        if (DocumentComplete)
+            DocumentComplete(page->url());
+    });
+    QObject::connect(page, &QWebEnginePage::loadingChanged, page, [this](const QWebEngineLoadingInfo& info) {
+        if (info.status() == QWebEngineLoadingInfo::LoadFailedStatus && LoadFailed)
+            LoadFailed(info.url(), info.errorString());
+    });
+    QObject::connect(page, &QWebEnginePage::urlChanged, page, [this] { TellCommandState(); });
+    QObject::connect(page, &QWebEnginePage::linkHovered, page, [this](const QString& address) {
+        if (LinkHovered)
+            LinkHovered(address);
+    });
+    // One window is enough: what a page wants to open in another comes here.
+    QObject::connect(page, &QWebEnginePage::newWindowRequested, page, [this](QWebEngineNewWindowRequest& request) {
+        const bool clicked = request.isUserInitiated();
+        if (AnswerNavigation(m_view->url(), request.requestedUrl(),
+                             clicked ? NavigationCause::Clicked : NavigationCause::Page)
+            == NavigationAnswer::Show)
+            m_view->setUrl(request.requestedUrl());
+    });
+    QObject::connect(page, &QWebEnginePage::featurePermissionRequested, page,
+                     [page](const QUrl& origin, QWebEnginePage::Feature feature) {
+                         page->setFeaturePermission(origin, feature, QWebEnginePage::PermissionDeniedByUser);
+                     });
+    QObject::connect(m_profile.get(), &QWebEngineProfile::downloadRequested, page,
+                     [this](QWebEngineDownloadRequest* download) {
+                         download->cancel();
+                         if (OpenOutside)
+                             OpenOutside(download->url());
+                     });
+}
+
+void WebEngineBrowser::HideActions()
+{
+    static constexpr QWebEnginePage::WebAction actions[] = {QWebEnginePage::ViewSource,
+                                                            QWebEnginePage::SavePage,
+                                                            QWebEnginePage::OpenLinkInNewTab,
+                                                            QWebEnginePage::OpenLinkInNewWindow,
+                                                            QWebEnginePage::OpenLinkInNewBackgroundTab,
+                                                            QWebEnginePage::DownloadLinkToDisk,
+                                                            QWebEnginePage::DownloadImageToDisk,
+                                                            QWebEnginePage::DownloadMediaToDisk};
+    for (const QWebEnginePage::WebAction action : actions)
+        m_view->page()->action(action)->setVisible(false);
+}
+
+void WebEngineBrowser::TellCommandState()
+{
+    const QWebEngineHistory* history = m_view->page()->history();
+    if (CommandStateChange)
+        CommandStateChange(history->canGoBack(), history->canGoForward());
+}
+
+QWidget* WebEngineBrowser::Widget()
+{
+    return m_view.get();
+}
+
+void WebEngineBrowser::Navigate(const QUrl& url)
+{
+    m_view->setUrl(url);
+}
+
+void WebEngineBrowser::GoBack()
+{
+    m_view->back();
+}
+
+void WebEngineBrowser::GoForward()
+{
+    m_view->forward();
+}
+
+void WebEngineBrowser::Stop()
+{
+    m_view->stop();
+}
+
+void WebEngineBrowser::Reload()
+{
+    m_view->reload();
+}
+
+} // namespace qb
+
+extern "C" Q_DECL_EXPORT qb::WebBrowser* quillbase_make_web_browser()
+{
+    return new qb::WebEngineBrowser;
+}

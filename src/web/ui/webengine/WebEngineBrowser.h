@@ -1,0 +1,55 @@
+#pragma once
+
+#include "web/ui/WebBrowser.h"
+
+#include <QWebEngineUrlRequestInterceptor>
+#include <QWebEngineUrlSchemeHandler>
+#include <memory>
+
+class QWebEngineProfile;
+class QWebEngineView;
+
+namespace qb {
+
+/// Gives the browser the files of the folder of web pages.
+class LocalPageHandler : public QWebEngineUrlSchemeHandler {
+public:
+    void requestStarted(QWebEngineUrlRequestJob* job) override;
+    void SetFolder(const QString& folder) { m_folder = folder; }
+
+private:
+    QString m_folder;
+};
+
+/// Keeps each page to what it may load.
+class RequestGuard : public QWebEngineUrlRequestInterceptor {
+public:
+    void interceptRequest(QWebEngineUrlRequestInfo& info) override;
+};
+
+/// The browser on Qt WebEngine. It keeps nothing of what was visited.
+class WebEngineBrowser : public WebBrowser {
+public:
+    WebEngineBrowser();
+    ~WebEngineBrowser() override;
+
+    QWidget* Widget() override;
+    void SetPages(const QString& folder) override { m_localPages.SetFolder(folder); }
+    void Navigate(const QUrl& url) override;
+    void GoBack() override;
+    void GoForward() override;
+    void Stop() override;
+    void Reload() override;
+
+private:
+    void Connect();
+    void HideActions();
+    void TellCommandState();
+
+    LocalPageHandler m_localPages;
+    RequestGuard m_guard;
+    std::unique_ptr<QWebEngineProfile> m_profile; ///< outlives the page
+    std::unique_ptr<QWebEngineView> m_view;
+};
+
+} // namespace qb
