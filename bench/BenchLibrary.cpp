@@ -5,7 +5,7 @@
 #include "platform/system/TextEncoding.h"
 #include "store/CCodeItem.h"
 #include "store/CDBCreate.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -111,8 +111,7 @@ QString BenchLibrary(int items)
     QFile::remove(interim);
     CDBCreate().CreateNewDB(interim, LanguageType::Cpp, {});
     {
-        const auto database = DBEngine::OpenDatabase(interim);
-        SetSessionValues(*database);
+        const auto database = Library::Open(interim);
         Fill(*database, items);
     }
     QFile::rename(interim, path);

@@ -5,7 +5,7 @@
 #include "platform/dao/DBEngine.h"
 #include "store/CDBCreate.h"
 #include "store/CFileObject.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -25,8 +25,7 @@ std::unique_ptr<Database> NewLibrary(const BenchHome& home)
 {
     QFile::remove(home.Library());
     CDBCreate().CreateNewDB(home.Library(), LanguageType::Cpp, {});
-    auto database = DBEngine::OpenDatabase(home.Library());
-    SetSessionValues(*database);
+    auto database = Library::Open(home.Library());
     database->Execute(u"INSERT INTO Items (ParentID, Title) VALUES (0, 'item')"_s);
     return database;
 }

@@ -3,7 +3,7 @@
 #include "maintenance/FolderImport.h"
 #include "platform/dao/DBEngine.h"
 #include "store/CDBCreate.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 
 #include <QDir>
 #include <QFile>
@@ -45,8 +45,7 @@ void ImportFolderBench(benchmark::State& state)
         QFile::remove(path);
         CDBCreate().CreateNewDB(path, LanguageType::Cpp, {});
         state.ResumeTiming();
-        const auto database = DBEngine::OpenDatabase(path);
-        SetSessionValues(*database);
+        const auto database = Library::Open(path);
         imported = ImportFolder(*database, folder, {}).Files;
     }
     state.counters["files"] = imported;

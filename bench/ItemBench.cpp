@@ -1,12 +1,12 @@
 #include "BenchLibrary.h"
 
-#include "panels/ui/ctlSmartTreeView.h"
 #include "panels/ui/NodeTreeView.h"
+#include "panels/ui/ctlSmartTreeView.h"
 #include "platform/dao/DBEngine.h"
 #include "platform/system/Prompts.h"
 #include "session/ui/frmCodeLib.h"
 #include "store/CCodeItem.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 
 #include <QAction>
 #include <QCoreApplication>
@@ -82,8 +82,7 @@ public:
 private:
     void AddBranch(const QString& path)
     {
-        const auto database = DBEngine::OpenDatabase(path);
-        SetSessionValues(*database);
+        const auto database = Library::Open(path);
         Transaction transaction(*database);
         for (int i = 0; i <= BranchSize; ++i) {
             CCodeItem item;

@@ -4,7 +4,7 @@
 #include "platform/dao/DBEngine.h"
 #include "store/CCodeItem.h"
 #include "store/CDBCreate.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -25,8 +25,7 @@ void LoadItemWithLinks(benchmark::State& state)
     const BenchHome home(u"links"_s);
     QFile::remove(home.Library());
     CDBCreate().CreateNewDB(home.Library(), LanguageType::Cpp, {});
-    const auto database = DBEngine::OpenDatabase(home.Library());
-    SetSessionValues(*database);
+    const auto database = Library::Open(home.Library());
     {
         Transaction whole(*database);
         for (int i = 0; i <= state.range(0); ++i)

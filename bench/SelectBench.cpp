@@ -6,7 +6,7 @@
 #include "session/ui/frmCodeLib.h"
 #include "store/CCodeItem.h"
 #include "store/CDBCreate.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -27,8 +27,7 @@ constexpr int ItemCount = 50;
 void MakeLibrary(const QString& path)
 {
     CDBCreate().CreateNewDB(path, LanguageType::Cpp, {});
-    const auto database = DBEngine::OpenDatabase(path);
-    SetSessionValues(*database);
+    const auto database = Library::Open(path);
     QString code;
     for (int line = 0; code.size() < CodeLength; ++line)
         code += u"    const auto value%1 = Compute(%1, factor); // line %1\r\n"_s.arg(line);

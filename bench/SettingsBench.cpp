@@ -6,7 +6,7 @@
 #include "session/ui/frmSettings.h"
 #include "store/CDBCreate.h"
 #include "store/KeywordDefiner.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "text/CTextFormat.h"
 
 #include <QCoreApplication>
@@ -41,11 +41,10 @@ public:
         QFile::remove(File);
         WriteLanguageFile(File, Definition(words));
         CDBCreate().CreateNewDB(m_home.Library(), LanguageType::Cpp, {});
-        Library = DBEngine::OpenDatabase(m_home.Library());
-        SetSessionValues(*Library);
+        Library = qb::Library::Open(m_home.Library());
     }
     QString File;
-    std::unique_ptr<Database> Library;
+    std::unique_ptr<qb::Library> Library;
 };
 
 void ImportLanguage(benchmark::State& state)

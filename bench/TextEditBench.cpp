@@ -5,7 +5,7 @@
 #include "session/ui/frmCodeLib.h"
 #include "store/CCodeItem.h"
 #include "store/CDBCreate.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "store/ShippedLanguages.h"
 #include "text/ui/CodeBox.h"
 
@@ -37,8 +37,7 @@ public:
         else
             CDBCreate().CreateNewDB(path, LanguageType::File, ShippedLanguageNamed(u"C++ (current)"_s)->Path);
         {
-            const auto database = DBEngine::OpenDatabase(path);
-            SetSessionValues(*database);
+            const auto database = Library::Open(path);
             for (int i = 0; i < 2; ++i) {
                 CCodeItem item;
                 item.Initialise(*database, {});

@@ -2,7 +2,7 @@
 
 #include "cli/Arguments.h"
 #include "cli/CommandTable.h"
-#include "cli/Library.h"
+#include "cli/OpenLibrary.h"
 #include "cli/Output.h"
 #include "maintenance/FileImport.h"
 #include "platform/richtext/RtfPlainText.h"
@@ -19,7 +19,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// The row of a stored file; raises an error when there is none.
-std::unique_ptr<CFileObject> OpenFile(Database& database, qint64 id)
+std::unique_ptr<CFileObject> OpenFile(Library& database, qint64 id)
 {
     if (database.QueryValue(u"SELECT 1 FROM Files WHERE ID = ?"_s, {id}).IsNull())
         throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no stored file %1; nothing was changed."_s.arg(id),

@@ -3,7 +3,7 @@
 #include "cli/Arguments.h"
 #include "cli/CommandTable.h"
 #include "cli/Input.h"
-#include "cli/Library.h"
+#include "cli/OpenLibrary.h"
 #include "cli/Output.h"
 #include "config/CSettings.h"
 #include "panels/TreeNodes.h"
@@ -12,7 +12,7 @@
 #include "session/LoadTree.h"
 #include "store/CCodeItem.h"
 #include "store/ItemBranch.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "store/ShippedLanguages.h"
 #include "support/DateFormatCustom.h"
 
@@ -348,7 +348,7 @@ int RemoveDeleted(const QStringList& words)
 {
     const Arguments arguments(words, {}, 1);
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
-    if (!Session().IsMotherReplica)
+    if (!database->IsMotherReplica())
         throw RuntimeError(ErrorNumber::ValueNotAllowed,
                            u"Only a mother library has items that its children have deleted; nothing was changed."_s,
                            u"RemoveDeleted"_s);

@@ -2,7 +2,7 @@
 
 #include "cli/Arguments.h"
 #include "cli/CommandTable.h"
-#include "cli/Library.h"
+#include "cli/OpenLibrary.h"
 #include "cli/Output.h"
 #include "store/KeywordDefiner.h"
 #include "store/ShippedLanguages.h"

@@ -2,13 +2,14 @@
 
 #include "cli/Arguments.h"
 #include "cli/CommandTable.h"
-#include "cli/Library.h"
+#include "cli/OpenLibrary.h"
 #include "cli/Output.h"
 #include "maintenance/FolderImport.h"
 #include "maintenance/LibraryCheck.h"
 #include "store/CDBCreate.h"
 #include "store/ShippedLanguages.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QHash>
@@ -190,7 +191,6 @@ int Check(const QStringList& words)
 {
     const Arguments arguments(words, {}, 1);
     const auto database = DBEngine::OpenDatabase(arguments.Positional(0), DBEngine::Access::ReadOnly);
-    Session().CurrentFilesFolder = FilesFolderOf(database->Name());
     const std::vector<LibraryFault> faults = CheckLibrary(*database);
     QJsonArray list;
     for (const LibraryFault& fault : faults) {

@@ -2,7 +2,7 @@
 
 #include "cli/Arguments.h"
 #include "cli/CommandTable.h"
-#include "cli/Library.h"
+#include "cli/OpenLibrary.h"
 #include "cli/Output.h"
 #include "store/CCodeItem.h"
 #include "support/ErrorRoutine.h"
@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// An item that is there; raises an error else.
-std::unique_ptr<CCodeItem> OpenItem(Database& database, qint64 id)
+std::unique_ptr<CCodeItem> OpenItem(Library& database, qint64 id)
 {
     if (database.QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {id}).IsNull())
         throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no item %1; nothing was changed."_s.arg(id),

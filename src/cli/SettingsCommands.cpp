@@ -2,7 +2,7 @@
 
 #include "cli/Arguments.h"
 #include "cli/CommandTable.h"
-#include "cli/Library.h"
+#include "cli/OpenLibrary.h"
 #include "cli/Output.h"
 #include "config/CSettings.h"
 #include "support/ErrorRoutine.h"
@@ -68,7 +68,7 @@ int Settings(const QStringList& words)
     if (verb == std::end(verbs))
         throw UsageError{u"Give list, get or set."_s};
     const Arguments arguments(words, {{"library", "LIB"}}, verb->Positional);
-    std::unique_ptr<Database> database;
+    std::unique_ptr<Library> database;
     if (arguments.Has(u"library"_s))
         database = OpenLibrary(arguments.Value(u"library"_s),
                                verb->Writes ? DBEngine::Access::ReadWrite : DBEngine::Access::ReadOnly);

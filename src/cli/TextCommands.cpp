@@ -3,7 +3,7 @@
 #include "cli/Arguments.h"
 #include "cli/CommandTable.h"
 #include "cli/Input.h"
-#include "cli/Library.h"
+#include "cli/OpenLibrary.h"
 #include "cli/Output.h"
 #include "platform/richtext/HtmlWriter.h"
 #include "platform/richtext/RichText.h"
@@ -49,7 +49,7 @@ ItemTexts TextsOf(CCodeItem& item)
 
 /// Long texts take seconds, in which others may work: the library is locked when the colours are there.
 /// False when the item has got other texts in the meantime.
-bool SaveColours(Database& database, qint64 id, const ItemTexts& texts, const ItemTexts& coloured)
+bool SaveColours(Library& database, qint64 id, const ItemTexts& texts, const ItemTexts& coloured)
 {
     Transaction transaction(database);
     RequireItem(database, id);

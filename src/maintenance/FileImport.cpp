@@ -21,8 +21,8 @@ namespace {
 /// Takes files into one item, and tells how far it is.
 class FileImport {
 public:
-    FileImport(Database& database, QString itemKey, const FileImportOptions& options)
-        : m_database(database), m_itemKey(std::move(itemKey)), m_options(options)
+    FileImport(Library& library, QString itemKey, const FileImportOptions& options)
+        : m_library(library), m_itemKey(std::move(itemKey)), m_options(options)
     {
     }
 
@@ -41,7 +41,7 @@ private:
                 StoredFileZipProgress& progress, int all)
     {
         if (!m_work)
-            m_work.emplace();
+            m_work.emplace(m_library);
         const QString archive = m_work->PackingFolder() + zipName;
         BrindletonZip m_oZipUnzip;
         m_oZipUnzip.Advance = [this](qint64 done, qint64) {
@@ -124,7 +124,7 @@ private:
 
     void Prepare(CFileObject& file, const QString& path, bool& cancelled)
     {
-        file.Initialise(m_database, {});
+        file.Initialise(m_library, {});
         file.SetCodeID(m_itemKey);
         const bool isOwn = m_work && path.startsWith(m_work->PackingFolder());
         file.SetStoredFile(QFileInfo(path).absoluteFilePath(),
@@ -147,7 +147,7 @@ private:
         m_done = m_total = 0;
         for (const QString& path : paths)
             m_total += QFileInfo(path).size();
-        const auto work = std::make_shared<PendingWork>();
+        const auto work = std::make_shared<PendingWork>(m_library);
         std::vector<std::unique_ptr<CFileObject>> files;
         const auto hide = qScopeGuard([this] { m_options.Show({}, 100); });
         for (const QString& path : paths) {
@@ -155,7 +155,7 @@ private:
             if (!files.back()->TakeIn(work, qint64(files.size())))
                 return result;
         }
-        Transaction transaction(m_database);
+        Transaction transaction(m_library);
         for (const auto& file : files) {
             file->SetTitle(NumberedName(file->Title(),
                                         [this](const QString& title) { return HasFile(title); })); // two of one name
@@ -173,13 +173,13 @@ private:
 
     bool HasFile(const QString& title)
     {
-        return !m_database
+        return !m_library
                     .QueryValue(u"SELECT 1 FROM Files WHERE CodeID = ? AND Title = ?"_s,
                                 {m_itemKey.toLongLong(), title})
                     .IsNull();
     }
 
-    Database& m_database;
+    Library& m_library;
     QString m_itemKey;
     const FileImportOptions& m_options;
     std::optional<PendingWork> m_work; ///< while archives are there
@@ -230,10 +230,10 @@ FileImportPlan PlanFileImport(const QStringList& files)
     return plan;
 }
 
-FileImportResult ImportStoredFiles(Database& database, const QString& itemKey, const FileImportPlan& plan,
+FileImportResult ImportStoredFiles(Library& library, const QString& itemKey, const FileImportPlan& plan,
                                    const FileImportOptions& options)
 {
-    return FileImport(database, itemKey, options).Run(plan);
+    return FileImport(library, itemKey, options).Run(plan);
 }
 
 } // namespace qb

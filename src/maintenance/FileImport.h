@@ -1,7 +1,7 @@
 #pragma once
 
 #include "maintenance/ArchiveProgress.h"
-#include "platform/dao/Database.h"
+#include "store/Library.h"
 
 #include <QStringList>
 #include <functional>
@@ -51,7 +51,7 @@ struct FileImportResult {
 /// Takes the files of a plan into the item of @p itemKey. Where the item has a file of that name, a
 /// number in brackets goes before the extension. Archives are made in the library's own folder first.
 /// Raises RuntimeError 75 when an archive can't be made; nothing was stored then.
-FileImportResult ImportStoredFiles(Database& database, const QString& itemKey, const FileImportPlan& plan,
+FileImportResult ImportStoredFiles(Library& library, const QString& itemKey, const FileImportPlan& plan,
                                    const FileImportOptions& options);
 
 /// @p name with ".zip" behind it unless it ends so, in whatever case.

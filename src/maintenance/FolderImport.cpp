@@ -103,8 +103,8 @@ private:
 
 class Import {
 public:
-    Import(Database& database, const FolderImportOptions& options, int total, std::vector<SkippedFile> skipped)
-        : m_database(database), m_options(options), m_total(total)
+    Import(Library& library, const FolderImportOptions& options, int total, std::vector<SkippedFile> skipped)
+        : m_library(library), m_options(options), m_total(total)
     {
         m_result.Skipped = std::move(skipped);
     }
@@ -156,7 +156,7 @@ private:
     {
         RefuseReservedTitle(title, parent);
         CCodeItem item;
-        item.Initialise(m_database, {});
+        item.Initialise(m_library, {});
         item.SetParentKey(QString::number(parent));
         item.SetTitle(title);
         item.SetCode(WithLanguageInRtf(RtfFromPlainText(code, CodeFont), language));
@@ -166,9 +166,9 @@ private:
         return item.Key().toLongLong();
     }
 
-    Database& m_database;
+    Library& m_library;
     const FolderImportOptions& m_options;
-    QString m_language = m_database.QueryValue(u"SELECT LanguageUsed FROM Properties"_s).ToText(); ///< of the library
+    QString m_language = m_library.QueryValue(u"SELECT LanguageUsed FROM Properties"_s).ToText(); ///< of the library
     int m_total;
     int m_done = 0;
     FolderImportResult m_result;
@@ -176,24 +176,24 @@ private:
 
 } // namespace
 
-FolderImportResult ImportFolder(Database& database, const QString& folder, const FolderImportOptions& options)
+FolderImportResult ImportFolder(Library& library, const QString& folder, const FolderImportOptions& options)
 {
     if (!QFileInfo(folder).isDir())
         throw RuntimeError(ErrorNumber::FileNotFound,
                            u"'%1' is not a folder; nothing was changed."_s.arg(QDir::toNativeSeparators(folder)),
                            Procedure);
     if (options.Parent != 0)
-        RequireItem(database, options.Parent); // before a long look at the folder
+        RequireItem(library, options.Parent); // before a long look at the folder
     if (!QFileInfo(folder).isReadable() || !QFileInfo(folder).isExecutable())
         throw RuntimeError(
             ErrorNumber::PathAccess,
             u"The folder '%1' can't be read; nothing was changed."_s.arg(QDir::toNativeSeparators(folder)), Procedure);
     std::vector<SkippedFile> skipped;
     const SourceFolder root = Survey(options.Globs, skipped).Read(QDir::cleanPath(folder), TitleOfFolder(folder));
-    Transaction transaction(database);
+    Transaction transaction(library);
     if (options.Parent != 0)
-        RequireItem(database, options.Parent);
-    const FolderImportResult result = Import(database, options, root.FileCount(), std::move(skipped)).Run(root);
+        RequireItem(library, options.Parent);
+    const FolderImportResult result = Import(library, options, root.FileCount(), std::move(skipped)).Run(root);
     options.BeforeCommit(result);
     transaction.Commit();
     return result;

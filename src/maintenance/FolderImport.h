@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/dao/Database.h"
 #include "platform/system/TextEncoding.h"
+#include "store/Library.h"
 
 #include <QString>
 #include <QStringList>
@@ -41,6 +41,6 @@ struct FolderImportResult {
 /// their text as code. With Globs, only folders on the way to a matching file. Links to folders
 /// are not followed. What is no text or can't be read is skipped and named. One transaction: on an error,
 /// which is raised, or a stop, the library is as it was.
-FolderImportResult ImportFolder(Database& database, const QString& folder, const FolderImportOptions& options);
+FolderImportResult ImportFolder(Library& library, const QString& folder, const FolderImportOptions& options);
 
 } // namespace qb

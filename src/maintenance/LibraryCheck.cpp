@@ -1,7 +1,7 @@
 #include "maintenance/LibraryCheck.h"
 
 #include "platform/system/Paths.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "store/SideFolders.h"
 #include "store/StoredFiles.h"
 
@@ -135,13 +135,13 @@ void CheckStoredFiles(Database& database, Faults& faults)
     }
     Statement rows = database.Query(u"SELECT ID, Title, CodeID, FileSize FROM Files ORDER BY ID"_s);
     while (rows.Step()) {
-        const QString path = StoredFilePath(rows.Long(0), rows.Text(1));
+        const QString path = StoredFilePath(FilesFolderOf(database.Name()), rows.Long(0), rows.Text(1));
         if (path.isEmpty() || !IsPlainFile(path))
             faults.push_back({Kind::MissingFile, u"Files"_s, rows.Long(0),
                               u"The stored file %1 '%2' of the item %3 is missing from '%4'."_s.arg(rows.Long(0))
                                   .arg(rows.Text(1))
                                   .arg(rows.Long(2))
-                                  .arg(QDir::toNativeSeparators(Session().CurrentFilesFolder))});
+                                  .arg(QDir::toNativeSeparators(FilesFolderOf(database.Name())))});
         else if (const qint64 size = QFileInfo(path).size(); size != rows.Long(3))
             faults.push_back({Kind::OtherSize, u"Files"_s, rows.Long(0),
                               u"The stored file %1 '%2' of the item %3 has %4 bytes in place of %5."_s.arg(rows.Long(0))

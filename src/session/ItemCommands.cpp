@@ -2,7 +2,7 @@
 
 #include "platform/system/Prompts.h"
 #include "store/ItemBranch.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "support/ErrorRoutine.h"
 
 #include <QElapsedTimer>
@@ -326,7 +326,8 @@ void ItemCommands::DeleteCodeItem()
             Prompts::Current().MsgBox({.Text = u"No Selected Record"_s, .Caption = ApplicationTitle});
             return;
         }
-        const bool orphan = (Session().IsMotherReplica || Session().IsChildReplica) && ItemTree::OrphanedItem(*node);
+        const bool orphan = (m_session.IsMotherReplica() || m_session.IsChildReplica())
+                            && ItemTree::OrphanedItem(*node);
         // The rows decide what goes: others may have added some that the tree does not show.
         const std::vector<qint64> branch = BranchOf(*m_session.CurrentDatabase, node->Id);
         const QString question = branch.size() <= 1 ? u"Delete selected item?"_s

@@ -2,7 +2,7 @@
 
 #include "platform/system/Prompts.h"
 #include "store/ItemBranch.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "support/ErrorRoutine.h"
 
 namespace qb {
@@ -30,7 +30,7 @@ bool ItemDrag::Start(TreeNode& node)
         return false;
     const bool orphan = ItemTree::OrphanedItem(node);
     const bool isFolder = orphan && node.FullPath().endsWith(OrphanedItemsTitle);
-    m_dropCancelled = (orphan && Session().IsChildReplica) || (isFolder && Session().IsMotherReplica);
+    m_dropCancelled = (orphan && m_session.IsChildReplica()) || (isFolder && m_session.IsMotherReplica());
     m_draggedNode = node.Id;
     m_dragging = true;
     m_hoverTicks = 0;
@@ -89,7 +89,7 @@ bool ItemDrag::Drop()
             if (!node || !target)
                 return false;
             const bool orphan = ItemTree::OrphanedItem(*node);
-            if (orphan && Session().IsChildReplica)
+            if (orphan && m_session.IsChildReplica())
                 return false;
             if (target->IsRoot() && node->Text == OrphanedItemsTitle) {
                 Prompts::Current().MsgBox(
@@ -101,7 +101,7 @@ bool ItemDrag::Drop()
                      .Icon = MsgBoxIcon::Information});
                 return false;
             }
-            return MoveTo(*node, *target, !orphan || Session().IsMotherReplica);
+            return MoveTo(*node, *target, !orphan || m_session.IsMotherReplica());
         },
         false);
 }
@@ -113,16 +113,16 @@ bool ItemDrag::MoveTo(TreeNode& node, TreeNode& target, bool stamp)
     const bool isCurrent = m_session.oCodeItem && m_session.oCodeItem->Key() == QString::number(node.Id);
     if (isCurrent && !m_commands.SaveItem())
         return false;
-    Database& database = *m_session.CurrentDatabase;
-    Transaction transaction(database); // others may have moved or deleted either of them
+    Library& library = *m_session.CurrentDatabase;
+    Transaction transaction(library); // others may have moved or deleted either of them
     if (!target.IsRoot())
-        RequireItem(database, target.Id);
-    if (IsInBranch(database, node.Id, target.Id))
+        RequireItem(library, target.Id);
+    if (IsInBranch(library, node.Id, target.Id))
         throw RuntimeError(ErrorNumber::NodeCycle,
                            u"The item '%1' can't be moved below itself; nothing was changed."_s.arg(node.Text),
                            ModuleName);
     CCodeItem item;
-    item.Initialise(database, QString::number(node.Id));
+    item.Initialise(library, QString::number(node.Id));
     item.SetParentKey(QString::number(target.Id));
     item.SetDontUpdateLastChangedDate(!stamp);
     item.SetItemChanged(true);

@@ -1,7 +1,7 @@
 #include "session/ItemTree.h"
 
 #include "store/ItemBranch.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "support/ErrorRoutine.h"
 
 #include <QLocale>
@@ -20,10 +20,10 @@ bool IsProblem(TreeImage image)
 }
 
 /// The images that expanding and collapsing leave alone.
-bool KeepsItsImage(TreeImage image)
+bool KeepsItsImage(TreeImage image, const SessionState& session)
 {
-    return (Session().IsMotherReplica && IsProblem(image))
-           || (Session().IsChildReplica && image == TreeImage::CONFLICT_ITEM_INFO);
+    return (session.IsMotherReplica() && IsProblem(image))
+           || (session.IsChildReplica() && image == TreeImage::CONFLICT_ITEM_INFO);
 }
 
 QString ShortDateAndTime(Date date)
@@ -120,12 +120,12 @@ void ItemTree::Decorate()
 ItemTree::ProblemItems ItemTree::MarkProblemItems()
 {
     ProblemItems problems;
-    if (!Session().IsMotherReplica && !Session().IsChildReplica)
+    if (!m_session.IsMotherReplica() && !m_session.IsChildReplica())
         return problems;
     problems.Deleted = MarkNodes(u"SELECT ID FROM Items WHERE LastChanged = 0"_s,
-                                 Session().IsChildReplica ? TreeImage::CONFLICT_ITEM_INFO : TreeImage::DELETED_ITEM);
+                                 m_session.IsChildReplica() ? TreeImage::CONFLICT_ITEM_INFO : TreeImage::DELETED_ITEM);
     // The table exists only between a synchronization and its solution.
-    if (Session().IsMotherReplica && m_session.CurrentDatabase->TableExists(u"TempItems"_s))
+    if (m_session.IsMotherReplica() && m_session.CurrentDatabase->TableExists(u"TempItems"_s))
         problems.Conflicting = MarkNodes(u"SELECT ID FROM TempItems"_s, TreeImage::CONFLICT_ITEM);
     return problems;
 }
@@ -144,7 +144,7 @@ bool ItemTree::MarkNodes(const QString& query, TreeImage image)
 
 void ItemTree::ShowWalkButtons(const ProblemItems& problems)
 {
-    const bool conflicts = Session().IsMotherReplica && (problems.Deleted || problems.Conflicting);
+    const bool conflicts = m_session.IsMotherReplica() && (problems.Deleted || problems.Conflicting);
     EnableWalks(conflicts);
     m_commands.SetEnabled(u"mnuConflictSolver"_s, conflicts && problems.Conflicting);
     m_commands.SetEnabled(u"mnuRemoveDeletedItems"_s, conflicts && problems.Deleted);
@@ -298,7 +298,7 @@ ItemTree::Permissions ItemTree::PermissionsOf(const TreeNode& node) const
     const bool deleted = node.Image == TreeImage::DELETED_ITEM;
     const bool conflict = node.Image == TreeImage::CONFLICT_ITEM;
     const bool orphan = !deleted && !conflict && OrphanedItem(node);
-    const bool locked = orphan && Session().IsChildReplica;
+    const bool locked = orphan && m_session.IsChildReplica();
     return {.Keep = deleted, .Resolve = conflict, .Orphan = orphan, .Locked = locked};
 }
 
@@ -371,8 +371,8 @@ Commands::ItemState ItemTree::StateOf(const TreeNode& node) const
             .Conflict = node.Image == TreeImage::CONFLICT_ITEM,
             .Orphan = orphan,
             .OrphanUnderRoot = orphan && node.Parent && node.Parent->IsRoot(),
-            .Exported = !Session().LastExportedDate.IsNone(),
-            .IsChildReplica = Session().IsChildReplica};
+            .Exported = !m_session.LastExportedDate().IsNone(),
+            .IsChildReplica = m_session.IsChildReplica()};
 }
 
 void ItemTree::ConnectItem()
@@ -391,8 +391,8 @@ void ItemTree::ShowItemDate(Date created, Date lastChanged)
     QString text;
     if (!lastChanged.IsNone())
         text = ShortDateAndTime(lastChanged);
-    else if (Session().IsChildReplica || !Session().IsMotherReplica)
-        text = Session().IsChildReplica ? u"Conflicting item"_s : QString();
+    else if (m_session.IsChildReplica() || !m_session.IsMotherReplica())
+        text = m_session.IsChildReplica() ? u"Conflicting item"_s : QString();
     else
         text = SelectedImage() == TreeImage::DELETED_ITEM ? u"Conflicting Deleted Item"_s : u"Conflicting item"_s;
     m_shell.SetItemDate(text, u"Item last updated. (Created on %1)"_s.arg(ShortDateAndTime(created)));
@@ -445,13 +445,13 @@ void ItemTree::NodeExpanded(TreeNode& node)
     node.Expanded = true;
     if (node.IsRoot())
         return;
-    const bool plainLibrary = !Session().IsMotherReplica && !Session().IsChildReplica;
+    const bool plainLibrary = !m_session.IsMotherReplica() && !m_session.IsChildReplica();
     TreeImage expanded = node.ExpandedImage;
-    if (plainLibrary || (Session().IsChildReplica && node.Image != TreeImage::CONFLICT_ITEM_INFO))
+    if (plainLibrary || (m_session.IsChildReplica() && node.Image != TreeImage::CONFLICT_ITEM_INFO))
         expanded = TreeImage::OPENFOLDER;
-    if (Session().IsMotherReplica && node.Image == TreeImage::FOLDER)
+    if (m_session.IsMotherReplica() && node.Image == TreeImage::FOLDER)
         expanded = TreeImage::OPENFOLDER;
-    if (Session().IsMotherReplica && IsProblem(node.Image))
+    if (m_session.IsMotherReplica() && IsProblem(node.Image))
         expanded = node.Image;
     m_view.Nodes().SetImages(node, node.Image, expanded);
     m_shell.SetStatusText(node.Text);
@@ -462,7 +462,7 @@ void ItemTree::NodeCollapsed(TreeNode& node)
     node.Expanded = false;
     if (node.IsRoot() || node.Children.empty())
         return;
-    if (!KeepsItsImage(node.Image))
+    if (!KeepsItsImage(node.Image, m_session))
         m_view.Nodes().SetImages(node, TreeImage::FOLDER, node.ExpandedImage);
     m_shell.SetStatusText(node.Text);
 }

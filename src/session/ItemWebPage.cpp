@@ -1,6 +1,6 @@
 #include "session/ItemWebPage.h"
 
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "support/ErrorRoutine.h"
 #include "web/LocalPages.h"
 #include "web/WebPages.h"
@@ -31,7 +31,7 @@ void ItemWebPage::LinksTabShown()
 void ItemWebPage::DisplayDefaultHTMLPage()
 {
     Guarded(ModuleName, u"DisplayDefaultHTMLPage"_s, [this] {
-        const QString folder = Session().CurrentHTMLFolder;
+        const QString folder = m_session.CurrentHTMLFolder();
         if (DefaultPagesMissing(folder) && !m_session.CurrentDatabase->IsReadOnly())
             CreateDefaultHTMLItems(folder);
         CCodeItem& item = *m_session.oCodeItem;

@@ -7,8 +7,8 @@
 #include "session/FileDialogs.h"
 #include "session/ItemTree.h"
 #include "session/RulesOffer.h"
+#include "store/Library.h"
 #include "store/PendingFiles.h"
-#include "store/SessionValues.h"
 #include "store/SideFolders.h"
 #include "support/ErrorRoutine.h"
 
@@ -72,7 +72,7 @@ bool LibraryList::SetupDBConnection()
                 SelectDatabase({});
                 return m_session.CurrentDatabase != nullptr;
             }
-            if (!OpenCurrent() || !Validate())
+            if (!OpenCurrent())
                 return false;
             UpdateGlobalSynchronizationVariables();
             if (!m_session.CurrentDatabase->IsReadOnly())
@@ -106,7 +106,7 @@ bool LibraryList::OpenCurrent()
 {
     for (;;) {
         try {
-            m_session.CurrentDatabase = DBEngine::OpenDatabase(m_session.CurrentDatabasePath);
+            m_session.CurrentDatabase = Library::Open(m_session.CurrentDatabasePath);
             return true;
         } catch (const RuntimeError& error) {
             if (error.Number() != ErrorNumber::FileNotFound) {
@@ -130,8 +130,7 @@ void LibraryList::ReportOpenError(const RuntimeError& error)
     }
     if (error.Number() == ErrorNumber::CannotOpen) {
         try {
-            m_session.CurrentDatabase = DBEngine::OpenDatabase(m_session.CurrentDatabasePath,
-                                                               DBEngine::Access::ReadOnly);
+            m_session.CurrentDatabase = Library::Open(m_session.CurrentDatabasePath, DBEngine::Access::ReadOnly);
             MsgBox(error.Description() + u"\nThe library is opened for reading only."_s, ApplicationTitle,
                    MsgBoxIcon::Information);
             return;
@@ -173,36 +172,20 @@ bool LibraryList::FallBackToDefaultLibrary()
     return true;
 }
 
-bool LibraryList::Validate()
-{
-    try {
-        if (IsLibrary(*m_session.CurrentDatabase))
-            return true;
-    } catch (const RuntimeError& error) {
-        CloseDatabase();
-        ReportOpenError(error);
-        return false;
-    }
-    MsgBox(u"The database you are trying to open is not a KT Quillbase database!"_s, u"Invalid Database"_s,
-           MsgBoxIcon::Exclamation);
-    CloseDatabase();
-    return false;
-}
-
 void LibraryList::UpdateGlobalSynchronizationVariables()
 {
     Guarded(ModuleName, u"UpdateGlobalSynchronizationVariables"_s, [this] {
         Database& database = *m_session.CurrentDatabase;
         const Recordset properties = database.OpenRecordset(u"Properties"_s);
         m_shell.SetStatusText(properties.IsEmpty() ? QString() : properties[u"LanguageUsed"_s].ToText());
-        SetSessionValues(database);
+        m_session.CurrentDatabase->ReadReplica();
     });
 }
 
 void LibraryList::EnableDBToolsMenu()
 {
-    m_commands.EnableDBToolsMenu(Session().IsChildReplica, Session().IsMotherReplica,
-                                 !Session().LastExportedDate.IsNone());
+    m_commands.EnableDBToolsMenu(m_session.IsChildReplica(), m_session.IsMotherReplica(),
+                                 !m_session.LastExportedDate().IsNone());
 }
 
 void LibraryList::EnableControls(bool enabled)

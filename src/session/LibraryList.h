@@ -87,7 +87,6 @@ private:
     bool OpenFirstPresent();
     bool FallBackToDefaultLibrary();
     void ReportOpenError(const RuntimeError& error);
-    bool Validate();
     void SetComboToPresentDB();
     bool SetFirstDBPresent();
     void SaveDatabasesToSettings();

@@ -9,7 +9,7 @@
 #include "session/ItemTree.h"
 #include "session/LibraryList.h"
 #include "store/CDBCreate.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "store/SideFolders.h"
 #include "support/ErrorRoutine.h"
 

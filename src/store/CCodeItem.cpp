@@ -4,7 +4,7 @@
 #include "platform/system/Clock.h"
 #include "platform/system/Prompts.h"
 #include "store/Deletions.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "support/ErrorRoutine.h"
 
 #include <algorithm>
@@ -78,7 +78,8 @@ void CCodeItem::RowRead(bool exists)
     Q_EMIT CodeLoaded(!Code().isEmpty());
     Q_EMIT NotesLoaded(!Notes().isEmpty());
     Q_EMIT UsageLoaded(!Example().isEmpty());
-    Q_EMIT FilesLoaded(!Library().QueryValue(u"SELECT 1 FROM Files WHERE CodeID = ? LIMIT 1"_s, {RowKey()}).IsNull());
+    Q_EMIT FilesLoaded(
+        !OwnLibrary().QueryValue(u"SELECT 1 FROM Files WHERE CodeID = ? LIMIT 1"_s, {RowKey()}).IsNull());
     Q_EMIT LinkLoaded(HTMLPage());
     Q_EMIT NewItemLoaded(Created(), LastChanged());
     ReadLinks(); // half of them would be written as if they were all
@@ -87,7 +88,7 @@ void CCodeItem::RowRead(bool exists)
 void CCodeItem::SetParentKey(const QString& value)
 {
     Let(ParentColumn, value.toLongLong());
-    if (Session().IsChildReplica)
+    if (HasLibrary() && OwnLibrary().IsChildReplica())
         FindMotherParent();
 }
 
@@ -98,7 +99,7 @@ void CCodeItem::FindMotherParent()
         Store(MotherParentColumn, 0);
         return;
     }
-    const Recordset row = Library().OpenRecordset(u"Items"_s, u"ID = ?"_s, {parent});
+    const Recordset row = OwnLibrary().OpenRecordset(u"Items"_s, u"ID = ?"_s, {parent});
     if (row.IsEmpty()) {
         Prompts::Current().MsgBox({.Text = u"Error - the item is being moved under non existing parent!!!"_s,
                                    .Caption = u"Error"_s,
@@ -194,14 +195,14 @@ void CCodeItem::SetText(Recordset& row, Column column, const QString& name) cons
 bool CCodeItem::InsertObject()
 {
     return Guarded(ModuleName(), u"InsertObject"_s, [this] {
-        Recordset row = Library().OpenRecordset(u"Items"_s, u"ID = 0"_s);
+        Recordset row = OwnLibrary().OpenRecordset(u"Items"_s, u"ID = 0"_s);
         row.AddNew();
         for (size_t column = 0; column < std::size(Columns); ++column) {
             const bool isMothers = column == MotherParentColumn || column == MotherRecordColumn;
             const QString name = QString::fromLatin1(Columns[column].Name);
             if (IsLongText(column))
                 SetText(row, Column(column), name);
-            else if (!isMothers || (column == MotherParentColumn && Session().IsChildReplica))
+            else if (!isMothers || (column == MotherParentColumn && OwnLibrary().IsChildReplica()))
                 row.Set(name, OwnValue(column));
         }
         row.Update();
@@ -212,10 +213,10 @@ bool CCodeItem::InsertObject()
 bool CCodeItem::UpdateObject()
 {
     return Guarded(ModuleName(), u"UpdateObject"_s, [this] {
-        Transaction whole(Library());
+        Transaction whole(OwnLibrary());
         if (m_itemChanged) {
             RequireRead();
-            Recordset row = Library().OpenRecordset(u"Items"_s, u"ID = ?"_s, {RowKey()});
+            Recordset row = OwnLibrary().OpenRecordset(u"Items"_s, u"ID = ?"_s, {RowKey()});
             row.Edit();
             WriteChanged(row);
             row.Update();
@@ -242,24 +243,24 @@ bool CCodeItem::DeleteObject()
 void CCodeItem::DeleteRow()
 {
     const qint64 id = RowKey();
-    Transaction transaction(Library());
-    Recordset row = Library().OpenRecordset(u"Items"_s, u"ID = ?"_s, {id});
+    Transaction transaction(OwnLibrary());
+    Recordset row = OwnLibrary().OpenRecordset(u"Items"_s, u"ID = ?"_s, {id});
     const Value lastChanged = row[u"LastChanged"_s];
-    const bool replicated = Session().IsChildReplica || Session().IsMotherReplica;
+    const bool replicated = OwnLibrary().IsReplicated();
     // What the other side has seen in its present form it must be told of. An ordinary library
     // has no such table and nobody to tell.
-    if (replicated && (lastChanged.IsNull() || lastChanged.ToDate() < DeletionCutOff(Library()))) {
-        Recordset deleted = Library().OpenRecordset(u"DeletedItems"_s, u"ItemID IS NULL"_s);
+    if (replicated && (lastChanged.IsNull() || lastChanged.ToDate() < DeletionCutOff(OwnLibrary()))) {
+        Recordset deleted = OwnLibrary().OpenRecordset(u"DeletedItems"_s, u"ItemID IS NULL"_s);
         deleted.AddNew();
         deleted.Set(u"ItemID"_s, id);
         deleted.Set(u"DateDeleted"_s, Clock::Now());
         deleted.Update();
     }
     row.Delete();
-    Library().Execute(u"DELETE FROM Bookmarks WHERE CodeID = ?"_s, {id});
-    Library().Execute(u"DELETE FROM Files WHERE CodeID = ?"_s, {id});
-    Library().Execute(u"DELETE FROM ItemLinks WHERE ItemID = ?"_s, {id});
-    Library().Execute(u"DELETE FROM ItemLinks WHERE LinkItemID = ?"_s, {id});
+    OwnLibrary().Execute(u"DELETE FROM Bookmarks WHERE CodeID = ?"_s, {id});
+    OwnLibrary().Execute(u"DELETE FROM Files WHERE CodeID = ?"_s, {id});
+    OwnLibrary().Execute(u"DELETE FROM ItemLinks WHERE ItemID = ?"_s, {id});
+    OwnLibrary().Execute(u"DELETE FROM ItemLinks WHERE LinkItemID = ?"_s, {id});
     transaction.Commit();
     RowDeleted();
 }

@@ -4,7 +4,7 @@
 #include "platform/system/Clock.h"
 #include "store/CCodeItem.h"
 #include "store/ItemBranch.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "support/ErrorRoutine.h"
 
 namespace qb {
@@ -20,7 +20,7 @@ void CCodeItem::ReadLinks()
 {
     m_links.Clear();
     const qint64 key = RowKey();
-    Statement outgoing = Library().Query(
+    Statement outgoing = OwnLibrary().Query(
         u"SELECT ItemLinks.ID, ItemLinks.LinkItemID, ItemLinks.Note, ItemLinks.DateUpdated, Items.Title FROM ItemLinks "
         "LEFT JOIN Items ON ItemLinks.LinkItemID = Items.ID WHERE ItemLinks.ItemID = ? ORDER BY ItemLinks.ID"_s,
         {key});
@@ -34,7 +34,7 @@ void CCodeItem::ReadLinks()
         link->DateChanged = outgoing.Column(3).ToDate();
         link->LinkedItemTitle = outgoing.Text(4); // of a deleted item: empty
     }
-    Statement incoming = Library().Query(u"SELECT ID, ItemID FROM ItemLinks WHERE LinkItemID = ?"_s, {key});
+    Statement incoming = OwnLibrary().Query(u"SELECT ID, ItemID FROM ItemLinks WHERE LinkItemID = ?"_s, {key});
     while (incoming.Step()) {
         // A link that only comes in is not this item's to show.
         if (const auto link = m_links.AddAutoResolveExisting(incoming.Long(1), LinkDirection::Right))
@@ -45,10 +45,10 @@ void CCodeItem::ReadLinks()
 /// What the mother calls a record; 0 outside a child.
 qint64 CCodeItem::MotherRecordOf(qint64 item) const
 {
-    if (!Session().IsChildReplica)
+    if (!OwnLibrary().IsChildReplica())
         return 0;
-    const Value mother = Library().QueryValue(u"SELECT MotherRecordID FROM Items WHERE ID = ?"_s, {item});
-    if (mother.IsNull() && Library().QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {item}).IsNull())
+    const Value mother = OwnLibrary().QueryValue(u"SELECT MotherRecordID FROM Items WHERE ID = ?"_s, {item});
+    if (mother.IsNull() && OwnLibrary().QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {item}).IsNull())
         throw RuntimeError(ErrorNumber::NoCurrentRecord, u"Required record missing"_s, ModuleName());
     return mother.ToLong();
 }
@@ -57,15 +57,15 @@ qint64 CCodeItem::MotherRecordOf(qint64 item) const
 qint64 CCodeItem::InsertLinkRow(qint64 from, qint64 to, const QString& note)
 {
     for (const qint64 end : {from, to}) {
-        if (end == RowKey() || !Session().IsChildReplica) // another program may have deleted it since
-            RequireItem(Library(), end);
+        if (end == RowKey() || !OwnLibrary().IsChildReplica()) // another program may have deleted it since
+            RequireItem(OwnLibrary(), end);
     }
     const Date now = Clock::Now();
-    Recordset row = Library().OpenRecordset(u"ItemLinks"_s, u"ID = 0"_s);
+    Recordset row = OwnLibrary().OpenRecordset(u"ItemLinks"_s, u"ID = 0"_s);
     row.AddNew();
     row.Set(u"ItemID"_s, from);
     row.Set(u"LinkItemID"_s, to);
-    if (Session().IsChildReplica) {
+    if (OwnLibrary().IsChildReplica()) {
         const qint64 own = RowKey();
         row.Set(u"MotherItemID"_s, from == own ? qint64(MotherRecordKey()) : MotherRecordOf(from));
         row.Set(u"MotherLinkItemID"_s, to == own ? qint64(MotherRecordKey()) : MotherRecordOf(to));
@@ -103,7 +103,7 @@ QString CCodeItem::NoteText(const QString& note) const
 void CCodeItem::DeleteLinkRow(qint64 id)
 {
     if (id != 0)
-        Library().Execute(u"DELETE FROM ItemLinks WHERE ID = ?"_s, {id});
+        OwnLibrary().Execute(u"DELETE FROM ItemLinks WHERE ID = ?"_s, {id});
 }
 
 /// Writes the rows of one link; what changes in memory by that is for later, when all are written.
@@ -112,8 +112,8 @@ CCodeItem::LinkChange CCodeItem::UpdateLink(const CLink& link)
     const qint64 own = RowKey();
     const qint64 other = link.LinkedItemId;
     const auto writeNote = [&] {
-        const qint64 written = Library().Execute(u"UPDATE ItemLinks SET Note = ?, DateUpdated = ? WHERE ID = ?"_s,
-                                                 {NoteText(link.Note), Clock::Now(), link.ID});
+        const qint64 written = OwnLibrary().Execute(u"UPDATE ItemLinks SET Note = ?, DateUpdated = ? WHERE ID = ?"_s,
+                                                    {NoteText(link.Note), Clock::Now(), link.ID});
         if (written == 0) // another program has removed it since
             InsertLinkRow(own, other, link.Note);
     };
@@ -139,7 +139,7 @@ CCodeItem::LinkChange CCodeItem::UpdateLink(const CLink& link)
 void CCodeItem::UpdateLinks()
 {
     std::vector<std::pair<std::shared_ptr<CLink>, LinkChange>> written;
-    Transaction transaction(Library());
+    Transaction transaction(OwnLibrary());
     for (const std::shared_ptr<CLink>& link : m_links.All()) {
         if (link->DirtyFlag)
             written.emplace_back(link, UpdateLink(*link));

@@ -5,8 +5,8 @@
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
+#include "store/Library.h"
 #include "store/PendingFiles.h"
-#include "store/SessionValues.h"
 #include "store/SideFolders.h"
 #include "store/StoredFiles.h"
 #include "support/ErrorRoutine.h"
@@ -100,7 +100,7 @@ void CFileObject::RequireStorableTitle() const
         throw RuntimeError(ErrorNumber::PathAccess,
                            u"The name '%1...' is too long to be stored; nothing was changed."_s.arg(title.left(60)),
                            ModuleName());
-    if (title.isEmpty() || StoredFilePath(1, title).isEmpty())
+    if (title.isEmpty() || StoredFilePath(OwnLibrary(), 1, title).isEmpty())
         throw RuntimeError(ErrorNumber::PathAccess,
                            u"'%1' is no name for a stored file; nothing was changed."_s.arg(title), ModuleName());
 }
@@ -138,7 +138,7 @@ bool CFileObject::TakeIn(std::shared_ptr<PendingWork> work, qint64 number)
 void CFileObject::Settle()
 {
     if (const std::unique_ptr<ArrivingFile> file = std::exchange(m_arriving, nullptr))
-        file->PutInPlace(StoredFilePath(RowKey(), OwnTitle()), m_replaces);
+        file->PutInPlace(StoredFilePath(OwnLibrary(), RowKey(), OwnTitle()), m_replaces);
 }
 
 bool CFileObject::PutInPlace()
@@ -149,17 +149,17 @@ bool CFileObject::PutInPlace()
 bool CFileObject::InsertObject()
 {
     return UnlessCancelled(u"InsertObject"_s, [this] {
-        const bool isWhole = !Library().InTransaction(); // the row counts once it is committed here
+        const bool isWhole = !OwnLibrary().InTransaction(); // the row counts once it is committed here
         if (!m_storedFile.isEmpty() && !m_arriving)
-            CopyStoredFile(std::make_shared<PendingWork>(), 0);
+            CopyStoredFile(std::make_shared<PendingWork>(OwnLibrary()), 0);
         if (m_arriving)
             SetSize(m_arriving->Size());
         SetDateAdded(Clock::Now());
-        Transaction transaction(Library());
-        Recordset row = Library().OpenRecordset(u"Files"_s, u"ID = 0"_s);
+        Transaction transaction(OwnLibrary());
+        Recordset row = OwnLibrary().OpenRecordset(u"Files"_s, u"ID = 0"_s);
         row.AddNew();
         for (size_t column = 0; column < std::size(Columns); ++column) {
-            if (column != MotherCodeIDColumn || Session().IsChildReplica)
+            if (column != MotherCodeIDColumn || OwnLibrary().IsChildReplica())
                 row.Set(QString::fromLatin1(Columns[column].Name), OwnValue(column));
         }
         row.Set(u"LastUpdated"_s, OwnValue(DateAddedColumn));
@@ -179,14 +179,14 @@ bool CFileObject::UpdateObject()
 {
     return UnlessCancelled(u"UpdateObject"_s, [this] {
         const bool describes = m_descriptionChanged;
-        const bool isWhole = !Library().InTransaction();
+        const bool isWhole = !OwnLibrary().InTransaction();
         GetAttributes(); // what was not read must not be written as empty
         RequireRead();
         const qint64 id = RowKey();
         if (m_fileReplaced && !m_storedFile.isEmpty() && !m_arriving)
-            CopyStoredFile(std::make_shared<PendingWork>(), 0);
-        Transaction transaction(Library());
-        Recordset row = Library().OpenRecordset(u"Files"_s, u"ID = ?"_s, {id});
+            CopyStoredFile(std::make_shared<PendingWork>(OwnLibrary()), 0);
+        Transaction transaction(OwnLibrary());
+        Recordset row = OwnLibrary().OpenRecordset(u"Files"_s, u"ID = ?"_s, {id});
         row.MoveFirst();
         row.Edit();
         WriteChanged(row);
@@ -218,8 +218,8 @@ bool CFileObject::DeleteObject()
     return Guarded(ModuleName(), u"DeleteObject"_s, [this] {
         const qint64 id = RowKey();
         StoredFileDeletion deletion;
-        Transaction transaction(Library());
-        deletion.Delete(Library(), id);
+        Transaction transaction(OwnLibrary());
+        deletion.Delete(OwnLibrary(), id);
         transaction.Commit();
         RowDeleted();
         deletion.Complete();
@@ -231,16 +231,16 @@ QString CFileObject::SaveToFile2(const QString& target)
     QString written;
     UnlessCancelled(u"SaveToFile2"_s, [&] {
         const qint64 id = RowKey();
-        const Value title = Library().QueryValue(u"SELECT Title FROM Files WHERE ID = ?"_s, {id});
+        const Value title = OwnLibrary().QueryValue(u"SELECT Title FROM Files WHERE ID = ?"_s, {id});
         if (title.IsNull())
             return;
-        if (const QString foreign = WhoseFoldersAreForeign(Library()); !foreign.isEmpty())
+        if (const QString foreign = WhoseFoldersAreForeign(OwnLibrary()); !foreign.isEmpty())
             throw RuntimeError(ErrorNumber::PathAccess, foreign, ModuleName());
-        const QString source = StoredFilePath(id, title.ToText());
+        const QString source = StoredFilePath(OwnLibrary(), id, title.ToText());
         if (!QFile::exists(source))
-            FinishPendingFiles(Library()); // it may be on its way since a power cut
+            FinishPendingFiles(OwnLibrary()); // it may be on its way since a power cut
         if (source.isEmpty() || !QFile::exists(source)) {
-            if (Library().IsReadOnly())
+            if (OwnLibrary().IsReadOnly())
                 throw RuntimeError(ErrorNumber::FileNotFound,
                                    u"The stored file '%1' is missing in the library's folder."_s.arg(title.ToText()),
                                    ModuleName());

@@ -1,25 +1,23 @@
 #include "store/Deletions.h"
 
-#include "store/SessionValues.h"
-
 #include <algorithm>
 
 namespace qb {
 
 using namespace Qt::StringLiterals;
 
-Date OwnLastSynchronized(Database& database)
+Date OwnLastSynchronized(Library& library)
 {
-    if (!Session().IsChildReplica)
+    if (!library.IsChildReplica())
         return {};
-    return database.QueryValue(u"SELECT LastSynchronized FROM Properties"_s).ToDate();
+    return library.QueryValue(u"SELECT LastSynchronized FROM Properties"_s).ToDate();
 }
 
-Date DeletionCutOff(Database& database)
+Date DeletionCutOff(Library& library)
 {
-    Date cutOff = OwnLastSynchronized(database);
-    if (Session().IsMotherReplica)
-        cutOff = std::max(cutOff, database.QueryValue(u"SELECT max(LastSynchronized) FROM ChildCopies"_s).ToDate());
+    Date cutOff = OwnLastSynchronized(library);
+    if (library.IsMotherReplica())
+        cutOff = std::max(cutOff, library.QueryValue(u"SELECT max(LastSynchronized) FROM ChildCopies"_s).ToDate());
     return cutOff;
 }
 

@@ -1,15 +1,15 @@
 #pragma once
 
-#include "platform/dao/Database.h"
+#include "store/Library.h"
 
 namespace qb {
 
 /// The moment before which a row is known to another replica, so that its deletion must be
 /// recorded for it: the later of the library's own last synchronization, in a child, and the
 /// latest of its children's, in a mother. "None" in an ordinary library.
-Date DeletionCutOff(Database& database);
+Date DeletionCutOff(Library& library);
 
 /// When a child last synchronized with its mother; "none" in any other library.
-Date OwnLastSynchronized(Database& database);
+Date OwnLastSynchronized(Library& library);
 
 } // namespace qb

@@ -4,7 +4,7 @@
 
 namespace qb {
 
-class Database;
+class Library;
 
 /// The state of a record object.
 enum class RecordState {
@@ -23,9 +23,9 @@ public:
 
     /// The record's ID as text; empty for a record that has no row yet.
     virtual QString Key() const = 0;
-    /// Attaches to a database, which must outlive the object, and to a record; an empty key means
+    /// Attaches to a library, which must outlive the object, and to a record; an empty key means
     /// a new record. Nothing is read.
-    virtual void Initialise(Database& database, const QString& key) = 0;
+    virtual void Initialise(Library& library, const QString& key) = 0;
     /// Marks the object for deletion; nothing is written yet.
     virtual void Delete() = 0;
     /// Writes what is pending. An error is reported; false means that the row is as it was.

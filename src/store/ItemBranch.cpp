@@ -2,8 +2,8 @@
 
 #include "platform/system/Paths.h"
 #include "store/CCodeItem.h"
+#include "store/Library.h"
 #include "store/PendingFiles.h"
-#include "store/SessionValues.h"
 #include "store/SideFolders.h"
 #include "store/StoredFiles.h"
 
@@ -24,14 +24,14 @@ void CommitOrRaise(CCodeItem& item, const QString& what)
 
 } // namespace
 
-void RequireItem(Database& database, qint64 id)
+void RequireItem(Library& library, qint64 id)
 {
-    if (database.QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {id}).IsNull())
+    if (library.QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {id}).IsNull())
         throw RuntimeError(ErrorNumber::ItemNotFound,
                            u"There is no item %1 in the library; nothing was changed."_s.arg(id), u"RequireItem"_s);
 }
 
-std::vector<qint64> BranchOf(Database& database, qint64 id)
+std::vector<qint64> BranchOf(Library& library, qint64 id)
 {
     std::vector<qint64> branch;
     std::unordered_set<qint64> seen;
@@ -42,36 +42,36 @@ std::vector<qint64> BranchOf(Database& database, qint64 id)
         if (!seen.insert(item).second)
             continue;
         branch.push_back(item);
-        Statement children = database.Query(u"SELECT ID FROM Items WHERE ParentID = ? ORDER BY ID DESC"_s, {item});
+        Statement children = library.Query(u"SELECT ID FROM Items WHERE ParentID = ? ORDER BY ID DESC"_s, {item});
         while (children.Step())
             waiting.push_back(children.Long(0));
     }
     return branch;
 }
 
-bool IsInBranch(Database& database, qint64 id, qint64 candidate)
+bool IsInBranch(Library& library, qint64 id, qint64 candidate)
 {
     std::unordered_set<qint64> seen;
     for (qint64 at = candidate; at != 0 && seen.insert(at).second;
-         at = database.QueryValue(u"SELECT ParentID FROM Items WHERE ID = ?"_s, {at}).ToLong()) {
+         at = library.QueryValue(u"SELECT ParentID FROM Items WHERE ID = ?"_s, {at}).ToLong()) {
         if (at == id)
             return true;
     }
     return false;
 }
 
-void DeleteBranch(Database& database, qint64 id, const std::function<void(int)>& progress)
+void DeleteBranch(Library& library, qint64 id, const std::function<void(int)>& progress)
 {
     StoredFileDeletion files;
     int done = 0;
-    Transaction transaction(database);
-    RequireItem(database, id);
-    const std::vector<qint64> branch = BranchOf(database, id);
+    Transaction transaction(library);
+    RequireItem(library, id);
+    const std::vector<qint64> branch = BranchOf(library, id);
     for (const qint64 item : branch) {
-        for (const qint64 file : StoredFilesOf(database, item))
-            files.Delete(database, file);
+        for (const qint64 file : StoredFilesOf(library, item))
+            files.Delete(library, file);
         CCodeItem row;
-        row.Initialise(database, QString::number(item));
+        row.Initialise(library, QString::number(item));
         try {
             row.DeleteRow();
         } catch (const RuntimeError& error) {
@@ -85,45 +85,45 @@ void DeleteBranch(Database& database, qint64 id, const std::function<void(int)>&
     }
     transaction.Commit();
     files.Complete();
-    if (OwnerOf(Session().CurrentHTMLFolder, Session().Identity) == FolderOwner::Another)
+    if (OwnerOf(library.HTMLFolder(), library.Identity()) == FolderOwner::Another)
         return;
     for (const qint64 item : branch) {
-        const QString page = Session().CurrentHTMLFolder + QString::number(item);
+        const QString page = library.HTMLFolder() + QString::number(item);
         if (QFile::remove(page + u".htm"_s))
             DeleteFolder(page);
     }
 }
 
-std::vector<qint64> ItemsMarkedForDelete(Database& database)
+std::vector<qint64> ItemsMarkedForDelete(Library& library)
 {
     std::vector<qint64> items;
-    Statement rows = database.Query(u"SELECT ID FROM Items WHERE LastChanged = 0"_s);
+    Statement rows = library.Query(u"SELECT ID FROM Items WHERE LastChanged = 0"_s);
     while (rows.Step())
         items.push_back(rows.Long(0));
     return items;
 }
 
-std::vector<qint64> RemoveItemsMarkedForDelete(Database& database)
+std::vector<qint64> RemoveItemsMarkedForDelete(Library& library)
 {
-    Transaction transaction(database);
-    std::vector<qint64> items = ItemsMarkedForDelete(database);
+    Transaction transaction(library);
+    std::vector<qint64> items = ItemsMarkedForDelete(library);
     for (const qint64 item : items)
-        database.Execute(u"DELETE FROM Items WHERE ID = ?"_s, {item});
+        library.Execute(u"DELETE FROM Items WHERE ID = ?"_s, {item});
     transaction.Commit();
     return items;
 }
 
-void MoveItem(Database& database, qint64 id, qint64 parent, bool stamp)
+void MoveItem(Library& library, qint64 id, qint64 parent, bool stamp)
 {
-    Transaction transaction(database); // two moves at a time could make a cycle
-    RequireItem(database, id);
+    Transaction transaction(library); // two moves at a time could make a cycle
+    RequireItem(library, id);
     if (parent != 0)
-        RequireItem(database, parent);
-    if (IsInBranch(database, id, parent))
+        RequireItem(library, parent);
+    if (IsInBranch(library, id, parent))
         throw RuntimeError(ErrorNumber::NodeCycle,
                            u"The item %1 can't be moved below itself; nothing was changed."_s.arg(id), u"MoveItem"_s);
     CCodeItem item;
-    item.Initialise(database, QString::number(id));
+    item.Initialise(library, QString::number(id));
     RefuseReservedTitle(item.Title(), parent);
     item.SetParentKey(QString::number(parent));
     item.SetDontUpdateLastChangedDate(!stamp);

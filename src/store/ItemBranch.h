@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/dao/Database.h"
+#include "store/Library.h"
 
 #include <QString>
 #include <functional>
@@ -9,26 +9,26 @@
 namespace qb {
 
 /// Raises an error when the library has no such item.
-void RequireItem(Database& database, qint64 id);
+void RequireItem(Library& library, qint64 id);
 
 /// The item and everything below it, each parent before its children. A cycle in damaged rows
 /// is walked once.
-std::vector<qint64> BranchOf(Database& database, qint64 id);
+std::vector<qint64> BranchOf(Library& library, qint64 id);
 
 /// True when @p candidate is @p id or stands below it.
-bool IsInBranch(Database& database, qint64 id, qint64 candidate);
+bool IsInBranch(Library& library, qint64 id, qint64 candidate);
 
 /// Deletes an item and everything below it, with stored files and pages, in one transaction;
 /// files on disk go once it is committed. @p progress gets the number of items done. Raises the
 /// first error, with the library as it was.
-void DeleteBranch(Database& database, qint64 id, const std::function<void(int done)>& progress = {});
+void DeleteBranch(Library& library, qint64 id, const std::function<void(int done)>& progress = {});
 
 /// The items that wait for removal: a child has deleted them, or they are in conflict at the mother.
-std::vector<qint64> ItemsMarkedForDelete(Database& database);
+std::vector<qint64> ItemsMarkedForDelete(Library& library);
 
 /// Removes the rows of those items in one transaction, and nothing else: no deletion is recorded,
 /// stored files, bookmarks, links and items below are left as they are, deliberately. Returns them.
-std::vector<qint64> RemoveItemsMarkedForDelete(Database& database);
+std::vector<qint64> RemoveItemsMarkedForDelete(Library& library);
 
 /// The title that is reserved, directly under the root, for the items that a synchronization
 /// leaves without a parent.
@@ -37,7 +37,7 @@ inline const QString OrphanedItemsTitle = QStringLiteral("Orphaned Items");
 /// Puts an item, with everything below it, under another parent (0: the root) and, with @p stamp, stamps
 /// it as changed. Raises an error, with the library as it was, when there is no such item or parent,
 /// when the parent stands below the item, or the place is reserved.
-void MoveItem(Database& database, qint64 id, qint64 parent, bool stamp = true);
+void MoveItem(Library& library, qint64 id, qint64 parent, bool stamp = true);
 
 /// Raises an error when an item of that title must not be put under @p parent.
 void RefuseReservedTitle(const QString& title, qint64 parent);

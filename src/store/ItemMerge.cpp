@@ -1,8 +1,8 @@
 #include "store/ItemMerge.h"
 
-#include "platform/dao/Database.h"
 #include "platform/richtext/RtfPlainText.h"
 #include "platform/system/Prompts.h"
+#include "store/Library.h"
 
 #include <algorithm>
 
@@ -68,7 +68,7 @@ Side SideOf(const CCodeItem& item, const RowObject::ForeignChange& change)
 
 class Merge {
 public:
-    Merge(CCodeItem& item, Database& database) : m_item(item), m_database(database) {}
+    Merge(CCodeItem& item, Library& library) : m_item(item), m_database(library) {}
 
     MergedSave Run()
     {
@@ -139,11 +139,11 @@ private:
 
 } // namespace
 
-MergedSave SaveMerged(CCodeItem& item, Database& database)
+MergedSave SaveMerged(CCodeItem& item, Library& library)
 {
     if (!item.ItemChanged() || item.ReadFailed())
         return {.Saved = item.Commit(), .Taken = {}};
-    return Merge(item, database).Run();
+    return Merge(item, library).Run();
 }
 
 } // namespace qb

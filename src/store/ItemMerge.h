@@ -16,6 +16,6 @@ struct MergedSave {
 /// here is taken from the row. What was changed on both sides is kept as it is here, but for texts: there
 /// the user is asked, with both side by side. Colours alone are no change of a text of code. Raises 3167
 /// when the row is gone.
-MergedSave SaveMerged(CCodeItem& item, Database& database);
+MergedSave SaveMerged(CCodeItem& item, Library& library);
 
 } // namespace qb

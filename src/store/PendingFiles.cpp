@@ -5,7 +5,7 @@
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/RuntimeError.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "store/SideFolders.h"
 #include "store/StoredFiles.h"
 #include "support/ErrorRoutine.h"
@@ -98,8 +98,7 @@ void MoveToPlace(const QString& path, const QString& place)
 }
 
 /// Finishes or takes back what a work that is over left under the name @p path.
-void FinishPendingFile(Database& database, const QString& path, const QString& kind, qint64 id,
-                       const QString& titleMark)
+void FinishPendingFile(Library& library, const QString& path, const QString& kind, qint64 id, const QString& titleMark)
 {
     if (!QFile::exists(path) && !QFileInfo(path).isSymLink())
         return; // it has got to its place since
@@ -112,10 +111,10 @@ void FinishPendingFile(Database& database, const QString& path, const QString& k
         return;
     }
     const Value title = kind == u"adding"_s ? Value()
-                                            : database.QueryValue(u"SELECT Title FROM Files WHERE ID = ?"_s, {id});
+                                            : library.QueryValue(u"SELECT Title FROM Files WHERE ID = ?"_s, {id});
     // A row that still has another title was not committed.
     const bool isOther = !titleMark.isEmpty() && titleMark != TitleMark(title.ToText());
-    const QString place = title.IsNull() || isOther ? QString() : StoredFilePath(id, title.ToText());
+    const QString place = title.IsNull() || isOther ? QString() : StoredFilePath(library, id, title.ToText());
     if (place.isEmpty()) {
         QFile::remove(path);
     } else {
@@ -125,9 +124,10 @@ void FinishPendingFile(Database& database, const QString& path, const QString& k
 
 } // namespace
 
-PendingWork::PendingWork() : m_folder(Session().CurrentFilesFolder), m_mark(QUuid::createUuid().toString(QUuid::Id128))
+PendingWork::PendingWork(const Library& library)
+    : m_folder(library.FilesFolder()), m_libraryPath(library.Name()), m_mark(QUuid::createUuid().toString(QUuid::Id128))
 {
-    ClaimFolder(m_folder, Session().Identity);
+    ClaimFolder(m_folder, library.Identity());
     const QByteArray path = QFile::encodeName(m_folder + LockName(m_mark));
     struct stat state {};
     do {
@@ -178,7 +178,7 @@ ArrivingFile::ArrivingFile(std::shared_ptr<PendingWork> work, qint64 number, con
     if (!moves || !RenameFile(source, name))
         CopyFileContents(source, name, progress);
     m_path = name;
-    KeepNoMoreRightsThan(Session().LibraryPath, name);
+    KeepNoMoreRightsThan(m_work->LibraryPath(), name);
 }
 
 ArrivingFile::~ArrivingFile()
@@ -215,15 +215,15 @@ StoredFileDeletion::~StoredFileDeletion()
         RenameFile(file.Leaving, file.Place);
 }
 
-void StoredFileDeletion::Delete(Database& database, qint64 id)
+void StoredFileDeletion::Delete(Library& library, qint64 id)
 {
-    const DeletedFileRow row = DeleteStoredFileRow(database, id);
+    const DeletedFileRow row = DeleteStoredFileRow(library, id);
     m_lacksMotherRecord = m_lacksMotherRecord || row.LacksMotherRecord;
-    const bool isForeign = OwnerOf(Session().CurrentFilesFolder, Session().Identity) == FolderOwner::Another;
+    const bool isForeign = OwnerOf(library.FilesFolder(), library.Identity()) == FolderOwner::Another;
     if (isForeign || row.Place.isEmpty() || !QFile::exists(row.Place))
         return;
     if (!m_work)
-        m_work.emplace();
+        m_work.emplace(library);
     const QString leaving = m_work->LeavingName(id);
     if (!RenameFile(row.Place, leaving))
         throw RuntimeError(
@@ -239,19 +239,19 @@ void StoredFileDeletion::Complete()
         QFile::remove(file.Leaving);
     m_moved.clear();
     if (std::exchange(m_lacksMotherRecord, false)) // now that nobody waits for the library
-        Prompts::Current().MsgBox({.Text = u"Missing valid MotherRecordID in Files table in replica database. "
+        Prompts::Current().MsgBox({.Text = u"Missing valid MotherRecordID in Files table in replica library. "
                                            "(CFileObject; DeleteObject subroutine)"_s,
                                    .Caption = u"Error"_s,
                                    .Icon = MsgBoxIcon::Critical});
 }
 
-void FinishPendingFiles(Database& database)
+void FinishPendingFiles(Library& library)
 {
-    if (database.IsReadOnly() || OwnerOf(Session().CurrentFilesFolder, Session().Identity) == FolderOwner::Another)
+    if (library.IsReadOnly() || OwnerOf(library.FilesFolder(), library.Identity()) == FolderOwner::Another)
         return;
     static const QRegularExpression pending(u"^\\.(?:(adding|arriving|leaving|packing)-([0-9a-f]{32})-(\\d+)"
                                             "(?:-([0-9a-f]{8}))?|working-([0-9a-f]{32}))$"_s);
-    const QDir folder(Session().CurrentFilesFolder);
+    const QDir folder(library.FilesFolder());
     QHash<QString, bool> underWay; // by mark
     for (const QString& name : folder.entryList({u".*"_s}, QDir::Files | QDir::Dirs | QDir::Hidden | QDir::System)) {
         const QRegularExpressionMatch match = pending.match(name);
@@ -263,7 +263,7 @@ void FinishPendingFiles(Database& database)
         if (underWay[mark] || match.captured(1).isEmpty())
             continue;
         try {
-            FinishPendingFile(database, folder.filePath(name), match.captured(1), match.captured(3).toLongLong(),
+            FinishPendingFile(library, folder.filePath(name), match.captured(1), match.captured(3).toLongLong(),
                               match.captured(4));
         } catch (const RuntimeError& error) { // it waits for another time, and keeps nobody from the others
             HandleError(error.Number(), error.Description(), u"PendingFiles"_s, u"FinishPendingFiles"_s, error.Source(),

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/dao/Database.h"
+#include "store/Library.h"
 
 #include <QString>
 #include <functional>
@@ -17,11 +17,12 @@ namespace qb {
 class PendingWork {
 public:
     /// Raises RuntimeError 75 when nothing can be written in the folder.
-    PendingWork();
+    explicit PendingWork(const Library& library);
     ~PendingWork();
     PendingWork(const PendingWork&) = delete;
     PendingWork& operator=(const PendingWork&) = delete;
 
+    const QString& LibraryPath() const { return m_libraryPath; }
     /// For a file that has no row yet; @p number tells those of one work apart.
     QString AddingName(qint64 number = 0) const { return NameOf(QStringLiteral("adding"), number); }
     /// For the file of a row that is being committed with this title.
@@ -35,6 +36,7 @@ private:
     QString NameOf(const QString& kind, qint64 id) const;
 
     QString m_folder;
+    QString m_libraryPath;
     QString m_mark;
     int m_lock = -1;
 };
@@ -72,7 +74,7 @@ public:
 
     /// Deletes a row and takes its file from its place, if there is one. Raises RuntimeError 75 when it
     /// can't be moved.
-    void Delete(Database& database, qint64 id);
+    void Delete(Library& library, qint64 id);
     /// The transaction is committed: the files are gone. Tells the user when the mother of this library
     /// can't be told of one.
     void Complete();
@@ -90,6 +92,6 @@ private:
 /// After a process ended in the middle of its work: gives each row that was committed its file, and
 /// removes the files of rows that were not, or were deleted. What is under way is left alone, and all of
 /// a library that is open for reading only.
-void FinishPendingFiles(Database& database);
+void FinishPendingFiles(Library& library);
 
 } // namespace qb

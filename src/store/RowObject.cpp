@@ -1,6 +1,6 @@
 #include "store/RowObject.h"
 
-#include "platform/dao/Database.h"
+#include "store/Library.h"
 #include "support/ErrorRoutine.h"
 
 namespace qb {
@@ -21,11 +21,11 @@ void RowObject::InitialiseProperties()
         m_cells[i].Own = m_cells[i].Read = AsHeld({}, m_columns[i].Holds);
 }
 
-void RowObject::Initialise(Database& database, const QString& key)
+void RowObject::Initialise(Library& library, const QString& key)
 {
     Guarded(m_module, u"IDataObject_Initialise"_s, [&] {
         InitialiseProperties();
-        m_database = &database;
+        m_library = &library;
         m_key = key;
         m_state = key.isEmpty() ? RecordState::New : RecordState::Clean;
     });
@@ -68,7 +68,7 @@ Value RowObject::AsHeld(const Value& value, RowColumn::Kind kind)
 
 RowObject::Row RowObject::ReadRow() const
 {
-    const TableDef& table = m_database->GetTableDef(m_table);
+    const TableDef& table = m_library->GetTableDef(m_table);
     QStringList names;
     for (const RowColumn& column : m_columns) {
         const QString name = QString::fromLatin1(column.Name);
@@ -78,8 +78,8 @@ RowObject::Row RowObject::ReadRow() const
                                m_module);
         names << (isThere ? Quoted(name) : u"NULL"_s);
     }
-    Statement found = m_database->Query(u"SELECT %1 FROM %2 WHERE ID = ?"_s.arg(names.join(u", "_s), Quoted(m_table)),
-                                        {RowKey()});
+    Statement found = m_library->Query(u"SELECT %1 FROM %2 WHERE ID = ?"_s.arg(names.join(u", "_s), Quoted(m_table)),
+                                       {RowKey()});
     if (!found.Step())
         return {};
     Row row(m_columns.size());
@@ -92,7 +92,7 @@ RowObject::Row RowObject::ReadRow() const
 
 void RowObject::GetAttributes()
 {
-    if (m_attributesLoaded || !m_database || (m_state != RecordState::Clean && m_state != RecordState::Edited))
+    if (m_attributesLoaded || !m_library || (m_state != RecordState::Clean && m_state != RecordState::Edited))
         return;
     m_attributesLoaded = true; // at once, so that what is told of the row can't start it again
     m_readFailed = !Guarded(m_module, u"GetAttributes"_s, [this] {
@@ -137,7 +137,7 @@ void RowObject::TakeTheirs(const ForeignChange& change)
 
 void RowObject::WriteChanged(Recordset& row) const
 {
-    const TableDef& table = m_database->GetTableDef(m_table);
+    const TableDef& table = m_library->GetTableDef(m_table);
     for (size_t i = 0; i < m_cells.size(); ++i) {
         const QString name = QString::fromLatin1(m_columns[i].Name);
         const bool isThere = !m_columns[i].Optional || table.FindField(name);

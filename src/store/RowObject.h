@@ -33,7 +33,7 @@ class RowObject : public IDataObject {
 public:
     // IDataObject
     QString Key() const override { return m_key; }
-    void Initialise(Database& database, const QString& key) override;
+    void Initialise(Library& library, const QString& key) override;
     void Delete() override { m_state = RecordState::MarkedForDelete; }
     bool Commit() override;
 
@@ -72,8 +72,8 @@ protected:
     virtual bool DeleteObject() = 0;
 
     const QString& ModuleName() const { return m_module; }
-    Database& Library() const { return *m_database; }
-    bool HasLibrary() const { return m_database; }
+    Library& OwnLibrary() const { return *m_library; }
+    bool HasLibrary() const { return m_library; }
     qint64 RowKey() const { return m_key.toLongLong(); }
 
     /// Reads the row, once, where there is one.
@@ -124,7 +124,7 @@ private:
     QString m_module;
     QString m_table;
     std::span<const RowColumn> m_columns;
-    Database* m_database = nullptr;
+    Library* m_library = nullptr;
     RecordState m_state = RecordState::Clean;
     bool m_attributesLoaded = false;
     bool m_readFailed = false;

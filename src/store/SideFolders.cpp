@@ -3,7 +3,7 @@
 #include "platform/dao/DBEngine.h"
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 
 #include <QDir>
 #include <QFile>

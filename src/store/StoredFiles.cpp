@@ -2,7 +2,6 @@
 
 #include "platform/system/Clock.h"
 #include "store/Deletions.h"
-#include "store/SessionValues.h"
 
 #include <QFile>
 #include <sys/stat.h>
@@ -15,24 +14,24 @@ namespace {
 
 /// The ID by which the other side knows a file: its mother's for a child. Null when the other
 /// side can't be told.
-Value IdForTheOtherSide(Database& database, const Recordset& row, bool& lacksMotherRecord)
+Value IdForTheOtherSide(Library& library, const Recordset& row, bool& lacksMotherRecord)
 {
-    if (!Session().IsChildReplica)
+    if (!library.IsChildReplica())
         return row[u"ID"_s];
     const qint64 motherRecord = row[u"MotherRecordID"_s].ToLong();
-    if (Session().IsMotherReplica)
-        return row[u"DateAdded"_s].ToDate() < OwnLastSynchronized(database) ? Value(motherRecord) : Value();
+    if (library.IsMotherReplica())
+        return row[u"DateAdded"_s].ToDate() < OwnLastSynchronized(library) ? Value(motherRecord) : Value();
     lacksMotherRecord = motherRecord <= 0;
     return lacksMotherRecord ? Value() : Value(motherRecord);
 }
 
 } // namespace
 
-QString StoredFilePath(qint64 id, const QString& title)
+QString StoredFilePath(const QString& filesFolder, qint64 id, const QString& title)
 {
     if (title.contains(u'/') || title.contains(u'\\') || title.contains(QChar(u'\0')))
         return {};
-    return Session().CurrentFilesFolder + QString::number(id) + u" - "_s + title;
+    return filesFolder + QString::number(id) + u" - "_s + title;
 }
 
 bool IsPlainFile(const QString& path)
@@ -41,25 +40,25 @@ bool IsPlainFile(const QString& path)
     return ::lstat(QFile::encodeName(path).constData(), &state) == 0 && S_ISREG(state.st_mode);
 }
 
-QString ReadableStoredFile(qint64 id, const QString& title)
+QString ReadableStoredFile(const Library& library, qint64 id, const QString& title)
 {
-    const QString path = StoredFilePath(id, title);
+    const QString path = StoredFilePath(library, id, title);
     return IsPlainFile(path) ? path : QString();
 }
 
-DeletedFileRow DeleteStoredFileRow(Database& database, qint64 id)
+DeletedFileRow DeleteStoredFileRow(Library& library, qint64 id)
 {
-    Recordset row = database.OpenRecordset(u"Files"_s, u"ID = ?"_s, {id});
+    Recordset row = library.OpenRecordset(u"Files"_s, u"ID = ?"_s, {id});
     if (row.IsEmpty())
         return {};
-    DeletedFileRow deletion{.Place = StoredFilePath(id, row[u"Title"_s].ToText())};
+    DeletedFileRow deletion{.Place = StoredFilePath(library, id, row[u"Title"_s].ToText())};
     const Value added = row[u"DateAdded"_s];
-    const bool replicated = Session().IsChildReplica || Session().IsMotherReplica;
+    const bool replicated = library.IsReplicated();
     // A file has no changes to merge: what counts is whether the other side has seen it.
-    if (replicated && (added.IsNull() || added.ToDate() < DeletionCutOff(database))) {
-        Recordset deleted = database.OpenRecordset(u"DeletedFiles"_s, u"ItemID IS NULL"_s);
+    if (replicated && (added.IsNull() || added.ToDate() < DeletionCutOff(library))) {
+        Recordset deleted = library.OpenRecordset(u"DeletedFiles"_s, u"ItemID IS NULL"_s);
         deleted.AddNew();
-        deleted.Set(u"ItemID"_s, IdForTheOtherSide(database, row, deletion.LacksMotherRecord));
+        deleted.Set(u"ItemID"_s, IdForTheOtherSide(library, row, deletion.LacksMotherRecord));
         deleted.Set(u"DateDeleted"_s, Clock::Now());
         deleted.Update();
     }
@@ -67,10 +66,10 @@ DeletedFileRow DeleteStoredFileRow(Database& database, qint64 id)
     return deletion;
 }
 
-std::vector<qint64> StoredFilesOf(Database& database, qint64 itemId)
+std::vector<qint64> StoredFilesOf(Library& library, qint64 itemId)
 {
     std::vector<qint64> ids;
-    Statement rows = database.Query(u"SELECT ID FROM Files WHERE CodeID = ?"_s, {itemId});
+    Statement rows = library.Query(u"SELECT ID FROM Files WHERE CodeID = ?"_s, {itemId});
     while (rows.Step())
         ids.push_back(rows.Long(0));
     return ids;

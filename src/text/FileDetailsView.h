@@ -7,7 +7,7 @@ class QWidget;
 
 namespace qb {
 
-class Database;
+class Library;
 class RichTextBox;
 
 /// What the details panel needs of the page that lists an item's stored files.
@@ -17,7 +17,7 @@ public:
 
     virtual QWidget* Page() = 0;
     /// Lists the files of the item of this key.
-    virtual void Initialise(Database& database, const QString& key) = 0;
+    virtual void Initialise(Library& library, const QString& key) = 0;
     /// No item is shown any more.
     virtual void Terminate() = 0;
     virtual bool Locked() const = 0;

@@ -6,7 +6,7 @@
 namespace qb {
 
 class CCodeItem;
-class Database;
+class Library;
 
 /// The tabs of the details panel, by number.
 enum class DetailsTab { Code = 1, Notes = 2, Usage = 3, Files = 4, Links = 5, Info = 6 };
@@ -17,14 +17,14 @@ public:
     virtual ~ItemDetailsView() = default;
 
     /// Shows an item; null shows the welcome page. @p database is null when no library is open.
-    virtual void Initialise(Database* database, CCodeItem* item) = 0;
+    virtual void Initialise(Library* library, CCodeItem* item) = 0;
     /// The tree is being replaced: what is shown belongs to no node any more.
     virtual void TreeReplaced() = 0;
     /// What is shown can't be changed.
     virtual void SetLocked(bool locked) = 0;
     virtual bool Locked() const = 0;
     /// A library was opened: its colours and keywords are used from now on.
-    virtual void FormatingInitialize(Database& database) = 0;
+    virtual void FormatingInitialize(Library& library) = 0;
 
     // Which tabs have content
     virtual void SetCodeEnabled(bool hasContent) = 0;

@@ -1,7 +1,7 @@
 #include "maintenance/LibraryCheck.h"
 #include "platform/dao/DBEngine.h"
+#include "store/Library.h"
 #include "store/PendingFiles.h"
-#include "store/SessionValues.h"
 #include "support/FolderContents.h"
 #include "support/LibraryBuilder.h"
 #include "support/TestRun.h"
@@ -90,7 +90,7 @@ class TestAttack : public QObject {
         AddItem(*database, 0, u"three"_s);
         database->Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID) VALUES (1, 2)"_s);
         AddStoredFile(*database, one, u"stored.bin"_s, QByteArray(20000, 's'), {});
-        WriteFile(Session().CurrentFilesFolder + u".library"_s, Session().Identity.toUtf8());
+        WriteFile(database->FilesFolder() + u".library"_s, database->Identity().toUtf8());
     }
 
     Attacked Run(const AttackedCommand& command, const QStringList& variables)
@@ -120,8 +120,7 @@ class TestAttack : public QObject {
     State Look()
     {
         State state;
-        const auto database = DBEngine::OpenDatabase(m_work + u"/lib.qbd"_s);
-        SetSessionValues(*database);
+        const auto database = Library::Open(m_work + u"/lib.qbd"_s);
         FinishPendingFiles(*database);
         const std::pair<QString, QString> tables[] = {
             {u"Items"_s, u"ID, ParentID, Title, Code, Notes, Example, CodeHeaders"_s},

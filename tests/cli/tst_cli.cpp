@@ -215,7 +215,7 @@ private Q_SLOTS:
         QCOMPARE(Cli({u"settings"_s, u"set"_s, u"defaultfontname"_s, u"Sans Serif"_s}).Status, 0);
         QCOMPARE(Cli({u"settings"_s, u"get"_s, u"DefaultFontName"_s}).Out, u"Sans Serif\n"_s);
         QCOMPARE(Cli({u"settings"_s, u"set"_s, u"DBShared"_s, u"true"_s, u"--library"_s, m_library}).Status, 0);
-        const auto database = DBEngine::OpenDatabase(m_library);
+        const auto database = Library::Open(m_library);
         QCOMPARE(database->QueryValue(u"SELECT SharedDatabase FROM Properties"_s).ToBoolean(), true);
         QCOMPARE(Cli({u"settings"_s, u"get"_s, u"DBShared"_s, u"--library"_s, m_library, u"--json"_s})
                      .Object()[u"DBShared"_s],
@@ -466,7 +466,7 @@ private Q_SLOTS:
     void folderOfOrphans_canBeDescribed()
     {
         NewLibrary();
-        const auto database = DBEngine::OpenDatabase(m_library);
+        const auto database = Library::Open(m_library);
         database->Execute(u"INSERT INTO Items (Title) VALUES ('Orphaned Items')"_s);
         QCOMPARE(Cli({u"set"_s, m_library, u"1"_s, u"--description"_s, u"waiting"_s}).Status, 0);
         QCOMPARE(Field(1, u"description"_s), u"waiting\n"_s);
@@ -503,7 +503,7 @@ private Q_SLOTS:
         AddItem(u"lost"_s);
         AddItem(u"self"_s);
         {
-            const auto database = DBEngine::OpenDatabase(m_library);
+            const auto database = Library::Open(m_library);
             database->Execute(u"UPDATE Items SET ParentID = 77 WHERE ID = 1"_s);
             database->Execute(u"UPDATE Items SET ParentID = 2 WHERE ID = 2"_s);
         }
@@ -523,7 +523,7 @@ private Q_SLOTS:
     void libraryInUse_isNotChanged()
     {
         NewLibrary();
-        const auto database = DBEngine::OpenDatabase(m_library);
+        const auto database = Library::Open(m_library);
         database->BeginTrans();
         database->Execute(u"PRAGMA user_version = 1"_s);
         const Outcome outcome = Cli({u"add"_s, m_library, u"--title"_s, u"t"_s});

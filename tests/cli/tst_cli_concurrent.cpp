@@ -52,7 +52,7 @@ class TestCliConcurrent : public QObject {
     Q_OBJECT
 
     std::unique_ptr<TemporaryHome> m_home;
-    std::unique_ptr<Database> m_library;
+    std::unique_ptr<Library> m_library;
 
     /// Lets all get as far as they get while the library is locked, and then go on.
     QList<Outcome> Together(const QList<Command>& commands)

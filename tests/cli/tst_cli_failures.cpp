@@ -1,5 +1,5 @@
 #include "platform/dao/DBEngine.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "support/CliRun.h"
 #include "support/LibraryBuilder.h"
 #include "support/TestRun.h"
@@ -32,7 +32,7 @@ class TestCliFailures : public QObject {
     /// The table can't be read any more.
     void DamageTable(const QString& table)
     {
-        const qint64 page = DBEngine::OpenDatabase(m_library)
+        const qint64 page = Library::Open(m_library)
                                 ->QueryValue(u"SELECT rootpage FROM sqlite_schema WHERE name = ? AND type = 'table'"_s,
                                              {table})
                                 .ToLong();
@@ -151,8 +151,7 @@ private Q_SLOTS:
 
     void numbersThatAreUsedUp_areSaidSo()
     {
-        DBEngine::OpenDatabase(m_library)->Execute(
-            u"UPDATE sqlite_sequence SET seq = 2147483647 WHERE name = 'Items'"_s);
+        Library::Open(m_library)->Execute(u"UPDATE sqlite_sequence SET seq = 2147483647 WHERE name = 'Items'"_s);
         const Outcome outcome = Cli({u"add"_s, m_library, u"--parent"_s, u"0"_s, u"--title"_s, u"new"_s});
         QCOMPARE(outcome.Status, 1);
         QVERIFY2(outcome.Error.contains(u"no numbers left"_s), qPrintable(outcome.Error));
@@ -208,7 +207,7 @@ private Q_SLOTS:
         arguments.replaceInStrings(u"FOLDER"_s, m_home->Path(u"source"_s));
         arguments.insert(1, m_library);
         const auto rows = [this] {
-            const auto database = DBEngine::OpenDatabase(m_library, DBEngine::Access::ReadOnly);
+            const auto database = Library::Open(m_library, DBEngine::Access::ReadOnly);
             return CountOf(*database, u"Items"_s) * 1000 + CountOf(*database, u"Files"_s);
         };
         const Outcome outcome = CliTo(u"/dev/full"_s, arguments);

@@ -1,6 +1,6 @@
 #include "platform/archive/BrindletonZip.h"
 #include "platform/dao/DBEngine.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "store/StoredFiles.h"
 #include "support/CliRun.h"
 #include "support/LibraryBuilder.h"
@@ -252,13 +252,13 @@ private:
     /// Each row has its whole file, and there is nothing else.
     void CheckFiles()
     {
-        const auto database = DBEngine::OpenDatabase(m_library);
-        SetSessionValues(*database);
+        const auto database = Library::Open(m_library);
+        database->ReadReplica();
         QStringList expected;
         Statement rows = database->Query(u"SELECT ID, Title, FileSize FROM Files ORDER BY ID"_s);
         while (rows.Step()) {
             expected << rows.Text(0) + u" - "_s + rows.Text(1);
-            if (QFileInfo(StoredFilePath(rows.Long(0), rows.Text(1))).size() != rows.Long(2))
+            if (QFileInfo(StoredFilePath(*database, rows.Long(0), rows.Text(1))).size() != rows.Long(2))
                 QTest::qFail("a stored file is not whole", __FILE__, __LINE__);
         }
         QStringList names = Names();

@@ -1,7 +1,7 @@
 // Languages on the command line: those that come with the program, and the one of an item.
 
-#include "platform/dao/DBEngine.h"
 #include "platform/richtext/Rtf.h"
+#include "store/Library.h"
 #include "support/CliRun.h"
 #include "support/TestRun.h"
 
@@ -126,7 +126,7 @@ private Q_SLOTS:
     {
         Cli({u"new"_s, m_library, u"--language"_s, u"python"_s});
         QCOMPARE(Cli({u"check"_s, m_library}).Status, 0);
-        DBEngine::OpenDatabase(m_library)->Execute(u"INSERT INTO LanguageRules (Rules) VALUES ('line: #')"_s);
+        Library::Open(m_library)->Execute(u"INSERT INTO LanguageRules (Rules) VALUES ('line: #')"_s);
         const Outcome outcome = Cli({u"check"_s, m_library});
         QCOMPARE(outcome.Status, 1);
         QVERIFY(outcome.Out.contains(u"LanguageRules has 2 rows"_s));

@@ -71,7 +71,7 @@ private Q_SLOTS:
     void colorize_usesTheKeywordsOfTheLibrary()
     {
         MakeItem("mine dim\n", {});
-        DBEngine::OpenDatabase(m_library)->Execute(u"INSERT INTO Keywords (Keyword, Coloured) VALUES ('MINE', -1)"_s);
+        Library::Open(m_library)->Execute(u"INSERT INTO Keywords (Keyword, Coloured) VALUES ('MINE', -1)"_s);
         QCOMPARE(PlainTextFromRtf(Cli({u"colorize"_s, m_library, u"1"_s}).Out), u"MINE Dim\r\n"_s);
     }
 

@@ -597,7 +597,7 @@ private Q_SLOTS:
     void readOnlyLibrary_isNotWritten()
     {
         const QString path = m_library->Name();
-        m_library = DBEngine::OpenDatabase(path, DBEngine::Access::ReadOnly);
+        m_library = qb::Library::Open(path, DBEngine::Access::ReadOnly);
         CSettings settings(Source());
         settings.SetDBBackupPeriod(99);
         settings.SetTipsOnStartup(false);
@@ -647,7 +647,7 @@ private:
     std::unique_ptr<TemporaryHome> m_home;
     std::unique_ptr<FixedClock> m_clock;
     std::unique_ptr<ScriptedPrompts> m_prompts;
-    std::unique_ptr<Database> m_library;
+    std::unique_ptr<Library> m_library;
 };
 
 QB_TEST_MAIN(TestCSettings)

@@ -14,7 +14,6 @@ private Q_SLOTS:
     {
         FailOnWarnings();
         Begin();
-        SetSessionValues(*m_database);
         WriteFile(In(u"a.txt"_s), "alpha");
         WriteFile(In(u"b.txt"_s), "beta");
     }
@@ -248,8 +247,8 @@ private Q_SLOTS:
         const QString library = m_home->Path(u"data/QBLib.qbd"_s);
         QVERIFY(QFile::setPermissions(library, QFileDevice::ReadOwner | QFileDevice::ReadUser | QFileDevice::ReadGroup
                                                    | QFileDevice::ReadOther));
-        for (const QString& folder : {m_home->Path(), m_home->Path(u"data"_s), m_home->Path(u"config"_s),
-                                      Session().CurrentFilesFolder.chopped(1)}) {
+        for (const QString& folder :
+             {m_home->Path(), m_home->Path(u"data"_s), m_home->Path(u"config"_s), FilesFolder().chopped(1)}) {
             if (QFile::exists(folder))
                 QVERIFY(QFile::setPermissions(folder, QFileDevice::Permissions(0x7777)));
         }

@@ -1,6 +1,6 @@
-#include "panels/ui/frmImportType.h"
 #include "panels/ui/FilePreview.h"
 #include "panels/ui/StoredFileList.h"
+#include "panels/ui/frmImportType.h"
 #include "platform/archive/BrindletonZip.h"
 #include "support/FileSizeLimit.h"
 #include "support/FilesWindow.h"
@@ -35,7 +35,6 @@ private Q_SLOTS:
     {
         FailOnWarnings();
         Begin();
-        SetSessionValues(*m_database);
         WriteFile(In(u"a.txt"_s), QByteArray("int main() { return 0; }\n").repeated(40));
         WriteFile(In(u"b.txt"_s), "beta");
         WriteFile(In(u"archive.zip"_s), "x");
@@ -575,11 +574,11 @@ private:
         QByteArray m_before;
     };
 
-    static QStringList Names(const QString& stored)
+    QStringList Names(const QString& stored)
     {
         QStringList names;
         BrindletonZip zip;
-        for (const ArchiveEntry& entry : zip.Entries(Session().CurrentFilesFolder + stored))
+        for (const ArchiveEntry& entry : zip.Entries(FilesFolder() + stored))
             names << entry.Name;
         return names;
     }

@@ -1,8 +1,8 @@
-#include "platform/dao/DBEngine.h"
 #include "platform/richtext/Rtf.h"
 #include "session/ui/SampleBox.h"
 #include "store/CDBCreate.h"
 #include "store/ItemBranch.h"
+#include "store/Library.h"
 #include "store/LibraryLanguage.h"
 #include "store/ShippedLanguages.h"
 #include "support/EditingWindow.h"
@@ -102,7 +102,7 @@ private Q_SLOTS:
         const QString path = m_home->Path(u"data/py.qbd"_s);
         QVERIFY(CDBCreate().CreateNewDB(path, LanguageType::File, ShippedLanguageNamed(u"Python"_s)->Path));
         {
-            const auto python = DBEngine::OpenDatabase(path);
+            const auto python = Library::Open(path);
             AddItem(*python, 0, u"a"_s, u"def f(x): # yes\r\n    return 'no'"_s);
         }
         Open();
@@ -720,7 +720,7 @@ private Q_SLOTS:
         const QString path = m_home->Path(u"data/plain.qbd"_s);
         {
             QVERIFY(CDBCreate().CreateNewDB(path, LanguageType::VB, {}));
-            const auto plain = DBEngine::OpenDatabase(path);
+            const auto plain = Library::Open(path);
             AddItem(*plain, 0, u"b"_s, u"int x; // y"_s);
         }
         m_prompts->ExpectFileName(u"Select a Quillbase Library Database"_s, path);

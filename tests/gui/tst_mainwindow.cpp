@@ -304,7 +304,7 @@ private Q_SLOTS:
     void lostParent_isReportedAndTheWindowGoesOn()
     {
         MakeDefaultLibrary();
-        DBEngine::OpenDatabase(DefaultLibrary())->Execute(u"UPDATE Items SET ParentID = 99 WHERE ID = 3"_s);
+        Library::Open(DefaultLibrary())->Execute(u"UPDATE Items SET ParentID = 99 WHERE ID = 3"_s);
         m_prompts->ExpectError();
         Open();
         QVERIFY(m_prompts->Errors.first().contains(u"99"_s));
@@ -318,8 +318,8 @@ private Q_SLOTS:
     {
         MakeDefaultLibrary();
         Open();
-        DBEngine::OpenDatabase(DefaultLibrary())->Execute(u"DROP TABLE Bookmarks"_s);
-        DBEngine::OpenDatabase(DefaultLibrary())->Execute(u"ALTER TABLE Items RENAME TO Gone"_s);
+        Library::Open(DefaultLibrary())->Execute(u"DROP TABLE Bookmarks"_s);
+        Library::Open(DefaultLibrary())->Execute(u"ALTER TABLE Items RENAME TO Gone"_s);
         m_prompts->ExpectError();
         m_prompts->ExpectError();
         Action(u"mnuViewRefresh"_s)->trigger();
@@ -345,12 +345,12 @@ private Q_SLOTS:
     {
         MakeDefaultLibrary();
         const FixedClock clock(Date::FromParts(2026, 3, 31));
-        DBEngine::OpenDatabase(DefaultLibrary())
+        Library::Open(DefaultLibrary())
             ->Execute(u"UPDATE Properties SET LastOpened = ?"_s, {Date::FromParts(2026, 3, 1)});
         Open();
         QVERIFY(m_window->close());
         QVERIFY(!m_window->CurrentDatabase());
-        const auto database = DBEngine::OpenDatabase(DefaultLibrary());
+        const auto database = Library::Open(DefaultLibrary());
         QCOMPARE(database->QueryValue(u"SELECT BackupOnExitUsedDays FROM Properties"_s).ToLong(), 1);
         QCOMPARE(database->QueryValue(u"SELECT LastOpened FROM Properties"_s).ToDate(), clock.Now());
     }
@@ -371,7 +371,7 @@ private Q_SLOTS:
         const QString copy = m_home->Path(u"data/KTSStartupBackup.qbd"_s);
         WriteFile(copy, "of the session before");
         Open();
-        QCOMPARE(DBEngine::OpenDatabase(copy)->QueryValue(u"SELECT count(*) FROM Items"_s).ToLong(), 3);
+        QCOMPARE(Library::Open(copy)->QueryValue(u"SELECT count(*) FROM Items"_s).ToLong(), 3);
         QVERIFY(m_window->CurrentDatabase());
     }
 

@@ -418,7 +418,7 @@ private:
 
     std::unique_ptr<TemporaryHome> m_home;
     std::unique_ptr<ScriptedPrompts> m_prompts;
-    std::unique_ptr<Database> m_database;
+    std::unique_ptr<Library> m_database;
     std::unique_ptr<CSettings> m_settings;
     std::unique_ptr<frmSettings> m_dialog;
 };

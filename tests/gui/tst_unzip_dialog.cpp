@@ -24,7 +24,6 @@ private Q_SLOTS:
     {
         FailOnWarnings();
         Begin();
-        SetSessionValues(*m_database);
         WriteFile(m_home->Path(u"in/a.txt"_s), "alpha");
         WriteFile(m_home->Path(u"in/sub/b.txt"_s), QByteArray("beta\n").repeated(500));
         BrindletonZip zip;

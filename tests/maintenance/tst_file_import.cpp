@@ -2,8 +2,8 @@
 #include "platform/archive/BrindletonZip.h"
 #include "platform/dao/DBEngine.h"
 #include "platform/system/RuntimeError.h"
+#include "store/Library.h"
 #include "store/PendingFiles.h"
-#include "store/SessionValues.h"
 #include "support/FileSizeLimit.h"
 #include "support/LibraryBuilder.h"
 #include "support/ScriptedPrompts.h"
@@ -215,10 +215,10 @@ private Q_SLOTS:
 
     void archivesOfAKilledProcess_goWithTheNextOpening()
     {
-        const QString folder = Session().CurrentFilesFolder;
+        const QString folder = m_database->FilesFolder();
         QVERIFY(QDir().mkpath(folder + u".packing-0123456789abcdef0123456789abcdef-0"_s));
         WriteFile(folder + u".packing-0123456789abcdef0123456789abcdef-0/half.zip"_s, "half");
-        PendingWork living;
+        PendingWork living(*m_database);
         WriteFile(living.PackingFolder() + u"mine.zip"_s, "mine");
         FinishPendingFiles(*m_database);
         QVERIFY(QFile::exists(living.PackingFolder() + u"mine.zip"_s));
@@ -231,8 +231,8 @@ private:
     {
         return QDir(m_home->Path(u"in ö"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
     }
-    QString Place(const QString& name) const { return Session().CurrentFilesFolder + name; }
-    QStringList Stored() const { return StoredNames(Session().CurrentFilesFolder); }
+    QString Place(const QString& name) const { return m_database->FilesFolder() + name; }
+    QStringList Stored() const { return StoredNames(m_database->FilesFolder()); }
     FileImportResult Import(const QStringList& names)
     {
         QStringList files;
@@ -251,7 +251,7 @@ private:
 
     std::unique_ptr<TemporaryHome> m_home;
     std::unique_ptr<ScriptedPrompts> m_prompts;
-    std::unique_ptr<Database> m_database;
+    std::unique_ptr<Library> m_database;
     QString m_item;
     QStringList m_shown;
     FileImportOptions m_options;

@@ -52,7 +52,7 @@ private:
     }
 
     std::optional<TemporaryHome> m_home;
-    std::unique_ptr<Database> m_library;
+    std::unique_ptr<Library> m_library;
 
 private Q_SLOTS:
     void init()

@@ -1,6 +1,6 @@
 #include "maintenance/LibraryCheck.h"
 #include "platform/dao/DBEngine.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "support/LibraryBuilder.h"
 #include "support/TestRun.h"
 
@@ -32,7 +32,7 @@ private:
     }
 
     std::optional<TemporaryHome> m_home;
-    std::unique_ptr<Database> m_library;
+    std::unique_ptr<Library> m_library;
     qint64 m_a = 0, m_b = 0, m_c = 0;
 
 private Q_SLOTS:
@@ -105,19 +105,19 @@ private Q_SLOTS:
     {
         const qint64 there = AddStoredFile(*m_library, m_b, u"there.txt"_s, "x", {});
         const qint64 gone = AddStoredFile(*m_library, m_b, u"weg ü.txt"_s, "x", {});
-        QVERIFY(there != gone && QFile::remove(Session().CurrentFilesFolder + u"%1 - weg ü.txt"_s.arg(gone)));
+        QVERIFY(there != gone && QFile::remove(m_library->FilesFolder() + u"%1 - weg ü.txt"_s.arg(gone)));
         QCOMPARE(
             Faults(),
             QStringList{u"missing-file Files %1: The stored file %1 'weg ü.txt' of the item %2 is missing from '%3'."_s
                             .arg(gone)
                             .arg(m_b)
-                            .arg(QDir::toNativeSeparators(Session().CurrentFilesFolder))});
+                            .arg(QDir::toNativeSeparators(m_library->FilesFolder()))});
     }
 
     void folderInPlaceOfAStoredFile_isAMissingFile()
     {
         const qint64 file = AddStoredFile(*m_library, m_b, u"x"_s, "x", {});
-        const QString path = Session().CurrentFilesFolder + u"%1 - x"_s.arg(file);
+        const QString path = m_library->FilesFolder() + u"%1 - x"_s.arg(file);
         QVERIFY(QFile::remove(path) && QDir().mkpath(path));
         QCOMPARE(CheckLibrary(*m_library).size(), size_t(1));
     }
@@ -167,7 +167,7 @@ private Q_SLOTS:
     {
         Execute(u"PRAGMA foreign_keys = OFF"_s);
         Execute(u"INSERT INTO Files (ID, CodeID, Title, FileSize) VALUES (9, 4711, 'x', 1)"_s);
-        WriteFile(Session().CurrentFilesFolder + u"9 - x"_s, "x");
+        WriteFile(m_library->FilesFolder() + u"9 - x"_s, "x");
         QCOMPARE(Faults(),
                  QStringList{u"damage Files 9: The row 9 of Files refers to a row of Items that does not exist."_s});
     }
@@ -182,7 +182,7 @@ private Q_SLOTS:
         QVERIFY(title > 0);
         bytes[title] = 'q';
         WriteFile(path, bytes);
-        m_library = DBEngine::OpenDatabase(path);
+        m_library = Library::Open(path);
         const std::vector<LibraryFault> faults = CheckLibrary(*m_library);
         QVERIFY(!faults.empty());
         QCOMPARE(faults[0].What, LibraryFault::Kind::Damage);

@@ -229,7 +229,7 @@ private Q_SLOTS:
     void libraryThatBecomesReadOnly_refusesEveryChange()
     {
         Fill();
-        Database& database = *s->State.CurrentDatabase;
+        Library& database = *s->State.CurrentDatabase;
         const QString shape = s->Shape();
         const QStringList rows = Texts(database, u"SELECT ID || ParentID || Title || coalesce(Code, '') FROM Items"_s);
         s->Click(u"a"_s);
@@ -659,7 +659,7 @@ private Q_SLOTS:
     void removeDeletedItems_removesTheirRowsAndNothingElse()
     {
         FillMother();
-        Database& database = *s->State.CurrentDatabase;
+        Library& database = *s->State.CurrentDatabase;
         const qint64 gone = s->Node(u"gone"_s).Id;
         AddItem(database, gone, u"below"_s);
         s->Tree.FillTree();
@@ -796,7 +796,7 @@ private:
     /// a(a1 a2) b
     void Fill()
     {
-        Database& database = s->OpenLibrary();
+        Library& database = s->OpenLibrary();
         const qint64 a = AddItem(database, 0, u"a"_s);
         AddItem(database, a, u"a1"_s);
         AddItem(database, a, u"a2"_s);
@@ -811,7 +811,7 @@ private:
         s->State.oCodeItem.reset();
         s->State.CurrentDatabase.reset();
         QFile::remove(s->Home.Path(u"Bäume und Äste.qbd"_s));
-        Database& database = s->OpenLibrary();
+        Library& database = s->OpenLibrary();
         AddItem(database, 0, u"a"_s);
         const qint64 folder = AddItem(database, 0, u"Orphaned Items"_s);
         AddItem(database, folder, u"orphan"_s);
@@ -822,7 +822,7 @@ private:
     /// gone, which waits for removal, and stays, in a mother
     void FillMother()
     {
-        Database& database = s->OpenLibrary();
+        Library& database = s->OpenLibrary();
         const qint64 gone = AddItem(database, 0, u"gone"_s);
         AddItem(database, 0, u"stays"_s);
         MakeMother(database, Date());

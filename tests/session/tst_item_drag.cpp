@@ -265,7 +265,7 @@ private:
     /// a(a1 a2) b Orphaned Items(orphan)
     void Fill()
     {
-        Database& database = s->OpenLibrary();
+        Library& database = s->OpenLibrary();
         const qint64 a = AddItem(database, 0, u"a"_s);
         AddItem(database, a, u"a1"_s);
         AddItem(database, a, u"a2"_s);

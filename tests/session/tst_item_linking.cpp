@@ -14,7 +14,7 @@ private Q_SLOTS:
     {
         FailOnWarnings();
         s = std::make_unique<TestSession>();
-        Database& database = s->OpenLibrary();
+        Library& database = s->OpenLibrary();
         for (const QString& title : {u"source"_s, u"target"_s, u"folder"_s})
             m_ids[title] = AddItem(database, 0, title);
         s->State.oCodeItem = std::make_unique<CCodeItem>();

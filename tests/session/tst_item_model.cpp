@@ -1,6 +1,6 @@
 #include "maintenance/LibraryCheck.h"
-#include "platform/dao/DBEngine.h"
 #include "store/ItemBranch.h"
+#include "store/Library.h"
 #include "support/ErrorRoutine.h"
 #include "support/RichTextDescription.h"
 #include "support/TestSession.h"
@@ -313,7 +313,7 @@ public:
         const QString path = s.State.CurrentDatabase->Name();
         s.State.oCodeItem.reset();
         s.State.CurrentDatabase.reset();
-        s.State.CurrentDatabase = DBEngine::OpenDatabase(path);
+        s.State.CurrentDatabase = Library::Open(path);
         for (const LibraryFault& fault : CheckLibrary(*s.State.CurrentDatabase))
             Check(false, fault.Text);
         s.Tree.FillTree();
@@ -384,7 +384,7 @@ private:
 
     void AddToLibrary(qint64 parent, const QString& title)
     {
-        Database& library = *s.State.CurrentDatabase;
+        Library& library = *s.State.CurrentDatabase;
         const qint64 id = AddItem(library, parent, title, u"code of "_s + title);
         library.Execute(u"UPDATE Items SET Notes = ? WHERE ID = ?"_s, {u"notes %1"_s.arg(id), id});
         plain.Items[id] = {.Parent = parent,

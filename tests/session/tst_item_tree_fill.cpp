@@ -14,7 +14,7 @@ private:
     /// tree: branch (leaf A, leaf b), empty
     void FillSmallLibrary()
     {
-        Database& library = s->OpenLibrary();
+        Library& library = s->OpenLibrary();
         m_branch = AddItem(library, 0, u"branch"_s);
         m_leafB = AddItem(library, m_branch, u"leaf b"_s);
         m_leafA = AddItem(library, m_branch, u"Leaf A"_s);
@@ -26,7 +26,7 @@ private:
     void Mark(qint64 id) { Execute(u"UPDATE Items SET LastChanged = 0 WHERE ID = ?"_s, {id}); }
     void AddConflict(qint64 id)
     {
-        Database& library = *s->State.CurrentDatabase;
+        Library& library = *s->State.CurrentDatabase;
         if (!library.TableExists(u"TempItems"_s))
             CDBCreate(&library).Create_TblDef_Items(true, u"TempItems"_s);
         Execute(u"INSERT INTO TempItems (ID, Title) VALUES (?, 'conflict')"_s, {id});
@@ -135,7 +135,7 @@ private Q_SLOTS:
 
     void statement_isAnsweredByTheCoveringIndex()
     {
-        Database& library = s->OpenLibrary();
+        Library& library = s->OpenLibrary();
         QStringList plan;
         Statement rows = library.Query(u"EXPLAIN QUERY PLAN "_s + ItemTree::TreeQuery());
         while (rows.Step())

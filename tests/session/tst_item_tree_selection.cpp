@@ -19,7 +19,7 @@ private:
 
     void Fill(Role role)
     {
-        Database& library = s->OpenLibrary();
+        Library& library = s->OpenLibrary();
         m_branch = AddItem(library, 0, u"branch"_s);
         m_leaf = AddItem(library, m_branch, u"leaf"_s, u"code"_s);
         const qint64 orphans = AddItem(library, 0, OrphanedItemsTitle);

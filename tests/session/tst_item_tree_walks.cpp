@@ -30,7 +30,7 @@ private Q_SLOTS:
     {
         FailOnWarnings();
         s.emplace();
-        Database& library = s->OpenLibrary();
+        Library& library = s->OpenLibrary();
         const qint64 a = AddItem(library, 0, u"a"_s);
         AddItem(library, a, u"a1"_s);
         const qint64 a2 = AddItem(library, a, u"a2"_s);

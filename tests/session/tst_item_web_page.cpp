@@ -14,7 +14,7 @@ private Q_SLOTS:
     {
         FailOnWarnings();
         s = std::make_unique<TestSession>();
-        Database& database = s->OpenLibrary();
+        Library& database = s->OpenLibrary();
         m_item = AddItem(database, 0, u"item"_s);
         AddItem(database, 0, u"other"_s);
         s->State.oCodeItem = std::make_unique<CCodeItem>();
@@ -32,8 +32,8 @@ private Q_SLOTS:
         s->Click(u"item"_s);
         m_page->LinksTabShown();
         QCOMPARE(s->Details.Addresses, QStringList{u"quillbase-page://library/default2.htm"_s});
-        QVERIFY(QFile::exists(Session().CurrentHTMLFolder + u"default2.htm"_s)); // made because it was missing
-        QVERIFY(QFile::exists(Session().CurrentHTMLFolder + u"default.htm"_s));
+        QVERIFY(QFile::exists(s->State.CurrentHTMLFolder() + u"default2.htm"_s)); // made because it was missing
+        QVERIFY(QFile::exists(s->State.CurrentHTMLFolder() + u"default.htm"_s));
     }
 
     void itemWithPage_showsIt()
@@ -101,7 +101,7 @@ private Q_SLOTS:
     }
 
 private:
-    QString PageFile() const { return Session().CurrentHTMLFolder + QString::number(m_item) + u".htm"_s; }
+    QString PageFile() const { return s->State.CurrentHTMLFolder() + QString::number(m_item) + u".htm"_s; }
     void GivePage()
     {
         WriteFile(PageFile(), "<p>page</p>");

@@ -1,4 +1,4 @@
-#include "platform/dao/DBEngine.h"
+#include "store/Library.h"
 #include "support/TestSession.h"
 
 #include <QDir>
@@ -319,7 +319,7 @@ private Q_SLOTS:
         QVERIFY(s->State.moHistory->Keys().isEmpty());
         QVERIFY(!s->State.oCodeItem);
         QCOMPARE(s->Details.Item, nullptr);
-        QCOMPARE(Session().CurrentFilesFolder, s->Home.Path(u"two_Files/"_s));
+        QCOMPARE(s->State.CurrentDatabase->FilesFolder(), s->Home.Path(u"two_Files/"_s));
         QVERIFY(!s->Enabled(u"BACK"_s) && !s->Enabled(u"FORWARD"_s));
     }
 
@@ -343,14 +343,14 @@ private Q_SLOTS:
     void replicaState_isReadWithTheLibrary()
     {
         const QString one = s->LibraryFile(u"one.qbd"_s), two = s->LibraryFile(u"two.qbd"_s);
-        MakeChild(*DBEngine::OpenDatabase(two), u"/Mütter/m.qbd"_s, s->Time.Now());
-        DBEngine::OpenDatabase(two)->Execute(u"UPDATE Properties SET LastExported = 77"_s);
+        MakeChild(*Library::Open(two), u"/Mütter/m.qbd"_s, s->Time.Now());
+        Library::Open(two)->Execute(u"UPDATE Properties SET LastExported = 77"_s);
         QVERIFY(s->Start(u"%1|One;%2|Two;"_s.arg(one, two)));
-        QVERIFY(!Session().IsChildReplica && s->Enabled(u"mnuDBToolsCreateReplicaItem"_s));
+        QVERIFY(!s->State.CurrentDatabase->IsChildReplica() && s->Enabled(u"mnuDBToolsCreateReplicaItem"_s));
         s->Shell.SetComboIndex(1);
-        QVERIFY(Session().IsChildReplica && !s->Enabled(u"mnuDBToolsCreateReplicaItem"_s));
+        QVERIFY(s->State.CurrentDatabase->IsChildReplica() && !s->Enabled(u"mnuDBToolsCreateReplicaItem"_s));
         QVERIFY(s->Enabled(u"mnuDBToolsSynchronizeItem"_s));
-        QCOMPARE(Session().LastExportedDate.Seconds(), 77);
+        QCOMPARE(s->State.CurrentDatabase->LastExportedDate().Seconds(), 77);
     }
 };
 

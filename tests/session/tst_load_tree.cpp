@@ -11,7 +11,7 @@ class TestLoadTree : public QObject {
 
 private:
     TemporaryHome m_home;
-    std::unique_ptr<Database> m_library;
+    std::unique_ptr<Library> m_library;
 
 private Q_SLOTS:
     void init()

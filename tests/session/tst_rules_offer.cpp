@@ -1,8 +1,8 @@
 // A library whose language came with the program before languages had rules.
 
-#include "platform/dao/DBEngine.h"
 #include "session/RulesOffer.h"
 #include "store/CDBCreate.h"
+#include "store/Library.h"
 #include "store/LibraryLanguage.h"
 #include "store/ShippedLanguages.h"
 #include "support/ScriptedPrompts.h"
@@ -21,7 +21,7 @@ private:
     {
         const QString path = home.Path(u"old.qbd"_s);
         CDBCreate().CreateNewDB(path, LanguageType::VB, {});
-        auto database = DBEngine::OpenDatabase(path);
+        auto database = Library::Open(path);
         database->Execute(u"UPDATE Properties SET LanguageUsed = ?, CommentColour = 77"_s, {language});
         database->Execute(u"DELETE FROM Keywords"_s);
         for (const QString& word : {u"if"_s, u"elif"_s, u"myword"_s})
@@ -78,7 +78,7 @@ private Q_SLOTS:
         const TemporaryHome home;
         const ScriptedPrompts prompts;
         OldLibrary(home).reset();
-        QVERIFY(!OfferRules(*DBEngine::OpenDatabase(home.Path(u"old.qbd"_s), DBEngine::Access::ReadOnly)));
+        QVERIFY(!OfferRules(*Library::Open(home.Path(u"old.qbd"_s), DBEngine::Access::ReadOnly)));
     }
 };
 

@@ -1,5 +1,5 @@
 #include "store/CCodeItem.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "support/ErrorRoutine.h"
 #include "support/LibraryBuilder.h"
 #include "support/ScriptedPrompts.h"
@@ -108,7 +108,7 @@ private:
 
     TemporaryHome m_home;
     FixedClock m_clock;
-    std::unique_ptr<Database> m_library;
+    std::unique_ptr<Library> m_library;
     qint64 m_id = 0;
 
 private Q_SLOTS:
@@ -309,7 +309,9 @@ private Q_SLOTS:
 
     void childWithoutTheMothersColumns_isReadAllTheSame()
     {
-        Session().IsChildReplica = true;
+        MakeChild(*m_library, u"/m.qbd"_s, Date::FromSeconds(100));
+        for (const QString& column : {u"MotherParentID"_s, u"MotherRecordID"_s})
+            m_library->DeleteField(u"Items"_s, column);
         const auto item = Item(m_id);
         QCOMPARE(item->MotherParentKey(), 0);
         QCOMPARE(item->Title(), u"Größe"_s);
@@ -471,7 +473,7 @@ private Q_SLOTS:
     void parentOfAChildsItem_isTranslatedForTheMother()
     {
         QFETCH(int, motherRecord);
-        MakeChild(*m_library, u"/m.qbd"_s, m_clock.Now());
+        MakeChild(*m_library, u"/m.qbd"_s, Date::FromSeconds(100));
         const qint64 parent = AddItem(*m_library, 0, u"parent"_s);
         m_library->Execute(u"UPDATE Items SET MotherRecordID = ? WHERE ID = ?"_s, {qMax(motherRecord, -1), parent});
         m_library->Execute(u"UPDATE Items SET MotherParentID = 99 WHERE ID = ?"_s, {m_id});
@@ -482,7 +484,7 @@ private Q_SLOTS:
 
     void missingParentInAChild_isSaidAndLeavesTheMothersParent()
     {
-        MakeChild(*m_library, u"/m.qbd"_s, m_clock.Now());
+        MakeChild(*m_library, u"/m.qbd"_s, Date::FromSeconds(100));
         m_library->Execute(u"UPDATE Items SET MotherParentID = 99"_s);
         const auto item = Item(m_id);
         ScriptedPrompts prompts;

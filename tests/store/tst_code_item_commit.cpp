@@ -1,5 +1,5 @@
 #include "store/CCodeItem.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "support/ErrorRoutine.h"
 #include "support/LibraryBuilder.h"
 #include "support/ScriptedPrompts.h"
@@ -57,7 +57,7 @@ private:
 
     std::optional<TemporaryHome> m_home;
     std::optional<FixedClock> m_clock;
-    std::unique_ptr<Database> m_library;
+    std::unique_ptr<Library> m_library;
     qint64 m_id = 0;
 
 private Q_SLOTS:
@@ -293,7 +293,9 @@ private Q_SLOTS:
 
     void childWithoutTheMothersColumns_isUpdatedAllTheSame()
     {
-        Session().IsChildReplica = true;
+        MakeChild(*m_library, u"/m.qbd"_s, Date::FromSeconds(100));
+        for (const QString& column : {u"MotherParentID"_s, u"MotherRecordID"_s})
+            m_library->DeleteField(u"Items"_s, column);
         const auto item = Item(m_id);
         item->SetTitle(u"other"_s);
         item->SetItemChanged(true);

@@ -1,7 +1,7 @@
 #include "platform/dao/DBEngine.h"
 #include "store/CFileObject.h"
+#include "store/Library.h"
 #include "store/PendingFiles.h"
-#include "store/SessionValues.h"
 #include "store/StoredFiles.h"
 #include "support/ErrorRoutine.h"
 #include "support/LibraryBuilder.h"
@@ -57,7 +57,7 @@ private Q_SLOTS:
         QCOMPARE(file.State(), RecordState::Clean);
         QCOMPARE(file.Key(), u"1"_s);
         QCOMPARE(Names(), QStringList{u"1 - größe a.zip"_s});
-        QCOMPARE(ReadFile(StoredFilePath(1, u"größe a.zip"_s)), "contents");
+        QCOMPARE(ReadFile(StoredFilePath(*m_database, 1, u"größe a.zip"_s)), "contents");
         CFileObject again = Open(1);
         QCOMPARE(again.CodeID(), QString::number(m_item));
         QCOMPARE(again.Title(), u"größe a.zip"_s);
@@ -202,7 +202,7 @@ private Q_SLOTS:
         file.SetStoredFile(m_home->Path(u"in/b.txt"_s));
         QVERIFY(file.Commit());
         QCOMPARE(Names(), (QStringList{u"1 - b.txt"_s, u"1 - größe a.zip"_s}));
-        QCOMPARE(ReadFile(StoredFilePath(1, u"b.txt"_s)), "new contents");
+        QCOMPARE(ReadFile(StoredFilePath(*m_database, 1, u"b.txt"_s)), "new contents");
         QCOMPARE(Open(1).Size(), 8); // is not refreshed, nor is the date
         QCOMPARE(Open(1).OrigDateTime(), Date::FromParts(2025, 7, 8, 9, 10, 11));
     }
@@ -215,7 +215,7 @@ private Q_SLOTS:
         m_prompts->ExpectError();
         QVERIFY(!file.Commit());
         QCOMPARE(AllNames(), QStringList{u"1 - größe a.zip"_s});
-        QCOMPARE(ReadFile(StoredFilePath(1, u"größe a.zip"_s)), "contents");
+        QCOMPARE(ReadFile(StoredFilePath(*m_database, 1, u"größe a.zip"_s)), "contents");
     }
 
     void newTitleAlone_losesTheFile()
@@ -258,7 +258,7 @@ private Q_SLOTS:
     {
         QFETCH(bool, yes);
         Add();
-        QVERIFY(QFile::remove(StoredFilePath(1, u"größe a.zip"_s)));
+        QVERIFY(QFile::remove(StoredFilePath(*m_database, 1, u"größe a.zip"_s)));
         WriteFile(m_home->Path(u"out.zip"_s), "before");
         m_prompts->ExpectMsgBox(u"Update database?"_s, yes ? MsgBoxResult::Yes : MsgBoxResult::No);
         QCOMPARE(Open(1).SaveToFile2(m_home->Path(u"out.zip"_s)), QString());
@@ -285,7 +285,7 @@ private Q_SLOTS:
     void deletedRow_whoseFileIsGone_goesWithoutAWord()
     {
         Add();
-        QVERIFY(QFile::remove(StoredFilePath(1, u"größe a.zip"_s)));
+        QVERIFY(QFile::remove(StoredFilePath(*m_database, 1, u"größe a.zip"_s)));
         CFileObject file = Open(1);
         file.Delete();
         QVERIFY(file.Commit());
@@ -339,8 +339,8 @@ private Q_SLOTS:
         QFETCH(QStringList, names);
         if (hasRow)
             m_database->Execute(u"INSERT INTO Files (ID, CodeID, Title) VALUES (1, ?, 'a.txt')"_s, {m_item});
-        WriteFile(Session().CurrentFilesFolder + (left.contains(u'%') ? left.arg(Mark) : left), "contents");
-        WriteFile(Session().CurrentFilesFolder + u".working-"_s + Mark, {}); // which nobody has locked
+        WriteFile(m_database->FilesFolder() + (left.contains(u'%') ? left.arg(Mark) : left), "contents");
+        WriteFile(m_database->FilesFolder() + u".working-"_s + Mark, {}); // which nobody has locked
         FinishPendingFiles(*m_database);
         QCOMPARE(AllNames(), names);
         FinishPendingFiles(*m_database);
@@ -349,7 +349,7 @@ private Q_SLOTS:
 
     void workWithoutALock_isOver()
     {
-        WriteFile(Session().CurrentFilesFolder + u".adding-%1-0"_s.arg(Mark), "contents");
+        WriteFile(m_database->FilesFolder() + u".adding-%1-0"_s.arg(Mark), "contents");
         FinishPendingFiles(*m_database);
         QCOMPARE(AllNames(), QStringList());
     }
@@ -357,7 +357,7 @@ private Q_SLOTS:
     void workUnderWay_isLeftAlone()
     {
         {
-            const PendingWork work;
+            const PendingWork work(*m_database);
             WriteFile(work.AddingName(), "contents");
             WriteFile(work.ArrivingName(1, u"a.txt"_s), "contents");
             FinishPendingFiles(*m_database);
@@ -372,16 +372,16 @@ private Q_SLOTS:
     {
         m_database->Execute(u"INSERT INTO Files (ID, CodeID, Title) VALUES (1, ?, 'a.txt'), (2, ?, 'b.txt')"_s,
                             {m_item, m_item});
-        QVERIFY(QDir().mkpath(StoredFilePath(1, u"a.txt"_s) + u"/in the way"_s));
+        QVERIFY(QDir().mkpath(StoredFilePath(*m_database, 1, u"a.txt"_s) + u"/in the way"_s));
         for (const char* id : {"1", "2"})
-            WriteFile(Session().CurrentFilesFolder + u".arriving-%1-%2"_s.arg(Mark, QString::fromLatin1(id)), id);
+            WriteFile(m_database->FilesFolder() + u".arriving-%1-%2"_s.arg(Mark, QString::fromLatin1(id)), id);
         FinishPendingFiles(*m_database);
-        QCOMPARE(ReadFile(StoredFilePath(2, u"b.txt"_s)), "2");
-        QCOMPARE(ReadFile(Session().CurrentFilesFolder + u".arriving-%1-1"_s.arg(Mark)), "1");
+        QCOMPARE(ReadFile(StoredFilePath(*m_database, 2, u"b.txt"_s)), "2");
+        QCOMPARE(ReadFile(m_database->FilesFolder() + u".arriving-%1-1"_s.arg(Mark)), "1");
         QVERIFY(ReadFile(ErrorLogFile()).contains("FinishPendingFiles"));
-        QVERIFY(QDir(StoredFilePath(1, u"a.txt"_s)).removeRecursively());
+        QVERIFY(QDir(StoredFilePath(*m_database, 1, u"a.txt"_s)).removeRecursively());
         FinishPendingFiles(*m_database);
-        QCOMPARE(ReadFile(StoredFilePath(1, u"a.txt"_s)), "1"); // another time
+        QCOMPARE(ReadFile(StoredFilePath(*m_database, 1, u"a.txt"_s)), "1"); // another time
     }
 
     void folderInTheWayOfAnExport_isAnError()
@@ -397,11 +397,11 @@ private Q_SLOTS:
     /// Whose lock this user can't even open.
     void workOfAnotherUser_isLeftAlone()
     {
-        const PendingWork work;
+        const PendingWork work(*m_database);
         WriteFile(work.AddingName(), "contents");
         const QString lock = AllNames().filter(u".working-"_s).value(0);
-        QVERIFY(QFile::setPermissions(Session().CurrentFilesFolder + lock, {}));
-        for (const QString& folder : {m_home->Path(), Session().CurrentFilesFolder})
+        QVERIFY(QFile::setPermissions(m_database->FilesFolder() + lock, {}));
+        for (const QString& folder : {m_home->Path(), m_database->FilesFolder()})
             QVERIFY(QFile::setPermissions(folder, QFileDevice::Permissions(0x7777)));
         {
             const OrdinaryUser user;
@@ -413,12 +413,12 @@ private Q_SLOTS:
 
     void libraryForReading_isLeftAsItIs()
     {
-        WriteFile(Session().CurrentFilesFolder + u".adding-%1-0"_s.arg(Mark), "contents");
-        const auto reading = DBEngine::OpenDatabase(m_home->Path(u"Dateien & mehr.qbd"_s), DBEngine::Access::ReadOnly);
+        WriteFile(m_database->FilesFolder() + u".adding-%1-0"_s.arg(Mark), "contents");
+        const auto reading = Library::Open(m_home->Path(u"Dateien & mehr.qbd"_s), DBEngine::Access::ReadOnly);
         FinishPendingFiles(*reading);
         QCOMPARE(AllNames().size(), 1);
         Add();
-        QFile::remove(StoredFilePath(1, u"größe a.zip"_s));
+        QFile::remove(StoredFilePath(*m_database, 1, u"größe a.zip"_s));
         CFileObject file;
         file.Initialise(*reading, u"1"_s);
         m_prompts->ExpectError();
@@ -430,26 +430,27 @@ private Q_SLOTS:
     void replacementThatWasNotCommitted_leavesTheOldFile()
     {
         Add();
-        const QString arriving =
-            PendingWork().ArrivingName(1, u"other.zip"_s).replace(QRegularExpression(u"[0-9a-f]{32}"_s), Mark);
+        const QString arriving = PendingWork(*m_database)
+                                     .ArrivingName(1, u"other.zip"_s)
+                                     .replace(QRegularExpression(u"[0-9a-f]{32}"_s), Mark);
         WriteFile(arriving, "new contents");
         FinishPendingFiles(*m_database);
-        QCOMPARE(ReadFile(StoredFilePath(1, u"größe a.zip"_s)), "contents");
+        QCOMPARE(ReadFile(StoredFilePath(*m_database, 1, u"größe a.zip"_s)), "contents");
         QCOMPARE(AllNames(), QStringList{u"1 - größe a.zip"_s});
     }
 
     void fileOnItsWay_isHandedOut()
     {
         Add();
-        QVERIFY(QFile::rename(StoredFilePath(1, u"größe a.zip"_s),
-                              Session().CurrentFilesFolder + u".arriving-%1-1"_s.arg(Mark)));
+        QVERIFY(QFile::rename(StoredFilePath(*m_database, 1, u"größe a.zip"_s),
+                              m_database->FilesFolder() + u".arriving-%1-1"_s.arg(Mark)));
         QCOMPARE(Open(1).SaveToFile2(m_home->Path(u"out"_s)), m_home->Path(u"out"_s)); // and nothing is asked
         QCOMPARE(Names(), QStringList{u"1 - größe a.zip"_s});
     }
 
     void folderThatCantBeWritten_isAnError()
     {
-        const QString folder = Session().CurrentFilesFolder.chopped(1);
+        const QString folder = m_database->FilesFolder().chopped(1);
         QDir(folder).removeRecursively();
         WriteFile(folder, "a file in its place");
         CFileObject file = New();
@@ -499,13 +500,13 @@ private:
     }
     QString Source() const { return m_home->Path(u"in/größe a.zip"_s); }
     Value Column(const QString& column) { return m_database->QueryValue(u"SELECT "_s + column + u" FROM Files"_s); }
-    static QStringList Names() { return QDir(Session().CurrentFilesFolder).entryList(QDir::Files, QDir::Name); }
-    static QStringList AllNames() { return StoredNames(Session().CurrentFilesFolder); }
+    QStringList Names() { return QDir(m_database->FilesFolder()).entryList(QDir::Files, QDir::Name); }
+    QStringList AllNames() { return StoredNames(m_database->FilesFolder()); }
 
     std::unique_ptr<TemporaryHome> m_home;
     std::unique_ptr<FixedClock> m_time;
     std::unique_ptr<ScriptedPrompts> m_prompts;
-    std::unique_ptr<Database> m_database;
+    std::unique_ptr<Library> m_database;
     qint64 m_item = 0;
 };
 

@@ -1,7 +1,7 @@
 #include "platform/system/Prompts.h"
 #include "store/CCodeItem.h"
 #include "store/ItemBranch.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "support/LibraryBuilder.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
@@ -32,7 +32,7 @@ private:
 
     QString AddPage(qint64 item)
     {
-        const QString page = Session().CurrentHTMLFolder + QString::number(item);
+        const QString page = m_library->HTMLFolder() + QString::number(item);
         WriteFile(page + u".htm"_s, "<html>");
         WriteFile(page + u"/bild ü.png"_s, "png");
         return page;
@@ -44,7 +44,7 @@ private:
 
     std::optional<TemporaryHome> m_home;
     std::optional<FixedClock> m_clock;
-    std::unique_ptr<Database> m_library;
+    std::unique_ptr<Library> m_library;
     qint64 m_top = 0, m_branch = 0, m_leaf1 = 0, m_leaf2 = 0, m_other = 0, m_aside = 0;
 
 private Q_SLOTS:
@@ -124,15 +124,14 @@ private Q_SLOTS:
         QCOMPARE(Texts(*m_library, u"SELECT Title FROM Items ORDER BY ID"_s),
                  (QStringList{u"top"_s, u"other"_s, u"aside"_s}));
         QCOMPARE(Texts(*m_library, u"SELECT ID FROM Files"_s), QStringList{QString::number(kept)});
-        QCOMPARE(FilesIn(Session().CurrentFilesFolder), QStringList{u"%1 - kept.txt"_s.arg(kept)});
-        QCOMPARE(FilesIn(Session().CurrentHTMLFolder),
-                 (QStringList{QString::number(m_other), u"%1.htm"_s.arg(m_other)}));
+        QCOMPARE(FilesIn(m_library->FilesFolder()), QStringList{u"%1 - kept.txt"_s.arg(kept)});
+        QCOMPARE(FilesIn(m_library->HTMLFolder()), (QStringList{QString::number(m_other), u"%1.htm"_s.arg(m_other)}));
     }
 
     void deletedBranchWhoseFileIsGone_isNoFailure()
     {
         const qint64 file = AddStoredFile(*m_library, m_leaf1, u"gone.txt"_s, "x", m_clock->Now());
-        QVERIFY(QFile::remove(Session().CurrentFilesFolder + u"%1 - gone.txt"_s.arg(file)));
+        QVERIFY(QFile::remove(m_library->FilesFolder() + u"%1 - gone.txt"_s.arg(file)));
         DeleteBranch(*m_library, m_leaf1);
         QCOMPARE(CountOf(*m_library, u"Files"_s), 0);
     }
@@ -172,7 +171,7 @@ private Q_SLOTS:
         }
         QCOMPARE(AllItems(), before);
         QCOMPARE(CountOf(*m_library, u"Files"_s), 1);
-        QCOMPARE(ReadFile(Session().CurrentFilesFolder + u"%1 - b.txt"_s.arg(file)), QByteArray("two"));
+        QCOMPARE(ReadFile(m_library->FilesFolder() + u"%1 - b.txt"_s.arg(file)), QByteArray("two"));
         QVERIFY(QFileInfo::exists(page + u".htm"_s) && QFileInfo::exists(page));
         QVERIFY(!m_library->InTransaction());
     }

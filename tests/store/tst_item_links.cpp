@@ -1,5 +1,5 @@
 #include "store/CCodeItem.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "support/LibraryBuilder.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
@@ -274,7 +274,7 @@ private Q_SLOTS:
     void childsRows_nameTheMothersRecords()
     {
         MakeChild(*m_database, u"/mother.qbd"_s, Date::FromParts(2026, 1, 1));
-        SetSessionValues(*m_database);
+        m_database->ReadReplica();
         m_database->Execute(u"UPDATE Items SET MotherRecordID = 100 + ID"_s);
         CCodeItem& item = Open(m_a);
         Change(item, LinkDirection::Both);
@@ -288,7 +288,7 @@ private Q_SLOTS:
     void childsLinkToAMissingItem_isAnError()
     {
         MakeChild(*m_database, u"/mother.qbd"_s, Date::FromParts(2026, 1, 1));
-        SetSessionValues(*m_database);
+        m_database->ReadReplica();
         CCodeItem& item = Open(m_a);
         Change(item, LinkDirection::Both);
         m_database->Execute(u"DELETE FROM Items WHERE ID = ?"_s, {m_b});
@@ -348,7 +348,7 @@ private:
     std::unique_ptr<TemporaryHome> m_home;
     std::unique_ptr<FixedClock> m_time;
     std::unique_ptr<ScriptedPrompts> m_prompts;
-    std::unique_ptr<Database> m_database;
+    std::unique_ptr<Library> m_database;
     std::unique_ptr<CCodeItem> m_item;
     qint64 m_a = 0, m_b = 0, m_c = 0;
 };

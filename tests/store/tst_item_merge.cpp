@@ -25,14 +25,13 @@ class TestItemMerge : public QObject {
     TemporaryHome m_home;
     FixedClock m_clock;
     std::unique_ptr<ScriptedPrompts> m_prompts;
-    std::unique_ptr<Database> m_library;
+    std::unique_ptr<Library> m_library;
     std::unique_ptr<CCodeItem> m_item;
     qint64 m_id = 0;
 
     void Elsewhere(const QString& column, const Value& value)
     {
-        DBEngine::OpenDatabase(m_library->Name())
-            ->Execute(u"UPDATE Items SET %1 = ? WHERE ID = ?"_s.arg(column), {value, m_id});
+        Library::Open(m_library->Name())->Execute(u"UPDATE Items SET %1 = ? WHERE ID = ?"_s.arg(column), {value, m_id});
     }
     QString Row(const QString& column)
     {

@@ -154,7 +154,7 @@ private Q_SLOTS:
         m_definer->Commit();
         QVERIFY(!m_definer->Changed());
         m_definer.reset();
-        m_database = DBEngine::OpenDatabase(m_library);
+        m_database = Library::Open(m_library);
         QCOMPARE(Stored(), u"do+ new print while+"_s);
         QCOMPARE(Property(u"CommentIdentifier"_s), u"--"_s);
         QVERIFY(!m_database->QueryValue(u"SELECT LanguageUsed FROM Properties"_s).IsNull());
@@ -351,7 +351,7 @@ private:
     std::unique_ptr<TemporaryHome> m_home;
     std::unique_ptr<ScriptedPrompts> m_prompts;
     QString m_library;
-    std::unique_ptr<Database> m_database;
+    std::unique_ptr<Library> m_database;
     std::unique_ptr<KeywordDefiner> m_definer;
 };
 

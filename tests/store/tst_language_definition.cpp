@@ -58,7 +58,7 @@ private:
 
     QStringList Words(bool coloured) const
     {
-        const auto library = DBEngine::OpenDatabase(LibraryPath());
+        const auto library = qb::Library::Open(LibraryPath());
         return Texts(*library, u"SELECT Keyword FROM Keywords WHERE coalesce(Coloured, 0) = ? ORDER BY rowid"_s,
                      {coloured});
     }
@@ -190,7 +190,7 @@ private Q_SLOTS:
         QVERIFY(Create(LanguageFile(Definition("begin|end", "writeln|read"))));
         QCOMPARE(Words(true), (QStringList{u"begin"_s, u"end"_s}));
         QCOMPARE(Words(false), (QStringList{u"writeln"_s, u"read"_s}));
-        const auto library = DBEngine::OpenDatabase(LibraryPath());
+        const auto library = qb::Library::Open(LibraryPath());
         const Recordset row = library->OpenRecordset(u"Properties"_s);
         const std::pair<QString, Value> values[] = {{u"Version"_s, ProgramVersion()},
                                                     {u"LanguageUsed"_s, u"Pas€cal ä"_s},

@@ -73,7 +73,7 @@ private:
     QString LibraryPath() const { return m_home->Path(u"new.qbd"_s); }
     std::unique_ptr<Database> NewLibrary(LanguageType type = LanguageType::None, const QString& file = {})
     {
-        return CDBCreate().CreateNewDB(LibraryPath(), type, file) ? DBEngine::OpenDatabase(LibraryPath()) : nullptr;
+        return CDBCreate().CreateNewDB(LibraryPath(), type, file) ? qb::Library::Open(LibraryPath()) : nullptr;
     }
     QString Written(const LanguageDefinition& language)
     {
@@ -151,7 +151,7 @@ private Q_SLOTS:
     {
         const QString many = Rules.repeated(1000);
         StoreRulesOfLibrary(*NewLibrary(), many);
-        QCOMPARE(RulesOfLibrary(*DBEngine::OpenDatabase(LibraryPath())), many);
+        QCOMPARE(RulesOfLibrary(*qb::Library::Open(LibraryPath())), many);
     }
 
     void newLibraryOfAFile_hasTheWholeLanguage()

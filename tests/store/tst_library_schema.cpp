@@ -77,13 +77,13 @@ class TestLibrarySchema : public QObject {
     Q_OBJECT
 
 private:
-    std::unique_ptr<Database> Library() { return MakeLibrary(m_home.Path(u"schema ä.qbd"_s), LanguageType::None); }
+    std::unique_ptr<Library> NewLibrary() { return MakeLibrary(m_home.Path(u"schema ä.qbd"_s), LanguageType::None); }
 
     TemporaryHome m_home;
-    std::unique_ptr<Database> m_library;
+    std::unique_ptr<Library> m_library;
 
 private Q_SLOTS:
-    void initTestCase() { m_library = Library(); }
+    void initTestCase() { m_library = NewLibrary(); }
 
     void init()
     {

@@ -21,7 +21,7 @@ private:
     {
         if (!CDBCreate().CreateNewDB(m_path, language, {}))
             return nullptr;
-        return DBEngine::OpenDatabase(m_path);
+        return Library::Open(m_path);
     }
 
     QStringList FilesInTheFolder() const
@@ -206,7 +206,7 @@ private Q_SLOTS:
     void databaseOfAKind_isMadeWithItsProperties()
     {
         QVERIFY(CDBCreate().Create_Database(m_path, DatabaseKind::Child));
-        const auto database = DBEngine::OpenDatabase(m_path);
+        const auto database = Library::Open(m_path);
         QVERIFY(database->GetTableDef(u"Properties"_s).FindField(u"MasterReplicaPath"_s));
         QCOMPARE(database->QueryValue(u"SELECT length(DBID) FROM Properties"_s), Value(10));
     }

@@ -15,7 +15,7 @@ class TestRowObject : public QObject {
 
     TemporaryHome m_home;
     FixedClock m_clock;
-    std::unique_ptr<Database> m_library;
+    std::unique_ptr<Library> m_library;
     qint64 m_id = 0;
 
     CCodeItem& Item(CCodeItem& item)
@@ -29,8 +29,7 @@ class TestRowObject : public QObject {
     }
     void Elsewhere(const QString& column, const Value& value)
     {
-        DBEngine::OpenDatabase(m_library->Name())
-            ->Execute(u"UPDATE Items SET %1 = ? WHERE ID = ?"_s.arg(column), {value, m_id});
+        Library::Open(m_library->Name())->Execute(u"UPDATE Items SET %1 = ? WHERE ID = ?"_s.arg(column), {value, m_id});
     }
 
 private Q_SLOTS:
@@ -122,7 +121,7 @@ private Q_SLOTS:
     {
         CCodeItem item;
         Item(item).SetTitle(u"own"_s);
-        DBEngine::OpenDatabase(m_library->Name())->Execute(u"DELETE FROM Items"_s);
+        Library::Open(m_library->Name())->Execute(u"DELETE FROM Items"_s);
         QB_VERIFY_RAISES(item.ForeignChanges(), 3167);
     }
 
@@ -134,7 +133,7 @@ private Q_SLOTS:
         file.SetDescription(u"words"_s);
         file.SetDescriptionChanged(true);
         const qint64 other = AddItem(*m_library, 0, u"other"_s);
-        DBEngine::OpenDatabase(m_library->Name())->Execute(u"UPDATE Files SET CodeID = ?"_s, {other});
+        Library::Open(m_library->Name())->Execute(u"UPDATE Files SET CodeID = ?"_s, {other});
         QVERIFY(file.Commit());
         QCOMPARE(m_library->QueryValue(u"SELECT CodeID FROM Files"_s).ToLong(), other);
         QCOMPARE(m_library->QueryValue(u"SELECT Description FROM Files"_s).ToText(), u"words"_s);

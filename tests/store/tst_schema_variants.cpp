@@ -211,7 +211,7 @@ private Q_SLOTS:
     void existingRows_getTheDefaultsOfAddedColumns()
     {
         const auto database = NewDatabase(DatabaseKind::Library);
-        AddItem(*database, 0, u"old"_s);
+        AddItem(*Library::Open(database->Name()), 0, u"old"_s);
         CDBCreate(database.get()).CreateAditionalFields(TableSet::Plain);
         const Recordset row = database->OpenRecordset(u"Items"_s);
         QCOMPARE(row[u"MotherRecordID"_s], Value(-1));

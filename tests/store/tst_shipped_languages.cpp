@@ -1,8 +1,8 @@
-#include "platform/dao/DBEngine.h"
 #include "platform/system/RuntimeError.h"
 #include "store/CDBCreate.h"
 #include "store/KeywordDefiner.h"
 #include "store/LanguageTable.h"
+#include "store/Library.h"
 #include "store/ShippedLanguages.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
@@ -49,7 +49,7 @@ private Q_SLOTS:
         QVERIFY(WhyNotStorable(file).isEmpty());
         const QString library = home.Path(u"library.qbd"_s);
         QVERIFY(CDBCreate().CreateNewDB(library, LanguageType::File, path));
-        const auto database = DBEngine::OpenDatabase(library);
+        const auto database = Library::Open(library);
         const QString copy = home.Path(u"copy.qbl"_s);
         KeywordDefiner(*database).ExportLanguageDefinition(copy);
         LanguageDefinition again = ReadLanguageFile(copy);

@@ -1,7 +1,7 @@
 #include "platform/system/Prompts.h"
 #include "store/Deletions.h"
+#include "store/Library.h"
 #include "store/PendingFiles.h"
-#include "store/SessionValues.h"
 #include "store/StoredFiles.h"
 #include "support/LibraryBuilder.h"
 #include "support/ScriptedPrompts.h"
@@ -19,7 +19,7 @@ class TestStoredFiles : public QObject {
 private:
     std::optional<TemporaryHome> m_home;
     std::optional<FixedClock> m_clock;
-    std::unique_ptr<Database> m_library;
+    std::unique_ptr<Library> m_library;
     qint64 m_item = 0;
 
 private Q_SLOTS:
@@ -41,7 +41,8 @@ private Q_SLOTS:
 
     void path_isTheNumberAndTheTitleInTheFolder()
     {
-        QCOMPARE(StoredFilePath(12, u"Bericht ä.txt"_s), m_home->Path(u"Dateien & mehr_Files/12 - Bericht ä.txt"_s));
+        QCOMPARE(StoredFilePath(*m_library, 12, u"Bericht ä.txt"_s),
+                 m_home->Path(u"Dateien & mehr_Files/12 - Bericht ä.txt"_s));
     }
 
     void pathOfATitleThatLeadsOut_isEmpty_data()
@@ -54,7 +55,7 @@ private Q_SLOTS:
     void pathOfATitleThatLeadsOut_isEmpty()
     {
         QFETCH(QString, title);
-        QCOMPARE(StoredFilePath(12, title), QString());
+        QCOMPARE(StoredFilePath(*m_library, 12, title), QString());
     }
 
     void filesOfAnItem_areNamed()
@@ -71,7 +72,7 @@ private Q_SLOTS:
     {
         const qint64 file = AddStoredFile(*m_library, m_item, u"a.txt"_s, "1", m_clock->Now());
         const QString path = DeleteStoredFileRow(*m_library, file).Place;
-        QCOMPARE(path, StoredFilePath(file, u"a.txt"_s));
+        QCOMPARE(path, StoredFilePath(*m_library, file, u"a.txt"_s));
         QVERIFY(QFileInfo::exists(path));
         QCOMPARE(CountOf(*m_library, u"Files"_s), 0);
         QCOMPARE(DeleteStoredFileRow(*m_library, file).Place, QString()); // there is no such row any more

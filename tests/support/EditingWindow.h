@@ -7,9 +7,9 @@
 #include "support/LibraryBuilder.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
-#include "text/ui/ctlCodeDetails.h"
 #include "text/ui/CodeBox.h"
 #include "text/ui/RichTextBox.h"
+#include "text/ui/ctlCodeDetails.h"
 
 #include <QAction>
 #include <QLabel>
@@ -124,7 +124,7 @@ protected:
 
     std::unique_ptr<TemporaryHome> m_home;
     std::unique_ptr<ScriptedPrompts> m_prompts;
-    std::unique_ptr<Database> m_database;
+    std::unique_ptr<Library> m_database;
     qint64 m_item = 0;
     std::unique_ptr<frmCodeLib> m_window;
 };

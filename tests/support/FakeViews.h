@@ -73,9 +73,9 @@ private:
 /// Writes down what the details panel is told.
 class FakeDetailsView : public ItemDetailsView {
 public:
-    void Initialise(Database* database, CCodeItem* item) override
+    void Initialise(Library* library, CCodeItem* item) override
     {
-        HasDatabase = database != nullptr;
+        HasDatabase = library != nullptr;
         Item = item;
         Code = Notes = Usage = Files = Links = false;
         if (item)
@@ -85,7 +85,7 @@ public:
     void TreeReplaced() override { ++Replaced; }
     void SetLocked(bool locked) override { IsLocked = locked; }
     bool Locked() const override { return IsLocked; }
-    void FormatingInitialize(Database&) override { ++FormatsRead; }
+    void FormatingInitialize(Library&) override { ++FormatsRead; }
     void SetCodeEnabled(bool has) override { Code = has; }
     void SetNotesEnabled(bool has) override { Notes = has; }
     void SetUsageEnabled(bool has) override { Usage = has; }

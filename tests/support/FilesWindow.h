@@ -1,9 +1,9 @@
 #pragma once
 
-#include "panels/ui/ctlFileDetails.h"
 #include "panels/ui/StoredFileView.h"
+#include "panels/ui/ctlFileDetails.h"
 #include "store/CFileObject.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "store/StoredFiles.h"
 #include "support/EditingWindow.h"
 
@@ -17,8 +17,10 @@ protected:
     static constexpr int FilesTab = 3;
 
     QString In(const QString& name) const { return m_home->Path(u"in ß/"_s + name); }
-    static QString Place(qint64 id, const QString& title) { return StoredFilePath(id, title); }
-    static QStringList Stored() { return StoredNames(Session().CurrentFilesFolder); }
+    QString Place(qint64 id, const QString& title) const { return StoredFilePath(FilesFolder(), id, title); }
+    /// Of the library that is open in the window, also while it is closed.
+    QString FilesFolder() const { return FilesFolderOf(m_home->Path(u"data/QBLib.qbd"_s)); }
+    QStringList Stored() const { return StoredNames(FilesFolder()); }
     /// Stores files with the item, without the window.
     void Store(const QStringList& names)
     {

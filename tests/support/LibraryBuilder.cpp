@@ -4,7 +4,7 @@
 #include "platform/richtext/RtfPlainText.h"
 #include "store/CCodeItem.h"
 #include "store/CDBCreate.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "support/TestRun.h"
 
 #include <QDir>
@@ -13,18 +13,16 @@ namespace qb::test {
 
 using namespace Qt::StringLiterals;
 
-std::unique_ptr<Database> MakeLibrary(const QString& path, LanguageType language)
+std::unique_ptr<Library> MakeLibrary(const QString& path, LanguageType language)
 {
     CDBCreate().CreateNewDB(path, language, {});
-    std::unique_ptr<Database> database = DBEngine::OpenDatabase(path);
-    SetSessionValues(*database);
-    return database;
+    return Library::Open(path);
 }
 
-qint64 AddItem(Database& database, qint64 parent, const QString& title, const QString& code)
+qint64 AddItem(Library& library, qint64 parent, const QString& title, const QString& code)
 {
     CCodeItem item;
-    item.Initialise(database, {});
+    item.Initialise(library, {});
     item.SetParentKey(QString::number(parent));
     item.SetTitle(title);
     item.SetCode(RtfFromPlainText(code, CodeFont));
@@ -32,24 +30,24 @@ qint64 AddItem(Database& database, qint64 parent, const QString& title, const QS
     return item.Key().toLongLong();
 }
 
-void MakeChild(Database& database, const QString& masterPath, Date lastSynchronized)
+void MakeChild(Library& library, const QString& masterPath, Date lastSynchronized)
 {
-    CDBCreate create(&database, DatabaseKind::Child);
-    if (!database.TableExists(u"DeletedItems"_s))
+    CDBCreate create(&library, DatabaseKind::Child);
+    if (!library.TableExists(u"DeletedItems"_s))
         create.CreateAditionalTales(true);
     create.CreateAditionalFields(TableSet::Plain);
-    database.Execute(u"UPDATE Properties SET MasterReplicaPath = ?, LastSynchronized = ?"_s,
-                     {masterPath, lastSynchronized});
-    SetSessionValues(database);
+    library.Execute(u"UPDATE Properties SET MasterReplicaPath = ?, LastSynchronized = ?"_s,
+                    {masterPath, lastSynchronized});
+    library.ReadReplica();
 }
 
-void MakeMother(Database& database, Date childLastSynchronized)
+void MakeMother(Library& library, Date childLastSynchronized)
 {
-    if (!database.TableExists(u"DeletedItems"_s))
-        CDBCreate(&database, DatabaseKind::Library).CreateAditionalTales(false);
-    database.Execute(u"INSERT INTO ChildCopies (DBCopyID, LastSynchronized) VALUES (?, ?)"_s,
-                     {u"Child00001"_s, childLastSynchronized});
-    SetSessionValues(database);
+    if (!library.TableExists(u"DeletedItems"_s))
+        CDBCreate(&library, DatabaseKind::Library).CreateAditionalTales(false);
+    library.Execute(u"INSERT INTO ChildCopies (DBCopyID, LastSynchronized) VALUES (?, ?)"_s,
+                    {u"Child00001"_s, childLastSynchronized});
+    library.ReadReplica();
 }
 
 QStringList Texts(Database& database, const QString& sql, const Values& values)
@@ -66,12 +64,12 @@ qint64 CountOf(Database& database, const QString& table)
     return database.QueryValue(u"SELECT count(*) FROM "_s + Quoted(table)).ToLong();
 }
 
-qint64 AddStoredFile(Database& database, qint64 item, const QString& title, const QByteArray& bytes, Date added)
+qint64 AddStoredFile(Library& library, qint64 item, const QString& title, const QByteArray& bytes, Date added)
 {
-    database.Execute(u"INSERT INTO Files (CodeID, Title, FileSize, DateAdded) VALUES (?, ?, ?, ?)"_s,
-                     {item, title, bytes.size(), added});
-    const qint64 id = database.LastInsertedRowKey();
-    WriteFile(Session().CurrentFilesFolder + QString::number(id) + u" - "_s + title, bytes);
+    library.Execute(u"INSERT INTO Files (CodeID, Title, FileSize, DateAdded) VALUES (?, ?, ?, ?)"_s,
+                    {item, title, bytes.size(), added});
+    const qint64 id = library.LastInsertedRowKey();
+    WriteFile(library.FilesFolder() + QString::number(id) + u" - "_s + title, bytes);
     return id;
 }
 

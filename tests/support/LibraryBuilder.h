@@ -1,23 +1,23 @@
 #pragma once
 
-#include "platform/dao/Database.h"
 #include "store/LanguageDefinition.h"
+#include "store/Library.h"
 
 #include <QStringList>
 #include <memory>
 
 namespace qb::test {
 
-/// Makes a library at @p path, opens it and sets the session's values for it.
-std::unique_ptr<Database> MakeLibrary(const QString& path, LanguageType language = LanguageType::Cpp);
+/// Makes a library at @p path, and opens it.
+std::unique_ptr<Library> MakeLibrary(const QString& path, LanguageType language = LanguageType::Cpp);
 
 /// Adds an item by the program's own objects; returns its ID.
-qint64 AddItem(Database& database, qint64 parent, const QString& title, const QString& code = {});
+qint64 AddItem(Library& library, qint64 parent, const QString& title, const QString& code = {});
 
 /// Makes an open library a child (its mother at @p masterPath, last synchronized then) or a mother
 /// (with one child, last synchronized then), with the tables and columns that these have.
-void MakeChild(Database& database, const QString& masterPath, Date lastSynchronized);
-void MakeMother(Database& database, Date childLastSynchronized);
+void MakeChild(Library& library, const QString& masterPath, Date lastSynchronized);
+void MakeMother(Library& library, Date childLastSynchronized);
 
 /// The first column of all rows that a statement yields, as texts.
 QStringList Texts(Database& database, const QString& sql, const Values& values = {});
@@ -25,7 +25,7 @@ QStringList Texts(Database& database, const QString& sql, const Values& values =
 qint64 CountOf(Database& database, const QString& table);
 
 /// Adds a row to `Files` and lays the file on the disk; returns the row's ID.
-qint64 AddStoredFile(Database& database, qint64 item, const QString& title, const QByteArray& bytes, Date added);
+qint64 AddStoredFile(Library& library, qint64 item, const QString& title, const QByteArray& bytes, Date added);
 
 /// Lets every connection fail to store a text with @p word in a column, until the index `refuse` is dropped.
 void RefuseWord(Database& database, const QString& table, const QString& column, const QString& word);

@@ -5,7 +5,6 @@
 #include "session/ItemDrag.h"
 #include "session/ItemTree.h"
 #include "session/LibraryList.h"
-#include "store/SessionValues.h"
 #include "support/FakeViews.h"
 #include "support/LibraryBuilder.h"
 #include "support/ScriptedPrompts.h"
@@ -18,7 +17,6 @@ namespace qb::test {
 struct TestSession {
     TestSession()
     {
-        Session() = {};
         State.moHistory = std::make_unique<CHistory>();
         State.moSettings = std::make_unique<CSettings>([this] { return State.CurrentDatabase.get(); });
         State.moSettings->Initialise();
@@ -28,7 +26,7 @@ struct TestSession {
     TestSession& operator=(const TestSession&) = delete;
 
     /// Makes and opens a library for the tree alone; the list of libraries does not know it.
-    Database& OpenLibrary()
+    Library& OpenLibrary()
     {
         State.CurrentDatabase = MakeLibrary(Home.Path(QStringLiteral("Bäume und Äste.qbd")), LanguageType::None);
         Shell.Text = QStringLiteral("Ali äs");
@@ -40,7 +38,6 @@ struct TestSession {
     {
         const QString path = Home.Path(name);
         AddItem(*MakeLibrary(path, LanguageType::Cpp), 0, item);
-        Session() = {};
         return path;
     }
 

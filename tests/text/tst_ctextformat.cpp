@@ -297,7 +297,7 @@ private Q_SLOTS:
 
     void init_loadsTheLanguageOfTheLibrary()
     {
-        const auto library = Library();
+        const auto library = NewLibrary();
         library->Execute(u"UPDATE Properties SET CommentColour = 1, ColouredKeywordColour = 2, KeywordColour = 3, "
                          "CommentIdentifier = '#', "
                          "CommentIdentifierStart = '(', CommentIdentifierEnd = ')'"_s);
@@ -313,7 +313,7 @@ private Q_SLOTS:
 
     void init_readsNullAsNothing()
     {
-        const auto library = Library();
+        const auto library = NewLibrary();
         library->Execute(
             u"UPDATE Properties SET CommentColour = NULL, ColouredKeywordColour = NULL, KeywordColour = NULL, "
             "CommentIdentifier = NULL, "
@@ -329,7 +329,7 @@ private Q_SLOTS:
 
     void keywordOfNoColouring_isPlain()
     {
-        const auto library = Library();
+        const auto library = NewLibrary();
         library->Execute(u"UPDATE Properties SET ColouredKeywordColour = 2, KeywordColour = 3"_s);
         library->Execute(u"DROP TABLE Keywords"_s); // one that knows no constraints
         library->Execute(u"CREATE TABLE Keywords (Keyword TEXT, Coloured BOOLEAN)"_s);
@@ -341,7 +341,7 @@ private Q_SLOTS:
 
     void initWithoutKeywords_keepsThoseThatWere()
     {
-        const auto library = Library();
+        const auto library = NewLibrary();
         SetKeywords(*library, {{u"Red"_s, true}, {u"Plain"_s, false}});
         m_format->ColorizeInit(*library);
         library->Execute(u"DELETE FROM Keywords"_s);
@@ -356,7 +356,7 @@ private Q_SLOTS:
 
     void initWithOtherKeywords_replacesBothSets()
     {
-        const auto library = Library();
+        const auto library = NewLibrary();
         SetKeywords(*library, {{u"Red"_s, true}, {u"Plain"_s, false}});
         m_format->ColorizeInit(*library);
         SetKeywords(*library, {{u"Blue"_s, true}});
@@ -377,7 +377,7 @@ private Q_SLOTS:
     {
         QFETCH(int, language);
         QFETCH(int, words);
-        const auto library = Library();
+        const auto library = NewLibrary();
         library->Execute(u"UPDATE Properties SET CommentColour = 1, ColouredKeywordColour = 2, KeywordColour = 3, "
                          "CommentIdentifier = '#'"_s);
         SetKeywords(*library, {{u"Own"_s, true}});
@@ -395,7 +395,7 @@ private Q_SLOTS:
 
     void populate_hasTheWordsOfANewLibrary()
     {
-        const auto library = Library(LanguageType::Cpp);
+        const auto library = NewLibrary(LanguageType::Cpp);
         QVERIFY(m_format->PopulateKeywordSet(*library, 1));
         const QString other = m_home->Path(u"vb.qbd"_s);
         const auto vb = MakeLibrary(other, LanguageType::VB);
@@ -461,7 +461,7 @@ private Q_SLOTS:
 
     void failureOfTheLibrary_isReported()
     {
-        const auto library = Library();
+        const auto library = NewLibrary();
         library->Execute(u"DROP TABLE Keywords"_s);
         {
             ScriptedPrompts prompts;
@@ -479,7 +479,7 @@ private Q_SLOTS:
 
     void failureOfPopulate_leavesTheLibraryAsItWas()
     {
-        const auto library = Library();
+        const auto library = NewLibrary();
         library->Execute(u"UPDATE Properties SET CommentColour = 1"_s);
         SetKeywords(*library, {{u"Own"_s, true}});
         library->Execute(
@@ -514,7 +514,7 @@ private:
         Value Coloured;
     };
 
-    std::unique_ptr<Database> Library(LanguageType language = LanguageType::VB)
+    std::unique_ptr<Library> NewLibrary(LanguageType language = LanguageType::VB)
     {
         return MakeLibrary(m_home->Path(u"library ß.qbd"_s), language);
     }

@@ -1,6 +1,6 @@
 #include "panels/ui/StoredFileList.h"
 
-#include "platform/dao/Database.h"
+#include "store/Library.h"
 
 #include <QLocale>
 #include <algorithm>
@@ -25,11 +25,11 @@ QString DateText(Date date)
 
 } // namespace
 
-void StoredFileList::Read(Database& database, const QString& itemKey)
+void StoredFileList::Read(Library& library, const QString& itemKey)
 {
     std::vector<Row> files; // what can't be read leaves the list as it is
-    Statement rows = database.Query(
-        u"SELECT ID, Title, OrigDateTime, DateAdded, FileSize FROM Files WHERE CodeID = ?"_s, {itemKey.toLongLong()});
+    Statement rows = library.Query(u"SELECT ID, Title, OrigDateTime, DateAdded, FileSize FROM Files WHERE CodeID = ?"_s,
+                                   {itemKey.toLongLong()});
     while (rows.Step()) {
         const QString title = rows.Text(1);
         files.push_back({rows.Long(0), title, rows.Column(2).ToDate(), rows.Column(3).ToDate(), rows.Long(4),

@@ -9,7 +9,7 @@
 
 namespace qb {
 
-class Database;
+class Library;
 
 /// The stored files of one item, a row each.
 class StoredFileList : public QAbstractTableModel {
@@ -23,7 +23,7 @@ public:
     using QAbstractTableModel::QAbstractTableModel;
 
     /// Reads the files of the item of this key.
-    void Read(Database& database, const QString& itemKey);
+    void Read(Library& library, const QString& itemKey);
     void Clear();
     /// The `Files.ID` of a row.
     qint64 IdOf(int row) const { return m_rows[size_t(row)].Id; }

@@ -150,10 +150,10 @@ void ctlFileDetails::MakeLayout()
 
 // An item comes and goes
 
-void ctlFileDetails::Initialise(Database& database, const QString& key)
+void ctlFileDetails::Initialise(Library& library, const QString& key)
 {
     ForgetFileDescChanges(); // who wanted them saved has saved them
-    m_database = &database;
+    m_library = &library;
     m_itemKey = key;
     m_current.reset();
     m_files->Clear(); // of the item before, whatever becomes of this one
@@ -167,7 +167,7 @@ void ctlFileDetails::Initialise(Database& database, const QString& key)
 void ctlFileDetails::Terminate()
 {
     m_current.reset();
-    m_database = nullptr;
+    m_library = nullptr;
     m_itemKey.clear();
     m_files->Clear();
     ShowDescription();
@@ -183,7 +183,7 @@ void ctlFileDetails::SetLocked(bool locked)
 /// The files of a locked item stay as they are, and so do those of a library that can only be read.
 bool ctlFileDetails::MayChange() const
 {
-    return m_database && !m_locked && !m_database->IsReadOnly();
+    return m_library && !m_locked && !m_library->IsReadOnly();
 }
 
 /// Reads the files anew; those that were selected are again, if they are there.
@@ -194,7 +194,7 @@ void ctlFileDetails::Refill()
         selected << QString::number(id);
     {
         const QSignalBlocker quiet(lvFiles->selectionModel());
-        m_files->Read(*m_database, m_itemKey);
+        m_files->Read(*m_library, m_itemKey);
         if (m_current && m_files->RowOf(m_current->Key().toLongLong()) < 0)
             m_current.reset(); // what was typed of it has no place any more
     }
@@ -277,7 +277,7 @@ void ctlFileDetails::SelectionChanged()
     const QList<qint64> ids = Selected();
     const QString key = ids.size() == 1 ? QString::number(ids.first()) : QString();
     const QString before = m_current ? m_current->Key() : QString();
-    if (!m_returning && m_database && (key != before || key != m_shownKey)) {
+    if (!m_returning && m_library && (key != before || key != m_shownKey)) {
         if (!SaveFileDescChanges() && m_files->RowOf(before.toLongLong()) >= 0) {
             m_returning = true;
             SelectKeys({before});
@@ -290,7 +290,7 @@ void ctlFileDetails::SelectionChanged()
         m_current.reset();
         if (!key.isEmpty()) {
             m_current = std::make_unique<CFileObject>();
-            m_current->Initialise(*m_database, key);
+            m_current->Initialise(*m_library, key);
         }
         ShowDescription();
     }
@@ -309,7 +309,8 @@ void ctlFileDetails::ShowDescription()
     UpdateActions();
     DescriptionShown();
     if (m_current)
-        m_preview->ShowFile(ReadableStoredFile(m_current->Key().toLongLong(), m_current->Title()), m_current->Title());
+        m_preview->ShowFile(ReadableStoredFile(*m_library, m_current->Key().toLongLong(), m_current->Title()),
+                            m_current->Title());
     else
         m_preview->Clear();
 }
@@ -324,7 +325,7 @@ void ctlFileDetails::ShowPreview(bool shown)
 
 void ctlFileDetails::UpdateActions()
 {
-    const QList<qint64> ids = m_database ? Selected() : QList<qint64>();
+    const QList<qint64> ids = m_library ? Selected() : QList<qint64>();
     const bool one = ids.size() == 1;
     const bool several = ids.size() > 1;
     const bool mayChange = MayChange();
@@ -370,7 +371,7 @@ bool ctlFileDetails::SaveFileDescChanges(bool mayAsk)
                      .Icon = MsgBoxIcon::Exclamation});
                 m_current.reset();
                 QTimer::singleShot(0, this, [this] { // not in the middle of a selection
-                    if (m_database)
+                    if (m_library)
                         Guarded(ModuleName, u"SaveFileDescChanges"_s, [this] { Refill(); });
                 });
                 return true;
@@ -387,7 +388,7 @@ void ctlFileDetails::ForgetFileDescChanges()
     if (!m_current || !m_current->DescriptionChanged())
         return;
     const QString key = m_current->Key();
-    m_current->Initialise(*m_database, key);
+    m_current->Initialise(*m_library, key);
     ShowDescription();
 }
 

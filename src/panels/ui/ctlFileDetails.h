@@ -31,7 +31,7 @@ public:
 
     // FileDetailsView
     QWidget* Page() override { return this; }
-    void Initialise(Database& database, const QString& key) override;
+    void Initialise(Library& library, const QString& key) override;
     void Terminate() override;
     bool Locked() const override { return m_locked; }
     void SetLocked(bool locked) override;
@@ -101,7 +101,7 @@ private:
     void Import(const FileImportPlan& plan, FileImportOptions options);
     QList<QUrl> CopiesOfSelected();
 
-    Database* m_database = nullptr;
+    Library* m_library = nullptr;
     QString m_itemKey;
     std::unique_ptr<CFileObject> m_current; ///< the one file that is selected
     QString m_shownKey;                     ///< of the file whose description is shown

@@ -1,10 +1,10 @@
 // What the stored files panel does with files.
 
+#include "panels/ui/StoredFileList.h"
+#include "panels/ui/StoredFileView.h"
 #include "panels/ui/ctlFileDetails.h"
 #include "panels/ui/frmImportType.h"
 #include "panels/ui/frmUnzip.h"
-#include "panels/ui/StoredFileList.h"
-#include "panels/ui/StoredFileView.h"
 #include "platform/dao/Database.h"
 #include "platform/system/FileCopy.h"
 #include "platform/system/Prompts.h"
@@ -83,12 +83,12 @@ QString AskZipName(QString proposed)
 QString ctlFileDetails::PlaceOf(qint64 id) const
 {
     const int row = m_files->RowOf(id);
-    return row < 0 ? QString() : ReadableStoredFile(id, m_files->TitleOf(row));
+    return row < 0 ? QString() : ReadableStoredFile(*m_library, id, m_files->TitleOf(row));
 }
 
 bool ctlFileDetails::RowExists(qint64 id) const
 {
-    return !m_database->QueryValue(u"SELECT 1 FROM Files WHERE ID = ?"_s, {id}).IsNull();
+    return !m_library->QueryValue(u"SELECT 1 FROM Files WHERE ID = ?"_s, {id}).IsNull();
 }
 
 // Adding
@@ -159,7 +159,7 @@ void ctlFileDetails::Import(const FileImportPlan& plan, FileImportOptions option
             Q_EMIT Progress(text, percent);
         };
         options.Advance = [&](qint64 done, qint64 total) { return work.Advance(done, total); };
-        Guarded(ModuleName, u"AddFile"_s, [&] { result = ImportStoredFiles(*m_database, m_itemKey, plan, options); });
+        Guarded(ModuleName, u"AddFile"_s, [&] { result = ImportStoredFiles(*m_library, m_itemKey, plan, options); });
         Q_EMIT Progress({}, 100);
     }
     Refill();
@@ -193,7 +193,7 @@ void ctlFileDetails::DeleteFile()
     const int row = lvFiles->selectionModel()->selectedRows().first().row();
     for (const qint64 id : ids) {
         CFileObject file;
-        file.Initialise(*m_database, QString::number(id));
+        file.Initialise(*m_library, QString::number(id));
         file.Delete();
         if (!file.Commit())
             break; // the user has been told; the others stay
@@ -225,14 +225,14 @@ bool ctlFileDetails::ExportOne(qint64 id)
     const QString path = RequestSaveFileName(u"Save File As : "_s, m_files->TitleOf(row));
     if (path.isEmpty())
         return false;
-    FinishPendingFiles(*m_database);
+    FinishPendingFiles(*m_library);
     const bool missing = !QFileInfo::exists(PlaceOf(id));
     if (missing && !MayChange()) {
         TellMissing(m_files->TitleOf(row));
         return false;
     }
     CFileObject file;
-    file.Initialise(*m_database, QString::number(id));
+    file.Initialise(*m_library, QString::number(id));
     QString written;
     {
         WorkProgress work(window(), u"Exporting File"_s);
@@ -291,7 +291,7 @@ void ctlFileDetails::OpenFile()
     const QString path = PlaceOf(ids.first());
     if (HasZipExtension(title))
         return UnzipToDirectory();
-    FinishPendingFiles(*m_database);
+    FinishPendingFiles(*m_library);
     if (path.isEmpty() || !QFileInfo::exists(path))
         return TellMissing(title);
     if (IsProgram(title)) {
@@ -318,7 +318,7 @@ void ctlFileDetails::UnzipToDirectory()
     if (ids.size() != 1)
         return;
     const QString title = m_files->TitleOf(m_files->RowOf(ids.first()));
-    FinishPendingFiles(*m_database);
+    FinishPendingFiles(*m_library);
     const QString before = GetSetting(SettingsApplication, u"StoredData"_s, u"PreviousExportPaths"_s, u"C:\\"_s);
     const QString dialogs = GetSetting(SettingsApplication, u"Settings"_s, u"InitDir"_s, u"C:\\"_s);
     QStringList folders;

@@ -3,6 +3,7 @@
 #include "platform/dao/EngineError.h"
 
 #include <sqlite3.h>
+#include <utility>
 
 namespace qb {
 
@@ -18,6 +19,13 @@ QString SavepointName(int depth)
 } // namespace
 
 Database::Database(sqlite3* connection, QString name) : m_connection(connection), m_name(std::move(name)) {}
+
+Database::Database(Database&& other) noexcept
+    : m_connection(std::exchange(other.m_connection, nullptr)), m_name(std::move(other.m_name)),
+      m_transactionDepth(other.m_transactionDepth), m_idleStatements(std::exchange(other.m_idleStatements, {})),
+      m_tableDefs(std::exchange(other.m_tableDefs, {}))
+{
+}
 
 Database::~Database()
 {

@@ -17,7 +17,7 @@ namespace qb {
 /// Everything that fails raises RuntimeError. Not for use from several threads.
 class Database {
 public:
-    ~Database();
+    virtual ~Database();
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
 
@@ -68,6 +68,10 @@ public:
     /// Bytes of a column from @p offset on, read without the rest of the row.
     QByteArray ReadChunk(const QString& table, const QString& field, qint64 rowKey, qint64 offset, qint64 length);
     qint64 LastInsertedRowKey() const;
+
+protected:
+    /// For what is a database with more to it; @p other is of no use any more. It has no recordset or statement.
+    Database(Database&& other) noexcept;
 
 private:
     friend class DBEngine;

@@ -59,7 +59,7 @@ public:
     /// What was typed and not saved goes where the next start finds it.
     void KeepUnsavedTexts();
     void GoToNode(const QString& key) { m_tree->GoToNode(key); }
-    Database* CurrentDatabase() { return m_session.CurrentDatabase.get(); }
+    Library* CurrentDatabase() { return m_session.CurrentDatabase.get(); }
 
     // ShellView
     void SetStatusText(const QString& text) override;

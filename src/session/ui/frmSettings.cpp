@@ -3,6 +3,7 @@
 #include "platform/system/Prompts.h"
 #include "session/ui/LanguagePage.h"
 #include "store/KeywordDefiner.h"
+#include "store/Library.h"
 #include "support/ErrorRoutine.h"
 #include "support/ui/Icons.h"
 
@@ -115,18 +116,18 @@ void frmSettings::MakeFrame()
 
 // Life
 
-void frmSettings::InitializeSettings(CSettings& settings, Database* database)
+void frmSettings::InitializeSettings(CSettings& settings, Library* library)
 {
     Guarded(ModuleName, u"InitializeSettings"_s, [&] {
         const QScopedValueRollback loading(m_loading, true);
         m_settings = &settings;
-        m_database = database;
+        m_database = library;
         m_settings->InitializeDatabaseProperties();
         m_settings->SetChangingSettings(true);
         connect(m_settings, &CSettings::SettingAwaitingUpdate, this, &frmSettings::SettingAwaitingUpdate);
         FillControls();
-        if (database && !database->IsReadOnly())
-            m_language = std::make_unique<KeywordDefiner>(*database);
+        if (library && !library->IsReadOnly())
+            m_language = std::make_unique<KeywordDefiner>(*library);
         m_languagePage->Initialize(m_language.get());
         m_languagePage->SetPalette(TokenPalette::FromTexts(settings.RuleColoursLight(), settings.RuleColoursDark()));
         m_languagePage->RequestFileName = [this](bool forExport) {

@@ -22,6 +22,7 @@ namespace qb {
 class ColorButton;
 class KeywordDefiner;
 class LanguagePage;
+class Library;
 
 /// The options dialog. It edits the settings in place, and the language of the open library in a
 /// transaction of its own; Apply writes both, Cancel drops both.
@@ -35,8 +36,8 @@ public:
     ~frmSettings() override;
 
     /// Shows the settings; @p database is the open library, or null.
-    void InitializeSettings(CSettings& settings, Database* database);
-    Database* ActiveDB() const { return m_database; }
+    void InitializeSettings(CSettings& settings, Library* library);
+    Library* ActiveDB() const { return m_database; }
     /// The dialog was left without keeping what was not applied.
     bool Canceled() const { return m_canceled; }
     void ShowPage(Page page);
@@ -103,7 +104,7 @@ private:
     void Close();
 
     CSettings* m_settings = nullptr;
-    Database* m_database = nullptr;
+    Library* m_database = nullptr;
     std::unique_ptr<KeywordDefiner> m_language; ///< of the open library
     bool m_loading = false;                     ///< the controls are being filled, which is no change
     bool m_canceled = false;

@@ -2,10 +2,9 @@
 
 #include "session/ui/frmSettings.h"
 
-#include "platform/dao/Database.h"
 #include "platform/system/Prompts.h"
 #include "session/LibraryList.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "support/ErrorRoutine.h"
 #include "support/ui/ColorButton.h"
 
@@ -405,8 +404,8 @@ void frmSettings::FillDatabaseInfo()
             return Grouped(m_database->QueryValue(u"SELECT count(*) FROM "_s + table).ToLong());
         };
         const qint64 library = QFileInfo(m_database->Name()).size();
-        const qint64 files = SizeOfFolder(Session().CurrentFilesFolder);
-        const qint64 pages = SizeOfFolder(Session().CurrentHTMLFolder);
+        const qint64 files = SizeOfFolder(m_database->FilesFolder());
+        const qint64 pages = SizeOfFolder(m_database->HTMLFolder());
         const std::pair<const char*, QString> rows[] = {
             {"Library:", QDir::toNativeSeparators(m_database->Name())},
             {"Size of the library:", KiloBytes(library)},

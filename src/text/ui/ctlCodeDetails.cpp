@@ -6,18 +6,18 @@
 #include "platform/system/Shell.h"
 #include "store/CCodeItem.h"
 #include "store/ItemMerge.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "support/ErrorRoutine.h"
 #include "support/ui/Icons.h"
 #include "text/FileDetailsView.h"
-#include "web/WebPages.h"
-#include "web/ui/BrowserView.h"
-#include "web/ui/BusyLogo.h"
 #include "text/ui/CodeBox.h"
 #include "text/ui/FindBar.h"
 #include "text/ui/LinkNotes.h"
-#include "web/ui/LocalPage.h"
 #include "text/ui/RichTextBox.h"
+#include "web/WebPages.h"
+#include "web/ui/BrowserView.h"
+#include "web/ui/BusyLogo.h"
+#include "web/ui/LocalPage.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -270,28 +270,29 @@ void ctlCodeDetails::resizeEvent(QResizeEvent* event)
 
 // An item comes and goes
 
-void ctlCodeDetails::Initialise(Database* database, CCodeItem* item)
+void ctlCodeDetails::Initialise(Library* library, CCodeItem* item)
 {
     m_userChange = false;
     ResetChangedBooleans();
     m_item = item;
+    m_library = library;
+    m_htmlFolder = library ? library->HTMLFolder() : QString();
     if (!item) {
         if (ctlFileDetails1)
             ctlFileDetails1->Terminate();
-        ShowWelcomeFacts(database);
+        ShowWelcomeFacts(library);
         m_pages->setCurrentIndex(0);
         Q_EMIT CurrentViewChanged();
         return;
     }
-    m_recovery.emplace(database->Name());
-    m_readOnly = database->IsReadOnly();
+    m_recovery.emplace(library->Name());
+    m_readOnly = library->IsReadOnly();
     m_shownState = item->LastChanged();
-    m_database = database;
     ShowHeader();
     for (const Text text : {CodeText, NotesText, UsageText})
         ShowText(text);
     if (ctlFileDetails1)
-        ctlFileDetails1->Initialise(*database, item->Key());
+        ctlFileDetails1->Initialise(*library, item->Key());
     ShowLockedState();
     DisplayTabWithContent();
     m_pages->setCurrentIndex(1);
@@ -430,7 +431,7 @@ bool ctlCodeDetails::SaveItem(bool keep)
             lblColorize->setText(u"Colorizing"_s);
             if (itemChanged && !m_item->DontUpdateLastChangedDate())
                 m_item->SetLastChanged(Clock::Now());
-            const MergedSave save = SaveMerged(*m_item, *m_database);
+            const MergedSave save = SaveMerged(*m_item, *m_library);
             ShowTaken(save.Taken);
             if (!save.Saved)
                 return false;
@@ -508,12 +509,12 @@ bool ctlCodeDetails::KeepsDeletedItem() const
         .Buttons = MsgBoxButtons::YesNo,
         .Icon = MsgBoxIcon::Question,
         .MustAnswer = true};
-    if (Session().IsChildReplica) {
+    if (m_library->IsChildReplica()) {
         question.Caption = u"Update this item and reset its 'Conflicting' status?"_s;
         question.Text =
-            u"The item you have just updated is currently in conflict with its copy in mother database. \r\n"
+            u"The item you have just updated is currently in conflict with its copy in mother library. \r\n"
             "By saving your changes of this item you will cause another conflict on next synchronization with main "
-            "database. If you decide to continue, this item's 'Conflicting' status will be reset and the item will "
+            "library. If you decide to continue, this item's 'Conflicting' status will be reset and the item will "
             "appear as a 'regular' item from that point. \r\nDo you wish to continue?"_s;
     }
     return Prompts::Current().MsgBox(question) == MsgBoxResult::Yes;

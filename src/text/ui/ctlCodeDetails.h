@@ -39,11 +39,11 @@ public:
     explicit ctlCodeDetails(QWidget* parent = nullptr);
 
     // ItemDetailsView
-    void Initialise(Database* database, CCodeItem* item) override;
+    void Initialise(Library* library, CCodeItem* item) override;
     void TreeReplaced() override;
     void SetLocked(bool locked) override;
     bool Locked() const override { return m_locked; }
-    void FormatingInitialize(Database& database) override;
+    void FormatingInitialize(Library& library) override;
     void SetCodeEnabled(bool hasContent) override { SetTabEnabled(DetailsTab::Code, hasContent); }
     void SetNotesEnabled(bool hasContent) override { SetTabEnabled(DetailsTab::Notes, hasContent); }
     void SetUsageEnabled(bool hasContent) override { SetTabEnabled(DetailsTab::Usage, hasContent); }
@@ -129,7 +129,7 @@ public:
     /// Offers the texts that were typed into this library's items and never saved, and shows them
     /// if the user wants. @p goTo selects an item. What is neither shown nor declined is kept: of an item
     /// that is gone in a file, else for the next start.
-    void OfferUnsavedTexts(Database& database, const std::function<void(qint64 item)>& goTo);
+    void OfferUnsavedTexts(Library& library, const std::function<void(qint64 item)>& goTo);
     /// Writes at once what was typed and not saved; the program may end any moment.
     void KeepUnsavedTexts();
 
@@ -241,7 +241,7 @@ private:
     void DisplayWelcomePage();
     void OpenAddress(const QString& address);
     void ForgetUnsavedTexts();
-    bool Offer(Database& database, const RecoveryFile& file, const UnsavedTexts& unsaved,
+    bool Offer(Library& library, const RecoveryFile& file, const UnsavedTexts& unsaved,
                const std::function<void(qint64 item)>& goTo);
     void ShowUnsaved(const UnsavedTexts& unsaved);
     CodeBox* CurrentCodeBox() const;
@@ -258,11 +258,12 @@ private:
     void SetTabEnabled(DetailsTab tab, bool hasContent);
     bool KeepsDeletedItem() const;
     void ShowLockedState();
-    void ShowWelcomeFacts(Database* database);
+    void ShowWelcomeFacts(Library* library);
 
     CTextFormat mFT;
     QPointer<CCodeItem> m_item;
-    Database* m_database = nullptr; ///< that it lies in
+    Library* m_library = nullptr; ///< that it lies in
+    QString m_htmlFolder;         ///< of the open library
     QStackedWidget* m_pages;
     QLabel* m_title = nullptr;
     QLabel* m_description = nullptr;

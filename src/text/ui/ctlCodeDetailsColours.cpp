@@ -3,9 +3,10 @@
 #include "platform/richtext/Rtf.h"
 #include "platform/system/Prompts.h"
 #include "store/CCodeItem.h"
+#include "store/Library.h"
 #include "text/CodeSections.h"
-#include "text/ui/ctlCodeDetails.h"
 #include "text/ui/CodeBox.h"
+#include "text/ui/ctlCodeDetails.h"
 
 #include <QCoreApplication>
 #include <QProgressBar>
@@ -66,9 +67,9 @@ CodeBox& ctlCodeDetails::CodeBoxOf(Text text) const
     return text == CodeText ? *rtbCode : *rtbUsage;
 }
 
-void ctlCodeDetails::FormatingInitialize(Database& database)
+void ctlCodeDetails::FormatingInitialize(Library& library)
 {
-    mFT.ColorizeInit(database);
+    mFT.ColorizeInit(library);
     for (const Text text : {CodeText, UsageText})
         ShowByLanguage(text);
 }

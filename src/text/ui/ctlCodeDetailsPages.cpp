@@ -3,12 +3,12 @@
 #include "platform/dao/Database.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/Shell.h"
-#include "store/SessionValues.h"
+#include "store/Library.h"
 #include "support/Addresses.h"
 #include "support/ErrorRoutine.h"
+#include "text/ui/ctlCodeDetails.h"
 #include "web/LocalPages.h"
 #include "web/WebPages.h"
-#include "text/ui/ctlCodeDetails.h"
 #include "web/ui/BrowserView.h"
 #include "web/ui/BusyLogo.h"
 #include "web/ui/LocalPage.h"
@@ -26,7 +26,7 @@ using namespace Qt::StringLiterals;
 
 void ctlCodeDetails::DisplayWelcomePage()
 {
-    const QString folder = Session().CurrentHTMLFolder;
+    const QString folder = m_htmlFolder;
     if (qb::DefaultPagesMissing(folder))
         Q_EMIT DefaultPagesMissing(folder);
     WelcomeBrowserNavigate(WelcomePage);
@@ -34,20 +34,20 @@ void ctlCodeDetails::DisplayWelcomePage()
 
 void ctlCodeDetails::WelcomeBrowserNavigate(const QString& page)
 {
-    webWelcome->ShowPage(Session().CurrentHTMLFolder, page, BuiltInPage(page));
+    webWelcome->ShowPage(m_htmlFolder, page, BuiltInPage(page));
 }
 
-void ctlCodeDetails::ShowWelcomeFacts(Database* database)
+void ctlCodeDetails::ShowWelcomeFacts(Library* library)
 {
-    webWelcome->setVisible(database);
-    if (!database) {
+    webWelcome->setVisible(library);
+    if (!library) {
         m_facts->setText(u"No library is open. The File menu makes a new one or adds an existing one."_s);
         return;
     }
     DisplayWelcomePage();
-    const qint64 items = database->QueryValue(u"SELECT count(*) FROM Items"_s).ToLong();
-    m_facts->setText(u"%1\n%2 items, %3"_s.arg(QDir::toNativeSeparators(database->Name()), QLocale().toString(items),
-                                               QLocale().formattedDataSize(QFileInfo(database->Name()).size())));
+    const qint64 items = library->QueryValue(u"SELECT count(*) FROM Items"_s).ToLong();
+    m_facts->setText(u"%1\n%2 items, %3"_s.arg(QDir::toNativeSeparators(library->Name()), QLocale().toString(items),
+                                               QLocale().formattedDataSize(QFileInfo(library->Name()).size())));
 }
 
 void ctlCodeDetails::OpenAddress(const QString& address)
@@ -100,7 +100,7 @@ void ctlCodeDetails::Navigate(const QString& address)
 {
     const QUrl url = UrlOfAddress(address);
     if (IsAddress(url))
-        webLinks->Navigate(url, Session().CurrentHTMLFolder);
+        webLinks->Navigate(url, m_htmlFolder);
     else
         webLinks->TellNowhere(address, u"it is none."_s);
 }

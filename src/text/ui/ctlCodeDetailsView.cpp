@@ -1,16 +1,16 @@
 // How the texts are seen, finding in them, and the net below what is typed.
 
-#include "platform/dao/Database.h"
 #include "platform/richtext/Rtf.h"
 #include "platform/system/Prompts.h"
 #include "store/CCodeItem.h"
+#include "store/Library.h"
 #include "support/ErrorRoutine.h"
 #include "text/CodeSections.h"
 #include "text/FileDetailsView.h"
-#include "text/ui/ctlCodeDetails.h"
 #include "text/ui/CodeBox.h"
 #include "text/ui/FindBar.h"
 #include "text/ui/RichTextBox.h"
+#include "text/ui/ctlCodeDetails.h"
 
 #include <QDir>
 #include <QScopedValueRollback>
@@ -119,25 +119,25 @@ void ctlCodeDetails::ForgetUnsavedTexts()
         m_recovery->Remove();
 }
 
-void ctlCodeDetails::OfferUnsavedTexts(Database& database, const std::function<void(qint64 item)>& goTo)
+void ctlCodeDetails::OfferUnsavedTexts(Library& library, const std::function<void(qint64 item)>& goTo)
 {
     Guarded(ModuleName, u"OfferUnsavedTexts"_s, [&] {
-        for (const RecoveryFile& file : RecoveryFile::All(database.Name())) {
+        for (const RecoveryFile& file : RecoveryFile::All(library.Name())) {
             if (const std::optional<UnsavedTexts> unsaved = file.Read();
-                unsaved && Offer(database, file, *unsaved, goTo))
+                unsaved && Offer(library, file, *unsaved, goTo))
                 return; // the next one at the next start
         }
     });
 }
 
 /// Shows the texts if the user wants. What nobody has declined is kept. True when they are shown.
-bool ctlCodeDetails::Offer(Database& database, const RecoveryFile& file, const UnsavedTexts& unsaved,
+bool ctlCodeDetails::Offer(Library& library, const RecoveryFile& file, const UnsavedTexts& unsaved,
                            const std::function<void(qint64 item)>& goTo)
 {
     const auto say = [](const QString& text) {
         Prompts::Current().MsgBox({.Text = text, .Caption = u"Unsaved Changes"_s, .Icon = MsgBoxIcon::Exclamation});
     };
-    Statement row = database.Query(u"SELECT Title, LastChanged FROM Items WHERE ID = ?"_s, {unsaved.Item});
+    Statement row = library.Query(u"SELECT Title, LastChanged FROM Items WHERE ID = ?"_s, {unsaved.Item});
     if (!row.Step()) {
         say(u"The program ended before the changes of the item %1 were saved, and the item is gone since. Its texts "
             "are kept in the file '%2'."_s.arg(unsaved.Item)

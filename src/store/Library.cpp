@@ -1,8 +1,9 @@
-#include "store/SessionValues.h"
+#include "store/Library.h"
 
 #include "platform/system/Paths.h"
 #include "store/SideFolders.h"
 
+#include <QDir>
 #include <algorithm>
 
 namespace qb {
@@ -18,12 +19,6 @@ QString SideFolder(const QString& libraryPath, const QString& suffix)
 }
 
 } // namespace
-
-SessionValues& Session()
-{
-    static SessionValues values;
-    return values;
-}
 
 QString FilesFolderOf(const QString& libraryPath)
 {
@@ -51,16 +46,25 @@ ReplicaState ReadReplicaState(Database& database)
     return state;
 }
 
-void SetSessionValues(Database& database)
+std::unique_ptr<Library> Library::Open(const QString& path, DBEngine::Access access)
 {
-    const ReplicaState state = ReadReplicaState(database);
-    Session() = {.CurrentFilesFolder = FilesFolderOf(database.Name()),
-                 .CurrentHTMLFolder = HTMLFolderOf(database.Name()),
-                 .LibraryPath = database.Name(),
-                 .Identity = LibraryIdentity(database),
-                 .IsChildReplica = state.IsChild,
-                 .IsMotherReplica = state.IsMother,
-                 .LastExportedDate = state.IsChild ? state.LastExported : Date()};
+    const std::unique_ptr<Database> database = DBEngine::OpenDatabase(path, access);
+    if (!IsLibrary(*database))
+        throw RuntimeError(ErrorNumber::NotADatabase,
+                           u"'%1' is not a KT Quillbase database."_s.arg(QDir::toNativeSeparators(path)), u"Library"_s);
+    return std::unique_ptr<Library>(new Library(std::move(*database)));
+}
+
+Library::Library(Database&& database)
+    : Database(std::move(database)), m_filesFolder(FilesFolderOf(Name())), m_htmlFolder(HTMLFolderOf(Name())),
+      m_identity(LibraryIdentity(*this))
+{
+    ReadReplica();
+}
+
+void Library::ReadReplica()
+{
+    m_replica = ReadReplicaState(*this);
 }
 
 bool IsLibrary(Database& database)

@@ -1,5 +1,5 @@
-#include "platform/dao/DBEngine.h"
-#include "store/SessionValues.h"
+#include "store/ItemBranch.h"
+#include "store/Library.h"
 #include "support/LibraryBuilder.h"
 #include "support/TestRun.h"
 
@@ -7,12 +7,12 @@ using namespace qb;
 using namespace qb::test;
 using namespace Qt::StringLiterals;
 
-class TestSessionValues : public QObject {
+class TestLibrary : public QObject {
     Q_OBJECT
 
 private:
     std::optional<TemporaryHome> m_home;
-    std::unique_ptr<Database> m_library;
+    std::unique_ptr<Library> m_library;
 
 private Q_SLOTS:
     void init()
@@ -52,22 +52,21 @@ private Q_SLOTS:
 
     void plainLibrary_isNeitherChildNorMother()
     {
-        SetSessionValues(*m_library);
-        QVERIFY(!Session().IsChildReplica && !Session().IsMotherReplica);
-        QVERIFY(Session().LastExportedDate.IsNone());
-        QCOMPARE(Session().CurrentFilesFolder, m_home->Path(u"Session ö_Files/"_s));
-        QCOMPARE(Session().CurrentHTMLFolder, m_home->Path(u"Session ö_HTML/"_s));
-        QVERIFY(!QFileInfo::exists(Session().CurrentFilesFolder)); // it is made when it is needed
+        QVERIFY(!m_library->IsChildReplica() && !m_library->IsMotherReplica());
+        QVERIFY(m_library->LastExportedDate().IsNone());
+        QCOMPARE(m_library->FilesFolder(), m_home->Path(u"Session ö_Files/"_s));
+        QCOMPARE(m_library->HTMLFolder(), m_home->Path(u"Session ö_HTML/"_s));
+        QVERIFY(!QFileInfo::exists(m_library->FilesFolder())); // it is made when it is needed
     }
 
     void childsDates_areRead()
     {
         MakeChild(*m_library, u"/Mütter/m.qbd"_s, Date::FromSeconds(100));
-        QVERIFY(Session().IsChildReplica && !Session().IsMotherReplica);
-        QVERIFY(Session().LastExportedDate.IsNone());
+        QVERIFY(m_library->IsChildReplica() && !m_library->IsMotherReplica());
+        QVERIFY(m_library->LastExportedDate().IsNone());
         m_library->Execute(u"UPDATE Properties SET LastExported = 200"_s);
-        SetSessionValues(*m_library);
-        QCOMPARE(Session().LastExportedDate.Seconds(), 200);
+        m_library->ReadReplica();
+        QCOMPARE(m_library->LastExportedDate().Seconds(), 200);
         QCOMPARE(ReadReplicaState(*m_library).LastSynchronized.Seconds(), 100);
     }
 
@@ -75,9 +74,9 @@ private Q_SLOTS:
     {
         MakeChild(*m_library, QString(u""_s), Date::FromSeconds(100));
         m_library->Execute(u"UPDATE Properties SET LastExported = 200"_s);
-        SetSessionValues(*m_library);
-        QVERIFY(!Session().IsChildReplica);
-        QVERIFY(Session().LastExportedDate.IsNone());
+        m_library->ReadReplica();
+        QVERIFY(!m_library->IsChildReplica());
+        QVERIFY(m_library->LastExportedDate().IsNone());
     }
 
     void mothersChildren_areCounted()
@@ -89,13 +88,40 @@ private Q_SLOTS:
         QCOMPARE(state.Children, 2);
     }
 
-    void valuesOfTheLibraryBefore_areForgotten()
+    void librariesThatAreOpenAtATime_haveValuesOfTheirOwn()
     {
         MakeChild(*m_library, u"/m.qbd"_s, Date::FromSeconds(100));
         MakeMother(*m_library, Date::FromSeconds(100));
-        QVERIFY(Session().IsChildReplica && Session().IsMotherReplica);
         const auto other = MakeLibrary(m_home->Path(u"other.qbd"_s), LanguageType::None);
-        QVERIFY(!Session().IsChildReplica && !Session().IsMotherReplica);
+        QVERIFY(m_library->IsChildReplica() && m_library->IsMotherReplica());
+        QVERIFY(!other->IsChildReplica() && !other->IsMotherReplica());
+        QVERIFY(other->Identity() != m_library->Identity() && !other->Identity().isEmpty());
+        QCOMPARE(other->FilesFolder(), m_home->Path(u"other_Files/"_s));
+        QCOMPARE(m_library->FilesFolder(), m_home->Path(u"Session ö_Files/"_s));
+    }
+
+    void deletionInOneOfTwoLibraries_leavesTheFilesOfTheOther()
+    {
+        const auto other = MakeLibrary(m_home->Path(u"other.qbd"_s), LanguageType::None);
+        const qint64 item = AddItem(*m_library, 0, u"one"_s);
+        QCOMPARE(AddItem(*other, 0, u"other's one"_s), item);
+        QCOMPARE(AddStoredFile(*m_library, item, u"a.txt"_s, "own", {}),
+                 AddStoredFile(*other, item, u"a.txt"_s, "x", {}));
+        DeleteBranch(*other, item);
+        QCOMPARE(StoredNames(other->FilesFolder()), QStringList());
+        QCOMPARE(ReadFile(m_library->FilesFolder() + u"1 - a.txt"_s), "own");
+    }
+
+    void databaseThatIsNoLibrary_isRefused()
+    {
+        const QString path = m_home->Path(u"none.qbd"_s);
+        DBEngine::CreateDatabase(path)->Execute(u"CREATE TABLE Items (ID INTEGER)"_s);
+        try {
+            Library::Open(path);
+            QFAIL("it was opened");
+        } catch (const RuntimeError& error) {
+            QCOMPARE(error.Number(), ErrorNumber::NotADatabase);
+        }
     }
 
     void library_isKnownByFourTables_data()
@@ -116,5 +142,5 @@ private Q_SLOTS:
     }
 };
 
-QB_TEST_MAIN(TestSessionValues)
-#include "tst_session_values.moc"
+QB_TEST_MAIN(TestLibrary)
+#include "tst_library.moc"

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/dao/DBEngine.h"
+
+#include <QString>
+#include <memory>
+
+namespace qb {
+
+/// What `Properties` and `ChildCopies` say of a library's part in replication.
+struct ReplicaState {
+    bool IsChild = false;  ///< the library was given out by a mother
+    bool IsMother = false; ///< the library has children
+    Date LastExported;     ///< of a child's changes to the mother; "none" once she has answered
+    Date LastSynchronized; ///< of a child with its mother
+    int Children = 0;
+};
+ReplicaState ReadReplicaState(Database& database);
+
+/// A library: an open database with its two folders and its part in replication. Several can be open at a
+/// time; nothing of one is known outside of it.
+class Library : public Database {
+public:
+    /// Raises what DBEngine::OpenDatabase raises, and 3343 when the database is no library.
+    static std::unique_ptr<Library> Open(const QString& path, DBEngine::Access access = DBEngine::Access::ReadWrite);
+
+    const QString& FilesFolder() const { return m_filesFolder; } ///< of the stored files, ends in a separator
+    const QString& HTMLFolder() const { return m_htmlFolder; }   ///< of the web pages, ends in a separator
+    const QString& Identity() const { return m_identity; }       ///< empty when the library has none
+    bool IsChildReplica() const { return m_replica.IsChild; }
+    bool IsMotherReplica() const { return m_replica.IsMother; }
+    bool IsReplicated() const { return IsChildReplica() || IsMotherReplica(); }
+    /// Of a child whose changes are on their way to the mother; "none" otherwise.
+    Date LastExportedDate() const { return IsChildReplica() ? m_replica.LastExported : Date(); }
+    const ReplicaState& Replica() const { return m_replica; }
+
+    /// Reads anew what others, or a synchronization, may have changed of the library's part in replication.
+    void ReadReplica();
+
+private:
+    explicit Library(Database&& database);
+
+    QString m_filesFolder;
+    QString m_htmlFolder;
+    QString m_identity;
+    ReplicaState m_replica;
+};
+
+/// The folder of a library's stored files: beside the library, its name without extension and "_Files".
+QString FilesFolderOf(const QString& libraryPath);
+/// The folder of its web pages, with "_HTML".
+QString HTMLFolderOf(const QString& libraryPath);
+
+/// True when the database has the four tables by which a library is known.
+bool IsLibrary(Database& database);
+
+} // namespace qb
