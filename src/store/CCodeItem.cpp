@@ -213,6 +213,7 @@ bool CCodeItem::InsertObject()
 bool CCodeItem::UpdateObject()
 {
     return Guarded(ModuleName(), u"UpdateObject"_s, [this] {
+        // The row first, and whatever becomes of the links: a text that was typed waits for no note.
         Transaction whole(OwnLibrary());
         if (m_itemChanged) {
             RequireRead();
@@ -221,8 +222,6 @@ bool CCodeItem::UpdateObject()
             WriteChanged(row);
             row.Update();
         }
-        if (m_linksChanged)
-            UpdateLinks();
         whole.Commit();
         if (m_itemChanged) {
             m_itemMarkedForDelete = LastChanged().IsNone();
@@ -231,6 +230,8 @@ bool CCodeItem::UpdateObject()
             SetUnchanged();
         }
         m_itemChanged = false;
+        if (m_linksChanged)
+            UpdateLinks();
         m_linksChanged = false;
     });
 }

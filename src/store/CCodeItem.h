@@ -152,6 +152,7 @@ private:
     void ReadLinks();
     void UpdateLinks();
     LinkChange UpdateLink(const CLink& link);
+    qint64 EnsureLinkRow(qint64 from, qint64 to, const QString& note);
     qint64 InsertLinkRow(qint64 from, qint64 to, const QString& note);
     void DeleteLinkRow(qint64 id);
     qint64 MotherRecordOf(qint64 item) const;

@@ -3,6 +3,7 @@
 #include "platform/dao/Database.h"
 #include "platform/system/Clock.h"
 #include "store/CCodeItem.h"
+#include "store/Deletions.h"
 #include "store/ItemBranch.h"
 #include "store/Library.h"
 #include "support/ErrorRoutine.h"
@@ -77,6 +78,23 @@ qint64 CCodeItem::InsertLinkRow(qint64 from, qint64 to, const QString& note)
     return row.LastModified();
 }
 
+/// The ID of the row that leads from one item to the other; it is added where there is none. Another program,
+/// or the other item, may have made it since; what that one notes stays, and @p note stands below it.
+qint64 CCodeItem::EnsureLinkRow(qint64 from, qint64 to, const QString& note)
+{
+    const Recordset row = OwnLibrary().OpenRecordset(u"ItemLinks"_s, u"ItemID = ? AND LinkItemID = ?"_s, {from, to});
+    if (row.IsEmpty())
+        return InsertLinkRow(from, to, note);
+    const qint64 id = row[u"ID"_s].ToLong();
+    QStringList notes{row[u"Note"_s].ToText(), NoteText(note)};
+    notes.removeAll(QString());
+    notes.removeDuplicates();
+    if (!note.isEmpty())
+        OwnLibrary().Execute(u"UPDATE ItemLinks SET Note = ?, DateUpdated = ? WHERE ID = ?"_s,
+                             {notes.join(u"\r\n"_s), Clock::Now(), id});
+    return id;
+}
+
 void CCodeItem::ChangeLinkNote(const QString& key, const QString& note)
 {
     const std::shared_ptr<CLink> link = m_links.Item(key);
@@ -100,10 +118,18 @@ QString CCodeItem::NoteText(const QString& note) const
     return note;
 }
 
+/// Deletes a row, and records it where the other side may know the link: by the IDs that it knows it by.
 void CCodeItem::DeleteLinkRow(qint64 id)
 {
+    Library& library = OwnLibrary();
+    if (id != 0 && library.IsReplicated()) {
+        const QString ends = library.IsChildReplica() ? u"MotherItemID, MotherLinkItemID"_s : u"ItemID, LinkItemID"_s;
+        library.Execute(u"INSERT INTO DeletedItemLinks (ItemID, LinkItemID, DateDeleted) SELECT %1, ? FROM ItemLinks "
+                        "WHERE ID = ? AND coalesce(DateAdded, 0) < ? AND min(%1) > 0"_s.arg(ends),
+                        {Clock::Now(), id, DeletionCutOff(library)});
+    }
     if (id != 0)
-        OwnLibrary().Execute(u"DELETE FROM ItemLinks WHERE ID = ?"_s, {id});
+        library.Execute(u"DELETE FROM ItemLinks WHERE ID = ?"_s, {id});
 }
 
 /// Writes the rows of one link; what changes in memory by that is for later, when all are written.
@@ -115,15 +141,15 @@ CCodeItem::LinkChange CCodeItem::UpdateLink(const CLink& link)
         const qint64 written = OwnLibrary().Execute(u"UPDATE ItemLinks SET Note = ?, DateUpdated = ? WHERE ID = ?"_s,
                                                     {NoteText(link.Note), Clock::Now(), link.ID});
         if (written == 0) // another program has removed it since
-            InsertLinkRow(own, other, link.Note);
+            EnsureLinkRow(own, other, link.Note);
     };
     const bool leads = link.Direction == LinkDirection::Left || link.Direction == LinkDirection::Both;
     const bool leadsBack = link.Direction == LinkDirection::Right || link.Direction == LinkDirection::Both;
     if (link.ID == 0) { // a new link; reloading the item brings its IDs
         if (leads)
-            InsertLinkRow(own, other, link.Note);
+            EnsureLinkRow(own, other, link.Note);
         if (leadsBack)
-            InsertLinkRow(other, own, {});
+            EnsureLinkRow(other, own, {});
         return {.ID2 = link.ID2, .Removed = false};
     }
     LinkChange change{.ID2 = link.ID2, .Removed = !leads};
@@ -131,7 +157,7 @@ CCodeItem::LinkChange CCodeItem::UpdateLink(const CLink& link)
     if (!leadsBack)
         DeleteLinkRow(link.ID2);
     else if (link.ID2 == 0)
-        change.ID2 = InsertLinkRow(other, own, {});
+        change.ID2 = EnsureLinkRow(other, own, {});
     return change;
 }
 

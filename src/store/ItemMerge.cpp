@@ -99,9 +99,10 @@ private:
                 break;
             }
         }
-        if (open.empty() && m_item.Commit()) {
-            transaction.Commit();
-            m_result.Saved = true;
+        if (open.empty()) {
+            m_result.Saved = m_item.Commit();
+            if (!m_item.ItemChanged()) // the row was written, if not the links
+                transaction.Commit();
         }
         return open;
     }

@@ -239,7 +239,7 @@ void StoredFileDeletion::Complete()
         QFile::remove(file.Leaving);
     m_moved.clear();
     if (std::exchange(m_lacksMotherRecord, false)) // now that nobody waits for the library
-        Prompts::Current().MsgBox({.Text = u"Missing valid MotherRecordID in Files table in replica library. "
+        Prompts::Current().MsgBox({.Text = u"Missing valid MotherRecordID in Files table in replica database. "
                                            "(CFileObject; DeleteObject subroutine)"_s,
                                    .Caption = u"Error"_s,
                                    .Icon = MsgBoxIcon::Critical});

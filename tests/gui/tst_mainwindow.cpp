@@ -318,8 +318,8 @@ private Q_SLOTS:
     {
         MakeDefaultLibrary();
         Open();
-        Library::Open(DefaultLibrary())->Execute(u"DROP TABLE Bookmarks"_s);
-        Library::Open(DefaultLibrary())->Execute(u"ALTER TABLE Items RENAME TO Gone"_s);
+        DBEngine::OpenDatabase(DefaultLibrary())->Execute(u"DROP TABLE Bookmarks"_s);
+        DBEngine::OpenDatabase(DefaultLibrary())->Execute(u"ALTER TABLE Items RENAME TO Gone"_s);
         m_prompts->ExpectError();
         m_prompts->ExpectError();
         Action(u"mnuViewRefresh"_s)->trigger();

@@ -294,8 +294,10 @@ private Q_SLOTS:
     void childWithoutTheMothersColumns_isUpdatedAllTheSame()
     {
         MakeChild(*m_library, u"/m.qbd"_s, Date::FromSeconds(100));
-        for (const QString& column : {u"MotherParentID"_s, u"MotherRecordID"_s})
+        for (const QString& column : {u"MotherParentID"_s, u"MotherRecordID"_s}) {
+            m_library->Execute(u"DROP INDEX Items_"_s + column);
             m_library->DeleteField(u"Items"_s, column);
+        }
         const auto item = Item(m_id);
         item->SetTitle(u"other"_s);
         item->SetItemChanged(true);

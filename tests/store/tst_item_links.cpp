@@ -228,7 +228,7 @@ private Q_SLOTS:
         QCOMPARE(CountOf(*m_database, u"ItemLinks"_s), 1);
     }
 
-    void noteWithAnApostrophe_isAnErrorThatChangesNothing()
+    void noteWithAnApostrophe_isAnErrorThatChangesNoLink()
     {
         Row(m_a, m_b, u"old"_s);
         CCodeItem& item = Open(m_a);
@@ -243,7 +243,9 @@ private Q_SLOTS:
         QVERIFY(!item.Commit());
         QVERIFY(m_prompts->Errors.last().contains(u"Syntax error"_s));
         QCOMPARE(Rows(), u"AB'old'"_s);
-        QCOMPARE(m_database->QueryValue(u"SELECT Title FROM Items WHERE ID = ?"_s, {m_a}).ToText(), u"A"_s);
+        // What was typed of the item does not wait for it.
+        QCOMPARE(m_database->QueryValue(u"SELECT Title FROM Items WHERE ID = ?"_s, {m_a}).ToText(), u"other title"_s);
+        QVERIFY(!item.ItemChanged());
         QVERIFY(item.LinksChanged()); // it can be mended and saved
         item.Links().Item(CLinks::KeyOf(m_b))->Note = u"its"_s;
         QVERIFY(item.Commit());
@@ -259,14 +261,89 @@ private Q_SLOTS:
         QCOMPARE(CountOf(*m_database, u"Items"_s), 3);
     }
 
-    void linkAddedElsewhereMeanwhile_isRefusedByTheKey()
+    void linkAddedElsewhereMeanwhile_keepsBothNotes_data()
     {
+        QTest::addColumn<QString>("own");
+        QTest::addColumn<QString>("rows");
+        QTest::newRow("none here") << u""_s << u"AB'of another'"_s;
+        QTest::newRow("the same") << u"of another"_s << u"AB'of another'"_s;
+        QTest::newRow("another") << u"own"_s << u"AB'of another\r\nown'"_s;
+    }
+    void linkAddedElsewhereMeanwhile_keepsBothNotes()
+    {
+        QFETCH(QString, own);
         CCodeItem& item = Open(m_a);
-        Change(item, LinkDirection::Left);
+        Change(item, LinkDirection::Left)->Note = own;
         Row(m_a, m_b, u"of another"_s);
-        m_prompts->ExpectError();
-        QVERIFY(!item.Commit());
-        QCOMPARE(Rows(), u"AB'of another'"_s);
+        QVERIFY(item.Commit());
+        QTEST(Rows(), "rows");
+    }
+
+    void linkBackToAnItemThatLeadsHere_addsTheMissingSideOnly_data()
+    {
+        QTest::addColumn<LinkDirection>("direction");
+        QTest::addColumn<QString>("rows");
+        QTest::newRow("from here") << LinkDirection::Left << u"AB'there' BA'typed'"_s;
+        QTest::newRow("to here") << LinkDirection::Right << u"AB'there'"_s;
+        QTest::newRow("both ways") << LinkDirection::Both << u"AB'there' BA'typed'"_s;
+    }
+    void linkBackToAnItemThatLeadsHere_addsTheMissingSideOnly()
+    {
+        QFETCH(LinkDirection, direction);
+        Row(m_a, m_b, u"there"_s);
+        CCodeItem& item = Open(m_b); // where the link from A is not to be seen
+        const auto link = item.Links().Add(CLinks::KeyOf(m_a));
+        link->LinkedItemId = m_a;
+        link->Direction = direction;
+        link->Note = u"typed"_s;
+        link->DirtyFlag = true;
+        item.SetNotes(u"{\\rtf1 text}"_s);
+        item.SetItemChanged(true);
+        item.SetLinksChanged(true);
+        QVERIFY(item.Commit());
+        QTEST(Rows(), "rows");
+        QCOMPARE(Open(m_b).Notes(), u"{\\rtf1 text}"_s);
+    }
+
+    void deletedLink_isRecordedWhereTheOtherSideKnowsIt_data()
+    {
+        QTest::addColumn<bool>("child");
+        QTest::addColumn<bool>("mother");
+        QTest::addColumn<bool>("before");
+        QTest::addColumn<bool>("known");
+        QTest::addColumn<QString>("recorded");
+        QTest::newRow("child") << true << false << true << true << u"101 102"_s;
+        QTest::newRow("child, made since") << true << false << false << true << QString();
+        QTest::newRow("child, an end not known") << true << false << true << false << QString();
+        QTest::newRow("mother") << false << true << true << false << u"1 2"_s;
+        QTest::newRow("mother, made since") << false << true << false << false << QString();
+    }
+    void deletedLink_isRecordedWhereTheOtherSideKnowsIt()
+    {
+        QFETCH(bool, child);
+        QFETCH(bool, mother);
+        QFETCH(bool, before);
+        QFETCH(bool, known);
+        const Date synchronized = Date::FromParts(2026, 1, 1);
+        if (child)
+            MakeChild(*m_database, u"/mother.qbd"_s, synchronized);
+        if (mother)
+            MakeMother(*m_database, synchronized);
+        Row(m_a, m_b, u"note"_s);
+        m_database->Execute(u"UPDATE ItemLinks SET DateAdded = ?"_s,
+                            {before ? Date::FromParts(2025, 6, 1) : Date::FromParts(2026, 2, 1)});
+        if (child)
+            m_database->Execute(u"UPDATE ItemLinks SET MotherItemID = 101, MotherLinkItemID = ?"_s, {known ? 102 : 0});
+        CCodeItem& item = Open(m_a);
+        const auto link = item.Links().Item(CLinks::KeyOf(m_b));
+        link->Direction = LinkDirection::None;
+        link->DirtyFlag = true;
+        item.SetLinksChanged(true);
+        QVERIFY(item.Commit());
+        QCOMPARE(Rows(), QString());
+        QTEST(Texts(*m_database, u"SELECT ItemID || ' ' || LinkItemID FROM DeletedItemLinks"_s).join(u';'), "recorded");
+        if (CountOf(*m_database, u"DeletedItemLinks"_s) > 0)
+            QCOMPARE(m_database->QueryValue(u"SELECT DateDeleted FROM DeletedItemLinks"_s).ToDate(), m_time->Now());
     }
 
     // In a child each row names the mother's records too
@@ -274,7 +351,6 @@ private Q_SLOTS:
     void childsRows_nameTheMothersRecords()
     {
         MakeChild(*m_database, u"/mother.qbd"_s, Date::FromParts(2026, 1, 1));
-        m_database->ReadReplica();
         m_database->Execute(u"UPDATE Items SET MotherRecordID = 100 + ID"_s);
         CCodeItem& item = Open(m_a);
         Change(item, LinkDirection::Both);
@@ -288,7 +364,6 @@ private Q_SLOTS:
     void childsLinkToAMissingItem_isAnError()
     {
         MakeChild(*m_database, u"/mother.qbd"_s, Date::FromParts(2026, 1, 1));
-        m_database->ReadReplica();
         CCodeItem& item = Open(m_a);
         Change(item, LinkDirection::Both);
         m_database->Execute(u"DELETE FROM Items WHERE ID = ?"_s, {m_b});

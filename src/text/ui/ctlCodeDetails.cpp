@@ -512,9 +512,9 @@ bool ctlCodeDetails::KeepsDeletedItem() const
     if (m_library->IsChildReplica()) {
         question.Caption = u"Update this item and reset its 'Conflicting' status?"_s;
         question.Text =
-            u"The item you have just updated is currently in conflict with its copy in mother library. \r\n"
+            u"The item you have just updated is currently in conflict with its copy in mother database. \r\n"
             "By saving your changes of this item you will cause another conflict on next synchronization with main "
-            "library. If you decide to continue, this item's 'Conflicting' status will be reset and the item will "
+            "database. If you decide to continue, this item's 'Conflicting' status will be reset and the item will "
             "appear as a 'regular' item from that point. \r\nDo you wish to continue?"_s;
     }
     return Prompts::Current().MsgBox(question) == MsgBoxResult::Yes;
