@@ -10,6 +10,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+const QString FieldsTable = u"MSysFields"_s;
+const QString RelationsTable = u"MSysRelations"_s;
+
 // The declared types decide the engine's affinity: "TEXT" anywhere in the name keeps digits
 // text, "BLOB" keeps bytes bytes, everything else is numeric.
 QString DeclaredType(const Field& field)
@@ -87,16 +90,27 @@ QString Literal(const Value& value)
 
 } // namespace
 
-void Create(Database& database)
+void Create(Database& database, const QString& schema)
 {
     database.Execute(
-        u"CREATE TABLE MSysFields (TableName TEXT NOT NULL COLLATE NOCASE, FieldName TEXT NOT NULL "
+        u"CREATE TABLE %1 (TableName TEXT NOT NULL COLLATE NOCASE, FieldName TEXT NOT NULL "
         "COLLATE NOCASE, Sequence INTEGER NOT NULL, OrdinalPosition INTEGER NOT NULL, Type INTEGER NOT "
         "NULL, Size INTEGER NOT NULL, AutoNumber INTEGER NOT NULL, Required INTEGER NOT NULL, "
-        "AllowZeroLength INTEGER NOT NULL, DefaultValue, PRIMARY KEY (TableName, FieldName)) WITHOUT ROWID"_s);
-    database.Execute(u"CREATE TABLE MSysRelations (Name TEXT NOT NULL COLLATE NOCASE PRIMARY KEY, TableName TEXT NOT "
+        "AllowZeroLength INTEGER NOT NULL, DefaultValue, PRIMARY KEY (TableName, FieldName)) WITHOUT ROWID"_s.arg(
+            Qualified(schema, FieldsTable)));
+    database.Execute(u"CREATE TABLE %1 (Name TEXT NOT NULL COLLATE NOCASE PRIMARY KEY, TableName TEXT NOT "
                      "NULL COLLATE NOCASE, ForeignTable TEXT NOT NULL COLLATE NOCASE, FieldName TEXT NOT NULL, "
-                     "ForeignField TEXT NOT NULL, Attributes INTEGER NOT NULL) WITHOUT ROWID"_s);
+                     "ForeignField TEXT NOT NULL, Attributes INTEGER NOT NULL) WITHOUT ROWID"_s.arg(
+                         Qualified(schema, RelationsTable)));
+}
+
+bool IsIn(Database& database, const QString& schema)
+{
+    return !database
+                .QueryValue(
+                    u"SELECT 1 FROM %1 WHERE type = 'table' AND name = ?"_s.arg(Qualified(schema, u"sqlite_schema"_s)),
+                    {FieldsTable})
+                .IsNull();
 }
 
 QString ColumnSql(const Field& field, bool required)
@@ -135,7 +149,7 @@ QString CreateTableSql(const TableDef& table, const std::vector<Relation>& relat
             reference += u" ON DELETE CASCADE"_s;
         parts << reference;
     }
-    return u"CREATE TABLE %1 (%2)"_s.arg(Quoted(name), parts.join(u", "_s));
+    return u"CREATE TABLE %1 (%2)"_s.arg(Qualified(table.Schema, name), parts.join(u", "_s));
 }
 
 QString StoredIndexName(const QString& table, const QString& index)
@@ -143,23 +157,26 @@ QString StoredIndexName(const QString& table, const QString& index)
     return table + u'_' + index;
 }
 
-QString CreateIndexSql(const QString& table, const Index& index)
+QString CreateIndexSql(const TableDef& table, const Index& index)
 {
     QStringList columns;
     for (const QString& field : index.Fields)
         columns << Quoted(field);
     const QString unique = index.Unique || index.Primary ? u"UNIQUE "_s : QString();
-    return u"CREATE %1INDEX %2 ON %3 (%4)"_s.arg(unique, Quoted(StoredIndexName(table, index.Name)), Quoted(table),
-                                                 columns.join(u", "_s));
+    return u"CREATE %1INDEX %2 ON %3 (%4)"_s.arg(unique,
+                                                 Qualified(table.Schema, StoredIndexName(table.Name, index.Name)),
+                                                 Quoted(table.Name), columns.join(u", "_s));
 }
 
-TableDef ReadTableDef(Database& database, const QString& table)
+TableDef ReadTableDef(Database& database, const QString& schema, const QString& table)
 {
-    TableDef definition;
+    TableDef definition{.Name = {}, .Fields = {}, .Indexes = {}, .Schema = schema};
+    if (schema == TemporarySchema && !IsIn(database, schema))
+        return definition; // nothing was made there yet
     Statement fields = database.Query(
         u"SELECT TableName, FieldName, Type, Size, OrdinalPosition, AutoNumber, Required, "
-        "AllowZeroLength, DefaultValue FROM MSysFields WHERE TableName = ? "
-        "ORDER BY OrdinalPosition, Sequence"_s,
+        "AllowZeroLength, DefaultValue FROM %1 WHERE TableName = ? "
+        "ORDER BY OrdinalPosition, Sequence"_s.arg(Qualified(schema, FieldsTable)),
         {table});
     while (fields.Step()) {
         definition.Name = fields.Text(0);
@@ -173,9 +190,9 @@ TableDef ReadTableDef(Database& database, const QString& table)
                                      .DefaultValue = fields.Column(8)});
     }
     const QString prefix = StoredIndexName(definition.Name, {});
-    Statement indexes = database.Query(u"SELECT l.name, l.\"unique\", i.name FROM pragma_index_list(?) l, "
-                                       "pragma_index_info(l.name) i ORDER BY l.name, i.seqno"_s,
-                                       {definition.Name});
+    Statement indexes = database.Query(u"SELECT l.name, l.\"unique\", i.name FROM pragma_index_list(?1, ?2) l, "
+                                       "pragma_index_info(l.name, ?2) i ORDER BY l.name, i.seqno"_s,
+                                       {definition.Name, schema});
     while (indexes.Step()) {
         if (!indexes.Text(0).startsWith(prefix))
             continue;
@@ -188,32 +205,35 @@ TableDef ReadTableDef(Database& database, const QString& table)
     return definition;
 }
 
-void WriteField(Database& database, const QString& table, const Field& field)
+void WriteField(Database& database, const TableDef& table, const Field& field)
+{
+    database.Execute(u"INSERT INTO %1 (TableName, FieldName, Sequence, OrdinalPosition, Type, Size, "
+                     "AutoNumber, Required, AllowZeroLength, DefaultValue) VALUES (?1, ?2, (SELECT "
+                     "coalesce(max(Sequence), 0) + 1 FROM %1 WHERE TableName = ?1), ?3, ?4, ?5, ?6, ?7, ?8, ?9)"_s.arg(
+                         Qualified(table.Schema, FieldsTable)),
+                     {table.Name, field.Name, field.OrdinalPosition, int(field.Type), field.Size, field.AutoIncrement,
+                      field.Required, field.AllowZeroLength, field.DefaultValue});
+}
+
+void ForgetField(Database& database, const TableDef& table, const QString& field)
 {
     database.Execute(
-        u"INSERT INTO MSysFields (TableName, FieldName, Sequence, OrdinalPosition, Type, Size, "
-        "AutoNumber, Required, AllowZeroLength, DefaultValue) VALUES (?1, ?2, (SELECT "
-        "coalesce(max(Sequence), 0) + 1 FROM MSysFields WHERE TableName = ?1), ?3, ?4, ?5, ?6, ?7, ?8, ?9)"_s,
-        {table, field.Name, field.OrdinalPosition, int(field.Type), field.Size, field.AutoIncrement, field.Required,
-         field.AllowZeroLength, field.DefaultValue});
+        u"DELETE FROM %1 WHERE TableName = ? AND FieldName = ?"_s.arg(Qualified(table.Schema, FieldsTable)),
+        {table.Name, field});
 }
 
-void ForgetField(Database& database, const QString& table, const QString& field)
+void ForgetTable(Database& database, const TableDef& table)
 {
-    database.Execute(u"DELETE FROM MSysFields WHERE TableName = ? AND FieldName = ?"_s, {table, field});
-}
-
-void ForgetTable(Database& database, const QString& table)
-{
-    database.Execute(u"DELETE FROM MSysFields WHERE TableName = ?"_s, {table});
-    database.Execute(u"DELETE FROM MSysRelations WHERE ForeignTable = ?"_s, {table});
+    database.Execute(u"DELETE FROM %1 WHERE TableName = ?"_s.arg(Qualified(table.Schema, FieldsTable)), {table.Name});
+    database.Execute(u"DELETE FROM %1 WHERE ForeignTable = ?"_s.arg(Qualified(table.Schema, RelationsTable)),
+                     {table.Name});
 }
 
 std::vector<Relation> ReadRelations(Database& database)
 {
     std::vector<Relation> relations;
     Statement rows = database.Query(u"SELECT Name, TableName, ForeignTable, FieldName, ForeignField, Attributes "
-                                    "FROM MSysRelations ORDER BY Name"_s);
+                                    "FROM %1 ORDER BY Name"_s.arg(Qualified(MainSchema, RelationsTable)));
     while (rows.Step())
         relations.push_back({rows.Text(0), rows.Text(1), rows.Text(2), rows.Text(3), rows.Text(4), int(rows.Long(5))});
     return relations;
@@ -221,8 +241,8 @@ std::vector<Relation> ReadRelations(Database& database)
 
 void WriteRelation(Database& database, const Relation& relation)
 {
-    database.Execute(u"INSERT INTO MSysRelations (Name, TableName, ForeignTable, FieldName, ForeignField, Attributes) "
-                     "VALUES (?, ?, ?, ?, ?, ?)"_s,
+    database.Execute(u"INSERT INTO %1 (Name, TableName, ForeignTable, FieldName, ForeignField, Attributes) "
+                     "VALUES (?, ?, ?, ?, ?, ?)"_s.arg(Qualified(MainSchema, RelationsTable)),
                      {relation.Name, relation.Table, relation.ForeignTable, relation.FieldName, relation.ForeignField,
                       relation.Attributes});
 }

@@ -11,19 +11,21 @@ class Database;
 /// `MSysRelations`: the relations by name).
 namespace Catalog {
 
-/// Makes the two tables in a new file.
-void Create(Database& database);
+/// Makes the two tables in a new file, or another schema.
+void Create(Database& database, const QString& schema = MainSchema);
+bool IsIn(Database& database, const QString& schema);
 
-/// The statement that makes @p table with the references in @p relations, under @p name.
+/// The statement that makes @p table with the references in @p relations, under @p name, in its schema.
 QString CreateTableSql(const TableDef& table, const std::vector<Relation>& relations, const QString& name);
-QString CreateIndexSql(const QString& table, const Index& index);
+QString CreateIndexSql(const TableDef& table, const Index& index);
 /// The declaration of one column: type, default and checks.
 QString ColumnSql(const Field& field, bool required);
 
-TableDef ReadTableDef(Database& database, const QString& table);
-void WriteField(Database& database, const QString& table, const Field& field);
-void ForgetField(Database& database, const QString& table, const QString& field);
-void ForgetTable(Database& database, const QString& table);
+/// Without columns when the schema has no such table.
+TableDef ReadTableDef(Database& database, const QString& schema, const QString& table);
+void WriteField(Database& database, const TableDef& table, const Field& field);
+void ForgetField(Database& database, const TableDef& table, const QString& field);
+void ForgetTable(Database& database, const TableDef& table);
 
 std::vector<Relation> ReadRelations(Database& database);
 void WriteRelation(Database& database, const Relation& relation);

@@ -3,6 +3,7 @@
 #include "platform/dao/Catalog.h"
 #include "platform/dao/EngineError.h"
 #include "platform/dao/JournalCheck.h"
+#include "platform/dao/OpeningChecks.h"
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
 
@@ -26,32 +27,10 @@ constexpr std::pair<int, int> Limits[] = {
     {SQLITE_LIMIT_COMPOUND_SELECT, 50},   {SQLITE_LIMIT_VDBE_OP, 100'000},  {SQLITE_LIMIT_FUNCTION_ARG, 16},
     {SQLITE_LIMIT_ATTACHED, 2},           {SQLITE_LIMIT_TRIGGER_DEPTH, 10},
 };
-constexpr QByteArrayView FileMagic{"SQLite format 3\0", 16};
 
 QString Shown(const QString& path)
 {
     return QDir::toNativeSeparators(path);
-}
-
-/// Says before the engine does, and more clearly, what is wrong with a file.
-void RefuseWhatIsNoDatabase(const QString& path)
-{
-    const QString procedure = u"DBEngine::OpenDatabase"_s;
-    const QFileInfo info(path);
-    if (!info.exists())
-        throw RuntimeError(ErrorNumber::FileNotFound, u"The file '%1' was not found."_s.arg(Shown(path)), procedure);
-    if (info.isDir())
-        throw RuntimeError(ErrorNumber::NotADatabase, u"'%1' is a folder, not a database."_s.arg(Shown(path)),
-                           procedure);
-    if (info.size() == 0)
-        throw RuntimeError(ErrorNumber::NotADatabase, u"'%1' is empty, not a database."_s.arg(Shown(path)), procedure);
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw RuntimeError(ErrorNumber::CannotOpen, u"'%1' can't be opened: %2."_s.arg(Shown(path), file.errorString()),
-                           procedure);
-    if (file.read(FileMagic.size()) != FileMagic)
-        throw RuntimeError(ErrorNumber::NotADatabase, u"'%1' is not a database of this program."_s.arg(Shown(path)),
-                           procedure);
 }
 
 } // namespace
@@ -61,7 +40,8 @@ std::unique_ptr<Database> DBEngine::Connect(const QString& path, int flags)
     RefuseForeignJournal(path);
     sqlite3* connection = nullptr;
     const QString absolute = QFileInfo(path).absoluteFilePath();
-    const int code = sqlite3_open_v2(absolute.toUtf8().constData(), &connection, flags, nullptr);
+    // Files that are attached say by an address how they are to be opened; this one is a path from the root.
+    const int code = sqlite3_open_v2(absolute.toUtf8().constData(), &connection, flags | SQLITE_OPEN_URI, nullptr);
     std::unique_ptr<Database> database(new Database(connection, absolute));
     if (code != SQLITE_OK)
         database->Raise(code, u"DBEngine::OpenDatabase"_s);
@@ -80,10 +60,7 @@ std::unique_ptr<Database> DBEngine::Connect(const QString& path, int flags)
     sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
     database->Execute(u"PRAGMA cell_size_check = ON"_s); // damage is found where it is read
     database->Execute(u"PRAGMA foreign_keys = ON"_s);
-    // With FULL the removal of the journal is not on the disk when a commit returns: a power cut within
-    // seconds finds the journal again and undoes the commit.
-    database->Execute(u"PRAGMA synchronous = EXTRA"_s);
-    database->Execute(u"PRAGMA cache_size = -8000"_s); // kB
+    database->ApplyFilePragmas(MainSchema);
     return database;
 }
 
@@ -117,18 +94,25 @@ std::unique_ptr<Database> DBEngine::ConnectAndLook(const QString& path, Access a
 {
     std::unique_ptr<Database> database = Connect(path, access == Access::ReadWrite ? SQLITE_OPEN_READWRITE
                                                                                    : SQLITE_OPEN_READONLY);
-    database->QueryValue(u"SELECT count(*) FROM sqlite_schema"_s);
+    database->QueryValue(u"SELECT 1 FROM sqlite_schema LIMIT 1"_s);
     return database;
+}
+
+void DBEngine::ClearAway(Database& database)
+{
+    try {
+        const Transaction lock(database);
+        RemoveStaleSuperJournals(database.Name());
+    } catch (const RuntimeError&) {
+        // Somebody is writing: the next opening does it.
+    }
 }
 
 std::unique_ptr<Database> DBEngine::OpenDatabase(const QString& path, Access access)
 {
     RefuseWhatIsNoDatabase(path);
-    if (access == Access::ReadWrite) {
-        if (const QString reason = WhyNotWritable(path); !reason.isEmpty())
-            throw RuntimeError(ErrorNumber::CannotOpen, u"'%1' can't be changed. %2"_s.arg(Shown(path), reason),
-                               u"DBEngine::OpenDatabase"_s);
-    }
+    if (access == Access::ReadWrite)
+        RefuseUnwritable(path);
     std::unique_ptr<Database> database;
     try {
         database = ConnectAndLook(path, access);
@@ -139,26 +123,9 @@ std::unique_ptr<Database> DBEngine::OpenDatabase(const QString& path, Access acc
         OpenDatabase(path, Access::ReadWrite);
         database = ConnectAndLook(path, access);
     }
-    if (access == Access::ReadWrite && database->IsReadOnly())
-        throw RuntimeError(ErrorNumber::CannotOpen, u"'%1' is read-only."_s.arg(Shown(path)),
-                           u"DBEngine::OpenDatabase"_s);
-    const qint64 version = database->QueryValue(u"PRAGMA user_version"_s).ToLong();
-    if (access == Access::ReadWrite && version > FormatVersion)
-        throw RuntimeError(
-            ErrorNumber::CannotOpen,
-            u"'%1' was made by a newer version of the program (format %2, this one knows %3); it can be opened for "
-            "reading only."_s.arg(Shown(path))
-                .arg(version)
-                .arg(FormatVersion),
-            u"DBEngine::OpenDatabase"_s);
-    const qint64 expected = database->QueryValue(u"PRAGMA page_count"_s).ToLong()
-                            * database->QueryValue(u"PRAGMA page_size"_s).ToLong();
-    if (QFileInfo(path).size() < expected)
-        throw RuntimeError(ErrorNumber::Corrupt, u"'%1' is damaged or incomplete."_s.arg(Shown(path)),
-                           u"DBEngine::OpenDatabase"_s);
-    // A file that another tool has switched to a write-ahead log could not lie on a share.
-    if (access == Access::ReadWrite && database->QueryValue(u"PRAGMA journal_mode"_s).ToText() == u"wal"_s)
-        database->QueryValue(u"PRAGMA journal_mode = DELETE"_s);
+    RefuseWhatCantBeUsed(*database, MainSchema, access);
+    if (access == Access::ReadWrite && HasSuperJournals(path))
+        ClearAway(*database);
     return database;
 }
 

@@ -9,10 +9,7 @@ namespace qb {
 /// Makes, opens and compacts database files.
 class DBEngine {
 public:
-    enum class Access {
-        ReadWrite, ///< raises 3051 when the file or its folder can't be written to, or is of a newer version
-        ReadOnly,
-    };
+    using Access = DatabaseAccess;
 
     /// Makes a new database with an empty schema. Raises 3204 when a file of that name exists,
     /// 75 when it can't be made.
@@ -35,6 +32,7 @@ public:
 
 private:
     static std::unique_ptr<Database> Connect(const QString& path, int flags);
+    static void ClearAway(Database& database);
     static std::unique_ptr<Database> ConnectAndLook(const QString& path, Access access);
 };
 

@@ -29,19 +29,15 @@ Database::Database(Database&& other) noexcept
 
 Database::~Database()
 {
-    for (sqlite3_stmt* statement : std::as_const(m_idleStatements))
-        sqlite3_finalize(statement);
+    DropIdleStatements();
     sqlite3_close_v2(m_connection);
-}
-
-bool Database::IsReadOnly() const
-{
-    return sqlite3_db_readonly(m_connection, "main") != 0;
 }
 
 RuntimeError Database::MakeError(int code, const QString& action) const
 {
-    return EngineError(m_connection, code, m_name, action);
+    // The engine doesn't tell which of its files an error is about.
+    const QStringList files = QStringList(m_name) + m_attached.values();
+    return EngineError(m_connection, code, m_blamed.isEmpty() ? files.join(u"' or '"_s) : m_blamed, action);
 }
 
 void Database::Raise(int code, const QString& action) const
@@ -72,6 +68,13 @@ void Database::GiveBackStatement(const QString& sql, sqlite3_stmt* statement)
         m_idleStatements.insert(sql, statement);
     else
         sqlite3_finalize(statement);
+}
+
+void Database::DropIdleStatements()
+{
+    for (sqlite3_stmt* statement : std::as_const(m_idleStatements))
+        sqlite3_finalize(statement);
+    m_idleStatements.clear();
 }
 
 Statement Database::Query(const QString& sql, const Values& values)
@@ -161,26 +164,6 @@ void Database::Rollback()
         Execute(u"ROLLBACK TO "_s + SavepointName(m_transactionDepth));
         Execute(u"RELEASE "_s + SavepointName(m_transactionDepth));
     }
-}
-
-QByteArray Database::ReadChunk(const QString& table, const QString& field, qint64 rowKey, qint64 offset, qint64 length)
-{
-    sqlite3_blob* blob = nullptr;
-    int code = sqlite3_blob_open(m_connection, "main", table.toUtf8().constData(), field.toUtf8().constData(), rowKey,
-                                 0, &blob);
-    if (code != SQLITE_OK) {
-        const RuntimeError error = MakeError(code, u"Database::ReadChunk"_s);
-        sqlite3_blob_close(blob);
-        throw error;
-    }
-    const qint64 size = sqlite3_blob_bytes(blob);
-    QByteArray chunk(qsizetype(qBound(qint64(0), size - offset, length)), Qt::Uninitialized);
-    if (!chunk.isEmpty())
-        code = sqlite3_blob_read(blob, chunk.data(), int(chunk.size()), int(offset));
-    sqlite3_blob_close(blob);
-    if (code != SQLITE_OK)
-        Raise(code, u"Database::ReadChunk"_s);
-    return chunk;
 }
 
 qint64 Database::LastInsertedRowKey() const

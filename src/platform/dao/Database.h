@@ -13,8 +13,17 @@ struct sqlite3_stmt;
 
 namespace qb {
 
-/// One open database file: statements, recordsets, table definitions and transactions.
-/// Everything that fails raises RuntimeError. Not for use from several threads.
+enum class DatabaseAccess {
+    ReadWrite, ///< raises 3051 when the file or its folder can't be written to, or is of a newer version
+    ReadOnly,
+};
+
+/// One open database file, and others that are attached to it: statements, recordsets, table definitions and
+/// transactions, which cover all of the files. Everything that fails raises RuntimeError. Not for use from
+/// several threads.
+///
+/// A table is named as in a statement: `synchro.Items` is that of the file attached as `synchro`, `temp.Found`
+/// one that goes with the connection, `Items` that of the main file.
 class Database {
 public:
     virtual ~Database();
@@ -23,7 +32,16 @@ public:
 
     /// The full path of the file.
     const QString& Name() const { return m_name; }
-    bool IsReadOnly() const;
+    /// The full path of the file of a schema; empty when there is none.
+    QString NameOf(const QString& schema) const;
+    bool IsReadOnly(const QString& schema = MainSchema) const;
+
+    /// Opens a second file on this connection, under the name @p schema: a word of small letters. It is held
+    /// to what OpenDatabase holds a file to, and raises the same errors; 3045 when it is open here already, 5
+    /// inside a transaction. A commit counts for all files or for none, whatever happens in the middle.
+    void Attach(const QString& path, const QString& schema, DatabaseAccess access = DatabaseAccess::ReadWrite);
+    /// Raises 5 inside a transaction, 3000 while a statement still reads the file.
+    void Detach(const QString& schema);
 
     /// Runs one statement that yields no rows; returns the number of rows it changed.
     qint64 Execute(const QString& sql, const Values& values = {});
@@ -38,11 +56,11 @@ public:
                             const QString& orderBy = {});
 
     // Table definitions. The tables that keep them are not listed.
-    QStringList TableNames();
+    QStringList TableNames(const QString& schema = MainSchema);
     bool TableExists(const QString& table);
     /// Raises 3265 for a table that the schema does not list.
     const TableDef& GetTableDef(const QString& table);
-    /// Raises 3010 when the table exists.
+    /// Raises 3010 when the table exists in its schema.
     void AppendTableDef(const TableDef& table);
     /// Raises 3265 when there is no such table, 3201 when another table refers to it.
     void DeleteTableDef(const QString& table);
@@ -51,6 +69,7 @@ public:
     void DeleteField(const QString& table, const QString& field);
     /// Raises 3284 when the index exists.
     void AppendIndex(const QString& table, const Index& index);
+    /// Relations are of the main file.
     std::vector<Relation> Relations();
     /// Raises 3012 when a relation of that name exists, 3201 when another table refers to the
     /// foreign table, which is remade. The foreign table's rows must fit.
@@ -65,8 +84,6 @@ public:
     /// that is left to do with it is Rollback.
     bool TransactionLost() const;
 
-    /// Bytes of a column from @p offset on, read without the rest of the row.
-    QByteArray ReadChunk(const QString& table, const QString& field, qint64 rowKey, qint64 offset, qint64 length);
     qint64 LastInsertedRowKey() const;
 
 protected:
@@ -74,11 +91,22 @@ protected:
     Database(Database&& other) noexcept;
 
 private:
+    friend class Blob;
     friend class DBEngine;
     friend class Statement;
 
+    struct TablePlace {
+        QString Schema;
+        QString Table;
+    };
+
     Database(sqlite3* connection, QString name);
 
+    TablePlace Place(const QString& table) const;
+    void RefuseToAttach(const QString& path, const QString& schema) const;
+    void AttachAndLook(const QString& path, const QString& schema, DatabaseAccess access);
+    void ApplyFilePragmas(const QString& schema);
+    void DropIdleStatements();
     /// Raises an error when the engine has rolled the running transaction back by itself.
     void RequireTransaction() const;
     bool HasCommittedAllTheSame() const;
@@ -89,13 +117,30 @@ private:
     std::shared_ptr<const TableDef> SharedTableDef(const QString& table);
     std::vector<Relation> RelationsInto(const QString& foreignTable);
     void RebuildTable(const QString& table);
-    void RefuseIfReferredTo(const QString& table);
+    void RefuseIfReferredTo(const TableDef& table);
 
     sqlite3* m_connection;
     QString m_name;
     int m_transactionDepth = 0;
     QHash<QString, sqlite3_stmt*> m_idleStatements;
-    QHash<QString, std::shared_ptr<const TableDef>> m_tableDefs; ///< by lower-case name
+    QHash<QString, std::shared_ptr<const TableDef>> m_tableDefs; ///< by lower-case name with its schema
+    QHash<QString, QString> m_attached;                          ///< full paths by schema
+    QString m_blamed;                                            ///< the file that errors are about; empty: any of them
+};
+
+/// A file that is attached for as long as the object lives; it must outlive all that reads or writes it, the
+/// transaction too.
+class AttachedFile {
+public:
+    AttachedFile(Database& database, const QString& path, const QString& schema,
+                 DatabaseAccess access = DatabaseAccess::ReadWrite);
+    ~AttachedFile();
+    AttachedFile(const AttachedFile&) = delete;
+    AttachedFile& operator=(const AttachedFile&) = delete;
+
+private:
+    Database* m_database;
+    QString m_schema;
 };
 
 /// A transaction that is rolled back on every way out but Commit.

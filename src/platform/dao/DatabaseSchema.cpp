@@ -27,11 +27,12 @@ void RefuseMisnamedPrimary(const Index& index)
 
 } // namespace
 
-QStringList Database::TableNames()
+QStringList Database::TableNames(const QString& schema)
 {
     QStringList names;
-    Statement tables = Query(u"SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT LIKE 'MSys%' "
-                             "AND name NOT LIKE 'sqlite\\_%' ESCAPE '\\' ORDER BY name"_s);
+    Statement tables = Query(
+        u"SELECT name FROM %1 WHERE type = 'table' AND name NOT LIKE 'MSys%' "
+        "AND name NOT LIKE 'sqlite\\_%' ESCAPE '\\' ORDER BY name"_s.arg(Qualified(schema, u"sqlite_schema"_s)));
     while (tables.Step())
         names << tables.Text(0);
     return names;
@@ -39,7 +40,10 @@ QStringList Database::TableNames()
 
 bool Database::TableExists(const QString& table)
 {
-    return !QueryValue(u"SELECT 1 FROM sqlite_schema WHERE type = 'table' AND name = ? COLLATE NOCASE"_s, {table})
+    const auto [schema, name] = Place(table);
+    return !QueryValue(u"SELECT 1 FROM %1 WHERE type = 'table' AND name = ? COLLATE NOCASE"_s.arg(
+                           Qualified(schema, u"sqlite_schema"_s)),
+                       {name})
                 .IsNull();
 }
 
@@ -50,9 +54,10 @@ const TableDef& Database::GetTableDef(const QString& table)
 
 std::shared_ptr<const TableDef> Database::SharedTableDef(const QString& table)
 {
-    std::shared_ptr<const TableDef>& known = m_tableDefs[table.toLower()];
+    const auto [schema, name] = Place(table);
+    std::shared_ptr<const TableDef>& known = m_tableDefs[Qualified(schema, name).toLower()];
     if (!known) {
-        TableDef definition = Catalog::ReadTableDef(*this, table);
+        TableDef definition = Catalog::ReadTableDef(*this, schema, name);
         if (definition.Fields.empty())
             throw ItemNotFound(u"table"_s, table);
         known = std::make_shared<const TableDef>(std::move(definition));
@@ -62,73 +67,76 @@ std::shared_ptr<const TableDef> Database::SharedTableDef(const QString& table)
 
 void Database::AppendTableDef(const TableDef& table)
 {
-    if (TableExists(table.Name))
+    TableDef ordered = table;
+    ordered.Schema = table.Schema.isEmpty() ? MainSchema : table.Schema;
+    if (TableExists(ordered.Schema + u'.' + table.Name))
         throw RuntimeError(ErrorNumber::TableExists, u"The table '%1' exists already."_s.arg(table.Name),
                            u"Database::AppendTableDef"_s);
     for (const Index& index : table.Indexes)
         RefuseMisnamedPrimary(index);
-    TableDef ordered = table;
     std::stable_sort(ordered.Fields.begin(), ordered.Fields.end(),
                      [](const Field& a, const Field& b) { return a.OrdinalPosition < b.OrdinalPosition; });
     Transaction transaction(*this);
+    if (ordered.Schema == TemporarySchema && !Catalog::IsIn(*this, TemporarySchema))
+        Catalog::Create(*this, TemporarySchema);
     Execute(Catalog::CreateTableSql(ordered, {}, ordered.Name));
     for (const Field& field : table.Fields)
-        Catalog::WriteField(*this, table.Name, field);
+        Catalog::WriteField(*this, ordered, field);
     for (const Index& index : table.Indexes)
-        Execute(Catalog::CreateIndexSql(table.Name, index));
+        Execute(Catalog::CreateIndexSql(ordered, index));
     transaction.Commit();
     m_tableDefs.clear();
 }
 
 void Database::DeleteTableDef(const QString& table)
 {
-    const QString name = GetTableDef(table).Name;
-    RefuseIfReferredTo(name);
+    const std::shared_ptr<const TableDef> known = SharedTableDef(table);
+    RefuseIfReferredTo(*known);
     Transaction transaction(*this);
-    Execute(u"DROP TABLE "_s + Quoted(name));
-    Catalog::ForgetTable(*this, name);
+    Execute(u"DROP TABLE "_s + known->Reference());
+    Catalog::ForgetTable(*this, *known);
     transaction.Commit();
     m_tableDefs.clear();
 }
 
 void Database::AppendField(const QString& table, const Field& field)
 {
-    const QString name = GetTableDef(table).Name;
-    if (GetTableDef(table).FindField(field.Name))
+    const std::shared_ptr<const TableDef> known = SharedTableDef(table);
+    if (known->FindField(field.Name))
         throw RuntimeError(ErrorNumber::FieldExists,
-                           u"The table '%1' has a column '%2' already."_s.arg(name, field.Name),
+                           u"The table '%1' has a column '%2' already."_s.arg(known->Name, field.Name),
                            u"Database::AppendField"_s);
     Transaction transaction(*this);
-    Execute(u"ALTER TABLE %1 ADD COLUMN %2"_s.arg(Quoted(name), Catalog::ColumnSql(field, field.Required)));
-    Catalog::WriteField(*this, name, field);
+    Execute(u"ALTER TABLE %1 ADD COLUMN %2"_s.arg(known->Reference(), Catalog::ColumnSql(field, field.Required)));
+    Catalog::WriteField(*this, *known, field);
     transaction.Commit();
     m_tableDefs.clear();
 }
 
 void Database::DeleteField(const QString& table, const QString& field)
 {
-    const QString name = GetTableDef(table).Name;
-    const Field* column = GetTableDef(table).FindField(field);
+    const std::shared_ptr<const TableDef> known = SharedTableDef(table);
+    const Field* column = known->FindField(field);
     if (!column)
         throw ItemNotFound(u"column"_s, field);
     Transaction transaction(*this);
-    Execute(u"ALTER TABLE %1 DROP COLUMN %2"_s.arg(Quoted(name), Quoted(column->Name)));
-    Catalog::ForgetField(*this, name, field);
+    Execute(u"ALTER TABLE %1 DROP COLUMN %2"_s.arg(known->Reference(), Quoted(column->Name)));
+    Catalog::ForgetField(*this, *known, field);
     transaction.Commit();
     m_tableDefs.clear();
 }
 
 void Database::AppendIndex(const QString& table, const Index& index)
 {
-    const QString name = GetTableDef(table).Name;
-    if (GetTableDef(table).FindIndex(index.Name))
+    const std::shared_ptr<const TableDef> known = SharedTableDef(table);
+    if (known->FindIndex(index.Name))
         throw RuntimeError(ErrorNumber::IndexExists,
-                           u"The table '%1' has an index '%2' already."_s.arg(name, index.Name),
+                           u"The table '%1' has an index '%2' already."_s.arg(known->Name, index.Name),
                            u"Database::AppendIndex"_s);
     if (index.Primary)
         throw RuntimeError(ErrorNumber::ValueNotAllowed, u"A primary index is made with its table."_s,
                            u"Database::AppendIndex"_s);
-    Execute(Catalog::CreateIndexSql(name, index));
+    Execute(Catalog::CreateIndexSql(*known, index));
     m_tableDefs.clear();
 }
 
@@ -158,7 +166,7 @@ void Database::AppendRelation(const Relation& relation)
         throw ItemNotFound(u"column"_s, relation.ForeignField);
     if (!GetTableDef(relation.Table).FindField(relation.FieldName))
         throw ItemNotFound(u"column"_s, relation.FieldName);
-    RefuseIfReferredTo(foreign.Name);
+    RefuseIfReferredTo(foreign);
     Transaction transaction(*this);
     Catalog::WriteRelation(*this, relation);
     RebuildTable(foreign.Name);
@@ -166,14 +174,16 @@ void Database::AppendRelation(const Relation& relation)
 }
 
 /// Dropping a table deletes what refers to its rows.
-void Database::RefuseIfReferredTo(const QString& table)
+void Database::RefuseIfReferredTo(const TableDef& table)
 {
+    if (table.Schema != MainSchema)
+        return; // relations are of the main file
     for (const Relation& relation : Relations()) {
-        if (relation.Table.compare(table, Qt::CaseInsensitive) == 0)
-            throw RuntimeError(
-                ErrorNumber::RelatedRecordRequired,
-                u"The table '%1' can't be remade or deleted: '%2' refers to it."_s.arg(table, relation.ForeignTable),
-                u"Database"_s);
+        if (relation.Table.compare(table.Name, Qt::CaseInsensitive) == 0)
+            throw RuntimeError(ErrorNumber::RelatedRecordRequired,
+                               u"The table '%1' can't be remade or deleted: '%2' refers to it."_s.arg(
+                                   table.Name, relation.ForeignTable),
+                               u"Database"_s);
     }
 }
 
@@ -189,18 +199,20 @@ void Database::RebuildTable(const QString& name)
     const QString interim = name + u"~"_s;
     const bool numbered = std::any_of(table.Fields.begin(), table.Fields.end(),
                                       [](const Field& field) { return field.AutoIncrement; });
-    const Value lastNumber = numbered ? QueryValue(u"SELECT seq FROM sqlite_sequence WHERE name = ?"_s, {name})
+    const QString sequence = Qualified(MainSchema, u"sqlite_sequence"_s);
+    const Value lastNumber = numbered ? QueryValue(u"SELECT seq FROM %1 WHERE name = ?"_s.arg(sequence), {name})
                                       : Value();
     Execute(Catalog::CreateTableSql(table, RelationsInto(name), interim));
-    Execute(u"INSERT INTO %1 (%2) SELECT %2 FROM %3"_s.arg(Quoted(interim), list, Quoted(name)));
-    Execute(u"DROP TABLE "_s + Quoted(name));
-    Execute(u"ALTER TABLE %1 RENAME TO %2"_s.arg(Quoted(interim), Quoted(name)));
+    const QString made = Qualified(MainSchema, interim);
+    Execute(u"INSERT INTO %1 (%2) SELECT %2 FROM %3"_s.arg(made, list, table.Reference()));
+    Execute(u"DROP TABLE "_s + table.Reference());
+    Execute(u"ALTER TABLE %1 RENAME TO %2"_s.arg(made, Quoted(name)));
     if (!lastNumber.IsNull()) { // numbers that were given stay given
-        Execute(u"DELETE FROM sqlite_sequence WHERE name = ?"_s, {name});
-        Execute(u"INSERT INTO sqlite_sequence (name, seq) VALUES (?, ?)"_s, {name, lastNumber});
+        Execute(u"DELETE FROM %1 WHERE name = ?"_s.arg(sequence), {name});
+        Execute(u"INSERT INTO %1 (name, seq) VALUES (?, ?)"_s.arg(sequence), {name, lastNumber});
     }
     for (const Index& index : table.Indexes)
-        Execute(Catalog::CreateIndexSql(name, index));
+        Execute(Catalog::CreateIndexSql(table, index));
     m_tableDefs.clear();
 }
 

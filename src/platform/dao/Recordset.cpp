@@ -1,5 +1,6 @@
 #include "platform/dao/Recordset.h"
 
+#include "platform/dao/Blob.h"
 #include "platform/dao/Database.h"
 
 #include <algorithm>
@@ -44,7 +45,7 @@ Recordset::Recordset(Database& database, std::shared_ptr<const TableDef> table, 
 /// The statement that yields the keys of the recordset, narrowed by @p more.
 QString Recordset::Selection(const QString& more) const
 {
-    QString sql = u"SELECT rowid FROM "_s + Quoted(m_table->Name);
+    QString sql = u"SELECT rowid FROM "_s + m_table->Reference();
     QStringList conditions;
     for (const QString& condition : {m_where, more}) {
         if (!condition.isEmpty())
@@ -59,6 +60,7 @@ void Recordset::MoveTo(qint64 position)
 {
     m_position = position;
     m_row.clear();
+    m_reading.reset();
     CancelUpdate();
 }
 
@@ -167,10 +169,9 @@ void Recordset::FetchRow() const
         if (!IsLongColumn(field))
             columns << Quoted(field.Name);
     }
-    Statement row = m_database->Query(
-        u"SELECT %1 FROM %2 WHERE rowid = ?"_s.arg(columns.isEmpty() ? u"rowid"_s : columns.join(u", "_s),
-                                                   Quoted(m_table->Name)),
-        {key});
+    Statement row = m_database->Query(u"SELECT %1 FROM %2 WHERE rowid = ?"_s.arg(
+                                          columns.isEmpty() ? u"rowid"_s : columns.join(u", "_s), m_table->Reference()),
+                                      {key});
     if (!row.Step())
         throw RecordDeleted();
     m_row.resize(m_table->Fields.size());
@@ -184,7 +185,7 @@ void Recordset::FetchRow() const
 Value Recordset::FetchField(const Field& field) const
 {
     Statement row = m_database->Query(
-        u"SELECT %1 FROM %2 WHERE rowid = ?"_s.arg(Quoted(field.Name), Quoted(m_table->Name)), {CurrentKey()});
+        u"SELECT %1 FROM %2 WHERE rowid = ?"_s.arg(Quoted(field.Name), m_table->Reference()), {CurrentKey()});
     if (!row.Step())
         throw RecordDeleted();
     return row.Column(0);
@@ -200,7 +201,7 @@ void Recordset::Edit()
 {
     const Mark key = CurrentKey();
     m_row.clear(); // what is edited is the row as it stands now
-    if (m_database->QueryValue(u"SELECT 1 FROM %1 WHERE rowid = ?"_s.arg(Quoted(m_table->Name)), {key}).IsNull())
+    if (m_database->QueryValue(u"SELECT 1 FROM %1 WHERE rowid = ?"_s.arg(m_table->Reference()), {key}).IsNull())
         throw RecordDeleted();
     m_pending.clear();
     m_mode = Mode::Edit;
@@ -218,20 +219,39 @@ void Recordset::AppendChunk(const QString& field, const Value& chunk)
     const auto pending = m_pending.find(FieldIndex(field));
     if (pending == m_pending.end() || pending->second.IsNull())
         return Set(field, chunk);
-    const bool bytes = std::holds_alternative<QByteArray>(pending->second.Content())
-                       || std::holds_alternative<QByteArray>(chunk.Content());
-    if (bytes)
-        pending->second = Value(pending->second.ToBytes() + chunk.ToBytes());
-    else
-        pending->second = Value(pending->second.ToText() + chunk.ToText());
+    pending->second.Append(chunk);
 }
 
 QByteArray Recordset::GetChunk(const QString& field, qint64 offset, qint64 length) const
 {
-    const Field& column = m_table->Fields[FieldIndex(field)];
-    if ((*this)[field].IsNull())
+    const QString& column = m_table->Fields[FieldIndex(field)].Name;
+    const Mark key = CurrentKey();
+    if (m_reading && m_readingField == column) {
+        try {
+            return ReadOn(offset, length);
+        } catch (const RuntimeError&) {
+            // The row was changed since: it is read anew.
+        }
+    }
+    m_reading.reset();
+    const Value isNull = m_database->QueryValue(
+        u"SELECT %1 IS NULL FROM %2 WHERE rowid = ?"_s.arg(Quoted(column), m_table->Reference()), {key});
+    if (isNull.IsNull())
+        throw RecordDeleted();
+    if (isNull.ToLong() != 0)
         return {};
-    return m_database->ReadChunk(m_table->Name, column.Name, CurrentKey(), offset, length);
+    m_reading = std::make_shared<Blob>(*m_database, *m_table, column, key);
+    m_readingField = column;
+    return ReadOn(offset, length);
+}
+
+/// Nothing of the row is held longer than it is read.
+QByteArray Recordset::ReadOn(qint64 offset, qint64 length) const
+{
+    const QByteArray chunk = m_reading->Read(offset, length);
+    if (offset + length >= m_reading->Size())
+        m_reading.reset();
+    return chunk;
 }
 
 void Recordset::Update()
@@ -243,6 +263,7 @@ void Recordset::Update()
     else
         Write();
     m_row.clear();
+    m_reading.reset();
     CancelUpdate();
 }
 
@@ -262,7 +283,8 @@ void Recordset::RefuseWithoutKeysLeft() const
                                      [](const Field& field) { return field.AutoIncrement; });
     if (!numbers)
         return;
-    const Value last = m_database->QueryValue(u"SELECT seq FROM sqlite_sequence WHERE name = ?"_s, {m_table->Name});
+    const Value last = m_database->QueryValue(
+        u"SELECT seq FROM %1 WHERE name = ?"_s.arg(Qualified(m_table->Schema, u"sqlite_sequence"_s)), {m_table->Name});
     if (last.ToLong() >= LastKey)
         throw RuntimeError(
             ErrorNumber::Overflow,
@@ -282,8 +304,8 @@ void Recordset::Insert()
     }
     const QString marks = QStringList(columns.size(), u"?"_s).join(u", "_s);
     RefuseWithoutKeysLeft();
-    m_database->Execute(columns.isEmpty() ? u"INSERT INTO %1 DEFAULT VALUES"_s.arg(Quoted(m_table->Name))
-                                          : u"INSERT INTO %1 (%2) VALUES (%3)"_s.arg(Quoted(m_table->Name),
+    m_database->Execute(columns.isEmpty() ? u"INSERT INTO %1 DEFAULT VALUES"_s.arg(m_table->Reference())
+                                          : u"INSERT INTO %1 (%2) VALUES (%3)"_s.arg(m_table->Reference(),
                                                                                      columns.join(u", "_s), marks),
                         values);
     m_lastModified = m_database->LastInsertedRowKey();
@@ -308,7 +330,7 @@ void Recordset::Write()
     const Mark key = CurrentKey();
     values.emplace_back(key);
     const qint64 changed = m_database->Execute(
-        u"UPDATE %1 SET %2 WHERE rowid = ?"_s.arg(Quoted(m_table->Name), columns.join(u", "_s)), values);
+        u"UPDATE %1 SET %2 WHERE rowid = ?"_s.arg(m_table->Reference(), columns.join(u", "_s)), values);
     if (changed == 0)
         throw RecordDeleted();
     m_lastModified = key;
@@ -323,7 +345,7 @@ void Recordset::CancelUpdate()
 void Recordset::Delete()
 {
     const Mark key = CurrentKey();
-    if (m_database->Execute(u"DELETE FROM %1 WHERE rowid = ?"_s.arg(Quoted(m_table->Name)), {key}) == 0)
+    if (m_database->Execute(u"DELETE FROM %1 WHERE rowid = ?"_s.arg(m_table->Reference()), {key}) == 0)
         throw RecordDeleted();
     m_keys.erase(m_keys.begin() + m_position);
     m_positions.clear();

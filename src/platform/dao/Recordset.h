@@ -10,6 +10,7 @@
 
 namespace qb {
 
+class Blob;
 class Database;
 
 /// Rows of one table as a keyset: the keys of the rows are read when it is opened, a row when
@@ -55,7 +56,8 @@ public:
     void Set(const QString& field, const Value& value);
     /// Adds to the end of a Memo or LongBinary value that is being set.
     void AppendChunk(const QString& field, const Value& chunk);
-    /// Bytes of a stored Memo (as UTF-8) or LongBinary value.
+    /// Bytes of a stored Memo (as UTF-8) or LongBinary value. Other programs can't write between the first
+    /// chunk and the last, or the next move.
     QByteArray GetChunk(const QString& field, qint64 offset, qint64 length) const;
     /// Writes the row; the recordset leaves edit mode only on success. After AddNew the current
     /// row is what it was before; LastModified names the new one.
@@ -72,6 +74,7 @@ private:
     void MoveTo(qint64 position);
     void FetchRow() const;
     Value FetchField(const Field& field) const;
+    QByteArray ReadOn(qint64 offset, qint64 length) const;
     qint64 PositionOf(Mark key) const;
     QString Selection(const QString& more) const;
     static Value AsStored(const Field& field, const Value& value);
@@ -92,6 +95,8 @@ private:
     std::map<size_t, Value> m_pending;               ///< by column index
     mutable std::vector<std::optional<Value>> m_row; ///< of the current row, empty until fetched
     mutable QHash<Mark, qint64> m_positions;         ///< of keys, filled when first needed
+    mutable std::shared_ptr<Blob> m_reading;         ///< what GetChunk reads from, until its end
+    mutable QString m_readingField;
 };
 
 } // namespace qb

@@ -41,4 +41,9 @@ QString Quoted(const QString& name)
     return u'"' + inner + u'"';
 }
 
+QString Qualified(const QString& schema, const QString& name)
+{
+    return Quoted(schema.isEmpty() ? MainSchema : schema) + u'.' + Quoted(name);
+}
+
 } // namespace qb

@@ -29,6 +29,10 @@ inline constexpr int RelationUpdateCascade = 256;
 inline constexpr int RelationDeleteCascade = 4096;
 } // namespace SchemaAttribute
 
+/// The schema of the file that a database was opened with, and that of tables which go with the connection.
+inline const QString MainSchema = QStringLiteral("main");
+inline const QString TemporarySchema = QStringLiteral("temp");
+
 /// The name of every primary index.
 inline const QString PrimaryIndexName = QStringLiteral("PrimaryKey");
 
@@ -80,18 +84,25 @@ struct Relation {
     friend bool operator==(const Relation&, const Relation&) = default;
 };
 
+/// @p name as an identifier in a statement.
+QString Quoted(const QString& name);
+/// A name of a schema's table or index in a statement; an empty schema is the main one.
+QString Qualified(const QString& schema, const QString& name);
+
 /// A table: its columns in ordinal order, and its indexes.
 struct TableDef {
     QString Name;
     std::vector<Field> Fields;
     std::vector<Index> Indexes;
+    /// Where it lies: the name of an attached file, or "temp"; empty for the main file.
+    QString Schema = {};
+
+    /// How a statement names it, wherever a table of the same name may lie.
+    QString Reference() const { return Qualified(Schema, Name); }
 
     /// The column of that name in any case, or null.
     const Field* FindField(const QString& name) const;
     const Index* FindIndex(const QString& name) const;
 };
-
-/// @p name as an identifier in a statement.
-QString Quoted(const QString& name);
 
 } // namespace qb

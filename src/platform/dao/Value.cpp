@@ -42,4 +42,17 @@ QByteArray Value::ToBytes() const
     return ToText().toUtf8();
 }
 
+void Value::Append(const Value& more)
+{
+    if (auto* bytes = std::get_if<QByteArray>(&m_value)) {
+        bytes->append(more.ToBytes());
+    } else if (std::holds_alternative<QByteArray>(more.m_value)) {
+        m_value = ToText().toUtf8() + more.ToBytes();
+    } else if (auto* text = std::get_if<QString>(&m_value)) {
+        text->append(more.ToText()); // where it stands: a long value comes in many pieces
+    } else {
+        m_value = ToText() + more.ToText();
+    }
+}
+
 } // namespace qb

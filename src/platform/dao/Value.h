@@ -33,6 +33,8 @@ public:
     /// The value as text; Null reads as the empty text.
     QString ToText() const;
     QByteArray ToBytes() const;
+    /// Adds to the end of a text or of bytes; bytes added to a text make bytes of it.
+    void Append(const Value& more);
     /// Null reads as false.
     bool ToBoolean() const { return ToLong() != 0; }
     /// Null reads as "none".

@@ -100,6 +100,54 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(library.Journal()));
     }
 
+    void superJournalThatNothingRefersTo_isRemoved_data()
+    {
+        QTest::addColumn<QByteArray>("list");
+        QTest::addColumn<bool>("removed");
+        QTest::newRow("whole list") << "JOURNAL\0/elsewhere/other.qbs-journal\0"_ba << true;
+        QTest::newRow("half of it") << "JOUR"_ba << true;
+        QTest::newRow("empty") << ""_ba << true;
+        QTest::newRow("a file of the user") << "dear diary"_ba << false;
+        QTest::newRow("a list of others") << "/elsewhere/other.qbs-journal\0"_ba << false;
+    }
+    void superJournalThatNothingRefersTo_isRemoved()
+    {
+        QFETCH(QByteArray, list);
+        QFETCH(bool, removed);
+        const TemporaryDatabase database;
+        const QString own = database.Path() + u"-mj01AB239CD"_s;
+        const QByteArray journal = QFile::encodeName(database.Path() + u"-journal"_s);
+        WriteFile(own, list == "JOUR"_ba ? journal.first(9) : list.replace("JOURNAL", journal));
+        DBEngine::OpenDatabase(database.Path(), DBEngine::Access::ReadOnly);
+        QVERIFY(QFileInfo::exists(own));
+        DBEngine::OpenDatabase(database.Path());
+        QCOMPARE(QFileInfo::exists(own), !removed);
+    }
+
+    void superJournalThatAJournalRefersTo_stays()
+    {
+        const CrashedLibrary library;
+        const QString other = library.Folder() + u"/other.qbs"_s;
+        DBEngine::CreateDatabase(other);
+        const QString own = other + u"-mj01AB239CD"_s; // a transaction of the other file and this one
+        WriteFile(own, QFile::encodeName(other + u"-journal"_s) + '\0' + QFile::encodeName(library.Journal()) + '\0');
+        library.Name(own);
+        DBEngine::OpenDatabase(other);
+        QVERIFY(QFileInfo::exists(own)); // else what the journal holds would count as committed
+        const auto database = DBEngine::OpenDatabase(library.Path());
+        QCOMPARE(Texts(*database, u"SELECT Title FROM Items"_s), (QStringList{u"one"_s, u"two"_s}));
+    }
+
+    void journalOfFilesThatWereMoved_isRefused()
+    {
+        const CrashedLibrary library;
+        library.Name(library.Folder() + u"/gone/library.qbd-mj01AB239CD"_s);
+        const QByteArray file = ReadFile(library.Path());
+        QB_VERIFY_RAISES(DBEngine::OpenDatabase(library.Path()), 3343);
+        QCOMPARE(ReadFile(library.Path()), file);
+        QVERIFY(QFileInfo::exists(library.Journal()));
+    }
+
     void journalWithATrailerThatTheEngineWouldNotTake_isPlayedBack()
     {
         const CrashedLibrary library;
