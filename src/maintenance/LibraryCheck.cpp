@@ -1,5 +1,6 @@
 #include "maintenance/LibraryCheck.h"
 
+#include "platform/dao/StatementLimit.h"
 #include "platform/system/Paths.h"
 #include "store/Library.h"
 #include "store/SideFolders.h"
@@ -7,6 +8,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <optional>
 #include <unordered_map>
 
 namespace qb {
@@ -17,6 +19,8 @@ namespace {
 
 using Faults = std::vector<LibraryFault>;
 using Kind = LibraryFault::Kind;
+
+constexpr std::chrono::seconds DamagedFileTime{5};
 
 void CheckStructure(Database& database, Faults& faults)
 {
@@ -47,7 +51,8 @@ bool CheckTables(Database& database, Faults& faults)
 
 void CheckProperties(Database& database, Faults& faults)
 {
-    const qint64 rows = database.QueryValue(u"SELECT count(*) FROM Properties"_s).ToLong();
+    // A count of all rows is one step, which no limit ends.
+    const qint64 rows = database.QueryValue(u"SELECT sum(1) FROM Properties"_s).ToLong();
     if (rows != 1)
         faults.push_back(
             {Kind::MissingProperties, u"Properties"_s, 0, u"Properties has %1 rows; a library has one."_s.arg(rows)});
@@ -58,7 +63,7 @@ void CheckRules(Database& database, Faults& faults)
 {
     const QString table = u"LanguageRules"_s;
     const qint64 rows = database.TableExists(table)
-                            ? database.QueryValue(u"SELECT count(*) FROM LanguageRules"_s).ToLong()
+                            ? database.QueryValue(u"SELECT sum(1) FROM LanguageRules"_s).ToLong()
                             : 0;
     if (rows > 1)
         faults.push_back({Kind::Damage, table, 0, u"LanguageRules has %1 rows; the first one counts."_s.arg(rows)});
@@ -181,12 +186,22 @@ std::vector<LibraryFault> CheckLibrary(Database& database)
 {
     Faults faults;
     CheckStructure(database, faults);
-    if (!CheckTables(database, faults))
-        return faults;
-    CheckProperties(database, faults);
-    CheckRules(database, faults);
-    CheckTree(database, faults);
-    CheckStoredFiles(database, faults);
+    // The tables of a damaged file may have no end.
+    std::optional<StatementLimit> limit;
+    if (!faults.empty())
+        limit.emplace(database, DamagedFileTime);
+    try {
+        if (CheckTables(database, faults)) {
+            CheckProperties(database, faults);
+            CheckRules(database, faults);
+            CheckTree(database, faults);
+            CheckStoredFiles(database, faults);
+        }
+    } catch (const RuntimeError& error) {
+        if (!limit)
+            throw;
+        faults.push_back({Kind::Damage, {}, 0, u"The rest could not be checked: %1"_s.arg(error.Description())});
+    }
     return faults;
 }
 

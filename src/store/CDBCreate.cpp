@@ -8,6 +8,7 @@
 #include "platform/system/SettingsStore.h"
 #include "store/Keywords.h"
 #include "store/LibraryLanguage.h"
+#include "store/OwnIndexes.h"
 #include "store/SideFolders.h"
 #include "support/ErrorRoutine.h"
 #include "support/Version.h"
@@ -15,6 +16,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QRandomGenerator>
+#include <algorithm>
 #include <cmath>
 
 namespace qb {
@@ -48,7 +50,8 @@ void TolerateExisting(Step&& step)
     try {
         step();
     } catch (const RuntimeError& error) {
-        if (error.Number() != ErrorNumber::FieldExists && error.Number() != ErrorNumber::IndexExists)
+        constexpr long Existing[] = {ErrorNumber::TableExists, ErrorNumber::FieldExists, ErrorNumber::IndexExists};
+        if (std::find(std::begin(Existing), std::end(Existing), error.Number()) == std::end(Existing))
             throw;
     }
 }
@@ -119,6 +122,7 @@ bool CDBCreate::Create_Database(const QString& path, DatabaseKind kind)
         Create_TblDef_DBVersion();
         Create_Rship_000();
         Create_Rship_001();
+        MakeOwnIndexes(*database);
         SetUpProperties({});
         transaction.Commit();
     });
@@ -133,8 +137,11 @@ bool CDBCreate::PrepareAsBackUp(Database& database)
     m_database = &database;
     return Guarded(ModuleName, u"PrepareAsBackUp"_s, [&] {
         Transaction transaction(database);
-        Create_TblDef_HTMLFiles({});
-        database.AppendField(u"Files"_s, LibrarySchema::FileContents());
+        // A library that was given out as a child has both, with what it came with.
+        TolerateExisting([&] { Create_TblDef_HTMLFiles({}); });
+        TolerateExisting([&] { database.AppendField(u"Files"_s, LibrarySchema::FileContents()); });
+        database.Execute(u"DELETE FROM HTMLFiles"_s);
+        database.Execute(u"UPDATE Files SET File = NULL WHERE File IS NOT NULL"_s);
         transaction.Commit();
     });
 }
@@ -143,12 +150,16 @@ bool CDBCreate::CreateAditionalTales(bool withHTML)
 {
     return Guarded(ModuleName, u"CreateAditionalTales"_s, [&] {
         Transaction transaction(*m_database);
-        Create_TblDef_DeletedFiles();
-        Create_TblDef_DeletedItems();
-        Create_TblDef_DeletedItemLinks();
+        // A library that has or is a child has them already. A mother keeps what they record for her other
+        // children; in a copy they belong to the one that it was made of.
+        TolerateExisting([this] { Create_TblDef_DeletedFiles(); });
+        TolerateExisting([this] { Create_TblDef_DeletedItems(); });
+        TolerateExisting([this] { Create_TblDef_DeletedItemLinks(); });
         if (withHTML) {
-            Create_TblDef_HTMLFiles({});
-            m_database->Execute(u"DELETE FROM ChildCopies"_s);
+            TolerateExisting([this] { Create_TblDef_HTMLFiles({}); });
+            for (const QString& table :
+                 {u"DeletedFiles"_s, u"DeletedItems"_s, u"DeletedItemLinks"_s, u"HTMLFiles"_s, u"ChildCopies"_s})
+                m_database->Execute(u"DELETE FROM "_s + table);
         }
         transaction.Commit();
     });

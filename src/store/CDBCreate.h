@@ -22,11 +22,11 @@ public:
     /// and nothing done, when a file of that name exists.
     bool Create_Database(const QString& path, DatabaseKind kind);
 
-    /// Adds what a backup holds beyond a library: packed pages and the contents of files.
+    /// Adds what a backup holds beyond a library: packed pages and the contents of files, empty both.
     bool PrepareAsBackUp(Database& database);
 
-    /// Adds the tables of deletions; with @p withHTML also the packed pages, and empties the
-    /// list of children.
+    /// Adds the tables of deletions where they are missing; with @p withHTML also the packed pages, and all of
+    /// them and the list of children are empty then.
     bool CreateAditionalTales(bool withHTML);
 
     /// Completes a set of tables with the columns that replication needs. What exists already

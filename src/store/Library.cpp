@@ -1,6 +1,7 @@
 #include "store/Library.h"
 
 #include "platform/system/Paths.h"
+#include "store/OwnIndexes.h"
 #include "store/SideFolders.h"
 
 #include <QDir>
@@ -52,6 +53,8 @@ std::unique_ptr<Library> Library::Open(const QString& path, DBEngine::Access acc
     if (!IsLibrary(*database))
         throw RuntimeError(ErrorNumber::NotADatabase,
                            u"'%1' is not a KT Quillbase database."_s.arg(QDir::toNativeSeparators(path)), u"Library"_s);
+    if (access == DBEngine::Access::ReadWrite)
+        CompleteOwnIndexes(*database);
     return std::unique_ptr<Library>(new Library(std::move(*database)));
 }
 

@@ -105,11 +105,8 @@ TableDef Items(const QString& name, bool noKeys)
         // The index Description covers Title, in spite of its name.
         .Indexes = {On(u"CodeState"_s, u"ItemStatus"_s), On(u"Description"_s, u"Title"_s), On(u"ID"_s),
                     On(u"ParentID"_s)}};
-    if (!noKeys) {
+    if (!noKeys)
         table.Indexes.push_back(Primary({u"ID"_s}));
-        // Holds all that the item tree shows, so that the tree opens without the long texts.
-        table.Indexes.push_back({.Name = u"Tree"_s, .Fields = {u"ParentID"_s, u"Title"_s, u"Description"_s}});
-    }
     return table;
 }
 

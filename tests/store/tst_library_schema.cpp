@@ -23,9 +23,8 @@ const TableText Tables[] = {
       u"9 ItemRating Long 1 =0"_s, u"10 Code Memo 2 empty"_s, u"11 CodeHeaders Byte 1 =0"_s, u"12 Notes Memo 2 empty"_s,
       u"13 Example Memo 2 empty"_s, u"14 UsageHeaders Byte 1 =0"_s, u"15 HTMLPage Boolean 1"_s,
       u"16 HTMLLastUpdated Date 1"_s, u"17 ParentID Long 1 =0"_s},
-     // Tree is beyond what code tests for: it holds what the item tree shows.
      {u"CodeState(ItemStatus)"_s, u"Description(Title)"_s, u"ID(ID)"_s, u"ParentID(ParentID)"_s,
-      u"PrimaryKey(ID) primary unique"_s, u"Tree(ParentID,Title,Description)"_s}},
+      u"PrimaryKey(ID) primary unique"_s}},
     {"Files",
      {u"1 ID Long 17"_s, u"2 CodeID Long 1"_s, u"3 Title Text255 2"_s, u"5 OrigDateTime Date 1"_s,
       u"6 DateAdded Date 1"_s, u"7 FileSize Long 1 =0"_s, u"8 Description Memo 2 empty"_s, u"9 LastUpdated Date 1"_s},

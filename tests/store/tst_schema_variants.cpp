@@ -242,16 +242,59 @@ private Q_SLOTS:
                               u"HTMLFiles 4 File LongBinary 2"_s}));
     }
 
-    void preparedAsBackUpTwice_isReportedAndChangesNothing()
+    void libraryThatCameAsAChild_isPreparedAsBackUpToo()
+    {
+        const auto database = NewDatabase(DatabaseKind::Child);
+        CDBCreate create(database.get(), DatabaseKind::Child);
+        QVERIFY(create.CreateAditionalTales(true));
+        QVERIFY(create.CreateAditionalFields(TableSet::Plain));
+        database->Execute(u"INSERT INTO HTMLFiles (Name) VALUES ('old.htm')"_s);
+        database->Execute(u"INSERT INTO Files (Title, File) VALUES ('old', x'00')"_s);
+        const QStringList before = AllFields(*database);
+        QVERIFY(CDBCreate().PrepareAsBackUp(*database));
+        QCOMPARE(AllFields(*database), before);
+        QCOMPARE(CountOf(*database, u"HTMLFiles"_s), 0); // what it came with is not what it has now
+        QCOMPARE(Texts(*database, u"SELECT File IS NULL FROM Files"_s), QStringList{u"1"_s});
+    }
+
+    void preparationThatFails_isReportedAndChangesNothing()
     {
         const auto database = NewDatabase(DatabaseKind::Library);
-        CDBCreate().PrepareAsBackUp(*database);
-        const QStringList before = AllFields(*database);
+        database->Execute(u"DROP TABLE Files"_s);
+        const QStringList before = database->TableNames();
         ScriptedPrompts prompts;
         prompts.ExpectError();
         QVERIFY(!CDBCreate().PrepareAsBackUp(*database));
         QVERIFY(ReadFile(ErrorLogFile()).contains(", CDBCreate, PrepareAsBackUp, "));
-        QCOMPARE(AllFields(*database), before);
+        QCOMPARE(database->TableNames(), before);
+    }
+
+    void tablesOfDeletionsThatStand_areKeptInAMother()
+    {
+        const auto database = NewDatabase(DatabaseKind::Library);
+        CDBCreate create(database.get());
+        QVERIFY(create.CreateAditionalTales(false));
+        database->Execute(u"INSERT INTO DeletedItems (ItemID) VALUES (5)"_s);
+        database->Execute(u"INSERT INTO ChildCopies (DBCopyID) VALUES ('Copy000001')"_s);
+        QVERIFY(create.CreateAditionalTales(false)); // for her second child
+        QCOMPARE(Texts(*database, u"SELECT ItemID FROM DeletedItems"_s), QStringList{u"5"_s});
+        QCOMPARE(CountOf(*database, u"ChildCopies"_s), 1);
+    }
+
+    void tablesThatStandInACopyOfAMother_areEmptied()
+    {
+        const auto database = NewDatabase(DatabaseKind::Library);
+        CDBCreate create(database.get(), DatabaseKind::Child);
+        QVERIFY(create.CreateAditionalTales(true));
+        for (const QString& table : {u"DeletedItems"_s, u"DeletedFiles"_s, u"DeletedItemLinks"_s})
+            database->Execute(u"INSERT INTO %1 (ItemID) VALUES (5)"_s.arg(table));
+        database->Execute(u"INSERT INTO HTMLFiles (Name) VALUES ('old.htm')"_s);
+        database->Execute(u"INSERT INTO ChildCopies (DBCopyID) VALUES ('Copy000001')"_s);
+        QVERIFY(create.CreateAditionalTales(true)); // a child's child
+        QVERIFY(create.CreateAditionalFields(TableSet::Plain));
+        for (const QString& table :
+             {u"DeletedItems"_s, u"DeletedFiles"_s, u"DeletedItemLinks"_s, u"HTMLFiles"_s, u"ChildCopies"_s})
+            QVERIFY2(CountOf(*database, table) == 0, qPrintable(table));
     }
 
     void aditionalTales_recordDeletions_data()

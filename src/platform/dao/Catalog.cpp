@@ -43,42 +43,61 @@ QString Check(const Field& field, QLatin1StringView rule, const QString& conditi
     return u" CONSTRAINT %1 CHECK (%2)"_s.arg(Quoted(field.Name + u':' + rule), condition);
 }
 
-QString RangeCheck(const Field& field, const QString& low, const QString& high)
+QString RangeCheck(const Field& field, const ValueRange& range)
 {
     const QString name = Quoted(field.Name);
+    if (field.Type == FieldType::Boolean)
+        return Check(field, CheckRule::Range, u"%1 IN (0, -1)"_s.arg(name));
     // Null passes: a check is violated only by a result of 0.
-    return Check(field, CheckRule::Range,
-                 u"%1 IS NULL OR (typeof(%1) = 'integer' AND %1 BETWEEN %2 AND %3)"_s.arg(name, low, high));
+    return Check(
+        field, CheckRule::Range,
+        u"%1 IS NULL OR (typeof(%1) = 'integer' AND %1 BETWEEN %2 AND %3)"_s.arg(name).arg(range.Low).arg(range.High));
 }
 
-QString Checks(const Field& field)
+QString Checks(const Field& field, bool withoutRange)
 {
+    if (const std::optional<ValueRange> range = RangeOf(field.Type))
+        return withoutRange ? QString() : RangeCheck(field, *range);
+    if (field.Type == FieldType::LongBinary)
+        return {};
     const QString name = Quoted(field.Name);
     QString checks;
-    switch (field.Type) {
-    case FieldType::Boolean:
-        return Check(field, CheckRule::Range, u"%1 IN (0, -1)"_s.arg(name));
-    case FieldType::Byte:
-        return RangeCheck(field, u"0"_s, u"255"_s);
-    case FieldType::Integer:
-        return RangeCheck(field, u"-32768"_s, u"32767"_s);
-    case FieldType::Long:
-        return RangeCheck(field, u"-2147483648"_s, u"2147483647"_s);
-    case FieldType::Date: // from the year 100 to the year 9999
-        return RangeCheck(field, u"-56802297600"_s, u"255611462399"_s);
-    case FieldType::LongBinary:
-        return {};
-    case FieldType::Text:
-        // length() stops at a NUL character, so that one must not hide a longer text.
+    // length() stops at a NUL character, so that one must not hide a longer text.
+    if (field.Type == FieldType::Text)
         checks = Check(field, CheckRule::Length,
                        u"%1 IS NULL OR (length(%1) <= %2 AND instr(%1, char(0)) = 0)"_s.arg(name).arg(field.Size));
-        break;
-    case FieldType::Memo:
-        break;
-    }
     if (!field.AllowZeroLength)
         checks += Check(field, CheckRule::ZeroLength, u"%1 <> ''"_s.arg(name));
     return checks;
+}
+
+QString IndexSql(const TableDef& table, const Index& index, const QString& name)
+{
+    QStringList columns;
+    for (const QString& field : index.Fields)
+        columns << Quoted(field);
+    const QString unique = index.Unique || index.Primary ? u"UNIQUE "_s : QString();
+    return u"CREATE %1INDEX %2 ON %3 (%4)"_s.arg(unique, Qualified(table.Schema, name), Quoted(table.Name),
+                                                 columns.join(u", "_s));
+}
+
+/// The indexes of a table whose stored names begin with @p prefix, under the rest of their names.
+std::vector<Index> ReadIndexes(Database& database, const TableDef& table, const QString& prefix)
+{
+    std::vector<Index> all;
+    Statement rows = database.Query(u"SELECT l.name, l.\"unique\", i.name FROM pragma_index_list(?1, ?2) l, "
+                                    "pragma_index_info(l.name, ?2) i ORDER BY l.name, i.seqno"_s,
+                                    {table.Name, table.Schema});
+    while (rows.Step()) {
+        if (!rows.Text(0).startsWith(prefix))
+            continue;
+        const QString name = rows.Text(0).mid(prefix.size());
+        if (all.empty() || all.back().Name != name)
+            all.push_back(
+                {.Name = name, .Fields = {}, .Primary = name == PrimaryIndexName, .Unique = rows.Long(1) != 0});
+        all.back().Fields << rows.Text(2);
+    }
+    return all;
 }
 
 QString Literal(const Value& value)
@@ -113,12 +132,12 @@ bool IsIn(Database& database, const QString& schema)
                 .IsNull();
 }
 
-QString ColumnSql(const Field& field, bool required)
+QString ColumnSql(const Field& field, bool required, bool withoutRange)
 {
     QString sql = Quoted(field.Name) + u' ';
     if (field.AutoIncrement) {
         // Only this very spelling makes the engine number the rows; numbers are not used again.
-        return sql + u"INTEGER PRIMARY KEY AUTOINCREMENT"_s + Checks(field);
+        return sql + u"INTEGER PRIMARY KEY AUTOINCREMENT"_s + Checks(field, withoutRange);
     }
     sql += DeclaredType(field);
     // A Boolean is never Null: one that is not set is false.
@@ -129,7 +148,7 @@ QString ColumnSql(const Field& field, bool required)
         sql += u" DEFAULT "_s + Literal(isBoolean && field.DefaultValue.IsNull() ? Value(false) : field.DefaultValue);
     if (field.Type == FieldType::Text || field.Type == FieldType::Memo)
         sql += u" COLLATE NOCASE"_s;
-    return sql + Checks(field);
+    return sql + Checks(field, withoutRange);
 }
 
 QString CreateTableSql(const TableDef& table, const std::vector<Relation>& relations, const QString& name)
@@ -157,15 +176,19 @@ QString StoredIndexName(const QString& table, const QString& index)
     return table + u'_' + index;
 }
 
+QString StoredOwnIndexName(const QString& table, const QString& index)
+{
+    return u"own_"_s + StoredIndexName(table, index);
+}
+
 QString CreateIndexSql(const TableDef& table, const Index& index)
 {
-    QStringList columns;
-    for (const QString& field : index.Fields)
-        columns << Quoted(field);
-    const QString unique = index.Unique || index.Primary ? u"UNIQUE "_s : QString();
-    return u"CREATE %1INDEX %2 ON %3 (%4)"_s.arg(unique,
-                                                 Qualified(table.Schema, StoredIndexName(table.Name, index.Name)),
-                                                 Quoted(table.Name), columns.join(u", "_s));
+    return IndexSql(table, index, StoredIndexName(table.Name, index.Name));
+}
+
+QString CreateOwnIndexSql(const TableDef& table, const Index& index)
+{
+    return IndexSql(table, index, StoredOwnIndexName(table.Name, index.Name));
 }
 
 TableDef ReadTableDef(Database& database, const QString& schema, const QString& table)
@@ -189,20 +212,13 @@ TableDef ReadTableDef(Database& database, const QString& schema, const QString& 
                                      .AllowZeroLength = fields.Long(7) != 0,
                                      .DefaultValue = fields.Column(8)});
     }
-    const QString prefix = StoredIndexName(definition.Name, {});
-    Statement indexes = database.Query(u"SELECT l.name, l.\"unique\", i.name FROM pragma_index_list(?1, ?2) l, "
-                                       "pragma_index_info(l.name, ?2) i ORDER BY l.name, i.seqno"_s,
-                                       {definition.Name, schema});
-    while (indexes.Step()) {
-        if (!indexes.Text(0).startsWith(prefix))
-            continue;
-        const QString name = indexes.Text(0).mid(prefix.size());
-        if (definition.Indexes.empty() || definition.Indexes.back().Name != name)
-            definition.Indexes.push_back(
-                {.Name = name, .Fields = {}, .Primary = name == PrimaryIndexName, .Unique = indexes.Long(1) != 0});
-        definition.Indexes.back().Fields << indexes.Text(2);
-    }
+    definition.Indexes = ReadIndexes(database, definition, StoredIndexName(definition.Name, {}));
     return definition;
+}
+
+std::vector<Index> ReadOwnIndexes(Database& database, const TableDef& table)
+{
+    return ReadIndexes(database, table, StoredOwnIndexName(table.Name, {}));
 }
 
 void WriteField(Database& database, const TableDef& table, const Field& field)

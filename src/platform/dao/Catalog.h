@@ -18,8 +18,9 @@ bool IsIn(Database& database, const QString& schema);
 /// The statement that makes @p table with the references in @p relations, under @p name, in its schema.
 QString CreateTableSql(const TableDef& table, const std::vector<Relation>& relations, const QString& name);
 QString CreateIndexSql(const TableDef& table, const Index& index);
-/// The declaration of one column: type, default and checks.
-QString ColumnSql(const Field& field, bool required);
+/// The declaration of one column: type, default and checks, except that of its type's range for a column
+/// @p withoutRange.
+QString ColumnSql(const Field& field, bool required, bool withoutRange = false);
 
 /// Without columns when the schema has no such table.
 TableDef ReadTableDef(Database& database, const QString& schema, const QString& table);
@@ -32,6 +33,10 @@ void WriteRelation(Database& database, const Relation& relation);
 
 /// Index names are unique in a table here and in the whole file there.
 QString StoredIndexName(const QString& table, const QString& index);
+/// The name of an index that is no part of the table's definition.
+QString StoredOwnIndexName(const QString& table, const QString& index);
+QString CreateOwnIndexSql(const TableDef& table, const Index& index);
+std::vector<Index> ReadOwnIndexes(Database& database, const TableDef& table);
 
 } // namespace Catalog
 

@@ -4,6 +4,7 @@
 #include "platform/dao/EngineError.h"
 #include "platform/dao/JournalCheck.h"
 #include "platform/dao/OpeningChecks.h"
+#include "platform/dao/StatementLimit.h"
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
 
@@ -47,14 +48,15 @@ std::unique_ptr<Database> DBEngine::Connect(const QString& path, int flags)
         database->Raise(code, u"DBEngine::OpenDatabase"_s);
     sqlite3_extended_result_codes(connection, 1);
     sqlite3_busy_timeout(connection, BusyTimeoutMilliseconds);
+    const StatementLimit limit(*database, OpeningTime);
     // Libraries come from other people: nothing in a file's schema is to be trusted with more
     // than holding data.
     sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(connection, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
     sqlite3_db_config(connection, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
-    for (const auto& [limit, value] : Limits)
-        sqlite3_limit(connection, limit, value);
+    for (const auto& [kind, value] : Limits)
+        sqlite3_limit(connection, kind, value);
     // A misspelt column is an error, not a text.
     sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
     sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
@@ -94,6 +96,7 @@ std::unique_ptr<Database> DBEngine::ConnectAndLook(const QString& path, Access a
 {
     std::unique_ptr<Database> database = Connect(path, access == Access::ReadWrite ? SQLITE_OPEN_READWRITE
                                                                                    : SQLITE_OPEN_READONLY);
+    const StatementLimit limit(*database, OpeningTime);
     database->QueryValue(u"SELECT 1 FROM sqlite_schema LIMIT 1"_s);
     return database;
 }
@@ -123,6 +126,7 @@ std::unique_ptr<Database> DBEngine::OpenDatabase(const QString& path, Access acc
         OpenDatabase(path, Access::ReadWrite);
         database = ConnectAndLook(path, access);
     }
+    const StatementLimit limit(*database, OpeningTime);
     RefuseWhatCantBeUsed(*database, MainSchema, access);
     if (access == Access::ReadWrite && HasSuperJournals(path))
         ClearAway(*database);

@@ -23,7 +23,7 @@ Database::Database(sqlite3* connection, QString name) : m_connection(connection)
 Database::Database(Database&& other) noexcept
     : m_connection(std::exchange(other.m_connection, nullptr)), m_name(std::move(other.m_name)),
       m_transactionDepth(other.m_transactionDepth), m_idleStatements(std::exchange(other.m_idleStatements, {})),
-      m_tableDefs(std::exchange(other.m_tableDefs, {}))
+      m_tableDefs(std::exchange(other.m_tableDefs, {})), m_attached(std::exchange(other.m_attached, {}))
 {
 }
 

@@ -13,6 +13,8 @@ struct sqlite3_stmt;
 
 namespace qb {
 
+class StatementLimit;
+
 enum class DatabaseAccess {
     ReadWrite, ///< raises 3051 when the file or its folder can't be written to, or is of a newer version
     ReadOnly,
@@ -64,11 +66,16 @@ public:
     void AppendTableDef(const TableDef& table);
     /// Raises 3265 when there is no such table, 3201 when another table refers to it.
     void DeleteTableDef(const QString& table);
-    /// Raises 3191 when the column exists.
+    /// Adds a column without reading the rows. Raises 3191 when the column exists. The range of its type is held
+    /// by recordsets, the limits of a text by the file.
     void AppendField(const QString& table, const Field& field);
     void DeleteField(const QString& table, const QString& field);
     /// Raises 3284 when the index exists.
     void AppendIndex(const QString& table, const Index& index);
+    void DeleteIndex(const QString& table, const QString& index);
+    /// Makes an index that is no part of the table's definition: it only makes statements quicker.
+    void AppendOwnIndex(const QString& table, const Index& index);
+    QStringList OwnIndexNames(const QString& table);
     /// Relations are of the main file.
     std::vector<Relation> Relations();
     /// Raises 3012 when a relation of that name exists, 3201 when another table refers to the
@@ -94,6 +101,7 @@ private:
     friend class Blob;
     friend class DBEngine;
     friend class Statement;
+    friend class StatementLimit;
 
     struct TablePlace {
         QString Schema;
@@ -125,6 +133,7 @@ private:
     QHash<QString, sqlite3_stmt*> m_idleStatements;
     QHash<QString, std::shared_ptr<const TableDef>> m_tableDefs; ///< by lower-case name with its schema
     QHash<QString, QString> m_attached;                          ///< full paths by schema
+    StatementLimit* m_limit = nullptr;                           ///< the innermost
     QString m_blamed;                                            ///< the file that errors are about; empty: any of them
 };
 

@@ -3,6 +3,7 @@
 #include "platform/dao/DBEngine.h"
 #include "platform/dao/JournalCheck.h"
 #include "platform/dao/OpeningChecks.h"
+#include "platform/dao/StatementLimit.h"
 
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -86,6 +87,7 @@ void Database::Attach(const QString& path, const QString& schema, DatabaseAccess
 
 void Database::AttachAndLook(const QString& path, const QString& schema, DatabaseAccess access)
 {
+    const StatementLimit limit(*this, OpeningTime);
     RefuseForeignJournal(path);
     const QString absolute = QFileInfo(path).absoluteFilePath();
     m_blamed = absolute;

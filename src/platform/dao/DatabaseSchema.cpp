@@ -41,7 +41,8 @@ QStringList Database::TableNames(const QString& schema)
 bool Database::TableExists(const QString& table)
 {
     const auto [schema, name] = Place(table);
-    return !QueryValue(u"SELECT 1 FROM %1 WHERE type = 'table' AND name = ? COLLATE NOCASE"_s.arg(
+    // One without rows of its own is none: it is what a stranger's file has in a table's place.
+    return !QueryValue(u"SELECT 1 FROM %1 WHERE type = 'table' AND rootpage > 0 AND name = ? COLLATE NOCASE"_s.arg(
                            Qualified(schema, u"sqlite_schema"_s)),
                        {name})
                 .IsNull();
@@ -106,8 +107,9 @@ void Database::AppendField(const QString& table, const Field& field)
         throw RuntimeError(ErrorNumber::FieldExists,
                            u"The table '%1' has a column '%2' already."_s.arg(known->Name, field.Name),
                            u"Database::AppendField"_s);
+    // A check would have the engine read all rows, long texts and all, to see whether they pass.
     Transaction transaction(*this);
-    Execute(u"ALTER TABLE %1 ADD COLUMN %2"_s.arg(known->Reference(), Catalog::ColumnSql(field, field.Required)));
+    Execute(u"ALTER TABLE %1 ADD COLUMN %2"_s.arg(known->Reference(), Catalog::ColumnSql(field, field.Required, true)));
     Catalog::WriteField(*this, *known, field);
     transaction.Commit();
     m_tableDefs.clear();
@@ -138,6 +140,29 @@ void Database::AppendIndex(const QString& table, const Index& index)
                            u"Database::AppendIndex"_s);
     Execute(Catalog::CreateIndexSql(*known, index));
     m_tableDefs.clear();
+}
+
+void Database::DeleteIndex(const QString& table, const QString& index)
+{
+    const std::shared_ptr<const TableDef> known = SharedTableDef(table);
+    const Index* found = known->FindIndex(index);
+    if (!found)
+        throw ItemNotFound(u"index"_s, index);
+    Execute(u"DROP INDEX "_s + Qualified(known->Schema, Catalog::StoredIndexName(known->Name, found->Name)));
+    m_tableDefs.clear();
+}
+
+void Database::AppendOwnIndex(const QString& table, const Index& index)
+{
+    Execute(Catalog::CreateOwnIndexSql(*SharedTableDef(table), index));
+}
+
+QStringList Database::OwnIndexNames(const QString& table)
+{
+    QStringList names;
+    for (const Index& index : Catalog::ReadOwnIndexes(*this, *SharedTableDef(table)))
+        names << index.Name;
+    return names;
 }
 
 std::vector<Relation> Database::Relations()
@@ -197,6 +222,7 @@ void Database::RebuildTable(const QString& name)
         columns << Quoted(field.Name);
     const QString list = columns.join(u", "_s);
     const QString interim = name + u"~"_s;
+    const std::vector<Index> own = Catalog::ReadOwnIndexes(*this, table);
     const bool numbered = std::any_of(table.Fields.begin(), table.Fields.end(),
                                       [](const Field& field) { return field.AutoIncrement; });
     const QString sequence = Qualified(MainSchema, u"sqlite_sequence"_s);
@@ -213,6 +239,8 @@ void Database::RebuildTable(const QString& name)
     }
     for (const Index& index : table.Indexes)
         Execute(Catalog::CreateIndexSql(table, index));
+    for (const Index& index : own)
+        Execute(Catalog::CreateOwnIndexSql(table, index));
     m_tableDefs.clear();
 }
 

@@ -37,6 +37,8 @@ constexpr Entry Entries[] = {
     {SQLITE_IOERR, ErrorNumber::DiskError, "'%1' could not be read or written: the disk or the network failed."},
     {SQLITE_TOOBIG, ErrorNumber::ResourceExceeded, "A text or file is too large for '%1'."},
     {SQLITE_NOMEM, ErrorNumber::ResourceExceeded, "There is not enough memory to work on '%1'."},
+    {SQLITE_INTERRUPT, ErrorNumber::Cancelled,
+     "The work on '%1' was ended before it was done: it was cancelled, or took longer than a sound file needs."},
     {SQLITE_PERM, ErrorNumber::CannotOpen, "'%1' can't be opened: access is denied."},
     {SQLITE_AUTH, ErrorNumber::CannotOpen, "'%1' can't be opened: access is denied."},
 };

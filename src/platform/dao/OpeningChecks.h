@@ -2,7 +2,12 @@
 
 #include "platform/dao/Database.h"
 
+#include <chrono>
+
 namespace qb {
+
+/// What the engine may take to read the schema of a file: a thousand times what one of the program's own needs.
+inline constexpr std::chrono::seconds OpeningTime{20};
 
 /// Raises what OpenDatabase does for a file that can't be a database: 3024 when there is none, 3343 for a
 /// folder, an empty file and one of another kind, 3051 when it can't be read. Says before the engine does,

@@ -272,6 +272,11 @@ Value Recordset::AsStored(const Field& field, const Value& value)
 {
     if (field.Type == FieldType::Boolean && value.IsNull())
         return false;
+    // The file checks the range of columns only that its table was made with.
+    if (!field.IsInRange(value))
+        throw RuntimeError(ErrorNumber::Overflow,
+                           u"The value of '%1' is out of range; nothing was changed."_s.arg(field.Name),
+                           u"Recordset::Update"_s);
     const bool isText = field.Type == FieldType::Text || field.Type == FieldType::Memo;
     return isText && std::holds_alternative<QByteArray>(value.Content()) ? Value(value.ToText()) : value;
 }

@@ -4,6 +4,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <optional>
 #include <vector>
 
 namespace qb {
@@ -43,6 +44,14 @@ inline constexpr QLatin1StringView ZeroLength{"zero length"};
 inline constexpr QLatin1StringView Range{"range"};
 } // namespace CheckRule
 
+/// The whole numbers that a column may hold.
+struct ValueRange {
+    qint64 Low;
+    qint64 High;
+};
+/// That of a type; nothing for texts and bytes.
+std::optional<ValueRange> RangeOf(FieldType type);
+
 /// A column of a table.
 struct Field {
     QString Name;
@@ -57,6 +66,8 @@ struct Field {
     Value DefaultValue = {};
 
     int Attributes() const;
+    /// Whether a value is in the range of the type, as the file takes it; Null always is.
+    bool IsInRange(const Value& value) const;
     friend bool operator==(const Field&, const Field&) = default;
 };
 

@@ -29,6 +29,7 @@ inline constexpr long DiskError = 3043;
 inline constexpr long InUse = 3045;
 inline constexpr long Corrupt = 3049;
 inline constexpr long CannotOpen = 3051;
+inline constexpr long Cancelled = 3059;
 inline constexpr long SyntaxError = 3075;
 inline constexpr long TooLong = 3163;
 inline constexpr long RecordDeleted = 3167;

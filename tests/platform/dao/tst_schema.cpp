@@ -1,3 +1,4 @@
+#include "platform/dao/StatementLimit.h"
 #include "platform/dao/TemporaryDatabase.h"
 
 using namespace qb;
@@ -176,6 +177,51 @@ private Q_SLOTS:
         QCOMPARE(rows[u"Title"_s].ToText(), u"one"_s);
         QCOMPARE(rows[u"ID"_s].ToLong(), 1);
         QVERIFY(rows[u"Early"_s].IsNull());
+    }
+
+    void columnAddedLater_needsNoLookAtTheRows_data()
+    {
+        QTest::addColumn<Field>("field");
+        for (const FieldType type : {FieldType::Boolean, FieldType::Byte, FieldType::Integer, FieldType::Long,
+                                     FieldType::Date, FieldType::LongBinary})
+            QTest::addRow("type %d", int(type)) << Field{.Name = u"Later"_s, .Type = type, .DefaultValue = 0};
+        QTest::newRow("Memo") << Field{.Name = u"Later"_s, .Type = FieldType::Memo, .AllowZeroLength = true};
+    }
+    void columnAddedLater_needsNoLookAtTheRows()
+    {
+        QFETCH(Field, field);
+        Db().Execute(u"WITH RECURSIVE n(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM n WHERE x < 3000) "
+                     "INSERT INTO Items (Title) SELECT 'row' FROM n"_s);
+        const StatementLimit limit(Db(), [] { return true; }); // a thousand steps at most
+        QB_VERIFY_RAISES(Db().Execute(u"UPDATE Items SET Rating = 1"_s), 3059);
+        Db().AppendField(u"Items"_s, field);
+        QVERIFY(Db().GetTableDef(u"Items"_s).FindField(u"Later"_s));
+    }
+
+    void ownIndex_isNoPartOfTheDefinition()
+    {
+        Db().AppendOwnIndex(u"Items"_s, {.Name = u"Quick"_s, .Fields = {u"Rating"_s, u"Title"_s}});
+        m_database->Reopen();
+        QCOMPARE(Db().GetTableDef(u"Items"_s).Indexes, ItemsTable().Indexes);
+        QCOMPARE(Db().OwnIndexNames(u"Items"_s), QStringList{u"Quick"_s});
+        QCOMPARE(Texts(Db(), u"SELECT count(*) FROM pragma_index_info('own_Items_Quick')"_s), QStringList{u"2"_s});
+    }
+
+    void ownIndex_outlivesARelation()
+    {
+        Db().AppendTableDef(WithIndexes());
+        Db().AppendField(u"Words"_s, {.Name = u"Item"_s});
+        Db().AppendOwnIndex(u"Words"_s, {.Name = u"Quick"_s, .Fields = {u"Item"_s}});
+        Db().AppendRelation({u"r"_s, u"Items"_s, u"Words"_s, u"ID"_s, u"Item"_s, 0}); // makes the table anew
+        QCOMPARE(Db().OwnIndexNames(u"Words"_s), QStringList{u"Quick"_s});
+    }
+
+    void deletedIndex_isGone()
+    {
+        Db().AppendIndex(u"Items"_s, {.Name = u"ByTitle"_s, .Fields = {u"Title"_s}});
+        Db().DeleteIndex(u"items"_s, u"BYTITLE"_s);
+        QVERIFY(!Db().GetTableDef(u"Items"_s).FindIndex(u"ByTitle"_s));
+        QB_VERIFY_RAISES(Db().DeleteIndex(u"Items"_s, u"ByTitle"_s), 3265);
     }
 
     void openRecordset_keepsItsColumnsWhenOneIsAdded()
