@@ -22,18 +22,16 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// A line on standard error that is written over while it changes.
-class ProgressLine {
+class ProgressLine : public Work {
 public:
     ProgressLine() { m_timer.start(); }
-    ~ProgressLine()
+    ~ProgressLine() override
     {
         if (m_shown)
             std::fputs("\n", stderr);
     }
-    ProgressLine(const ProgressLine&) = delete;
-    ProgressLine& operator=(const ProgressLine&) = delete;
 
-    void Show(int done, int total)
+    void Advance(qint64 done, qint64 total) override
     {
         constexpr int TerminalInterval = 100; // milliseconds
         constexpr int FileInterval = 2000;
@@ -41,7 +39,7 @@ public:
         if (done < total && m_timer.elapsed() < (terminal ? TerminalInterval : FileInterval))
             return;
         m_timer.restart();
-        std::fprintf(stderr, terminal ? "\r%d of %d files" : "%d of %d files\n", done, total);
+        std::fprintf(stderr, terminal ? "\r%lld of %lld files" : "%lld of %lld files\n", done, total);
         std::fflush(stderr);
         m_shown = terminal && done < total;
         if (terminal && done >= total)
@@ -179,11 +177,7 @@ int ImportFolderCommand(const QStringList& words)
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
     options.BeforeCommit = [&arguments](const FolderImportResult& result) { PrintImport(result, arguments.Json()); };
     ProgressLine line;
-    options.Progress = [&line](int done, int total) {
-        line.Show(done, total);
-        return true;
-    };
-    ImportFolder(*database, arguments.Positional(1), options);
+    ImportFolder(*database, arguments.Positional(1), options, line);
     return 0;
 }
 

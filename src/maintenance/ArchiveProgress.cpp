@@ -60,23 +60,23 @@ QString AddedName(const QString& text)
 void LibraryZipProgress::m_oZip_Progress(const QString& text)
 {
     if (IsTotal(text))
-        m_show({}, Done);
+        m_work.Say({}, Done);
     else if (IsDeflated(text))
-        m_show(CompactedBy(text), 1);
+        m_work.Say(CompactedBy(text), 1);
     else if (IsAdding(text))
-        m_show((m_extracting ? u"Extracting "_s : u"Compacting "_s) + AddedName(text) + u"qrb"_s, Halfway);
+        m_work.Say((m_extracting ? u"Extracting "_s : u"Compacting "_s) + AddedName(text) + u"qrb"_s, Halfway);
 }
 
 void ExportZipProgress::m_oZip_Progress(const QString& text)
 {
     if (IsTotal(text)) {
-        m_show({}, Done);
+        m_work.Say({}, Done);
     } else if (IsDeflated(text)) {
-        m_show(CompactedBy(text), 1);
-        m_hideBar();
+        m_work.Say(CompactedBy(text), 1);
+        m_work.Say({}, 0);
     } else if (IsAdding(text) || IsInflating(text)) {
         const QString name = m_extracting ? u"Extracting "_s + Cut(text, 13, 10) : u"Compacting "_s + AddedName(text);
-        m_show(name + u"qrx"_s, Halfway);
+        m_work.Say(name + u"qrx"_s, Halfway);
     }
 }
 
@@ -96,7 +96,7 @@ void StoredFileZipProgress::Adding(int fileNo, const QString& text, int files)
     if (m_total != 0 && m_count > 0)
         ++m_count;
     if (m_total == 0) {
-        m_show(caption, 1);
+        m_work.Say(caption, 1);
         m_total = files;
         m_count = 1;
         m_lastPercent = 0;
@@ -120,13 +120,13 @@ void StoredFileZipProgress::Report(const QString& caption, double part)
     if (m_lastPercent + LeastStep >= percent)
         return;
     m_lastPercent = percent;
-    m_show(caption, percent);
+    m_work.Say(caption, percent);
 }
 
 void StoredFileZipProgress::Finish()
 {
     m_total = m_count = m_lastPercent = 0;
-    m_show({}, Done);
+    m_work.Say({}, Done);
 }
 
 void VolumeProgress::NextVolume(int volumeNo, bool creating)
@@ -138,13 +138,13 @@ void VolumeProgress::Progress(int chunkNo)
 {
     const int percent = m_total > 0 ? qRound(double(chunkNo) / m_total * Done) : Done;
     if (chunkNo == 1)
-        m_show(m_caption, 0);
+        m_work.Say(m_caption, 0);
     if (m_lastPercent + LeastStep < percent) {
         m_lastPercent = percent;
-        m_show(m_caption, percent);
+        m_work.Say(m_caption, percent);
     }
     if (chunkNo == m_total)
-        m_show({}, Done);
+        m_work.Say({}, Done);
 }
 
 } // namespace qb

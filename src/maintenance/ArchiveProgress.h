@@ -1,43 +1,35 @@
 #pragma once
 
+#include "platform/system/Work.h"
+
 #include <QString>
-#include <functional>
 
 namespace qb {
 
-/// Shows how far a work is: a line of status text and a percent, of which 100 and more say that it is
-/// done.
-using ShowProgress = std::function<void(const QString& text, int percent)>;
-
-/// Turns the zip engine's lines into progress, while a library is packed into a container or unpacked.
+/// Turns the zip engine's lines into what a work says, while a library is packed into a container or unpacked.
 class LibraryZipProgress {
 public:
-    explicit LibraryZipProgress(ShowProgress show) : m_show(std::move(show)) {}
+    explicit LibraryZipProgress(Work& work) : m_work(work) {}
 
     void SetExtracting(bool extracting) { m_extracting = extracting; }
     /// One line of the engine.
     void m_oZip_Progress(const QString& text);
 
 private:
-    ShowProgress m_show;
+    Work& m_work;
     bool m_extracting = false;
 };
 
-/// The same while items are exported or imported.
+/// The same while items are exported or imported. It takes the bar away once a file's figures are known.
 class ExportZipProgress {
 public:
-    /// @p hideBar takes the bar away once a file's figures are known.
-    ExportZipProgress(ShowProgress show, std::function<void()> hideBar)
-        : m_show(std::move(show)), m_hideBar(std::move(hideBar))
-    {
-    }
+    explicit ExportZipProgress(Work& work) : m_work(work) {}
 
     void SetExtracting(bool extracting) { m_extracting = extracting; }
     void m_oZip_Progress(const QString& text);
 
 private:
-    ShowProgress m_show;
-    std::function<void()> m_hideBar;
+    Work& m_work;
     bool m_extracting = false;
 };
 
@@ -45,7 +37,7 @@ private:
 /// 100 only with the end.
 class StoredFileZipProgress {
 public:
-    explicit StoredFileZipProgress(ShowProgress show) : m_show(std::move(show)) {}
+    explicit StoredFileZipProgress(Work& work) : m_work(work) {}
 
     /// @p files is the number of files that are being added, or the engine's FileCount.
     void m_oZipUnzip_Progress(int fileNo, const QString& text, int files);
@@ -56,7 +48,7 @@ private:
     void Report(const QString& caption, double part);
     void Finish();
 
-    ShowProgress m_show;
+    Work& m_work;
     int m_total = 0;
     int m_count = 0;
     int m_lastPercent = 0;
@@ -65,14 +57,14 @@ private:
 /// Turns the file splitter's events into progress of one split or merge.
 class VolumeProgress {
 public:
-    explicit VolumeProgress(ShowProgress show) : m_show(std::move(show)) {}
+    explicit VolumeProgress(Work& work) : m_work(work) {}
 
     void TotalChunks(int total) { m_total = total; }
     void NextVolume(int volumeNo, bool creating);
     void Progress(int chunkNo);
 
 private:
-    ShowProgress m_show;
+    Work& m_work;
     QString m_caption;
     int m_total = 0;
     int m_lastPercent = 0;

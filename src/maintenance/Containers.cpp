@@ -1,5 +1,6 @@
 #include "maintenance/Containers.h"
 
+#include "maintenance/ArchiveProgress.h"
 #include "platform/archive/BrindletonZip.h"
 #include "platform/archive/CBFileSplitter.h"
 #include "platform/system/RuntimeError.h"
@@ -22,11 +23,10 @@ QString InnerName(const QString& container)
 
 /// Packs @p source into @p target; false when it was cancelled.
 template <class Progress>
-bool Pack(const QString& source, const QString& target, Progress& progress, const ContainerWork& work)
+bool Pack(const QString& source, const QString& target, Progress& progress, Work& work)
 {
     progress.SetExtracting(false);
     BrindletonZip m_oZip;
-    m_oZip.Advance = work.Advance;
     QObject::connect(&m_oZip, &BrindletonZip::Progress, &m_oZip,
                      [&](int, const QString& text) { progress.m_oZip_Progress(text); });
     m_oZip.SetZipFileName(target);
@@ -35,35 +35,34 @@ bool Pack(const QString& source, const QString& target, Progress& progress, cons
     m_oZip.SetZipOptionC(false);
     m_oZip.SetZipOptionA(false);
     m_oZip.SetZipOptionB(false);
-    return m_oZip.Zip();
+    return m_oZip.Zip(work);
 }
 
-void Connect(CBFileSplitter& oFS, VolumeProgress& progress, const ContainerWork& work)
+void Connect(CBFileSplitter& oFS, VolumeProgress& progress)
 {
-    oFS.Advance = work.Advance;
     QObject::connect(&oFS, &CBFileSplitter::TotalChunks, &oFS, [&](int total) { progress.TotalChunks(total); });
     QObject::connect(&oFS, &CBFileSplitter::NextVolume, &oFS,
                      [&](int number, qint64, bool creating) { progress.NextVolume(number, creating); });
     QObject::connect(&oFS, &CBFileSplitter::Progress, &oFS, [&](int chunk) { progress.Progress(chunk); });
 }
 
-QString Split(const QString& file, const ContainerWork& work)
+QString Split(const QString& file, Work& work)
 {
     constexpr qint64 NoVolumes = 0;
     CBFileSplitter oFS;
-    VolumeProgress progress(work.Show);
-    Connect(oFS, progress, work);
-    return oFS.Split(file, NoVolumes);
+    VolumeProgress progress(work);
+    Connect(oFS, progress);
+    return oFS.Split(file, NoVolumes, work);
 }
 
-QString Joined(const QString& container, const ContainerWork& work)
+QString Joined(const QString& container, Work& work)
 {
     if (!CBFileSplitter::IsVolume(container))
         return container;
     CBFileSplitter oFS;
-    VolumeProgress progress(work.Show);
-    Connect(oFS, progress, work);
-    return oFS.Merge(container);
+    VolumeProgress progress(work);
+    Connect(oFS, progress);
+    return oFS.Merge(container, work);
 }
 
 /// A container holds one file, which must not take the place of another file beside the container.
@@ -89,7 +88,7 @@ void RefuseOthers(BrindletonZip& zip, const QString& container)
 }
 
 template <class Progress>
-QString Unpack(const QString& file, Progress& progress, const ContainerWork& work)
+QString Unpack(const QString& file, Progress& progress, Work& work)
 {
     const QString container = Joined(file, work);
     if (container.isEmpty())
@@ -97,18 +96,17 @@ QString Unpack(const QString& file, Progress& progress, const ContainerWork& wor
     progress.SetExtracting(true);
     const QString folder = QFileInfo(container).absolutePath();
     BrindletonZip m_oZip;
-    m_oZip.Advance = work.Advance;
     QObject::connect(&m_oZip, &BrindletonZip::Progress, &m_oZip,
                      [&](int, const QString& text) { progress.m_oZip_Progress(text); });
     RefuseOthers(m_oZip, container);
-    return m_oZip.ExtractTo(container, folder) ? folder + u'/' + m_oZip.FirstFileName(container) : QString();
+    return m_oZip.ExtractTo(container, folder, work) ? folder + u'/' + m_oZip.FirstFileName(container) : QString();
 }
 
 } // namespace
 
-bool PackLibrary(const QString& source, const QString& target, const ContainerWork& work)
+bool PackLibrary(const QString& source, const QString& target, Work& work)
 {
-    LibraryZipProgress progress(work.Show);
+    LibraryZipProgress progress(work);
     if (!Pack(source, target, progress, work))
         return false;
     QFile::remove(source);
@@ -116,7 +114,7 @@ bool PackLibrary(const QString& source, const QString& target, const ContainerWo
     return true;
 }
 
-QString PackExport(const QString& file, const ContainerWork& work)
+QString PackExport(const QString& file, Work& work)
 {
     const QString inner = InnerName(file);
     QFile::remove(inner);
@@ -125,22 +123,22 @@ QString PackExport(const QString& file, const ContainerWork& work)
             ErrorNumber::PathAccess,
             u"The file '%1' can't be renamed to be packed. Nothing was changed."_s.arg(QDir::toNativeSeparators(file)),
             u"PackExport"_s);
-    ExportZipProgress progress(work.Show, work.HideBar);
+    ExportZipProgress progress(work);
     if (!Pack(inner, file, progress, work))
         return {};
     QFile::remove(inner);
     return Split(file, work);
 }
 
-QString UnpackLibrary(const QString& container, const ContainerWork& work)
+QString UnpackLibrary(const QString& container, Work& work)
 {
-    LibraryZipProgress progress(work.Show);
+    LibraryZipProgress progress(work);
     return Unpack(container, progress, work);
 }
 
-QString UnpackExport(const QString& container, const ContainerWork& work)
+QString UnpackExport(const QString& container, Work& work)
 {
-    ExportZipProgress progress(work.Show, work.HideBar);
+    ExportZipProgress progress(work);
     return Unpack(container, progress, work);
 }
 

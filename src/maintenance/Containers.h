@@ -1,39 +1,29 @@
 #pragma once
 
-#include "maintenance/ArchiveProgress.h"
+#include "platform/system/Work.h"
 
 #include <QString>
-#include <functional>
 
 namespace qb {
 
-/// What the packing and unpacking of a container tells, and whom it asks whether to go on.
-struct ContainerWork {
-    ShowProgress Show = [](const QString&, int) {};
-    /// Takes the progress bar away; of exports only.
-    std::function<void()> HideBar = [] {};
-    /// Told bytes done and of all, several times a second; false ends the work.
-    std::function<bool(qint64 done, qint64 total)> Advance = {};
-};
-
-// A container is one file, zipped, and handed to the file splitter.
+// A container is one file, zipped, and handed to the file splitter. Its works count bytes.
 
 /// Packs a library into a container. The @p source is deleted once it is packed. False, with the source
 /// in its place, when it was cancelled; raises RuntimeError 75 when it can't be packed.
-bool PackLibrary(const QString& source, const QString& target, const ContainerWork& work);
+bool PackLibrary(const QString& source, const QString& target, Work& work);
 
 /// Packs an export that bears its final name: what is in it goes into a container of that name. Returns
 /// the name of the container, or its first volume; empty, with the contents under the name that ends in
 /// "t", when it was cancelled. Raises RuntimeError 75 when it can't be packed.
-QString PackExport(const QString& file, const ContainerWork& work);
+QString PackExport(const QString& file, Work& work);
 
 /// Unpacks the one file of a container into the container's folder and returns its path; empty when it
 /// was cancelled, or there is none. Volumes are joined first, which leaves the joined file behind.
 /// Raises RuntimeError 75 for what is no container, holds more than a file, or would replace a file
 /// that is not the container's own of an earlier time.
-QString UnpackLibrary(const QString& container, const ContainerWork& work);
+QString UnpackLibrary(const QString& container, Work& work);
 
 /// The same for an export.
-QString UnpackExport(const QString& container, const ContainerWork& work);
+QString UnpackExport(const QString& container, Work& work);
 
 } // namespace qb

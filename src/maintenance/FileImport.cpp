@@ -1,5 +1,6 @@
 #include "maintenance/FileImport.h"
 
+#include "maintenance/ArchiveProgress.h"
 #include "platform/archive/BrindletonZip.h"
 #include "platform/system/Paths.h"
 #include "platform/system/RuntimeError.h"
@@ -18,11 +19,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Takes files into one item, and tells how far it is.
-class FileImport {
+/// Takes files into one item. It watches the work on each file, and tells of the whole.
+class FileImport : private Work {
 public:
-    FileImport(Library& library, QString itemKey, const FileImportOptions& options)
-        : m_library(library), m_itemKey(std::move(itemKey)), m_options(options)
+    FileImport(Library& library, QString itemKey, const FileImportOptions& options, Work& whole)
+        : m_library(library), m_itemKey(std::move(itemKey)), m_options(options), m_whole(whole)
     {
     }
 
@@ -36,17 +37,29 @@ public:
     }
 
 private:
+    // Work: of the file, or the archive, that is under way
+    void Advance(qint64 done, qint64) override
+    {
+        m_piece = done;
+        const qint64 all = qMax(m_total, m_done + done);
+        if (m_adding && m_total > 0)
+            m_whole.Say(u"Adding "_s + m_adding->Title(), int((m_done + done) * 99 / all));
+        m_whole.Advance(m_done + done, all);
+    }
+    bool IsCancelled() override
+    {
+        m_cancelled = m_whole.IsCancelled();
+        return m_cancelled;
+    }
+
     /// Packs files into an archive of the work's own folder; empty when it was cancelled.
     QString Zip(const QStringList& files, const QString& baseDirectory, const QString& zipName,
                 StoredFileZipProgress& progress, int all)
     {
-        if (!m_work)
-            m_work.emplace(m_library);
-        const QString archive = m_work->PackingFolder() + zipName;
+        if (!m_pending)
+            m_pending.emplace(m_library);
+        const QString archive = m_pending->PackingFolder() + zipName;
         BrindletonZip m_oZipUnzip;
-        m_oZipUnzip.Advance = [this](qint64 done, qint64) {
-            return !m_options.Advance || m_options.Advance(m_done + done, m_total);
-        };
         QObject::connect(&m_oZipUnzip, &BrindletonZip::Progress, &m_oZipUnzip,
                          [&](int fileNo, const QString& text) { progress.m_oZipUnzip_Progress(fileNo, text, all); });
         m_oZipUnzip.SetZipFileName(archive);
@@ -55,7 +68,7 @@ private:
         for (const QString& file : files)
             m_oZipUnzip.AddFile(file);
         try {
-            if (!m_oZipUnzip.Zip())
+            if (!m_oZipUnzip.Zip(*this))
                 return {};
         } catch (const RuntimeError& error) { // where it was to be made is of no interest to anybody
             throw RuntimeError(error.Number(),
@@ -72,7 +85,7 @@ private:
     {
         for (const auto& candidate : plan.Candidates)
             m_total += QFileInfo(files[candidate.Index]).size();
-        StoredFileZipProgress progress(m_options.Show);
+        StoredFileZipProgress progress(m_whole);
         QStringList names; // archives made; two files may have the same name but for their extension
         for (const auto& [index, zipName] : plan.Candidates) {
             const QString name = NumberedName(zipName, [&](const QString& taken) { return names.contains(taken); });
@@ -96,7 +109,7 @@ private:
                                u"ImportStoredFiles"_s);
         for (const QString& file : std::as_const(files))
             m_total += QFileInfo(file).size();
-        StoredFileZipProgress progress(m_options.Show);
+        StoredFileZipProgress progress(m_whole);
         const QString archive = Zip(files, QFileInfo(files.first()).absolutePath(), name, progress, int(files.size()));
         files = {archive};
         return !archive.isEmpty();
@@ -105,54 +118,65 @@ private:
     FileImportResult Store(const QStringList& files)
     {
         FileImportResult result;
-        m_done = m_total = 0;
-        for (const QString& file : files)
-            m_total += QFileInfo(file).size();
+        CountAll(files);
+        const auto hide = qScopeGuard([this] { m_whole.Say({}, 100); });
         for (const QString& path : files) {
             CFileObject file;
-            Prepare(file, path, result.Cancelled);
-            if (!file.Commit()) {
-                m_options.Show({}, 100);
+            Prepare(file, path);
+            result.Complete = file.Commit();
+            Finished();
+            if (!result.Complete) {
+                result.Cancelled = m_cancelled;
                 return result;
             }
             result.Keys << file.Key();
         }
-        m_options.Show({}, 100);
         result.Complete = true;
         return result;
     }
 
-    void Prepare(CFileObject& file, const QString& path, bool& cancelled)
+    void CountAll(const QStringList& files)
+    {
+        m_done = m_piece = m_total = 0;
+        for (const QString& file : files)
+            m_total += QFileInfo(file).size();
+    }
+
+    void Prepare(CFileObject& file, const QString& path)
     {
         file.Initialise(m_library, {});
         file.SetCodeID(m_itemKey);
-        const bool isOwn = m_work && path.startsWith(m_work->PackingFolder());
+        const bool isOwn = m_pending && path.startsWith(m_pending->PackingFolder());
         file.SetStoredFile(QFileInfo(path).absoluteFilePath(),
                            isOwn ? CFileObject::Intake::Move : CFileObject::Intake::Copy);
         file.SetTitle(NumberedName(file.Title(), [this](const QString& title) { return HasFile(title); }));
         file.SetDescription(m_options.Description);
-        file.Progress = [this, &file, &cancelled, before = m_done](qint64 done, qint64) {
-            m_done = before + done;
-            if (m_total > 0)
-                m_options.Show(u"Adding "_s + file.Title(), int(m_done * 99 / qMax(m_total, m_done)));
-            cancelled = m_options.Advance && !m_options.Advance(m_done, qMax(m_total, m_done));
-            return !cancelled;
-        };
+        file.SetWork(*this);
+        m_adding = &file;
+        m_cancelled = false;
+    }
+
+    /// The file that was under way is taken in, or not.
+    void Finished()
+    {
+        m_done += std::exchange(m_piece, 0);
+        m_adding = nullptr;
     }
 
     /// Copies all of them first; the rows are made together, and only then do the files take their places.
     FileImportResult StoreWhole(const QStringList& paths)
     {
         FileImportResult result;
-        m_done = m_total = 0;
-        for (const QString& path : paths)
-            m_total += QFileInfo(path).size();
+        CountAll(paths);
         const auto work = std::make_shared<PendingWork>(m_library);
         std::vector<std::unique_ptr<CFileObject>> files;
-        const auto hide = qScopeGuard([this] { m_options.Show({}, 100); });
+        const auto hide = qScopeGuard([this] { m_whole.Say({}, 100); });
         for (const QString& path : paths) {
-            Prepare(*files.emplace_back(std::make_unique<CFileObject>()), path, result.Cancelled);
-            if (!files.back()->TakeIn(work, qint64(files.size())))
+            Prepare(*files.emplace_back(std::make_unique<CFileObject>()), path);
+            const bool isTaken = files.back()->TakeIn(work, qint64(files.size()));
+            Finished();
+            result.Cancelled = !isTaken && m_cancelled;
+            if (!isTaken)
                 return result;
         }
         Transaction transaction(m_library);
@@ -182,9 +206,13 @@ private:
     Library& m_library;
     QString m_itemKey;
     const FileImportOptions& m_options;
-    std::optional<PendingWork> m_work; ///< while archives are there
-    qint64 m_done = 0;                 ///< in bytes
-    qint64 m_total = 0;
+    Work& m_whole;
+    std::optional<PendingWork> m_pending; ///< while archives are there
+    CFileObject* m_adding = nullptr;      ///< the file that is under way
+    bool m_cancelled = false;
+    qint64 m_done = 0;  ///< in bytes, of what is complete
+    qint64 m_piece = 0; ///< in bytes, of what is under way
+    qint64 m_total = 0; ///< in bytes
 };
 
 } // namespace
@@ -231,9 +259,9 @@ FileImportPlan PlanFileImport(const QStringList& files)
 }
 
 FileImportResult ImportStoredFiles(Library& library, const QString& itemKey, const FileImportPlan& plan,
-                                   const FileImportOptions& options)
+                                   const FileImportOptions& options, Work& work)
 {
-    return FileImport(library, itemKey, options).Run(plan);
+    return FileImport(library, itemKey, options, work).Run(plan);
 }
 
 } // namespace qb

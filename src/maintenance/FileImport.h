@@ -1,6 +1,6 @@
 #pragma once
 
-#include "maintenance/ArchiveProgress.h"
+#include "platform/system/Work.h"
 #include "store/Library.h"
 
 #include <QStringList>
@@ -33,9 +33,6 @@ struct FileImportOptions {
     ImportOption Option = ImportOption::AsTheyAre;
     QString ZipName;     ///< for ImportOption::ZipAll: the name of the archive
     QString Description; ///< RTF, of each file
-    ShowProgress Show = [](const QString&, int) {};
-    /// Told bytes done and of all; false ends the work.
-    std::function<bool(qint64 done, qint64 total)> Advance = {};
     /// All files or none; otherwise those that came before one that failed stay.
     bool Whole = false;
     /// With Whole: told the IDs before they count. What it raises takes everything back.
@@ -50,9 +47,9 @@ struct FileImportResult {
 
 /// Takes the files of a plan into the item of @p itemKey. Where the item has a file of that name, a
 /// number in brackets goes before the extension. Archives are made in the library's own folder first.
-/// Raises RuntimeError 75 when an archive can't be made; nothing was stored then.
+/// @p work counts bytes. Raises RuntimeError 75 when an archive can't be made; nothing was stored then.
 FileImportResult ImportStoredFiles(Library& library, const QString& itemKey, const FileImportPlan& plan,
-                                   const FileImportOptions& options);
+                                   const FileImportOptions& options, Work& work = NoWork());
 
 /// @p name with ".zip" behind it unless it ends so, in whatever case.
 QString WithZipExtension(const QString& name);

@@ -103,8 +103,9 @@ private:
 
 class Import {
 public:
-    Import(Library& library, const FolderImportOptions& options, int total, std::vector<SkippedFile> skipped)
-        : m_library(library), m_options(options), m_total(total)
+    Import(Library& library, const FolderImportOptions& options, int total, std::vector<SkippedFile> skipped,
+           Work& work)
+        : m_library(library), m_options(options), m_work(work), m_total(total)
     {
         m_result.Skipped = std::move(skipped);
     }
@@ -141,7 +142,8 @@ private:
         } else {
             m_result.Skipped.push_back({path, u"it is no text in a known encoding"_s});
         }
-        if (m_options.Progress && !m_options.Progress(++m_done, m_total))
+        m_work.Advance(++m_done, m_total);
+        if (m_work.IsCancelled())
             throw RuntimeError(ErrorNumber::Internal, u"The import was stopped; nothing was changed."_s, Procedure);
     }
 
@@ -168,6 +170,7 @@ private:
 
     Library& m_library;
     const FolderImportOptions& m_options;
+    Work& m_work;
     QString m_language = m_library.QueryValue(u"SELECT LanguageUsed FROM Properties"_s).ToText(); ///< of the library
     int m_total;
     int m_done = 0;
@@ -176,7 +179,7 @@ private:
 
 } // namespace
 
-FolderImportResult ImportFolder(Library& library, const QString& folder, const FolderImportOptions& options)
+FolderImportResult ImportFolder(Library& library, const QString& folder, const FolderImportOptions& options, Work& work)
 {
     if (!QFileInfo(folder).isDir())
         throw RuntimeError(ErrorNumber::FileNotFound,
@@ -193,7 +196,7 @@ FolderImportResult ImportFolder(Library& library, const QString& folder, const F
     Transaction transaction(library);
     if (options.Parent != 0)
         RequireItem(library, options.Parent);
-    const FolderImportResult result = Import(library, options, root.FileCount(), std::move(skipped)).Run(root);
+    const FolderImportResult result = Import(library, options, root.FileCount(), std::move(skipped), work).Run(root);
     options.BeforeCommit(result);
     transaction.Commit();
     return result;

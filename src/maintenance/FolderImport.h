@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/system/TextEncoding.h"
+#include "platform/system/Work.h"
 #include "store/Library.h"
 
 #include <QString>
@@ -18,8 +19,6 @@ struct FolderImportOptions {
     FallbackEncoding Fallback = FallbackEncoding::None;
     /// An item names the language that its file's name or first line tells, where that isn't the library's.
     bool NamesLanguages = true;
-    /// Gets the number of files done and the number of all; false stops the import.
-    std::function<bool(int done, int total)> Progress;
     /// Told what was imported before it counts. What it raises takes everything back.
     std::function<void(const FolderImportResult&)> BeforeCommit = [](const FolderImportResult&) {};
 };
@@ -40,7 +39,8 @@ struct FolderImportResult {
 /// Takes a folder in: the folder and the folders in it become items, the files in it items with
 /// their text as code. With Globs, only folders on the way to a matching file. Links to folders
 /// are not followed. What is no text or can't be read is skipped and named. One transaction: on an error,
-/// which is raised, or a stop, the library is as it was.
-FolderImportResult ImportFolder(Library& library, const QString& folder, const FolderImportOptions& options);
+/// which is raised, the library is as it was; to be cancelled is one too. @p work counts files.
+FolderImportResult ImportFolder(Library& library, const QString& folder, const FolderImportOptions& options,
+                                Work& work = NoWork());
 
 } // namespace qb

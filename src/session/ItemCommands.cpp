@@ -301,20 +301,39 @@ bool ItemCommands::AfterLabelEdit(TreeNode& node, const QString& newText)
 
 // Deleting and keeping
 
+namespace {
+
 /// Tells the bar how far a deletion is, and lets the window paint, some twenty times a second.
-std::function<void(int)> ItemCommands::ProgressOver(qsizetype items)
-{
-    constexpr int Interval = 50;                            // milliseconds
-    const int maximum = int(std::max<qsizetype>(2, items)); // the bar's ends must differ
-    m_shell.SetStatusText(u"Deleting Items...."_s);
-    m_shell.ShowProgressStatusBar(1, maximum);
-    return [this, maximum, since = std::make_shared<QElapsedTimer>()](int done) {
-        if (since->isValid() && since->elapsed() < Interval)
+class Deletion : public Work {
+public:
+    Deletion(ShellView& shell, size_t items)
+        : m_shell(shell), m_maximum(int(std::max<size_t>(2, items))) // the bar's ends must differ
+    {
+        m_shell.SetStatusText(u"Deleting Items...."_s);
+        m_shell.ShowProgressStatusBar(1, m_maximum);
+    }
+    ~Deletion() override
+    {
+        m_shell.SetStatusText({});
+        m_shell.ShowProgressStatusBar(0, 0);
+    }
+
+    void Advance(qint64 done, qint64) override
+    {
+        constexpr int Interval = 50; // milliseconds
+        if (m_told.isValid() && m_told.elapsed() < Interval)
             return;
-        since->start();
-        m_shell.ShowProgressStatusBar(std::min(done, maximum), maximum);
-    };
-}
+        m_told.start();
+        m_shell.ShowProgressStatusBar(int(std::min<qint64>(done, m_maximum)), m_maximum);
+    }
+
+private:
+    ShellView& m_shell;
+    int m_maximum;
+    QElapsedTimer m_told;
+};
+
+} // namespace
 
 void ItemCommands::DeleteCodeItem()
 {
@@ -341,11 +360,8 @@ void ItemCommands::DeleteNode(TreeNode& node, const std::vector<qint64>& branch,
 {
     TreeNode* parent = node.Parent;
     const std::shared_ptr<void> wait = m_shell.WaitCursor();
-    const auto hideProgress = qScopeGuard([this] {
-        m_shell.SetStatusText({});
-        m_shell.ShowProgressStatusBar(0, 0);
-    });
-    DeleteBranch(*m_session.CurrentDatabase, node.Id, ProgressOver(qsizetype(branch.size())));
+    Deletion deletion(m_shell, branch.size());
+    DeleteBranch(*m_session.CurrentDatabase, node.Id, deletion);
     const bool isShown = m_session.oCodeItem
                          && std::find(branch.begin(), branch.end(), m_session.oCodeItem->Key().toLongLong())
                                 != branch.end();

@@ -67,7 +67,6 @@ public:
 
 private:
     QString ParentKeyOf(const TreeNode& node) const;
-    std::function<void(int)> ProgressOver(qsizetype items);
     void AddUnder(TreeNode& parent);
     bool TellOfGoneFile();
     void TakeBackLinkedItem(TreeNode& node);

@@ -125,7 +125,7 @@ void CFileObject::CopyStoredFile(std::shared_ptr<PendingWork> work, qint64 numbe
     RequireStorableFile();
     const QDateTime modified = QFileInfo(m_storedFile).lastModified(); // none when there is no such file
     m_arriving = std::make_unique<ArrivingFile>(std::move(work), number, m_storedFile, m_intake == Intake::Move,
-                                                Progress);
+                                                *m_work);
     if (State() == RecordState::New)
         SetOrigDateTime(modified.isValid() ? Date::FromDateTime(modified) : Date());
 }
@@ -267,7 +267,7 @@ QString CFileObject::SaveToFile2(const QString& target)
                 ModuleName());
         const QString interim = InterimName(target);
         const auto clear = qScopeGuard([&interim] { QFile::remove(interim); }); // where it can't be moved
-        CopyFileContents(source, interim, Progress);
+        CopyFileContents(source, interim, *m_work);
         MoveIntoPlace(interim, target, true);
         written = target;
     });

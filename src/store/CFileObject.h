@@ -1,10 +1,10 @@
 #pragma once
 
 #include "platform/dao/Database.h"
+#include "platform/system/Work.h"
 #include "store/PendingFiles.h"
 #include "store/RowObject.h"
 
-#include <functional>
 #include <memory>
 
 namespace qb {
@@ -59,9 +59,9 @@ public:
     /// too.
     QString SaveToFile2(const QString& target);
 
-    /// Told the bytes done and of all while a file is copied; false ends the copying, and the commit
-    /// with it.
-    std::function<bool(qint64 done, qint64 total)> Progress;
+    /// Watches the copying of files from now on, in bytes; to cancel it ends the commit too. It must live as
+    /// long as this object copies.
+    void SetWork(Work& work) { m_work = &work; }
 
 protected:
     // RowObject
@@ -97,6 +97,7 @@ private:
     QString m_storedFile; ///< path of the file to take in
     Intake m_intake = Intake::Copy;
     std::unique_ptr<ArrivingFile> m_arriving;
+    Work* m_work = &NoWork();
 };
 
 } // namespace qb

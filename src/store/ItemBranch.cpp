@@ -60,10 +60,10 @@ bool IsInBranch(Library& library, qint64 id, qint64 candidate)
     return false;
 }
 
-void DeleteBranch(Library& library, qint64 id, const std::function<void(int)>& progress)
+void DeleteBranch(Library& library, qint64 id, Work& work)
 {
     StoredFileDeletion files;
-    int done = 0;
+    qint64 done = 0;
     Transaction transaction(library);
     RequireItem(library, id);
     const std::vector<qint64> branch = BranchOf(library, id);
@@ -80,8 +80,7 @@ void DeleteBranch(Library& library, qint64 id, const std::function<void(int)>& p
                 u"The item %1 could not be deleted; nothing was changed.\n%2"_s.arg(item).arg(error.Description()),
                 u"DeleteBranch"_s);
         }
-        if (progress)
-            progress(++done);
+        work.Advance(++done, qint64(branch.size()));
     }
     transaction.Commit();
     files.Complete();

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "platform/system/Work.h"
 #include "store/Library.h"
 
 #include <QString>
-#include <functional>
 #include <vector>
 
 namespace qb {
@@ -19,9 +19,9 @@ std::vector<qint64> BranchOf(Library& library, qint64 id);
 bool IsInBranch(Library& library, qint64 id, qint64 candidate);
 
 /// Deletes an item and everything below it, with stored files and pages, in one transaction;
-/// files on disk go once it is committed. @p progress gets the number of items done. Raises the
-/// first error, with the library as it was.
-void DeleteBranch(Library& library, qint64 id, const std::function<void(int done)>& progress = {});
+/// files on disk go once it is committed. @p work counts items and can't be cancelled. Raises
+/// the first error, with the library as it was.
+void DeleteBranch(Library& library, qint64 id, Work& work = NoWork());
 
 /// The items that wait for removal: a child has deleted them, or they are in conflict at the mother.
 std::vector<qint64> ItemsMarkedForDelete(Library& library);

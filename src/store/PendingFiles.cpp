@@ -171,12 +171,12 @@ QString PendingWork::NameOf(const QString& kind, qint64 id) const
 }
 
 ArrivingFile::ArrivingFile(std::shared_ptr<PendingWork> work, qint64 number, const QString& source, bool moves,
-                           const std::function<bool(qint64, qint64)>& progress)
+                           Work& copying)
     : m_work(std::move(work))
 {
     const QString name = m_work->AddingName(number);
     if (!moves || !RenameFile(source, name))
-        CopyFileContents(source, name, progress);
+        CopyFileContents(source, name, copying);
     m_path = name;
     KeepNoMoreRightsThan(m_work->LibraryPath(), name);
 }

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "platform/system/Work.h"
 #include "store/Library.h"
 
 #include <QString>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -45,10 +45,9 @@ private:
 /// transaction, and put in its place once that is committed. One that does not get there is removed.
 class ArrivingFile {
 public:
-    /// @p progress is told the bytes done and of all; false ends the copying. With @p moves the file is
-    /// moved where that is possible. Files that arrive together have one work and a @p number each.
-    ArrivingFile(std::shared_ptr<PendingWork> work, qint64 number, const QString& source, bool moves,
-                 const std::function<bool(qint64, qint64)>& progress);
+    /// @p copying counts bytes. With @p moves the file is moved where that is possible. Files that arrive
+    /// together have one work and a @p number each.
+    ArrivingFile(std::shared_ptr<PendingWork> work, qint64 number, const QString& source, bool moves, Work& copying);
     ~ArrivingFile();
     ArrivingFile(const ArrivingFile&) = delete;
     ArrivingFile& operator=(const ArrivingFile&) = delete;

@@ -252,12 +252,27 @@ void CTextFormat::ReadKeywords(Database& database)
     m_rules.ColouredKeywords = KeywordSet(coloured);
 }
 
+namespace {
+
+/// Tells what shows the progress of a colouring, in percent.
+class Colouring : public Work {
+public:
+    explicit Colouring(CTextFormat& format) : m_format(format) {}
+
+    void Advance(qint64 done, qint64 total) override { Q_EMIT m_format.eColorizeProgress(int(done * 100 / total)); }
+
+private:
+    CTextFormat& m_format;
+};
+
+} // namespace
+
 void CTextFormat::ColorizeCode(IRichTextBox& box)
 {
     Guarded(ModuleName, u"ColorizeCode"_s, [&] {
-        const auto progress = [this](int percent) { Q_EMIT eColorizeProgress(percent); };
+        Colouring work(*this);
         if (RuleScan* scan = Rules())
-            PaintByRules(box, *scan, m_palette.Light, progress);
+            PaintByRules(box, *scan, m_palette.Light, work);
         else if (m_correctsSpelling)
             ColorizeByWords(box);
         else
@@ -287,7 +302,8 @@ void CTextFormat::ColorizeByWords(IRichTextBox& box)
     box.SetSelUnderline(false);
     if (m_rules.CommentIdentifier.isEmpty())
         m_rules.CommentIdentifier = u"'"_s; // for good
-    ColorizeScan(box, m_rules, [this](int percent) { Q_EMIT eColorizeProgress(percent); }).Run();
+    Colouring work(*this);
+    ColorizeScan(box, m_rules, work).Run();
 }
 
 bool CTextFormat::PopulateKeywordSet(Database& database, int language)

@@ -13,6 +13,7 @@ constexpr qsizetype MostRounds = 9999999; ///< of every inner loop
 constexpr qsizetype LongestWithoutProgress = 3000;
 constexpr int ProgressMarks = 20;
 constexpr int PercentAMark = 5;
+constexpr int Whole = 100;
 
 bool IsWordCharacter(QChar character)
 {
@@ -30,8 +31,8 @@ QString Lowered(QString text)
 
 } // namespace
 
-ColorizeScan::ColorizeScan(IRichTextBox& box, const ColorizeRules& rules, std::function<void(int)> progress)
-    : m_box(box), m_rules(rules), m_progress(std::move(progress)), m_text(box.Text()),
+ColorizeScan::ColorizeScan(IRichTextBox& box, const ColorizeRules& rules, Work& work)
+    : m_box(box), m_rules(rules), m_work(work), m_text(box.Text()),
       m_header(rules.CommentIdentifier + u"###############   "_s), m_limit(m_text.size() + 1)
 {
     if (m_limit > LongestWithoutProgress)
@@ -42,13 +43,13 @@ ColorizeScan::ColorizeScan(IRichTextBox& box, const ColorizeRules& rules, std::f
 void ColorizeScan::Run()
 {
     if (m_progressStep > 0)
-        m_progress(0);
+        m_work.Advance(0, Whole);
     for (; m_position <= m_limit; ++m_position) {
         ReportProgress();
         Step();
     }
     if (m_progressStep > 0)
-        m_progress(100);
+        m_work.Advance(Whole, Whole);
     Select(0, 0);
     m_box.SetSelColor(0);
 }
@@ -59,7 +60,7 @@ void ColorizeScan::ReportProgress()
         return;
     m_nextMark += m_progressStep;
     m_percent += PercentAMark;
-    m_progress(m_percent);
+    m_work.Advance(m_percent, Whole);
 }
 
 void ColorizeScan::Step()

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "platform/richtext/IRichTextBox.h"
+#include "platform/system/Work.h"
 #include "text/KeywordSet.h"
 
 #include <QString>
-#include <functional>
 
 namespace qb {
 
@@ -28,8 +28,8 @@ struct ColorizeRules {
 class ColorizeScan {
 public:
     /// Writes only through the operations of @p box; positions in its text stay valid since what
-    /// is replaced is replaced by as much.
-    ColorizeScan(IRichTextBox& box, const ColorizeRules& rules, std::function<void(int percent)> progress);
+    /// is replaced is replaced by as much. @p work counts in hundred parts and is told of a long text only.
+    ColorizeScan(IRichTextBox& box, const ColorizeRules& rules, Work& work);
 
     void Run();
 
@@ -54,7 +54,7 @@ private:
 
     IRichTextBox& m_box;
     const ColorizeRules& m_rules;
-    std::function<void(int)> m_progress;
+    Work& m_work;
     QString m_text;
     QString m_header;         ///< how a section's header begins
     qsizetype m_limit;        ///< one position more than the text has: an end that separates

@@ -81,8 +81,7 @@ bool ReadsLikeHeader(QStringView line)
     return mark > 0 && mark <= LongestCommentMark;
 }
 
-void PaintByRules(IRichTextBox& box, RuleScan& scan, const TokenColors& colors,
-                  const std::function<void(int percent)>& progress)
+void PaintByRules(IRichTextBox& box, RuleScan& scan, const TokenColors& colors, Work& work)
 {
     constexpr qsizetype LongestWithoutProgress = 3000;
     constexpr int Whole = 100;
@@ -90,7 +89,7 @@ void PaintByRules(IRichTextBox& box, RuleScan& scan, const TokenColors& colors,
     const QString text = box.Text();
     const bool isLong = text.size() >= LongestWithoutProgress;
     if (isLong)
-        progress(0);
+        work.Advance(0, Whole);
     ClearLooks(box, text, colors[size_t(TokenKind::Text)]);
     int state = RuleScan::Begin;
     int told = 0;
@@ -102,7 +101,7 @@ void PaintByRules(IRichTextBox& box, RuleScan& scan, const TokenColors& colors,
         const int percent = int(begin * Whole / std::max<qsizetype>(1, text.size()));
         if (isLong && percent >= told + Step) {
             told = percent / Step * Step;
-            progress(told);
+            work.Advance(told, Whole);
         }
         for (const Token& token : tokens) {
             Select(box, begin + token.Begin, token.Length);
@@ -110,7 +109,7 @@ void PaintByRules(IRichTextBox& box, RuleScan& scan, const TokenColors& colors,
         }
     });
     if (isLong)
-        progress(Whole);
+        work.Advance(Whole, Whole);
     Select(box, 0, 0);
     box.SetSelColor(0);
 }

@@ -32,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     RichText box;
     box.SetText(text);
     const QString before = box.Text();
-    PaintByRules(box, scan, TokenPalette::Default().Light, [](int) {});
+    PaintByRules(box, scan, TokenPalette::Default().Light, NoWork());
     if (box.Text() != before)
         std::abort();
     return 0;

@@ -28,7 +28,8 @@ private Q_SLOTS:
     {
         WorkProgress::Delay = 1h;
         WorkProgress work(nullptr, u"Importing Files"_s);
-        QVERIFY(work.Advance(1, 2));
+        work.Advance(1, 2);
+        QVERIFY(!work.IsCancelled());
         QCoreApplication::processEvents();
         QVERIFY(!Dialog());
     }
@@ -39,7 +40,8 @@ private Q_SLOTS:
         QCoreApplication::processEvents();
         QVERIFY(!Dialog()); // a question may be under way
         work.SetCaption(u"Adding <b>"_s + QString(300, u'x') + u" "_s);
-        QVERIFY(work.Advance(1, 4));
+        work.Advance(1, 4);
+        QVERIFY(!work.IsCancelled());
         QVERIFY(Dialog());
         QCOMPARE(Dialog()->windowTitle(), u"Importing Files"_s);
         QVERIFY(Dialog()->isModal());
@@ -48,14 +50,16 @@ private Q_SLOTS:
         QVERIFY(Dialog()->labelText().size() < 100); // it is not widened by a name
         QCOMPARE(Dialog()->findChild<QLabel*>()->textFormat(), Qt::PlainText);
         TakePicture(*Dialog(), u"work-progress"_s);
-        QVERIFY(work.Advance(4, 4));
+        work.Advance(4, 4);
+        QVERIFY(!work.IsCancelled());
         QVERIFY(Dialog()); // until the work itself is over
     }
 
     void cancelledWork_isToldSo()
     {
         WorkProgress work(nullptr, u"Importing Files"_s);
-        QVERIFY(work.Advance(1, 4));
+        work.Advance(1, 4);
+        QVERIFY(!work.IsCancelled());
         auto* cancel = Dialog()->findChild<QPushButton*>();
         for (const QEvent::Type type :
              {QEvent::MouseButtonPress, QEvent::MouseButtonRelease}) { // by the user, in the queue
@@ -64,13 +68,15 @@ private Q_SLOTS:
                 cancel, new QMouseEvent(type, place, cancel->mapToGlobal(place), Qt::LeftButton,
                                         type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton, {}));
         }
-        QVERIFY(!work.Advance(2, 4));
+        work.Advance(2, 4);
+        QVERIFY(work.IsCancelled());
     }
 
     void workWithoutASize_isShownToo()
     {
         WorkProgress work(nullptr, u"Exporting File"_s);
-        QVERIFY(work.Advance(0, 0));
+        work.Advance(0, 0);
+        QVERIFY(!work.IsCancelled());
         QVERIFY(Dialog());
     }
 

@@ -3,6 +3,7 @@
 #include "platform/archive/CBFileSplitter.h"
 #include "platform/system/RuntimeError.h"
 #include "support/FileSizeLimit.h"
+#include "support/RecordedWork.h"
 #include "support/TestRun.h"
 
 #include <QDir>
@@ -22,10 +23,7 @@ private Q_SLOTS:
         FailOnWarnings();
         m_home = std::make_unique<TemporaryHome>();
         m_contents = QByteArray("a library\n").repeated(200'000);
-        m_shown.clear();
-        m_work = {};
-        m_work.Show = [this](const QString& text, int percent) { m_shown << QString::number(percent) + u' ' + text; };
-        m_work.HideBar = [this] { m_shown << u"hidden"_s; };
+        m_work.Forget();
     }
     void cleanup() { m_home.reset(); }
 
@@ -34,11 +32,11 @@ private Q_SLOTS:
         WriteFile(In(u"Lib060115.qbt"_s), m_contents);
         QVERIFY(PackLibrary(In(u"Lib060115.qbt"_s), In(u"Lib060115.qbb"_s), m_work));
         QCOMPARE(Names(), QStringList{u"Lib060115.qbb"_s});
-        QCOMPARE(m_shown, (QStringList{u"50 Compacting Lib060115.qrb"_s, u"1 Compacted by  99%"_s, u"100 "_s}));
-        m_shown.clear();
+        QCOMPARE(m_work.Said, (QStringList{u"50 Compacting Lib060115.qrb"_s, u"1 Compacted by  99%"_s, u"100 "_s}));
+        m_work.Forget();
         QCOMPARE(UnpackLibrary(In(u"Lib060115.qbb"_s), m_work), In(u"Lib060115.qbt"_s));
         QCOMPARE(ReadFile(In(u"Lib060115.qbt"_s)), m_contents);
-        QCOMPARE(m_shown, QStringList()); // what the engine says there is not shown
+        QCOMPARE(m_work.Said, QStringList()); // what the engine says there is not shown
         QCOMPARE(Names(), (QStringList{u"Lib060115.qbb"_s, u"Lib060115.qbt"_s}));
         QCOMPARE(UnpackLibrary(In(u"Lib060115.qbb"_s), m_work),
                  In(u"Lib060115.qbt"_s)); // over the one of the last time
@@ -50,12 +48,12 @@ private Q_SLOTS:
         WriteFile(In(u"Branch.qbt"_s), "of an earlier time");
         QCOMPARE(PackExport(In(u"Branch.qbx"_s), m_work), In(u"Branch.qbx"_s));
         QCOMPARE(Names(), QStringList{u"Branch.qbx"_s});
-        QCOMPARE(m_shown,
-                 (QStringList{u"50 Compacting Branch.qrx"_s, u"1 Compacted by  99%"_s, u"hidden"_s, u"100 "_s}));
-        m_shown.clear();
+        QCOMPARE(m_work.Said,
+                 (QStringList{u"50 Compacting Branch.qrx"_s, u"1 Compacted by  99%"_s, u"0 "_s, u"100 "_s}));
+        m_work.Forget();
         QCOMPARE(UnpackExport(In(u"Branch.qbx"_s), m_work), In(u"Branch.qbt"_s));
         QCOMPARE(ReadFile(In(u"Branch.qbt"_s)), m_contents);
-        QCOMPARE(m_shown, QStringList{u"50 Extracting .\\Branch.qrx"_s});
+        QCOMPARE(m_work.Said, QStringList{u"50 Extracting .\\Branch.qrx"_s});
     }
 
     void volumes_areJoinedFirst()
@@ -65,16 +63,16 @@ private Q_SLOTS:
         CBFileSplitter splitter;
         QCOMPARE(splitter.Split(In(u"L.qbb"_s), 3000), In(u"L.qbb.001"_s));
         QVERIFY(Names().size() > 1);
-        m_shown.clear();
+        m_work.Forget();
         QCOMPARE(UnpackLibrary(In(u"L.qbb.002"_s), m_work), In(u"L.qbt"_s));
         QCOMPARE(ReadFile(In(u"L.qbt"_s)), m_contents);
-        QCOMPARE(m_shown.first(), u"0 Merging Volume 2"_s); // the first chunk ends in it
-        QVERIFY(Names().contains(u"L.qbb"_s));              // the joined file
+        QCOMPARE(m_work.Said.first(), u"0 Merging Volume 2"_s); // the first chunk ends in it
+        QVERIFY(Names().contains(u"L.qbb"_s));                  // the joined file
     }
 
     void cancelledPacking_leavesTheSource()
     {
-        m_work.Advance = [](qint64, qint64) { return false; };
+        m_work.Ends = [](qint64) { return true; };
         WriteFile(In(u"L.qbt"_s), m_contents);
         QVERIFY(!PackLibrary(In(u"L.qbt"_s), In(u"L.qbb"_s), m_work));
         QCOMPARE(Names(), QStringList{u"L.qbt"_s});
@@ -99,7 +97,7 @@ private Q_SLOTS:
     {
         WriteFile(In(u"L.qbt"_s), m_contents);
         QVERIFY(PackLibrary(In(u"L.qbt"_s), In(u"L.qbb"_s), m_work));
-        m_work.Advance = [](qint64, qint64) { return false; };
+        m_work.Ends = [](qint64) { return true; };
         QCOMPARE(UnpackLibrary(In(u"L.qbb"_s), m_work), QString());
         QCOMPARE(Names(), QStringList{u"L.qbb"_s});
     }
@@ -148,8 +146,7 @@ private:
 
     std::unique_ptr<TemporaryHome> m_home;
     QByteArray m_contents;
-    QStringList m_shown;
-    ContainerWork m_work;
+    RecordedWork m_work;
 };
 
 QB_TEST_MAIN(TestContainers)

@@ -6,6 +6,7 @@
 #include "store/PendingFiles.h"
 #include "support/FileSizeLimit.h"
 #include "support/LibraryBuilder.h"
+#include "support/RecordedWork.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
 
@@ -30,11 +31,8 @@ private Q_SLOTS:
         m_item = QString::number(AddItem(*m_database, 0, u"owner"_s));
         for (const QString& name : {u"a.txt"_s, u"b.c"_s, u"Makefile"_s})
             WriteFile(In(name), name.toUtf8().repeated(100));
-        m_shown.clear();
+        m_work.Forget();
         m_options = {};
-        m_options.Show = [this](const QString& text, int percent) {
-            m_shown << QString::number(percent) + u' ' + text;
-        };
     }
     void cleanup()
     {
@@ -72,7 +70,7 @@ private Q_SLOTS:
         QCOMPARE(plan.Files, QStringList{In(u"B.ZIP"_s)});
         QVERIFY(plan.Candidates.empty());
         m_options.Option = ImportOption::ZipEach;
-        QVERIFY(ImportStoredFiles(*m_database, m_item, plan, m_options).Complete);
+        QVERIFY(ImportStoredFiles(*m_database, m_item, plan, m_options, m_work).Complete);
         QCOMPARE(Stored(), QStringList{u"1 - B.ZIP"_s});
         QCOMPARE(ReadFile(Place(u"1 - B.ZIP"_s)), "archive");
     }
@@ -87,8 +85,8 @@ private Q_SLOTS:
         QCOMPARE(result.Keys, (QStringList{u"1"_s, u"2"_s}));
         QCOMPARE(Stored(), (QStringList{u"1 - a.txt"_s, u"2 - b.c"_s}));
         QCOMPARE(Texts(*m_database, u"SELECT Description FROM Files"_s), (QStringList{u"described"_s, u"described"_s}));
-        QCOMPARE(m_shown.last(), u"100 "_s);
-        QVERIFY(m_shown.contains(u"61 Adding a.txt"_s));
+        QCOMPARE(m_work.Said.last(), u"100 "_s);
+        QVERIFY(m_work.Said.contains(u"61 Adding a.txt"_s));
     }
 
     void takenName_getsANumber()
@@ -101,7 +99,7 @@ private Q_SLOTS:
                                         u"5 - A(2).TXT"_s}));
         QCOMPARE(ReadFile(Place(u"3 - a(1).txt"_s)), ReadFile(In(u"a.txt"_s)));
         const QString other = QString::number(AddItem(*m_database, 0, u"other"_s));
-        QVERIFY(ImportStoredFiles(*m_database, other, PlanFileImport({In(u"a.txt"_s)}), m_options).Complete);
+        QVERIFY(ImportStoredFiles(*m_database, other, PlanFileImport({In(u"a.txt"_s)}), m_options, m_work).Complete);
         QVERIFY(Stored().contains(u"6 - a.txt"_s)); // names are an item's own
     }
 
@@ -113,8 +111,8 @@ private Q_SLOTS:
         QCOMPARE(Stored(), (QStringList{u"1 - a.zip"_s, u"2 - a(1).zip"_s, u"3 - b.zip"_s}));
         QCOMPARE(InArchive(u"1 - a.zip"_s), QStringList{u"a.txt"_s});
         QCOMPARE(InArchive(u"2 - a(1).zip"_s), QStringList{u"a.c"_s});
-        QVERIFY(m_shown.contains(u"1 Adding a.txt "_s));
-        QVERIFY(m_shown.contains(u"67 Adding a.c "_s));
+        QVERIFY(m_work.Said.contains(u"1 Adding a.txt "_s));
+        QVERIFY(m_work.Said.contains(u"67 Adding a.c "_s));
         QCOMPARE(InFolder().size(), 4); // nothing is made beside the files
     }
 
@@ -127,7 +125,7 @@ private Q_SLOTS:
         QVERIFY(stored.isFile());
         const Date date = m_database->QueryValue(u"SELECT OrigDateTime FROM Files"_s).ToDate();
         QVERIFY(qAbs(date.Seconds() - Date::FromDateTime(stored.lastModified()).Seconds()) <= 1);
-        QCOMPARE(m_shown.filter(u"Adding a.zip"_s).size(), 0); // nothing of it was copied
+        QCOMPARE(m_work.Said.filter(u"Adding a.zip"_s).size(), 0); // nothing of it was copied
     }
 
     void packingThatFails_namesTheArchive()
@@ -170,7 +168,7 @@ private Q_SLOTS:
     void cancelledPacking_leavesNothing()
     {
         m_options.Option = ImportOption::ZipEach;
-        m_options.Advance = [](qint64, qint64) { return false; };
+        m_work.Ends = [](qint64) { return true; };
         const FileImportResult result = Import({u"a.txt"_s, u"b.c"_s});
         QVERIFY(result.Cancelled);
         QVERIFY(!result.Complete);
@@ -179,8 +177,7 @@ private Q_SLOTS:
 
     void cancelledImport_keepsWhatIsComplete()
     {
-        int calls = 0;
-        m_options.Advance = [&](qint64, qint64) { return ++calls < 2; };
+        m_work.Ends = [this](qint64) { return m_work.Done.size() == 2; };
         const FileImportResult result = Import({u"a.txt"_s, u"b.c"_s, u"Makefile"_s});
         QVERIFY(result.Cancelled);
         QVERIFY(!result.Complete);
@@ -238,7 +235,7 @@ private:
         QStringList files;
         for (const QString& name : names)
             files << In(name);
-        return ImportStoredFiles(*m_database, m_item, PlanFileImport(files), m_options);
+        return ImportStoredFiles(*m_database, m_item, PlanFileImport(files), m_options, m_work);
     }
     QStringList InArchive(const QString& name) const
     {
@@ -253,7 +250,7 @@ private:
     std::unique_ptr<ScriptedPrompts> m_prompts;
     std::unique_ptr<Library> m_database;
     QString m_item;
-    QStringList m_shown;
+    RecordedWork m_work;
     FileImportOptions m_options;
 };
 

@@ -3,6 +3,7 @@
 #include "session/LoadTree.h"
 #include "store/CCodeItem.h"
 #include "support/OrdinaryUser.h"
+#include "support/RecordedWork.h"
 #include "support/TestSession.h"
 
 #include <QDir>
@@ -24,9 +25,9 @@ private:
         return m_home->Path(name.isEmpty() ? u"Quëllen"_s : u"Quëllen/"_s + name);
     }
 
-    FolderImportResult Import(const FolderImportOptions& options = {})
+    FolderImportResult Import(const FolderImportOptions& options = {}, Work& work = NoWork())
     {
-        return ImportFolder(*m_library, Source(), options);
+        return ImportFolder(*m_library, Source(), options, work);
     }
 
     QString Shape()
@@ -140,7 +141,7 @@ private Q_SLOTS:
     {
         WriteFile(Source(u"b.txt"_s), "b");
         const qint64 parent = AddItem(*m_library, 0, u"parent"_s);
-        Import({.Parent = parent, .Globs = {}, .Fallback = {}, .Progress = {}});
+        Import({.Parent = parent, .Globs = {}, .Fallback = {}});
         QCOMPARE(Shape(), u"root(parent(Quëllen(b.txt)))"_s);
     }
 
@@ -183,7 +184,7 @@ private Q_SLOTS:
         for (const QString& name : {u"a.cpp"_s, u"b.h"_s, u"deep/c.cpp"_s, u"notes/d.txt"_s})
             WriteFile(Source(name), "x");
         QDir().mkpath(Source(u"empty"_s));
-        Import({.Parent = 0, .Globs = globs, .Fallback = {}, .Progress = {}});
+        Import({.Parent = 0, .Globs = globs, .Fallback = {}});
         QTEST(Shape(), "shape");
     }
 
@@ -255,7 +256,7 @@ private Q_SLOTS:
         WriteFile(Source(u"f"_s), "gr\xfc\xdf \x80");
         WriteFile(Source(u"binary"_s), QByteArray("\xfc\0x", 3)); // is none in any encoding
         WriteFile(Source(u"utf8"_s), "grüß");                     // needs no fallback
-        const FolderImportResult result = Import({.Parent = 0, .Globs = {}, .Fallback = fallback, .Progress = {}});
+        const FolderImportResult result = Import({.Parent = 0, .Globs = {}, .Fallback = fallback});
         QTEST(CodeOf(u"f"_s), "code");
         QCOMPARE(CodeOf(u"utf8"_s), u"grüß"_s);
         QCOMPARE(Skipped(result), QStringList{Source(u"binary"_s) + u": it is no text in a known encoding"_s});
@@ -266,12 +267,10 @@ private Q_SLOTS:
         for (const QString& name : {u"a"_s, u"b"_s, u"sub/c"_s})
             WriteFile(Source(name), "x");
         WriteFile(Source(u"sub/binary"_s), QByteArray(1, '\0'));
-        QStringList seen;
-        Import({.Parent = 0, .Globs = {}, .Fallback = {}, .Progress = [&](int done, int total) {
-                    seen << u"%1/%2"_s.arg(done).arg(total);
-                    return true;
-                }});
-        QCOMPARE(seen, (QStringList{u"1/4"_s, u"2/4"_s, u"3/4"_s, u"4/4"_s}));
+        RecordedWork work;
+        Import({}, work);
+        QCOMPARE(work.Done, (QList<qint64>{1, 2, 3, 4}));
+        QCOMPARE(work.Totals, (QList<qint64>{4, 4, 4, 4}));
     }
 
     // What changes nothing
@@ -281,7 +280,9 @@ private Q_SLOTS:
         for (const QString& name : {u"a"_s, u"b"_s, u"c"_s})
             WriteFile(Source(name), "x");
         try {
-            Import({.Parent = 0, .Globs = {}, .Fallback = {}, .Progress = [](int done, int) { return done < 2; }});
+            RecordedWork work;
+            work.Ends = [](qint64 done) { return done == 2; };
+            Import({}, work);
             QFAIL("was not stopped");
         } catch (const RuntimeError& error) {
             QCOMPARE(error.Description(), u"The import was stopped; nothing was changed."_s);
@@ -316,7 +317,7 @@ private Q_SLOTS:
     {
         WriteFile(Source(u"a"_s), "x");
         try {
-            Import({.Parent = 4711, .Globs = {}, .Fallback = {}, .Progress = {}});
+            Import({.Parent = 4711, .Globs = {}, .Fallback = {}});
             QFAIL("was taken");
         } catch (const RuntimeError& error) {
             QCOMPARE(error.Number(), ErrorNumber::ItemNotFound);

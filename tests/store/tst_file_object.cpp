@@ -6,6 +6,7 @@
 #include "support/ErrorRoutine.h"
 #include "support/LibraryBuilder.h"
 #include "support/OrdinaryUser.h"
+#include "support/RecordedWork.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
 
@@ -160,16 +161,15 @@ private Q_SLOTS:
     {
         CFileObject file = New();
         file.SetStoredFile(Source());
-        QList<std::pair<qint64, qint64>> told;
-        file.Progress = [&told](qint64 done, qint64 total) {
-            told << std::pair(done, total);
-            return false;
-        };
+        RecordedWork work;
+        work.Ends = [](qint64) { return true; };
+        file.SetWork(work);
         QVERIFY(!file.Commit()); // and nobody is told of an error
-        QCOMPARE(told, (QList<std::pair<qint64, qint64>>{{8, 8}}));
+        QCOMPARE(work.Done, QList<qint64>{8});
+        QCOMPARE(work.Totals, QList<qint64>{8});
         QCOMPARE(CountOf(*m_database, u"Files"_s), 0);
         QCOMPARE(AllNames(), QStringList());
-        file.Progress = {};
+        work.Ends = {};
         QVERIFY(file.Commit());
         QCOMPARE(Names(), QStringList{u"1 - größe a.zip"_s});
     }

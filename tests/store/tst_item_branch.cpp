@@ -3,6 +3,7 @@
 #include "store/ItemBranch.h"
 #include "store/Library.h"
 #include "support/LibraryBuilder.h"
+#include "support/RecordedWork.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
 
@@ -118,9 +119,10 @@ private Q_SLOTS:
         const qint64 kept = AddStoredFile(*m_library, m_other, u"kept.txt"_s, "three", m_clock->Now());
         AddPage(m_leaf2);
         AddPage(m_other);
-        QList<int> progress;
-        DeleteBranch(*m_library, m_branch, [&](int done) { progress << done; });
-        QCOMPARE(progress, (QList<int>{1, 2, 3}));
+        RecordedWork work;
+        DeleteBranch(*m_library, m_branch, work);
+        QCOMPARE(work.Done, (QList<qint64>{1, 2, 3}));
+        QCOMPARE(work.Totals, (QList<qint64>{3, 3, 3}));
         QCOMPARE(Texts(*m_library, u"SELECT Title FROM Items ORDER BY ID"_s),
                  (QStringList{u"top"_s, u"other"_s, u"aside"_s}));
         QCOMPARE(Texts(*m_library, u"SELECT ID FROM Files"_s), QStringList{QString::number(kept)});

@@ -103,6 +103,4 @@ std::unique_ptr<Information> ScriptedPrompts::InformUser(const QString&)
     return std::make_unique<Information>();
 }
 
-void ScriptedPrompts::Progress(const QString&, int) {}
-
 } // namespace qb::test

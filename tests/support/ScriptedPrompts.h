@@ -36,7 +36,6 @@ public:
     bool ShowError(const QString& description) override;
     void OperationSuccessful(const QString& text, const QString& filePath) override;
     std::unique_ptr<Information> InformUser(const QString& text) override;
-    void Progress(const QString& text, int percent) override;
 
 private:
     struct Step {

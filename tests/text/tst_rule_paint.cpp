@@ -6,6 +6,7 @@
 #include "store/LibraryLanguage.h"
 #include "store/ShippedLanguages.h"
 #include "support/LibraryBuilder.h"
+#include "support/RecordedWork.h"
 #include "support/TestRun.h"
 #include "text/CTextFormat.h"
 #include "text/CodeSections.h"
@@ -112,7 +113,7 @@ private Q_SLOTS:
         RuleScan scan(RulesOf(CRules));
         const QString source = u"int x; // no\r\nif (\"a\\\"b\") /* c\r\nelse\r\n*/ return 42;"_s;
         RichText text = TextOf(source);
-        PaintByRules(text, scan, TokenPalette::Default().Light, [](int) {});
+        PaintByRules(text, scan, TokenPalette::Default().Light, NoWork());
         QCOMPARE(text.Text(), source);
         QCOMPARE(Marks(text), u"ttt....ccccc\r\nkk..ssssss..cccc\r\ncccc\r\ncc.kkkkkk.nn."_s);
         QCOMPARE(text.SelStart(), 0);
@@ -126,7 +127,7 @@ private Q_SLOTS:
         colors[size_t(TokenKind::Comment)] = 0x123456;
         colors[size_t(TokenKind::Text)] = 0x010203;
         RichText text = TextOf(u"x // y"_s);
-        PaintByRules(text, scan, colors, [](int) {});
+        PaintByRules(text, scan, colors, NoWork());
         QCOMPARE(text.Document().FormatAt(0).Color, 0x010203u);
         QCOMPARE(text.Document().FormatAt(2).Color, 0x123456u);
     }
@@ -143,7 +144,7 @@ private Q_SLOTS:
             box.SetSelFontName(u"Verdana"_s);
             box.SetSelFontSize(20);
         });
-        PaintByRules(text, scan, TokenPalette::Default().Light, [](int) {});
+        PaintByRules(text, scan, TokenPalette::Default().Light, NoWork());
         QCOMPARE(Marks(text), u"ttt.....n."_s);
         text.SetSelStart(0);
         text.SetSelLength(text.Text().size());
@@ -158,9 +159,9 @@ private Q_SLOTS:
     {
         RuleScan scan(RulesOf(CRules));
         RichText text = TextOf(u"int x; /* a\r\nb */ if \"s\"\r\n"_s);
-        PaintByRules(text, scan, TokenPalette::Default().Light, [](int) {});
+        PaintByRules(text, scan, TokenPalette::Default().Light, NoWork());
         const QString once = text.TextRTF();
-        PaintByRules(text, scan, TokenPalette::Default().Light, [](int) {});
+        PaintByRules(text, scan, TokenPalette::Default().Light, NoWork());
         QCOMPARE(text.TextRTF(), once);
     }
 
@@ -170,7 +171,7 @@ private Q_SLOTS:
         const QString header = Header + u"   Title   ###############"_s;
         RichText text = TextOf(u"if a\r\n"_s + header + u"\r\nif b\r\n"_s);
         MakeHeader(text, header);
-        PaintByRules(text, scan, TokenPalette::Default().Light, [](int) {});
+        PaintByRules(text, scan, TokenPalette::Default().Light, NoWork());
         const QString marks = Marks(text);
         QCOMPARE(marks, u"kk..\r\n"_s + QString(header.size(), u'?') + u"\r\nkk..\r\n"_s);
         const qsizetype at = text.Text().indexOf(header);
@@ -186,7 +187,7 @@ private Q_SLOTS:
         const QString header = Header + u"   Title   ###############"_s;
         RichText text = TextOf(u"/* a\r\n"_s + header + u"\r\nb */ if"_s);
         MakeHeader(text, header);
-        PaintByRules(text, scan, TokenPalette::Default().Light, [](int) {});
+        PaintByRules(text, scan, TokenPalette::Default().Light, NoWork());
         QVERIFY2(Marks(text).endsWith(u"cccc.kk"_s), qPrintable(Marks(text)));
     }
 
@@ -195,11 +196,11 @@ private Q_SLOTS:
         RuleScan scan(RulesOf(CRules));
         const QString line = Header + u"   Title"_s;
         RichText text = TextOf(line); // not bold
-        PaintByRules(text, scan, TokenPalette::Default().Light, [](int) {});
+        PaintByRules(text, scan, TokenPalette::Default().Light, NoWork());
         QCOMPARE(Marks(text), QString(line.size(), u'c'));
         RichText within = TextOf(u"x "_s + line); // bold, but not at the begin of its line
         MakeHeader(within, line);
-        PaintByRules(within, scan, TokenPalette::Default().Light, [](int) {});
+        PaintByRules(within, scan, TokenPalette::Default().Light, NoWork());
         QCOMPARE(Marks(within), u".."_s + QString(line.size(), u'c'));
         QVERIFY(!within.Document().FormatAt(2).Bold);
     }
@@ -219,8 +220,9 @@ private Q_SLOTS:
         RuleScan scan(RulesOf(CRules));
         RichText text = TextOf(u"int x; //\r\n"_s.repeated(length / 11) + QString(length % 11, u' '));
         QCOMPARE(text.Text().size(), length);
-        QList<int> percents;
-        PaintByRules(text, scan, TokenPalette::Default().Light, [&](int percent) { percents << percent; });
+        RecordedWork work;
+        PaintByRules(text, scan, TokenPalette::Default().Light, work);
+        const QList<qint64>& percents = work.Done;
         QCOMPARE(!percents.isEmpty(), told);
         if (!told)
             return;
@@ -235,7 +237,9 @@ private Q_SLOTS:
     {
         RuleScan scan(RulesOf(CRules));
         RichText text;
-        PaintByRules(text, scan, TokenPalette::Default().Light, [](int) { QFAIL("told"); });
+        RecordedWork work;
+        PaintByRules(text, scan, TokenPalette::Default().Light, work);
+        QCOMPARE(work.Done, QList<qint64>());
         QCOMPARE(text.Text(), QString());
         TakePaintOff(text);
         QCOMPARE(text.Text(), QString());
@@ -247,7 +251,7 @@ private Q_SLOTS:
         const QString source = u"\t\v\f \u00a0 \u2028 \U0001F600 \"\U0001F600\" // \u202e\r\n\r\n\r\n"_s + QChar(0xd800)
                                + u" // \ufeff"_s;
         RichText text = TextOf(source);
-        PaintByRules(text, scan, TokenPalette::Default().Light, [](int) {});
+        PaintByRules(text, scan, TokenPalette::Default().Light, NoWork());
         QCOMPARE(text.Text(), source);
         QVERIFY(Marks(text).contains(u"ssss"_s));
     }
@@ -288,7 +292,7 @@ private Q_SLOTS:
         RuleScan scan(RulesOf(CRules));
         RichText text = TextOf(u"int x; /* a\r\nb */ if \"s\"\r\n"_s);
         const QString before = text.TextRTF();
-        PaintByRules(text, scan, TokenPalette::Default().Light, [](int) {});
+        PaintByRules(text, scan, TokenPalette::Default().Light, NoWork());
         QVERIFY(text.TextRTF() != before);
         TakePaintOff(text);
         QCOMPARE(text.TextRTF(), before);

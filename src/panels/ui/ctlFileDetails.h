@@ -98,7 +98,7 @@ private:
     bool RowExists(qint64 id) const;
     /// How files are to be taken in; nothing when the user cancelled.
     std::optional<FileImportOptions> AskImportOptions(const FileImportPlan& plan);
-    void Import(const FileImportPlan& plan, FileImportOptions options);
+    void Import(const FileImportPlan& plan, const FileImportOptions& options);
     QList<QUrl> CopiesOfSelected();
 
     Library* m_library = nullptr;

@@ -1,5 +1,6 @@
 // What the stored files panel does with files.
 
+#include "maintenance/ArchiveProgress.h"
 #include "panels/ui/StoredFileList.h"
 #include "panels/ui/StoredFileView.h"
 #include "panels/ui/ctlFileDetails.h"
@@ -43,6 +44,26 @@ void TellMissing(const QString& title)
     Tell(u"The file '%1' is missing in the library's folder of stored files."_s.arg(title), u"Source File Not Found"_s,
          MsgBoxIcon::Critical);
 }
+
+/// Says of a work what the panel passes on to the status bar.
+template <class Base>
+class ToldByPanel : public Base {
+public:
+    template <class... Arguments>
+    explicit ToldByPanel(ctlFileDetails& panel, Arguments&&... arguments)
+        : Base(std::forward<Arguments>(arguments)...), m_panel(panel)
+    {
+    }
+
+    void Say(const QString& text, int percent) override
+    {
+        Base::Say(text, percent);
+        Q_EMIT m_panel.Progress(text, percent);
+    }
+
+private:
+    ctlFileDetails& m_panel;
+};
 
 /// The way of importing that was chosen last.
 ImportOption SavedOption()
@@ -148,18 +169,13 @@ std::optional<FileImportOptions> ctlFileDetails::AskImportOptions(const FileImpo
     return options;
 }
 
-void ctlFileDetails::Import(const FileImportPlan& plan, FileImportOptions options)
+void ctlFileDetails::Import(const FileImportPlan& plan, const FileImportOptions& options)
 {
     FileImportResult result;
     {
-        WorkProgress work(window(), u"Importing Files"_s);
-        options.Show = [&](const QString& text, int percent) {
-            if (!text.isEmpty())
-                work.SetCaption(text);
-            Q_EMIT Progress(text, percent);
-        };
-        options.Advance = [&](qint64 done, qint64 total) { return work.Advance(done, total); };
-        Guarded(ModuleName, u"AddFile"_s, [&] { result = ImportStoredFiles(*m_library, m_itemKey, plan, options); });
+        ToldByPanel<WorkProgress> work(*this, window(), u"Importing Files"_s);
+        Guarded(ModuleName, u"AddFile"_s,
+                [&] { result = ImportStoredFiles(*m_library, m_itemKey, plan, options, work); });
         Q_EMIT Progress({}, 100);
     }
     Refill();
@@ -237,7 +253,7 @@ bool ctlFileDetails::ExportOne(qint64 id)
     {
         WorkProgress work(window(), u"Exporting File"_s);
         work.SetCaption(file.Title());
-        file.Progress = [&](qint64 done, qint64 total) { return work.Advance(done, total); };
+        file.SetWork(work);
         written = file.SaveToFile2(path);
     }
     if (!written.isEmpty()) {
@@ -327,16 +343,16 @@ void ctlFileDetails::UnzipToDirectory()
             folders << folder;
     }
     BrindletonZip m_oZipUnzip;
-    const ShowProgress show = [this](const QString& text, int percent) { Q_EMIT Progress(text, percent); };
-    StoredFileZipProgress progress(show);
+    ToldByPanel<Work> work(*this);
+    std::optional<StoredFileZipProgress> progress(work);
     m_oZipUnzip.SetUnzipFileName(PlaceOf(ids.first()));
     m_oZipUnzip.SetExtractDirectory(folders.first());
     frmUnzip dialog(window());
     dialog.SetFolders(folders);
     connect(&dialog, &frmUnzip::Progress, this, [&](int fileNo, const QString& text, int files) {
         if (fileNo == 1)
-            progress = StoredFileZipProgress(show); // a try before may have been cancelled
-        progress.m_oZipUnzip_Progress(fileNo, text, files);
+            progress.emplace(work); // a try before may have been cancelled
+        progress->m_oZipUnzip_Progress(fileNo, text, files);
     });
     try {
         m_oZipUnzip.Unzip(dialog, {}, title);

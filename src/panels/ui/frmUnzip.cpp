@@ -249,16 +249,15 @@ bool frmUnzip::Extract(const QList<quint64>& indexes)
                                                      progress.SetCaption(text.section(u'\\', 1).replace(u'\\', u'/'));
                                                      Q_EMIT Progress(fileNo, text, m_engine->FileCount());
                                                  });
-    m_engine->Advance = [&](qint64 done, qint64 total) { return progress.Advance(done, total); };
     bool extracted = false;
     try {
-        extracted = m_engine->ExtractEntries(m_engine->UnzipFileName(), m_engine->ExtractDirectory(), indexes);
+        extracted = m_engine->ExtractEntries(m_engine->UnzipFileName(), m_engine->ExtractDirectory(), indexes,
+                                             progress);
     } catch (const RuntimeError& error) {
         Prompts::Current().MsgBox(
             {.Text = error.Description(), .Caption = windowTitle(), .Icon = MsgBoxIcon::Exclamation});
     }
     disconnect(told);
-    m_engine->Advance = {};
     return extracted;
 }
 

@@ -148,17 +148,18 @@ bool BrindletonZip::Unzip(UnzipDialog& dialog, const QString& folder, const QStr
     return dialog.Run(*this, folder.isEmpty() ? m_extractDirectory : folder, title);
 }
 
-bool BrindletonZip::ExtractTo(const QString& archive, const QString& folder)
+bool BrindletonZip::ExtractTo(const QString& archive, const QString& folder, Work& work)
 {
-    return Extract(archive, folder, nullptr);
+    return Extract(archive, folder, nullptr, work);
 }
 
-bool BrindletonZip::ExtractEntries(const QString& archive, const QString& folder, const QList<quint64>& indexes)
+bool BrindletonZip::ExtractEntries(const QString& archive, const QString& folder, const QList<quint64>& indexes,
+                                   Work& work)
 {
-    return Extract(archive, folder, &indexes);
+    return Extract(archive, folder, &indexes, work);
 }
 
-bool BrindletonZip::Extract(const QString& archive, const QString& folder, const QList<quint64>* indexes)
+bool BrindletonZip::Extract(const QString& archive, const QString& folder, const QList<quint64>* indexes, Work& work)
 {
     const ZipHandle open = Open(archive);
     const std::vector<ArchiveEntry> all = EntriesOf(open.get());
@@ -182,7 +183,7 @@ bool BrindletonZip::Extract(const QString& archive, const QString& folder, const
     if (const qint64 room = QStorageInfo(folder).bytesAvailable(); room >= 0 && total > room)
         FailToExtract(archive, u"it needs %1 bytes, and %2 are free in '%3'"_s.arg(total).arg(room).arg(
                                    QDir::toNativeSeparators(folder)));
-    Extraction extraction(archive, open.get(), target, Pace(Advance, total));
+    Extraction extraction(archive, open.get(), target, Pace(work, total));
     int fileNo = 0;
     for (const ArchiveEntry& entry : entries) {
         if (!entry.IsFolder)

@@ -98,7 +98,7 @@ std::vector<BrindletonZip::Packed> BrindletonZip::FilesToPack() const
     return files;
 }
 
-bool BrindletonZip::Zip()
+bool BrindletonZip::Zip(Work& work)
 {
     const std::vector<Packed> files = FilesToPack();
     if (QFileInfo(m_zipFileName).isDir())
@@ -106,7 +106,7 @@ bool BrindletonZip::Zip()
     const QString interim = InterimName(m_zipFileName);
     QFile::remove(interim); // of an earlier process of this number
     const auto clear = qScopeGuard([&interim] { QFile::remove(interim); });
-    if (!Pack(files, interim))
+    if (!Pack(files, interim, work))
         return false;
     MoveIntoPlace(interim, m_zipFileName, true);
     qint64 size = 0;
@@ -136,13 +136,13 @@ void BrindletonZip::AddTo(zip* archive, const Packed& file) const
     }
 }
 
-bool BrindletonZip::Pack(const std::vector<Packed>& files, const QString& target)
+bool BrindletonZip::Pack(const std::vector<Packed>& files, const QString& target, Work& work)
 {
     QString why;
     ZipHandle archive = OpenZip(target, ZIP_CREATE | ZIP_EXCL, why);
     if (!archive)
         FailToPack(m_zipFileName, why);
-    PackProgress progress{.Steps = Pace(Advance, 0), .Before = {}, .Sizes = {}, .FileBegun = {}};
+    PackProgress progress{.Steps = Pace(work, 0), .Before = {}, .Sizes = {}, .FileBegun = {}};
     qint64 total = 0;
     for (const Packed& file : files) {
         AddTo(archive.get(), file);
@@ -150,7 +150,7 @@ bool BrindletonZip::Pack(const std::vector<Packed>& files, const QString& target
         progress.Sizes.push_back(file.Size);
         total += file.Size;
     }
-    progress.Steps = Pace(Advance, total);
+    progress.Steps = Pace(work, total);
     progress.FileBegun = [&](int index) {
         Q_EMIT Progress(index + 1, u"  adding: %1 "_s.arg(files[size_t(index)].Name));
     };

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "platform/archive/ArchiveEntry.h"
+#include "platform/system/Work.h"
 
 #include <QObject>
 #include <QStringList>
-#include <functional>
 
 namespace qb {
 
@@ -51,8 +51,8 @@ public:
     void SetZipOptionB(bool bareNames) { m_bareNames = bareNames; }
     /// Makes the archive of the files added, over one that is there. False when it was cancelled; raises
     /// RuntimeError 75 when a file can't be read or the archive can't be written. What was there is
-    /// untouched in both cases.
-    bool Zip();
+    /// untouched in both cases. @p work counts bytes.
+    bool Zip(Work& work = NoWork());
 
     // Extracting
 
@@ -75,9 +75,11 @@ public:
     /// Extracts a whole archive below a folder. False when it was cancelled. Raises RuntimeError 75, with
     /// the folder as it was, for an archive that can't be read, that has an entry which would lead out
     /// of the folder or can't be extracted, or that unpacks to more than MostBytes.
-    bool ExtractTo(const QString& archive, const QString& folder);
+    /// @p work counts bytes.
+    bool ExtractTo(const QString& archive, const QString& folder, Work& work = NoWork());
     /// The same for the entries of these indexes only.
-    bool ExtractEntries(const QString& archive, const QString& folder, const QList<quint64>& indexes);
+    bool ExtractEntries(const QString& archive, const QString& folder, const QList<quint64>& indexes,
+                        Work& work = NoWork());
     /// The name of the first file of an archive, with the folder that it has there; empty when there is
     /// none. Raises RuntimeError 75 for an archive that can't be read.
     QString FirstFileName(const QString& archive);
@@ -91,9 +93,6 @@ public:
     /// Name and version of the engine.
     QString VersionInfo() const;
 
-    /// Told the bytes done and of all, several times a second; false ends the work.
-    std::function<bool(qint64 done, qint64 total)> Advance;
-
 Q_SIGNALS:
     /// One line of the engine's output; @p fileNo counts files from 1.
     void Progress(int fileNo, const QString& text);
@@ -106,9 +105,9 @@ private:
     };
     std::vector<Packed> FilesToPack() const;
     void AddTo(zip* archive, const Packed& file) const;
-    bool Pack(const std::vector<Packed>& files, const QString& target);
+    bool Pack(const std::vector<Packed>& files, const QString& target, Work& work);
     void TellResult(const QString& archive, qint64 size, int count);
-    bool Extract(const QString& archive, const QString& folder, const QList<quint64>* indexes);
+    bool Extract(const QString& archive, const QString& folder, const QList<quint64>* indexes, Work& work);
 
     QString m_zipFileName;
     QString m_baseDirectory;

@@ -69,12 +69,12 @@ std::vector<qint64> VolumeSizes(const QString& whole)
 } // namespace
 
 /// Copying in chunks, of which it tells.
-class CBFileSplitter::Work {
+class CBFileSplitter::Chunks {
 public:
-    Work(CBFileSplitter& owner, qint64 total)
-        : m_owner(owner), m_pace(owner.Advance, total), m_total(total), m_buffer(ChunkSize, Qt::Uninitialized)
+    Chunks(CBFileSplitter& owner, Work& work, qint64 total)
+        : m_owner(owner), m_pace(work, total), m_total(total), m_buffer(ChunkSize, Qt::Uninitialized)
     {
-        Q_EMIT m_owner.TotalChunks(Chunks(total));
+        Q_EMIT m_owner.TotalChunks(CountOf(total));
     }
 
     /// Copies @p length bytes from where @p source stands to what will be @p name. False when the work is
@@ -91,7 +91,7 @@ public:
             length -= piece;
             m_done += piece;
             if (m_done % ChunkSize == 0 || m_done == m_total)
-                Q_EMIT m_owner.Progress(Chunks(m_done));
+                Q_EMIT m_owner.Progress(CountOf(m_done));
             if (!m_pace.Tell(m_done))
                 return false;
         }
@@ -99,7 +99,7 @@ public:
     }
 
 private:
-    static int Chunks(qint64 bytes) { return int((bytes + ChunkSize - 1) / ChunkSize); }
+    static int CountOf(qint64 bytes) { return int((bytes + ChunkSize - 1) / ChunkSize); }
 
     CBFileSplitter& m_owner;
     Pace m_pace;
@@ -108,7 +108,7 @@ private:
     QByteArray m_buffer;
 };
 
-QString CBFileSplitter::Split(const QString& file, qint64 size)
+QString CBFileSplitter::Split(const QString& file, qint64 size, Work& work)
 {
     if (size == 0)
         return file;
@@ -125,7 +125,7 @@ QString CBFileSplitter::Split(const QString& file, qint64 size)
     if (count > MostVolumes)
         Fail(file, u"volumes of %1 bytes would be %2; %3 are the most"_s.arg(size).arg(count).arg(MostVolumes));
     StagedFiles volumes(QFileInfo(file).absolutePath());
-    Work work(*this, total);
+    Chunks chunks(*this, work, total);
     for (int number = 1; number <= count; ++number) {
         const qint64 length = qMin(size, total - (number - 1) * size);
         const QString name = VolumeName(file, number);
@@ -133,7 +133,7 @@ QString CBFileSplitter::Split(const QString& file, qint64 size)
         Q_EMIT NextVolume(number, length, true);
         if (!volume.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
             Fail(name, volume.errorString());
-        if (!work.Copy(source, volume, name, length))
+        if (!chunks.Copy(source, volume, name, length))
             return {};
     }
     if (source.size() != total)
@@ -145,7 +145,7 @@ QString CBFileSplitter::Split(const QString& file, qint64 size)
     return VolumeName(file, 1);
 }
 
-QString CBFileSplitter::Merge(const QString& file)
+QString CBFileSplitter::Merge(const QString& file, Work& work)
 {
     if (!IsVolume(file))
         return {};
@@ -160,13 +160,13 @@ QString CBFileSplitter::Merge(const QString& file)
     QFile joined(interim);
     if (!joined.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         Fail(target, joined.errorString());
-    Work work(*this, total);
+    Chunks chunks(*this, work, total);
     for (size_t i = 0; i < sizes.size(); ++i) {
         QFile volume(VolumeName(whole, int(i) + 1));
         Q_EMIT NextVolume(int(i) + 1, sizes[i], false);
         if (!volume.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
             Fail(volume.fileName(), volume.errorString());
-        if (!work.Copy(volume, joined, target, sizes[i]))
+        if (!chunks.Copy(volume, joined, target, sizes[i]))
             return {};
     }
     joined.close();

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "platform/system/Work.h"
+
 #include <QObject>
-#include <functional>
 
 namespace qb {
 
@@ -21,23 +22,21 @@ public:
     /// as it is and is what comes back. Empty when it was cancelled. Raises RuntimeError 75 when
     /// something can't be read or written or there would be more than MostVolumes, and 5 for a negative
     /// size. The file stays whole in all these cases.
-    QString Split(const QString& file, qint64 size);
+    /// @p work counts bytes.
+    QString Split(const QString& file, qint64 size, Work& work = NoWork());
 
     /// Joins the volumes of which @p file is one, and leaves them where they are. Returns the joined
     /// file: its name is that of the volumes without their number, or with a number in brackets where a
     /// file of that name stands. Empty when @p file is no volume, or it was cancelled. Raises
     /// RuntimeError 75 when a volume is missing between others or has another size than the first, or
-    /// something can't be read or written; nothing is left then.
-    QString Merge(const QString& file);
+    /// something can't be read or written; nothing is left then. @p work counts bytes.
+    QString Merge(const QString& file, Work& work = NoWork());
 
     /// Whether a file is there and its name is that of a volume.
     static bool IsVolume(const QString& file);
 
     /// Name and version of the splitter.
     QString VersionInfo() const;
-
-    /// Told the bytes done and of all, several times a second; false ends the work.
-    std::function<bool(qint64 done, qint64 total)> Advance;
 
 Q_SIGNALS:
     /// How many chunks the work has, of a mebibyte each.
@@ -48,7 +47,7 @@ Q_SIGNALS:
     void NextVolume(int volumeNo, qint64 value, bool creating);
 
 private:
-    class Work;
+    class Chunks;
 };
 
 } // namespace qb

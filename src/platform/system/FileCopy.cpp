@@ -181,8 +181,7 @@ private:
     std::thread m_thread;
 };
 
-void Copy(const Descriptor& source, const Descriptor& target, qint64 total,
-          const std::function<bool(qint64, qint64)>& progress)
+void Copy(const Descriptor& source, const Descriptor& target, qint64 total, Work& work)
 {
     std::vector<char> buffer;
     EarlyWriter writer(target);
@@ -198,7 +197,8 @@ void Copy(const Descriptor& source, const Descriptor& target, qint64 total,
             return;
         done += copied;
         writer.Begin(done);
-        if (progress && !progress(done, qMax(done, total)))
+        work.Advance(done, qMax(done, total));
+        if (work.IsCancelled())
             throw RuntimeError(ErrorNumber::UserInterrupt, u"The copying of '%1' was cancelled."_s.arg(source.Path()),
                                u"CopyFileContents"_s);
     }
@@ -214,7 +214,7 @@ void RestrictRights(int file, mode_t source)
 
 } // namespace
 
-void CopyFileContents(const QString& source, const QString& target, const std::function<bool(qint64, qint64)>& progress)
+void CopyFileContents(const QString& source, const QString& target, Work& work)
 {
     Descriptor from(source, O_RDONLY | O_NONBLOCK); // a pipe is not waited for
     struct stat state {};
@@ -229,7 +229,7 @@ void CopyFileContents(const QString& source, const QString& target, const std::f
         if (to.Number() < 0)
             FailToWrite(from, to);
         RestrictRights(to.Number(), state.st_mode);
-        Copy(from, to, state.st_size, progress);
+        Copy(from, to, state.st_size, work);
         if (to.Complete())
             return;
         if (to.IsNamed() || ::lseek(from.Number(), 0, SEEK_SET) != 0) // else it could get no name afterwards

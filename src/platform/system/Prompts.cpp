@@ -83,6 +83,4 @@ std::unique_ptr<Information> SilentPrompts::InformUser(const QString& text)
     return std::make_unique<Information>();
 }
 
-void SilentPrompts::Progress(const QString&, int) {}
-
 } // namespace qb

@@ -71,8 +71,6 @@ public:
     /// Says that an operation succeeded and offers to open the folder of @p filePath.
     virtual void OperationSuccessful(const QString& text, const QString& filePath) = 0;
     virtual std::unique_ptr<Information> InformUser(const QString& text) = 0;
-    /// Progress of a long operation; a percent below 1, or of 100 and above, hides the bar.
-    virtual void Progress(const QString& text, int percent) = 0;
 
     /// The prompts in use: those last set, or a set that answers every question with its default.
     static Prompts& Current();
@@ -92,7 +90,6 @@ public:
     bool ShowError(const QString& description) override;
     void OperationSuccessful(const QString& text, const QString& filePath) override;
     std::unique_ptr<Information> InformUser(const QString& text) override;
-    void Progress(const QString& text, int percent) override;
 };
 
 /// The program's title, the caption of messages that have none of their own.

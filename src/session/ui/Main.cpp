@@ -77,7 +77,6 @@ int Main()
     splash->show();
     QApplication::processEvents();
     frmCodeLib window;
-    prompts.ProgressView = [&window](const QString& text, int percent) { window.ShowProgress(text, percent); };
     Trace("window");
     window.Form_Load();
     window.show();

@@ -1,9 +1,9 @@
 #include "support/ui/DialogPrompts.h"
 
+#include "support/ui/TextChoiceDialog.h"
 #include "support/ui/frmError.h"
 #include "support/ui/frmInfo.h"
 #include "support/ui/frmMsgBox.h"
-#include "support/ui/TextChoiceDialog.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -196,12 +196,6 @@ void DialogPrompts::OperationSuccessful(const QString& text, const QString& file
 std::unique_ptr<Information> DialogPrompts::InformUser(const QString& text)
 {
     return std::make_unique<InfoWindow>(text);
-}
-
-void DialogPrompts::Progress(const QString& text, int percent)
-{
-    if (ProgressView)
-        ProgressView(text, percent);
 }
 
 } // namespace qb

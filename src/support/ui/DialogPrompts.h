@@ -4,7 +4,6 @@
 
 #include <QPointer>
 #include <QWidget>
-#include <functional>
 
 namespace qb {
 
@@ -19,10 +18,6 @@ public:
     bool ShowError(const QString& description) override;
     void OperationSuccessful(const QString& text, const QString& filePath) override;
     std::unique_ptr<Information> InformUser(const QString& text) override;
-    void Progress(const QString& text, int percent) override;
-
-    /// Where progress is shown; without it, progress is not.
-    std::function<void(const QString& text, int percent)> ProgressView;
 };
 
 } // namespace qb

@@ -38,14 +38,24 @@ void WorkProgress::SetCaption(const QString& text)
     m_dialog.setLabelText(m_dialog.fontMetrics().elidedText(text.trimmed(), Qt::ElideMiddle, Width - Margins));
 }
 
-bool WorkProgress::Advance(qint64 done, qint64 total)
+void WorkProgress::Say(const QString& text, int)
+{
+    if (!text.isEmpty())
+        SetCaption(text);
+}
+
+void WorkProgress::Advance(qint64 done, qint64 total)
 {
     if (m_lasted.elapsed() < Delay.count())
-        return true;
+        return;
     m_dialog.show();
     m_dialog.setValue(total > 0 ? int(qMin(done, total) * (Steps - 1) / total) : 0);
     QCoreApplication::processEvents(); // what the user does reaches this dialog only
-    return !m_dialog.wasCanceled();
+}
+
+bool WorkProgress::IsCancelled()
+{
+    return m_dialog.wasCanceled();
 }
 
 } // namespace qb

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/system/Work.h"
+
 #include <QElapsedTimer>
 #include <QProgressDialog>
 #include <QString>
@@ -10,19 +12,22 @@ namespace qb {
 /// A dialog over a work that takes its time: what is being done, how far it is, and a button to cancel
 /// it. It appears once the work has lasted for a delay, and never by itself: a question that the work
 /// asks must not find it in its way.
-class WorkProgress {
+class WorkProgress : public Work {
 public:
     WorkProgress(QWidget* parent, const QString& title);
-    ~WorkProgress();
-    WorkProgress(const WorkProgress&) = delete;
-    WorkProgress& operator=(const WorkProgress&) = delete;
+    ~WorkProgress() override;
 
     /// How long a work lasts before it is shown.
     static inline std::chrono::milliseconds Delay{500};
 
     void SetCaption(const QString& text);
-    /// Lets the window paint itself; false when the user has cancelled.
-    bool Advance(qint64 done, qint64 total);
+
+    // Work
+    /// An empty text leaves the caption.
+    void Say(const QString& text, int percent) override;
+    /// Lets the window paint itself.
+    void Advance(qint64 done, qint64 total) override;
+    bool IsCancelled() override;
 
 private:
     QProgressDialog m_dialog;

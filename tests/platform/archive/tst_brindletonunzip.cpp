@@ -3,6 +3,7 @@
 #include "support/FileSizeLimit.h"
 #include "support/FolderContents.h"
 #include "support/OrdinaryUser.h"
+#include "support/RecordedWork.h"
 
 using namespace qb;
 using namespace qb::test;
@@ -261,24 +262,19 @@ private Q_SLOTS:
         QFETCH(bool, atFirst);
         WriteFile(m_home->Path(u"out/c"_s), "mine");
         const Contents before = ContentsOf(m_home->Path());
-        m_zip->Advance = [&](qint64 done, qint64 total) {
-            if (total != 24)
-                QTest::qFail("not all", __FILE__, __LINE__);
-            return !atFirst && done < total;
-        };
-        QVERIFY(!m_zip->ExtractTo(Archive(), m_home->Path(folder)));
+        RecordedWork work;
+        work.Ends = [&](qint64 done) { return atFirst || done == 24; };
+        QVERIFY(!m_zip->ExtractTo(Archive(), m_home->Path(folder), work));
+        QCOMPARE(work.Totals.last(), 24);
         QCOMPARE(ContentsOf(m_home->Path()), before);
         QCOMPARE(m_zip->UnzippedPath(), QString());
     }
 
     void advance_isToldBytesUpToAll()
     {
-        QList<qint64> done;
-        m_zip->Advance = [&](qint64 bytes, qint64) {
-            done << bytes;
-            return true;
-        };
-        QVERIFY(m_zip->ExtractTo(Archive(), m_home->Path(u"out"_s)));
+        RecordedWork work;
+        QVERIFY(m_zip->ExtractTo(Archive(), m_home->Path(u"out"_s), work));
+        const QList<qint64>& done = work.Done;
         QVERIFY(std::is_sorted(done.begin(), done.end()));
         QCOMPARE(done.first(), 0);
         QCOMPARE(done.last(), 24);

@@ -2,6 +2,7 @@
 #include "support/FileSizeLimit.h"
 #include "support/FolderContents.h"
 #include "support/OrdinaryUser.h"
+#include "support/RecordedWork.h"
 
 #include <QProcess>
 
@@ -376,10 +377,10 @@ private Q_SLOTS:
         AddAll();
         m_zip->AddFile(In(u"large"_s));
         const Contents before = ContentsOf(m_home->Path());
-        int calls = 0;
-        m_zip->Advance = [&](qint64, qint64) { return ++calls < call; };
-        QVERIFY(!m_zip->Zip());
-        QCOMPARE(calls, call);
+        RecordedWork work;
+        work.Ends = [&](qint64) { return work.Done.size() == call; };
+        QVERIFY(!m_zip->Zip(work));
+        QCOMPARE(work.Done.size(), call);
         QVERIFY(ContentsOf(m_home->Path()) == before);
     }
 
@@ -387,12 +388,10 @@ private Q_SLOTS:
     {
         WriteFile(In(u"large"_s), Large());
         m_zip->AddFile(In(u"large"_s));
-        QList<qint64> done;
-        m_zip->Advance = [&](qint64 bytes, qint64 total) {
-            done << bytes;
-            return total == 12000000;
-        };
-        QVERIFY(m_zip->Zip());
+        RecordedWork work;
+        QVERIFY(m_zip->Zip(work));
+        const QList<qint64>& done = work.Done;
+        QCOMPARE(work.Totals, QList<qint64>(done.size(), 12000000));
         QVERIFY(done.size() > 1);
         QVERIFY(std::is_sorted(done.begin(), done.end()));
         QVERIFY(done.last() > 0 && done.last() <= 12000000);

@@ -2,6 +2,7 @@
 #include "support/FileSizeLimit.h"
 #include "support/FolderContents.h"
 #include "support/OrdinaryUser.h"
+#include "support/RecordedWork.h"
 
 #include <QProcess>
 #include <QStandardPaths>
@@ -146,14 +147,13 @@ private Q_SLOTS:
     {
         WriteFile(File(), Bytes(5 * Mebibyte / 2));
         CBFileSplitter splitter;
-        QList<qint64> done;
-        splitter.Advance = [&](qint64 bytes, qint64 total) {
-            done << bytes;
-            return total == 5 * Mebibyte / 2;
-        };
         for (const bool splits : {true, false}) {
-            done.clear();
-            QVERIFY(!(splits ? splitter.Split(File(), Mebibyte) : splitter.Merge(File(u".001"_s))).isEmpty());
+            RecordedWork work;
+            const QString made = splits ? splitter.Split(File(), Mebibyte, work)
+                                        : splitter.Merge(File(u".001"_s), work);
+            QVERIFY(!made.isEmpty());
+            const QList<qint64>& done = work.Done;
+            QCOMPARE(work.Totals, QList<qint64>(done.size(), 5 * Mebibyte / 2));
             QVERIFY(std::is_sorted(done.begin(), done.end()));
             QVERIFY(done.first() > 0);
             QCOMPARE(done.last(), 5 * Mebibyte / 2);
@@ -382,16 +382,14 @@ private Q_SLOTS:
         WriteFile(File(), Bytes(3 * Mebibyte));
         WriteFile(File(u".001"_s), "of an earlier split");
         m_before = ContentsOf(Folder());
-        const auto end = [&](qint64 done, qint64) { return done < call * Mebibyte; };
+        RecordedWork work;
+        work.Ends = [&](qint64 done) { return done >= call * Mebibyte; };
         CBFileSplitter splitter;
-        splitter.Advance = end;
-        QCOMPARE(splitter.Split(File(), Mebibyte), QString());
+        QCOMPARE(splitter.Split(File(), Mebibyte, work), QString());
         QVERIFY(ContentsOf(Folder()) == m_before);
-        splitter.Advance = {};
         splitter.Split(File(), Mebibyte);
         m_before = ContentsOf(Folder());
-        splitter.Advance = end;
-        QCOMPARE(splitter.Merge(File(u".001"_s)), QString());
+        QCOMPARE(splitter.Merge(File(u".001"_s), work), QString());
         QVERIFY(ContentsOf(Folder()) == m_before);
     }
 

@@ -1,0 +1,20 @@
+#include "platform/system/Work.h"
+
+namespace qb {
+
+void Work::Say(const QString&, int) {}
+
+void Work::Advance(qint64, qint64) {}
+
+bool Work::IsCancelled()
+{
+    return false;
+}
+
+Work& NoWork()
+{
+    static Work none;
+    return none;
+}
+
+} // namespace qb

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+
+namespace qb {
+
+/// What a work that takes its time tells, and whom it asks whether to go on. This one tells nobody and is
+/// never cancelled; whoever watches a work overrides what interests them.
+class Work {
+public:
+    Work() = default;
+    virtual ~Work() = default;
+    Work(const Work&) = delete;
+    Work& operator=(const Work&) = delete;
+
+    /// What is being done, for a status bar. A @p percent below 1, or of 100 and above, hides the bar.
+    virtual void Say(const QString& text, int percent);
+    /// So much of @p total is done: bytes, files, items or parts of a hundred, as the work counts.
+    virtual void Advance(qint64 done, qint64 total);
+    /// Whether it is to end, asked after it has advanced. A work that can't end halfway does not ask.
+    virtual bool IsCancelled();
+};
+
+/// For a work that nobody watches.
+Work& NoWork();
+
+} // namespace qb
