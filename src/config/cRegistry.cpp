@@ -1,5 +1,6 @@
 #include "config/cRegistry.h"
 
+#include "platform/system/FileLock.h"
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
 #include "platform/system/RuntimeError.h"
@@ -7,8 +8,6 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QLockFile>
-
 #include <algorithm>
 #include <array>
 #include <map>
@@ -166,9 +165,9 @@ bool WriteStore(const Store& store)
 template <class Change>
 bool ChangeHive(RegistryHive hive, Change&& change)
 {
-    constexpr int Patience = 5000; // milliseconds
-    QLockFile lock(StoreFile() + u".lock"_s);
-    if (!lock.tryLock(Patience))
+    constexpr auto Patience = std::chrono::seconds(5);
+    const FileLock lock(StoreFile() + u".lock"_s, FileLock::Target::Own, Patience);
+    if (lock.IsBusy())
         return false;
     std::optional<Store> store = ReadStore();
     return store && change((*store)[size_t(hive)]) && WriteStore(*store);

@@ -17,11 +17,7 @@
 #include <QHash>
 #include <QRegularExpression>
 #include <QUuid>
-#include <cerrno>
-#include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace qb {
 
@@ -39,20 +35,10 @@ QString LockName(const QString& mark)
 /// holds is removed.
 bool IsUnderWay(const QDir& folder, const QString& mark)
 {
-    const QByteArray path = QFile::encodeName(folder.filePath(LockName(mark)));
-    int file = ::open(path.constData(), O_RDWR | O_CLOEXEC);
-    if (file < 0 && errno == EACCES)
-        file = ::open(path.constData(), O_RDONLY | O_CLOEXEC); // of another user
-    if (file < 0)
-        return errno != ENOENT;
-    struct stat state {};
-    const bool held = ::flock(file, LOCK_EX | LOCK_NB) != 0;
-    const bool isGone = !held
-                        && (::fstat(file, &state) != 0 || state.st_nlink == 0); // there may be another of its name
-    if (!held && !isGone)
-        ::unlink(path.constData());
-    ::close(file);
-    return held || isGone;
+    FileLock lock(folder.filePath(LockName(mark)), FileLock::Target::Existing);
+    const bool isOver = lock.IsHeld() || lock.Result() == FileLock::State::Missing;
+    lock.RemoveFile();
+    return !isOver;
 }
 
 /// Tells titles apart in the name of an arriving file.
@@ -128,25 +114,19 @@ PendingWork::PendingWork(const Library& library)
     : m_folder(library.FilesFolder()), m_libraryPath(library.Name()), m_mark(QUuid::createUuid().toString(QUuid::Id128))
 {
     ClaimFolder(m_folder, library.Identity());
-    const QByteArray path = QFile::encodeName(m_folder + LockName(m_mark));
-    struct stat state {};
-    do {
-        if (m_lock >= 0)
-            ::close(m_lock); // taken for a dead one and removed before it was locked
-        m_lock = ::open(path.constData(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (m_lock < 0)
-            throw RuntimeError(ErrorNumber::PathAccess,
-                               u"The folder of stored files '%1' can't be written; nothing was changed."_s.arg(
-                                   QDir::toNativeSeparators(m_folder)),
-                               u"PendingWork"_s);
-    } while (::flock(m_lock, LOCK_EX) == 0 && ::fstat(m_lock, &state) == 0 && state.st_nlink == 0);
+    m_lock = FileLock(m_folder + LockName(m_mark), FileLock::Target::Own, FileLock::Forever);
+    if (!QFileInfo::exists(m_folder + LockName(m_mark)))
+        throw RuntimeError(ErrorNumber::PathAccess,
+                           u"The folder of stored files '%1' can't be written; nothing was changed."_s.arg(
+                               QDir::toNativeSeparators(m_folder)),
+                           u"PendingWork"_s);
 }
 
 PendingWork::~PendingWork()
 {
     DeleteFolder(NameOf(u"packing"_s, 0));
-    QFile::remove(m_folder + LockName(m_mark));
-    ::close(m_lock);
+    m_lock.Release();
+    QFile::remove(m_folder + LockName(m_mark)); // where files can't be locked
 }
 
 QString PendingWork::ArrivingName(qint64 id, const QString& title) const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/system/FileLock.h"
 #include "platform/system/Work.h"
 #include "store/Library.h"
 
@@ -38,7 +39,7 @@ private:
     QString m_folder;
     QString m_libraryPath;
     QString m_mark;
-    int m_lock = -1;
+    FileLock m_lock;
 };
 
 /// A file on its way into the folder of stored files: copied at first, bound to its row within the row's

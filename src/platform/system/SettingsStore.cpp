@@ -1,5 +1,6 @@
 #include "platform/system/SettingsStore.h"
 
+#include "platform/system/FileLock.h"
 #include "platform/system/FileReplace.h"
 #include "platform/system/IniText.h"
 #include "platform/system/Paths.h"
@@ -8,13 +9,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <cerrno>
-#include <chrono>
-#include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
-#include <thread>
-#include <unistd.h>
 
 namespace qb {
 
@@ -26,41 +21,6 @@ QString StoreFile(const QString& appName)
 {
     return ConfigFolder() + appName + QStringLiteral(".ini");
 }
-
-/// Holds the folder of the store for this process. Another program is waited for, but not for ever.
-class StoreLock {
-public:
-    explicit StoreLock(const QString& file)
-        : m_folder(
-            ::open(QFile::encodeName(QFileInfo(file).absolutePath()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
-    {
-        constexpr auto Patience = std::chrono::seconds(5);
-        constexpr auto Pause = std::chrono::milliseconds(5);
-        const auto end = std::chrono::steady_clock::now() + Patience;
-        while (m_folder >= 0 && ::flock(m_folder, LOCK_EX | LOCK_NB) != 0) {
-            if (errno != EWOULDBLOCK)
-                return; // a file system without locks
-            if (std::chrono::steady_clock::now() > end) {
-                m_refused = true;
-                return;
-            }
-            std::this_thread::sleep_for(Pause);
-        }
-    }
-    ~StoreLock()
-    {
-        if (m_folder >= 0)
-            ::close(m_folder);
-    }
-    StoreLock(const StoreLock&) = delete;
-    StoreLock& operator=(const StoreLock&) = delete;
-
-    bool Refused() const { return m_refused; }
-
-private:
-    int m_folder;
-    bool m_refused = false;
-};
 
 /// What the store says; one that is not there says nothing. Returns why it can't be read.
 QString ReadStore(const QString& path, IniText& text)
@@ -102,8 +62,9 @@ QString Merge(const QString& path, const std::vector<StoredSetting>& settings)
 {
     if (const QString reason = WhyNotWritable(path); !reason.isEmpty())
         return reason;
-    const StoreLock lock(path);
-    if (lock.Refused())
+    constexpr auto Patience = std::chrono::seconds(5); // another program is waited for, but not for ever
+    const FileLock lock(QFileInfo(path).absolutePath(), FileLock::Target::Existing, Patience);
+    if (lock.IsBusy())
         return u"Another program keeps it locked."_s;
     IniText text;
     if (const QString reason = ReadStore(path, text); !reason.isEmpty())

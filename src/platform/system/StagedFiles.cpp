@@ -11,8 +11,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <fcntl.h>
-#include <sys/file.h>
 #include <unistd.h>
 
 namespace qb {
@@ -41,17 +39,6 @@ bool NameToo(const QString& file, const QString& name)
     const QByteArray from = QFile::encodeName(file);
     const QByteArray to = QFile::encodeName(name);
     return ::link(from.constData(), to.constData()) == 0 || std::rename(from.constData(), to.constData()) == 0;
-}
-
-/// Opens and locks a folder; -1 when it has gone, or somebody else holds it and @p how is not to wait.
-int LockFolder(const QString& path, int how)
-{
-    const int folder = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder >= 0 && ::flock(folder, LOCK_EX | how) == 0 && QFileInfo::exists(path))
-        return folder;
-    if (folder >= 0)
-        ::close(folder);
-    return -1;
 }
 
 } // namespace
@@ -85,19 +72,16 @@ void StagedFiles::MakeStage()
             RemoveMade();
             Fail(m_folder, why);
         }
-        m_lock = LockFolder(m_stage, 0); // another process may just be taking it for a dead one
-    } while (m_lock < 0 && !QFileInfo::exists(m_stage));
+        m_lock = FileLock(m_stage, FileLock::Target::Existing, FileLock::Forever);
+    } while (!m_lock.IsHeld() && !QFileInfo::exists(m_stage)); // another process took it for a dead one
 }
 
 void StagedFiles::RemoveDeadStages() const
 {
     const QString stages = StagePrefix + u"[0-9a-f]"_s.repeated(32);
     for (const QString& name : QDir(m_folder).entryList({stages}, QDir::Dirs | QDir::Hidden | QDir::NoSymLinks)) {
-        const int lock = LockFolder(m_folder + name, LOCK_NB);
-        if (lock < 0)
-            continue;
-        DeleteFolder(m_folder + name);
-        ::close(lock);
+        if (const FileLock lock(m_folder + name, FileLock::Target::Existing); lock.IsHeld())
+            DeleteFolder(m_folder + name);
     }
 }
 
@@ -108,8 +92,7 @@ StagedFiles::~StagedFiles()
     else // it has the only copy of a file, which nobody may sweep away
         QDir().rename(m_stage,
                       m_folder + u"Files that could not be put back "_s + QUuid::createUuid().toString(QUuid::Id128));
-    if (m_lock >= 0)
-        ::close(m_lock);
+    m_lock.Release();
     if (!m_complete)
         RemoveMade();
 }

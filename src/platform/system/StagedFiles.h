@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/system/FileLock.h"
+
 #include <QString>
 #include <QStringList>
 #include <vector>
@@ -40,7 +42,7 @@ private:
 
     QString m_folder; ///< ends in a separator
     QString m_stage;  ///< the same
-    int m_lock = -1;
+    FileLock m_lock;  ///< on the stage
     QStringList m_files;
     QStringList m_folders;
     std::vector<Moved> m_moved;
