@@ -65,26 +65,25 @@ QString Joined(const QString& container, Work& work)
     return oFS.Merge(container, work);
 }
 
-/// A container holds one file, which must not take the place of another file beside the container.
+/// A container holds one file, which must take the place neither of the container nor of another file beside it.
 void RefuseOthers(BrindletonZip& zip, const QString& container)
 {
+    const auto refuse = [&container](const QString& why) {
+        throw RuntimeError(ErrorNumber::PathAccess,
+                           u"'%1' %2. Nothing was changed."_s.arg(QDir::toNativeSeparators(container), why),
+                           u"UnpackContainer"_s);
+    };
     int files = 0;
     for (const ArchiveEntry& entry : zip.Entries(container))
         files += entry.IsFolder ? 0 : 1;
-    const QString shown = QDir::toNativeSeparators(container);
     if (files != 1)
-        throw RuntimeError(
-            ErrorNumber::PathAccess,
-            u"'%1' is no container of this program: it holds %2 files instead of one. Nothing was changed."_s.arg(shown)
-                .arg(files),
-            u"UnpackContainer"_s);
+        refuse(u"is no container of this program: it holds %1 files instead of one"_s.arg(files));
     const QString name = zip.FirstFileName(container);
+    if (name == QFileInfo(container).fileName())
+        refuse(u"can't be unpacked: the file in it has the same name and would take its place"_s);
     const QFileInfo there(QFileInfo(container).absolutePath() + u'/' + name);
     if (there.exists() && there.fileName() != QFileInfo(InnerName(container)).fileName())
-        throw RuntimeError(
-            ErrorNumber::PathAccess,
-            u"'%1' can't be unpacked: a file '%2' stands beside it. Nothing was changed."_s.arg(shown, name),
-            u"UnpackContainer"_s);
+        refuse(u"can't be unpacked: a file '%1' stands beside it"_s.arg(name));
 }
 
 template <class Progress>
@@ -98,6 +97,7 @@ QString Unpack(const QString& file, Progress& progress, Work& work)
     BrindletonZip m_oZip;
     QObject::connect(&m_oZip, &BrindletonZip::Progress, &m_oZip,
                      [&](int, const QString& text) { progress.m_oZip_Progress(text); });
+    m_oZip.SetOwnArchive(true);
     RefuseOthers(m_oZip, container);
     return m_oZip.ExtractTo(container, folder, work) ? folder + u'/' + m_oZip.FirstFileName(container) : QString();
 }

@@ -8,6 +8,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 using namespace qb;
 using namespace qb::test;
@@ -109,6 +110,35 @@ private Q_SLOTS:
         Zip({m_home->Path(u"elsewhere/precious.txt"_s)});
         QB_VERIFY_RAISES(UnpackLibrary(In(u"L.qbb"_s), m_work), 75);
         QCOMPARE(ReadFile(In(u"precious.txt"_s)), "made by hand");
+    }
+
+    /// The container itself would be what the file takes the place of.
+    void fileOfTheContainersOwnName_isRefused()
+    {
+        WriteFile(m_home->Path(u"elsewhere/L.qbt"_s), "other");
+        Zip({m_home->Path(u"elsewhere/L.qbt"_s)});
+        QVERIFY(QFile::rename(In(u"L.qbb"_s), In(u"L.qbt"_s)));
+        const QByteArray container = ReadFile(In(u"L.qbt"_s));
+        QB_VERIFY_RAISES(UnpackLibrary(In(u"L.qbt"_s), m_work), 75);
+        QCOMPARE(ReadFile(In(u"L.qbt"_s)), container);
+    }
+
+    /// A large library of which nearly all is empty: more than a gigabyte out of hardly more than one megabyte.
+    void libraryOfRealSize_isPackedAndUnpacked()
+    {
+        constexpr qint64 Size = 1'300'000'000;
+        constexpr qint64 Enough = 50'000'000;
+        WriteFile(In(u"L.qbt"_s), m_contents);
+        QVERIFY(QFile::resize(In(u"L.qbt"_s), Size)); // takes no room
+        QVERIFY(PackLibrary(In(u"L.qbt"_s), In(u"L.qbb"_s), m_work));
+        QVERIFY(QFileInfo(In(u"L.qbb"_s)).size() < 2'000'000);
+        QVERIFY(BrindletonZip::MostBytes(QFileInfo(In(u"L.qbb"_s)).size()) < Size);
+        m_work.Forget();
+        m_work.Ends = [](qint64 done) { return done > Enough; }; // it is under way
+        QCOMPARE(UnpackLibrary(In(u"L.qbb"_s), m_work), QString());
+        QVERIFY(m_work.Done.last() > Enough);
+        QCOMPARE(m_work.Totals.last(), Size);
+        QCOMPARE(Names(), QStringList{u"L.qbb"_s});
     }
 
     void archiveOfSeveralFiles_isNoContainer()

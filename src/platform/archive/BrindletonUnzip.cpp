@@ -12,6 +12,7 @@
 #include <QFileInfo>
 #include <QSet>
 #include <QStorageInfo>
+#include <limits>
 #include <memory>
 
 namespace qb {
@@ -164,7 +165,8 @@ bool BrindletonZip::Extract(const QString& archive, const QString& folder, const
     const ZipHandle open = Open(archive);
     const std::vector<ArchiveEntry> all = EntriesOf(open.get());
     const qint64 archiveSize = QFileInfo(archive).size();
-    if (const QString why = WhyNotExtracted(all, archiveSize, MostBytes(archiveSize)); !why.isEmpty())
+    const qint64 most = m_ownArchive ? std::numeric_limits<qint64>::max() / 2 : MostBytes(archiveSize);
+    if (const QString why = WhyNotExtracted(all, archiveSize, most); !why.isEmpty())
         FailToExtract(archive, why);
     const QSet<quint64> wanted = indexes ? QSet<quint64>(indexes->begin(), indexes->end()) : QSet<quint64>();
     std::vector<ArchiveEntry> entries;

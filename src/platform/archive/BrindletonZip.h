@@ -65,6 +65,9 @@ public:
     void SetExtractDirectory(const QString& folder) { m_extractDirectory = folder; }
     /// The folder that was extracted to last; empty before.
     QString UnzippedPath() const { return m_unzippedPath; }
+    /// The archive is one of the program's own, which may hold next to nothing in any number of bytes: what it
+    /// declares is held against the room on the disk only, not against MostBytes.
+    void SetOwnArchive(bool own) { m_ownArchive = own; }
     /// How many files of the last extraction were left as they were.
     int KeptFiles() const { return m_keptFiles; }
     /// The number of files that are being extracted of the archive.
@@ -115,6 +118,7 @@ private:
     bool m_storeOnly = false;
     bool m_bareNames = false;
     bool m_keepExisting = false;
+    bool m_ownArchive = false;
     QString m_unzipFileName;
     QString m_extractDirectory;
     QString m_unzippedPath;
