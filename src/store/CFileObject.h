@@ -38,11 +38,11 @@ public:
     bool PutInPlace();
 
     qint64 Size() { return Loaded(SizeColumn).ToLong(); } ///< in bytes
-    void SetSize(qint64 value) { Store(SizeColumn, value); }
+    void SetSize(qint64 value) { LetOfAnyState(SizeColumn, value); }
     Date OrigDateTime() { return Loaded(OrigDateTimeColumn).ToDate(); } ///< the source file's own date
-    void SetOrigDateTime(Date value) { Store(OrigDateTimeColumn, value); }
+    void SetOrigDateTime(Date value) { LetOfAnyState(OrigDateTimeColumn, value); }
     Date DateAdded() { return Loaded(DateAddedColumn).ToDate(); }
-    void SetDateAdded(Date value) { Store(DateAddedColumn, value); }
+    void SetDateAdded(Date value) { LetOfAnyState(DateAddedColumn, value); }
     /// The description is written at the next commit.
     bool DescriptionChanged() const { return m_descriptionChanged; }
     void SetDescriptionChanged(bool value)
@@ -52,7 +52,7 @@ public:
     }
     /// The mother's ID of the item, in a child replica.
     qint32 MotherCodeID() { return qint32(Loaded(MotherCodeIDColumn).ToLong()); }
-    void SetMotherCodeID(qint32 value) { Store(MotherCodeIDColumn, value); }
+    void SetMotherCodeID(qint32 value) { LetOfAnyState(MotherCodeIDColumn, value); }
 
     /// Copies the stored file to @p target, over a file that is there. Returns the path written; empty
     /// when there is no such row, or its file has gone: then the user is asked whether the row is to go

@@ -15,6 +15,9 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QTest>
+#include <csignal>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace qb;
 using namespace qb::test;
@@ -216,6 +219,61 @@ private Q_SLOTS:
         QVERIFY(!file.Commit());
         QCOMPARE(AllNames(), QStringList{u"1 - größe a.zip"_s});
         QCOMPARE(ReadFile(StoredFilePath(*m_database, 1, u"größe a.zip"_s)), "contents");
+    }
+
+    /// The row says nothing of whether it was committed, since its title stays: neither file may be taken for a remnant.
+    void replacementThatIsKilled_losesNeitherFile_data()
+    {
+        QTest::addColumn<bool>("committed");
+        QTest::newRow("before the commit") << false;
+        QTest::newRow("between the commit and the file's place") << true;
+    }
+    void replacementThatIsKilled_losesNeitherFile()
+    {
+        QFETCH(bool, committed);
+        Add();
+        const QString source = m_home->Path(u"other/größe a.zip"_s);
+        WriteFile(source, "new contents");
+        const QString library = m_database->Name();
+        const pid_t process = ::fork();
+        if (process == 0) {
+            const auto database = Library::Open(library);
+            CFileObject file;
+            file.Initialise(*database, u"1"_s);
+            file.SetStoredFile(source);
+            Transaction transaction(*database);
+            if (file.Commit() && committed)
+                transaction.Commit();
+            ::kill(::getpid(), SIGKILL);
+        }
+        int status = 0;
+        ::waitpid(process, &status, 0);
+        QVERIFY(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
+        QCOMPARE(ReadFile(StoredFilePath(*m_database, 1, u"größe a.zip"_s)), "contents");
+        QCOMPARE(AllNames().size(), 3); // with the new one, and the lock
+        FinishPendingFiles(*m_database);
+        QCOMPARE(AllNames(), (QStringList{u"1 - größe a.zip"_s, u"found 1 - größe a.zip"_s}));
+        QCOMPARE(ReadFile(StoredFilePath(*m_database, 1, u"größe a.zip"_s)), "new contents");
+        QCOMPARE(ReadFile(m_database->FilesFolder() + u"found 1 - größe a.zip"_s), "contents");
+    }
+
+    void propertyThatWasSet_isReadBeforeTheRow()
+    {
+        Add();
+        const Date day = Date::FromParts(2020, 1, 2);
+        CFileObject file = Open(1);
+        file.SetSize(77);
+        QCOMPARE(file.Size(), 77);
+        CFileObject dated = Open(1);
+        dated.SetOrigDateTime(day);
+        QCOMPARE(dated.OrigDateTime(), day);
+        CFileObject added = Open(1);
+        added.SetDateAdded(day);
+        QCOMPARE(added.DateAdded(), day);
+        CFileObject replicated = Open(1);
+        replicated.SetMotherCodeID(5);
+        QCOMPARE(replicated.MotherCodeID(), 5);
+        QCOMPARE(Open(1).Size(), 8);
     }
 
     void newTitleAlone_losesTheFile()

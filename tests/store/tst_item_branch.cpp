@@ -130,6 +130,37 @@ private Q_SLOTS:
         QCOMPARE(FilesIn(m_library->HTMLFolder()), (QStringList{QString::number(m_other), u"%1.htm"_s.arg(m_other)}));
     }
 
+    /// A folder of an item's number goes with the page that it belongs to, and not without.
+    void folderWithoutItsPage_stays()
+    {
+        WriteFile(m_library->HTMLFolder() + u"%1/mine.png"_s.arg(m_leaf1), "mine");
+        WriteFile(m_library->HTMLFolder() + u"%1.htm"_s.arg(m_leaf2), "<html>"); // a page without a folder
+        const QString other = AddPage(m_other);
+        DeleteBranch(*m_library, m_branch);
+        QCOMPARE(ReadFile(m_library->HTMLFolder() + u"%1/mine.png"_s.arg(m_leaf1)), "mine");
+        QVERIFY(!QFileInfo::exists(m_library->HTMLFolder() + u"%1.htm"_s.arg(m_leaf2)));
+        QVERIFY(QFileInfo::exists(other + u".htm"_s) && QFileInfo::exists(other + u"/bild ü.png"_s));
+    }
+
+    void pagesOfAnotherLibrary_stay()
+    {
+        const QString page = AddPage(m_leaf1);
+        WriteFile(m_library->HTMLFolder() + u".library"_s, "another library");
+        DeleteBranch(*m_library, m_leaf1);
+        QVERIFY(QFileInfo::exists(page + u".htm"_s) && QFileInfo::exists(page + u"/bild ü.png"_s));
+    }
+
+    /// What lies below it is followed by nobody.
+    void linkInAPagesFolder_leadsTheDeletionNowhere()
+    {
+        const QString page = AddPage(m_leaf1);
+        WriteFile(m_home->Path(u"outside/precious.txt"_s), "mine");
+        QVERIFY(QFile::link(m_home->Path(u"outside"_s), page + u"/link"_s));
+        DeleteBranch(*m_library, m_leaf1);
+        QVERIFY(!QFileInfo::exists(page));
+        QCOMPARE(ReadFile(m_home->Path(u"outside/precious.txt"_s)), "mine");
+    }
+
     void deletedBranchWhoseFileIsGone_isNoFailure()
     {
         const qint64 file = AddStoredFile(*m_library, m_leaf1, u"gone.txt"_s, "x", m_clock->Now());
