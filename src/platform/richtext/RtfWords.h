@@ -2,40 +2,50 @@
 
 #include <QHash>
 #include <QStringView>
+#include <climits>
 
 namespace qb {
 
-/// What a control word does. They stand in groups: characters, paragraphs, text, header, tables, and
-/// words that begin a destination; a reader tells them by the first of each group.
-enum class RtfAction {
+/// How a control word says what it says.
+enum class RtfCategory : quint8 {
+    Flag,        ///< on; off with the number 0
+    Number,      ///< its number, within bounds
+    Fixed,       ///< always the same
+    Symbol,      ///< a character of the text
+    Act,         ///< something happens here; nothing is set
+    Destination, ///< what follows in the group goes elsewhere
+};
+
+/// What a control word sets, does or begins.
+enum class RtfTarget : quint8 {
+    // Of characters
     Bold,
     Italic,
     Underline,
-    NoUnderline,
     Strike,
     Protect,
     Color,
     BackColor,
     Font,
-    Size,
+    HalfPoints,
     Plain,
-    ResetParagraph,
-    AlignLeft,
-    AlignRight,
-    AlignCenter,
-    Justify,
+    // Of paragraphs
+    Alignment,
     LeftIndent,
     FirstIndent,
     RightIndent,
     TabStop,
+    ResetParagraph,
+    InTable,
+    // Of the text
     Paragraph,
     Line,
     Cell,
     Row,
-    InTable,
     Character,
-    Unicode,
+    CodeUnit,
     FallbackLength,
+    // Of the header's tables
     CodePage,
     DefaultFont,
     FontCharSet,
@@ -43,38 +53,48 @@ enum class RtfAction {
     Red,
     Green,
     Blue,
-    BulletLevel,
-    NumberLevel,
-    NumberKind,
-    NumberStart,
+    // Of lists
+    ListKind,
+    ListStart,
     ListNumber,
     ListLevel,
-    List,
-    ListLevelBegin,
+    BeginList,
+    BeginListLevel,
     LevelKind,
     ListId,
-    Override,
-    Png,
-    Jpeg,
-    OtherPicture,
+    Nothing,
+    // Of pictures
+    PictureKind,
     PictureWidth,
     PictureHeight,
-    BeginSkip,
-    BeginBody,
-    BeginFontTable,
-    BeginColorTable,
-    BeginListTable,
-    BeginListOverrides,
-    BeginPicture,
-    BeginFieldInstruction,
-    BeginFieldResult,
-    BeginNumbering,
-    BeginLanguage,
+    // Destinations
+    Skip,
+    Body,
+    FontTable,
+    ColorTable,
+    ListTable,
+    ListOverrides,
+    Picture,
+    FieldInstruction,
+    FieldResult,
+    Numbering,
+    Language,
+    Count
 };
 
+/// The kind of a picture that can't be shown, beside those of TextPicture.
+inline constexpr int UnknownPicture = -1;
+
+/// What a control word means.
 struct RtfMeaning {
-    RtfAction Does;
-    int Value = 0; ///< what it stands for, where several words do alike
+    RtfCategory Is;
+    RtfTarget Sets;
+    int Value = 0;       ///< of what is fixed, a symbol's character, a number's where the word has none
+    int Least = INT_MIN; ///< of a number
+    int Most = INT_MAX;  ///< of a number
+
+    /// What the word says with @p number behind it, or without one.
+    int ValueOf(bool hasNumber, int number) const;
 };
 
 /// All control words that mean something here.

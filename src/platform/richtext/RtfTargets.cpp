@@ -1,0 +1,220 @@
+// What the words of an RTF string set, and how.
+
+#include "platform/richtext/RtfReader.h"
+
+#include <algorithm>
+#include <array>
+
+namespace qb {
+
+using Target = RtfTarget;
+
+/// How each target is set: one row for each.
+struct RtfReader::Setters {
+    struct Row {
+        Target What;
+        Setter How;
+    };
+    using R = RtfReader;
+
+    static constexpr Row Rows[] = {
+        // Of characters
+        {Target::Bold, [](R& r, int on) { r.Characters().Bold = on != 0; }},
+        {Target::Italic, [](R& r, int on) { r.Characters().Italic = on != 0; }},
+        {Target::Underline, [](R& r, int on) { r.Characters().Underline = on != 0; }},
+        {Target::Strike, [](R& r, int on) { r.Characters().Strike = on != 0; }},
+        {Target::Protect, [](R& r, int on) { r.Characters().Protected = on != 0; }},
+        {Target::Color, [](R& r, int number) { r.Characters().Color = r.m_colors.Find(number); }},
+        {Target::BackColor, [](R& r, int number) { r.Characters().BackColor = r.m_colors.Find(number); }},
+        {Target::Font, [](R& r, int number) { r.SetFont(number); }},
+        {Target::HalfPoints, [](R& r, int size) { r.Characters().HalfPoints = quint16(size); }},
+        {Target::Plain, [](R& r, int) { r.Plain(); }},
+        // Of paragraphs
+        {Target::Alignment, [](R& r, int side) { r.m_state.Paragraph.Alignment = TextAlignment(side); }},
+        {Target::LeftIndent, [](R& r, int twips) { r.m_state.Paragraph.LeftIndent = twips; }},
+        {Target::FirstIndent, [](R& r, int twips) { r.m_state.Paragraph.FirstIndent = twips; }},
+        {Target::RightIndent, [](R& r, int twips) { r.m_state.Paragraph.RightIndent = twips; }},
+        {Target::TabStop, [](R& r, int twips) { r.AddTabStop(twips); }},
+        {Target::ResetParagraph, [](R& r, int) { r.ResetParagraph(); }},
+        {Target::InTable, [](R& r, int) { r.m_state.InTable = true; }},
+        // Of the text
+        {Target::Paragraph, [](R& r, int) { r.EndParagraphOrCell(); }},
+        {Target::Line, [](R& r, int) { r.EndParagraph(); }},
+        {Target::Cell, [](R& r, int) { r.m_pendingCells += r.m_state.Where == Target::Body; }},
+        {Target::Row, [](R& r, int) { r.EndRow(); }},
+        {Target::Character, [](R& r, int character) { r.TakeCharacter(char16_t(character)); }},
+        {Target::CodeUnit, [](R& r, int unit) { r.TakeCodeUnit(char16_t(unit)); }},
+        {Target::FallbackLength, [](R& r, int length) { r.m_state.FallbackLength = length; }},
+        // Of the header's tables
+        {Target::CodePage, [](R& r, int number) { r.m_codePage = number; }},
+        {Target::DefaultFont, [](R& r, int number) { r.m_defaultFont = number; }},
+        {Target::FontCharSet, [](R& r, int number) { r.m_fonts.SetCharSet(number); }},
+        {Target::FontFamily, [](R& r, int) { r.m_fonts.SetFamily(r.m_word.sliced(1).toString()); }},
+        {Target::Red, [](R& r, int part) { r.m_colors.SetPart(part, 0); }},
+        {Target::Green, [](R& r, int part) { r.m_colors.SetPart(part, 8); }},
+        {Target::Blue, [](R& r, int part) { r.m_colors.SetPart(part, 16); }},
+        // Of lists
+        {Target::ListKind, [](R& r, int kind) { r.m_state.Paragraph.List = ListKind(kind); }},
+        {Target::ListStart, [](R& r, int number) { r.m_state.Paragraph.ListStart = quint16(number); }},
+        {Target::ListNumber, [](R& r, int number) { r.TakeListNumber(number); }},
+        {Target::ListLevel, [](R& r, int level) { r.SetListLevel(level); }},
+        {Target::BeginList, [](R& r, int) { r.m_lists.BeginList(); }},
+        {Target::BeginListLevel, [](R& r, int) { r.m_lists.BeginLevel(); }},
+        {Target::LevelKind, [](R& r, int code) { r.m_lists.SetLevelKind(code); }},
+        {Target::ListId, [](R& r, int id) { r.SetListId(id); }},
+        {Target::Nothing, [](R&, int) {}},
+        // Of pictures
+        {Target::PictureKind, [](R& r, int kind) { r.m_picture.Kind = kind; }},
+        {Target::PictureWidth, [](R& r, int twips) { r.m_picture.Width = twips; }},
+        {Target::PictureHeight, [](R& r, int twips) { r.m_picture.Height = twips; }},
+        // Destinations
+        {Target::Skip, [](R& r, int) { r.m_state.Where = Target::Skip; }},
+        {Target::Body, [](R& r, int) { r.m_state.Where = Target::Body; }},
+        {Target::FontTable, [](R& r, int) { r.m_state.Where = Target::FontTable; }},
+        {Target::ColorTable, [](R& r, int) { r.m_state.Where = Target::ColorTable; }},
+        {Target::ListTable, [](R& r, int) { r.m_state.Where = Target::ListTable; }},
+        {Target::ListOverrides, [](R& r, int) { r.m_state.Where = Target::ListOverrides; }},
+        {Target::Numbering, [](R& r, int) { r.m_state.Where = Target::Numbering; }},
+        {Target::Picture, [](R& r, int) { r.BeginPicture(); }},
+        {Target::FieldInstruction, [](R& r, int) { r.BeginText(Target::FieldInstruction, r.m_instruction); }},
+        {Target::FieldResult, [](R& r, int) { r.Characters().Link = r.m_outer.empty() ? 0 : r.m_outer.back().Link; }},
+        {Target::Language, [](R& r, int) { r.BeginText(Target::Language, r.m_language); }},
+    };
+
+    /// By target. A target without a row would not compile where it is called in a constant.
+    static constexpr std::array<Setter, size_t(Target::Count)> ByTarget()
+    {
+        std::array<Setter, size_t(Target::Count)> setters{};
+        for (const Row& row : Rows)
+            setters[size_t(row.What)] = row.How;
+        return setters;
+    }
+};
+
+void RtfReader::Set(RtfTarget target, int value)
+{
+    static constexpr auto setters = Setters::ByTarget();
+    static_assert(std::find(setters.begin(), setters.end(), nullptr) == setters.end(), "each target has a row");
+    setters[size_t(target)](*this, value);
+}
+
+CharFormat& RtfReader::Characters()
+{
+    m_formatKnown = false;
+    return m_state.Format;
+}
+
+void RtfReader::Plain()
+{
+    Characters() = m_document.DefaultFormat();
+    m_state.Format.HalfPoints = PlainHalfPoints;
+    SetFont(m_defaultFont);
+}
+
+void RtfReader::AddTabStop(int twips)
+{
+    constexpr qsizetype Most = 64;
+    if (m_state.Tabs.size() < Most)
+        m_state.Tabs << twips;
+}
+
+void RtfReader::ResetParagraph()
+{
+    m_state.Paragraph = {};
+    m_state.List = 0;
+    m_state.Tabs.clear();
+    m_state.InTable = false;
+}
+
+void RtfReader::EndParagraphOrCell()
+{
+    if (m_state.InTable)
+        return Append(u" "); // a cell is one line of its row
+    EndParagraph();
+    m_endedByParagraph = m_state.Where == Target::Body;
+}
+
+void RtfReader::EndRow()
+{
+    m_pendingCells -= m_pendingCells > 0; // the last cell has no other behind it
+    EndParagraph();
+}
+
+void RtfReader::TakeCharacter(char16_t character)
+{
+    if (m_skipFallback > 0) { // it stands for the character that came before
+        --m_skipFallback;
+        return;
+    }
+    const QChar text{character};
+    Route(QStringView(&text, 1));
+}
+
+void RtfReader::TakeCodeUnit(char16_t unit)
+{
+    const QChar text{unit};
+    Route(QStringView(&text, 1));
+    m_skipFallback = m_state.FallbackLength;
+}
+
+// Destinations
+
+void RtfReader::BeginPicture()
+{
+    m_state.Where = Target::Picture;
+    m_picture = {.Digits = {}, .Binary = m_picture.Binary};
+}
+
+/// What follows is no part of the document and goes to @p text.
+void RtfReader::BeginText(RtfTarget destination, QString& text)
+{
+    m_state.Where = destination;
+    text.clear();
+}
+
+// Tables
+
+void RtfReader::SetFont(int number)
+{
+    m_formatKnown = false;
+    if (m_state.Where == Target::FontTable)
+        return m_fonts.Begin(number, m_document);
+    if (const RtfFonts::Entry* font = m_fonts.Find(number)) {
+        m_state.Format.Font = font->Number;
+        m_state.CodePage = font->CodePage;
+    }
+}
+
+/// What has no font of its own so far is in the default one.
+void RtfReader::FinishFonts()
+{
+    m_fonts.Finish(m_document);
+    SetFont(m_defaultFont);
+    for (State& outer : m_outer) {
+        outer.Format.Font = m_state.Format.Font;
+        outer.CodePage = m_state.CodePage;
+    }
+}
+
+/// In the table of overrides: which list a number means. In the text: the list of the paragraph.
+void RtfReader::TakeListNumber(int number)
+{
+    if (m_state.Where == Target::ListOverrides)
+        return m_lists.NameOverride(number);
+    m_state.List = number;
+    m_state.Paragraph.List = m_lists.Find(number, m_state.Paragraph.ListLevel);
+}
+
+void RtfReader::SetListLevel(int level)
+{
+    m_state.Paragraph.ListLevel = quint8(level);
+    if (m_state.List != 0)
+        m_state.Paragraph.List = m_lists.Find(m_state.List, m_state.Paragraph.ListLevel);
+}
+
+void RtfReader::SetListId(int id)
+{
+    m_state.Where == Target::ListTable ? m_lists.SetListId(id) : m_lists.SetOverriddenId(id);
+}
+
+} // namespace qb
