@@ -66,6 +66,10 @@ void KeywordDefiner::OpenTransaction()
     if (m_transactionOpen && m_database.TransactionLost()) {
         Rollback();
         FillKeywordGrid();
+        throw RuntimeError(ErrorNumber::Engine, // of a row that may be another one by now
+                           u"The library could not be written, and all words are as they were before they were "
+                           "edited. What you have just done was not done."_s,
+                           ModuleName);
     }
     if (m_transactionOpen)
         return;
@@ -267,7 +271,8 @@ bool KeywordDefiner::ImportLanguageDefinition(const QString& path)
 
 bool KeywordDefiner::CheckCommentDelimiter() const
 {
-    if (!m_values.Comment.isEmpty())
+    const bool hasNone = m_values.Language.isEmpty() && !m_changed; // nor is one being defined
+    if (!m_values.Comment.isEmpty() || hasNone)
         return true;
     Prompts::Current().MsgBox({.Text = u"You have to specify comment delimiter."_s,
                                .Caption = u"Notes Delimiter Missing"_s,
@@ -279,6 +284,7 @@ void KeywordDefiner::SaveLanguage()
 {
     if (!m_changed)
         return;
+    OpenTransaction();
     Recordset properties = m_database.OpenRecordset(u"Properties"_s);
     if (properties.IsEmpty())
         return;

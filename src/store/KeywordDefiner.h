@@ -9,7 +9,8 @@ namespace qb {
 
 /// The language of a library while it is edited: its name, marks and colours, and its words as the
 /// rows of a grid with an empty one below the last. The words are written as they are typed, all in
-/// one transaction that begins with the first edit; Commit keeps them, Rollback drops them.
+/// one transaction that begins with the first edit; Commit keeps them, Rollback drops them. Where a full disk has
+/// ended it, the next edit raises an error in place of being done, and the rows are those of the library.
 class KeywordDefiner {
 public:
     /// Reads the language of @p database, which must stay open for as long as this lives.
@@ -59,9 +60,9 @@ public:
 
     // The end
 
-    /// False, and the user is told, when there is no comment delimiter.
+    /// False, and the user is told, when there is no comment delimiter, but for a library without a language.
     bool CheckCommentDelimiter() const;
-    /// Writes name, marks and colours if anything was changed.
+    /// Writes name, marks and colours if anything was changed, in the transaction of the words.
     void SaveLanguage();
     void Commit();
     void Rollback();

@@ -284,6 +284,59 @@ private Q_SLOTS:
     }
 
     /// However a file is cut, it is read as far as it goes or refused; never half of it.
+    /// A full disk ends the transaction; the rows are other ones then, and an edit of one of them must not meet another.
+    void editAfterALostTransaction_isRefusedAndMeetsNoOtherWord()
+    {
+        Open();
+        QVERIFY(m_definer->SetWord(0, u"zzz"_s)); // the rows stay in their order until they are read anew
+        QVERIFY(m_definer->SetWord(3, u"mine"_s));
+        LoseTransaction(*m_database);
+        try {
+            m_definer->SetWord(3, QString()); // "mine", where nothing stands now
+            QFAIL("was done");
+        } catch (const RuntimeError& error) {
+            QVERIFY(error.Description().contains(u"all words are as they were"_s));
+        }
+        QCOMPARE(Grid(), u"do+ print while+ _"_s);
+        QVERIFY(!m_definer->TransactionOpen());
+        MakeRoom(*m_database);
+        QVERIFY(m_definer->SetWord(3, u"again"_s));
+        m_definer->Commit();
+        QCOMPARE(Stored(), u"again do+ print while+"_s);
+    }
+
+    void tickAfterALostTransaction_isRefused()
+    {
+        Open();
+        QVERIFY(m_definer->SetWord(0, QString())); // "print" is the first now
+        LoseTransaction(*m_database);
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, m_definer->UpdateColouredTick(0));
+        m_definer->Commit();
+        QCOMPARE(Stored(), u"do+ print while+"_s);
+    }
+
+    void languageThatIsNotCommitted_isNotKept()
+    {
+        Open();
+        LanguageDefinition values = m_definer->Values();
+        values.Comment = u";"_s;
+        m_definer->SetValues(values);
+        m_definer->SaveLanguage();
+        m_definer.reset();
+        QCOMPARE(m_database->QueryValue(u"SELECT CommentIdentifier FROM Properties"_s).ToText(), u"#"_s);
+    }
+
+    /// A library without a language needs no delimiter, until it is to get a language.
+    void libraryWithoutALanguage_needsNoDelimiter()
+    {
+        m_database->Execute(u"UPDATE Properties SET LanguageUsed = '', CommentIdentifier = NULL"_s);
+        Open();
+        QVERIFY(m_definer->CheckCommentDelimiter());
+        m_definer->SetWord(0, u"other"_s);
+        m_prompts->ExpectMsgBox(u"Notes Delimiter Missing"_s);
+        QVERIFY(!m_definer->CheckCommentDelimiter());
+    }
+
     void fileCutAnywhere_isTakenWholeOrNotAtAll()
     {
         Open();

@@ -81,6 +81,23 @@ void RefuseWord(Database& database, const QString& table, const QString& column,
             table, column, word));
 }
 
+void LoseTransaction(Database& database)
+{
+    constexpr int Most = 10'000;
+    database.QueryValue(u"PRAGMA max_page_count = 1"_s); // as many as there are
+    try {
+        for (int i = 0; i < Most; ++i)
+            database.Execute(u"INSERT INTO Keywords (Keyword, Coloured) VALUES (?, 0)"_s, {u"filler %1"_s.arg(i)});
+    } catch (const RuntimeError&) { // there is no room
+    }
+    QVERIFY(database.TransactionLost());
+}
+
+void MakeRoom(Database& database)
+{
+    database.QueryValue(u"PRAGMA max_page_count = 1000000"_s);
+}
+
 QStringList StoredNames(const QString& folder)
 {
     QStringList names = QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);

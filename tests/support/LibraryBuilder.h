@@ -30,6 +30,11 @@ qint64 AddStoredFile(Library& library, qint64 item, const QString& title, const 
 /// Lets every connection fail to store a text with @p word in a column, until the index `refuse` is dropped.
 void RefuseWord(Database& database, const QString& table, const QString& column, const QString& word);
 
+/// Fills the library inside the transaction that is open until there is no room for it: the engine ends it by itself.
+void LoseTransaction(Database& database);
+/// There is room again, once that transaction has been given up.
+void MakeRoom(Database& database);
+
 /// All that lies in the folder of stored files, hidden or not, but for the mark of its library.
 QStringList StoredNames(const QString& folder);
 

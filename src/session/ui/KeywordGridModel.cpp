@@ -3,6 +3,8 @@
 #include "store/KeywordDefiner.h"
 #include "support/ui/Icons.h"
 
+#include <cstdlib>
+
 namespace qb {
 
 using namespace Qt::StringLiterals;
@@ -24,6 +26,8 @@ void KeywordGridModel::Refill()
 void KeywordGridModel::RowEdited(int row)
 {
     const int rows = m_definer->RowCount();
+    if (std::abs(rows - m_rows) > 1)
+        return Refill(); // it was more than this edit
     if (rows > m_rows) {
         beginInsertRows({}, m_rows, rows - 1);
         m_rows = rows;
