@@ -47,8 +47,7 @@ int SetOne(CSettings& settings, const Arguments& arguments)
     if (!reason.isEmpty())
         throw UsageError{
             u"The setting '%1' can't be '%2'. %3"_s.arg(arguments.Positional(1), arguments.Positional(2), reason)};
-    settings.Apply();
-    return 0;
+    return settings.Apply() ? 0 : 1;
 }
 
 } // namespace

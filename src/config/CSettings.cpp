@@ -61,6 +61,11 @@ const std::array<CSettings::LibraryRow, size_t(CSettings::LibrarySetting::Count)
     return table;
 }
 
+QString CSettings::ColumnOf(LibrarySetting setting)
+{
+    return QString::fromLatin1(LibraryTable()[size_t(setting)].Column);
+}
+
 CSettings::CSettings(DatabaseSource currentDatabase) : m_currentDatabase(std::move(currentDatabase))
 {
     LoadRegistrySettings();
@@ -104,7 +109,10 @@ void CSettings::LoadUser(UserSetting first, UserSetting end)
 {
     for (size_t i = size_t(first); i < size_t(end); ++i) {
         const UserRow& row = UserTable()[i];
-        m_user[i] = m_userRead[i] = GetSetting(SettingsApplication, Section, QString::fromLatin1(row.Key), row.Default);
+        m_userRead[i] = GetSetting(SettingsApplication, Section, QString::fromLatin1(row.Key), row.Default);
+        // The store is a text that anybody edits: what is no number there counts as not said.
+        const bool isSaid = row.Type != Kind::Number || WhyNotOfKind(row.Type, m_userRead[i]).isEmpty();
+        m_user[i] = isSaid ? m_userRead[i] : row.Default;
     }
 }
 
@@ -243,12 +251,13 @@ void CSettings::InitializeDatabaseProperties()
         ClosePropertiesRS();
 }
 
-void CSettings::SaveDatabaseProperties()
+/// True also where there is nothing to write to.
+bool CSettings::SaveDatabaseProperties()
 {
     Database* database = m_currentDatabase ? m_currentDatabase() : nullptr;
     if (!database || database->IsReadOnly() || (!m_properties && !OpenPropertiesRS()) || !m_properties)
-        return;
-    Guarded(ModuleName, u"SaveDatabaseProperties"_s, [this] {
+        return true;
+    const bool written = Guarded(ModuleName, u"SaveDatabaseProperties"_s, [this] {
         m_properties->Edit();
         for (size_t i = 0; i < m_library.size(); ++i) {
             if (m_library[i] == m_libraryRead[i])
@@ -261,18 +270,31 @@ void CSettings::SaveDatabaseProperties()
         m_libraryRead = m_library;
     });
     ClosePropertiesRS();
+    return written;
 }
 
 // Both
 
-void CSettings::Apply()
+bool CSettings::Apply()
 {
-    Guarded(ModuleName, u"Apply"_s, [this] {
-        SaveUser();
-        SaveDatabaseProperties();
-        Q_EMIT SettingsUpdated();
-        Q_EMIT eShowStatusBar(ShowStatusBar());
-    });
+    return Guarded(
+        ModuleName, u"Apply"_s,
+        [this] {
+            SaveUser();
+            const bool written = SaveDatabaseProperties();
+            Q_EMIT SettingsUpdated();
+            Q_EMIT eShowStatusBar(ShowStatusBar());
+            return written;
+        },
+        false);
+}
+
+bool CSettings::ApplyOrTakeBack()
+{
+    if (Apply())
+        return true;
+    LoadRegistrySettings();
+    return false;
 }
 
 void CSettings::LoadRegistrySettings()

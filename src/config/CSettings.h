@@ -37,7 +37,11 @@
     TEXT(RuleColoursLight, "RuleColoursLight", "")                                                                     \
     TEXT(RuleColoursDark, "RuleColoursDark", "")                                                                       \
     TEXT(InterfaceFontName, "InterfaceFontName", "")                                                                   \
-    NUMBER(InterfaceFontSize, "InterfaceFontSize", 0)
+    NUMBER(InterfaceFontSize, "InterfaceFontSize", 0)                                                                  \
+    FLAG(ViewLineNumbers, "ViewLineNumbers", true)                                                                     \
+    FLAG(ViewWordWrap, "ViewWordWrap", false)                                                                          \
+    NUMBER(ViewZoom, "ViewZoom", 100)                                                                                  \
+    FLAG(ViewFilePreview, "ViewFilePreview", true)
 
 /// The settings of the open library, columns of `Properties`, in the order in which they are
 /// read: property, type, column.
@@ -129,8 +133,11 @@ public:
     void DBCompacted();
     void DBBackedUp();
 
-    /// Writes all settings to both stores.
-    void Apply();
+    /// Writes all settings to both stores. False when that can't be, which is reported; the listeners are told
+    /// as far as something was written.
+    bool Apply();
+    /// The same for a change that is made outside of the dialog: what can't be written is taken back.
+    bool ApplyOrTakeBack();
     /// Reads all settings from both stores; edits that were not applied are dropped.
     void LoadRegistrySettings();
     /// Reads the settings of the open library; without a library they stay as they are.
@@ -186,7 +193,7 @@ private:
     static constexpr Kind KindOf();
     static const std::array<UserRow, size_t(UserSetting::Count)>& UserTable();
     static const std::array<LibraryRow, size_t(LibrarySetting::Count)>& LibraryTable();
-    static QString ColumnOf(LibrarySetting setting) { return QString::fromLatin1(LibraryTable()[size_t(setting)].Column); }
+    static QString ColumnOf(LibrarySetting setting);
     static QString WhyNotOfKind(Kind kind, const QString& text);
 
     QString& UserField(UserSetting setting) { return m_user[size_t(setting)]; }
@@ -203,7 +210,7 @@ private:
     void ReadDatabaseProperty(LibrarySetting setting);
     std::optional<Value> GetDatabaseProperty(const QString& column);
     Value DefaultWhenNull(LibrarySetting setting) const;
-    void SaveDatabaseProperties();
+    bool SaveDatabaseProperties();
 
     DatabaseSource m_currentDatabase;
     bool m_changingSettings = false;

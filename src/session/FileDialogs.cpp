@@ -1,8 +1,7 @@
 #include "session/FileDialogs.h"
 
+#include "config/Remembered.h"
 #include "platform/system/Prompts.h"
-#include "platform/system/SettingsStore.h"
-#include "support/ErrorRoutine.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -16,17 +15,15 @@ namespace {
 /// Where file dialogs start.
 QString DialogFolder()
 {
-    const QString remembered = GetSetting(SettingsApplication, u"Settings"_s, u"InitDir"_s, u"C:\\"_s);
+    const QString remembered = Remembered(Memory::InitDir);
     return QFileInfo(remembered).isDir() ? remembered : QDir::homePath();
 }
 
 void RememberDialogFolder(const QString& chosen)
 {
     const QString folder = QFileInfo(chosen).absolutePath();
-    if (folder == GetSetting(SettingsApplication, u"Settings"_s, u"InitDir"_s, u"C:\\"_s))
-        return;
-    Guarded(u"MainForm"_s, u"GetFileName"_s,
-            [&] { SaveSetting(SettingsApplication, u"Settings"_s, u"InitDir"_s, folder); });
+    if (folder != Remembered(Memory::InitDir))
+        Remember(Memory::InitDir, folder);
 }
 
 } // namespace

@@ -1,9 +1,9 @@
 #include "session/LibraryList.h"
 
+#include "config/Remembered.h"
 #include "platform/dao/DBEngine.h"
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
-#include "platform/system/SettingsStore.h"
 #include "session/FileDialogs.h"
 #include "session/ItemTree.h"
 #include "session/RulesOffer.h"
@@ -22,11 +22,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString ModuleName = u"MainForm"_s;
-
-QString Setting(const QString& key, const QString& fallback = {})
-{
-    return GetSetting(SettingsApplication, u"Settings"_s, key, fallback);
-}
 
 MsgBoxResult MsgBox(const QString& text, const QString& caption, MsgBoxIcon icon)
 {
@@ -49,10 +44,10 @@ QString LibraryList::DefaultLibraryPath()
 void LibraryList::GetLastDBName()
 {
     Guarded(ModuleName, u"GetLastDBName"_s, [this] {
-        QString path = Setting(u"LastDB"_s);
+        QString path = Remembered(Memory::LastDB);
         if (path.isEmpty()) {
             path = DefaultLibraryPath();
-            Remember(u"Settings"_s, u"LastDB"_s, path);
+            Remember(Memory::LastDB, path);
             if (!QFileInfo::exists(path))
                 CreateNewDatabase(path, LanguageType::VB, {});
         }
@@ -233,7 +228,7 @@ bool LibraryList::ChangeDatabase(int index)
                 return false;
             NewHistory();
             ShowLibrary();
-            Remember(u"Settings"_s, u"LastDB"_s, m_session.CurrentDatabasePath);
+            Remember(Memory::LastDB, m_session.CurrentDatabasePath);
             return true;
         },
         false);
@@ -270,7 +265,7 @@ void LibraryList::SelectDatabase(QString path, bool known)
             SetComboToPresentDB();
             m_tree.OpenItem(); // the item that was shown is the current one again
         }
-        Remember(u"Settings"_s, u"LastDB"_s, m_session.CurrentDatabasePath);
+        Remember(Memory::LastDB, m_session.CurrentDatabasePath);
     });
 }
 

@@ -91,7 +91,6 @@ private:
     bool SetFirstDBPresent();
     void SaveDatabasesToSettings();
     /// Saves a setting; a failure is reported and costs nothing but the setting.
-    static void Remember(const QString& section, const QString& key, const QString& value);
     void SaveUsedDatabasesList(const QString& path);
     std::optional<QString> AskForAlias(const QString& path);
     void ShowAsInterim(const QString& path);

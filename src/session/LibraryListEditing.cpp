@@ -1,10 +1,10 @@
 // The list of libraries itself: how it is kept, and the commands that change it.
 
+#include "config/Remembered.h"
 #include "platform/dao/DBEngine.h"
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
-#include "platform/system/SettingsStore.h"
 #include "session/FileDialogs.h"
 #include "session/ItemTree.h"
 #include "session/LibraryList.h"
@@ -103,7 +103,7 @@ void LibraryList::CreateDBArray()
 {
     Guarded(ModuleName, u"CreateDBArray"_s, [this] {
         m_session.DatabaseList.clear();
-        QString text = GetSetting(SettingsApplication, u"Databases"_s, u"ChosenDatabases"_s);
+        QString text = Remembered(Memory::ChosenDatabases);
         const ComboGuard guard(*this);
         while (!text.isEmpty()) {
             const QString path = text.section(PathEnd, 0, 0);
@@ -134,12 +134,7 @@ void LibraryList::SaveDatabasesToSettings()
     QString text;
     for (const LibraryEntry& entry : m_session.DatabaseList)
         text += entry.Path + PathEnd + entry.Alias + EntryEnd;
-    Remember(u"Databases"_s, u"ChosenDatabases"_s, text);
-}
-
-void LibraryList::Remember(const QString& section, const QString& key, const QString& value)
-{
-    Guarded(ModuleName, u"SaveSetting"_s, [&] { SaveSetting(SettingsApplication, section, key, value); });
+    Remember(Memory::ChosenDatabases, text);
 }
 
 std::optional<int> LibraryList::FindCurrentDBArrayIndex(const QString& path) const
@@ -331,7 +326,7 @@ void LibraryList::mnuRemoveDBItem_Click()
             RemoveDatabaseFromList(*index);
         CloseDatabase();
         m_session.CurrentDatabasePath.clear();
-        Remember(u"Settings"_s, u"LastDB"_s, {});
+        Remember(Memory::LastDB, {});
         SaveDatabasesToSettings();
         m_tree.ClearTreeView();
         if (!SetFirstDBPresent()) {

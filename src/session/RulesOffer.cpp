@@ -1,7 +1,7 @@
 #include "session/RulesOffer.h"
 
+#include "config/Remembered.h"
 #include "platform/system/Prompts.h"
-#include "platform/system/SettingsStore.h"
 #include "store/LibraryLanguage.h"
 #include "store/ShippedLanguages.h"
 #include "support/ErrorRoutine.h"
@@ -31,13 +31,11 @@ const ShippedLanguage* LanguageToOffer(Database& database)
 bool NotesTheQuestion(const QString& identity)
 {
     constexpr qsizetype Most = 200; // the oldest are forgotten
-    QStringList asked =
-        GetSetting(SettingsApplication, u"StoredData"_s, u"RulesOffered"_s).split(u'|', Qt::SkipEmptyParts);
+    QStringList asked = Remembered(Memory::RulesOffered).split(u'|', Qt::SkipEmptyParts);
     if (asked.contains(identity))
         return false;
     asked << identity;
-    SaveSetting(SettingsApplication, u"StoredData"_s, u"RulesOffered"_s,
-                asked.mid(std::max<qsizetype>(0, asked.size() - Most)).join(u'|'));
+    Remember(Memory::RulesOffered, asked.mid(std::max<qsizetype>(0, asked.size() - Most)).join(u'|'));
     return true;
 }
 

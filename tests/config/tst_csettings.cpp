@@ -121,6 +121,10 @@ private Q_SLOTS:
         flag("InternetFileLoadWindowCloseWhenFinished", false, QB_PROPERTY(InternetFileCloseWhenFinished));
         flag("TipsOnStartup", true, QB_PROPERTY(TipsOnStartup));
         flag("ShowImportFileDialog", true, QB_PROPERTY(ShowImportFilesDialog));
+        flag("ViewLineNumbers", true, QB_PROPERTY(ViewLineNumbers));
+        flag("ViewWordWrap", false, QB_PROPERTY(ViewWordWrap));
+        text("ViewZoom", 100, 150, QB_PROPERTY(ViewZoom));
+        flag("ViewFilePreview", true, QB_PROPERTY(ViewFilePreview));
     }
 
     void userSetting()
@@ -213,12 +217,56 @@ private Q_SLOTS:
         QVERIFY(settings.ChangingSettings());
     }
 
+    void apply_saysWhetherItWasWritten()
+    {
+        CSettings settings(Source());
+        QVERIFY(settings.Apply());
+        settings.SetDBBackupPeriod(3);
+        m_library->Execute(
+            u"CREATE TEMP TRIGGER stop BEFORE UPDATE ON Properties BEGIN SELECT raise(ABORT, 'stopped'); END"_s);
+        m_prompts->ExpectError();
+        QVERIFY(!settings.Apply());
+        m_library->Execute(u"DROP TRIGGER stop"_s);
+        QVERIFY(settings.Apply());
+        QVERIFY(CSettings([] { return nullptr; }).Apply()); // there is no library to write to
+    }
+
+    void changeThatCantBeWritten_isTakenBack()
+    {
+        CSettings settings(Source());
+        QVERIFY(QDir().mkpath(ConfigFolder() + SettingsApplication + u".ini/inside"_s));
+        settings.SetTipsOnStartup(false);
+        m_prompts->ExpectError();
+        QVERIFY(!settings.ApplyOrTakeBack());
+        QVERIFY(settings.TipsOnStartup());
+    }
+
+    void numberThatIsNone_countsAsNotSaid_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("size");
+        QTest::newRow("a word") << u"big"_s << 10;
+        QTest::newRow("empty") << QString() << 10;
+        QTest::newRow("a fraction") << u"9.5"_s << 10;
+        QTest::newRow("too large") << u"99999999999"_s << 10;
+        QTest::newRow("a number") << u"12"_s << 12;
+    }
+    void numberThatIsNone_countsAsNotSaid()
+    {
+        QFETCH(QString, text);
+        QFETCH(int, size);
+        SaveSetting(SettingsApplication, u"Settings"_s, u"DefaultFontSize"_s, text);
+        QCOMPARE(CSettings(Source()).DefaultFontSize(), size);
+    }
+
     void apply_storeNotWritable_reportsOnceAndTellsNobody()
     {
         QVERIFY(QDir().mkpath(ConfigFolder() + SettingsApplication + u".ini/inside"_s));
         CSettings settings(Source());
         m_prompts->ExpectError();
-        QCOMPARE(EventsOf(settings, [&] { settings.Apply(); }), QStringList());
+        bool written = true;
+        QCOMPARE(EventsOf(settings, [&] { written = settings.Apply(); }), QStringList());
+        QVERIFY(!written);
         QVERIFY(ReadFile(ErrorLogFile()).contains(", CSettings, Apply, "));
     }
 

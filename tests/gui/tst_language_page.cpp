@@ -1,13 +1,14 @@
 #include "platform/richtext/RtfPlainText.h"
+#include "session/ui/LanguagePage.h"
 #include "session/ui/frmNewDatabase.h"
 #include "session/ui/frmSettings.h"
-#include "session/ui/LanguagePage.h"
 #include "store/LibraryLanguage.h"
 #include "store/ShippedLanguages.h"
 #include "support/EditingWindow.h"
 #include "support/ui/ColorButton.h"
 #include "text/ui/CodeBox.h"
 
+#include <QAbstractItemModelTester>
 #include <QCheckBox>
 #include <QLabel>
 #include <QListWidget>
@@ -215,6 +216,35 @@ private Q_SLOTS:
         QVERIFY(m_dialog->isVisible());
         QCOMPARE(m_dialog->findChild<QListWidget*>(u"lstPages"_s)->currentRow(), int(frmSettings::KeywordPage));
         QCOMPARE(Property(u"LanguageUsed"_s), u"VB"_s);
+    }
+
+    void libraryWithoutALanguage_letsTheDialogClose()
+    {
+        m_database->Execute(u"UPDATE Properties SET LanguageUsed = '', CommentIdentifier = NULL"_s);
+        m_database->Execute(u"DELETE FROM Keywords"_s);
+        OpenDialog();
+        m_dialog->findChild<QCheckBox*>(u"chkTipsOnStartup"_s)->click();
+        m_dialog->accept();
+        QVERIFY(!m_dialog->isVisible());
+        QVERIFY(!CSettings([] { return nullptr; }).TipsOnStartup());
+    }
+
+    /// The words that a full disk has taken back stand in the grid again.
+    void lostTransaction_isShownInTheGrid()
+    {
+        OpenDialog();
+        const QAbstractItemModelTester tester(Grid()->model());
+        Grid()->setCurrentIndex(Grid()->model()->index(3, 1));
+        for (const QString& word : {u"mine"_s, u"yours"_s}) {
+            Grid()->setCurrentIndex(Grid()->model()->index(Grid()->model()->rowCount() - 1, 1));
+            Editor()->setText(word);
+        }
+        QCOMPARE(Words(), u"do+ print while+ mine yours _"_s);
+        LoseTransaction(*m_database);
+        m_prompts->ExpectError();
+        Editor()->setText(u"yours too"_s);
+        QCOMPARE(Words(), u"do+ print while+ _"_s);
+        QCOMPARE(Editor()->text(), Row() == 3 ? QString() : u"do print while"_s.section(u' ', Row(), Row()));
     }
 
     // Files

@@ -191,6 +191,10 @@ private Q_SLOTS:
         check(u"chkDBBackupEvery"_s, true);
         check(u"chkDBAutoDeleteOldBackups"_s, false);
         QVERIFY(!enabled(u"txtDBKeepNoOfBackups"_s));
+        QCOMPARE(LabelsOf(u"txtDBKeepNoOfBackups"_s, false), (QStringList{u"&Keep the last:"_s, u"backups"_s}));
+        QCOMPARE(LabelsOf(u"txtDBBackupEvery"_s, true), (QStringList{u"Eve&ry:"_s, u"days of use"_s}));
+        check(u"chkDBAutoDeleteOldBackups"_s, true);
+        QCOMPARE(LabelsOf(u"txtDBKeepNoOfBackups"_s, true), (QStringList{u"&Keep the last:"_s, u"backups"_s}));
         check(u"chkDBCompactOnExit"_s, false);
         QVERIFY(!enabled(u"txtDBCompactOnExit"_s));
         check(u"chkDBCompactOnExit"_s, true);
@@ -349,6 +353,16 @@ private Q_SLOTS:
     }
 
 private:
+    /// The labels of a control that are enabled, or are not.
+    QStringList LabelsOf(const QString& control, bool enabled) const
+    {
+        QStringList texts;
+        for (const QLabel* label : m_dialog->findChildren<QLabel*>()) {
+            if (label->buddy() && label->buddy()->objectName() == control && label->isEnabled() == enabled)
+                texts << label->text();
+        }
+        return texts;
+    }
     void Open()
     {
         m_dialog = std::make_unique<frmSettings>();

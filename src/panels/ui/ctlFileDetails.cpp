@@ -5,7 +5,6 @@
 #include "panels/ui/StoredFileView.h"
 #include "platform/dao/Database.h"
 #include "platform/system/Prompts.h"
-#include "platform/system/SettingsStore.h"
 #include "store/CFileObject.h"
 #include "store/StoredFiles.h"
 #include "support/ErrorRoutine.h"
@@ -30,7 +29,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString ModuleName = u"ctlFileDetails"_s;
-const QString PreviewKey = u"ViewFilePreview"_s;
 
 /// A widget under a heading.
 QWidget* Headed(const QString& heading, QWidget* widget)
@@ -99,8 +97,10 @@ void ctlFileDetails::MakeActions()
     mnuFilePreview = new QAction(u"&Preview"_s, this);
     mnuFilePreview->setObjectName(u"mnuFilePreview"_s);
     mnuFilePreview->setCheckable(true);
-    connect(mnuFilePreview, &QAction::triggered, this,
-            [this](bool shown) { Guarded(ModuleName, u"mnuFilePreview"_s, [&] { ShowPreview(shown); }); });
+    connect(mnuFilePreview, &QAction::triggered, this, [this](bool shown) {
+        ShowPreview(shown);
+        Q_EMIT PreviewShown(shown);
+    });
     // The list's own keys
     mnuFileOpenItem->setShortcuts({Qt::Key_Return, Qt::Key_Enter});
     mnuAddFile->setShortcut(Qt::Key_Insert);
@@ -145,7 +145,7 @@ void ctlFileDetails::MakeLayout()
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_separator);
-    ShowPreview(BooleanFromText(GetSetting(SettingsApplication, u"Settings"_s, PreviewKey, BooleanText(true))));
+    ShowPreview(true);
 }
 
 // An item comes and goes
@@ -319,8 +319,6 @@ void ctlFileDetails::ShowPreview(bool shown)
 {
     mnuFilePreview->setChecked(shown);
     m_preview->parentWidget()->setVisible(shown);
-    if (BooleanFromText(GetSetting(SettingsApplication, u"Settings"_s, PreviewKey, BooleanText(true))) != shown)
-        SaveSetting(SettingsApplication, u"Settings"_s, PreviewKey, BooleanText(shown));
 }
 
 void ctlFileDetails::UpdateActions()

@@ -70,9 +70,14 @@ public:
     std::function<bool()> RequestShowImportFilesDialog;
     std::function<void(bool show)> SetShowImportFilesDialog;
 
+    /// Shows the contents of the selected file beside the list, or not.
+    void ShowPreview(bool shown);
+
 Q_SIGNALS:
     /// Something takes its time; a percent of 100 and more says that it is done.
     void Progress(const QString& text, int percent);
+    /// The user has switched the preview on or off.
+    void PreviewShown(bool shown);
     void StatusText(const QString& text);
     /// Files were added or deleted; @p any are there now.
     void FilesChanged(bool any);
@@ -89,7 +94,6 @@ private:
     void UpdateActions();
     void SelectionChanged();
     void ShowDescription();
-    void ShowPreview(bool shown);
     void Refill();
     void SelectKeys(const QStringList& keys);
     QList<qint64> Selected() const;

@@ -1,5 +1,6 @@
 // What the stored files panel does with files.
 
+#include "config/Remembered.h"
 #include "maintenance/ArchiveProgress.h"
 #include "panels/ui/StoredFileList.h"
 #include "panels/ui/StoredFileView.h"
@@ -10,7 +11,6 @@
 #include "platform/system/FileCopy.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/RuntimeError.h"
-#include "platform/system/SettingsStore.h"
 #include "platform/system/Shell.h"
 #include "store/CFileObject.h"
 #include "store/PendingFiles.h"
@@ -32,7 +32,6 @@ namespace {
 
 const QString ModuleName = u"ctlFileDetails"_s;
 const QString AnyFile = u"All Files|*"_s;
-const QString OptionKey = u"FileImportOperation"_s;
 
 void Tell(const QString& text, const QString& caption, MsgBoxIcon icon)
 {
@@ -68,15 +67,9 @@ private:
 /// The way of importing that was chosen last.
 ImportOption SavedOption()
 {
-    const int number = GetSetting(SettingsApplication, u"Settings"_s, OptionKey, u"1"_s).toInt();
+    const int number = Remembered(Memory::FileImportOperation).toInt();
     const bool known = number >= int(ImportOption::AsTheyAre) && number <= int(ImportOption::ZipAll);
     return known ? ImportOption(number) : ImportOption::AsTheyAre;
-}
-
-/// That a choice can't be kept for another time does not stop what was chosen.
-void Remember(const QString& section, const QString& key, const QString& value)
-{
-    Guarded(ModuleName, u"SaveSetting"_s, [&] { SaveSetting(SettingsApplication, section, key, value); });
 }
 
 /// The name that is proposed for an archive of all files.
@@ -156,7 +149,7 @@ std::optional<FileImportOptions> ctlFileDetails::AskImportOptions(const FileImpo
             return std::nullopt;
         options.Option = dialog.OptionSelected();
         options.ZipName = dialog.ZipFileName();
-        Remember(u"Settings"_s, OptionKey, QString::number(int(options.Option)));
+        Remember(Memory::FileImportOperation, QString::number(int(options.Option)));
         if (dialog.DontShowAgain())
             SetShowImportFilesDialog(false);
     } else if (options.Option == ImportOption::ZipAll && plan.Files.size() == 1) {
@@ -335,8 +328,8 @@ void ctlFileDetails::UnzipToDirectory()
         return;
     const QString title = m_files->TitleOf(m_files->RowOf(ids.first()));
     FinishPendingFiles(*m_library);
-    const QString before = GetSetting(SettingsApplication, u"StoredData"_s, u"PreviousExportPaths"_s, u"C:\\"_s);
-    const QString dialogs = GetSetting(SettingsApplication, u"Settings"_s, u"InitDir"_s, u"C:\\"_s);
+    const QString before = Remembered(Memory::PreviousExportPaths);
+    const QString dialogs = Remembered(Memory::InitDir);
     QStringList folders;
     for (const QString& folder : {before, dialogs, QDir::homePath(), QDir::rootPath()}) {
         if (QFileInfo(folder).isDir() && !folders.contains(folder))
@@ -362,8 +355,8 @@ void ctlFileDetails::UnzipToDirectory()
     Q_EMIT Progress({}, 100);
     if (m_oZipUnzip.UnzippedPath().isEmpty())
         return;
-    Remember(u"StoredData"_s, u"PreviousExportPaths"_s, m_oZipUnzip.UnzippedPath());
-    Remember(u"Settings"_s, u"InitDir"_s, m_oZipUnzip.UnzippedPath());
+    Remember(Memory::PreviousExportPaths, m_oZipUnzip.UnzippedPath());
+    Remember(Memory::InitDir, m_oZipUnzip.UnzippedPath());
     Q_EMIT StatusText(u"File(s) successfully extracted to: \r\n"_s
                       + QDir::toNativeSeparators(m_oZipUnzip.UnzippedPath()));
 }

@@ -5,8 +5,8 @@
 #include "support/ui/ColorButton.h"
 #include "support/ui/Colors.h"
 #include "support/ui/Icons.h"
-#include "text/ui/ctlCodeDetails.h"
 #include "text/ui/RichTextBox.h"
+#include "text/ui/ctlCodeDetails.h"
 
 #include <QActionGroup>
 #include <QComboBox>
@@ -212,9 +212,9 @@ void FormatToolbar::ApplyColor(Color which)
 void FormatToolbar::ChooseColor(Color which, quint32 color)
 {
     which == Color1 ? m_settings->SetDefaultColor1(int(color)) : m_settings->SetDefaultColor2(int(color));
-    m_settings->Apply();
+    m_settings->ApplyOrTakeBack();
     ShowColors(*m_settings);
-    ApplyColor(which);
+    Run([color](ctlCodeDetails& details) { details.SetFontColor(color); }); // whether it can be kept or not
 }
 
 void FormatToolbar::ChooseCustomColor(Color which)

@@ -1,7 +1,7 @@
 #include "session/ui/LanguagePage.h"
 
+#include "config/Remembered.h"
 #include "platform/system/Prompts.h"
-#include "platform/system/SettingsStore.h"
 #include "session/ui/CWaitCursor.h"
 #include "session/ui/KeywordGridModel.h"
 #include "session/ui/LanguageChooser.h"
@@ -289,8 +289,7 @@ void LanguagePage::Initialize(KeywordDefiner* definer)
                           static_cast<QWidget*>(fgrdList), static_cast<QWidget*>(txtRules), cmdExport->parentWidget()})
         part->setEnabled(definer); // the colours by rules are the user's, whatever library is open
     QList<quint32> recent;
-    for (const QString& color : GetSetting(SettingsApplication, u"Colours"_s, u"KeywordDefiner"_s, u"33280,8650752"_s)
-                                    .split(u',', Qt::SkipEmptyParts))
+    for (const QString& color : Remembered(Memory::KeywordDefinerColours).split(u',', Qt::SkipEmptyParts))
         recent << color.toUInt();
     for (ColorButton* button : {lblKeywordColour, lblTextColour, lblNotesColour})
         button->SetRecent(recent);
@@ -310,8 +309,8 @@ void LanguagePage::SetPalette(const TokenPalette& palette)
 
 void LanguagePage::KeepColours() const
 {
-    SaveSetting(SettingsApplication, u"Colours"_s, u"KeywordDefiner"_s,
-                QString::number(lblNotesColour->Color()) + u',' + QString::number(lblKeywordColour->Color()));
+    Remember(Memory::KeywordDefinerColours,
+             QString::number(lblNotesColour->Color()) + u',' + QString::number(lblKeywordColour->Color()));
 }
 
 void LanguagePage::InitializeLanguagePage()
@@ -414,6 +413,17 @@ void LanguagePage::fgrdList_RowColChange()
         txtEdit->setFocus();
 }
 
+void LanguagePage::RefillWords()
+{
+    if (!m_definer)
+        return;
+    const QScopedValueRollback loading(m_loading, true);
+    const int row = fgrdList->currentIndex().row();
+    m_words->Refill();
+    GoToRow(qMax(0, row));
+    PlaceEditor();
+}
+
 /// Lays the editor over the current word.
 void LanguagePage::PlaceEditor()
 {
@@ -435,7 +445,8 @@ void LanguagePage::txtEdit_Change(const QString& text)
     if (m_loading || !m_definer)
         return;
     const int row = fgrdList->currentIndex().row();
-    Guarded(ModuleName, u"txtEdit_Change"_s, [&] { m_definer->SetWord(row, text); });
+    if (!Guarded(ModuleName, u"txtEdit_Change"_s, [&] { m_definer->SetWord(row, text); }))
+        return RefillWords();
     const QScopedValueRollback loading(m_loading, true);
     m_words->RowEdited(row);
     if (text.isEmpty() && fgrdList->currentIndex().row() != row)
@@ -514,7 +525,8 @@ void LanguagePage::UpdateColouredTick(int row)
 {
     if (!m_definer)
         return;
-    Guarded(ModuleName, u"UpdateColouredTick"_s, [&] { m_definer->UpdateColouredTick(row); });
+    if (!Guarded(ModuleName, u"UpdateColouredTick"_s, [&] { m_definer->UpdateColouredTick(row); }))
+        return RefillWords();
     m_words->RowEdited(row);
     if (m_definer->Changed())
         Q_EMIT Changed();

@@ -40,6 +40,8 @@ public:
     void SetPalette(const TokenPalette& palette);
     /// The language has been applied: its colours are offered from now on.
     void KeepColours() const;
+    /// The words may be other ones than those that were edited here: a failure has ended what was edited.
+    void RefillWords();
     /// What can be looked for on this page, and its controls.
     QList<std::pair<QString, QWidget*>> Places() const;
 

@@ -10,10 +10,10 @@
 #include "platform/system/Shell.h"
 #include "platform/system/Trace.h"
 #include "session/FileDialogs.h"
-#include "session/ui/frmDatabaseList.h"
-#include "session/ui/frmNewDatabase.h"
 #include "session/ui/CWaitCursor.h"
 #include "session/ui/FormatToolbar.h"
+#include "session/ui/frmDatabaseList.h"
+#include "session/ui/frmNewDatabase.h"
 #include "support/Addresses.h"
 #include "support/ErrorRoutine.h"
 #include "support/Version.h"
@@ -112,7 +112,7 @@ void frmCodeLib::StartTips()
     m_oTips = std::make_unique<ApplicationTips>(this);
     connect(m_oTips.get(), &ApplicationTips::TipsOnStartupChanged, this, [this](bool wanted) {
         Settings().SetTipsOnStartup(wanted);
-        Settings().Apply();
+        Settings().ApplyOrTakeBack();
     });
     // The window's own signal must not destroy the window that raises it.
     connect(
@@ -270,16 +270,13 @@ void frmCodeLib::DoUnload()
 
 void frmCodeLib::ReadTextView()
 {
-    const auto flag = [](const QString& key, bool preset) {
-        return GetSetting(SettingsApplication, u"Settings"_s, key, preset ? u"True"_s : u"False"_s) == u"True"_s;
-    };
-    const bool numbers = flag(u"ViewLineNumbers"_s, true);
-    const bool wraps = flag(u"ViewWordWrap"_s, false);
-    ctlCodeItemDetails->SetLineNumbers(numbers);
-    ctlCodeItemDetails->SetWordWrap(wraps);
-    ctlCodeItemDetails->SetZoom(GetSetting(SettingsApplication, u"Settings"_s, u"ViewZoom"_s, u"100"_s).toInt());
-    m_commands.SetChecked(u"mnuViewLineNumbers"_s, numbers);
-    m_commands.SetChecked(u"mnuViewWordWrap"_s, wraps);
+    const CSettings& settings = Settings();
+    ctlCodeItemDetails->SetLineNumbers(settings.ViewLineNumbers());
+    ctlCodeItemDetails->SetWordWrap(settings.ViewWordWrap());
+    ctlCodeItemDetails->SetZoom(settings.ViewZoom());
+    m_storedFiles->ShowPreview(settings.ViewFilePreview());
+    m_commands.SetChecked(u"mnuViewLineNumbers"_s, settings.ViewLineNumbers());
+    m_commands.SetChecked(u"mnuViewWordWrap"_s, settings.ViewWordWrap());
 }
 
 void frmCodeLib::KeepUnsavedTexts()
@@ -289,10 +286,16 @@ void frmCodeLib::KeepUnsavedTexts()
 
 void frmCodeLib::SaveTextView()
 {
-    const auto flag = [this](const QString& command) { return BooleanText(m_commands.Get(command).Checked); };
-    SaveSettings(SettingsApplication, {{u"Settings"_s, u"ViewLineNumbers"_s, flag(u"mnuViewLineNumbers"_s)},
-                                       {u"Settings"_s, u"ViewWordWrap"_s, flag(u"mnuViewWordWrap"_s)},
-                                       {u"Settings"_s, u"ViewZoom"_s, QString::number(ctlCodeItemDetails->Zoom())}});
+    CSettings& settings = Settings();
+    const bool numbers = m_commands.Get(u"mnuViewLineNumbers"_s).Checked;
+    const bool wraps = m_commands.Get(u"mnuViewWordWrap"_s).Checked;
+    const int zoom = ctlCodeItemDetails->Zoom();
+    if (numbers == settings.ViewLineNumbers() && wraps == settings.ViewWordWrap() && zoom == settings.ViewZoom())
+        return;
+    settings.SetViewLineNumbers(numbers);
+    settings.SetViewWordWrap(wraps);
+    settings.SetViewZoom(zoom);
+    settings.Apply();
 }
 
 void frmCodeLib::moSettings_SettingsUpdated()

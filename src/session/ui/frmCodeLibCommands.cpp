@@ -1,11 +1,11 @@
 // The commands of the main window: what each runs, and how menus and buttons follow its state.
 
 #include "panels/ui/ctlSmartTreeView.h"
-#include "session/ui/frmCodeLib.h"
 #include "session/ui/CodeToolbar.h"
+#include "session/ui/frmCodeLib.h"
 #include "support/ui/Icons.h"
-#include "text/ui/ctlCodeDetails.h"
 #include "text/ui/CTextEdit.h"
+#include "text/ui/ctlCodeDetails.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -106,7 +106,8 @@ void frmCodeLib::ConnectCommands()
         {u"mnuViewStatusBar"_s,
          [this] {
              Settings().SetShowStatusBar(m_actions[u"mnuViewStatusBar"_s]->isChecked());
-             Settings().Apply();
+             if (!Settings().ApplyOrTakeBack())
+                 m_actions[u"mnuViewStatusBar"_s]->setChecked(Settings().ShowStatusBar());
          }},
         {u"mnuViewRefresh"_s,
          [this] {

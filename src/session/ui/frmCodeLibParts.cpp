@@ -1,22 +1,22 @@
 // The parts of the main window: panels, menus, toolbar and status bar, and how they are connected.
 
+#include "panels/ui/NodeTreeView.h"
 #include "panels/ui/ctlFileDetails.h"
 #include "panels/ui/ctlSmartTreeView.h"
-#include "panels/ui/NodeTreeView.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/Trace.h"
 #include "session/FileDialogs.h"
-#include "session/ui/frmCodeLib.h"
-#include "session/ui/frmRelationshipDelete.h"
 #include "session/ui/BrowserToolbar.h"
 #include "session/ui/CodeToolbar.h"
 #include "session/ui/FormatToolbar.h"
 #include "session/ui/LanguageButton.h"
+#include "session/ui/frmCodeLib.h"
+#include "session/ui/frmRelationshipDelete.h"
 #include "support/ErrorRoutine.h"
 #include "support/ui/Icons.h"
-#include "web/WebPages.h"
-#include "text/ui/ctlCodeDetails.h"
 #include "text/ui/CTextEdit.h"
+#include "text/ui/ctlCodeDetails.h"
+#include "web/WebPages.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -414,8 +414,12 @@ void frmCodeLib::ConnectFiles()
     m_storedFiles->RequestShowImportFilesDialog = [this] { return Settings().ShowImportFilesDialog(); };
     m_storedFiles->SetShowImportFilesDialog = [this](bool show) {
         Settings().SetShowImportFilesDialog(show);
-        Settings().Apply();
+        Settings().ApplyOrTakeBack();
     };
+    connect(m_storedFiles, &ctlFileDetails::PreviewShown, this, [this](bool shown) {
+        Settings().SetViewFilePreview(shown);
+        Settings().ApplyOrTakeBack();
+    });
     connect(m_storedFiles, &ctlFileDetails::Progress, this, [this](const QString& text, int percent) {
         ShowProgress(text, percent);
         if (prgStatus->isHidden())

@@ -179,7 +179,7 @@ void frmSettings::FillControls()
 /// stays open then.
 bool frmSettings::Apply()
 {
-    return Guarded(
+    const bool applied = Guarded(
         ModuleName, u"Apply"_s,
         [this] {
             if (m_language && !m_language->CheckCommentDelimiter()) {
@@ -189,9 +189,7 @@ bool frmSettings::Apply()
             const bool languageChanged = m_language && m_language->Changed();
             if (languageChanged)
                 m_language->SaveLanguage();
-            const int errors = HandledErrorCount();
-            m_settings->Apply();
-            if (HandledErrorCount() > errors)
+            if (!m_settings->Apply())
                 return false;
             if (m_language)
                 m_language->Commit();
@@ -203,6 +201,9 @@ bool frmSettings::Apply()
             return true;
         },
         false);
+    if (!applied && m_language)
+        m_languagePage->RefillWords();
+    return applied;
 }
 
 void frmSettings::accept()

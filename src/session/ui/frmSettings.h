@@ -120,6 +120,7 @@ private:
     QFormLayout* m_information = nullptr;
     QTimer tmrDatabaseInfoStart;
     QHash<QString, QWidget*> m_controls;
+    QMultiHash<QString, QWidget*> m_labels; ///< of the control of that name, enabled with it
 };
 
 } // namespace qb

@@ -46,12 +46,13 @@ QLabel* MakeHeading(const QString& text)
     return heading;
 }
 
-/// A row of several controls; the label leads to @p buddy.
-void AddRow(QFormLayout& form, const QString& label, QLayout* row, QWidget* buddy)
+/// A row of several controls; the label, which leads to @p buddy, is what comes back.
+QLabel* AddRow(QFormLayout& form, const QString& label, QLayout* row, QWidget* buddy)
 {
     auto* title = new QLabel(label);
     title->setBuddy(buddy);
     form.addRow(title, row);
+    return title;
 }
 
 /// The size of all files of a folder, in bytes.
@@ -126,7 +127,8 @@ QLineEdit* frmSettings::AddNumber(QFormLayout& form, const char* name, const QSt
     unitLabel->setBuddy(box);
     row->addWidget(unitLabel);
     row->addStretch();
-    AddRow(form, label, row, box);
+    m_labels.insert(box->objectName(), AddRow(form, label, row, box));
+    m_labels.insert(box->objectName(), unitLabel);
     m_bindings.push_back({box, [this, box, read] { box->setText(QString::number(read(*m_settings))); }});
     connect(box, &QLineEdit::textChanged, this, [this, write](const QString& text) {
         Change([&] { write(*m_settings, text.isEmpty() ? 1 : text.toInt()); });
@@ -146,7 +148,7 @@ QLineEdit* frmSettings::AddFolder(QFormLayout& form, const char* name, const cha
     auto* row = new QHBoxLayout;
     row->addWidget(box, 1);
     row->addWidget(button);
-    AddRow(form, label, row, box);
+    m_labels.insert(box->objectName(), AddRow(form, label, row, box));
     m_bindings.push_back({box, [this, box, read] { box->setText(read(*m_settings)); }});
     connect(box, &QLineEdit::textChanged, this,
             [this, write](const QString& text) { Change([&] { write(*m_settings, text); }); });
@@ -368,8 +370,11 @@ void frmSettings::UpdateEnabled()
         return qobject_cast<QCheckBox*>(m_controls[name])->isChecked();
     };
     const auto enable = [this](const QStringList& names, bool enabled) {
-        for (const QString& name : names)
+        for (const QString& name : names) {
             m_controls[name]->setEnabled(enabled);
+            for (QWidget* label : m_labels.values(name))
+                label->setEnabled(enabled);
+        }
     };
     const bool library = m_database && !m_database->IsReadOnly();
     const bool backup = library && checked(u"chkDBBackupEvery"_s);

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+
+/// What the program remembers of its own from one session to the next, beside the settings: name, section and
+/// key in the store, and what it is before anything has been remembered.
+#define QB_MEMORIES(ROW)                                                                                               \
+    ROW(LastDB, "Settings", "LastDB", "")                                                                              \
+    ROW(InitDir, "Settings", "InitDir", "C:\\")                                                                        \
+    ROW(FileImportOperation, "Settings", "FileImportOperation", "1")                                                   \
+    ROW(PreviousExportPaths, "StoredData", "PreviousExportPaths", "C:\\")                                              \
+    ROW(RulesOffered, "StoredData", "RulesOffered", "")                                                                \
+    ROW(KeywordDefinerColours, "Colours", "KeywordDefiner", "33280,8650752")                                           \
+    ROW(ChosenDatabases, "Databases", "ChosenDatabases", "")
+
+namespace qb {
+
+#define QB_NAME(name, ...) name,
+enum class Memory { QB_MEMORIES(QB_NAME) Count };
+#undef QB_NAME
+
+/// What is remembered, as text.
+QString Remembered(Memory what);
+
+/// Writes it at once, where it is something else than before. An error is reported and stops nothing else: that
+/// something can't be kept for another time is no reason not to do it now. False then.
+bool Remember(Memory what, const QString& value);
+
+} // namespace qb
