@@ -7,6 +7,7 @@
 #include "maintenance/FileImport.h"
 #include "platform/richtext/RtfPlainText.h"
 #include "store/CFileObject.h"
+#include "store/ItemRules.h"
 #include "store/StoredFiles.h"
 #include "support/DateFormatCustom.h"
 
@@ -63,9 +64,7 @@ int Attach(const QStringList& words)
     const Arguments arguments(rest, {{"description", "text"}}, 3, Arguments::OrMore);
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
     const qint64 item = arguments.Id(1);
-    if (database->QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {item}).IsNull())
-        throw RuntimeError(ErrorNumber::ItemNotFound, u"There is no item %1; nothing was changed."_s.arg(item),
-                           u"attach"_s);
+    RequireChange(*database, item, {ItemChange::EditUnasked});
     options.Description = RtfFromPlainText(arguments.Value(u"description"_s), CodeFont);
     QStringList files;
     for (int i = 2; i < arguments.Count(); ++i)
@@ -73,7 +72,10 @@ int Attach(const QStringList& words)
     const FileImportPlan plan = options.Option == ImportOption::AsTheyAre ? FileImportPlan{files, {}}
                                                                           : PlanFileImport(files);
     options.Whole = true;
-    options.BeforeCommit = [](const QStringList& keys) { Print(keys.join(u'\n') + u'\n'); };
+    options.BeforeCommit = [&](const QStringList& keys) {
+        RequireChange(*database, item, {ItemChange::EditUnasked}); // copying takes its time
+        Print(keys.join(u'\n') + u'\n');
+    };
     return ImportStoredFiles(*database, QString::number(item), plan, options).Complete
                ? 0
                : 1; // what was wrong has been reported
@@ -125,6 +127,9 @@ int Detach(const QStringList& words)
     const Arguments arguments(words, {}, 2);
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
     const std::unique_ptr<CFileObject> file = OpenFile(*database, arguments.Id(1));
+    const qint64 item = file->CodeID().toLongLong();
+    if (!database->QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {item}).IsNull()) // else nobody's file
+        RequireChange(*database, item, {ItemChange::EditUnasked});
     file->Delete();
     return file->Commit() ? 0 : 1;
 }

@@ -12,6 +12,7 @@
 #include "session/LoadTree.h"
 #include "store/CCodeItem.h"
 #include "store/ItemBranch.h"
+#include "store/ItemRules.h"
 #include "store/Library.h"
 #include "store/ShippedLanguages.h"
 #include "support/DateFormatCustom.h"
@@ -265,8 +266,7 @@ int Add(const QStringList& words)
     const GivenTexts texts = ReadTexts(arguments);
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
     Transaction transaction(*database);
-    if (parent != 0)
-        RequireItem(*database, parent);
+    RequireChange(*database, parent, {ItemChange::Add});
     RefuseReservedTitle(arguments.Value(u"title"_s), parent);
     CCodeItem item;
     item.Initialise(*database, {});
@@ -292,9 +292,12 @@ int Set(const QStringList& words)
         throw UsageError{u"Nothing to set: --title, --description, --info, --code, --usage, --notes or --language."_s};
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
     Transaction transaction(*database);
-    RequireItem(*database, arguments.Id(1));
+    RequireChange(*database, arguments.Id(1), {ItemChange::EditUnasked});
+    if (arguments.Has(u"title"_s))
+        RequireChange(*database, arguments.Id(1), {ItemChange::Rename});
     CCodeItem item;
     item.Initialise(*database, QString::number(arguments.Id(1)));
+    item.SetDontUpdateLastChangedDate(!MovesDate(ItemChange::Edit, StandingOf(*database, arguments.Id(1))));
     const QString language = LanguageOf(item);
     TakeTexts(texts, item);
     TakeLanguage(arguments, item, language);
@@ -319,7 +322,7 @@ int Delete(const QStringList& words)
 {
     const Arguments arguments(words, {}, 2);
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
-    DeleteBranch(*database, arguments.Id(1));
+    DeleteItem(*database, arguments.Id(1));
     return 0;
 }
 
@@ -329,14 +332,9 @@ int Keep(const QStringList& words)
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
     const qint64 id = arguments.Id(1);
     Transaction transaction(*database);
-    RequireItem(*database, id);
+    RequireChange(*database, id, {ItemChange::Keep});
     CCodeItem item;
     item.Initialise(*database, QString::number(id));
-    if (item.ReadFailed())
-        return 1; // which has been reported
-    if (!item.LastChanged().IsNone())
-        throw RuntimeError(ErrorNumber::ValueNotAllowed,
-                           u"The item %1 does not wait for removal; nothing was changed."_s.arg(id), u"Keep"_s);
     item.SetItemChanged(true);
     if (!item.Commit())
         return 1;

@@ -5,6 +5,7 @@
 #include "cli/OpenLibrary.h"
 #include "cli/Output.h"
 #include "store/CCodeItem.h"
+#include "store/ItemRules.h"
 #include "support/ErrorRoutine.h"
 
 namespace qb::cli {
@@ -53,6 +54,7 @@ int Link(const QStringList& words)
     if (arguments.Id(1) == other)
         throw UsageError{u"An item can be linked with another item only."_s};
     Transaction transaction(*database);
+    RequireChange(*database, arguments.Id(1), {ItemChange::EditUnasked, ItemChange::Link});
     const auto item = OpenItem(*database, arguments.Id(1));
     OpenItem(*database, other);
     const QString key = CLinks::KeyOf(other);
@@ -105,6 +107,7 @@ int Unlink(const QStringList& words)
         throw UsageError{u"Unknown side '%1': left, right or both."_s.arg(side)};
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
     Transaction transaction(*database);
+    RequireChange(*database, arguments.Id(1), {ItemChange::EditUnasked});
     const auto item = OpenItem(*database, arguments.Id(1));
     const std::shared_ptr<CLink> link = item->Links().Item(CLinks::KeyOf(arguments.Id(2)));
     if (!link)

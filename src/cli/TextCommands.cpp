@@ -11,6 +11,7 @@
 #include "platform/system/TextEncoding.h"
 #include "store/CCodeItem.h"
 #include "store/ItemBranch.h"
+#include "store/ItemRules.h"
 #include "store/ShippedLanguages.h"
 #include "support/ErrorRoutine.h"
 #include "text/CTextFormat.h"
@@ -52,9 +53,10 @@ ItemTexts TextsOf(CCodeItem& item)
 bool SaveColours(Library& database, qint64 id, const ItemTexts& texts, const ItemTexts& coloured)
 {
     Transaction transaction(database);
-    RequireItem(database, id);
+    RequireChange(database, id, {ItemChange::EditUnasked});
     CCodeItem item;
     item.Initialise(database, QString::number(id));
+    item.SetDontUpdateLastChangedDate(!MovesDate(ItemChange::Edit, StandingOf(database, id)));
     if (item.ReadFailed() || TextsOf(item) != texts)
         return false;
     item.SetCode(coloured.Code);
@@ -77,6 +79,8 @@ int ColorizeItem(const Arguments& arguments)
     format.ColorizeInit(*database);
     for (int i = 0; i < Tries; ++i) {
         RequireItem(*database, id);
+        if (save)
+            RequireChange(*database, id, {ItemChange::EditUnasked});
         CCodeItem item;
         item.Initialise(*database, QString::number(id));
         const ItemTexts texts = TextsOf(item);

@@ -5,6 +5,7 @@
 #include "platform/system/FileReplace.h"
 #include "store/CCodeItem.h"
 #include "store/ItemBranch.h"
+#include "store/ItemRules.h"
 #include "store/ShippedLanguages.h"
 
 #include <QDir>
@@ -185,8 +186,7 @@ FolderImportResult ImportFolder(Library& library, const QString& folder, const F
         throw RuntimeError(ErrorNumber::FileNotFound,
                            u"'%1' is not a folder; nothing was changed."_s.arg(QDir::toNativeSeparators(folder)),
                            Procedure);
-    if (options.Parent != 0)
-        RequireItem(library, options.Parent); // before a long look at the folder
+    RequireChange(library, options.Parent, {ItemChange::Import}); // before a long look at the folder
     if (!QFileInfo(folder).isReadable() || !QFileInfo(folder).isExecutable())
         throw RuntimeError(
             ErrorNumber::PathAccess,
@@ -194,8 +194,7 @@ FolderImportResult ImportFolder(Library& library, const QString& folder, const F
     std::vector<SkippedFile> skipped;
     const SourceFolder root = Survey(options.Globs, skipped).Read(QDir::cleanPath(folder), TitleOfFolder(folder));
     Transaction transaction(library);
-    if (options.Parent != 0)
-        RequireItem(library, options.Parent);
+    RequireChange(library, options.Parent, {ItemChange::Import});
     const FolderImportResult result = Import(library, options, root.FileCount(), std::move(skipped), work).Run(root);
     options.BeforeCommit(result);
     transaction.Commit();

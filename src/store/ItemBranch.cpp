@@ -2,6 +2,7 @@
 
 #include "platform/system/Paths.h"
 #include "store/CCodeItem.h"
+#include "store/ItemRules.h"
 #include "store/Library.h"
 #include "store/PendingFiles.h"
 #include "store/SideFolders.h"
@@ -20,6 +21,42 @@ void CommitOrRaise(CCodeItem& item, const QString& what)
 {
     if (!item.Commit())
         throw RuntimeError(ErrorNumber::Engine, what, u"ItemBranch"_s);
+}
+
+/// The rows of a branch and of its files, inside the caller's transaction; returns the items.
+std::vector<qint64> DeleteRows(Library& library, qint64 id, StoredFileDeletion& files,
+                               Work& work)
+{
+    qint64 done = 0;
+    RequireItem(library, id);
+    std::vector<qint64> branch = BranchOf(library, id);
+    for (const qint64 item : branch) {
+        for (const qint64 file : StoredFilesOf(library, item))
+            files.Delete(library, file);
+        CCodeItem row;
+        row.Initialise(library, QString::number(item));
+        try {
+            row.DeleteRow();
+        } catch (const RuntimeError& error) {
+            throw RuntimeError(
+                error.Number(),
+                u"The item %1 could not be deleted; nothing was changed.\n%2"_s.arg(item).arg(error.Description()),
+                u"DeleteBranch"_s);
+        }
+        work.Advance(++done, qint64(branch.size()));
+    }
+    return branch;
+}
+
+void DeletePages(const Library& library, const std::vector<qint64>& items)
+{
+    if (OwnerOf(library.HTMLFolder(), library.Identity()) == FolderOwner::Another)
+        return;
+    for (const qint64 item : items) {
+        const QString page = library.HTMLFolder() + QString::number(item);
+        if (QFile::remove(page + u".htm"_s))
+            DeleteFolder(page);
+    }
 }
 
 } // namespace
@@ -63,34 +100,39 @@ bool IsInBranch(Library& library, qint64 id, qint64 candidate)
 void DeleteBranch(Library& library, qint64 id, Work& work)
 {
     StoredFileDeletion files;
-    qint64 done = 0;
     Transaction transaction(library);
-    RequireItem(library, id);
-    const std::vector<qint64> branch = BranchOf(library, id);
-    for (const qint64 item : branch) {
-        for (const qint64 file : StoredFilesOf(library, item))
-            files.Delete(library, file);
-        CCodeItem row;
-        row.Initialise(library, QString::number(item));
-        try {
-            row.DeleteRow();
-        } catch (const RuntimeError& error) {
-            throw RuntimeError(
-                error.Number(),
-                u"The item %1 could not be deleted; nothing was changed.\n%2"_s.arg(item).arg(error.Description()),
-                u"DeleteBranch"_s);
-        }
-        work.Advance(++done, qint64(branch.size()));
-    }
+    const std::vector<qint64> branch = DeleteRows(library, id, files, work);
     transaction.Commit();
     files.Complete();
-    if (OwnerOf(library.HTMLFolder(), library.Identity()) == FolderOwner::Another)
-        return;
-    for (const qint64 item : branch) {
-        const QString page = library.HTMLFolder() + QString::number(item);
-        if (QFile::remove(page + u".htm"_s))
-            DeleteFolder(page);
-    }
+    DeletePages(library, branch);
+}
+
+void DeleteItem(Library& library, qint64 id)
+{
+    StoredFileDeletion files;
+    Transaction transaction(library);
+    RequireChange(library, id, {ItemChange::Delete});
+    const ItemStanding standing = StandingOf(library, id);
+    const std::vector<qint64> branch = DeleteRows(library, id, files, NoWork());
+    if (standing.Orphan && (standing.IsMother || standing.IsChild))
+        RemoveEmptyOrphanFolder(library);
+    transaction.Commit();
+    files.Complete();
+    DeletePages(library, branch);
+}
+
+qint64 RemoveEmptyOrphanFolder(Library& library)
+{
+    Transaction transaction(library); // nothing is put into the folder in between
+    const qint64 folder = library
+                              .QueryValue(u"SELECT ID FROM Items WHERE ParentID = 0 AND Title = ? COLLATE BINARY"_s,
+                                          {OrphanedItemsTitle})
+                              .ToLong();
+    if (folder == 0 || !library.QueryValue(u"SELECT 1 FROM Items WHERE ParentID = ? LIMIT 1"_s, {folder}).IsNull())
+        return 0;
+    library.Execute(u"DELETE FROM Items WHERE ID = ?"_s, {folder});
+    transaction.Commit();
+    return folder;
 }
 
 std::vector<qint64> ItemsMarkedForDelete(Library& library)
@@ -112,15 +154,16 @@ std::vector<qint64> RemoveItemsMarkedForDelete(Library& library)
     return items;
 }
 
-void MoveItem(Library& library, qint64 id, qint64 parent, bool stamp)
+void MoveItem(Library& library, qint64 id, qint64 parent)
 {
     Transaction transaction(library); // two moves at a time could make a cycle
-    RequireItem(library, id);
-    if (parent != 0)
-        RequireItem(library, parent);
+    // Nobody is asked here whether an item that waits for a decision is to be kept, which a new date would do.
+    RequireChange(library, id, {ItemChange::Move, ItemChange::EditUnasked});
+    RequireChange(library, parent, {ItemChange::Receive});
     if (IsInBranch(library, id, parent))
         throw RuntimeError(ErrorNumber::NodeCycle,
                            u"The item %1 can't be moved below itself; nothing was changed."_s.arg(id), u"MoveItem"_s);
+    const bool stamp = MovesDate(ItemChange::Move, StandingOf(library, id));
     CCodeItem item;
     item.Initialise(library, QString::number(id));
     RefuseReservedTitle(item.Title(), parent);
@@ -128,6 +171,8 @@ void MoveItem(Library& library, qint64 id, qint64 parent, bool stamp)
     item.SetDontUpdateLastChangedDate(!stamp);
     item.SetItemChanged(true);
     CommitOrRaise(item, u"The item %1 could not be moved; nothing was changed."_s.arg(id));
+    if (stamp)
+        RemoveEmptyOrphanFolder(library);
     transaction.Commit();
 }
 

@@ -23,6 +23,13 @@ bool IsInBranch(Library& library, qint64 id, qint64 candidate);
 /// the first error, with the library as it was.
 void DeleteBranch(Library& library, qint64 id, Work& work = NoWork());
 
+/// The same where nobody watches, if the item may be deleted as it stands (see ItemRules.h); an orphan takes the
+/// folder of orphaned items along when that is empty then.
+void DeleteItem(Library& library, qint64 id);
+
+/// Removes the folder of orphaned items when nothing is left in it; returns its ID, or 0 when it stays.
+qint64 RemoveEmptyOrphanFolder(Library& library);
+
 /// The items that wait for removal: a child has deleted them, or they are in conflict at the mother.
 std::vector<qint64> ItemsMarkedForDelete(Library& library);
 
@@ -34,10 +41,11 @@ std::vector<qint64> RemoveItemsMarkedForDelete(Library& library);
 /// leaves without a parent.
 inline const QString OrphanedItemsTitle = QStringLiteral("Orphaned Items");
 
-/// Puts an item, with everything below it, under another parent (0: the root) and, with @p stamp, stamps
-/// it as changed. Raises an error, with the library as it was, when there is no such item or parent,
-/// when the parent stands below the item, or the place is reserved.
-void MoveItem(Library& library, qint64 id, qint64 parent, bool stamp = true);
+/// Puts an item, with everything below it, under another parent (0: the root), if both may take part in that as
+/// they stand (see ItemRules.h), and stamps it as changed, but for an orphan that keeps its date. Raises an error,
+/// with the library as it was, when there is no such item or parent, when the parent stands below the item, or the
+/// place is reserved.
+void MoveItem(Library& library, qint64 id, qint64 parent);
 
 /// Raises an error when an item of that title must not be put under @p parent.
 void RefuseReservedTitle(const QString& title, qint64 parent);
