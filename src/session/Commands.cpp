@@ -1,5 +1,8 @@
 #include "session/Commands.h"
 
+#include "session/CommandRules.h"
+#include "support/ErrorRoutine.h"
+
 namespace qb {
 
 using namespace Qt::StringLiterals;
@@ -128,43 +131,10 @@ constexpr CommandRow Rows[] = {
     {Place::WebLinks, "mnuWebHome", "&Home", "go-home", "Alt+Home", "Go to the item's own page"},
 
     {Place::CodeToolbar, "COLORIZE", "Colorize", "colorize", "", "Colorize"},
-};
 
-/// What can't work on a library that can only be read.
-const QStringList& WritingCommands()
-{
-    static const QStringList names{
-        u"NEW"_s,
-        u"SAVE"_s,
-        u"DELETE"_s,
-        u"BOOKMARK"_s,
-        u"COLORIZE"_s,
-        u"mnuAddCode"_s,
-        u"mnuNewSiblingItem"_s,
-        u"mnuRename"_s,
-        u"mnuDeleteCode"_s,
-        u"mnuImport"_s,
-        u"mnuBookMark"_s,
-        u"mnuAddLink"_s,
-        u"mnuSaveItem"_s,
-        u"mnuKeepItem"_s,
-        u"mnuResolveItem"_s,
-        u"mnuColorize"_s,
-        u"mnuConflictSolver"_s,
-        u"mnuRemoveDeletedItems"_s,
-        u"mnuAddLinkOneWayFromSelItem"_s,
-        u"mnuAddLinkToSelectedItem"_s,
-        u"mnuAddLinkOneWayNewFromSelItem"_s,
-        u"mnuAddLinkOneWayNewToSelItem"_s,
-        u"mnuAddLinkTwoWayItem"_s,
-        u"mnuAddLinkTwoWayNew"_s,
-        u"mnuDBToolsCreateReplicaItem"_s,
-        u"mnuDBToolsExportChangesItem"_s,
-        u"mnuDBToolsSynchronizeItem"_s,
-        u"mnuDBToolsForgetReplicaItem"_s,
-    };
-    return names;
-}
+    {Place::TreeToolbar, "LINK_MODE", "Link Mode", "", "", "Link with another item"},
+    {Place::TreeToolbar, "LINK_REMOVE", "Remove Link", "", "", "Remove the link"},
+};
 
 } // namespace
 
@@ -172,8 +142,9 @@ Commands::Commands()
 {
     for (const CommandRow& row : Rows) {
         if (*row.Name)
-            m_states.insert(QString::fromLatin1(row.Name),
-                            {.Icon = QString::fromLatin1(row.Icon), .Tip = QString::fromLatin1(row.Tip)});
+            m_states.insert(QString::fromLatin1(row.Name), {.Caption = QString::fromLatin1(row.Caption),
+                                                            .Icon = QString::fromLatin1(row.Icon),
+                                                            .Tip = QString::fromLatin1(row.Tip)});
     }
     // Shown for items in a state that asks for them.
     for (const QString& name : {u"mnuKeepItem"_s, u"mnuResolveItem"_s, u"mnuItemSeparator1"_s})
@@ -200,24 +171,32 @@ void Commands::Update(const QString& name, Change&& change)
     Q_EMIT Changed(name);
 }
 
-void Commands::SetEnabled(const QString& name, bool enabled)
+void Commands::Register(const QString& name, std::function<void()> procedure)
 {
-    const bool holds = m_readOnly && WritingCommands().contains(name);
-    if (holds)
-        enabled ? static_cast<void>(m_held.insert(name)) : static_cast<void>(m_held.remove(name));
-    Update(name, [enabled, holds](State& state) { state.Enabled = enabled && !holds; });
+    Q_ASSERT(m_states.contains(name));
+    m_procedures.insert(name, std::move(procedure));
+    Q_EMIT Changed(name);
 }
 
-void Commands::SetReadOnly(bool readOnly)
+void Commands::Run(const QString& name)
 {
-    if (readOnly == m_readOnly)
-        return;
-    m_readOnly = readOnly;
-    for (const QString& name : WritingCommands()) {
-        const bool enabled = readOnly ? Get(name).Enabled : m_held.contains(name);
-        m_held.remove(name);
-        SetEnabled(name, enabled);
-    }
+    const std::function<void()> procedure = m_procedures.value(name);
+    if (procedure && Get(name).Enabled)
+        Guarded(u"MainForm"_s, name, procedure);
+}
+
+/// What is wanted and not barred.
+void Commands::ShowEnabled(const QString& name)
+{
+    const bool enabled = m_wanted.value(name, true) && CommandRules::Allows(name, m_standing);
+    if (enabled != Get(name).Enabled)
+        Update(name, [enabled](State& state) { state.Enabled = enabled; });
+}
+
+void Commands::SetEnabled(const QString& name, bool enabled)
+{
+    m_wanted[name] = enabled;
+    ShowEnabled(name);
 }
 
 void Commands::SetVisible(const QString& name, bool visible)
@@ -228,6 +207,11 @@ void Commands::SetVisible(const QString& name, bool visible)
 void Commands::SetChecked(const QString& name, bool checked)
 {
     Update(name, [checked](State& state) { state.Checked = checked; });
+}
+
+void Commands::SetCaption(const QString& name, const QString& caption)
+{
+    Update(name, [&caption](State& state) { state.Caption = caption; });
 }
 
 void Commands::SetImage(const QString& name, const QString& icon, const QString& tip)
@@ -246,49 +230,35 @@ void Commands::EnableMainToolbar(bool enabled)
     }
 }
 
+void Commands::SetStanding(const ItemStanding& standing)
+{
+    m_standing = standing;
+    for (const QString& name : CommandRules::Names())
+        ShowEnabled(name);
+    const std::pair<const char*, bool> shown[] = {{"mnuKeepItem", standing.Deleted},
+                                                  {"mnuResolveItem", standing.Conflict},
+                                                  {"mnuItemSeparator1", standing.Deleted || standing.Conflict},
+                                                  {"mnuCollapseBranchesItem", standing.Root}};
+    for (const auto& [name, visible] : shown) {
+        if (visible != Get(QLatin1StringView(name)).Visible)
+            SetVisible(QLatin1StringView(name), visible);
+    }
+    SetEnabled(u"mnuCollapseBranchesItem"_s, standing.Root);
+}
+
 void Commands::DoToolBarLogic(bool rootSelected)
 {
-    SetEnabled(u"DELETE"_s, !rootSelected);
-    SetEnabled(u"BOOKMARK"_s, !rootSelected);
+    ItemStanding standing = m_standing;
+    standing.Root = rootSelected;
+    SetStanding(standing);
 }
 
-void Commands::EnableItemMenu(const ItemState& state)
+void Commands::HideItemMenuItems(bool keep, bool resolve)
 {
-    SetVisible(u"mnuKeepItem"_s, state.Deleted);
-    SetVisible(u"mnuResolveItem"_s, state.Conflict);
-    SetVisible(u"mnuItemSeparator1"_s, state.Deleted || state.Conflict);
-    const bool mayDelete = state.Orphan ? !state.IsChildReplica : !state.Exported && !state.Root && !state.Conflict;
-    const bool ordinary = !state.Root && !state.Orphan;
-    const std::pair<const char*, bool> entries[] = {
-        {"mnuAddCode", !state.Deleted && !state.Orphan},
-        {"mnuDeleteCode", mayDelete},
-        {"mnuImport", !state.Deleted && !state.Orphan},
-        {"mnuRename", ordinary && !state.Conflict && !state.Deleted},
-        {"mnuBookMark", ordinary},
-        {"mnuAddLink", ordinary},
-        {"mnuNewSiblingItem", !state.Root && !state.Deleted && (!state.Orphan || state.OrphanUnderRoot)},
-    };
-    for (const auto& [name, enabled] : entries)
-        SetEnabled(QLatin1StringView(name), enabled);
-}
-
-void Commands::HideItemMenuItems(bool keep, bool resolve, bool rootSelected)
-{
-    SetVisible(u"mnuKeepItem"_s, keep);
-    SetVisible(u"mnuResolveItem"_s, resolve);
-    SetVisible(u"mnuItemSeparator1"_s, keep || resolve);
-    SetEnabled(u"NEW"_s, !keep);
-    SetEnabled(u"DELETE"_s, !resolve);
-    SetVisible(u"mnuCollapseBranchesItem"_s, rootSelected);
-    SetEnabled(u"mnuCollapseBranchesItem"_s, rootSelected);
-}
-
-void Commands::EnableDBToolsMenu(bool isChild, bool isMother, bool exported)
-{
-    SetEnabled(u"mnuDBToolsCreateReplicaItem"_s, !isChild);
-    SetEnabled(u"mnuDBToolsExportChangesItem"_s, isChild && !exported);
-    SetEnabled(u"mnuDBToolsSynchronizeItem"_s, isMother || (isChild && exported));
-    SetEnabled(u"mnuDBToolsForgetReplicaItem"_s, isMother);
+    ItemStanding standing = m_standing;
+    standing.Deleted = standing.Marked = keep;
+    standing.Conflict = resolve;
+    SetStanding(standing);
 }
 
 } // namespace qb

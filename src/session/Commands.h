@@ -1,19 +1,22 @@
 #pragma once
 
+#include "store/ItemRules.h"
+
 #include <QHash>
 #include <QObject>
-#include <QSet>
 #include <QString>
+#include <functional>
 #include <span>
 
 namespace qb {
 
-/// A command of the main window: an entry of a menu, or a button of the toolbar `tlbMain`.
+/// A command of the main window: an entry of a menu, or a button of a toolbar.
 struct CommandRow {
     enum class Place {
         File,
         Edit,
         EditCode,
+        EditFormat,
         Item,
         Tools,
         Replication,
@@ -22,7 +25,8 @@ struct CommandRow {
         Toolbar,
         AddLink,
         WebLinks,
-        CodeToolbar
+        CodeToolbar,
+        TreeToolbar ///< of the tree's own panel, which has the buttons
     };
     Place Where;
     const char* Name;    ///< the entry's name, or the button's key
@@ -32,8 +36,9 @@ struct CommandRow {
     const char* Tip; ///< one sentence for the status bar, or a button's tip
 };
 
-/// The state of the main window's commands, apart from any window: the session's rules write
-/// it, the menus and the toolbar follow it.
+/// The commands of the main window, apart from any window: what each runs and the one state that all its faces
+/// show. Collaborators of the session register what is theirs and write the states; menus, keys, toolbars and
+/// panels follow.
 class Commands : public QObject {
     Q_OBJECT
 
@@ -42,6 +47,7 @@ public:
         bool Enabled = true;
         bool Visible = true;
         bool Checked = false;
+        QString Caption;
         QString Icon;
         QString Tip;
     };
@@ -51,47 +57,48 @@ public:
     /// All commands in the order in which they are shown.
     static std::span<const CommandRow> Table();
 
+    // Procedures
+
+    /// What a command runs. One without a procedure is not shown.
+    void Register(const QString& name, std::function<void()> procedure);
+    bool HasProcedure(const QString& name) const { return m_procedures.contains(name); }
+    /// Runs a command, unless its state forbids it, whatever face it was given by. An error is reported.
+    void Run(const QString& name);
+
+    // States
+
     const State& Get(const QString& name) const;
+    /// What the session wants of a command; it stays disabled while something bars it.
     void SetEnabled(const QString& name, bool enabled);
-    /// Nothing can be written: commands that write stay disabled whatever else enables them.
-    void SetReadOnly(bool readOnly);
-    bool IsReadOnly() const { return m_readOnly; }
     void SetVisible(const QString& name, bool visible);
     void SetChecked(const QString& name, bool checked);
+    void SetCaption(const QString& name, const QString& caption);
     void SetImage(const QString& name, const QString& icon, const QString& tip);
 
-    // Rules of the session
-
-    /// All buttons of the toolbar at once.
+    /// How the library and the current item stand, which bars commands and shows those for problems.
+    void SetStanding(const ItemStanding& standing);
+    const ItemStanding& Standing() const { return m_standing; }
+    /// All buttons of the main toolbar at once.
     void EnableMainToolbar(bool enabled);
-    /// Buttons that make sense for an item but not for the root.
+    /// The current item is the root, or is not.
     void DoToolBarLogic(bool rootSelected);
-    /// What the item menu offers for an item in a state.
-    struct ItemState {
-        bool Root = false;
-        bool Deleted = false;
-        bool Conflict = false;
-        bool Orphan = false;          ///< the folder of orphaned items, or below it
-        bool OrphanUnderRoot = false; ///< the folder itself
-        bool Exported = false;        ///< the library waits for its mother's answer
-        bool IsChildReplica = false;
-    };
-    void EnableItemMenu(const ItemState& state);
-    /// The entries for a deleted (@p keep) and for a conflicting item (@p resolve).
-    void HideItemMenuItems(bool keep, bool resolve, bool rootSelected);
-    /// The entries of the menu for replication by the library's part in it.
-    void EnableDBToolsMenu(bool isChild, bool isMother, bool exported);
+    /// The current item is one that a child has deleted (@p keep), or that is in conflict (@p resolve).
+    void HideItemMenuItems(bool keep, bool resolve);
 
 Q_SIGNALS:
+    /// Its state, or whether it has a procedure.
     void Changed(const QString& name);
 
 private:
     template <class Change>
     void Update(const QString& name, Change&& change);
 
+    void ShowEnabled(const QString& name);
+
     QHash<QString, State> m_states;
-    QSet<QString> m_held; ///< of those that write, what would be enabled
-    bool m_readOnly = false;
+    QHash<QString, bool> m_wanted; ///< enabled, as far as the session is concerned
+    QHash<QString, std::function<void()>> m_procedures;
+    ItemStanding m_standing;
 };
 
 } // namespace qb

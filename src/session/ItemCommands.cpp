@@ -56,6 +56,42 @@ ItemCommands::ItemCommands(SessionState& session, ItemTreeView& view, ItemDetail
         if (TreeNode* node = m_view.Nodes().Find(id.toLongLong()))
             m_view.Nodes().SetText(*node, title);
     };
+    RegisterCommands();
+}
+
+void ItemCommands::RegisterCommands()
+{
+    // They are meant for the item that is shown, not for one that a link mode has come to.
+    const auto ofShownItem = [this](const QString& name, void (ItemCommands::*run)()) {
+        m_commands.Register(name, [this, name, run] {
+            if (CancelLinkMode)
+                CancelLinkMode();
+            ItemMenuEdit();
+            if (m_commands.Get(name).Enabled)
+                (this->*run)();
+        });
+    };
+    for (const QString& name : {u"mnuAddCode"_s, u"NEW"_s})
+        ofShownItem(name, &ItemCommands::AddCode);
+    for (const QString& name : {u"mnuDeleteCode"_s, u"DELETE"_s})
+        ofShownItem(name, &ItemCommands::DeleteCodeItem);
+    ofShownItem(u"mnuNewSiblingItem"_s, &ItemCommands::mnuNewSiblingItem_Click);
+    ofShownItem(u"mnuRename"_s, &ItemCommands::mnuRename_Click);
+    m_commands.Register(u"mnuKeepItem"_s, [this] { mnuKeepItem_Click(); });
+    m_commands.Register(u"mnuSaveItem"_s, [this] { mnuSaveItem_Click(); });
+    m_commands.Register(u"mnuAutoSaveItem"_s, [this] { SetAutoSaveOn(!m_autoSaveOn); });
+    m_commands.Register(u"mnuRemoveDeletedItems"_s, [this] { mnuRemoveDeletedItems_Click(); });
+}
+
+/// What a click in a link mode names may be an item that takes no part in it; true when that was told.
+bool ItemCommands::TellOfBar(ItemChange change, const TreeNode& node)
+{
+    const Bar bar = WhatBars(change, StandingOf(m_session, node));
+    if (bar == Bar::FileGone && TellOfGoneFile())
+        return true;
+    if (bar != Bar::None)
+        Inform(SentenceOf(bar) + u'.', ApplicationTitle);
+    return bar != Bar::None;
 }
 
 // Saving
@@ -159,7 +195,7 @@ void ItemCommands::AddUnder(TreeNode& parent)
     Guarded(ModuleName, u"AddCode"_s, [&] {
         constexpr int NewItemStatus = 2;
         m_view.EndLabelEdit(); // of another item
-        if (!m_session.CurrentDatabase || !SaveItem())
+        if (!m_session.CurrentDatabase || TellOfBar(ItemChange::Add, parent) || !SaveItem())
             return;
         const bool links = m_session.Mode != LinkMode::None;
         const bool pureLink = m_session.Mode == LinkMode::OneWayNewTo
@@ -190,7 +226,6 @@ void ItemCommands::AddUnder(TreeNode& parent)
             return LinkNewItem(node, item->Description(), pureLink);
         m_tree.ShowNewItem(std::move(item));
         m_details.SetCurrentView(DetailsTab::Code);
-        m_commands.DoToolBarLogic(false);
         ItemMenuEdit();
         m_view.StartLabelEdit(node);
     });
@@ -418,7 +453,7 @@ void ItemCommands::KeepingDeletedRecord(const QString& id)
             image = node.Expanded ? TreeImage::OPENFOLDER : TreeImage::FOLDER;
         m_view.Nodes().SetImages(node, image, node.Children.empty() ? TreeImage::CHILD : TreeImage::OPENFOLDER);
         if (m_view.SelectedItem() == &node)
-            m_commands.HideItemMenuItems(false, false, false);
+            m_commands.HideItemMenuItems(false, false);
         m_tree.CheckIfConflictsStillOccur();
     });
 }
@@ -444,24 +479,15 @@ bool ItemCommands::CheckIfToDeleteOrphanedItemsFolder()
     return Guarded(
         ModuleName, u"CheckIfToDeleteOrphanedItemsFolder"_s,
         [this] {
-            Database& database = *m_session.CurrentDatabase;
-            Transaction transaction(database); // nothing is put into the folder in between
-            const qint64 folder = database
-                                      .QueryValue(
-                                          u"SELECT ID FROM Items WHERE ParentID = 0 AND Title = ? COLLATE BINARY"_s,
-                                          {OrphanedItemsTitle})
-                                      .ToLong();
-            if (folder == 0
-                || !database.QueryValue(u"SELECT 1 FROM Items WHERE ParentID = ? LIMIT 1"_s, {folder}).IsNull())
+            const qint64 folder = RemoveEmptyOrphanFolder(*m_session.CurrentDatabase);
+            if (folder == 0)
                 return false;
-            database.Execute(u"DELETE FROM Items WHERE ID = ?"_s, {folder});
-            transaction.Commit();
             if (m_session.moSettings->DisplaySynchroNotifications()) {
                 QString text =
                     u"All orphaned items has either been moved or deleted from the database. The 'Orphaned Items' "
                     "folder "
                     "will be automaticaly removed."_s;
-                if (m_commands.Get(u"NEXT"_s).Icon == u"DOWN_RED"_s)
+                if (m_tree.WalksProblems())
                     text.prepend(
                         u"However to be able to synchronize this database again, you have to solve also all item "
                         "conflicts "
@@ -476,12 +502,6 @@ bool ItemCommands::CheckIfToDeleteOrphanedItemsFolder()
             return true;
         },
         false);
-}
-
-void ItemCommands::ItemMenuEdit()
-{
-    if (const TreeNode* node = m_view.SelectedItem())
-        m_commands.EnableItemMenu(m_tree.StateOf(*node));
 }
 
 } // namespace qb

@@ -63,9 +63,11 @@ public:
     bool CheckIfToDeleteOrphanedItemsFolder();
 
     /// Sets the item menu for the selected node, before it opens.
-    void ItemMenuEdit();
+    void ItemMenuEdit() { m_tree.ShowStanding(); }
 
 private:
+    void RegisterCommands();
+    bool TellOfBar(ItemChange change, const TreeNode& node);
     QString ParentKeyOf(const TreeNode& node) const;
     void AddUnder(TreeNode& parent);
     bool TellOfGoneFile();

@@ -2,7 +2,6 @@
 
 #include "platform/system/Prompts.h"
 #include "store/ItemBranch.h"
-#include "store/Library.h"
 #include "support/ErrorRoutine.h"
 
 namespace qb {
@@ -26,11 +25,10 @@ const QString& ItemDrag::TreeClipboardFormat()
 
 bool ItemDrag::Start(TreeNode& node)
 {
-    if (node.IsRoot() || !m_session.MayWrite())
+    const Bar bar = WhatBars(ItemChange::Move, StandingOf(m_session, node));
+    m_dropCancelled = bar == Bar::LockedOrphan || bar == Bar::OrphanFolder; // it is picked up, and goes nowhere
+    if (bar != Bar::None && !m_dropCancelled)
         return false;
-    const bool orphan = ItemTree::OrphanedItem(node);
-    const bool isFolder = orphan && node.FullPath().endsWith(OrphanedItemsTitle);
-    m_dropCancelled = (orphan && m_session.IsChildReplica()) || (isFolder && m_session.IsMotherReplica());
     m_draggedNode = node.Id;
     m_dragging = true;
     m_hoverTicks = 0;
@@ -48,7 +46,7 @@ bool ItemDrag::Over(const TreeNode* node, int y, int treeHeight)
 {
     constexpr int TopZone = 300; // twips
     constexpr int BottomZone = 500;
-    bool refused = m_dropCancelled || !node || ItemTree::OrphanedItem(*node);
+    bool refused = m_dropCancelled || !node || IsBarred(ItemChange::Receive, StandingOf(m_session, *node));
     for (const TreeNode* at = node; at && !refused; at = at->Parent)
         refused = at->Id == m_draggedNode; // itself, or what stands below it
     SetHighlight(refused ? nullptr : m_view.Nodes().Find(node->Id));
@@ -88,8 +86,8 @@ bool ItemDrag::Drop()
             m_draggedNode = 0;
             if (!node || !target)
                 return false;
-            const bool orphan = ItemTree::OrphanedItem(*node);
-            if (orphan && m_session.IsChildReplica())
+            const ItemStanding standing = StandingOf(m_session, *node);
+            if (IsBarred(ItemChange::Move, standing))
                 return false;
             if (target->IsRoot() && node->Text == OrphanedItemsTitle) {
                 Prompts::Current().MsgBox(
@@ -101,7 +99,7 @@ bool ItemDrag::Drop()
                      .Icon = MsgBoxIcon::Information});
                 return false;
             }
-            return MoveTo(*node, *target, !orphan || m_session.IsMotherReplica());
+            return MoveTo(*node, *target, MovesDate(ItemChange::Move, standing));
         },
         false);
 }

@@ -28,7 +28,20 @@ QString TargetHint(const QString& source, const QString& target, LinkMode mode)
 
 } // namespace
 
-ItemLinking::ItemLinking(SessionState& session, ItemTreeView& view) : m_session(session), m_view(view) {}
+ItemLinking::ItemLinking(SessionState& session, ItemTreeView& view, Commands& commands)
+    : m_session(session), m_view(view), m_commands(commands)
+{
+    static constexpr std::pair<const char*, LinkMode> modes[] = {
+        {"mnuAddLinkOneWayFromSelItem", LinkMode::OneWayFrom},
+        {"mnuAddLinkToSelectedItem", LinkMode::OneWayTo},
+        {"mnuAddLinkOneWayNewFromSelItem", LinkMode::OneWayNewFrom},
+        {"mnuAddLinkOneWayNewToSelItem", LinkMode::OneWayNewTo},
+        {"mnuAddLinkTwoWayItem", LinkMode::TwoWay},
+        {"mnuAddLinkTwoWayNew", LinkMode::TwoWayNew}};
+    for (const auto& [name, mode] : modes)
+        m_commands.Register(QString::fromLatin1(name), [this, mode = mode] { CreateNewLink(mode); });
+    m_commands.Register(u"mnuAddLink"_s, [] {}); // opens the menu of these
+}
 
 void ItemLinking::CreateNewLink(LinkMode mode)
 {
@@ -36,7 +49,7 @@ void ItemLinking::CreateNewLink(LinkMode mode)
         EndLinkMode();
         const TreeNode* node = m_view.SelectedItem();
         const bool hasItem = m_session.oCodeItem && !m_session.oCodeItem->Key().isEmpty();
-        if (!m_session.MayWrite() || !hasItem || !node || node->IsRoot())
+        if (!hasItem || !node || IsBarred(ItemChange::Link, StandingOf(m_session, *node)))
             return;
         m_session.Mode = mode;
         m_source = m_session.oCodeItem->Key();
@@ -181,7 +194,7 @@ void ItemLinking::DeleteLink(const QString& key)
 {
     Guarded(ModuleName, u"DeleteLink"_s, [&] {
         const std::shared_ptr<CLink> link = m_session.oCodeItem ? m_session.oCodeItem->Links().Item(key) : nullptr;
-        if (!link || !AskRelationshipDelete)
+        if (!link || !AskRelationshipDelete || !m_commands.Get(u"LINK_REMOVE"_s).Enabled)
             return;
         const std::optional<LinkDirection> left = AskRelationshipDelete(link->Direction);
         if (!left)

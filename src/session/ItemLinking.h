@@ -1,6 +1,8 @@
 #pragma once
 
 #include "panels/ItemTreeView.h"
+#include "session/CommandRules.h"
+#include "session/Commands.h"
 #include "session/SessionState.h"
 #include "store/CLinks.h"
 
@@ -13,7 +15,7 @@ namespace qb {
 /// current item, and the click that follows names the other one.
 class ItemLinking {
 public:
-    ItemLinking(SessionState& session, ItemTreeView& view);
+    ItemLinking(SessionState& session, ItemTreeView& view, Commands& commands);
 
     /// Starts a mode for the current item; the root has none.
     void CreateNewLink(LinkMode mode);
@@ -47,6 +49,7 @@ private:
 
     SessionState& m_session;
     ItemTreeView& m_view;
+    Commands& m_commands;
     QString m_source; ///< the key of the item that a mode was started for
 };
 

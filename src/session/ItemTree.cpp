@@ -39,6 +39,51 @@ ItemTree::ItemTree(SessionState& session, ItemTreeView& view, ItemDetailsView& d
                    Commands& commands)
     : m_session(session), m_view(view), m_details(details), m_shell(shell), m_commands(commands)
 {
+    RegisterCommands();
+}
+
+void ItemTree::RegisterCommands()
+{
+    const auto both = [this](const QString& button, const QString& entry, const std::function<void()>& run) {
+        m_commands.Register(button, run);
+        m_commands.Register(entry, run);
+    };
+    both(u"NEXT"_s, u"mnuNextItem"_s, [this] { WalksProblems() ? FindNextConflictItem() : MoveOnNextItem(); });
+    both(u"PREVIOUS"_s, u"mnuPreviousItem"_s,
+         [this] { WalksProblems() ? FindPreviousConflictItem() : MoveOnPreviousItem(); });
+    // The item is saved before the history moves.
+    both(u"BACK"_s, u"mnuBackItem"_s, [this] {
+        if (SaveItem())
+            GoBack();
+    });
+    both(u"FORWARD"_s, u"mnuForwardItem"_s, [this] {
+        if (SaveItem())
+            GoToNode(m_session.moHistory->NextInHistory());
+    });
+    m_commands.Register(u"mnuViewRefresh"_s, [this] {
+        if (SaveItem())
+            Reload();
+    });
+    m_commands.Register(u"mnuCollapseBranchesItem"_s, [this] { CollapseBranches(); });
+}
+
+void ItemTree::FollowHistory()
+{
+    const CHistory* history = m_session.moHistory.get();
+    const auto enable = [this](const QString& button, const QString& entry, bool enabled) {
+        return [this, button, entry, enabled] { EnableBoth(button, entry, enabled); };
+    };
+    connect(history, &CHistory::FirstHistoryItem, this, enable(u"BACK"_s, u"mnuBackItem"_s, false));
+    connect(history, &CHistory::HistoryItemAdded, this, enable(u"BACK"_s, u"mnuBackItem"_s, true));
+    connect(history, &CHistory::HistoryMovedBack, this, enable(u"FORWARD"_s, u"mnuForwardItem"_s, true));
+    connect(history, &CHistory::HistoryMovedForward, this, enable(u"BACK"_s, u"mnuBackItem"_s, true));
+    connect(history, &CHistory::LastHistoryItem, this, enable(u"FORWARD"_s, u"mnuForwardItem"_s, false));
+}
+
+void ItemTree::EnableBoth(const QString& button, const QString& entry, bool enabled)
+{
+    m_commands.SetEnabled(button, enabled);
+    m_commands.SetEnabled(entry, enabled);
 }
 
 QString ItemTree::TreeQuery()
@@ -51,6 +96,7 @@ QString ItemTree::TreeQuery()
 void ItemTree::FillTree()
 {
     m_details.TreeReplaced();
+    m_view.ClearLinkCombo(); // of an item that may be of another library
     TreeNodes& nodes = m_view.Nodes();
     bool complete = false;
     nodes.BeginBuild();
@@ -68,6 +114,7 @@ void ItemTree::FillTree()
         m_view.SetExpanded(*root, complete);
         BoldTreeNode(*root);
     }
+    ShowStanding();
 }
 
 void ItemTree::BuildNodes()
@@ -150,8 +197,16 @@ void ItemTree::ShowWalkButtons(const ProblemItems& problems)
     m_commands.SetEnabled(u"mnuRemoveDeletedItems"_s, conflicts && problems.Deleted);
 }
 
+void ItemTree::ForgetProblems()
+{
+    EnableWalks(false);
+    m_commands.SetEnabled(u"mnuConflictSolver"_s, false);
+    m_commands.SetEnabled(u"mnuRemoveDeletedItems"_s, false);
+}
+
 void ItemTree::EnableWalks(bool conflicts)
 {
+    m_walksProblems = conflicts;
     if (conflicts) {
         m_commands.SetImage(u"NEXT"_s, u"DOWN_RED"_s, u"Next Conflicting Item"_s);
         m_commands.SetImage(u"PREVIOUS"_s, u"UP_RED"_s, u"Previous Conflicting Item"_s);
@@ -175,11 +230,8 @@ bool ItemTree::CheckIfConflictsStillOccur()
         }
     }
     left = left || any(u"SELECT 1 FROM Items WHERE LastChanged = 0 LIMIT 1"_s);
-    if (!left) {
-        EnableWalks(false);
-        m_commands.SetEnabled(u"mnuConflictSolver"_s, false);
-        m_commands.SetEnabled(u"mnuRemoveDeletedItems"_s, false);
-    }
+    if (!left)
+        ForgetProblems();
     return left;
 }
 
@@ -231,23 +283,6 @@ void ItemTree::BoldTreeNode(TreeNode& node)
 
 // Selection
 
-bool ItemTree::OrphanedItem(const TreeNode& node)
-{
-    if (node.IsRoot() || !node.Parent)
-        return false;
-    const TreeNode* top = &node; // the ancestor directly under the root
-    while (!top->Parent->IsRoot() && top->Parent->Parent)
-        top = top->Parent;
-    // Its title decides by how it begins; the root's text, which is the user's, must not.
-    return top->Text.startsWith(OrphanedItemsTitle);
-}
-
-TreeImage ItemTree::SelectedImage() const
-{
-    const TreeNode* node = m_view.SelectedItem();
-    return node ? node->Image : TreeImage::CHILD;
-}
-
 void ItemTree::TreeViewNodeClick(TreeNode& node)
 {
     Guarded(ModuleName, u"tvCodeItems_NodeClick"_s, [&] {
@@ -285,35 +320,27 @@ void ItemTree::OpenItem()
         m_commands.SetEnabled(u"PREVIOUS"_s, true);
         if (!SaveItem())
             return;
-        m_commands.SetEnabled(u"COLORIZE"_s, false);
-        m_commands.SetEnabled(u"mnuColorize"_s, false);
+        EnableBoth(u"COLORIZE"_s, u"mnuColorize"_s, false);
         SElectCodeItem(node->Key());
     });
 }
 
-/// What the node's image allows to do with its item. However the item is reached, an orphan must
-/// be locked in a child, and not get a new date from being tidied anywhere else.
-ItemTree::Permissions ItemTree::PermissionsOf(const TreeNode& node) const
+/// However the item is reached, an orphan must be locked in a child, and not get a new date from being tidied
+/// anywhere else. What was typed while the file has gone stays in sight and can be copied.
+void ItemTree::Apply(const ItemStanding& standing)
 {
-    const bool deleted = node.Image == TreeImage::DELETED_ITEM;
-    const bool conflict = node.Image == TreeImage::CONFLICT_ITEM;
-    const bool orphan = !deleted && !conflict && OrphanedItem(node);
-    const bool locked = orphan && m_session.IsChildReplica();
-    return {.Keep = deleted, .Resolve = conflict, .Orphan = orphan, .Locked = locked};
+    m_commands.SetStanding(standing);
+    const bool locked = WhatBars(ItemChange::Edit, standing) == Bar::LockedOrphan;
+    m_details.SetLocked(locked || m_session.IsReadOnly());
+    m_shell.EnableEditing(!locked);
+    if (m_session.oCodeItem)
+        m_session.oCodeItem->SetDontUpdateLastChangedDate(!MovesDate(ItemChange::Edit, standing));
 }
 
-void ItemTree::Apply(const Permissions& permissions, bool root)
+void ItemTree::ShowStanding()
 {
-    m_commands.HideItemMenuItems(permissions.Keep, permissions.Resolve, root);
-    m_commands.DoToolBarLogic(root);
-    m_details.SetLocked(permissions.Locked || m_session.IsReadOnly());
-    m_shell.EnableEditing(!permissions.Locked);
-    if (permissions.Orphan)
-        m_commands.SetEnabled(u"NEW"_s, false);
-    if (permissions.Resolve || permissions.Locked)
-        m_commands.SetEnabled(u"DELETE"_s, false);
-    if (m_session.oCodeItem)
-        m_session.oCodeItem->SetDontUpdateLastChangedDate(permissions.Orphan && !permissions.Locked);
+    const TreeNode* node = m_view.SelectedItem();
+    m_commands.SetStanding(node ? StandingOf(m_session, *node) : StandingOf(m_session));
 }
 
 void ItemTree::SElectCodeItem(const QString& key)
@@ -327,12 +354,10 @@ void ItemTree::SElectCodeItem(const QString& key)
             return StayAt(NodeKey(m_session.oCodeItem->Key().toLongLong()));
         m_session.CurrentItemKey = key;
         if (root) {
-            m_details.Initialise(m_session.CurrentDatabase.get(), nullptr);
-            m_session.oCodeItem = std::make_unique<CCodeItem>(); // nothing that could be changed
-            Apply({}, true);
+            ShowNoItem(true);
             m_shell.SetItemDate({}, {});
             if (m_session.moHistory && m_session.moHistory->Position() > 0)
-                EnableBack(true);
+                EnableBoth(u"BACK"_s, u"mnuBackItem"_s, true);
             ItemShown();
             return;
         }
@@ -349,8 +374,7 @@ void ItemTree::ShowItem(qint64 id)
     item->Initialise(*m_session.CurrentDatabase, QString::number(id));
     m_session.oCodeItem = std::move(item);
     ConnectItem();
-    const TreeNode* node = m_view.Nodes().Find(id);
-    Apply(node ? PermissionsOf(*node) : Permissions(), false);
+    ApplyToNode(id);
     m_details.Initialise(m_session.CurrentDatabase.get(), m_session.oCodeItem.get());
 }
 
@@ -359,20 +383,26 @@ void ItemTree::ShowNewItem(std::unique_ptr<CCodeItem> item)
     m_session.CurrentItemKey = item->Key(); // not the node's key: a click on the node opens it anew
     m_session.oCodeItem = std::move(item);
     ConnectItem();
-    Apply({}, false);
+    ApplyToNode(m_session.CurrentItemKey.toLongLong());
     m_details.Initialise(m_session.CurrentDatabase.get(), m_session.oCodeItem.get());
 }
 
-Commands::ItemState ItemTree::StateOf(const TreeNode& node) const
+void ItemTree::ShowNoItem(bool library)
 {
-    const bool orphan = OrphanedItem(node);
-    return {.Root = node.IsRoot(),
-            .Deleted = node.Image == TreeImage::DELETED_ITEM,
-            .Conflict = node.Image == TreeImage::CONFLICT_ITEM,
-            .Orphan = orphan,
-            .OrphanUnderRoot = orphan && node.Parent && node.Parent->IsRoot(),
-            .Exported = !m_session.LastExportedDate().IsNone(),
-            .IsChildReplica = m_session.IsChildReplica()};
+    m_details.Initialise(library ? m_session.CurrentDatabase.get() : nullptr, nullptr);
+    if (m_session.oCodeItem)
+        m_session.oCodeItem = std::make_unique<CCodeItem>(); // nothing that could be changed
+    m_view.ClearLinkCombo();
+    m_view.UpdateDescription({});
+    Apply(StandingOf(m_session));
+}
+
+void ItemTree::ApplyToNode(qint64 id)
+{
+    ItemStanding standing = StandingOf(m_session);
+    standing.Root = false;
+    const TreeNode* node = m_view.Nodes().Find(id);
+    Apply(node ? StandingOf(m_session, *node) : standing);
 }
 
 void ItemTree::ConnectItem()
@@ -394,7 +424,7 @@ void ItemTree::ShowItemDate(Date created, Date lastChanged)
     else if (m_session.IsChildReplica() || !m_session.IsMotherReplica())
         text = m_session.IsChildReplica() ? u"Conflicting item"_s : QString();
     else
-        text = SelectedImage() == TreeImage::DELETED_ITEM ? u"Conflicting Deleted Item"_s : u"Conflicting item"_s;
+        text = m_commands.Standing().Deleted ? u"Conflicting Deleted Item"_s : u"Conflicting item"_s;
     m_shell.SetItemDate(text, u"Item last updated. (Created on %1)"_s.arg(ShortDateAndTime(created)));
 }
 
@@ -414,8 +444,7 @@ void ItemTree::GoToNode(const QString& key)
         TreeNode& node = m_view.Nodes()[IdOfKey(key)];
         if (!SaveItem())
             return;
-        m_commands.SetEnabled(u"COLORIZE"_s, false);
-        m_commands.SetEnabled(u"mnuColorize"_s, false);
+        EnableBoth(u"COLORIZE"_s, u"mnuColorize"_s, false);
         m_view.EnsureVisible(node);
         m_view.SelectItem(node);
         SElectCodeItem(key);
@@ -429,13 +458,7 @@ void ItemTree::GoBack()
     if (m_session.CurrentItemKey != RootKey || history.Position() == 0)
         return GoToNode(history.PreviousInHistory());
     GoToNode(history.Keys()[history.Position() - 1]);
-    EnableBack(history.Position() > 1);
-}
-
-void ItemTree::EnableBack(bool enabled)
-{
-    m_commands.SetEnabled(u"BACK"_s, enabled);
-    m_commands.SetEnabled(u"mnuBackItem"_s, enabled);
+    EnableBoth(u"BACK"_s, u"mnuBackItem"_s, history.Position() > 1);
 }
 
 // Expand and collapse

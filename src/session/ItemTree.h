@@ -1,6 +1,7 @@
 #pragma once
 
 #include "panels/ItemTreeView.h"
+#include "session/CommandRules.h"
 #include "session/Commands.h"
 #include "session/SessionState.h"
 #include "session/ShellView.h"
@@ -47,8 +48,17 @@ public:
     /// Whether there is something left for the conflict solver; the walk buttons and the command
     /// follow.
     bool CheckIfConflictsStillOccur();
-    /// The state of a node as commands need it.
-    Commands::ItemState StateOf(const TreeNode& node) const;
+    /// No item waits for a decision any more, or the library of those is closed.
+    void ForgetProblems();
+    /// There are items that wait for a decision, and NEXT and PREVIOUS walk these.
+    bool WalksProblems() const { return m_walksProblems; }
+    /// The commands, the panel and the tools follow the selected node and the library as they stand now.
+    void ShowStanding();
+    /// No item is shown: of the library, or, with @p library false, since there is none. Nothing of the item before
+    /// stays: its bars, its lock, its links and its description.
+    void ShowNoItem(bool library);
+    /// The events of the history, which is a new one, enable the ways back and forward.
+    void FollowHistory();
     /// Selects the node of @p key and opens it; an empty key does nothing.
     void GoToNode(const QString& key);
     /// Goes to the item that was visited before; from the root, which is no step of the history, to
@@ -67,7 +77,7 @@ public:
     void FindPreviousConflictItem();
 
     /// The node is the folder of orphaned items under the root, or stands below it.
-    static bool OrphanedItem(const TreeNode& node);
+    static bool OrphanedItem(const TreeNode& node) { return IsOrphaned(node); }
     /// The nearest ancestor's next sibling, or null.
     static TreeNode* NextParentNode(const TreeNode& node);
     /// The deepest last descendant of a node: the node itself when it has no children.
@@ -91,25 +101,19 @@ private:
     void GoTo(TreeNode& node);
     void ConnectItem();
     void EnableWalks(bool conflicts);
-    void EnableBack(bool enabled);
-    /// What may be done with an item, by the image of its node.
-    struct Permissions {
-        bool Keep = false;    ///< it may be kept: a child has deleted it
-        bool Resolve = false; ///< it is in conflict
-        bool Orphan = false;
-        bool Locked = false;
-    };
-    Permissions PermissionsOf(const TreeNode& node) const;
-    void Apply(const Permissions& permissions, bool root);
+    void Apply(const ItemStanding& standing);
+    void ApplyToNode(qint64 id);
+    void RegisterCommands();
+    void EnableBoth(const QString& button, const QString& entry, bool enabled);
     void StayAt(const QString& key);
     void ShowItemDate(Date created, Date lastChanged);
-    TreeImage SelectedImage() const;
 
     SessionState& m_session;
     ItemTreeView& m_view;
     ItemDetailsView& m_details;
     ShellView& m_shell;
     Commands& m_commands;
+    bool m_walksProblems = false;
 };
 
 } // namespace qb

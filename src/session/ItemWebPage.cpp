@@ -15,6 +15,12 @@ namespace {
 const QString ModuleName = u"MainForm"_s;
 } // namespace
 
+ItemWebPage::ItemWebPage(SessionState& session, ItemDetailsView& details, Commands& commands)
+    : m_session(session), m_details(details)
+{
+    commands.Register(u"mnuWebHome"_s, [this] { DisplayDefaultHTMLPage(); });
+}
+
 void ItemWebPage::LinksTabShown()
 {
     if (!m_session.CurrentDatabase || !m_session.oCodeItem)

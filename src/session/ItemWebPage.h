@@ -1,5 +1,6 @@
 #pragma once
 
+#include "session/Commands.h"
 #include "session/SessionState.h"
 #include "text/ItemDetailsView.h"
 
@@ -10,7 +11,7 @@ namespace qb {
 /// The web page of the current item, on the Links tab.
 class ItemWebPage {
 public:
-    ItemWebPage(SessionState& session, ItemDetailsView& details) : m_session(session), m_details(details) {}
+    ItemWebPage(SessionState& session, ItemDetailsView& details, Commands& commands);
 
     /// The Links tab is in sight: shows the current item's page, unless it has been shown and the
     /// user has gone on from there.

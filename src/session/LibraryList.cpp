@@ -34,6 +34,10 @@ LibraryList::LibraryList(SessionState& session, ShellView& shell, ItemDetailsVie
                          ItemTree& tree)
     : m_session(session), m_shell(shell), m_details(details), m_commands(commands), m_tree(tree)
 {
+    m_commands.Register(u"mnuNewDatabase"_s, [this] { mnuNewDatabase_Click(); });
+    m_commands.Register(u"mnuOpenDatabase"_s, [this] { mnuOpenDatabase_Click(); });
+    m_commands.Register(u"mnuNewAliasItem"_s, [this] { mnuNewAliasItem_Click(); });
+    m_commands.Register(u"mnuRemoveDBItem"_s, [this] { mnuRemoveDBItem_Click(); });
 }
 
 QString LibraryList::DefaultLibraryPath()
@@ -92,6 +96,7 @@ void LibraryList::CloseDatabase()
     m_details.TreeReplaced(); // it and the item refer to the database
     m_session.oCodeItem.reset();
     m_session.CurrentItemKey.clear(); // so that a click on its node opens it anew
+    m_tree.ForgetProblems();
     if (m_session.moSettings)
         m_session.moSettings->ClosePropertiesRS();
     m_session.CurrentDatabase.reset();
@@ -179,8 +184,7 @@ void LibraryList::UpdateGlobalSynchronizationVariables()
 
 void LibraryList::EnableDBToolsMenu()
 {
-    m_commands.EnableDBToolsMenu(m_session.IsChildReplica(), m_session.IsMotherReplica(),
-                                 !m_session.LastExportedDate().IsNone());
+    m_commands.SetStanding(StandingOf(m_session));
 }
 
 void LibraryList::EnableControls(bool enabled)
@@ -189,18 +193,16 @@ void LibraryList::EnableControls(bool enabled)
     m_shell.SetItemDate({}, {});
     if (!enabled)
         m_shell.SetStatusText({});
+    m_tree.ShowNoItem(enabled);
     m_shell.EnableMenus(enabled);
-    m_details.Initialise(enabled ? m_session.CurrentDatabase.get() : nullptr, nullptr);
-    for (const QString& name :
-         {u"BACK"_s, u"FORWARD"_s, u"mnuBackItem"_s, u"mnuForwardItem"_s, u"DELETE"_s, u"BOOKMARK"_s, u"PRINT"_s})
+    for (const QString& name : {u"BACK"_s, u"FORWARD"_s, u"mnuBackItem"_s, u"mnuForwardItem"_s, u"PRINT"_s})
         m_commands.SetEnabled(name, false);
 }
 
 void LibraryList::NewHistory()
 {
     m_session.moHistory = std::make_unique<CHistory>();
-    if (HistoryReplaced)
-        HistoryReplaced();
+    m_tree.FollowHistory();
 }
 
 void LibraryList::ShowLibrary()

@@ -67,7 +67,6 @@ public:
     /// Called when NewHistory has made a new trail.
     /// Another library is open and shown.
     std::function<void()> LibraryShown = [] {};
-    std::function<void()> HistoryReplaced;
 
 private:
     /// While it lives, changes of the combo box are the program's own.

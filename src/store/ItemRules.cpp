@@ -20,6 +20,7 @@ struct BarRow {
 
 /// In the order in which they are told.
 constexpr BarRow BarRows[] = {
+    {Bar::NoLibrary, [](const ItemStanding& s) { return s.NoLibrary; }, "No library is open"},
     {Bar::FileGone, [](const ItemStanding& s) { return s.FileGone; }, "The file of the library is not there any more"},
     {Bar::ReadOnly, [](const ItemStanding& s) { return s.ReadOnly; }, "The library can only be read"},
     {Bar::Root, [](const ItemStanding& s) { return s.Root; }, "The root of the tree is no item"},
@@ -49,7 +50,7 @@ constexpr unsigned Bit(Bar bar)
 template <class... Bars>
 constexpr unsigned Any(Bars... bars)
 {
-    return ((Bit(Bar::FileGone) | Bit(Bar::ReadOnly)) | ... | Bit(bars));
+    return ((Bit(Bar::NoLibrary) | Bit(Bar::FileGone) | Bit(Bar::ReadOnly)) | ... | Bit(bars));
 }
 
 struct ChangeRow {
@@ -57,7 +58,7 @@ struct ChangeRow {
     unsigned Bars;
 };
 
-/// What bars each change; a library that can't be written bars all.
+/// What bars each change; a library that is not there or can't be written bars all.
 constexpr ChangeRow ChangeRows[] = {
     {ItemChange::Add, Any(Bar::Orphan, Bar::Deleted)},
     {ItemChange::AddBeside, Any(Bar::Root, Bar::Orphan, Bar::Deleted)},
@@ -130,7 +131,8 @@ QString SentenceOf(Bar bar)
 
 bool MovesDate(ItemChange change, const ItemStanding& standing)
 {
-    return !standing.Orphan || standing.IsChild || (change == ItemChange::Move && standing.IsMother);
+    const bool decided = standing.Deleted || standing.Conflict; // by being edited
+    return !standing.Orphan || standing.IsChild || decided || (change == ItemChange::Move && standing.IsMother);
 }
 
 ItemStanding StandingOf(Library& library, qint64 item)

@@ -28,6 +28,7 @@ enum class ItemChange {
 /// What keeps a change from being made.
 enum class Bar {
     None,
+    NoLibrary,
     FileGone,
     ReadOnly,
     Root,
@@ -44,6 +45,7 @@ enum class Bar {
 
 /// What of a library and one of its items decides which changes are barred.
 struct ItemStanding {
+    bool NoLibrary = false; ///< none is open
     bool FileGone = false;
     bool ReadOnly = false;
     bool IsChild = false;

@@ -1,3 +1,4 @@
+#include "session/CommandRules.h"
 #include "session/Commands.h"
 #include "support/TestRun.h"
 
@@ -37,7 +38,7 @@ private Q_SLOTS:
     {
         Commands commands;
         commands.SetEnabled(u"mnuDeleteCode"_s, false);
-        commands.SetReadOnly(true);
+        commands.SetStanding({.ReadOnly = true});
         QVERIFY(!commands.Get(u"NEW"_s).Enabled);
         QVERIFY(!commands.Get(u"mnuAddCode"_s).Enabled);
         QVERIFY(commands.Get(u"mnuFindInText"_s).Enabled);
@@ -45,7 +46,7 @@ private Q_SLOTS:
         commands.SetEnabled(u"mnuAddCode"_s, false);
         commands.SetEnabled(u"mnuDeleteCode"_s, true);
         QVERIFY(!commands.Get(u"NEW"_s).Enabled);
-        commands.SetReadOnly(false);
+        commands.SetStanding({});
         QVERIFY(commands.Get(u"NEW"_s).Enabled);
         QVERIFY(!commands.Get(u"mnuAddCode"_s).Enabled);
         QVERIFY(commands.Get(u"mnuDeleteCode"_s).Enabled);
@@ -134,26 +135,98 @@ private Q_SLOTS:
     {
         QTest::addColumn<bool>("keep");
         QTest::addColumn<bool>("resolve");
-        QTest::addColumn<bool>("root");
-        QTest::newRow("ordinary") << false << false << false;
-        QTest::newRow("deleted") << true << false << false;
-        QTest::newRow("in conflict") << false << true << false;
-        QTest::newRow("root") << false << false << true;
+        QTest::newRow("ordinary") << false << false;
+        QTest::newRow("deleted") << true << false;
+        QTest::newRow("in conflict") << false << true;
     }
     void itemMenu_followsTheItemsState()
     {
         QFETCH(bool, keep);
         QFETCH(bool, resolve);
-        QFETCH(bool, root);
         Commands commands;
-        commands.HideItemMenuItems(keep, resolve, root);
+        commands.SetStanding({.IsMother = true, .Deleted = !keep, .Conflict = !resolve, .Marked = !keep});
+        commands.HideItemMenuItems(keep, resolve);
         QCOMPARE(commands.Get(u"mnuKeepItem"_s).Visible, keep);
+        QCOMPARE(commands.Get(u"mnuKeepItem"_s).Enabled, keep);
         QCOMPARE(commands.Get(u"mnuResolveItem"_s).Visible, resolve);
         QCOMPARE(commands.Get(u"mnuItemSeparator1"_s).Visible, keep || resolve);
         QCOMPARE(commands.Get(u"NEW"_s).Enabled, !keep);
         QCOMPARE(commands.Get(u"DELETE"_s).Enabled, !resolve);
-        QCOMPARE(commands.Get(u"mnuCollapseBranchesItem"_s).Visible, root);
-        QCOMPARE(commands.Get(u"mnuCollapseBranchesItem"_s).Enabled, root);
+        QVERIFY(commands.Standing().IsMother); // what is not said stays
+    }
+
+    void branches_areClosedAtTheRoot()
+    {
+        Commands commands;
+        for (const bool root : {false, true}) {
+            commands.DoToolBarLogic(root);
+            QCOMPARE(commands.Get(u"mnuCollapseBranchesItem"_s).Visible, root);
+            QCOMPARE(commands.Get(u"mnuCollapseBranchesItem"_s).Enabled, root);
+        }
+    }
+
+    void everyRule_isOfACommand()
+    {
+        const Commands commands;
+        QVERIFY(CommandRules::Names().size() > 20);
+        for (const QString& name : CommandRules::Names()) {
+            const auto table = Commands::Table();
+            QVERIFY2(std::any_of(table.begin(), table.end(),
+                                 [&](const CommandRow& row) { return name == QLatin1StringView(row.Name); }),
+                     qPrintable(name));
+        }
+        QVERIFY(CommandRules::Allows(u"mnuFindInText"_s, {.NoLibrary = true})); // nothing bars it
+    }
+
+    void facesOfOneCommand_haveOneState_data()
+    {
+        QTest::addColumn<ItemStanding>("standing");
+        QTest::newRow("ordinary") << ItemStanding{};
+        QTest::newRow("root") << ItemStanding{.Root = true};
+        QTest::newRow("no library") << ItemStanding{.NoLibrary = true, .Root = true};
+        QTest::newRow("gone") << ItemStanding{.FileGone = true};
+        QTest::newRow("exported") << ItemStanding{.IsChild = true, .Exported = true};
+        QTest::newRow("deleted") << ItemStanding{.IsMother = true, .Deleted = true, .Marked = true};
+        QTest::newRow("conflict") << ItemStanding{.IsMother = true, .Conflict = true};
+        QTest::newRow("orphan") << ItemStanding{.Orphan = true};
+        QTest::newRow("orphan in a child") << ItemStanding{.IsChild = true, .Orphan = true};
+    }
+    void facesOfOneCommand_haveOneState()
+    {
+        QFETCH(ItemStanding, standing);
+        Commands commands;
+        commands.SetStanding(standing);
+        const std::pair<QString, QString> faces[] = {
+            {u"mnuAddCode"_s, u"NEW"_s},       {u"mnuDeleteCode"_s, u"DELETE"_s},
+            {u"mnuBookMark"_s, u"BOOKMARK"_s}, {u"mnuColorize"_s, u"COLORIZE"_s},
+            {u"mnuAddLink"_s, u"LINK_MODE"_s}, {u"mnuAddLink"_s, u"mnuAddLinkTwoWayNew"_s}};
+        for (const auto& [entry, button] : faces)
+            QVERIFY2(commands.Get(entry).Enabled == commands.Get(button).Enabled, qPrintable(entry));
+        QCOMPARE(commands.Get(u"DELETE"_s).Enabled, !IsBarred(ItemChange::Delete, standing));
+    }
+
+    void commandThatIsBarred_doesNotRun()
+    {
+        Commands commands;
+        int runs = 0;
+        QVERIFY(!commands.HasProcedure(u"DELETE"_s));
+        commands.Run(u"DELETE"_s); // nothing stands behind it
+        QSignalSpy changed(&commands, &Commands::Changed);
+        commands.Register(u"DELETE"_s, [&runs] { ++runs; });
+        QCOMPARE(changed.size(), 1);
+        QVERIFY(commands.HasProcedure(u"DELETE"_s));
+        commands.Run(u"DELETE"_s);
+        QCOMPARE(runs, 1);
+        commands.SetStanding({.IsChild = true, .Exported = true});
+        commands.Run(u"DELETE"_s);
+        QCOMPARE(runs, 1);
+        commands.SetEnabled(u"DELETE"_s, true); // whatever wants it
+        commands.Run(u"DELETE"_s);
+        QCOMPARE(runs, 1);
+        commands.SetStanding({});
+        commands.SetEnabled(u"DELETE"_s, false);
+        commands.Run(u"DELETE"_s);
+        QCOMPARE(runs, 1);
     }
 
     void replicationMenu_fitsTheLibrary_data()
@@ -168,6 +241,8 @@ private Q_SLOTS:
         QTest::newRow("mother") << false << true << false << QStringList{create, synchronize, forget};
         QTest::newRow("child") << true << false << false << QStringList{exportIt};
         QTest::newRow("child that exported") << true << false << true << QStringList{synchronize};
+        QTest::newRow("child and mother") << true << true << false << QStringList{exportIt, synchronize, forget};
+        QTest::newRow("child and mother that exported") << true << true << true << QStringList{synchronize, forget};
     }
     void replicationMenu_fitsTheLibrary()
     {
@@ -175,7 +250,7 @@ private Q_SLOTS:
         QFETCH(bool, mother);
         QFETCH(bool, exported);
         Commands commands;
-        commands.EnableDBToolsMenu(child, mother, exported);
+        commands.SetStanding({.IsChild = child, .IsMother = mother, .Exported = exported, .Root = true});
         QTEST(Enabled(commands, {u"mnuDBToolsCreateReplicaItem"_s, u"mnuDBToolsExportChangesItem"_s,
                                  u"mnuDBToolsSynchronizeItem"_s, u"mnuDBToolsForgetReplicaItem"_s}),
               "enabled");

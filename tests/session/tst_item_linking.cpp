@@ -19,7 +19,7 @@ private Q_SLOTS:
             m_ids[title] = AddItem(database, 0, title);
         s->State.oCodeItem = std::make_unique<CCodeItem>();
         s->Tree.FillTree();
-        m_linking = std::make_unique<ItemLinking>(s->State, s->View);
+        m_linking = std::make_unique<ItemLinking>(s->State, s->View, s->CommandStates);
         s->Items.AddNewLinkToSelectedItem = [this](const QString& title) {
             m_linking->AddNewLinkToSelectedItem(title);
         };

@@ -471,6 +471,11 @@ private:
             return s.Items.mnuNewSiblingItem_Click();
         }
         const qint64 parent = sibling ? plain.At(plain.Selected).Parent : plain.Selected;
+        if (plain.IsOrphan(parent)) {
+            Meet(u"nothing added to orphans"_s);
+            Expect(ApplicationTitle);
+            return sibling ? s.Items.mnuNewSiblingItem_Click() : s.Items.AddCode();
+        }
         Leave();
         sibling ? s.Items.mnuNewSiblingItem_Click() : s.Items.AddCode();
         const qint64 id = s.View.Edited;
@@ -906,6 +911,7 @@ private Q_SLOTS:
                                  "moved",
                                  "moved to the end",
                                  "orphan moved",
+                                 "nothing added to orphans",
                                  "reserved title stays",
                                  "root not dragged",
                                  "over itself",

@@ -61,7 +61,7 @@ private Q_SLOTS:
 
     void emptyLibrary_showsTheRootAlone()
     {
-        s->OpenLibrary();
+        MakeMother(s->OpenLibrary(), Date());
         s->CommandStates.SetEnabled(u"mnuConflictSolver"_s, true); // stays as it is
         s->State.CurrentItemKey = u"C5"_s;
         s->Tree.FillTree();

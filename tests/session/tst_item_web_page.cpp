@@ -19,7 +19,7 @@ private Q_SLOTS:
         AddItem(database, 0, u"other"_s);
         s->State.oCodeItem = std::make_unique<CCodeItem>();
         s->Tree.FillTree();
-        m_page = std::make_unique<ItemWebPage>(s->State, s->Details);
+        m_page = std::make_unique<ItemWebPage>(s->State, s->Details, s->CommandStates);
     }
     void cleanup()
     {

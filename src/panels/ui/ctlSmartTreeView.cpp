@@ -492,13 +492,13 @@ void ctlSmartTreeView::UpdateCombo()
     if (m_linkGoto)
         m_linkGoto->setEnabled(ComboItem() != 0);
     if (m_linkRemove)
-        m_linkRemove->setEnabled(ComboItem() != 0 && !m_readOnly);
+        m_linkRemove->setEnabled(ComboItem() != 0 && m_removesLinks);
 }
 
-void ctlSmartTreeView::SetReadOnly(bool readOnly)
+void ctlSmartTreeView::EnableLinking(bool adding, bool removing)
 {
-    m_readOnly = readOnly;
-    m_linkModeAction->setEnabled(!readOnly);
+    m_removesLinks = removing;
+    m_linkModeAction->setEnabled(adding);
     UpdateCombo();
 }
 

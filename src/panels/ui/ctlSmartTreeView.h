@@ -68,8 +68,8 @@ public:
     int SeparatorPosition() const;
     void SetSeparatorPosition(int position);
 
-    /// Links can neither be made nor removed.
-    void SetReadOnly(bool readOnly);
+    /// Whether links of the current item can be made (@p adding) and removed.
+    void EnableLinking(bool adding, bool removing);
 
     /// Puts the caret into the box that filters.
     void StartFilter();
@@ -133,7 +133,7 @@ private:
     qb::LinkMode m_mode = qb::LinkMode::None;
     qb::LinkMode m_chosenMode = qb::LinkMode::OneWayFrom; ///< of the button
     bool m_permanent = false;
-    bool m_readOnly = false;
+    bool m_removesLinks = true;
     bool m_hidden = false;
     bool m_autoHidden = false;
     bool m_descriptionHidden = false;

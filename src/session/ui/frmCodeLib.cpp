@@ -7,16 +7,14 @@
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/SettingsStore.h"
-#include "platform/system/Shell.h"
 #include "platform/system/Trace.h"
 #include "session/FileDialogs.h"
 #include "session/ui/CWaitCursor.h"
 #include "session/ui/FormatToolbar.h"
+#include "session/ui/HelpCommands.h"
 #include "session/ui/frmDatabaseList.h"
 #include "session/ui/frmNewDatabase.h"
-#include "support/Addresses.h"
 #include "support/ErrorRoutine.h"
-#include "support/Version.h"
 #include "support/ui/Appearance.h"
 #include "text/ui/ctlCodeDetails.h"
 
@@ -28,7 +26,6 @@
 #include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QProgressBar>
 #include <QScreen>
 #include <QShortcut>
@@ -53,17 +50,20 @@ frmCodeLib::frmCodeLib()
     m_tree = std::make_unique<ItemTree>(m_session, *tvCodeItems, *ctlCodeItemDetails, *this, m_commands);
     m_items = std::make_unique<ItemCommands>(m_session, *tvCodeItems, *ctlCodeItemDetails, *this, m_commands, *m_tree);
     m_drag = std::make_unique<ItemDrag>(m_session, *tvCodeItems, *m_tree, *m_items);
-    m_linking = std::make_unique<ItemLinking>(m_session, *tvCodeItems);
-    m_page = std::make_unique<ItemWebPage>(m_session, *ctlCodeItemDetails);
+    m_linking = std::make_unique<ItemLinking>(m_session, *tvCodeItems, m_commands);
+    m_page = std::make_unique<ItemWebPage>(m_session, *ctlCodeItemDetails, m_commands);
     m_libraries = std::make_unique<LibraryList>(m_session, *this, *ctlCodeItemDetails, m_commands, *m_tree);
-    MakeMenus();
+    m_edit = new EditCommands(m_commands, *ctlCodeItemDetails, this);
+    RegisterCommands();
+    RegisterHelpCommands(m_commands, *this);
+    m_faces = new CommandFaces(*this, m_commands);
     MakeToolbar();
     MakeTextToolbars();
     MakeStatusBar();
     ConnectPanels();
     ConnectDetails();
     ConnectFiles();
-    ConnectCommands();
+    ConnectMenus();
     constexpr QSize Smallest(5000, 4000); // twips
     setMinimumSize(Smallest / WindowLayout::TwipsPerPixel);
 }
@@ -80,7 +80,6 @@ void frmCodeLib::Form_Load()
         connect(m_session.moSettings.get(), &CSettings::eShowStatusBar, this, &frmCodeLib::SetShowStatusBar);
         connect(m_session.moSettings.get(), &CSettings::SettingsUpdated, this, &frmCodeLib::moSettings_SettingsUpdated);
         m_session.moSettings->Initialise();
-        m_libraries->HistoryReplaced = [this] { ConnectHistory(); };
         m_libraries->DisplayKeywordDefiner = [this] { ShowOptions(frmSettings::KeywordPage); };
         m_libraries->GetLastDBName();
         m_libraries->CreateDBArray();
@@ -94,7 +93,7 @@ void frmCodeLib::Form_Load()
             m_libraries->EnableControls(false);
         }
         tlbTextFormat->sbTextTomatToolbarInitialize();
-        tlbTextFormat->FillMenu(*mnuFormat);
+        tlbTextFormat->FillMenu(*m_faces->MenuOf(CommandRow::Place::EditFormat));
         m_libraries->NewHistory();
         m_libraries->LibraryShown = [this] {
             ctlCodeItemDetails->OfferUnsavedTexts(*CurrentDatabase(),
@@ -134,9 +133,9 @@ void frmCodeLib::DoStartUp()
         PlaceWindow();
         m_items->SetAutoSaveOn(m_layout.Flag(WindowLayout::AutoSave));
         moSettings_SettingsUpdated();
-        ReadTextView();
-        for (const QString& button : {u"DELETE"_s, u"BOOKMARK"_s})
-            m_commands.SetEnabled(button, false);
+        m_edit->ReadTextView(Settings());
+        m_storedFiles->ShowPreview(Settings().ViewFilePreview());
+        m_commands.SetStanding(StandingOf(m_session)); // with no item: DELETE and BOOKMARK are disabled
         if (Settings().DBEnableSessionUndo() && !Settings().DBShared())
             MakeStartOfSessionCopy();
     });
@@ -263,39 +262,12 @@ void frmCodeLib::DoUnload()
     if (!Settings().SaveFormLayout())
         return;
     SaveLayout();
-    SaveTextView();
-}
-
-// How texts are seen, in the user's settings
-
-void frmCodeLib::ReadTextView()
-{
-    const CSettings& settings = Settings();
-    ctlCodeItemDetails->SetLineNumbers(settings.ViewLineNumbers());
-    ctlCodeItemDetails->SetWordWrap(settings.ViewWordWrap());
-    ctlCodeItemDetails->SetZoom(settings.ViewZoom());
-    m_storedFiles->ShowPreview(settings.ViewFilePreview());
-    m_commands.SetChecked(u"mnuViewLineNumbers"_s, settings.ViewLineNumbers());
-    m_commands.SetChecked(u"mnuViewWordWrap"_s, settings.ViewWordWrap());
+    m_edit->SaveTextView(Settings());
 }
 
 void frmCodeLib::KeepUnsavedTexts()
 {
     ctlCodeItemDetails->KeepUnsavedTexts();
-}
-
-void frmCodeLib::SaveTextView()
-{
-    CSettings& settings = Settings();
-    const bool numbers = m_commands.Get(u"mnuViewLineNumbers"_s).Checked;
-    const bool wraps = m_commands.Get(u"mnuViewWordWrap"_s).Checked;
-    const int zoom = ctlCodeItemDetails->Zoom();
-    if (numbers == settings.ViewLineNumbers() && wraps == settings.ViewWordWrap() && zoom == settings.ViewZoom())
-        return;
-    settings.SetViewLineNumbers(numbers);
-    settings.SetViewWordWrap(wraps);
-    settings.SetViewZoom(zoom);
-    settings.Apply();
 }
 
 void frmCodeLib::moSettings_SettingsUpdated()
@@ -311,7 +283,7 @@ void frmCodeLib::moSettings_SettingsUpdated()
 void frmCodeLib::UpdateAskToSaveFileDescChanges()
 {
     const bool automatic = Settings().AutoSaveFileDescriptions()
-                           && (!Settings().AutoSaveFileDescrIfAutoSaveOn() || m_commands.Get(u"SAVE"_s).Checked);
+                           && (!Settings().AutoSaveFileDescrIfAutoSaveOn() || m_items->AutoSaveOn());
     m_storedFiles->SetAskToSaveFileDescChanges(!automatic);
 }
 
@@ -360,8 +332,7 @@ void frmCodeLib::ShowLibraryState()
     const bool readOnly = m_session.CurrentDatabase && !m_session.MayWrite();
     const QString state = gone ? u" (read-only, its file has gone)"_s : readOnly ? u" (read-only)"_s : QString();
     setWindowTitle(ApplicationTitle + state);
-    m_commands.SetReadOnly(readOnly);
-    tvCodeItems->SetReadOnly(readOnly);
+    m_tree->ShowStanding();
     if (std::exchange(m_toldOfGoneFile, gone) || !gone)
         return;
     const QString text = u"The file of the library, '%1', is not there any more: it was moved, renamed or deleted, "
@@ -512,39 +483,6 @@ LanguageChoice frmCodeLib::AskForLanguage()
 }
 
 // Commands of the window itself
-
-void frmCodeLib::mnuViewErrorLog_Click()
-{
-    if (QFileInfo::exists(ErrorLogFile()) && !OpenTarget(ErrorLogFile()))
-        Prompts::Current().MsgBox({.Text = u"No application could be started for '%1'."_s.arg(ErrorLogFile()),
-                                   .Caption = ApplicationTitle,
-                                   .Icon = MsgBoxIcon::Information});
-}
-
-void frmCodeLib::mnuBugReportItem_Click()
-{
-    const QString log = ErrorLogFile();
-    Mail mail;
-    mail.To = BugReportAddress();
-    mail.Attachment = QFileInfo::exists(log) ? log : QString();
-    if (!OpenMail(mail))
-        Prompts::Current().MsgBox({.Text = u"No mail program could be started."_s,
-                                   .Caption = ApplicationTitle,
-                                   .Icon = MsgBoxIcon::Information});
-}
-
-void frmCodeLib::mnuAboutItem_Click()
-{
-    QMessageBox box(
-        QMessageBox::NoIcon, u"About KT Quillbase"_s,
-        u"KT Quillbase %1\nA library for source code.\n\nCopyright © 2026 Brindleton Software, MIT licence"_s.arg(
-            ProgramVersion()),
-        QMessageBox::Ok, this);
-    constexpr int IconSize = 96;
-    box.setObjectName(u"frmAbout"_s);
-    box.setIconPixmap(windowIcon().pixmap(IconSize));
-    box.exec();
-}
 
 void frmCodeLib::ShowDatabaseList()
 {

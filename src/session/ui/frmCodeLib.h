@@ -10,14 +10,13 @@
 #include "session/SessionState.h"
 #include "session/ShellView.h"
 #include "session/WindowLayout.h"
+#include "session/ui/CommandFaces.h"
+#include "session/ui/EditCommands.h"
 #include "session/ui/frmSettings.h"
 
-#include <QHash>
 #include <QMainWindow>
 #include <QTimer>
-#include <functional>
 
-class QAction;
 class QComboBox;
 class QLabel;
 class QMenu;
@@ -35,7 +34,6 @@ class ctlCodeDetails;
 class ctlFileDetails;
 class CodeToolbar;
 class ctlSmartTreeView;
-class CTextEdit;
 class FormatToolbar;
 class LanguageButton;
 
@@ -90,13 +88,9 @@ protected:
 
 private:
     void MakePanels();
-    void MakeMenus();
-    QMenu* MenuOf(CommandRow::Place place);
-    QAction* MakeAction(const CommandRow& row);
     void MakeToolbar();
     void MakeTextToolbars();
     void MakeFilesToolbar();
-    void AddToolbarActions(QToolBar& toolbar, CommandRow::Place place);
     void MakeStatusBar();
     void ConnectPanels();
     void ConnectLinks();
@@ -109,16 +103,8 @@ private:
     void ConnectDetails();
     void ConnectFiles();
     void UpdateAskToSaveFileDescChanges();
-    void ConnectCommands();
-    void ConnectItemCommands();
-    void ConnectEditCommands();
-    void ConnectViewCommands();
-    void SwitchTextView(const QString& entry, void (ctlCodeDetails::*set)(bool));
-    void ReadTextView();
-    void SaveTextView();
-    void EditCurrentBox(void (CTextEdit::*edit)());
-    void ConnectHistory();
-    void UpdateAction(const QString& name);
+    void RegisterCommands();
+    void ConnectMenus();
     void DoStartUp();
     void MakeStartOfSessionCopy();
     void PlaceWindow();
@@ -127,19 +113,14 @@ private:
     void RememberPlace();
     void mnuFile_Click();
     void mnuEdit_Click();
-    void mnuItem_Click();
     void SaveButtonClicked();
     void tmrStartTimer_Timer();
     void CurrentViewChanged();
     void ShowTextToolbar();
-    void UpdateColorizeCommand();
     void ShowLanguage();
     void moSettings_SettingsUpdated();
     bool Form_QueryUnload();
     void DoUnload();
-    void mnuViewErrorLog_Click();
-    void mnuBugReportItem_Click();
-    void mnuAboutItem_Click();
     void ShowDatabaseList();
     void ShowOptions(frmSettings::Page page);
     void SetShowStatusBar(bool show);
@@ -148,17 +129,14 @@ private:
 
     SessionState m_session;
     Commands m_commands;
-    QHash<QString, std::function<void()>> m_procedures;
-    QHash<QString, QAction*> m_actions;
-    QHash<int, QMenu*> m_menus;
+    CommandFaces* m_faces = nullptr;
+    EditCommands* m_edit = nullptr;
     WindowLayout m_layout;
     bool m_layoutRead = false; ///< the separators are asked for once, when the window is shown
     QSplitter* ctlResizer1 = nullptr;
-    int m_treeWidth = 0; ///< of the tree before it was shrunk
-    QMenu* mnuFileDatabaseSelect = nullptr;
-    QMenu* mnuFormat = nullptr;
-    QMenu* mnuEditCode = nullptr;
-    QMenu* mnuWebLinks = nullptr;
+    int m_treeWidth = 0;       ///< of the tree before it was shrunk
+    bool m_treeShrunk = false; ///< the splitter is fixed at its small width
+    QMenu* mnuFiles = nullptr;
     QToolBar* tlbMain = nullptr;
     QStackedWidget* CoolBar1 = nullptr; ///< the toolbar that fits the tab
     CodeToolbar* tbrCode = nullptr;

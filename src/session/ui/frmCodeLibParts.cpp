@@ -39,25 +39,6 @@ namespace qb {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-struct MenuRow {
-    CommandRow::Place Place;
-    const char* Name;
-    const char* Caption;
-};
-constexpr MenuRow MenuRows[] = {
-    {CommandRow::Place::File, "mnuFile", "&File"},
-    {CommandRow::Place::Edit, "mnuEdit", "&Edit"},
-    {CommandRow::Place::Item, "mnuItem", "&Item"},
-    {CommandRow::Place::View, "mnuView", "&View"},
-    {CommandRow::Place::Tools, "mnuTools", "&Tools"},
-    {CommandRow::Place::Replication, "mnuReplication", "&Replication"},
-    {CommandRow::Place::Help, "mnuHelp", "&Help"},
-};
-
-} // namespace
-
 void frmCodeLib::MakePanels()
 {
     tvCodeItems = new ctlSmartTreeView;
@@ -85,69 +66,6 @@ void frmCodeLib::MakePanels()
     setCentralWidget(ctlResizer1);
 }
 
-QMenu* frmCodeLib::MenuOf(CommandRow::Place place)
-{
-    return m_menus.value(int(place));
-}
-
-QAction* frmCodeLib::MakeAction(const CommandRow& row)
-{
-    auto* action = new QAction(QString::fromLatin1(row.Caption), this);
-    if (!*row.Caption)
-        action->setSeparator(true);
-    if (!*row.Name)
-        return action;
-    const QString name = QString::fromLatin1(row.Name);
-    action->setObjectName(name);
-    if (*row.Shortcut)
-        action->setShortcut(QKeySequence(QString::fromLatin1(row.Shortcut)));
-    connect(action, &QAction::triggered, this,
-            [this, name] { Guarded(u"MainForm"_s, name, [&] { m_procedures.value(name)(); }); });
-    m_actions.insert(name, action);
-    return action;
-}
-
-void frmCodeLib::MakeMenus()
-{
-    for (const MenuRow& row : MenuRows) {
-        QMenu* menu = menuBar()->addMenu(QString::fromLatin1(row.Caption));
-        menu->setObjectName(QString::fromLatin1(row.Name));
-        m_menus.insert(int(row.Place), menu);
-    }
-    for (const CommandRow& row : Commands::Table()) {
-        if (QMenu* menu = MenuOf(row.Where))
-            menu->addAction(MakeAction(row));
-    }
-    QMenu* mnuEdit = MenuOf(CommandRow::Place::Edit);
-    mnuEditCode = mnuEdit->addMenu(u"&Code"_s);
-    mnuEditCode->setObjectName(u"mnuEditCode"_s);
-    mnuFormat = mnuEdit->addMenu(u"F&ormat"_s);
-    mnuFormat->setObjectName(u"mnuFormat"_s);
-    mnuWebLinks = mnuEdit->addMenu(u"&Web Page"_s);
-    mnuWebLinks->setObjectName(u"mnuWebLinks"_s);
-    for (const CommandRow& row : Commands::Table()) {
-        if (row.Where == CommandRow::Place::EditCode)
-            mnuEditCode->addAction(MakeAction(row));
-        if (row.Where == CommandRow::Place::WebLinks)
-            mnuWebLinks->addAction(MakeAction(row));
-    }
-    connect(mnuEdit, &QMenu::aboutToShow, this, &frmCodeLib::mnuEdit_Click);
-    connect(MenuOf(CommandRow::Place::Item), &QMenu::aboutToShow, this, &frmCodeLib::mnuItem_Click);
-    addAction(m_actions[u"mnuFilterTree"_s]); // its key works where the menu doesn't: with no text shown
-    m_actions[u"mnuAutoSaveItem"_s]->setCheckable(true);
-    mnuFileDatabaseSelect = new QMenu(this);
-    m_actions[u"mnuFileDatabaseSelect"_s]->setMenu(mnuFileDatabaseSelect);
-    auto* mnuAddLink = new QMenu(this);
-    for (const CommandRow& row : Commands::Table()) {
-        if (row.Where == CommandRow::Place::AddLink)
-            mnuAddLink->addAction(MakeAction(row));
-    }
-    m_actions[u"mnuAddLink"_s]->setMenu(mnuAddLink);
-    m_actions[u"mnuViewTreeItem"_s]->setCheckable(true);
-    m_actions[u"mnuViewStatusBar"_s]->setCheckable(true);
-    connect(MenuOf(CommandRow::Place::File), &QMenu::aboutToShow, this, &frmCodeLib::mnuFile_Click);
-}
-
 void frmCodeLib::MakeToolbar()
 {
     constexpr int ComboCharacters = 24;
@@ -167,32 +85,19 @@ void frmCodeLib::MakeToolbar()
     cboDatabase->setMinimumContentsLength(ComboCharacters);
     tlbMain->addWidget(cboDatabase);
     tlbMain->addSeparator();
-    AddToolbarActions(*tlbMain, CommandRow::Place::Toolbar);
-    m_actions[u"SAVE"_s]->setCheckable(true);
-}
-
-void frmCodeLib::AddToolbarActions(QToolBar& toolbar, CommandRow::Place place)
-{
-    for (const CommandRow& row : Commands::Table()) {
-        if (row.Where != place)
-            continue;
-        QAction* action = MakeAction(row);
-        action->setProperty("key", action->objectName());
-        toolbar.addAction(action);
-        if (QWidget* button = toolbar.widgetForAction(action))
-            button->setProperty("key", action->objectName());
-    }
+    m_faces->FillToolbar(*tlbMain, CommandRow::Place::Toolbar);
 }
 
 /// The toolbars of the second band: one for code, one for formatted text.
 void frmCodeLib::MakeTextToolbars()
 {
     tbrCode = new CodeToolbar(*ctlCodeItemDetails, [this] { return m_session.oCodeItem.get(); });
-    AddToolbarActions(*tbrCode, CommandRow::Place::CodeToolbar);
+    m_faces->FillToolbar(*tbrCode, CommandRow::Place::CodeToolbar);
+    QMenu* mnuEditCode = m_faces->MenuOf(CommandRow::Place::EditCode);
     mnuEditCode->addSeparator();
     tbrCode->FillMenu(*mnuEditCode);
     tlbTextFormat = new FormatToolbar(*ctlCodeItemDetails);
-    tbrBrowser = new BrowserToolbar(mnuWebLinks->actions());
+    tbrBrowser = new BrowserToolbar(m_faces->MenuOf(CommandRow::Place::WebLinks)->actions());
     connect(tbrBrowser, &BrowserToolbar::AddressEntered, this,
             [this](const QString& text) { m_page->NavigateFromCombo(text); });
     MakeFilesToolbar();
@@ -214,7 +119,7 @@ void frmCodeLib::MakeFilesToolbar()
     static const QStringList keys{u"ADD"_s, u"EXPORT"_s, u"EXTRACT"_s, u"DELETE"_s};
     tbrFiles = new QToolBar(u"Stored Files"_s);
     tbrFiles->setObjectName(u"tbrFiles"_s);
-    auto* mnuFiles = MenuOf(CommandRow::Place::Edit)->addMenu(u"Stored &Files"_s);
+    mnuFiles = m_faces->MenuOf(CommandRow::Place::Edit)->addMenu(u"Stored &Files"_s);
     mnuFiles->setObjectName(u"mnuFiles"_s);
     const QList<QAction*> actions = m_storedFiles->ToolbarActions();
     for (qsizetype i = 0; i < actions.size(); ++i) {
@@ -265,20 +170,11 @@ void frmCodeLib::ConnectPanels()
             [this](TreeNode* node, const QString& text) { m_items->AfterLabelEdit(*node, text); });
     connect(tree, &NodeTreeView::LabelEditEnded, this,
             [this](TreeNode* node, bool cancelled) { m_items->LabelEditEnded(*node, cancelled); });
-    // What the menu does not allow for the item the key does not do either.
-    const auto ifEnabled = [this](const QString& command, void (ItemCommands::*run)()) {
-        return [this, command, run] {
-            m_linking->CancelLinkMode();
-            m_items->ItemMenuEdit();
-            if (m_commands.Get(command).Enabled)
-                ((*m_items).*run)();
-        };
-    };
-    connect(tree, &NodeTreeView::DeletePressed, this, ifEnabled(u"mnuDeleteCode"_s, &ItemCommands::DeleteCodeItem));
-    connect(tree, &NodeTreeView::InsertPressed, this, ifEnabled(u"mnuAddCode"_s, &ItemCommands::AddCode));
+    connect(tree, &NodeTreeView::DeletePressed, this, [this] { m_commands.Run(u"mnuDeleteCode"_s); });
+    connect(tree, &NodeTreeView::InsertPressed, this, [this] { m_commands.Run(u"mnuAddCode"_s); });
     connect(tree, &NodeTreeView::RightClicked, this, [this](TreeNode* node, const QPoint& place) {
         m_tree->TreeViewNodeClick(*node);
-        MenuOf(CommandRow::Place::Item)->popup(place);
+        m_faces->MenuOf(CommandRow::Place::Item)->popup(place);
     });
     tree->SetDragFormat(ItemDrag::TreeClipboardFormat());
     tree->SetDragRules(
@@ -300,7 +196,11 @@ void frmCodeLib::ConnectPanels()
     });
     connect(cboDatabase->lineEdit(), &QLineEdit::returnPressed, this,
             [this] { m_libraries->ChangeAlias(cboDatabase->currentText(), true); });
-    connect(&m_commands, &Commands::Changed, this, &frmCodeLib::UpdateAction);
+    connect(&m_commands, &Commands::Changed, tvCodeItems, [this](const QString& name) {
+        if (name == u"LINK_MODE"_s || name == u"LINK_REMOVE"_s)
+            tvCodeItems->EnableLinking(m_commands.Get(u"LINK_MODE"_s).Enabled,
+                                       m_commands.Get(u"LINK_REMOVE"_s).Enabled);
+    });
 }
 
 void frmCodeLib::ConnectLinks()
@@ -370,12 +270,13 @@ void frmCodeLib::tvCodeItems_Shrinking(bool shrinks)
 {
     m_commands.SetChecked(u"mnuViewTreeItem"_s, !shrinks);
     if (shrinks) {
-        if (tvCodeItems->maximumWidth() == QWIDGETSIZE_MAX)
+        if (!std::exchange(m_treeShrunk, true))
             m_treeWidth = ctlResizer1->sizes().value(0);
         tvCodeItems->setFixedWidth(tvCodeItems->ShrunkWidth());
         ctlResizer1->setSizes({tvCodeItems->ShrunkWidth(), qMax(1, ctlResizer1->width() - tvCodeItems->ShrunkWidth())});
         return;
     }
+    m_treeShrunk = false;
     tvCodeItems->setMinimumWidth(0);
     tvCodeItems->setMaximumWidth(QWIDGETSIZE_MAX);
     if (m_treeWidth > 0)
@@ -386,15 +287,9 @@ void frmCodeLib::ConnectDetails()
 {
     connect(ctlCodeItemDetails, &ctlCodeDetails::CurrentViewChanged, this, &frmCodeLib::CurrentViewChanged);
     connect(ctlCodeItemDetails, &ctlCodeDetails::BeforeNavigate, tbrBrowser, &BrowserToolbar::SetAddress);
-    connect(ctlCodeItemDetails, &ctlCodeDetails::BrowserCommandStateChange, this, [this](bool back, bool forward) {
-        m_commands.SetEnabled(u"mnuWebGoBack"_s, back);
-        m_commands.SetEnabled(u"mnuWebGoForward"_s, forward);
-    });
     connect(ctlCodeItemDetails, &ctlCodeDetails::BrowserLinkHovered, statusBar(), [this](const QString& address) {
         address.isEmpty() ? statusBar()->clearMessage() : statusBar()->showMessage(address);
     });
-    connect(ctlCodeItemDetails, &ctlCodeDetails::TextChanged, this, &frmCodeLib::UpdateColorizeCommand);
-    connect(ctlCodeItemDetails, &ctlCodeDetails::ColorizeStateChanged, this, &frmCodeLib::UpdateColorizeCommand);
     connect(ctlCodeItemDetails, &ctlCodeDetails::ItemLanguageChanged, this, &frmCodeLib::ShowLanguage);
     connect(m_language, &LanguageButton::Chosen, ctlCodeItemDetails, &ctlCodeDetails::SetItemLanguage);
     connect(ctlCodeItemDetails, &ctlCodeDetails::DefaultPagesMissing, this, [this](const QString& folder) {
@@ -439,11 +334,12 @@ void frmCodeLib::ConnectFiles()
 void frmCodeLib::CurrentViewChanged()
 {
     const bool isLinks = ctlCodeItemDetails->CurrentView() == DetailsTab::Links;
+    QMenu* mnuWebLinks = m_faces->MenuOf(CommandRow::Place::WebLinks);
     mnuWebLinks->setEnabled(isLinks);
     for (QAction* action : mnuWebLinks->actions()) // their keys are those of other tabs too
         action->setShortcutContext(isLinks ? Qt::WindowShortcut : Qt::WidgetShortcut);
     ShowTextToolbar();
-    UpdateColorizeCommand();
+    m_edit->ShowColorizeState();
     ShowLanguage();
     tvCodeItems->AutoHideTree(isLinks && m_session.moSettings && Settings().AutoHideTreeWhenBrowsing());
     if (isLinks)
@@ -463,13 +359,6 @@ void frmCodeLib::ShowLanguage()
                              CurrentDatabase()->QueryValue(u"SELECT LanguageUsed FROM Properties"_s).ToText());
 }
 
-/// Each tab has a state of its own: there is something to colour where the text shown has no colours.
-void frmCodeLib::UpdateColorizeCommand()
-{
-    for (const QString& name : {u"COLORIZE"_s, u"mnuColorize"_s})
-        m_commands.SetEnabled(name, ctlCodeItemDetails->CanColorize());
-}
-
 /// The second band follows the tab.
 void frmCodeLib::ShowTextToolbar()
 {
@@ -485,7 +374,7 @@ void frmCodeLib::ShowTextToolbar()
     tbrCode->ForgetLastGo();
     tbrCode->UpdateSectionButtons(ctlCodeItemDetails->CurrentSection());
     tlbTextFormat->SetCommandsEnabled(m_editingEnabled && hasFormat && !ctlCodeItemDetails->Locked());
-    MenuOf(CommandRow::Place::Edit)->setEnabled(m_editingEnabled && tab.has_value());
+    m_faces->MenuOf(CommandRow::Place::Edit)->setEnabled(m_editingEnabled);
 }
 
 } // namespace qb

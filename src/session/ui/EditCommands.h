@@ -1,0 +1,40 @@
+#pragma once
+
+#include "session/Commands.h"
+
+#include <QObject>
+
+namespace qb {
+
+class ctlCodeDetails;
+class CSettings;
+class CTextEdit;
+
+/// The commands on the text, the view of it and the web page that the details panel shows.
+class EditCommands : public QObject {
+    Q_OBJECT
+
+public:
+    EditCommands(Commands& commands, ctlCodeDetails& details, QObject* parent);
+
+    /// Undo, copy and the like, before their menu opens.
+    void ShowState();
+    /// Each tab has a state of its own: there is something to colour where the text shown has no colours.
+    void ShowColorizeState();
+
+    /// How texts are seen, in the user's settings.
+    void ReadTextView(const CSettings& settings);
+    void SaveTextView(CSettings& settings);
+
+private:
+    void RegisterText();
+    void RegisterView();
+    void RegisterWeb();
+    void EditCurrentBox(void (CTextEdit::*edit)());
+    void SwitchTextView(const QString& entry, void (ctlCodeDetails::*set)(bool));
+
+    Commands& m_commands;
+    ctlCodeDetails& m_details;
+};
+
+} // namespace qb
