@@ -385,6 +385,7 @@ void ItemTree::ShowNewItem(std::unique_ptr<CCodeItem> item)
     ConnectItem();
     ApplyToNode(m_session.CurrentItemKey.toLongLong());
     m_details.Initialise(m_session.CurrentDatabase.get(), m_session.oCodeItem.get());
+    ItemShown();
 }
 
 void ItemTree::ShowNoItem(bool library)

@@ -212,9 +212,12 @@ void LibraryList::ShowLibrary()
     LibraryShown();
 }
 
-/// No library is left to go on with: nothing of one may be shown, or worked on.
+/// No library is left to go on with: nothing of one may be shown, or worked on. The combo box shows none either, so
+/// that any can be chosen.
 void LibraryList::ShowNoLibrary()
 {
+    m_session.CurrentDatabasePath.clear();
+    m_shell.SetComboText({});
     m_tree.ClearTreeView();
     EnableControls(false);
 }
@@ -292,7 +295,6 @@ void LibraryList::cboDatabase_Click()
         MsgBox(u"No valid database was found."_s, u"Database Not Found"_s, MsgBoxIcon::Exclamation);
         if (const auto place = FindCurrentDBArrayIndex())
             RemoveDatabaseFromList(*place);
-        SetComboToPresentDB();
         ShowNoLibrary();
         SaveDatabasesToSettings();
     }

@@ -174,6 +174,23 @@ private Q_SLOTS:
         QCOMPARE(Setting(property), u"12"_s);
     }
 
+    void sessionUndo_isTickedWhenItIsInForce()
+    {
+        m_settings->SetDBEnableSessionUndo(true);
+        m_settings->SetDBShared(true);
+        m_settings->Apply();
+        Open();
+        auto* undo = Control<QCheckBox>(u"chkDBEnableSessionUndo"_s);
+        QVERIFY(!undo->isChecked()); // of a shared library none is kept
+        Control<QCheckBox>(u"chkDBShared"_s)->setChecked(false);
+        QVERIFY(m_settings->DBEnableSessionUndo());
+        QVERIFY(undo->isChecked());
+        Control<QCheckBox>(u"chkDBShared"_s)->setChecked(true);
+        QVERIFY(!undo->isChecked());
+        Control<QCheckBox>(u"chkDBShared"_s)->setChecked(false);
+        QVERIFY(m_settings->DBEnableSessionUndo()); // the user's wish has outlived it
+    }
+
     void switch_enablesWhatItGoverns()
     {
         Open();

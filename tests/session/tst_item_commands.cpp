@@ -1,4 +1,5 @@
 #include "platform/richtext/RtfPlainText.h"
+#include "store/CDBCreate.h"
 #include "store/ItemBranch.h"
 #include "support/TestSession.h"
 
@@ -676,6 +677,121 @@ private Q_SLOTS:
         QCOMPARE(s->Selected(), u"Ali äs Library"_s);
         s->Script.ExpectError(); // what stood below has lost its parent
         s->Tree.FillTree();
+    }
+
+    /// However much the others know of the items that go, they are told nothing.
+    void removeDeletedItems_recordsNothing()
+    {
+        FillMother();
+        Database& database = *s->State.CurrentDatabase;
+        const qint64 gone = s->Node(u"gone"_s).Id;
+        AddStoredFile(database, gone, u"ä.txt"_s, "stored", Date::FromParts(2020, 1, 1));
+        database.Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, DateAdded) VALUES (?, ?, 5)"_s,
+                         {gone, s->Node(u"stays"_s).Id});
+        database.Execute(u"UPDATE ChildCopies SET LastSynchronized = ?"_s, {s->Time.Now()});
+        s->Items.mnuRemoveDeletedItems_Click();
+        QCOMPARE(Texts(database, u"SELECT Title FROM Items"_s), QStringList{u"stays"_s});
+        for (const QString& table : {u"DeletedItems"_s, u"DeletedFiles"_s, u"DeletedItemLinks"_s})
+            QCOMPARE(CountOf(database, table), 0);
+        QCOMPARE(CountOf(database, u"ItemLinks"_s), 1); // left as it is, and so is the file
+        QCOMPARE(StoredNames(Session().CurrentFilesFolder).size(), 1);
+    }
+
+    /// What is deleted by hand is told, so that the test before can fail.
+    void deletedItemThatOthersKnow_isRecorded()
+    {
+        FillMother();
+        s->State.CurrentDatabase->Execute(u"UPDATE ChildCopies SET LastSynchronized = ?"_s, {s->Time.Now()});
+        s->Click(u"gone"_s);
+        Delete();
+        QCOMPARE(CountOf(*s->State.CurrentDatabase, u"DeletedItems"_s), 1);
+    }
+
+    void lastConflict_leavesItsTableAndTakesTheOthers_data()
+    {
+        QTest::addColumn<bool>("left");
+        QTest::newRow("solved") << false;
+        QTest::newRow("one left") << true;
+    }
+    void lastConflict_leavesItsTableAndTakesTheOthers()
+    {
+        QFETCH(bool, left);
+        Database& database = s->OpenLibrary();
+        const qint64 item = AddItem(database, 0, u"item"_s);
+        MakeMother(database, Date());
+        CDBCreate create(&database);
+        create.Create_TblDef_Items(true, u"TempItems"_s);
+        create.Create_TblDef_Files(u"TempFiles"_s);
+        create.Create_TblDef_HTMLFiles(u"TempHTMLFiles"_s);
+        database.Execute(u"INSERT INTO TempItems (ID, Title) VALUES (?, 'c')"_s, {item});
+        s->Tree.FillTree();
+        QVERIFY(s->Tree.WalksProblems());
+        if (!left)
+            database.Execute(u"DELETE FROM TempItems"_s);
+        QCOMPARE(s->Tree.CheckIfConflictsStillOccur(), left);
+        QVERIFY(database.TableExists(u"TempItems"_s)); // which stays, whatever is in it
+        QCOMPARE(database.TableExists(u"TempFiles"_s), left);
+        QCOMPARE(database.TableExists(u"TempHTMLFiles"_s), left);
+        QCOMPARE(s->Tree.WalksProblems(), left);
+        QCOMPARE(s->Enabled(u"mnuConflictSolver"_s), left);
+    }
+
+    void orphanFolderOfAPlainLibrary_isTheUsers()
+    {
+        Database& database = s->OpenLibrary();
+        const qint64 folder = AddItem(database, 0, OrphanedItemsTitle);
+        AddItem(database, folder, u"orphan"_s);
+        s->Tree.FillTree();
+        s->Click(u"orphan"_s);
+        Delete();
+        QCOMPARE(Texts(database, u"SELECT Title FROM Items"_s), QStringList{OrphanedItemsTitle});
+        QCOMPARE(s->Shape(), u"Ali äs Library(Orphaned Items)"_s);
+        QCOMPARE(s->Image(OrphanedItemsTitle), u"CHILD"_s);
+    }
+
+    // A child whose changes are on their way
+
+    void exportedChild_deletesNoItemByAnyCommand()
+    {
+        Fill();
+        Database& database = *s->State.CurrentDatabase;
+        MakeChild(database, s->Home.Path(u"mother.qbd"_s), Date());
+        database.Execute(u"UPDATE Properties SET LastExported = 5"_s);
+        SetSessionValues(database);
+        s->Click(u"b"_s);
+        for (const QString& name : {u"DELETE"_s, u"mnuDeleteCode"_s}) {
+            QVERIFY(!s->Enabled(name));
+            s->CommandStates.Run(name); // nobody is asked
+        }
+        QCOMPARE(CountOf(database, u"Items"_s), 4);
+        s->CommandStates.Run(u"mnuAddCode"_s);
+        QCOMPARE(CountOf(database, u"Items"_s), 5);
+        database.Execute(u"UPDATE Properties SET LastExported = 0"_s);
+        SetSessionValues(database);
+        s->Click(u"a1"_s); // its answer has been taken in
+        s->Script.ExpectMsgBox(u"Delete Stored Item"_s, MsgBoxResult::Yes);
+        s->CommandStates.Run(u"DELETE"_s);
+        QCOMPARE(CountOf(database, u"Items"_s), 4);
+    }
+
+    void newItemOfALinkMode_isNotPutUnderAnOrphan_data()
+    {
+        QTest::addColumn<QString>("under");
+        QTest::newRow("orphan") << u"orphan"_s;
+        QTest::newRow("folder") << u"Orphaned Items"_s;
+    }
+    void newItemOfALinkMode_isNotPutUnderAnOrphan()
+    {
+        QFETCH(QString, under);
+        FillWithOrphans();
+        s->Click(u"a"_s);
+        s->State.Mode = LinkMode::OneWayNewFrom;
+        s->Select(under);
+        const qint64 items = CountOf(*s->State.CurrentDatabase, u"Items"_s);
+        s->Script.ExpectMsgBox(ApplicationTitle);
+        s->Items.tvCodeItems_NodeClick(s->Node(under));
+        QCOMPARE(s->Script.Messages.last().Text, SentenceOf(Bar::Orphan) + u'.');
+        QCOMPARE(CountOf(*s->State.CurrentDatabase, u"Items"_s), items);
     }
 
     // The item menu

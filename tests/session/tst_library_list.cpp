@@ -271,6 +271,9 @@ private Q_SLOTS:
         QCOMPARE(s->Shell.Aliases, QStringList{u"One"_s});
         QCOMPARE(s->LastDB(), one);
         QCOMPARE(ReadFile(bad), QByteArray("no database at all"));
+        QCOMPARE(s->Shell.Text, QString()); // no library is open, and none is shown
+        QCOMPARE(s->Shell.Index, -1);
+        QCOMPARE(s->State.CurrentDatabasePath, QString());
         s->Shell.SetComboIndex(0); // and the other one can be chosen again
         QCOMPARE(s->OpenPath(), one);
     }

@@ -170,7 +170,7 @@ void ctlSmartTreeView::MakeToolbar()
         connect(action, &QAction::triggered, this, run);
         return action;
     };
-    m_shrink = add(u"SHRINK"_s, [this] { SetTreeHidden(!m_hidden); });
+    m_shrink = add(u"SHRINK"_s, [this] { SetTreeHidden(!IsShrunk()); });
     m_description = add(u"DESCRIPTION"_s, [this] { SetDescriptionHidden(!m_descriptionHidden); });
     tbrLinks->addSeparator();
     MakeModeMenu();
@@ -326,8 +326,7 @@ void ctlSmartTreeView::ScrollLines(int lines)
 
 void ctlSmartTreeView::StartFilter()
 {
-    m_hidden = m_autoHidden = false; // whatever has hidden it
-    ShowShrunk();
+    SetTreeHidden(false);
     txtFilter->setFocus();
     txtFilter->selectAll();
 }
@@ -512,9 +511,10 @@ qint64 ctlSmartTreeView::ComboItem() const
 
 void ctlSmartTreeView::SetTreeHidden(bool hidden)
 {
-    if (hidden == m_hidden)
+    if (hidden == m_hidden && (hidden || !m_autoHidden))
         return;
     m_hidden = hidden;
+    m_autoHidden = m_autoHidden && hidden; // who asks for the tree gets it, whatever has hidden it
     ShowShrunk();
 }
 

@@ -23,6 +23,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpressionValidator>
+#include <QScopedValueRollback>
 #include <QScrollArea>
 #include <QStackedWidget>
 
@@ -343,8 +344,14 @@ void frmSettings::MakeLibraryPage()
 {
     QFormLayout& form = *AddPage(LibraryPage);
     form.addRow(MakeHeading(u"The open library"_s));
-    AddFlag(form, "chkDBShared", u"It is &shared with other users"_s, QB_BIND(DBShared));
-    AddFlag(form, "chkDBEnableSessionUndo", u"Keep a copy to &undo a whole session"_s, QB_BIND(DBEnableSessionUndo));
+    const QCheckBox* shared = AddFlag(form, "chkDBShared", u"It is &shared with other users"_s, QB_BIND(DBShared));
+    QCheckBox* undo = AddFlag(form, "chkDBEnableSessionUndo", u"Keep a copy to &undo a whole session"_s,
+                              QB_BIND(DBEnableSessionUndo));
+    // A shared library suspends it, and one that is shared no more has it again as the user once wanted.
+    connect(shared, &QCheckBox::toggled, this, [this, undo] {
+        const QScopedValueRollback loading(m_loading, true);
+        undo->setChecked(m_settings->DBEnableSessionUndo());
+    });
     form.addRow(MakeHeading(u"Compaction"_s));
     AddFlag(form, "chkDBCompactOnExit", u"&Compact it at the end of a session"_s, QB_BIND(DBCompactOnExit));
     AddNumber(form, "txtDBCompactOnExit", u"&Every:"_s, u"days of use"_s, QB_BIND(DBCompactOnExitPeriod));
