@@ -81,8 +81,8 @@ void CCodeItem::RowRead(bool exists)
     Q_EMIT FilesLoaded(
         !OwnLibrary().QueryValue(u"SELECT 1 FROM Files WHERE CodeID = ? LIMIT 1"_s, {RowKey()}).IsNull());
     Q_EMIT LinkLoaded(HTMLPage());
-    Q_EMIT NewItemLoaded(Created(), LastChanged());
-    ReadLinks(); // half of them would be written as if they were all
+    ReadLinks();                                    // half of them would be written as if they were all
+    Q_EMIT NewItemLoaded(Created(), LastChanged()); // whoever hears it finds a whole item
 }
 
 void CCodeItem::SetParentKey(const QString& value)

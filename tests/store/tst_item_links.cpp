@@ -120,6 +120,19 @@ private Q_SLOTS:
         QVERIFY(Open(m_a).Links().Item(CLinks::KeyOf(m_b))->DateChanged.IsNone());
     }
 
+    void links_areReadBehindTheOtherPartsAndBeforeTheItemIsToldOf()
+    {
+        Row(m_a, m_b, u"because"_s);
+        CCodeItem item;
+        item.Initialise(*m_database, QString::number(m_a));
+        QStringList told;
+        connect(&item, &CCodeItem::LinkLoaded, &item, [&] { told << u"LinkLoaded %1"_s.arg(item.Links().Count()); });
+        connect(&item, &CCodeItem::NewItemLoaded, &item,
+                [&] { told << u"NewItemLoaded %1"_s.arg(item.Links().Count()); });
+        item.Title();
+        QCOMPARE(told, (QStringList{u"LinkLoaded 0"_s, u"NewItemLoaded 1"_s}));
+    }
+
     void longNote_isKept()
     {
         const QString note(1'000'000, u'n');
