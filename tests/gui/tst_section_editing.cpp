@@ -61,6 +61,32 @@ private Q_SLOTS:
         QCOMPARE(Read(u"CodeHeaders"_s), u"0"_s);
     }
 
+    void usageSections_areAddedFoundAndTakenOffAsThoseOfCode()
+    {
+        m_database->Execute(u"UPDATE Items SET CodeHeaders = 16 WHERE ID = ?"_s, {m_item});
+        Write(u"Example"_s, RtfFromPlainText(u"x = 1"_s, CodeFont));
+        Open();
+        ClickOn(0);
+        Tab(2);
+        QAction* button = CodeButton(u"BAS_MODULE"_s);
+        button->trigger();
+        const QString whole = Usage()->Text();
+        QVERIFY(whole.contains(u"Code Module Code"_s));
+        QCOMPARE(button->property("Tag").toString(), u"GOTO"_s);
+        Usage()->SetSelStart(0);
+        button->trigger(); // goes there
+        QCOMPARE(Usage()->Text(), whole);
+        QCOMPARE(Usage()->SelStart(), whole.indexOf(u"Code Module Code"_s));
+        Action(u"mnuSaveItem"_s)->trigger();
+        QCOMPARE(Read(u"UsageHeaders"_s), u"4"_s);
+        QCOMPARE(Read(u"CodeHeaders"_s), u"16"_s);
+        Usage()->SetText(u"y"_s); // the user has taken the line away
+        button->trigger();
+        QCOMPARE(button->property("Tag").toString(), u"ADD"_s);
+        Action(u"mnuSaveItem"_s)->trigger();
+        QCOMPARE(Read(u"UsageHeaders"_s), u"0"_s);
+    }
+
     void sectionMenu_addsAndDeletes()
     {
         Open();

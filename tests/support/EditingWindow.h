@@ -86,6 +86,7 @@ protected:
     QModelIndex Root() { return Tree()->model()->index(0, 0); }
     QModelIndex Child(int row) { return Tree()->model()->index(row, 0, Root()); }
     CodeBox* Code() { return m_window->findChild<CodeBox*>(u"rtbCode"_s); }
+    CodeBox* Usage() { return m_window->findChild<CodeBox*>(u"rtbUsage"_s); }
     RichTextBox* Notes() { return m_window->findChild<RichTextBox*>(u"rtbNotes"_s); }
     ctlCodeDetails* Details() { return m_window->findChild<ctlCodeDetails*>(u"ctlCodeItemDetails"_s); }
     QAction* Action(const QString& name) { return m_window->findChild<QAction*>(name); }

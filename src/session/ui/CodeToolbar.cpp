@@ -4,6 +4,7 @@
 #include "support/ErrorRoutine.h"
 #include "support/ui/Icons.h"
 #include "text/CodeSections.h"
+#include "text/SectionBits.h"
 #include "text/ui/ctlCodeDetails.h"
 
 #include <QEvent>
@@ -49,13 +50,18 @@ CodeToolbar::CodeToolbar(ctlCodeDetails& details, std::function<CCodeItem*()> it
     UpdateSectionButtons(0);
 }
 
-bool CodeToolbar::IsPresent(quint8 header) const
+/// The sections of the text that is shown, as its item has them.
+quint8 CodeToolbar::ShownBits() const
 {
     CCodeItem* item = m_item();
     if (!item || item->Key().isEmpty())
-        return false;
-    return m_details.CurrentView() == DetailsTab::Usage ? item->UsageHeaderPresent(header)
-                                                        : item->CodeHeaderPresent(header);
+        return 0;
+    return SectionBits(*item, m_details.CurrentView() != DetailsTab::Usage).All();
+}
+
+bool CodeToolbar::IsPresent(quint8 header) const
+{
+    return (ShownBits() & header) != 0;
 }
 
 void CodeToolbar::UpdateSectionButtons(quint8 current)
@@ -100,10 +106,7 @@ void CodeToolbar::Rebuild()
     if (!isVisible())
         return;
     // With every key and every step of the caret, so only what has changed is shown anew.
-    CCodeItem* item = m_item();
-    const bool isUsage = m_details.CurrentView() == DetailsTab::Usage;
-    const int headers = !item || item->Key().isEmpty() ? 0 : isUsage ? item->UsageHeaders() : item->CodeHeaders();
-    const std::pair state(int(m_details.CurrentSection()), headers);
+    const std::pair state(int(m_details.CurrentSection()), int(ShownBits()));
     if (std::exchange(m_shown, state) != state)
         UpdateSectionButtons(quint8(state.first));
 }
@@ -111,7 +114,7 @@ void CodeToolbar::Rebuild()
 void CodeToolbar::RemoveHeader(quint8 header, bool isCode)
 {
     if (CCodeItem* item = m_item())
-        isCode ? item->RemoveCodeHeader(header) : item->RemoveUsageHeader(header);
+        SectionBits(*item, isCode).Remove(header);
     UpdateSectionButtons(m_details.CurrentSection());
 }
 
@@ -131,10 +134,11 @@ void CodeToolbar::ButtonClick(const SectionRow& row)
 
 void CodeToolbar::GoOrCopy(quint8 header)
 {
-    if (header != 0 && header == m_lastGo)
+    // A caret that has left the section since would have another one copied.
+    if (header != 0 && header == m_lastGo && m_details.CurrentSection() == m_wentTo)
         return m_details.CopyCodeSectionToClipboard(header);
-    m_details.GoToCodeSection(header, false);
-    m_lastGo = header;
+    m_lastGo = m_details.GoToCodeSection(header, false) ? header : quint8(0);
+    m_wentTo = m_details.CurrentSection();
 }
 
 // The menu

@@ -33,6 +33,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    quint8 ShownBits() const;
     bool IsPresent(quint8 header) const;
     void TellPlace(const SectionRow& row, QAction& command) const;
     void ButtonClick(const SectionRow& row);
@@ -47,6 +48,7 @@ private:
     QHash<quint8, QAction*> m_entries;
     std::pair<int, int> m_shown{-1, -1}; ///< section and headers that the buttons show
     quint8 m_lastGo = 0;                 ///< the section that was gone to last: a second click copies it
+    quint8 m_wentTo = 0;                 ///< the section that the caret came to stand in by that
 };
 
 } // namespace qb

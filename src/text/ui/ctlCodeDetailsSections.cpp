@@ -5,9 +5,10 @@
 #include "support/ErrorRoutine.h"
 #include "text/CodeSections.h"
 #include "text/LineIndent.h"
-#include "text/ui/ctlCodeDetails.h"
+#include "text/SectionBits.h"
 #include "text/ui/CodeBox.h"
 #include "text/ui/RichTextBox.h"
+#include "text/ui/ctlCodeDetails.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -60,19 +61,19 @@ void ctlCodeDetails::CreateCodeSection(CCodeItem& item, quint8 header, quint32 c
         CodeBox* box = CurrentCodeBox();
         if (!box || m_locked)
             return;
-        const bool isCode = box == rtbCode;
-        if (isCode ? item.CodeHeaderPresent(header) : item.UsageHeaderPresent(header)) {
+        SectionBits bits(item, box == rtbCode);
+        if (bits.Has(header)) {
             GoToCodeSection(header, false);
             return;
         }
-        const quint8 before = isCode ? item.CodeHeaders() : item.UsageHeaders();
-        isCode ? item.AddCodeHeader(header) : item.AddUsageHeader(header);
+        const quint8 before = bits.All();
+        bits.Add(header);
         const bool isActive = box->hasFocus();
         box->setFocus();
         bool written = false;
         box->InOneStep([&] { written = SectionsOf(*box).Create(header, color, !isActive); });
         if (!written)
-            isCode ? item.SetCodeHeaders(before) : item.SetUsageHeaders(before);
+            bits.SetAll(before);
     });
 }
 
@@ -134,12 +135,11 @@ void ctlCodeDetails::SectionsTakenBack(CodeBox& box)
 {
     if (!m_item || m_locked)
         return;
-    const bool isCode = &box == rtbCode;
-    const quint8 before = isCode ? m_item->CodeHeaders() : m_item->UsageHeaders();
-    const quint8 borneOut = SectionsOf(box).BorneOut(before);
-    if (borneOut == before)
+    SectionBits bits(*m_item, &box == rtbCode);
+    const quint8 borneOut = SectionsOf(box).BorneOut(bits.All());
+    if (borneOut == bits.All())
         return;
-    isCode ? m_item->SetCodeHeaders(borneOut) : m_item->SetUsageHeaders(borneOut);
+    bits.SetAll(borneOut);
     Q_EMIT EditStateChanged();
 }
 
