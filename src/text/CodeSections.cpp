@@ -33,11 +33,29 @@ constexpr SectionRow Rows[] = {
 const QString Hashes = u"###############"_s;
 const QString LineEnd = u"\r\n"_s;
 constexpr quint32 HeaderColor = 0x800000;
+constexpr qsizetype ShortestHeader = 59; // characters, without its line end
+constexpr qsizetype LongestHeader = 62;  // with it
 
 QString TitleOf(quint8 bit)
 {
     const SectionRow* row = SectionOf(bit);
     return row ? QString::fromLatin1(row->Title) : QString();
+}
+
+/// The section that a line is the header of, or 0.
+quint8 SectionIn(QStringView line)
+{
+    static constexpr quint8 order[] = {4, 16, 8, 1, 2};
+    for (const quint8 bit : order) {
+        if (line.contains(u"   "_s + TitleOf(bit).trimmed() + u"   "_s))
+            return bit;
+    }
+    return 0;
+}
+
+qsizetype LineBegin(const QString& text, qsizetype position)
+{
+    return position == 0 ? 0 : text.lastIndexOf(u'\n', position - 1) + 1;
 }
 
 /// What a particular header is found by; hash marks and comment opener play no part in it.
@@ -236,9 +254,10 @@ QString CodeSections::TextToCopy(quint8 bit) const
     const QString text = m_box.Text();
     if (bit == 0)
         return text;
-    const qsizetype begin = std::max<qsizetype>(1, m_box.SelStart()) - 1; // the character before the caret is the first
-    const qsizetype next = text.indexOf(StartMarker(), begin);
-    const qsizetype end = next < 0 ? text.size() : next - LineEnd.size();
+    const qsizetype begin = LineBegin(text, m_box.SelStart());
+    const qsizetype lineEnd = text.indexOf(LineEnd, m_box.SelStart());
+    const qsizetype next = lineEnd < 0 ? -1 : text.indexOf(StartMarker(), lineEnd); // behind a header of its own
+    const qsizetype end = next < 0 ? text.size() : LineBegin(text, next) - LineEnd.size();
     return end > begin ? text.mid(begin, end - begin) : QString();
 }
 
@@ -246,7 +265,7 @@ void CodeSections::Delete()
 {
     const QString text = m_box.Text();
     const qsizetype caret = m_box.SelStart();
-    const qsizetype line = caret == 0 ? 0 : text.lastIndexOf(u'\n', caret - 1) + 1;
+    const qsizetype line = LineBegin(text, caret);
     const qsizetype base = std::max<qsizetype>(0, line - LineEnd.size()); // with the line end before it
     const qsizetype headerEnd = text.indexOf(LineEnd, line);
     const qsizetype next = headerEnd < 0 ? -1 : text.indexOf(StartMarker(), headerEnd + LineEnd.size());
@@ -276,23 +295,63 @@ void CodeSections::DeleteSelectedHeader()
 
 quint8 CodeSections::Current() const
 {
-    static constexpr quint8 order[] = {4, 16, 8, 1, 2};
+    // Of headers that touch, it is the one that is selected that counts, not the one before it.
+    const bool isHeaderSelected = m_box.SelLength() >= ShortestHeader && m_box.SelLength() <= LongestHeader
+                                  && m_box.SelBold() == true;
+    if (isHeaderSelected)
+        return SectionIn(m_box.SelText());
     const QString text = m_box.Text();
     const qsizetype marker = text.lastIndexOf(StartMarker(), m_box.SelStart());
     if (marker < 0)
         return 0;
     const qsizetype end = text.indexOf(u'\r', marker);
-    const QStringView line = QStringView(text).sliced(marker, (end < 0 ? text.size() : end) - marker);
-    for (const quint8 bit : order) {
-        if (line.contains(u"   "_s + TitleOf(bit).trimmed() + u"   "_s))
-            return bit;
-    }
-    return 0;
+    return SectionIn(QStringView(text).sliced(marker, (end < 0 ? text.size() : end) - marker));
 }
 
 bool CodeSections::IsOnHeader() const
 {
     return m_box.SelLength() > 0 && m_box.SelBold() == true && m_box.SelText().contains(StartMarker());
+}
+
+/// All of the protected text that the selection is a part of, as far as the ends of its lines.
+std::pair<qsizetype, qsizetype> CodeSections::ProtectedRange() const
+{
+    const qsizetype start = m_box.SelStart();
+    const qsizetype end = start + m_box.SelLength();
+    const QString text = m_box.Text();
+    const qsizetype line = LineBegin(text, start);
+    const qsizetype found = text.indexOf(u'\n', end - 1);
+    const qsizetype lineEnd = found < 0 ? text.size() : found + 1;
+    const auto isProtected = [this](qsizetype position) {
+        m_box.SetSelStart(position);
+        m_box.SetSelLength(1);
+        return m_box.SelProtected() == true;
+    };
+    std::pair range(start, end);
+    while (range.first > line && isProtected(range.first - 1))
+        --range.first;
+    while (range.second < lineEnd && isProtected(range.second))
+        ++range.second;
+    return range;
+}
+
+CodeSections::Touched CodeSections::WidenToHeader()
+{
+    if (m_box.SelLength() == 0 || m_box.SelBold() != true)
+        return Touched::Nothing;
+    if (m_box.SelProtected() == true) {
+        const auto [begin, end] = ProtectedRange();
+        m_box.SetSelStart(begin);
+        m_box.SetSelLength(end - begin);
+        return IsOnHeader() ? Touched::Header : Touched::RestOfHeader;
+    }
+    return IsOnHeader() ? Touched::Header : Touched::Nothing;
+}
+
+void CodeSections::DeleteRestOfHeader()
+{
+    m_box.SetSelProtected(false);
+    m_box.SetSelText({});
 }
 
 } // namespace qb

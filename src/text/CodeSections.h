@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <span>
+#include <utility>
 
 namespace qb {
 
@@ -56,18 +57,28 @@ public:
     /// Puts the caret on the first line with the section's title; behind the blanks before it,
     /// unless it is to stay on the header. False when there is none.
     bool GoTo(quint8 bit, bool stayOnHeader);
-    /// The text from the caret to the end of its section; with 0 the whole text.
+    /// The text from the begin of the caret's line to the end of its section, in whole lines; with 0 the
+    /// whole text.
     QString TextToCopy(quint8 bit) const;
     /// Deletes the section whose header the caret is on, with the header.
     void Delete();
     /// Deletes the header that is selected, and only that.
     void DeleteSelectedHeader();
-    /// The bit of the section that holds the caret, or 0.
+    /// The bit of the section that holds the caret, or 0. What is selected is a header itself where it is bold
+    /// and as long as one.
     quint8 Current() const;
     /// A header is selected.
     bool IsOnHeader() const;
+    /// What a deletion of the selection meets.
+    enum class Touched { Nothing, Header, RestOfHeader };
+    /// A header is deleted whole or not at all: a selection that touches a part of one, or of what is left of
+    /// one, and no other text, becomes all of it. Any other selection stays, and meets nothing.
+    Touched WidenToHeader();
+    /// Deletes what is selected of a header that lacks its begin.
+    void DeleteRestOfHeader();
 
 private:
+    std::pair<qsizetype, qsizetype> ProtectedRange() const;
     void ChoosePlace(quint8 bit);
     void PartFromTextBefore();
     bool WriteHeader(quint8 bit, quint32 color);

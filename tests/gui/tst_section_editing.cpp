@@ -49,6 +49,29 @@ private Q_SLOTS:
         TakePicture(*m_window, u"section"_s);
     }
 
+    void secondClick_copiesWholeLinesUnlessTheCaretHasLeftTheSection()
+    {
+        Open();
+        ClickOn(0);
+        QAction* button = CodeButton(u"BAS_MODULE"_s);
+        button->trigger();
+        QTest::keyClicks(Code(), u"y = 2"_s);
+        Tree()->setFocus(); // so that the next one comes to the end
+        CodeButton(u"FORM_MODULE"_s)->trigger();
+        QTest::keyClicks(Code(), u"z = 3"_s);
+        const QString line = u"'###############      Code Module Code      ###############"_s;
+        QGuiApplication::clipboard()->setText(u"before"_s);
+        button->trigger();
+        QCOMPARE(QGuiApplication::clipboard()->text(), u"before"_s);
+        button->trigger();
+        QCOMPARE(QGuiApplication::clipboard()->text(), line + u"\ny = 2\n\n"_s); // empty lines, too
+        Code()->SetSelStart(Code()->Text().size());                            // in the other section
+        QCOMPARE(button->toolTip(), u"Go to Code Module Code"_s);
+        button->trigger();
+        QCOMPARE(Code()->SelStart(), Code()->Text().indexOf(u"Code Module Code"_s));
+        QVERIFY(!QGuiApplication::clipboard()->text().contains(u"z = 3"_s));
+    }
+
     void headerThatIsGone_isTakenOffTheItem()
     {
         m_database->Execute(u"UPDATE Items SET CodeHeaders = 4 WHERE ID = ?"_s, {m_item});
@@ -131,6 +154,33 @@ private Q_SLOTS:
         QCOMPARE(m_prompts->Messages.last().Text,
                  u"Do you wish to delete the whole section?\r\n\r\nIf you select no, just header will be deleted."_s);
         QCOMPARE(Code()->Text(), text);
+    }
+
+    void halfOfAHeader_goesWhole_data()
+    {
+        QTest::addColumn<int>("start");
+        QTest::addColumn<int>("key");
+        QTest::newRow("first half") << 0 << int(Qt::Key_Delete);
+        QTest::newRow("second half") << 30 << int(Qt::Key_Backspace);
+    }
+
+    void halfOfAHeader_goesWhole()
+    {
+        QFETCH(int, start);
+        QFETCH(int, key);
+        Write(u"Code"_s, RtfFromPlainText(u"x = 1"_s, CodeFont));
+        Open();
+        ClickOn(0);
+        CodeButton(u"BAS_MODULE"_s)->trigger();
+        QTest::keyClicks(Code(), u"y = 2"_s);
+        Code()->SetSelStart(Code()->Text().indexOf(u"'###"_s) + start);
+        Code()->SetSelLength(29);
+        m_prompts->ExpectMsgBox(u"Section Delete"_s, MsgBoxResult::No);
+        QTest::keyClick(Code(), Qt::Key(key));
+        QCOMPARE(Code()->Text(), u"x = 1\r\n\r\ny = 2"_s);
+        Code()->selectAll();
+        QTest::keyClick(Code(), Qt::Key_Delete);
+        QCOMPARE(Code()->Text(), QString()); // nothing has stayed protected
     }
 
     void textBehindAHeader_isOrdinary()

@@ -153,8 +153,30 @@ private Q_SLOTS:
         box.SetSelStart(box.Text().size() - 3);
         QCOMPARE(sections.TextToCopy(Code), u"last"_s); // the last one ends with the text
         QCOMPARE(sections.TextToCopy(0), box.Text());
-        box.SetSelStart(GlobalLine.size() + 7); // behind the section's end
-        QCOMPARE(sections.TextToCopy(Global), QString());
+        box.SetSelStart(GlobalLine.size() + 4); // within its only line
+        QCOMPARE(sections.TextToCopy(Global), u"Dim x"_s);
+    }
+
+    void copyBehindAGo_isOfWholeLines_data()
+    {
+        QTest::addColumn<int>("bit");
+        QTest::addColumn<QString>("copied");
+        QTest::newRow("first") << int(Global) << GlobalLine + u"Dim x\r\nDim y"_s;
+        QTest::newRow("middle") << int(Module) << ModuleLine.trimmed();
+        QTest::newRow("last") << int(Code) << CodeLine + u"z = 3\r\n"_s;
+    }
+
+    void copyBehindAGo_isOfWholeLines()
+    {
+        QFETCH(int, bit);
+        QFETCH(QString, copied);
+        RichText box;
+        box.SetText(GlobalLine + u"Dim x\r\nDim y\r\n"_s + ModuleLine + CodeLine + u"z = 3\r\n"_s);
+        CodeSections sections(box, u"'"_s);
+        for (const bool stayOnHeader : {false, true}) {
+            QVERIFY(sections.GoTo(quint8(bit), stayOnHeader));
+            QCOMPARE(sections.TextToCopy(quint8(bit)), copied);
+        }
     }
 
     void delete_takesHeaderAndBody_data()
@@ -237,6 +259,104 @@ private Q_SLOTS:
                 QCOMPARE(sections.Current(), bit);
             }
         }
+    }
+
+    void selectedHeader_isTheSection_data()
+    {
+        QTest::addColumn<int>("start"); // of the selection, within the second of two headers that touch, or before
+        QTest::addColumn<int>("length");
+        QTest::addColumn<bool>("bold");
+        QTest::addColumn<int>("bit");
+        QTest::newRow("header") << 0 << 59 << true << int(Code);
+        QTest::newRow("header with its line end") << 0 << 61 << true << int(Code);
+        QTest::newRow("from the end of the one before") << -10 << 60 << true << int(Code);
+        QTest::newRow("longest, from the one before") << -10 << 62 << true << int(Code);
+        QTest::newRow("too short, from the one before") << -10 << 58 << true << int(Global);
+        QTest::newRow("too long, from the one before") << -10 << 63 << true << int(Global);
+        QTest::newRow("not bold, from the one before") << -10 << 60 << false << int(Global);
+        QTest::newRow("bold text that is no header") << int(CodeLine.size()) << 60 << true << 0;
+    }
+
+    void selectedHeader_isTheSection()
+    {
+        QFETCH(int, start);
+        QFETCH(int, length);
+        QFETCH(bool, bold);
+        QFETCH(int, bit);
+        RichText box;
+        box.SetText(GlobalLine + CodeLine + QString(80, u'x'));
+        box.SetSelLength(box.Text().size());
+        box.SetSelBold(bold);
+        box.SetSelStart(GlobalLine.size() + start);
+        box.SetSelLength(length);
+        QCOMPARE(CodeSections(box, u"'"_s).Current(), quint8(bit));
+    }
+
+    void partOfAHeader_isDeletedWhole_data()
+    {
+        QTest::addColumn<int>("start"); // within the header
+        QTest::addColumn<int>("length");
+        QTest::newRow("first half") << 0 << 30;
+        QTest::newRow("second half") << 30 << 31;
+        QTest::newRow("middle") << 20 << 5;
+        QTest::newRow("line end") << 59 << 2;
+        QTest::newRow("all") << 0 << 61;
+    }
+
+    void partOfAHeader_isDeletedWhole()
+    {
+        QFETCH(int, start);
+        QFETCH(int, length);
+        RichText box;
+        box.SetText(u"a\r\n"_s);
+        CodeSections sections(box, u"'"_s);
+        for (const quint8 bit : {Global, Code}) { // two that touch
+            box.SetSelStart(box.Text().size());
+            box.SetSelText(sections.HeaderLine(bit));
+            box.SetSelStart(box.Text().size() - sections.HeaderLine(bit).size());
+            box.SetSelLength(sections.HeaderLine(bit).size());
+            box.SetSelBold(true);
+            box.SetSelProtected(true);
+        }
+        box.SetSelStart(3 + GlobalLine.size() + start);
+        box.SetSelLength(length);
+        QCOMPARE(sections.WidenToHeader(), CodeSections::Touched::Header);
+        QCOMPARE(box.SelText(), CodeLine);
+        sections.DeleteSelectedHeader();
+        QVERIFY(!box.Text().contains(u"Code Module"_s));
+        QVERIFY(box.Text().contains(u"Global Declarations     ###############"_s));
+    }
+
+    void restOfAHeader_isDeletedWithoutTheTextBesideIt()
+    {
+        RichText box;
+        box.SetText(u"x = 1dule Code      ###############\r\ny = 2"_s); // what an older program has left
+        box.SetSelStart(5);
+        box.SetSelLength(32);
+        box.SetSelBold(true);
+        box.SetSelProtected(true);
+        CodeSections sections(box, u"'"_s);
+        box.SetSelStart(12);
+        box.SetSelLength(3);
+        QCOMPARE(sections.WidenToHeader(), CodeSections::Touched::RestOfHeader);
+        sections.DeleteRestOfHeader();
+        QCOMPARE(box.Text(), u"x = 1y = 2"_s);
+    }
+
+    void selectionThatHoldsOtherTextToo_isNotWidened()
+    {
+        RichText box;
+        box.SetText(u"a\r\n"_s);
+        CodeSections sections(box, u"'"_s);
+        QVERIFY(sections.Create(Code, 0, true));
+        box.SetSelStart(0);
+        box.SetSelLength(20);
+        QCOMPARE(sections.WidenToHeader(), CodeSections::Touched::Nothing);
+        QCOMPARE(box.SelStart(), 0);
+        QCOMPARE(box.SelLength(), 20);
+        QVERIFY(!box.SetSelText({})); // the header is protected as before
+        box.SetSelStart(0);
+        QCOMPARE(sections.WidenToHeader(), CodeSections::Touched::Nothing);
     }
 
     void lineThatOnlyLooksLikeAHeader_endsASectionToo()

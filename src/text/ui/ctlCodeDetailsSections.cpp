@@ -173,6 +173,11 @@ bool ctlCodeDetails::CodeBoxesKeyDown(CodeBox& box, QKeyEvent& event)
     const bool commands = event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier);
     if (m_locked || IsModifier(key))
         return false;
+    const bool deletes = !commands && (key == Qt::Key_Backspace || key == Qt::Key_Delete);
+    if (deletes && SectionsOf(box).WidenToHeader() == CodeSections::Touched::RestOfHeader) {
+        box.InOneStep([&] { SectionsOf(box).DeleteRestOfHeader(); });
+        return true;
+    }
     if (SectionsOf(box).IsOnHeader() && !commands && !MovesTheCaret(key) && key != Qt::Key_Home && key != Qt::Key_End)
         return HeaderKeyDown(box, key);
     if (MovesTheCaret(key) || commands)
