@@ -16,7 +16,7 @@ class ItemDetailsView {
 public:
     virtual ~ItemDetailsView() = default;
 
-    /// Shows an item; null shows the welcome page. @p database is null when no library is open.
+    /// Shows an item; null shows the welcome page. @p library is null when no library is open.
     virtual void Initialise(Library* library, CCodeItem* item) = 0;
     /// The tree is being replaced: what is shown belongs to no node any more.
     virtual void TreeReplaced() = 0;
@@ -26,12 +26,13 @@ public:
     /// A library was opened: its colours and keywords are used from now on.
     virtual void FormatingInitialize(Library& library) = 0;
 
-    // Which tabs have content
-    virtual void SetCodeEnabled(bool hasContent) = 0;
-    virtual void SetNotesEnabled(bool hasContent) = 0;
-    virtual void SetUsageEnabled(bool hasContent) = 0;
-    virtual void SetFilesEnabled(bool hasContent) = 0;
-    virtual void SetLinksEnabled(bool hasContent) = 0;
+    /// Whether a tab has content.
+    virtual void SetTabEnabled(DetailsTab tab, bool hasContent) = 0;
+    void SetCodeEnabled(bool hasContent) { SetTabEnabled(DetailsTab::Code, hasContent); }
+    void SetNotesEnabled(bool hasContent) { SetTabEnabled(DetailsTab::Notes, hasContent); }
+    void SetUsageEnabled(bool hasContent) { SetTabEnabled(DetailsTab::Usage, hasContent); }
+    void SetFilesEnabled(bool hasContent) { SetTabEnabled(DetailsTab::Files, hasContent); }
+    void SetLinksEnabled(bool hasContent) { SetTabEnabled(DetailsTab::Links, hasContent); }
 
     virtual void SetCurrentView(DetailsTab tab) = 0;
     /// Colours both texts of the item that has just been opened, which changes it.

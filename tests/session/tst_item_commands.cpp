@@ -72,7 +72,7 @@ private Q_SLOTS:
         QCOMPARE(s->Details.Item, s->State.oCodeItem.get());
         QVERIFY(!s->State.oCodeItem->ItemChanged());
         QCOMPARE(s->State.oCodeItem->Code(), QString());
-        QVERIFY(!s->Details.Typed);
+        QVERIFY(!s->Details.Typed());
     }
 
     void unchangedItem_isLeftWithoutAQuestion()
@@ -160,7 +160,7 @@ private Q_SLOTS:
             s->Script.ExpectMsgBox(u"Save Item"_s, MsgBoxResult::No);
             way();
             QCOMPARE(s->Selected(), u"a"_s);
-            QCOMPARE(s->Details.Typed, std::optional(u"typed"_s));
+            QCOMPARE(s->Details.Typed(), std::optional(u"typed"_s));
         }
     }
 
@@ -177,7 +177,7 @@ private Q_SLOTS:
         s->Shell.SetComboIndex(1);
         QCOMPARE(s->OpenPath(), first);
         QCOMPARE(s->Shell.Index, 0);
-        QCOMPARE(s->Details.Typed, std::optional(u"typed"_s));
+        QCOMPARE(s->Details.Typed(), std::optional(u"typed"_s));
         s->Script.ExpectMsgBox(u"Remove Database"_s, MsgBoxResult::Yes);
         s->Script.ExpectError();
         s->Script.ExpectMsgBox(u"Save Item"_s, MsgBoxResult::No);
@@ -189,7 +189,7 @@ private Q_SLOTS:
         s->Script.ExpectMsgBox(u"Save Item"_s, MsgBoxResult::No);
         s->Libraries.mnuNewDatabase_Click();
         QCOMPARE(s->OpenPath(), first);
-        QCOMPARE(s->Details.Typed, std::optional(u"typed"_s));
+        QCOMPARE(s->Details.Typed(), std::optional(u"typed"_s));
     }
 
     void removalThatIsCancelled_asksNothingOfTheItem()
@@ -201,7 +201,7 @@ private Q_SLOTS:
         s->Details.Type(u"typed"_s);
         s->Script.ExpectMsgBox(u"Remove Database"_s, MsgBoxResult::Cancel);
         s->Libraries.mnuRemoveDBItem_Click();
-        QCOMPARE(s->Details.Typed, std::optional(u"typed"_s));
+        QCOMPARE(s->Details.Typed(), std::optional(u"typed"_s));
     }
 
     void withoutALibrary_noCommandDoesAnything()
@@ -238,7 +238,7 @@ private Q_SLOTS:
         s->Details.Type(u"typed"_s);
         s->Script.ExpectMsgBox(ApplicationTitle);
         s->Items.mnuSaveItem_Click();
-        QCOMPARE(s->Details.Typed, std::optional(u"typed"_s));
+        QCOMPARE(s->Details.Typed(), std::optional(u"typed"_s));
         s->Script.ExpectMsgBox(ApplicationTitle);
         s->Script.ExpectMsgBox(u"Save Item"_s, MsgBoxResult::Yes); // lost, as the user wants
         s->Click(u"b"_s);
@@ -966,7 +966,7 @@ private:
     {
         return s->State.CurrentDatabase->QueryValue(u"SELECT "_s + column + u" FROM Items WHERE Title = ?"_s, {title});
     }
-    QString Code(const QString& title) { return Column(title, u"Code"_s).ToText(); }
+    QString Code(const QString& title) { return PlainTextFromRtf(Column(title, u"Code"_s).ToText()); }
     Date LastChanged(const QString& title) { return Column(title, u"LastChanged"_s).ToDate(); }
     qint64 ParentOf(qint64 id)
     {

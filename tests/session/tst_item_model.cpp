@@ -1,4 +1,5 @@
 #include "maintenance/LibraryCheck.h"
+#include "platform/richtext/RtfPlainText.h"
 #include "store/ItemBranch.h"
 #include "store/Library.h"
 #include "support/ErrorRoutine.h"
@@ -105,7 +106,7 @@ struct PlainSession {
             return;
         PlainItem& row = At(Open);
         row.Code = Typed.value_or(row.Code);
-        row.Changed = OpenChanged;
+        row.Changed = DateHeld ? OpenChanged : Clock::Now();
         Forget();
     }
     void Forget()
@@ -389,7 +390,7 @@ private:
         library.Execute(u"UPDATE Items SET Notes = ? WHERE ID = ?"_s, {u"notes %1"_s.arg(id), id});
         plain.Items[id] = {.Parent = parent,
                            .Title = title,
-                           .Code = library.QueryValue(u"SELECT Code FROM Items WHERE ID = ?"_s, {id}).ToText(),
+                           .Code = u"code of "_s + title,
                            .Notes = u"notes %1"_s.arg(id),
                            .Changed = Now()};
         plain.At(parent).Children.push_back(id);
@@ -551,7 +552,7 @@ private:
         }
         s.Items.DeleteCodeItem();
         if (plain.Open != id)
-            s.Details.Typed.reset();
+            s.Details.ResetChangedBooleans();
         Check(!s.Script.Messages.isEmpty()
                   && s.Script.Messages.last().Text.endsWith(branch ? u"and all child records?"_s
                                                                    : u"Delete selected item?"_s),
@@ -829,7 +830,7 @@ private:
             };
             check(rows.Long(1) == item.Parent, u"the parent %1"_s.arg(rows.Long(1)));
             check(rows.Text(2) == item.Title, u"the title '%1'"_s.arg(rows.Text(2)));
-            check(rows.Text(3) == item.Code, u"the code '%1'"_s.arg(rows.Text(3)));
+            check(PlainTextFromRtf(rows.Text(3)) == item.Code, u"the code '%1'"_s.arg(rows.Text(3)));
             check(rows.Text(4) == item.Notes, u"the notes '%1'"_s.arg(rows.Text(4)));
             check(rows.Long(5) == item.Status, u"the status %1"_s.arg(rows.Long(5)));
             check(rows.Long(6) == item.Changed.Seconds(), u"the date %1"_s.arg(rows.Long(6)));
@@ -850,9 +851,10 @@ private:
         const PlainItem& row = plain.At(plain.Open);
         Check(item->Title() == row.Title, u"the open item has the title '%1'"_s.arg(item->Title()));
         Check(item->ParentKey() == QString::number(row.Parent), u"the open item has the parent "_s + item->ParentKey());
-        Check(item->Code() == row.Code && item->Notes() == row.Notes, u"the open item has other texts"_s);
+        Check(PlainTextFromRtf(item->Code()) == row.Code && item->Notes() == row.Notes,
+              u"the open item has other texts"_s);
         Check(item->ItemChanged() == plain.Dirty, u"whether the open item is changed"_s);
-        Check(s.Details.Typed == plain.Typed, u"what is typed"_s);
+        Check(s.Details.Typed() == plain.Typed, u"what is typed"_s);
     }
 
     TestSession s;

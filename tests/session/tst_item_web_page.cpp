@@ -1,3 +1,4 @@
+#include "platform/richtext/RtfPlainText.h"
 #include "session/ItemWebPage.h"
 #include "support/TestSession.h"
 
@@ -84,7 +85,7 @@ private Q_SLOTS:
         QVERIFY(s->State.oCodeItem->ItemChanged());
         QVERIFY(s->Details.SaveItem());
         QCOMPARE(Read(u"HTMLPage"_s).ToBoolean(), false);
-        QCOMPARE(Read(u"Code"_s).ToText(), u"typed"_s);
+        QCOMPARE(PlainTextFromRtf(Read(u"Code"_s).ToText()), u"typed"_s);
     }
 
     void typedAddress_isNavigatedTo()

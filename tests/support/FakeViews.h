@@ -3,7 +3,9 @@
 #include "panels/ItemTreeView.h"
 #include "session/ShellView.h"
 #include "store/CCodeItem.h"
+#include "support/WindowlessBox.h"
 #include "text/ItemDetailsView.h"
+#include "text/ItemEditor.h"
 
 #include <QPointer>
 #include <QRegularExpression>
@@ -70,65 +72,83 @@ private:
     TreeNodes m_nodes;
 };
 
-/// Writes down what the details panel is told.
-class FakeDetailsView : public ItemDetailsView {
+/// A details panel without a window: the real editor over boxes without one. Writes down what it is told.
+class FakeDetailsView : public ItemDetailsView, private ItemEditorView {
 public:
+    FakeDetailsView()
+    {
+        for (const ItemText text : {ItemText::Code, ItemText::Notes, ItemText::Usage})
+            Boxes[size_t(text)].Changed = [this, text] { Editor.BoxChanged(text); };
+        Editor.KeepingDeletedRecord = [this](const QString& id) {
+            if (KeepingDeletedRecord)
+                KeepingDeletedRecord(id);
+        };
+        Editor.TitleTaken = [this](const QString& id, const QString& title) {
+            if (TitleTaken)
+                TitleTaken(id, title);
+        };
+    }
+
     void Initialise(Library* library, CCodeItem* item) override
     {
         HasDatabase = library != nullptr;
         Item = item;
         Code = Notes = Usage = Files = Links = false;
-        if (item)
-            Title = item->Title();
+        Editor.Initialise(library, item);
         ++Initialised;
     }
-    void TreeReplaced() override { ++Replaced; }
-    void SetLocked(bool locked) override { IsLocked = locked; }
+    void TreeReplaced() override
+    {
+        Editor.TreeReplaced();
+        ++Replaced;
+    }
+    void SetLocked(bool locked) override
+    {
+        IsLocked = locked;
+        Editor.SetLocked(locked);
+    }
     bool Locked() const override { return IsLocked; }
-    void FormatingInitialize(Library&) override { ++FormatsRead; }
-    void SetCodeEnabled(bool has) override { Code = has; }
-    void SetNotesEnabled(bool has) override { Notes = has; }
-    void SetUsageEnabled(bool has) override { Usage = has; }
-    void SetFilesEnabled(bool has) override { Files = has; }
-    void SetLinksEnabled(bool has) override { Links = has; }
+    void FormatingInitialize(Library& library) override
+    {
+        Editor.FormatingInitialize(library);
+        ++FormatsRead;
+    }
+    void SetTabEnabled(DetailsTab tab, bool has) override { Editor.SetTabEnabled(tab, has); }
     void SetCurrentView(DetailsTab tab) override { View = tab; }
     void ColorizeItem() override
     {
         ++Colorized;
-        Item->SetItemChanged(true);
+        Editor.ColorizeItem();
     }
-    /// The user types a text into the item that is shown.
+    /// The user types a text into the item that is shown, in the place of its code.
     void Type(const QString& code)
     {
-        Typed = code;
-        Item->SetItemChanged(true);
+        WindowlessBox& box = Boxes[size_t(ItemText::Code)];
+        box.SetSelStart(0);
+        box.SetSelLength(box.Text().size());
+        box.TypeText(code);
+    }
+    /// What was typed and is not saved.
+    std::optional<QString> Typed() const
+    {
+        return Editor.Changed(ItemText::Code) ? std::optional(Boxes[size_t(ItemText::Code)].Text()) : std::nullopt;
     }
     bool SaveItem(bool keep = false) override
     {
-        if (!Item || !Item->Unsaved())
-            return true;
-        ++Saves;
-        if (Typed)
-            Item->SetCode(*Typed);
-        if (!Item->Commit())
-            return false;
-        Typed.reset();
-        if (keep && KeepingDeletedRecord)
-            KeepingDeletedRecord(Item->Key());
-        return true;
+        return Counted([&] { return Editor.SaveItem(keep); });
     }
     bool SetItemChanged(bool automatic) override
     {
         if (Item && Item->Unsaved())
             Automatic = automatic;
-        return SaveItem(Item && Item->ItemMarkedForDelete());
+        return Counted([&] { return Editor.SetItemChanged(automatic); });
     }
     bool SaveFileDescChanges(bool) override { return true; }
     void ForgetFileDescChanges() override {}
 
     void ResetChangedBooleans() override
     {
-        Typed.reset();
+        Editor.ResetChangedBooleans();
         ++Resets;
     }
 
@@ -145,10 +165,35 @@ public:
     int Saves = 0;
     int Resets = 0;
     bool Automatic = false;
-    std::optional<QString> Typed;
     std::optional<DetailsTab> View;
     bool IsLocked = false;
     bool Code = false, Notes = false, Usage = false, Files = false, Links = false;
+
+    CTextFormat Formatter;
+    std::array<WindowlessBox, 3> Boxes;
+    ItemEditor Editor{Formatter, {&Boxes[0], &Boxes[1], &Boxes[2]}, *this};
+
+private:
+    bool Counted(const std::function<bool()>& save)
+    {
+        const bool waits = Item && Item->Unsaved();
+        const bool saved = save();
+        Saves += waits && saved && Item && !Item->Unsaved() ? 1 : 0;
+        return saved;
+    }
+
+    // ItemEditorView
+    void ShowFacts(CCodeItem& item) override { Title = item.Title(); }
+    void ShowLinks() override {}
+    void ShowTabEnabled(DetailsTab tab, bool has) override
+    {
+        bool* const flags[] = {nullptr, &Code, &Notes, &Usage, &Files, &Links, nullptr};
+        if (bool* flag = flags[size_t(tab)])
+            *flag = has;
+    }
+    std::optional<DetailsTab> CurrentView() const override { return View; }
+    void DisplayTabWithContent() override { View = Editor.TabToShow(View.value_or(DetailsTab::Code)); }
+    void ShowStage(const QString&) override {}
 };
 
 /// A main window without a window. A change of the combo box's index runs ComboClick, as a real

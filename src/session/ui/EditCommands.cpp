@@ -15,7 +15,7 @@ EditCommands::EditCommands(Commands& commands, ctlCodeDetails& details, QObject*
     RegisterView();
     RegisterWeb();
     connect(&details, &ctlCodeDetails::TextChanged, this, &EditCommands::ShowColorizeState);
-    connect(&details, &ctlCodeDetails::ColorizeStateChanged, this, &EditCommands::ShowColorizeState);
+    connect(&details.Editor(), &ItemEditor::ColorizeStateChanged, this, &EditCommands::ShowColorizeState);
 }
 
 void EditCommands::RegisterText()

@@ -290,8 +290,9 @@ void frmCodeLib::ConnectDetails()
     connect(ctlCodeItemDetails, &ctlCodeDetails::BrowserLinkHovered, statusBar(), [this](const QString& address) {
         address.isEmpty() ? statusBar()->clearMessage() : statusBar()->showMessage(address);
     });
-    connect(ctlCodeItemDetails, &ctlCodeDetails::ItemLanguageChanged, this, &frmCodeLib::ShowLanguage);
-    connect(m_language, &LanguageButton::Chosen, ctlCodeItemDetails, &ctlCodeDetails::SetItemLanguage);
+    ItemEditor& editor = ctlCodeItemDetails->Editor();
+    connect(&editor, &ItemEditor::ItemLanguageChanged, this, &frmCodeLib::ShowLanguage);
+    connect(m_language, &LanguageButton::Chosen, &editor, &ItemEditor::SetItemLanguage);
     connect(ctlCodeItemDetails, &ctlCodeDetails::DefaultPagesMissing, this, [this](const QString& folder) {
         if (CurrentDatabase() && !CurrentDatabase()->IsReadOnly())
             Guarded(u"MainForm"_s, u"CreateDefaultHTMLItems"_s, [&] { CreateDefaultHTMLItems(folder); });
@@ -324,7 +325,8 @@ void frmCodeLib::ConnectFiles()
         constexpr int Shown = 10'000; // milliseconds
         statusBar()->showMessage(text.simplified(), Shown);
     });
-    connect(m_storedFiles, &ctlFileDetails::FilesChanged, ctlCodeItemDetails, &ctlCodeDetails::SetFilesEnabled);
+    connect(m_storedFiles, &ctlFileDetails::FilesChanged, ctlCodeItemDetails,
+            [this](bool hasFiles) { ctlCodeItemDetails->SetFilesEnabled(hasFiles); });
     connect(&m_commands, &Commands::Changed, this, [this](const QString& name) {
         if (name == u"SAVE"_s && m_session.moSettings)
             UpdateAskToSaveFileDescChanges();

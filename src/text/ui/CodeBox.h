@@ -25,12 +25,9 @@ public:
     int LineCount() const { return blockCount(); }
     void SetZoom(double factor) override;
 
-    /// From now on what is seen is coloured by rules while it is edited; the text itself holds no
-    /// colours then. @p paint colours a copy that leaves the box by the clipboard. Null: the text is
-    /// shown in the looks that it has.
-    void SetColouring(RuleScan* scan, std::function<void(RichText&)> paint);
+    void SetColouring(RuleScan* scan, std::function<void(RichText&)> paint) override;
+    bool ColoursByRules() const override { return m_colours.IsOn(); }
     void SetPalette(const TokenPalette& palette);
-    bool ColoursByRules() const { return m_colours.IsOn(); }
 
 Q_SIGNALS:
     void ZoomAsked(int steps);

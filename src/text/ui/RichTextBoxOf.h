@@ -20,10 +20,16 @@ public:
     // UserTextBox
     QWidget& Widget() override { return *this; }
     RichText Content() const override { return m_text; }
+    void SetContent(const RichText& content) override;
     void SetRepainted(const RichText& painted) override;
     bool IsEmpty() const override { return m_text.Document().Length() == 0; }
     bool Locked() const override { return Editor::isReadOnly(); }
     void SetLocked(bool locked) override;
+    void SetLanguage(const QString& name) override { m_text.Document().SetLanguage(name); }
+    bool HasFocus() const override { return Editor::hasFocus(); }
+    void TakeFocus() override { Editor::setFocus(); }
+    void InOneStep(const std::function<void()>& changes) override;
+    bool TypeText(const QString& text) override;
     UndoType UndoName() const override { return m_undoNames.Undoes(Editor::document()->availableUndoSteps()); }
     UndoType RedoName() const override { return m_undoNames.Redoes(Editor::document()->availableUndoSteps()); }
     bool CanUndo() const override { return !Locked() && !m_waits && Editor::document()->isUndoAvailable(); }
@@ -37,21 +43,11 @@ public:
     void PastePlainText() override;
     void Clear() override;
 
-    /// Changes that are undone as one.
-    void InOneStep(const std::function<void()>& changes);
-    /// Puts a text in the place of the selection as if the user had typed it. False when it is refused.
-    bool TypeText(const QString& text);
-
     /// Looks and pictures from other programs are taken in by a paste, not only their text.
     void SetTakesForeignLooks(bool takes) { m_takesForeignLooks = takes; }
 
     void SetZoom(double factor) override;
     void MarkPlaces(const QList<qsizetype>& begins, qsizetype length) override;
-
-    /// Takes over a text as a whole; what could be undone is gone.
-    void SetContent(const RichText& content);
-    /// The programming language that the text names.
-    void SetLanguage(const QString& name) { m_text.Document().SetLanguage(name); }
 
     /// The font of texts that name none, from the next text on.
     void SetDefaultFont(const RtfFont& font) { m_font = font; }

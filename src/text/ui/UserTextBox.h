@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/richtext/RichText.h"
+#include "text/ItemTextBox.h"
 #include "text/ui/UndoNames.h"
 
 class QWidget;
@@ -8,20 +8,10 @@ class QWidget;
 namespace qb {
 
 /// A rich text box that a user edits in a window.
-class UserTextBox : public IRichTextBox {
+class UserTextBox : public IRichTextBox, public ItemTextBox {
 public:
     virtual QWidget& Widget() = 0;
-
-    /// A copy of the whole content to work on.
-    virtual RichText Content() const = 0;
-    /// Takes over a copy whose looks were changed, and spelling without a change of lengths, as
-    /// one step of undo; the caret stays.
-    virtual void SetRepainted(const RichText& painted) = 0;
-    virtual bool IsEmpty() const = 0;
-
-    virtual bool Locked() const = 0;
-    /// Keeps the user from changes; code may still make them.
-    virtual void SetLocked(bool locked) = 0;
+    IRichTextBox& TextBox() override { return *this; }
 
     /// Shows everything larger or smaller; 1 is as it is.
     virtual void SetZoom(double factor) = 0;

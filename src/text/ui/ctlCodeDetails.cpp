@@ -1,32 +1,25 @@
 #include "text/ui/ctlCodeDetails.h"
 
-#include "platform/dao/Database.h"
-#include "platform/system/Clock.h"
-#include "platform/system/Prompts.h"
-#include "platform/system/Shell.h"
 #include "store/CCodeItem.h"
-#include "store/ItemMerge.h"
 #include "store/Library.h"
-#include "support/ErrorRoutine.h"
+#include "support/Addresses.h"
 #include "support/ui/Icons.h"
 #include "text/FileDetailsView.h"
+#include "text/OpenAddress.h"
 #include "text/ui/CodeBox.h"
+#include "text/ui/ColorizeProgress.h"
 #include "text/ui/FindBar.h"
 #include "text/ui/LinkNotes.h"
+#include "text/ui/PlainLabel.h"
 #include "text/ui/RichTextBox.h"
-#include "web/WebPages.h"
+#include "text/ui/WelcomeView.h"
+#include "web/LocalPages.h"
 #include "web/ui/BrowserView.h"
 #include "web/ui/BusyLogo.h"
-#include "web/ui/LocalPage.h"
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QFileInfo>
+#include <QKeyEvent>
 #include <QLabel>
-#include <QLocale>
 #include <QPlainTextEdit>
-#include <QProgressBar>
-#include <QScopedValueRollback>
 #include <QStackedWidget>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -58,77 +51,35 @@ int IndexOf(DetailsTab tab)
     return row == std::end(TabRows) ? -1 : int(row - std::begin(TabRows));
 }
 
-const QString ModuleName = u"ctlCodeDetails"_s;
 constexpr int Gap = 12;
-constexpr int ZoomStep = 10; // percent
-
-QLabel* MakeLabel(const QString& name, double scale, bool bold)
-{
-    auto* label = new QLabel;
-    label->setObjectName(name);
-    label->setTextFormat(Qt::PlainText);
-    label->setWordWrap(true);
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    QFont font = label->font();
-    font.setPointSizeF(font.pointSizeF() * scale);
-    font.setBold(bold);
-    label->setFont(font);
-    return label;
-}
 
 } // namespace
 
-ctlCodeDetails::ctlCodeDetails(QWidget* parent) : QWidget(parent), m_pages(new QStackedWidget)
+ctlCodeDetails::ctlCodeDetails(QWidget* parent)
+    : QWidget(parent), TextCommands(mFT, *this), m_pages(new QStackedWidget), m_welcome(new WelcomeView),
+      picColorize(nullptr)
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_pages);
-    m_pages->addWidget(MakeWelcomePage());
+    m_pages->addWidget(m_welcome);
     m_pages->addWidget(MakeItemPage());
-    MakeProgress();
+    picColorize = new ColorizeProgress(*this);
+    ConnectWelcomePage();
+    ConnectBoxes();
+    ConnectTexts();
     ConnectFormatter();
-    m_recoveryTimer.setSingleShot(true);
-    m_recoveryTimer.setInterval(RecoveryInterval);
-    connect(&m_recoveryTimer, &QTimer::timeout, this, &ctlCodeDetails::KeepUnsavedTexts);
+    ConnectBrowser();
 }
 
-QWidget* ctlCodeDetails::MakeWelcomePage()
-{
-    constexpr int IconSize = 64;
-    auto* page = new QWidget;
-    page->setObjectName(u"welcome"_s);
-    auto* icon = new QLabel;
-    icon->setPixmap(IconNamed(u"quillbase"_s).pixmap(IconSize));
-    QLabel* title = MakeLabel(u"Label1"_s, 1.5, true);
-    title->setText(u"Welcome to the KT Quillbase Code Library"_s);
-    m_facts = MakeLabel(u"lblLibraryFacts"_s, 0.9, false);
-    webWelcome = new LocalPage;
-    webWelcome->setObjectName(u"webWelcome"_s);
-    webWelcome->document()->setDocumentMargin(Gap);
-    connect(webWelcome, &LocalPage::AddressActivated, this, &ctlCodeDetails::OpenAddress);
-    auto* words = new QVBoxLayout;
-    words->addWidget(title);
-    words->addWidget(m_facts);
-    auto* header = new QHBoxLayout;
-    header->setContentsMargins(Gap, Gap, Gap, Gap);
-    header->setSpacing(Gap);
-    header->addWidget(icon);
-    header->addLayout(words, 1);
-    auto* layout = new QVBoxLayout(page);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
-    layout->addLayout(header);
-    layout->addWidget(webWelcome, 1);
-    return page;
-}
+// Layout
 
 QWidget* ctlCodeDetails::MakeItemPage()
 {
     auto* page = new QWidget;
-    m_title = MakeLabel(u"lblTitle"_s, 1.35, true);
-    m_description = MakeLabel(u"lblDescription"_s, 1.0, false);
-    m_lockedState = MakeLabel(u"lblLockedState"_s, 0.9, false);
-    MakeBoxes();
+    m_title = MakePlainLabel(u"lblTitle"_s, 1.35, true);
+    m_description = MakePlainLabel(u"lblDescription"_s, 1.0, false);
+    m_lockedState = MakePlainLabel(u"lblLockedState"_s, 0.9, false);
     MakeTabs();
     auto* header = new QVBoxLayout;
     header->setContentsMargins(Gap, Gap, Gap, 0);
@@ -150,15 +101,12 @@ void ctlCodeDetails::MakeTabs()
     m_filePage = new QWidget;
     auto* fileLayout = new QVBoxLayout(m_filePage);
     fileLayout->setContentsMargins(0, 0, 0, 0);
-    webLinks = new BrowserView;
-    webLinks->setObjectName(u"webLinks"_s);
-    imgLabel = new BusyLogo;
-    imgLabel->setObjectName(u"imgLabel"_s);
     m_tabs = new QTabWidget;
     m_tabs->setObjectName(u"tbsTabs"_s);
     m_tabs->setDocumentMode(true);
     m_tabs->setCornerWidget(imgLabel);
-    const std::array<QWidget*, std::size(TabRows)> pages{rtbCode, rtbNotes, rtbUsage, m_filePage, webLinks, m_infoPage};
+    const std::array<QWidget*, std::size(TabRows)> pages{rtbCode,    rtbNotes, rtbUsage,
+                                                         m_filePage, webLinks, MakeInfoPage()};
     for (size_t i = 0; i < pages.size(); ++i)
         m_tabs->addTab(pages[i], QString::fromLatin1(TabRows[i].Title));
     for (const TabRow& row : TabRows)
@@ -167,49 +115,73 @@ void ctlCodeDetails::MakeTabs()
     connect(m_tabs, &QTabWidget::currentChanged, this, &ctlCodeDetails::CurrentViewChanged);
     connect(this, &ctlCodeDetails::CurrentViewChanged, imgLabel,
             [this] { imgLabel->setVisible(CurrentView() == DetailsTab::Links); });
-    ConnectBrowser();
 }
 
-void ctlCodeDetails::MakeBoxes()
+QWidget* ctlCodeDetails::MakeInfoPage()
 {
-    rtbCode = new CodeBox;
-    rtbCode->setObjectName(u"rtbCode"_s);
-    rtbNotes = new RichTextBox;
-    rtbNotes->setObjectName(u"rtbNotes"_s);
-    rtbUsage = new CodeBox;
-    rtbUsage->setObjectName(u"rtbUsage"_s);
     txtInfo = new QPlainTextEdit;
     txtInfo->setObjectName(u"txtInfo"_s);
     txtInfo->setReadOnly(true);
     txtInfo->setFrameShape(QFrame::NoFrame);
     m_linkNotes = new LinkNotes;
-    m_infoPage = new QWidget;
-    auto* infoLayout = new QVBoxLayout(m_infoPage);
-    infoLayout->setContentsMargins(0, 0, 0, 0);
-    infoLayout->setSpacing(0);
-    infoLayout->addWidget(txtInfo, 1);
-    infoLayout->addWidget(m_linkNotes, 1);
-    rtbNotes->installEventFilter(this);
-    rtbCode->installEventFilter(this);
-    rtbUsage->installEventFilter(this);
-    for (CodeBox* box : {rtbCode, rtbUsage}) {
-        connect(box, &CodeBox::ZoomAsked, this, [this](int steps) { SetZoom(m_zoom + steps * ZoomStep); });
-        connect(box, &CodeBox::TextTakenBack, this, [this, box] { SectionsTakenBack(*box); });
-    }
-    connect(rtbNotes, &RichTextBox::ZoomAsked, this, [this](int steps) { SetZoom(m_zoom + steps * ZoomStep); });
-    ConnectBox(rtbCode, CodeText);
-    ConnectBox(rtbNotes, NotesText);
-    ConnectBox(rtbUsage, UsageText);
-    connect(rtbNotes, &RichTextBox::LinkActivated, this, &ctlCodeDetails::OpenAddress);
+    auto* page = new QWidget;
+    auto* layout = new QVBoxLayout(page);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(txtInfo, 1);
+    layout->addWidget(m_linkNotes, 1);
+    return page;
+}
+
+void ctlCodeDetails::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    picColorize->Place();
+}
+
+// Connections
+
+void ctlCodeDetails::ConnectWelcomePage()
+{
+    connect(m_welcome, &WelcomeView::DefaultPagesMissing, this, &ctlCodeDetails::DefaultPagesMissing);
+    connect(m_welcome, &WelcomeView::AddressActivated, this,
+            [this](const QString& address) { OpenAddress(address, [this](const QString& page) { Navigate(page); }); });
+}
+
+void ctlCodeDetails::ConnectBoxes()
+{
+    ConnectBox(rtbCode);
+    ConnectBox(rtbNotes);
+    ConnectBox(rtbUsage);
+    for (CodeBox* box : {rtbCode, rtbUsage})
+        connect(box, &CodeBox::TextTakenBack, this, [this, box] { m_sections.TextTakenBack(*TextOf(box)); });
+    connect(rtbNotes, &RichTextBox::LinkActivated, m_welcome, &WelcomeView::AddressActivated);
 }
 
 template <class Box>
-void ctlCodeDetails::ConnectBox(Box* box, Text text)
+void ctlCodeDetails::ConnectBox(Box* box)
 {
-    m_texts[text].Box = box;
-    connect(box, &Box::textChanged, this, [this, text] { BoxChanged(text); });
+    box->installEventFilter(this);
+    connect(box, &Box::textChanged, this, [this, text = *TextOf(box)] { m_editor.BoxChanged(text); });
     connect(box, &Box::cursorPositionChanged, this, &ctlCodeDetails::EditStateChanged);
     connect(box, &Box::selectionChanged, this, &ctlCodeDetails::EditStateChanged);
+    connect(box, &Box::ZoomAsked, this, [this](int steps) { ZoomBy(steps); });
+}
+
+void ctlCodeDetails::ConnectTexts()
+{
+    connect(&m_editor, &ItemEditor::TextChanged, this, &ctlCodeDetails::TextEdited);
+    connect(&m_sections, &ItemSections::HeaderMissing, this, &ctlCodeDetails::HeaderMissing);
+    connect(&m_sections, &ItemSections::SectionDeleted, this, &ctlCodeDetails::SectionDeleted);
+    connect(&m_sections, &ItemSections::SectionsTakenBack, this, &ctlCodeDetails::EditStateChanged);
+    m_editor.KeepingDeletedRecord = [this](const QString& id) {
+        if (KeepingDeletedRecord)
+            KeepingDeletedRecord(id);
+    };
+    m_editor.TitleTaken = [this](const QString& id, const QString& title) {
+        if (TitleTaken)
+            TitleTaken(id, title);
+    };
 }
 
 void ctlCodeDetails::ConnectFormatter()
@@ -218,7 +190,11 @@ void ctlCodeDetails::ConnectFormatter()
     connect(rtbNotes, &RichTextBox::selectionChanged, this, &ctlCodeDetails::ReadFormat);
     connect(rtbNotes, &RichTextBox::cursorPositionChanged, this, &ctlCodeDetails::ReadFormat);
     connect(this, &ctlCodeDetails::CurrentViewChanged, this, &ctlCodeDetails::PointFormatter);
-    connect(&mFT, &CTextFormat::eColorizeProgress, this, &ctlCodeDetails::ShowColorizeProgress);
+    connect(&mFT, &CTextFormat::eColorizeProgress, this, [this](int percent) {
+        if (percent == 0)
+            m_pages->setCurrentIndex(1);
+        picColorize->SetPercent(percent);
+    });
     connect(&mFT, &CTextFormat::eFontChanged, this, &ctlCodeDetails::eNotesFontChanged);
     connect(&mFT, &CTextFormat::eFontSizeChanged, this, &ctlCodeDetails::eNotesFontSizeChanged);
     connect(&mFT, &CTextFormat::eBoldStateChanged, this, &ctlCodeDetails::eNotesBoldStateChanged);
@@ -228,108 +204,73 @@ void ctlCodeDetails::ConnectFormatter()
     connect(&mFT, &CTextFormat::AllignmentStateChanged, this, &ctlCodeDetails::NotesAllignmentStateChanged);
 }
 
-void ctlCodeDetails::ReadFormat()
+void ctlCodeDetails::ConnectBrowser()
 {
-    if (m_userChange)
-        mFT.ReadValues();
+    connect(webLinks, &BrowserView::BeforeNavigate, this, [this](const QUrl& url) {
+        const bool isWeb = url.scheme() == u"http"_s || url.scheme() == u"https"_s;
+        imgLabel->SetBusy(isWeb);
+        Q_EMIT BeforeNavigate(AddressText(url));
+    });
+    connect(webLinks, &BrowserView::DocumentComplete, imgLabel, [this] { imgLabel->SetBusy(false); });
+    connect(webLinks, &BrowserView::CommandStateChange, this, &ctlCodeDetails::BrowserCommandStateChange);
+    connect(webLinks, &BrowserView::ProgressChange, this, &ctlCodeDetails::BrowserProgressChange);
+    connect(webLinks, &BrowserView::LinkHovered, this, &ctlCodeDetails::BrowserLinkHovered);
+    connect(webLinks, &BrowserView::OpenOutside, m_welcome, &WelcomeView::AddressActivated);
 }
 
-/// The formatter works on the notes of the item, or of the stored file where files are shown.
-void ctlCodeDetails::PointFormatter()
+void ctlCodeDetails::SetFileControl(FileDetailsView& files)
 {
-    const bool isFiles = CurrentView() == DetailsTab::Files && ctlFileDetails1;
-    mFT.SetRichTextBox(isFiles ? &ctlFileDetails1->DescriptionTextBox() : rtbNotes);
-    ReadFormat();
+    ctlFileDetails1 = &files;
+    m_filePage->layout()->addWidget(files.Page());
+    m_fileNotes = &files.DescriptionTextBox();
+    for (const auto signal : {&RichTextBox::selectionChanged, &RichTextBox::cursorPositionChanged}) {
+        connect(m_fileNotes, signal, this, &ctlCodeDetails::ReadFormat);
+        connect(m_fileNotes, signal, this, &ctlCodeDetails::EditStateChanged);
+    }
+    files.DescriptionShown = [this] {
+        ReadFormat();
+        m_findBar->Refresh();
+    };
+    connect(m_fileNotes, &RichTextBox::textChanged, this, &ctlCodeDetails::ReadFormat); // also after undo
+    connect(m_fileNotes, &RichTextBox::textChanged, m_findBar, &FindBar::RefreshSoon);
+    connect(m_fileNotes, &RichTextBox::ZoomAsked, this, [this](int steps) { ZoomBy(steps); });
+    connect(m_fileNotes, &RichTextBox::LinkActivated, m_welcome, &WelcomeView::AddressActivated);
 }
 
-void ctlCodeDetails::MakeProgress()
+bool ctlCodeDetails::eventFilter(QObject* watched, QEvent* event)
 {
-    auto* frame = new QFrame(this);
-    picColorize = frame;
-    picColorize->setObjectName(u"picColorize"_s);
-    frame->setFrameShape(QFrame::StyledPanel);
-    picColorize->setAutoFillBackground(true);
-    lblColorize = new QLabel(u"Colorizing"_s);
-    lblColorize->setObjectName(u"lblColorize"_s);
-    prbColorize = new QProgressBar;
-    prbColorize->setObjectName(u"prbColorize"_s);
-    auto* layout = new QHBoxLayout(picColorize);
-    layout->addWidget(lblColorize);
-    layout->addWidget(prbColorize, 1);
-    picColorize->hide();
-}
-
-void ctlCodeDetails::resizeEvent(QResizeEvent* event)
-{
-    QWidget::resizeEvent(event);
-    constexpr int Widest = 420;
-    const int width = std::min(Widest, this->width());
-    const int height = picColorize->sizeHint().height();
-    picColorize->setGeometry((this->width() - width) / 2, (this->height() - height) / 3, width, height);
+    if (event->type() == QEvent::KeyPress && (watched == rtbCode || watched == rtbUsage))
+        Q_EMIT CodeKeyDown(static_cast<QKeyEvent*>(event));
+    return BoxEvent(watched, *event) || QWidget::eventFilter(watched, event);
 }
 
 // An item comes and goes
 
 void ctlCodeDetails::Initialise(Library* library, CCodeItem* item)
 {
-    m_userChange = false;
-    ResetChangedBooleans();
-    m_item = item;
-    m_library = library;
+    m_editor.Initialise(library, item);
     m_htmlFolder = library ? library->HTMLFolder() : QString();
     if (!item) {
         if (ctlFileDetails1)
             ctlFileDetails1->Terminate();
-        ShowWelcomeFacts(library);
+        m_welcome->ShowLibrary(library);
         m_pages->setCurrentIndex(0);
         Q_EMIT CurrentViewChanged();
         return;
     }
-    m_recovery.emplace(library->Name());
     m_readOnly = library->IsReadOnly();
-    m_shownState = item->LastChanged();
-    ShowHeader();
-    for (const Text text : {CodeText, NotesText, UsageText})
-        ShowText(text);
     if (ctlFileDetails1)
         ctlFileDetails1->Initialise(*library, item->Key());
     ShowLockedState();
     DisplayTabWithContent();
     m_pages->setCurrentIndex(1);
-    m_userChange = true;
     mFT.ReadValues();
     Q_EMIT CurrentViewChanged();
 }
 
-void ctlCodeDetails::ShowText(Text text)
-{
-    if (text == NotesText)
-        rtbNotes->SetTextRTF(m_item->Notes());
-    else
-        ShowCode(text);
-}
-
-/// What is shown of the item beside its texts.
-void ctlCodeDetails::ShowHeader()
-{
-    m_title->setText(m_item->Title());
-    const QString description = m_item->Description();
-    m_description->setText(description);
-    m_description->setVisible(!description.isEmpty());
-    txtInfo->setPlainText(m_item->Info());
-    SetTabEnabled(DetailsTab::Info, !m_item->Info().isEmpty());
-    ShowLinks();
-}
-
-void ctlCodeDetails::ShowLinks()
-{
-    m_linkNotes->ShowLinks(m_item);
-}
-
 void ctlCodeDetails::TreeReplaced()
 {
-    m_userChange = false;
-    m_item = nullptr;
+    m_editor.TreeReplaced();
     if (ctlFileDetails1)
         ctlFileDetails1->Terminate();
     m_pages->setCurrentIndex(0);
@@ -338,152 +279,39 @@ void ctlCodeDetails::TreeReplaced()
 
 void ctlCodeDetails::SetLocked(bool locked)
 {
-    m_locked = locked;
-    for (const TextState& text : m_texts)
-        text.Box->SetLocked(locked);
+    m_editor.SetLocked(locked);
     m_linkNotes->SetLocked(locked);
     if (ctlFileDetails1)
         ctlFileDetails1->SetLocked(locked);
 }
 
-void ctlCodeDetails::SetFileControl(FileDetailsView& files)
+void ctlCodeDetails::ShowFacts(CCodeItem& item)
 {
-    ctlFileDetails1 = &files;
-    m_filePage->layout()->addWidget(files.Page());
-    RichTextBox* box = &files.DescriptionTextBox();
-    for (const auto signal : {&RichTextBox::selectionChanged, &RichTextBox::cursorPositionChanged}) {
-        connect(box, signal, this, &ctlCodeDetails::ReadFormat);
-        connect(box, signal, this, &ctlCodeDetails::EditStateChanged);
-    }
-    files.DescriptionShown = [this] {
-        ReadFormat();
-        m_findBar->Refresh();
-    };
-    connect(box, &RichTextBox::textChanged, this, &ctlCodeDetails::ReadFormat); // also after undo
-    connect(box, &RichTextBox::textChanged, m_findBar, &FindBar::RefreshSoon);
-    connect(box, &RichTextBox::ZoomAsked, this, [this](int steps) { SetZoom(m_zoom + steps * ZoomStep); });
-    connect(box, &RichTextBox::LinkActivated, this, &ctlCodeDetails::OpenAddress);
+    m_title->setText(item.Title());
+    const QString description = item.Description();
+    m_description->setText(description);
+    m_description->setVisible(!description.isEmpty());
+    txtInfo->setPlainText(item.Info());
+    SetTabEnabled(DetailsTab::Info, !item.Info().isEmpty());
+    ShowLinks();
 }
 
-void ctlCodeDetails::SetDefaultFont(const RtfFont& font)
+void ctlCodeDetails::ShowLinks()
 {
-    rtbNotes->SetDefaultFont(font);
-    if (ctlFileDetails1)
-        ctlFileDetails1->DescriptionTextBox().SetDefaultFont(font);
+    m_linkNotes->ShowLinks(m_editor.Item());
 }
 
-// Changes
-
-void ctlCodeDetails::BoxChanged(Text text)
+void ctlCodeDetails::ShowStage(const QString& stage)
 {
-    if (m_locked || !m_userChange || !m_item)
-        return;
-    m_item->SetItemChanged(true);
-    m_texts[text].Changed = true;
-    m_texts[text].Colorized = m_texts[text].Painted = false;
-    SetTabEnabled(TextTabs[text], !m_texts[text].Box->IsEmpty());
-    if (!m_recoveryTimer.isActive())
-        m_recoveryTimer.start();
-    if (text == NotesText)
-        mFT.ReadValues(); // an undo changes looks and moves nothing
-    m_findBar->RefreshSoon();
-    Q_EMIT TextChanged(TextTabs[text]);
-    Q_EMIT EditStateChanged();
+    picColorize->SetStage(stage);
 }
 
-void ctlCodeDetails::ResetChangedBooleans()
+void ctlCodeDetails::ShowLockedState()
 {
-    for (TextState& text : m_texts)
-        text.Changed = text.Colorized = false;
-    ForgetUnsavedTexts();
-}
-
-/// Code and usage go into the library painted.
-void ctlCodeDetails::StoreText(Text text)
-{
-    const TextState& state = m_texts[text];
-    if (!state.Changed && !state.Colorized)
-        return;
-    QString rtf;
-    if (text != NotesText && state.Changed && !state.Colorized)
-        rtf = fnColorize(text == CodeText ? u"Code"_s : u"Usage"_s, false);
-    else if (!state.Box->IsEmpty())
-        rtf = state.Box->TextRTF();
-    static constexpr std::array<void (CCodeItem::*)(const QString&), TextCount> setters{
-        &CCodeItem::SetCode, &CCodeItem::SetNotes, &CCodeItem::SetExample};
-    (m_item->*setters[text])(rtf);
-}
-
-bool ctlCodeDetails::SaveItem(bool keep)
-{
-    return Guarded(
-        ModuleName, u"SaveItem"_s,
-        [&] {
-            if (!m_item || !m_item->Unsaved())
-                return true;
-            const bool itemChanged = m_item->ItemChanged();
-            const bool linksChanged = m_item->LinksChanged();
-            lblColorize->setText(u"Saving Item"_s);
-            for (const Text text : {CodeText, NotesText, UsageText}) {
-                if (itemChanged)
-                    StoreText(text);
-            }
-            lblColorize->setText(u"Colorizing"_s);
-            if (itemChanged && !m_item->DontUpdateLastChangedDate())
-                m_item->SetLastChanged(Clock::Now());
-            const MergedSave save = SaveMerged(*m_item, *m_library);
-            ShowTaken(save.Taken);
-            if (!save.Saved)
-                return false;
-            if (linksChanged) {
-                m_item->ReloadLinks();
-                ShowLinks();
-            }
-            m_shownState = m_item->LastChanged();
-            ResetChangedBooleans();
-            if (keep && KeepingDeletedRecord)
-                KeepingDeletedRecord(m_item->Key());
-            return true;
-        },
-        false);
-}
-
-/// What another program had written to the item, as it stands in it now.
-void ctlCodeDetails::ShowTaken(const std::vector<size_t>& columns)
-{
-    const QScopedValueRollback userChange(m_userChange, false);
-    const auto isTaken = [&columns](CCodeItem::Column column) {
-        return std::find(columns.begin(), columns.end(), size_t(column)) != columns.end();
-    };
-    static constexpr std::array<CCodeItem::Column, TextCount> textColumns{CCodeItem::CodeColumn, CCodeItem::NotesColumn,
-                                                                          CCodeItem::ExampleColumn};
-    for (const Text text : {CodeText, NotesText, UsageText}) {
-        if (!isTaken(textColumns[text]))
-            continue;
-        m_texts[text].Changed = m_texts[text].Colorized = false;
-        ShowText(text);
-        SetTabEnabled(TextTabs[text], !m_texts[text].Box->IsEmpty());
-    }
-    if (!columns.empty())
-        ShowHeader();
-    if (isTaken(CCodeItem::TitleColumn) && TitleTaken)
-        TitleTaken(m_item->Key(), m_item->Title());
-}
-
-bool ctlCodeDetails::SetItemChanged(bool automatic)
-{
-    return Guarded(
-        ModuleName, u"<<Let>> ItemChanged"_s,
-        [&] {
-            bool saved = true;
-            if (m_item && m_item->Unsaved()) {
-                const bool marked = m_item->ItemChanged() && m_item->ItemMarkedForDelete();
-                if (!marked || automatic || KeepsDeletedItem())
-                    saved = SaveItem(marked);
-            }
-            return SaveFileDescChanges() && saved; // in every case
-        },
-        false);
+    const QString reason = m_readOnly ? u"read-only: the library can't be changed"_s
+                                      : u"locked until the next synchronization"_s;
+    m_lockedState->setText(Locked() ? reason : QString());
+    m_lockedState->setVisible(Locked());
 }
 
 bool ctlCodeDetails::SaveFileDescChanges(bool mayAsk)
@@ -497,27 +325,51 @@ void ctlCodeDetails::ForgetFileDescChanges()
         ctlFileDetails1->ForgetFileDescChanges();
 }
 
-/// Whether an item that waits for removal or for the mother is to become a regular one.
-bool ctlCodeDetails::KeepsDeletedItem() const
+// The texts
+
+void ctlCodeDetails::TextEdited(DetailsTab tab)
 {
-    Message question{
-        .Text = u"The item you have just updated is marked for deletion. \r\n"
-                "By saving your changes of this item you will reset this item's 'Deleted' status which is the same "
-                "as if you selected 'KEEP ITEM' option from the pop-up menu or the 'Item' menu. If you decide to "
-                "continue the item will appear as a 'regular' item from that point. \r\nDo you wish to continue?"_s,
-        .Caption = u"Update this item and reset its 'Deleted' status?"_s,
-        .Buttons = MsgBoxButtons::YesNo,
-        .Icon = MsgBoxIcon::Question,
-        .MustAnswer = true};
-    if (m_library->IsChildReplica()) {
-        question.Caption = u"Update this item and reset its 'Conflicting' status?"_s;
-        question.Text =
-            u"The item you have just updated is currently in conflict with its copy in mother database. \r\n"
-            "By saving your changes of this item you will cause another conflict on next synchronization with main "
-            "database. If you decide to continue, this item's 'Conflicting' status will be reset and the item will "
-            "appear as a 'regular' item from that point. \r\nDo you wish to continue?"_s;
-    }
-    return Prompts::Current().MsgBox(question) == MsgBoxResult::Yes;
+    if (tab == DetailsTab::Notes)
+        mFT.ReadValues(); // an undo changes looks and moves nothing
+    m_findBar->RefreshSoon();
+    Q_EMIT TextChanged(tab);
+    Q_EMIT EditStateChanged();
+}
+
+void ctlCodeDetails::ReadFormat()
+{
+    if (m_editor.TakesChanges())
+        mFT.ReadValues();
+}
+
+/// The formatter works on the notes of the item, or of the stored file where files are shown.
+void ctlCodeDetails::PointFormatter()
+{
+    const bool isFiles = CurrentView() == DetailsTab::Files && m_fileNotes;
+    mFT.SetRichTextBox(isFiles ? m_fileNotes : rtbNotes);
+    ReadFormat();
+}
+
+UserTextBox* ctlCodeDetails::CurrentBox() const
+{
+    const std::optional<DetailsTab> tab = CurrentView();
+    if (tab == DetailsTab::Notes)
+        return rtbNotes;
+    if (tab == DetailsTab::Files && m_fileNotes && m_fileNotes->isEnabled())
+        return m_fileNotes;
+    return CurrentCodeBox();
+}
+
+QString ctlCodeDetails::SelText() const
+{
+    const UserTextBox* box = CurrentBox();
+    return box ? box->SelText() : QString();
+}
+
+void ctlCodeDetails::FileNotesSetFocus()
+{
+    if (ctlFileDetails1)
+        ctlFileDetails1->NotesSetFocus();
 }
 
 // Tabs
@@ -534,43 +386,8 @@ void ctlCodeDetails::SetCurrentView(DetailsTab tab)
     m_tabs->setCurrentIndex(IndexOf(tab));
 }
 
-UserTextBox* ctlCodeDetails::CurrentBox() const
+void ctlCodeDetails::ShowTabEnabled(DetailsTab tab, bool hasContent)
 {
-    const std::optional<DetailsTab> tab = CurrentView();
-    if (tab == DetailsTab::Code)
-        return rtbCode;
-    if (tab == DetailsTab::Notes)
-        return rtbNotes;
-    if (tab == DetailsTab::Files && ctlFileDetails1 && ctlFileDetails1->DescriptionTextBox().isEnabled())
-        return &ctlFileDetails1->DescriptionTextBox();
-    return tab == DetailsTab::Usage ? rtbUsage : nullptr;
-}
-
-QString ctlCodeDetails::SelText() const
-{
-    const UserTextBox* box = CurrentBox();
-    return box ? box->SelText() : QString();
-}
-
-QString ctlCodeDetails::CodeWindowText() const
-{
-    return rtbCode->Text();
-}
-
-void ctlCodeDetails::NotesSetFocus()
-{
-    rtbNotes->setFocus();
-}
-
-void ctlCodeDetails::FileNotesSetFocus()
-{
-    if (ctlFileDetails1)
-        ctlFileDetails1->NotesSetFocus();
-}
-
-void ctlCodeDetails::SetTabEnabled(DetailsTab tab, bool hasContent)
-{
-    m_hasContent[size_t(tab)] = hasContent;
     const int index = IndexOf(tab);
     const TabRow& row = TabRows[index];
     m_tabs->setTabIcon(index, IconNamed(QString::fromLatin1(hasContent ? row.Image : row.EmptyImage)));
@@ -578,20 +395,23 @@ void ctlCodeDetails::SetTabEnabled(DetailsTab tab, bool hasContent)
 
 void ctlCodeDetails::DisplayTabWithContent()
 {
-    if (m_hasContent[size_t(TabRows[m_tabs->currentIndex()].Tab)])
-        return;
-    const auto first = std::find_if(std::begin(TabRows), std::end(TabRows),
-                                    [this](const TabRow& row) { return m_hasContent[size_t(row.Tab)]; });
-    if (first != std::end(TabRows))
-        SetCurrentView(first->Tab);
+    SetCurrentView(m_editor.TabToShow(TabRows[m_tabs->currentIndex()].Tab));
 }
 
-void ctlCodeDetails::ShowLockedState()
+// Pages
+
+void ctlCodeDetails::Navigate(const QString& address)
 {
-    const QString reason = m_readOnly ? u"read-only: the library can't be changed"_s
-                                      : u"locked until the next synchronization"_s;
-    m_lockedState->setText(m_locked ? reason : QString());
-    m_lockedState->setVisible(m_locked);
+    const QUrl url = UrlOfAddress(address);
+    if (IsAddress(url))
+        webLinks->Navigate(url, m_htmlFolder);
+    else
+        webLinks->TellNowhere(address, u"it is none."_s);
+}
+
+void ctlCodeDetails::WelcomeBrowserNavigate(const QString& page)
+{
+    m_welcome->ShowPage(page);
 }
 
 } // namespace qb

@@ -2,23 +2,20 @@
 
 #include "platform/richtext/Rtf.h"
 #include "platform/system/Prompts.h"
-#include "store/CCodeItem.h"
 #include "store/Library.h"
 #include "text/CodeSections.h"
-#include "text/ui/CodeBox.h"
-#include "text/ui/ctlCodeDetails.h"
+#include "text/ItemEditor.h"
 
-#include <QCoreApplication>
-#include <QProgressBar>
 #include <QScopedValueRollback>
-#include <QStackedWidget>
-#include <algorithm>
+#include <QSignalBlocker>
 
 namespace qb {
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr ItemText CodeTexts[] = {ItemText::Code, ItemText::Usage};
 
 /// Whether any of the text has a colour.
 bool HasColours(const RichTextDocument& document)
@@ -36,7 +33,7 @@ bool HasColours(const RichTextDocument& document)
 
 /// By rules, what is seen is coloured while it is seen, and the box holds a text without colours;
 /// else the box holds the text as it was stored.
-void ctlCodeDetails::ShowCode(Text text)
+void ItemEditor::ShowCode(ItemText text)
 {
     const QString code = m_item->Code();
     const QString usage = m_item->Example();
@@ -44,17 +41,16 @@ void ctlCodeDetails::ShowCode(Text text)
     if (m_itemLanguage.isEmpty())
         m_itemLanguage = LanguageInRtf(usage);
     mFT.SetItemLanguage(m_itemLanguage);
-    CodeBox& box = CodeBoxOf(text);
     RichText content;
-    content.SetTextRTF(text == CodeText ? code : usage);
-    m_texts[text].Painted = HasColours(content.Document());
+    content.SetTextRTF(text == ItemText::Code ? code : usage);
+    State(text).Painted = HasColours(content.Document());
     if (mFT.Rules())
         TakePaintOff(content);
-    ConnectColours(box);
-    box.SetContent(content);
+    ConnectColours(Box(text));
+    Box(text).SetContent(content);
 }
 
-void ctlCodeDetails::ConnectColours(CodeBox& box)
+void ItemEditor::ConnectColours(ItemTextBox& box)
 {
     box.SetColouring(mFT.Rules(), [this](RichText& copy) {
         const QSignalBlocker noProgress(&mFT);
@@ -62,59 +58,47 @@ void ctlCodeDetails::ConnectColours(CodeBox& box)
     });
 }
 
-CodeBox& ctlCodeDetails::CodeBoxOf(Text text) const
-{
-    return text == CodeText ? *rtbCode : *rtbUsage;
-}
-
-void ctlCodeDetails::FormatingInitialize(Library& library)
+void ItemEditor::FormatingInitialize(Library& library)
 {
     mFT.ColorizeInit(library);
-    for (const Text text : {CodeText, UsageText})
+    for (const ItemText text : CodeTexts)
         ShowByLanguage(text);
 }
 
 /// The text in a box is shown by another language.
-void ctlCodeDetails::ShowByLanguage(Text text)
+void ItemEditor::ShowByLanguage(ItemText text)
 {
     const QScopedValueRollback userChange(m_userChange, false);
-    CodeBox& box = CodeBoxOf(text);
+    ItemTextBox& box = Box(text);
     const bool wasOn = box.ColoursByRules();
     ConnectColours(box);
     if (wasOn == box.ColoursByRules() || box.IsEmpty())
         return;
     RichText content = box.Content();
     TakePaintOff(content);
-    const qsizetype caret = box.SelStart();
+    const qsizetype caret = box.TextBox().SelStart();
     box.SetContent(content); // an undo must not bring back the looks of another language
-    box.SetSelStart(caret);
-    m_texts[text].Painted = m_texts[text].Colorized = false;
-}
-
-void ctlCodeDetails::SetPalette(const TokenPalette& palette)
-{
-    mFT.SetPalette(palette);
-    rtbCode->SetPalette(palette);
-    rtbUsage->SetPalette(palette);
+    box.TextBox().SetSelStart(caret);
+    State(text).Painted = State(text).Colorized = false;
 }
 
 // Colouring
 
-QString ctlCodeDetails::fnColorize(const QString& tab, bool saveBack)
+QString ItemEditor::fnColorize(const QString& tab, bool saveBack)
 {
-    CodeBox* box = tab == u"Code"_s ? rtbCode : tab == u"Usage"_s ? rtbUsage : nullptr;
-    if (!box) {
+    if (tab != u"Code" && tab != u"Usage") {
         Prompts::Current().MsgBox({.Text = u"Unknown tab."_s, .Caption = u"Error"_s, .Icon = MsgBoxIcon::Critical});
         return {};
     }
-    const RichText rtbFormat = Painted(*box);
+    ItemTextBox& box = Box(tab == u"Code" ? ItemText::Code : ItemText::Usage);
+    const RichText rtbFormat = Painted(box);
     if (saveBack)
-        PutBack(*box, rtbFormat);
+        PutBack(box, rtbFormat);
     return rtbFormat.Text().isEmpty() ? QString() : rtbFormat.TextRTF();
 }
 
 /// A copy in colour: caret, selection and undo of the box stay as they are.
-RichText ctlCodeDetails::Painted(const CodeBox& box)
+RichText ItemEditor::Painted(const ItemTextBox& box)
 {
     RichText copy = box.Content();
     mFT.ColorizeCode(copy);
@@ -122,7 +106,7 @@ RichText ctlCodeDetails::Painted(const CodeBox& box)
 }
 
 /// A box that colours by rules shows the colours already.
-void ctlCodeDetails::PutBack(CodeBox& box, const RichText& painted)
+void ItemEditor::PutBack(ItemTextBox& box, const RichText& painted)
 {
     if (box.ColoursByRules())
         return;
@@ -130,36 +114,33 @@ void ctlCodeDetails::PutBack(CodeBox& box, const RichText& painted)
     box.SetRepainted(painted);
 }
 
-bool ctlCodeDetails::CanColorize() const
+bool ItemEditor::CanColorize() const
 {
-    const std::optional<DetailsTab> tab = CurrentView();
-    if (!m_item || m_locked || (tab != DetailsTab::Code && tab != DetailsTab::Usage))
+    const std::optional<ItemText> text = ShownCode();
+    if (!m_item || m_locked || !text)
         return false;
-    const TextState& state = m_texts[tab == DetailsTab::Code ? CodeText : UsageText];
-    return !CurrentCodeBox()->ColoursByRules() && !state.Painted && !state.Box->IsEmpty();
+    return !Box(*text).ColoursByRules() && !m_texts[size_t(*text)].Painted && !Box(*text).IsEmpty();
 }
 
-void ctlCodeDetails::ColorizeVisible()
+void ItemEditor::ColorizeVisible()
 {
     if (!CanColorize())
         return;
-    CodeBox& box = *CurrentCodeBox();
-    TextState& state = m_texts[&box == rtbCode ? CodeText : UsageText];
-    PutBack(box, Painted(box));
-    state.Colorized = state.Painted = true;
+    const ItemText text = *ShownCode();
+    PutBack(Box(text), Painted(Box(text)));
+    State(text).Colorized = State(text).Painted = true;
     m_item->SetItemChanged(true);
     Q_EMIT ColorizeStateChanged();
 }
 
 /// What rules paint is no change of an item: it is seen in colour, and stored as it is.
-void ctlCodeDetails::ColorizeItem()
+void ItemEditor::ColorizeItem()
 {
     if (!m_item || mFT.Rules())
         return;
-    for (const Text text : {CodeText, UsageText}) {
-        CodeBox& box = CodeBoxOf(text);
-        PutBack(box, Painted(box));
-        m_texts[text].Colorized = m_texts[text].Painted = true;
+    for (const ItemText text : CodeTexts) {
+        PutBack(Box(text), Painted(Box(text)));
+        State(text).Colorized = State(text).Painted = true;
     }
     m_item->SetItemChanged(true);
     Q_EMIT ColorizeStateChanged();
@@ -167,12 +148,7 @@ void ctlCodeDetails::ColorizeItem()
 
 // The item's own language
 
-QString ctlCodeDetails::ItemLanguage() const
-{
-    return m_item ? m_itemLanguage : QString();
-}
-
-void ctlCodeDetails::SetItemLanguage(const QString& name)
+void ItemEditor::SetItemLanguage(const QString& name)
 {
     if (!m_item || m_locked || name == ItemLanguage())
         return;
@@ -180,36 +156,17 @@ void ctlCodeDetails::SetItemLanguage(const QString& name)
     const QString formerComment = mFT.CommentIdentifier();
     m_itemLanguage = name;
     mFT.SetItemLanguage(name);
-    for (const Text text : {CodeText, UsageText}) {
-        CodeBox& box = CodeBoxOf(text);
-        SectionsOf(box).TakeOverHeaders(formerComment);
+    for (const ItemText text : CodeTexts) {
+        ItemTextBox& box = Box(text);
+        CodeSections(box.TextBox(), mFT.CommentIdentifier()).TakeOverHeaders(formerComment);
         box.SetLanguage(name);
         ShowByLanguage(text);
-        m_texts[text].Colorized = false;
-        m_texts[text].Changed = m_texts[text].Changed || !box.IsEmpty();
+        State(text).Colorized = false;
+        State(text).Changed = State(text).Changed || !box.IsEmpty();
     }
     m_item->SetItemChanged(true);
     Q_EMIT ColorizeStateChanged();
     Q_EMIT ItemLanguageChanged();
-}
-
-// Progress
-
-void ctlCodeDetails::ShowColorizeProgress(int percent)
-{
-    constexpr int Done = 100;
-    constexpr int NarrowestWithBar = 1000 / 15; // pixels; a bar in less would tell nothing
-    if (percent >= Done)
-        return picColorize->hide();
-    prbColorize->setValue(percent);
-    if (percent > 0)
-        return;
-    m_pages->setCurrentIndex(1);
-    if (width() < NarrowestWithBar)
-        return;
-    picColorize->show();
-    picColorize->raise();
-    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 
 } // namespace qb

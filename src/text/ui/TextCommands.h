@@ -1,0 +1,98 @@
+#pragma once
+
+#include "text/CodeKeys.h"
+#include "text/ItemSections.h"
+
+#include <optional>
+
+class QEvent;
+class QObject;
+
+namespace qb {
+
+class CodeBox;
+class FindBar;
+class RichTextBox;
+class UserTextBox;
+
+/// The boxes of an item's texts with what edits them, and the commands of a panel on the texts.
+class TextCommands {
+public:
+    /// What decides about the texts.
+    ItemEditor& Editor() { return m_editor; }
+    const ItemEditor& Editor() const { return m_editor; }
+
+    RichTextBox* RTBNotesControl() const { return rtbNotes; }
+    /// The code as plain text, as it stands in its box.
+    QString CodeWindowText() const;
+    void NotesSetFocus();
+
+    // Colouring, as the editor has it
+
+    QString fnColorize(const QString& tab, bool saveBack) { return m_editor.fnColorize(tab, saveBack); }
+    void SetCodeColorized(bool colorized) { m_editor.SetColorized(ItemText::Code, colorized); }
+    void SetUsageColorized(bool colorized) { m_editor.SetColorized(ItemText::Usage, colorized); }
+    void ColorizeVisible() { m_editor.ColorizeVisible(); }
+    bool CanColorize() const { return m_editor.CanColorize(); }
+    QString ItemLanguage() const { return m_editor.ItemLanguage(); }
+    bool TabEnabled(DetailsTab tab) const { return m_editor.TabEnabled(tab); }
+    /// The colours of what is painted by rules.
+    void SetPalette(const TokenPalette& palette);
+
+    // Sections, as ItemSections has them
+
+    void CreateCodeSection(CCodeItem& item, quint8 header, quint32 color);
+    QString PlaceOfNewSection(quint8 header) const { return m_sections.PlaceOfNewSection(header); }
+    bool GoToCodeSection(quint8 header, bool stayOnHeader);
+    /// From the caret's line to the end of its section; with 0 the whole text.
+    void CopyCodeSectionToClipboard(quint8 header);
+    void DeleteCodeSection(quint8 header) { m_sections.DeleteCodeSection(header); }
+    quint8 CurrentSection() const { return m_sections.CurrentSection(); }
+
+    // What is seen of the texts
+
+    void FindInText();
+    void FindNextOccurance();
+    void FindPreviousOccurance();
+    /// Asks for a line of the code and goes there.
+    void GoToLine();
+    /// In percent; the boxes keep within 50 to 400.
+    int Zoom() const { return m_zoom; }
+    void SetZoom(int percent);
+    void SetLineNumbers(bool shown);
+    void SetWordWrap(bool wraps);
+    /// The font of notes that have none of their own.
+    void SetDefaultFont(const RtfFont& font);
+
+    // Texts that were not saved before the program ended
+
+    /// As qb::OfferUnsavedTexts, for the texts of the panel.
+    void OfferUnsavedTexts(Library& library, const std::function<void(qint64 item)>& goTo);
+    void KeepUnsavedTexts() { m_editor.KeepUnsavedTexts(); }
+
+protected:
+    TextCommands(CTextFormat& formatter, ItemEditorView& view);
+    ~TextCommands() = default;
+
+    /// The box for code that is on the tab that is shown; null on any other.
+    CodeBox* CurrentCodeBox() const;
+    /// The text whose box that is.
+    std::optional<ItemText> TextOf(const QObject* box) const;
+    /// What a key or an input method does to a box before it sees it; true when that is all.
+    bool BoxEvent(const QObject* box, QEvent& event);
+    void ZoomBy(int steps);
+
+    CodeBox* rtbCode;
+    RichTextBox* rtbNotes;
+    CodeBox* rtbUsage;
+    RichTextBox* m_fileNotes = nullptr; ///< of a stored file: looks as the item's notes do
+    FindBar* m_findBar = nullptr;
+    ItemEditor m_editor;
+    ItemSections m_sections;
+    CodeKeys m_keys;
+
+private:
+    int m_zoom = 100;
+};
+
+} // namespace qb
