@@ -683,7 +683,7 @@ private Q_SLOTS:
     void removeDeletedItems_recordsNothing()
     {
         FillMother();
-        Database& database = *s->State.CurrentDatabase;
+        Library& database = *s->State.CurrentDatabase;
         const qint64 gone = s->Node(u"gone"_s).Id;
         AddStoredFile(database, gone, u"ä.txt"_s, "stored", Date::FromParts(2020, 1, 1));
         database.Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, DateAdded) VALUES (?, ?, 5)"_s,
@@ -694,7 +694,7 @@ private Q_SLOTS:
         for (const QString& table : {u"DeletedItems"_s, u"DeletedFiles"_s, u"DeletedItemLinks"_s})
             QCOMPARE(CountOf(database, table), 0);
         QCOMPARE(CountOf(database, u"ItemLinks"_s), 1); // left as it is, and so is the file
-        QCOMPARE(StoredNames(Session().CurrentFilesFolder).size(), 1);
+        QCOMPARE(StoredNames(database.FilesFolder()).size(), 1);
     }
 
     /// What is deleted by hand is told, so that the test before can fail.
@@ -716,7 +716,7 @@ private Q_SLOTS:
     void lastConflict_leavesItsTableAndTakesTheOthers()
     {
         QFETCH(bool, left);
-        Database& database = s->OpenLibrary();
+        Library& database = s->OpenLibrary();
         const qint64 item = AddItem(database, 0, u"item"_s);
         MakeMother(database, Date());
         CDBCreate create(&database);
@@ -738,7 +738,7 @@ private Q_SLOTS:
 
     void orphanFolderOfAPlainLibrary_isTheUsers()
     {
-        Database& database = s->OpenLibrary();
+        Library& database = s->OpenLibrary();
         const qint64 folder = AddItem(database, 0, OrphanedItemsTitle);
         AddItem(database, folder, u"orphan"_s);
         s->Tree.FillTree();
@@ -754,10 +754,10 @@ private Q_SLOTS:
     void exportedChild_deletesNoItemByAnyCommand()
     {
         Fill();
-        Database& database = *s->State.CurrentDatabase;
+        Library& database = *s->State.CurrentDatabase;
         MakeChild(database, s->Home.Path(u"mother.qbd"_s), Date());
         database.Execute(u"UPDATE Properties SET LastExported = 5"_s);
-        SetSessionValues(database);
+        database.ReadReplica();
         s->Click(u"b"_s);
         for (const QString& name : {u"DELETE"_s, u"mnuDeleteCode"_s}) {
             QVERIFY(!s->Enabled(name));
@@ -767,7 +767,7 @@ private Q_SLOTS:
         s->CommandStates.Run(u"mnuAddCode"_s);
         QCOMPARE(CountOf(database, u"Items"_s), 5);
         database.Execute(u"UPDATE Properties SET LastExported = 0"_s);
-        SetSessionValues(database);
+        database.ReadReplica();
         s->Click(u"a1"_s); // its answer has been taken in
         s->Script.ExpectMsgBox(u"Delete Stored Item"_s, MsgBoxResult::Yes);
         s->CommandStates.Run(u"DELETE"_s);
