@@ -187,16 +187,22 @@ void RuleScan::ScanSpan()
         } else if (interpolates && m_stack.size() < DeepestStack) {
             m_at += rule.InterpolationOpen.size();
             Paint(begin, m_at, rule.Paint);
-            Frame inner = frame;
-            inner.What = Frame::Is::Interpolation;
-            inner.Depth = 1;
-            inner.Mark.clear();
-            m_stack.append(inner);
-            m_stackChanged = true;
-            return Refresh();
+            return OpenInterpolation();
         }
     }
     Paint(begin, m_at, rule.Paint);
+}
+
+/// What follows within the string that is open is code again.
+void RuleScan::OpenInterpolation()
+{
+    Frame inner = m_stack.back();
+    inner.What = Frame::Is::Interpolation;
+    inner.Depth = 1;
+    inner.Mark.clear();
+    m_stack.append(inner);
+    m_stackChanged = true;
+    Refresh();
 }
 
 /// The closer has been passed. A quote may have a second part, as in s/.../.../ and s{...}{...}.

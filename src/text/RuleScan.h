@@ -47,6 +47,7 @@ private:
     void Load(int state);
     int Save();
     void ScanSpan();
+    void OpenInterpolation();
     void CloseSpan(const ScanRule& rule);
     bool PushSpan(int number, const QString& mark = {});
     void ScanHeredoc();

@@ -200,6 +200,13 @@ QWidget* LanguagePage::MakeButtons()
                 [this, run = button.Run] { Guarded(ModuleName, u"LanguagePage"_s, run); });
     }
     layout->addStretch();
+    AddDefinitionButtons(*layout);
+    return row;
+}
+
+/// The buttons that take a whole language, and give it out.
+void LanguagePage::AddDefinitionButtons(QBoxLayout& layout)
+{
     cmdExport = new QPushButton(u"&Export..."_s);
     cmdExport->setObjectName(u"cmdExport"_s);
     cmdImport = new QPushButton(u"&Import..."_s);
@@ -220,10 +227,9 @@ QWidget* LanguagePage::MakeButtons()
     cmdImport->setAutoDefault(false);
     for (QWidget* control :
          {static_cast<QWidget*>(m_shipped), static_cast<QWidget*>(cmdImport), static_cast<QWidget*>(cmdExport)})
-        layout->addWidget(control);
+        layout.addWidget(control);
     connect(cmdExport, &QPushButton::clicked, this, &LanguagePage::ExportLanguageDefinition);
     connect(cmdImport, &QPushButton::clicked, this, &LanguagePage::ImportLanguageDefinition);
-    return row;
 }
 
 QWidget* LanguagePage::MakeColours()

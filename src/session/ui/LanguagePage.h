@@ -6,6 +6,7 @@
 #include <QWidget>
 #include <functional>
 
+class QBoxLayout;
 class QCheckBox;
 class QLabel;
 class QLineEdit;
@@ -60,6 +61,7 @@ private:
     QWidget* MakeValues();
     QWidget* MakeGrid();
     QWidget* MakeButtons();
+    void AddDefinitionButtons(QBoxLayout& layout);
     QWidget* MakeColours();
     QWidget* MakeRules();
     void TakeRules();
