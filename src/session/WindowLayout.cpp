@@ -106,6 +106,13 @@ void WindowLayout::Save(bool treeHidden)
     SaveSettings(SettingsApplication, settings);
 }
 
+int WindowLayout::AddressWidth(int form, int left) const
+{
+    constexpr int Beside = 3665;
+    const int inNewRow = form - Beside;
+    return std::max(0, Flag(FormatTlbrNewRow) ? inNewRow : std::min(inNewRow, left));
+}
+
 int WindowLayout::Number(Key key) const
 {
     return m_values[key].toInt();

@@ -46,6 +46,10 @@ public:
     /// written as 0.
     void Save(bool treeHidden);
 
+    /// The width of the address of a web page. In a new row it is that of the window's inner area (@p form), less
+    /// the buttons and what stands beside them; in the second band it is what the band has left (@p left).
+    int AddressWidth(int form, int left) const;
+
     int Number(Key key) const;
     bool Flag(Key key) const;
     void SetNumber(Key key, int value);

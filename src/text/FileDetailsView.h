@@ -39,6 +39,12 @@ public:
     /// The box of the current file's description.
     virtual RichTextBox& DescriptionTextBox() = 0;
     virtual void NotesSetFocus() = 0;
+
+    // What is done with the files
+    virtual void AddFile() = 0;
+    virtual void DeleteFile() = 0;
+    virtual void ExportFile() = 0;
+    virtual void UnzipToDirectory() = 0;
 };
 
 } // namespace qb

@@ -98,6 +98,12 @@ void ItemEditor::TreeReplaced()
     m_item = nullptr;
 }
 
+void ItemEditor::Terminate()
+{
+    TreeReplaced();
+    m_library = nullptr;
+}
+
 void ItemEditor::SetLocked(bool locked)
 {
     m_locked = locked;

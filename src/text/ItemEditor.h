@@ -52,6 +52,8 @@ public:
     void Initialise(Library* library, CCodeItem* item);
     /// What is shown belongs to no item any more.
     void TreeReplaced();
+    /// Neither the item nor its library is held any more.
+    void Terminate();
     CCodeItem* Item() const { return m_item; }
     /// The texts can't be changed.
     void SetLocked(bool locked);

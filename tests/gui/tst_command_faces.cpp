@@ -164,6 +164,28 @@ private Q_SLOTS:
         QVERIFY(m_window->findChild<QMenu*>(u"mnuEdit"_s)->isEnabled());
     }
 
+    // The panels
+
+    void treePanel_tellsTheNodeAtAPlace()
+    {
+        Open();
+        const QPoint place = Tree()->visualRect(Child(1)).center();
+        QCOMPARE(Panel()->HitTest(place.x(), place.y())->Text, u"other"_s);
+        QVERIFY(!Panel()->HitTest(place.x(), Tree()->height() + 100));
+    }
+
+    void details_forgetTheItemWhenTheyAreDone()
+    {
+        Describe();
+        Open();
+        ClickOn(0);
+        QCOMPARE(Details()->Description(), u"what it is"_s);
+        Details()->Terminate();
+        QCOMPARE(Details()->Description(), QString());
+        QVERIFY(!Details()->CurrentView());
+        Details()->Terminate(); // a second time, as at the end of the program
+    }
+
     // A tree that is hidden
 
     void treeThatBrowsingHides_isShownToWhoAsksForIt_data()

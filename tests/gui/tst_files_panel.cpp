@@ -303,6 +303,52 @@ private Q_SLOTS:
 
     // Exporting and deleting
 
+    void text_isFoundInTheDescriptionsOneAfterAnother()
+    {
+        WriteFile(In(u"one.txt"_s), "1");
+        WriteFile(In(u"three.txt"_s), "3");
+        WriteFile(In(u"two.txt"_s), "2");
+        Store({u"one.txt"_s, u"three.txt"_s, u"two.txt"_s});
+        const std::pair<QString, QString> texts[] = {{u"one.txt"_s, u"Größe und größe"_s},
+                                                     {u"three.txt"_s, u"nothing"_s},
+                                                     {u"two.txt"_s, u"die GRÖSSE: größe"_s}};
+        for (const auto& [title, text] : texts)
+            m_database->Execute(u"UPDATE Files SET Description = ? WHERE Title = ?"_s,
+                                {RtfFromPlainText(text, CodeFont), title});
+        OpenFiles();
+        const auto place = [this] { return Box()->Text().left(3) + QString::number(Box()->SelStart()); };
+        QVERIFY(Files()->SearchNextOccurence(u"größe"_s));
+        QCOMPARE(place(), u"Grö0"_s);
+        QVERIFY(Files()->SearchNextOccurence(u"größe"_s));
+        QCOMPARE(place(), u"Grö10"_s);
+        QVERIFY(Files()->SearchNextOccurence(u"größe"_s)); // of the file that is the third
+        QCOMPARE(place(), u"die12"_s);
+        QVERIFY(!Files()->SearchNextOccurence(u"größe"_s));
+        QCOMPARE(place(), u"die12"_s);
+        QVERIFY(Files()->SearchPreviousOccurence(u"größe"_s));
+        QCOMPARE(place(), u"Grö10"_s);
+        QVERIFY(Files()->SearchPreviousOccurence(u"größe"_s));
+        QVERIFY(!Files()->SearchPreviousOccurence(u"größe"_s));
+        QCOMPARE(place(), u"Grö0"_s);
+        QVERIFY(!Files()->SearchNextOccurence({}));
+    }
+
+    void details_handFilesOnToTheirList()
+    {
+        WriteFile(In(u"one.txt"_s), "1");
+        Store({u"one.txt"_s});
+        OpenFiles();
+        m_prompts->ExpectFileName(u"Save File As : "_s, m_home->Path(u"copy.txt"_s));
+        Details()->ExportFile();
+        QCOMPARE(ReadFile(m_home->Path(u"copy.txt"_s)), QByteArray("1"));
+        m_prompts->ExpectFileNames(u"Select File(s) To Import"_s, {});
+        Details()->AddFile();
+        m_prompts->ExpectMsgBox(u"Delete File from Database"_s, MsgBoxResult::Yes);
+        Details()->DeleteFile();
+        QCOMPARE(CountOf(*m_database, u"Files"_s), 0);
+        Details()->UnzipToDirectory(); // nothing is selected
+    }
+
     void exportedFile_isACopy()
     {
         Store({u"a.txt"_s, u"b.txt"_s});

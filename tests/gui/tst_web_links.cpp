@@ -290,6 +290,24 @@ private Q_SLOTS:
         QVERIFY(box.RtbText()->isVisible());
     }
 
+    void address_leavesTheRestOfItsBand()
+    {
+        Open();
+        m_window->showNormal();
+        m_window->resize(1200, 700);
+        ClickOn(0);
+        Tab(LinksTab);
+        auto* address = m_window->findChild<QComboBox*>(u"cboURL"_s);
+        const auto fits = [&] {
+            return address->width() <= m_window->width() - 244
+                   && address->geometry().right() <= address->parentWidget()->width();
+        };
+        QTRY_VERIFY(address->isVisible() && fits());
+        QVERIFY(address->maximumWidth() <= address->parentWidget()->width() - address->x());
+        m_window->resize(700, 500);
+        QTRY_VERIFY(address->maximumWidth() <= address->parentWidget()->width() - address->x() && fits());
+    }
+
     void browsing_hidesTheTreeIfWanted()
     {
         SaveSetting(SettingsApplication, u"Settings"_s, u"AutoHideTreeWhenBrowsing"_s, u"True"_s);

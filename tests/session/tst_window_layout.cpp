@@ -39,6 +39,16 @@ private Q_SLOTS:
         QCOMPARE(layout.Number(WindowLayout::FileSectionSeparatorPos), 4500);
     }
 
+    void address_isAsWideAsItsRowOrBandLetsIt()
+    {
+        WindowLayout layout = ReadAll();
+        QCOMPARE(layout.AddressWidth(12000, 5000), 5000);
+        QCOMPARE(layout.AddressWidth(12000, 11000), 8335); // no wider than in a row of its own
+        layout.SetFlag(WindowLayout::FormatTlbrNewRow, true);
+        QCOMPARE(layout.AddressWidth(12000, 5000), 8335);
+        QCOMPARE(layout.AddressWidth(3000, 5000), 0);
+    }
+
     void everyKey_isWrittenAndReadBack()
     {
         WindowLayout layout = ReadAll();

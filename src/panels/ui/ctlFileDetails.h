@@ -43,11 +43,11 @@ public:
     void NotesSetFocus() override;
 
     // What the actions do
-    void AddFile();
-    void DeleteFile();
-    void ExportFile();
+    void AddFile() override;
+    void DeleteFile() override;
+    void ExportFile() override;
     void OpenFile();
-    void UnzipToDirectory();
+    void UnzipToDirectory() override;
     /// Stores files of these paths with the item, after the question how.
     void ImportFiles(const QStringList& paths);
 
@@ -63,6 +63,11 @@ public:
     void SetSeparatorPosition(int position);
     void SelectFirstItem();
     void SetFocusToList();
+    /// Goes to the next place of a text, whatever the case of its letters, in the descriptions: behind the selection
+    /// of the one that is shown, then in those of the files below it. False when there is none.
+    bool SearchNextOccurence(const QString& text);
+    /// The same, towards the first file.
+    bool SearchPreviousOccurence(const QString& text);
 
     // Asked of the host
     std::function<QStringList(const QString& title, const QString& filter)> RequestFileNames;
@@ -96,6 +101,8 @@ private:
     void ShowDescription();
     void Refill();
     void SelectKeys(const QStringList& keys);
+    bool SearchOccurence(const QString& text, bool forward);
+    bool SearchShown(const QString& text, qsizetype begin, qsizetype end, bool forward);
     QList<qint64> Selected() const;
     QString PlaceOf(qint64 id) const;
     bool ExportOne(qint64 id);

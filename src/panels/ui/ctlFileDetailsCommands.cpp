@@ -7,7 +7,7 @@
 #include "panels/ui/ctlFileDetails.h"
 #include "panels/ui/frmImportType.h"
 #include "panels/ui/frmUnzip.h"
-#include "platform/dao/Database.h"
+#include "platform/richtext/RtfPlainText.h"
 #include "platform/system/FileCopy.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/RuntimeError.h"
@@ -17,6 +17,7 @@
 #include "store/StoredFiles.h"
 #include "support/ErrorRoutine.h"
 #include "support/ui/WorkProgress.h"
+#include "text/ui/RichTextBox.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -359,6 +360,54 @@ void ctlFileDetails::UnzipToDirectory()
     Remember(Memory::InitDir, m_oZipUnzip.UnzippedPath());
     Q_EMIT StatusText(u"File(s) successfully extracted to: \r\n"_s
                       + QDir::toNativeSeparators(m_oZipUnzip.UnzippedPath()));
+}
+
+// Searching the descriptions
+
+bool ctlFileDetails::SearchNextOccurence(const QString& text)
+{
+    return SearchOccurence(text, true);
+}
+
+bool ctlFileDetails::SearchPreviousOccurence(const QString& text)
+{
+    return SearchOccurence(text, false);
+}
+
+/// Selects the first, or the last, place that lies whole between two positions of the description that is shown.
+bool ctlFileDetails::SearchShown(const QString& text, qsizetype begin, qsizetype end, bool forward)
+{
+    QList<qsizetype> places = rtbFileNotes->FindAll(text);
+    places.removeIf([&](qsizetype place) { return place < begin || place + text.size() > end; });
+    if (places.isEmpty())
+        return false;
+    rtbFileNotes->SetSelStart(forward ? places.first() : places.last());
+    rtbFileNotes->SetSelLength(text.size());
+    return true;
+}
+
+bool ctlFileDetails::SearchOccurence(const QString& text, bool forward)
+{
+    if (!m_library || text.isEmpty())
+        return false;
+    const qsizetype begin = rtbFileNotes->SelStart();
+    const qsizetype end = begin + rtbFileNotes->SelLength();
+    const qsizetype whole = rtbFileNotes->Text().size();
+    if (m_current && (forward ? SearchShown(text, end, whole, true) : SearchShown(text, 0, begin, false)))
+        return true;
+    const int shown = m_current
+                          ? m_sorted->mapFromSource(m_files->index(m_files->RowOf(m_shownKey.toLongLong()), 0)).row()
+                          : (forward ? -1 : m_sorted->rowCount());
+    for (int row = shown + (forward ? 1 : -1); row >= 0 && row < m_sorted->rowCount(); row += forward ? 1 : -1) {
+        const qint64 id = m_files->IdOf(m_sorted->mapToSource(m_sorted->index(row, 0)).row());
+        CFileObject file;
+        file.Initialise(*m_library, QString::number(id));
+        if (!PlainTextFromRtf(file.Description()).contains(text, Qt::CaseInsensitive))
+            continue;
+        SelectKeys({QString::number(id)});
+        return SearchShown(text, 0, rtbFileNotes->Text().size(), forward);
+    }
+    return false;
 }
 
 } // namespace qb

@@ -268,6 +268,11 @@ TreeNode* ctlSmartTreeView::SelectedItem() const
     return m_nodes.NodeAt(m_tree->currentIndex());
 }
 
+TreeNode* ctlSmartTreeView::HitTest(int x, int y) const
+{
+    return m_nodes.NodeAt(m_tree->indexAt({x, y}));
+}
+
 void ctlSmartTreeView::SelectItem(TreeNode& node)
 {
     const QScopedValueRollback guard(m_selecting, true);

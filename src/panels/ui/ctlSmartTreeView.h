@@ -51,6 +51,8 @@ public:
     void UpdateDescription(const QString& text) override;
 
     NodeTreeView* Tree() const { return m_tree; }
+    /// The node at a place of the tree, in pixels; null where there is none.
+    TreeNode* HitTest(int x, int y) const;
     qb::LinkMode LinkMode() const { return m_mode; }
 
     /// Whether the user has shrunk the panel to its first button.

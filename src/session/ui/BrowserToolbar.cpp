@@ -53,4 +53,11 @@ void BrowserToolbar::SetAddress(const QString& address)
     cboURL->lineEdit()->setCursorPosition(0);
 }
 
+void BrowserToolbar::resizeEvent(QResizeEvent* event)
+{
+    if (AddressWidth)
+        cboURL->setMaximumWidth(std::max(AddressWidth(width() - cboURL->x()), cboURL->minimumSizeHint().width()));
+    QToolBar::resizeEvent(event);
+}
+
 } // namespace qb

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QToolBar>
+#include <functional>
 
 class QComboBox;
 
@@ -15,10 +16,15 @@ public:
     explicit BrowserToolbar(const QList<QAction*>& commands, QWidget* parent = nullptr);
 
     void SetAddress(const QString& address);
+    /// How wide the box of addresses may become where the buttons leave so much of the band, in pixels.
+    std::function<int(int left)> AddressWidth;
 
 Q_SIGNALS:
     /// The user has typed or chosen an address.
     void AddressEntered(const QString& text);
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     QComboBox* cboURL;

@@ -293,6 +293,7 @@ void frmCodeLib::Form_Unload()
         m_tree->ClearTreeView();
         if (m_session.MayWrite())
             m_session.moSettings->CountDay(); // writes to the library, so before it closes
+        ctlCodeItemDetails->Terminate();
         m_libraries->CloseDatabase();
         DoUnload();
     });

@@ -100,6 +100,10 @@ void frmCodeLib::MakeTextToolbars()
     tbrBrowser = new BrowserToolbar(m_faces->MenuOf(CommandRow::Place::WebLinks)->actions());
     connect(tbrBrowser, &BrowserToolbar::AddressEntered, this,
             [this](const QString& text) { m_page->NavigateFromCombo(text); });
+    tbrBrowser->AddressWidth = [this](int left) {
+        constexpr int Twips = WindowLayout::TwipsPerPixel;
+        return m_layout.AddressWidth(width() * Twips, left * Twips) / Twips;
+    };
     MakeFilesToolbar();
     m_formatBand = new QWidget;
     auto* band = new QHBoxLayout(m_formatBand);
@@ -188,7 +192,7 @@ void frmCodeLib::ConnectPanels()
         ShowStatusOfItem();
         ShowLibraryState();
         m_linking->ShowLinks();
-        tvCodeItems->UpdateDescription(m_session.oCodeItem ? m_session.oCodeItem->Description() : QString());
+        tvCodeItems->UpdateDescription(ctlCodeItemDetails->Description());
     };
     connect(cboDatabase, &QComboBox::currentIndexChanged, this, [this](int index) {
         if (index >= 0)

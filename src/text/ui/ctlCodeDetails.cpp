@@ -277,6 +277,37 @@ void ctlCodeDetails::TreeReplaced()
     Q_EMIT CurrentViewChanged();
 }
 
+void ctlCodeDetails::Terminate()
+{
+    TreeReplaced();
+    m_editor.Terminate();
+}
+
+QString ctlCodeDetails::Description() const
+{
+    return m_editor.Item() ? m_editor.Item()->Description() : QString();
+}
+
+void ctlCodeDetails::AddFile()
+{
+    ctlFileDetails1->AddFile();
+}
+
+void ctlCodeDetails::DeleteFile()
+{
+    ctlFileDetails1->DeleteFile();
+}
+
+void ctlCodeDetails::ExportFile()
+{
+    ctlFileDetails1->ExportFile();
+}
+
+void ctlCodeDetails::UnzipToDirectory()
+{
+    ctlFileDetails1->UnzipToDirectory();
+}
+
 void ctlCodeDetails::SetLocked(bool locked)
 {
     m_editor.SetLocked(locked);

@@ -53,6 +53,16 @@ public:
     /// The list of stored files, whose page is the tab's from now on.
     void SetFileControl(FileDetailsView& files);
     FileDetailsView* FileControl() const { return ctlFileDetails1; }
+    /// Nothing of the library or its item is held any more, as before it is closed.
+    void Terminate();
+    /// The description of the item that is shown; empty on the welcome page.
+    QString Description() const;
+
+    // What is done with the stored files, by their list
+    void AddFile();
+    void DeleteFile();
+    void ExportFile();
+    void UnzipToDirectory();
 
     /// The tab that is shown; nothing on the welcome page.
     std::optional<DetailsTab> CurrentView() const override;
