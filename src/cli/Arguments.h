@@ -27,10 +27,15 @@ public:
     /// positional arguments is not @p positional.
     Arguments(const QStringList& words, const QList<Option>& options, int positional, Limit limit = Exactly);
 
+    /// Of positional arguments, more than asked for with OrMore only.
     int Count() const { return int(m_positional.size()); }
+    /// Counted from 0; empty beyond the last one.
     QString Positional(int index) const { return m_positional.value(index); }
+    /// Options go by their names without dashes; none but `json` and those the constructor was given can be asked for.
     bool Has(const QString& option) const { return m_parser.isSet(option); }
+    /// Empty when the option is not given; the last one when it is given more than once.
     QString Value(const QString& option) const { return m_parser.value(option); }
+    /// All that were given, in their order.
     QStringList Values(const QString& option) const { return m_parser.values(option); }
     /// A positional argument as the ID of an item; raises UsageError when it is none.
     qint64 Id(int index) const { return ToId(Positional(index)); }

@@ -166,6 +166,7 @@ public:
     void SkipDayCount() { m_dayCounted = true; }
 
 Q_SIGNALS:
+    /// What the setting ShowStatusBar says, told by Initialise and Apply, whether it has changed or not.
     void eShowStatusBar(bool show);
     /// A value was changed and not yet applied; the description is always empty.
     void SettingAwaitingUpdate(const QString& description);

@@ -63,14 +63,19 @@ public:
     /// another length, before there is a class, and for what can't be a name.
     void CreateAdditionalEXEAssociations(const QStringList& nameTextCommand);
 
+    /// How SetValue writes; String at first. This and what follows holds for all operations until it is set anew.
     RegistryType ValueType() const { return m_valueType; }
     void SetValueType(RegistryType type) { m_valueType = type; }
+    /// CurrentUser at first.
     RegistryHive ClassKey() const { return m_classKey; }
     void SetClassKey(RegistryHive hive) { m_classKey = hive; }
+    /// The path below the hive; empty for the hive itself. Separators at its ends and repeated ones mean nothing.
     QString SectionKey() const { return m_sectionKey; }
     void SetSectionKey(const QString& path) { m_sectionKey = path; }
+    /// Empty for the section's default.
     QString ValueKey() const { return m_valueKey; }
     void SetValueKey(const QString& name) { m_valueKey = name; }
+    /// What Value() gives for a value or a section that is not there; Null at first.
     qb::Value Default() const { return m_default; }
     void SetDefault(const qb::Value& value) { m_default = value; }
 

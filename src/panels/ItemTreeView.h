@@ -11,6 +11,7 @@ class ItemTreeView {
 public:
     virtual ~ItemTreeView() = default;
 
+    /// The nodes that the control shows, which live as long as it does.
     virtual TreeNodes& Nodes() = 0;
     /// The selected node, or null.
     virtual TreeNode* SelectedItem() const = 0;

@@ -37,7 +37,9 @@ struct TreeNode {
     bool Expanded = false;
     bool Bold = false;
 
+    /// The root stands for no item.
     bool IsRoot() const { return Id == 0; }
+    /// As NodeKey makes it.
     QString Key() const;
     /// The texts from the top down, joined by backslashes.
     QString FullPath() const;

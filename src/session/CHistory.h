@@ -23,11 +23,13 @@ public:
     qsizetype Position() const { return m_position; } ///< 1-based, 0 when empty
 
 Q_SIGNALS:
+    /// A step was taken, which at that end of the trail leads nowhere; in an empty trail there is none. When it has
+    /// come to the end, FirstHistoryItem or LastHistoryItem comes before.
     void HistoryMovedBack();
     void HistoryMovedForward();
-    void FirstHistoryItem();
-    void LastHistoryItem();
-    void HistoryItemAdded();
+    void FirstHistoryItem(); ///< there is no way back from here; in an empty trail both are told of each step
+    void LastHistoryItem();  ///< there is no way forward: after such a step, and of each item that is added
+    void HistoryItemAdded(); ///< a visit has become the last entry; LastHistoryItem comes before
 
 private:
     QStringList m_keys;

@@ -13,12 +13,16 @@ namespace qb {
 /// rules that allow them.
 class ItemCommands {
 public:
+    /// Registers the commands of items and of saving, and takes over the tree's SaveItem and the panel's
+    /// KeepingDeletedRecord and TitleTaken. Everything must outlive this.
     ItemCommands(SessionState& session, ItemTreeView& view, ItemDetailsView& details, ShellView& shell,
                  Commands& commands, ItemTree& tree);
 
     // Saving
 
+    /// An item that is left is saved without a question.
     bool AutoSaveOn() const { return m_autoSaveOn; }
+    /// Shows it on the button and in the menu, too; it is the window that keeps it for the next session.
     void SetAutoSaveOn(bool on);
     /// The current item is about to be left: saves it, or asks about it. False when it could not
     /// be saved and is not to be lost.

@@ -11,6 +11,7 @@ namespace qb {
 /// open and the tree that scrolls meanwhile, and the drop.
 class ItemDrag {
 public:
+    /// Nothing is dragged yet. Everything must outlive this; @p commands saves the current item before it is moved.
     ItemDrag(SessionState& session, ItemTreeView& view, ItemTree& tree, ItemCommands& commands);
 
     /// The format of what is dragged: the key of the node, as bytes.

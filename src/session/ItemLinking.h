@@ -15,6 +15,7 @@ namespace qb {
 /// current item, and the click that follows names the other one.
 class ItemLinking {
 public:
+    /// Registers the commands that start a mode. Everything must outlive this.
     ItemLinking(SessionState& session, ItemTreeView& view, Commands& commands);
 
     /// Starts a mode for the current item; the root has none.

@@ -11,6 +11,7 @@ namespace qb {
 /// The web page of the current item, on the Links tab.
 class ItemWebPage {
 public:
+    /// Registers the command for the item's own page. Session and panel must outlive this.
     ItemWebPage(SessionState& session, ItemDetailsView& details, Commands& commands);
 
     /// The Links tab is in sight: shows the current item's page, unless it has been shown and the

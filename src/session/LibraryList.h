@@ -18,6 +18,8 @@ class ItemTree;
 /// SetupDBConnection.
 class LibraryList {
 public:
+    /// Registers the commands on libraries and their list. Nothing is read or opened yet. Everything must outlive
+    /// this.
     LibraryList(SessionState& session, ShellView& shell, ItemDetailsView& details, Commands& commands, ItemTree& tree);
 
     /// Fixes the library to open, and makes the first one on the first start.
@@ -64,7 +66,6 @@ public:
 
     /// Called for a new library of a self-defined language: its words are to be entered.
     std::function<void()> DisplayKeywordDefiner;
-    /// Called when NewHistory has made a new trail.
     /// Another library is open and shown.
     std::function<void()> LibraryShown = [] {};
 

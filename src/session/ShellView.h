@@ -40,6 +40,7 @@ public:
     /// The commands that edit the item that is shown, and the toolbars of its texts.
     virtual void EnableEditing(bool enabled) = 0;
 
+    /// Asks for the language of a library that is about to be made; its path is asked for afterwards.
     virtual LanguageChoice AskForLanguage() = 0;
     /// Enables the menus that need an open library.
     virtual void EnableMenus(bool enabled) = 0;

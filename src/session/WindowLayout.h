@@ -50,6 +50,8 @@ public:
     /// the buttons and what stands beside them; in the second band it is what the band has left (@p left).
     int AddressWidth(int form, int left) const;
 
+    /// The values in memory, read or set; only Save writes them. One that was never read is 0, or false. The numbers
+    /// of places and sizes are twips.
     int Number(Key key) const;
     bool Flag(Key key) const;
     void SetNumber(Key key, int value);

@@ -39,6 +39,10 @@ public:
     /// Ten characters that tell one library from another: digits, colon, B to Z, b to z.
     static QString DBIDGenerate();
 
+    /// Each adds one empty table (that of the schema's version gets its one row) or one relation to the database, and
+    /// raises what Database::AppendTableDef and AppendRelation raise. An empty name is the table's own; what
+    /// @p noKeys means stands at the tables in LibrarySchema. Create_Database calls those that every library has;
+    /// the others are for what comes later.
     void Create_TblDef_BookmarkGroups();
     void Create_TblDef_Bookmarks();
     void Create_TblDef_ChildCopies();

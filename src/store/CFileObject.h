@@ -15,6 +15,7 @@ namespace qb {
 /// under way is finished or taken back by FinishPendingFiles when the library is opened next.
 class CFileObject : public RowObject {
 public:
+    /// All is empty, and there is no library, until Initialise is called.
     CFileObject();
 
     /// The ID of the item that the file belongs to, as text.

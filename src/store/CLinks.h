@@ -34,6 +34,7 @@ struct CLink {
 /// were added.
 class CLinks {
 public:
+    /// The key under which the link to the item of that ID is added, found and removed.
     static QString KeyOf(qint64 otherId) { return u'L' + QString::number(otherId); }
 
     /// Adds @p link, or a new one when it is null, and returns it. Raises 457 for a key that is there.

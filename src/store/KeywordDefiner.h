@@ -45,8 +45,13 @@ public:
 
     // Lists
 
+    /// Adds words, coloured if @p colouredText reads as True; the rows of the grid stay until FillKeywordGrid. Words
+    /// that stand there already are left out and shown to the user. Raises an error for a word that is refused
+    /// otherwise; those before it have been added.
     void SetKeywords(const QStringList& words, const QString& colouredText);
+    /// The words of the rows that are coloured, or of those that are not, committed or not.
     QStringList GetKeywords(bool coloured) const;
+    /// Empties the rows too; after a Rollback they are back with FillKeywordGrid only.
     void DeleteAllKeywords();
 
     // Files

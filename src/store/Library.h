@@ -15,6 +15,8 @@ struct ReplicaState {
     Date LastSynchronized; ///< of a child with its mother
     int Children = 0;
 };
+/// Reads it from a database that need not be open as a Library; both tables must be there. Without a row in
+/// `Properties`, or the columns that a child has, it is no child.
 ReplicaState ReadReplicaState(Database& database);
 
 /// A library: an open database with its two folders and its part in replication. Several can be open at a

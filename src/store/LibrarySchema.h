@@ -43,8 +43,13 @@ struct AddedField {
     Field Column;
     bool Indexed = false;
 };
+/// The columns of replication for `Files`, `Items` and `ItemLinks`, for the same with an X behind their names, or
+/// for `TempFiles` and `TempItems`. For a @p kind other than a library those of `Properties` come last, with any
+/// set.
 std::vector<AddedField> AditionalFields(TableSet set, DatabaseKind kind);
 
+/// From a group to its bookmarks, and from an item to its files: a new ID goes over to the rows that refer to it,
+/// and with the row they go, too.
 Relation BookmarkGroupsBookmarks();
 Relation CodeItemsCodeFiles();
 

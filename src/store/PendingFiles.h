@@ -23,6 +23,7 @@ public:
     PendingWork(const PendingWork&) = delete;
     PendingWork& operator=(const PendingWork&) = delete;
 
+    /// Of the library's file, whose rights a stored file must not exceed.
     const QString& LibraryPath() const { return m_libraryPath; }
     /// For a file that has no row yet; @p number tells those of one work apart.
     QString AddingName(qint64 number = 0) const { return NameOf(QStringLiteral("adding"), number); }
@@ -53,7 +54,11 @@ public:
     ArrivingFile(const ArrivingFile&) = delete;
     ArrivingFile& operator=(const ArrivingFile&) = delete;
 
+    /// In bytes; 0 once PutInPlace was called.
     qint64 Size() const;
+    /// Renames the file so that FinishPendingFiles knows its row. Should the program end before PutInPlace, that gives
+    /// the file to the row if this title was committed, and removes it if not. Raises an error, and the file keeps
+    /// its name, when it can't be renamed.
     void Bind(qint64 id, const QString& title);
     /// What is in the way there gets another name, unless the file @p replaces it.
     void PutInPlace(const QString& place, bool replaces);

@@ -37,6 +37,7 @@ public:
     void Delete() override { m_state = RecordState::MarkedForDelete; }
     bool Commit() override;
 
+    /// Says what Commit does: a new row is added, one marked for deletion is deleted, any other is updated.
     RecordState State() const { return m_state; }
     /// The row could not be read: what the object says is not what is stored, and it can't be written.
     bool ReadFailed() const { return m_readFailed; }

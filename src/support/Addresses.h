@@ -14,6 +14,7 @@ enum class AddressAnswer {
     Ask,    ///< only after a look at where it leads
     Refuse, ///< it would run a program, or be taken for an option of one
 };
+/// Judges by the address alone and opens nothing; what names neither a page nor a mail may be a file's path.
 AddressAnswer AnswerAddress(const QString& address);
 
 } // namespace qb

@@ -14,6 +14,7 @@ struct KeyPress {
 /// What keys mean in the boxes of an item's texts, before the boxes see them.
 class CodeKeys {
 public:
+    /// Both must outlive this.
     CodeKeys(ItemEditor& editor, ItemSections& sections) : m_editor(editor), m_sections(sections) {}
 
     /// True when that was all there is to the key.

@@ -31,6 +31,8 @@ public:
     /// is replaced is replaced by as much. @p work counts in hundred parts and is told of a long text only.
     ColorizeScan(IRichTextBox& box, const ColorizeRules& rules, Work& work);
 
+    /// Paints the whole text; to be called once. In the end the insertion point stands at the begin, and what is typed
+    /// there is black.
     void Run();
 
 private:

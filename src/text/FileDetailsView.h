@@ -15,6 +15,7 @@ class FileDetailsView {
 public:
     virtual ~FileDetailsView() = default;
 
+    /// The page itself; the panel puts it on its tab for files, which owns it from then on.
     virtual QWidget* Page() = 0;
     /// Lists the files of the item of this key.
     virtual void Initialise(Library& library, const QString& key) = 0;

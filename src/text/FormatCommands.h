@@ -7,6 +7,9 @@ namespace qb {
 /// The commands of a panel on the selection in its box for formatted text.
 class FormatCommands {
 public:
+    /// What is read is what CTextFormat has last known of the selection. A change is made in the box that the panel
+    /// has given it, locked or not: that is looked at by whoever calls. Sizes are in points, alignments are those of
+    /// TextAlignment, a colour has red in the low byte. A change that fails is reported, one of the indent is not.
     bool Bold() const { return mFT.Bold(); }
     void SetBold(bool on) { mFT.SetBold(on); }
     bool Italic() const { return mFT.Italic(); }

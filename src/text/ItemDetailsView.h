@@ -34,6 +34,7 @@ public:
     void SetFilesEnabled(bool hasContent) { SetTabEnabled(DetailsTab::Files, hasContent); }
     void SetLinksEnabled(bool hasContent) { SetTabEnabled(DetailsTab::Links, hasContent); }
 
+    /// Brings a tab to the front, empty or not. While the welcome page is shown it stays behind that.
     virtual void SetCurrentView(DetailsTab tab) = 0;
     /// Colours both texts of the item that has just been opened, which changes it.
     virtual void ColorizeItem() = 0;

@@ -27,6 +27,7 @@ public:
     /// The programming language that the text names.
     virtual void SetLanguage(const QString& name) = 0;
 
+    /// The user can't change the text.
     virtual bool Locked() const = 0;
     /// Keeps the user from changes; code may still make them.
     virtual void SetLocked(bool locked) = 0;

@@ -11,8 +11,11 @@ namespace qb {
 class KeywordSet {
 public:
     KeywordSet() = default;
+    /// What stands before the first asterisk and behind the last one is no word. Of two spellings of a word the first
+    /// counts.
     explicit KeywordSet(const QString& text);
 
+    /// All of it as it was given, repeated words too.
     const QString& Text() const { return m_text; }
     /// The word in the set's own spelling, or null.
     QStringView Find(QStringView word) const;

@@ -115,7 +115,9 @@ public:
     /// "line 3: ..." for each line that was passed over.
     const QStringList& Problems() const { return m_problems; }
 
+    /// Case does not count in words, openers, closers and patterns.
     bool FoldsCase() const { return m_folds; }
+    /// There is one at least: a text begins in the first. ScanRule::Context is a place in here.
     const std::vector<ScanContext>& Contexts() const { return m_contexts; }
     /// A word stands behind one of these: it is a member's name, whatever it reads.
     const QStringList& MemberMarks() const { return m_members; }

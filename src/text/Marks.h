@@ -13,6 +13,7 @@ struct TextAndMarks {
     QString Text;      ///< lines that end with LF
     QStringList Marks; ///< a line each
 };
+/// Each second line is taken for marks, as it stands; a last line without any below it is left out.
 TextAndMarks FromMarkedText(const QString& marked);
 
 /// The marks of one line.

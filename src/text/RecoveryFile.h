@@ -21,6 +21,8 @@ struct UnsavedTexts {
 /// program: one a library, in the program's folder, as JSON.
 class RecoveryFile {
 public:
+    /// For the library at that path, which need not exist. Its file is found by the path alone: a library that was
+    /// moved has another one. Nothing is read or made yet.
     explicit RecoveryFile(const QString& library);
 
     /// Keeps the texts. A failure is no error: the file is only a net.

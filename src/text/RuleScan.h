@@ -16,8 +16,10 @@ public:
     /// The state in which a text begins.
     static constexpr int Begin = 0;
 
+    /// @p rules must not be null.
     explicit RuleScan(std::shared_ptr<const LanguageRules> rules);
 
+    /// They live at least as long as this.
     const LanguageRules& Rules() const { return *m_rules; }
 
     /// The tokens of a line, which comes without its line end, are put into @p tokens, in order,

@@ -6,16 +6,19 @@ namespace qb {
 
 // Kinds of characters that scans of source texts tell apart.
 
+/// A blank or a tab; no end of a line, and no other space.
 inline bool IsBlank(QChar character)
 {
     return character == u' ' || character == u'\t';
 }
 
+/// A digit of ASCII.
 inline bool IsDigit(QChar character)
 {
     return character >= u'0' && character <= u'9';
 }
 
+/// A digit of a hexadecimal number, of either case.
 inline bool IsHexDigit(QChar character)
 {
     return IsDigit(character) || (character >= u'a' && character <= u'f') || (character >= u'A' && character <= u'F');

@@ -48,6 +48,7 @@ inline constexpr std::array<TokenKindRow, TokenKindCount> TokenKindRows{{
     {TokenKind::Deleted, "deleted", '-', "Deleted"},
 }};
 
+/// The rows stand in the order of the kinds.
 constexpr const TokenKindRow& RowOf(TokenKind kind)
 {
     return TokenKindRows[size_t(kind)];

@@ -25,6 +25,7 @@ public:
     static QStringList ReadTips(const QString& file);
 
 Q_SIGNALS:
+    /// The user has closed the window, which is still in use: whoever deletes this object for it does so later.
     void TipsFormClosed();
     /// The user wants, or no longer wants, the window at each start.
     void TipsOnStartupChanged(bool wanted);

@@ -35,6 +35,8 @@ public:
     bool IsEditingLabel() const { return state() == EditingState; }
 
 Q_SIGNALS:
+    /// Another title was typed, and not cancelled. The node still has the old one: whoever hears this sets the new
+    /// one, or refuses it.
     void LabelEdited(qb::TreeNode* node, const QString& text);
     /// The editor of a title has closed, whether or not the title was changed; @p cancelled by Escape.
     void LabelEditEnded(qb::TreeNode* node, bool cancelled);

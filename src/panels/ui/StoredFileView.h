@@ -21,6 +21,8 @@ public:
     std::function<QList<QUrl>()> MakeCopies;
 
 Q_SIGNALS:
+    /// Files or folders of this computer were pasted or dropped, at least one. Told after the drop is over; a locked
+    /// list takes none.
     void FilesArrived(const QStringList& paths);
 
 protected:

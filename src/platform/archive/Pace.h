@@ -9,6 +9,7 @@ namespace qb {
 /// Tells a work's watcher several times a second how far it is, in bytes, and remembers that it is to end.
 class Pace {
 public:
+    /// @p total is in bytes; the watcher is never told of more. @p work must outlive the object.
     Pace(Work& work, qint64 total) : m_work(&work), m_total(total) {}
 
     /// False when the work is to end.

@@ -25,7 +25,7 @@ public:
     /// Gives a value @p size bytes of zeros, to be written piece by piece. Raises 3167 when the row is gone.
     static void MakeRoom(Database& database, const TableDef& table, const QString& field, qint64 rowKey, qint64 size);
 
-    qint64 Size() const;
+    qint64 Size() const; ///< in bytes, of a text as UTF-8; reads nothing and raises nothing
     /// The bytes from @p offset on, fewer than @p length at the end and none beyond it.
     QByteArray Read(qint64 offset, qint64 length) const;
     /// Writes over bytes that are there, in the transaction that must be running; the size stays.

@@ -28,7 +28,9 @@ void WriteField(Database& database, const TableDef& table, const Field& field);
 void ForgetField(Database& database, const TableDef& table, const QString& field);
 void ForgetTable(Database& database, const TableDef& table);
 
+/// Relations are of the main file; they come sorted by name.
 std::vector<Relation> ReadRelations(Database& database);
+/// Notes a relation and nothing else: Database::AppendRelation checks it first, and remakes the table that refers.
 void WriteRelation(Database& database, const Relation& relation);
 
 /// Index names are unique in a table here and in the whole file there.

@@ -91,6 +91,8 @@ public:
     /// that is left to do with it is Rollback.
     bool TransactionLost() const;
 
+    /// The key of the row that was last added over this connection, to whichever table; 0 before the first one. To be
+    /// asked right after the insert.
     qint64 LastInsertedRowKey() const;
 
 protected:
@@ -141,6 +143,8 @@ private:
 /// transaction too.
 class AttachedFile {
 public:
+    /// As Database::Attach, with its errors; after one of them nothing is attached. A file that is still being read
+    /// when the object goes stays attached until the database is closed.
     AttachedFile(Database& database, const QString& path, const QString& schema,
                  DatabaseAccess access = DatabaseAccess::ReadWrite);
     ~AttachedFile();
@@ -155,6 +159,8 @@ private:
 /// A transaction that is rolled back on every way out but Commit.
 class Transaction {
 public:
+    /// Begins it, inside the running one if there is one. The outermost takes the write lock here, and raises an error
+    /// when it can't.
     explicit Transaction(Database& database) : m_database(&database) { m_database->BeginTrans(); }
     ~Transaction();
     Transaction(const Transaction&) = delete;

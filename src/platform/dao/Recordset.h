@@ -21,6 +21,8 @@ public:
     /// A place that survives moves: the key of a row.
     using Mark = qint64;
 
+    /// Reads the keys and goes to the first row; called by Database::OpenRecordset, with the same parameters. Empty
+    /// parts of the statement mean all rows, in the order of their keys.
     Recordset(Database& database, std::shared_ptr<const TableDef> table, const QString& where, const Values& values,
               const QString& orderBy);
 
@@ -30,6 +32,8 @@ public:
     bool IsEmpty() const { return m_keys.empty(); }
     qint64 RecordCount() const { return qint64(m_keys.size()); }
 
+    /// A move drops what was set and not written. It may end before the first row or behind the last one; 3021 is
+    /// raised for a step further, and for any move in an empty recordset.
     void MoveFirst();
     void MoveLast();
     void MoveNext();
@@ -39,6 +43,8 @@ public:
     void FindFirst(const QString& where, const Values& values);
     bool NoMatch() const { return m_noMatch; }
 
+    /// The place of the current row, and the way back to it, which is a move. Raises 3021 for a row that is none of
+    /// this recordset's, and then stays where it is.
     Mark Bookmark() const;
     void SetBookmark(Mark mark);
     /// The row that was added or changed last.
@@ -51,6 +57,9 @@ public:
     /// The value as it stands in the row, or as set since AddNew or Edit.
     Value operator[](const QString& field) const;
 
+    /// From AddNew or Edit on, values are set until Update writes them; what was set before is dropped. AddNew needs
+    /// no current row and starts with the default values. Edit reads the current row anew. Set raises 3021 outside of
+    /// both, and 3265 for a column that the table lacks; whether a value fits is found out by Update.
     void AddNew();
     void Edit();
     void Set(const QString& field, const Value& value);

@@ -65,7 +65,7 @@ struct Field {
     bool AllowZeroLength = false;
     Value DefaultValue = {};
 
-    int Attributes() const;
+    int Attributes() const; ///< bits of SchemaAttribute, which follow from Type and AutoIncrement
     /// Whether a value is in the range of the type, as the file takes it; Null always is.
     bool IsInRange(const Value& value) const;
     friend bool operator==(const Field&, const Field&) = default;

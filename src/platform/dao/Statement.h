@@ -14,6 +14,7 @@ class Database;
 /// must not outlive its database. All errors are RuntimeErrors.
 class Statement {
 public:
+    /// @p sql is one statement; an error is raised when it is not understood. Parameters are Null until they are bound.
     Statement(Database& database, const QString& sql);
     ~Statement();
     Statement(Statement&& other) noexcept;
@@ -29,7 +30,10 @@ public:
     /// Ends the read, so that the statement can be bound and stepped again.
     void Reset();
 
-    int ColumnCount() const;
+    // Columns count from 0. They can be read while Step() has said that there is a row.
+    int ColumnCount() const; ///< known before the first row
+    /// The value as it is stored, and the same as a whole number (0 for Null and for text that does not begin with
+    /// one) or as text (empty for Null).
     Value Column(int column) const;
     qint64 Long(int column) const;
     QString Text(int column) const;

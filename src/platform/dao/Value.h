@@ -15,8 +15,10 @@ namespace qb {
 class Value {
 public:
     Value() = default; ///< Null
+    // Implicit, so that lists of values can be written as they are. Nothing but a bool becomes a Boolean, no pointer
+    // either.
     template <std::integral Integer>
-    requires(!std::same_as<Integer, bool>) Value(Integer number) : m_value(qint64(number)) {}
+    requires(!std::same_as<Integer, bool>) Value(Integer number) : m_value(qint64(number)) {} ///< 64 bits, signed
     template <std::same_as<bool> Boolean>
     Value(Boolean value) : m_value(qint64(value ? -1 : 0))
     {
@@ -26,6 +28,7 @@ public:
     Value(const QByteArray& bytes) : m_value(bytes) {}
     Value(Date date) : m_value(date.Seconds()) {}
 
+    /// An empty text is not Null, nor are empty bytes.
     bool IsNull() const { return std::holds_alternative<std::monostate>(m_value); }
     /// The value as a whole number; Null and text that is no number read as 0.
     qint64 ToLong() const;
@@ -43,6 +46,7 @@ public:
     friend bool operator==(const Value&, const Value&) = default;
 
     using Variant = std::variant<std::monostate, qint64, double, QString, QByteArray>;
+    /// For those who treat each type in its own way; std::monostate is Null.
     const Variant& Content() const { return m_value; }
 
 private:

@@ -16,18 +16,22 @@ class IRichTextBox {
 public:
     virtual ~IRichTextBox() = default;
 
+    /// The whole text without its looks: lines end with CR LF, and a picture is one object replacement character.
+    /// Setting it drops all looks and protections, and puts the insertion point at the begin.
     virtual QString Text() const = 0;
     virtual void SetText(const QString& text) = 0;
     /// The whole text as RTF; reading takes plain text for what it is.
     virtual QString TextRTF() const = 0;
     virtual void SetTextRTF(const QString& rtf) = 0;
 
+    /// The begin of the selection; the insertion point when that is empty.
     virtual qsizetype SelStart() const = 0;
     /// Moves the insertion point; the selection is empty then.
     virtual void SetSelStart(qsizetype position) = 0;
     virtual qsizetype SelLength() const = 0;
     virtual void SetSelLength(qsizetype length) = 0;
 
+    /// The selected text in the form of Text(); empty when nothing is selected.
     virtual QString SelText() const = 0;
     /// Replaces the selection; the insertion point stands behind the new text. False when the
     /// range is protected, and nothing is changed.

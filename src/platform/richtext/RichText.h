@@ -8,8 +8,10 @@ namespace qb {
 /// A rich text box without a window.
 class RichText : public IRichTextBox {
 public:
+    /// An empty text; @p font is that of text for which no other is named.
     explicit RichText(const RtfFont& font = CodeFont) : m_document(font) {}
 
+    /// The text itself. A change made there asks for no protection and leaves the selection where it is.
     RichTextDocument& Document() { return m_document; }
     const RichTextDocument& Document() const { return m_document; }
     /// The look of what is typed next.

@@ -16,6 +16,7 @@ class RichTextDocument {
 public:
     static constexpr char16_t PictureCharacter = 0xfffc;
 
+    /// An empty text; @p font is that of the default format, number 0.
     explicit RichTextDocument(const RtfFont& font = CodeFont);
 
     /// Empties the text; the default font stays.
@@ -24,6 +25,7 @@ public:
     /// Gives back memory that is kept for growth.
     void Squeeze();
 
+    /// Lengths and positions count its UTF-16 units.
     const QString& Text() const { return m_text; }
     qsizetype Length() const { return m_text.size(); }
 
@@ -66,6 +68,7 @@ public:
         qsizetype Begin = 0;
         qsizetype Length = 0;
     };
+    /// What is to be replaced when this range is; itself when it cuts no line end. Changes nothing.
     Range WithWholeLineEnds(qsizetype position, qsizetype length) const;
 
     /// Replaces a range. What comes in has @p format; its line ends, CR LF, LF or CR, become CR LF.

@@ -13,8 +13,11 @@ namespace qb {
 /// it sets, Set() how that is done. Anything can be read; what is not known is passed over.
 class RtfReader {
 public:
+    /// Both must outlive the reader. The document is empty; its default format holds for what the string leaves open,
+    /// but for the size, which is 12 points then.
     RtfReader(const QString& rtf, RichTextDocument& document);
 
+    /// Reads all of the string, once; raises nothing.
     void Read();
 
 private:

@@ -50,6 +50,8 @@ private:
 /// The tables of lists and of the numbers by which the text names them.
 class RtfLists {
 public:
+    /// A list without levels, and a level of the last list that has nothing before its paragraphs. Beyond what any
+    /// real text has, nothing is added.
     void BeginList();
     void BeginLevel();
     /// The code of the level's numbers.

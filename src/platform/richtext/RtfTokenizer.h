@@ -25,8 +25,10 @@ struct RtfToken {
 /// Cuts an RTF string into tokens. Anything is a token: it never fails and never looks back.
 class RtfTokenizer {
 public:
+    /// The string must outlive the tokenizer and its tokens, whose texts are parts of it.
     explicit RtfTokenizer(QStringView rtf) : m_rtf(rtf) {}
 
+    /// End when there is none left, however often it is asked for. Line breaks of the string are passed over.
     RtfToken Next();
 
 private:

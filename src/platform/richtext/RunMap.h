@@ -27,7 +27,9 @@ public:
         using pointer = const Run*;
         using reference = const Run&;
 
+        /// At a run by its number, Count() being the end. A change of the map ends its use.
         Iterator(const RunMap& map, size_t index) : m_map(&map), m_index(index) { Load(); }
+        /// A copy of the run, of no meaning at the end.
         const Run& operator*() const { return m_run; }
         const Run* operator->() const { return &m_run; }
         Iterator& operator++()
@@ -42,6 +44,7 @@ public:
             Load();
             return *this;
         }
+        /// Compares the numbers of runs: for iterators of one map only.
         friend bool operator==(const Iterator& left, const Iterator& right) { return left.m_index == right.m_index; }
 
     private:
@@ -56,6 +59,7 @@ public:
         Run m_run{};
     };
 
+    /// All positions have @p value, however long the text is.
     explicit RunMap(quint32 value = 0) { Clear(value); }
 
     /// One run for the whole text.

@@ -65,6 +65,7 @@ struct TextPicture {
     friend bool operator==(const TextPicture&, const TextPicture&) = default;
 };
 
+/// By all that the comparisons above look at; ValuePool finds values by them.
 size_t qHash(const FontInfo& font, size_t seed = 0);
 size_t qHash(const CharFormat& format, size_t seed = 0);
 size_t qHash(const ParagraphFormat& format, size_t seed = 0);
@@ -74,6 +75,7 @@ size_t qHash(const TextPicture& picture, size_t seed = 0);
 template <class T>
 class ValuePool {
 public:
+    /// @p first gets number 0, which documents take for the default or for "none".
     explicit ValuePool(const T& first) { Number(first); }
 
     /// The number of @p value, which is added when it is new.

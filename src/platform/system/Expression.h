@@ -14,6 +14,8 @@ public:
     enum Case { Exact, Folds };
 
     Expression() = default;
+    /// Raises nothing: a pattern that is not understood leaves it as the default one is, not valid, and then it must
+    /// not be tried. Copies share what was compiled, so they are for one thread.
     Expression(const QString& pattern, Case sensitivity);
 
     /// Whether the pattern could be understood.

@@ -30,6 +30,7 @@ public:
     FileLock(FileLock&& other) noexcept;
     FileLock& operator=(FileLock&& other) noexcept;
 
+    /// What came of asking for the lock; None when it was never asked for, or was released or moved away since.
     State Result() const { return m_state; }
     bool IsHeld() const { return m_state == State::Held; }
     /// Somebody else holds it.

@@ -10,6 +10,7 @@ namespace qb {
 /// as it stands, byte for byte, faulty lines too. Names compare without case.
 class IniText {
 public:
+    /// @p bytes are a file's contents in UTF-8, empty for a file that is to be made. Anything is taken.
     explicit IniText(QByteArray bytes = {}) : m_bytes(std::move(bytes)) {}
 
     /// Nothing for a key that is not there.

@@ -22,7 +22,7 @@ struct Message {
     /// Neither Escape nor the close button is an answer, since No loses something.
     bool MustAnswer = false;
 
-    MsgBoxResult DefaultAnswer() const;
+    MsgBoxResult DefaultAnswer() const; ///< where Default is unset: Yes if it is offered, else Ok
 };
 
 /// What a file dialog asks for.
@@ -56,6 +56,8 @@ class Prompts {
 public:
     virtual ~Prompts() = default;
 
+    /// Returns with the answer. A question that is closed without one is answered by Cancel, or by No where there is no
+    /// Cancel.
     virtual MsgBoxResult MsgBox(const Message& message) = 0;
     /// Shows both versions side by side.
     virtual ChosenText ChooseText(const TextChoice& choice) = 0;

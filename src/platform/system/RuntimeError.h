@@ -55,12 +55,15 @@ inline constexpr long RecordNotCreated = int(0x80040203);
 /// can read, and the source (class and procedure) that raised it.
 class RuntimeError : public std::exception {
 public:
+    /// @p number is one of ErrorNumber, for which code tests; the description is for the user, the source for the
+    /// error log.
     RuntimeError(long number, QString description, QString source)
         : m_number(number), m_description(std::move(description)), m_source(std::move(source)),
           m_what(m_description.toUtf8())
     {
     }
 
+    // As they were given; what() is the description in UTF-8.
     long Number() const { return m_number; }
     const QString& Description() const { return m_description; }
     const QString& Source() const { return m_source; }

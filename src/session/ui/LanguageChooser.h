@@ -33,6 +33,8 @@ public:
                       const std::function<void(const QString& name)>& chosen);
 
 Q_SIGNALS:
+    /// Another entry is current, by the user, by the search or by SetCurrent; @p name is what Current says, empty for
+    /// the first entry and for none.
     void CurrentChanged(const QString& name);
     /// The user has taken a language, by Enter or a double click.
     void Chosen(const QString& name);

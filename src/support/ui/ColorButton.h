@@ -13,6 +13,7 @@ struct ColorPreset {
     const char* Caption;
     quint32 Value;
 };
+/// The colours that every menu of colours offers, in its order.
 std::span<const ColorPreset> ColorPresets();
 
 /// A small square of a colour.

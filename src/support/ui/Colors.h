@@ -8,6 +8,7 @@ namespace qb {
 
 // Colours of texts and settings are numbers with red in the low byte.
 
+/// Opaque; the high byte says nothing here.
 inline QColor ColorOf(quint32 number)
 {
     return QColor(int(number & 0xff), int(number >> 8 & 0xff), int(number >> 16 & 0xff));
@@ -35,6 +36,7 @@ inline bool IsDark(const QColor& background)
     return Luminance(background) < 0.18; // the middle grey, to the eye
 }
 
+/// Without the transparency; the high byte is 0.
 inline quint32 ColorNumber(const QColor& color)
 {
     return quint32(color.red()) | quint32(color.green()) << 8 | quint32(color.blue()) << 16;

@@ -14,12 +14,14 @@ namespace qb {
 /// asks must not find it in its way.
 class WorkProgress : public Work {
 public:
+    /// Shows nothing yet. @p title is the dialog's; once shown, it keeps all other windows from the user.
     WorkProgress(QWidget* parent, const QString& title);
     ~WorkProgress() override;
 
     /// How long a work lasts before it is shown.
     static inline std::chrono::milliseconds Delay{500};
 
+    /// What is being done, such as a file's name; cut in the middle where it is too long.
     void SetCaption(const QString& text);
 
     // Work

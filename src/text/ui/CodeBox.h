@@ -30,6 +30,7 @@ public:
     void SetPalette(const TokenPalette& palette);
 
 Q_SIGNALS:
+    /// The wheel was turned with Ctrl: 1 for larger, -1 for smaller. The box itself stays as it is.
     void ZoomAsked(int steps);
     /// The user has undone or redone something.
     void TextTakenBack();

@@ -13,6 +13,7 @@ public:
     /// @p panel is what it stands over.
     explicit ColorizeProgress(QWidget& panel);
 
+    /// The words beside the bar, which tell what is being done. Does not show it.
     void SetStage(const QString& stage);
     /// 0 shows it, where the panel is wide enough to tell something, 100 hides it.
     void SetPercent(int percent);

@@ -15,6 +15,7 @@ namespace qb {
 /// they are no part of it, of its undo or of what is stored.
 class LiveColours {
 public:
+    /// @p document outlives it. Nothing is coloured before SetRules.
     explicit LiveColours(QTextDocument& document) : m_document(document) {}
 
     /// By what is coloured; null: nothing is. The headers of sections keep their look.

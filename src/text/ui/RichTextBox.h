@@ -14,7 +14,10 @@ public:
     explicit RichTextBox(const RtfFont& font = CodeFont, QWidget* parent = nullptr);
 
 Q_SIGNALS:
+    /// A link was opened by the menu, or by a click, with Ctrl unless the box is locked. @p target is as the text
+    /// names it, and nobody has checked it.
     void LinkActivated(const QString& target);
+    /// The wheel was turned with Ctrl: 1 for larger, -1 for smaller. The box itself stays as it is.
     void ZoomAsked(int steps);
 
 protected:

@@ -15,6 +15,8 @@ namespace qb {
 template <class Editor>
 class RichTextBoxOf : public Editor, public UserTextBox {
 public:
+    /// @p font is that of texts that name none. A box that stands in another widget and is not seen puts off
+    /// showing a new text until it is seen or edited.
     RichTextBoxOf(const RtfFont& font, QWidget* parent);
 
     // UserTextBox

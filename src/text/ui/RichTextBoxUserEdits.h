@@ -21,6 +21,7 @@ namespace qb {
 
 using namespace Qt::StringLiterals;
 
+/// @p edit returns whether it was done. False, with a beep, when it refused; false without one in a locked box.
 template <class Editor>
 template <class Edit>
 bool RichTextBoxOf<Editor>::UserEdit(UndoType type, Edit&& edit)
@@ -39,6 +40,7 @@ bool RichTextBoxOf<Editor>::UserEdit(UndoType type, Edit&& edit)
     return true;
 }
 
+/// The text document undoes; what it changes is read back into the text by its signal.
 template <class Editor>
 void RichTextBoxOf<Editor>::Undo()
 {
@@ -48,6 +50,7 @@ void RichTextBoxOf<Editor>::Undo()
     StandBehindChange();
 }
 
+/// Nothing where nothing was undone last, and in a locked box.
 template <class Editor>
 void RichTextBoxOf<Editor>::Redo()
 {
@@ -68,6 +71,7 @@ void RichTextBoxOf<Editor>::StandBehindChange()
     TakenBack();
 }
 
+/// A selection that holds protected text is refused, and does not go to the clipboard.
 template <class Editor>
 void RichTextBoxOf<Editor>::Cut()
 {
@@ -78,6 +82,7 @@ void RichTextBoxOf<Editor>::Cut()
     UserEdit(UndoType::Cut, [this] { return SetSelText({}); });
 }
 
+/// Deletes the selection, not the whole text.
 template <class Editor>
 void RichTextBoxOf<Editor>::Clear()
 {
@@ -85,6 +90,7 @@ void RichTextBoxOf<Editor>::Clear()
         UserEdit(UndoType::Delete, [this] { return SetSelText({}); });
 }
 
+/// The text takes the look of the place that it comes to.
 template <class Editor>
 void RichTextBoxOf<Editor>::PastePlainText()
 {
@@ -94,12 +100,14 @@ void RichTextBoxOf<Editor>::PastePlainText()
         UserEdit(UndoType::Paste, [&] { return SetSelText(text); });
 }
 
+/// What is copied or dragged away, as RTF, HTML and plain text; the caller owns it.
 template <class Editor>
 QMimeData* RichTextBoxOf<Editor>::createMimeDataFromSelection() const
 {
     return MimeOfRichText(m_text.Document().Part(m_text.SelStart(), m_text.SelLength())).release();
 }
 
+/// A picture alone is for boxes that take in foreign looks.
 template <class Editor>
 bool RichTextBoxOf<Editor>::canInsertFromMimeData(const QMimeData* source) const
 {
@@ -114,6 +122,7 @@ void RichTextBoxOf<Editor>::insertFromMimeData(const QMimeData* source)
     Insert(*source, UndoType::Paste);
 }
 
+/// Replaces the selection by what is pasted or dropped. False when it holds nothing for the box, or was refused.
 template <class Editor>
 bool RichTextBoxOf<Editor>::Insert(const QMimeData& source, UndoType type)
 {
@@ -162,12 +171,14 @@ bool RichTextBoxOf<Editor>::EndList()
     });
 }
 
+/// Replaces the selection as if the user had typed; an empty text deletes it.
 template <class Editor>
 bool RichTextBoxOf<Editor>::TypeText(const QString& text)
 {
     return UserEdit(text.isEmpty() ? UndoType::Delete : UndoType::Typing, [&] { return SetSelText(text); });
 }
 
+/// In an empty item of a list it ends the list there, and begins no new line.
 template <class Editor>
 void RichTextBoxOf<Editor>::Enter()
 {
@@ -176,6 +187,7 @@ void RichTextBoxOf<Editor>::Enter()
     TypeText(u"\r\n"_s);
 }
 
+/// At the begin of an item of a list it takes the item out of the list, and deletes nothing.
 template <class Editor>
 void RichTextBoxOf<Editor>::Backspace()
 {
@@ -279,6 +291,7 @@ void RichTextBoxOf<Editor>::mousePressEvent(QMouseEvent* event)
     Editor::mousePressEvent(event);
 }
 
+/// A link is activated by a click with Ctrl; in a locked box, where no caret is placed to type, without it.
 template <class Editor>
 void RichTextBoxOf<Editor>::mouseReleaseEvent(QMouseEvent* event)
 {
@@ -324,6 +337,7 @@ void RichTextBoxOf<Editor>::dropEvent(QDropEvent* event)
     this->setFocus();
 }
 
+/// Over a link the menu opens it, also in a box that can be edited. What can't be done is greyed.
 template <class Editor>
 void RichTextBoxOf<Editor>::contextMenuEvent(QContextMenuEvent* event)
 {
@@ -359,6 +373,7 @@ void RichTextBoxOf<Editor>::contextMenuEvent(QContextMenuEvent* event)
     menu.exec(event->globalPos());
 }
 
+/// With Ctrl it asks for another zoom, one step for each event, and does not scroll.
 template <class Editor>
 void RichTextBoxOf<Editor>::wheelEvent(QWheelEvent* event)
 {

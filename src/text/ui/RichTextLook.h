@@ -14,8 +14,11 @@ namespace qb {
 /// colours that could not be read there are shown lighter; the text keeps its own.
 class RichTextLook {
 public:
+    /// For one background, that of @p palette, which gives the colour of links, too. @p document outlives it.
     RichTextLook(const RichTextDocument& document, const QPalette& palette, int dotsPerInch);
 
+    /// The look for the number of a format of the document; 0 is the text's own. Made at the first call and kept: the
+    /// reference holds as long as this object.
     const QTextCharFormat& CharLook(quint32 number);
     const QTextBlockFormat& BlockLook(quint32 number);
 

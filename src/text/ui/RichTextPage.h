@@ -14,6 +14,7 @@ namespace qb {
 /// is read back. A line end counts as two positions there and as one here.
 class RichTextPage {
 public:
+    /// Both outlive it. The text document shows nothing of the text before Load.
     RichTextPage(RichText& text, QTextDocument& document);
 
     /// The text document's position for one of the text's, and back. A position within a line end

@@ -22,6 +22,7 @@ public:
     ItemEditor& Editor() { return m_editor; }
     const ItemEditor& Editor() const { return m_editor; }
 
+    /// The box for the notes of the item, not those of a stored file.
     RichTextBox* RTBNotesControl() const { return rtbNotes; }
     /// The code as plain text, as it stands in its box.
     QString CodeWindowText() const;
@@ -29,20 +30,34 @@ public:
 
     // Colouring, as the editor has it
 
+    /// The RTF of the text of "Code" or "Usage" in colour, which is put back into its box with @p saveBack. Empty
+    /// for an empty text, and for any other tab, of which the user is told.
     QString fnColorize(const QString& tab, bool saveBack) { return m_editor.fnColorize(tab, saveBack); }
+    /// The box already holds the painted text, which is stored as it is. Holds until the next change or save.
     void SetCodeColorized(bool colorized) { m_editor.SetColorized(ItemText::Code, colorized); }
     void SetUsageColorized(bool colorized) { m_editor.SetColorized(ItemText::Usage, colorized); }
+    /// Colours the text of the visible tab, which changes the item. Does nothing unless CanColorize.
     void ColorizeVisible() { m_editor.ColorizeVisible(); }
+    /// The visible tab holds code or usage that can be changed and is not shown in colour. Never for a language
+    /// whose rules colour a text as it is seen.
     bool CanColorize() const { return m_editor.CanColorize(); }
+    /// Empty for the language of the library, and without an item.
     QString ItemLanguage() const { return m_editor.ItemLanguage(); }
+    /// Whether the tab has content. One that has none can be shown all the same.
     bool TabEnabled(DetailsTab tab) const { return m_editor.TabEnabled(tab); }
     /// The colours of what is painted by rules.
     void SetPalette(const TokenPalette& palette);
 
     // Sections, as ItemSections has them
 
+    /// Adds a section to @p item and its line to the text that is shown, or goes to the one that is there. With
+    /// @p color 0 the line has the usual one. Nothing is added to a locked item, in a protected place, or on a
+    /// tab other than Code and Usage.
     void CreateCodeSection(CCodeItem& item, quint8 header, quint32 color);
+    /// Where the line of such a section would be put, in words: "before line 3"; empty on another tab.
     QString PlaceOfNewSection(quint8 header) const { return m_sections.PlaceOfNewSection(header); }
+    /// Puts the caret on the first line with the section's title, behind the blanks before that unless
+    /// @p stayOnHeader. False when there is none, or on another tab, of which the user is told.
     bool GoToCodeSection(quint8 header, bool stayOnHeader);
     /// From the caret's line to the end of its section; with 0 the whole text.
     void CopyCodeSectionToClipboard(quint8 header);
@@ -51,7 +66,10 @@ public:
 
     // What is seen of the texts
 
+    /// Opens the bar for finding, with what is selected if that is of one line. These do nothing where no text is
+    /// shown.
     void FindInText();
+    /// From the selection on, or back, around the end of the text. Opens the bar where it is closed and empty.
     void FindNextOccurance();
     void FindPreviousOccurance();
     /// Asks for a line of the code and goes there.

@@ -11,6 +11,7 @@ enum class UndoType { Unknown = 0, Typing = 1, Delete = 2, DragDrop = 3, Cut = 4
 /// many single changes could be undone once it was done.
 class UndoNames {
 public:
+    /// For a document that holds another text: there are no steps, and none has a name.
     void Clear() { m_names.clear(); }
     /// An edit led from one count of changes to another; what could be redone is gone. One that
     /// was joined to the step before keeps that one's name.

@@ -10,6 +10,7 @@ namespace qb {
 /// A rich text box that a user edits in a window.
 class UserTextBox : public IRichTextBox, public ItemTextBox {
 public:
+    /// What of it stands in the window, and has the focus when it is edited; goes with the box.
     virtual QWidget& Widget() = 0;
     IRichTextBox& TextBox() override { return *this; }
 

@@ -23,6 +23,8 @@ public:
     void ShowPage(const QString& page);
 
 Q_SIGNALS:
+    /// A link of the page to the web or to a mail address was clicked. The panel tells by this signal, too, what is
+    /// to be opened from its text boxes and its browser, which may be any address.
     void AddressActivated(const QString& address);
     /// The folder of web pages lacks a default page; shown is what is there afterwards.
     void DefaultPagesMissing(const QString& folder);

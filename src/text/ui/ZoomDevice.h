@@ -8,7 +8,9 @@ namespace qb {
 /// factor: all of a text grows, and its formats stay as they are.
 class ZoomDevice : public QPaintDevice {
 public:
+    /// @p screen outlives it, and is asked anew for each measure.
     explicit ZoomDevice(const QPaintDevice& screen) : m_screen(screen) {}
+    /// 1 is the size on the screen. What was laid out before stays so until it is laid out again.
     void SetZoom(double factor) { m_factor = factor; }
     QPaintEngine* paintEngine() const override { return nullptr; }
 

@@ -28,10 +28,17 @@ public:
     void Reload();
 
 Q_SIGNALS:
+    /// The browser goes to an address, by the user's will or the page's. Not told of one that is refused or opened
+    /// outside.
     void BeforeNavigate(const QUrl& url);
+    /// Whether there is a page to go back or forward to. Told at each new address and at the end of
+    /// each loading, whether or not it has changed.
     void CommandStateChange(bool back, bool forward);
+    /// How much of a page is loaded, from 0 to 100.
     void ProgressChange(int percent);
+    /// The loading of a page has ended, also by an error or by BrowserStop.
     void DocumentComplete(const QUrl& url);
+    /// The mouse is over a link; empty when it has left it.
     void LinkHovered(const QString& address);
     /// An address for another application.
     void OpenOutside(const QString& address);

@@ -16,6 +16,8 @@ public:
     void ShowPage(const QString& folder, const QString& name, const QString& fallback);
 
 Q_SIGNALS:
+    /// A link to the web or to a mail address was clicked. One into the same page scrolls there, any other does
+    /// nothing.
     void AddressActivated(const QString& address);
 
 protected:

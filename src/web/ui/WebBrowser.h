@@ -15,6 +15,7 @@ class WebBrowser {
 public:
     virtual ~WebBrowser() = default;
 
+    /// Shows the pages. It is the browser's and goes with it, whatever window it stands in.
     virtual QWidget* Widget() = 0;
     /// The folder of the local pages from now on.
     virtual void SetPages(const QString& folder) = 0;

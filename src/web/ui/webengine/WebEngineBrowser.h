@@ -15,6 +15,7 @@ namespace qb {
 class LocalPageHandler : public QWebEngineUrlSchemeHandler {
 public:
     void requestStarted(QWebEngineUrlRequestJob* job) override;
+    /// The folder whose files are given from now on; with an empty one each request fails.
     void SetFolder(const QString& folder) { m_folder = folder; }
 
 private:
@@ -30,6 +31,8 @@ public:
 /// The browser on Qt WebEngine. It keeps nothing of what was visited.
 class WebEngineBrowser : public WebBrowser {
 public:
+    /// The first one settles, for the whole program, what must be settled before the engine starts: the scheme of
+    /// local pages, what it writes to the log, and that root has no sandbox.
     WebEngineBrowser();
     ~WebEngineBrowser() override;
 
