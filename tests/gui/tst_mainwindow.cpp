@@ -391,7 +391,7 @@ private Q_SLOTS:
         Open();
         auto* bar = Find<QProgressBar>(u"prgStatus"_s);
         for (const auto& [percent, shown] : {std::pair{0, false}, {1, true}, {99, true}, {100, false}, {101, false}}) {
-            m_window->ShowProgress(u"Working"_s, percent);
+            m_window->Shell().ShowProgress(u"Working"_s, percent);
             QCOMPARE(bar->isVisible(), shown);
             QCOMPARE(Find<QLabel>(u"sbrMainPanel2"_s)->text(), shown ? u"Working"_s : QString());
             QCOMPARE(bar->minimum(), 1);

@@ -25,6 +25,11 @@ QString DateText(Date date)
 
 } // namespace
 
+bool StoredFileList::Exists(Library& library, qint64 id)
+{
+    return !library.QueryValue(u"SELECT 1 FROM Files WHERE ID = ?"_s, {id}).IsNull();
+}
+
 void StoredFileList::Read(Library& library, const QString& itemKey)
 {
     std::vector<Row> files; // what can't be read leaves the list as it is

@@ -25,6 +25,8 @@ public:
     /// Reads the files of the item of this key.
     void Read(Library& library, const QString& itemKey);
     void Clear();
+    /// Whether the library has a stored file of this ID, now.
+    static bool Exists(Library& library, qint64 id);
     /// The `Files.ID` of a row.
     qint64 IdOf(int row) const { return m_rows[size_t(row)].Id; }
     QString TitleOf(int row) const { return m_rows[size_t(row)].Title; }

@@ -360,7 +360,8 @@ bool ctlFileDetails::SaveFileDescChanges(bool mayAsk)
                 ForgetFileDescChanges();
                 return true;
             }
-            if (!RowExists(m_current->Key().toLongLong())) { // another program, or another user
+            if (!StoredFileList::Exists(*m_library,
+                                        m_current->Key().toLongLong())) { // another program, or another user
                 Prompts::Current().MsgBox(
                     {.Text =
                          u"The file '%1' has been deleted from the library meanwhile. Its description can't be saved "

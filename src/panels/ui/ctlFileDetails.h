@@ -102,11 +102,9 @@ private:
     void Refill();
     void SelectKeys(const QStringList& keys);
     bool SearchOccurence(const QString& text, bool forward);
-    bool SearchShown(const QString& text, qsizetype begin, qsizetype end, bool forward);
     QList<qint64> Selected() const;
     QString PlaceOf(qint64 id) const;
     bool ExportOne(qint64 id);
-    bool RowExists(qint64 id) const;
     /// How files are to be taken in; nothing when the user cancelled.
     std::optional<FileImportOptions> AskImportOptions(const FileImportPlan& plan);
     void Import(const FileImportPlan& plan, const FileImportOptions& options);

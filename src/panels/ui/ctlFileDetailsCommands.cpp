@@ -93,17 +93,24 @@ QString AskZipName(QString proposed)
     }
 }
 
+/// Selects the first, or the last, place that lies whole between two positions of a box.
+bool SelectPlace(RichTextBox& box, const QString& text, qsizetype begin, qsizetype end, bool forward)
+{
+    QList<qsizetype> places = box.FindAll(text);
+    places.removeIf([&](qsizetype place) { return place < begin || place + text.size() > end; });
+    if (places.isEmpty())
+        return false;
+    box.SetSelStart(forward ? places.first() : places.last());
+    box.SetSelLength(text.size());
+    return true;
+}
+
 } // namespace
 
 QString ctlFileDetails::PlaceOf(qint64 id) const
 {
     const int row = m_files->RowOf(id);
     return row < 0 ? QString() : ReadableStoredFile(*m_library, id, m_files->TitleOf(row));
-}
-
-bool ctlFileDetails::RowExists(qint64 id) const
-{
-    return !m_library->QueryValue(u"SELECT 1 FROM Files WHERE ID = ?"_s, {id}).IsNull();
 }
 
 // Adding
@@ -257,7 +264,7 @@ bool ctlFileDetails::ExportOne(qint64 id)
     if (!missing)
         return false;
     Tell(u"File could not have been exported."_s, u"Source File Not Found"_s, MsgBoxIcon::Critical);
-    if (RowExists(id))
+    if (StoredFileList::Exists(*m_library, id))
         return true;
     Refill();
     Q_EMIT FilesChanged(m_files->rowCount() > 0);
@@ -374,18 +381,6 @@ bool ctlFileDetails::SearchPreviousOccurence(const QString& text)
     return SearchOccurence(text, false);
 }
 
-/// Selects the first, or the last, place that lies whole between two positions of the description that is shown.
-bool ctlFileDetails::SearchShown(const QString& text, qsizetype begin, qsizetype end, bool forward)
-{
-    QList<qsizetype> places = rtbFileNotes->FindAll(text);
-    places.removeIf([&](qsizetype place) { return place < begin || place + text.size() > end; });
-    if (places.isEmpty())
-        return false;
-    rtbFileNotes->SetSelStart(forward ? places.first() : places.last());
-    rtbFileNotes->SetSelLength(text.size());
-    return true;
-}
-
 bool ctlFileDetails::SearchOccurence(const QString& text, bool forward)
 {
     if (!m_library || text.isEmpty())
@@ -393,7 +388,9 @@ bool ctlFileDetails::SearchOccurence(const QString& text, bool forward)
     const qsizetype begin = rtbFileNotes->SelStart();
     const qsizetype end = begin + rtbFileNotes->SelLength();
     const qsizetype whole = rtbFileNotes->Text().size();
-    if (m_current && (forward ? SearchShown(text, end, whole, true) : SearchShown(text, 0, begin, false)))
+    if (m_current
+        && (forward ? SelectPlace(*rtbFileNotes, text, end, whole, true)
+                    : SelectPlace(*rtbFileNotes, text, 0, begin, false)))
         return true;
     const int shown = m_current
                           ? m_sorted->mapFromSource(m_files->index(m_files->RowOf(m_shownKey.toLongLong()), 0)).row()
@@ -405,7 +402,7 @@ bool ctlFileDetails::SearchOccurence(const QString& text, bool forward)
         if (!PlainTextFromRtf(file.Description()).contains(text, Qt::CaseInsensitive))
             continue;
         SelectKeys({QString::number(id)});
-        return SearchShown(text, 0, rtbFileNotes->Text().size(), forward);
+        return SelectPlace(*rtbFileNotes, text, 0, rtbFileNotes->Text().size(), forward);
     }
     return false;
 }

@@ -12,24 +12,17 @@
 #include "session/ui/CWaitCursor.h"
 #include "session/ui/FormatToolbar.h"
 #include "session/ui/HelpCommands.h"
-#include "session/ui/frmDatabaseList.h"
-#include "session/ui/frmNewDatabase.h"
 #include "support/ErrorRoutine.h"
 #include "support/ui/Appearance.h"
 #include "text/ui/ctlCodeDetails.h"
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QComboBox>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QLabel>
-#include <QLineEdit>
-#include <QProgressBar>
 #include <QScreen>
 #include <QShortcut>
-#include <QSignalBlocker>
 #include <QSplitter>
 #include <QStatusBar>
 #include <QWindow>
@@ -40,6 +33,21 @@ using namespace Qt::StringLiterals;
 
 namespace {
 const QString ModuleName = u"MainForm"_s;
+
+/// The copy is made before the library is opened, since it must not be in use for that.
+void MakeStartOfSessionCopy(const QString& library)
+{
+    const QString copy = ApplicationFolder() + u"KTSStartupBackup.qbd"_s;
+    QFile::remove(copy);
+    if (library.isEmpty()) {
+        Prompts::Current().MsgBox({.Text = u"Cannot find the last opened database : "_s,
+                                   .Caption = ApplicationTitle,
+                                   .Icon = MsgBoxIcon::Information});
+        return;
+    }
+    DBEngine::CompactDatabase(library, copy);
+}
+
 } // namespace
 
 frmCodeLib::frmCodeLib()
@@ -47,19 +55,20 @@ frmCodeLib::frmCodeLib()
     setObjectName(u"frmCodeLib"_s);
     setWindowTitle(ApplicationTitle);
     MakePanels();
-    m_tree = std::make_unique<ItemTree>(m_session, *tvCodeItems, *ctlCodeItemDetails, *this, m_commands);
-    m_items = std::make_unique<ItemCommands>(m_session, *tvCodeItems, *ctlCodeItemDetails, *this, m_commands, *m_tree);
+    m_shell = new WindowShell(*this);
+    m_tree = std::make_unique<ItemTree>(m_session, *tvCodeItems, *ctlCodeItemDetails, *m_shell, m_commands);
+    m_items = std::make_unique<ItemCommands>(m_session, *tvCodeItems, *ctlCodeItemDetails, *m_shell, m_commands,
+                                             *m_tree);
     m_drag = std::make_unique<ItemDrag>(m_session, *tvCodeItems, *m_tree, *m_items);
     m_linking = std::make_unique<ItemLinking>(m_session, *tvCodeItems, m_commands);
     m_page = std::make_unique<ItemWebPage>(m_session, *ctlCodeItemDetails, m_commands);
-    m_libraries = std::make_unique<LibraryList>(m_session, *this, *ctlCodeItemDetails, m_commands, *m_tree);
+    m_libraries = std::make_unique<LibraryList>(m_session, *m_shell, *ctlCodeItemDetails, m_commands, *m_tree);
     m_edit = new EditCommands(m_commands, *ctlCodeItemDetails, this);
     RegisterCommands();
     RegisterHelpCommands(m_commands, *this);
     m_faces = new CommandFaces(*this, m_commands);
     MakeToolbar();
     MakeTextToolbars();
-    MakeStatusBar();
     ConnectPanels();
     ConnectDetails();
     ConnectFiles();
@@ -77,7 +86,10 @@ void frmCodeLib::Form_Load()
         CWaitCursor wait;
         wait.SetCursor(CWaitCursor::Hourglass);
         m_session.moSettings = std::make_unique<CSettings>([this] { return CurrentDatabase(); });
-        connect(m_session.moSettings.get(), &CSettings::eShowStatusBar, this, &frmCodeLib::SetShowStatusBar);
+        connect(m_session.moSettings.get(), &CSettings::eShowStatusBar, this, [this](bool show) {
+            statusBar()->setVisible(show);
+            m_commands.SetChecked(u"mnuViewStatusBar"_s, show);
+        });
         connect(m_session.moSettings.get(), &CSettings::SettingsUpdated, this, &frmCodeLib::moSettings_SettingsUpdated);
         m_session.moSettings->Initialise();
         m_libraries->DisplayKeywordDefiner = [this] { ShowOptions(frmSettings::KeywordPage); };
@@ -137,22 +149,8 @@ void frmCodeLib::DoStartUp()
         m_storedFiles->ShowPreview(Settings().ViewFilePreview());
         m_commands.SetStanding(StandingOf(m_session)); // with no item: DELETE and BOOKMARK are disabled
         if (Settings().DBEnableSessionUndo() && !Settings().DBShared())
-            MakeStartOfSessionCopy();
+            MakeStartOfSessionCopy(m_session.CurrentDatabasePath);
     });
-}
-
-/// The copy is made before the library is opened, since it must not be in use for that.
-void frmCodeLib::MakeStartOfSessionCopy()
-{
-    const QString copy = ApplicationFolder() + u"KTSStartupBackup.qbd"_s;
-    QFile::remove(copy);
-    if (m_session.CurrentDatabasePath.isEmpty()) {
-        Prompts::Current().MsgBox({.Text = u"Cannot find the last opened database : "_s + m_session.CurrentDatabasePath,
-                                   .Caption = ApplicationTitle,
-                                   .Icon = MsgBoxIcon::Information});
-        return;
-    }
-    DBEngine::CompactDatabase(m_session.CurrentDatabasePath, copy);
 }
 
 // Place and layout
@@ -311,19 +309,13 @@ void frmCodeLib::SaveButtonClicked()
 void frmCodeLib::tmrStartTimer_Timer()
 {
     // A long work lets the window paint, and a dialog may hold a transaction; not in the middle of these.
-    if (prgStatus->isVisible() || QApplication::activeModalWidget())
+    if (m_shell->IsWorking() || QApplication::activeModalWidget())
         return tmrStartTimer.start();
     m_items->SaveButtonClicked(std::exchange(m_saveClickCount, 0));
     moSettings_SettingsUpdated();
 }
 
-// Status bar
-
-void frmCodeLib::SetStatusText(const QString& text)
-{
-    m_status = text;
-    m_statusText->setText(m_linkHint.isEmpty() ? text : m_linkHint);
-}
+// The state of the library
 
 /// Whether the library can be written, in the title bar and the commands. That its file has gone is told
 /// once, and so is what can be done.
@@ -344,118 +336,13 @@ void frmCodeLib::ShowLibraryState()
     Prompts::Current().MsgBox({.Text = text.arg(file), .Caption = ApplicationTitle, .Icon = MsgBoxIcon::Exclamation});
 }
 
-/// While a link mode lasts its next step stands in the status bar, and Escape, wherever the focus is, ends it.
-void frmCodeLib::ShowLinkHint(const QString& hint)
-{
-    m_linkHint = hint;
-    m_endLinkMode->setEnabled(!hint.isEmpty());
-    SetStatusText(m_status);
-}
-
 /// The title of the item that is shown; with none the library's language, as when it was opened.
 void frmCodeLib::ShowStatusOfItem()
 {
     if (m_session.oCodeItem && !m_session.oCodeItem->Key().isEmpty())
-        SetStatusText(m_session.oCodeItem->Title());
+        m_shell->SetStatusText(m_session.oCodeItem->Title());
     else if (CurrentDatabase())
-        SetStatusText(CurrentDatabase()->QueryValue(u"SELECT LanguageUsed FROM Properties"_s).ToText());
-}
-
-void frmCodeLib::SetItemDate(const QString& text, const QString& tip)
-{
-    m_shownDate = text;
-    m_itemDate->setText(text);
-    m_itemDate->setToolTip(tip);
-}
-
-void frmCodeLib::ShowProgress(const QString& text, int percent)
-{
-    constexpr int Done = 100;
-    if (percent >= Done || percent < 1) {
-        prgStatus->hide();
-        m_itemDate->clear();
-        return;
-    }
-    prgStatus->setRange(1, Done);
-    prgStatus->show();
-    prgStatus->setValue(percent);
-    constexpr int Widest = 360; // a name of a file must not widen the window
-    m_itemDate->setText(m_itemDate->fontMetrics().elidedText(text, Qt::ElideMiddle, Widest));
-    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-}
-
-void frmCodeLib::ShowProgressStatusBar(int value, int maximum)
-{
-    prgStatus->setVisible(maximum > 0);
-    prgStatus->setRange(1, std::max(2, maximum));
-    prgStatus->setValue(value);
-    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-}
-
-std::shared_ptr<void> frmCodeLib::WaitCursor()
-{
-    auto cursor = std::make_shared<CWaitCursor>();
-    cursor->SetCursor(CWaitCursor::Hourglass);
-    return cursor;
-}
-
-void frmCodeLib::SetShowStatusBar(bool show)
-{
-    statusBar()->setVisible(show);
-    m_commands.SetChecked(u"mnuViewStatusBar"_s, show);
-}
-
-// The combo box of libraries
-
-int frmCodeLib::ComboCount() const
-{
-    return cboDatabase->count();
-}
-
-int frmCodeLib::ComboIndex() const
-{
-    return cboDatabase->currentIndex();
-}
-
-void frmCodeLib::SetComboIndex(int index)
-{
-    cboDatabase->setCurrentIndex(index);
-    cboDatabase->setEditText(cboDatabase->itemText(index));
-}
-
-QString frmCodeLib::ComboText() const
-{
-    return cboDatabase->currentText();
-}
-
-void frmCodeLib::SetComboText(const QString& text)
-{
-    const QSignalBlocker blocker(cboDatabase);
-    cboDatabase->setCurrentIndex(-1);
-    cboDatabase->setEditText(text);
-}
-
-void frmCodeLib::InsertComboEntry(int index, const QString& alias)
-{
-    const QSignalBlocker blocker(cboDatabase); // the first entry of an empty box is not chosen by that
-    const bool chosen = cboDatabase->currentIndex() >= 0;
-    cboDatabase->insertItem(index, alias);
-    if (!chosen)
-        cboDatabase->setCurrentIndex(-1);
-}
-
-void frmCodeLib::RemoveComboEntry(int index)
-{
-    const QSignalBlocker blocker(cboDatabase);
-    const bool chosen = cboDatabase->currentIndex() == index;
-    cboDatabase->removeItem(index);
-    if (chosen)
-        cboDatabase->setCurrentIndex(-1); // no other library is chosen by that
-}
-
-void frmCodeLib::SetComboToolTip(const QString& tip)
-{
-    cboDatabase->setToolTip(tip);
+        m_shell->SetStatusText(CurrentDatabase()->QueryValue(u"SELECT LanguageUsed FROM Properties"_s).ToText());
 }
 
 /// The options, on one of their pages.
@@ -473,22 +360,6 @@ void frmCodeLib::ShowOptions(frmSettings::Page page)
     };
     dialog.InitializeSettings(Settings(), CurrentDatabase());
     dialog.ShowPage(page);
-    dialog.exec();
-}
-
-LanguageChoice frmCodeLib::AskForLanguage()
-{
-    frmNewDatabase dialog(this);
-    dialog.exec();
-    return {dialog.LanguageSelected(), dialog.LanguageFilePath()};
-}
-
-// Commands of the window itself
-
-void frmCodeLib::ShowDatabaseList()
-{
-    frmDatabaseList dialog(this);
-    dialog.Initialize(m_session.DatabaseList, m_libraries->FindCurrentDBArrayIndex());
     dialog.exec();
 }
 

@@ -8,19 +8,16 @@
 #include "session/ItemWebPage.h"
 #include "session/LibraryList.h"
 #include "session/SessionState.h"
-#include "session/ShellView.h"
 #include "session/WindowLayout.h"
 #include "session/ui/CommandFaces.h"
 #include "session/ui/EditCommands.h"
+#include "session/ui/WindowShell.h"
 #include "session/ui/frmSettings.h"
 
 #include <QMainWindow>
 #include <QTimer>
 
-class QComboBox;
-class QLabel;
 class QMenu;
-class QProgressBar;
 class QShortcut;
 class QSplitter;
 class QStackedWidget;
@@ -35,11 +32,10 @@ class ctlFileDetails;
 class CodeToolbar;
 class ctlSmartTreeView;
 class FormatToolbar;
-class LanguageButton;
 
 /// The main window: assembles the session and its panels, and connects them. What the commands
 /// do is decided by the collaborators, each in a file of its own.
-class frmCodeLib : public QMainWindow, public ShellView {
+class frmCodeLib : public QMainWindow {
     Q_OBJECT
 
 public:
@@ -53,31 +49,13 @@ public:
     CSettings& Settings() { return *m_session.moSettings; }
     /// Brings the tip window to the front, if it is open.
     void SetTipsFocus();
-    /// Selects the node of a key and opens its item.
     /// What was typed and not saved goes where the next start finds it.
     void KeepUnsavedTexts();
+    /// Selects the node of a key and opens its item.
     void GoToNode(const QString& key) { m_tree->GoToNode(key); }
     Library* CurrentDatabase() { return m_session.CurrentDatabase.get(); }
 
-    // ShellView
-    void SetStatusText(const QString& text) override;
-    void SetItemDate(const QString& text, const QString& tip) override;
-    int ComboCount() const override;
-    int ComboIndex() const override;
-    void SetComboIndex(int index) override;
-    QString ComboText() const override;
-    void SetComboText(const QString& text) override;
-    void InsertComboEntry(int index, const QString& alias) override;
-    void RemoveComboEntry(int index) override;
-    void SetComboToolTip(const QString& tip) override;
-    LanguageChoice AskForLanguage() override;
-    void EnableMenus(bool enabled) override;
-    void ShowProgressStatusBar(int value, int maximum) override;
-    std::shared_ptr<void> WaitCursor() override;
-    void EnableEditing(bool enabled) override;
-
-    /// Shows progress in the status bar; a percent below 1, or of 100 and above, hides the bar.
-    void ShowProgress(const QString& text, int percent);
+    WindowShell& Shell() { return *m_shell; }
 
 protected:
     bool event(QEvent* event) override;
@@ -87,18 +65,17 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void EnableMenus(bool enabled);
+    void EnableEditing(bool enabled);
     void MakePanels();
     void MakeToolbar();
     void MakeTextToolbars();
     void MakeFilesToolbar();
-    void MakeStatusBar();
     void ConnectPanels();
     void ConnectLinks();
     void FollowLink(qint64 item);
     void ShowStatusOfItem();
-    void ShowLinkHint(const QString& hint);
     void ShowLibraryState();
-    std::optional<LinkDirection> AskLinkDirection();
     void tvCodeItems_Shrinking(bool shrinks);
     void ConnectDetails();
     void ConnectFiles();
@@ -106,7 +83,6 @@ private:
     void RegisterCommands();
     void ConnectMenus();
     void DoStartUp();
-    void MakeStartOfSessionCopy();
     void PlaceWindow();
     void ReadSeparatorPositions();
     void SaveLayout();
@@ -121,14 +97,13 @@ private:
     void moSettings_SettingsUpdated();
     bool Form_QueryUnload();
     void DoUnload();
-    void ShowDatabaseList();
     void ShowOptions(frmSettings::Page page);
-    void SetShowStatusBar(bool show);
     void StartTips();
     void Form_Unload();
 
     SessionState m_session;
     Commands m_commands;
+    WindowShell* m_shell = nullptr;
     CommandFaces* m_faces = nullptr;
     EditCommands* m_edit = nullptr;
     WindowLayout m_layout;
@@ -148,15 +123,7 @@ private:
     int m_saveClickCount = 0;
     bool m_editingEnabled = true;
     bool m_toldOfGoneFile = false;
-    QComboBox* cboDatabase = nullptr;
-    QLabel* m_statusText = nullptr;
-    LanguageButton* m_language = nullptr; ///< of the item's code
-    QString m_status;                     ///< what the first panel shows when no link mode lasts
-    QString m_linkHint;                   ///< what it shows while one does
-    QShortcut* m_endLinkMode = nullptr;
-    QLabel* m_itemDate = nullptr;
-    QString m_shownDate; ///< of the item, whatever progress has made of its panel
-    QProgressBar* prgStatus = nullptr;
+    QShortcut* m_endLinkMode = nullptr; ///< Escape, wherever the focus is, while a link mode lasts
     ctlSmartTreeView* tvCodeItems = nullptr;
     ctlCodeDetails* ctlCodeItemDetails = nullptr;
     ctlFileDetails* m_storedFiles = nullptr;

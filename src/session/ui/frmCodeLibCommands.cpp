@@ -3,6 +3,7 @@
 #include "panels/ui/ctlSmartTreeView.h"
 #include "session/ui/CodeToolbar.h"
 #include "session/ui/frmCodeLib.h"
+#include "session/ui/frmDatabaseList.h"
 #include "text/ui/ctlCodeDetails.h"
 
 #include <QAction>
@@ -36,7 +37,11 @@ void frmCodeLib::mnuEdit_Click()
 void frmCodeLib::RegisterCommands()
 {
     m_commands.Register(u"mnuFileDatabaseSelect"_s, [] {}); // opens its menu
-    m_commands.Register(u"mnuDatabaseListItem"_s, [this] { ShowDatabaseList(); });
+    m_commands.Register(u"mnuDatabaseListItem"_s, [this] {
+        frmDatabaseList dialog(this);
+        dialog.Initialize(m_session.DatabaseList, m_libraries->FindCurrentDBArrayIndex());
+        dialog.exec();
+    });
     m_commands.Register(u"mnuExit"_s, [this] { close(); });
     m_commands.Register(u"mnuOptionsItem"_s, [this] { ShowOptions(frmSettings::GeneralPage); });
     m_commands.Register(u"mnuViewStatusBar"_s, [this] {
@@ -81,13 +86,14 @@ void frmCodeLib::mnuFile_Click()
 {
     QMenu* mnuFileDatabaseSelect = m_faces->Action(u"mnuFileDatabaseSelect"_s)->menu();
     mnuFileDatabaseSelect->clear();
+    const QComboBox* cboDatabase = m_shell->Libraries();
     for (int i = 0; i < cboDatabase->count(); ++i) {
         QString caption = cboDatabase->itemText(i);
         QAction* entry = mnuFileDatabaseSelect->addAction(caption.replace(u'&', u"&&"_s));
         entry->setObjectName(u"mnuDatabaseName%1"_s.arg(i));
         entry->setCheckable(true);
         entry->setChecked(i == cboDatabase->currentIndex());
-        connect(entry, &QAction::triggered, this, [this, i] { SetComboIndex(i); });
+        connect(entry, &QAction::triggered, this, [this, i] { m_shell->SetComboIndex(i); });
     }
     m_commands.SetEnabled(u"mnuFileDatabaseSelect"_s, cboDatabase->count() > 0);
 }

@@ -22,11 +22,8 @@
 #include <QActionGroup>
 #include <QComboBox>
 #include <QCursor>
-#include <QLabel>
-#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
-#include <QProgressBar>
 #include <QShortcut>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -38,6 +35,33 @@
 namespace qb {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Which way a link is to lead, from a menu at the pointer.
+std::optional<LinkDirection> AskLinkDirection(QWidget* window)
+{
+    struct Choice {
+        const char* Caption;
+        const char* Image;
+        LinkDirection Direction;
+    };
+    static constexpr Choice choices[] = {
+        {"From the selected item to this one", "LINK_ONEWAY_TARGET", LinkDirection::Left},
+        {"From this item to the selected one", "LINK_ONEWAY_SOURCE", LinkDirection::Right},
+        {"Both ways", "LINK_TWOWAY", LinkDirection::Both}};
+    QMenu menu(window);
+    menu.setObjectName(u"mnuLinkDirection"_s);
+    QHash<QAction*, LinkDirection> directions;
+    for (const Choice& choice : choices)
+        directions.insert(
+            menu.addAction(IconNamed(QString::fromLatin1(choice.Image)), QString::fromLatin1(choice.Caption)),
+            choice.Direction);
+    const auto chosen = directions.constFind(menu.exec(QCursor::pos()));
+    return chosen == directions.constEnd() ? std::nullopt : std::optional(*chosen);
+}
+
+} // namespace
 
 void frmCodeLib::MakePanels()
 {
@@ -68,22 +92,13 @@ void frmCodeLib::MakePanels()
 
 void frmCodeLib::MakeToolbar()
 {
-    constexpr int ComboCharacters = 24;
     tlbMain = addToolBar(u"Main"_s);
     tlbMain->setObjectName(u"tlbMain"_s);
     tlbMain->setMovable(false);
     tlbMain->setContextMenuPolicy(Qt::PreventContextMenu);
     const int iconSize = style()->pixelMetric(QStyle::PM_ToolBarIconSize);
     tlbMain->setIconSize({iconSize, iconSize});
-    cboDatabase = new QComboBox;
-    cboDatabase->setObjectName(u"cboDatabase"_s);
-    cboDatabase->setAccessibleName(u"Library"_s);
-    cboDatabase->setEditable(true);
-    cboDatabase->setDuplicatesEnabled(true); // Enter renames; it does not look for the same text
-    cboDatabase->setInsertPolicy(QComboBox::NoInsert);
-    cboDatabase->setCompleter(nullptr);
-    cboDatabase->setMinimumContentsLength(ComboCharacters);
-    tlbMain->addWidget(cboDatabase);
+    tlbMain->addWidget(m_shell->Libraries());
     tlbMain->addSeparator();
     m_faces->FillToolbar(*tlbMain, CommandRow::Place::Toolbar);
 }
@@ -134,31 +149,6 @@ void frmCodeLib::MakeFilesToolbar()
     tbrFiles->addSeparator();
 }
 
-void frmCodeLib::MakeStatusBar()
-{
-    constexpr int ProgressWidth = 180;
-    constexpr int Margin = 6;
-    m_statusText = new QLabel;
-    m_statusText->setObjectName(u"sbrMainPanel1"_s);
-    m_statusText->setTextFormat(Qt::PlainText);
-    m_itemDate = new QLabel;
-    m_itemDate->setTextFormat(Qt::PlainText);
-    m_itemDate->setObjectName(u"sbrMainPanel2"_s);
-    prgStatus = new QProgressBar;
-    prgStatus->setObjectName(u"prgStatus"_s);
-    prgStatus->setFixedWidth(ProgressWidth);
-    prgStatus->setRange(1, 100);
-    prgStatus->hide();
-    m_statusText->setContentsMargins(Margin, 0, 0, 0);
-    m_itemDate->setContentsMargins(0, 0, Margin, 0);
-    statusBar()->setObjectName(u"sbrMain"_s);
-    statusBar()->addWidget(m_statusText, 1);
-    m_language = new LanguageButton;
-    statusBar()->addPermanentWidget(prgStatus);
-    statusBar()->addPermanentWidget(m_language);
-    statusBar()->addPermanentWidget(m_itemDate);
-}
-
 void frmCodeLib::ConnectPanels()
 {
     connect(tvCodeItems, &ctlSmartTreeView::NodeClick, this,
@@ -194,12 +184,11 @@ void frmCodeLib::ConnectPanels()
         m_linking->ShowLinks();
         tvCodeItems->UpdateDescription(ctlCodeItemDetails->Description());
     };
-    connect(cboDatabase, &QComboBox::currentIndexChanged, this, [this](int index) {
-        if (index >= 0)
-            m_libraries->cboDatabase_Click();
-    });
-    connect(cboDatabase->lineEdit(), &QLineEdit::returnPressed, this,
-            [this] { m_libraries->ChangeAlias(cboDatabase->currentText(), true); });
+    connect(m_shell, &WindowShell::LibraryChosen, this, [this] { m_libraries->cboDatabase_Click(); });
+    connect(m_shell, &WindowShell::AliasEntered, this,
+            [this](const QString& alias) { m_libraries->ChangeAlias(alias, true); });
+    m_shell->MenusEnabled = [this](bool enabled) { EnableMenus(enabled); };
+    m_shell->EditingEnabled = [this](bool enabled) { EnableEditing(enabled); };
     connect(&m_commands, &Commands::Changed, tvCodeItems, [this](const QString& name) {
         if (name == u"LINK_MODE"_s || name == u"LINK_REMOVE"_s)
             tvCodeItems->EnableLinking(m_commands.Get(u"LINK_MODE"_s).Enabled,
@@ -220,11 +209,14 @@ void frmCodeLib::ConnectLinks()
     m_endLinkMode = new QShortcut(Qt::Key_Escape, this);
     m_endLinkMode->setEnabled(false);
     connect(m_endLinkMode, &QShortcut::activated, this, [this] { m_linking->CancelLinkMode(); });
-    m_linking->ShowHint = [this](const QString& hint) { ShowLinkHint(hint); };
+    m_linking->ShowHint = [this](const QString& hint) {
+        m_shell->ShowHint(hint);
+        m_endLinkMode->setEnabled(!hint.isEmpty());
+    };
     m_linking->LinksChanged = [this] { ctlCodeItemDetails->ShowLinks(); };
     m_items->LibraryHasGone = [this] { ShowLibraryState(); };
     m_items->CancelLinkMode = [this] { m_linking->CancelLinkMode(); };
-    m_linking->AskDirection = [this] { return AskLinkDirection(); };
+    m_linking->AskDirection = [this] { return AskLinkDirection(this); };
     connect(tvCodeItems, &ctlSmartTreeView::LinkModeStarted, this,
             [this](LinkMode mode) { m_linking->CreateNewLink(mode); });
     connect(tvCodeItems, &ctlSmartTreeView::LinkModeEnded, this, [this] { m_linking->CancelLinkMode(); });
@@ -244,29 +236,6 @@ void frmCodeLib::FollowLink(qint64 item)
     Prompts::Current().MsgBox({.Text = u"The linked item is not in the library any more. The link can be removed."_s,
                                .Caption = ApplicationTitle,
                                .Icon = MsgBoxIcon::Information});
-}
-
-/// Which way a link is to lead, from a menu at the pointer.
-std::optional<LinkDirection> frmCodeLib::AskLinkDirection()
-{
-    struct Choice {
-        const char* Caption;
-        const char* Image;
-        LinkDirection Direction;
-    };
-    static constexpr Choice choices[] = {
-        {"From the selected item to this one", "LINK_ONEWAY_TARGET", LinkDirection::Left},
-        {"From this item to the selected one", "LINK_ONEWAY_SOURCE", LinkDirection::Right},
-        {"Both ways", "LINK_TWOWAY", LinkDirection::Both}};
-    QMenu menu(this);
-    menu.setObjectName(u"mnuLinkDirection"_s);
-    QHash<QAction*, LinkDirection> directions;
-    for (const Choice& choice : choices)
-        directions.insert(
-            menu.addAction(IconNamed(QString::fromLatin1(choice.Image)), QString::fromLatin1(choice.Caption)),
-            choice.Direction);
-    const auto chosen = directions.constFind(menu.exec(QCursor::pos()));
-    return chosen == directions.constEnd() ? std::nullopt : std::optional(*chosen);
 }
 
 /// The splitter follows the tree's own hiding: fixed at its small width, free again when it grows.
@@ -296,7 +265,7 @@ void frmCodeLib::ConnectDetails()
     });
     ItemEditor& editor = ctlCodeItemDetails->Editor();
     connect(&editor, &ItemEditor::ItemLanguageChanged, this, &frmCodeLib::ShowLanguage);
-    connect(m_language, &LanguageButton::Chosen, &editor, &ItemEditor::SetItemLanguage);
+    connect(m_shell->Language(), &LanguageButton::Chosen, &editor, &ItemEditor::SetItemLanguage);
     connect(ctlCodeItemDetails, &ctlCodeDetails::DefaultPagesMissing, this, [this](const QString& folder) {
         if (CurrentDatabase() && !CurrentDatabase()->IsReadOnly())
             Guarded(u"MainForm"_s, u"CreateDefaultHTMLItems"_s, [&] { CreateDefaultHTMLItems(folder); });
@@ -320,11 +289,7 @@ void frmCodeLib::ConnectFiles()
         Settings().SetViewFilePreview(shown);
         Settings().ApplyOrTakeBack();
     });
-    connect(m_storedFiles, &ctlFileDetails::Progress, this, [this](const QString& text, int percent) {
-        ShowProgress(text, percent);
-        if (prgStatus->isHidden())
-            m_itemDate->setText(m_shownDate); // the item is still the one
-    });
+    connect(m_storedFiles, &ctlFileDetails::Progress, m_shell, &WindowShell::ShowProgress);
     connect(m_storedFiles, &ctlFileDetails::StatusText, statusBar(), [this](const QString& text) {
         constexpr int Shown = 10'000; // milliseconds
         statusBar()->showMessage(text.simplified(), Shown);
@@ -357,12 +322,13 @@ void frmCodeLib::ShowLanguage()
 {
     const std::optional<DetailsTab> tab = ctlCodeItemDetails->CurrentView();
     const bool isCode = CurrentDatabase() && (tab == DetailsTab::Code || tab == DetailsTab::Usage);
-    m_language->setVisible(isCode);
+    LanguageButton* language = m_shell->Language();
+    language->setVisible(isCode);
     if (!isCode)
         return;
-    m_language->setEnabled(!ctlCodeItemDetails->Locked());
-    m_language->ShowLanguage(ctlCodeItemDetails->ItemLanguage(),
-                             CurrentDatabase()->QueryValue(u"SELECT LanguageUsed FROM Properties"_s).ToText());
+    language->setEnabled(!ctlCodeItemDetails->Locked());
+    language->ShowLanguage(ctlCodeItemDetails->ItemLanguage(),
+                           CurrentDatabase()->QueryValue(u"SELECT LanguageUsed FROM Properties"_s).ToText());
 }
 
 /// The second band follows the tab.
