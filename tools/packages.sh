@@ -9,7 +9,7 @@ FUZZ_PACKAGES="clang libclang-rt-14-dev"
 # Validators of what the desktop is told of the program, and the making of its package.
 DESKTOP_PACKAGES="desktop-file-utils appstream libxml2-utils shared-mime-info libglib2.0-bin man-db groff-base mandoc"
 # Other programs that the tests hold archives and volumes against.
-TEST_PACKAGES="python3 7zip"
+TEST_PACKAGES="python3 7zip lld"
 PACKAGE_PACKAGES="dpkg-dev"
 ASAN_PACKAGES="libasan8 libubsan1"
 
