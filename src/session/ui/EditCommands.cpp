@@ -41,9 +41,8 @@ void EditCommands::RegisterView()
     m_commands.Register(u"mnuViewZoomOut"_s, [this] { m_details.SetZoom(m_details.Zoom() - ZoomStep); });
     m_commands.Register(u"mnuViewZoomReset"_s, [this] { m_details.SetZoom(ActualSize); });
     m_commands.Register(u"mnuViewLineNumbers"_s,
-                        [this] { SwitchTextView(u"mnuViewLineNumbers"_s, &ctlCodeDetails::SetLineNumbers); });
-    m_commands.Register(u"mnuViewWordWrap"_s,
-                        [this] { SwitchTextView(u"mnuViewWordWrap"_s, &ctlCodeDetails::SetWordWrap); });
+                        [this] { m_details.SetLineNumbers(Switched(u"mnuViewLineNumbers"_s)); });
+    m_commands.Register(u"mnuViewWordWrap"_s, [this] { m_details.SetWordWrap(Switched(u"mnuViewWordWrap"_s)); });
 }
 
 void EditCommands::RegisterWeb()
@@ -104,11 +103,11 @@ void EditCommands::ShowColorizeState()
         m_commands.SetEnabled(name, m_details.CanColorize());
 }
 
-void EditCommands::SwitchTextView(const QString& entry, void (ctlCodeDetails::*set)(bool))
+bool EditCommands::Switched(const QString& entry)
 {
     const bool on = !m_commands.Get(entry).Checked;
     m_commands.SetChecked(entry, on);
-    (m_details.*set)(on);
+    return on;
 }
 
 void EditCommands::ReadTextView(const CSettings& settings)

@@ -31,7 +31,8 @@ private:
     void RegisterView();
     void RegisterWeb();
     void EditCurrentBox(void (CTextEdit::*edit)());
-    void SwitchTextView(const QString& entry, void (ctlCodeDetails::*set)(bool));
+    /// Turns the tick of an entry over. Returns whether it is set now.
+    bool Switched(const QString& entry);
 
     Commands& m_commands;
     ctlCodeDetails& m_details;
