@@ -11,6 +11,7 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 
 namespace qb::bench {
 
@@ -36,7 +37,7 @@ QStringList SourcePieces()
     return pieces;
 }
 
-void Fill(Database& database, int items)
+void FillWithSources(Library& database, int items)
 {
     const QStringList pieces = SourcePieces();
     std::vector<qint64> ids{0};
@@ -52,6 +53,58 @@ void Fill(Database& database, int items)
         ids.push_back(item.Key().toLongLong());
     }
     transaction.Commit();
+}
+
+qint64 AddTitle(Library& library, qint64 parent, const QString& title, const QString& code)
+{
+    CCodeItem item;
+    item.Initialise(library, {});
+    item.SetParentKey(QString::number(parent));
+    item.SetTitle(title);
+    item.SetCode(code);
+    item.Commit();
+    return item.Key().toLongLong();
+}
+
+void FillLikeFolders(Library& library, int items)
+{
+    const QStringList files = SourceFiles(items);
+    int made = 0;
+    Transaction transaction(library);
+    for (int copy = 1; made < items; ++copy) {
+        const qint64 root = AddTitle(library, 0, u"Sources %1"_s.arg(copy), {});
+        ++made;
+        QHash<QString, qint64> folders;
+        for (qsizetype i = 0; i < files.size() && made < items; ++i) {
+            qint64 parent = root;
+            QString folder;
+            for (const QString& name : QFileInfo(files[i]).path().split(u'/', Qt::SkipEmptyParts)) {
+                folder += u'/' + name;
+                qint64& id = folders[folder];
+                if (id == 0) {
+                    id = AddTitle(library, parent, name, {});
+                    ++made;
+                }
+                parent = id;
+            }
+            AddTitle(library, parent, QFileInfo(files[i]).fileName(), RtfFromPlainText(files[i], CodeFont));
+            ++made;
+        }
+    }
+    transaction.Commit();
+}
+
+QString MadeLibrary(const QString& folder, int items, void (*fill)(Library&, int))
+{
+    const QString path = DataFolder(u"%1-%2"_s.arg(folder).arg(items)) + u"/QBLib.qbd"_s;
+    if (QFileInfo::exists(path))
+        return path;
+    const QString interim = path + u".new"_s;
+    QFile::remove(interim);
+    CDBCreate().CreateNewDB(interim, LanguageType::Cpp, {});
+    fill(*Library::Open(interim), items);
+    QFile::rename(interim, path);
+    return path;
 }
 
 } // namespace
@@ -104,18 +157,12 @@ QString CppSource(qsizetype size)
 
 QString BenchLibrary(int items)
 {
-    const QString path = DataFolder(u"library-%1"_s.arg(items)) + u"/QBLib.qbd"_s;
-    if (QFileInfo::exists(path))
-        return path;
-    const QString interim = path + u".new"_s;
-    QFile::remove(interim);
-    CDBCreate().CreateNewDB(interim, LanguageType::Cpp, {});
-    {
-        const auto database = Library::Open(interim);
-        Fill(*database, items);
-    }
-    QFile::rename(interim, path);
-    return path;
+    return MadeLibrary(u"library"_s, items, FillWithSources);
+}
+
+QString FolderLibrary(int items)
+{
+    return MadeLibrary(u"folders"_s, items, FillLikeFolders);
 }
 
 } // namespace qb::bench

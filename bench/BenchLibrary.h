@@ -31,4 +31,8 @@ QString CppSource(qsizetype size);
 /// 3.5 kB each; made when it is not there yet.
 QString BenchLibrary(int items);
 
+/// A library of @p items items with the titles and the structure of this machine's real source folders, again and
+/// again, and short texts; made when it is not there yet.
+QString FolderLibrary(int items);
+
 } // namespace qb::bench

@@ -60,7 +60,8 @@ double StageOf(const QString& traceFile, const QByteArray& stage)
 /// From the start of the process until the tree is drawn.
 void OpenFillTree(benchmark::State& state)
 {
-    const QString library = BenchLibrary(int(state.range(0)));
+    const int items = int(state.range(0));
+    const QString library = items > 100'000 ? FolderLibrary(items) : BenchLibrary(items);
     const QString folder = DataFolder(u"open"_s);
     const QString trace = folder + u"/trace"_s;
     qputenv("QUILLBASE_DATA_HOME", QFile::encodeName(QFileInfo(library).absolutePath()));
@@ -101,6 +102,7 @@ void TreeCli(benchmark::State& state)
 BENCHMARK(OpenFillTree)
     ->Name("open_fill_tree")
     ->Arg(100000)
+    ->Arg(1000000)
     ->Unit(benchmark::kMillisecond)
     ->UseManualTime()
     ->Iterations(5);
