@@ -92,12 +92,6 @@ GivenTexts ReadTexts(const Arguments& arguments)
     return texts;
 }
 
-void TakeTexts(const GivenTexts& texts, CCodeItem& item)
-{
-    for (const auto& [field, text] : texts)
-        (item.*field->Set)(text);
-}
-
 /// The language that an item's code or, if it has none, its usage names; empty: the library's.
 QString LanguageOf(CCodeItem& item)
 {
@@ -116,14 +110,27 @@ QString LanguageAskedFor(const QString& name)
     return language->Name;
 }
 
-/// A text that is replaced keeps the item's language, unless another one is given.
-void TakeLanguage(const Arguments& arguments, CCodeItem& item, const QString& former)
+/// The code texts that name a language anew: all of them once a language is given.
+std::vector<const TextField*> FieldsThatNameALanguage(const Arguments& arguments)
 {
-    const QString language = arguments.Has(u"language"_s) ? LanguageAskedFor(arguments.Value(u"language"_s)) : former;
+    std::vector<const TextField*> fields;
     for (const TextField& field : TextFields) {
         if (field.Form == TextField::Code && (arguments.Has(u"language"_s) || arguments.Has(NameOf(field))))
-            (item.*field.Set)(WithLanguageInRtf((item.*field.Get)(), language));
+            fields.push_back(&field);
     }
+    return fields;
+}
+
+/// A text that is replaced keeps the item's language, unless another one is given.
+void TakeTextsAndLanguage(const Arguments& arguments, const GivenTexts& texts, CCodeItem& item)
+{
+    const std::vector<const TextField*> fields = FieldsThatNameALanguage(arguments);
+    const QString former = fields.empty() ? QString() : LanguageOf(item); // a title alone reads no long texts
+    for (const auto& [field, text] : texts)
+        (item.*field->Set)(text);
+    const QString language = arguments.Has(u"language"_s) ? LanguageAskedFor(arguments.Value(u"language"_s)) : former;
+    for (const TextField* field : fields)
+        (item.*field->Set)(WithLanguageInRtf((item.*field->Get)(), language));
 }
 
 /// The text as it is printed: lines end as they do on this system.
@@ -271,8 +278,7 @@ int Add(const QStringList& words)
     CCodeItem item;
     item.Initialise(*database, {});
     item.SetParentKey(QString::number(parent));
-    TakeTexts(texts, item);
-    TakeLanguage(arguments, item, {});
+    TakeTextsAndLanguage(arguments, texts, item);
     if (!item.Commit())
         return 1;
     // Before the commit: whoever is not told of the item must not get one.
@@ -298,9 +304,7 @@ int Set(const QStringList& words)
     CCodeItem item;
     item.Initialise(*database, QString::number(arguments.Id(1)));
     item.SetDontUpdateLastChangedDate(!MovesDate(ItemChange::Edit, StandingOf(*database, arguments.Id(1))));
-    const QString language = LanguageOf(item);
-    TakeTexts(texts, item);
-    TakeLanguage(arguments, item, language);
+    TakeTextsAndLanguage(arguments, texts, item);
     if (arguments.Has(u"title"_s))
         RefuseReservedTitle(item.Title(), item.ParentKey().toLongLong());
     item.SetItemChanged(true);

@@ -28,9 +28,9 @@ constexpr RowColumn Columns[] = {
     {.Name = "ItemRating", .Holds = RowColumn::Number},
     {.Name = "CodeHeaders", .Holds = RowColumn::Number},
     {.Name = "UsageHeaders", .Holds = RowColumn::Number},
-    {.Name = "Notes", .Optional = true},
-    {.Name = "Code", .Optional = true},
-    {.Name = "Example", .Optional = true},
+    {.Name = "Notes", .Holds = RowColumn::Memo, .Optional = true},
+    {.Name = "Code", .Holds = RowColumn::Memo, .Optional = true},
+    {.Name = "Example", .Holds = RowColumn::Memo, .Optional = true},
     {.Name = "HTMLPage", .Holds = RowColumn::Boolean, .Optional = true},
     {.Name = "HTMLLastUpdated", .Holds = RowColumn::Number, .Optional = true},
     {.Name = "MotherParentID", .Holds = RowColumn::Number, .Optional = true},
@@ -39,11 +39,6 @@ constexpr RowColumn Columns[] = {
 
 /// Long texts move in pieces of this many characters.
 constexpr qsizetype ChunkLength = 16384;
-
-bool IsLongText(size_t column)
-{
-    return column == CCodeItem::NotesColumn || column == CCodeItem::CodeColumn || column == CCodeItem::ExampleColumn;
-}
 
 } // namespace
 
@@ -75,9 +70,9 @@ void CCodeItem::RowRead(bool exists)
         return;
     }
     m_itemMarkedForDelete = LastChanged().IsNone();
-    Q_EMIT CodeLoaded(!Code().isEmpty());
-    Q_EMIT NotesLoaded(!Notes().isEmpty());
-    Q_EMIT UsageLoaded(!Example().isEmpty());
+    Q_EMIT CodeLoaded(HasText(CodeColumn));
+    Q_EMIT NotesLoaded(HasText(NotesColumn));
+    Q_EMIT UsageLoaded(HasText(ExampleColumn));
     Q_EMIT FilesLoaded(
         !OwnLibrary().QueryValue(u"SELECT 1 FROM Files WHERE CodeID = ? LIMIT 1"_s, {RowKey()}).IsNull());
     Q_EMIT LinkLoaded(HTMLPage());
@@ -106,8 +101,8 @@ void CCodeItem::FindMotherParent()
                                    .Icon = MsgBoxIcon::Critical});
         return;
     }
-    const qint64 motherRecord = row[u"MotherRecordID"_s].ToLong();
-    Store(MotherParentColumn, std::max(motherRecord, qint64(-1)));
+    const Value motherRecord = row[u"MotherRecordID"_s];
+    Store(MotherParentColumn, motherRecord.IsNull() ? -1 : std::max(motherRecord.ToLong(), qint64(-1)));
 }
 
 void CCodeItem::SetItemStatus(qint32 value)
@@ -200,7 +195,7 @@ bool CCodeItem::InsertObject()
         for (size_t column = 0; column < std::size(Columns); ++column) {
             const bool isMothers = column == MotherParentColumn || column == MotherRecordColumn;
             const QString name = QString::fromLatin1(Columns[column].Name);
-            if (IsLongText(column))
+            if (Columns[column].Holds == RowColumn::Memo)
                 SetText(row, Column(column), name);
             else if (!isMothers || (column == MotherParentColumn && OwnLibrary().IsChildReplica()))
                 row.Set(name, OwnValue(column));

@@ -1,5 +1,6 @@
 #include "store/RowObject.h"
 
+#include "platform/dao/Blob.h"
 #include "store/Library.h"
 #include "support/ErrorRoutine.h"
 
@@ -18,7 +19,7 @@ void RowObject::InitialiseProperties()
     m_attributesLoaded = m_readFailed = false;
     m_key.clear();
     for (size_t i = 0; i < m_cells.size(); ++i)
-        m_cells[i].Own = m_cells[i].Read = AsHeld({}, m_columns[i].Holds);
+        m_cells[i] = {AsHeld({}, m_columns[i].Holds), AsHeld({}, m_columns[i].Holds)};
 }
 
 void RowObject::Initialise(Library& library, const QString& key)
@@ -57,6 +58,7 @@ Value RowObject::AsHeld(const Value& value, RowColumn::Kind kind)
 {
     switch (kind) {
     case RowColumn::Text:
+    case RowColumn::Memo:
         return value.ToText();
     case RowColumn::Number:
         return value.ToLong();
@@ -66,17 +68,17 @@ Value RowObject::AsHeld(const Value& value, RowColumn::Kind kind)
     return value;
 }
 
-RowObject::Row RowObject::ReadRow() const
+RowObject::Row RowObject::ReadRow(const std::function<bool(size_t)>& leftOut) const
 {
     const TableDef& table = m_library->GetTableDef(m_table);
     QStringList names;
-    for (const RowColumn& column : m_columns) {
-        const QString name = QString::fromLatin1(column.Name);
+    for (size_t i = 0; i < m_columns.size(); ++i) {
+        const QString name = QString::fromLatin1(m_columns[i].Name);
         const bool isThere = table.FindField(name);
-        if (!isThere && !column.Optional)
+        if (!isThere && !m_columns[i].Optional)
             throw RuntimeError(ErrorNumber::ItemNotFound, u"The table '%1' has no column '%2'."_s.arg(m_table, name),
                                m_module);
-        names << (isThere ? Quoted(name) : u"NULL"_s);
+        names << (isThere && !leftOut(i) ? Quoted(name) : u"NULL"_s);
     }
     Statement found = m_library->Query(u"SELECT %1 FROM %2 WHERE ID = ?"_s.arg(names.join(u", "_s), Quoted(m_table)),
                                        {RowKey()});
@@ -92,17 +94,65 @@ RowObject::Row RowObject::ReadRow() const
 
 void RowObject::GetAttributes()
 {
+    ReadAttributes(false);
+}
+
+void RowObject::ReadWhole()
+{
+    ReadAttributes(true);
+}
+
+void RowObject::ReadAttributes(bool whole)
+{
     if (m_attributesLoaded || !m_library || (m_state != RecordState::Clean && m_state != RecordState::Edited))
         return;
     m_attributesLoaded = true; // at once, so that what is told of the row can't start it again
-    m_readFailed = !Guarded(m_module, u"GetAttributes"_s, [this] {
-        const Row row = ReadRow();
+    m_readFailed = !Guarded(m_module, u"GetAttributes"_s, [this, whole] {
+        const auto waits = [this, whole](size_t column) {
+            return !whole && m_columns[column].Holds == RowColumn::Memo;
+        };
+        const Row row = ReadRow(waits);
         for (size_t i = 0; i < row.size(); ++i) {
             if (row[i])
-                m_cells[i].Own = m_cells[i].Read = *row[i];
+                m_cells[i] = {*row[i], *row[i]};
+            m_cells[i].Waits = waits(i);
         }
         RowRead(!row.empty());
     });
+}
+
+const Value& RowObject::Loaded(size_t column)
+{
+    GetAttributes();
+    if (m_cells[column].Waits)
+        ReadMemo(column);
+    return m_cells[column].Own;
+}
+
+void RowObject::ReadMemo(size_t column)
+{
+    m_cells[column].Waits = false;
+    const bool read = Guarded(m_module, u"GetAttributes"_s, [this, column] {
+        const Row row = ReadRow([column](size_t other) { return other != column; });
+        if (!row.empty() && row[column])
+            m_cells[column] = {*row[column], *row[column]};
+    });
+    m_readFailed = m_readFailed || !read;
+}
+
+bool RowObject::HasText(size_t column)
+{
+    GetAttributes();
+    if (!m_cells[column].Waits)
+        return !m_cells[column].Own.ToText().isEmpty();
+    const QString name = QString::fromLatin1(m_columns[column].Name);
+    const TableDef& table = m_library->GetTableDef(m_table);
+    if (!table.FindField(name)
+        || m_library
+               ->QueryValue(u"SELECT %1 IS NULL FROM %2 WHERE ID = ?"_s.arg(Quoted(name), Quoted(m_table)), {RowKey()})
+               .ToBoolean())
+        return false;
+    return Blob(*m_library, table, name, RowKey()).Size() > 0;
 }
 
 void RowObject::RequireRead() const
@@ -117,7 +167,7 @@ void RowObject::RequireRead() const
 
 std::vector<RowObject::ForeignChange> RowObject::ForeignChanges() const
 {
-    const Row row = ReadRow();
+    const Row row = ReadRow([this](size_t column) { return m_cells[column].Waits; });
     if (row.empty())
         throw RuntimeError(ErrorNumber::RecordDeleted, u"The record has been deleted, perhaps by another program."_s,
                            m_module);
@@ -132,7 +182,7 @@ std::vector<RowObject::ForeignChange> RowObject::ForeignChanges() const
 
 void RowObject::TakeTheirs(const ForeignChange& change)
 {
-    m_cells[change.Column] = {change.Theirs, change.Theirs};
+    m_cells[change.Column] = {change.Theirs, change.Theirs, false};
 }
 
 void RowObject::WriteChanged(Recordset& row) const

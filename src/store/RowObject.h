@@ -4,6 +4,7 @@
 #include "store/IDataObject.h"
 
 #include <QStringList>
+#include <functional>
 #include <optional>
 #include <span>
 #include <vector>
@@ -18,6 +19,7 @@ struct RowColumn {
         Text,    ///< Null reads as empty
         Number,  ///< also moments; Null reads as 0
         Boolean, ///< Null reads as false
+        Memo,    ///< a text of any length, read when it is first asked for; Null reads as empty
     };
 
     const char* Name;
@@ -27,7 +29,8 @@ struct RowColumn {
 };
 
 /// What all objects that stand for one row of a table share: the state, the reading of the row at the
-/// first look at a stored property, and the memory of what was read. A commit writes the columns only
+/// first look at a stored property, and the memory of what was read. Memos wait until they are asked for, so
+/// that a new title costs no long texts; ReadWhole takes all of a row at one moment. A commit writes the columns only
 /// that say something else since; what others write to the rest of the row stays.
 class RowObject : public IDataObject {
 public:
@@ -36,6 +39,9 @@ public:
     void Initialise(Library& library, const QString& key) override;
     void Delete() override { m_state = RecordState::MarkedForDelete; }
     bool Commit() override;
+
+    /// Reads all columns in one statement, where none has been read yet.
+    void ReadWhole();
 
     /// Says what Commit does: a new row is added, one marked for deletion is deleted, any other is updated.
     RecordState State() const { return m_state; }
@@ -57,6 +63,7 @@ public:
     void KeepOwn(const ForeignChange& change) { m_cells[change.Column].Read = change.Theirs; }
     /// What was changed of a column here is dropped.
     void Discard(size_t column) { m_cells[column].Own = m_cells[column].Read; }
+    /// Of a column that has been read.
     const Value& OwnValue(size_t column) const { return m_cells[column].Own; }
     const Value& ReadValue(size_t column) const { return m_cells[column].Read; }
 
@@ -77,18 +84,16 @@ protected:
     bool HasLibrary() const { return m_library; }
     qint64 RowKey() const { return m_key.toLongLong(); }
 
-    /// Reads the row, once, where there is one.
+    /// Reads the row but its memos, once, where there is one.
     void GetAttributes();
-    const Value& Loaded(size_t column)
-    {
-        GetAttributes();
-        return m_cells[column].Own;
-    }
+    const Value& Loaded(size_t column);
+    /// Whether a memo says anything; for that it isn't read.
+    bool HasText(size_t column);
     /// Writes a property in any state, without a look at the row.
     void Store(size_t column, const Value& value) { m_cells[column].Own = value; }
     void LetOfAnyState(size_t column, const Value& value)
     {
-        GetAttributes();
+        Loaded(column); // a change is one of what stands there
         Store(column, value);
     }
     void Let(size_t column, const Value& value)
@@ -115,11 +120,15 @@ private:
     struct Cell {
         Value Own;
         Value Read;
+        bool Waits = false; ///< the column has not been read yet
     };
     using Row = std::vector<std::optional<Value>>;
 
-    /// One statement, so that it is the row of one moment; empty when there is no row.
-    Row ReadRow() const;
+    /// One statement, so that it is the row of one moment; empty when there is no row. Columns that the library
+    /// lacks or that @p leftOut names have no value.
+    Row ReadRow(const std::function<bool(size_t)>& leftOut) const;
+    void ReadAttributes(bool whole);
+    void ReadMemo(size_t column);
     static Value AsHeld(const Value& value, RowColumn::Kind kind);
 
     QString m_module;

@@ -83,6 +83,7 @@ void ItemEditor::Initialise(Library* library, CCodeItem* item)
     m_item = item;
     if (!item)
         return;
+    item->ReadWhole(); // what is shown is the row of one moment
     m_recovery.SetLibrary(library->Name());
     m_shownState = item->LastChanged();
     m_library = library;

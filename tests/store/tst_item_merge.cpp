@@ -52,6 +52,7 @@ private Q_SLOTS:
         m_id = AddItem(*m_library, 0, u"title"_s, u"one\r\ntwo"_s);
         m_item = std::make_unique<CCodeItem>();
         m_item->Initialise(*m_library, QString::number(m_id));
+        m_item->ReadWhole(); // as what is shown
     }
     void cleanup()
     {

@@ -92,7 +92,8 @@ private Q_SLOTS:
     void foreignChanges_sayWhatOthersHaveWritten()
     {
         CCodeItem item;
-        Item(item).SetTitle(u"own"_s);
+        Item(item).ReadWhole();
+        item.SetTitle(u"own"_s);
         item.SetInfo(u"same"_s);
         QVERIFY(item.ForeignChanges().empty());
         Elsewhere(u"Title"_s, u"theirs"_s);
@@ -115,6 +116,70 @@ private Q_SLOTS:
         QVERIFY(item.Commit());
         QCOMPARE(Row(u"Title"_s) + Row(u"Notes"_s), u"owntheir notes"_s);
         QVERIFY(item.ForeignChanges().empty());
+    }
+
+    void memo_isReadWhenItIsAskedFor()
+    {
+        CCodeItem item;
+        QCOMPARE(Item(item).Title(), u"title"_s);
+        Elsewhere(u"Code"_s, u"their code"_s);
+        QVERIFY(item.ForeignChanges().empty()); // nothing is known of it that could differ
+        QCOMPARE(item.Code(), u"their code"_s);
+        Elsewhere(u"Code"_s, u"newer code"_s);
+        QCOMPARE(item.ForeignChanges().size(), 1u);
+        item.SetCode(u"own code"_s);
+        QVERIFY(item.ForeignChanges().at(0).OwnChanged);
+        item.SetTitle(u"own title"_s);
+        item.SetItemChanged(true);
+        QVERIFY(item.Commit());
+        QCOMPARE(Row(u"Title"_s) + Row(u"Code"_s) + Row(u"Notes"_s), u"own titleown code"_s);
+    }
+
+    void memoThatWasNotAskedFor_staysAsOthersWroteIt()
+    {
+        CCodeItem item;
+        Item(item).SetTitle(u"own title"_s);
+        Elsewhere(u"Code"_s, u"their code"_s);
+        item.SetItemChanged(true);
+        QVERIFY(item.Commit());
+        QCOMPARE(Row(u"Title"_s) + Row(u"Code"_s), u"own titletheir code"_s);
+        QCOMPARE(item.Code(), u"their code"_s);
+    }
+
+    void memoThatWasSetUnseen_isAChangeOfWhatStandsThere()
+    {
+        CCodeItem item;
+        Item(item).SetCode(Row(u"Code"_s)); // what it says already
+        Elsewhere(u"Code"_s, u"their code"_s);
+        item.SetItemChanged(true);
+        QVERIFY(item.Commit());
+        QCOMPARE(Row(u"Code"_s), u"their code"_s);
+    }
+
+    void wholeRow_isOfOneMoment()
+    {
+        const QString code = Row(u"Code"_s);
+        CCodeItem item;
+        Item(item).ReadWhole();
+        Elsewhere(u"Title"_s, u"their title"_s);
+        Elsewhere(u"Code"_s, u"their code"_s);
+        QCOMPARE(item.Title() + item.Code(), u"title"_s + code);
+        QCOMPARE(item.ForeignChanges().size(), 2u);
+    }
+
+    void memosOfARow_areToldOfUnread()
+    {
+        m_library->Execute(u"UPDATE Items SET Notes = NULL, Example = '' WHERE ID = ?"_s, {m_id});
+        CCodeItem item;
+        QStringList told;
+        QObject::connect(&item, &CCodeItem::CodeLoaded, &item,
+                         [&told](bool has) { told << u"code"_s << (has ? u"1"_s : u"0"_s); });
+        QObject::connect(&item, &CCodeItem::NotesLoaded, &item,
+                         [&told](bool has) { told << u"notes"_s << (has ? u"1"_s : u"0"_s); });
+        QObject::connect(&item, &CCodeItem::UsageLoaded, &item,
+                         [&told](bool has) { told << u"usage"_s << (has ? u"1"_s : u"0"_s); });
+        Item(item).Title();
+        QCOMPARE(told, (QStringList{u"code"_s, u"1"_s, u"notes"_s, u"0"_s, u"usage"_s, u"0"_s}));
     }
 
     void foreignChangesOfARowThatIsGone_raise3167()
