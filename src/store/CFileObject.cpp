@@ -16,6 +16,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QScopeGuard>
+#include <algorithm>
 #include <cstdio>
 #include <limits>
 #include <optional>
@@ -146,6 +147,14 @@ bool CFileObject::PutInPlace()
     return UnlessCancelled(u"PutInPlace"_s, [this] { Settle(); });
 }
 
+/// 0 where the mother doesn't know the item yet.
+qint64 CFileObject::MotherRecordOfItem() const
+{
+    const Value record = OwnLibrary().QueryValue(u"SELECT MotherRecordID FROM Items WHERE ID = ?"_s,
+                                                 {OwnValue(CodeIDColumn)});
+    return std::max(record.IsNull() ? 0 : record.ToLong(), qint64(0));
+}
+
 bool CFileObject::InsertObject()
 {
     return UnlessCancelled(u"InsertObject"_s, [this] {
@@ -156,6 +165,8 @@ bool CFileObject::InsertObject()
             SetSize(m_arriving->Size());
         SetDateAdded(Clock::Now());
         Transaction transaction(OwnLibrary());
+        if (OwnLibrary().IsChildReplica() && OwnValue(MotherCodeIDColumn).ToLong() == 0)
+            Store(MotherCodeIDColumn, MotherRecordOfItem());
         Recordset row = OwnLibrary().OpenRecordset(u"Files"_s, u"ID = 0"_s);
         row.AddNew();
         for (size_t column = 0; column < std::size(Columns); ++column) {

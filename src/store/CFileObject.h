@@ -88,6 +88,7 @@ private:
     void CopyStoredFile(std::shared_ptr<PendingWork> work, qint64 number);
     void Settle();
     void FileWritten();
+    qint64 MotherRecordOfItem() const;
     QString OwnTitle() const { return OwnValue(TitleColumn).ToText(); }
     void RequireStorableTitle() const;
     void RequireStorableFile() const;

@@ -465,19 +465,21 @@ private Q_SLOTS:
 
     void parentOfAChildsItem_isTranslatedForTheMother_data()
     {
-        QTest::addColumn<int>("motherRecord"); // of the parent; -2: the root
+        QTest::addColumn<int>("motherRecord"); // of the parent; -2: the root, -3: Null
         QTest::addColumn<int>("expected");
         QTest::newRow("root") << -2 << 0;
         QTest::newRow("known to the mother") << 71 << 71;
         QTest::newRow("number 0") << 0 << 0;
         QTest::newRow("unknown to the mother") << -1 << -1;
+        QTest::newRow("said by nobody") << -3 << -1;
     }
     void parentOfAChildsItem_isTranslatedForTheMother()
     {
         QFETCH(int, motherRecord);
         MakeChild(*m_library, u"/m.qbd"_s, Date::FromSeconds(100));
         const qint64 parent = AddItem(*m_library, 0, u"parent"_s);
-        m_library->Execute(u"UPDATE Items SET MotherRecordID = ? WHERE ID = ?"_s, {qMax(motherRecord, -1), parent});
+        m_library->Execute(u"UPDATE Items SET MotherRecordID = ? WHERE ID = ?"_s,
+                           {motherRecord == -3 ? Value() : Value(qMax(motherRecord, -1)), parent});
         m_library->Execute(u"UPDATE Items SET MotherParentID = 99 WHERE ID = ?"_s, {m_id});
         const auto item = Item(m_id);
         item->SetParentKey(motherRecord == -2 ? u"0"_s : QString::number(parent));

@@ -373,7 +373,24 @@ private Q_SLOTS:
         QCOMPARE(Open(1).MotherCodeID(), 77);
     }
 
-    // The end of the program in the middle of the work
+    void newFileOfAChild_namesTheMothersItem_data()
+    {
+        QTest::addColumn<Value>("motherRecord");
+        QTest::addColumn<int>("expected");
+        QTest::newRow("item that came from the mother") << Value(55) << 55;
+        QTest::newRow("item made in the child") << Value(-1) << 0;
+        QTest::newRow("nothing said") << Value() << 0;
+    }
+    void newFileOfAChild_namesTheMothersItem()
+    {
+        QFETCH(Value, motherRecord);
+        MakeChild(*m_database, u"/mother.qbd"_s, Date::FromParts(2026, 4, 1));
+        m_database->Execute(u"UPDATE Items SET MotherRecordID = ?"_s, {motherRecord});
+        Add();
+        QTEST(int(Open(1).MotherCodeID()), "expected");
+    }
+
+    // Kills in the middle of the work
 
     void workThatWasUnderWay_isFinishedOrTakenBack_data()
     {
