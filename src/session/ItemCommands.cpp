@@ -1,11 +1,10 @@
 #include "session/ItemCommands.h"
 
 #include "platform/system/Prompts.h"
+#include "session/DeletionProgress.h"
 #include "store/ItemBranch.h"
 #include "store/Library.h"
 #include "support/ErrorRoutine.h"
-
-#include <QElapsedTimer>
 
 namespace qb {
 
@@ -317,14 +316,10 @@ bool ItemCommands::AfterLabelEdit(TreeNode& node, const QString& newText)
             // Edits of its texts are of the row as it was; they come before the title.
             if (m_session.oCodeItem && m_session.oCodeItem->Key() == QString::number(id) && !SaveItem())
                 return false;
-            CCodeItem item;
-            item.Initialise(*m_session.CurrentDatabase, QString::number(id));
-            item.SetTitle(title);
-            item.SetItemChanged(true);
             m_shell.SetStatusText(title);
+            RenameItem(*m_session.CurrentDatabase, id, title); // if it can't be, the tree still says what was typed
             m_view.Nodes().SetText(node, title);
             m_view.Nodes().PlaceByTitle(node);
-            item.Commit();
             if (m_session.Mode == LinkMode::None)
                 m_tree.SElectCodeItem(key);
             else
@@ -335,40 +330,6 @@ bool ItemCommands::AfterLabelEdit(TreeNode& node, const QString& newText)
 }
 
 // Deleting and keeping
-
-namespace {
-
-/// Tells the bar how far a deletion is, and lets the window paint, some twenty times a second.
-class Deletion : public Work {
-public:
-    Deletion(ShellView& shell, size_t items)
-        : m_shell(shell), m_maximum(int(std::max<size_t>(2, items))) // the bar's ends must differ
-    {
-        m_shell.SetStatusText(u"Deleting Items...."_s);
-        m_shell.ShowProgressStatusBar(1, m_maximum);
-    }
-    ~Deletion() override
-    {
-        m_shell.SetStatusText({});
-        m_shell.ShowProgressStatusBar(0, 0);
-    }
-
-    void Advance(qint64 done, qint64) override
-    {
-        constexpr int Interval = 50; // milliseconds
-        if (m_told.isValid() && m_told.elapsed() < Interval)
-            return;
-        m_told.start();
-        m_shell.ShowProgressStatusBar(int(std::min<qint64>(done, m_maximum)), m_maximum);
-    }
-
-private:
-    ShellView& m_shell;
-    int m_maximum;
-    QElapsedTimer m_told;
-};
-
-} // namespace
 
 void ItemCommands::DeleteCodeItem()
 {
@@ -395,7 +356,7 @@ void ItemCommands::DeleteNode(TreeNode& node, const std::vector<qint64>& branch,
 {
     TreeNode* parent = node.Parent;
     const std::shared_ptr<void> wait = m_shell.WaitCursor();
-    Deletion deletion(m_shell, branch.size());
+    DeletionProgress deletion(m_shell, branch.size());
     DeleteBranch(*m_session.CurrentDatabase, node.Id, deletion);
     const bool isShown = m_session.oCodeItem
                          && std::find(branch.begin(), branch.end(), m_session.oCodeItem->Key().toLongLong())

@@ -24,8 +24,7 @@ void CommitOrRaise(CCodeItem& item, const QString& what)
 }
 
 /// The rows of a branch and of its files, inside the caller's transaction; returns the items.
-std::vector<qint64> DeleteRows(Library& library, qint64 id, StoredFileDeletion& files,
-                               Work& work)
+std::vector<qint64> DeleteRows(Library& library, qint64 id, StoredFileDeletion& files, Work& work)
 {
     qint64 done = 0;
     RequireItem(library, id);
@@ -152,6 +151,15 @@ std::vector<qint64> RemoveItemsMarkedForDelete(Library& library)
         library.Execute(u"DELETE FROM Items WHERE ID = ?"_s, {item});
     transaction.Commit();
     return items;
+}
+
+bool RenameItem(Library& library, qint64 id, const QString& title)
+{
+    CCodeItem item;
+    item.Initialise(library, QString::number(id));
+    item.SetTitle(title);
+    item.SetItemChanged(true);
+    return item.Commit();
 }
 
 void MoveItem(Library& library, qint64 id, qint64 parent)

@@ -41,6 +41,9 @@ std::vector<qint64> RemoveItemsMarkedForDelete(Library& library);
 /// leaves without a parent.
 inline const QString OrphanedItemsTitle = QStringLiteral("Orphaned Items");
 
+/// Gives an item another title and stamps it as changed. An error is reported; false means that the row is as it was.
+bool RenameItem(Library& library, qint64 id, const QString& title);
+
 /// Puts an item, with everything below it, under another parent (0: the root), if both may take part in that as
 /// they stand (see ItemRules.h), and stamps it as changed, but for an orphan that keeps its date. Raises an error,
 /// with the library as it was, when there is no such item or parent, when the parent stands below the item, or the

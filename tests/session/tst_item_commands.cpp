@@ -409,6 +409,17 @@ private Q_SLOTS:
         QCOMPARE(Code(u"other"_s), u"more"_s); // under its new title
     }
 
+    void renameThatCantBeWritten_isSaidAndShownUntilTheNextFill()
+    {
+        Fill();
+        s->State.CurrentDatabase->Execute(u"CREATE TEMP TRIGGER hold BEFORE UPDATE ON Items BEGIN SELECT "
+                                          "raise(ABORT, 'held'); END"_s);
+        s->Script.ExpectError();
+        QVERIFY(s->Items.AfterLabelEdit(s->Node(u"b"_s), u"other"_s));
+        QCOMPARE(s->Shape(), u"Ali äs Library(a(a1 a2) other)"_s);
+        QCOMPARE(Texts(*s->State.CurrentDatabase, u"SELECT Title FROM Items WHERE Title = 'other'"_s), QStringList{});
+    }
+
     // Deleting
 
     void deleteQuestion_fitsTheNode()

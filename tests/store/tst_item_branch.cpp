@@ -216,6 +216,29 @@ private Q_SLOTS:
         QCOMPARE(AllItems(), before);
     }
 
+    // Rename
+
+    void renamedItem_isStamped()
+    {
+        m_clock->AddSeconds(77);
+        QVERIFY(RenameItem(*m_library, m_branch, u"zweig"_s));
+        QCOMPARE(Texts(*m_library, u"SELECT Title FROM Items WHERE ID = %1"_s.arg(m_branch)), QStringList{u"zweig"_s});
+        QCOMPARE(m_library->QueryValue(u"SELECT LastChanged FROM Items WHERE ID = ?"_s, {m_branch}).ToDate(),
+                 m_clock->Now());
+    }
+
+    void renameThatCannotBe_isReported()
+    {
+        const QStringList before = AllItems();
+        m_clock->AddSeconds(77);
+        ScriptedPrompts prompts;
+        prompts.ExpectError();
+        QVERIFY(!RenameItem(*m_library, 4711, u"x"_s));
+        prompts.ExpectError();
+        QVERIFY(!RenameItem(*m_library, m_top, QString(256, u'x')));
+        QCOMPARE(AllItems(), before);
+    }
+
     // Move
 
     void movedItem_takesItsBranchAlongAndIsStamped()

@@ -1,0 +1,174 @@
+#include "panels/ui/ctlSmartTreeView.h"
+
+#include "panels/ui/NodeTreeView.h"
+#include "support/ui/Icons.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QCursor>
+#include <QMenu>
+#include <QTextDocument>
+#include <QToolBar>
+#include <QToolButton>
+#include <algorithm>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct ModeRow {
+    const char* Key;
+    const char* Image;
+    LinkMode Mode;
+    const char* Caption;
+};
+constexpr ModeRow ModeRows[] = {
+    {"ONE_WAY_TARGET", "LINK_ONEWAY_TARGET", LinkMode::OneWayFrom, "One Way - FROM Selected Item..."},
+    {"ONE_WAY_SOURCE", "LINK_ONEWAY_SOURCE", LinkMode::OneWayTo, "One Way - TO Selected Item..."},
+    {"ONEWAY_NEW_TARGET", "LINK_ONEWAY_NEW_TARGET", LinkMode::OneWayNewFrom, "One Way New - FROM Selected Item..."},
+    {"ONE_WAY_NEW_SOURCE", "LINK_ONEWAY_NEW_SOURCE", LinkMode::OneWayNewTo, "One Way New - TO Selected Item..."},
+    {"TWO_WAY", "LINK_TWOWAY", LinkMode::TwoWay, "Two Way..."},
+    {"TWOWAY_NEW", "LINK_TWOWAY_NEW", LinkMode::TwoWayNew, "Two Way New..."},
+    {"ADVANCED", "LINK_ADVANCED", LinkMode::Advanced, "Ask for the Direction..."},
+};
+
+const ModeRow& RowOf(LinkMode mode)
+{
+    return *std::find_if(std::begin(ModeRows), std::end(ModeRows),
+                         [mode](const ModeRow& row) { return row.Mode == mode; });
+}
+
+QString ComboKey(qint64 item)
+{
+    return QString::number(item) + u'C';
+}
+
+QIcon ImageOf(const CLink& link)
+{
+    return IconNamed(link.Direction == LinkDirection::Both ? u"LINK_TWOWAY_SMALL"_s : u"LINK_ONEWAY_SMALL"_s);
+}
+
+} // namespace
+
+void ctlSmartTreeView::MakeModeMenu()
+{
+    m_linkMode = new QToolButton;
+    m_linkMode->setObjectName(u"LINK_MODE"_s);
+    m_linkMode->setProperty("key", u"LINK_MODE"_s);
+    m_linkMode->setCheckable(true);
+    m_linkMode->setPopupMode(QToolButton::MenuButtonPopup);
+    auto* menu = new QMenu(m_linkMode);
+    menu->setObjectName(u"mnuLinkMode"_s);
+    for (const ModeRow& row : ModeRows) {
+        QAction* entry = menu->addAction(IconNamed(QString::fromLatin1(row.Image)), QString::fromLatin1(row.Caption));
+        entry->setProperty("key", QString::fromLatin1(row.Key));
+        connect(entry, &QAction::triggered, this, [this, mode = row.Mode] { ChooseMode(mode); });
+    }
+    menu->addSeparator();
+    QAction* permanent = menu->addAction(u"Stay in the Mode After a Link"_s);
+    permanent->setProperty("key", u"PERMANENT"_s);
+    permanent->setCheckable(true);
+    connect(permanent, &QAction::toggled, this, &ctlSmartTreeView::SetInPermanentLinkMode);
+    m_linkMode->setMenu(menu);
+    m_linkModeAction = tbrLinks->addWidget(m_linkMode);
+    connect(m_linkMode, &QToolButton::clicked, this, [this](bool down) {
+        if (down)
+            Q_EMIT LinkModeStarted(m_chosenMode);
+        else
+            Q_EMIT LinkModeEnded();
+        ShowMode();
+    });
+}
+
+void ctlSmartTreeView::ChooseMode(qb::LinkMode mode)
+{
+    m_chosenMode = mode;
+    m_linkMode->setChecked(false);
+    ShowMode();
+    m_linkMode->click();
+}
+
+void ctlSmartTreeView::SetLinkMode(qb::LinkMode mode)
+{
+    constexpr int CursorSize = 24;
+    m_mode = mode;
+    if (mode != qb::LinkMode::None)
+        m_chosenMode = mode;
+    for (QTreeView* tree : {static_cast<QTreeView*>(m_tree), m_found}) {
+        if (mode == qb::LinkMode::None)
+            tree->viewport()->unsetCursor();
+        else
+            tree->viewport()->setCursor(QCursor(IconNamed(u"LINK_CURSOR"_s).pixmap(CursorSize), 1, 1));
+    }
+    ShowMode();
+}
+
+void ctlSmartTreeView::ShowMode()
+{
+    const ModeRow& row = RowOf(m_chosenMode);
+    const bool on = m_mode != qb::LinkMode::None;
+    m_linkMode->setChecked(on);
+    m_linkMode->setIcon(IconNamed(QString::fromLatin1(row.Image)));
+    QString caption = QString::fromLatin1(row.Caption);
+    caption.chop(3); // the dots
+    m_linkMode->setToolTip(on ? u"Click the item to link with; Escape ends it (%1)"_s.arg(caption)
+                              : u"Link with another item: %1"_s.arg(caption));
+}
+
+void ctlSmartTreeView::ClearLinkCombo()
+{
+    cboLinkedItems->clear();
+    cboLinkedItems->addItem(IconNamed(u"NO_ITEMS"_s), u"No Linked Items"_s, QString());
+    UpdateCombo();
+}
+
+void ctlSmartTreeView::AddNewLinkToCombo(const CLink& link)
+{
+    if (cboLinkedItems->count() == 1) {
+        cboLinkedItems->setItemIcon(0, IconNamed(u"LINK_GOTO"_s));
+        cboLinkedItems->setItemText(0, u"Linked Items"_s);
+    }
+    const QString title = link.LinkedItemTitle.isEmpty() ? u"(deleted item %1)"_s.arg(link.LinkedItemId)
+                                                         : link.LinkedItemTitle;
+    cboLinkedItems->addItem(ImageOf(link), title, ComboKey(link.LinkedItemId));
+    const QString tip = Qt::convertFromPlainText(link.Note.left(400), Qt::WhiteSpaceNormal);
+    cboLinkedItems->setItemData(cboLinkedItems->count() - 1, tip, Qt::ToolTipRole);
+    UpdateCombo();
+}
+
+void ctlSmartTreeView::UpdateLinkItemInCombo(const CLink& link)
+{
+    const int index = cboLinkedItems->findData(ComboKey(link.LinkedItemId));
+    if (index < 0)
+        return AddNewLinkToCombo(link);
+    cboLinkedItems->setItemIcon(index, ImageOf(link));
+}
+
+void ctlSmartTreeView::UpdateCombo()
+{
+    const bool any = cboLinkedItems->count() > 1;
+    m_linkBox->setEnabled(any);
+    cboLinkedItems->setToolTip(any ? u"%1 linked items"_s.arg(cboLinkedItems->count() - 1)
+                                   : u"There are no item links to the currently selected item."_s);
+    if (m_linkGoto)
+        m_linkGoto->setEnabled(ComboItem() != 0);
+    if (m_linkRemove)
+        m_linkRemove->setEnabled(ComboItem() != 0 && m_removesLinks);
+}
+
+void ctlSmartTreeView::EnableLinking(bool adding, bool removing)
+{
+    m_removesLinks = removing;
+    m_linkModeAction->setEnabled(adding);
+    UpdateCombo();
+}
+
+/// The item of the entry that is shown; 0 for none.
+qint64 ctlSmartTreeView::ComboItem() const
+{
+    return cboLinkedItems->currentData().toString().chopped(cboLinkedItems->currentIndex() > 0 ? 1 : 0).toLongLong();
+}
+
+} // namespace qb
