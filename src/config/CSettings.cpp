@@ -273,7 +273,7 @@ bool CSettings::SaveDatabaseProperties()
     return written;
 }
 
-// Both
+// User and library settings together
 
 bool CSettings::Apply()
 {
@@ -306,7 +306,7 @@ void CSettings::LoadRegistrySettings()
     });
 }
 
-// By name
+// Access by name
 
 QList<CSettings::NamedSetting> CSettings::All() const
 {

@@ -267,7 +267,7 @@ bool KeywordDefiner::ImportLanguageDefinition(const QString& path)
     return true;
 }
 
-// The end
+// Checking and saving
 
 bool KeywordDefiner::CheckCommentDelimiter() const
 {

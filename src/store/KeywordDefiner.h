@@ -63,7 +63,7 @@ public:
     /// when nothing was taken.
     bool ImportLanguageDefinition(const QString& path);
 
-    // The end
+    // Checking and saving
 
     /// False, and the user is told, when there is no comment delimiter, but for a library without a language.
     bool CheckCommentDelimiter() const;

@@ -114,7 +114,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.Error.contains(u"nothing was changed"_s), outcome.Status == 1);
     }
 
-    // What an orphan leaves
+    // Orphans
 
     void orphanThatIsTidied_keepsItsDate()
     {

@@ -23,7 +23,7 @@ private Q_SLOTS:
     }
     void cleanup() { End(); }
 
-    // What bars a command
+    // Barred commands
 
     void exportedChild_deletesNoItem()
     {
@@ -73,7 +73,7 @@ private Q_SLOTS:
         QVERIFY(!Action(u"mnuKeepItem"_s)->isVisible());
     }
 
-    // What an item leaves behind
+    // Change of item
 
     void itemThatWasJustAdded_showsItsOwnLinksAndDescription()
     {

@@ -86,7 +86,7 @@ private Q_SLOTS:
     }
     void cleanup() { End(); }
 
-    // What is seen
+    // Display
 
     void openedItem_isInTheColoursOfItsRules()
     {
@@ -198,7 +198,7 @@ private Q_SLOTS:
         QVERIFY(PlainTextFromRtf(Read(u"Code"_s)).startsWith(u"//int before; /*\r\nif (x)"_s));
     }
 
-    // What is stored
+    // Storing
 
     void lookAtAnItem_changesNothing_data()
     {
@@ -385,7 +385,7 @@ private Q_SLOTS:
         }
     }
 
-    // What leaves the box
+    // Copying and dragging
 
     void copiedSelection_carriesColours()
     {

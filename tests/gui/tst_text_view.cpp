@@ -153,7 +153,7 @@ private Q_SLOTS:
         QCOMPARE(Code()->cursorRect().height(), height);
     }
 
-    // What is left when the program ends without a word
+    // Recovery after a crash
 
     void unsavedText_isOfferedAtTheNextStart_data()
     {

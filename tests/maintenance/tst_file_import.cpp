@@ -163,7 +163,7 @@ private Q_SLOTS:
         QCOMPARE(Stored(), QStringList());
     }
 
-    // What goes wrong
+    // Failures
 
     void cancelledPacking_leavesNothing()
     {

@@ -273,7 +273,7 @@ private Q_SLOTS:
         QCOMPARE(work.Totals, (QList<qint64>{4, 4, 4, 4}));
     }
 
-    // What changes nothing
+    // Imports that change nothing
 
     void stoppedImport_changesNothing()
     {

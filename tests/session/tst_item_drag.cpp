@@ -226,7 +226,7 @@ private Q_SLOTS:
         QCOMPARE(s->Shape(), shape);
     }
 
-    // What goes wrong
+    // Failures
 
     void moveThatCanNotBeWritten_leavesTheTree()
     {

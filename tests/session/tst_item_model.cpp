@@ -331,7 +331,7 @@ public:
     static inline std::map<QString, int> Met;
 
 private:
-    // What to do it with
+    // Fixture
 
     qint64 PickNode() { return m_dice.PickOf(plain.Branch(0)); }
     /// 0 when there is none.

@@ -214,7 +214,7 @@ private Q_SLOTS:
         QCOMPARE(s->LastDB(), one);
     }
 
-    // What is no library
+    // Files that are no library
 
     void whatIsNoLibrary_isRefusedAndTheOldOneStaysOpen_data()
     {

@@ -42,7 +42,7 @@ private Q_SLOTS:
         m_home.reset();
     }
 
-    // What is a change
+    // Changes
 
     void openedItem_isNotChanged()
     {

@@ -74,7 +74,7 @@ private:
     void AppendPicture();
     quint32 LinkOf(const QString& instruction);
 
-    // What words do
+    // Effects of control words
     CharFormat& Characters();
     void Plain();
     void AddTabStop(int twips);

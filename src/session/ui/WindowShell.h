@@ -50,7 +50,7 @@ public:
     void EnableMenus(bool enabled) override { MenusEnabled(enabled); }
     void EnableEditing(bool enabled) override { EditingEnabled(enabled); }
 
-    // What the window does about it
+    // Reactions of the window
     std::function<void(bool enabled)> MenusEnabled = [](bool) {};
     std::function<void(bool enabled)> EditingEnabled = [](bool) {};
 

@@ -183,7 +183,7 @@ void TextCommands::SetDefaultFont(const RtfFont& font)
         m_fileNotes->SetDefaultFont(font);
 }
 
-// The net
+// Unsaved texts
 
 void TextCommands::OfferUnsavedTexts(Library& library, const std::function<void(qint64 item)>& goTo)
 {

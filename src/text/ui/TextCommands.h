@@ -64,7 +64,7 @@ public:
     void DeleteCodeSection(quint8 header) { m_sections.DeleteCodeSection(header); }
     quint8 CurrentSection() const { return m_sections.CurrentSection(); }
 
-    // What is seen of the texts
+    // View
 
     /// Opens the bar for finding, with what is selected if that is of one line. These do nothing where no text is
     /// shown.

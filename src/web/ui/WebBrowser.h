@@ -25,7 +25,7 @@ public:
     virtual void Stop() = 0;
     virtual void Reload() = 0;
 
-    // What it tells
+    // Callbacks
     std::function<void(const QUrl& url)> BeforeNavigate;
     std::function<void(bool back, bool forward)> CommandStateChange;
     std::function<void(int percent)> ProgressChange;

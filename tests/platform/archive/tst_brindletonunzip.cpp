@@ -138,7 +138,7 @@ private Q_SLOTS:
         QCOMPARE(state.st_mode & 07002, mode_t(0));
     }
 
-    // What it holds
+    // Contents
 
     void entries_sayWhatIsThere()
     {
@@ -245,7 +245,7 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(m_home->Path(u"other"_s)));
     }
 
-    // Not to the end
+    // Cancelling and failures
 
     void cancelled_leavesTheFolderAsItWas_data()
     {

@@ -289,7 +289,7 @@ private Q_SLOTS:
         QCOMPARE(AskPython(Archive(), u"n = z.namelist(); print(len(n), n[0], n[-1])"_s), u"65792 0/0 255/256"_s);
     }
 
-    // What can't be done
+    // Failures
 
     void archiveThatCantBeMade_changesNothing_data()
     {

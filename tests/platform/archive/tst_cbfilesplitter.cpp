@@ -131,7 +131,7 @@ private Q_SLOTS:
         QCOMPARE(ReadFile(file), "0123456789");
     }
 
-    // What is told
+    // Events
 
     void work_isTold()
     {
@@ -183,7 +183,7 @@ private Q_SLOTS:
         QCOMPARE(ReadFile(Folder() + u"/joined"_s), bytes);
     }
 
-    // What is left of earlier work
+    // Leftovers of earlier work
 
     void volumesOfAnEarlierSplit_go()
     {
@@ -213,7 +213,7 @@ private Q_SLOTS:
         QCOMPARE(ContentsOf(Folder()).size(), 6);
     }
 
-    // What can't be done
+    // Failures
 
     void splitThatCantBe_leavesTheFile_data()
     {

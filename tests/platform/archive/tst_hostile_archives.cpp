@@ -303,7 +303,7 @@ private Q_SLOTS:
         QVERIFY2(time.elapsed() < 5000, qPrintable(QString::number(time.elapsed())));
     }
 
-    // What is odd, and no harm
+    // Harmless oddities
 
     void harmlessOddity_isExtracted_data()
     {
@@ -373,7 +373,7 @@ private Q_SLOTS:
         QB_VERIFY_REFUSES(BrindletonZip().ExtractTo(Archive(), m_home->Path(u"new"_s)), u"can't be extracted: "_s);
     }
 
-    // What stands in the folder
+    // Contents of the folder
 
     void linkOnTheWay_isRefused_data()
     {

@@ -75,7 +75,7 @@ private Q_SLOTS:
         QCOMPARE(PlainTextFromRtf(rtf), u"x"_s);
     }
 
-    // Reading what other programs write
+    // Other programs' texts
 
     void document_isRead_data()
     {
