@@ -1,0 +1,287 @@
+#include "exchange/BranchExport.h"
+
+#include "exchange/BranchStream.h"
+#include "maintenance/Containers.h"
+#include "platform/richtext/Rtf.h"
+#include "platform/system/FileReplace.h"
+#include "platform/system/Paths.h"
+#include "platform/system/RuntimeError.h"
+#include "platform/system/StagedFiles.h"
+#include "store/CCodeItem.h"
+#include "store/CFileObject.h"
+#include "store/ItemBranch.h"
+#include "store/StoredFiles.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <optional>
+#include <unordered_set>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString Procedure = u"ExportItems"_s;
+
+/// An item that is to be written, and the item of the branch that it stands below; 0: none.
+struct BranchNode {
+    qint64 Item;
+    qint64 Parent;
+};
+
+/// Depth first, siblings in the order of their titles. Of the whole library the items, too, that no way leads to from
+/// the root. A cycle in damaged rows is walked once.
+class BranchWalk {
+public:
+    explicit BranchWalk(Library& library) : m_library(library) {}
+
+    std::vector<BranchNode> Run(qint64 item)
+    {
+        if (item != 0) {
+            RequireItem(m_library, item);
+            Walk(item);
+            return m_nodes;
+        }
+        for (const qint64 top : ChildrenOf(0))
+            Walk(top);
+        Statement all = m_library.Query(u"SELECT ID FROM Items ORDER BY ID"_s);
+        while (all.Step())
+            Walk(all.Long(0));
+        return m_nodes;
+    }
+
+private:
+    void Walk(qint64 root)
+    {
+        std::vector<BranchNode> waiting{{root, 0}};
+        while (!waiting.empty()) {
+            const BranchNode node = waiting.back();
+            waiting.pop_back();
+            if (!m_seen.insert(node.Item).second)
+                continue;
+            m_nodes.push_back(node);
+            const std::vector<qint64> children = ChildrenOf(node.Item);
+            for (auto child = children.rbegin(); child != children.rend(); ++child)
+                waiting.push_back({*child, node.Item});
+        }
+    }
+
+    std::vector<qint64> ChildrenOf(qint64 item)
+    {
+        std::vector<qint64> children;
+        Statement rows = m_library.Query(u"SELECT ID FROM Items WHERE ParentID = ? ORDER BY Title COLLATE NOCASE, ID"_s,
+                                         {item});
+        while (rows.Step())
+            children.push_back(rows.Long(0));
+        return children;
+    }
+
+    Library& m_library;
+    std::unordered_set<qint64> m_seen;
+    std::vector<BranchNode> m_nodes;
+};
+
+QString NodeKeyOf(qint64 item)
+{
+    return item == 0 ? u"ROOT"_s : QString::number(item) + u'C';
+}
+
+class Export {
+public:
+    Export(Library& library, const QString& stream, std::vector<BranchNode> nodes, Work& work)
+        : m_library(library), m_nodes(std::move(nodes)), m_work(work), m_stream(stream, qint32(m_nodes.size()))
+    {
+    }
+
+    BranchExportResult Run(bool whole)
+    {
+        for (const BranchNode& node : m_nodes) {
+            ExportItem(node, whole);
+            m_work.Advance(++m_result.Items, qint64(m_nodes.size()));
+            if (m_work.IsCancelled())
+                throw RuntimeError(ErrorNumber::Cancelled, u"The export was stopped; there is no file."_s, Procedure);
+        }
+        AddLinks();
+        m_stream.Write(m_trailer);
+        m_stream.Close();
+        return m_result;
+    }
+
+private:
+    void ExportItem(const BranchNode& node, bool whole)
+    {
+        CCodeItem item;
+        item.Initialise(m_library, QString::number(node.Item));
+        item.ReadWhole();
+        if (item.ReadFailed())
+            throw RuntimeError(ErrorNumber::Corrupt, u"The item %1 can't be read; there is no file."_s.arg(node.Item),
+                               Procedure);
+        // An item that has lost its place stands at the top of what is exported.
+        const qint64 parent = node.Parent == 0 && whole ? 0 : item.ParentKey().toLongLong();
+        const QStringList pages = item.HTMLPage() ? PagesOf(node.Item) : QStringList();
+        m_stream.Write(
+            BranchItem{.Title = item.Title().isEmpty() ? u" "_s : item.Title(), // an empty one ends the reading
+                       .Key = item.Key(),
+                       .ParentKey = QString::number(parent),
+                       .Spare = {},
+                       .ParentNodeKey = NodeKeyOf(parent),
+                       .Description = item.Description(),
+                       .Info = item.Info(),
+                       .User = item.User(),
+                       .ItemStatus = item.ItemStatus(),
+                       .ItemRating = item.ItemRating(),
+                       .Code = item.Code(),
+                       .CodeHeaders = item.CodeHeaders(),
+                       .Notes = item.Notes(),
+                       .Example = item.Example(),
+                       .UsageHeaders = item.UsageHeaders(),
+                       .HTMLPage = !pages.isEmpty(),
+                       .HTMLLastUpdated = item.HTMLLastUpdated()});
+        ExportItemFiles(node.Item);
+        if (!pages.isEmpty())
+            ExportItemPages(node.Item, pages);
+        AddLanguage(item);
+    }
+
+    void ExportItemFiles(qint64 item)
+    {
+        const std::vector<qint64> files = StoredFilesOf(m_library, item);
+        m_stream.WriteCount(qint32(files.size()));
+        for (const qint64 id : files) {
+            CFileObject row;
+            row.Initialise(m_library, QString::number(id));
+            QFile file(ReadableStoredFile(m_library, id, row.Title()));
+            if (file.fileName().isEmpty())
+                m_result.Missing << row.Title();
+            else
+                Open(file);
+            const qint64 size = file.isOpen() ? file.size() : 0;
+            m_stream.Write(BranchFile{.Title = row.Title(),
+                                      .OrigDateTime = row.OrigDateTime(),
+                                      .DateAdded = row.DateAdded(),
+                                      .Size = size,
+                                      .Description = row.Description()});
+            m_stream.WriteContents(file, size, m_work);
+            ++m_result.Files;
+        }
+    }
+
+    /// The paths below the folder of web pages: the page, the other files of its folder, then those of the folders in
+    /// that.
+    QStringList PagesOf(qint64 item) const
+    {
+        const QString folder = QString::number(item);
+        QStringList pages;
+        if (IsPlainFile(m_library.HTMLFolder() + folder + u".htm"_s))
+            pages << folder + u".htm"_s;
+        QStringList waiting{folder};
+        while (!waiting.isEmpty()) {
+            const QString at = waiting.takeFirst();
+            const QDir found(m_library.HTMLFolder() + at);
+            for (const QString& name : found.entryList(QDir::Files | QDir::Hidden | QDir::NoSymLinks, QDir::Name)) {
+                if (IsPlainFile(found.filePath(name)))
+                    pages << at + u'/' + name;
+            }
+            QStringList inner;
+            for (const QString& name :
+                 found.entryList(QDir::Dirs | QDir::Hidden | QDir::NoSymLinks | QDir::NoDotAndDotDot, QDir::Name))
+                inner << at + u'/' + name;
+            waiting = inner + waiting;
+        }
+        return pages;
+    }
+
+    void ExportItemPages(qint64 item, const QStringList& pages)
+    {
+        const QString inFolder = QString::number(item) + u'/';
+        m_stream.WriteCount(qint32(pages.size()));
+        for (const QString& path : pages) {
+            QFile file(m_library.HTMLFolder() + path);
+            Open(file);
+            const QString name = path.startsWith(inFolder) ? path.mid(inFolder.size()).replace(u'/', u'\\') : path;
+            m_stream.Write(BranchPage{.Name = name,
+                                      .Modified = Date::FromDateTime(QFileInfo(file).lastModified().toLocalTime()),
+                                      .Number = path.startsWith(inFolder) ? QFileInfo(name).completeBaseName().toInt()
+                                                                          : qint32(item),
+                                      .Size = file.size()});
+            m_stream.WriteContents(file, file.size(), m_work);
+            ++m_result.Pages;
+        }
+    }
+
+    static void Open(QFile& file)
+    {
+        if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+            throw RuntimeError(ErrorNumber::PathAccess,
+                               u"'%1' can't be read: %2. There is no export."_s.arg(
+                                   QDir::toNativeSeparators(file.fileName()), file.errorString()),
+                               Procedure);
+    }
+
+    /// What the code is coloured as where it names nothing is the library's language, which the next library may not
+    /// share.
+    void AddLanguage(CCodeItem& item)
+    {
+        const QString code = item.Code().isEmpty() ? item.Example() : item.Code();
+        if (code.isEmpty())
+            return;
+        const QString named = LanguageInRtf(code);
+        const QString language = named.isEmpty() ? m_language : named;
+        if (!language.isEmpty())
+            m_trailer.Languages.push_back({item.Key(), language});
+    }
+
+    void AddLinks()
+    {
+        std::unordered_set<qint64> inside;
+        for (const BranchNode& node : m_nodes)
+            inside.insert(node.Item);
+        Statement links = m_library.Query(u"SELECT ItemID, LinkItemID, Note FROM ItemLinks ORDER BY ID"_s);
+        while (links.Step()) {
+            if (inside.contains(links.Long(0)) && inside.contains(links.Long(1)))
+                m_trailer.Links.push_back(
+                    {QString::number(links.Long(0)), QString::number(links.Long(1)), links.Text(2)});
+        }
+    }
+
+    Library& m_library;
+    std::vector<BranchNode> m_nodes;
+    Work& m_work;
+    QString m_language = m_library.QueryValue(u"SELECT LanguageUsed FROM Properties"_s).ToText();
+    BranchWriter m_stream;
+    BranchTrailer m_trailer;
+    BranchExportResult m_result;
+};
+
+} // namespace
+
+BranchExportResult ExportItems(Library& library, qint64 item, const QString& file, Work& work)
+{
+    const QFileInfo target(file);
+    StagedFiles stage(target.absolutePath());
+    const QString staged = stage.PathFor(target.fileName());
+    std::optional<Transaction> moment; // others wait, so that what is written is the library of one moment
+    if (!library.IsReadOnly())
+        moment.emplace(library);
+    work.Say(u"Exporting Code Items...."_s, 1);
+    BranchExportResult result = Export(library, staged, BranchWalk(library).Run(item), work).Run(item == 0);
+    moment.reset();
+    work.Say({}, 100);
+    KeepNoMoreRightsThan(library.Name(), staged);
+    if (PackExport(staged, work).isEmpty())
+        throw RuntimeError(ErrorNumber::Cancelled, u"The export was stopped; there is no file."_s, Procedure);
+    KeepNoMoreRightsThan(library.Name(), staged);
+    stage.PutInPlace(false);
+    result.File = target.absoluteFilePath();
+    return result;
+}
+
+int CountBranchItems(Library& library, qint64 item)
+{
+    return int(BranchWalk(library).Run(item).size());
+}
+
+} // namespace qb

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QString>
+#include <optional>
+
+namespace qb {
+
+/// Where a file of an item's web page belongs, from the name that an export has for it: empty for the page itself,
+/// which only the first can be; else the path below the folder of the page, with "/" between its parts. Nothing for
+/// what is no name, or would leave that folder.
+std::optional<QString> PlaceOfPage(const QString& name, const QString& key, bool isFirst);
+
+/// Lets what a page loads or leads to in the folder of @p oldKey lie in that of @p newKey. Raises RuntimeError 75 when
+/// the file can't be read or written.
+void RenameReferences(const QString& pageFile, const QString& oldKey, const QString& newKey);
+
+} // namespace qb
