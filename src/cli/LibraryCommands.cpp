@@ -4,6 +4,7 @@
 #include "cli/CommandTable.h"
 #include "cli/OpenLibrary.h"
 #include "cli/Output.h"
+#include "maintenance/ContentCheck.h"
 #include "maintenance/FolderImport.h"
 #include "maintenance/LibraryCheck.h"
 #include "store/CDBCreate.h"
@@ -183,9 +184,14 @@ int ImportFolderCommand(const QStringList& words)
 
 int Check(const QStringList& words)
 {
-    const Arguments arguments(words, {}, 1);
+    const Arguments arguments(words, {{"deep", ""}}, 1);
     const auto database = DBEngine::OpenDatabase(arguments.Positional(0), DBEngine::Access::ReadOnly);
-    const std::vector<LibraryFault> faults = CheckLibrary(*database);
+    std::vector<LibraryFault> faults = CheckLibrary(*database);
+    ContentCheck contents;
+    if (arguments.Has(u"deep"_s) && IsLibrary(*database)) {
+        contents = CheckContents(*database);
+        faults.insert(faults.end(), contents.Faults.begin(), contents.Faults.end());
+    }
     QJsonArray list;
     for (const LibraryFault& fault : faults) {
         list.append(QJsonObject{{u"kind"_s, FaultName(fault.What)},
@@ -199,6 +205,10 @@ int Check(const QStringList& words)
         Print(list);
     else if (faults.empty())
         Print(u"Nothing is wrong with the library.\n"_s);
+    if (!arguments.Json() && contents.UnknownRows > 0)
+        Print(u"Of %1 items and stored files out of %2 no checksum is known; they get one when they are saved.\n"_s
+                  .arg(contents.UnknownRows)
+                  .arg(contents.UnknownRows + contents.KnownRows));
     return faults.empty() ? 0 : 1;
 }
 

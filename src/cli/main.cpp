@@ -52,7 +52,8 @@ constexpr CommandEntry Table[] = {
     {"settings", "list | get NAME | set NAME VALUE [--library LIB]", "the user's settings, and those of a library",
      Settings},
     {"rtf2text", "FILE|-", "the plain text of an RTF file", RtfToText},
-    {"check", "LIB", "look for damage, lost items and missing files", Check},
+    {"check", "LIB [--deep]", "look for damage, lost items and missing files; --deep: read all texts and stored files",
+     Check},
 };
 
 /// Notices that an error was reported on the way.

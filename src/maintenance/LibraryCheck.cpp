@@ -176,6 +176,12 @@ QString FaultName(LibraryFault::Kind kind)
         return u"foreign-folder"_s;
     case Kind::OtherSize:
         return u"other-size"_s;
+    case Kind::DamagedText:
+        return u"damaged-text"_s;
+    case Kind::DamagedFile:
+        return u"damaged-file"_s;
+    case Kind::DamagedChecksum:
+        return u"damaged-checksum"_s;
     case Kind::MissingFile:
         break;
     }

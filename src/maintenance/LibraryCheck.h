@@ -17,7 +17,10 @@ struct LibraryFault {
         Cycle,
         MissingFile,
         OtherSize,
-        ForeignFolder
+        ForeignFolder,
+        DamagedText,
+        DamagedFile,
+        DamagedChecksum
     };
     Kind What;
     QString Table; ///< empty for damage of the file itself

@@ -3,6 +3,7 @@
 #include "platform/dao/Database.h"
 #include "platform/system/Clock.h"
 #include "platform/system/Prompts.h"
+#include "store/Checksums.h"
 #include "store/Deletions.h"
 #include "store/Library.h"
 #include "support/ErrorRoutine.h"
@@ -39,6 +40,11 @@ constexpr RowColumn Columns[] = {
 
 /// Long texts move in pieces of this many characters.
 constexpr qsizetype ChunkLength = 16384;
+
+/// The columns whose checksums are noted.
+constexpr CCodeItem::Column TextColumns[] = {CCodeItem::TitleColumn,   CCodeItem::DescriptionColumn,
+                                             CCodeItem::InfoColumn,    CCodeItem::CodeColumn,
+                                             CCodeItem::ExampleColumn, CCodeItem::NotesColumn};
 
 } // namespace
 
@@ -200,9 +206,42 @@ bool CCodeItem::InsertObject()
             else if (!isMothers || (column == MotherParentColumn && OwnLibrary().IsChildReplica()))
                 row.Set(name, OwnValue(column));
         }
+        Transaction whole(OwnLibrary()); // the row and the note of its checksums
         row.Update();
+        NoteNewChecksums(row.LastModified());
+        whole.Commit();
         RowInserted(row.LastModified());
     });
+}
+
+void CCodeItem::NoteNewChecksums(qint64 id) const
+{
+    Checksums sums;
+    for (const Column column : TextColumns)
+        sums[QString::fromLatin1(Columns[column].Name)] = ChecksumOfText(OwnValue(column).ToText());
+    WriteChecksums(OwnLibrary(), u"Items"_s, id, OwnValue(LastChangedColumn).ToLong(), sums);
+}
+
+/// Notes the checksums of the row that was written. Those of the columns that were not are kept, so that what has
+/// rotted meanwhile is not taken for good; only where another program has written the row since are they made anew.
+void CCodeItem::NoteChecksums(const Recordset& row, qint64 formerStamp) const
+{
+    if (!HasChecksumTable(OwnLibrary()))
+        return;
+    const std::optional<NotedChecksums> former = ReadChecksums(OwnLibrary(), u"Items"_s, RowKey());
+    const bool isKnown = former && former->IsWhole && former->Stamp == formerStamp;
+    const TableDef& table = OwnLibrary().GetTableDef(u"Items"_s);
+    Checksums sums;
+    for (const Column column : TextColumns) {
+        const QString name = QString::fromLatin1(Columns[column].Name);
+        if (!table.FindField(name))
+            continue;
+        if (isKnown && !IsChanged(column) && former->Sums.contains(name))
+            sums[name] = former->Sums[name];
+        else
+            sums[name] = ChecksumOfText((IsChanged(column) ? OwnValue(column) : row[name]).ToText());
+    }
+    WriteChecksums(OwnLibrary(), u"Items"_s, RowKey(), row[u"LastChanged"_s].ToLong(), sums);
 }
 
 bool CCodeItem::UpdateObject()
@@ -214,8 +253,10 @@ bool CCodeItem::UpdateObject()
             RequireRead();
             Recordset row = OwnLibrary().OpenRecordset(u"Items"_s, u"ID = ?"_s, {RowKey()});
             row.Edit();
+            const qint64 formerStamp = row[u"LastChanged"_s].ToLong();
             WriteChanged(row);
             row.Update();
+            NoteChecksums(row, formerStamp);
         }
         whole.Commit();
         if (m_itemChanged) {
@@ -253,6 +294,7 @@ void CCodeItem::DeleteRow()
         deleted.Update();
     }
     row.Delete();
+    ForgetChecksums(OwnLibrary(), u"Items"_s, id);
     OwnLibrary().Execute(u"DELETE FROM Bookmarks WHERE CodeID = ?"_s, {id});
     OwnLibrary().Execute(u"DELETE FROM Files WHERE CodeID = ?"_s, {id});
     OwnLibrary().Execute(u"DELETE FROM ItemLinks WHERE ItemID = ?"_s, {id});

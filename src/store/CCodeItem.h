@@ -141,6 +141,8 @@ protected:
 
 private:
     void SetText(Recordset& row, Column column, const QString& name) const;
+    void NoteNewChecksums(qint64 id) const;
+    void NoteChecksums(const Recordset& row, qint64 formerStamp) const;
     void FindMotherParent();
 
     /// What writing a link changes in memory.

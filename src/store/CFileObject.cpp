@@ -5,6 +5,7 @@
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
+#include "store/Checksums.h"
 #include "store/Library.h"
 #include "store/PendingFiles.h"
 #include "store/SideFolders.h"
@@ -155,6 +156,19 @@ qint64 CFileObject::MotherRecordOfItem() const
     return std::max(record.IsNull() ? 0 : record.ToLong(), qint64(0));
 }
 
+/// Notes the checksums of what is written beside those that are known of the rest. The title is not among them: a new
+/// title alone leaves no stamp.
+void CFileObject::NoteChecksums(qint64 id, qint64 stamp, const Checksums& known) const
+{
+    Checksums sums = known;
+    if (State() == RecordState::New || m_descriptionChanged)
+        sums[u"Description"_s] = ChecksumOfText(OwnValue(DescriptionColumn).ToText());
+    if (m_arriving)
+        sums[FileContentsName] = m_arriving->Checksum();
+    if (!sums.isEmpty())
+        WriteChecksums(OwnLibrary(), u"Files"_s, id, stamp, sums);
+}
+
 bool CFileObject::InsertObject()
 {
     return UnlessCancelled(u"InsertObject"_s, [this] {
@@ -176,6 +190,7 @@ bool CFileObject::InsertObject()
         row.Set(u"LastUpdated"_s, OwnValue(DateAddedColumn));
         row.Update();
         const qint64 id = row.LastModified();
+        NoteChecksums(id, OwnValue(DateAddedColumn).ToLong(), {});
         if (m_arriving)
             m_arriving->Bind(id, OwnTitle());
         transaction.Commit();
@@ -200,12 +215,15 @@ bool CFileObject::UpdateObject()
         Recordset row = OwnLibrary().OpenRecordset(u"Files"_s, u"ID = ?"_s, {id});
         row.MoveFirst();
         row.Edit();
+        const std::optional<NotedChecksums> former = ReadChecksums(OwnLibrary(), u"Files"_s, id);
+        const bool isKnown = former && former->IsWhole && former->Stamp == row[u"LastUpdated"_s].ToLong();
         WriteChanged(row);
         if (describes) {
             row.Set(u"Description"_s, OwnValue(DescriptionColumn));
             row.Set(u"LastUpdated"_s, Clock::Now());
         }
         row.Update();
+        NoteChecksums(id, row[u"LastUpdated"_s].ToLong(), isKnown ? former->Sums : Checksums());
         if (m_arriving)
             m_arriving->Bind(id, OwnTitle());
         transaction.Commit();

@@ -2,6 +2,7 @@
 
 #include "platform/dao/Database.h"
 #include "platform/system/Work.h"
+#include "store/Checksums.h"
 #include "store/PendingFiles.h"
 #include "store/RowObject.h"
 
@@ -86,6 +87,7 @@ private:
     template <class Body>
     bool UnlessCancelled(const QString& procedure, Body&& body);
     void CopyStoredFile(std::shared_ptr<PendingWork> work, qint64 number);
+    void NoteChecksums(qint64 id, qint64 stamp, const Checksums& known) const;
     void Settle();
     void FileWritten();
     qint64 MotherRecordOfItem() const;

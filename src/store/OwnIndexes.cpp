@@ -1,6 +1,7 @@
 #include "store/OwnIndexes.h"
 
 #include "platform/dao/Database.h"
+#include "store/Checksums.h"
 
 #include <algorithm>
 
@@ -36,9 +37,10 @@ void MakeOwnIndexes(Database& library)
     const bool isComplete = std::none_of(std::begin(OwnIndexes), std::end(OwnIndexes),
                                          [&library](const OwnIndex& index) { return IsMissing(library, index); });
     const bool hasFormer = library.GetTableDef(u"Items"_s).FindIndex(FormerTree) != nullptr;
-    if (isComplete && !hasFormer)
+    if (isComplete && !hasFormer && library.TableExists(u"own_Checksums"_s))
         return;
     Transaction transaction(library);
+    MakeChecksumTable(library);
     if (hasFormer)
         library.DeleteIndex(u"Items"_s, FormerTree);
     for (const OwnIndex& index : OwnIndexes) {

@@ -4,7 +4,7 @@ namespace qb {
 
 class Database;
 
-/// Makes those indexes of a library that the program has for itself, beyond those of its tables' definitions,
+/// Makes the table of checksums and those indexes of a library that the program has for itself, beyond those of its tables' definitions,
 /// where they are missing: libraries of older versions have none. They hold what the item tree shows, so that it
 /// opens without the long texts, and let what has changed be found without them. Raises an error when the file
 /// can't be written.

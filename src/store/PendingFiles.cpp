@@ -5,6 +5,7 @@
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/RuntimeError.h"
+#include "store/Checksums.h"
 #include "store/Library.h"
 #include "store/SideFolders.h"
 #include "store/StoredFiles.h"
@@ -159,6 +160,7 @@ ArrivingFile::ArrivingFile(std::shared_ptr<PendingWork> work, qint64 number, con
         CopyFileContents(source, name, copying);
     m_path = name;
     KeepNoMoreRightsThan(m_work->LibraryPath(), name);
+    m_checksum = ChecksumOfFile(name);
 }
 
 ArrivingFile::~ArrivingFile()

@@ -56,6 +56,8 @@ public:
 
     /// In bytes; 0 once PutInPlace was called.
     qint64 Size() const;
+    /// Of what was copied, read back.
+    quint32 Checksum() const { return m_checksum; }
     /// Renames the file so that FinishPendingFiles knows its row. Should the program end before PutInPlace, that gives
     /// the file to the row if this title was committed, and removes it if not. Raises an error, and the file keeps
     /// its name, when it can't be renamed.
@@ -66,6 +68,7 @@ public:
 private:
     std::shared_ptr<PendingWork> m_work;
     QString m_path;
+    quint32 m_checksum = 0;
 };
 
 /// Stored files that are deleted together, in one transaction of the caller's: the files leave their

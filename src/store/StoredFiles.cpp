@@ -1,6 +1,7 @@
 #include "store/StoredFiles.h"
 
 #include "platform/system/Clock.h"
+#include "store/Checksums.h"
 #include "store/Deletions.h"
 
 #include <QFile>
@@ -63,6 +64,7 @@ DeletedFileRow DeleteStoredFileRow(Library& library, qint64 id)
         deleted.Update();
     }
     row.Delete();
+    ForgetChecksums(library, u"Files"_s, id);
     return deletion;
 }
 

@@ -57,7 +57,8 @@ public:
     Recordset OpenRecordset(const QString& table, const QString& where = {}, const Values& values = {},
                             const QString& orderBy = {});
 
-    // Table definitions. The tables that keep them are not listed.
+    // Table definitions. The tables that keep them are not listed, nor those named "own_...", which the program has
+    // for itself.
     QStringList TableNames(const QString& schema = MainSchema);
     bool TableExists(const QString& table);
     /// Raises 3265 for a table that the schema does not list.
