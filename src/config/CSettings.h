@@ -41,7 +41,8 @@
     FLAG(ViewLineNumbers, "ViewLineNumbers", true)                                                                     \
     FLAG(ViewWordWrap, "ViewWordWrap", false)                                                                          \
     NUMBER(ViewZoom, "ViewZoom", 100)                                                                                  \
-    FLAG(ViewFilePreview, "ViewFilePreview", true)
+    FLAG(ViewFilePreview, "ViewFilePreview", true)                                                                     \
+    FLAG(KeepWebOut, "KeepWebOut", false)
 
 /// The settings of the open library, columns of `Properties`, in the order in which they are
 /// read: property, type, column.

@@ -14,6 +14,24 @@ QString BugReportAddress()
     return GetSetting(SettingsApplication, QStringLiteral("Settings"), QStringLiteral("BugReportAddress"));
 }
 
+QString ShownAddress(const QString& address)
+{
+    constexpr qsizetype Longest = 500;
+    constexpr int Hexadecimal = 16;
+    QString shown;
+    for (const QChar character : address.left(Longest)) {
+        const bool isHidden = character.category() == QChar::Other_Control
+                              || character.category() == QChar::Other_Format
+                              || character.category() == QChar::Separator_Line
+                              || character.category() == QChar::Separator_Paragraph;
+        if (isHidden)
+            shown += QStringLiteral("\\u%1").arg(int(character.unicode()), 4, Hexadecimal, QLatin1Char('0'));
+        else
+            shown += character;
+    }
+    return address.size() > Longest ? shown + QStringLiteral("...") : shown;
+}
+
 AddressAnswer AnswerAddress(const QString& address)
 {
     const QUrl url(address, QUrl::TolerantMode);

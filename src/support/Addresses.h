@@ -14,6 +14,9 @@ enum class AddressAnswer {
     Ask,    ///< only after a look at where it leads
     Refuse, ///< it would run a program, or be taken for an option of one
 };
+/// An address as it is shown to a user who is to judge it: on one line, not too long, and with characters that would
+/// hide or turn around a part of it written as "\u202e".
+QString ShownAddress(const QString& address);
 /// Judges by the address alone and opens nothing; what names neither a page nor a mail may be a file's path.
 AddressAnswer AnswerAddress(const QString& address);
 

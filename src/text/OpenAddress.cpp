@@ -12,20 +12,19 @@ using namespace Qt::StringLiterals;
 
 void OpenAddress(const QString& address, const std::function<void(const QString& page)>& navigate)
 {
-    constexpr int LongestShown = 500; // characters of an address
     if (address.startsWith("local://"_L1, Qt::CaseInsensitive) && IsLocalPage(UrlOfAddress(address)))
         return navigate(address);
     const AddressAnswer answer = AnswerAddress(address);
     if (answer == AddressAnswer::Refuse) {
-        Prompts::Current().MsgBox({.Text = u"'%1' is not opened: it would start a program, or is no address."_s.arg(
-                                       address.left(LongestShown)),
-                                   .Caption = ApplicationTitle,
-                                   .Icon = MsgBoxIcon::Exclamation});
+        Prompts::Current().MsgBox(
+            {.Text = u"'%1' is not opened: it would start a program, or is no address."_s.arg(ShownAddress(address)),
+             .Caption = ApplicationTitle,
+             .Icon = MsgBoxIcon::Exclamation});
         return;
     }
     const auto isWanted = [&] {
         return Prompts::Current().MsgBox(
-                   {.Text = u"This link leads to\n%1\nDo you wish to open it?"_s.arg(address.left(LongestShown)),
+                   {.Text = u"This link leads to\n%1\nDo you wish to open it?"_s.arg(ShownAddress(address)),
                     .Caption = u"Open Link"_s,
                     .Buttons = MsgBoxButtons::YesNo,
                     .Icon = MsgBoxIcon::Question,

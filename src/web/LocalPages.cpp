@@ -128,7 +128,13 @@ bool MayRequest(const QUrl& page, const QUrl& resource)
            || (IsLocalPage(resource) && wanted.startsWith(own) && !wanted.contains(u"/../"_s));
 }
 
-NavigationAnswer AnswerNavigation(const QUrl& from, const QUrl& to, NavigationCause cause)
+bool IsWebAddress(const QUrl& url)
+{
+    static const QStringList schemes{u"http"_s, u"https"_s, u"ws"_s, u"wss"_s, u"ftp"_s};
+    return schemes.contains(url.scheme());
+}
+
+NavigationAnswer AnswerNavigation(const QUrl& from, const QUrl& to, NavigationCause cause, Web web)
 {
     const bool isPage = IsLocalPage(to) && IsPageName(to.path());
     const bool isWeb = to.scheme() == u"http"_s || to.scheme() == u"https"_s;
@@ -136,8 +142,10 @@ NavigationAnswer AnswerNavigation(const QUrl& from, const QUrl& to, NavigationCa
         return NavigationAnswer::Show;
     if (cause == NavigationCause::Clicked && isPage && IsLocalPage(from))
         return NavigationAnswer::Show;
+    if (isWeb && cause == NavigationCause::Page && IsLocalPage(from))
+        return NavigationAnswer::Refuse;
     if (isWeb)
-        return cause == NavigationCause::Page && IsLocalPage(from) ? NavigationAnswer::Refuse : NavigationAnswer::Show;
+        return web == Web::KeptOut ? NavigationAnswer::KeepOut : NavigationAnswer::Show;
     if (IsLocalPage(to) || cause == NavigationCause::Page)
         return NavigationAnswer::Refuse;
     const bool isMail = to.scheme() == u"mailto"_s;

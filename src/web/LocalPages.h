@@ -51,8 +51,13 @@ enum class NavigationAnswer {
     Show,
     OpenOutside, ///< the desktop's application for such addresses is asked
     Refuse,
+    KeepOut, ///< it would be shown, were pages of the web
 };
+/// Whether pages of the web are shown at all.
+enum class Web { Shown, KeptOut };
 /// What becomes of a navigation of the whole view from one page to another.
-NavigationAnswer AnswerNavigation(const QUrl& from, const QUrl& to, NavigationCause cause);
+NavigationAnswer AnswerNavigation(const QUrl& from, const QUrl& to, NavigationCause cause, Web web = Web::Shown);
+/// Whether an address is one of the web: what must not be asked for while the web is kept out.
+bool IsWebAddress(const QUrl& url);
 
 } // namespace qb

@@ -125,6 +125,7 @@ private Q_SLOTS:
         flag("ViewWordWrap", false, QB_PROPERTY(ViewWordWrap));
         text("ViewZoom", 100, 150, QB_PROPERTY(ViewZoom));
         flag("ViewFilePreview", true, QB_PROPERTY(ViewFilePreview));
+        flag("KeepWebOut", false, QB_PROPERTY(KeepWebOut));
     }
 
     void userSetting()

@@ -10,11 +10,13 @@
 #include <QBuffer>
 #include <QClipboard>
 #include <QDropEvent>
+#include <QHelpEvent>
 #include <QInputMethodEvent>
 #include <QMenu>
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QTimer>
+#include <QToolTip>
 
 using namespace qb;
 using namespace qb::test;
@@ -881,6 +883,25 @@ private Q_SLOTS:
         QTest::mouseClick(box.viewport(), Qt::LeftButton, Qt::ControlModifier, place);
         QCOMPARE(activated.count(), 1);
         QCOMPARE(activated.front().front().toString(), u"https://example.org"_s);
+    }
+
+    void link_showsWhereItLeadsBeforeItIsOpened()
+    {
+        RichTextBox box;
+        box.resize(400, 100);
+        box.show();
+        box.SetTextRTF(
+            u"{\\rtf1 {\\field{\\*\\fldinst{HYPERLINK \"https://evil.example/<b>\"}}{\\fldrslt https://bank.example}} text}"_s);
+        const auto hover = [&box](int position) {
+            box.SetSelStart(position);
+            const QPoint place = box.cursorRect().center();
+            QHelpEvent help(QEvent::ToolTip, place, box.viewport()->mapToGlobal(place));
+            QCoreApplication::sendEvent(box.viewport(), &help);
+            return QToolTip::isVisible() ? QToolTip::text() : QString();
+        };
+        QCOMPARE(hover(2), u"<span>https://evil.example/&lt;b&gt;</span>"_s);
+        hover(int(box.Text().size()) - 1);
+        QTRY_VERIFY(!QToolTip::isVisible());
     }
 
     void contextMenu_offersWhatCanBeDone()

@@ -75,6 +75,7 @@ private Q_SLOTS:
         flag("chkAutoColorizeOnOpen", "AutoColorizeWhenItemOpened", false);
         flag("chkAutoHideBookmarks", "AutoHideBookmarksWhenBrowsing", false);
         flag("chkAutoHideTree", "AutoHideTreeWhenBrowsing", false);
+        flag("chkKeepWebOut", "KeepWebOut", false);
         flag("chkIntFileCloseWindow", "InternetFileCloseWhenFinished", false);
         flag("chkTipsOnStartup", "TipsOnStartup", true);
         flag("chkShowFileImport", "ShowImportFilesDialog", true);

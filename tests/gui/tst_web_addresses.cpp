@@ -1,4 +1,5 @@
 #include "support/EditingWindow.h"
+#include "web/WebAccess.h"
 #include "web/ui/BrowserView.h"
 
 #include <QComboBox>
@@ -19,9 +20,14 @@ private Q_SLOTS:
         // Without a display the browser draws by itself, of which it tells.
         QTest::failOnWarning(QRegularExpression(u"^(?!This plugin does not support |WebEngineContext used before |"
                                                 "No suitable graphics backend )"_s));
+        m_before = WebAccess::SetSource([] { return WebSurroundings(); }); // the pages are the test's own
         Begin();
     }
-    void cleanup() { End(); }
+    void cleanup()
+    {
+        End();
+        WebAccess::SetSource(m_before);
+    }
 
     void addressThatLeadsNowhere_saysSo_data()
     {
@@ -74,6 +80,7 @@ private Q_SLOTS:
 
 private:
     static constexpr int LinksTab = 4;
+    WebAccess::Source m_before;
 
     QLabel* Nowhere() { return m_window->findChild<QLabel*>(u"lblNowhere"_s); }
     void Type(const QString& address)

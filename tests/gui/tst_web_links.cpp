@@ -1,10 +1,11 @@
 #include "panels/ui/ctlSmartTreeView.h"
 #include "session/ui/BrowserToolbar.h"
 #include "support/EditingWindow.h"
+#include "text/ui/ctlCaptionRTB.h"
 #include "web/LocalPages.h"
+#include "web/WebAccess.h"
 #include "web/ui/BrowserView.h"
 #include "web/ui/BusyLogo.h"
-#include "text/ui/ctlCaptionRTB.h"
 
 #include <QBuffer>
 #include <QComboBox>
@@ -72,10 +73,15 @@ private Q_SLOTS:
         // Without a display the browser draws by itself, of which it tells.
         QTest::failOnWarning(QRegularExpression(
             u"^(?!This plugin does not support |WebEngineContext used before |No suitable graphics backend )"_s));
+        m_before = WebAccess::SetSource([] { return WebSurroundings(); }); // the pages are the test's own
         Begin();
         m_folder = m_home->Path(u"data/QBLib_HTML"_s) + u'/';
     }
-    void cleanup() { End(); }
+    void cleanup()
+    {
+        End();
+        WebAccess::SetSource(m_before);
+    }
 
     void start_makesNoBrowser()
     {
@@ -207,6 +213,80 @@ private Q_SLOTS:
         QTRY_VERIFY(!m_prompts->Messages.isEmpty());
         QCOMPARE(m_prompts->Messages.last().Text,
                  u"No application could be started for '%1file.bin'."_s.arg(server.Address()));
+    }
+
+    void pageByItself_hasNothingOpenedOutside()
+    {
+        // A download and a mail address that no click asks for, but which look like one.
+        PageServer server("<body style='background:#0f0'><a id='mail' href='mailto:a@example.org'>m</a>"
+                          "<script>setTimeout(() => document.getElementById('mail').click(), 50);"
+                          "setTimeout(() => { location = '/file.bin'; }, 100);"
+                          "onmousedown = () => { document.getElementById('mail').click();"
+                          "setTimeout(() => { location = '/file.bin'; }, 50); }</script></body>");
+        m_clock.emplace();
+        Open();
+        ClickOn(0);
+        Tab(LinksTab);
+        const QSignalSpy outside(View(), &BrowserView::OpenOutside);
+        Type(server.Address());
+        m_clock->AddSeconds(60); // since the address was entered
+        QTRY_VERIFY(server.Asked.contains(u"/file.bin"_s));
+        QTest::qWait(300); // for what should not happen
+        QCOMPARE(outside.size(), 0);
+        QVERIFY(m_prompts->Messages.isEmpty());
+        m_prompts->ExpectMsgBox(ApplicationTitle);
+        const QByteArray path = qgetenv("PATH");
+        const auto restore = qScopeGuard([path] { qputenv("PATH", path); });
+        qputenv("PATH", "");                                                       // no desktop to open it
+        QTest::mouseClick(BrowserSurface(), Qt::LeftButton, {}, QPoint(100, 100)); // the page asks for two things
+        QTRY_COMPARE(outside.size(), 1);
+        QTest::qWait(300); // for what should not happen
+        QCOMPARE(outside.size(), 1);
+        m_clock.reset();
+    }
+
+    void webThatIsKeptOut_isToldAndNeverAsked_data()
+    {
+        QTest::addColumn<QString>("how");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("by an option") << u"option"_s << u"the options keep them out"_s;
+        QTest::newRow("for root") << u"root"_s << u"the program runs as root, for whom the browser has no sandbox"_s;
+    }
+    void webThatIsKeptOut_isToldAndNeverAsked()
+    {
+        QFETCH(QString, how);
+        QFETCH(QString, reason);
+        PageServer server("<p>web</p>");
+        GivePage("<body style='margin:0'><a href='" + server.Address().toUtf8()
+                 + "'><div style='width:100vw;height:100vh;background:#0f0'></div></a></body>");
+        if (how == u"root"_s)
+            WebAccess::SetSource([] { return WebSurroundings{.IsRoot = true}; });
+        else
+            WebAccess::SetSource([before = m_before] {
+                WebSurroundings surroundings = before();
+                surroundings.IsRoot = surroundings.IsSandboxSwitchedOff = false;
+                return surroundings;
+            });
+        SaveSetting(SettingsApplication, u"Settings"_s, u"KeepWebOut"_s, how == u"option"_s ? u"True"_s : u"False"_s);
+        Open();
+        ClickOn(1);
+        ClickOn(0);
+        QTRY_VERIFY(Shows(Qt::green)); // a page of the library is
+        const auto told = [this] {
+            const auto* label = m_window->findChild<QLabel*>(u"lblKeptOut"_s);
+            return label && label->isVisible() ? label->text() : QString();
+        };
+        const QString text = u"Pages from the web are not shown here: %1.\n\n%2"_s.arg(reason, server.Address());
+        QVERIFY(told().isEmpty());
+        QTest::mouseClick(BrowserSurface(), Qt::LeftButton, {}, QPoint(100, 100));
+        QTRY_COMPARE(told(), text);
+        TakePicture(*m_window, u"web-kept-out-"_s + how);
+        ClickOn(1);
+        ClickOn(0);
+        QTRY_VERIFY(told().isEmpty());
+        Type(server.Address());
+        QTRY_COMPARE(told(), text);
+        QCOMPARE(server.Asked, QStringList());
     }
 
     void menu_isTheTabs()
@@ -351,6 +431,13 @@ private Q_SLOTS:
 
 private:
     BrowserView* View() { return m_window->findChild<BrowserView*>(u"webLinks"_s); }
+    /// What of the browser gets the user's clicks.
+    QWidget* BrowserSurface()
+    {
+        const QList<QWidget*> all = View()->findChildren<QWidget*>();
+        const auto found = std::find_if(all.begin(), all.end(), [](const QWidget* one) { return one->focusProxy(); });
+        return found == all.end() ? nullptr : (*found)->focusProxy();
+    }
     QMenu* WebMenu() { return m_window->findChild<QMenu*>(u"mnuWebLinks"_s); }
     QComboBox* AddressBox() { return m_window->findChild<QComboBox*>(u"cboURL"_s); }
     QString Address() { return AddressBox()->currentText(); }
@@ -384,6 +471,8 @@ private:
         return found > 20;
     }
 
+    WebAccess::Source m_before;
+    std::optional<FixedClock> m_clock;
     QString m_folder;
     BrowserView* m_loadsOf = nullptr;
     std::unique_ptr<QSignalSpy> m_loads;

@@ -46,6 +46,13 @@ private Q_SLOTS:
         QTEST(AnswerAddress(address), "answer");
     }
 
+    void shownAddress_hidesNothing()
+    {
+        QCOMPARE(ShownAddress(u"https://example.org/ä?b=c"_s), u"https://example.org/ä?b=c"_s);
+        QCOMPARE(ShownAddress(u"https://a.org/\u202Egpj.exe\n"_s), u"https://a.org/\\u202egpj.exe\\u000a"_s);
+        QCOMPARE(ShownAddress(QString(700, u'x')), QString(500, u'x') + u"..."_s);
+    }
+
     void whatADesktopMayRun_isAProgram_data()
     {
         QTest::addColumn<QString>("name");

@@ -166,6 +166,36 @@ private Q_SLOTS:
         QCOMPARE(MayRequest(page, resource), may);
     }
 
+    void webThatIsKeptOut_isNeverShown_data()
+    {
+        QTest::addColumn<QUrl>("to");
+        QTest::addColumn<NavigationCause>("cause");
+        QTest::addColumn<NavigationAnswer>("answer");
+        using Cause = NavigationCause;
+        using Answer = NavigationAnswer;
+        const QUrl web(u"https://example.org/"_s);
+        QTest::newRow("asked") << web << Cause::Asked << Answer::KeepOut;
+        QTest::newRow("clicked") << web << Cause::Clicked << Answer::KeepOut;
+        QTest::newRow("by itself") << web << Cause::Page << Answer::Refuse;
+        QTest::newRow("page of an item") << LocalPageUrl(u"17.htm"_s) << Cause::Asked << Answer::Show;
+        QTest::newRow("mail") << QUrl(u"mailto:a@example.org"_s) << Cause::Clicked << Answer::OpenOutside;
+    }
+    void webThatIsKeptOut_isNeverShown()
+    {
+        QFETCH(QUrl, to);
+        QFETCH(NavigationCause, cause);
+        QTEST(AnswerNavigation(LocalPageUrl(u"18.htm"_s), to, cause, Web::KeptOut), "answer");
+    }
+
+    void addressOfTheWeb_isKnown()
+    {
+        for (const char* web : {"http://a.org/", "https://a.org/", "ws://a.org", "wss://a.org", "ftp://a.org"})
+            QVERIFY2(IsWebAddress(QUrl(QString::fromLatin1(web))), web);
+        QVERIFY(!IsWebAddress(LocalPageUrl(u"17.htm"_s)));
+        QVERIFY(!IsWebAddress(QUrl(u"about:blank"_s)));
+        QVERIFY(!IsWebAddress(QUrl(u"data:image/png;base64,AA"_s)));
+    }
+
     void navigation_followsItsCause_data()
     {
         QTest::addColumn<QUrl>("from");

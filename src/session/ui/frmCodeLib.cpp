@@ -15,6 +15,7 @@
 #include "support/ErrorRoutine.h"
 #include "support/ui/Appearance.h"
 #include "text/ui/ctlCodeDetails.h"
+#include "web/WebAccess.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -275,6 +276,7 @@ void frmCodeLib::moSettings_SettingsUpdated()
     ApplyAppearance(Settings().ColourScheme(), Settings().InterfaceFontName(), Settings().InterfaceFontSize());
     ctlCodeItemDetails->SetDefaultFont({Settings().DefaultFontName(), Settings().DefaultFontSize()});
     tlbTextFormat->ShowColors(Settings());
+    WebAccess::SetUnwanted(Settings().KeepWebOut());
     UpdateAskToSaveFileDescChanges();
 }
 

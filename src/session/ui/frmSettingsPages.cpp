@@ -197,6 +197,8 @@ void frmSettings::MakeGeneralPage()
     AddFlag(form, "chkAutoHideBookmarks", u"Hide the &bookmarks while a web page is shown"_s,
             QB_BIND(AutoHideBookmarksWhenBrowsing));
     AddFlag(form, "chkAutoHideTree", u"Hide the t&ree while a web page is shown"_s, QB_BIND(AutoHideTreeWhenBrowsing));
+    AddFlag(form, "chkKeepWebOut", u"&Don't show pages from the web here, only those of items"_s, QB_BIND(KeepWebOut),
+            u"internet, browser, security"_s);
     form.addRow(MakeHeading(u"Replication"_s));
     AddFlag(form, "chkDisplaySynchroNotifications", u"Show &notifications during synchronization"_s,
             QB_BIND(DisplaySynchroNotifications));

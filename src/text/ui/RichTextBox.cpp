@@ -1,15 +1,33 @@
 #include "text/ui/RichTextBox.h"
 
 #include "platform/richtext/ListMark.h"
+#include "support/Addresses.h"
 
+#include <QHelpEvent>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QScrollBar>
 #include <QTextLayout>
+#include <QToolTip>
 
 namespace qb {
 
 RichTextBox::RichTextBox(const RtfFont& font, QWidget* parent) : RichTextBoxOf(font, parent) {}
+
+/// Where a link leads is seen before it is opened, whatever its text says.
+bool RichTextBox::viewportEvent(QEvent* event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return RichTextBoxOf::viewportEvent(event);
+    const auto* help = static_cast<QHelpEvent*>(event);
+    const QString target = anchorAt(help->pos());
+    if (target.isEmpty())
+        QToolTip::hideText();
+    else // as plain text, whatever it holds
+        QToolTip::showText(help->globalPos(),
+                           QStringLiteral("<span>%1</span>").arg(ShownAddress(target).toHtmlEscaped()), viewport());
+    return true;
+}
 
 void RichTextBox::paintEvent(QPaintEvent* event)
 {

@@ -23,6 +23,7 @@ Q_SIGNALS:
 protected:
     void ActivateLink(const QString& target) override { Q_EMIT LinkActivated(target); }
     void ZoomWanted(int steps) override { Q_EMIT ZoomAsked(steps); }
+    bool viewportEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:

@@ -1,5 +1,6 @@
 #include "web/ui/BrowserView.h"
 
+#include "support/Addresses.h"
 #include "web/LocalPages.h"
 
 #include <QDir>
@@ -29,12 +30,23 @@ void BrowserView::MakeBrowser()
     QString reason;
     m_browser = MakeWebBrowser(reason);
     if (!m_browser) {
-        m_layout->addWidget(MakeExcuse(reason));
+        m_noBrowser = MakeExcuse("lblNoBrowser", u"Web pages can't be shown here: %1\n\nInstall Qt WebEngine "
+                                                 "(libqt6webenginewidgets6), or open the page in your own browser."_s
+                                                     .arg(reason));
+        m_layout->addWidget(m_noBrowser);
         return;
     }
     m_layout->addWidget(m_browser->Widget());
+    ConnectBrowser();
+}
+
+void BrowserView::ConnectBrowser()
+{
+    m_browser->IsWebKeptOut = [] { return !WebAccess::WhyKeptOut().isEmpty(); };
+    m_browser->KeptOut = [this](const QUrl& url) { KeepOut(url); };
     m_browser->BeforeNavigate = [this](const QUrl& url) {
         HideNowhere();
+        m_layout->setCurrentWidget(m_browser->Widget());
         Q_EMIT BeforeNavigate(url);
     };
     m_browser->LoadFailed = [this](const QUrl& url, const QString& why) {
@@ -44,16 +56,19 @@ void BrowserView::MakeBrowser()
     m_browser->ProgressChange = [this](int percent) { Q_EMIT ProgressChange(percent); };
     m_browser->DocumentComplete = [this](const QUrl& url) { Q_EMIT DocumentComplete(url); };
     m_browser->LinkHovered = [this](const QString& address) { Q_EMIT LinkHovered(address); };
-    m_browser->OpenOutside = [this](const QUrl& url) { Q_EMIT OpenOutside(url.toString()); };
+    m_browser->Gestured = [this] { m_gestures.Gesture(); };
+    m_browser->OpenOutside = [this](const QUrl& url) {
+        if (m_gestures.Take())
+            Q_EMIT OpenOutside(url.toString());
+    };
 }
 
-QWidget* BrowserView::MakeExcuse(const QString& reason)
+/// A page of plain text with a button for the user's own browser.
+QWidget* BrowserView::MakeExcuse(const char* name, const QString& text)
 {
     auto* excuse = new QWidget;
-    auto* label = new QLabel(
-        u"Web pages can't be shown here: %1\n\nInstall Qt WebEngine (libqt6webenginewidgets6), or open the "
-        "page in your own browser."_s.arg(reason));
-    label->setObjectName(u"lblNoBrowser"_s);
+    auto* label = new QLabel(text);
+    label->setObjectName(QString::fromLatin1(name));
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     label->setAlignment(Qt::AlignCenter);
@@ -67,15 +82,32 @@ QWidget* BrowserView::MakeExcuse(const QString& reason)
     return excuse;
 }
 
+void BrowserView::KeepOut(const QUrl& url)
+{
+    if (!m_keptOut) {
+        m_keptOut = MakeExcuse("lblKeptOut", {});
+        m_layout->addWidget(m_keptOut);
+    }
+    m_wanted = url;
+    m_keptOut->findChild<QLabel*>(u"lblKeptOut"_s)
+        ->setText(u"Pages from the web are not shown here: %1.\n\n%2"_s.arg(WebAccess::WhyKeptOut(),
+                                                                            ShownAddress(url.toDisplayString())));
+    m_layout->setCurrentWidget(m_keptOut);
+}
+
 void BrowserView::Navigate(const QUrl& url, const QString& folder)
 {
     HideNowhere();
+    m_gestures.Gesture();
+    const Web web = WebAccess::WhyKeptOut().isEmpty() ? Web::Shown : Web::KeptOut;
+    const NavigationAnswer answer = AnswerNavigation({}, url, NavigationCause::Asked, web);
+    if (answer == NavigationAnswer::KeepOut)
+        return KeepOut(url);
     MakeBrowser();
     m_wanted = IsLocalPage(url) ? QUrl::fromLocalFile(QDir::cleanPath(folder + url.path())) : url;
     if (!m_browser)
-        return;
+        return m_layout->setCurrentWidget(m_noBrowser);
     m_browser->SetPages(folder);
-    const NavigationAnswer answer = AnswerNavigation({}, url, NavigationCause::Asked);
     if (answer == NavigationAnswer::Show)
         m_browser->Navigate(url);
     else if (answer == NavigationAnswer::OpenOutside)

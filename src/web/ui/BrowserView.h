@@ -1,5 +1,6 @@
 #pragma once
 
+#include "web/WebAccess.h"
 #include "web/ui/WebBrowser.h"
 
 #include <QWidget>
@@ -10,7 +11,7 @@ class QStackedLayout;
 namespace qb {
 
 /// Shows pages of the library's folder and of the web. The browser is made when the first page is
-/// asked for; where there is none, the view says so and offers to open the address outside.
+/// asked for; where there is none, or the web is kept out, the view says so and offers to open the address outside.
 class BrowserView : public QWidget {
     Q_OBJECT
 
@@ -45,12 +46,17 @@ Q_SIGNALS:
 
 private:
     void MakeBrowser();
+    void ConnectBrowser();
     void HideNowhere();
-    QWidget* MakeExcuse(const QString& reason);
+    void KeepOut(const QUrl& url);
+    QWidget* MakeExcuse(const char* name, const QString& text);
 
-    QLabel* m_nowhere = nullptr; ///< from the first address on that led nowhere
+    QWidget* m_noBrowser = nullptr; ///< shown in its place where none is installed
+    QWidget* m_keptOut = nullptr; ///< from the first page on that was kept out
+    QLabel* m_nowhere = nullptr;  ///< from the first address on that led nowhere
     QStackedLayout* m_layout;
     std::unique_ptr<WebBrowser> m_browser;
+    GestureRule m_gestures;
     QUrl m_wanted; ///< shown outside where there is no browser
     bool m_tried = false;
 };

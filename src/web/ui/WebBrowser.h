@@ -25,6 +25,9 @@ public:
     virtual void Stop() = 0;
     virtual void Reload() = 0;
 
+    /// Whether pages of the web are kept out; asked before each.
+    std::function<bool()> IsWebKeptOut;
+
     // Callbacks
     std::function<void(const QUrl& url)> BeforeNavigate;
     std::function<void(bool back, bool forward)> CommandStateChange;
@@ -32,7 +35,11 @@ public:
     std::function<void(const QUrl& url)> DocumentComplete;
     /// A page can't be shown; @p reason as the browser names it.
     std::function<void(const QUrl& url, const QString& reason)> LoadFailed;
-    /// An address that is not for the browser: a mail address, a file to be loaded.
+    /// An address of the web was not shown, because the web is kept out.
+    std::function<void(const QUrl& url)> KeptOut;
+    /// The user has clicked, or pressed a key, in a page.
+    std::function<void()> Gestured;
+    /// An address that is not for the browser: a mail address, a file to be loaded. A page may ask for it by itself.
     std::function<void(const QUrl& url)> OpenOutside;
     std::function<void(const QString& address)> LinkHovered;
 };

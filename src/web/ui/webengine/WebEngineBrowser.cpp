@@ -3,6 +3,7 @@
 #include "web/LocalPages.h"
 
 #include <QBuffer>
+#include <QChildEvent>
 #include <QLoggingCategory>
 #include <QPalette>
 #include <QWebEngineDownloadRequest>
@@ -56,6 +57,11 @@ NavigationCause CauseOf(QWebEnginePage::NavigationType type)
     }
 }
 
+bool KeepsWebOut(const WebBrowser& browser)
+{
+    return !browser.IsWebKeptOut || browser.IsWebKeptOut();
+}
+
 /// A page that decides where it may go.
 class BrowserPage : public QWebEnginePage {
 public:
@@ -66,9 +72,12 @@ protected:
     {
         if (!isMainFrame)
             return MayRequest(url(), to);
-        const NavigationAnswer answer = AnswerNavigation(url(), to, CauseOf(type));
+        const NavigationAnswer answer = AnswerNavigation(url(), to, CauseOf(type),
+                                                         KeepsWebOut(m_browser) ? Web::KeptOut : Web::Shown);
         if (answer == NavigationAnswer::OpenOutside && m_browser.OpenOutside)
             m_browser.OpenOutside(to);
+        if (answer == NavigationAnswer::KeepOut && m_browser.KeptOut)
+            m_browser.KeptOut(to);
         if (answer == NavigationAnswer::Show && m_browser.BeforeNavigate)
             m_browser.BeforeNavigate(to);
         return answer == NavigationAnswer::Show;
@@ -93,8 +102,19 @@ void LocalPageHandler::requestStarted(QWebEngineUrlRequestJob* job)
 
 void RequestGuard::interceptRequest(QWebEngineUrlRequestInfo& info)
 {
-    if (info.resourceType() != QWebEngineUrlRequestInfo::ResourceTypeMainFrame)
-        info.block(!MayRequest(info.firstPartyUrl(), info.requestUrl()));
+    const bool isKeptOut = IsWebAddress(info.requestUrl()) && KeepsWebOut(m_browser);
+    if (isKeptOut || info.resourceType() != QWebEngineUrlRequestInfo::ResourceTypeMainFrame)
+        info.block(isKeptOut || !MayRequest(info.firstPartyUrl(), info.requestUrl()));
+}
+
+bool GestureWatch::eventFilter(QObject* watched, QEvent* event)
+{
+    const bool isGesture = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::KeyPress;
+    if (isGesture && m_browser.Gestured)
+        m_browser.Gestured();
+    if (event->type() == QEvent::ChildAdded) // the part that gets the events is made with the first page
+        static_cast<QChildEvent*>(event)->child()->installEventFilter(this);
+    return QObject::eventFilter(watched, event);
 }
 
 WebEngineBrowser::WebEngineBrowser()
@@ -104,6 +124,7 @@ WebEngineBrowser::WebEngineBrowser()
     m_profile->installUrlSchemeHandler(LocalPageScheme, &m_localPages);
     m_profile->setUrlRequestInterceptor(&m_guard);
     m_view = std::make_unique<QWebEngineView>();
+    m_view->installEventFilter(&m_watch);
     auto* page = new BrowserPage(*this, m_profile.get());
     page->setParent(m_view.get());
     m_view->setPage(page);
@@ -113,6 +134,7 @@ WebEngineBrowser::WebEngineBrowser()
     settings->setAttribute(QWebEngineSettings::FullScreenSupportEnabled, false);
     settings->setAttribute(QWebEngineSettings::ScreenCaptureEnabled, false);
     Connect();
+    ConnectWhatLeadsOut();
     HideActions();
 }
 
@@ -142,13 +164,22 @@ void WebEngineBrowser::Connect()
         if (LinkHovered)
             LinkHovered(address);
     });
+}
+
+void WebEngineBrowser::ConnectWhatLeadsOut()
+{
+    QWebEnginePage* page = m_view->page();
     // One window is enough: what a page wants to open in another comes here.
     QObject::connect(page, &QWebEnginePage::newWindowRequested, page, [this](QWebEngineNewWindowRequest& request) {
         const bool clicked = request.isUserInitiated();
-        if (AnswerNavigation(m_view->url(), request.requestedUrl(),
-                             clicked ? NavigationCause::Clicked : NavigationCause::Page)
-            == NavigationAnswer::Show)
-            m_view->setUrl(request.requestedUrl());
+        const QUrl url = request.requestedUrl();
+        const NavigationAnswer answer = AnswerNavigation(m_view->url(), url,
+                                                         clicked ? NavigationCause::Clicked : NavigationCause::Page,
+                                                         KeepsWebOut(*this) ? Web::KeptOut : Web::Shown);
+        if (answer == NavigationAnswer::Show)
+            m_view->setUrl(url);
+        else if (answer == NavigationAnswer::KeepOut && KeptOut)
+            KeptOut(url);
     });
     QObject::connect(page, &QWebEnginePage::featurePermissionRequested, page,
                      [page](const QUrl& origin, QWebEnginePage::Feature feature) {

@@ -25,14 +25,28 @@ private:
 /// Keeps each page to what it may load.
 class RequestGuard : public QWebEngineUrlRequestInterceptor {
 public:
+    explicit RequestGuard(const WebBrowser& browser) : m_browser(browser) {}
     void interceptRequest(QWebEngineUrlRequestInfo& info) override;
+
+private:
+    const WebBrowser& m_browser;
+};
+
+/// Sees the user's clicks and keys before the page does.
+class GestureWatch : public QObject {
+public:
+    explicit GestureWatch(const WebBrowser& browser) : m_browser(browser) {}
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    const WebBrowser& m_browser;
 };
 
 /// The browser on Qt WebEngine. It keeps nothing of what was visited.
 class WebEngineBrowser : public WebBrowser {
 public:
     /// The first one settles, for the whole program, what must be settled before the engine starts: the scheme of
-    /// local pages, what it writes to the log, and that root has no sandbox.
+    /// local pages, what it writes to the log, and that root has no sandbox: to root it shows local pages only.
     WebEngineBrowser();
     ~WebEngineBrowser() override;
 
@@ -46,11 +60,13 @@ public:
 
 private:
     void Connect();
+    void ConnectWhatLeadsOut();
     void HideActions();
     void TellCommandState();
 
     LocalPageHandler m_localPages;
-    RequestGuard m_guard;
+    RequestGuard m_guard{*this};
+    GestureWatch m_watch{*this};
     std::unique_ptr<QWebEngineProfile> m_profile; ///< outlives the page
     std::unique_ptr<QWebEngineView> m_view;
 };
