@@ -354,13 +354,15 @@ int RemoveDeleted(const QStringList& words)
         throw RuntimeError(ErrorNumber::ValueNotAllowed,
                            u"Only a mother library has items that its children have deleted; nothing was changed."_s,
                            u"RemoveDeleted"_s);
-    Transaction transaction(*database);
-    const std::vector<qint64> removed = RemoveItemsMarkedForDelete(*database);
-    if (arguments.Json())
-        Print(QJsonObject{{u"removed"_s, qint64(removed.size())}});
-    else
-        Print(u"%1 items removed\n"_s.arg(removed.size()));
-    transaction.Commit();
+    RemoveItemsMarkedForDelete(*database, [&arguments](const RemovedItems& removed) {
+        if (arguments.Json())
+            Print(QJsonObject{{u"removed"_s, qint64(removed.Items.size())}, {u"orphaned"_s, removed.Orphans}});
+        else
+            Print(u"%1 items removed\n"_s.arg(removed.Items.size()));
+        if (removed.Orphans > 0)
+            Complain(u"%1 items that stood below them are in the folder '%2' now."_s.arg(removed.Orphans)
+                         .arg(OrphanedItemsTitle));
+    });
     return 0;
 }
 

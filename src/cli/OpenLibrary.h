@@ -3,6 +3,7 @@
 #include "cli/Output.h"
 #include "store/Library.h"
 #include "store/PendingFiles.h"
+#include "store/PendingPages.h"
 #include "store/SideFolders.h"
 
 #include <memory>
@@ -15,8 +16,10 @@ inline std::unique_ptr<Library> OpenLibrary(const QString& path, DBEngine::Acces
     std::unique_ptr<Library> library = Library::Open(path, access);
     if (const QString foreign = WhoseFoldersAreForeign(*library); !foreign.isEmpty())
         Complain(foreign);
-    if (access == DBEngine::Access::ReadWrite)
+    if (access == DBEngine::Access::ReadWrite) {
         FinishPendingFiles(*library);
+        FinishPendingPages(*library);
+    }
     return library;
 }
 

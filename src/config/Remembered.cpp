@@ -40,4 +40,13 @@ bool Remember(Memory what, const QString& value)
                    [&] { SaveSetting(SettingsApplication, row.Section, row.Key, value); });
 }
 
+bool RememberMerged(Memory what, const std::function<QString(const QString& stored)>& merged)
+{
+    const Row& row = RowOf(what);
+    return Guarded(u"SettingsStore"_s, u"SaveSetting"_s, [&] {
+        SaveSettings(SettingsApplication,
+                     {{.Section = row.Section, .Key = row.Key, .Value = {}, .Before = {}, .Merged = merged}});
+    });
+}
+
 } // namespace qb

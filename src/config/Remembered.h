@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 
 /// What the program remembers of its own from one session to the next, beside the settings: name, section and
 /// key in the store, and what it is before anything has been remembered.
@@ -25,5 +26,7 @@ QString Remembered(Memory what);
 /// Writes it at once, where it is something else than before. An error is reported and stops nothing else: that
 /// something can't be kept for another time is no reason not to do it now. False then.
 bool Remember(Memory what, const QString& value);
+/// The same with a value that is made from what is remembered when it is written: another program may have changed it.
+bool RememberMerged(Memory what, const std::function<QString(const QString& stored)>& merged);
 
 } // namespace qb

@@ -3,6 +3,7 @@
 #include "platform/dao/StatementLimit.h"
 #include "platform/system/Paths.h"
 #include "store/Library.h"
+#include "store/PendingFiles.h"
 #include "store/SideFolders.h"
 #include "store/StoredFiles.h"
 
@@ -140,8 +141,12 @@ void CheckStoredFiles(Database& database, Faults& faults)
     }
     Statement rows = database.Query(u"SELECT ID, Title, CodeID, FileSize FROM Files ORDER BY ID"_s);
     while (rows.Step()) {
-        const QString path = StoredFilePath(FilesFolderOf(database.Name()), rows.Long(0), rows.Text(1));
-        if (path.isEmpty() || !IsPlainFile(path))
+        const QString folder = FilesFolderOf(database.Name());
+        const QString path = StoredFilePath(folder, rows.Long(0), rows.Text(1));
+        const bool isThere = !path.isEmpty() && IsPlainFile(path);
+        if (!isThere && IsFilePending(folder, rows.Long(0), rows.Text(1)))
+            continue; // the next opening brings it
+        if (!isThere)
             faults.push_back({Kind::MissingFile, u"Files"_s, rows.Long(0),
                               u"The stored file %1 '%2' of the item %3 is missing from '%4'."_s.arg(rows.Long(0))
                                   .arg(rows.Text(1))

@@ -424,8 +424,10 @@ void ItemCommands::mnuRemoveDeletedItems_Click()
     Guarded(ModuleName, u"mnuRemoveDeletedItems_Click"_s, [this] {
         if (!m_session.CurrentDatabase || !SaveItem())
             return;
-        const std::vector<qint64> removed = RemoveItemsMarkedForDelete(*m_session.CurrentDatabase);
-        for (const qint64 id : removed) {
+        const RemovedItems removed = RemoveItemsMarkedForDelete(*m_session.CurrentDatabase);
+        if (removed.Orphans > 0)
+            m_tree.Refill(); // what stood below them is in another place
+        for (const qint64 id : removed.Items) {
             if (TreeNode* node = m_view.Nodes().Find(id)) // one below another has gone with it
                 m_view.RemoveNode(*node);
         }

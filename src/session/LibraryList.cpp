@@ -9,6 +9,7 @@
 #include "session/RulesOffer.h"
 #include "store/Library.h"
 #include "store/PendingFiles.h"
+#include "store/PendingPages.h"
 #include "store/SideFolders.h"
 #include "support/ErrorRoutine.h"
 
@@ -75,8 +76,10 @@ bool LibraryList::SetupDBConnection()
                 return false;
             UpdateGlobalSynchronizationVariables();
             if (!m_session.CurrentDatabase->IsReadOnly())
-                Guarded(ModuleName, u"FinishPendingFiles"_s,
-                        [this] { FinishPendingFiles(*m_session.CurrentDatabase); });
+                Guarded(ModuleName, u"FinishPendingFiles"_s, [this] {
+                    FinishPendingFiles(*m_session.CurrentDatabase);
+                    FinishPendingPages(*m_session.CurrentDatabase);
+                });
             if (!m_session.moSettings)
                 m_session.moSettings = std::make_unique<CSettings>([this] { return m_session.CurrentDatabase.get(); });
             m_session.moSettings->InitializeDatabaseProperties();

@@ -107,6 +107,7 @@ private:
     ItemTree& m_tree;
     bool DontRespondToCombo = false;
     bool m_inComboClick = false;
+    std::vector<LibraryEntry> m_storedList; ///< what the list was when it was read or stored last
 };
 
 } // namespace qb

@@ -2,11 +2,11 @@
 
 #include "config/Remembered.h"
 #include "platform/dao/DBEngine.h"
-#include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
 #include "session/FileDialogs.h"
 #include "session/ItemTree.h"
+#include "session/LibraryEntries.h"
 #include "session/LibraryList.h"
 #include "store/CDBCreate.h"
 #include "store/Library.h"
@@ -25,13 +25,6 @@ namespace {
 
 const QString ModuleName = u"MainForm"_s;
 const QString LibraryFilter = u"KT Quillbase Databases|*.qbd"_s;
-constexpr QChar PathEnd = u'|';
-constexpr QChar EntryEnd = u';';
-
-bool BreaksTheList(const QString& text)
-{
-    return text.contains(PathEnd) || text.contains(EntryEnd);
-}
 
 void SayThatItBreaksTheList(const QString& what)
 {
@@ -52,7 +45,11 @@ QString JournalOf(const QString& library)
 /// new one came about. An unfinished journal belongs to its library and goes where that goes.
 class HeldAside {
 public:
-    explicit HeldAside(const QString& path) : m_path(path), m_aside(InterimName(path + u".replaced"_s))
+    /// What is held aside is the user's: its name is one that nobody clears away, should the program end now.
+    explicit HeldAside(const QString& path)
+        : m_path(path), m_aside(NumberedName(path + u".replaced"_s, [](const QString& name) {
+              return QFileInfo::exists(name) || QFileInfo::exists(JournalOf(name));
+          }))
     {
         if (!QFileInfo::exists(path))
             return;
@@ -103,15 +100,10 @@ void LibraryList::CreateDBArray()
 {
     Guarded(ModuleName, u"CreateDBArray"_s, [this] {
         m_session.DatabaseList.clear();
-        QString text = Remembered(Memory::ChosenDatabases);
         const ComboGuard guard(*this);
-        while (!text.isEmpty()) {
-            const QString path = text.section(PathEnd, 0, 0);
-            text = text.mid(path.size() + 1);
-            const QString alias = text.section(EntryEnd, 0, 0);
-            text = text.mid(alias.size() + 1);
-            AddToList(path, alias);
-        }
+        m_storedList = LibraryEntriesOf(Remembered(Memory::ChosenDatabases));
+        for (const LibraryEntry& entry : m_storedList)
+            AddToList(entry.Path, entry.Alias);
         if (m_session.DatabaseList.empty()) {
             const QString path = DefaultLibraryPath();
             if (!QFileInfo::exists(path) && !CreateNewDatabase(path, LanguageType::VB, {})) {
@@ -129,12 +121,17 @@ void LibraryList::CreateDBArray()
     });
 }
 
+/// Another program may have changed the list since it was read: what was changed here is changed there.
 void LibraryList::SaveDatabasesToSettings()
 {
-    QString text;
-    for (const LibraryEntry& entry : m_session.DatabaseList)
-        text += entry.Path + PathEnd + entry.Alias + EntryEnd;
-    Remember(Memory::ChosenDatabases, text);
+    const bool saved = RememberMerged(Memory::ChosenDatabases, [this](const QString& stored) {
+        if (stored.isEmpty()) // the store was lost rather than emptied
+            return TextOfLibraryEntries(m_session.DatabaseList);
+        return TextOfLibraryEntries(
+            MergedLibraryEntries(m_storedList, m_session.DatabaseList, LibraryEntriesOf(stored)));
+    });
+    if (saved)
+        m_storedList = m_session.DatabaseList;
 }
 
 std::optional<int> LibraryList::FindCurrentDBArrayIndex(const QString& path) const
@@ -191,7 +188,7 @@ void LibraryList::SaveUsedDatabasesList(const QString& path)
         m_shell.SetComboIndex(*index);
         return;
     }
-    if (BreaksTheList(path)) {
+    if (BreaksLibraryEntries(path)) {
         SayThatItBreaksTheList(u"The path of a library in the list"_s);
         ShowAsInterim(path);
         return;
@@ -215,7 +212,7 @@ std::optional<QString> LibraryList::AskForAlias(const QString& path)
             u"Include to Favourites List"_s, fnExtractPathOrFileName(path, PathPart::FileName));
         if (!alias || alias->isEmpty())
             return std::nullopt;
-        if (!BreaksTheList(*alias))
+        if (!BreaksLibraryEntries(*alias))
             return alias;
         SayThatItBreaksTheList(u"An alias"_s);
     }
@@ -290,7 +287,7 @@ void LibraryList::ChangeAlias(const QString& alias, bool ask)
         const auto index = FindCurrentDBArrayIndex();
         if (!index || alias.isEmpty())
             return SetComboToPresentDB();
-        if (BreaksTheList(alias)) {
+        if (BreaksLibraryEntries(alias)) {
             SayThatItBreaksTheList(u"An alias"_s);
             return m_shell.SetComboIndex(*index);
         }

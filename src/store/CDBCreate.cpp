@@ -3,6 +3,7 @@
 #include "platform/dao/DBEngine.h"
 #include "platform/system/Clock.h"
 #include "platform/system/FileReplace.h"
+#include "platform/system/Interims.h"
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/SettingsStore.h"
@@ -64,8 +65,8 @@ bool CDBCreate::CreateNewDB(const QString& path, LanguageType languageType, cons
 {
     if (QFileInfo::exists(path))
         return true;
+    RemoveStaleInterims(QFileInfo(path).absolutePath());
     const QString interim = InterimName(path); // a library appears whole or not at all
-    RemoveDatabaseFile(interim);
     const auto build = [&] {
         if (!Create_Database(interim, DatabaseKind::Library))
             return false;

@@ -3,6 +3,7 @@
 #include "platform/system/Clock.h"
 #include "platform/system/FileCopy.h"
 #include "platform/system/FileReplace.h"
+#include "platform/system/Interims.h"
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
 #include "store/Checksums.h"
@@ -294,6 +295,7 @@ QString CFileObject::SaveToFile2(const QString& target)
                 u"What stands in the place of the stored file '%1' is no file; it is neither followed nor read."_s.arg(
                     title.ToText()),
                 ModuleName());
+        RemoveStaleInterims(QFileInfo(target).absolutePath());
         const QString interim = InterimName(target);
         const auto clear = qScopeGuard([&interim] { QFile::remove(interim); }); // where it can't be moved
         CopyFileContents(source, interim, *m_work);

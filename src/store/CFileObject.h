@@ -19,6 +19,17 @@ public:
     /// All is empty, and there is no library, until Initialise is called.
     CFileObject();
 
+    /// The columns, as RowObject numbers them.
+    enum Column : size_t {
+        CodeIDColumn,
+        TitleColumn,
+        DateAddedColumn,
+        OrigDateTimeColumn,
+        DescriptionColumn,
+        SizeColumn,
+        MotherCodeIDColumn
+    };
+
     /// The ID of the item that the file belongs to, as text.
     QString CodeID() { return QString::number(Loaded(CodeIDColumn).ToLong()); }
     void SetCodeID(const QString& value) { Let(CodeIDColumn, value.toLongLong()); }
@@ -74,16 +85,6 @@ protected:
     bool DeleteObject() override;
 
 private:
-    enum Column : size_t {
-        CodeIDColumn,
-        TitleColumn,
-        DateAddedColumn,
-        OrigDateTimeColumn,
-        DescriptionColumn,
-        SizeColumn,
-        MotherCodeIDColumn
-    };
-
     template <class Body>
     bool UnlessCancelled(const QString& procedure, Body&& body);
     void CopyStoredFile(std::shared_ptr<PendingWork> work, qint64 number);

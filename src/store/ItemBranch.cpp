@@ -1,14 +1,12 @@
 #include "store/ItemBranch.h"
 
-#include "platform/system/Paths.h"
 #include "store/CCodeItem.h"
 #include "store/ItemRules.h"
 #include "store/Library.h"
 #include "store/PendingFiles.h"
-#include "store/SideFolders.h"
+#include "store/PendingPages.h"
 #include "store/StoredFiles.h"
 
-#include <QFile>
 #include <unordered_set>
 
 namespace qb {
@@ -23,39 +21,89 @@ void CommitOrRaise(CCodeItem& item, const QString& what)
         throw RuntimeError(ErrorNumber::Engine, what, u"ItemBranch"_s);
 }
 
-/// The rows of a branch and of its files, inside the caller's transaction; returns the items.
-std::vector<qint64> DeleteRows(Library& library, qint64 id, StoredFileDeletion& files, Work& work)
+/// What of deleted items lies outside of the library's file.
+struct Outside {
+    StoredFileDeletion Files;
+    PageDeletion Pages;
+
+    /// The transaction is committed.
+    void Complete()
+    {
+        Files.Complete();
+        Pages.Complete();
+    }
+};
+
+/// The row of an item and of its files, inside the caller's transaction.
+void DeleteOne(Library& library, qint64 item, Outside& outside)
+{
+    for (const qint64 file : StoredFilesOf(library, item))
+        outside.Files.Delete(library, file);
+    outside.Pages.Delete(library, item);
+    CCodeItem row;
+    row.Initialise(library, QString::number(item));
+    try {
+        row.DeleteRow();
+    } catch (const RuntimeError& error) {
+        throw RuntimeError(
+            error.Number(),
+            u"The item %1 could not be deleted; nothing was changed.\n%2"_s.arg(item).arg(error.Description()),
+            u"DeleteBranch"_s);
+    }
+}
+
+qint64 FindOrphanFolder(Library& library)
+{
+    return library
+        .QueryValue(u"SELECT ID FROM Items WHERE ParentID = 0 AND Title = ? COLLATE BINARY"_s, {OrphanedItemsTitle})
+        .ToLong();
+}
+
+/// The rows of a branch and of its files, inside the caller's transaction.
+void DeleteRows(Library& library, qint64 id, Outside& outside, Work& work)
 {
     qint64 done = 0;
     RequireItem(library, id);
-    std::vector<qint64> branch = BranchOf(library, id);
+    const std::vector<qint64> branch = BranchOf(library, id);
     for (const qint64 item : branch) {
-        for (const qint64 file : StoredFilesOf(library, item))
-            files.Delete(library, file);
-        CCodeItem row;
-        row.Initialise(library, QString::number(item));
-        try {
-            row.DeleteRow();
-        } catch (const RuntimeError& error) {
-            throw RuntimeError(
-                error.Number(),
-                u"The item %1 could not be deleted; nothing was changed.\n%2"_s.arg(item).arg(error.Description()),
-                u"DeleteBranch"_s);
-        }
+        DeleteOne(library, item, outside);
         work.Advance(++done, qint64(branch.size()));
     }
-    return branch;
 }
 
-void DeletePages(const Library& library, const std::vector<qint64>& items)
+/// The folder of items that have lost their parent; made where it is missing, with a date at which nobody takes it
+/// for a change.
+qint64 OrphanFolder(Library& library)
 {
-    if (OwnerOf(library.HTMLFolder(), library.Identity()) == FolderOwner::Another)
-        return;
+    const qint64 found = FindOrphanFolder(library);
+    if (found != 0)
+        return found;
+    CCodeItem folder;
+    folder.Initialise(library, {});
+    folder.SetTitle(OrphanedItemsTitle);
+    folder.SetParentKey(u"0"_s);
+    folder.SetCreated(Date::FromParts(2000, 1, 1));
+    folder.SetLastChanged(Date::FromParts(2000, 1, 1));
+    CommitOrRaise(folder, u"The folder of orphaned items could not be made; nothing was changed."_s);
+    return folder.Key().toLongLong();
+}
+
+/// What stands below the items and does not go with them becomes an orphan, and keeps its date. Returns how many.
+qint64 MakeOrphansBelow(Library& library, const std::vector<qint64>& items)
+{
+    qint64 orphans = 0;
     for (const qint64 item : items) {
-        const QString page = library.HTMLFolder() + QString::number(item);
-        if (QFile::remove(page + u".htm"_s))
-            DeleteFolder(page);
+        const bool hasAny = !library
+                                 .QueryValue(u"SELECT 1 FROM Items WHERE ParentID = ? AND (LastChanged IS NULL OR "
+                                             "LastChanged <> 0) LIMIT 1"_s,
+                                             {item})
+                                 .IsNull();
+        if (hasAny)
+            orphans += library.Execute(u"UPDATE Items SET ParentID = ? WHERE ParentID = ? AND (LastChanged IS NULL OR "
+                                       "LastChanged <> 0)"_s,
+                                       {OrphanFolder(library), item});
     }
+    return orphans;
 }
 
 } // namespace
@@ -98,35 +146,30 @@ bool IsInBranch(Library& library, qint64 id, qint64 candidate)
 
 void DeleteBranch(Library& library, qint64 id, Work& work)
 {
-    StoredFileDeletion files;
+    Outside outside;
     Transaction transaction(library);
-    const std::vector<qint64> branch = DeleteRows(library, id, files, work);
+    DeleteRows(library, id, outside, work);
     transaction.Commit();
-    files.Complete();
-    DeletePages(library, branch);
+    outside.Complete();
 }
 
 void DeleteItem(Library& library, qint64 id)
 {
-    StoredFileDeletion files;
+    Outside outside;
     Transaction transaction(library);
     RequireChange(library, id, {ItemChange::Delete});
     const ItemStanding standing = StandingOf(library, id);
-    const std::vector<qint64> branch = DeleteRows(library, id, files, NoWork());
+    DeleteRows(library, id, outside, NoWork());
     if (standing.Orphan && (standing.IsMother || standing.IsChild))
         RemoveEmptyOrphanFolder(library);
     transaction.Commit();
-    files.Complete();
-    DeletePages(library, branch);
+    outside.Complete();
 }
 
 qint64 RemoveEmptyOrphanFolder(Library& library)
 {
     Transaction transaction(library); // nothing is put into the folder in between
-    const qint64 folder = library
-                              .QueryValue(u"SELECT ID FROM Items WHERE ParentID = 0 AND Title = ? COLLATE BINARY"_s,
-                                          {OrphanedItemsTitle})
-                              .ToLong();
+    const qint64 folder = FindOrphanFolder(library);
     if (folder == 0 || !library.QueryValue(u"SELECT 1 FROM Items WHERE ParentID = ? LIMIT 1"_s, {folder}).IsNull())
         return 0;
     library.Execute(u"DELETE FROM Items WHERE ID = ?"_s, {folder});
@@ -143,14 +186,23 @@ std::vector<qint64> ItemsMarkedForDelete(Library& library)
     return items;
 }
 
-std::vector<qint64> RemoveItemsMarkedForDelete(Library& library)
+RemovedItems RemoveItemsMarkedForDelete(Library& library, const std::function<void(const RemovedItems&)>& beforeCommit)
 {
+    Outside outside;
     Transaction transaction(library);
-    std::vector<qint64> items = ItemsMarkedForDelete(library);
-    for (const qint64 item : items)
-        library.Execute(u"DELETE FROM Items WHERE ID = ?"_s, {item});
+    RemovedItems removed;
+    removed.Items = ItemsMarkedForDelete(library);
+    std::erase(removed.Items, FindOrphanFolder(library)); // what stands in it would go along
+    removed.Orphans = MakeOrphansBelow(library, removed.Items);
+    for (const qint64 item : removed.Items)
+        DeleteOne(library, item, outside);
+    if (removed.Orphans == 0)
+        RemoveEmptyOrphanFolder(library);
+    if (beforeCommit)
+        beforeCommit(removed);
     transaction.Commit();
-    return items;
+    outside.Complete();
+    return removed;
 }
 
 bool RenameItem(Library& library, qint64 id, const QString& title)

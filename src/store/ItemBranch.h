@@ -4,6 +4,7 @@
 #include "store/Library.h"
 
 #include <QString>
+#include <functional>
 #include <vector>
 
 namespace qb {
@@ -33,9 +34,15 @@ qint64 RemoveEmptyOrphanFolder(Library& library);
 /// The items that wait for removal: a child has deleted them, or they are in conflict at the mother.
 std::vector<qint64> ItemsMarkedForDelete(Library& library);
 
-/// Removes the rows of those items in one transaction, and nothing else: no deletion is recorded,
-/// stored files, bookmarks, links and items below are left as they are, deliberately. Returns them.
-std::vector<qint64> RemoveItemsMarkedForDelete(Library& library);
+struct RemovedItems {
+    std::vector<qint64> Items;
+    qint64 Orphans = 0; ///< items that stood directly below one of them and were put into the folder of orphaned items
+};
+/// Deletes those items in one transaction, as one after another by hand, recorded for the other replicas, with
+/// their stored files, pages, bookmarks and links. What stands below one and does not wait for removal itself is
+/// nobody's to delete: it becomes an orphan. @p beforeCommit is told what is about to be committed.
+RemovedItems RemoveItemsMarkedForDelete(Library& library,
+                                        const std::function<void(const RemovedItems&)>& beforeCommit = {});
 
 /// The title that is reserved, directly under the root, for the items that a synchronization
 /// leaves without a parent.

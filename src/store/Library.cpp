@@ -1,10 +1,12 @@
 #include "store/Library.h"
 
+#include "platform/system/Interims.h"
 #include "platform/system/Paths.h"
 #include "store/OwnIndexes.h"
 #include "store/SideFolders.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <algorithm>
 
 namespace qb {
@@ -53,8 +55,10 @@ std::unique_ptr<Library> Library::Open(const QString& path, DBEngine::Access acc
     if (!IsLibrary(*database))
         throw RuntimeError(ErrorNumber::NotADatabase,
                            u"'%1' is not a KT Quillbase database."_s.arg(QDir::toNativeSeparators(path)), u"Library"_s);
-    if (access == DBEngine::Access::ReadWrite)
+    if (access == DBEngine::Access::ReadWrite) {
+        RemoveStaleInterims(QFileInfo(database->Name()).absolutePath());
         CompleteOwnIndexes(*database);
+    }
     return std::unique_ptr<Library>(new Library(std::move(*database)));
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/system/FileCopy.h"
 #include "platform/system/FileReplace.h"
+#include "platform/system/Interims.h"
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/RuntimeError.h"
@@ -18,6 +19,7 @@
 #include <QHash>
 #include <QRegularExpression>
 #include <QUuid>
+#include <algorithm>
 #include <sys/stat.h>
 
 namespace qb {
@@ -227,10 +229,20 @@ void StoredFileDeletion::Complete()
                                    .Icon = MsgBoxIcon::Critical});
 }
 
+bool IsFilePending(const QString& filesFolder, qint64 id, const QString& title)
+{
+    const QDir folder(filesFolder);
+    const QStringList names = folder.entryList(
+        {u".arriving-*-%1-%2"_s.arg(id).arg(TitleMark(title)), u".leaving-*-%1"_s.arg(id)}, QDir::Files | QDir::Hidden);
+    return std::any_of(names.begin(), names.end(),
+                       [&folder](const QString& name) { return IsPlainFile(folder.filePath(name)); });
+}
+
 void FinishPendingFiles(Library& library)
 {
     if (library.IsReadOnly() || OwnerOf(library.FilesFolder(), library.Identity()) == FolderOwner::Another)
         return;
+    RemoveStaleInterims(library.FilesFolder());
     static const QRegularExpression pending(u"^\\.(?:(adding|arriving|leaving|packing)-([0-9a-f]{32})-(\\d+)"
                                             "(?:-([0-9a-f]{8}))?|working-([0-9a-f]{32}))$"_s);
     const QDir folder(library.FilesFolder());

@@ -97,6 +97,9 @@ private:
     bool m_lacksMotherRecord = false;
 };
 
+/// Whether a stored file that is missing in its place is on its way there, or back: FinishPendingFiles brings it.
+bool IsFilePending(const QString& filesFolder, qint64 id, const QString& title);
+
 /// After a process ended in the middle of its work: gives each row that was committed its file, and
 /// removes the files of rows that were not, or were deleted. What is under way is left alone, and all of
 /// a library that is open for reading only.

@@ -114,6 +114,22 @@ private Q_SLOTS:
         QCOMPARE(outcome.Error.contains(u"nothing was changed"_s), outcome.Status == 1);
     }
 
+    void removalOfDeletedItems_leavesACleanLibrary()
+    {
+        MakeLibraryWithItemThatIs(u"deleted by a child"_s);
+        const qint64 below = AddItem(*m_database, m_item, u"below"_s);
+        AddStoredFile(*m_database, m_item, u"ü.txt"_s, "stored", {});
+        const Outcome outcome = Cli({u"remove-deleted"_s, m_database->Name()});
+        QCOMPARE(outcome.Status, 0);
+        QCOMPARE(outcome.Out, u"1 items removed\n"_s);
+        QVERIFY2(outcome.Error.contains(u"Orphaned Items"), qPrintable(outcome.Error));
+        QCOMPARE(Cli({u"check"_s, m_database->Name()}).Out, u"Nothing is wrong with the library.\n"_s);
+        QCOMPARE(StoredNames(m_database->FilesFolder()), QStringList());
+        QCOMPARE(
+            Texts(*m_database, u"SELECT p.Title FROM Items i, Items p WHERE p.ID = i.ParentID AND i.ID = ?"_s, {below}),
+            QStringList{u"Orphaned Items"_s});
+    }
+
     // Orphans
 
     void orphanThatIsTidied_keepsItsDate()

@@ -4,6 +4,7 @@
 #include "support/LibraryBuilder.h"
 #include "support/TestRun.h"
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 
@@ -112,6 +113,28 @@ private Q_SLOTS:
                             .arg(gone)
                             .arg(m_b)
                             .arg(QDir::toNativeSeparators(m_library->FilesFolder()))});
+    }
+
+    /// A kill behind the commit leaves it under another name until the next opening.
+    void storedFileThatIsOnItsWay_isNotMissing_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("faults");
+        const QString mark(32, u'0');
+        const QString title = QString::fromLatin1(
+            QCryptographicHash::hash("ü.txt", QCryptographicHash::Sha1).toHex().left(8));
+        QTest::newRow("arriving") << u".arriving-"_s + mark + u"-1-"_s + title << 0;
+        QTest::newRow("leaving") << u".leaving-"_s + mark + u"-1"_s << 0;
+        QTest::newRow("arriving under another title") << u".arriving-"_s + mark + u"-1-00000000"_s << 1;
+        QTest::newRow("of another row") << u".leaving-"_s + mark + u"-11"_s << 1;
+    }
+    void storedFileThatIsOnItsWay_isNotMissing()
+    {
+        QFETCH(QString, name);
+        const qint64 file = AddStoredFile(*m_library, m_b, u"ü.txt"_s, "x", {});
+        QCOMPARE(file, 1);
+        QVERIFY(QFile::rename(m_library->FilesFolder() + u"1 - ü.txt"_s, m_library->FilesFolder() + name));
+        QTEST(int(CheckLibrary(*m_library).size()), "faults");
     }
 
     void folderInPlaceOfAStoredFile_isAMissingFile()

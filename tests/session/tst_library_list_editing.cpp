@@ -76,6 +76,33 @@ private Q_SLOTS:
         QCOMPARE(s->Shape(), u"Dreï Library(third)"_s);
     }
 
+    /// Another program has added, renamed and removed libraries meanwhile.
+    void listThatAnotherProgramChanged_isPutTogether()
+    {
+        StartWithTwo();
+        const QString theirs = s->LibraryFile(u"theirs.qbd"_s, u"x"_s);
+        const QString stored = u"%1|Eins;%2|Theirs;"_s.arg(m_one, theirs); // one renamed, two removed, one added
+        SaveSetting(SettingsApplication, u"Databases"_s, u"ChosenDatabases"_s, stored);
+        const QString path = s->LibraryFile(u"drei ß.qbd"_s, u"third"_s);
+        s->Script.ExpectFileName(u"Select a Quillbase Library Database"_s, path);
+        ExpectAlias(u"Dreï"_s);
+        s->Libraries.mnuOpenDatabase_Click();
+        QCOMPARE(s->StoredList(), stored + path + u"|Dreï;"_s);
+        s->Libraries.ChangeAlias(u"Drei"_s, false);
+        QCOMPARE(s->StoredList(), stored + path + u"|Drei;"_s);
+        s->Script.ExpectMsgBox(u"Remove Database"_s, MsgBoxResult::Yes);
+        s->Libraries.mnuRemoveDBItem_Click();
+        QCOMPARE(s->StoredList(), stored);
+    }
+
+    void listThatWasLost_isWrittenWhole()
+    {
+        StartWithTwo();
+        SaveSetting(SettingsApplication, u"Databases"_s, u"ChosenDatabases"_s, {});
+        s->Libraries.ChangeAlias(u"First"_s, false);
+        QCOMPARE(s->StoredList(), u"%1|First;%2|Two;"_s.arg(m_one, m_two));
+    }
+
     void cancelledFileDialog_changesNothing()
     {
         StartWithTwo();
@@ -449,6 +476,41 @@ private Q_SLOTS:
         QCOMPARE(s->Shell.StatusText, u"VB"_s);
         QCOMPARE(FilesInTheFolder(), files); // nothing is left beside it
         QCOMPARE(s->StoredList(), m_list);
+    }
+
+    /// What the old library stored beside itself is not the new one's, and not deleted with it.
+    void newLibraryInPlaceOfAnOldOne_keepsItsFoldersUnderOtherNames()
+    {
+        StartWithTwo();
+        AddSideFolders(m_two);
+        const QString files = FilesFolderOf(m_two).chopped(1), pages = HTMLFolderOf(m_two).chopped(1);
+        QVERIFY(s->Libraries.CreateNewDatabase(m_two, LanguageType::VB, {}));
+        QVERIFY(!QFileInfo::exists(files) && !QFileInfo::exists(pages));
+        QCOMPARE(ReadFile(files + u"(1)/1 - a ü.txt"_s), "file"_ba);
+        QCOMPARE(ReadFile(pages + u"(1)/1.htm"_s), "page"_ba);
+    }
+
+    void newLibraryThatFails_leavesTheFoldersOfTheOldOne()
+    {
+        StartWithTwo();
+        AddSideFolders(m_two);
+        s->Script.ExpectError();
+        QVERIFY(!s->Libraries.CreateNewDatabase(m_two, LanguageType::File, s->Home.Path(u"no such.qbl"_s)));
+        QCOMPARE(ReadFile(FilesFolderOf(m_two) + u"1 - a ü.txt"_s), "file"_ba);
+        QCOMPARE(ReadFile(HTMLFolderOf(m_two) + u"1.htm"_s), "page"_ba);
+    }
+
+    void libraryWhoseFoldersAreAnothers_isOpenedAndSaysSo()
+    {
+        StartWithTwo();
+        WriteFile(FilesFolderOf(m_two) + u".library"_s, "Another001");
+        s->Script.ExpectMsgBox(ApplicationTitle);
+        s->Libraries.ChangeDatabase(1);
+        QCOMPARE(s->OpenPath(), m_two);
+        QVERIFY2(LastMessage().contains(u"belongs to another library"), qPrintable(LastMessage()));
+        QVERIFY2(LastMessage().contains(QDir::toNativeSeparators(FilesFolderOf(m_two).chopped(1))),
+                 qPrintable(LastMessage()));
+        QCOMPARE(LastIcon(), MsgBoxIcon::Exclamation);
     }
 
     void newLibraryThatFails_leavesTheOldFile_data()

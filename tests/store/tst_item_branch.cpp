@@ -2,6 +2,7 @@
 #include "store/CCodeItem.h"
 #include "store/ItemBranch.h"
 #include "store/Library.h"
+#include "store/PendingPages.h"
 #include "support/LibraryBuilder.h"
 #include "support/RecordedWork.h"
 #include "support/ScriptedPrompts.h"
@@ -131,6 +132,48 @@ private Q_SLOTS:
     }
 
     /// A folder of an item's number goes with the page that it belongs to, and not without.
+    /// As a kill between the rows and the pages leaves them: moved away already, and the rows there or not.
+    void pagesOfADeletionThatWasCutOff_areFinishedOrComeBack()
+    {
+        const QString kept = AddPage(m_leaf1);
+        const QString gone = AddPage(m_leaf2);
+        const QString mark(32, u'a');
+        const auto leaving = [&](qint64 item) {
+            return m_library->HTMLFolder() + u".leaving-%1-%2"_s.arg(mark).arg(item);
+        };
+        for (const qint64 item : {m_leaf1, m_leaf2}) {
+            const QString page = m_library->HTMLFolder() + QString::number(item);
+            QVERIFY(QFile::rename(page + u".htm"_s, leaving(item) + u".htm"_s));
+            QVERIFY(QDir().rename(page, leaving(item)));
+        }
+        WriteFile(m_library->HTMLFolder() + u".leaving-mine"_s, "a user's");
+        m_library->Execute(u"DELETE FROM Items WHERE ID = ?"_s, {m_leaf2});
+        {
+            const FileLock working(m_library->HTMLFolder() + u".working-"_s + mark, FileLock::Target::Own);
+            FinishPendingPages(*m_library);
+            QVERIFY(!QFile::exists(kept + u".htm"_s)); // it is still under way
+        }
+        FinishPendingPages(*m_library);
+        QVERIFY(QFile::exists(kept + u".htm"_s) && QFile::exists(kept + u"/bild ü.png"_s));
+        QVERIFY(!QFile::exists(gone + u".htm"_s) && !QFile::exists(gone));
+        QVERIFY(!QFile::exists(leaving(m_leaf2)) && !QFile::exists(leaving(m_leaf2) + u".htm"_s));
+        QVERIFY(QFile::exists(m_library->HTMLFolder() + u".leaving-mine"_s));
+    }
+
+    void pagesOfADeletionThatFails_comeBack()
+    {
+        const QString page = AddPage(m_leaf1);
+        {
+            PageDeletion deletion;
+            deletion.Delete(*m_library, m_leaf1);
+            QVERIFY(!QFile::exists(page + u".htm"_s));
+        }
+        QVERIFY(QFile::exists(page + u".htm"_s) && QFile::exists(page + u"/bild ü.png"_s));
+        QCOMPARE(
+            QDir(m_library->HTMLFolder()).entryList({u".leaving*"_s, u".working*"_s}, QDir::AllEntries | QDir::Hidden),
+            QStringList());
+    }
+
     void folderWithoutItsPage_stays()
     {
         WriteFile(m_library->HTMLFolder() + u"%1/mine.png"_s.arg(m_leaf1), "mine");

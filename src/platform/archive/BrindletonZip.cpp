@@ -3,6 +3,7 @@
 #include "platform/archive/Pace.h"
 #include "platform/archive/ZipHandle.h"
 #include "platform/system/FileReplace.h"
+#include "platform/system/Interims.h"
 #include "platform/system/Paths.h"
 #include "platform/system/RuntimeError.h"
 
@@ -104,7 +105,6 @@ bool BrindletonZip::Zip(Work& work)
     if (QFileInfo(m_zipFileName).isDir())
         FailToPack(m_zipFileName, u"a folder stands there"_s);
     const QString interim = InterimName(m_zipFileName);
-    QFile::remove(interim); // of an earlier process of this number
     const auto clear = qScopeGuard([&interim] { QFile::remove(interim); });
     if (!Pack(files, interim, work))
         return false;

@@ -2,6 +2,7 @@
 
 #include "platform/archive/Pace.h"
 #include "platform/system/FileReplace.h"
+#include "platform/system/Interims.h"
 #include "platform/system/Paths.h"
 #include "platform/system/RuntimeError.h"
 #include "platform/system/StagedFiles.h"
@@ -158,7 +159,7 @@ QString CBFileSplitter::Merge(const QString& file, Work& work)
     const QString interim = InterimName(target);
     auto clear = qScopeGuard([&interim] { QFile::remove(interim); });
     QFile joined(interim);
-    if (!joined.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+    if (!joined.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
         Fail(target, joined.errorString());
     Chunks chunks(*this, work, total);
     for (size_t i = 0; i < sizes.size(); ++i) {

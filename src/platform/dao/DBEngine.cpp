@@ -6,6 +6,7 @@
 #include "platform/dao/OpeningChecks.h"
 #include "platform/dao/StatementLimit.h"
 #include "platform/system/FileReplace.h"
+#include "platform/system/Interims.h"
 #include "platform/system/Paths.h"
 
 #include <QDir>
@@ -142,7 +143,6 @@ void DBEngine::CompactDatabase(const QString& source, const QString& target)
     if (const QString reason = WhyNotWritable(target); !reason.isEmpty())
         throw RuntimeError(ErrorNumber::PathAccess, u"'%1' can't be made. %2"_s.arg(Shown(target), reason), procedure);
     const QString interim = InterimName(target);
-    QFile::remove(interim);
     try {
         const std::unique_ptr<Database> database = OpenDatabase(source);
         if (const QString reason = ReplaceContents(interim, {}, QFile::permissions(source)); !reason.isEmpty())

@@ -1,11 +1,12 @@
 #include "platform/system/FileReplace.h"
 
+#include "platform/system/Interims.h"
 #include "platform/system/RuntimeError.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
+#include <QSet>
 
 #include <cerrno>
 #include <cstdio>
@@ -34,6 +35,16 @@ int Sync(const QString& path, int flags)
     const int error = ::fsync(file) == 0 ? 0 : errno;
     ::close(file);
     return error;
+}
+
+/// Clears away what a dead process left in a folder, at the first look at it.
+void ClearOnce(const QString& folder)
+{
+    thread_local QSet<QString> cleared;
+    if (cleared.contains(folder))
+        return;
+    cleared.insert(folder);
+    RemoveStaleInterims(folder);
 }
 
 } // namespace
@@ -91,11 +102,33 @@ void KeepNoMoreRightsThan(const QString& model, const QString& file)
 
 QString ReplaceContents(const QString& path, const QByteArray& bytes, std::optional<QFileDevice::Permissions> rights)
 {
-    QSaveFile file(path);
-    // The bytes are flushed before commit(), which does not notice that they could not be.
-    const bool done = file.open(QIODevice::WriteOnly) && (!rights || file.setPermissions(*rights))
-                      && file.write(bytes) == bytes.size() && file.flush() && file.commit();
-    return done ? QString() : file.errorString();
+    const QFileInfo given(path);
+    const QString target = !given.isSymLink() ? path
+                           : given.exists()   ? given.canonicalFilePath()
+                                              : given.symLinkTarget();
+    const QFileInfo existing(target);
+    ClearOnce(existing.absolutePath());
+    if (existing.isDir() || (existing.exists() && !existing.isWritable()))
+        return QString::fromLocal8Bit(std::strerror(existing.isDir() ? EISDIR : EACCES));
+    const QString interim = InterimName(target);
+    QFile file(interim);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
+        return file.errorString();
+    QString reason;
+    if (existing.exists() && !rights)
+        rights = existing.permissions();
+    if (rights && !file.setPermissions(*rights))
+        reason = file.errorString();
+    if (reason.isEmpty())
+        reason = WriteAll(file, bytes.constData(), bytes.size());
+    if (reason.isEmpty() && (::fsync(file.handle()) != 0 || !RenameFile(interim, target)))
+        reason = QString::fromLocal8Bit(std::strerror(errno));
+    file.close();
+    if (!reason.isEmpty())
+        QFile::remove(interim);
+    else
+        Sync(existing.absolutePath(), O_RDONLY | O_DIRECTORY); // a file system may not offer it
+    return reason;
 }
 
 QString WriteAll(QFile& file, const char* bytes, qint64 length)
@@ -125,12 +158,6 @@ QString ReadAll(QFile& file, QByteArray& bytes, qint64 most)
             break;
     }
     return {};
-}
-
-QString InterimName(const QString& target)
-{
-    const QFileInfo info(target);
-    return info.absolutePath() + QStringLiteral("/.%1.%2.new").arg(info.fileName(), QString::number(::getpid()));
 }
 
 } // namespace qb

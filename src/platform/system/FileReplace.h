@@ -42,8 +42,4 @@ QString WriteAll(QFile& file, const char* bytes, qint64 length);
 /// done, in the system's words; empty on success. A read that fails must not pass for an empty file.
 QString ReadAll(QFile& file, QByteArray& bytes, qint64 most = std::numeric_limits<qint64>::max());
 
-/// A name beside @p target, for what will be moved there when it is complete; no other file or
-/// process has it.
-QString InterimName(const QString& target);
-
 } // namespace qb

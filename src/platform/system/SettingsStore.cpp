@@ -72,8 +72,9 @@ QString Merge(const QString& path, const std::vector<StoredSetting>& settings)
     const QByteArray before = text.Bytes();
     for (const StoredSetting& setting : settings) {
         const std::optional<QString> stored = text.Value(setting.Section, setting.Key);
-        if (stored != setting.Value && (!stored || setting.Before != setting.Value))
-            text.Set(setting.Section, setting.Key, setting.Value);
+        const QString value = setting.Merged ? setting.Merged(stored.value_or(QString())) : setting.Value;
+        if (stored != value && (!stored || setting.Before != value))
+            text.Set(setting.Section, setting.Key, value);
     }
     if (text.Bytes() == before)
         return {};
@@ -114,7 +115,7 @@ void SaveSettings(const QString& appName, const std::vector<StoredSetting>& sett
 
 void SaveSetting(const QString& appName, const QString& section, const QString& key, const QString& value)
 {
-    SaveSettings(appName, {{section, key, value}});
+    SaveSettings(appName, {{.Section = section, .Key = key, .Value = value}});
 }
 
 QString BooleanText(bool value)

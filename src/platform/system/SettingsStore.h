@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -25,6 +26,8 @@ struct StoredSetting {
     /// What it said when it was read: a value that is still the same is written only where the store lacks
     /// it, so that what another program has written to it stays.
     std::optional<QString> Before = {};
+    /// Makes the value from what the store says now, empty where it says nothing, in place of Value.
+    std::function<QString(const QString& stored)> Merged = {};
 };
 
 /// Writes all of them at once. The store is read, merged and replaced whole under a lock that goes with

@@ -103,10 +103,29 @@ private Q_SLOTS:
         QCOMPARE(ReadFile(To()), "012345"_ba);
     }
 
-    void interimName_isHiddenBesideTheTarget()
+    void contents_areReplacedThroughALinkAndKeepTheirRights()
     {
-        const QString interim = InterimName(m_home->Path(u"data/%1 %2"_s));
-        QCOMPARE(interim, m_home->Path(u"data/.%1 %2."_s + QString::number(getpid()) + u".new"_s));
+        WriteFile(To(), "old"_ba);
+        QVERIFY(QFile::setPermissions(To(), QFile::ReadOwner | QFile::WriteOwner));
+        const QString link = m_home->Path(u"data/link"_s);
+        QVERIFY(QFile::link(To(), link));
+        QCOMPARE(ReplaceContents(link, "new bytes"), QString());
+        QCOMPARE(ReadFile(To()), "new bytes"_ba);
+        QVERIFY(QFileInfo(link).isSymLink());
+        QCOMPARE(QFile::permissions(To()) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+    }
+
+    void contentsThatCanNotBeReplaced_stay()
+    {
+        WriteFile(To(), "old"_ba);
+        {
+            const FileSizeLimit full(6);
+            QCOMPARE(ReplaceContents(To(), "much longer"), u"File too large"_s);
+        }
+        QCOMPARE(ReadFile(To()), "old"_ba);
+        QCOMPARE(Names().size(), 2); // with the source of the other tests
+        QVERIFY(!ReplaceContents(m_home->Path(u"data"_s), "x").isEmpty());
+        QVERIFY(!ReplaceContents(m_home->Path(u"none/x"_s), "x").isEmpty());
     }
 
     void syncFile_missing_raises75()
