@@ -193,6 +193,18 @@ QString FaultName(LibraryFault::Kind kind)
     return u"missing-file"_s;
 }
 
+void RefuseDamaged(Database& database, Work& work)
+{
+    Faults faults;
+    const StatementLimit cancelled(database, [&work] { return work.IsCancelled(); });
+    if (const QString state = database.QueryValue(u"PRAGMA quick_check(1)"_s).ToText(); state != u"ok"_s)
+        faults.push_back({Kind::Damage, {}, 0, state});
+    else if (CheckTables(database, faults))
+        CheckProperties(database, faults);
+    if (!faults.empty())
+        throw RuntimeError(ErrorNumber::Corrupt, faults.front().Text, u"RefuseDamaged"_s);
+}
+
 std::vector<LibraryFault> CheckLibrary(Database& database)
 {
     Faults faults;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/dao/Database.h"
+#include "platform/system/Work.h"
 
 #include <QString>
 #include <vector>
@@ -34,5 +35,9 @@ QString FaultName(LibraryFault::Kind kind);
 /// Looks through a library: the file's own structure, the tables, items whose parent is missing
 /// or that are their own ancestors, and stored files that are gone from the disk or have another size. Changes nothing.
 std::vector<LibraryFault> CheckLibrary(Database& database);
+
+/// Raises RuntimeError 3049 for a library whose file is damaged or incomplete: the quick part of that check, for a
+/// library that was just made. 3059 when it was cancelled.
+void RefuseDamaged(Database& database, Work& work);
 
 } // namespace qb

@@ -2,6 +2,7 @@
 
 #include "platform/system/Interims.h"
 #include "platform/system/Paths.h"
+#include "store/LibrarySwap.h"
 #include "store/OwnIndexes.h"
 #include "store/SideFolders.h"
 
@@ -51,6 +52,12 @@ ReplicaState ReadReplicaState(Database& database)
 
 std::unique_ptr<Library> Library::Open(const QString& path, DBEngine::Access access)
 {
+    OpenMark mark;
+    if (access == DBEngine::Access::ReadWrite)
+        mark = OpenMark(path);
+    else
+        RefuseWhileAlone(path);
+    FinishSwap(path);
     const std::unique_ptr<Database> database = DBEngine::OpenDatabase(path, access);
     if (!IsLibrary(*database))
         throw RuntimeError(ErrorNumber::NotADatabase,
@@ -59,12 +66,12 @@ std::unique_ptr<Library> Library::Open(const QString& path, DBEngine::Access acc
         RemoveStaleInterims(QFileInfo(database->Name()).absolutePath());
         CompleteOwnIndexes(*database);
     }
-    return std::unique_ptr<Library>(new Library(std::move(*database)));
+    return std::unique_ptr<Library>(new Library(std::move(*database), std::move(mark)));
 }
 
-Library::Library(Database&& database)
-    : Database(std::move(database)), m_filesFolder(FilesFolderOf(Name())), m_htmlFolder(HTMLFolderOf(Name())),
-      m_identity(LibraryIdentity(*this))
+Library::Library(Database&& database, OpenMark&& mark)
+    : Database(std::move(database)), m_mark(std::move(mark)), m_filesFolder(FilesFolderOf(Name())),
+      m_htmlFolder(HTMLFolderOf(Name())), m_identity(LibraryIdentity(*this))
 {
     ReadReplica();
 }

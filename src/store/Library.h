@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/dao/DBEngine.h"
+#include "store/LibraryUse.h"
 
 #include <QString>
 #include <memory>
@@ -23,7 +24,8 @@ ReplicaState ReadReplicaState(Database& database);
 /// time; nothing of one is known outside of it.
 class Library : public Database {
 public:
-    /// Raises what DBEngine::OpenDatabase raises, and 3343 when the database is no library.
+    /// Raises what DBEngine::OpenDatabase raises, and 3343 when the database is no library; 3045 also while it is being
+    /// compacted or replaced. What a process left that ended while it replaced the library is brought to its end first.
     static std::unique_ptr<Library> Open(const QString& path, DBEngine::Access access = DBEngine::Access::ReadWrite);
 
     const QString& FilesFolder() const { return m_filesFolder; } ///< of the stored files, ends in a separator
@@ -40,8 +42,9 @@ public:
     void ReadReplica();
 
 private:
-    explicit Library(Database&& database);
+    Library(Database&& database, OpenMark&& mark);
 
+    OpenMark m_mark; ///< of a library that is open for writing
     QString m_filesFolder;
     QString m_htmlFolder;
     QString m_identity;

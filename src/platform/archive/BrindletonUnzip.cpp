@@ -12,6 +12,7 @@
 #include <QFileInfo>
 #include <QSet>
 #include <QStorageInfo>
+#include <algorithm>
 #include <limits>
 #include <memory>
 
@@ -132,6 +133,37 @@ qint64 BrindletonZip::MostBytes(qint64 archiveSize)
 std::vector<ArchiveEntry> BrindletonZip::Entries(const QString& archive)
 {
     return EntriesOf(Open(archive).get());
+}
+
+bool BrindletonZip::ReadFirstFile(const QString& archive, const std::function<bool(const QByteArray&)>& take,
+                                  Work& work)
+{
+    constexpr qsizetype PieceSize = 256 * 1024;
+    const ZipHandle open = Open(archive);
+    const std::vector<ArchiveEntry> entries = EntriesOf(open.get());
+    const auto entry = std::find_if(entries.begin(), entries.end(),
+                                    [](const ArchiveEntry& one) { return !one.IsFolder; });
+    if (entry == entries.end())
+        FailToExtract(archive, u"there is no file in it"_s);
+    const std::unique_ptr<zip_file_t, decltype(&zip_fclose)> source(zip_fopen_index(open.get(), entry->Index, 0),
+                                                                    zip_fclose);
+    if (!source)
+        FailToExtract(archive, QString::fromLocal8Bit(zip_strerror(open.get())));
+    Pace pace(work, entry->Size);
+    QByteArray buffer;
+    for (qint64 done = 0;;) {
+        buffer.resize(PieceSize);
+        const zip_int64_t length = zip_fread(source.get(), buffer.data(), zip_uint64_t(buffer.size()));
+        if (length < 0)
+            FailToExtract(archive,
+                          u"'%1': %2"_s.arg(entry->Name, QString::fromLocal8Bit(zip_file_strerror(source.get()))));
+        if (length == 0)
+            return pace.Tell(entry->Size);
+        done += length;
+        buffer.truncate(qsizetype(length));
+        if (!take(buffer) || !pace.Tell(done))
+            return false;
+    }
 }
 
 QString BrindletonZip::FirstFileName(const QString& archive)

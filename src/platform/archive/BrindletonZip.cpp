@@ -150,6 +150,8 @@ bool BrindletonZip::Pack(const std::vector<Packed>& files, const QString& target
         progress.Sizes.push_back(file.Size);
         total += file.Size;
     }
+    if (!m_comment.isEmpty())
+        zip_set_archive_comment(archive.get(), m_comment.constData(), zip_uint16_t(m_comment.size()));
     progress.Steps = Pace(work, total);
     progress.FileBegun = [&](int index) {
         Q_EMIT Progress(index + 1, u"  adding: %1 "_s.arg(files[size_t(index)].Name));

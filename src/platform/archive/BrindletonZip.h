@@ -3,8 +3,10 @@
 #include "platform/archive/ArchiveEntry.h"
 #include "platform/system/Work.h"
 
+#include <QByteArray>
 #include <QObject>
 #include <QStringList>
+#include <functional>
 
 namespace qb {
 
@@ -45,6 +47,8 @@ public:
     void SetBaseDirectory(const QString& folder) { m_baseDirectory = folder; }
     void ClearFileList() { m_files.clear(); }
     void AddFile(const QString& path) { m_files << path; }
+    /// Bytes that the archive carries beside its files, 65,535 at most; none at first.
+    void SetComment(const QByteArray& comment) { m_comment = comment; }
     /// Stores files without compressing them.
     void SetZipOptionA(bool storeOnly) { m_storeOnly = storeOnly; }
     /// Leaves folders out of the names.
@@ -86,6 +90,11 @@ public:
     /// The name of the first file of an archive, with the folder that it has there; empty when there is
     /// none. Raises RuntimeError 75 for an archive that can't be read.
     QString FirstFileName(const QString& archive);
+    /// Reads the first file of an archive and gives its bytes to @p take, piece by piece, whose false ends it. False
+    /// when it was ended or cancelled; raises RuntimeError 75 for what can't be read whole, or whose sum is wrong.
+    /// @p work counts bytes.
+    bool ReadFirstFile(const QString& archive, const std::function<bool(const QByteArray& piece)>& take,
+                       Work& work = NoWork());
     /// What an archive holds.
     std::vector<ArchiveEntry> Entries(const QString& archive);
 
@@ -115,6 +124,7 @@ private:
     QString m_zipFileName;
     QString m_baseDirectory;
     QStringList m_files;
+    QByteArray m_comment;
     bool m_storeOnly = false;
     bool m_bareNames = false;
     bool m_keepExisting = false;

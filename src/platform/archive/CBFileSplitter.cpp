@@ -150,12 +150,19 @@ QString CBFileSplitter::Merge(const QString& file, Work& work)
 {
     if (!IsVolume(file))
         return {};
+    const QString target = NumberedName(WholeName(file), [](const QString& path) { return QFileInfo::exists(path); });
+    return MergeTo(file, target, work) ? target : QString();
+}
+
+bool CBFileSplitter::MergeTo(const QString& file, const QString& target, Work& work)
+{
+    if (!IsVolume(file))
+        Fail(file, u"it is no volume"_s);
     const QString whole = WholeName(file);
     const std::vector<qint64> sizes = VolumeSizes(whole);
     qint64 total = 0;
     for (const qint64 size : sizes)
         total += size;
-    const QString target = NumberedName(whole, [](const QString& path) { return QFileInfo::exists(path); });
     const QString interim = InterimName(target);
     auto clear = qScopeGuard([&interim] { QFile::remove(interim); });
     QFile joined(interim);
@@ -168,12 +175,22 @@ QString CBFileSplitter::Merge(const QString& file, Work& work)
         if (!volume.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
             Fail(volume.fileName(), volume.errorString());
         if (!chunks.Copy(volume, joined, target, sizes[i]))
-            return {};
+            return false;
     }
     joined.close();
     MoveIntoPlace(interim, target, false);
     clear.dismiss();
-    return target;
+    return true;
+}
+
+QStringList CBFileSplitter::Volumes(const QString& file)
+{
+    QStringList volumes;
+    const QString whole = IsVolume(file) ? WholeName(file) : QString();
+    const size_t count = whole.isEmpty() ? 0 : VolumeSizes(whole).size();
+    for (size_t number = 1; number <= count; ++number)
+        volumes << VolumeName(whole, int(number));
+    return volumes;
 }
 
 bool CBFileSplitter::IsVolume(const QString& file)

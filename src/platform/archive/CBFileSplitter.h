@@ -32,6 +32,13 @@ public:
     /// something can't be read or written; nothing is left then. @p work counts bytes.
     QString Merge(const QString& file, Work& work = NoWork());
 
+    /// The same, into @p target, which must not be there. False when it was cancelled; raises RuntimeError 75 also
+    /// when @p file is no volume.
+    bool MergeTo(const QString& file, const QString& target, Work& work = NoWork());
+
+    /// All volumes of which @p file is one, in order, with the errors of Merge; empty when it is none.
+    static QStringList Volumes(const QString& file);
+
     /// Whether a file is there and its name is that of a volume.
     static bool IsVolume(const QString& file);
 

@@ -10,8 +10,10 @@
 #include "platform/system/Paths.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <functional>
 #include <sqlite3.h>
 #include <utility>
 
@@ -33,6 +35,21 @@ constexpr std::pair<int, int> Limits[] = {
 QString Shown(const QString& path)
 {
     return QDir::toNativeSeparators(path);
+}
+
+/// Tells a work several times a second how much of @p source is in the copy, and asks it whether to go on.
+std::function<bool()> Watch(Work& work, const QString& source, const QString& copy)
+{
+    QElapsedTimer told;
+    told.start();
+    return [&work, total = QFileInfo(source).size(), copy, told]() mutable {
+        constexpr qint64 Interval = 50; // milliseconds
+        if (told.elapsed() < Interval)
+            return false;
+        told.restart();
+        work.Advance(qMin(QFileInfo(copy).size(), total), total);
+        return work.IsCancelled();
+    };
 }
 
 } // namespace
@@ -134,7 +151,7 @@ std::unique_ptr<Database> DBEngine::OpenDatabase(const QString& path, Access acc
     return database;
 }
 
-void DBEngine::CompactDatabase(const QString& source, const QString& target)
+void DBEngine::CompactDatabase(const QString& source, const QString& target, Work& work, Copy copy)
 {
     const QString procedure = u"DBEngine::CompactDatabase"_s;
     if (QFileInfo::exists(target))
@@ -152,8 +169,16 @@ void DBEngine::CompactDatabase(const QString& source, const QString& target)
         database->QueryValue(u"PRAGMA locking_mode = EXCLUSIVE"_s);
         database->Execute(u"BEGIN EXCLUSIVE"_s);
         database->Execute(u"COMMIT"_s);
-        database->Execute(u"VACUUM INTO ?"_s, {interim});
-        MoveIntoPlace(interim, target, false);
+        if (copy == Copy::Passing)
+            database->Execute(u"PRAGMA synchronous = OFF"_s);
+        {
+            const StatementLimit watched(*database, Watch(work, source, interim));
+            database->Execute(u"VACUUM INTO ?"_s, {interim});
+        }
+        if (copy == Copy::Lasting)
+            MoveIntoPlace(interim, target, false);
+        else if (!RenameFile(interim, target))
+            throw RuntimeError(ErrorNumber::PathAccess, u"'%1' can't be made."_s.arg(Shown(target)), procedure);
     } catch (const RuntimeError&) {
         QFile::remove(interim);
         throw;

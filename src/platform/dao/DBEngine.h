@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/dao/Database.h"
+#include "platform/system/Work.h"
 
 #include <memory>
 
@@ -22,8 +23,11 @@ public:
 
     /// Writes a copy of @p source without its unused space as the new file @p target. Raises
     /// 3204 when @p target exists, 3045 when another process is using @p source. A failure
-    /// leaves no target behind.
-    static void CompactDatabase(const QString& source, const QString& target);
+    /// leaves no target behind. @p work counts the bytes of the source that have been dealt with, about; 3059 when it
+    /// was cancelled. A copy that is Passing is not flushed to the disk: it does not outlive the work.
+    enum class Copy { Lasting, Passing };
+    static void CompactDatabase(const QString& source, const QString& target, Work& work = NoWork(),
+                                Copy copy = Copy::Lasting);
 
     /// What marks a file as a database of this program, in the place where file types are
     /// looked up ("KTQB").

@@ -106,6 +106,14 @@ QString StagedFiles::PathFor(const QString& name)
     return path;
 }
 
+QString StagedFiles::Scratch()
+{
+    const QString path = m_stage + u"scratch/"_s;
+    if (!QDir().mkpath(path))
+        Fail(m_folder, SystemReason());
+    return path;
+}
+
 int StagedFiles::PutInPlace(bool keepExisting)
 {
     int kept = 0;

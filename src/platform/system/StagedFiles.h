@@ -21,6 +21,8 @@ public:
 
     /// Where to write the file that is to have the relative @p name, with "/" between its parts.
     QString PathFor(const QString& name);
+    /// A folder for what is needed on the way, which is put nowhere; it ends in a separator.
+    QString Scratch();
     /// A folder to be there, with or without files.
     void AddFolder(const QString& name) { m_folders << name; }
     /// Puts all of them in place, over files that are there, or leaving these with @p keepExisting.

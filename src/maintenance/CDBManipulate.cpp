@@ -1,0 +1,83 @@
+#include "maintenance/CDBManipulate.h"
+
+#include "maintenance/LibraryBackup.h"
+#include "maintenance/LibraryRestore.h"
+#include "maintenance/PhasedWork.h"
+#include "platform/system/Prompts.h"
+#include "platform/system/RuntimeError.h"
+#include "support/ErrorRoutine.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString ModuleName = u"CDBManipulate"_s;
+
+/// A work that was cancelled has not failed.
+template <class Body>
+bool Attempt(const QString& procedure, Body&& body)
+{
+    return Guarded(
+        ModuleName, procedure,
+        [&] {
+            try {
+                return body();
+            } catch (const RuntimeError& error) {
+                if (IsCancellation(error))
+                    return false;
+                throw;
+            }
+        },
+        false);
+}
+
+bool MayReplace()
+{
+    return Prompts::Current().MsgBox(
+               {.Text = u"A database with the same name already exist in the application folder. \r\nDo you want to "
+                        "replace the current database with the restored one?\r\nIf you select 'No', then a number will "
+                        "be added to the name of the database being copyed and operation will proceed."_s,
+                .Caption = u"Replace Current Database?"_s,
+                .Buttons = MsgBoxButtons::YesNo,
+                .Icon = MsgBoxIcon::Exclamation,
+                .Default = MsgBoxResult::No})
+           == MsgBoxResult::Yes;
+}
+
+} // namespace
+
+bool CDBManipulate::BackUp(const QString& sourceDB, const QString& backupFile)
+{
+    return Attempt(u"BackUp"_s, [&] { return !BackUpLibrary(sourceDB, backupFile, {}, m_work).Files.isEmpty(); });
+}
+
+bool CDBManipulate::Restore(QString& targetDB, const QString& sourceFile, bool force, bool noCopy)
+{
+    const bool isReplica = sourceFile.endsWith(u".qbr"_s, Qt::CaseInsensitive);
+    return Attempt(u"Restore"_s, [&] {
+        if (!QFileInfo(QFileInfo(targetDB).absolutePath()).isWritable()) {
+            Prompts::Current().MsgBox({.Text = u"Can't create the file in the required directory. The target directory "
+                                               "is read only."_s,
+                                       .Caption = u"File access error"_s,
+                                       .Icon = MsgBoxIcon::Critical});
+            return false;
+        }
+        const bool asks = !noCopy && (force || !sourceFile.isEmpty()) && QFileInfo::exists(targetDB);
+        const RestoreOver over = !asks || MayReplace() ? RestoreOver::Replace : RestoreOver::Number;
+        if (sourceFile.isEmpty()) {
+            targetDB = CompleteUnpacked(targetDB, m_work).Library;
+            return true;
+        }
+        targetDB = RestoreLibrary(sourceFile, targetDB, over, m_work).Library;
+        if (isReplica && QFileInfo(sourceFile) != QFileInfo(targetDB))
+            QFile::remove(sourceFile); // it is the library now
+        return true;
+    });
+}
+
+} // namespace qb

@@ -1,0 +1,256 @@
+#include "maintenance/LibraryBackup.h"
+
+#include "maintenance/CDBManipulate.h"
+#include "maintenance/Containers.h"
+#include "maintenance/PhasedWork.h"
+#include "platform/archive/BrindletonZip.h"
+#include "platform/dao/DBEngine.h"
+#include "platform/system/Clock.h"
+#include "platform/system/FileReplace.h"
+#include "platform/system/Paths.h"
+#include "platform/system/Prompts.h"
+#include "platform/system/RuntimeError.h"
+#include "platform/system/StagedFiles.h"
+#include "store/CDBCreate.h"
+#include "store/Library.h"
+#include "store/PendingFiles.h"
+#include "store/SideFolders.h"
+#include "support/Version.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString Procedure = u"BackUp"_s;
+
+/// Ends of the phases, in parts of a thousand of the whole.
+struct Phases {
+    qint64 Copied;
+    qint64 Imported;
+    qint64 Packed;
+};
+
+/// By what they usually take for so many bytes.
+Phases PhasesOf(qint64 database, qint64 contents)
+{
+    constexpr double Copy = 1, Import = 1.5, Pack = 9, Compare = 2;
+    const double copy = Copy * double(database);
+    const double import = copy + Import * double(contents);
+    const double pack = import + Pack * double(database + contents);
+    const double whole = pack + Compare * double(database + contents) + 1;
+    const auto part = [whole](double end) { return qint64(double(PhasedWork::Whole) * end / whole); };
+    return {part(copy), part(import), part(pack)};
+}
+
+qint64 BytesBelow(const QString& folder)
+{
+    qint64 bytes = 0;
+    QDirIterator all(folder, QDir::Files | QDir::Hidden | QDir::NoSymLinks, QDirIterator::Subdirectories);
+    while (all.hasNext()) {
+        all.next();
+        bytes += all.fileInfo().size();
+    }
+    return bytes;
+}
+
+/// What stands under the name of a new backup may be somebody's work.
+void RefuseToReplace(const QString& library, const QString& backupFile)
+{
+    const auto refuse = [&backupFile](const QString& what) {
+        throw RuntimeError(ErrorNumber::DatabaseExists,
+                           u"'%1' %2 and is not replaced by a backup. Nothing was changed."_s.arg(
+                               QDir::toNativeSeparators(backupFile), what),
+                           Procedure);
+    };
+    if (QFileInfo(backupFile).canonicalFilePath() == QFileInfo(library).canonicalFilePath())
+        refuse(u"is the library itself"_s);
+    QFile file(backupFile);
+    if (file.open(QIODevice::ReadOnly) && file.read(15) == "SQLite format 3")
+        refuse(u"is a database"_s);
+}
+
+/// One library, on its way into a backup.
+class Backup {
+public:
+    Backup(const QString& library, const QString& file, const BackUpOptions& options, Work& work)
+        : m_library(library), m_file(QFileInfo(file).absoluteFilePath()), m_options(options), m_work(work),
+          m_stage(QFileInfo(m_file).absolutePath()),
+          m_database(m_stage.Scratch() + QFileInfo(m_file).fileName().chopped(1) + u't')
+    {
+    }
+
+    BackUpResult Make()
+    {
+        m_contents = OwnFolderBytes();
+        m_phases = PhasesOf(QFileInfo(m_library).size(), m_contents);
+        m_work.Begin(m_phases.Copied);
+        DBEngine::CompactDatabase(m_library, m_database, m_work, DBEngine::Copy::Passing);
+        m_work.Begin(m_phases.Imported);
+        ImportContents();
+        const QString container = Pack();
+        PutInPlace(container);
+        m_work.Say(u"Successfully backed up"_s, 101);
+        return m_result;
+    }
+
+private:
+    /// What a dead process left in the folders is brought to its end first, so that all files are in their places.
+    qint64 OwnFolderBytes()
+    {
+        try {
+            const std::unique_ptr<Library> library = Library::Open(m_library);
+            FinishPendingFiles(*library);
+        } catch (const RuntimeError& error) {
+            if (error.Number() != ErrorNumber::CannotOpen) // a library that can only be read is backed up, too
+                throw;
+        }
+        const QString identity = LibraryIdentity(*DBEngine::OpenDatabase(m_library, DatabaseAccess::ReadOnly));
+        qint64 bytes = 0;
+        for (const auto& [folder, own] :
+             {std::pair(FilesFolderOf(m_library), &m_filesFolder), std::pair(HTMLFolderOf(m_library), &m_htmlFolder)}) {
+            if (OwnerOf(folder, identity) == FolderOwner::Another)
+                continue; // nothing in it is this library's
+            *own = folder;
+            bytes += BytesBelow(folder);
+        }
+        return bytes;
+    }
+
+    void ImportContents()
+    {
+        const std::unique_ptr<Database> database = DBEngine::OpenDatabase(m_database);
+        if (!CDBCreate().PrepareAsBackUp(*database)) {
+            Prompts::Current().MsgBox({.Text = u"Database could not be backed up."_s,
+                                       .Caption = u"Error while creating necessary fields in db"_s,
+                                       .Icon = MsgBoxIcon::Critical});
+            throw RuntimeError(ErrorNumber::Engine, u"The tables of a backup could not be made. Nothing was changed."_s,
+                               Procedure);
+        }
+        CDBManipulate contents(m_work);
+        contents.Use(*database);
+        contents.ExpectBytes(m_contents);
+        database->Execute(u"PRAGMA synchronous = OFF"_s); // it does not outlive the work
+        Transaction transaction(*database);
+        if (!m_htmlFolder.isEmpty()) {
+            contents.ImportAllHTMLFiles(m_htmlFolder);
+            contents.ImportDefaultHTMLFiles(m_htmlFolder);
+            contents.ImportOtherHTMLFiles(m_htmlFolder);
+        }
+        if (!m_filesFolder.isEmpty())
+            contents.ImportAllItemFiles(m_filesFolder);
+        transaction.Commit();
+        m_result.MissingFiles = contents.MissingFiles();
+        Compare(*database, contents);
+    }
+
+    /// What is in the database now against what was read from the disk, and against the library.
+    void Compare(Database& database, const CDBManipulate& contents)
+    {
+        BackupSummary& summary = m_result.Summary;
+        summary = SummaryOf(database, m_silent);
+        summary.Name = fnExtractPathOrFileName(m_library, PathPart::BaseName);
+        summary.Made = Clock::Now();
+        summary.Version = ProgramVersion();
+        if (summary.Files != contents.ImportedFiles() || summary.Pages != contents.ImportedPages())
+            Fail(u"it does not hold what was read"_s);
+    }
+
+    /// Returns the container, in the stage.
+    QString Pack()
+    {
+        const QString container = m_stage.Scratch() + u"packed"_s;
+        m_work.Begin(m_phases.Packed);
+        EndUnless(PackContainer(m_database, container, m_result.Summary.ToComment(), m_work), Procedure);
+        KeepNoMoreRightsThan(m_library, container);
+        m_work.Begin(PhasedWork::Whole);
+        QFile database(m_database);
+        if (!database.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+            Fail(database.errorString());
+        QByteArray own;
+        bool isSame = true;
+        const bool isWhole = BrindletonZip().ReadFirstFile(
+            container,
+            [&](const QByteArray& piece) {
+                isSame = ReadAll(database, own, piece.size()).isEmpty() && own == piece;
+                return isSame;
+            },
+            m_work);
+        if (!isSame || (isWhole && !database.atEnd()))
+            Fail(u"it can't be read as it was written"_s);
+        EndUnless(isWhole, Procedure);
+        if (ReadBackupSummary(container)->Files != m_result.Summary.Files)
+            Fail(u"it can't be read as it was written"_s);
+        return container;
+    }
+
+    void PutInPlace(const QString& container)
+    {
+        const QString name = QFileInfo(m_file).fileName();
+        m_result.Size = QFileInfo(container).size();
+        if (m_options.VolumeSize == 0) {
+            Move(container, name);
+        } else {
+            EndUnless(!SplitContainer(container, m_options.VolumeSize, m_silent).isEmpty(), Procedure);
+            const QStringList volumes = FilesOfBackup(container + u".001"_s);
+            for (const QString& volume : volumes)
+                Move(volume, name + volume.right(4));
+        }
+        m_stage.PutInPlace(false);
+    }
+
+    void Move(const QString& file, const QString& name)
+    {
+        if (!RenameFile(file, m_stage.PathFor(name)))
+            Fail(u"it can't be put in place"_s);
+        m_result.Files << QFileInfo(m_file).absolutePath() + u'/' + name;
+    }
+
+    [[noreturn]] void Fail(const QString& why) const
+    {
+        throw RuntimeError(
+            ErrorNumber::PathAccess,
+            u"The backup '%1' failed: %2. Nothing was changed."_s.arg(QDir::toNativeSeparators(m_file), why),
+            Procedure);
+    }
+
+    QString m_library;
+    QString m_file;
+    BackUpOptions m_options;
+    PhasedWork m_work;
+    /// Counts nothing of its own, but ends as the work does.
+    class Silent : public Work {
+    public:
+        explicit Silent(Work& work) : m_of(work) {}
+        bool IsCancelled() override { return m_of.IsCancelled(); }
+
+    private:
+        Work& m_of;
+    } m_silent{m_work};
+    StagedFiles m_stage;
+    QString m_database; ///< as it is packed
+    QString m_filesFolder;
+    QString m_htmlFolder;
+    qint64 m_contents = 0; ///< bytes
+    Phases m_phases{};
+    BackUpResult m_result;
+};
+
+} // namespace
+
+BackUpResult BackUpLibrary(const QString& library, const QString& backupFile, const BackUpOptions& options, Work& work)
+{
+    RefuseToReplace(library, backupFile);
+    if (const QString reason = WhyNotWritable(backupFile);
+        !reason.isEmpty() && QFileInfo(backupFile).absoluteDir().exists())
+        throw RuntimeError(ErrorNumber::PathAccess, u"The backup can't be made. "_s + reason, Procedure);
+    return Backup(library, backupFile, options, work).Make();
+}
+
+} // namespace qb

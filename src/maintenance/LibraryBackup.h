@@ -1,0 +1,25 @@
+#pragma once
+
+#include "maintenance/BackupFile.h"
+
+namespace qb {
+
+struct BackUpOptions {
+    qint64 VolumeSize = 0; ///< in bytes; 0: one file
+};
+
+struct BackUpResult {
+    QStringList Files; ///< the backup, or its volumes in order
+    BackupSummary Summary;
+    qint64 Size = 0;         ///< of all of them, in bytes
+    qint64 MissingFiles = 0; ///< rows of `Files` whose file is not on the disk, neither in the library
+};
+
+/// Packs a library with its files and pages into a backup and compares that with what went in, before it takes its
+/// name. The library may be open elsewhere, if nobody is writing. Raises an error, with what was there as it was:
+/// 3045 when somebody is writing, 3204 when a database of the program or another library's backup stands under the
+/// name, 75 for what can't be read or written, 18 when it was cancelled.
+BackUpResult BackUpLibrary(const QString& library, const QString& backupFile, const BackUpOptions& options,
+                           Work& work = NoWork());
+
+} // namespace qb
