@@ -18,6 +18,16 @@ int Info(const QStringList& words);
 int ImportFolderCommand(const QStringList& words);
 int Check(const QStringList& words);
 
+// Backups
+int Backup(const QStringList& words);
+int RestoreCommand(const QStringList& words);
+int Verify(const QStringList& words);
+int Compact(const QStringList& words);
+int UndoSessionCommand(const QStringList& words);
+int Backups(const QStringList& words);
+int Rotate(const QStringList& words);
+int RestoreItem(const QStringList& words);
+
 // Items
 int Tree(const QStringList& words);
 int Show(const QStringList& words);

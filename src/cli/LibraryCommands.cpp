@@ -5,52 +5,21 @@
 #include "cli/OpenLibrary.h"
 #include "cli/Output.h"
 #include "maintenance/ContentCheck.h"
+#include "cli/ProgressLine.h"
 #include "maintenance/FolderImport.h"
 #include "maintenance/LibraryCheck.h"
 #include "store/CDBCreate.h"
 #include "store/ShippedLanguages.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QHash>
-#include <cstdio>
 
 namespace qb::cli {
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// A line on standard error that is written over while it changes.
-class ProgressLine : public Work {
-public:
-    ProgressLine() { m_timer.start(); }
-    ~ProgressLine() override
-    {
-        if (m_shown)
-            std::fputs("\n", stderr);
-    }
-
-    void Advance(qint64 done, qint64 total) override
-    {
-        constexpr int TerminalInterval = 100; // milliseconds
-        constexpr int FileInterval = 2000;
-        const bool terminal = ErrorIsTerminal();
-        if (done < total && m_timer.elapsed() < (terminal ? TerminalInterval : FileInterval))
-            return;
-        m_timer.restart();
-        std::fprintf(stderr, terminal ? "\r%lld of %lld files" : "%lld of %lld files\n", done, total);
-        std::fflush(stderr);
-        m_shown = terminal && done < total;
-        if (terminal && done >= total)
-            std::fputs("\n", stderr);
-    }
-
-private:
-    QElapsedTimer m_timer;
-    bool m_shown = false;
-};
 
 struct ChosenLanguage {
     LanguageType Type;
@@ -177,7 +146,7 @@ int ImportFolderCommand(const QStringList& words)
     options.NamesLanguages = !arguments.Has(u"library-language"_s);
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
     options.BeforeCommit = [&arguments](const FolderImportResult& result) { PrintImport(result, arguments.Json()); };
-    ProgressLine line;
+    ProgressLine line(u"files"_s);
     ImportFolder(*database, arguments.Positional(1), options, line);
     return 0;
 }

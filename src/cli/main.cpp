@@ -54,6 +54,19 @@ constexpr CommandEntry Table[] = {
     {"rtf2text", "FILE|-", "the plain text of an RTF file", RtfToText},
     {"check", "LIB [--deep]", "look for damage, lost items and missing files; --deep: read all texts and stored files",
      Check},
+    {"backup", "LIB OUT.qbb [--volume SIZE]",
+     "pack a library with its files and pages into one file, or volumes of a size: bytes, or with K, M or G", Backup},
+    {"restore", "IN.qbb TARGET.qbd [--replace|--number]",
+     "unpack a backup to a library; --replace: over the one that stands there, --number: beside it", RestoreCommand},
+    {"verify", "IN.qbb", "unpack a backup aside and compare it with what it says of itself", Verify},
+    {"compact", "LIB", "bring the database of a library to the size that it needs", Compact},
+    {"undo-session", "LIB", "throw away what was changed in the database since the window was started",
+     UndoSessionCommand},
+    {"backups", "DIR", "the backups in a folder", Backups},
+    {"rotate", "DIR [--last N] [--daily D] [--weekly W]",
+     "delete backups NAMEyymmdd.qbb but for the last N, one a day of D days and one a week of W weeks", Rotate},
+    {"restore-item", "IN.qbb ID LIB [--parent ID]", "bring one item of a backup back, as a new one; prints its ID",
+     RestoreItem},
 };
 
 /// Notices that an error was reported on the way.

@@ -237,7 +237,7 @@ void CDBManipulate::ImportOtherHTMLFiles(const QString& folder)
     while (defaults.Step())
         taken << (defaults.Text(1).isEmpty() ? defaults.Text(0) : defaults.Text(1).section(u'\\', 0, 0));
     for (const QFileInfo& entry : EntriesOf(folder)) {
-        if (taken.contains(entry.fileName()) || entry.isSymLink())
+        if (taken.contains(entry.fileName()) || entry.isSymLink() || entry.fileName().startsWith(u".arriving-page-"_s))
             continue;
         if (entry.isDir())
             ImportHTMLFolder(PagesTable, entry.filePath(), entry.fileName() + u'\\', 0);

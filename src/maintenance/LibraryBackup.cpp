@@ -21,6 +21,7 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <algorithm>
 
 namespace qb {
 
@@ -74,6 +75,16 @@ void RefuseToReplace(const QString& library, const QString& backupFile)
     QFile file(backupFile);
     if (file.open(QIODevice::ReadOnly) && file.read(15) == "SQLite format 3")
         refuse(u"is a database"_s);
+}
+
+/// Volumes can't be replaced in one step, and a mixture of two sets is none.
+void RefuseToReplaceVolumes(const QString& backupFile)
+{
+    if (QFileInfo::exists(backupFile + u".001"_s))
+        throw RuntimeError(ErrorNumber::DatabaseExists,
+                           u"Volumes of '%1' exist already and are not replaced. Nothing was changed."_s.arg(
+                               QDir::toNativeSeparators(backupFile)),
+                           Procedure);
 }
 
 /// One library, on its way into a backup.
@@ -198,9 +209,12 @@ private:
             Move(container, name);
         } else {
             EndUnless(!SplitContainer(container, m_options.VolumeSize, m_silent).isEmpty(), Procedure);
-            const QStringList volumes = FilesOfBackup(container + u".001"_s);
-            for (const QString& volume : volumes)
+            QStringList volumes = FilesOfBackup(container + u".001"_s);
+            // The first one comes last: without it there is no backup, whatever of it there is.
+            std::reverse(volumes.begin(), volumes.end());
+            for (const QString& volume : std::as_const(volumes))
                 Move(volume, name + volume.right(4));
+            std::reverse(m_result.Files.begin(), m_result.Files.end());
         }
         m_stage.PutInPlace(false);
     }
@@ -247,6 +261,8 @@ private:
 BackUpResult BackUpLibrary(const QString& library, const QString& backupFile, const BackUpOptions& options, Work& work)
 {
     RefuseToReplace(library, backupFile);
+    if (options.VolumeSize > 0)
+        RefuseToReplaceVolumes(backupFile);
     if (const QString reason = WhyNotWritable(backupFile);
         !reason.isEmpty() && QFileInfo(backupFile).absoluteDir().exists())
         throw RuntimeError(ErrorNumber::PathAccess, u"The backup can't be made. "_s + reason, Procedure);

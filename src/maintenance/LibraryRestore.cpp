@@ -163,6 +163,7 @@ RestoreResult RestoreLibrary(const QString& backupFile, const QString& target, R
     RefuseUnwritableFolder(wanted);
     FinishSwap(wanted);
     const QString library = over == RestoreOver::Number ? NumberedLibrary(wanted) : wanted;
+    FinishSwap(library);
     const bool replaces = QFileInfo::exists(library);
     if (replaces && over == RestoreOver::Refuse)
         throw RuntimeError(ErrorNumber::DatabaseExists,

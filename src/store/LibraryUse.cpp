@@ -59,8 +59,9 @@ void RefuseWhileAlone(const QString& library)
 }
 
 OpenMark::OpenMark(const QString& library)
-    : m_lock(Beside(library, u".open-"_s + QUuid::createUuid().toString(QUuid::Id128)), FileLock::Target::Own)
 {
+    IsOpen(library); // which removes the marks of dead processes
+    m_lock = FileLock(Beside(library, u".open-"_s + QUuid::createUuid().toString(QUuid::Id128)), FileLock::Target::Own);
     // In this order: who wants the library for himself asks in the other one, so that one of both is noticed.
     RefuseWhileAlone(library);
 }

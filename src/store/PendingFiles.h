@@ -101,7 +101,8 @@ private:
 bool IsFilePending(const QString& filesFolder, qint64 id, const QString& title);
 
 /// After a process ended in the middle of its work: gives each row that was committed its file, and
-/// removes the files of rows that were not, or were deleted. What is under way is left alone, and all of
+/// removes the files of rows that were not, or were deleted; the same for pages that arrive. What is under way is left
+/// alone, and all of
 /// a library that is open for reading only.
 void FinishPendingFiles(Library& library);
 

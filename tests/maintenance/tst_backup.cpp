@@ -145,6 +145,7 @@ private Q_SLOTS:
         QCOMPARE(ReadBackupSummary(result.Files[1])->Files, result.Summary.Files);
         RestoreLibrary(result.Files[1], In(u"r.qbd"_s), RestoreOver::Refuse, m_work);
         QCOMPARE(DifferenceOf(StateOf(In(u"r.qbd"_s)), before), QString());
+        QB_VERIFY_RAISES(BackUpLibrary(m_library, Backup(), {.VolumeSize = 3000}, m_work), 3204);
         QFile::remove(result.Files[1]);
         const QStringList left = Names();
         QB_VERIFY_RAISES(RestoreLibrary(result.Files[0], In(u"s.qbd"_s), RestoreOver::Refuse, m_work), 75);

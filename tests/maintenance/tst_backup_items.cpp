@@ -1,0 +1,186 @@
+#include "maintenance/BackupItems.h"
+#include "maintenance/Compaction.h"
+#include "maintenance/LibraryBackup.h"
+#include "maintenance/LibraryCheck.h"
+#include "platform/richtext/RtfPlainText.h"
+#include "platform/system/Paths.h"
+#include "store/ItemBranch.h"
+#include "support/LibraryBuilder.h"
+#include "support/LibraryState.h"
+#include "support/RecordedWork.h"
+#include "support/TestRun.h"
+
+using namespace qb;
+using namespace qb::test;
+using namespace Qt::StringLiterals;
+
+/// Single items out of a backup, compaction, and the way back to the start of a session.
+class TestBackupItems : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<TemporaryHome> m_home;
+    FixedClock m_clock;
+    RecordedWork m_work;
+    QString m_path;
+    QString m_backup;
+
+    QStringList NamesBeside() const
+    {
+        return QDir(m_home->Path(u"lib"_s))
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        FailOnWarnings();
+        m_home = std::make_unique<TemporaryHome>();
+        m_path = m_home->Path(u"lib/Bücher.qbd"_s);
+        m_backup = m_home->Path(u"b.qbb"_s);
+        QDir().mkpath(m_home->Path(u"lib"_s));
+        const auto library = MakeLibrary(m_path);
+        AddItem(*library, 0, u"parent"_s);
+        AddItem(*library, 1, u"wänted"_s, u"int x;"_s);
+        AddItem(*library, 0, u"other"_s);
+        library->Execute(u"UPDATE Items SET HTMLPage = -1, ItemRating = 3, Created = 1000 WHERE ID = 2"_s);
+        library->Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, Note) VALUES (2, 3, 'to'), (3, 2, 'from')"_s);
+        AddStoredFile(*library, 2, u"ä.bin"_s, QByteArray(20000, 'b'), m_clock.Now());
+        library->Execute(u"UPDATE Files SET Description = 'said of it', OrigDateTime = 2000"_s);
+        WriteFile(library->HTMLFolder() + u"2.htm"_s, "<img src=\"2/a.png\"><img src='2/b.png'><a href=\"12/a\">");
+        WriteFile(library->HTMLFolder() + u"2/a.png"_s, "a");
+        BackUpLibrary(m_path, m_backup, {});
+    }
+    void cleanup() { m_home.reset(); }
+
+    void item_isLookedAt()
+    {
+        BackupItems items(m_backup, m_home->Path());
+        QCOMPARE(items.All().size(), size_t(3));
+        const BackupItem item = items.Item(2);
+        QCOMPARE(item.Title, u"wänted"_s);
+        QCOMPARE(item.Parent, 1);
+        QCOMPARE(PlainTextFromRtf(item.Code), u"int x;"_s);
+        QCOMPARE(item.Files, QStringList{u"ä.bin"_s});
+        QVERIFY(item.HasPage);
+        QB_VERIFY_RAISES(items.Item(77), 3265);
+    }
+
+    void deletedItem_comesBackWhole()
+    {
+        const auto library = Library::Open(m_path);
+        DeleteItem(*library, 2);
+        BackupItems items(m_backup, m_home->Path());
+        const qint64 id = items.BringBack(2, *library);
+        QCOMPARE(Texts(*library,
+                       u"SELECT Title || ParentID || ItemRating || Created || HTMLPage FROM Items WHERE ID = ?"_s,
+                       {id}),
+                 QStringList{u"wänted131000-1"_s});
+        QCOMPARE(library->QueryValue(u"SELECT LastChanged FROM Items WHERE ID = ?"_s, {id}).ToDate(), m_clock.Now());
+        QCOMPARE(Texts(*library,
+                       u"SELECT Title || FileSize || Description || OrigDateTime FROM Files WHERE CodeID = ?"_s, {id}),
+                 QStringList{u"ä.bin20000said of it2000"_s});
+        const QString file = library->QueryValue(u"SELECT ID FROM Files WHERE CodeID = ?"_s, {id}).ToText();
+        QCOMPARE(ReadFile(library->FilesFolder() + file + u" - ä.bin"_s), QByteArray(20000, 'b'));
+        const QByteArray number = QByteArray::number(id);
+        QCOMPARE(ReadFile(library->HTMLFolder() + QString::number(id) + u".htm"_s),
+                 "<img src=\"" + number + "/a.png\"><img src='" + number + "/b.png'><a href=\"12/a\">");
+        QCOMPARE(ReadFile(library->HTMLFolder() + QString::number(id) + u"/a.png"_s), "a");
+        QCOMPARE(Texts(*library, u"SELECT ItemID || '>' || LinkItemID || Note FROM ItemLinks ORDER BY Note"_s),
+                 (QStringList{u"3>%1from"_s.arg(id), u"%1>3to"_s.arg(id)}));
+        QVERIFY(CheckLibrary(*library).empty());
+    }
+
+    void itemThatIsStillThere_comesBeside()
+    {
+        const auto library = Library::Open(m_path);
+        BackupItems items(m_backup, m_home->Path());
+        const qint64 id = items.BringBack(2, *library, 3);
+        QCOMPARE(Texts(*library, u"SELECT ID FROM Items WHERE Title = 'wänted' ORDER BY ID"_s),
+                 (QStringList{u"2"_s, QString::number(id)}));
+        QCOMPARE(library->QueryValue(u"SELECT ParentID FROM Items WHERE ID = ?"_s, {id}), Value(3));
+        QCOMPARE(CountOf(*library, u"ItemLinks"_s), 2);
+        QB_VERIFY_RAISES(items.BringBack(77, *library), 3265);
+        QVERIFY(!Raised([&] { items.BringBack(2, *library, 4711); }).isEmpty());
+        QCOMPARE(CountOf(*library, u"Items"_s), 4);
+        QCOMPARE(StoredNames(library->FilesFolder()).size(), 2);
+    }
+
+    void otherLibrary_getsItAtTheTop()
+    {
+        const auto library = MakeLibrary(m_home->Path(u"else.qbd"_s));
+        AddItem(*library, 0, u"number 1 of its own"_s);
+        BackupItems items(m_backup, m_home->Path());
+        const qint64 id = items.BringBack(2, *library);
+        QCOMPARE(library->QueryValue(u"SELECT ParentID FROM Items WHERE ID = ?"_s, {id}), Value(0));
+        QCOMPARE(CountOf(*library, u"ItemLinks"_s), 0);
+    }
+
+    void nameThatLeadsOut_isNotBroughtBack()
+    {
+        auto library = Library::Open(m_path);
+        library->Execute(u"UPDATE Files SET Title = '../../out'"_s);
+        WriteFile(library->FilesFolder() + u"1 - x"_s, "x");
+        library.reset();
+        BackUpLibrary(m_path, m_backup, {});
+        library = Library::Open(m_path);
+        // Such a file can't be in a backup of this program's making: there is none of that name.
+        BackupItems items(m_backup, m_home->Path());
+        const qint64 id = items.BringBack(2, *library);
+        QCOMPARE(library->QueryValue(u"SELECT count(*) FROM Files WHERE CodeID = ?"_s, {id}), Value(0));
+    }
+
+    // Compaction
+
+    void compaction_keepsAllAndFreesRoom()
+    {
+        {
+            const auto library = Library::Open(m_path);
+            AddItem(*library, 0, u"big"_s, QString(500'000, u'y'));
+            DeleteItem(*library, 4);
+        }
+        const QMap<QString, QByteArray> before = StateOf(m_path);
+        const qint64 size = QFileInfo(m_path).size();
+        QVERIFY(CompactLibrary(m_path, m_work) > 400'000);
+        QVERIFY(QFileInfo(m_path).size() < size - 400'000);
+        QCOMPARE(DifferenceOf(StateOf(m_path), before), QString());
+        QCOMPARE(NamesBeside(), (QStringList{u"Bücher.qbd"_s, u"Bücher_Files"_s, u"Bücher_HTML"_s}));
+        const auto open = Library::Open(m_path);
+        QB_VERIFY_RAISES(CompactLibrary(m_path, m_work), 3045);
+        QB_VERIFY_RAISES(CompactLibrary(m_home->Path(u"lib/none.qbd"_s), m_work), 3024);
+    }
+
+    // The session
+
+    void session_isUndone()
+    {
+        const QMap<QString, QByteArray> before = StateOf(m_path);
+        MakeSessionCopy(m_path);
+        {
+            const auto library = Library::Open(m_path);
+            AddItem(*library, 0, u"of this session"_s);
+            QB_VERIFY_RAISES(UndoSession(m_path), 3045);
+        }
+        UndoSession(m_path);
+        QCOMPARE(DifferenceOf(StateOf(m_path), before), QString());
+        QVERIFY(QFileInfo::exists(SessionCopyPath())); // it can be done again
+    }
+
+    void copyOfAnotherLibrary_isNotTaken()
+    {
+        QB_VERIFY_RAISES(UndoSession(m_path), 3024);
+        const QString other = m_home->Path(u"other.qbd"_s);
+        MakeLibrary(other).reset();
+        MakeSessionCopy(other);
+        const QMap<QString, QByteArray> before = StateOf(m_path);
+        QB_VERIFY_RAISES(UndoSession(m_path), 3024);
+        const QString twin = m_home->Path(u"twin.qbd"_s); // a copy by hand, with the identity of the first
+        QVERIFY(QFile::copy(m_path, twin));
+        MakeSessionCopy(twin);
+        QB_VERIFY_RAISES(UndoSession(m_path), 3024);
+        QCOMPARE(DifferenceOf(StateOf(m_path), before), QString());
+        QVERIFY(WhyNotUndone(twin).isEmpty());
+    }
+};
+
+QB_TEST_MAIN(TestBackupItems)
+#include "tst_backup_items.moc"
