@@ -14,7 +14,7 @@ struct CommandEntry {
 
 // Libraries
 int New(const QStringList& words);
-int Info(const QStringList& words);
+int Info(const QStringList& words); // of an item too
 int ImportFolderCommand(const QStringList& words);
 int Check(const QStringList& words);
 
@@ -37,6 +37,11 @@ int Move(const QStringList& words);
 int Delete(const QStringList& words);
 int Keep(const QStringList& words);
 int RemoveDeleted(const QStringList& words);
+
+// Bookmarks
+int Bookmarks(const QStringList& words);
+int Bookmark(const QStringList& words);
+int BookmarkRemove(const QStringList& words);
 
 // Stored files
 int Attach(const QStringList& words);

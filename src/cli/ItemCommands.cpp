@@ -13,6 +13,7 @@
 #include "store/CCodeItem.h"
 #include "store/ItemBranch.h"
 #include "store/ItemRules.h"
+#include "store/ItemStatus.h"
 #include "store/Library.h"
 #include "store/ShippedLanguages.h"
 #include "support/DateFormatCustom.h"
@@ -131,6 +132,36 @@ void TakeTextsAndLanguage(const Arguments& arguments, const GivenTexts& texts, C
     const QString language = arguments.Has(u"language"_s) ? LanguageAskedFor(arguments.Value(u"language"_s)) : former;
     for (const TextField* field : fields)
         (item.*field->Set)(WithLanguageInRtf((item.*field->Get)(), language));
+}
+
+/// The status and the rating that are asked for; nothing where none is.
+struct GivenFacts {
+    std::optional<ItemStatus> Status;
+    std::optional<qint32> Rating;
+};
+GivenFacts FactsAskedFor(const Arguments& arguments)
+{
+    GivenFacts facts;
+    if (arguments.Has(u"status"_s)) {
+        facts.Status = StatusNamed(arguments.Value(u"status"_s));
+        if (!facts.Status)
+            throw UsageError{u"Unknown status '%1': own, downloaded, tested, not-working or none."_s.arg(
+                arguments.Value(u"status"_s))};
+    }
+    if (arguments.Has(u"rating"_s)) {
+        facts.Rating = arguments.NumberOption(u"rating"_s, 0);
+        if (*facts.Rating > BestRating)
+            throw UsageError{u"A rating is 0 for none, or 1 to %1 half stars."_s.arg(BestRating)};
+    }
+    return facts;
+}
+
+void TakeFacts(const GivenFacts& facts, CCodeItem& item)
+{
+    if (facts.Status)
+        item.SetItemStatus(qint32(*facts.Status));
+    if (facts.Rating)
+        item.SetItemRating(*facts.Rating);
 }
 
 /// The text as it is printed: lines end as they do on this system.
@@ -292,10 +323,12 @@ int Add(const QStringList& words)
 
 int Set(const QStringList& words)
 {
-    const Arguments arguments(words, WithTextOptions({{"language", "name"}}), 2);
+    const Arguments arguments(words, WithTextOptions({{"language", "name"}, {"status", "name"}, {"rating", "n"}}), 2);
+    const GivenFacts facts = FactsAskedFor(arguments);
     const GivenTexts texts = ReadTexts(arguments);
-    if (texts.empty() && !arguments.Has(u"language"_s))
-        throw UsageError{u"Nothing to set: --title, --description, --info, --code, --usage, --notes or --language."_s};
+    if (texts.empty() && !arguments.Has(u"language"_s) && !facts.Status && !facts.Rating)
+        throw UsageError{u"Nothing to set: --title, --description, --info, --code, --usage, --notes, --language, "
+                         "--status or --rating."_s};
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
     Transaction transaction(*database);
     RequireChange(*database, arguments.Id(1), {ItemChange::EditUnasked});
@@ -305,6 +338,7 @@ int Set(const QStringList& words)
     item.Initialise(*database, QString::number(arguments.Id(1)));
     item.SetDontUpdateLastChangedDate(!MovesDate(ItemChange::Edit, StandingOf(*database, arguments.Id(1))));
     TakeTextsAndLanguage(arguments, texts, item);
+    TakeFacts(facts, item);
     if (arguments.Has(u"title"_s))
         RefuseReservedTitle(item.Title(), item.ParentKey().toLongLong());
     item.SetItemChanged(true);

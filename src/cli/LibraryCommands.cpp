@@ -77,15 +77,6 @@ void PrintImport(const FolderImportResult& result, bool json)
                   .arg(result.Skipped.size()));
 }
 
-QString KindOf(const ReplicaState& state)
-{
-    if (state.IsChild && state.IsMother)
-        return u"child and mother"_s;
-    if (state.IsChild)
-        return u"child"_s;
-    return state.IsMother ? u"mother"_s : u"plain"_s;
-}
-
 } // namespace
 
 int New(const QStringList& words)
@@ -99,40 +90,6 @@ int New(const QStringList& words)
                            u"new"_s);
     // The reason of a failure has been printed when it was reported.
     return CDBCreate().CreateNewDB(path, language.Type, language.File) ? 0 : 1;
-}
-
-int Info(const QStringList& words)
-{
-    const Arguments arguments(words, {}, 1);
-    const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadOnly);
-    const Recordset properties = database->OpenRecordset(u"Properties"_s);
-    const auto count = [&](const QString& table) {
-        return database->QueryValue(u"SELECT count(*) FROM "_s + table).ToLong();
-    };
-    const auto property = [&](const QString& name) {
-        return properties.IsEmpty() ? QString() : properties[name].ToText();
-    };
-    const QJsonObject info{
-        {u"path"_s, database->Name()},
-        {u"size"_s, QFileInfo(database->Name()).size()},
-        {u"identity"_s, property(u"DBID"_s)},
-        {u"kind"_s, KindOf(ReadReplicaState(*database))},
-        {u"language"_s, property(u"LanguageUsed"_s)},
-        {u"version"_s, property(u"Version"_s)},
-        {u"items"_s, count(u"Items"_s)},
-        {u"files"_s, count(u"Files"_s)},
-        {u"bookmarks"_s, count(u"Bookmarks"_s)},
-        {u"links"_s, count(u"ItemLinks"_s)},
-        {u"keywords"_s, count(u"Keywords"_s)},
-    };
-    if (arguments.Json()) {
-        Print(info);
-        return 0;
-    }
-    for (const QString& name : {u"path"_s, u"size"_s, u"identity"_s, u"kind"_s, u"language"_s, u"version"_s, u"items"_s,
-                                u"files"_s, u"bookmarks"_s, u"links"_s, u"keywords"_s})
-        Print(u"%1%2\n"_s.arg(name + u':', -11).arg(info.value(name).toVariant().toString()));
-    return 0;
 }
 
 int ImportFolderCommand(const QStringList& words)

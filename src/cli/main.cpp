@@ -17,7 +17,7 @@ using namespace qb::cli;
 
 constexpr CommandEntry Table[] = {
     {"new", "LIB [--language vb|cpp|none|NAME] [--language-file F]", "make a library", New},
-    {"info", "LIB", "what a library holds", Info},
+    {"info", "LIB [ID]", "what a library holds, or what is known of an item beside its texts", Info},
     {"tree", "LIB [--depth N]", "the items as a tree", Tree},
     {"show", "LIB ID [--field title|description|info|code|usage|notes] [--raw|--rtf]", "an item, or one of its texts",
      Show},
@@ -27,8 +27,8 @@ constexpr CommandEntry Table[] = {
      "add an item; prints its ID", Add},
     {"set",
      "LIB ID [--title T] [--description T] [--info T] [--code FILE|-] [--usage FILE] [--notes FILE] [--language "
-     "NAME|none]",
-     "change an item", Set},
+     "NAME|none] [--status own|downloaded|tested|not-working|none] [--rating N]",
+     "change an item; the rating is in half stars, 1 to 10, or 0 for none", Set},
     {"move", "LIB ID PARENT", "put an item under another (0: the root)", Move},
     {"delete", "LIB ID", "delete an item and all below it", Delete},
     {"keep", "LIB ID", "keep an item that a child library has deleted", Keep},
@@ -37,6 +37,10 @@ constexpr CommandEntry Table[] = {
      "lead from item A to item B, or both ways; with --note also of a link that is there", Link},
     {"links", "LIB ID", "the links that lead from an item", Links},
     {"unlink", "LIB A B [--side left|right|both]", "remove the link from A to B, or one side of it", Unlink},
+    {"bookmarks", "LIB", "the bookmarks with their groups", Bookmarks},
+    {"bookmark", "LIB ID --group G [--text T]",
+     "bookmark an item in a group, which is made where there is none of that name; prints the bookmark's ID", Bookmark},
+    {"bookmark-remove", "LIB ID", "remove a bookmark, by its own ID", BookmarkRemove},
     {"attach", "LIB ID FILE... [--zip each|all NAME] [--description TEXT]",
      "store files with an item; prints their IDs", Attach},
     {"files", "LIB ID", "the files stored with an item", Files},

@@ -31,11 +31,13 @@ struct AttackedCommand {
 };
 constexpr AttackedCommand Commands[] = {
     {"add", "add LIB --parent 1 --title new --code IN/a.txt"},
-    {"set", "set LIB 2 --title other --code IN/big.txt"},
+    {"set", "set LIB 2 --title other --code IN/big.txt --status tested --rating 7"},
     {"move", "move LIB 2 3"},
     {"link", "link LIB 2 3 --two-way"},
     {"unlink", "unlink LIB 1 2"},
     {"delete", "delete LIB 1"},
+    {"bookmark", "bookmark LIB 3 --group new --text here"},
+    {"bookmark-remove", "bookmark-remove LIB 1"},
     {"attach", "attach LIB 2 IN/a.txt IN/big.txt"},
     {"attach zipped", "attach LIB 2 IN/a.txt IN/big.txt --zip all both"},
     {"detach", "detach LIB 1"},
@@ -101,6 +103,8 @@ class TestAttack : public QObject {
         AddItem(*database, one, u"two"_s, u"int two; // "_s + QString(9000, u'x'));
         AddItem(*database, 0, u"three"_s);
         database->Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID) VALUES (1, 2)"_s);
+        database->Execute(u"INSERT INTO BookmarkGroups (\"Group\") VALUES ('old')"_s);
+        database->Execute(u"INSERT INTO Bookmarks (CodeID, BookmarkGroup) VALUES (1, 1)"_s);
         AddStoredFile(*database, one, u"stored.bin"_s, QByteArray(20000, 's'), {});
         WriteFile(database->HTMLFolder() + u"2.htm"_s, "<img src=\"2/pic.png\">");
         WriteFile(database->HTMLFolder() + u"2/pic.png"_s, "picture");
@@ -148,7 +152,9 @@ class TestAttack : public QObject {
         state[u"room"_s] = database->QueryValue(u"PRAGMA freelist_count"_s).ToLong() > 20 ? "some"_ba : "none"_ba;
         FinishPendingFiles(*database);
         const std::pair<QString, QString> tables[] = {
-            {u"Items"_s, u"ID, ParentID, Title, Code, Notes, Example, CodeHeaders"_s},
+            {u"Items"_s, u"ID, ParentID, Title, Code, Notes, Example, CodeHeaders, ItemStatus, ItemRating"_s},
+            {u"BookmarkGroups"_s, u"ID, \"Group\""_s},
+            {u"Bookmarks"_s, u"ID, CodeID, BookmarkGroup, Description"_s},
             {u"Files"_s, u"ID, CodeID, Title, FileSize"_s},
             {u"ItemLinks"_s, u"ItemID, LinkItemID, Note"_s},
             {u"Properties"_s, u"DBID, LanguageUsed"_s}};
