@@ -54,7 +54,7 @@ constexpr CommandRow Rows[] = {
     {Place::Item, "mnuRename", "&Rename Item", "edit-rename", "F2", "Give the selected item another title"},
     {Place::Item, "mnuDeleteCode", "&Delete Item", "edit-delete", "", "Delete the selected item and all below it"},
     {Place::Item, "mnuImport", "&Import...", "", "", "Take in items from a file"},
-    {Place::Item, "mnuBookMark", "&Bookmark", "bookmark-new", "", "Bookmark the item"},
+    {Place::Item, "mnuBookMark", "&Bookmark...", "bookmark-new", "Ctrl+D", "Bookmark the item"},
     {Place::Item, "mnuAddLink", "Add &Link", "", "", "Lead from this item to another"},
     {Place::Item, "", "", "", "", ""},
     {Place::Item, "mnuSaveItem", "&Save Item", "document-save", "Ctrl+S", "Save the item now"},
@@ -82,6 +82,7 @@ constexpr CommandRow Rows[] = {
     {Place::Replication, "mnuDBToolsForgetReplicaItem", "&Forget Replica...", "", "", "Strike a child off"},
 
     {Place::View, "mnuViewTreeItem", "&Tree", "", "", "Show or hide the tree"},
+    {Place::View, "mnuViewBookmarks", "&Bookmarks", "", "Ctrl+Shift+B", "Show or hide bookmarks and info"},
     {Place::View, "mnuViewStatusBar", "&Status Bar", "", "", "Show or hide the status bar"},
     {Place::View, "mnuViewLineNumbers", "&Line Numbers", "", "", "Show or hide the numbers of lines of code"},
     {Place::View, "mnuViewWordWrap", "&Word Wrap", "", "", "Break long lines of code at the window's edge"},
@@ -134,6 +135,21 @@ constexpr CommandRow Rows[] = {
 
     {Place::TreeToolbar, "LINK_MODE", "Link Mode", "", "", "Link with another item"},
     {Place::TreeToolbar, "LINK_REMOVE", "Remove Link", "", "", "Remove the link"},
+
+    {Place::BookmarkToolbar, "SINGLE_CLICK", "Single Click", "SINGLE_CLICK", "",
+     "Open a bookmark by a single click, or by a double click"},
+    {Place::BookmarkToolbar, "mnuRemoveBookMark", "&Remove Bookmark", "edit-delete", "",
+     "Remove the selected bookmark"},
+    {Place::BookmarkToolbar, "mnuRemoveAllItem", "Remove &All Bookmarks...", "edit-clear-all", "",
+     "Remove all bookmarks"},
+
+    {Place::BookmarkMenu, "mnuOpenBookMark", "&Open Item", "LINK_GOTO", "", "Go to the bookmarked item"},
+    {Place::BookmarkMenu, "mnuEditBookMark", "&Edit Bookmark...", "edit-rename", "",
+     "Change the description and the group of the bookmark"},
+    {Place::BookmarkMenu, "mnuRenameGroup", "Rename &Group...", "", "", "Give the group another name"},
+    {Place::BookmarkMenu, "mnuRemoveGroup", "Remove G&roup...", "", "", "Remove the group with its bookmarks"},
+
+    {Place::InfoToolbar, "LOCK", "Lock", "UNLOCKED", "", "Keep the page at this item while others are shown"},
 };
 
 } // namespace

@@ -26,7 +26,10 @@ struct CommandRow {
         AddLink,
         WebLinks,
         CodeToolbar,
-        TreeToolbar ///< of the tree's own panel, which has the buttons
+        TreeToolbar, ///< of the tree's own panel, which has the buttons
+        BookmarkToolbar,
+        BookmarkMenu, ///< of the list of bookmarks, with the buttons
+        InfoToolbar
     };
     Place Where;
     const char* Name;    ///< the entry's name, or the button's key

@@ -125,6 +125,8 @@ bool ItemCommands::SaveItem()
                     return false;
                 m_details.ForgetFileDescChanges();
             }
+            if (m_info && !m_info->LeaveKept(m_autoSaveOn))
+                return false;
             CCodeItem* item = m_session.oCodeItem.get();
             bool kept = true;
             if (item && item->Unsaved()) {
@@ -159,6 +161,8 @@ void ItemCommands::mnuSaveItem_Click()
     if (TellOfGoneFile())
         return;
     m_details.SaveFileDescChanges(false);
+    if (m_info)
+        m_info->SaveKept();
     if (!item || !item->Unsaved())
         return;
     const std::shared_ptr<void> wait = m_shell.WaitCursor();
@@ -192,7 +196,6 @@ void ItemCommands::AddCode()
 void ItemCommands::AddUnder(TreeNode& parent)
 {
     Guarded(ModuleName, u"AddCode"_s, [&] {
-        constexpr int NewItemStatus = 2;
         m_view.EndLabelEdit(); // of another item
         if (!m_session.CurrentDatabase || TellOfBar(ItemChange::Add, parent) || !SaveItem())
             return;
@@ -209,7 +212,7 @@ void ItemCommands::AddUnder(TreeNode& parent)
         if (pureLink)
             item->SetDescription(u"*** LINK ITEM ONLY ***"_s);
         else
-            item->SetItemStatus(NewItemStatus);
+            item->SetItemStatus(qint32(ItemStatus::Own));
         item->SetParentKey(ParentKeyOf(parent));
         if (!item->Commit()) {
             ShowSelected(); // as it is stored
@@ -225,6 +228,8 @@ void ItemCommands::AddUnder(TreeNode& parent)
             return LinkNewItem(node, item->Description(), pureLink);
         m_tree.ShowNewItem(std::move(item));
         m_details.SetCurrentView(DetailsTab::Code);
+        if (ItemAdded)
+            ItemAdded();
         ItemMenuEdit();
         m_view.StartLabelEdit(node);
     });

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "panels/ItemInfo.h"
 #include "panels/ItemTreeView.h"
 #include "session/Commands.h"
 #include "session/ItemTree.h"
@@ -46,6 +47,10 @@ public:
     std::function<void()> LibraryHasGone;
     /// Ends a link mode without a link.
     std::function<void()> CancelLinkMode;
+    /// An item was added and is shown.
+    std::function<void()> ItemAdded;
+    /// The info page may be locked to another item, which is saved with the current one from now on.
+    void SetInfo(ItemInfo& info) { m_info = &info; }
 
     /// Adds an item under the selected node and lets the user type its title.
     void AddCode();
@@ -87,6 +92,7 @@ private:
     ShellView& m_shell;
     Commands& m_commands;
     ItemTree& m_tree;
+    ItemInfo* m_info = nullptr;
     bool m_autoSaveOn = true;
     qint64 m_newLinkedItem = 0; ///< to be linked when the editor of its title has closed; 0: none
 };

@@ -124,6 +124,8 @@ QString ItemLinking::AddLink(CLink& link, LinkDirection direction, const QString
     if (direction == LinkDirection::Right) // which leads away from the other item, and is that one's to show
         return u"A new link has been successfully created."_s;
     m_view.AddNewLinkToCombo(link);
+    if (AddNewLinkToList)
+        AddNewLinkToList(link);
     return u"A new link has been successfully created.\r\nNow you can enter a description of the link if you wish."_s;
 }
 
@@ -136,12 +138,16 @@ QString ItemLinking::ExtendLink(CLink& link, LinkDirection direction)
         link.Direction = direction;
         MarkChanged(link);
         ShowLinks();
+        if (direction != LinkDirection::Right && AddNewLinkToList)
+            AddNewLinkToList(link);
         return u"A new link has been successfully created."_s;
     }
     const bool addsLeft = link.Direction == LinkDirection::Right;
     link.Direction = LinkDirection::Both;
     MarkChanged(link);
     m_view.UpdateLinkItemInCombo(link);
+    if (UpdateItemLinkInList)
+        UpdateItemLinkInList(link);
     return addsLeft ? u"Left side of the link (source to target) has been added."_s
                     : u"Right side or the link (target to source) has been added."_s;
 }
@@ -194,18 +200,26 @@ void ItemLinking::DeleteLink(const QString& key)
 {
     Guarded(ModuleName, u"DeleteLink"_s, [&] {
         const std::shared_ptr<CLink> link = m_session.oCodeItem ? m_session.oCodeItem->Links().Item(key) : nullptr;
-        if (!link || !AskRelationshipDelete || !m_commands.Get(u"LINK_REMOVE"_s).Enabled)
+        if (!link || !m_commands.Get(u"LINK_REMOVE"_s).Enabled || !DeleteLinkOf(*m_session.oCodeItem, key))
             return;
-        const std::optional<LinkDirection> left = AskRelationshipDelete(link->Direction);
-        if (!left)
-            return;
-        link->Direction = *left;
-        m_session.oCodeItem->Links().DirtyFlag = true;
-        MarkChanged(*link);
         ShowLinks();
         if (LinksChanged)
             LinksChanged();
     });
+}
+
+bool ItemLinking::DeleteLinkOf(CCodeItem& item, const QString& key)
+{
+    const std::shared_ptr<CLink> link = item.Links().Item(key);
+    const std::optional<LinkDirection> left = link && AskRelationshipDelete ? AskRelationshipDelete(link->Direction)
+                                                                            : std::nullopt;
+    if (!left)
+        return false;
+    link->Direction = *left;
+    link->DirtyFlag = true;
+    item.Links().DirtyFlag = true;
+    item.SetLinksChanged(true);
+    return true;
 }
 
 } // namespace qb

@@ -32,6 +32,8 @@ public:
     void ShowLinks();
     /// Asks how much of a link of the current item is to be removed, which is done when it is saved.
     void DeleteLink(const QString& key);
+    /// The same of an item that need not be the current one, but can be changed. True when the link was changed.
+    bool DeleteLinkOf(CCodeItem& item, const QString& key);
 
     /// Asks what is left of a relationship that is to be removed; nothing when cancelled.
     std::function<std::optional<LinkDirection>(LinkDirection direction)> AskRelationshipDelete;
@@ -41,6 +43,10 @@ public:
     std::function<void(const QString& hint)> ShowHint;
     /// The links of the current item were changed.
     std::function<void()> LinksChanged;
+    /// The current item has a new link that leads from it.
+    std::function<void(const CLink& link)> AddNewLinkToList;
+    /// A link of the current item leads another way.
+    std::function<void(const CLink& link)> UpdateItemLinkInList;
 
 private:
     std::optional<LinkDirection> WantedDirection() const;

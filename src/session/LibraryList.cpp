@@ -83,6 +83,7 @@ bool LibraryList::SetupDBConnection()
             if (!m_session.moSettings)
                 m_session.moSettings = std::make_unique<CSettings>([this] { return m_session.CurrentDatabase.get(); });
             m_session.moSettings->InitializeDatabaseProperties();
+            DatabaseOpened();
             OfferRules(*m_session.CurrentDatabase);
             m_details.FormatingInitialize(*m_session.CurrentDatabase);
             EnableDBToolsMenu();
@@ -97,6 +98,7 @@ bool LibraryList::SetupDBConnection()
 void LibraryList::CloseDatabase()
 {
     m_details.TreeReplaced(); // it and the item refer to the database
+    DatabaseClosing();
     m_session.oCodeItem.reset();
     m_session.CurrentItemKey.clear(); // so that a click on its node opens it anew
     m_tree.ForgetProblems();
@@ -182,6 +184,7 @@ void LibraryList::UpdateGlobalSynchronizationVariables()
         const Recordset properties = database.OpenRecordset(u"Properties"_s);
         m_shell.SetStatusText(properties.IsEmpty() ? QString() : properties[u"LanguageUsed"_s].ToText());
         m_session.CurrentDatabase->ReadReplica();
+        ReplicationRead();
     });
 }
 

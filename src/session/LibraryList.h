@@ -66,6 +66,12 @@ public:
 
     /// Called for a new library of a self-defined language: its words are to be entered.
     std::function<void()> DisplayKeywordDefiner;
+    /// A library was opened, and is not shown yet.
+    std::function<void()> DatabaseOpened = [] {};
+    /// The open library is about to be closed.
+    std::function<void()> DatabaseClosing = [] {};
+    /// What the library says of its part in replication was read anew.
+    std::function<void()> ReplicationRead = [] {};
     /// Another library is open and shown.
     std::function<void()> LibraryShown = [] {};
 

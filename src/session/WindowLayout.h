@@ -35,6 +35,8 @@ public:
     };
     enum State { Normal = 0, Minimised = 1, Maximised = 2 };
     static constexpr int TwipsPerPixel = 15;
+    /// How high the panel of bookmarks may be, so that the upper part of the window keeps the rest.
+    static constexpr int HighestBookmarks = 5000;
 
     /// Reads all but the separators; the place of the window is by default a tenth of the screen
     /// from its corner, at eight tenths of its size.

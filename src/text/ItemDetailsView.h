@@ -9,7 +9,7 @@ class CCodeItem;
 class Library;
 
 /// The tabs of the details panel, by number.
-enum class DetailsTab { Code = 1, Notes = 2, Usage = 3, Files = 4, Links = 5, Info = 6 };
+enum class DetailsTab { Code = 1, Notes = 2, Usage = 3, Files = 4, Links = 5 };
 
 /// What the session needs of the panel that shows the current item.
 class ItemDetailsView {

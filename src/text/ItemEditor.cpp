@@ -39,8 +39,8 @@ const TextRow& RowOf(ItemText text)
 }
 
 /// In the order in which they are looked at for one with content.
-constexpr DetailsTab TabOrder[] = {DetailsTab::Code,  DetailsTab::Notes, DetailsTab::Usage,
-                                   DetailsTab::Files, DetailsTab::Links, DetailsTab::Info};
+constexpr DetailsTab TabOrder[] = {DetailsTab::Code, DetailsTab::Notes, DetailsTab::Usage, DetailsTab::Files,
+                                   DetailsTab::Links};
 
 /// Whether an item that waits for removal or for the mother is to become a regular one.
 bool KeepsDeletedItem(bool isChildReplica)
@@ -217,6 +217,7 @@ bool ItemEditor::StoreAndCommit(bool keep)
     }
     m_shownState = m_item->LastChanged();
     ResetChangedBooleans();
+    Q_EMIT Saved();
     if (keep && KeepingDeletedRecord)
         KeepingDeletedRecord(m_item->Key());
     return true;

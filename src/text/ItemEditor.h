@@ -117,6 +117,8 @@ public:
     std::function<void(const QString& id, const QString& title)> TitleTaken;
 
 Q_SIGNALS:
+    /// The item was written.
+    void Saved();
     /// The text of a tab was changed by the user.
     void TextChanged(qb::DetailsTab tab);
     void ColorizeStateChanged();
@@ -147,7 +149,7 @@ private:
     QPointer<CCodeItem> m_item;
     Library* m_library = nullptr; ///< that it lies in
     std::array<TextState, 3> m_texts;
-    std::array<bool, 7> m_hasContent{}; ///< by the number of the tab
+    std::array<bool, 6> m_hasContent{}; ///< by the number of the tab
     TextRecovery m_recovery;
     Date m_shownState;         ///< LastChanged of the row that is shown
     QString m_itemLanguage;    ///< of its code and usage; empty: the library's

@@ -1,3 +1,4 @@
+#include "panels/ui/ctlBookmarks.h"
 #include "panels/ui/ctlSmartTreeView.h"
 #include "session/ui/frmRelationshipDelete.h"
 #include "support/EditingWindow.h"
@@ -63,7 +64,7 @@ private Q_SLOTS:
         AddLink(QString());
         Open();
         ClickOn(0);
-        Tab(InfoTab);
+        ShowInfo();
         QCOMPARE(LinkList()->topLevelItemCount(), 1);
         QCOMPARE(LinkList()->currentItem()->text(0), u"other"_s);
         QVERIFY(Note()->isEnabled());
@@ -84,7 +85,7 @@ private Q_SLOTS:
     {
         Open();
         ClickOn(0);
-        Tab(InfoTab);
+        ShowInfo();
         StartMode();
         m_prompts->ExpectMsgBox(u"New Link Creation"_s);
         ClickOn(1);
@@ -100,7 +101,7 @@ private Q_SLOTS:
         m_database->Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, Note) VALUES (?, 999, 'second')"_s, {m_item});
         Open();
         ClickOn(0);
-        Tab(InfoTab);
+        ShowInfo();
         QCOMPARE(Note()->toPlainText(), u"first"_s);
         const QRect row = LinkList()->visualItemRect(LinkList()->topLevelItem(1));
         QTest::mouseClick(LinkList()->viewport(), Qt::LeftButton, {}, row.center());
@@ -153,7 +154,7 @@ private Q_SLOTS:
         AddLink(QString());
         Open();
         ClickOn(0);
-        Tab(tab);
+        tab == InfoTab ? ShowInfo() : Tab(tab);
         StartMode();
         m_window->findChild<QWidget*>(focus)->setFocus();
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
@@ -197,7 +198,9 @@ private Q_SLOTS:
     }
 
 private:
-    static constexpr int InfoTab = 5;
+    static constexpr int InfoTab = -1;
+
+    void ShowInfo() { m_window->findChild<ctlBookmarks*>()->SetDisplayedTab(2); }
 
     void AddLink(const QString& note)
     {

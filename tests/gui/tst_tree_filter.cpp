@@ -1,3 +1,4 @@
+#include "panels/ui/ctlBookmarks.h"
 #include "panels/ui/ctlSmartTreeView.h"
 #include "support/EditingWindow.h"
 
@@ -76,7 +77,8 @@ private Q_SLOTS:
         QTest::newRow("notes") << u"rtbNotes"_s << 1;
         QTest::newRow("usage") << u"rtbUsage"_s << 2;
         QTest::newRow("files") << u"lvFiles"_s << 3;
-        QTest::newRow("info") << u"txtInfo"_s << 5;
+        QTest::newRow("info") << u"txtInfo"_s << 0;
+        QTest::newRow("bookmarks") << u"lvBookMarks"_s << 0;
         QTest::newRow("libraries") << u"cboDatabase"_s << 0;
         QTest::newRow("tabs") << u"tbsTabs"_s << 0;
         QTest::newRow("description") << u"txtItemDescription"_s << 0;
@@ -88,6 +90,7 @@ private Q_SLOTS:
         Open();
         ClickOn(0);
         Tab(tab);
+        m_window->findChild<ctlBookmarks*>()->SetDisplayedTab(focus == u"txtInfo"_s ? 2 : 0);
         auto* widget = m_window->findChild<QWidget*>(focus);
         widget->setFocus();
         QVERIFY(QApplication::focusWidget());

@@ -401,6 +401,20 @@ private Q_SLOTS:
         QVERIFY(Tree()->isVisible());
     }
 
+    void browsing_hidesTheBookmarksIfWanted()
+    {
+        SaveSetting(SettingsApplication, u"Settings"_s, u"AutoHideBookmarksWhenBrowsing"_s, u"True"_s);
+        Open();
+        ClickOn(0);
+        auto* panel = m_window->findChild<QWidget*>(u"ctlBookMarkList"_s);
+        QVERIFY(panel->isVisible());
+        Tab(4);
+        QVERIFY(!panel->isVisible());
+        QVERIFY(Action(u"mnuViewBookmarks"_s)->isChecked()); // they are wanted all the same
+        Tab(0);
+        QVERIFY(panel->isVisible());
+    }
+
     void pictures()
     {
         WriteFile(m_folder + QString::number(m_item) + u"/own.png"_s, Png(Qt::darkCyan));

@@ -187,7 +187,7 @@ private:
     void ShowLinks() override {}
     void ShowTabEnabled(DetailsTab tab, bool has) override
     {
-        bool* const flags[] = {nullptr, &Code, &Notes, &Usage, &Files, &Links, nullptr};
+        bool* const flags[] = {nullptr, &Code, &Notes, &Usage, &Files, &Links};
         if (bool* flag = flags[size_t(tab)])
             *flag = has;
     }

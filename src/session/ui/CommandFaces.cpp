@@ -38,8 +38,16 @@ constexpr MenuRow EditMenuRows[] = {
 };
 
 /// Commands that are on or off.
-const char* const Checkable[] = {
-    "SAVE", "mnuAutoSaveItem", "mnuViewTreeItem", "mnuViewStatusBar", "mnuViewLineNumbers", "mnuViewWordWrap"};
+const char* const Checkable[] = {"SAVE",
+                                 "mnuAutoSaveItem",
+                                 "mnuViewTreeItem",
+                                 "mnuViewStatusBar",
+                                 "mnuViewLineNumbers",
+                                 "mnuViewWordWrap",
+                                 "VIEWBOOKMARKS",
+                                 "mnuViewBookmarks",
+                                 "SINGLE_CLICK",
+                                 "LOCK"};
 
 bool IsCheckable(const char* name)
 {
@@ -123,6 +131,16 @@ void CommandFaces::FillToolbar(QToolBar& toolbar, CommandRow::Place place)
             button->setProperty("key", action->objectName());
         Follow(action->objectName());
     }
+}
+
+QList<QAction*> CommandFaces::MakeActions(CommandRow::Place place)
+{
+    QList<QAction*> actions;
+    for (const CommandRow& row : Commands::Table()) {
+        if (row.Where == place)
+            actions << MakeAction(row);
+    }
+    return actions;
 }
 
 void CommandFaces::Follow(const QString& name)

@@ -25,6 +25,8 @@ public:
     QMenu* MenuOf(CommandRow::Place place) const { return m_menus.value(int(place)); }
     /// Adds the buttons of a place, each with its key.
     void FillToolbar(QToolBar& toolbar, CommandRow::Place place);
+    /// The actions of a place that has no menu of its own, in their order.
+    QList<QAction*> MakeActions(CommandRow::Place place);
 
 private:
     void MakeSubMenu(CommandRow::Place place, QMenu& menu, const QString& name);

@@ -1,6 +1,7 @@
 #include "session/ui/frmCodeLib.h"
 
 #include "components/ui/ApplicationTips.h"
+#include "panels/ui/ctlBookmarks.h"
 #include "panels/ui/ctlFileDetails.h"
 #include "panels/ui/ctlSmartTreeView.h"
 #include "platform/dao/DBEngine.h"
@@ -22,6 +23,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLayout>
 #include <QScreen>
 #include <QShortcut>
 #include <QSplitter>
@@ -70,11 +72,14 @@ frmCodeLib::frmCodeLib()
     m_faces = new CommandFaces(*this, m_commands);
     MakeToolbar();
     MakeTextToolbars();
+    MakeBookmarkToolbars();
     ConnectPanels();
     ConnectDetails();
     ConnectFiles();
+    ConnectBookmarks();
     ConnectMenus();
     constexpr QSize Smallest(5000, 4000); // twips
+    m_settling.setSingleShot(true);
     setMinimumSize(Smallest / WindowLayout::TwipsPerPixel);
 }
 
@@ -99,12 +104,10 @@ void frmCodeLib::Form_Load()
         DoStartUp();
         const bool open = m_libraries->SetupDBConnection();
         Trace("library");
-        if (open) {
+        if (open)
             m_tree->FillTree();
-            m_libraries->EnableControls(true);
-        } else {
-            m_libraries->EnableControls(false);
-        }
+        ShowBookmarks(m_bookmarksVisible || !open);
+        m_libraries->EnableControls(open);
         tlbTextFormat->sbTextTomatToolbarInitialize();
         tlbTextFormat->FillMenu(*m_faces->MenuOf(CommandRow::Place::EditFormat));
         m_libraries->NewHistory();
@@ -145,6 +148,9 @@ void frmCodeLib::DoStartUp()
     Guarded(ModuleName, u"DoStartUp"_s, [this] {
         PlaceWindow();
         m_items->SetAutoSaveOn(m_layout.Flag(WindowLayout::AutoSave));
+        ShowBookmarks(m_layout.Flag(WindowLayout::ViewBookMarks));
+        ctlBookMarkList->SetBookmarkSingleClick(m_layout.Flag(WindowLayout::BookmarkSingleClick));
+        m_commands.SetChecked(u"SINGLE_CLICK"_s, ctlBookMarkList->BookmarkSingleClick());
         moSettings_SettingsUpdated();
         m_edit->ReadTextView(Settings());
         m_storedFiles->ShowPreview(Settings().ViewFilePreview());
@@ -201,6 +207,8 @@ void frmCodeLib::resizeEvent(QResizeEvent* event)
 {
     QMainWindow::resizeEvent(event);
     RememberPlace();
+    if (m_settling.isActive())
+        PlaceBookmarks();
 }
 
 void frmCodeLib::showEvent(QShowEvent* event)
@@ -217,8 +225,22 @@ void frmCodeLib::ReadSeparatorPositions()
     const int tree = qMax(tvCodeItems->minimumSizeHint().width(),
                           m_layout.Number(WindowLayout::SubResizerSeparatorPos) / Twips);
     ctlResizer1->setSizes({tree, qMax(1, ctlResizer1->width() - tree)});
+    PlaceBookmarks();
     tvCodeItems->SetSeparatorPosition(m_layout.Number(WindowLayout::CodeItemsSeparatorPos) / Twips);
     m_storedFiles->SetSeparatorPosition(m_layout.Number(WindowLayout::FileSectionSeparatorPos) / Twips);
+}
+
+/// The separator is counted from the top of the window. A maximised window may get its size when it has been
+/// shown for a while; until then the place is not the user's.
+void frmCodeLib::PlaceBookmarks()
+{
+    constexpr int Twips = WindowLayout::TwipsPerPixel;
+    constexpr std::chrono::milliseconds Settles(300);
+    m_settling.start(Settles);
+    m_layout.ReadSeparatorPositions(size() * Twips, tvCodeItems->height() * Twips);
+    layout()->activate(); // for a height that is that of the window
+    const int upper = m_layout.Number(WindowLayout::MainResizerSeparatorPos) / Twips - ctlResizer2->y();
+    ctlResizer2->setSizes({qMax(1, upper), qMax(1, ctlResizer2->height() - ctlResizer2->handleWidth() - upper)});
 }
 
 void frmCodeLib::SaveLayout()
@@ -230,6 +252,11 @@ void frmCodeLib::SaveLayout()
     m_layout.SetNumber(WindowLayout::WindowState, state);
     if (m_layoutRead)
         m_layout.SetNumber(WindowLayout::SubResizerSeparatorPos, ctlResizer1->sizes().value(0) * Twips);
+    if (m_layoutRead && ctlBookMarkList->isVisibleTo(this))
+        m_layout.SetNumber(WindowLayout::MainResizerSeparatorPos,
+                           (ctlResizer2->y() + ctlResizer2->sizes().value(0)) * Twips);
+    m_layout.SetFlag(WindowLayout::ViewBookMarks, m_bookmarksVisible);
+    m_layout.SetFlag(WindowLayout::BookmarkSingleClick, ctlBookMarkList->BookmarkSingleClick());
     m_layout.SetFlag(WindowLayout::AutoSave, m_items->AutoSaveOn());
     if (m_layoutRead && !tvCodeItems->IsShrunk())
         m_layout.SetNumber(WindowLayout::CodeItemsSeparatorPos, tvCodeItems->SeparatorPosition() * Twips);
@@ -293,6 +320,7 @@ void frmCodeLib::Form_Unload()
         m_tree->ClearTreeView();
         if (m_session.MayWrite())
             m_session.moSettings->CountDay(); // writes to the library, so before it closes
+        ctlBookMarkList->Terminate();
         ctlCodeItemDetails->Terminate();
         m_libraries->CloseDatabase();
         DoUnload();

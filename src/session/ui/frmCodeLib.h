@@ -27,6 +27,7 @@ namespace qb {
 
 class ApplicationTips;
 class BrowserToolbar;
+class ctlBookmarks;
 class ctlCodeDetails;
 class ctlFileDetails;
 class CodeToolbar;
@@ -56,6 +57,8 @@ public:
     Library* CurrentDatabase() { return m_session.CurrentDatabase.get(); }
 
     WindowShell& Shell() { return *m_shell; }
+    /// Shows the panel of bookmarks and info, or not.
+    void ShowBookmarks(bool visible);
 
 protected:
     bool event(QEvent* event) override;
@@ -73,6 +76,18 @@ private:
     void MakeFilesToolbar();
     void ConnectPanels();
     void ConnectLinks();
+    void MakeBookmarkToolbars();
+    void ConnectBookmarks();
+    void ConnectInfo();
+    void FollowTree();
+    void RegisterBookmarkCommands();
+    void AddBookmark();
+    void EditBookmark();
+    void OpenBookmark(qint64 item);
+    void ShowBookmarkCommands();
+    void HideBookmarksWhileBrowsing(bool hidden);
+    void RemoveShownLink(const QString& key);
+    void ListChildren();
     void FollowLink(qint64 item);
     void ShowStatusOfItem();
     void ShowLibraryState();
@@ -85,6 +100,7 @@ private:
     void DoStartUp();
     void PlaceWindow();
     void ReadSeparatorPositions();
+    void PlaceBookmarks();
     void SaveLayout();
     void RememberPlace();
     void mnuFile_Click();
@@ -109,8 +125,14 @@ private:
     WindowLayout m_layout;
     bool m_layoutRead = false; ///< the separators are asked for once, when the window is shown
     QSplitter* ctlResizer1 = nullptr;
-    int m_treeWidth = 0;       ///< of the tree before it was shrunk
-    bool m_treeShrunk = false; ///< the splitter is fixed at its small width
+    QSplitter* ctlResizer2 = nullptr;
+    bool m_bookmarksVisible = true;
+    bool m_bookmarksHidden = false; ///< while a web page is shown
+    qint64 m_bookmarkGroup = 0;     ///< of the bookmark that was made last
+    QTimer m_settling;              ///< the window has just been shown, and may get its size yet
+    QTimer m_refreshBookmarks;      ///< items have gone, or the tree was read anew
+    int m_treeWidth = 0;            ///< of the tree before it was shrunk
+    bool m_treeShrunk = false;      ///< the splitter is fixed at its small width
     QMenu* mnuFiles = nullptr;
     QToolBar* tlbMain = nullptr;
     QStackedWidget* CoolBar1 = nullptr; ///< the toolbar that fits the tab
@@ -127,6 +149,7 @@ private:
     ctlSmartTreeView* tvCodeItems = nullptr;
     ctlCodeDetails* ctlCodeItemDetails = nullptr;
     ctlFileDetails* m_storedFiles = nullptr;
+    ctlBookmarks* ctlBookMarkList = nullptr;
     std::unique_ptr<ItemTree> m_tree;
     std::unique_ptr<ItemCommands> m_items;
     std::unique_ptr<ItemDrag> m_drag;

@@ -1,6 +1,7 @@
 // The parts of the main window: panels, menus, toolbar and status bar, and how they are connected.
 
 #include "panels/ui/NodeTreeView.h"
+#include "panels/ui/ctlBookmarks.h"
 #include "panels/ui/ctlFileDetails.h"
 #include "panels/ui/ctlSmartTreeView.h"
 #include "platform/system/Prompts.h"
@@ -87,7 +88,16 @@ void frmCodeLib::MakePanels()
     ctlResizer1->addWidget(right);
     ctlResizer1->setChildrenCollapsible(false);
     ctlResizer1->setStretchFactor(1, 1);
-    setCentralWidget(ctlResizer1);
+    ctlBookMarkList = new ctlBookmarks;
+    ctlBookMarkList->setObjectName(u"ctlBookMarkList"_s);
+    ctlBookMarkList->setMaximumHeight(WindowLayout::HighestBookmarks / WindowLayout::TwipsPerPixel);
+    ctlResizer2 = new QSplitter(Qt::Vertical);
+    ctlResizer2->setObjectName(u"ctlResizer2"_s);
+    ctlResizer2->addWidget(ctlResizer1);
+    ctlResizer2->addWidget(ctlBookMarkList);
+    ctlResizer2->setChildrenCollapsible(false);
+    ctlResizer2->setStretchFactor(0, 1);
+    setCentralWidget(ctlResizer2);
 }
 
 void frmCodeLib::MakeToolbar()
@@ -183,6 +193,7 @@ void frmCodeLib::ConnectPanels()
         ShowLibraryState();
         m_linking->ShowLinks();
         tvCodeItems->UpdateDescription(ctlCodeItemDetails->Description());
+        ctlBookMarkList->SetItemText(m_session.oCodeItem ? m_session.oCodeItem->Title() : QString());
     };
     connect(m_shell, &WindowShell::LibraryChosen, this, [this] { m_libraries->cboDatabase_Click(); });
     connect(m_shell, &WindowShell::AliasEntered, this,
@@ -213,7 +224,9 @@ void frmCodeLib::ConnectLinks()
         m_shell->ShowHint(hint);
         m_endLinkMode->setEnabled(!hint.isEmpty());
     };
-    m_linking->LinksChanged = [this] { ctlCodeItemDetails->ShowLinks(); };
+    m_linking->LinksChanged = [this] { ctlBookMarkList->ShowItem(); };
+    m_linking->AddNewLinkToList = [this](const CLink& link) { ctlBookMarkList->AddNewLinkToList(link); };
+    m_linking->UpdateItemLinkInList = [this](const CLink& link) { ctlBookMarkList->UpdateItemLinkInList(link); };
     m_items->LibraryHasGone = [this] { ShowLibraryState(); };
     m_items->CancelLinkMode = [this] { m_linking->CancelLinkMode(); };
     m_linking->AskDirection = [this] { return AskLinkDirection(this); };
@@ -312,6 +325,7 @@ void frmCodeLib::CurrentViewChanged()
     ShowTextToolbar();
     m_edit->ShowColorizeState();
     ShowLanguage();
+    HideBookmarksWhileBrowsing(isLinks && m_session.moSettings && Settings().AutoHideBookmarksWhenBrowsing());
     tvCodeItems->AutoHideTree(isLinks && m_session.moSettings && Settings().AutoHideTreeWhenBrowsing());
     if (isLinks)
         m_page->LinksTabShown();

@@ -9,7 +9,6 @@
 #include "text/ui/CodeBox.h"
 #include "text/ui/ColorizeProgress.h"
 #include "text/ui/FindBar.h"
-#include "text/ui/LinkNotes.h"
 #include "text/ui/PlainLabel.h"
 #include "text/ui/RichTextBox.h"
 #include "text/ui/WelcomeView.h"
@@ -19,7 +18,6 @@
 
 #include <QKeyEvent>
 #include <QLabel>
-#include <QPlainTextEdit>
 #include <QStackedWidget>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -41,7 +39,7 @@ struct TabRow {
 constexpr TabRow TabRows[] = {
     {DetailsTab::Code, "&Code", "CODE", "DIS_CODE"},         {DetailsTab::Notes, "&Notes", "NOTES", "DIS_NOTES"},
     {DetailsTab::Usage, "&Usage", "USAGE", "DIS_USAGE"},     {DetailsTab::Files, "Fi&les", "FILES", "DIS_FILES"},
-    {DetailsTab::Links, "&Web Links", "LINKS", "DIS_LINKS"}, {DetailsTab::Info, "Inf&o", "INFO", "DIS_INFO"},
+    {DetailsTab::Links, "&Web Links", "LINKS", "DIS_LINKS"},
 };
 
 int IndexOf(DetailsTab tab)
@@ -105,8 +103,7 @@ void ctlCodeDetails::MakeTabs()
     m_tabs->setObjectName(u"tbsTabs"_s);
     m_tabs->setDocumentMode(true);
     m_tabs->setCornerWidget(imgLabel);
-    const std::array<QWidget*, std::size(TabRows)> pages{rtbCode,    rtbNotes, rtbUsage,
-                                                         m_filePage, webLinks, MakeInfoPage()};
+    const std::array<QWidget*, std::size(TabRows)> pages{rtbCode, rtbNotes, rtbUsage, m_filePage, webLinks};
     for (size_t i = 0; i < pages.size(); ++i)
         m_tabs->addTab(pages[i], QString::fromLatin1(TabRows[i].Title));
     for (const TabRow& row : TabRows)
@@ -115,22 +112,6 @@ void ctlCodeDetails::MakeTabs()
     connect(m_tabs, &QTabWidget::currentChanged, this, &ctlCodeDetails::CurrentViewChanged);
     connect(this, &ctlCodeDetails::CurrentViewChanged, imgLabel,
             [this] { imgLabel->setVisible(CurrentView() == DetailsTab::Links); });
-}
-
-QWidget* ctlCodeDetails::MakeInfoPage()
-{
-    txtInfo = new QPlainTextEdit;
-    txtInfo->setObjectName(u"txtInfo"_s);
-    txtInfo->setReadOnly(true);
-    txtInfo->setFrameShape(QFrame::NoFrame);
-    m_linkNotes = new LinkNotes;
-    auto* page = new QWidget;
-    auto* layout = new QVBoxLayout(page);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
-    layout->addWidget(txtInfo, 1);
-    layout->addWidget(m_linkNotes, 1);
-    return page;
 }
 
 void ctlCodeDetails::resizeEvent(QResizeEvent* event)
@@ -171,6 +152,7 @@ void ctlCodeDetails::ConnectBox(Box* box)
 void ctlCodeDetails::ConnectTexts()
 {
     connect(&m_editor, &ItemEditor::TextChanged, this, &ctlCodeDetails::TextEdited);
+    connect(&m_editor, &ItemEditor::Saved, this, &ctlCodeDetails::FactsChanged);
     connect(&m_sections, &ItemSections::HeaderMissing, this, &ctlCodeDetails::HeaderMissing);
     connect(&m_sections, &ItemSections::SectionDeleted, this, &ctlCodeDetails::SectionDeleted);
     connect(&m_sections, &ItemSections::SectionsTakenBack, this, &ctlCodeDetails::EditStateChanged);
@@ -255,6 +237,7 @@ void ctlCodeDetails::Initialise(Library* library, CCodeItem* item)
             ctlFileDetails1->Terminate();
         m_welcome->ShowLibrary(library);
         m_pages->setCurrentIndex(0);
+        Q_EMIT ItemInitialised(nullptr);
         Q_EMIT CurrentViewChanged();
         return;
     }
@@ -265,6 +248,7 @@ void ctlCodeDetails::Initialise(Library* library, CCodeItem* item)
     DisplayTabWithContent();
     m_pages->setCurrentIndex(1);
     mFT.ReadValues();
+    Q_EMIT ItemInitialised(item);
     Q_EMIT CurrentViewChanged();
 }
 
@@ -274,6 +258,7 @@ void ctlCodeDetails::TreeReplaced()
     if (ctlFileDetails1)
         ctlFileDetails1->Terminate();
     m_pages->setCurrentIndex(0);
+    Q_EMIT ItemInitialised(nullptr);
     Q_EMIT CurrentViewChanged();
 }
 
@@ -311,7 +296,6 @@ void ctlCodeDetails::UnzipToDirectory()
 void ctlCodeDetails::SetLocked(bool locked)
 {
     m_editor.SetLocked(locked);
-    m_linkNotes->SetLocked(locked);
     if (ctlFileDetails1)
         ctlFileDetails1->SetLocked(locked);
 }
@@ -322,14 +306,12 @@ void ctlCodeDetails::ShowFacts(CCodeItem& item)
     const QString description = item.Description();
     m_description->setText(description);
     m_description->setVisible(!description.isEmpty());
-    txtInfo->setPlainText(item.Info());
-    SetTabEnabled(DetailsTab::Info, !item.Info().isEmpty());
-    ShowLinks();
+    Q_EMIT FactsChanged();
 }
 
 void ctlCodeDetails::ShowLinks()
 {
-    m_linkNotes->ShowLinks(m_editor.Item());
+    Q_EMIT FactsChanged();
 }
 
 void ctlCodeDetails::ShowStage(const QString& stage)

@@ -8,7 +8,6 @@
 #include <QWidget>
 
 class QLabel;
-class QPlainTextEdit;
 class QStackedWidget;
 class QTabWidget;
 
@@ -16,11 +15,10 @@ namespace qb {
 
 class ColorizeProgress;
 class FileDetailsView;
-class LinkNotes;
 class WelcomeView;
 
 /// The panel that shows and edits the current item: its title and description, and a tab each for
-/// code, notes, usage, stored files, the web page and info, whose images tell which of them have
+/// code, notes, usage, stored files and the web page, whose images tell which of them have
 /// content. With no item it shows the welcome page. It lays out and forwards: what becomes of the texts is
 /// decided by ItemEditor, ItemSections and CodeKeys.
 class ctlCodeDetails : public QWidget,
@@ -70,9 +68,6 @@ public:
     int CurrentTab() const { return int(CurrentView().value_or(DetailsTab{})); }
     /// Stays on the tab it is on if that has content, or goes to the first that has.
     void DisplayTabWithContent() override;
-    /// The links of the item are other ones.
-    void ShowLinks() override;
-
     /// The box of the visible tab; null where there is none.
     UserTextBox* CurrentBox() const;
     /// The selected text of the visible box.
@@ -82,6 +77,10 @@ public:
     void WelcomeBrowserNavigate(const QString& page);
 
 Q_SIGNALS:
+    /// Another item is shown, or, with null, none.
+    void ItemInitialised(qb::CCodeItem* item);
+    /// What is known of the item beside its texts may be another: it was saved, or another program has written to it.
+    void FactsChanged();
     /// The text of a tab was changed by the user.
     void TextChanged(qb::DetailsTab tab);
     void CurrentViewChanged();
@@ -118,11 +117,11 @@ protected:
 private:
     // ItemEditorView
     void ShowFacts(CCodeItem& item) override;
+    void ShowLinks() override;
     void ShowTabEnabled(DetailsTab tab, bool hasContent) override;
     void ShowStage(const QString& stage) override;
 
     QWidget* MakeItemPage();
-    QWidget* MakeInfoPage();
     void MakeTabs();
     void ConnectWelcomePage();
     void ConnectBoxes();
@@ -143,8 +142,6 @@ private:
     QLabel* m_description = nullptr;
     QLabel* m_lockedState = nullptr;
     QTabWidget* m_tabs = nullptr;
-    QPlainTextEdit* txtInfo = nullptr;
-    LinkNotes* m_linkNotes = nullptr;
     QWidget* m_filePage = nullptr; ///< holds the list of stored files
     FileDetailsView* ctlFileDetails1 = nullptr;
     QString m_htmlFolder;    ///< of the open library
