@@ -188,7 +188,7 @@ void ItemInfo::SetRating(qint32 rating)
     Q_EMIT Changed();
 }
 
-/// Nothing is told: who types sees it.
+/// Nothing that is shown changes by it: who types sees it.
 void ItemInfo::SetInfo(const QString& text)
 {
     const QString info = QString(text).replace(u"\r\n"_s, u"\n"_s).replace(u'\n', u"\r\n"_s);
@@ -196,6 +196,8 @@ void ItemInfo::SetInfo(const QString& text)
         return;
     Item()->SetInfo(info);
     Item()->SetItemChanged(true);
+    if (ShowsCurrent())
+        Q_EMIT InfoTyped();
 }
 
 void ItemInfo::LinksEdited()

@@ -101,6 +101,8 @@ Q_SIGNALS:
     /// What is shown of the item has changed by its own.
     void Changed();
     void LockChanged();
+    /// The info of the current item was typed.
+    void InfoTyped();
 
 private:
     bool MayChange() const { return Item() && MayEdit(); }

@@ -274,7 +274,18 @@ std::optional<UnsavedTexts> ItemEditor::Unsaved() const
         unsaved.*row.Unsaved = Box(row.Text).IsEmpty() ? QString() : Box(row.Text).TextBox().TextRTF();
         any = true;
     }
+    const Value& info = m_item->OwnValue(CCodeItem::InfoColumn);
+    if (m_item->ItemChanged() && !(info == m_item->ReadValue(CCodeItem::InfoColumn))) {
+        unsaved.Info = info.ToText();
+        any = true;
+    }
     return any ? std::optional(unsaved) : std::nullopt;
+}
+
+void ItemEditor::InfoTyped()
+{
+    if (m_item && !m_locked)
+        m_recovery.Typed();
 }
 
 bool ItemEditor::ShowUnsaved(const UnsavedTexts& unsaved)
@@ -293,6 +304,11 @@ bool ItemEditor::ShowUnsaved(const UnsavedTexts& unsaved)
         if (unsaved.*RowOf(text).Unsaved)
             SectionBits(*m_item, text == ItemText::Code)
                 .SetAll(CodeSections(Box(text).TextBox(), mFT.CommentIdentifier()).Present());
+    }
+    if (unsaved.Info) {
+        m_item->SetInfo(*unsaved.Info);
+        m_item->SetItemChanged(true);
+        m_view.ShowFacts(*m_item);
     }
     m_view.DisplayTabWithContent();
     KeepUnsavedTexts();

@@ -109,6 +109,8 @@ public:
 
     /// Shows them, as if they were typed. False when the item is not the current one, or is locked.
     bool ShowUnsaved(const UnsavedTexts& unsaved);
+    /// The info of the item was typed, wherever it is shown.
+    void InfoTyped();
     /// Writes at once what was typed and not saved; the program may end any moment.
     void KeepUnsavedTexts() { m_recovery.Keep(); }
 

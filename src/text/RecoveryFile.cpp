@@ -20,8 +20,10 @@ struct TextRow {
     const char* Name;
     std::optional<QString> UnsavedTexts::*Text;
 };
-constexpr TextRow TextRows[] = {
-    {"code", &UnsavedTexts::Code}, {"notes", &UnsavedTexts::Notes}, {"usage", &UnsavedTexts::Usage}};
+constexpr TextRow TextRows[] = {{"code", &UnsavedTexts::Code},
+                                {"notes", &UnsavedTexts::Notes},
+                                {"usage", &UnsavedTexts::Usage},
+                                {"info", &UnsavedTexts::Info}};
 
 } // namespace
 

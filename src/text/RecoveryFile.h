@@ -15,6 +15,7 @@ struct UnsavedTexts {
     std::optional<QString> Code; ///< RTF; nothing for a text that was not edited
     std::optional<QString> Notes;
     std::optional<QString> Usage;
+    std::optional<QString> Info = {}; ///< plain
 };
 
 /// The file that keeps a library's unsaved texts while they are typed, so that they survive the

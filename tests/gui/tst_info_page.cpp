@@ -140,6 +140,23 @@ private Q_SLOTS:
         QCOMPARE(Info()->toPlainText(), QString());
     }
 
+    void infoThatWasTyped_survivesTheProgram()
+    {
+        Show();
+        ClickOn(0);
+        QTest::keyClicks(Info(), u"kept"_s);
+        QTRY_COMPARE(UnsavedFiles().size(), 1);
+        m_window.reset(); // as by a power cut
+        QCOMPARE(Read(u"Info"_s), QString());
+        m_prompts->ExpectMsgBox(u"Unsaved Changes"_s, MsgBoxResult::Yes);
+        Open();
+        QCOMPARE(Tree()->currentIndex(), Child(0));
+        QCOMPARE(Info()->toPlainText(), u"kept"_s);
+        ClickOn(1);
+        QCOMPARE(Read(u"Info"_s), u"kept"_s);
+        QCOMPARE(UnsavedFiles(), QStringList());
+    }
+
     void lookAtAnItem_changesNothing()
     {
         m_database->Execute(u"UPDATE Items SET Info = 'a' || char(10) || 'b', ItemStatus = 77, ItemRating = 77, "

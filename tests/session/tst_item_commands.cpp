@@ -283,7 +283,59 @@ private Q_SLOTS:
         QVERIFY(!s->Items.AutoSaveOn());
     }
 
+    void itemOfTheInfoPage_isSavedWithTheCurrentOne()
+    {
+        Fill();
+        ItemInfo info;
+        LockTo(info, u"a"_s);
+        info.SetRating(6);
+        s->Click(u"a1"_s);
+        QCOMPARE(RatingOf(u"a"_s), 6);
+        s->Click(u"b"_s);
+        info.InitialiseItem(s->State.oCodeItem.get());
+        info.SetRating(8);
+        s->Items.mnuSaveItem_Click();
+        QCOMPARE(RatingOf(u"a"_s), 8);
+    }
+
+    void itemOfTheInfoPage_isAskedAboutWithoutAutoSave()
+    {
+        Fill();
+        ItemInfo info;
+        LockTo(info, u"a"_s);
+        s->Items.SetAutoSaveOn(false);
+        info.SetRating(6);
+        s->Script.ExpectMsgBox(u"Save Item"_s, MsgBoxResult::No);
+        s->Click(u"a1"_s);
+        QCOMPARE(RatingOf(u"a"_s), 0);
+    }
+
+    void itemOfTheInfoPageThatCantBeSaved_keepsTheCurrentOne()
+    {
+        Fill();
+        ItemInfo info;
+        LockTo(info, u"a"_s);
+        info.SetInfo(u"word"_s);
+        RefuseWord(*s->State.CurrentDatabase, u"Items"_s, u"Info"_s, u"word"_s);
+        s->Script.ExpectError();
+        s->Script.ExpectMsgBox(u"Save Item"_s, MsgBoxResult::No);
+        QVERIFY(!s->Items.SaveItem());
+        QVERIFY(info.KeptUnsaved());
+        s->State.CurrentDatabase->Execute(u"DROP INDEX refuse"_s);
+        QVERIFY(s->Items.SaveItem());
+    }
+
     // Adding
+
+    void newItem_isTold()
+    {
+        Fill();
+        int told = 0;
+        s->Items.ItemAdded = [&told] { ++told; };
+        s->Click(u"a"_s);
+        s->Items.AddCode();
+        QCOMPARE(told, 1);
+    }
 
     void newItem_standsLastUnderTheSelectedOne()
     {
@@ -925,6 +977,23 @@ private Q_SLOTS:
     }
 
 private:
+    /// The info page stays at an item, and another one is current.
+    void LockTo(ItemInfo& info, const QString& title)
+    {
+        s->Items.SetInfo(info);
+        info.SetLibrary(s->State.CurrentDatabase.get());
+        s->Click(title);
+        info.InitialiseItem(s->State.oCodeItem.get());
+        QVERIFY(info.ToggleLock());
+        s->Click(u"b"_s);
+        info.InitialiseItem(s->State.oCodeItem.get());
+    }
+    qint64 RatingOf(const QString& title)
+    {
+        return s->State.CurrentDatabase->QueryValue(u"SELECT ItemRating FROM Items WHERE Title = ?"_s, {title})
+            .ToLong();
+    }
+
     /// a(a1 a2) b
     void Fill()
     {

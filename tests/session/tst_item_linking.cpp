@@ -274,6 +274,38 @@ private Q_SLOTS:
         QCOMPARE(s->View.Links, QStringList{u"target>"_s});
     }
 
+    void listOfLinks_isToldOfThoseThatLeadFromTheItem()
+    {
+        QStringList told;
+        m_linking->AddNewLinkToList = [&](const CLink& link) { told << u"new "_s + link.LinkedItemTitle; };
+        m_linking->UpdateItemLinkInList = [&](const CLink& link) { told << u"both "_s + link.LinkedItemTitle; };
+        Link(LinkMode::OneWayTo, u"target"_s); // leads to it
+        QCOMPARE(told, QStringList());
+        Link(LinkMode::OneWayFrom, u"target"_s);
+        QCOMPARE(told, QStringList{u"both target"_s});
+        Link(LinkMode::OneWayFrom, u"folder"_s);
+        QCOMPARE(told, (QStringList{u"both target"_s, u"new folder"_s}));
+    }
+
+    void linkOfAnotherItem_isRemovedWithoutATouchOfTheCurrentOne()
+    {
+        Link(LinkMode::OneWayFrom, u"target"_s);
+        QVERIFY(s->Items.SaveItem());
+        s->Click(u"target"_s);
+        CCodeItem other;
+        other.Initialise(*s->State.CurrentDatabase, QString::number(s->Node(u"source"_s).Id));
+        const QString key = CLinks::KeyOf(s->Node(u"target"_s).Id);
+        m_linking->AskRelationshipDelete = [](LinkDirection) -> std::optional<LinkDirection> { return {}; };
+        QVERIFY(!m_linking->DeleteLinkOf(other, key));
+        m_linking->AskRelationshipDelete = [](LinkDirection) { return std::optional(LinkDirection::None); };
+        QVERIFY(!m_linking->DeleteLinkOf(other, u"L99"_s));
+        QVERIFY(!other.LinksChanged());
+        QVERIFY(m_linking->DeleteLinkOf(other, key));
+        QVERIFY(!s->State.oCodeItem->LinksChanged());
+        QVERIFY(other.Commit());
+        QCOMPARE(Rows(), QString());
+    }
+
 private:
     void Link(LinkMode mode, const QString& title, const QString& message = {})
     {

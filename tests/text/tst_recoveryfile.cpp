@@ -24,7 +24,8 @@ private Q_SLOTS:
                     .LastChanged = changed,
                     .Code = u"{\\rtf1 \u00e9 \"x\"\r\n}"_s,
                     .Notes = QString(u""_s),
-                    .Usage = {}});
+                    .Usage = {},
+                    .Info = u"plain\r\n'\""_s});
         const auto texts = file.Read();
         QVERIFY(texts);
         QCOMPARE(texts->Item, 1LL << 40);
@@ -32,6 +33,7 @@ private Q_SLOTS:
         QCOMPARE(texts->Code, std::optional(u"{\\rtf1 \u00e9 \"x\"\r\n}"_s));
         QVERIFY(texts->Notes && texts->Notes->isEmpty());
         QVERIFY(!texts->Usage);
+        QCOMPARE(texts->Info, std::optional(u"plain\r\n'\""_s));
         file.Remove();
         QVERIFY(!file.Read());
     }

@@ -240,7 +240,9 @@ void ItemInfoPage::ShowItem()
     m_changed->setText(item ? DayAndTime(item->LastChanged()) : u"\u2013"_s);
     ShowText(item ? item->Info() : QString());
     txtInfo->setReadOnly(!mayEdit);
-    txtInfo->setPlaceholderText(item && mayEdit ? u"Where it comes from, what it needs, who knows more"_s : QString());
+    txtInfo->setPlaceholderText(!item     ? u"No item is shown."_s
+                                : mayEdit ? u"Where it comes from, what it needs, who knows more"_s
+                                          : QString());
     m_links->ShowLinks(item);
     m_links->SetLocked(!mayEdit);
     picInfo->setToolTip(m_info.WhyNot());

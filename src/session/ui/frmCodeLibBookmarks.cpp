@@ -83,6 +83,7 @@ void frmCodeLib::ConnectInfo()
         ctlBookMarkList->ShowItem();
         ctlBookMarkList->UpdateDatabaseSize();
     });
+    connect(&info, &ItemInfo::InfoTyped, &ctlCodeItemDetails->Editor(), &ItemEditor::InfoTyped);
     connect(&info, &ItemInfo::LockChanged, this, [this, &info] {
         const bool locked = info.Locked();
         m_commands.SetChecked(u"LOCK"_s, locked);
