@@ -12,6 +12,7 @@ using namespace Qt::StringLiterals;
 namespace {
 constexpr const char* DataVariable = "QUILLBASE_DATA_HOME";
 constexpr const char* ConfigVariable = "QUILLBASE_CONFIG_HOME";
+constexpr const char* CacheVariable = "QUILLBASE_CACHE_HOME";
 
 void Restore(const char* variable, const QByteArray& value)
 {
@@ -21,18 +22,21 @@ void Restore(const char* variable, const QByteArray& value)
 
 TemporaryHome::TemporaryHome()
     : m_folder(QDir::tempPath() + u"/quill base ßé-XXXXXX"_s), m_dataBefore(qgetenv(DataVariable)),
-      m_configBefore(qgetenv(ConfigVariable))
+      m_configBefore(qgetenv(ConfigVariable)),
+      m_cacheBefore(qgetenv(CacheVariable))
 {
     QDir().mkpath(Path(u"data"_s));
     QDir().mkpath(Path(u"config"_s));
     qputenv(DataVariable, QFile::encodeName(Path(u"data"_s)));
     qputenv(ConfigVariable, QFile::encodeName(Path(u"config"_s)));
+    qputenv(CacheVariable, QFile::encodeName(Path(u"cache"_s)));
 }
 
 TemporaryHome::~TemporaryHome()
 {
     Restore(DataVariable, m_dataBefore);
     Restore(ConfigVariable, m_configBefore);
+    Restore(CacheVariable, m_cacheBefore);
 }
 
 QString TemporaryHome::Path(const QString& name) const

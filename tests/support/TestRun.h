@@ -24,6 +24,7 @@ private:
     QTemporaryDir m_folder;
     QByteArray m_dataBefore;
     QByteArray m_configBefore;
+    QByteArray m_cacheBefore;
 };
 
 /// A clock that stands until it is set.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/dao/FileStamp.h"
 #include "platform/dao/Recordset.h"
 #include "platform/dao/Schema.h"
 #include "platform/dao/Statement.h"
@@ -37,6 +38,8 @@ public:
     /// The full path of the file of a schema; empty when there is none.
     QString NameOf(const QString& schema) const;
     bool IsReadOnly(const QString& schema = MainSchema) const;
+    /// What the main file is like at the last commit. What is read later is of that state or a later one.
+    FileStamp Stamp();
 
     /// Opens a second file on this connection, under the name @p schema: a word of small letters. It is held
     /// to what OpenDatabase holds a file to, and raises the same errors; 3045 when it is open here already, 5

@@ -5,10 +5,14 @@
 #include "platform/dao/OpeningChecks.h"
 #include "platform/dao/StatementLimit.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QUrl>
+#include <QtEndian>
+#include <array>
 #include <sqlite3.h>
+#include <sys/stat.h>
 
 namespace qb {
 
@@ -48,6 +52,30 @@ QString Database::NameOf(const QString& schema) const
 bool Database::IsReadOnly(const QString& schema) const
 {
     return sqlite3_db_readonly(m_connection, schema.toUtf8().constData()) != 0;
+}
+
+FileStamp Database::Stamp()
+{
+    constexpr sqlite3_int64 CommitsInHeader = 24; // the number of pages stands behind it
+    struct stat state {};
+    ::stat(QFile::encodeName(m_name).constData(), &state);
+    std::array<uchar, 8> counts{};
+    // While a statement reads, nobody is in the middle of a commit. A file that is opened beside the engine would take
+    // its locks away when it is closed, so the engine's own one is read.
+    Statement reading = Query(u"SELECT 1 FROM sqlite_schema LIMIT 1"_s);
+    reading.Step();
+    sqlite3_file* file = nullptr;
+    sqlite3_file_control(m_connection, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    const int code = file && file->pMethods
+                         ? file->pMethods->xRead(file, counts.data(), int(counts.size()), CommitsInHeader)
+                         : SQLITE_CANTOPEN;
+    if (code != SQLITE_OK)
+        Raise(code, u"Database::Stamp"_s);
+    constexpr qint64 Nanoseconds = 1'000'000'000;
+    return {.Commits = qFromBigEndian<quint32>(counts.data()),
+            .Pages = qFromBigEndian<quint32>(counts.data() + 4),
+            .Inode = state.st_ino,
+            .Modified = qint64(state.st_mtim.tv_sec) * Nanoseconds + state.st_mtim.tv_nsec};
 }
 
 void Database::RefuseToAttach(const QString& path, const QString& schema) const

@@ -113,6 +113,12 @@ QString Statement::Text(int column) const
     return QString::fromUtf8(text, sqlite3_column_bytes(m_statement, column));
 }
 
+QByteArrayView Statement::RawText(int column) const
+{
+    const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(m_statement, column));
+    return {text, text ? qsizetype(sqlite3_column_bytes(m_statement, column)) : 0};
+}
+
 bool Statement::IsNull(int column) const
 {
     return sqlite3_column_type(m_statement, column) == SQLITE_NULL;

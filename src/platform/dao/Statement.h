@@ -38,6 +38,8 @@ public:
     qint64 Long(int column) const;
     QString Text(int column) const;
     bool IsNull(int column) const;
+    /// The text as it lies in the file, in UTF-8, until the next row; empty for Null.
+    QByteArrayView RawText(int column) const;
 
 private:
     Database* m_database;

@@ -90,6 +90,15 @@ QString ConfigFolder()
                       + QStringLiteral("/KTQuillbase"));
 }
 
+QString CacheFolder()
+{
+    const QString redirected = qEnvironmentVariable("QUILLBASE_CACHE_HOME");
+    if (!redirected.isEmpty())
+        return MadeFolder(QFileInfo(redirected).absoluteFilePath());
+    return MadeFolder(QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation)
+                      + QStringLiteral("/KTQuillbase"));
+}
+
 QString SharedPath(const QString& name)
 {
     const QString own = QCoreApplication::applicationDirPath();

@@ -37,6 +37,10 @@ QString ApplicationFolder();
 /// in its place. The folder is made when it is missing.
 QString ConfigFolder();
 
+/// The folder of what can be made again at any time, ending in a separator: that of the user's caches;
+/// QUILLBASE_CACHE_HOME puts another in its place. The folder is made when it is missing.
+QString CacheFolder();
+
 /// A file or folder that comes with the program: in ../share/quillbase beside the folder of the
 /// executable where it is installed, beside the executable or its folder where it was built.
 QString SharedPath(const QString& name);
