@@ -42,6 +42,8 @@ int RemoveDeleted(const QStringList& words);
 int Bookmarks(const QStringList& words);
 int Bookmark(const QStringList& words);
 int BookmarkRemove(const QStringList& words);
+// Find
+int Find(const QStringList& words);
 
 // Stored files
 int Attach(const QStringList& words);

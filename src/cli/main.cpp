@@ -41,6 +41,11 @@ constexpr CommandEntry Table[] = {
     {"bookmark", "LIB ID --group G [--text T]",
      "bookmark an item in a group, which is made where there is none of that name; prints the bookmark's ID", Bookmark},
     {"bookmark-remove", "LIB ID", "remove a bookmark, by its own ID", BookmarkRemove},
+    {"find",
+     "LIB TEXT [--all|--regex] [--case|--ignore-case] [--word] [--accents] [--in FIELD,...] [--branch ID] "
+     "[--since DATE] [--status N] [--rating N] [--language NAME] [--limit N] [--deadline SECONDS] "
+     "[--replace TEXT [--dry-run]]",
+     "look for a text in all texts of all items; --replace puts another in its place", Find},
     {"attach", "LIB ID FILE... [--zip each|all NAME] [--description TEXT]",
      "store files with an item; prints their IDs", Attach},
     {"files", "LIB ID", "the files stored with an item", Files},
