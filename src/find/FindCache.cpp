@@ -2,6 +2,7 @@
 
 #include "find/TextPipeline.h"
 #include "platform/system/Clock.h"
+#include "platform/system/Interims.h"
 #include "platform/system/Paths.h"
 
 #include <QCryptographicHash>
@@ -366,8 +367,9 @@ void FindCache::Discard()
 void FindCache::RemoveForgottenFiles() const
 {
     constexpr qint64 Days = 180;
-    const QFileInfoList files =
-        QFileInfo(m_file.Path()).dir().entryInfoList({u"*.qbfind"_s, u".*.qbfind.*.new"_s}, QDir::Files | QDir::Hidden);
+    const QDir folder = QFileInfo(m_file.Path()).dir();
+    RemoveStaleInterims(folder.path());
+    const QFileInfoList files = folder.entryInfoList({u"*.qbfind"_s}, QDir::Files);
     for (const QFileInfo& file : files) {
         if (Date::FromDateTime(file.lastModified()).AddDays(Days) < Clock::Now())
             QFile::remove(file.filePath());

@@ -1,6 +1,7 @@
 #include "find/FindCacheFile.h"
 
 #include "platform/system/FileReplace.h"
+#include "platform/system/Interims.h"
 #include "platform/system/RuntimeError.h"
 
 #include <QRandomGenerator>
