@@ -1,5 +1,7 @@
 #include "session/ItemTree.h"
 
+#include "platform/dao/StatementLimit.h"
+#include "session/LoadTree.h"
 #include "store/ItemBranch.h"
 #include "store/Library.h"
 #include "support/ErrorRoutine.h"
@@ -115,6 +117,7 @@ void ItemTree::BuildNodes()
         return;
     std::vector<qint64> parents{0}; // by node, as the descriptions
     std::vector<QString> descriptions{QString()};
+    const StatementLimit limit(*m_session.CurrentDatabase, LongestTreeTime);
     Statement rows = m_session.CurrentDatabase->Query(TreeQuery());
     while (rows.Step()) {
         TreeNode& node = nodes.Add(rows.Long(0), rows.Text(2), TreeImage::FOLDER);

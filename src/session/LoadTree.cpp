@@ -1,12 +1,15 @@
 #include "session/LoadTree.h"
 
+#include "platform/dao/StatementLimit.h"
 #include "platform/system/RuntimeError.h"
 #include "session/ItemTree.h"
 
 namespace qb {
 
-std::vector<qint64> LoadTree(Database& database, TreeNodes& nodes, const QString& root)
+std::vector<qint64> LoadTree(Database& database, TreeNodes& nodes, const QString& root,
+                             std::chrono::milliseconds atMost)
 {
+    const StatementLimit limit(database, atMost);
     nodes.BeginBuild();
     nodes.Clear();
     nodes.Add(0, root, TreeImage::OBJECTS);

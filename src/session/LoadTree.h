@@ -3,13 +3,18 @@
 #include "panels/TreeNodes.h"
 #include "platform/dao/Database.h"
 
+#include <chrono>
 #include <vector>
 
 namespace qb {
 
+/// What the reading of a tree may take: a hundred times what one of a million items does.
+inline constexpr std::chrono::milliseconds LongestTreeTime = std::chrono::seconds(20);
+
 /// Reads all items of a library into @p nodes, below a root of the title @p root, children in
 /// the order of the tree. Returns the items that have no place because their parent is missing
-/// or they stand below themselves; they stay beside the root.
-std::vector<qint64> LoadTree(Database& database, TreeNodes& nodes, const QString& root);
+/// or they stand below themselves; they stay beside the root. Raises 3059 when a damaged table has no end.
+std::vector<qint64> LoadTree(Database& database, TreeNodes& nodes, const QString& root,
+                             std::chrono::milliseconds atMost = LongestTreeTime);
 
 } // namespace qb

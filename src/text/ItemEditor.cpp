@@ -8,6 +8,7 @@
 #include "support/ErrorRoutine.h"
 #include "text/CodeSections.h"
 #include "text/SectionBits.h"
+#include "text/TextBurden.h"
 
 #include <QScopedValueRollback>
 #include <algorithm>
@@ -81,8 +82,10 @@ void ItemEditor::Initialise(Library* library, CCodeItem* item)
     m_userChange = false;
     ResetChangedBooleans();
     m_item = item;
+    for (TextState& text : m_texts)
+        text.TooLarge = false;
     if (!item)
-        return;
+        return ShowLocks();
     item->ReadWhole(); // what is shown is the row of one moment
     m_recovery.SetLibrary(library->Name());
     m_shownState = item->LastChanged();
@@ -90,6 +93,7 @@ void ItemEditor::Initialise(Library* library, CCodeItem* item)
     m_view.ShowFacts(*item);
     for (const TextRow& row : TextRows)
         ShowText(row.Text);
+    ShowLocks();
     m_userChange = true;
 }
 
@@ -108,8 +112,18 @@ void ItemEditor::Terminate()
 void ItemEditor::SetLocked(bool locked)
 {
     m_locked = locked;
+    ShowLocks();
+}
+
+void ItemEditor::ShowLocks()
+{
     for (const TextState& text : m_texts)
-        text.Box->SetLocked(locked);
+        text.Box->SetLocked(Locked());
+}
+
+bool ItemEditor::IsTooLarge() const
+{
+    return std::any_of(m_texts.begin(), m_texts.end(), [](const TextState& text) { return text.TooLarge; });
 }
 
 void ItemEditor::Unnoticed(const std::function<void()>& change)
@@ -126,12 +140,30 @@ std::optional<ItemText> ItemEditor::ShownCode() const
     return tab == DetailsTab::Usage ? std::optional(ItemText::Usage) : std::nullopt;
 }
 
+QString ItemEditor::StoredText(ItemText text) const
+{
+    return text == ItemText::Notes ? m_item->Notes() : text == ItemText::Code ? m_item->Code() : m_item->Example();
+}
+
 void ItemEditor::ShowText(ItemText text)
 {
-    if (text == ItemText::Notes)
-        Box(text).TextBox().SetTextRTF(m_item->Notes());
-    else
+    const QString stored = StoredText(text);
+    const QString reason = WhyTooLarge(BurdenOf(stored),
+                                       text == ItemText::Notes ? TextForm::Formatted : TextForm::Code);
+    State(text).TooLarge = !reason.isEmpty();
+    if (State(text).TooLarge) {
+        State(text).Painted = true;   // there is nothing to be painted
+        if (text == ItemText::Code) { // nor is it read for the language that it names
+            m_itemLanguage.clear();
+            mFT.SetItemLanguage({});
+        }
+        Box(text).SetColouring(nullptr, {});
+        Box(text).TextBox().SetText(PlainBegin(stored, reason));
+    } else if (text == ItemText::Notes) {
+        Box(text).TextBox().SetTextRTF(stored);
+    } else {
         ShowCode(text);
+    }
 }
 
 // Tabs
@@ -155,7 +187,7 @@ DetailsTab ItemEditor::TabToShow(DetailsTab current) const
 
 void ItemEditor::BoxChanged(ItemText text)
 {
-    if (m_locked || !m_userChange || !m_item)
+    if (Locked() || !m_userChange || !m_item)
         return;
     m_item->SetItemChanged(true);
     TextState& state = State(text);
@@ -179,7 +211,7 @@ void ItemEditor::ResetChangedBooleans()
 void ItemEditor::StoreText(ItemText text)
 {
     const TextState& state = State(text);
-    if (!state.Changed && !state.Colorized)
+    if (state.TooLarge || (!state.Changed && !state.Colorized))
         return;
     QString rtf;
     if (text != ItemText::Notes && state.Changed && !state.Colorized)
@@ -237,6 +269,7 @@ void ItemEditor::ShowTaken(const std::vector<size_t>& columns)
         ShowText(row.Text);
         SetTabEnabled(row.Tab, !Box(row.Text).IsEmpty());
     }
+    ShowLocks();
     if (!columns.empty())
         m_view.ShowFacts(*m_item);
     if (isTaken(CCodeItem::TitleColumn) && TitleTaken)
@@ -290,7 +323,7 @@ void ItemEditor::InfoTyped()
 
 bool ItemEditor::ShowUnsaved(const UnsavedTexts& unsaved)
 {
-    if (!m_item || m_item->Key().toLongLong() != unsaved.Item || m_locked)
+    if (!m_item || m_item->Key().toLongLong() != unsaved.Item || Locked())
         return false;
     const QString code = unsaved.Code.value_or(unsaved.Usage.value_or(QString()));
     if (!code.isEmpty()) // a language that was chosen is unsaved, too

@@ -55,9 +55,11 @@ public:
     /// Neither the item nor its library is held any more.
     void Terminate();
     CCodeItem* Item() const { return m_item; }
-    /// The texts can't be changed.
+    /// The texts can't be changed. Those of an item with one that is too large for the window can't in any case.
     void SetLocked(bool locked);
-    bool Locked() const { return m_locked; }
+    bool Locked() const { return m_locked || IsTooLarge(); }
+    /// A text of the item is shown by its begin only.
+    bool IsTooLarge() const;
     /// A change of a box is the user's now, not one of the editor's own.
     bool TakesChanges() const { return m_userChange; }
     /// Runs what changes the looks of the boxes and is no change of the user's.
@@ -132,10 +134,13 @@ private:
         bool Changed = false;   ///< edited since the last save
         bool Colorized = false; ///< the box already holds the painted text
         bool Painted = false;   ///< what is shown is in colour, as it was stored or painted since
+        bool TooLarge = false;  ///< only its begin is shown, and nothing of the box is ever stored
     };
 
     TextState& State(ItemText text) { return m_texts[size_t(text)]; }
+    QString StoredText(ItemText text) const;
     void ShowText(ItemText text);
+    void ShowLocks();
     void ShowCode(ItemText text);
     void ShowByLanguage(ItemText text);
     void ConnectColours(ItemTextBox& box);

@@ -61,8 +61,10 @@ void ItemEditor::ConnectColours(ItemTextBox& box)
 void ItemEditor::FormatingInitialize(Library& library)
 {
     mFT.ColorizeInit(library);
-    for (const ItemText text : CodeTexts)
-        ShowByLanguage(text);
+    for (const ItemText text : CodeTexts) {
+        if (!State(text).TooLarge)
+            ShowByLanguage(text);
+    }
 }
 
 /// The text in a box is shown by another language.
@@ -117,7 +119,7 @@ void ItemEditor::PutBack(ItemTextBox& box, const RichText& painted)
 bool ItemEditor::CanColorize() const
 {
     const std::optional<ItemText> text = ShownCode();
-    if (!m_item || m_locked || !text)
+    if (!m_item || Locked() || !text)
         return false;
     return !Box(*text).ColoursByRules() && !m_texts[size_t(*text)].Painted && !Box(*text).IsEmpty();
 }
@@ -136,7 +138,7 @@ void ItemEditor::ColorizeVisible()
 /// What rules paint is no change of an item: it is seen in colour, and stored as it is.
 void ItemEditor::ColorizeItem()
 {
-    if (!m_item || mFT.Rules())
+    if (!m_item || IsTooLarge() || mFT.Rules())
         return;
     for (const ItemText text : CodeTexts) {
         PutBack(Box(text), Painted(Box(text)));
@@ -150,7 +152,7 @@ void ItemEditor::ColorizeItem()
 
 void ItemEditor::SetItemLanguage(const QString& name)
 {
-    if (!m_item || m_locked || name == ItemLanguage())
+    if (!m_item || Locked() || name == ItemLanguage())
         return;
     const QScopedValueRollback userChange(m_userChange, false);
     const QString formerComment = mFT.CommentIdentifier();

@@ -35,6 +35,48 @@ private Q_SLOTS:
         QCOMPARE(Described(1), QString()); // not an empty document
     }
 
+    void descriptionThatAnotherProgramChanged_isAskedAbout_data()
+    {
+        QTest::addColumn<ChosenText>("answer");
+        QTest::addColumn<QString>("stays");
+        QTest::newRow("own") << ChosenText::Own << u"mine"_s;
+        QTest::newRow("theirs") << ChosenText::Theirs << u"theirs"_s;
+    }
+    void descriptionThatAnotherProgramChanged_isAskedAbout()
+    {
+        QFETCH(ChosenText, answer);
+        QFETCH(QString, stays);
+        Store({u"a.txt"_s, u"b.txt"_s});
+        OpenFiles();
+        QTest::keyClicks(Box(), u"mine"_s);
+        m_database->Execute(u"UPDATE Files SET Description = ? WHERE ID = 1"_s,
+                            {RtfFromPlainText(u"theirs"_s, CodeFont)});
+        m_prompts->ExpectTextChoice(answer);
+        Select(1);
+        QCOMPARE(m_prompts->Choices.size(), 1);
+        QCOMPARE(m_prompts->Choices[0].Own, u"mine"_s);
+        QCOMPARE(m_prompts->Choices[0].Theirs, u"theirs"_s);
+        QCOMPARE(PlainTextFromRtf(Described(1)), stays);
+        Select(0);
+        QCOMPARE(Box()->Text(), stays);
+    }
+
+    void descriptionThatIsNotDecidedAbout_overwritesNothing()
+    {
+        Store({u"a.txt"_s, u"b.txt"_s});
+        OpenFiles();
+        QTest::keyClicks(Box(), u"mine"_s);
+        m_database->Execute(u"UPDATE Files SET Description = ? WHERE ID = 1"_s,
+                            {RtfFromPlainText(u"theirs"_s, CodeFont)});
+        m_prompts->ExpectTextChoice(ChosenText::Cancel);
+        Action(u"mnuSaveItem"_s)->trigger();
+        QCOMPARE(PlainTextFromRtf(Described(1)), u"theirs"_s);
+        QCOMPARE(Box()->Text(), u"mine"_s);
+        m_prompts->ExpectTextChoice(ChosenText::Own);
+        Action(u"mnuSaveItem"_s)->trigger();
+        QCOMPARE(PlainTextFromRtf(Described(1)), u"mine"_s);
+    }
+
     void emptyDescription_asksForAFileOnlyWhereNoneIsSelected()
     {
         Store({u"a.txt"_s});

@@ -7,7 +7,7 @@ using namespace qb;
 using namespace qb::test;
 using namespace Qt::StringLiterals;
 
-/// Web pages that are pasted into the boxes of the main window.
+/// Web pages that are pasted into the boxes of the main window, and texts that are too large for them.
 class TestForeignTexts : public QObject, private EditingWindow {
     Q_OBJECT
 
@@ -18,6 +18,34 @@ private Q_SLOTS:
         Begin();
     }
     void cleanup() { End(); }
+
+    void textsThatAreTooLarge_areShownByTheirBeginAndStayAsTheyAre()
+    {
+        const QString notes = u"{\\rtf1 begin of notes\\par "_s + u"\\par "_s.repeated(1600000) + u"}"_s;
+        const QString code = u"{\\rtf1 begin of code "_s + QString(3000000, u'x') + u"}"_s;
+        const QString usage = u"{\\rtf1 begin of usage "_s + u"\\protect x\\protect0 x"_s.repeated(400000) + u"}"_s;
+        m_database->Execute(u"UPDATE Items SET Notes = ?, Code = ?, Example = ?, Info = ? WHERE ID = ?"_s,
+                            {notes, code, usage, QString(3000000, u'i'), m_item});
+        Open();
+        ClickOn(0);
+        QVERIFY2(m_window->findChild<QLabel*>(u"lblLockedState"_s)->text().contains(u"too large"), "not said");
+        for (const int tab : {0, 1, 2}) {
+            Tab(tab);
+            const auto* box = Details()->CurrentBox();
+            QVERIFY(box && box->Locked());
+            QVERIFY2(box->Text().startsWith(u"This text is too large"), qPrintable(box->Text().left(80)));
+            QVERIFY2(box->Text().contains(u"begin of "), qPrintable(box->Text().left(300)));
+            QVERIFY(box->Text().size() < 20000);
+            TakePicture(*m_window, u"too-large-%1"_s.arg(tab));
+        }
+        QTest::keyClicks(Code(), u"typed"_s);
+        QTest::keyClick(m_window.get(), Qt::Key_S, Qt::ControlModifier);
+        ClickOn(1);
+        QVERIFY(!Code()->Locked());
+        QTest::keyClicks(Code(), u"another item is as ever"_s);
+        ClickOn(0);
+        QCOMPARE(Read(u"Notes"_s) == notes && Read(u"Code"_s) == code && Read(u"Example"_s) == usage, true);
+    }
 
     void pageWithoutAPlainText_goesIntoCodeAsItsText()
     {

@@ -72,6 +72,17 @@ private Q_SLOTS:
         QCOMPARE(nodes.Count(), 3);
         QCOMPARE(nodes.TopLevel().size(), size_t(2));
     }
+
+    void readingThatTakesTooLong_isGivenUp()
+    {
+        m_library->Execute(u"WITH RECURSIVE n(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM n LIMIT 5000) INSERT INTO "
+                           "Items (Title, ParentID) SELECT 'x', 0 FROM n"_s);
+        TreeNodes nodes;
+        QB_VERIFY_RAISES(LoadTree(*m_library, nodes, {}, std::chrono::milliseconds(0)), ErrorNumber::Cancelled);
+        TreeNodes all;
+        QVERIFY(LoadTree(*m_library, all, {}).empty());
+        QCOMPARE(all.Count(), 5001);
+    }
 };
 
 QB_TEST_MAIN(TestLoadTree)

@@ -76,6 +76,34 @@ private Q_SLOTS:
         QVERIFY(!m_panel->Notes); // the tab has lost its content
     }
 
+    void textThatIsTooLarge_isShownByItsBeginAndNeverStored()
+    {
+        const QString large = u"{\\rtf1 begin\\par "_s + u"\\par "_s.repeated(1600000) + u"end}"_s;
+        Write(u"Notes"_s, large);
+        Write(u"Code"_s, Rtf(u"dim x"_s));
+        Open();
+        QVERIFY(Editor().IsTooLarge() && Editor().Locked());
+        QVERIFY2(Box(ItemText::Notes).Text().startsWith(u"This text is too large"),
+                 qPrintable(Box(ItemText::Notes).Text().left(80)));
+        QVERIFY(Box(ItemText::Notes).Text().contains(u"begin"_s));
+        QCOMPARE(Box(ItemText::Code).Text(), u"dim x"_s);
+        for (const ItemText text : {ItemText::Code, ItemText::Notes, ItemText::Usage})
+            QVERIFY(Box(text).Locked());
+        m_panel->SetLocked(false); // by the tree, for an item that may be changed
+        QVERIFY(Box(ItemText::Notes).Locked());
+        Box(ItemText::Notes).SetText(u"typed all the same"_s);
+        Editor().ColorizeItem();
+        Editor().SetItemLanguage(u"Python"_s);
+        QVERIFY(!m_item->ItemChanged());
+        m_item->SetItemChanged(true); // by another command
+        QVERIFY(Editor().SaveItem());
+        QCOMPARE(m_database->QueryValue(u"SELECT Notes FROM Items WHERE ID = ?"_s, {m_id}).ToText(), large);
+        Write(u"Notes"_s, Rtf(u"small"_s));
+        Open();
+        QVERIFY(!Editor().Locked() && !Box(ItemText::Notes).Locked());
+        QCOMPARE(Box(ItemText::Notes).Text(), u"small"_s);
+    }
+
     void lockedItem_isNotChanged()
     {
         Open();

@@ -2,6 +2,7 @@
 
 #include "panels/ui/RatingStars.h"
 #include "support/ui/Icons.h"
+#include "text/TextBurden.h"
 
 #include <QFormLayout>
 #include <QGridLayout>
@@ -238,8 +239,10 @@ void ItemInfoPage::ShowItem()
     m_rating->setEnabled(item && mayEdit);
     m_created->setText(item ? DayAndTime(item->Created()) : u"\u2013"_s);
     m_changed->setText(item ? DayAndTime(item->LastChanged()) : u"\u2013"_s);
-    ShowText(item ? item->Info() : QString());
-    txtInfo->setReadOnly(!mayEdit);
+    const QString info = item ? item->Info() : QString();
+    const QString tooLarge = WhyTooLarge(BurdenOf(info), TextForm::Code);
+    ShowText(tooLarge.isEmpty() ? info : PlainBeginOfText(info, tooLarge));
+    txtInfo->setReadOnly(!mayEdit || !tooLarge.isEmpty());
     txtInfo->setPlaceholderText(!item     ? u"No item is shown."_s
                                 : mayEdit ? u"Where it comes from, what it needs, who knows more"_s
                                           : QString());

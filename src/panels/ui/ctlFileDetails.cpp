@@ -6,9 +6,11 @@
 #include "platform/dao/Database.h"
 #include "platform/system/Prompts.h"
 #include "store/CFileObject.h"
+#include "store/FileMerge.h"
 #include "store/StoredFiles.h"
 #include "support/ErrorRoutine.h"
 #include "support/ui/Icons.h"
+#include "text/TextBurden.h"
 #include "text/ui/RichTextBox.h"
 
 #include <QAction>
@@ -301,7 +303,13 @@ void ctlFileDetails::ShowDescription()
 {
     {
         const QScopedValueRollback loading(m_loading, true);
-        rtbFileNotes->SetTextRTF(m_current ? m_current->Description() : QString());
+        const QString description = m_current ? m_current->Description() : QString();
+        const QString tooLarge = WhyTooLarge(BurdenOf(description), TextForm::Formatted);
+        m_isTooLarge = !tooLarge.isEmpty();
+        if (m_isTooLarge)
+            rtbFileNotes->SetText(PlainBegin(description, tooLarge));
+        else
+            rtbFileNotes->SetTextRTF(description);
         rtbFileNotes->setEnabled(m_current != nullptr);
         rtbFileNotes->setPlaceholderText(m_current ? u"What the file is for"_s : u"Select one file to describe it."_s);
         m_shownKey = m_current ? m_current->Key() : QString();
@@ -328,7 +336,7 @@ void ctlFileDetails::UpdateActions()
     const bool several = ids.size() > 1;
     const bool mayChange = MayChange();
     lvFiles->SetLocked(!mayChange);
-    rtbFileNotes->SetLocked(!mayChange || !m_current || m_current->ReadFailed());
+    rtbFileNotes->SetLocked(!mayChange || !m_current || m_current->ReadFailed() || m_isTooLarge);
     mnuAddFile->setEnabled(mayChange);
     mnuDeleteFile->setEnabled(!ids.isEmpty() && mayChange);
     mnuDeleteFile->setText(several ? u"&Delete Files"_s : u"&Delete File"_s);
@@ -377,7 +385,10 @@ bool ctlFileDetails::SaveFileDescChanges(bool mayAsk)
             }
             m_current->SetDescription(rtbFileNotes->IsEmpty() ? QString() : rtbFileNotes->TextRTF());
             m_current->SetDescriptionChanged(true);
-            return m_current->Commit();
+            const DescriptionSave save = SaveDescription(*m_current, *m_library);
+            if (save.Taken)
+                ShowDescription();
+            return save.Saved;
         },
         false);
 }

@@ -132,8 +132,9 @@ private:
     bool m_locked = false;
     bool m_columnsSized = false;
     bool m_importing = false;
-    bool m_returning = false; ///< to the file whose description could not be saved
-    bool m_loading = false;   ///< a change of the description is not the user's
+    bool m_returning = false;  ///< to the file whose description could not be saved
+    bool m_isTooLarge = false; ///< only the begin of the description is shown
+    bool m_loading = false;    ///< a change of the description is not the user's
 };
 
 } // namespace qb

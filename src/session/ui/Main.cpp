@@ -2,17 +2,14 @@
 
 #include "platform/system/SingleInstance.h"
 #include "platform/system/Trace.h"
+#include "session/ui/Termination.h"
 #include "session/ui/frmCodeLib.h"
 #include "session/ui/frmSplash.h"
 #include "support/ui/DialogPrompts.h"
 #include "support/ui/Icons.h"
 
 #include <QApplication>
-#include <QSocketNotifier>
 #include <QTimer>
-#include <csignal>
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace qb {
 
@@ -36,28 +33,6 @@ void FollowEnvironment(frmCodeLib& window)
         window.grab().save(file, "PNG");
         window.close();
     });
-}
-
-int TerminationPipe[2] = {-1, -1};
-
-void NoteTermination(int)
-{
-    const char byte = 0;
-    [[maybe_unused]] const ssize_t written = ::write(TerminationPipe[1], &byte, 1);
-}
-
-/// Before the system ends the program, what was typed goes where the next start finds it.
-void KeepTextsAtTermination(frmCodeLib& window)
-{
-    if (::pipe2(TerminationPipe, O_CLOEXEC | O_NONBLOCK) != 0)
-        return;
-    auto* notifier = new QSocketNotifier(TerminationPipe[0], QSocketNotifier::Read, &window);
-    QObject::connect(notifier, &QSocketNotifier::activated, &window, [&window] {
-        window.KeepUnsavedTexts();
-        std::signal(SIGTERM, SIG_DFL);
-        std::raise(SIGTERM);
-    });
-    std::signal(SIGTERM, NoteTermination);
 }
 
 } // namespace

@@ -321,8 +321,9 @@ void ctlCodeDetails::ShowStage(const QString& stage)
 
 void ctlCodeDetails::ShowLockedState()
 {
-    const QString reason = m_readOnly ? u"read-only: the library can't be changed"_s
-                                      : u"locked until the next synchronization"_s;
+    const QString reason = m_readOnly              ? u"read-only: the library can't be changed"_s
+                           : m_editor.IsTooLarge() ? u"read-only: a text is too large to be changed here"_s
+                                                   : u"locked until the next synchronization"_s;
     m_lockedState->setText(Locked() ? reason : QString());
     m_lockedState->setVisible(Locked());
 }
