@@ -11,7 +11,7 @@
 #include "store/ItemBranch.h"
 #include "store/ItemRules.h"
 #include "store/PendingFiles.h"
-#include "store/PendingPage.h"
+#include "store/ArrivingPage.h"
 #include "store/SideFolders.h"
 #include "store/StoredFiles.h"
 

@@ -118,6 +118,31 @@ QString Unpack(const QString& file, Progress& progress, Work& work)
     return Extract(m_oZip, container, QFileInfo(container).absolutePath(), progress, work);
 }
 
+template <class Progress>
+QString UnpackTo(const QString& container, const QString& folder, Work& work)
+{
+    QString whole = container;
+    const bool isVolume = CBFileSplitter::IsVolume(container);
+    if (isVolume) {
+        whole = QDir(folder).filePath(u"joined"_s);
+        CBFileSplitter oFS;
+        VolumeProgress merging(work);
+        Connect(oFS, merging);
+        if (!oFS.MergeTo(container, whole, work))
+            return {};
+    }
+    BrindletonZip m_oZip;
+    m_oZip.SetOwnArchive(true);
+    Progress progress(work);
+    RefuseOtherArchives(m_oZip, whole);
+    if (isVolume && m_oZip.FirstFileName(whole) == u"joined")
+        Refuse(container, u"is no container of this program"_s);
+    const QString unpacked = Extract(m_oZip, whole, folder, progress, work);
+    if (isVolume)
+        QFile::remove(whole);
+    return unpacked;
+}
+
 } // namespace
 
 bool PackLibrary(const QString& source, const QString& target, Work& work)
@@ -165,32 +190,18 @@ QString UnpackLibrary(const QString& container, Work& work)
 
 QString UnpackLibraryTo(const QString& container, const QString& folder, Work& work)
 {
-    QString whole = container;
-    const bool isVolume = CBFileSplitter::IsVolume(container);
-    if (isVolume) {
-        whole = QDir(folder).filePath(u"joined"_s);
-        CBFileSplitter oFS;
-        VolumeProgress merging(work);
-        Connect(oFS, merging);
-        if (!oFS.MergeTo(container, whole, work))
-            return {};
-    }
-    BrindletonZip m_oZip;
-    m_oZip.SetOwnArchive(true);
-    LibraryZipProgress progress(work);
-    RefuseOtherArchives(m_oZip, whole);
-    if (isVolume && m_oZip.FirstFileName(whole) == u"joined")
-        Refuse(container, u"is no container of this program"_s);
-    const QString unpacked = Extract(m_oZip, whole, folder, progress, work);
-    if (isVolume)
-        QFile::remove(whole);
-    return unpacked;
+    return UnpackTo<LibraryZipProgress>(container, folder, work);
 }
 
 QString UnpackExport(const QString& container, Work& work)
 {
     ExportZipProgress progress(work);
     return Unpack(container, progress, work);
+}
+
+QString UnpackExportTo(const QString& container, const QString& folder, Work& work)
+{
+    return UnpackTo<ExportZipProgress>(container, folder, work);
 }
 
 } // namespace qb

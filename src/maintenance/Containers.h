@@ -37,5 +37,6 @@ QString UnpackLibraryTo(const QString& container, const QString& folder, Work& w
 
 /// The same for an export.
 QString UnpackExport(const QString& container, Work& work);
+QString UnpackExportTo(const QString& container, const QString& folder, Work& work);
 
 } // namespace qb

@@ -153,8 +153,18 @@ QByteArray Written(const std::vector<Part>& parts)
     return text;
 }
 
-std::vector<Part> ReadParts(const QString& stage)
+/// What a library has beside others in its folder. A stage may have come with a stranger's library; no other name is
+/// taken from it.
+QStringList NamesOf(const QString& library)
 {
+    const QString file = QFileInfo(library).fileName();
+    return {file + u"-journal"_s, QFileInfo(FilesFolderOf(library).chopped(1)).fileName(),
+            QFileInfo(HTMLFolderOf(library).chopped(1)).fileName(), file};
+}
+
+std::vector<Part> ReadParts(const QString& stage, const QString& library)
+{
+    const QStringList names = NamesOf(library);
     std::vector<Part> parts;
     QFile file(stage + ReadyName);
     if (!file.open(QIODevice::ReadOnly))
@@ -162,7 +172,7 @@ std::vector<Part> ReadParts(const QString& stage)
     for (const QByteArray& line : file.readAll().split('\n')) {
         const qsizetype blank = line.indexOf(' ');
         const QString name = QString::fromUtf8(line.mid(blank + 1));
-        if (blank > 0 && !name.contains(u'/'))
+        if (blank > 0 && names.contains(name))
             parts.push_back({name, line.left(blank).toULongLong()});
     }
     return parts;
@@ -253,7 +263,7 @@ void FinishSwap(const QString& library)
         const FileLock lock(stage, FileLock::Target::Existing, isReady ? Patience : Patience * 0);
         if (!lock.IsHeld())
             continue; // somebody is at it
-        if (Placing placing(folder, stage, ReadParts(stage)); !placing.Forward())
+        if (Placing placing(folder, stage, ReadParts(stage, library)); !placing.Forward())
             Fail(library, u"was being replaced when the program ended, which can't be completed"_s);
         Discard(stage);
     }

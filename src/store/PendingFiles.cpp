@@ -8,7 +8,6 @@
 #include "platform/system/RuntimeError.h"
 #include "store/Checksums.h"
 #include "store/Library.h"
-#include "store/PendingPage.h"
 #include "store/SideFolders.h"
 #include "store/StoredFiles.h"
 #include "support/ErrorRoutine.h"
@@ -241,7 +240,6 @@ bool IsFilePending(const QString& filesFolder, qint64 id, const QString& title)
 
 void FinishPendingFiles(Library& library)
 {
-    FinishPendingPages(library);
     if (library.IsReadOnly() || OwnerOf(library.FilesFolder(), library.Identity()) == FolderOwner::Another)
         return;
     RemoveStaleInterims(library.FilesFolder());

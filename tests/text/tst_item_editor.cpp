@@ -280,7 +280,6 @@ private Q_SLOTS:
         QTest::newRow("first") << QList{Usage, Notes} << Code << Notes;
         QTest::newRow("files before links") << QList{Links, Files} << Code << Files;
         QTest::newRow("only a page") << QList{Links} << Code << Links;
-        QTest::newRow("only info") << QList{Info} << Notes << Info;
         QTest::newRow("nothing") << QList<DetailsTab>() << Notes << Notes;
     }
     void tabToShow_isTheOneThatIsShownOrTheFirstWithContent()

@@ -21,8 +21,9 @@ public:
 
     /// Where the page is to be made, as `page.htm`, with its folder `page`; ends in a separator.
     QString Folder() const { return m_folder + QStringLiteral("new/"); }
-    /// The page is of this item, if that is committed with a page.
-    void Bind(qint64 item);
+    enum class Flush { Now, Later };
+    /// The page is of this item, if that is committed with a page. Of many pages the last one flushes them all.
+    void Bind(qint64 item, Flush flush = Flush::Now);
     /// The row counts now.
     void PutInPlace();
 
@@ -34,6 +35,6 @@ private:
 };
 
 /// Puts pages in place whose items were committed, and removes those of others, as far as nobody is at work on them.
-void FinishPendingPages(Library& library);
+void FinishArrivingPages(Library& library);
 
 } // namespace qb

@@ -1,4 +1,4 @@
-#include "store/PendingPage.h"
+#include "store/ArrivingPage.h"
 
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
@@ -53,10 +53,11 @@ ArrivingPage::~ArrivingPage()
         DeleteFolder(m_folder);
 }
 
-void ArrivingPage::Bind(qint64 item)
+void ArrivingPage::Bind(qint64 item, Flush flush)
 {
     m_item = item;
-    SyncFileSystem(m_folder);
+    if (flush == Flush::Now)
+        SyncFileSystem(m_folder);
     if (const QString why = ReplaceContents(m_folder + ItemName, QByteArray::number(item)); !why.isEmpty())
         throw RuntimeError(ErrorNumber::PathAccess, u"The page can't be written: %1; nothing was changed."_s.arg(why),
                            u"ArrivingPage"_s);
@@ -69,7 +70,7 @@ void ArrivingPage::PutInPlace()
         DeleteFolder(folder);
 }
 
-void FinishPendingPages(Library& library)
+void FinishArrivingPages(Library& library)
 {
     const QString root = library.HTMLFolder();
     if (library.IsReadOnly() || OwnerOf(root, library.Identity()) == FolderOwner::Another)
