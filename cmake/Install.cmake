@@ -16,6 +16,8 @@ set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 
 install(TARGETS quillbase-cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES packaging/quillbase-cli.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+# User units: nothing runs before a user enables the timer for a library.
+install(FILES packaging/quillbase-backup@.service packaging/quillbase-backup@.timer DESTINATION lib/systemd/user)
 install(FILES packaging/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${QUILLBASE_PACKAGE})
 # Made even without a definition in it: a program that finds its share folder knows that it is installed.
 install(DIRECTORY DESTINATION ${QUILLBASE_SHARE_DIR}/languages)

@@ -42,7 +42,12 @@
     FLAG(ViewWordWrap, "ViewWordWrap", false)                                                                          \
     NUMBER(ViewZoom, "ViewZoom", 100)                                                                                  \
     FLAG(ViewFilePreview, "ViewFilePreview", true)                                                                     \
-    FLAG(KeepWebOut, "KeepWebOut", false)
+    FLAG(KeepWebOut, "KeepWebOut", false)                                                                              \
+    FLAG(BackupRotation, "BackupRotation", false)                                                                      \
+    NUMBER(BackupRotationEvery, "BackupRotationEvery", 1)                                                              \
+    NUMBER(BackupRotationLast, "BackupRotationLast", 3)                                                                \
+    NUMBER(BackupRotationDaily, "BackupRotationDaily", 7)                                                              \
+    NUMBER(BackupRotationWeekly, "BackupRotationWeekly", 8)
 
 /// The settings of the open library, columns of `Properties`, in the order in which they are
 /// read: property, type, column.

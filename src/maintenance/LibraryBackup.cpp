@@ -102,7 +102,8 @@ public:
         m_contents = OwnFolderBytes();
         m_phases = PhasesOf(QFileInfo(m_library).size(), m_contents);
         m_work.Begin(m_phases.Copied);
-        DBEngine::CompactDatabase(m_library, m_database, m_work, DBEngine::Copy::Passing);
+        DBEngine::CompactDatabase(m_library, m_database, m_work, m_copy);
+        QFile::setPermissions(m_database, QFile::permissions(m_database) | QFileDevice::WriteOwner);
         m_work.Begin(m_phases.Imported);
         ImportContents();
         const QString container = Pack();
@@ -119,8 +120,9 @@ private:
             const std::unique_ptr<Library> library = Library::Open(m_library);
             FinishPendingFiles(*library);
         } catch (const RuntimeError& error) {
-            if (error.Number() != ErrorNumber::CannotOpen) // a library that can only be read is backed up, too
+            if (error.Number() != ErrorNumber::CannotOpen)
                 throw;
+            m_copy = DBEngine::Copy::PassingOfReadOnly;
         }
         const QString identity = LibraryIdentity(*DBEngine::OpenDatabase(m_library, DatabaseAccess::ReadOnly));
         qint64 bytes = 0;
@@ -249,6 +251,7 @@ private:
     } m_silent{m_work};
     StagedFiles m_stage;
     QString m_database; ///< as it is packed
+    DBEngine::Copy m_copy = DBEngine::Copy::Passing;
     QString m_filesFolder;
     QString m_htmlFolder;
     qint64 m_contents = 0; ///< bytes

@@ -55,6 +55,7 @@ constexpr CommandRule Rules[] = {
     {"LINK_REMOVE", ItemChange::Edit},
     {"mnuConflictSolver", ItemChange::Write, [](Standing s) { return s.IsMother; }},
     {"mnuRemoveDeletedItems", ItemChange::Write, [](Standing s) { return s.IsMother; }},
+    {"mnuUndoThisSessionChanges", ItemChange::Write},
     {"mnuDBToolsCreateReplicaItem", ItemChange::Write, [](Standing s) { return !s.IsChild; }},
     {"mnuDBToolsExportChangesItem", ItemChange::Write, [](Standing s) { return s.IsChild && !s.Exported; }},
     {"mnuDBToolsSynchronizeItem", ItemChange::Write,

@@ -71,6 +71,13 @@ constexpr CommandRow Rows[] = {
      "Remove the items that a child library has deleted"},
 
     {Place::Tools, "", "", "", "", ""},
+    {Place::Tools, "mnuDBToolsBackupItem", "&Back Up Library...", "", "",
+     "Pack the library with its files and pages into one file"},
+    {Place::Tools, "mnuDBToolsRestoreItem", "&Restore Library...", "", "", "Unpack a backup to a library"},
+    {Place::Tools, "mnuBackupsItem", "B&ackups...", "", "", "List the backups, check them, bring single items back"},
+    {Place::Tools, "mnuUndoThisSessionChanges", "&Undo All Changes of This Session", "", "",
+     "Bring the database back to the start of the session"},
+    {Place::Tools, "", "", "", "", ""},
     {Place::Tools, "mnuOptionsItem", "&Options...", "configure", "Ctrl+,",
      "Settings of the program and the open library, and its language"},
 

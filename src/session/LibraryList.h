@@ -61,6 +61,9 @@ public:
     /// The path of the library in the program's folder.
     static QString DefaultLibraryPath();
 
+    /// Takes a library off the list, if it is there.
+    void ForgetLibrary(const QString& path);
+
     /// Starts a new trail of visited items, as each change of library does.
     void NewHistory();
 

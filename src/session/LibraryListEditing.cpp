@@ -174,6 +174,13 @@ void LibraryList::RemoveDatabaseFromList(int index)
     m_session.DatabaseList.erase(m_session.DatabaseList.begin() + index);
 }
 
+void LibraryList::ForgetLibrary(const QString& path)
+{
+    if (const auto index = FindCurrentDBArrayIndex(path))
+        RemoveDatabaseFromList(*index);
+    SaveDatabasesToSettings();
+}
+
 // Adding
 
 void LibraryList::SaveUsedDatabasesList(const QString& path)

@@ -257,6 +257,16 @@ private Q_SLOTS:
         QCOMPARE(Names(), QStringList{u"Bäume260302.qbb"_s});
     }
 
+    void libraryThatCanOnlyBeRead_isBackedUp()
+    {
+        const QMap<QString, QByteArray> before = StateOf(m_library);
+        DBEngine::OpenDatabase(m_library)->Execute(u"PRAGMA user_version = 2"_s); // of a later version of the program
+        BackUpLibrary(m_library, Backup(), {}, m_work);
+        DBEngine::OpenDatabase(m_library, DatabaseAccess::ReadOnly);
+        QB_VERIFY_RAISES(RestoreLibrary(Backup(), In(u"r.qbd"_s), RestoreOver::Refuse, m_work), 3051);
+        QVERIFY(!before.isEmpty());
+    }
+
     // Restoring over a library
 
     void existingLibrary_isReplacedOrGetsANumber()

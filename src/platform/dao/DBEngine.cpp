@@ -161,15 +161,18 @@ void DBEngine::CompactDatabase(const QString& source, const QString& target, Wor
         throw RuntimeError(ErrorNumber::PathAccess, u"'%1' can't be made. %2"_s.arg(Shown(target), reason), procedure);
     const QString interim = InterimName(target);
     try {
-        const std::unique_ptr<Database> database = OpenDatabase(source);
+        const bool isReadOnly = copy == Copy::PassingOfReadOnly;
+        const std::unique_ptr<Database> database = OpenDatabase(source,
+                                                                isReadOnly ? Access::ReadOnly : Access::ReadWrite);
         if (const QString reason = ReplaceContents(interim, {}, QFile::permissions(source)); !reason.isEmpty())
             throw RuntimeError(ErrorNumber::PathAccess, u"'%1' can't be made: %2."_s.arg(Shown(target), reason),
                                procedure);
-        // In this mode the lock that the transaction takes is kept until the connection closes.
-        database->QueryValue(u"PRAGMA locking_mode = EXCLUSIVE"_s);
-        database->Execute(u"BEGIN EXCLUSIVE"_s);
-        database->Execute(u"COMMIT"_s);
-        if (copy == Copy::Passing)
+        if (!isReadOnly) { // in this mode the lock that the transaction takes is kept until the connection closes
+            database->QueryValue(u"PRAGMA locking_mode = EXCLUSIVE"_s);
+            database->Execute(u"BEGIN EXCLUSIVE"_s);
+            database->Execute(u"COMMIT"_s);
+        }
+        if (copy != Copy::Lasting)
             database->Execute(u"PRAGMA synchronous = OFF"_s);
         {
             const StatementLimit watched(*database, Watch(work, source, interim));

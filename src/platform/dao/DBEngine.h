@@ -25,7 +25,8 @@ public:
     /// 3204 when @p target exists, 3045 when another process is using @p source. A failure
     /// leaves no target behind. @p work counts the bytes of the source that have been dealt with, about; 3059 when it
     /// was cancelled. A copy that is Passing is not flushed to the disk: it does not outlive the work.
-    enum class Copy { Lasting, Passing };
+    /// Passing may be of a source that can only be read, whoever else is using it (PassingOfReadOnly).
+    enum class Copy { Lasting, Passing, PassingOfReadOnly };
     static void CompactDatabase(const QString& source, const QString& target, Work& work = NoWork(),
                                 Copy copy = Copy::Lasting);
 

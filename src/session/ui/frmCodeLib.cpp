@@ -4,11 +4,11 @@
 #include "panels/ui/ctlBookmarks.h"
 #include "panels/ui/ctlFileDetails.h"
 #include "panels/ui/ctlSmartTreeView.h"
-#include "platform/dao/DBEngine.h"
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/SettingsStore.h"
 #include "platform/system/Trace.h"
+#include "session/ExitMaintenance.h"
 #include "session/FileDialogs.h"
 #include "session/ui/CWaitCursor.h"
 #include "session/ui/FormatToolbar.h"
@@ -36,21 +36,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 const QString ModuleName = u"MainForm"_s;
-
-/// The copy is made before the library is opened, since it must not be in use for that.
-void MakeStartOfSessionCopy(const QString& library)
-{
-    const QString copy = ApplicationFolder() + u"KTSStartupBackup.qbd"_s;
-    QFile::remove(copy);
-    if (library.isEmpty()) {
-        Prompts::Current().MsgBox({.Text = u"Cannot find the last opened database : "_s,
-                                   .Caption = ApplicationTitle,
-                                   .Icon = MsgBoxIcon::Information});
-        return;
-    }
-    DBEngine::CompactDatabase(library, copy);
-}
-
 } // namespace
 
 frmCodeLib::frmCodeLib()
@@ -66,6 +51,7 @@ frmCodeLib::frmCodeLib()
     m_linking = std::make_unique<ItemLinking>(m_session, *tvCodeItems, m_commands);
     m_page = std::make_unique<ItemWebPage>(m_session, *ctlCodeItemDetails, m_commands);
     m_libraries = std::make_unique<LibraryList>(m_session, *m_shell, *ctlCodeItemDetails, m_commands, *m_tree);
+    m_tools = std::make_unique<DatabaseTools>(m_session, m_commands, *m_libraries, *m_tree);
     m_edit = new EditCommands(m_commands, *ctlCodeItemDetails, this);
     RegisterCommands();
     RegisterHelpCommands(m_commands, *this);
@@ -155,8 +141,7 @@ void frmCodeLib::DoStartUp()
         m_edit->ReadTextView(Settings());
         m_storedFiles->ShowPreview(Settings().ViewFilePreview());
         m_commands.SetStanding(StandingOf(m_session)); // with no item: DELETE and BOOKMARK are disabled
-        if (Settings().DBEnableSessionUndo() && !Settings().DBShared())
-            MakeStartOfSessionCopy(m_session.CurrentDatabasePath);
+        m_tools->MakeStartOfSessionCopy();
     });
 }
 
@@ -318,13 +303,22 @@ void frmCodeLib::Form_Unload()
 {
     Guarded(ModuleName, u"Form_Unload"_s, [this] {
         m_tree->ClearTreeView();
-        if (m_session.MayWrite())
-            m_session.moSettings->CountDay(); // writes to the library, so before it closes
+        const QString library = m_session.MayWrite() ? m_session.CurrentDatabase->Name() : QString();
         ctlBookMarkList->Terminate();
         ctlCodeItemDetails->Terminate();
         m_libraries->CloseDatabase();
         DoUnload();
+        if (!library.isEmpty())
+            MaintainLibrary(library);
     });
+}
+
+/// The library is open for it once more, without any panel that shows it.
+void frmCodeLib::MaintainLibrary(const QString& path)
+{
+    m_session.CurrentDatabase = Library::Open(path);
+    ExitMaintenance(m_session, *m_shell, *m_tools).Run();
+    m_session.CurrentDatabase.reset();
 }
 
 // The button for saving

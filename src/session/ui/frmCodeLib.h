@@ -1,6 +1,7 @@
 #pragma once
 
 #include "session/Commands.h"
+#include "session/DatabaseTools.h"
 #include "session/ItemCommands.h"
 #include "session/ItemDrag.h"
 #include "session/ItemLinking.h"
@@ -115,6 +116,8 @@ private:
     void DoUnload();
     void ShowOptions(frmSettings::Page page);
     void StartTips();
+    void ShowBackups();
+    void MaintainLibrary(const QString& path);
     void Form_Unload();
 
     SessionState m_session;
@@ -156,6 +159,7 @@ private:
     std::unique_ptr<ItemLinking> m_linking;
     std::unique_ptr<ItemWebPage> m_page;
     std::unique_ptr<LibraryList> m_libraries;
+    std::unique_ptr<DatabaseTools> m_tools;
     std::unique_ptr<ApplicationTips> m_oTips; ///< while the tip window is open
 };
 

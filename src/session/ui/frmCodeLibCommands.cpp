@@ -1,9 +1,12 @@
 // The commands of the main window itself, and its menus.
 
 #include "panels/ui/ctlSmartTreeView.h"
+#include "platform/system/Paths.h"
 #include "session/ui/CodeToolbar.h"
+#include "session/ui/frmBackups.h"
 #include "session/ui/frmCodeLib.h"
 #include "session/ui/frmDatabaseList.h"
+#include "support/ui/WorkProgress.h"
 #include "text/ui/ctlCodeDetails.h"
 
 #include <QAction>
@@ -48,9 +51,28 @@ void frmCodeLib::RegisterCommands()
         Settings().SetShowStatusBar(!Settings().ShowStatusBar());
         Settings().ApplyOrTakeBack();
     });
+    m_commands.Register(u"mnuBackupsItem"_s, [this] { ShowBackups(); });
+    m_tools->Watched = [this](const QString& title, const std::function<void(Work&)>& body) {
+        WorkProgress progress(this, title);
+        body(progress);
+    };
     m_commands.Register(u"mnuFilterTree"_s, [this] { tvCodeItems->StartFilter(); });
     m_commands.Register(u"mnuViewTreeItem"_s, [this] { tvCodeItems->SetTreeHidden(!tvCodeItems->IsShrunk()); });
     m_commands.Register(u"SAVE"_s, [this] { SaveButtonClicked(); });
+}
+
+void frmCodeLib::ShowBackups()
+{
+    frmBackups dialog(this);
+    dialog.Restore = [this](const QString& file) { m_tools->RestoreBackup(file); };
+    dialog.ItemBroughtBack = [this](qint64 id) {
+        m_tree->Refill();
+        m_tree->GoToNode(NodeKey(id));
+    };
+    if (!m_items->SaveItem())
+        return;
+    dialog.Initialize(m_session, CurrentDatabase() ? Settings().DBBackupDir() : ApplicationFolder() + u"Backups"_s);
+    dialog.exec();
 }
 
 void frmCodeLib::ConnectMenus()
@@ -77,7 +99,7 @@ void frmCodeLib::EnableMenus(bool enabled)
 {
     for (const CommandRow::Place place : {CommandRow::Place::Item, CommandRow::Place::View})
         m_faces->MenuOf(place)->setEnabled(enabled);
-    for (const QString& entry : {u"mnuNewAliasItem"_s, u"mnuRemoveDBItem"_s})
+    for (const QString& entry : {u"mnuNewAliasItem"_s, u"mnuRemoveDBItem"_s, u"mnuDBToolsBackupItem"_s})
         m_commands.SetEnabled(entry, enabled);
     ShowLibraryState();
 }

@@ -370,6 +370,17 @@ void frmSettings::MakeBackupControls(QFormLayout& form)
               QB_BIND(DBBackupDir));
     AddFlag(form, "chkDBAutoDeleteOldBackups", u"&Delete old backups"_s, QB_BIND(DBBackupAutoDeleteOld));
     AddNumber(form, "txtDBKeepNoOfBackups", u"&Keep the last:"_s, u"backups"_s, QB_BIND(DBBackupAutoDeleteNo));
+    form.addRow(MakeHeading(u"Rotating backups"_s));
+    AddFlag(form, "chkBackupRotation", u"Make &rotating backups at the end of a session"_s, QB_BIND(BackupRotation));
+    auto* explanation = new QLabel(
+        u"They go into the folder of backups as NAMEyymmdd.qbb, whatever is set above. Of these the last ones stay, and one "
+        "a day and one a week for as long as you say; the others are deleted, but never the only good one."_s);
+    explanation->setWordWrap(true);
+    form.addRow(explanation);
+    AddNumber(form, "txtBackupRotationEvery", u"E&very:"_s, u"days"_s, QB_BIND(BackupRotationEvery));
+    AddNumber(form, "txtBackupRotationLast", u"Keep the &last:"_s, u"backups"_s, QB_BIND(BackupRotationLast));
+    AddNumber(form, "txtBackupRotationDaily", u"One a &day for:"_s, u"days"_s, QB_BIND(BackupRotationDaily));
+    AddNumber(form, "txtBackupRotationWeekly", u"One a &week for:"_s, u"weeks"_s, QB_BIND(BackupRotationWeekly));
 }
 
 /// What one switch governs is enabled by it.
@@ -394,6 +405,9 @@ void frmSettings::UpdateEnabled()
             u"chkDBAutoDeleteOldBackups"_s},
            backup);
     enable({u"txtDBKeepNoOfBackups"_s}, backup && checked(u"chkDBAutoDeleteOldBackups"_s));
+    enable({u"txtBackupRotationEvery"_s, u"txtBackupRotationLast"_s, u"txtBackupRotationDaily"_s,
+            u"txtBackupRotationWeekly"_s},
+           checked(u"chkBackupRotation"_s));
     enable({u"chkSaveFileDescIfAutosave"_s}, checked(u"chkSaveFileDescriptions"_s));
 }
 

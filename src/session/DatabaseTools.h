@@ -1,0 +1,52 @@
+#pragma once
+
+#include "platform/system/Work.h"
+#include "session/Commands.h"
+#include "session/SessionState.h"
+#include "session/ShellView.h"
+
+#include <QString>
+#include <functional>
+
+namespace qb {
+
+class ItemTree;
+class LibraryList;
+
+/// Backup, restore and the undo of a session as the window's commands do them: what is asked, which library is closed
+/// meanwhile, what is open afterwards.
+class DatabaseTools {
+public:
+    /// Registers the commands. Everything must outlive this.
+    DatabaseTools(SessionState& session, Commands& commands, LibraryList& libraries, ItemTree& tree);
+
+    /// Backs the open library up, which is closed meanwhile and opened again. Says whether that was done; a failure has
+    /// been reported.
+    bool BackUpDatabase(const QString& backupFile);
+    /// Makes the copy for the undo of the session, if the settings want it, and says so in the menu. Before the library
+    /// is opened.
+    void MakeStartOfSessionCopy();
+    /// The name that is proposed for a backup of today.
+    QString ProposedBackup() const;
+    /// Restores a backup after asking where to, and opens what came of it.
+    void RestoreBackup(const QString& backupFile);
+
+    // Commands
+    void mnuDBToolsBackupItem_Click();
+    void mnuDBToolsRestoreItem_Click();
+    void mnuUndoThisSessionChanges_Click();
+
+    /// Runs a work that takes its time, with something to watch it by.
+    std::function<void(const QString& title, const std::function<void(Work&)>& body)> Watched =
+        [](const QString&, const std::function<void(Work&)>& body) { body(NoWork()); };
+
+private:
+    bool OpenAgain();
+
+    SessionState& m_session;
+    Commands& m_commands;
+    LibraryList& m_libraries;
+    ItemTree& m_tree;
+};
+
+} // namespace qb

@@ -1,0 +1,332 @@
+#include "maintenance/BackupItems.h"
+#include "maintenance/BackupRotation.h"
+#include "maintenance/Compaction.h"
+#include "maintenance/LibraryBackup.h"
+#include "platform/system/Paths.h"
+#include "session/BackupList.h"
+#include "session/ExitMaintenance.h"
+#include "support/LibraryState.h"
+#include "support/TestSession.h"
+
+using namespace qb;
+using namespace qb::test;
+using namespace Qt::StringLiterals;
+
+/// Backup, restore, undo and the end of a session, as the window's commands do them.
+class TestDatabaseTools : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<TestSession> s;
+    std::unique_ptr<DatabaseTools> m_tools;
+    QString m_one;
+
+    QString Path(const QString& name) const { return s->Home.Path(name); }
+    CSettings& Settings() { return *s->State.moSettings; }
+    /// Writes a setting of the open library as another session did.
+    void Store(const QString& column, const Value& value)
+    {
+        s->State.CurrentDatabase->Execute(u"UPDATE Properties SET %1 = ?"_s.arg(column), {value});
+    }
+    Value Stored(const QString& column)
+    {
+        return s->State.CurrentDatabase->QueryValue(u"SELECT %1 FROM Properties"_s.arg(column));
+    }
+    QStringList NamesIn(const QString& folder) const
+    {
+        return QDir(Path(folder)).entryList(QDir::Files | QDir::Hidden, QDir::Name);
+    }
+    /// The end of a session, as the window has it.
+    void EndSession()
+    {
+        s->Libraries.CloseDatabase();
+        s->State.CurrentDatabase = Library::Open(m_one);
+        ExitMaintenance(s->State, s->Shell, *m_tools).Run();
+    }
+    void ExpectRestore(const QString& file, MsgBoxResult choosesPath, MsgBoxResult takesPlace)
+    {
+        s->Script.ExpectFileName(u"Select a back-up file to restore database from"_s, file);
+        s->Script.ExpectMsgBox(u"Restore Location"_s, choosesPath);
+        if (choosesPath == MsgBoxResult::Yes)
+            s->Script.ExpectFileName(u"Choose path and name of the restored database"_s, Path(u"there/restored.qbd"_s));
+        s->Script.ExpectMsgBox(u"Confirm"_s, takesPlace);
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        FailOnWarnings();
+        s = std::make_unique<TestSession>();
+        m_tools = std::make_unique<DatabaseTools>(s->State, s->CommandStates, s->Libraries, s->Tree);
+        m_one = s->LibraryFile(u"one.qbd"_s, u"first"_s);
+        QVERIFY(s->Start(u"%1|One;"_s.arg(m_one)));
+    }
+    void cleanup()
+    {
+        m_tools.reset();
+        s.reset();
+    }
+
+    // Menu commands
+
+    void backup_isMadeAndTheLibraryOpenAgain()
+    {
+        s->Click(u"first"_s);
+        s->Script.ExpectFileName(u"Select destination folder and file name of the new backup file"_s, Path(u"b.qbb"_s));
+        s->Script.ExpectMsgBox(u"DB Backed Up"_s);
+        s->CommandStates.Run(u"mnuDBToolsBackupItem"_s);
+        QCOMPARE(s->Script.Questions.last().Name, u"one260302.qbb"_s);
+        QCOMPARE(s->Script.Questions.last().Filter, u"KT Quillbase Backup File|*.qbb"_s);
+        QCOMPARE(s->Script.Messages.last().Text,
+                 u"Current database seccessfully backed up to "_s + QDir::toNativeSeparators(Path(u"b.qbb"_s)));
+        QCOMPARE(s->Script.Messages.last().Icon, MsgBoxIcon::Information);
+        QVERIFY(ReadBackupSummary(Path(u"b.qbb"_s)));
+        QCOMPARE(s->OpenPath(), m_one);
+        QCOMPARE(s->Selected(), u"first"_s);
+        QCOMPARE(s->State.oCodeItem->Title(), u"first"_s);
+    }
+
+    void cancelledDialog_endsTheCommand()
+    {
+        s->Script.ExpectFileName(u"Select destination folder and file name of the new backup file"_s, {});
+        s->CommandStates.Run(u"mnuDBToolsBackupItem"_s);
+        s->Script.ExpectFileName(u"Select a back-up file to restore database from"_s, {});
+        s->CommandStates.Run(u"mnuDBToolsRestoreItem"_s);
+        QCOMPARE(s->OpenPath(), m_one);
+    }
+
+    void backupThatFails_isTold()
+    {
+        s->Script.ExpectFileName(u"Select destination folder and file name of the new backup file"_s, m_one);
+        s->Script.ExpectError();
+        s->Script.ExpectMsgBox(u"Operation Unseccessfull"_s);
+        s->CommandStates.Run(u"mnuDBToolsBackupItem"_s);
+        QCOMPARE(s->Script.Messages.last().Text,
+                 u"Program couldn't back up your database. It might be opened by another user."_s);
+        QCOMPARE(s->OpenPath(), m_one);
+    }
+
+    void restoredLibrary_isOpened()
+    {
+        BackUpLibrary(m_one, Path(u"b.qbb"_s), {});
+        QDir().mkpath(Path(u"there"_s));
+        ExpectRestore(Path(u"b.qbb"_s), MsgBoxResult::Yes, MsgBoxResult::No);
+        s->Script.ExpectInputBox(u"Include to Favourites List"_s, u"Two"_s);
+        s->CommandStates.Run(u"mnuDBToolsRestoreItem"_s);
+        QCOMPARE(s->OpenPath(), Path(u"there/restored.qbd"_s));
+        QCOMPARE(s->Shell.Aliases, (QStringList{u"One"_s, u"Two"_s}));
+        QCOMPARE(s->Script.Messages[0].DefaultAnswer(), MsgBoxResult::No);
+        QCOMPARE(s->Script.Questions.last().Name, u"b.qbd"_s);
+    }
+
+    void restoredLibrary_takesThePlaceInTheList()
+    {
+        BackUpLibrary(m_one, Path(u"b.qbb"_s), {});
+        ExpectRestore(Path(u"b.qbb"_s), MsgBoxResult::No, MsgBoxResult::Yes);
+        s->Script.ExpectInputBox(u"Include to Favourites List"_s, u"Two"_s);
+        s->CommandStates.Run(u"mnuDBToolsRestoreItem"_s);
+        QCOMPARE(s->OpenPath(), ApplicationFolder() + u"b.qbd"_s);
+        QCOMPARE(s->Shell.Aliases, QStringList{u"Two"_s});
+        QVERIFY(QFileInfo::exists(m_one)); // it is only off the list
+    }
+
+    void restoreThatFails_endsTheCommand()
+    {
+        WriteFile(Path(u"b.qbb"_s), "no backup");
+        s->Script.ExpectFileName(u"Select a back-up file to restore database from"_s, Path(u"b.qbb"_s));
+        s->Script.ExpectMsgBox(u"Restore Location"_s, MsgBoxResult::No);
+        s->Script.ExpectError();
+        s->CommandStates.Run(u"mnuDBToolsRestoreItem"_s);
+        QCOMPARE(s->OpenPath(), m_one);
+    }
+
+    // The session
+
+    void session_isUndoneWithTheTree()
+    {
+        QVERIFY(!s->Enabled(u"mnuUndoThisSessionChanges"_s));
+        s->Libraries.CloseDatabase();
+        Settings().SetDBEnableSessionUndo(true);
+        m_tools->MakeStartOfSessionCopy();
+        QVERIFY(s->Libraries.SetupDBConnection());
+        QVERIFY(s->Enabled(u"mnuUndoThisSessionChanges"_s));
+        AddItem(*s->State.CurrentDatabase, 0, u"of this session"_s);
+        s->Tree.Refill();
+        QCOMPARE(s->Shape(), u"One Library(first of this session)"_s);
+        s->CommandStates.Run(u"mnuUndoThisSessionChanges"_s);
+        QCOMPARE(s->Shape(), u"One Library(first)"_s);
+        QCOMPARE(s->OpenPath(), m_one);
+        QCOMPARE(CountOf(*s->State.CurrentDatabase, u"Items"_s), 1);
+    }
+
+    void copyOfAnotherLibrary_isNotTaken()
+    {
+        s->Libraries.CloseDatabase();
+        Settings().SetDBEnableSessionUndo(true);
+        m_tools->MakeStartOfSessionCopy();
+        s->State.CurrentDatabasePath = s->LibraryFile(u"two.qbd"_s, u"second"_s);
+        QVERIFY(s->Libraries.SetupDBConnection());
+        const QMap<QString, QByteArray> before = StateOf(s->State.CurrentDatabasePath);
+        s->Script.ExpectMsgBox(u"KT Quillbase"_s);
+        s->CommandStates.Run(u"mnuUndoThisSessionChanges"_s);
+        QCOMPARE(DifferenceOf(StateOf(s->State.CurrentDatabasePath), before), QString());
+    }
+
+    // The end of the session
+
+    void dueCompaction_isDone()
+    {
+        AddItem(*s->State.CurrentDatabase, 0, u"big"_s, QString(300'000, u'y'));
+        s->State.CurrentDatabase->Execute(u"DELETE FROM Items WHERE Title = 'big'"_s);
+        Store(u"CompactOnExit"_s, false); // which is not asked
+        Store(u"CompactOnExitEvery"_s, 5);
+        Store(u"CompactOnExitUsedDays"_s, 4);
+        EndSession();
+        QVERIFY(s->State.CurrentDatabase->QueryValue(u"PRAGMA freelist_count"_s).ToLong() > 20);
+        Store(u"CompactOnExitUsedDays"_s, 5);
+        EndSession();
+        QCOMPARE(s->State.CurrentDatabase->QueryValue(u"PRAGMA freelist_count"_s), Value(0));
+        QVERIFY(s->State.CurrentDatabase);
+    }
+
+    void dueBackup_compactsAndAsks()
+    {
+        Store(u"BackupOnExitEvery"_s, 0);
+        Store(u"BackupDir"_s, Path(u"gone"_s));
+        Store(u"BackupAutoDelete"_s, false);
+        s->Script.ExpectMsgBox(u"Scheduled Backup Procedure Ready"_s, MsgBoxResult::No);
+        EndSession();
+        QCOMPARE(NamesIn(u"data/Backups"_s), QStringList());
+        QVERIFY(s->Script.Messages.last().Text.endsWith(u"one260302.qbd?"_s));
+        s->Script.ExpectMsgBox(u"Scheduled Backup Procedure Ready"_s, MsgBoxResult::Yes);
+        EndSession();
+        QCOMPARE(NamesIn(u"data/Backups"_s), QStringList{u"one260302.qbd"_s}); // the extension is the library's
+        QVERIFY(ReadBackupSummary(Path(u"data/Backups/one260302.qbd"_s)));
+        QCOMPARE(s->Shell.StatusText, u"Database Backed Up"_s);
+    }
+
+    void dueBackupThatIsNotWanted_compactsOnly()
+    {
+        Store(u"BackupOnExitEvery"_s, 0);
+        Store(u"BackupOnExit"_s, false);
+        AddItem(*s->State.CurrentDatabase, 0, u"big"_s, QString(300'000, u'y'));
+        s->State.CurrentDatabase->Execute(u"DELETE FROM Items WHERE Title = 'big'"_s);
+        EndSession();
+        QCOMPARE(s->State.CurrentDatabase->QueryValue(u"PRAGMA freelist_count"_s), Value(0));
+        QCOMPARE(NamesIn(u"data/Backups"_s), QStringList());
+    }
+
+    void automaticBackupThatFails_isTold()
+    {
+        Store(u"BackupOnExitEvery"_s, 0);
+        Settings().SetDBBackupAutomatic(true);
+        QDir().mkpath(Path(u"backups"_s));
+        Store(u"BackupDir"_s, Path(u"backups"_s));
+        MakeLibrary(Path(u"backups/one260302.qbd"_s)).reset(); // a library has the name
+        s->Script.ExpectError();
+        s->Script.ExpectMsgBox(u"BackUp Unsuccessful"_s);
+        EndSession();
+        QCOMPARE(s->Shell.StatusText, u"Unable to Back Up the Database"_s);
+        QVERIFY(Library::Open(Path(u"backups/one260302.qbd"_s)));
+    }
+
+    void oldBackups_areThoseOfTheOddPattern_data()
+    {
+        QTest::addColumn<int>("files");
+        QTest::addColumn<int>("deleted");
+        QTest::newRow("five of seven are too many") << 7 << 3;
+        QTest::newRow("four are not") << 4 << 0;
+        QTest::newRow("five are one too many") << 5 << 1;
+    }
+    void oldBackups_areThoseOfTheOddPattern()
+    {
+        QFETCH(int, files);
+        QFETCH(int, deleted);
+        QDir().mkpath(Path(u"backups"_s));
+        Store(u"BackupDir"_s, Path(u"backups"_s));
+        for (int day = 1; day <= files; ++day)
+            WriteFile(Path(u"backupsone26010%1.qbb"_s.arg(day)), "old"); // beside the folder, its name in front
+        WriteFile(Path(u"backups/one260101.qbb"_s), "in the folder");
+        ExitMaintenance exit(s->State, s->Shell, *m_tools);
+        const QStringList old = exit.OldBackups();
+        QCOMPARE(old.size(), deleted);
+        for (qsizetype i = 0; i < old.size(); ++i)
+            QCOMPARE(old[i], u"backupsone26010%1.qbb"_s.arg(i + 1));
+        Store(u"BackupAutoDelete"_s, false);
+        QCOMPARE(exit.OldBackups(), QStringList());
+    }
+
+    void rotatingBackups_haveTheirOwnSchedule()
+    {
+        Settings().SetBackupRotation(true);
+        Settings().SetBackupRotationEvery(2);
+        Settings().SetBackupRotationLast(2);
+        Settings().SetBackupRotationDaily(0);
+        Settings().SetBackupRotationWeekly(0);
+        QDir().mkpath(Path(u"backups"_s));
+        Store(u"BackupDir"_s, Path(u"backups"_s));
+        for (int day = 2; day <= 8; ++day) {
+            s->Time.Set(Date::FromParts(2026, 3, day, 12));
+            EndSession();
+        }
+        QCOMPARE(NamesIn(u"backups"_s), (QStringList{u"one260306.qbb"_s, u"one260308.qbb"_s}));
+        for (const BackupEntry& entry : ListBackups(Path(u"backups"_s)))
+            QVERIFY(entry.IsGood);
+    }
+
+    void rotatingBackup_neverReplacesThatOfAnotherLibrary()
+    {
+        Settings().SetBackupRotation(true);
+        QDir().mkpath(Path(u"backups"_s));
+        Store(u"BackupDir"_s, Path(u"backups"_s));
+        BackUpLibrary(s->LibraryFile(u"two.qbd"_s), Path(u"backups/one260302.qbb"_s), {});
+        const QByteArray other = ReadFile(Path(u"backups/one260302.qbb"_s));
+        s->Script.ExpectMsgBox(u"KT Quillbase"_s);
+        EndSession();
+        QCOMPARE(ReadFile(Path(u"backups/one260302.qbb"_s)), other);
+    }
+
+    void rotation_isOffAtFirst()
+    {
+        EndSession();
+        QVERIFY(!QFileInfo::exists(Path(u"data/Backups"_s)));
+    }
+
+    // The list
+
+    void list_saysWhatHasChanged()
+    {
+        QDir().mkpath(Path(u"backups"_s));
+        BackUpLibrary(m_one, Path(u"backups/b.qbb"_s), {});
+        Library& library = *s->State.CurrentDatabase;
+        QCOMPARE(BackupLines(Path(u"backups"_s), &library)[0].Changes, u"nothing"_s);
+        QCOMPARE(BackupLines(Path(u"backups"_s), &library)[0].State, u"not checked"_s);
+        s->Time.AddSeconds(10);
+        AddItem(library, 0, u"second"_s);
+        AddStoredFile(library, 1, u"f"_s, "f", s->Time.Now());
+        RememberCheck(Path(u"backups/b.qbb"_s), true);
+        const BackupLine line = BackupLines(Path(u"backups"_s), &library)[0];
+        QCOMPARE(line.Changes, u"1 item changed, 1 file added, 1 item more"_s);
+        QCOMPARE(line.State, u"good, 2026-03-02 14:30"_s);
+        QVERIFY(BackupLines(Path(u"nowhere"_s), &library).empty());
+        QVERIFY(BackupLines(Path(u"backups"_s), nullptr)[0].Changes.isEmpty());
+    }
+
+    void preview_showsTheTexts()
+    {
+        const QString preview = PreviewOf({.Id = 1,
+                                           .Parent = 0,
+                                           .Title = u"title"_s,
+                                           .Description = u"said"_s,
+                                           .Info = {},
+                                           .Code = u"{\\rtf1 int x;}"_s,
+                                           .Notes = {},
+                                           .Usage = {},
+                                           .LastChanged = {},
+                                           .Files = {u"a.txt"_s},
+                                           .HasPage = true});
+        QCOMPARE(preview, u"title\n\nDescription:\nsaid\n\nCode:\nint x;\n\nStored files:\na.txt\n\nIt has a web page.\n"_s);
+    }
+};
+
+QB_TEST_MAIN(TestDatabaseTools)
+#include "tst_database_tools.moc"
