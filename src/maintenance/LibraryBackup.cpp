@@ -103,7 +103,6 @@ public:
         m_phases = PhasesOf(QFileInfo(m_library).size(), m_contents);
         m_work.Begin(m_phases.Copied);
         DBEngine::CompactDatabase(m_library, m_database, m_work, m_copy);
-        QFile::setPermissions(m_database, QFile::permissions(m_database) | QFileDevice::WriteOwner);
         m_work.Begin(m_phases.Imported);
         ImportContents();
         const QString container = Pack();

@@ -7,6 +7,7 @@
 #include "support/FileSizeLimit.h"
 #include "support/LibraryBuilder.h"
 #include "support/LibraryState.h"
+#include "support/OrdinaryUser.h"
 #include "support/RecordedWork.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
@@ -260,11 +261,27 @@ private Q_SLOTS:
     void libraryThatCanOnlyBeRead_isBackedUp()
     {
         const QMap<QString, QByteArray> before = StateOf(m_library);
-        DBEngine::OpenDatabase(m_library)->Execute(u"PRAGMA user_version = 2"_s); // of a later version of the program
-        BackUpLibrary(m_library, Backup(), {}, m_work);
-        DBEngine::OpenDatabase(m_library, DatabaseAccess::ReadOnly);
-        QB_VERIFY_RAISES(RestoreLibrary(Backup(), In(u"r.qbd"_s), RestoreOver::Refuse, m_work), 3051);
-        QVERIFY(!before.isEmpty());
+        constexpr QFileDevice::Permissions ForAll(0x7777);
+        constexpr QFileDevice::Permissions ToRead(0x5555);
+        for (const QString& folder : {m_home->Path(), m_home->Path(u"lib ö"_s)})
+            QVERIFY(QFile::setPermissions(folder, ToRead));
+        QVERIFY(QFile::setPermissions(In({}), ForAll));
+        QVERIFY(QFile::setPermissions(m_library, QFileDevice::Permissions(0x4444)));
+        {
+            const OrdinaryUser user;
+            BackUpLibrary(m_library, Backup(), {}, m_work);
+        }
+        for (const QString& folder : {m_home->Path(), m_home->Path(u"lib ö"_s)})
+            QVERIFY(QFile::setPermissions(folder, ForAll));
+        RestoreLibrary(Backup(), In(u"r.qbd"_s), RestoreOver::Refuse, m_work);
+        QCOMPARE(DifferenceOf(StateOf(In(u"r.qbd"_s)), before), QString());
+    }
+
+    void libraryOfALaterVersion_isRefused()
+    {
+        DBEngine::OpenDatabase(m_library)->Execute(u"PRAGMA user_version = 2"_s);
+        QB_VERIFY_RAISES(BackUpLibrary(m_library, Backup(), {}, m_work), 3051);
+        QCOMPARE(Names(), QStringList());
     }
 
     // Restoring over a library

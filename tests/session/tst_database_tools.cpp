@@ -324,7 +324,8 @@ private Q_SLOTS:
                                            .LastChanged = {},
                                            .Files = {u"a.txt"_s},
                                            .HasPage = true});
-        QCOMPARE(preview, u"title\n\nDescription:\nsaid\n\nCode:\nint x;\n\nStored files:\na.txt\n\nIt has a web page.\n"_s);
+        QCOMPARE(preview,
+                 u"title\n\nDescription:\nsaid\n\nCode:\nint x;\n\nStored files:\na.txt\n\nIt has a web page.\n"_s);
     }
 };
 

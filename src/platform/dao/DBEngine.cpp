@@ -164,7 +164,8 @@ void DBEngine::CompactDatabase(const QString& source, const QString& target, Wor
         const bool isReadOnly = copy == Copy::PassingOfReadOnly;
         const std::unique_ptr<Database> database = OpenDatabase(source,
                                                                 isReadOnly ? Access::ReadOnly : Access::ReadWrite);
-        if (const QString reason = ReplaceContents(interim, {}, QFile::permissions(source)); !reason.isEmpty())
+        if (const QString reason = ReplaceContents(interim, {}, QFile::permissions(source) | QFileDevice::WriteOwner);
+            !reason.isEmpty())
             throw RuntimeError(ErrorNumber::PathAccess, u"'%1' can't be made: %2."_s.arg(Shown(target), reason),
                                procedure);
         if (!isReadOnly) { // in this mode the lock that the transaction takes is kept until the connection closes
