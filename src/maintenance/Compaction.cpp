@@ -5,6 +5,7 @@
 #include "platform/dao/DBEngine.h"
 #include "platform/system/FileCopy.h"
 #include "platform/system/FileReplace.h"
+#include "platform/system/Interims.h"
 #include "platform/system/Paths.h"
 #include "platform/system/RuntimeError.h"
 #include "store/Library.h"
