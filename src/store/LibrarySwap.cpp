@@ -3,6 +3,7 @@
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
 #include "platform/system/RuntimeError.h"
+#include "store/Checksums.h"
 #include "store/Library.h"
 
 #include <QDir>
@@ -25,9 +26,14 @@ namespace {
 
 /// Something of the library that gets another in its place, or none.
 struct Part {
-    QString Name;      ///< without a folder
-    quint64 Inode = 0; ///< of what takes its place, by which that is known wherever it lies; 0: nothing does
+    QString Name; ///< without a folder
+    QString Mark; ///< of what takes its place, by which that is known wherever it lies; "-": nothing does
 };
+
+const QString Nothing = u"-"_s;
+
+/// A folder that takes another one's place holds this file until all parts are there.
+const QString FolderMark = u".swap-mark"_s;
 
 /// A stage that holds this file is complete: what it names is to be put in place.
 const QString ReadyName = u"ready"_s;
@@ -45,15 +51,20 @@ QString StagePrefix(const QString& library)
         u"LibrarySwap"_s);
 }
 
-quint64 InodeOf(const QString& path)
-{
-    struct stat state {};
-    return ::lstat(QFile::encodeName(path).constData(), &state) == 0 ? quint64(state.st_ino) : 0;
-}
-
 bool Exists(const QString& path)
 {
-    return InodeOf(path) != 0;
+    struct stat state {};
+    return ::lstat(QFile::encodeName(path).constData(), &state) == 0;
+}
+
+/// A folder's is the file in it, a database's the sum of its contents: both are the same in a copy of the stage.
+QString MarkOf(const QString& path)
+{
+    if (!Exists(path))
+        return Nothing;
+    if (QFileInfo(path).isDir())
+        return QFileInfo::exists(path + u'/' + FolderMark) ? FolderMark : u"none"_s;
+    return QString::number(ChecksumOfFile(path));
 }
 
 void SyncFolder(const QString& path)
@@ -102,6 +113,8 @@ public:
             m_done.push_back(&part);
         }
         SyncFolder(m_folder);
+        for (const Part& part : m_parts)
+            QFile::remove(There(part) + u'/' + FolderMark);
         return true;
     }
 
@@ -121,16 +134,16 @@ private:
 
     bool Place(const Part& part) const
     {
-        if (part.Inode == 0)
+        if (part.Mark == Nothing)
             return !Exists(There(part)) || RenameFile(There(part), Old(part));
-        if (InodeOf(New(part)) != part.Inode)
+        if (MarkOf(New(part)) != part.Mark)
             return true; // it is there already
         return Exists(There(part)) ? Exchange(New(part), There(part), Old(part)) : RenameFile(New(part), There(part));
     }
 
     bool TakeBack(const Part& part) const
     {
-        if (part.Inode == 0)
+        if (part.Mark == Nothing)
             return !Exists(Old(part)) || RenameFile(Old(part), There(part));
         if (Exists(New(part))) // the old one, in exchange
             return Exchange(New(part), There(part), Old(part));
@@ -149,7 +162,7 @@ QByteArray Written(const std::vector<Part>& parts)
 {
     QByteArray text;
     for (const Part& part : parts)
-        text += QByteArray::number(part.Inode) + ' ' + part.Name.toUtf8() + '\n';
+        text += part.Mark.toUtf8() + ' ' + part.Name.toUtf8() + '\n';
     return text;
 }
 
@@ -173,9 +186,16 @@ std::vector<Part> ReadParts(const QString& stage, const QString& library)
         const qsizetype blank = line.indexOf(' ');
         const QString name = QString::fromUtf8(line.mid(blank + 1));
         if (blank > 0 && names.contains(name))
-            parts.push_back({name, line.left(blank).toULongLong()});
+            parts.push_back({name, QString::fromUtf8(line.left(blank))});
     }
     return parts;
+}
+
+void WriteMark(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        Fail(path, u"can't be written"_s);
 }
 
 /// Without the file that says it is complete a stage is nothing but what may be deleted.
@@ -220,16 +240,20 @@ QString LibrarySwap::NewLibrary() const
 
 void LibrarySwap::PutInPlace(Parts parts)
 {
-    const auto part = [this](const QString& name) { return Part{name, InodeOf(m_stage + u"new/"_s + name)}; };
+    const auto part = [this](const QString& name) { return Part{name, MarkOf(m_stage + u"new/"_s + name)}; };
     const QString file = QFileInfo(m_library).fileName();
     // The journal of the old database must be gone before another one stands under its name.
-    std::vector<Part> all{{file + u"-journal"_s}};
+    std::vector<Part> all{{file + u"-journal"_s, Nothing}};
     if (parts == Parts::WithFolders) {
-        for (const QString& folder : {FilesFolderOf(m_library), HTMLFolderOf(m_library)})
-            all.push_back(part(QFileInfo(folder.chopped(1)).fileName()));
+        for (const QString& folder : {FilesFolderOf(m_library), HTMLFolderOf(m_library)}) {
+            const QString name = QFileInfo(folder.chopped(1)).fileName();
+            if (QFileInfo(m_stage + u"new/"_s + name).isDir())
+                WriteMark(m_stage + u"new/"_s + name + u'/' + FolderMark);
+            all.push_back(part(name));
+        }
     }
     all.push_back(part(file));
-    if (all.back().Inode == 0)
+    if (all.back().Mark == Nothing)
         throw RuntimeError(ErrorNumber::Internal, u"There is no new library to put in place."_s, u"LibrarySwap"_s);
     DeleteFolder(m_stage + u"scratch"_s);
     SyncFileSystem(m_stage);

@@ -4,6 +4,7 @@
 #include "maintenance/LibraryBackup.h"
 #include "platform/dao/DBEngine.h"
 #include "platform/system/Interims.h"
+#include "store/CCodeItem.h"
 #include "store/Library.h"
 #include "store/LibrarySwap.h"
 #include "store/PendingFiles.h"
@@ -112,8 +113,11 @@ public:
         DBEngine::CompactDatabase(database->Name(), m_home.Path(u"start.qbd"_s));
         WriteFile(m_home.Path(u"log/KTSStartupBackup.qbd"_s), ReadFile(m_home.Path(u"start.qbd"_s)));
         // What a backup and the start of the session don't have, and room that is not needed.
-        AddItem(*database, 0, u"four"_s, QString(300'000, u'y'));
-        database->Execute(u"UPDATE Items SET Code = Null WHERE Title = 'four'"_s);
+        CCodeItem four;
+        four.Initialise(*database, QString::number(AddItem(*database, 0, u"four"_s, QString(300'000, u'y'))));
+        four.SetCode({});
+        four.SetItemChanged(true);
+        four.Commit();
         AddStoredFile(*database, one, u"late.bin"_s, "late", {});
     }
 

@@ -8,6 +8,7 @@
 #include <QRandomGenerator>
 #include <QSet>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 namespace qb::test {
@@ -60,7 +61,7 @@ public:
                 record.Path = QFile::decodeName(rest.mid(words[0].size() + 1));
             if (QByteArray("MUDF").contains(record.Kind))
                 record.Path = QFile::decodeName(rest);
-            if (record.Kind == 'R') {
+            if (record.Kind == 'R' || record.Kind == 'X') {
                 const qsizetype length = words[1].toLongLong();
                 const qsizetype begin = words[0].size() + words[1].size() + 2;
                 record.From = QFile::decodeName(rest.mid(begin, length));
@@ -125,7 +126,7 @@ private:
         struct stat state {};
         return ::stat(QFile::encodeName(path).constData(), &state) == 0 ? state.st_ino : 0;
     }
-    static bool IsOfNames(const Recorded& call) { return QByteArray("CLRUMD").contains(call.Kind); }
+    static bool IsOfNames(const Recorded& call) { return QByteArray("CLRXUMD").contains(call.Kind); }
     static QString FolderOf(const QString& path) { return path.section(u'/', 0, -2); }
 
     /// Numbers of files are used again by the system once a file is gone. One that was not seen before was made by the
@@ -183,9 +184,32 @@ private:
         case 'D':
             disk.Folders.remove(call.Path);
             break;
+        case 'X':
+            Exchange(disk, call);
+            break;
         default:
             Move(disk, call);
         }
+    }
+
+    /// Two files, or folders with all in them.
+    static void Exchange(Disk& disk, const Recorded& call)
+    {
+        const auto exchanged = [&call](const QString& path) {
+            for (const auto& [from, to] : {std::pair(call.From, call.Path), std::pair(call.Path, call.From)}) {
+                if (path == from || path.startsWith(from + u'/'))
+                    return to + path.mid(from.size());
+            }
+            return path;
+        };
+        QMap<QString, int> names;
+        for (auto name = disk.Names.begin(); name != disk.Names.end(); ++name)
+            names.insert(exchanged(name.key()), name.value());
+        QSet<QString> folders;
+        for (const QString& folder : std::as_const(disk.Folders))
+            folders.insert(exchanged(folder));
+        disk.Names = names;
+        disk.Folders = folders;
     }
 
     /// A file, or a folder with all in it.
@@ -237,10 +261,16 @@ private:
         QDir().mkpath(target);
         for (const QString& folder : disk.Folders)
             QDir().mkpath(target + folder.mid(m_folder.size()));
+        QHash<int, QString> laid;
         for (auto name = disk.Names.begin(); name != disk.Names.end(); ++name) {
             const QString path = target + name.key().mid(m_folder.size());
             QDir().mkpath(FolderOf(path));
-            WriteFile(path, disk.Files[size_t(name.value())]);
+            // Two names of one file are that here, too.
+            if (const QString other = laid.value(name.value());
+                other.isEmpty()
+                || ::link(QFile::encodeName(other).constData(), QFile::encodeName(path).constData()) != 0)
+                WriteFile(path, disk.Files[size_t(name.value())]);
+            laid.insert(name.value(), path);
         }
     }
 

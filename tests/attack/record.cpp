@@ -8,6 +8,7 @@
 //   W inode place length  bytes are written       T inode length   a file is cut or grown
 //   L inode path          it gets a name          M path           a folder is made
 //   R inode length path path   a rename; the length is that of the first path
+//   X 0 length path path  two names change what they stand for
 //   U path                a name goes             D path           a folder goes
 //   S inode               a file is flushed       F path           a folder is flushed
 //   E                     all of the file system is flushed
@@ -181,6 +182,12 @@ void Renamed(const std::string& from, const std::string& to)
         Put("R " + Text(InodeAt(to)) + ' ' + std::to_string(from.size()) + ' ' + from + ' ' + to);
 }
 
+void Exchanged(const std::string& one, const std::string& other)
+{
+    if (IsWatched(one) || IsWatched(other))
+        Put("X 0 " + std::to_string(one.size()) + ' ' + one + ' ' + other);
+}
+
 using Guard = std::lock_guard<std::mutex>;
 
 } // namespace
@@ -329,7 +336,9 @@ int renameat2(int fromFolder, const char* from, int toFolder, const char* to, un
     QB_REAL(renameat2);
     const Guard guard(TheMutex());
     const int result = real(fromFolder, from, toFolder, to, flags);
-    if (result == 0)
+    if (result == 0 && (flags & RENAME_EXCHANGE))
+        Exchanged(Path(fromFolder, from), Path(toFolder, to));
+    else if (result == 0)
         Renamed(Path(fromFolder, from), Path(toFolder, to));
     return result;
 }

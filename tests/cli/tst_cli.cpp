@@ -41,7 +41,7 @@ private Q_SLOTS:
         QTest::newRow("unknown command") << QStringList{u"frobnicate"_s} << u"unknown command 'frobnicate'"_s;
         QTest::newRow("unknown option") << QStringList{u"info"_s, u"L"_s, u"--colour"_s} << u"Unknown option"_s;
         QTest::newRow("missing argument") << QStringList{u"show"_s, u"L"_s} << u"An argument is missing"_s;
-        QTest::newRow("one too many") << QStringList{u"info"_s, u"L"_s, u"M"_s} << u"Unexpected argument 'M'"_s;
+        QTest::newRow("one too many") << QStringList{u"check"_s, u"L"_s, u"M"_s} << u"Unexpected argument 'M'"_s;
         QTest::newRow("no ID") << QStringList{u"move"_s, u"L"_s, u"one"_s, u"2"_s} << u"'one' is not the ID"_s;
         QTest::newRow("unknown language")
             << QStringList{u"new"_s, u"L"_s, u"--language"_s, u"klingon"_s} << u"Unknown language"_s;

@@ -651,7 +651,7 @@ private Q_SLOTS:
         Open();
         QVERIFY(!Button()->isVisible()); // the welcome page
         ClickOn(0);
-        for (const int tab : {1, 0, 3, 2, 5, 0}) {
+        for (const int tab : {1, 0, 3, 2, 0}) {
             Tab(tab);
             QCOMPARE(Button()->isVisible(), tab == 0 || tab == 2);
         }

@@ -94,8 +94,8 @@ private Q_SLOTS:
         ClickOn(0);
         QTest::keyClick(m_window.get(), Qt::Key_N, Qt::AltModifier);
         QCOMPARE(m_window->findChild<QTabWidget*>(u"tbsTabs"_s)->currentIndex(), 1);
-        QTest::keyClick(m_window.get(), Qt::Key_O, Qt::AltModifier);
-        QCOMPARE(m_window->findChild<QTabWidget*>(u"tbsTabs"_s)->currentIndex(), 5);
+        QTest::keyClick(m_window.get(), Qt::Key_U, Qt::AltModifier);
+        QCOMPARE(m_window->findChild<QTabWidget*>(u"tbsTabs"_s)->currentIndex(), 2);
     }
 
     void emptyLinkBox_staysDisabledWhenTheTreeComesBack()

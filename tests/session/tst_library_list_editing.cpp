@@ -3,6 +3,7 @@
 #include "support/TestSession.h"
 
 #include <QDir>
+#include <QRegularExpression>
 
 using namespace qb;
 using namespace qb::test;
@@ -31,7 +32,13 @@ private:
 
     QString LastMessage() const { return s->Script.Messages.isEmpty() ? QString() : s->Script.Messages.last().Text; }
     MsgBoxIcon LastIcon() const { return s->Script.Messages.last().Icon; }
-    QStringList FilesInTheFolder() const { return QDir(s->Home.Path()).entryList(QDir::Files | QDir::Hidden); }
+    /// Without the marks of libraries that are open.
+    QStringList FilesInTheFolder() const
+    {
+        return QDir(s->Home.Path())
+            .entryList(QDir::Files | QDir::Hidden)
+            .filter(QRegularExpression(u"^(?!.*\\.open-)"_s));
+    }
 
     void ExpectAlias(const std::optional<QString>& alias)
     {

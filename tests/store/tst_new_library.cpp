@@ -24,9 +24,12 @@ private:
         return Library::Open(m_path);
     }
 
+    /// Without the marks of libraries that are open.
     QStringList FilesInTheFolder() const
     {
-        return QDir(m_home->Path(u"libraries"_s)).entryList(QDir::Files | QDir::Hidden);
+        return QDir(m_home->Path(u"libraries"_s))
+            .entryList(QDir::Files | QDir::Hidden)
+            .filter(QRegularExpression(u"^(?!.*\\.open-)"_s));
     }
 
     std::optional<TemporaryHome> m_home;
