@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <algorithm>
+#include <sys/stat.h>
 #include <unordered_set>
 
 namespace qb {
@@ -57,6 +58,12 @@ void RefuseWhenCancelled(Work& work)
                            u"FindCache"_s);
 }
 
+quint64 InodeOf(const QString& path)
+{
+    struct stat state {};
+    return ::stat(QFile::encodeName(path).constData(), &state) == 0 ? quint64(state.st_ino) : 0;
+}
+
 QString LanguageOfLibrary(Library& library)
 {
     return library.QueryValue(u"SELECT LanguageUsed FROM Properties"_s).ToText();
@@ -72,14 +79,32 @@ QString FindCache::CacheFolderOfFinds()
     return folder;
 }
 
+/// Opens a library, and says which file that was: another one may take the name at any time.
+FindCache::OpenedLibrary FindCache::Open(const QString& path)
+{
+    for (;;) {
+        const quint64 before = InodeOf(path);
+        std::unique_ptr<Library> library = Library::Open(path, DBEngine::Access::ReadOnly);
+        if (InodeOf(path) == before)
+            return {std::move(library), before};
+    }
+}
+
 FindCache::FindCache(const QString& libraryPath, const QString& cacheFolder)
-    : m_library(Library::Open(libraryPath, DBEngine::Access::ReadOnly)), m_folders{m_library->FilesFolder(),
-                                                                                   m_library->HTMLFolder()},
-      m_file(CachePath(cacheFolder, KeyOf(*m_library)), KeyOf(*m_library))
+    : m_opened(Open(libraryPath)), m_folders{Own().FilesFolder(), Own().HTMLFolder()},
+      m_file(CachePath(cacheFolder, KeyOf(Own())), KeyOf(Own()))
 {
 }
 
 FindCache::~FindCache() = default;
+
+/// What the library is like now. A file that has taken its name, as a compacted one does, is opened in its place.
+FileStamp FindCache::CurrentStamp()
+{
+    if (InodeOf(Own().Name()) != m_opened.Inode)
+        m_opened = Open(Own().Name());
+    return Own().Stamp();
+}
 
 bool FindCache::IsInStep(const FileStamp& stamp) const
 {
@@ -96,7 +121,7 @@ bool FindCache::Adopt(const FileStamp& stamp)
     std::vector<std::shared_ptr<const FindSegment>> segments = m_file.Load(loaded);
     if (segments.empty() || !(loaded.Stamp == stamp))
         return false;
-    m_snapshot = std::make_shared<const FindSnapshot>(std::move(segments), LanguageOfLibrary(*m_library));
+    m_snapshot = std::make_shared<const FindSnapshot>(std::move(segments), LanguageOfLibrary(Own()));
     m_head = loaded;
     m_stamp = stamp;
     return true;
@@ -115,19 +140,19 @@ FileLock FindCache::Lock(Work& work) const
 
 std::shared_ptr<const FindSnapshot> FindCache::Update(Work& work)
 {
-    FileStamp stamp = m_library->Stamp();
+    FileStamp stamp = CurrentStamp();
     const bool isInStep = IsInStep(stamp) || Adopt(stamp);
     if (isInStep && ItemsWithOtherFiles().empty())
         return m_snapshot;
     m_warning.clear();
     const FileLock lock = Lock(work);
-    stamp = m_library->Stamp();
+    stamp = CurrentStamp();
     if (!isInStep && Adopt(stamp) && ItemsWithOtherFiles().empty())
         return m_snapshot; // another process has done it meanwhile
     if (!m_snapshot) {
         std::vector<std::shared_ptr<const FindSegment>> segments = m_file.Load(m_head);
         if (!segments.empty())
-            m_snapshot = std::make_shared<const FindSnapshot>(std::move(segments), LanguageOfLibrary(*m_library));
+            m_snapshot = std::make_shared<const FindSnapshot>(std::move(segments), LanguageOfLibrary(Own()));
     }
     if (m_snapshot && !m_snapshot->IsDamaged())
         Check(stamp, work);
@@ -138,9 +163,9 @@ std::shared_ptr<const FindSnapshot> FindCache::Update(Work& work)
 
 void FindCache::ReadAll(SegmentBuilder& builder, Work& work)
 {
-    const qint64 count = m_library->QueryValue(u"SELECT count(*) FROM Items"_s).ToLong();
+    const qint64 count = Own().QueryValue(u"SELECT count(*) FROM Items"_s).ToLong();
     TextPipeline pipeline(m_folders, [&builder](ChunkBuilder&& chunk) { builder.Add(std::move(chunk)); });
-    LibraryTexts texts(*m_library);
+    LibraryTexts texts(Own());
     std::optional<qint64> last = std::numeric_limits<qint64>::min() / 2;
     for (qint64 done = 0; last;) {
         std::vector<LibraryItem> items;
@@ -163,7 +188,7 @@ bool FindCache::RebuildInFile(const FileStamp& stamp, Work& work)
     if (writer.Failure().isEmpty() && writer.Finish(stamp)) {
         std::vector<std::shared_ptr<const FindSegment>> segments = m_file.Load(m_head);
         if (!segments.empty()) {
-            m_snapshot = std::make_shared<const FindSnapshot>(std::move(segments), LanguageOfLibrary(*m_library));
+            m_snapshot = std::make_shared<const FindSnapshot>(std::move(segments), LanguageOfLibrary(Own()));
             return true;
         }
     }
@@ -180,7 +205,7 @@ void FindCache::Rebuild(const FileStamp& stamp, Work& work)
         MemorySegment memory;
         ReadAll(memory.Builder(), work);
         m_snapshot = std::make_shared<const FindSnapshot>(
-            std::vector<std::shared_ptr<const FindSegment>>{memory.Take()}, LanguageOfLibrary(*m_library));
+            std::vector<std::shared_ptr<const FindSegment>>{memory.Take()}, LanguageOfLibrary(Own()));
     }
     m_stamp = stamp;
 }
@@ -218,7 +243,7 @@ void FindCache::Check(const FileStamp& stamp, Work& work)
     const qint64 count = qint64(m_snapshot->Items());
     {
         TextPipeline pipeline(m_folders, [&memory](ChunkBuilder&& chunk) { memory.Builder().Add(std::move(chunk)); });
-        LibraryTexts texts(*m_library);
+        LibraryTexts texts(Own());
         std::optional<qint64> last = std::numeric_limits<qint64>::min() / 2;
         while (last) {
             std::vector<LibraryItem> items;
@@ -233,7 +258,7 @@ void FindCache::Check(const FileStamp& stamp, Work& work)
         if (!seen.contains(m_snapshot->Item(place).Id))
             memory.Builder().AddGone(m_snapshot->Item(place).Id);
     }
-    const QString language = LanguageOfLibrary(*m_library);
+    const QString language = LanguageOfLibrary(Own());
     if (!memory.Builder().IsEmpty())
         m_snapshot = m_snapshot->With(memory.Take());
     if (language != m_snapshot->Language())
@@ -244,7 +269,7 @@ void FindCache::Check(const FileStamp& stamp, Work& work)
 
 std::shared_ptr<const FindSnapshot> FindCache::Saved(const std::vector<qint64>& items, Work& work)
 {
-    const FileStamp stamp = m_library->Stamp();
+    const FileStamp stamp = CurrentStamp();
     if (IsInStep(stamp))
         return m_snapshot;
     const bool isOneCommit = m_snapshot && !m_snapshot->IsDamaged() && stamp.Inode == m_stamp.Inode
@@ -252,7 +277,7 @@ std::shared_ptr<const FindSnapshot> FindCache::Saved(const std::vector<qint64>& 
     if (!isOneCommit || m_snapshot->Layers().empty())
         return Update(work);
     std::vector<LibraryItem> rows;
-    LibraryTexts(*m_library).Read(items, rows);
+    LibraryTexts(Own()).Read(items, rows);
     AddInMemory(rows, items);
     m_stamp = stamp;
     return m_snapshot;

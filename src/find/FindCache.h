@@ -47,6 +47,14 @@ public:
     const QString& Warning() const { return m_warning; }
 
 private:
+    struct OpenedLibrary {
+        std::unique_ptr<Library> Own;
+        quint64 Inode = 0;
+    };
+
+    static OpenedLibrary Open(const QString& path);
+    Library& Own() const { return *m_opened.Own; }
+    FileStamp CurrentStamp();
     bool IsInStep(const FileStamp& stamp) const;
     bool Adopt(const FileStamp& stamp);
     FileLock Lock(Work& work) const;
@@ -62,7 +70,7 @@ private:
     std::vector<qint64> ItemsWithOtherFiles() const;
     void RemoveForgottenFiles() const;
 
-    std::unique_ptr<Library> m_library;
+    OpenedLibrary m_opened;
     LibraryFolders m_folders;
     FindCacheFile m_file;
     FindCacheFile::Head m_head; ///< of the file whose segments are the first layers

@@ -113,6 +113,21 @@ private Q_SLOTS:
         QCOMPARE(FoundAnew(u"alpha"_s), Ids{});
     }
 
+    void fileThatTakesTheLibrarysPlace_isReadInstead()
+    {
+        FindCache cache(m_library->Name());
+        cache.Update();
+        const QString other = m_home->Path(u"other.qbd"_s);
+        DBEngine::CompactDatabase(m_library->Name(), other);
+        DBEngine::OpenDatabase(other)->Execute(u"UPDATE Items SET Title = 'compacted' WHERE ID = ?"_s, {m_b});
+        QVERIFY(std::rename(QFile::encodeName(other).constData(), QFile::encodeName(m_library->Name()).constData())
+                == 0);
+        QCOMPARE(IdsIn(cache.Update(), u"compacted"_s), Ids{m_b});
+        QCOMPARE(IdsIn(cache.Last(), u"beta"_s), Ids{});
+        DBEngine::OpenDatabase(m_library->Name())->Execute(u"UPDATE Items SET Title = 'again' WHERE ID = ?"_s, {m_c});
+        QCOMPARE(IdsIn(cache.Saved({m_c}), u"again"_s), Ids{m_c});
+    }
+
     void changedLinksAndFiles_areSeen()
     {
         FindCache cache(m_library->Name());
