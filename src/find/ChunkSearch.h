@@ -25,7 +25,8 @@ public:
         quint64 WholeInTitle = 0;
     };
 
-    /// @p wanted says of each item of the chunk whether it is looked at; @p fields which of its texts. The result is there
+    /// @p wanted says of each item of the chunk whether it is looked at; @p fields which of its texts. The result is
+    /// there
     /// until the next search.
     const std::vector<Found>& Search(const FindSegment& segment, const SegmentChunk& chunk,
                                      const std::vector<char>& wanted, FindFieldSet fields);

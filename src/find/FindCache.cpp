@@ -283,7 +283,8 @@ std::shared_ptr<const FindSnapshot> FindCache::Saved(const std::vector<qint64>& 
     return m_snapshot;
 }
 
-/// Puts items on top of what is known; @p asked are the IDs of all that were looked for, of which some may be gone. What
+/// Puts items on top of what is known; @p asked are the IDs of all that were looked for, of which some may be gone.
+/// What
 /// is in memory already and not much goes into the same layer.
 void FindCache::AddInMemory(const std::vector<LibraryItem>& items, const std::vector<qint64>& asked)
 {

@@ -26,11 +26,13 @@ public:
     const QString& FilePath() const { return m_file.Path(); }
 
     /// The texts as the library has them now. What has changed is read; when nobody knows what has, all rows are looked
-    /// at; when there is no usable file, all texts are read, which takes seconds: @p work counts items, and to cancel it
+    /// at; when there is no usable file, all texts are read, which takes seconds: @p work counts items, and to cancel
+    /// it
     /// raises RuntimeError 3059. What can't be kept in the file stays in memory, and Warning says why.
     std::shared_ptr<const FindSnapshot> Update(Work& work = NoWork());
 
-    /// The same after this program has changed these items, and nothing else that is searched, in one transaction: reads
+    /// The same after this program has changed these items, and nothing else that is searched, in one transaction:
+    /// reads
     /// them alone, unless somebody else has changed the library too. They may be gone.
     std::shared_ptr<const FindSnapshot> Saved(const std::vector<qint64>& items, Work& work = NoWork());
 

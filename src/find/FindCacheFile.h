@@ -52,8 +52,10 @@ public:
         SegmentBuilder m_builder;
     };
 
-    /// Adds a segment to the file that has this head, and says that it is in step with the library as it is at @p stamp.
-    /// Without a segment it says only that. Returns the new head; nothing when that can't be done, with the file as it was.
+    /// Adds a segment to the file that has this head, and says that it is in step with the library as it is at @p
+    /// stamp.
+    /// Without a segment it says only that. Returns the new head; nothing when that can't be done, with the file as it
+    /// was.
     std::optional<Head> Append(const Head& head, const FindSegment* segment, const FileStamp& stamp) const;
 
 private:

@@ -7,7 +7,8 @@
 
 namespace qb {
 
-/// A regular expression of Perl's kind that is looked for in texts in UTF-8. It is compiled to machine code where that is
+/// A regular expression of Perl's kind that is looked for in texts in UTF-8. It is compiled to machine code where that
+/// is
 /// possible, and gives up on a text after a number of steps. Lines end with LF; ^ and $ are those of a line.
 class FindExpression {
 public:

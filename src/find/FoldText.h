@@ -24,7 +24,8 @@ char32_t FoldedCharacter(char32_t character, Folding folding);
 /// Whether the character is part of words: letters with their marks, digits, the underscore.
 bool IsWordCharacter(char32_t character);
 
-/// The character that begins at @p at of a text in UTF-8, which moves behind it. What is no UTF-8 is one character a byte,
+/// The character that begins at @p at of a text in UTF-8, which moves behind it. What is no UTF-8 is one character a
+/// byte,
 /// U+FFFD.
 char32_t NextCharacter(QByteArrayView utf8, qsizetype& at);
 /// The character that ends before @p at.

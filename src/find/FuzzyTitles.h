@@ -5,7 +5,8 @@
 
 namespace qb {
 
-/// Titles that are found by some of their letters: each word of what is typed has its letters in the title, in order but
+/// Titles that are found by some of their letters: each word of what is typed has its letters in the title, in order
+/// but
 /// not side by side; the words may come in any order. Case and accents don't count. For one thread at a time.
 class FuzzyTitles {
 public:

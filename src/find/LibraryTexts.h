@@ -37,7 +37,8 @@ struct LibraryFolders {
     QString Pages;
 };
 
-/// How a file that texts are read from stands now. @p file is 0 for the item's web page; @p title that of a stored file.
+/// How a file that texts are read from stands now. @p file is 0 for the item's web page; @p title that of a stored
+/// file.
 FindSource SourceOf(const LibraryFolders& folders, qint64 item, qint64 file, const QString& title);
 
 /// The texts of an item, read from its rows and its files.

@@ -23,14 +23,18 @@ inline constexpr FindFieldSet ReplaceFields = BitOf(FindField::Title) | BitOf(Fi
                                               | BitOf(FindField::Code) | BitOf(FindField::Notes)
                                               | BitOf(FindField::Usage);
 
-/// What would be changed in an item as it stands now, in the order of its texts. In @p replacement of an expression \0 to \9
+/// What would be changed in an item as it stands now, in the order of its texts. In @p replacement of an expression \0
+/// to \9
 /// stand for what its groups matched, \\ for a backslash. Raises RuntimeError 3265 when there is no such item.
 std::vector<ReplaceChange> ChangesIn(Library& library, qint64 item, const FindMatcher& matcher,
                                      const QString& replacement);
 
-/// Makes changes that ChangesIn has told of, in one transaction, inside the running one if there is one. Formatted texts
-/// keep their formats: what comes in looks like the first character that goes. Each item is asked for by the rules of all
-/// other changes (see ItemRules.h). Raises an error, with the library as it was, when an item may not be changed, when a
+/// Makes changes that ChangesIn has told of, in one transaction, inside the running one if there is one. Formatted
+/// texts
+/// keep their formats: what comes in looks like the first character that goes. Each item is asked for by the rules of
+/// all
+/// other changes (see ItemRules.h). Raises an error, with the library as it was, when an item may not be changed, when
+/// a
 /// text no longer holds what a change says, when a title would be empty, too long or reserved, or a part is protected.
 void MakeChanges(Library& library, const std::vector<ReplaceChange>& changes);
 

@@ -6,7 +6,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Goes through a pattern once and keeps to what it understands: groups that capture or don't, literals, their repetition.
+/// Goes through a pattern once and keeps to what it understands: groups that capture or don't, literals, their
+/// repetition.
 /// A pattern with more to it has no known literal.
 class Reader {
 public:

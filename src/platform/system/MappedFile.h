@@ -12,7 +12,8 @@ namespace qb {
 /// reads as zeros, and IsDamaged says so. Can be read by several threads.
 class MappedFile {
 public:
-    /// Of a file that is open, and need not stay so. Nothing when it can't be mapped; @p reason says why then. @p offset is a multiple of 4096, and the stretch must
+    /// Of a file that is open, and need not stay so. Nothing when it can't be mapped; @p reason says why then. @p
+    /// offset is a multiple of 4096, and the stretch must
     /// lie within the file.
     static std::shared_ptr<const MappedFile> Map(QFile& file, qint64 offset, qint64 size, QString& reason);
     ~MappedFile();
