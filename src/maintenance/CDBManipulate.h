@@ -29,16 +29,17 @@ public:
 
     // Whole libraries
 
-    /// Packs a library with its files and pages into @p backupFile, which is replaced once the new one has been compared
-    /// with the library. Reports an error, and returns false then, with what was there as it was; false without an
-    /// error when it was cancelled.
+    /// Packs a library with its files and pages into @p backupFile, which is replaced once the new one has been
+    /// compared with the library. Reports an error, and returns false then, with what was there as it was; false
+    /// without an error when it was cancelled.
     bool BackUp(const QString& sourceDB, const QString& backupFile);
 
-    /// Unpacks a backup, or one of its volumes, to the library @p targetDB. Where a library of that name exists, the user
-    /// is asked whether it is replaced; if not, a number is put behind the name, and @p targetDB says so. With
-    /// @p noCopy it is replaced without a question. With an empty @p sourceFile the target is itself what was unpacked,
-    /// and becomes a library in its place; @p force asks about the target all the same. A transfer file (".qbr") goes
-    /// once its library is whole. Reports an error, and returns false then, with what was there as it was.
+    /// Unpacks a backup, or one of its volumes, to the library @p targetDB. Where a library of that name exists, the
+    /// user is asked whether it is replaced; if not, a number is put behind the name, and @p targetDB says so. With
+    /// @p noCopy it is replaced without a question. With an empty @p sourceFile the target is itself what was
+    /// unpacked, and becomes a library in its place; @p force asks about the target all the same. A transfer file
+    /// (".qbr") goes once its library is whole. Reports an error, and returns false then, with what was there as it
+    /// was.
     bool Restore(QString& targetDB, const QString& sourceFile, bool force, bool noCopy);
 
     // Contents. The database is that which Use() names.
@@ -49,9 +50,9 @@ public:
     /// The length of the next contents, for the progress in bytes; 0 when nobody counts.
     void ExpectBytes(qint64 bytes) { m_expected = bytes; }
 
-    /// Takes the pages of the items that have one (@p items: rows with ID, Title and HTMLLastUpdated, by default those of
-    /// `Items` with HTMLPage) into @p table, by default `HTMLFiles`. An item whose page is missing is noted in the error
-    /// log, and has no page in the database any more.
+    /// Takes the pages of the items that have one (@p items: rows with ID, Title and HTMLLastUpdated, by default
+    /// those of `Items` with HTMLPage) into @p table, by default `HTMLFiles`. An item whose page is missing is noted in
+    /// the error log, and has no page in the database any more.
     void ImportAllHTMLFiles(const QString& folder, const ContentRows& items = {}, const QString& table = {});
     /// Takes a folder in, its files first, then the folders in it. @p subFolder is what their Folder begins with.
     void ImportHTMLFolder(const QString& table, const QString& folder, const QString& subFolder, qint64 itemID);

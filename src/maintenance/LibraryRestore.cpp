@@ -129,8 +129,8 @@ void RefuseFoldersOfOthers(const QString& library)
         if (file.open(QIODevice::ReadOnly) && file.read(15) == "SQLite format 3")
             throw RuntimeError(
                 ErrorNumber::DatabaseExists,
-                u"'%1' can't be restored: the library '%2' has the same name but for the extension, and would share its "
-                "folders. Choose another name; nothing was changed."_s.arg(QDir::toNativeSeparators(library),
+                u"'%1' can't be restored: the library '%2' has the same name but for the extension, and would share "
+                "its folders. Choose another name; nothing was changed."_s.arg(QDir::toNativeSeparators(library),
                                                                            other.fileName()),
                 Procedure);
     }

@@ -21,10 +21,10 @@ struct RestoreResult {
 };
 
 /// Unpacks a backup, or one of its volumes, to a library with its files and pages, which appears when it is complete
-/// and has been checked. Folders that stand there without a library are kept under numbered names. Raises an error, with
-/// what was there as it was: 3204 when a library stands there that is not to be replaced, 3045 when that is open, 3343
-/// for what is no backup, 75 for names that lead out of their folder and what can't be read or written, 18 when it
-/// was cancelled.
+/// and has been checked. Folders that stand there without a library are kept under numbered names. Raises an error,
+/// with what was there as it was: 3204 when a library stands there that is not to be replaced, 3045 when that is
+/// open, 3343 for what is no backup, 75 for names that lead out of their folder and what can't be read or written, 18
+/// when it was cancelled.
 RestoreResult RestoreLibrary(const QString& backupFile, const QString& target, RestoreOver over, Work& work = NoWork());
 
 /// Makes a library, in its place, of the unpacked database that stands there, with the same errors.
