@@ -42,6 +42,10 @@ int RemoveDeleted(const QStringList& words);
 int Bookmarks(const QStringList& words);
 int Bookmark(const QStringList& words);
 int BookmarkRemove(const QStringList& words);
+// Branches
+int Export(const QStringList& words);
+int Import(const QStringList& words);
+
 // Find
 int Find(const QStringList& words);
 

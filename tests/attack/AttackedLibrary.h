@@ -1,5 +1,6 @@
 #pragma once
 
+#include "exchange/BranchExport.h"
 #include "maintenance/ContentCheck.h"
 #include "maintenance/LibraryBackup.h"
 #include "platform/dao/DBEngine.h"
@@ -51,6 +52,8 @@ inline constexpr AttackedCommand Commands[] = {
     {"restore", "restore IN/b.qbb OUT/restored.qbd --replace", true},
     {"restore over", "restore IN/b.qbb LIB --replace", true},
     {"restore-item", "restore-item IN/b.qbb 2 LIB"},
+    {"export", "export LIB 1 OUT/made.qbx", true},
+    {"import", "import LIB IN/e.qbx --parent 3"},
     {"compact", "compact LIB", true},
     {"undo-session", "undo-session LIB", true},
 };
@@ -110,6 +113,7 @@ public:
         for (const QString& folder : {database->FilesFolder(), database->HTMLFolder()})
             WriteFile(folder + u".library"_s, database->Identity().toUtf8());
         BackUpLibrary(database->Name(), m_pristine + u"/in/b.qbb"_s, {});
+        ExportItems(*database, one, m_pristine + u"/in/e.qbx"_s);
         DBEngine::CompactDatabase(database->Name(), m_home.Path(u"start.qbd"_s));
         WriteFile(m_home.Path(u"log/KTSStartupBackup.qbd"_s), ReadFile(m_home.Path(u"start.qbd"_s)));
         // What a backup and the start of the session don't have, and room that is not needed.
