@@ -274,7 +274,9 @@ BranchExportResult ExportItems(Library& library, qint64 item, const QString& fil
     if (PackExport(staged, work).isEmpty())
         throw RuntimeError(ErrorNumber::Cancelled, u"The export was stopped; there is no file."_s, Procedure);
     KeepNoMoreRightsThan(library.Name(), staged);
+    SyncFileSystem(staged);
     stage.PutInPlace(false);
+    SyncFileSystem(target.absolutePath()); // what is reported as done outlives the machine
     result.File = target.absoluteFilePath();
     return result;
 }

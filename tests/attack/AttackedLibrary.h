@@ -52,7 +52,7 @@ inline constexpr AttackedCommand Commands[] = {
     {"restore", "restore IN/b.qbb OUT/restored.qbd --replace", true},
     {"restore over", "restore IN/b.qbb LIB --replace", true},
     {"restore-item", "restore-item IN/b.qbb 2 LIB"},
-    {"export", "export LIB 1 OUT/made.qbx", true},
+    {"export", "export LIB 1 OUT/made.qbx"},
     {"import", "import LIB IN/e.qbx --parent 3"},
     {"compact", "compact LIB", true},
     {"undo-session", "undo-session LIB", true},
