@@ -60,7 +60,5 @@ private Q_SLOTS:
     }
 };
 
-Q_DECLARE_METATYPE(qb::WebSurroundings)
-
 QB_TEST_MAIN(TestWebAccess)
 #include "tst_web_access.moc"
