@@ -47,6 +47,8 @@ bool TakeRows(QByteArrayView& bytes, std::vector<Row>& rows)
     if (count > quint64(bytes.size()) / sizeof(Row))
         return false;
     rows.resize(count);
+    if (count == 0)
+        return true; // without rows there is no place to copy to
     std::memcpy(static_cast<void*>(rows.data()), bytes.data(), count * sizeof(Row));
     bytes = bytes.sliced(qsizetype(count * sizeof(Row)));
     return true;
