@@ -13,8 +13,8 @@ struct TextBurden {
     qsizetype WordsOfLine = 0; ///< the most of them in one line
     qsizetype LongestRun = 0;  ///< of characters without a blank, in one line
 };
-/// The box for formatted text lays out a whole line at a time. It takes the square of its changes of looks for it, and of
-/// the length of what can't be broken.
+/// The box for formatted text lays out a whole line at a time. It takes the square of its changes of looks for it, and
+/// of the length of what can't be broken.
 enum class TextForm { Formatted, Code };
 TextBurden BurdenOf(QStringView rtf);
 

@@ -31,8 +31,8 @@ const HostileSchema Schemas[] = {
      "CREATE TRIGGER t AFTER UPDATE ON Items BEGIN SELECT x FROM (WITH RECURSIVE n(x) AS (SELECT 1 UNION ALL SELECT x "
      "+ 1 FROM n) SELECT max(x) AS x FROM n); END"},
     {"view in the place of a table",
-     "ALTER TABLE ItemLinks RENAME TO L;\nCREATE VIEW ItemLinks AS WITH RECURSIVE n(x) AS (SELECT 1 UNION ALL SELECT x + "
-     "1 FROM n) SELECT x AS ID, x AS ItemID, x AS LinkItemID, x AS Note, x AS DateAdded FROM n"},
+     "ALTER TABLE ItemLinks RENAME TO L;\nCREATE VIEW ItemLinks AS WITH RECURSIVE n(x) AS (SELECT 1 UNION ALL "
+     "SELECT x + 1 FROM n) SELECT x AS ID, x AS ItemID, x AS LinkItemID, x AS Note, x AS DateAdded FROM n"},
     {"view for the checksums", "DROP TABLE IF EXISTS own_Checksums;\nCREATE VIEW own_Checksums AS SELECT 1 AS OfTable"},
     {"other checksums",
      "DROP TABLE IF EXISTS own_Checksums;\nCREATE TABLE own_Checksums (OfTable, OfRow, Stamp, Sums CHECK (0))"},

@@ -77,8 +77,8 @@ class TestBranchTransfer : public QObject {
                           QString::number(item.HTMLPage())};
         shown += Texts(
             library,
-            u"SELECT Title || '|' || FileSize || '|' || coalesce(Description, '') || '|' || coalesce(OrigDateTime, 0) FROM "
-            "Files WHERE CodeID = %1 ORDER BY Title"_s.arg(id));
+            u"SELECT Title || '|' || FileSize || '|' || coalesce(Description, '') || '|' || coalesce(OrigDateTime, 0) "
+            "FROM Files WHERE CodeID = %1 ORDER BY Title"_s.arg(id));
         for (const QString& file : Texts(library, u"SELECT ID || ' - ' || Title FROM Files WHERE CodeID = %1 ORDER BY "
                                                   "Title"_s.arg(id)))
             shown << QString::fromLatin1(ReadFile(library.FilesFolder() + file));

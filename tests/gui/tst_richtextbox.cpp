@@ -891,7 +891,8 @@ private Q_SLOTS:
         box.resize(400, 100);
         box.show();
         box.SetTextRTF(
-            u"{\\rtf1 {\\field{\\*\\fldinst{HYPERLINK \"https://evil.example/<b>\"}}{\\fldrslt https://bank.example}} text}"_s);
+            u"{\\rtf1 {\\field{\\*\\fldinst{HYPERLINK \"https://evil.example/<b>\"}}"
+            "{\\fldrslt https://bank.example}} text}"_s);
         const auto hover = [&box](int position) {
             box.SetSelStart(position);
             const QPoint place = box.cursorRect().center();

@@ -3,7 +3,6 @@
 #include "support/TestRun.h"
 
 #include <QAbstractItemModelTester>
-#include <QCollator>
 #include <QSignalSpy>
 
 using namespace qb;
@@ -102,8 +101,6 @@ private Q_SLOTS:
         m_tree.sort(column, Qt::SortOrder(order));
         const QString shape = Shape();
         QLocale::setDefault(before);
-        if (QCollator(QLocale(QLocale::German)).compare(u"ä"_s, u"b"_s) > 0)
-            QSKIP("this machine sorts by code points");
         QTEST(shape, "shape");
     }
 

@@ -221,7 +221,7 @@ private Q_SLOTS:
         QCOMPARE(ReadFile(StoredFilePath(*m_database, 1, u"größe a.zip"_s)), "contents");
     }
 
-    /// The row says nothing of whether it was committed, since its title stays: neither file may be taken for a remnant.
+    /// The row says nothing of whether it was committed, since its title stays: neither file may pass for a remnant.
     void replacementThatIsKilled_losesNeitherFile_data()
     {
         QTest::addColumn<bool>("committed");

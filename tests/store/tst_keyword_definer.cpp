@@ -284,7 +284,7 @@ private Q_SLOTS:
     }
 
     /// However a file is cut, it is read as far as it goes or refused; never half of it.
-    /// A full disk ends the transaction; the rows are other ones then, and an edit of one of them must not meet another.
+    /// A full disk ends the transaction; the rows are other ones then: an edit of one must not meet another.
     void editAfterALostTransaction_isRefusedAndMeetsNoOtherWord()
     {
         Open();

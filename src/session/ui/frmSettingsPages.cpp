@@ -373,8 +373,8 @@ void frmSettings::MakeBackupControls(QFormLayout& form)
     form.addRow(MakeHeading(u"Rotating backups"_s));
     AddFlag(form, "chkBackupRotation", u"Make &rotating backups at the end of a session"_s, QB_BIND(BackupRotation));
     auto* explanation = new QLabel(
-        u"They go into the folder of backups as NAMEyymmdd.qbb, whatever is set above. Of these the last ones stay, and one "
-        "a day and one a week for as long as you say; the others are deleted, but never the only good one."_s);
+        u"They go into the folder of backups as NAMEyymmdd.qbb, whatever is set above. Of these the last ones stay, "
+        "and one a day and one a week for as long as you say; the others are deleted, but never the only good one."_s);
     explanation->setWordWrap(true);
     form.addRow(explanation);
     AddNumber(form, "txtBackupRotationEvery", u"E&very:"_s, u"days"_s, QB_BIND(BackupRotationEvery));
