@@ -45,6 +45,9 @@ public:
     bool Json() const { return Has(QStringLiteral("json")); }
 
 private:
+    /// Takes the positional arguments out and returns the rest. All options have two dashes, so that a word with one
+    /// ("->", "-1") is a text like any other; behind "--" all words are.
+    QStringList TakePositional(const QStringList& words, const QList<Option>& options);
     static qint64 ToId(const QString& text);
 
     QCommandLineParser m_parser;

@@ -122,6 +122,15 @@ private Q_SLOTS:
         QCOMPARE(Items({u"vector move"_s}), QList<qint64>{});
     }
 
+    void textThatBeginsWithDashes_isAText()
+    {
+        const qint64 arrow = AddItem(*m_library, 0, u"p"_s, u"p->next --count"_s);
+        QCOMPARE(Items({u"->"_s}), QList<qint64>{arrow});
+        QCOMPARE(Items({u"->next"_s, u"--case"_s}), QList<qint64>{arrow});
+        QCOMPARE(Cli({u"find"_s, u"--json"_s, m_library->Name(), u"--"_s, u"--count"_s}).Status, 0);
+        QCOMPARE(Find({u"--count"_s}).Status, 2);
+    }
+
     void wrongUse_isExplained_data()
     {
         QTest::addColumn<QStringList>("arguments");
