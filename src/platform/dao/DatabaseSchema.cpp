@@ -32,7 +32,8 @@ QStringList Database::TableNames(const QString& schema)
     QStringList names;
     Statement tables = Query(
         u"SELECT name FROM %1 WHERE type = 'table' AND name NOT LIKE 'MSys%' "
-        "AND name NOT LIKE 'sqlite\\_%' ESCAPE '\\' AND name NOT LIKE 'own\\_%' ESCAPE '\\' ORDER BY name"_s.arg(Qualified(schema, u"sqlite_schema"_s)));
+        "AND name NOT LIKE 'sqlite\\_%' ESCAPE '\\' AND name NOT LIKE 'own\\_%' ESCAPE '\\' "
+        "ORDER BY name"_s.arg(Qualified(schema, u"sqlite_schema"_s)));
     while (tables.Step())
         names << tables.Text(0);
     return names;
