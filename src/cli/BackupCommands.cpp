@@ -27,8 +27,6 @@ QString MomentText(Date moment)
     return moment.IsNone() ? QString() : DateFormatCustom(moment, u"yyyy-mm-dd hh:nn:ss"_s);
 }
 
-const QString Parts = u"parts of a thousand"_s;
-
 /// A number of bytes; K, M and G stand for powers of 1024.
 qint64 SizeOf(const QString& text)
 {

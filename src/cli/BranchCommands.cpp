@@ -48,7 +48,7 @@ int Export(const QStringList& words)
 {
     const Arguments arguments(words, {}, 3);
     const auto library = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadOnly);
-    ProgressLine line(Items);
+    ProgressLine line(Parts);
     const BranchExportResult result = ExportItems(*library, arguments.Id(1), arguments.Positional(2), line);
     for (const QString& title : result.Missing)
         Complain(u"The stored file '%1' is missing in the library; it is empty in the export."_s.arg(title));

@@ -8,6 +8,9 @@
 
 namespace qb::cli {
 
+/// The unit of works that are made of several.
+inline const QString Parts = QStringLiteral("parts of a thousand");
+
 /// A line on standard error that is written over while it changes.
 class ProgressLine : public Work {
 public:

@@ -2,6 +2,8 @@
 
 #include "exchange/BranchStream.h"
 #include "maintenance/Containers.h"
+#include "maintenance/PhasedWork.h"
+#include "maintenance/ReplacedFile.h"
 #include "platform/richtext/Rtf.h"
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
@@ -258,24 +260,29 @@ private:
 
 } // namespace
 
-BranchExportResult ExportItems(Library& library, qint64 item, const QString& file, Work& work)
+BranchExportResult ExportItems(Library& library, qint64 item, const QString& file, Work& watcher)
 {
+    constexpr qint64 Written = 300; // the other parts of a thousand go into packing, which takes longer
+    RequireReplaceable(file, library.Name(), u"an export"_s);
     const QFileInfo target(file);
     StagedFiles stage(target.absolutePath());
     const QString staged = stage.PathFor(target.fileName());
     std::optional<Transaction> moment; // others wait, so that what is written is the library of one moment
     if (!library.IsReadOnly())
         moment.emplace(library);
+    PhasedWork work(watcher);
+    work.Begin(Written);
     work.Say(u"Exporting Code Items...."_s, 1);
     BranchExportResult result = Export(library, staged, BranchWalk(library).Run(item), work).Run(item == 0);
     moment.reset();
-    work.Say({}, 100);
+    work.Begin(PhasedWork::Whole);
     KeepNoMoreRightsThan(library.Name(), staged);
     if (PackExport(staged, work).isEmpty())
         throw RuntimeError(ErrorNumber::Cancelled, u"The export was stopped; there is no file."_s, Procedure);
     KeepNoMoreRightsThan(library.Name(), staged);
     SyncFileSystem(staged);
     stage.PutInPlace(false);
+    work.Say({}, 100);
     SyncFileSystem(target.absolutePath()); // what is reported as done outlives the machine
     result.File = target.absoluteFilePath();
     return result;

@@ -17,8 +17,8 @@ struct BranchExportResult {
 };
 
 /// Writes an item and everything below it, with stored files and web pages, into one file; with @p item 0 the whole
-/// library. It appears when it is complete, over a file that is there. @p work counts items. Raises an error with
-/// @p file as it was; 3059 when it was cancelled.
+/// library. It appears when it is complete, over a file that is there. @p work counts parts of a thousand. Raises an
+/// error with @p file as it was; 3059 when it was cancelled.
 BranchExportResult ExportItems(Library& library, qint64 item, const QString& file, Work& work = NoWork());
 
 /// How many items a branch has, its own item among them; the root, as item 0, is none.

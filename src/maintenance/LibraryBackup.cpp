@@ -3,6 +3,7 @@
 #include "maintenance/CDBManipulate.h"
 #include "maintenance/Containers.h"
 #include "maintenance/PhasedWork.h"
+#include "maintenance/ReplacedFile.h"
 #include "platform/archive/BrindletonZip.h"
 #include "platform/dao/DBEngine.h"
 #include "platform/system/Clock.h"
@@ -59,22 +60,6 @@ qint64 BytesBelow(const QString& folder)
         bytes += all.fileInfo().size();
     }
     return bytes;
-}
-
-/// What stands under the name of a new backup may be somebody's work.
-void RefuseToReplace(const QString& library, const QString& backupFile)
-{
-    const auto refuse = [&backupFile](const QString& what) {
-        throw RuntimeError(ErrorNumber::DatabaseExists,
-                           u"'%1' %2 and is not replaced by a backup. Nothing was changed."_s.arg(
-                               QDir::toNativeSeparators(backupFile), what),
-                           Procedure);
-    };
-    if (QFileInfo(backupFile).canonicalFilePath() == QFileInfo(library).canonicalFilePath())
-        refuse(u"is the library itself"_s);
-    QFile file(backupFile);
-    if (file.open(QIODevice::ReadOnly) && file.read(15) == "SQLite format 3")
-        refuse(u"is a database"_s);
 }
 
 /// Volumes can't be replaced in one step, and a mixture of two sets is none.
@@ -262,7 +247,7 @@ private:
 
 BackUpResult BackUpLibrary(const QString& library, const QString& backupFile, const BackUpOptions& options, Work& work)
 {
-    RefuseToReplace(library, backupFile);
+    RequireReplaceable(backupFile, library, u"a backup"_s);
     if (options.VolumeSize > 0)
         RefuseToReplaceVolumes(backupFile);
     if (const QString reason = WhyNotWritable(backupFile);

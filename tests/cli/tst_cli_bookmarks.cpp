@@ -97,9 +97,7 @@ private Q_SLOTS:
 
     void bookmarkThatCantBeTold_isNotMade()
     {
-        QFile full(u"/dev/full"_s);
-        if (!full.open(QIODevice::WriteOnly))
-            QSKIP("there is no /dev/full");
+        QVERIFY(QFile::exists(u"/dev/full"_s));
         QProcess process;
         process.setStandardOutputFile(u"/dev/full"_s);
         process.start(qEnvironmentVariable("QUILLBASE_CLI"), {u"bookmark"_s, m_path, u"1"_s, u"--group"_s, u"g"_s});

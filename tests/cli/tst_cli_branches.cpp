@@ -3,8 +3,10 @@
 #include "support/LibraryBuilder.h"
 #include "support/TestRun.h"
 
+#include <QDir>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <sys/stat.h>
 
 using namespace qb;
 using namespace qb::test;
@@ -83,6 +85,36 @@ private Q_SLOTS:
         QCOMPARE(Cli({u"import"_s, m_to, m_file, u"--parent"_s, u"4711"_s}).Status, 1);
         QCOMPARE(Cli({u"import"_s, m_to, m_file, u"--only"_s, u"4711"_s}).Status, 1);
         QCOMPARE(ReadFile(m_to), before);
+    }
+
+    void whatStandsUnderTheName_mayHaveToStay_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("says");
+        QTest::newRow("the library") << u"von.qbd"_s << u"is the library itself"_s;
+        QTest::newRow("link to it") << u"link.qbd"_s << u"is the library itself"_s;
+        QTest::newRow("another library") << u"nach.qbd"_s << u"is a database"_s;
+        QTest::newRow("folder") << u"folder"_s << u"is a folder"_s;
+        QTest::newRow("pipe") << u"pipe"_s << u"is a device, a pipe or a socket"_s;
+    }
+    void whatStandsUnderTheName_mayHaveToStay()
+    {
+        QFETCH(const QString, name);
+        QFETCH(const QString, says);
+        QVERIFY(QFile::link(m_from, m_home->Path(u"link.qbd"_s)));
+        QVERIFY(QDir().mkdir(m_home->Path(u"folder"_s)));
+        QCOMPARE(::mkfifo(QFile::encodeName(m_home->Path(u"pipe"_s)).constData(), 0600), 0);
+        const QByteArray from = ReadFile(m_from), to = ReadFile(m_to);
+        for (const QStringList& command : {QStringList{u"export"_s, m_from, u"0"_s}, {u"backup"_s, m_from}}) {
+            const Outcome refused = Cli(command + QStringList{m_home->Path(name)});
+            QCOMPARE(refused.Status, 1);
+            QVERIFY2(refused.Error.contains(says), qPrintable(refused.Error));
+        }
+        QCOMPARE(ReadFile(m_from), from);
+        QCOMPARE(ReadFile(m_to), to);
+        QVERIFY(QFileInfo(m_home->Path(u"link.qbd"_s)).isSymLink());
+        QVERIFY(QFileInfo(m_home->Path(u"folder"_s)).isDir());
+        QVERIFY(!QFileInfo(m_home->Path(u"pipe"_s)).isFile());
     }
 
     void missingStoredFile_isSaid()

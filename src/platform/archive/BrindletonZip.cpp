@@ -102,8 +102,8 @@ std::vector<BrindletonZip::Packed> BrindletonZip::FilesToPack() const
 bool BrindletonZip::Zip(Work& work)
 {
     const std::vector<Packed> files = FilesToPack();
-    if (QFileInfo(m_zipFileName).isDir())
-        FailToPack(m_zipFileName, u"a folder stands there"_s);
+    if (const QString what = WhyNoPlainFile(m_zipFileName); !what.isEmpty())
+        FailToPack(m_zipFileName, what + u" stands there"_s);
     const QString interim = InterimName(m_zipFileName);
     const auto clear = qScopeGuard([&interim] { QFile::remove(interim); });
     if (!Pack(files, interim, work))

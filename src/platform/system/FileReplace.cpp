@@ -49,6 +49,14 @@ void ClearOnce(const QString& folder)
 
 } // namespace
 
+QString WhyNoPlainFile(const QString& path)
+{
+    struct stat state {};
+    if (::stat(QFile::encodeName(path).constData(), &state) != 0 || S_ISREG(state.st_mode))
+        return {};
+    return S_ISDIR(state.st_mode) ? QStringLiteral("a folder") : QStringLiteral("a device, a pipe or a socket");
+}
+
 void SyncFile(const QString& path)
 {
     if (const int error = Sync(path, O_RDONLY))
@@ -67,6 +75,8 @@ void SyncFileSystem(const QString& path)
 
 void MoveIntoPlace(const QString& from, const QString& to, bool replace)
 {
+    if (!WhyNoPlainFile(to).isEmpty())
+        Fail(QStringLiteral("written"), to, EEXIST);
     SyncFile(from);
     const QByteArray source = QFile::encodeName(from);
     const QByteArray target = QFile::encodeName(to);

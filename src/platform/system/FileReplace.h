@@ -10,6 +10,10 @@ class QFile;
 
 namespace qb {
 
+/// What stands at @p path where that is neither an ordinary file nor a link to one, nor nothing: "a folder", "a
+/// device, a pipe or a socket". Empty otherwise. A file never takes the place of these.
+QString WhyNoPlainFile(const QString& path);
+
 /// Flushes a file's contents to the disk. Raises RuntimeError 75 on failure.
 void SyncFile(const QString& path);
 
@@ -17,7 +21,8 @@ void SyncFile(const QString& path);
 void SyncFileSystem(const QString& path);
 
 /// Renames @p from to @p to in one step, after flushing it; a file of that name is replaced
-/// when @p replace, refused with RuntimeError 75 otherwise. On failure both stay as they were.
+/// when @p replace, refused with RuntimeError 75 otherwise; what is no file is never replaced. On failure both stay as
+/// they were.
 void MoveIntoPlace(const QString& from, const QString& to, bool replace);
 
 /// Renames a file inside of its file system, over one that is there; false when that can't be. Nothing is

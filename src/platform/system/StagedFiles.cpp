@@ -158,8 +158,8 @@ bool StagedFiles::Move(const QString& name, bool keepExisting)
     const bool isOccupied = there.exists() || there.isSymLink();
     if (isOccupied && keepExisting)
         return false;
-    if (there.isDir() && !there.isSymLink())
-        Fail(target, u"a folder stands there"_s);
+    if (const QString what = WhyNoPlainFile(target); !what.isEmpty() && !there.isSymLink())
+        Fail(target, what + u" stands there"_s);
     if (isOccupied) { // it keeps its name until the new one takes it, so that it can't get lost
         const QString saved = m_stage + u"old-%1"_s.arg(m_moved.size());
         if (!NameToo(target, saved))

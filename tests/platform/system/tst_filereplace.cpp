@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace qb;
@@ -78,6 +79,17 @@ private Q_SLOTS:
         QB_VERIFY_RAISES(MoveIntoPlace(From(), To(), replace), 75);
         QCOMPARE(ReadFile(From()), "new"_ba);
         QCOMPARE(ReadFile(To() + u"/inside"_s), "x"_ba);
+    }
+
+    void pipeInPlaceOfTheTarget_raises75_data() { ReplaceOrNot(); }
+
+    void pipeInPlaceOfTheTarget_raises75()
+    {
+        QFETCH(bool, replace);
+        QCOMPARE(::mkfifo(QFile::encodeName(To()).constData(), 0600), 0);
+        QB_VERIFY_RAISES(MoveIntoPlace(From(), To(), replace), 75);
+        QCOMPARE(ReadFile(From()), "new"_ba);
+        QVERIFY(QFileInfo::exists(To()) && !QFileInfo(To()).isFile());
     }
 
     void failure_namesTheFile()

@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <optional>
+#include <sys/stat.h>
 
 using namespace qb;
 using namespace qb::test;
@@ -131,6 +132,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("why");
         QTest::newRow("over a folder") << u"sub"_s << u"/sub' can't be written: a folder stands there"_s;
+        QTest::newRow("over a pipe") << u"pipe"_s
+                                     << u"/pipe' can't be written: a device, a pipe or a socket stands there"_s;
         QTest::newRow("below a file") << u"sub/old/a"_s << u"/sub/old' can't be written: a file stands there"_s;
         QTest::newRow("through a link") << u"link/a"_s
                                         << u"/link' can't be written: a link stands there, which may lead elsewhere"_s;
@@ -141,6 +144,7 @@ private Q_SLOTS:
         QFETCH(QString, name);
         QFETCH(QString, why);
         QVERIFY(QFile::link(m_home->Path(u"data"_s), Folder() + u"/link"_s));
+        QCOMPARE(::mkfifo(QFile::encodeName(Folder() + u"/pipe"_s).constData(), 0600), 0);
         m_before = ContentsOf(m_home->Path());
         {
             StagedFiles files(Folder());
