@@ -1,8 +1,12 @@
 #pragma once
 
 #include "exchange/BranchExport.h"
+#include "exchange/BranchImport.h"
+#include "maintenance/BackupFile.h"
 #include "maintenance/ContentCheck.h"
 #include "maintenance/LibraryBackup.h"
+#include "maintenance/LibraryCheck.h"
+#include "platform/archive/BrindletonZip.h"
 #include "platform/dao/DBEngine.h"
 #include "platform/system/Interims.h"
 #include "store/CCodeItem.h"
@@ -14,8 +18,10 @@
 #include "support/LibraryBuilder.h"
 #include "support/TestRun.h"
 
+#include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 
 namespace qb::test {
 
@@ -36,6 +42,7 @@ inline constexpr AttackedCommand Commands[] = {
     {"link", "link LIB 2 3 --two-way"},
     {"unlink", "unlink LIB 1 2"},
     {"delete", "delete LIB 1"},
+    {"remove-deleted", "remove-deleted LIB", true},
     {"bookmark", "bookmark LIB 3 --group new --text here"},
     {"bookmark-remove", "bookmark-remove LIB 1"},
     {"attach", "attach LIB 2 IN/a.txt IN/big.txt"},
@@ -44,6 +51,7 @@ inline constexpr AttackedCommand Commands[] = {
     {"extract", "extract LIB 1 OUT/taken"},
     {"import-folder", "import-folder LIB IN --parent 3"},
     {"colorize", "colorize LIB 2 --save"},
+    {"replace", "find LIB two --replace zwei"},
     {"new", "new OUT/made.qbd --language cpp"},
     {"language export", "language export LIB OUT/words.qbl"},
     {"settings", "settings set ExpandBranches True"},
@@ -123,6 +131,12 @@ public:
         four.SetItemChanged(true);
         four.Commit();
         AddStoredFile(*database, one, u"late.bin"_s, "late", {});
+        MakeMother(*database, Date::FromParts(2026, 1, 1));
+        const qint64 gone = AddItem(*database, 0, u"gone"_s, u"int gone;"_s);
+        AddItem(*database, gone, u"left"_s);
+        AddStoredFile(*database, gone, u"gone.bin"_s, "gone", {});
+        database->Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID) VALUES (3, ?), (?, 3)"_s, {gone, gone});
+        database->Execute(u"UPDATE Items SET LastChanged = 0 WHERE ID = ?"_s, {gone}); // a child has deleted it
     }
 
     /// Runs a command with further environment variables.
@@ -194,23 +208,39 @@ public:
             for (auto entry = all.begin(); entry != all.end(); ++entry) {
                 const bool isInterim = folder != u"lib_Files"_s && IsInterim(entry.key());
                 if (!isInterim)
-                    state[folder + u'/' + entry.key()] = IsCompared(entry.key()) ? entry.value() : "there"_ba;
+                    state[folder + u'/' + entry.key()] = Contents(work + u'/' + folder + u'/' + entry.key(),
+                                                                  entry.value());
             }
         }
         if (!state.contains(u"out/made.qbb.001"_s)) // without the first volume there is no backup
             state.removeIf([](const auto& entry) { return entry.key().startsWith(u"out/made.qbb."_s); });
-        for (auto entry = state.begin(); entry != state.end(); ++entry) {
-            if (entry.key().endsWith(u".zip"_s)) // its bytes hold moments
-                entry.value() = "archive"_ba;
-        }
         return state;
     }
 
-    /// The bytes of others hold moments, or depend on the order of writing.
-    static bool IsCompared(const QString& name)
+    /// What is compared of a file: its bytes, or what is in it where the bytes hold moments or depend on the order of
+    /// writing.
+    static QByteArray Contents(const QString& path, const QByteArray& bytes)
     {
-        static const QRegularExpression others(u"\\.(qbd|zip|qbb(\\.\\d+)?)$"_s);
-        return !others.match(name).hasMatch();
+        try {
+            if (path.endsWith(u".qbd"_s))
+                return "library with faults: " + QByteArray::number(CheckLibrary(*Library::Open(path)).size());
+            if (path.endsWith(u".qbx"_s)) {
+                QByteArray outline;
+                const UnpackedBranch branch(path);
+                for (const OutlinedItem& item : branch.Items())
+                    outline += item.Title.toUtf8() + ' ' + QByteArray::number(item.TextBytes + item.FileBytes) + '|';
+                return outline;
+            }
+            if (path.endsWith(u".qbb"_s) || path.endsWith(u".qbb.001"_s)) {
+                const QTemporaryDir scratch;
+                return CheckBackup(path, scratch.path(), NoWork()).Faults.join(u'|').toUtf8();
+            }
+            if (path.endsWith(u".zip"_s))
+                return BrindletonZip().ReadFirstFile(path, [](const QByteArray&) { return true; }) ? "whole" : "cut";
+        } catch (const RuntimeError& error) {
+            return error.what();
+        }
+        return QFileInfo(path).completeSuffix().startsWith(u"qbb."_s) ? "volume"_ba : bytes;
     }
 
     /// Also what is only remembered, not worth an error: which backups are checked.

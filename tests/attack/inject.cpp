@@ -127,6 +127,21 @@ ssize_t pwrite64(int fd, const void* bytes, size_t size, off64_t at)
     QB_REAL(pwrite64);
     return IsFile(fd) && Fails([&] { real(fd, bytes, size / 2, at); }) ? -1 : real(fd, bytes, size, at);
 }
+/// The C library's streams write from within: what goes into one is written at once.
+size_t fwrite(const void* bytes, size_t size, size_t count, FILE* stream)
+{
+    QB_REAL(fwrite);
+    if (!IsFile(::fileno(stream)))
+        return real(bytes, size, count, stream);
+    const auto half = [&] {
+        real(bytes, 1, size * count / 2, stream);
+        std::fflush(stream);
+    };
+    if (Fails(half))
+        return 0;
+    const size_t written = real(bytes, size, count, stream);
+    return std::fflush(stream) == 0 ? written : 0;
+}
 ssize_t writev(int fd, const struct iovec* pieces, int count)
 {
     QB_REAL(writev);

@@ -123,7 +123,7 @@ void Opened(int fd, const std::string& path, int flags, bool existed)
         Put("T " + Text(InodeOf(fd)) + " 0");
 }
 
-/// Files whose writes are recorded. Those of the C library's own streams can't be seen.
+/// Files whose writes are recorded. What the C library prints into its own streams can't be seen.
 std::set<unsigned long long>& Written()
 {
     static std::set<unsigned long long> inodes;
@@ -243,6 +243,21 @@ ssize_t write(int fd, const void* bytes, size_t size)
     const off64_t at = InodeOf(fd) ? ::lseek64(fd, 0, (::fcntl(fd, F_GETFL) & O_APPEND) ? SEEK_END : SEEK_CUR) : 0;
     const ssize_t written = real(fd, bytes, size);
     Wrote(fd, bytes, written, at);
+    return written;
+}
+/// The C library's streams write from within: what goes into one is written at once.
+size_t fwrite(const void* bytes, size_t size, size_t count, FILE* stream)
+{
+    QB_REAL(fwrite);
+    const Guard guard(TheMutex());
+    const int fd = ::fileno(stream);
+    const off64_t at = InodeOf(fd) ? ::ftello64(stream) : 0;
+    const size_t written = real(bytes, size, count, stream);
+    if (InodeOf(fd) == 0)
+        return written;
+    if (std::fflush(stream) != 0)
+        return 0;
+    Wrote(fd, bytes, ssize_t(size * written), at);
     return written;
 }
 ssize_t pwrite(int fd, const void* bytes, size_t size, off_t at)
