@@ -21,7 +21,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-std::unique_ptr<Database> NewLibrary(const BenchHome& home)
+std::unique_ptr<Library> NewLibrary(const BenchHome& home)
 {
     QFile::remove(home.Library());
     CDBCreate().CreateNewDB(home.Library(), LanguageType::Cpp, {});

@@ -4,7 +4,7 @@
 BUILD_PACKAGES="g++ cmake ninja-build ccache libsqlite3-dev libzip-dev zlib1g-dev libpcre2-dev qt6-base-dev"
 GUI_PACKAGES="qt6-svg-dev libqt6svg6 qt6-webengine-dev breeze-icon-theme fonts-dejavu-core"
 DISPLAY_PACKAGES="xvfb xauth"
-BENCH_PACKAGES="libbenchmark-dev zip ripgrep"
+BENCH_PACKAGES="libbenchmark-dev zip unzip ripgrep"
 FUZZ_PACKAGES="clang libclang-rt-14-dev"
 # Validators of what the desktop is told of the program, and the making of its package.
 DESKTOP_PACKAGES="desktop-file-utils appstream libxml2-utils shared-mime-info libglib2.0-bin man-db groff-base mandoc"

@@ -76,6 +76,14 @@ QString LineFor(const BackupEntry& entry)
         .arg(QFileInfo(entry.Path).fileName());
 }
 
+void ComplainOfDamage(const std::vector<LibraryFault>& damage)
+{
+    for (const LibraryFault& fault : damage)
+        Complain(fault.Text);
+    if (!damage.empty())
+        Complain(u"The backup was made, with these as they are. "_s + HowToBringBack);
+}
+
 } // namespace
 
 int Backup(const QStringList& words)
@@ -84,17 +92,20 @@ int Backup(const QStringList& words)
     const BackUpOptions options{.VolumeSize = SizeOf(arguments.Value(u"volume"_s))};
     ProgressLine line(Parts);
     const BackUpResult result = BackUpLibrary(arguments.Positional(0), arguments.Positional(1), options, line);
-    RememberCheck(result.Files.first(), true);
+    RememberCheck(result.Files.first(), result.Damage.empty());
+    ComplainOfDamage(result.Damage);
     if (result.MissingFiles > 0)
         Complain(u"%1 stored files are missing in the library, and so in the backup."_s.arg(result.MissingFiles));
+    const int status = result.Damage.empty() ? 0 : 1;
     if (!arguments.Json())
-        return 0;
+        return status;
     QJsonObject object = ToJson(result.Summary);
     object.insert(u"backup"_s, ToJson(result.Files));
     object.insert(u"size"_s, result.Size);
     object.insert(u"missing"_s, result.MissingFiles);
+    object.insert(u"damaged"_s, qint64(result.Damage.size()));
     Print(object);
-    return 0;
+    return status;
 }
 
 int RestoreCommand(const QStringList& words)

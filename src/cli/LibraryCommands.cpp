@@ -131,6 +131,8 @@ int Check(const QStringList& words)
         Print(list);
     else if (faults.empty())
         Print(u"Nothing is wrong with the library.\n"_s);
+    else if (!contents.Faults.empty())
+        Print(HowToBringBack + u'\n');
     if (!arguments.Json() && contents.UnknownRows > 0)
         Print(u"Of %1 items and stored files out of %2 no checksum is known; they get one when they are saved.\n"_s
                   .arg(contents.UnknownRows)

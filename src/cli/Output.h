@@ -18,6 +18,10 @@ QString ForTerminal(QString text);
 /// Writes a line to standard error.
 void Complain(const QString& text);
 
+/// What to do about a damaged item.
+inline const QString HowToBringBack = QStringLiteral(
+    "What is damaged comes back from an earlier backup: quillbase-cli restore-item BACKUP.qbb ID LIBRARY.");
+
 /// True when standard output, or standard error, is a terminal.
 bool OutputIsTerminal();
 bool ErrorIsTerminal();

@@ -85,6 +85,8 @@ QStringList Differences(const BackupSummary& said, const BackupSummary& found)
     };
     compare(u"stored files"_s, said.Files, found.Files);
     compare(u"files of web pages"_s, said.Pages, found.Pages);
+    if (said.Damaged > 0)
+        faults << u"%1 texts or stored files of the library were damaged already when it was made."_s.arg(said.Damaged);
     if (said.Library != found.Library)
         faults << u"It holds another library than it says."_s;
     return faults;
@@ -112,7 +114,8 @@ QByteArray BackupSummary::ToComment() const
         rows.insert(table.key(), table.value());
     const QJsonObject object{{u"form"_s, QString(Form)},  {u"library"_s, Library},     {u"name"_s, Name},
                              {u"made"_s, Made.Seconds()}, {u"version"_s, Version},     {u"rows"_s, rows},
-                             {u"changed"_s, Changed},     {u"files"_s, ToJson(Files)}, {u"pages"_s, ToJson(Pages)}};
+                             {u"changed"_s, Changed},     {u"files"_s, ToJson(Files)}, {u"pages"_s, ToJson(Pages)},
+                             {u"damaged"_s, Damaged}};
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
@@ -128,7 +131,8 @@ std::optional<BackupSummary> BackupSummary::FromComment(const QByteArray& commen
                           .Rows = {},
                           .Changed = object.value(u"changed"_s).toInteger(),
                           .Files = SumsFromJson(object.value(u"files"_s).toObject()),
-                          .Pages = SumsFromJson(object.value(u"pages"_s).toObject())};
+                          .Pages = SumsFromJson(object.value(u"pages"_s).toObject()),
+                          .Damaged = object.value(u"damaged"_s).toInteger()};
     const QJsonObject rows = object.value(u"rows"_s).toObject();
     for (auto table = rows.begin(); table != rows.end(); ++table)
         summary.Rows.insert(table.key(), table.value().toInteger());

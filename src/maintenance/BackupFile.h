@@ -21,6 +21,7 @@ struct BackupSummary {
     qint64 Changed = 0;         ///< the latest LastChanged of an item, in seconds
     ContentSums Files;          ///< contents of stored files
     ContentSums Pages;          ///< those of the files of web pages
+    qint64 Damaged = 0;         ///< texts and stored files of the library that were damaged already
 
     QByteArray ToComment() const;
     /// Nothing when the bytes are none of this program's.

@@ -53,7 +53,11 @@ bool MayReplace()
 
 bool CDBManipulate::BackUp(const QString& sourceDB, const QString& backupFile)
 {
-    return Attempt(u"BackUp"_s, [&] { return !BackUpLibrary(sourceDB, backupFile, {}, m_work).Files.isEmpty(); });
+    m_damage.clear();
+    return Attempt(u"BackUp"_s, [&] {
+        m_damage = BackUpLibrary(sourceDB, backupFile, {}, m_work).Damage;
+        return true;
+    });
 }
 
 bool CDBManipulate::Restore(QString& targetDB, const QString& sourceFile, bool force, bool noCopy)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "maintenance/BackupFile.h"
+#include "maintenance/LibraryCheck.h"
 #include "platform/dao/Database.h"
 #include "platform/system/Work.h"
 
@@ -33,6 +34,8 @@ public:
     /// compared with the library. Reports an error, and returns false then, with what was there as it was; false
     /// without an error when it was cancelled.
     bool BackUp(const QString& sourceDB, const QString& backupFile);
+    /// What the last backup found damaged in the library. Such a backup must not make others go.
+    const std::vector<LibraryFault>& Damage() const { return m_damage; }
 
     /// Unpacks a backup, or one of its volumes, to the library @p targetDB. Where a library of that name exists, the
     /// user is asked whether it is replaced; if not, a number is put behind the name, and @p targetDB says so. With
@@ -95,6 +98,7 @@ private:
     ContentSums m_files;
     ContentSums m_pages;
     qint64 m_missingFiles = 0;
+    std::vector<LibraryFault> m_damage;
 };
 
 } // namespace qb

@@ -1,5 +1,6 @@
 #include "maintenance/ContentCheck.h"
 
+#include "maintenance/PhasedWork.h"
 #include "platform/dao/StatementLimit.h"
 #include "platform/system/RuntimeError.h"
 #include "store/Checksums.h"
@@ -136,18 +137,34 @@ private:
 
 } // namespace
 
-ContentCheck CheckContents(Database& database)
+ContentCheck CheckContents(Database& database, Work& work)
 {
     ContentCheck found;
+    std::vector<std::pair<const SummedTable*, qint64>> all;
     std::vector<SummedTable> tables{Items};
     if (WhoseFoldersAreForeign(database).isEmpty()) // else the files there are another library's
         tables.push_back(Files);
     for (const SummedTable& table : tables) {
-        RowCheck check(database, table, found);
         for (const qint64 id : RowsOf(database, table))
-            check.Run(id);
+            all.emplace_back(&table, id);
+    }
+    for (size_t i = 0; i < all.size(); ++i) {
+        RowCheck(database, *all[i].first, found).Run(all[i].second);
+        work.Advance(qint64(i) + 1, qint64(all.size()));
+        EndUnless(!work.IsCancelled(), u"CheckContents"_s);
     }
     return found;
+}
+
+QString LinesOf(const std::vector<LibraryFault>& faults)
+{
+    constexpr size_t Most = 10;
+    QString lines;
+    for (size_t i = 0; i < qMin(Most, faults.size()); ++i)
+        lines += faults[i].Text + u"\r\n"_s;
+    if (faults.size() > Most)
+        lines += u"... and %1 more\r\n"_s.arg(faults.size() - Most);
+    return lines;
 }
 
 } // namespace qb

@@ -2,6 +2,7 @@
 
 #include "maintenance/CDBManipulate.h"
 #include "maintenance/Containers.h"
+#include "maintenance/ContentCheck.h"
 #include "maintenance/PhasedWork.h"
 #include "maintenance/ReplacedFile.h"
 #include "platform/archive/BrindletonZip.h"
@@ -34,6 +35,7 @@ const QString Procedure = u"BackUp"_s;
 
 /// Ends of the phases, in parts of a thousand of the whole.
 struct Phases {
+    qint64 Checked;
     qint64 Copied;
     qint64 Imported;
     qint64 Packed;
@@ -42,13 +44,14 @@ struct Phases {
 /// By what they usually take for so many bytes.
 Phases PhasesOf(qint64 database, qint64 contents)
 {
-    constexpr double Copy = 1, Import = 1.5, Pack = 9, Compare = 2;
-    const double copy = Copy * double(database);
+    constexpr double Check = 1, Copy = 1, Import = 1.5, Pack = 9, Compare = 2;
+    const double check = Check * double(database + contents);
+    const double copy = check + Copy * double(database);
     const double import = copy + Import * double(contents);
     const double pack = import + Pack * double(database + contents);
     const double whole = pack + Compare * double(database + contents) + 1;
     const auto part = [whole](double end) { return qint64(double(PhasedWork::Whole) * end / whole); };
-    return {part(copy), part(import), part(pack)};
+    return {part(check), part(copy), part(import), part(pack)};
 }
 
 qint64 BytesBelow(const QString& folder)
@@ -86,6 +89,8 @@ public:
     {
         m_contents = OwnFolderBytes();
         m_phases = PhasesOf(QFileInfo(m_library).size(), m_contents);
+        m_work.Begin(m_phases.Checked);
+        m_result.Damage = CheckContents(*DBEngine::OpenDatabase(m_library, DatabaseAccess::ReadOnly), m_work).Faults;
         m_work.Begin(m_phases.Copied);
         DBEngine::CompactDatabase(m_library, m_database, m_work, m_copy);
         m_work.Begin(m_phases.Imported);
@@ -155,6 +160,7 @@ private:
         summary.Name = fnExtractPathOrFileName(m_library, PathPart::BaseName);
         summary.Made = Clock::Now();
         summary.Version = ProgramVersion();
+        summary.Damaged = qint64(m_result.Damage.size());
         if (summary.Files != contents.ImportedFiles() || summary.Pages != contents.ImportedPages())
             Fail(u"it does not hold what was read"_s);
     }

@@ -3,6 +3,7 @@
 #include "maintenance/BackupRotation.h"
 #include "maintenance/CDBManipulate.h"
 #include "maintenance/Compaction.h"
+#include "maintenance/ContentCheck.h"
 #include "platform/system/Clock.h"
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
@@ -77,14 +78,23 @@ bool DatabaseTools::OpenAgain()
     return true;
 }
 
+bool DatabaseTools::BackUp(const QString& library, const QString& backupFile)
+{
+    bool isDone = false;
+    Watched(u"Backup"_s, [&](Work& work) {
+        CDBManipulate manipulate(work);
+        isDone = manipulate.BackUp(library, backupFile);
+        m_damage = manipulate.Damage();
+    });
+    if (isDone)
+        RememberCheck(backupFile, m_damage.empty());
+    return isDone;
+}
+
 bool DatabaseTools::BackUpDatabase(const QString& backupFile)
 {
-    const QString library = m_session.CurrentDatabasePath;
     m_libraries.CloseDatabase();
-    bool isDone = false;
-    Watched(u"Backup"_s, [&](Work& work) { isDone = CDBManipulate(work).BackUp(library, backupFile); });
-    if (isDone)
-        RememberCheck(backupFile, true);
+    const bool isDone = BackUp(m_session.CurrentDatabasePath, backupFile);
     OpenAgain();
     return isDone;
 }
@@ -95,12 +105,28 @@ void DatabaseTools::mnuDBToolsBackupItem_Click()
                                      BackupFilter, ProposedBackup());
     if (file.isEmpty() || !m_tree.SaveItem())
         return;
-    if (BackUpDatabase(file))
+    if (BackUpDatabase(file)) {
         Tell(u"Current database seccessfully backed up to "_s + QDir::toNativeSeparators(file), u"DB Backed Up"_s,
              MsgBoxIcon::Information);
-    else
+        OfferToBringBack();
+    } else {
         Tell(u"Program couldn't back up your database. It might be opened by another user."_s,
              u"Operation Unseccessfull"_s, MsgBoxIcon::Exclamation);
+    }
+}
+
+QString DatabaseTools::DamageText(const std::vector<LibraryFault>& damage, const QString& end)
+{
+    return u"Not all in the library is as it was written:\r\n\r\n"_s + LinesOf(damage)
+           + u"\r\nThe backup has it as it is. "_s + end;
+}
+
+void DatabaseTools::OfferToBringBack()
+{
+    if (!m_damage.empty()
+        && IsWanted(DamageText(m_damage, u"Do you want to bring it back from an earlier one?"_s),
+                    u"Damage in the Library"_s))
+        m_commands.Run(u"mnuBackupsItem"_s);
 }
 
 void DatabaseTools::mnuDBToolsRestoreItem_Click()

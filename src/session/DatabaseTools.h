@@ -1,5 +1,6 @@
 #pragma once
 
+#include "maintenance/LibraryCheck.h"
 #include "platform/system/Work.h"
 #include "session/Commands.h"
 #include "session/SessionState.h"
@@ -20,9 +21,15 @@ public:
     /// Registers the commands. Everything must outlive this.
     DatabaseTools(SessionState& session, Commands& commands, LibraryList& libraries, ItemTree& tree);
 
-    /// Backs the open library up, which is closed meanwhile and opened again. Says whether that was done; a failure has
+    /// Backs a library up that is closed, and remembers whether that is a good backup. False when it failed, which has
+    /// been reported. Afterwards Damage() is what the library has of it.
+    bool BackUp(const QString& library, const QString& backupFile);
+    /// The same with the open library, which is closed meanwhile and opened again. Says whether that was done; a failure has
     /// been reported.
     bool BackUpDatabase(const QString& backupFile);
+    const std::vector<LibraryFault>& Damage() const { return m_damage; }
+    /// Says what a backup has found damaged in the library; @p end: what it means, or is to be done.
+    static QString DamageText(const std::vector<LibraryFault>& damage, const QString& end);
     /// Makes the copy for the undo of the session, if the settings want it, and says so in the menu. Before the library
     /// is opened.
     void MakeStartOfSessionCopy();
@@ -42,11 +49,13 @@ public:
 
 private:
     bool OpenAgain();
+    void OfferToBringBack();
 
     SessionState& m_session;
     Commands& m_commands;
     LibraryList& m_libraries;
     ItemTree& m_tree;
+    std::vector<LibraryFault> m_damage;
 };
 
 } // namespace qb

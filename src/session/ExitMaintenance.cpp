@@ -1,7 +1,6 @@
 #include "session/ExitMaintenance.h"
 
 #include "maintenance/BackupRotation.h"
-#include "maintenance/CDBManipulate.h"
 #include "maintenance/Compaction.h"
 #include "platform/system/Clock.h"
 #include "platform/system/Paths.h"
@@ -129,11 +128,13 @@ bool ExitMaintenance::MayBackUp(const QString& file)
 
 bool ExitMaintenance::BackUp(const QString& file)
 {
-    bool isDone = false;
     const ClosedLibrary library(m_session);
-    m_tools.Watched(u"Backup"_s, [&](Work& work) { isDone = CDBManipulate(work).BackUp(library.Path(), file); });
-    if (isDone)
-        RememberCheck(file, true);
+    const bool isDone = m_tools.BackUp(library.Path(), file);
+    if (isDone && !m_tools.Damage().empty())
+        Warn(DatabaseTools::DamageText(m_tools.Damage(),
+                                       u"No older backup was deleted; \"Backups...\" in the menu of tools brings "
+                                       "single items back from one."_s),
+             u"Damage in the Library"_s);
     return isDone;
 }
 
@@ -153,9 +154,9 @@ void ExitMaintenance::BackUpDatabaseOnExit()
              u"BackUp Unsuccessful"_s);
         return;
     }
-    // Not before the new one is there. The names are bare, deliberately: whether anything goes depends on the folder
+    // Not before the new one is there, and is good. The names are bare, deliberately: whether anything goes depends on the folder
     // that the program was started in.
-    for (auto name = old.rbegin(); name != old.rend(); ++name)
+    for (auto name = old.rbegin(); name != old.rend() && m_tools.Damage().empty(); ++name)
         QFile::remove(*name);
     m_session.moSettings->DBBackedUp();
     m_shell.SetStatusText(u"Database Backed Up"_s);
@@ -184,7 +185,7 @@ void ExitMaintenance::RotateOnExit()
                 u"The library was not backed up: the backup '%1' is of another library of this name. Choose another "
                 "folder of backups for one of them."_s.arg(QDir::toNativeSeparators(file)),
                 ApplicationTitle);
-        if (!BackUp(file))
+        if (!BackUp(file) || !m_tools.Damage().empty())
             return;
         const RotationRule rule{.Last = qMax(1, settings.BackupRotationLast()),
                                 .Daily = settings.BackupRotationDaily(),

@@ -53,6 +53,19 @@ private Q_SLOTS:
         QCOMPARE(Cli({u"verify"_s, In(u"b.qbb"_s)}).Status, 1);
     }
 
+    void damage_isNamedAndTheBackupMade()
+    {
+        Library::Open(m_library)->Execute(u"UPDATE Items SET Code = 'rotten' WHERE ID = 1"_s);
+        const Outcome outcome = Cli({u"backup"_s, m_library, In(u"b.qbb"_s), u"--json"_s});
+        QCOMPARE(outcome.Status, 1);
+        QCOMPARE(outcome.Object().value(u"damaged"_s).toInt(), 1);
+        QVERIFY2(outcome.Error.contains(u"The item 1 'one' has a damaged code"_s), qPrintable(outcome.Error));
+        QVERIFY(outcome.Error.contains(u"restore-item"_s));
+        QVERIFY(QFileInfo::exists(In(u"b.qbb"_s)));
+        QCOMPARE(Cli({u"verify"_s, In(u"b.qbb"_s)}).Status, 1);
+        QVERIFY(Cli({u"check"_s, m_library, u"--deep"_s}).Out.contains(u"restore-item"_s));
+    }
+
     void volumes_haveSizesWithUnits_data()
     {
         QTest::addColumn<QString>("size");

@@ -1,4 +1,5 @@
 #include "maintenance/ContentCheck.h"
+#include "maintenance/LibraryBackup.h"
 #include "platform/dao/DBEngine.h"
 #include "store/CCodeItem.h"
 #include "store/CFileObject.h"
@@ -91,6 +92,35 @@ private Q_SLOTS:
         m_library.reset();
         m_clock.reset();
         m_home.reset();
+    }
+
+    void backup_looksForDamageFirst()
+    {
+        const QString file = m_home->Path(u"b.qbb"_s);
+        QVERIFY(BackUpLibrary(Path(), file, {}).Damage.empty());
+        QCOMPARE(CheckBackup(file, m_home->Path(), NoWork()).Faults, QStringList());
+        FlipBit("usageText");
+        const std::vector<LibraryFault> damage = BackUpLibrary(Path(), file, {}).Damage;
+        QCOMPARE(damage.size(), size_t(1));
+        QVERIFY(damage[0].Text.contains(u"has a damaged usage"_s));
+        QCOMPARE(ReadBackupSummary(file)->Damaged, 1);
+        QVERIFY(CheckBackup(file, m_home->Path(), NoWork()).Faults.join(u' ').contains(u"were damaged already"_s));
+    }
+
+    void cancelledCheck_ends()
+    {
+        struct Cancelled : Work {
+            bool IsCancelled() override { return true; }
+        } cancelled;
+        QB_VERIFY_RAISES(CheckContents(*m_library, cancelled), 18);
+    }
+
+    void lines_areTenAtMost()
+    {
+        std::vector<LibraryFault> faults(10, {.What = {}, .Table = {}, .Id = 1, .Text = u"bad"_s});
+        QCOMPARE(LinesOf(faults), u"bad\r\n"_s.repeated(10));
+        faults.insert(faults.end(), 3, faults[0]);
+        QCOMPARE(LinesOf(faults), u"bad\r\n"_s.repeated(10) + u"... and 3 more\r\n");
     }
 
     void whatWasWritten_hasNoFaults()
@@ -250,6 +280,8 @@ private Q_SLOTS:
         const Outcome deep = Cli({u"check"_s, Path(), u"--deep"_s});
         QCOMPARE(deep.Status, 1);
         QCOMPARE(deep.Out, u"The item %1 'Schlüssel' has a damaged notes: it is not what was written.\n"
+                           "What is damaged comes back from an earlier backup: quillbase-cli restore-item BACKUP.qbb "
+                           "ID LIBRARY.\n"
                            "Of 1 items and stored files out of 2 no checksum is known; they get one when they are "
                            "saved.\n"_s.arg(m_item));
     }

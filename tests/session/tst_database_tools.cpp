@@ -85,6 +85,45 @@ private Q_SLOTS:
         QCOMPARE(s->State.oCodeItem->Title(), u"first"_s);
     }
 
+    void damagedLibrary_isBackedUpAndTold()
+    {
+        Store(u"BackupDir"_s, Path(u"backups"_s));
+        s->State.CurrentDatabase->Execute(u"UPDATE Items SET Code = 'rotten'"_s); // as no row is written
+        s->Script.ExpectFileName(u"Select destination folder and file name of the new backup file"_s, Path(u"b.qbb"_s));
+        s->Script.ExpectMsgBox(u"DB Backed Up"_s);
+        s->Script.ExpectMsgBox(u"Damage in the Library"_s, MsgBoxResult::Yes);
+        int shown = 0;
+        s->CommandStates.Register(u"mnuBackupsItem"_s, [&shown] { ++shown; });
+        s->CommandStates.Run(u"mnuDBToolsBackupItem"_s);
+        QVERIFY(s->Script.Messages.last().Text.contains(u"The item 1 'first' has a damaged code"_s));
+        QCOMPARE(shown, 1);
+        QVERIFY(!ListBackups(Path(QString())).first().IsGood);
+        s->Script.ExpectFileName(u"Select destination folder and file name of the new backup file"_s, Path(u"c.qbb"_s));
+        s->Script.ExpectMsgBox(u"DB Backed Up"_s);
+        s->Script.ExpectMsgBox(u"Damage in the Library"_s, MsgBoxResult::No);
+        s->CommandStates.Run(u"mnuDBToolsBackupItem"_s);
+        QCOMPARE(shown, 1);
+    }
+
+    void damagedLibrary_makesNoBackupGo()
+    {
+        Settings().SetBackupRotation(true);
+        Settings().SetBackupRotationEvery(1);
+        Settings().SetBackupRotationLast(1);
+        QDir().mkpath(Path(u"backups"_s));
+        Store(u"BackupDir"_s, Path(u"backups"_s));
+        EndSession();
+        s->Time.Set(Date::FromParts(2026, 3, 5, 12));
+        s->State.CurrentDatabase->Execute(u"UPDATE Items SET Code = 'rotten'"_s);
+        s->Script.ExpectMsgBox(u"Damage in the Library"_s);
+        EndSession();
+        QCOMPARE(NamesIn(u"backups"_s), (QStringList{u"one260302.qbb"_s, u"one260305.qbb"_s}));
+        s->Time.Set(Date::FromParts(2026, 3, 7, 12));
+        s->Script.ExpectMsgBox(u"Damage in the Library"_s);
+        EndSession();
+        QVERIFY(NamesIn(u"backups"_s).contains(u"one260302.qbb"_s)); // the last good one
+    }
+
     void cancelledDialog_endsTheCommand()
     {
         s->Script.ExpectFileName(u"Select destination folder and file name of the new backup file"_s, {});
