@@ -77,7 +77,11 @@ class Watch : public Work {
 public:
     Watch() { m_timer.start(); }
     void Say(const QString&, int) override { Told(); }
-    void Advance(qint64, qint64) override { Told(); }
+    void Advance(qint64 done, qint64) override
+    {
+        m_done = done;
+        Told();
+    }
     bool IsCancelled() override
     {
         m_longestUnasked = qMax(m_longestUnasked, m_asked.isValid() ? m_asked.elapsed() : 0);
@@ -87,6 +91,7 @@ public:
     void Report(benchmark::State& state) const
     {
         state.counters["longest_silence_ms"] = double(m_longest);
+        state.counters["silent_until"] = double(m_silentUntil); // parts of a thousand
         state.counters["longest_without_cancel_ms"] = double(m_longestUnasked);
         rusage usage{};
         getrusage(RUSAGE_SELF, &usage);
@@ -96,11 +101,13 @@ public:
 private:
     void Told()
     {
+        if (m_timer.elapsed() > m_longest)
+            m_silentUntil = m_done;
         m_longest = qMax(m_longest, m_timer.elapsed());
         m_timer.restart();
     }
     QElapsedTimer m_timer, m_asked;
-    qint64 m_longest = 0, m_longestUnasked = 0;
+    qint64 m_done = 0, m_silentUntil = 0, m_longest = 0, m_longestUnasked = 0;
 };
 
 void BackUp(benchmark::State& state)

@@ -276,6 +276,12 @@ void LibrarySwap::PutInPlace(Parts parts)
 
 void FinishSwap(const QString& library)
 {
+    QStringList marks; // of a swap that could not remove them, unless one is under way
+    for (const QString& of : {FilesFolderOf(library), HTMLFolderOf(library)}) {
+        if (QFileInfo::exists(of + FolderMark))
+            marks << of + FolderMark;
+    }
+    bool isUnderWay = false;
     const QString folder = QFileInfo(library).absolutePath() + u'/';
     const QString prefix = StagePrefix(library);
     for (const QString& name : QDir(folder).entryList(QDir::Dirs | QDir::Hidden | QDir::NoSymLinks)) {
@@ -285,11 +291,17 @@ void FinishSwap(const QString& library)
         constexpr std::chrono::seconds Patience{10};
         const bool isReady = QFileInfo::exists(stage + ReadyName);
         const FileLock lock(stage, FileLock::Target::Existing, isReady ? Patience : Patience * 0);
-        if (!lock.IsHeld())
-            continue; // somebody is at it
+        if (!lock.IsHeld()) { // somebody is at it
+            isUnderWay = true;
+            continue;
+        }
         if (Placing placing(folder, stage, ReadParts(stage, library)); !placing.Forward())
             Fail(library, u"was being replaced when the program ended, which can't be completed"_s);
         Discard(stage);
+    }
+    for (const QString& mark : std::as_const(marks)) {
+        if (!isUnderWay)
+            QFile::remove(mark);
     }
 }
 
