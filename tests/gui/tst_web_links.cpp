@@ -8,7 +8,9 @@
 #include "web/ui/BusyLogo.h"
 
 #include <QBuffer>
+#include <QCheckBox>
 #include <QComboBox>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QStatusBar>
 #include <QTcpServer>
@@ -262,11 +264,7 @@ private Q_SLOTS:
         if (how == u"root"_s)
             WebAccess::SetSource([] { return WebSurroundings{.IsRoot = true}; });
         else
-            WebAccess::SetSource([before = m_before] {
-                WebSurroundings surroundings = before();
-                surroundings.IsRoot = surroundings.IsSandboxSwitchedOff = false;
-                return surroundings;
-            });
+            UseOwnWebAccess();
         SaveSetting(SettingsApplication, u"Settings"_s, u"KeepWebOut"_s, how == u"option"_s ? u"True"_s : u"False"_s);
         Open();
         ClickOn(1);
@@ -287,6 +285,35 @@ private Q_SLOTS:
         Type(server.Address());
         QTRY_COMPARE(told(), text);
         QCOMPARE(server.Asked, QStringList());
+    }
+
+    void webThatIsKeptOutFromNowOn_goesAtOnce()
+    {
+        PageServer server("<body style='margin:0;background:#f00'><script>setInterval(() => { new Image().src = "
+                          "'/tick?' + Math.random(); }, 20);</script></body>");
+        UseOwnWebAccess();
+        Open();
+        ClickOn(0);
+        Tab(LinksTab);
+        Type(server.Address());
+        QTRY_VERIFY(Shows(Qt::red));
+        QTRY_VERIFY(server.Asked.size() > 3);
+        QTimer::singleShot(0, this, [] {
+            auto* dialog = QApplication::activeModalWidget();
+            dialog->findChild<QCheckBox*>(u"chkKeepWebOut"_s)->setChecked(true);
+            dialog->findChild<QPushButton*>(u"cmdOK"_s)->click();
+        });
+        Action(u"mnuOptionsItem"_s)->trigger();
+        QVERIFY(!Shows(Qt::red));
+        QVERIFY(m_window->findChild<QLabel*>(u"lblKeptOut"_s)->isVisible());
+        QTest::qWait(100); // for what is on its way
+        const qsizetype asked = server.Asked.size();
+        QTest::qWait(300); // for what should not happen
+        QCOMPARE(server.Asked.size(), asked);
+        GivePage("<body style='background:#0f0'></body>");
+        ClickOn(1);
+        ClickOn(0);
+        QTRY_VERIFY(Shows(Qt::green));
     }
 
     void menu_isTheTabs()
@@ -444,6 +471,15 @@ private Q_SLOTS:
     }
 
 private:
+    /// The program's own, but that who runs the tests does not count.
+    void UseOwnWebAccess()
+    {
+        WebAccess::SetSource([before = m_before] {
+            WebSurroundings surroundings = before();
+            surroundings.IsRoot = surroundings.IsSandboxSwitchedOff = false;
+            return surroundings;
+        });
+    }
     BrowserView* View() { return m_window->findChild<BrowserView*>(u"webLinks"_s); }
     /// What of the browser gets the user's clicks.
     QWidget* BrowserSurface()

@@ -17,6 +17,7 @@
 #include "support/ui/Appearance.h"
 #include "text/ui/ctlCodeDetails.h"
 #include "web/WebAccess.h"
+#include "web/ui/BrowserView.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -289,6 +290,8 @@ void frmCodeLib::moSettings_SettingsUpdated()
     ctlCodeItemDetails->SetDefaultFont({Settings().DefaultFontName(), Settings().DefaultFontSize()});
     tlbTextFormat->ShowColors(Settings());
     WebAccess::SetUnwanted(Settings().KeepWebOut());
+    for (BrowserView* view : findChildren<BrowserView*>())
+        view->ApplyWebAccess();
     UpdateAskToSaveFileDescChanges();
 }
 

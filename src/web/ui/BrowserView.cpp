@@ -47,6 +47,7 @@ void BrowserView::ConnectBrowser()
     m_browser->BeforeNavigate = [this](const QUrl& url) {
         HideNowhere();
         m_layout->setCurrentWidget(m_browser->Widget());
+        m_shown = url;
         Q_EMIT BeforeNavigate(url);
     };
     m_browser->LoadFailed = [this](const QUrl& url, const QString& why) {
@@ -93,6 +94,16 @@ void BrowserView::KeepOut(const QUrl& url)
         ->setText(u"Pages from the web are not shown here: %1.\n\n%2"_s.arg(WebAccess::WhyKeptOut(),
                                                                             ShownAddress(url.toDisplayString())));
     m_layout->setCurrentWidget(m_keptOut);
+}
+
+void BrowserView::ApplyWebAccess()
+{
+    if (!m_browser || WebAccess::WhyKeptOut().isEmpty()
+        || AnswerNavigation({}, m_shown, NavigationCause::Asked, Web::KeptOut) != NavigationAnswer::KeepOut)
+        return;
+    m_browser.reset(); // hidden, it would go on
+    m_tried = false;
+    KeepOut(m_shown);
 }
 
 void BrowserView::Navigate(const QUrl& url, const QString& folder)

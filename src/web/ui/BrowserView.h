@@ -23,6 +23,8 @@ public:
     void Navigate(const QUrl& url, const QString& folder);
     /// Says that an address leads nowhere, until the next page.
     void TellNowhere(const QString& address, const QString& reason);
+    /// Puts a page of the web away where those are kept out from now on, and all that was visited before it.
+    void ApplyWebAccess();
     void GoBack();
     void GoForward();
     void BrowserStop();
@@ -57,6 +59,7 @@ private:
     QStackedLayout* m_layout;
     std::unique_ptr<WebBrowser> m_browser;
     GestureRule m_gestures;
+    QUrl m_shown;  ///< where the browser is
     QUrl m_wanted; ///< shown outside where there is no browser
     bool m_tried = false;
 };
