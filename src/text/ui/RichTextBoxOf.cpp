@@ -334,22 +334,40 @@ void RichTextBoxOf<Editor>::SetZoom(double factor)
 }
 
 template <class Editor>
+QTextEdit::ExtraSelection RichTextBoxOf<Editor>::MarkOf(qsizetype begin, qsizetype length, const QColor& color) const
+{
+    QTextEdit::ExtraSelection mark;
+    mark.cursor = QTextCursor(this->document());
+    mark.cursor.setPosition(m_page.ToDocument(begin));
+    mark.cursor.setPosition(m_page.ToDocument(begin + length), QTextCursor::KeepAnchor);
+    mark.format.setBackground(color);
+    return mark;
+}
+
+template <class Editor>
 void RichTextBoxOf<Editor>::MarkPlaces(const QList<qsizetype>& begins, qsizetype length)
 {
     EnsureLoaded();
-    QList<QTextEdit::ExtraSelection> marks;
-    for (const qsizetype begin : begins) {
-        QTextEdit::ExtraSelection mark;
-        mark.cursor = QTextCursor(this->document());
-        mark.cursor.setPosition(m_page.ToDocument(begin));
-        mark.cursor.setPosition(m_page.ToDocument(begin + length), QTextCursor::KeepAnchor);
-        QColor color = this->palette().color(QPalette::Highlight);
-        constexpr int Veil = 70;
-        color.setAlpha(Veil);
-        mark.format.setBackground(color);
-        marks << mark;
-    }
-    this->setExtraSelections(marks);
+    constexpr int Veil = 70;
+    QColor color = this->palette().color(QPalette::Highlight);
+    color.setAlpha(Veil);
+    m_places.clear();
+    for (const qsizetype begin : begins)
+        m_places << MarkOf(begin, length, color);
+    this->setExtraSelections(m_found + m_places);
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::MarkFound(const std::vector<TextRange>& places)
+{
+    if (places.empty() && m_found.isEmpty())
+        return;
+    EnsureLoaded();
+    const QColor color(240, 170, 0, 90); // amber, through which a text is read on light and dark
+    m_found.clear();
+    for (const TextRange& place : places)
+        m_found << MarkOf(place.Begin, place.Length, color);
+    this->setExtraSelections(m_found + m_places);
 }
 
 template <class Editor>

@@ -5,6 +5,7 @@
 #include "text/ui/ZoomDevice.h"
 
 #include <QTextBlock>
+#include <QTextEdit>
 #include <functional>
 
 namespace qb {
@@ -50,6 +51,7 @@ public:
 
     void SetZoom(double factor) override;
     void MarkPlaces(const QList<qsizetype>& begins, qsizetype length) override;
+    void MarkFound(const std::vector<TextRange>& places) override;
 
     /// The font of texts that name none, from the next text on.
     void SetDefaultFont(const RtfFont& font) { m_font = font; }
@@ -123,6 +125,7 @@ protected:
     void insertFromMimeData(const QMimeData* source) override;
 
 private:
+    QTextEdit::ExtraSelection MarkOf(qsizetype begin, qsizetype length, const QColor& color) const;
     void Load();
     void LoadWhenSeen();
     void EnsureLoaded();
@@ -153,9 +156,11 @@ private:
     RichTextPage m_page;
     ZoomDevice m_device;
     UndoNames m_undoNames;
-    QColor m_background;    ///< that the looks were made for
-    int m_changeEnd = 0;    ///< of what was taken back last, in the text document
-    bool m_loading = false; ///< another text is being shown
+    QList<QTextEdit::ExtraSelection> m_places; ///< marked by the find in this text
+    QList<QTextEdit::ExtraSelection> m_found;  ///< marked by that over the library
+    QColor m_background;                       ///< that the looks were made for
+    int m_changeEnd = 0;                       ///< of what was taken back last, in the text document
+    bool m_loading = false;                    ///< another text is being shown
     bool m_showingColours = false;
     bool m_waits = false;      ///< the text document does not show the text yet
     bool m_showing = false;    ///< the text document is being changed from here

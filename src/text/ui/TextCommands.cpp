@@ -5,6 +5,7 @@
 #include "support/ErrorRoutine.h"
 #include "text/ui/CodeBox.h"
 #include "text/ui/FindBar.h"
+#include "text/ui/FoundMarks.h"
 #include "text/ui/RichTextBox.h"
 
 #include <QClipboard>
@@ -38,6 +39,8 @@ TextCommands::TextCommands(CTextFormat& formatter, ItemEditorView& view)
       m_sections(m_editor), m_keys(m_editor, m_sections)
 {
 }
+
+TextCommands::~TextCommands() = default;
 
 CodeBox* TextCommands::CurrentCodeBox() const
 {

@@ -3,6 +3,7 @@
 #include "text/CodeKeys.h"
 #include "text/ItemSections.h"
 
+#include <memory>
 #include <optional>
 
 class QEvent;
@@ -12,6 +13,7 @@ namespace qb {
 
 class CodeBox;
 class FindBar;
+class FoundMarks;
 class RichTextBox;
 class UserTextBox;
 
@@ -72,6 +74,8 @@ public:
     /// From the selection on, or back, around the end of the text. Opens the bar where it is closed and empty.
     void FindNextOccurance();
     void FindPreviousOccurance();
+    /// The places of a find over the library, in the text that is shown.
+    FoundMarks& Found() { return *m_found; }
     /// Asks for a line of the code and goes there.
     void GoToLine();
     /// In percent; the boxes keep within 50 to 400.
@@ -90,7 +94,7 @@ public:
 
 protected:
     TextCommands(CTextFormat& formatter, ItemEditorView& view);
-    ~TextCommands() = default;
+    ~TextCommands();
 
     /// The box for code that is on the tab that is shown; null on any other.
     CodeBox* CurrentCodeBox() const;
@@ -105,6 +109,7 @@ protected:
     CodeBox* rtbUsage;
     RichTextBox* m_fileNotes = nullptr; ///< of a stored file: looks as the item's notes do
     FindBar* m_findBar = nullptr;
+    std::unique_ptr<FoundMarks> m_found;
     ItemEditor m_editor;
     ItemSections m_sections;
     CodeKeys m_keys;

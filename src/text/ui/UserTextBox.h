@@ -1,5 +1,6 @@
 #pragma once
 
+#include "find/FindPlaces.h"
 #include "text/ItemTextBox.h"
 #include "text/ui/UndoNames.h"
 
@@ -18,6 +19,8 @@ public:
     virtual void SetZoom(double factor) = 0;
     /// Marks places of the text, as begins and one length, beside the selection.
     virtual void MarkPlaces(const QList<qsizetype>& begins, qsizetype length) = 0;
+    /// Marks places that a find over the library has found, in a colour of their own.
+    virtual void MarkFound(const std::vector<TextRange>& places) = 0;
 
     // What the user can do
     virtual UndoType UndoName() const = 0;

@@ -9,6 +9,7 @@
 #include "text/ui/CodeBox.h"
 #include "text/ui/ColorizeProgress.h"
 #include "text/ui/FindBar.h"
+#include "text/ui/FoundMarks.h"
 #include "text/ui/PlainLabel.h"
 #include "text/ui/RichTextBox.h"
 #include "text/ui/WelcomeView.h"
@@ -90,7 +91,9 @@ QWidget* ctlCodeDetails::MakeItemPage()
     layout->addWidget(m_tabs, 1);
     m_findBar = new FindBar([this] { return CurrentBox(); });
     layout->addWidget(m_findBar);
+    m_found = std::make_unique<FoundMarks>([this] { return CurrentBox(); });
     connect(this, &ctlCodeDetails::CurrentViewChanged, m_findBar, &FindBar::Refresh);
+    connect(this, &ctlCodeDetails::CurrentViewChanged, this, [this] { m_found->Refresh(); });
     return page;
 }
 
@@ -212,6 +215,7 @@ void ctlCodeDetails::SetFileControl(FileDetailsView& files)
     files.DescriptionShown = [this] {
         ReadFormat();
         m_findBar->Refresh();
+        m_found->Refresh();
     };
     connect(m_fileNotes, &RichTextBox::textChanged, this, &ctlCodeDetails::ReadFormat); // also after undo
     connect(m_fileNotes, &RichTextBox::textChanged, m_findBar, &FindBar::RefreshSoon);
@@ -346,6 +350,7 @@ void ctlCodeDetails::TextEdited(DetailsTab tab)
     if (tab == DetailsTab::Notes)
         mFT.ReadValues(); // an undo changes looks and moves nothing
     m_findBar->RefreshSoon();
+    m_found->RefreshSoon();
     Q_EMIT TextChanged(tab);
     Q_EMIT EditStateChanged();
 }
