@@ -129,6 +129,13 @@ void CCodeItem::SetItemChanged(bool value)
         SetLastChanged(Clock::Now());
 }
 
+CPrintFiles& CCodeItem::PrintFiles()
+{
+    if (!m_printFiles)
+        m_printFiles = std::make_unique<CPrintFiles>();
+    return *m_printFiles;
+}
+
 void CCodeItem::AddCodeHeader(quint8 header)
 {
     if (CodeHeaderPresent(header)) {

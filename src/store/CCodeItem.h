@@ -2,9 +2,11 @@
 
 #include "platform/system/Date.h"
 #include "store/CLinks.h"
+#include "store/CPrintFiles.h"
 #include "store/RowObject.h"
 
 #include <QObject>
+#include <memory>
 
 namespace qb {
 
@@ -100,6 +102,10 @@ public:
     /// Changes what is noted of the link under @p key, to be written at the next commit; nothing when
     /// there is no such link or the note is the same. @p note is taken as WritableNote has it.
     void ChangeLinkNote(const QString& key, const QString& note);
+    /// The list of stored files that is printed with the item: made at the first call, and empty until it is read.
+    CPrintFiles& PrintFiles();
+    /// The list goes; the next call of PrintFiles makes another one.
+    void ReleasePrintFiles() { m_printFiles.reset(); }
     /// A note as it can be written: apostrophes, which the statement can't take, are typographic ones.
     static QString WritableNote(QString note) { return note.replace(u'\'', u'\u2019'); }
     /// There is something to be written at the next commit.
@@ -163,6 +169,7 @@ private:
     bool m_itemChanged = false;
     bool m_linksChanged = false;
     CLinks m_links;
+    std::unique_ptr<CPrintFiles> m_printFiles;
     bool m_itemMarkedForDelete = false;
     bool m_dontUpdateLastChangedDate = false;
     bool m_statusGuard = false;
