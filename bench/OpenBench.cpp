@@ -62,7 +62,7 @@ void OpenFillTree(benchmark::State& state)
 {
     const int items = int(state.range(0));
     const QString library = items > 100'000 ? FolderLibrary(items) : BenchLibrary(items);
-    const QString folder = DataFolder(u"open"_s);
+    const QString folder = DataFolder(u"open-%1"_s.arg(items)); // with its own list of libraries
     const QString trace = folder + u"/trace"_s;
     qputenv("QUILLBASE_DATA_HOME", QFile::encodeName(QFileInfo(library).absolutePath()));
     qputenv("QUILLBASE_CONFIG_HOME", QFile::encodeName(folder + u"/config"_s));

@@ -103,7 +103,7 @@ bool ByteScan::TakeMask(Walk& walk, quint32 mask) const
     qsizetype next = base;
     for (; mask != 0; mask &= mask - 1) {
         const qsizetype place = base + std::countr_zero(mask);
-        if (place < next || !MatchesAt(walk.Text + place))
+        if (place < next || (m_needle.size() > qsizetype(m_anchors.size()) && !MatchesAt(walk.Text + place)))
             continue;
         walk.Places[walk.Found++] = quint32(place);
         next = place + m_needle.size();
@@ -177,12 +177,57 @@ __attribute__((target("avx2"))) void ByteScan::ScanAvx2(Walk& walk) const
     }
 }
 
+qsizetype ByteScan::CountSse2(QByteArrayView text, qsizetype& at) const
+{
+    constexpr qsizetype Width = 16;
+    const __m128i wanted = _mm_set1_epi8(char(m_anchors[0].Byte));
+    const __m128i caseBit = _mm_set1_epi8(char(m_anchors[0].CaseBit));
+    qsizetype count = 0;
+    for (; at + Width <= text.size(); at += Width) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text.data() + at));
+        count += std::popcount(unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_or_si128(bytes, caseBit), wanted))));
+    }
+    return count;
+}
+
+__attribute__((target("avx2,popcnt"))) qsizetype ByteScan::CountAvx2(QByteArrayView text, qsizetype& at) const
+{
+    constexpr qsizetype Width = 32;
+    const __m256i wanted = _mm256_set1_epi8(char(m_anchors[0].Byte));
+    const __m256i caseBit = _mm256_set1_epi8(char(m_anchors[0].CaseBit));
+    qsizetype count = 0;
+    for (; at + Width <= text.size(); at += Width) {
+        const __m256i bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(text.data() + at));
+        const __m256i fits = _mm256_cmpeq_epi8(_mm256_or_si256(bytes, caseBit), wanted);
+        count += std::popcount(unsigned(_mm256_movemask_epi8(fits)));
+    }
+    return count;
+}
+
 #else
 
 void ByteScan::ScanSse2(Walk&) const {}
 void ByteScan::ScanAvx2(Walk&) const {}
+qsizetype ByteScan::CountSse2(QByteArrayView, qsizetype&) const
+{
+    return 0;
+}
+qsizetype ByteScan::CountAvx2(QByteArrayView, qsizetype&) const
+{
+    return 0;
+}
 
 #endif
+
+qsizetype ByteScan::CountByte(QByteArrayView text) const
+{
+    const Anchor& anchor = m_anchors[0];
+    qsizetype at = 0;
+    qsizetype count = m_level == Avx2 ? CountAvx2(text, at) : m_level == Sse2 ? CountSse2(text, at) : 0;
+    for (; at < text.size(); ++at)
+        count += uchar(uchar(text[at]) | anchor.CaseBit) == anchor.Byte ? 1 : 0;
+    return count;
+}
 
 size_t ByteScan::Next(QByteArrayView text, qsizetype& at, std::span<quint32> places) const
 {

@@ -28,6 +28,9 @@ public:
     /// long as it returns as many as there is room for, there may be more: @p at is where to go on.
     size_t Next(QByteArrayView text, qsizetype& at, std::span<quint32> places) const;
 
+    /// How often a needle of one byte is in @p text.
+    qsizetype CountByte(QByteArrayView text) const;
+
     /// The first place from @p at on, or -1.
     qsizetype First(QByteArrayView text, qsizetype at = 0) const;
 
@@ -45,6 +48,8 @@ private:
     void ScanSingle(Walk& walk) const;
     void ScanSse2(Walk& walk) const;
     void ScanAvx2(Walk& walk) const;
+    qsizetype CountSse2(QByteArrayView text, qsizetype& at) const;
+    qsizetype CountAvx2(QByteArrayView text, qsizetype& at) const;
     void ChooseAnchors();
 
     struct Anchor {

@@ -8,8 +8,12 @@ namespace {
 
 constexpr size_t PlacesAtOnce = 1024;
 
-/// The stretch of a chunk's texts in which a part stands.
+/// The stretch of a chunk's texts, or their folded forms, in which a part stands.
 struct Stretch {
+    Stretch(const SegmentPart& part, bool isPlain)
+        : Begin(isPlain ? part.Begin : part.FoldedBegin), End(Begin + (isPlain ? part.Length : part.FoldedLength))
+    {
+    }
     qsizetype Begin;
     qsizetype End;
 };
@@ -52,10 +56,7 @@ void ChunkSearch::Scan(const ByteScan& scan, Form form, Accepts&& accepts, Take&
     const bool isPlain = form == Form::Plain;
     const QByteArrayView texts = isPlain ? m_segment->TextsOf(*m_chunk) : m_segment->FoldedOf(*m_chunk);
     const std::span<const SegmentPart> parts = m_segment->PartsOf(*m_chunk);
-    const auto stretch = [isPlain](const SegmentPart& part) {
-        const qsizetype begin = isPlain ? part.Begin : part.FoldedBegin;
-        return Stretch{begin, begin + (isPlain ? part.Length : part.FoldedLength)};
-    };
+    const auto stretch = [isPlain](const SegmentPart& part) { return Stretch(part, isPlain); };
     const auto counts = [&](const SegmentPart& part) { return IsWanted(part) && accepts(part); };
     std::array<quint32, PlacesAtOnce> places;
     for (size_t first = 0; first < parts.size();) {
@@ -85,16 +86,45 @@ void ChunkSearch::Scan(const ByteScan& scan, Form form, Accepts&& accepts, Take&
     }
 }
 
+bool ChunkSearch::HasWhole(const ByteScan& scan, QByteArrayView texts, qsizetype at, const FindNeedle& needle)
+{
+    std::array<quint32, PlacesAtOnce> places;
+    for (size_t count = PlacesAtOnce; count == PlacesAtOnce;) {
+        count = scan.Next(texts, at, places);
+        for (size_t i = 0; i < count; ++i) {
+            if (FindMatcher::IsWhole(texts, places[i], places[i] + 1, needle.BeginsWord, needle.EndsWord))
+                return true;
+        }
+    }
+    return false;
+}
+
+template <class Accepts>
+void ChunkSearch::CountByte(const ByteScan& scan, Form form, Accepts&& accepts, const FindNeedle& needle, quint64 bit)
+{
+    const bool isPlain = form == Form::Plain;
+    const QByteArrayView texts = isPlain ? m_segment->TextsOf(*m_chunk) : m_segment->FoldedOf(*m_chunk);
+    for (const SegmentPart& part : m_segment->PartsOf(*m_chunk)) {
+        if (!IsWanted(part) || !accepts(part))
+            continue;
+        const Stretch stretch(part, isPlain);
+        const qsizetype times = scan.CountByte(texts.sliced(stretch.Begin, stretch.End - stretch.Begin));
+        if (times > 0)
+            Count(part, bit, IsFoundWhole(part, bit) || HasWhole(scan, texts.first(stretch.End), stretch.Begin, needle),
+                  quint32(times));
+    }
+}
+
 bool ChunkSearch::IsFoundWhole(const SegmentPart& part, quint64 bit) const
 {
     const Found& found = m_found[part.Item - m_chunk->FirstItem];
     return ((part.Field == FindField::Title ? found.WholeInTitle : found.Whole) & bit) != 0;
 }
 
-void ChunkSearch::Count(const SegmentPart& part, quint64 bit, bool isWhole)
+void ChunkSearch::Count(const SegmentPart& part, quint64 bit, bool isWhole, quint32 times)
 {
     Found& found = m_found[part.Item - m_chunk->FirstItem];
-    ++found.Counters[size_t(part.Field)];
+    found.Counters[size_t(part.Field)] += times;
     found.Seen |= bit;
     if (isWhole)
         found.Whole |= bit;
@@ -116,21 +146,24 @@ void ChunkSearch::SearchNeedle(const FindNeedle& needle, quint64 bit)
         if (isWhole || !wholeOnly)
             Count(part, bit, isWhole);
     };
+    const auto search = [&](const ByteScan& scan, Form form, const auto& accepts) {
+        if (scan.Length() == 1 && !wholeOnly)
+            CountByte(scan, form, accepts, needle, bit);
+        else
+            Scan(scan, form, accepts, take);
+    };
     const auto isWide = [](const SegmentPart& part) { return (part.Flags & SegmentPart::NotAscii) != 0; };
     const bool takesIntoAscii = m_matcher.Folds() == Folding::None;
     if (needle.Ascii) {
-        Scan(
-            *needle.Ascii, Form::Plain,
-            [&](const SegmentPart& part) {
-                if (!isWide(part))
-                    return true;
-                return needle.InWide == FindNeedle::Plain && (takesIntoAscii || !(part.Flags & SegmentPart::IntoAscii));
-            },
-            take);
+        search(*needle.Ascii, Form::Plain, [&](const SegmentPart& part) {
+            if (!isWide(part))
+                return true;
+            return needle.InWide == FindNeedle::Plain && (takesIntoAscii || !(part.Flags & SegmentPart::IntoAscii));
+        });
     }
     const std::span<const SegmentPart> parts = m_segment->PartsOf(*m_chunk);
     if (needle.InWide == FindNeedle::Folded) {
-        Scan(*needle.Wide, Form::Folded, isWide, take);
+        search(*needle.Wide, Form::Folded, isWide);
     } else if (needle.InWide == FindNeedle::Filter) {
         const SegmentPart* last = nullptr;
         Scan(*needle.Wide, Form::Folded, isWide, [&](const SegmentPart& part, qsizetype, QByteArrayView) {

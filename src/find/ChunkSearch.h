@@ -44,11 +44,15 @@ private:
     /// Calls @p take(part, place) for each place of @p scan in those of the wanted parts that @p accepts.
     template <class Accepts, class Take>
     void Scan(const ByteScan& scan, Form form, Accepts&& accepts, Take&& take);
+    /// The same for a needle of one byte, without its places: they are too many to look at each.
+    template <class Accepts>
+    void CountByte(const ByteScan& scan, Form form, Accepts&& accepts, const FindNeedle& needle, quint64 bit);
+    static bool HasWhole(const ByteScan& scan, QByteArrayView texts, qsizetype at, const FindNeedle& needle);
     void SearchNeedle(const FindNeedle& needle, quint64 bit);
     void SearchOnTheFly(const FindNeedle& needle, quint64 bit, const SegmentPart& part);
     void SearchExpression();
     void SearchExpressionIn(const SegmentPart& part);
-    void Count(const SegmentPart& part, quint64 bit, bool isWhole);
+    void Count(const SegmentPart& part, quint64 bit, bool isWhole, quint32 times = 1);
     bool IsFoundWhole(const SegmentPart& part, quint64 bit) const;
 
     const FindMatcher& m_matcher;

@@ -63,6 +63,8 @@ private Q_SLOTS:
             const std::vector<quint32> expected = Naive(text, needle, sensitivity);
             QCOMPARE(Scanned(scan, text, size_t(1 + below(5))), expected);
             QCOMPARE(scan.First(text), expected.empty() ? qsizetype(-1) : qsizetype(expected[0]));
+            if (needle.size() == 1)
+                QCOMPARE(scan.CountByte(text), qsizetype(expected.size()));
             found += int(expected.size());
         }
         QVERIFY(found > 20000);
