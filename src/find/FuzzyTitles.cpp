@@ -19,6 +19,9 @@ constexpr int LongestCounted = 60; ///< characters of a title; shorter ones are 
 
 QChar Folded(QChar character)
 {
+    constexpr char16_t FirstBeyondAscii = 0x80;
+    if (character.unicode() < FirstBeyondAscii)
+        return character.toLower(); // without the tables, which take a while to make
     const char32_t folded = FoldedCharacter(character.unicode(), Folding::All);
     return folded == 0 || folded > 0xffff ? character : QChar(char16_t(folded));
 }
@@ -85,18 +88,36 @@ int FuzzyTitles::ScoreWord(const Entry& entry, const QString& word, std::vector<
             places->push_back(bestPlace + i);
         return best;
     }
-    qsizetype at = 0;
+    const int first = ScoreSpread(entry, word, false, nullptr);
+    if (first == 0)
+        return 0;
+    const int atBegins = ScoreSpread(entry, word, true, nullptr);
+    if (places)
+        ScoreSpread(entry, word, atBegins >= first, places);
+    return std::max(first, atBegins);
+}
+
+/// Of letters that are spread: each where it comes first, or, @p atBegins, where it begins a word if it does anywhere.
+int FuzzyTitles::ScoreSpread(const Entry& entry, const QString& word, bool atBegins,
+                             std::vector<qsizetype>* places) const
+{
+    const QStringView title = QStringView(m_folded).mid(entry.Begin, entry.Length);
     qsizetype last = -2;
     int score = 0;
     for (const QChar character : word) {
-        const qsizetype next = title.indexOf(character, at);
+        qsizetype next = title.indexOf(character, std::max<qsizetype>(0, last + 1));
+        for (qsizetype at = next; atBegins && at >= 0 && next != last + 1; at = title.indexOf(character, at + 1)) {
+            if (BeginsWord(entry, at)) {
+                next = at;
+                break;
+            }
+        }
         if (next < 0)
             return 0;
         score += Letter + (next == last + 1 ? BesideTheLast : 0) + (BeginsWord(entry, next) ? AtBeginOfWord : 0);
         if (places)
             places->push_back(next);
         last = next;
-        at = next + 1;
     }
     return score;
 }

@@ -46,6 +46,7 @@ private:
     static quint64 LettersOf(QStringView text);
     int Score(const Entry& entry, const std::vector<Word>& words, std::vector<qsizetype>* places) const;
     int ScoreWord(const Entry& entry, const QString& word, std::vector<qsizetype>* places) const;
+    int ScoreSpread(const Entry& entry, const QString& word, bool atBegins, std::vector<qsizetype>* places) const;
     bool BeginsWord(const Entry& entry, qsizetype at) const;
 
     QString m_texts;  ///< all titles, one behind the other
