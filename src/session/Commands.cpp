@@ -37,6 +37,8 @@ constexpr CommandRow Rows[] = {
     {Place::Edit, "mnuFindInText", "&Find in Text...", "edit-find", "Ctrl+F", "Find in the text that is shown"},
     {Place::Edit, "mnuFindNext", "Find &Next", "go-down", "F3", "Go to the next place that was found"},
     {Place::Edit, "mnuFindPrevious", "Find Pre&vious", "go-up", "Shift+F3", "Go to the place before"},
+    {Place::Edit, "mnuQuickOpen", "&Quick Open...", "", "Ctrl+P",
+     "Go to an item by some letters of its title; > runs a command, # finds a text, : goes to a line"},
     {Place::Edit, "mnuFilterTree", "Fi&lter Tree...", "view-filter", "Ctrl+Shift+F",
      "Narrow the tree to the titles that hold a text"},
     {Place::Edit, "mnuGoToLine", "&Go to Line...", "", "Ctrl+G", "Go to a line of the code by its number"},

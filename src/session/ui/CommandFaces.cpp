@@ -84,7 +84,8 @@ CommandFaces::CommandFaces(QMainWindow& window, Commands& commands)
     auto* links = new QMenu(&window);
     MakeSubMenu(CommandRow::Place::AddLink, *links, {});
     m_actions[u"mnuAddLink"_s]->setMenu(links);
-    window.addAction(m_actions[u"mnuFilterTree"_s]); // its key works where the menu doesn't
+    for (const QString& name : {u"mnuFilterTree"_s, u"mnuQuickOpen"_s})
+        window.addAction(m_actions[name]); // its key works where the menu doesn't
     connect(&commands, &Commands::Changed, this, &CommandFaces::Follow);
 }
 

@@ -1,6 +1,7 @@
 #include "session/ui/frmCodeLib.h"
 
 #include "components/ui/ApplicationTips.h"
+#include "finder/ui/frmQuickOpen.h"
 #include "panels/ui/ctlBookmarks.h"
 #include "panels/ui/ctlFileDetails.h"
 #include "panels/ui/ctlSmartTreeView.h"
@@ -64,6 +65,7 @@ frmCodeLib::frmCodeLib()
     ConnectDetails();
     ConnectFiles();
     ConnectBookmarks();
+    MakeQuickOpen();
     ConnectMenus();
     constexpr QSize Smallest(5000, 4000); // twips
     m_settling.setSingleShot(true);
@@ -195,6 +197,8 @@ void frmCodeLib::resizeEvent(QResizeEvent* event)
     RememberPlace();
     if (m_settling.isActive())
         PlaceBookmarks();
+    if (m_quickOpen->isVisible())
+        m_quickOpen->Place(RoomOfQuickOpen());
 }
 
 void frmCodeLib::showEvent(QShowEvent* event)
@@ -284,8 +288,9 @@ void frmCodeLib::KeepUnsavedTexts()
 
 void frmCodeLib::moSettings_SettingsUpdated()
 {
-    ctlCodeItemDetails->SetPalette(
-        TokenPalette::FromTexts(Settings().RuleColoursLight(), Settings().RuleColoursDark()));
+    const TokenPalette colours = TokenPalette::FromTexts(Settings().RuleColoursLight(), Settings().RuleColoursDark());
+    ctlCodeItemDetails->SetPalette(colours);
+    m_quickOpen->SetPalette(colours);
     ApplyAppearance(Settings().ColourScheme(), Settings().InterfaceFontName(), Settings().InterfaceFontSize());
     ctlCodeItemDetails->SetDefaultFont({Settings().DefaultFontName(), Settings().DefaultFontSize()});
     tlbTextFormat->ShowColors(Settings());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "finder/FindService.h"
 #include "session/Commands.h"
 #include "session/DatabaseTools.h"
 #include "session/ItemCommands.h"
@@ -8,6 +9,7 @@
 #include "session/ItemTree.h"
 #include "session/ItemWebPage.h"
 #include "session/LibraryList.h"
+#include "session/QuickOpenSession.h"
 #include "session/SessionState.h"
 #include "session/WindowLayout.h"
 #include "session/ui/CommandFaces.h"
@@ -18,6 +20,7 @@
 #include <QMainWindow>
 #include <QTimer>
 
+class QAction;
 class QMenu;
 class QShortcut;
 class QSplitter;
@@ -34,6 +37,7 @@ class ctlFileDetails;
 class CodeToolbar;
 class ctlSmartTreeView;
 class FormatToolbar;
+class frmQuickOpen;
 
 /// The main window: assembles the session and its panels, and connects them. What the commands
 /// do is decided by the collaborators, each in a file of its own.
@@ -80,6 +84,10 @@ private:
     void MakeBookmarkToolbars();
     void ConnectBookmarks();
     void ConnectInfo();
+    void MakeQuickOpen();
+    QRect RoomOfQuickOpen() const;
+    bool IsOffered(const QAction& action) const;
+    void ShowQuickOpen();
     void FollowTree();
     void RegisterBookmarkCommands();
     void AddBookmark();
@@ -159,6 +167,9 @@ private:
     std::unique_ptr<ItemLinking> m_linking;
     std::unique_ptr<ItemWebPage> m_page;
     std::unique_ptr<LibraryList> m_libraries;
+    FindService m_find;
+    std::unique_ptr<QuickOpenSession> m_quickSession;
+    frmQuickOpen* m_quickOpen = nullptr;
     std::unique_ptr<DatabaseTools> m_tools;
     std::unique_ptr<ApplicationTips> m_oTips; ///< while the tip window is open
 };

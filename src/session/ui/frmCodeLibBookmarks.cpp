@@ -1,5 +1,6 @@
 // The panel of bookmarks and info in the main window: its commands, and how it is connected.
 
+#include "finder/ui/frmQuickOpen.h"
 #include "panels/ui/BookmarkView.h"
 #include "panels/ui/ctlBookmarks.h"
 #include "panels/ui/ctlSmartTreeView.h"
@@ -44,7 +45,11 @@ void frmCodeLib::ConnectBookmarks()
         ctlBookMarkList->Initialise(*CurrentDatabase());
         ctlBookMarkList->SetDatabaseLastBackedUp(Settings().DBLastBackedUp());
     };
-    m_libraries->DatabaseClosing = [this] { ctlBookMarkList->Terminate(); };
+    m_libraries->DatabaseClosing = [this] {
+        m_quickOpen->Close();
+        m_find.Close();
+        ctlBookMarkList->Terminate();
+    };
     m_libraries->ReplicationRead = [this] { ctlBookMarkList->UpdateReplicationInfo(); };
     m_items->ItemAdded = [this] { ctlBookMarkList->SetDisplayedTab(int(BookmarkTab::Info)); };
     FollowTree();

@@ -131,8 +131,15 @@ void TextCommands::GoToLine()
         u"Line (1 to %1):"_s.arg(box->LineCount()), u"Go to Line"_s, QString::number(box->LineOfCaret()));
     bool isNumber = false;
     const int line = answer.value_or(QString()).trimmed().toInt(&isNumber);
-    if (isNumber)
-        box->GoToLine(line);
+    isNumber ? GoToLine(line) : box->setFocus();
+}
+
+void TextCommands::GoToLine(int line)
+{
+    CodeBox* box = CurrentCodeBox();
+    if (!box)
+        return;
+    box->GoToLine(line);
     box->setFocus();
 }
 

@@ -78,6 +78,8 @@ public:
     FoundMarks& Found() { return *m_found; }
     /// Asks for a line of the code and goes there.
     void GoToLine();
+    /// Goes there, with the focus.
+    void GoToLine(int line);
     /// In percent; the boxes keep within 50 to 400.
     int Zoom() const { return m_zoom; }
     void SetZoom(int percent);
