@@ -106,6 +106,7 @@ frmQuickOpen::frmQuickOpen(QuickOpenHost& host, FindService& find, QWidget& wind
 
 frmQuickOpen::~frmQuickOpen()
 {
+    qApp->disconnect(this);
     txtPreview->SetColouring(nullptr, {}); // the previews go before the box
 }
 
@@ -179,7 +180,10 @@ void frmQuickOpen::Place(const QRect& room)
 void frmQuickOpen::ShowOrHidePreview()
 {
     const bool hasPreviews = m_quick.CurrentMode() != QuickOpen::Mode::Commands && m_rows->rowCount() > 0;
-    m_preview->setVisible(hasPreviews && width() >= PreviewFrom * fontMetrics().height());
+    const bool wasHidden = m_preview->isHidden();
+    m_preview->setHidden(!hasPreviews || width() < PreviewFrom * fontMetrics().height());
+    if (wasHidden && !m_preview->isHidden())
+        m_previewSoon.start(); // nothing was read for it
 }
 
 /// A light shadow around a frame.

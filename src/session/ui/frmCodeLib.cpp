@@ -72,7 +72,11 @@ frmCodeLib::frmCodeLib()
     setMinimumSize(Smallest / WindowLayout::TwipsPerPixel);
 }
 
-frmCodeLib::~frmCodeLib() = default;
+/// Quick open works for the session, which goes before the window's widgets.
+frmCodeLib::~frmCodeLib()
+{
+    delete m_quickOpen;
+}
 
 void frmCodeLib::Form_Load()
 {

@@ -167,7 +167,7 @@ private:
     std::unique_ptr<ItemLinking> m_linking;
     std::unique_ptr<ItemWebPage> m_page;
     std::unique_ptr<LibraryList> m_libraries;
-    FindService m_find;
+    FindService m_findService;
     std::unique_ptr<QuickOpenSession> m_quickSession;
     frmQuickOpen* m_quickOpen = nullptr;
     std::unique_ptr<DatabaseTools> m_tools;

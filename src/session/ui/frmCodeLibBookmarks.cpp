@@ -47,7 +47,7 @@ void frmCodeLib::ConnectBookmarks()
     };
     m_libraries->DatabaseClosing = [this] {
         m_quickOpen->Close();
-        m_find.Close();
+        m_findService.Close();
         ctlBookMarkList->Terminate();
     };
     m_libraries->ReplicationRead = [this] { ctlBookMarkList->UpdateReplicationInfo(); };

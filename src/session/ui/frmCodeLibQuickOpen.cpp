@@ -42,7 +42,7 @@ void frmCodeLib::MakeQuickOpen()
     };
     m_quickSession->ShowTab = [this](DetailsTab tab) { ctlCodeItemDetails->SetCurrentView(tab); };
     m_quickSession->ShowLine = [this](int line) { ctlCodeItemDetails->GoToLine(line); };
-    m_quickOpen = new frmQuickOpen(*m_quickSession, m_find, *this);
+    m_quickOpen = new frmQuickOpen(*m_quickSession, m_findService, *this);
     m_commands.Register(u"mnuQuickOpen"_s, [this] { ShowQuickOpen(); });
 }
 
@@ -72,8 +72,8 @@ QRect frmCodeLib::RoomOfQuickOpen() const
 void frmCodeLib::ShowQuickOpen()
 {
     tvCodeItems->EndLabelEdit();
-    if (CurrentDatabase() && !m_find.IsOpen())
-        m_find.Open(CurrentDatabase()->Name());
+    if (CurrentDatabase() && !m_findService.IsOpen())
+        m_findService.Open(CurrentDatabase()->Name());
     m_quickOpen->Open(RoomOfQuickOpen());
 }
 
