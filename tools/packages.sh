@@ -2,7 +2,7 @@
 
 # What building needs; what only some tasks need is asked for by them.
 BUILD_PACKAGES="g++ cmake ninja-build ccache libsqlite3-dev libzip-dev zlib1g-dev libpcre2-dev qt6-base-dev"
-GUI_PACKAGES="qt6-svg-dev libqt6svg6 qt6-webengine-dev breeze-icon-theme fonts-dejavu-core"
+GUI_PACKAGES="qt6-svg-dev libqt6svg6 qt6-webengine-dev libmd4c-dev libmd4c-html0-dev breeze-icon-theme fonts-dejavu-core"
 DISPLAY_PACKAGES="xvfb xauth"
 BENCH_PACKAGES="libbenchmark-dev zip unzip ripgrep"
 FUZZ_PACKAGES="clang libclang-rt-14-dev"

@@ -7,6 +7,7 @@
 #include "cli/ProgressLine.h"
 #include "exchange/BranchExport.h"
 #include "exchange/BranchImport.h"
+#include "help/ItemMail.h"
 
 #include <QDir>
 
@@ -83,6 +84,19 @@ int Import(const QStringList& words)
                           {u"links"_s, result.Links}});
     else
         Print(QString::number(result.Top) + u'\n');
+    return 0;
+}
+
+int MailItemCommand(const QStringList& words)
+{
+    const Arguments arguments(words, {}, 2);
+    const auto library = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadOnly);
+    const qint64 item = arguments.Id(1);
+    ProgressLine line(Items);
+    if (!MailItem(*library, item, line))
+        return 1;
+    if (arguments.Json())
+        Print(QJsonObject{{u"item"_s, item}});
     return 0;
 }
 

@@ -45,6 +45,7 @@ int BookmarkRemove(const QStringList& words);
 // Branches
 int Export(const QStringList& words);
 int Import(const QStringList& words);
+int MailItemCommand(const QStringList& words);
 
 // Find
 int Find(const QStringList& words);

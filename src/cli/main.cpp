@@ -65,6 +65,7 @@ constexpr CommandEntry Table[] = {
      Export},
     {"import", "LIB FILE.qbx [--parent ID] [--only KEY]... [--list]",
      "take an export in, or branches of it; --list: only print what is in it", Import},
+    {"mail", "LIB ID", "open a new mail with the export of an item attached", MailItemCommand},
     {"check", "LIB [--deep]", "look for damage, lost items and missing files; --deep: read all texts and stored files",
      Check},
     {"backup", "LIB OUT.qbb [--volume SIZE]",
