@@ -125,8 +125,11 @@ void StoredFileView::startDrag(Qt::DropActions)
 
 void StoredFileView::keyPressEvent(QKeyEvent* event)
 {
-    if (event->matches(QKeySequence::Paste) && !m_locked)
-        return Receive(*QApplication::clipboard()->mimeData());
+    if (event->matches(QKeySequence::Paste) && !m_locked) {
+        if (const QMimeData* copied = QApplication::clipboard()->mimeData()) // none while nothing was ever copied
+            Receive(*copied);
+        return;
+    }
     if (event->matches(QKeySequence::Copy) && MakeCopies && selectionModel()->hasSelection()) {
         auto* copies = new QMimeData;
         copies->setUrls(MakeCopies());
