@@ -285,7 +285,8 @@ void ItemTree::TreeViewNodeClick(TreeNode& node)
             return;
         }
         OpenItem();
-        m_commands.SetEnabled(u"PRINT"_s, !node.IsRoot());
+        for (const QString& name : {u"PRINT"_s, u"mnuMailItem"_s})
+            m_commands.SetEnabled(name, !node.IsRoot());
         // A look at an item that waits for a decision must not be one.
         if (!node.IsRoot() && m_session.moSettings->AutoColorizeWhenItemOpened() && !m_details.Locked()
             && !m_session.oCodeItem->ItemMarkedForDelete())

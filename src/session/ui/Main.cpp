@@ -1,5 +1,6 @@
 #include "session/ui/Main.h"
 
+#include "help/ItemMail.h"
 #include "platform/system/SingleInstance.h"
 #include "platform/system/Trace.h"
 #include "session/ui/Termination.h"
@@ -61,6 +62,7 @@ int Main()
     KeepTextsAtTermination(window);
     FollowEnvironment(window);
     const int status = QApplication::exec();
+    RemoveOldMails();
     Prompts::SetCurrent(nullptr);
     return status;
 }

@@ -57,6 +57,7 @@ frmCodeLib::frmCodeLib()
     m_edit = new EditCommands(m_commands, *ctlCodeItemDetails, this);
     RegisterCommands();
     RegisterHelpCommands(m_commands, *this);
+    RegisterItemMail(m_commands, *this, m_session, [this] { return m_items->SaveItem(); });
     m_faces = new CommandFaces(*this, m_commands);
     MakeToolbar();
     MakeTextToolbars();
