@@ -3,6 +3,7 @@
 #include "platform/richtext/Rtf.h"
 #include "platform/richtext/RtfPlainText.h"
 #include "platform/system/FileReplace.h"
+#include "platform/system/SourceForm.h"
 #include "store/CCodeItem.h"
 #include "store/ItemBranch.h"
 #include "store/ItemRules.h"
@@ -138,7 +139,7 @@ private:
         if (!reason.isEmpty()) {
             m_result.Skipped.push_back({path, u"it can't be read: "_s + reason});
         } else if (const auto text = DecodeText(bytes, m_options.Fallback)) {
-            AddItem(parent, QFileInfo(path).fileName(), *text, LanguageOf(QFileInfo(path).fileName(), *text));
+            AddItem(parent, QFileInfo(path).fileName(), RtfOf(path, bytes, *text));
             ++m_result.Files;
         } else {
             m_result.Skipped.push_back({path, u"it is no text in a known encoding"_s});
@@ -148,6 +149,18 @@ private:
             throw RuntimeError(ErrorNumber::Internal, u"The import was stopped; nothing was changed."_s, Procedure);
     }
 
+    /// The text as it is kept, with what its file is to be made of again.
+    QString RtfOf(const QString& path, const QByteArray& bytes, const QString& text) const
+    {
+        if (text.isEmpty())
+            return {};
+        RichTextDocument document(CodeFont);
+        document.Replace(0, 0, text, document.DefaultFormat());
+        document.SetLanguage(LanguageOf(QFileInfo(path).fileName(), text));
+        document.SetSourceForm(SourceFormOf(bytes, text));
+        return WriteRtf(document);
+    }
+
     /// What the item is to name; nothing where it is the library's language or none is known.
     QString LanguageOf(const QString& fileName, const QString& text) const
     {
@@ -155,14 +168,14 @@ private:
         return language && language->Name != m_language ? language->Name : QString();
     }
 
-    qint64 AddItem(qint64 parent, const QString& title, const QString& code, const QString& language = {})
+    qint64 AddItem(qint64 parent, const QString& title, const QString& code)
     {
         RefuseReservedTitle(title, parent);
         CCodeItem item;
         item.Initialise(m_library, {});
         item.SetParentKey(QString::number(parent));
         item.SetTitle(title);
-        item.SetCode(WithLanguageInRtf(RtfFromPlainText(code, CodeFont), language));
+        item.SetCode(code);
         if (!item.Commit())
             throw RuntimeError(ErrorNumber::Engine, u"'%1' could not be stored; nothing was changed."_s.arg(title),
                                Procedure);

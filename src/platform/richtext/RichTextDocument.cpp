@@ -58,6 +58,7 @@ void RichTextDocument::Clear()
 {
     m_text.clear();
     m_language.clear();
+    m_sourceForm.clear();
     m_runs.Clear(0);
     m_paragraphs.Clear(0);
     m_paragraphBegin = 0;

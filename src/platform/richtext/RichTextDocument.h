@@ -61,6 +61,9 @@ public:
     /// The name of the programming language that the text is written in; empty if it names none.
     const QString& Language() const { return m_language; }
     void SetLanguage(const QString& name) { m_language = name; }
+    /// How the text stood in the file that it came from (platform/system/SourceForm.h); empty: as usual.
+    const QString& SourceForm() const { return m_sourceForm; }
+    void SetSourceForm(const QString& form) { m_sourceForm = form; }
 
     /// The range with line ends whole: one that ends within a line end holds all of it, and so
     /// does one that begins there and isn't empty. An empty range within one stands before it.
@@ -106,6 +109,7 @@ private:
 
     QString m_text;
     QString m_language;
+    QString m_sourceForm;
     RunMap m_runs;
     RunMap m_paragraphs; ///< by position; runs begin where paragraphs do
     ValuePool<FontInfo> m_fonts;

@@ -20,6 +20,7 @@ constexpr size_t DeepestNesting = 2000;
 constexpr qsizetype LargestPicture = 64 * 1024 * 1024;
 constexpr qsizetype LongestInstruction = 65536;
 constexpr qsizetype LongestLanguage = 64;
+constexpr qsizetype LongestSourceForm = 1024;
 
 } // namespace
 
@@ -112,6 +113,8 @@ void RtfReader::EndDestination(const State& ended)
         return FinishFonts();
     case Target::Language:
         return m_document.SetLanguage(m_language.trimmed());
+    case Target::SourceForm:
+        return m_document.SetSourceForm(m_sourceForm.trimmed());
     default:
         return;
     }
@@ -231,6 +234,9 @@ void RtfReader::Route(QStringView text)
         return;
     case Target::Language:
         m_language += text.first(std::min(text.size(), LongestLanguage - m_language.size()));
+        return;
+    case Target::SourceForm:
+        m_sourceForm += text.first(std::min(text.size(), LongestSourceForm - m_sourceForm.size()));
         return;
     default:
         return;

@@ -113,6 +113,7 @@ private:
     int m_defaultFont = 0;
     QString m_instruction;
     QString m_language;
+    QString m_sourceForm;
     PictureData m_picture;
 };
 

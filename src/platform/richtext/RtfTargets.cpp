@@ -79,6 +79,7 @@ struct RtfReader::Setters {
         {Target::FieldInstruction, [](R& r, int) { r.BeginText(Target::FieldInstruction, r.m_instruction); }},
         {Target::FieldResult, [](R& r, int) { r.Characters().Link = r.m_outer.empty() ? 0 : r.m_outer.back().Link; }},
         {Target::Language, [](R& r, int) { r.BeginText(Target::Language, r.m_language); }},
+        {Target::SourceForm, [](R& r, int) { r.BeginText(Target::SourceForm, r.m_sourceForm); }},
     };
 
     /// By target. A target without a row would not compile where it is called in a constant.

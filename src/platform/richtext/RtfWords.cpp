@@ -120,6 +120,7 @@ constexpr Row Rows[] = {
     {u"fldrslt", {Is::Destination, Sets::FieldResult}},
     {u"pn", {Is::Destination, Sets::Numbering}},
     {u"qblang", {Is::Destination, Sets::Language}},
+    {u"qbsource", {Is::Destination, Sets::SourceForm}},
     {u"shppict", {Is::Destination, Sets::Body}},
     {u"shptxt", {Is::Destination, Sets::Body}},
     {u"stylesheet", {Is::Destination, Sets::Skip}},

@@ -79,6 +79,7 @@ enum class RtfTarget : quint8 {
     FieldResult,
     Numbering,
     Language,
+    SourceForm,
     Count
 };
 

@@ -54,20 +54,26 @@ void AppendText(QByteArray& out, QStringView text)
 }
 
 /// A destination of this program's own, which other readers pass over.
-QByteArray LanguageGroup(const QString& language)
+QByteArray OwnGroup(const char* word, const QString& text)
 {
     QByteArray group;
-    if (language.isEmpty())
+    if (text.isEmpty())
         return group;
-    group += "{\\*\\qblang ";
-    AppendText(group, language);
+    group = "{\\*\\" + QByteArray(word) + ' ';
+    AppendText(group, text);
     return group + '}';
 }
 
-void AppendHead(QByteArray& out, const QString& language)
+QByteArray LanguageGroup(const QString& language)
+{
+    return OwnGroup("qblang", language);
+}
+
+void AppendHead(QByteArray& out, const RichTextDocument& document)
 {
     out += "{\\rtf1\\ansi\\ansicpg1252\\deff0\\uc1";
-    out += LanguageGroup(language);
+    out += LanguageGroup(document.Language());
+    out += OwnGroup("qbsource", document.SourceForm());
 }
 
 void AppendFontTable(QByteArray& out, const std::vector<FontInfo>& fonts)
@@ -112,7 +118,7 @@ public:
     {
         m_out.reserve(m_text.size() + m_text.size() / 4 + 256);
         CollectTables();
-        AppendHead(m_out, m_document.Language());
+        AppendHead(m_out, m_document);
         AppendFontTable(m_out, m_fonts);
         AppendColorTable();
         m_out += "\r\n";
