@@ -8,8 +8,9 @@
 #include "exchange/BranchExport.h"
 #include "exchange/BranchImport.h"
 #include "help/ItemMail.h"
+#include "publishing/BranchPublisher.h"
 
-#include <QDir>
+#include <QFileInfo>
 
 namespace qb::cli {
 
@@ -43,11 +44,42 @@ void PrintOutline(const UnpackedBranch& branch, bool json)
         Print(out);
 }
 
+const QString OwnForm = u"qbx"_s;
+
+/// The form that is asked for, or that the name of the file says.
+QString FormOf(const Arguments& arguments)
+{
+    if (arguments.Has(u"as"_s))
+        return arguments.Value(u"as"_s);
+    const QString ending = QFileInfo(arguments.Positional(2)).suffix().toLower();
+    return ending == u"html" || ending == u"htm" ? u"html"_s : OwnForm;
+}
+
+int ExportForReaders(const Arguments& arguments, ReaderForm form)
+{
+    const auto library = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadOnly);
+    ProgressLine line(Items);
+    const PublishResult result = PublishBranch(*library, arguments.Id(1), form, arguments.Positional(2), line);
+    for (const QString& title : result.Missing)
+        Complain(u"The stored file '%1' is missing in the library; it is named, but not there."_s.arg(title));
+    if (arguments.Json())
+        Print(QJsonObject{{u"export"_s, result.Target},
+                          {u"items"_s, result.Items},
+                          {u"files"_s, result.Files},
+                          {u"missing"_s, QJsonArray::fromStringList(result.Missing)}});
+    return result.Missing.isEmpty() ? 0 : 1;
+}
+
 } // namespace
 
 int Export(const QStringList& words)
 {
-    const Arguments arguments(words, {}, 3);
+    const Arguments arguments(words, {{"as", "form"}}, 3);
+    const QString form = FormOf(arguments);
+    if (const auto readers = ReaderFormNamed(form))
+        return ExportForReaders(arguments, *readers);
+    if (form != OwnForm)
+        throw UsageError{u"There is no form '%1'; there are qbx, html, markdown and files."_s.arg(form)};
     const auto library = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadOnly);
     ProgressLine line(Parts);
     const BranchExportResult result = ExportItems(*library, arguments.Id(1), arguments.Positional(2), line);

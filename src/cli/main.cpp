@@ -61,7 +61,9 @@ constexpr CommandEntry Table[] = {
     {"settings", "list | get NAME | set NAME VALUE [--library LIB]", "the user's settings, and those of a library",
      Settings},
     {"rtf2text", "FILE|-", "the plain text of an RTF file", RtfToText},
-    {"export", "LIB ID OUT.qbx", "write an item with all below it, its files and pages into one file; ID 0: everything",
+    {"export", "LIB ID OUT.qbx|OUT.html|DIR [--as qbx|html|markdown|files]",
+     "write an item with all below it; ID 0: everything. qbx: one file for another library, with files and pages; "
+     "html: one page for readers; markdown: a folder of texts with the stored files; files: a folder of the code texts",
      Export},
     {"import", "LIB FILE.qbx [--parent ID] [--only KEY]... [--list]",
      "take an export in, or branches of it; --list: only print what is in it", Import},

@@ -1,6 +1,7 @@
 #include "exchange/BranchExport.h"
 
 #include "exchange/BranchStream.h"
+#include "exchange/BranchWalk.h"
 #include "maintenance/Containers.h"
 #include "maintenance/PhasedWork.h"
 #include "maintenance/ReplacedFile.h"
@@ -27,64 +28,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString Procedure = u"ExportItems"_s;
-
-/// An item that is to be written, and the item of the branch that it stands below; 0: none.
-struct BranchNode {
-    qint64 Item;
-    qint64 Parent;
-};
-
-/// Depth first, siblings in the order of their titles. Of the whole library the items, too, that no way leads to from
-/// the root. A cycle in damaged rows is walked once.
-class BranchWalk {
-public:
-    explicit BranchWalk(Library& library) : m_library(library) {}
-
-    std::vector<BranchNode> Run(qint64 item)
-    {
-        if (item != 0) {
-            RequireItem(m_library, item);
-            Walk(item);
-            return m_nodes;
-        }
-        for (const qint64 top : ChildrenOf(0))
-            Walk(top);
-        Statement all = m_library.Query(u"SELECT ID FROM Items ORDER BY ID"_s);
-        while (all.Step())
-            Walk(all.Long(0));
-        return m_nodes;
-    }
-
-private:
-    void Walk(qint64 root)
-    {
-        std::vector<BranchNode> waiting{{root, 0}};
-        while (!waiting.empty()) {
-            const BranchNode node = waiting.back();
-            waiting.pop_back();
-            if (!m_seen.insert(node.Item).second)
-                continue;
-            m_nodes.push_back(node);
-            const std::vector<qint64> children = ChildrenOf(node.Item);
-            for (auto child = children.rbegin(); child != children.rend(); ++child)
-                waiting.push_back({*child, node.Item});
-        }
-    }
-
-    std::vector<qint64> ChildrenOf(qint64 item)
-    {
-        std::vector<qint64> children;
-        Statement rows = m_library.Query(u"SELECT ID FROM Items WHERE ParentID = ? ORDER BY Title COLLATE NOCASE, ID"_s,
-                                         {item});
-        while (rows.Step())
-            children.push_back(rows.Long(0));
-        return children;
-    }
-
-    Library& m_library;
-    std::unordered_set<qint64> m_seen;
-    std::vector<BranchNode> m_nodes;
-};
 
 QString NodeKeyOf(qint64 item)
 {
@@ -273,7 +216,7 @@ BranchExportResult ExportItems(Library& library, qint64 item, const QString& fil
     PhasedWork work(watcher);
     work.Begin(Written);
     work.Say(u"Exporting Code Items...."_s, 1);
-    BranchExportResult result = Export(library, staged, BranchWalk(library).Run(item), work).Run(item == 0);
+    BranchExportResult result = Export(library, staged, NodesOfBranch(library, item), work).Run(item == 0);
     moment.reset();
     work.Begin(PhasedWork::Whole);
     KeepNoMoreRightsThan(library.Name(), staged);
@@ -290,7 +233,7 @@ BranchExportResult ExportItems(Library& library, qint64 item, const QString& fil
 
 int CountBranchItems(Library& library, qint64 item)
 {
-    return int(BranchWalk(library).Run(item).size());
+    return int(NodesOfBranch(library, item).size());
 }
 
 } // namespace qb

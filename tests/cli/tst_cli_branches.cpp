@@ -105,7 +105,9 @@ private Q_SLOTS:
         QVERIFY(QDir().mkdir(m_home->Path(u"folder"_s)));
         QCOMPARE(::mkfifo(QFile::encodeName(m_home->Path(u"pipe"_s)).constData(), 0600), 0);
         const QByteArray from = ReadFile(m_from), to = ReadFile(m_to);
-        for (const QStringList& command : {QStringList{u"export"_s, m_from, u"0"_s}, {u"backup"_s, m_from}}) {
+        for (const QStringList& command : {QStringList{u"export"_s, u"--as"_s, u"qbx"_s, m_from, u"0"_s},
+                                           {u"export"_s, u"--as"_s, u"html"_s, m_from, u"0"_s},
+                                           {u"backup"_s, m_from}}) {
             const Outcome refused = Cli(command + QStringList{m_home->Path(name)});
             QCOMPARE(refused.Status, 1);
             QVERIFY2(refused.Error.contains(says), qPrintable(refused.Error));
@@ -115,6 +117,52 @@ private Q_SLOTS:
         QVERIFY(QFileInfo(m_home->Path(u"link.qbd"_s)).isSymLink());
         QVERIFY(QFileInfo(m_home->Path(u"folder"_s)).isDir());
         QVERIFY(!QFileInfo(m_home->Path(u"pipe"_s)).isFile());
+    }
+
+    void branch_goesToReaders_data()
+    {
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<QString>("form");
+        QTest::addColumn<QString>("made");
+        QTest::addColumn<QString>("holds");
+        QTest::newRow("a page by its name") << u"ö.html"_s << QString() << QString() << u"<article id=i1>"_s;
+        QTest::newRow("a page by another name") << u"ö.htm"_s << QString() << QString() << u"<article id=i1>"_s;
+        QTest::newRow("a page of any name") << u"ö"_s << u"html"_s << QString() << u"<article id=i1>"_s;
+        QTest::newRow("texts") << u"ö"_s << u"markdown"_s << u"/top/inner.md"_s << u"# inner\n"_s;
+        QTest::newRow("files") << u"ö"_s << u"files"_s << u"/top"_s << u"code"_s;
+    }
+    void branch_goesToReaders()
+    {
+        QFETCH(QString, target);
+        QFETCH(QString, form);
+        QFETCH(QString, made);
+        QFETCH(QString, holds);
+        QStringList words{u"export"_s, m_from, QString::number(m_top), m_home->Path(target), u"--json"_s};
+        if (!form.isEmpty())
+            words << u"--as"_s << form;
+        const Outcome sent = Cli(words);
+        QCOMPARE(sent.Status, 0);
+        QCOMPARE(sent.Object().value(u"items"_s).toInt(), 2);
+        QCOMPARE(sent.Object().value(u"export"_s).toString(), m_home->Path(target));
+        QVERIFY(ReadFile(m_home->Path(target + made)).contains(holds.toUtf8()));
+    }
+
+    void formThatNobodyKnows_isWrongUsage()
+    {
+        const QString target = m_home->Path(u"x.html"_s);
+        const Outcome refused = Cli({u"export"_s, m_from, QString::number(m_top), target, u"--as"_s, u"doc"_s});
+        QCOMPARE(refused.Status, 2);
+        QVERIFY(refused.Error.contains(u"markdown"_s));
+        QVERIFY(!QFile::exists(target));
+    }
+
+    void missingStoredFile_isSaidToReadersToo()
+    {
+        QFile::remove(Library::Open(m_from)->FilesFolder() + u"1 - a.txt"_s);
+        const Outcome sent = Cli({u"export"_s, m_from, QString::number(m_top), m_home->Path(u"x.html"_s)});
+        QCOMPARE(sent.Status, 1);
+        QVERIFY(sent.Error.contains(u"a.txt"_s));
+        QVERIFY(QFile::exists(m_home->Path(u"x.html"_s)));
     }
 
     void missingStoredFile_isSaid()

@@ -130,6 +130,18 @@ int StagedFiles::PutInPlace(bool keepExisting)
     return kept;
 }
 
+void StagedFiles::PutInPlaceAsFolder(const QString& name)
+{
+    const QString made = m_stage + u"new"_s;
+    const QString target = m_folder + name;
+    if (!QDir().mkpath(made))
+        Fail(target, SystemReason());
+    SyncFileSystem(m_stage);
+    if (std::rename(QFile::encodeName(made).constData(), QFile::encodeName(target).constData()) != 0)
+        Fail(target, SystemReason());
+    m_complete = true;
+}
+
 /// Makes the folders of a relative name, none of which may be a link: it would lead elsewhere.
 void StagedFiles::MakeFolders(const QString& name)
 {

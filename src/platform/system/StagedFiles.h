@@ -29,6 +29,9 @@ public:
     /// Returns how many were left. Raises RuntimeError 75 when one can't be, or when its way leads through
     /// a link.
     int PutInPlace(bool keepExisting);
+    /// Puts a folder that holds all of them in place in one step. Raises RuntimeError 75 when something of that name is
+    /// there, but for an empty folder.
+    void PutInPlaceAsFolder(const QString& name);
 
 private:
     struct Moved {
