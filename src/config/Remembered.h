@@ -10,6 +10,8 @@
     ROW(InitDir, "Settings", "InitDir", "C:\\")                                                                        \
     ROW(FileImportOperation, "Settings", "FileImportOperation", "1")                                                   \
     ROW(PreviousExportPaths, "StoredData", "PreviousExportPaths", "C:\\")                                              \
+    ROW(FindHistory, "StoredData", "FindHistory", "")                                                                  \
+    ROW(SavedFinds, "StoredData", "SavedFinds", "")                                                                    \
     ROW(RulesOffered, "StoredData", "RulesOffered", "")                                                                \
     ROW(KeywordDefinerColours, "Colours", "KeywordDefiner", "33280,8650752")                                           \
     ROW(ChosenDatabases, "Databases", "ChosenDatabases", "")

@@ -22,6 +22,9 @@ public:
     /// Goes to the next place on the page that is shown, or, not @p forward, to the one before: from the caret, or from
     /// the edge of the text. @p keyword is what the matcher looks for. False when there is none.
     virtual bool FindOnPage(const QString& keyword, const FindMatcher& matcher, bool forward, From from) = 0;
+    /// Goes to a place of the text on the page that is shown, by its number from 0; to the last one where there are
+    /// fewer. A page that has no text is shown as it is.
+    virtual void GoToPlace(const FindMatcher& matcher, qsizetype place) = 0;
     /// Marks all places in the texts that are shown; null: none is marked any more.
     virtual void MarkPlaces(const FindMatcher* matcher) = 0;
 };

@@ -40,6 +40,8 @@ private Q_SLOTS:
         row("InitDir", Memory::InitDir, u"Settings"_s, u"C:\\"_s);
         row("FileImportOperation", Memory::FileImportOperation, u"Settings"_s, u"1"_s);
         row("PreviousExportPaths", Memory::PreviousExportPaths, u"StoredData"_s, u"C:\\"_s);
+        row("FindHistory", Memory::FindHistory, u"StoredData"_s, {});
+        row("SavedFinds", Memory::SavedFinds, u"StoredData"_s, {});
         row("RulesOffered", Memory::RulesOffered, u"StoredData"_s, {});
         row("KeywordDefiner", Memory::KeywordDefinerColours, u"Colours"_s, u"33280,8650752"_s);
         row("ChosenDatabases", Memory::ChosenDatabases, u"Databases"_s, {});

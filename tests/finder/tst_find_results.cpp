@@ -1,4 +1,5 @@
 #include "finder/FindResults.h"
+#include "support/FakeFindHost.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
 
@@ -8,77 +9,6 @@
 using namespace qb;
 using namespace qb::test;
 using namespace Qt::StringLiterals;
-
-/// Pages with texts, and a caret in each.
-class FakeHost : public FindHost {
-public:
-    qint64 CurrentItem() const override { return Item; }
-    bool OpenItem(qint64 item) override
-    {
-        Log << u"open %1"_s.arg(item);
-        if (Refuses)
-            return false;
-        if (item != Item)
-            Tab = 1;
-        Item = item;
-        return true;
-    }
-    int CurrentTab() const override { return Tab; }
-    void ShowTab(int tab) override
-    {
-        Log << u"tab %1"_s.arg(tab);
-        Tab = tab;
-    }
-    bool FindOnPage(const QString& keyword, const FindMatcher& matcher, bool forward, From from) override
-    {
-        const QString text = Texts.value({Item, Tab});
-        const QList<qsizetype> places = PlacesOf(text, matcher);
-        qsizetype& caret = Carets[{Item, Tab}];
-        if (from == From::Edge)
-            caret = forward ? -1 : text.size();
-        qsizetype found = -1;
-        for (const qsizetype place : places) {
-            if (forward ? place > caret && found < 0 : place < caret)
-                found = place;
-        }
-        if (found < 0)
-            return false;
-        caret = found;
-        Log << u"%1 at %2"_s.arg(keyword).arg(found);
-        return true;
-    }
-    void MarkPlaces(const FindMatcher* matcher) override { Marked = matcher ? matcher->Query().Text : QString(); }
-
-    static QList<qsizetype> PlacesOf(const QString& text, const FindMatcher& matcher)
-    {
-        QList<qsizetype> places;
-        for (const QString& needle : NeedlesOf(matcher.Query())) {
-            const Qt::CaseSensitivity sensitivity = CountsCase(matcher.Query()) ? Qt::CaseSensitive
-                                                                                : Qt::CaseInsensitive;
-            for (qsizetype at = text.indexOf(needle, 0, sensitivity); at >= 0;
-                 at = text.indexOf(needle, at + 1, sensitivity))
-                places << at;
-        }
-        std::sort(places.begin(), places.end());
-        return places;
-    }
-    QStringList Took() { return std::exchange(Log, {}); }
-
-    qint64 Item = 0;
-    int Tab = 0;
-    bool Refuses = false;
-    QString Marked;
-    QStringList Log;
-    struct Pages {
-        QString value(const std::pair<qint64, int>& key) const
-        {
-            const auto found = Map.find(key);
-            return found == Map.end() ? QString() : found->second;
-        }
-        std::map<std::pair<qint64, int>, QString> Map;
-    } Texts;
-    std::map<std::pair<qint64, int>, qsizetype> Carets;
-};
 
 class TestFindResults : public QObject {
     Q_OBJECT
@@ -109,7 +39,7 @@ private:
     }
 
     std::unique_ptr<ScriptedPrompts> m_prompts;
-    std::unique_ptr<FakeHost> m_host;
+    std::unique_ptr<FakeFindHost> m_host;
     std::unique_ptr<FindResults> m_results;
 
 private Q_SLOTS:
@@ -117,7 +47,7 @@ private Q_SLOTS:
     {
         FailOnWarnings();
         m_prompts = std::make_unique<ScriptedPrompts>();
-        m_host = std::make_unique<FakeHost>();
+        m_host = std::make_unique<FakeFindHost>();
         m_results = std::make_unique<FindResults>(*m_host);
         new QAbstractItemModelTester(m_results.get(), m_results.get());
     }
