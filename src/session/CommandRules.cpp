@@ -40,6 +40,7 @@ constexpr CommandRule Rules[] = {
     {"mnuRemoveGroup", ItemChange::Write},
     {"mnuKeepItem", ItemChange::Keep},
     {"mnuResolveItem", ItemChange::Resolve},
+    {"mnuUndoReplace", ItemChange::Write},
     {"mnuSaveItem", ItemChange::Write},
     {"SAVE", ItemChange::Write},
     {"mnuColorize", ItemChange::Edit},

@@ -39,7 +39,15 @@ constexpr CommandRow Rows[] = {
     {Place::Edit, "mnuFindPrevious", "Find Pre&vious", "go-up", "Shift+F3", "Go to the place before"},
     {Place::Edit, "mnuQuickOpen", "&Quick Open...", "", "Ctrl+P",
      "Go to an item by some letters of its title; > runs a command, # finds a text, : goes to a line"},
-    {Place::Edit, "mnuFilterTree", "Fi&lter Tree...", "view-filter", "Ctrl+Shift+F",
+    {Place::Edit, "mnuFullTextFind", "Find in Li&brary...", "edit-find", "Ctrl+Shift+F",
+     "Find in all texts of all items"},
+    {Place::Edit, "mnuFindNextOccurance", "Next &Occurrence", "DOWN", "F4",
+     "Go to the next place that was found in the library"},
+    {Place::Edit, "mnuFindPreviousOccurance", "Pr&evious Occurrence", "UP", "Shift+F4",
+     "Go to the place before that was found in the library"},
+    {Place::Edit, "mnuUndoReplace", "Undo Replace in Library", "edit-undo", "",
+     "Put back all texts that the last replacement in the library has changed"},
+    {Place::Edit, "mnuFilterTree", "Fi&lter Tree...", "view-filter", "Ctrl+Shift+L",
      "Narrow the tree to the titles that hold a text"},
     {Place::Edit, "mnuGoToLine", "&Go to Line...", "", "Ctrl+G", "Go to a line of the code by its number"},
     {Place::Edit, "", "", "", "", ""},
@@ -173,6 +181,16 @@ constexpr CommandRow Rows[] = {
     {Place::BookmarkMenu, "mnuRemoveGroup", "Remove G&roup...", "", "", "Remove the group with its bookmarks"},
 
     {Place::InfoToolbar, "LOCK", "Lock", "UNLOCKED", "", "Keep the page at this item while others are shown"},
+
+    {Place::SearchToolbar, "QUICK_LIST", "Quick List", "QUICK_LIST", "", "Show the results as plain rows"},
+    {Place::SearchToolbar, "DETAIL_LIST", "Detail List", "DETAIL_LIST", "",
+     "Show the results with a column for each text"},
+
+    {Place::SearchMenu, "mnuOpenFindResult", "&Open Item", "LINK_GOTO", "", "Go to the item that was found"},
+    {Place::SearchMenu, "mnuFindSingleClick", "Open by a &Single Click", "", "",
+     "Open a result by a single click, or by a double click"},
+    {Place::SearchMenu, "mnuClearFindResults", "&Clear Results", "edit-clear-all", "",
+     "Empty the list, and take the marks off the texts"},
 };
 
 } // namespace

@@ -29,7 +29,9 @@ struct CommandRow {
         TreeToolbar, ///< of the tree's own panel, which has the buttons
         BookmarkToolbar,
         BookmarkMenu, ///< of the list of bookmarks, with the buttons
-        InfoToolbar
+        InfoToolbar,
+        SearchToolbar, ///< of the list of find results
+        SearchMenu     ///< of that list, with the buttons
     };
     Place Where;
     const char* Name;    ///< the entry's name, or the button's key

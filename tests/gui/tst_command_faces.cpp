@@ -134,7 +134,7 @@ private Q_SLOTS:
         Open();
         m_prompts->ExpectMsgBox(u"Remove Database"_s, MsgBoxResult::Yes);
         Action(u"mnuRemoveDBItem"_s)->trigger();
-        QTest::keyClick(m_window.get(), Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+        QTest::keyClick(m_window.get(), Qt::Key_L, Qt::ControlModifier | Qt::ShiftModifier);
         QVERIFY(m_window->findChild<QLineEdit*>(u"txtFilter"_s)->hasFocus());
         for (const char* name : {"mnuTools", "mnuEdit", "mnuFile", "mnuHelp"})
             QVERIFY2(m_window->findChild<QMenu*>(QString::fromLatin1(name))->isEnabled(), name);

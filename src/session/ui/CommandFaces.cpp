@@ -47,7 +47,10 @@ const char* const Checkable[] = {"SAVE",
                                  "VIEWBOOKMARKS",
                                  "mnuViewBookmarks",
                                  "SINGLE_CLICK",
-                                 "LOCK"};
+                                 "LOCK",
+                                 "QUICK_LIST",
+                                 "DETAIL_LIST",
+                                 "mnuFindSingleClick"};
 
 bool IsCheckable(const char* name)
 {
@@ -84,7 +87,8 @@ CommandFaces::CommandFaces(QMainWindow& window, Commands& commands)
     auto* links = new QMenu(&window);
     MakeSubMenu(CommandRow::Place::AddLink, *links, {});
     m_actions[u"mnuAddLink"_s]->setMenu(links);
-    for (const QString& name : {u"mnuFilterTree"_s, u"mnuQuickOpen"_s})
+    for (const QString& name : {u"mnuFilterTree"_s, u"mnuQuickOpen"_s, u"mnuFullTextFind"_s, u"mnuFindNextOccurance"_s,
+                                u"mnuFindPreviousOccurance"_s})
         window.addAction(m_actions[name]); // its key works where the menu doesn't
     connect(&commands, &Commands::Changed, this, &CommandFaces::Follow);
 }

@@ -14,6 +14,7 @@
 #include "session/ui/CWaitCursor.h"
 #include "session/ui/FormatToolbar.h"
 #include "session/ui/HelpCommands.h"
+#include "session/ui/LibraryFind.h"
 #include "support/ErrorRoutine.h"
 #include "support/ui/Appearance.h"
 #include "text/ui/ctlCodeDetails.h"
@@ -54,6 +55,9 @@ frmCodeLib::frmCodeLib()
     m_page = std::make_unique<ItemWebPage>(m_session, *ctlCodeItemDetails, m_commands);
     m_libraries = std::make_unique<LibraryList>(m_session, *m_shell, *ctlCodeItemDetails, m_commands, *m_tree);
     m_tools = std::make_unique<DatabaseTools>(m_session, m_commands, *m_libraries, *m_tree);
+    m_find = std::make_unique<LibraryFind>(LibraryFind::Parts{*this, m_findService, m_session, m_commands, *m_tree,
+                                                              tvCodeItems->Nodes(), *ctlCodeItemDetails, *m_storedFiles,
+                                                              *ctlBookMarkList});
     m_edit = new EditCommands(m_commands, *ctlCodeItemDetails, this);
     RegisterCommands();
     RegisterHelpCommands(m_commands, *this);
@@ -73,10 +77,11 @@ frmCodeLib::frmCodeLib()
     setMinimumSize(Smallest / WindowLayout::TwipsPerPixel);
 }
 
-/// Quick open works for the session, which goes before the window's widgets.
+/// Quick open and the find work for the session and its panels, which go before the window's widgets.
 frmCodeLib::~frmCodeLib()
 {
     delete m_quickOpen;
+    m_find.reset();
 }
 
 void frmCodeLib::Form_Load()
@@ -145,6 +150,7 @@ void frmCodeLib::DoStartUp()
         ShowBookmarks(m_layout.Flag(WindowLayout::ViewBookMarks));
         ctlBookMarkList->SetBookmarkSingleClick(m_layout.Flag(WindowLayout::BookmarkSingleClick));
         m_commands.SetChecked(u"SINGLE_CLICK"_s, ctlBookMarkList->BookmarkSingleClick());
+        m_find->ReadLayout(m_layout);
         moSettings_SettingsUpdated();
         m_edit->ReadTextView(Settings());
         m_storedFiles->ShowPreview(Settings().ViewFilePreview());
@@ -252,6 +258,7 @@ void frmCodeLib::SaveLayout()
                            (ctlResizer2->y() + ctlResizer2->sizes().value(0)) * Twips);
     m_layout.SetFlag(WindowLayout::ViewBookMarks, m_bookmarksVisible);
     m_layout.SetFlag(WindowLayout::BookmarkSingleClick, ctlBookMarkList->BookmarkSingleClick());
+    m_find->WriteLayout(m_layout);
     m_layout.SetFlag(WindowLayout::AutoSave, m_items->AutoSaveOn());
     if (m_layoutRead && !tvCodeItems->IsShrunk())
         m_layout.SetNumber(WindowLayout::CodeItemsSeparatorPos, tvCodeItems->SeparatorPosition() * Twips);

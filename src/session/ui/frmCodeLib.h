@@ -37,6 +37,7 @@ class ctlFileDetails;
 class CodeToolbar;
 class ctlSmartTreeView;
 class FormatToolbar;
+class LibraryFind;
 class frmQuickOpen;
 
 /// The main window: assembles the session and its panels, and connects them. What the commands
@@ -171,6 +172,7 @@ private:
     std::unique_ptr<QuickOpenSession> m_quickSession;
     frmQuickOpen* m_quickOpen = nullptr;
     std::unique_ptr<DatabaseTools> m_tools;
+    std::unique_ptr<LibraryFind> m_find;
     std::unique_ptr<ApplicationTips> m_oTips; ///< while the tip window is open
 };
 

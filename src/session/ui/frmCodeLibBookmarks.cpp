@@ -6,6 +6,7 @@
 #include "panels/ui/ctlSmartTreeView.h"
 #include "panels/ui/frmAddBookmark.h"
 #include "platform/system/Prompts.h"
+#include "session/ui/LibraryFind.h"
 #include "session/ui/frmCodeLib.h"
 #include "text/ui/ctlCodeDetails.h"
 
@@ -21,6 +22,8 @@ void frmCodeLib::MakeBookmarkToolbars()
 {
     m_faces->FillToolbar(*ctlBookMarkList->BookmarkToolbar(), CommandRow::Place::BookmarkToolbar);
     m_faces->FillToolbar(*ctlBookMarkList->InfoToolbar(), CommandRow::Place::InfoToolbar);
+    m_find->MakeFaces(*m_faces);
+    m_find->ShowPanel = [this] { ShowBookmarks(true); };
     const QList<QAction*> entries = m_faces->MakeActions(CommandRow::Place::BookmarkMenu);
     BookmarkView* view = ctlBookMarkList->View();
     view->addActions(entries);
@@ -44,10 +47,11 @@ void frmCodeLib::ConnectBookmarks()
         m_bookmarkGroup = 0;
         ctlBookMarkList->Initialise(*CurrentDatabase());
         ctlBookMarkList->SetDatabaseLastBackedUp(Settings().DBLastBackedUp());
+        m_find->LibraryOpened();
     };
     m_libraries->DatabaseClosing = [this] {
         m_quickOpen->Close();
-        m_findService.Close();
+        m_find->LibraryClosing();
         ctlBookMarkList->Terminate();
     };
     m_libraries->ReplicationRead = [this] { ctlBookMarkList->UpdateReplicationInfo(); };
