@@ -13,6 +13,8 @@
     ROW(FindHistory, "StoredData", "FindHistory", "")                                                                  \
     ROW(SavedFinds, "StoredData", "SavedFinds", "")                                                                    \
     ROW(RulesOffered, "StoredData", "RulesOffered", "")                                                                \
+    ROW(PrintSetup, "Printing", "Setup", "")                                                                           \
+    ROW(Printer, "Printing", "Printer", "")                                                                            \
     ROW(KeywordDefinerColours, "Colours", "KeywordDefiner", "33280,8650752")                                           \
     ROW(ChosenDatabases, "Databases", "ChosenDatabases", "")
 
