@@ -8,8 +8,8 @@ BENCH_PACKAGES="libbenchmark-dev zip unzip ripgrep"
 FUZZ_PACKAGES="clang libclang-rt-14-dev"
 # Validators of what the desktop is told of the program, and the making of its package.
 DESKTOP_PACKAGES="desktop-file-utils appstream libxml2-utils shared-mime-info libglib2.0-bin man-db groff-base mandoc"
-# Other programs that the tests hold archives and volumes against.
-TEST_PACKAGES="python3 7zip lld"
+# Other programs that the tests hold archives, volumes and printed pages against.
+TEST_PACKAGES="python3 7zip lld poppler-utils"
 PACKAGE_PACKAGES="dpkg-dev"
 ASAN_PACKAGES="libasan8 libubsan1"
 
