@@ -54,6 +54,8 @@ constexpr CommandRule Rules[] = {
     {"mnuAddLinkTwoWayNew", ItemChange::Link},
     {"LINK_MODE", ItemChange::Link},
     {"LINK_REMOVE", ItemChange::Edit},
+    {"PRINT", ItemChange::Print},
+    {"mnuFilePrint", ItemChange::Print},
     {"mnuConflictSolver", ItemChange::Write, [](Standing s) { return s.IsMother; }},
     {"mnuRemoveDeletedItems", ItemChange::Write, [](Standing s) { return s.IsMother; }},
     {"mnuUndoThisSessionChanges", ItemChange::Write},

@@ -285,7 +285,7 @@ void ItemTree::TreeViewNodeClick(TreeNode& node)
             return;
         }
         OpenItem();
-        for (const QString& name : {u"PRINT"_s, u"mnuMailItem"_s})
+        for (const QString& name : {u"PRINT"_s, u"mnuFilePrint"_s, u"mnuMailItem"_s})
             m_commands.SetEnabled(name, !node.IsRoot());
         // A look at an item that waits for a decision must not be one.
         if (!node.IsRoot() && m_session.moSettings->AutoColorizeWhenItemOpened() && !m_details.Locked()

@@ -202,7 +202,8 @@ void LibraryList::EnableControls(bool enabled)
     m_tree.ShowNoItem(enabled);
     m_shell.EnableMenus(enabled);
     for (const QString& name :
-         {u"BACK"_s, u"FORWARD"_s, u"mnuBackItem"_s, u"mnuForwardItem"_s, u"PRINT"_s, u"mnuMailItem"_s})
+         {u"BACK"_s, u"FORWARD"_s, u"mnuBackItem"_s, u"mnuForwardItem"_s, u"PRINT"_s, u"mnuFilePrint"_s,
+          u"mnuMailItem"_s})
         m_commands.SetEnabled(name, false);
 }
 

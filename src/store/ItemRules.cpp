@@ -58,7 +58,7 @@ struct ChangeRow {
     unsigned Bars;
 };
 
-/// What bars each change; a library that is not there or can't be written bars all.
+/// What bars each change; a library that is not there or can't be written bars all that change something.
 constexpr ChangeRow ChangeRows[] = {
     {ItemChange::Add, Any(Bar::Orphan, Bar::Deleted)},
     {ItemChange::AddBeside, Any(Bar::Root, Bar::Orphan, Bar::Deleted)},
@@ -73,6 +73,7 @@ constexpr ChangeRow ChangeRows[] = {
     {ItemChange::Resolve, Any(Bar::Root, Bar::NotInConflict)},
     {ItemChange::Bookmark, Any(Bar::Root, Bar::Orphan)},
     {ItemChange::Link, Any(Bar::Root, Bar::Orphan)},
+    {ItemChange::Print, Bit(Bar::NoLibrary) | Bit(Bar::Root)},
     {ItemChange::Write, Any()},
 };
 

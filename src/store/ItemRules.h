@@ -21,8 +21,9 @@ enum class ItemChange {
     Keep,
     Resolve,
     Bookmark,
-    Link, ///< a link that leads from it
-    Write ///< anything that only needs a library that can be written
+    Link,  ///< a link that leads from it
+    Print, ///< nothing is changed by it
+    Write  ///< anything that only needs a library that can be written
 };
 
 /// What keeps a change from being made.

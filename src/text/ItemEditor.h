@@ -111,6 +111,8 @@ public:
 
     /// Shows them, as if they were typed. False when the item is not the current one, or is locked.
     bool ShowUnsaved(const UnsavedTexts& unsaved);
+    /// What was typed and is not saved; nothing where there is nothing.
+    std::optional<UnsavedTexts> Unsaved() const;
     /// The info of the item was typed, wherever it is shown.
     void InfoTyped();
     /// Writes at once what was typed and not saved; the program may end any moment.
@@ -149,7 +151,6 @@ private:
     bool StoreAndCommit(bool keep);
     RichText Painted(const ItemTextBox& box);
     void PutBack(ItemTextBox& box, const RichText& painted);
-    std::optional<UnsavedTexts> Unsaved() const;
 
     CTextFormat& mFT;
     ItemEditorView& m_view;

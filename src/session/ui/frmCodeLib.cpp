@@ -53,6 +53,7 @@ frmCodeLib::frmCodeLib()
     m_drag = std::make_unique<ItemDrag>(m_session, *tvCodeItems, *m_tree, *m_items);
     m_linking = std::make_unique<ItemLinking>(m_session, *tvCodeItems, m_commands);
     m_page = std::make_unique<ItemWebPage>(m_session, *ctlCodeItemDetails, m_commands);
+    m_printing = std::make_unique<ItemPrinting>(m_session, m_commands);
     m_libraries = std::make_unique<LibraryList>(m_session, *m_shell, *ctlCodeItemDetails, m_commands, *m_tree);
     m_tools = std::make_unique<DatabaseTools>(m_session, m_commands, *m_libraries, *m_tree);
     m_find = std::make_unique<LibraryFind>(LibraryFind::Parts{*this, m_findService, m_session, m_commands, *m_tree,

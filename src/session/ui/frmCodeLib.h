@@ -6,6 +6,7 @@
 #include "session/ItemCommands.h"
 #include "session/ItemDrag.h"
 #include "session/ItemLinking.h"
+#include "session/ItemPrinting.h"
 #include "session/ItemTree.h"
 #include "session/ItemWebPage.h"
 #include "session/LibraryList.h"
@@ -167,6 +168,7 @@ private:
     std::unique_ptr<ItemDrag> m_drag;
     std::unique_ptr<ItemLinking> m_linking;
     std::unique_ptr<ItemWebPage> m_page;
+    std::unique_ptr<ItemPrinting> m_printing;
     std::unique_ptr<LibraryList> m_libraries;
     FindService m_findService;
     std::unique_ptr<QuickOpenSession> m_quickSession;

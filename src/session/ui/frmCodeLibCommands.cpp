@@ -2,6 +2,7 @@
 
 #include "panels/ui/ctlSmartTreeView.h"
 #include "platform/system/Paths.h"
+#include "printing/ui/frmPrint.h"
 #include "session/ui/CodeToolbar.h"
 #include "session/ui/frmBackups.h"
 #include "session/ui/frmCodeLib.h"
@@ -56,6 +57,8 @@ void frmCodeLib::RegisterCommands()
         WorkProgress progress(this, title);
         body(progress);
     };
+    m_printing->MakeComponent = [this] { return std::make_unique<frmPrint>(this); };
+    m_printing->TypedTexts = [this] { return ctlCodeItemDetails->Unsaved(); };
     m_commands.Register(u"mnuFilterTree"_s, [this] { tvCodeItems->StartFilter(); });
     m_commands.Register(u"mnuViewTreeItem"_s, [this] { tvCodeItems->SetTreeHidden(!tvCodeItems->IsShrunk()); });
     m_commands.Register(u"SAVE"_s, [this] { SaveButtonClicked(); });

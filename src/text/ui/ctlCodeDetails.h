@@ -51,6 +51,8 @@ public:
     /// The list of stored files, whose page is the tab's from now on.
     void SetFileControl(FileDetailsView& files);
     FileDetailsView* FileControl() const { return ctlFileDetails1; }
+    /// What was typed and is not saved.
+    std::optional<UnsavedTexts> Unsaved() const { return m_editor.Unsaved(); }
     /// Nothing of the library or its item is held any more, as before it is closed.
     void Terminate();
     /// The description of the item that is shown; empty on the welcome page.
