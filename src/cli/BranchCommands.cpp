@@ -4,6 +4,7 @@
 #include "cli/CommandTable.h"
 #include "cli/OpenLibrary.h"
 #include "cli/Output.h"
+#include "cli/PrintCommands.h"
 #include "cli/ProgressLine.h"
 #include "exchange/BranchExport.h"
 #include "exchange/BranchImport.h"
@@ -45,6 +46,7 @@ void PrintOutline(const UnpackedBranch& branch, bool json)
 }
 
 const QString OwnForm = u"qbx"_s;
+const QString PdfForm = u"pdf"_s;
 
 /// The form that is asked for, or that the name of the file says.
 QString FormOf(const Arguments& arguments)
@@ -52,7 +54,7 @@ QString FormOf(const Arguments& arguments)
     if (arguments.Has(u"as"_s))
         return arguments.Value(u"as"_s);
     const QString ending = QFileInfo(arguments.Positional(2)).suffix().toLower();
-    return ending == u"html" || ending == u"htm" ? u"html"_s : OwnForm;
+    return ending == u"html" || ending == u"htm" ? u"html"_s : ending == PdfForm ? PdfForm : OwnForm;
 }
 
 int ExportForReaders(const Arguments& arguments, ReaderForm form)
@@ -76,10 +78,12 @@ int Export(const QStringList& words)
 {
     const Arguments arguments(words, {{"as", "form"}}, 3);
     const QString form = FormOf(arguments);
+    if (form == PdfForm)
+        return ExportPdf(arguments);
     if (const auto readers = ReaderFormNamed(form))
         return ExportForReaders(arguments, *readers);
     if (form != OwnForm)
-        throw UsageError{u"There is no form '%1'; there are qbx, html, markdown and files."_s.arg(form)};
+        throw UsageError{u"There is no form '%1'; there are qbx, html, pdf, markdown and files."_s.arg(form)};
     const auto library = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadOnly);
     ProgressLine line(Parts);
     const BranchExportResult result = ExportItems(*library, arguments.Id(1), arguments.Positional(2), line);

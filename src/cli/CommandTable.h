@@ -47,6 +47,9 @@ int Export(const QStringList& words);
 int Import(const QStringList& words);
 int MailItemCommand(const QStringList& words);
 
+// Printing
+int PrintItem(const QStringList& words);
+
 // Find
 int Find(const QStringList& words);
 

@@ -61,12 +61,15 @@ constexpr CommandEntry Table[] = {
     {"settings", "list | get NAME | set NAME VALUE [--library LIB]", "the user's settings, and those of a library",
      Settings},
     {"rtf2text", "FILE|-", "the plain text of an RTF file", RtfToText},
-    {"export", "LIB ID OUT.qbx|OUT.html|DIR [--as qbx|html|markdown|files]",
+    {"export", "LIB ID OUT.qbx|OUT.html|OUT.pdf|DIR [--as qbx|html|pdf|markdown|files]",
      "write an item with all below it; ID 0: everything. qbx: one file for another library, with files and pages; "
-     "html: one page for readers; markdown: a folder of texts with the stored files; files: a folder of the code texts",
+     "html: one page for readers; pdf: as it is printed; markdown: a folder of texts with the stored files; files: a "
+     "folder of the code texts",
      Export},
     {"import", "LIB FILE.qbx [--parent ID] [--only KEY]... [--list]",
      "take an export in, or branches of it; --list: only print what is in it", Import},
+    {"print", "LIB ID [--branch] [--to FILE.pdf|PRINTER]",
+     "print an item, or with --branch also all below it (ID 0: everything), to a PDF file or a printer", PrintItem},
     {"mail", "LIB ID", "open a new mail with the export of an item attached", MailItemCommand},
     {"check", "LIB [--deep]", "look for damage, lost items and missing files; --deep: read all texts and stored files",
      Check},
