@@ -40,7 +40,6 @@ bool IsSame(const FindQuery& a, const FindQuery& b)
 Finding::Finding(FindSearch& search, FindResults& results, FindHost& host, QObject* parent)
     : QObject(parent), m_search(search), m_results(results), m_host(host)
 {
-    connect(&search, &FindSearch::Changed, this, [this] { m_isShown = m_isShown && !m_search.IsRunning(); });
     connect(&search, &FindSearch::Ended, this, [this] {
         if (m_wanted)
             Show();
@@ -69,7 +68,7 @@ void Finding::Show()
         Prompts::Current().MsgBox({.Text = m_search.Error(), .Caption = u"Find"_s, .Icon = MsgBoxIcon::Information});
         return;
     }
-    m_isShown = false;
+    m_shownNumber = 0;
     ShowOnce();
     if (!m_results.Rows().empty())
         m_results.Select(0);
@@ -79,8 +78,9 @@ void Finding::Show()
 /// Selects nothing: what is selected is what is opened next.
 void Finding::ShowOnce()
 {
-    if (std::exchange(m_isShown, true))
+    if (m_shownNumber == m_search.Number())
         return;
+    m_shownNumber = m_search.IsRunning() ? 0 : m_search.Number();
     m_results.SetQuery(m_search.Query());
     m_results.DisplayFindResults(m_search.Rows(), false);
 }

@@ -30,8 +30,8 @@ private:
     FindSearch& m_search;
     FindResults& m_results;
     FindHost& m_host;
-    bool m_wanted = false;  ///< the results are to be shown when they are all there
-    bool m_isShown = false; ///< the list has the hits of the search
+    bool m_wanted = false;     ///< the results are to be shown when they are all there
+    quint64 m_shownNumber = 0; ///< of the search that the list has all hits of; 0: of none
 };
 
 /// The page of the details panel that shows a text; 0 for those that none shows.

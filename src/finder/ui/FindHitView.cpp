@@ -2,6 +2,7 @@
 
 #include "support/ui/Colors.h"
 #include "support/ui/Icons.h"
+#include "text/ui/RichTextLook.h"
 
 #include <QFontDatabase>
 #include <QKeyEvent>
@@ -170,15 +171,7 @@ private:
     static QColor ColorFor(const ContextColours::Piece& piece, const QPalette& palette)
     {
         const QColor base = palette.color(QPalette::Base);
-        if (!IsDark(base))
-            return ColorOf(piece.Light);
-        if (piece.Dark)
-            return ColorOf(*piece.Dark);
-        constexpr int Lighter = 170;
-        QColor color = ColorOf(piece.Light);
-        for (int i = 0; i < 4 && Contrast(color, base) < 4.5; ++i)
-            color = color.value() < 80 ? color.toHsv().lighter(Lighter * 2) : color.lighter(Lighter);
-        return color;
+        return IsDark(base) && piece.Dark ? ColorOf(*piece.Dark) : RichTextLook::ColorOn(base, piece.Light);
     }
 
     static QTextLayout::FormatRange Format(qsizetype begin, qsizetype length, const QColor& color,

@@ -186,7 +186,6 @@ FindService& LibraryFind::Service()
     return m_service;
 }
 
-/// What is typed and not saved yet is not found, so it is saved first where that goes without a question.
 void LibraryFind::FullTextFind()
 {
     if (!m_parts.Session.CurrentDatabase)
