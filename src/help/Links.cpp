@@ -44,8 +44,7 @@ QString GetLink(const QString& name)
     const QStringList lines = text.split(u'\n');
     for (const QString& line : lines) {
         const qsizetype mark = line.indexOf(u'=');
-        const bool isRemark = line.trimmed().startsWith(u'#');
-        if (!isRemark && mark > 0 && line.left(mark).trimmed().compare(name, Qt::CaseInsensitive) == 0)
+        if (mark > 0 && line.left(mark).trimmed().compare(name, Qt::CaseInsensitive) == 0)
             return line.mid(mark + 1).trimmed();
     }
     return {};
