@@ -120,6 +120,9 @@ void FindOptions::SetItem(qint64 item, const QString& title)
 
 void FindOptions::SetLanguages(const QStringList& languages)
 {
+    if (cboLanguage->count() > 0 && languages == m_languages)
+        return;
+    m_languages = languages;
     const QSignalBlocker blocker(cboLanguage);
     const QString chosen = cboLanguage->currentIndex() > 0 ? cboLanguage->currentText() : QString();
     cboLanguage->clear();

@@ -43,6 +43,7 @@ private:
     QComboBox* cboRating;
     QComboBox* cboLanguage;
     qint64 m_item = 0;
+    QStringList m_languages;
 };
 
 } // namespace qb

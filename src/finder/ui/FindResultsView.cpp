@@ -90,7 +90,7 @@ void FindResultsView::ShowRow(int row)
         scrollTo(index);
 }
 
-/// There where there is something to choose.
+/// It waits for something to choose from.
 void FindResultsView::ShowWords()
 {
     const QSignalBlocker blocker(cboSearchWords);
