@@ -69,7 +69,7 @@ const QHash<QString, QString>& OwnDrawings()
         {u"DESCR_SHOW"_s, u"description-show"_s},
         {u"BOOKMARKED_ITEM"_s, u"bookmark-item"_s},
         {u"FOUND_ITEM"_s, u"found-item"_s},
-        {u"CHECKED"_s, u"imgChecked"_s},
+        {u"CHECKED"_s, u"find-checked"_s},
         {u"UNCHECKED"_s, u"find-unchecked"_s},
         {u"QUICK_LIST"_s, u"find-quick-list"_s},
         {u"DETAIL_LIST"_s, u"find-detail-list"_s},
