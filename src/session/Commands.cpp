@@ -24,7 +24,7 @@ constexpr CommandRow Rows[] = {
     {Place::File, "mnuRemoveDBItem", "&Remove Library...", "library-remove", "",
      "Take the open library off the list, or delete it"},
     {Place::File, "", "", "", "", ""},
-    {Place::File, "mnuFilePrint", "&Print...", "document-print", "Ctrl+P", "Print the item"},
+    {Place::File, "mnuFilePrint", "&Print...", "document-print", "Ctrl+Alt+P", "Print the item"},
     {Place::File, "", "", "", "", ""},
     {Place::File, "mnuExit", "E&xit", "application-exit", "Ctrl+Q", "Leave the program"},
 
