@@ -100,8 +100,14 @@ Mail MailOfItem(Library& library, qint64 item, Work& work)
         throw RuntimeError(ErrorNumber::PathAccess, u"There is no place for the export: %1"_s.arg(folder.errorString()),
                            u"MailOfItem"_s);
     const QString file = folder.filePath(FileNameOf(title.ToText()));
-    ExportItems(library, item, file, work);
+    const BranchExportResult result = ExportItems(library, item, file, work);
     folder.setAutoRemove(false);
+    if (!result.Missing.isEmpty())
+        Prompts::Current().MsgBox(
+            {.Text = u"These stored files are missing in the library; they are empty in the mail:\n\n%1"_s.arg(
+                 result.Missing.join(u'\n')),
+             .Caption = ApplicationTitle,
+             .Icon = MsgBoxIcon::Exclamation});
     Mail mail;
     mail.Subject = title.ToText().simplified() + u" (KTQuillbase exported item)"_s;
     mail.Body = BodyOfItemMail();

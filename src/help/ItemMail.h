@@ -17,8 +17,8 @@ QString FeedbackAddress();
 /// then.
 bool SendToMakers(const QString& address, const QString& subject);
 
-/// Exports an item with all below it into a private folder and makes a mail of it. Raises an error when the export
-/// fails; nothing is left then.
+/// Exports an item with all below it into a private folder and makes a mail of it. The user is told of stored files
+/// that are missing. Raises an error when the export fails; nothing is left then.
 Mail MailOfItem(Library& library, qint64 item, Work& work = NoWork());
 
 /// Opens the mail of an item in the user's mail program. Where there is none the user is told and the export removed;

@@ -146,7 +146,7 @@ private Q_SLOTS:
             known.insert(all.next().captured(1));
         for (const CommandRow& row : Commands::Table())
             known.insert(QString::fromLatin1(row.Shortcut));
-        known.unite({u"Ctrl+Enter"_s, u"Ctrl"_s}); // of a dialog; of the mouse
+        known.unite({u"Ctrl+Enter"_s, u"Alt+Enter"_s, u"Ctrl"_s}); // of dialogs; of the mouse
         static const QRegularExpression key(
             u"^((Ctrl|Alt|Shift)(\\+|$).*|F\\d+|Enter|Esc|Insert|Delete|Tab|Home|End|Up|Down|Left|Right|Backspace)$"_s);
         int count = 0;

@@ -109,6 +109,19 @@ private Q_SLOTS:
                  qPrintable(top.block().text()));
     }
 
+    void topicThatIsShown_isScrolledBackTo()
+    {
+        OpenHandbook();
+        for (const QString& topic : {u"command-line#items"_s, u"command-line"_s}) {
+            Help()->ShowTopic(topic);
+            const int place = Page()->verticalScrollBar()->value();
+            Page()->verticalScrollBar()->setValue(Page()->verticalScrollBar()->maximum());
+            QVERIFY(Page()->verticalScrollBar()->value() != place);
+            Help()->ShowTopic(topic);
+            QCOMPARE(Page()->verticalScrollBar()->value(), place);
+        }
+    }
+
     void backAndForward_goThroughWhatWasRead()
     {
         OpenHandbook();

@@ -221,6 +221,18 @@ private Q_SLOTS:
         QCOMPARE(branch.Items().size(), 2u);
     }
 
+    void fileThatIsMissing_isTold()
+    {
+        const auto library = MakeLibrary(m_home->Path(u"a.qbd"_s));
+        const qint64 item = AddItem(*library, 0, u"item"_s);
+        AddStoredFile(*library, item, u"gone.txt"_s, "bytes", Date::FromParts(2026, 3, 2));
+        for (const QString& name : StoredNames(library->FilesFolder()))
+            QVERIFY(QFile::remove(QDir(library->FilesFolder()).filePath(name)));
+        m_prompts->ExpectMsgBox(u"KT Quillbase"_s);
+        QVERIFY(QFile::exists(MailOfItem(*library, item).Attachment));
+        QVERIFY(m_prompts->Messages[0].Text.endsWith(u"they are empty in the mail:\n\ngone.txt"_s));
+    }
+
     void exportForAMail_isPrivate()
     {
         MakeProgram(u"xdg-email"_s);

@@ -82,7 +82,13 @@ void HelpBrowser::changeEvent(QEvent* event)
 
 void HelpBrowser::ShowTopic(const QString& topic)
 {
-    setSource(UrlOf(m_handbook.Nearest(topic)), QTextDocument::HtmlResource);
+    const QUrl url = UrlOf(m_handbook.Nearest(topic));
+    if (url != source())
+        setSource(url, QTextDocument::HtmlResource);
+    else if (url.hasFragment()) // it is shown, and may have been scrolled away from
+        scrollToAnchor(url.fragment());
+    else
+        verticalScrollBar()->setValue(0);
 }
 
 QString HelpBrowser::Topic() const

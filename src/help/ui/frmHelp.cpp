@@ -58,8 +58,7 @@ void frmHelp::ShowTopicBeside(QWidget& host, const QString& topic)
 
 void frmHelp::ShowTopic(const QString& topic)
 {
-    if (m_page->Topic() != m_handbook.Nearest(topic))
-        m_page->ShowTopic(topic);
+    m_page->ShowTopic(topic);
 }
 
 QString frmHelp::Topic() const
