@@ -36,10 +36,7 @@ QString SearchedText(const FindRequest& request, qint64 item, const FindPlace& p
 void Mark(const FindMatcher& matcher, QuickPreview& preview)
 {
     constexpr size_t MostMarks = 500;
-    for (const TextRange& range : RangesIn(preview.Content.Text(), matcher, MostMarks)) {
-        preview.Marks << range.Begin;
-        preview.MarkLength = range.Length;
-    }
+    preview.Marks = RangesIn(preview.Content.Text(), matcher, MostMarks);
 }
 
 /// What a folder has to show: what stands in it.

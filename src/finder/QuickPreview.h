@@ -3,8 +3,6 @@
 #include "finder/QuickRow.h"
 #include "text/CTextFormat.h"
 
-#include <QList>
-
 namespace qb {
 
 class FindRequest;
@@ -15,10 +13,9 @@ struct QuickPreview {
     QString Caption;               ///< which text it is: "Code", "Notes"
     RichText Content = RichText(); ///< without colours where there are rules
     RuleScan* Rules = nullptr;     ///< that colour it; of whoever made the preview, until it forgets
-    QList<qsizetype> Marks;        ///< begins of what was found
-    qsizetype MarkLength = 0;
-    int Line = 0;   ///< that is brought into sight; 0: none
-    QString Notice; ///< in the place of a text
+    std::vector<TextRange> Marks;  ///< what was found
+    int Line = 0;                  ///< that is brought into sight; 0: none
+    QString Notice;                ///< in the place of a text
 };
 
 /// Makes previews of rows, and copies of the code that they stand for.

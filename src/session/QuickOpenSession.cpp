@@ -12,8 +12,8 @@ namespace {
 
 using Place = CommandRow::Place;
 
-/// The places of commands, with what stands before their captions. A place that is missing has buttons for commands
-/// that stand in a menu too, or for what is no command by itself.
+/// The places of commands, with what stands before their captions. A place that is missing has buttons only for
+/// commands that stand in a menu too, or for what is no command by itself.
 struct PlaceRow {
     Place Where;
     const char* Menu;
@@ -24,6 +24,7 @@ constexpr PlaceRow Places[] = {
     {Place::EditCode, "Code"},
     {Place::EditFormat, "Format"},
     {Place::Item, "Item"},
+    {Place::Toolbar, "Item"},
     {Place::AddLink, "Add Link"},
     {Place::WebLinks, "Web Page"},
     {Place::Tools, "Tools"},
@@ -32,11 +33,25 @@ constexpr PlaceRow Places[] = {
     {Place::BookmarkToolbar, "Bookmarks"},
     {Place::BookmarkMenu, "Bookmarks"},
     {Place::InfoToolbar, "Info"},
+    {Place::SearchToolbar, "Find Results"},
+    {Place::SearchMenu, "Find Results"},
     {Place::Help, "Help"},
 };
 
-/// Commands that only open a menu, and this one.
-constexpr const char* NotOffered[] = {"mnuFileDatabaseSelect", "mnuAddLink", "mnuQuickOpen"};
+/// Commands that only open a menu, this one, and buttons of commands that stand in a menu too.
+constexpr const char* NotOffered[] = {"mnuFileDatabaseSelect",
+                                      "mnuAddLink",
+                                      "mnuQuickOpen",
+                                      "NEW",
+                                      "SAVE",
+                                      "DELETE",
+                                      "BACK",
+                                      "FORWARD",
+                                      "PREVIOUS",
+                                      "NEXT",
+                                      "BOOKMARK",
+                                      "VIEWBOOKMARKS",
+                                      "FIND"};
 
 bool IsListed(const CommandRow& row)
 {

@@ -412,11 +412,10 @@ private Q_SLOTS:
         QuickPreview preview = m_previews->Of(m_quick->Rows()[0], m_quick->Request());
         QCOMPARE(preview.Caption, u"Code"_s);
         QCOMPARE(preview.Line, 2);
-        QCOMPARE(preview.Marks, QList<qsizetype>{18});
+        QCOMPARE(preview.Marks, (std::vector<TextRange>{{18, 5}}));
         preview = m_previews->Of(m_quick->Rows()[1], m_quick->Request());
         QCOMPARE(preview.Content.Text(), u"first\r\nClose it, close it!"_s);
-        QCOMPARE(preview.Marks, (QList<qsizetype>{7, 17}));
-        QCOMPARE(preview.MarkLength, 5);
+        QCOMPARE(preview.Marks, (std::vector<TextRange>{{7, 5}, {17, 5}}));
     }
 
     void previewOfAnItemThatHasGone_saysSo()

@@ -412,7 +412,7 @@ void frmQuickOpen::ShowContent(const QuickPreview& preview)
     txtPreview->SetColouring(nullptr, {});
     txtPreview->SetContent(preview.Content);
     txtPreview->SetColouring(preview.Rules, {});
-    txtPreview->MarkPlaces(preview.Marks, preview.MarkLength);
+    txtPreview->MarkFound(preview.Marks);
     if (preview.Line > 0)
         txtPreview->GoToLine(preview.Line);
 }
