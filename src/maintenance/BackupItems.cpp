@@ -43,12 +43,17 @@ BackupItems::BackupItems(const QString& backupFile, const QString& scratch, Work
     RefuseWhatIsNoBackup(*m_database);
 }
 
+QString BackupItems::Identity() const
+{
+    return LibraryIdentity(*m_database);
+}
+
 std::vector<BackupItemRow> BackupItems::All()
 {
     std::vector<BackupItemRow> items;
-    Statement rows = m_database->Query(u"SELECT ID, ParentID, Title FROM Items ORDER BY Title"_s);
+    Statement rows = m_database->Query(u"SELECT ID, ParentID, Title, LastChanged FROM Items ORDER BY Title"_s);
     while (rows.Step())
-        items.push_back({rows.Long(0), rows.Long(1), rows.Text(2)});
+        items.push_back({rows.Long(0), rows.Long(1), rows.Text(2), rows.Column(3).ToDate()});
     return items;
 }
 

@@ -14,6 +14,7 @@ struct BackupItemRow {
     qint64 Id = 0;
     qint64 Parent = 0;
     QString Title;
+    Date LastChanged = {};
 };
 
 /// An item of a backup to be looked at. Texts are RTF.
@@ -38,6 +39,8 @@ public:
     /// backup.
     BackupItems(const QString& backupFile, const QString& scratch, Work& work = NoWork());
 
+    /// The identity of the library that was backed up.
+    QString Identity() const;
     /// All items, in the order of their titles.
     std::vector<BackupItemRow> All();
     /// Raises RuntimeError 3265 when there is none of that number.

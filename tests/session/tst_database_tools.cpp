@@ -97,7 +97,7 @@ private Q_SLOTS:
         s->CommandStates.Run(u"mnuDBToolsBackupItem"_s);
         QVERIFY(s->Script.Messages.last().Text.contains(u"The item 1 'first' has a damaged code"_s));
         QCOMPARE(shown, 1);
-        QVERIFY(!ListBackups(Path(QString())).first().IsGood);
+        QVERIFY(!ListBackups(Path(QString())).front().IsGood);
         s->Script.ExpectFileName(u"Select destination folder and file name of the new backup file"_s, Path(u"c.qbb"_s));
         s->Script.ExpectMsgBox(u"DB Backed Up"_s);
         s->Script.ExpectMsgBox(u"Damage in the Library"_s, MsgBoxResult::No);
@@ -348,6 +348,60 @@ private Q_SLOTS:
         QCOMPARE(line.State, u"good, 2026-03-02 14:30"_s);
         QVERIFY(BackupLines(Path(u"nowhere"_s), &library).empty());
         QVERIFY(BackupLines(Path(u"backups"_s), nullptr)[0].Changes.isEmpty());
+        QCOMPARE(line.Library, u"one"_s);
+    }
+
+    void list_tellsOfWhatIsNotOfThisLibrary()
+    {
+        QDir().mkpath(Path(u"backups"_s));
+        BackUpLibrary(s->LibraryFile(u"two.qbd"_s), Path(u"backups/b.qbb"_s), {});
+        const BackupLine line = BackupLines(Path(u"backups"_s), s->State.CurrentDatabase.get())[0];
+        QCOMPARE(line.Library, u"two (another library)"_s);
+        QCOMPARE(line.Changes, QString());
+        WriteFile(Path(u"backups/b.qbb"_s), "nothing");
+        QCOMPARE(BackupLines(Path(u"backups"_s), nullptr)[0].Library, u"not known"_s);
+        QVERIFY(NoBackupsNotice(Path(u"nowhere"_s)).startsWith(u"The folder is not there"_s));
+        QVERIFY(NoBackupsNotice(Path(u"backups"_s)).startsWith(u"There are no backups"_s));
+    }
+
+    void itemsOfABackup_sayHowTheyAreNow()
+    {
+        Library& library = *s->State.CurrentDatabase;
+        const qint64 second = AddItem(library, 1, u"second"_s);
+        AddItem(library, second, u"third"_s);
+        BackUpLibrary(m_one, Path(u"b.qbb"_s), {});
+        BackupItems backup(Path(u"b.qbb"_s), s->Home.Path());
+        const auto states = [&] {
+            QStringList texts;
+            for (const BackupItemLine& one : BackupItemLines(backup, library))
+                texts << one.Title + u':' + one.State;
+            return texts;
+        };
+        QCOMPARE(states(), (QStringList{u"first:"_s, u"second:"_s, u"third:"_s}));
+        library.Execute(u"DELETE FROM Items WHERE ID = 3"_s);
+        library.Execute(u"UPDATE Items SET LastChanged = LastChanged + 1 WHERE ID = 2"_s);
+        QCOMPARE(states(), (QStringList{u"first:"_s, u"second:changed"_s, u"third:deleted"_s}));
+        const auto other = MakeLibrary(Path(u"other.qbd"_s)); // of which the backup knows nothing
+        QCOMPARE(BackupItemLines(backup, *other)[2].State, QString());
+    }
+
+    void filterOfItems_keepsWhatTheyStandBelow()
+    {
+        // A path of three, one beside it, and two that stand below each other.
+        const std::vector<BackupItemLine> lines{
+            {1, 0, u"Top"_s, {}},      {2, 1, u"middle"_s, {}}, {3, 2, u"Leaf"_s, u"deleted"_s},
+            {4, 0, u"leaf too"_s, {}}, {5, 6, u"round"_s, {}},  {6, 5, u"and round"_s, u"changed"_s}};
+        const auto listed = [&lines](const QString& text, bool onlyOthers) {
+            QString flags;
+            for (const ListedLine& line : Listed(lines, text, onlyOthers))
+                flags += line.Fits ? u'F' : line.IsListed ? u'x' : u'-';
+            return flags;
+        };
+        QCOMPARE(listed({}, false), u"FFFFFF"_s);
+        QCOMPARE(listed(u"LEAF"_s, false), u"xxFF--"_s);
+        QCOMPARE(listed(u"leaf"_s, true), u"xxF---"_s);
+        QCOMPARE(listed({}, true), u"xxF-xF"_s);
+        QCOMPARE(listed(u"nothing"_s, false), u"------"_s);
     }
 
     void preview_showsTheTexts()

@@ -74,7 +74,7 @@ void frmCodeLib::ShowBackups()
     };
     if (!m_items->SaveItem())
         return;
-    dialog.Initialize(m_session, CurrentDatabase() ? Settings().DBBackupDir() : ApplicationFolder() + u"Backups"_s);
+    dialog.Initialize(m_session, FolderOfList(CurrentDatabase() ? Settings().DBBackupDir() : QString()));
     dialog.exec();
 }
 

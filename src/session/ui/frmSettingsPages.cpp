@@ -401,9 +401,9 @@ void frmSettings::UpdateEnabled()
     enable({u"chkDBShared"_s, u"chkDBCompactOnExit"_s, u"chkDBBackupEvery"_s}, library);
     enable({u"chkDBEnableSessionUndo"_s}, !library || !checked(u"chkDBShared"_s));
     enable({u"txtDBCompactOnExit"_s}, library && checked(u"chkDBCompactOnExit"_s));
-    enable({u"txtDBBackupEvery"_s, u"txtDBBackupPath"_s, u"cmdDBBackupPathBrowse"_s, u"chkDBAutomaticBackup"_s,
-            u"chkDBAutoDeleteOldBackups"_s},
-           backup);
+    enable({u"txtDBBackupEvery"_s, u"chkDBAutomaticBackup"_s, u"chkDBAutoDeleteOldBackups"_s}, backup);
+    enable({u"txtDBBackupPath"_s, u"cmdDBBackupPathBrowse"_s},
+           backup || (library && checked(u"chkBackupRotation"_s))); // both kinds go there
     enable({u"txtDBKeepNoOfBackups"_s}, backup && checked(u"chkDBAutoDeleteOldBackups"_s));
     enable({u"txtBackupRotationEvery"_s, u"txtBackupRotationLast"_s, u"txtBackupRotationDaily"_s,
             u"txtBackupRotationWeekly"_s},
