@@ -24,6 +24,7 @@ struct CommandRow {
         Help,
         Toolbar,
         AddLink,
+        ExportForReaders,
         WebLinks,
         CodeToolbar,
         TreeToolbar, ///< of the tree's own panel, which has the buttons

@@ -87,6 +87,9 @@ CommandFaces::CommandFaces(QMainWindow& window, Commands& commands)
     auto* links = new QMenu(&window);
     MakeSubMenu(CommandRow::Place::AddLink, *links, {});
     m_actions[u"mnuAddLink"_s]->setMenu(links);
+    auto* readers = new QMenu(&window);
+    MakeSubMenu(CommandRow::Place::ExportForReaders, *readers, {});
+    m_actions[u"mnuExportForReaders"_s]->setMenu(readers);
     for (const QString& name : {u"mnuFilterTree"_s, u"mnuQuickOpen"_s, u"mnuFullTextFind"_s, u"mnuFindNextOccurance"_s,
                                 u"mnuFindPreviousOccurance"_s})
         window.addAction(m_actions[name]); // its key works where the menu doesn't

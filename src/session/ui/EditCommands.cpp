@@ -1,17 +1,39 @@
 #include "session/ui/EditCommands.h"
 
 #include "config/CSettings.h"
+#include "publishing/CopyForms.h"
 #include "text/ui/CTextEdit.h"
 #include "text/ui/ctlCodeDetails.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
 
 namespace qb {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+constexpr std::pair<const char*, CopyForm> Copies[] = {{"mnuCopyAsPlain", CopyForm::Plain},
+                                                       {"mnuCopyAsRtf", CopyForm::Rtf},
+                                                       {"mnuCopyAsHtml", CopyForm::Html},
+                                                       {"mnuCopyAsMarkdown", CopyForm::Markdown}};
+
+/// The box with the code that is shown and has a text; null for anything else.
+ItemTextBox* ShownCodeOf(const ItemEditor& editor)
+{
+    const std::optional<ItemText> text = editor.Item() ? editor.ShownCode() : std::nullopt;
+    return text && !editor.Box(*text).IsEmpty() ? &editor.Box(*text) : nullptr;
+}
+
+} // namespace
+
 EditCommands::EditCommands(Commands& commands, ctlCodeDetails& details, QObject* parent)
     : QObject(parent), m_commands(commands), m_details(details)
 {
     RegisterText();
+    RegisterCopies();
     RegisterView();
     RegisterWeb();
     connect(&details, &ctlCodeDetails::TextChanged, this, &EditCommands::ShowColorizeState);
@@ -31,6 +53,29 @@ void EditCommands::RegisterText()
     m_commands.Register(u"mnuGoToLine"_s, [this] { m_details.GoToLine(); });
     for (const QString& name : {u"COLORIZE"_s, u"mnuColorize"_s})
         m_commands.Register(name, [this] { m_details.ColorizeVisible(); });
+}
+
+void EditCommands::RegisterCopies()
+{
+    for (const auto& [name, form] : Copies)
+        m_commands.Register(QString::fromLatin1(name), [this, form = form] { CopyAs(form); });
+}
+
+void EditCommands::CopyAs(CopyForm form)
+{
+    const ItemEditor& editor = m_details.Editor();
+    ItemTextBox* box = ShownCodeOf(editor);
+    if (!box)
+        return;
+    const QString own = editor.ItemLanguage();
+    const CopiedRange range{box->TextBox().SelStart(), box->TextBox().SelLength()};
+    const CopiedText copied = CopyOf(box->Content().Document(), range, editor.Formatter(),
+                                     own.isEmpty() ? LibraryLanguage() : own, form);
+    auto mime = std::make_unique<QMimeData>();
+    mime->setText(copied.Plain);
+    for (const CopiedText::Form& one : copied.Forms)
+        mime->setData(one.Type, one.Bytes);
+    QGuiApplication::clipboard()->setMimeData(mime.release());
 }
 
 void EditCommands::RegisterView()
@@ -91,6 +136,8 @@ void EditCommands::ShowState()
         {"mnuFindPrevious", box != nullptr},
         {"mnuGoToLine", box != nullptr},
     };
+    for (const auto& [name, form] : Copies)
+        m_commands.SetEnabled(QLatin1StringView(name), ShownCodeOf(m_details.Editor()) != nullptr);
     for (const auto& [name, enabled] : entries)
         m_commands.SetEnabled(QLatin1StringView(name), enabled);
     m_commands.SetCaption(u"mnuUndo"_s, u"&Undo "_s + (undoes ? edit.TranslatedUndoType() : QString()));

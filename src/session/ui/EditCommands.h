@@ -3,12 +3,14 @@
 #include "session/Commands.h"
 
 #include <QObject>
+#include <functional>
 
 namespace qb {
 
 class ctlCodeDetails;
 class CSettings;
 class CTextEdit;
+enum class CopyForm;
 
 /// The commands on the text, the view of it and the web page that the details panel shows.
 class EditCommands : public QObject {
@@ -22,12 +24,17 @@ public:
     /// Each tab has a state of its own: there is something to colour where the text shown has no colours.
     void ShowColorizeState();
 
+    /// The name of the open library's language.
+    std::function<QString()> LibraryLanguage = [] { return QString(); };
+
     /// How texts are seen, in the user's settings.
     void ReadTextView(const CSettings& settings);
     void SaveTextView(CSettings& settings);
 
 private:
     void RegisterText();
+    void RegisterCopies();
+    void CopyAs(CopyForm form);
     void RegisterView();
     void RegisterWeb();
     void EditCurrentBox(void (CTextEdit::*edit)());

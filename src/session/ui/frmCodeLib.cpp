@@ -59,6 +59,7 @@ frmCodeLib::frmCodeLib()
     m_find = std::make_unique<LibraryFind>(LibraryFind::Parts{*this, m_findService, m_session, m_commands, *m_tree,
                                                               tvCodeItems->Nodes(), *ctlCodeItemDetails, *m_storedFiles,
                                                               *ctlBookMarkList});
+    m_exchange = std::make_unique<ItemExchange>(m_session, m_commands, *m_tree, *tvCodeItems, *m_shell);
     m_edit = new EditCommands(m_commands, *ctlCodeItemDetails, this);
     RegisterCommands();
     RegisterHelpCommands(m_commands, *this);

@@ -5,6 +5,7 @@
 #include "session/DatabaseTools.h"
 #include "session/ItemCommands.h"
 #include "session/ItemDrag.h"
+#include "session/ItemExchange.h"
 #include "session/ItemLinking.h"
 #include "session/ItemPrinting.h"
 #include "session/ItemTree.h"
@@ -127,6 +128,7 @@ private:
     void ShowOptions(frmSettings::Page page);
     void StartTips();
     void ShowBackups();
+    void ConnectExchange();
     void MaintainLibrary(const QString& path);
     void Form_Unload();
 
@@ -175,6 +177,7 @@ private:
     frmQuickOpen* m_quickOpen = nullptr;
     std::unique_ptr<DatabaseTools> m_tools;
     std::unique_ptr<LibraryFind> m_find;
+    std::unique_ptr<ItemExchange> m_exchange;
     std::unique_ptr<ApplicationTips> m_oTips; ///< while the tip window is open
 };
 

@@ -7,6 +7,7 @@
 #include "session/ui/frmBackups.h"
 #include "session/ui/frmCodeLib.h"
 #include "session/ui/frmDatabaseList.h"
+#include "session/ui/frmImport.h"
 #include "support/ui/WorkProgress.h"
 #include "text/ui/ctlCodeDetails.h"
 
@@ -59,9 +60,24 @@ void frmCodeLib::RegisterCommands()
     };
     m_printing->MakeComponent = [this] { return std::make_unique<frmPrint>(this); };
     m_printing->TypedTexts = [this] { return ctlCodeItemDetails->Unsaved(); };
+    ConnectExchange();
     m_commands.Register(u"mnuFilterTree"_s, [this] { tvCodeItems->StartFilter(); });
     m_commands.Register(u"mnuViewTreeItem"_s, [this] { tvCodeItems->SetTreeHidden(!tvCodeItems->IsShrunk()); });
     m_commands.Register(u"SAVE"_s, [this] { SaveButtonClicked(); });
+}
+
+void frmCodeLib::ConnectExchange()
+{
+    m_exchange->Watched = m_tools->Watched;
+    m_exchange->ChooseBranches = [this](const std::vector<PreviewedItem>& items) -> std::optional<QStringList> {
+        const TreeNode* target = tvCodeItems->SelectedItem();
+        frmImport dialog(this, items, target ? target->Text : QString());
+        return dialog.exec() == QDialog::Accepted ? std::optional(dialog.Keys()) : std::nullopt;
+    };
+    m_edit->LibraryLanguage = [this] {
+        return CurrentDatabase() ? CurrentDatabase()->QueryValue(u"SELECT LanguageUsed FROM Properties"_s).ToText()
+                                 : QString();
+    };
 }
 
 void frmCodeLib::ShowBackups()
