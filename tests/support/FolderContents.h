@@ -14,7 +14,7 @@ namespace qb::test {
 using namespace Qt::StringLiterals;
 
 /// All that is below a folder, hidden or not, by relative name: files with their bytes, links with
-/// "-> " and their target; names of folders end in "/".
+/// "-> " and their target; names of folders end in "/", and pipes and the like are only named.
 inline QMap<QString, QByteArray> ContentsOf(const QString& folder)
 {
     QMap<QString, QByteArray> contents;
@@ -27,6 +27,8 @@ inline QMap<QString, QByteArray> ContentsOf(const QString& folder)
             contents.insert(name, "-> " + QFile::encodeName(info.symLinkTarget()));
         else if (info.isDir())
             contents.insert(name + u'/', {});
+        else if (!info.isFile())
+            contents.insert(name, "no file");
         else
             contents.insert(name, ReadFile(info.filePath()));
     }
