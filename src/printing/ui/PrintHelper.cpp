@@ -37,8 +37,8 @@ public:
     void Advance(qint64 done, qint64 total) override
     {
         constexpr int Interval = 100; // milliseconds
-        if (done < total && m_lasted.elapsed() < Interval)
-            return;
+        if (done == 0 || (done < total && m_lasted.elapsed() < Interval))
+            return; // before the first page their number is not known
         m_lasted.restart();
         Answer({.What = PrintHelperAnswer::Progress, .Pages = done, .Of = total, .Printer = {}, .Reason = {}});
     }
