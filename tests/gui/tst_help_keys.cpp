@@ -1,4 +1,3 @@
-#include "help/ui/frmHelp.h"
 #include "panels/ui/BookmarkView.h"
 #include "panels/ui/RatingStars.h"
 #include "panels/ui/StoredFileView.h"
@@ -68,6 +67,8 @@ private:
     {
         const std::pair<QString, QString> parts[] = {
             {u"In the tree"_s, u"tvwTree"_s},
+            {u"In quick open"_s, u"txtQuickOpen"_s},
+            {u"In this window"_s, u"frmHelp"_s},
             {u"In code and usage"_s, u"rtbCode"_s},
             {u"In notes"_s, u"rtbNotes"_s},
             {u"In the list of files"_s, u"lvFiles"_s},
@@ -109,17 +110,15 @@ private Q_SLOTS:
         m_window->show();
         ClickOn(0);
         m_window->findChild<QTreeView*>(u"lvFiles"_s)->selectAll();
-        QWidget* part = PartOf(section);
-        if (section == u"In this window"_s) {
-            Action(u"mnuHelpItem"_s)->trigger();
-            part = m_window->findChild<frmHelp*>();
-        }
-        QVERIFY2(part, qPrintable(section));
         const QStringList keys = KeysOf(section);
         QVERIFY2(!keys.isEmpty(), qPrintable(section));
-        const QSignalBlocker blocker(part); // it is enough that a key is taken
         for (const QString& key : keys) {
             QVERIFY2(KeyOf(key).key() != Qt::Key_unknown, qPrintable(key));
+            if (section == u"In this window"_s || section == u"In quick open"_s)
+                Action(section == u"In quick open"_s ? u"mnuQuickOpen"_s : u"mnuHelpItem"_s)->trigger();
+            QWidget* part = PartOf(section);
+            QVERIFY2(part, qPrintable(section));
+            const QSignalBlocker blocker(part); // it is enough that a key is taken
             if (section == u"In the tree"_s)
                 Tree()->setCurrentIndex(key == u"Right"_s ? Root() : Child(0)); // which has others to open
             QVERIFY2(IsTaken(*part, key), qPrintable(key));
