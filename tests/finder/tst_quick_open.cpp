@@ -103,6 +103,7 @@ private:
         m_library->Execute(u"UPDATE Items SET "_s + column + u" = ? WHERE ID = ?"_s, {text, id});
     }
 
+    FixedClock m_clock; ///< hits of items that were changed at the same time come in the order of their IDs
     std::optional<TemporaryHome> m_home;
     std::unique_ptr<ScriptedPrompts> m_prompts;
     std::unique_ptr<Library> m_library;
