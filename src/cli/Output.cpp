@@ -54,7 +54,7 @@ void Print(const QJsonArray& array)
 
 void Complain(const QString& text)
 {
-    std::fputs(((ErrorIsTerminal() ? ForTerminal(text) : text) + u'\n').toUtf8().constData(), stderr);
+    std::fputs((ForTerminal(text) + u'\n').toUtf8().constData(), stderr);
 }
 
 bool OutputIsTerminal()

@@ -15,7 +15,7 @@ void Print(const QJsonArray& array);
 /// shown as pictures. Titles may come from a stranger.
 QString ForTerminal(QString text);
 
-/// Writes a line to standard error.
+/// Writes a line to standard error, which may be shown in a terminal later: as ForTerminal().
 void Complain(const QString& text);
 
 /// What to do about a damaged item.

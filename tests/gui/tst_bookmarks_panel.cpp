@@ -422,10 +422,8 @@ private Q_SLOTS:
         QCOMPARE(Caption(), u" Item & Database Information :"_s);
         QVERIFY(!m_window->findChild<QToolBar*>(u"tbrBookmarks"_s)->isVisible());
         QVERIFY(m_window->findChild<QToolBar*>(u"tbrInfo"_s)->isVisible());
-        Panel()->SetDisplayedTab(1); // nothing finds yet
-        QCOMPARE(Panel()->DisplayedTab(), 2);
-        Panel()->SetFindControl(new QWidget, nullptr);
         Panel()->SetDisplayedTab(1);
+        QCOMPARE(Panel()->DisplayedTab(), 1);
         Panel()->SetSearchKeyword(u"x"_s);
         Panel()->SetFindMode(2);
         QCOMPARE(Caption(), u" Find Results : x (All)"_s);
