@@ -326,7 +326,7 @@ private Q_SLOTS:
     void itemThatCantBeRead_isSaidInThePlaceOfPages()
     {
         const qint64 below = AddItem(*m_database, m_item, u"below"_s);
-        Write(u"Code"_s, Code(300));
+        Write(u"Code"_s, Code(5000)); // the item below is not reached at once
         Open();
         ClickOn(0);
         InWindow([this, below](frmPrint& window) {

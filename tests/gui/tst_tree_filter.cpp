@@ -94,7 +94,7 @@ private Q_SLOTS:
         auto* widget = m_window->findChild<QWidget*>(focus);
         widget->setFocus();
         QVERIFY(QApplication::focusWidget());
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_L, Qt::ControlModifier | Qt::ShiftModifier);
         QVERIFY(Filter()->hasFocus());
     }
 
@@ -123,7 +123,7 @@ private:
     QLineEdit* Filter() { return m_window->findChild<QLineEdit*>(u"txtFilter"_s); }
     QTreeView* Found() { return m_window->findChild<QTreeView*>(u"tvwFound"_s); }
     QString Title() { return m_window->findChild<QLabel*>(u"lblTitle"_s)->text(); }
-    void StartFilter() { QTest::keyClick(m_window->focusWidget(), Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier); }
+    void StartFilter() { QTest::keyClick(m_window->focusWidget(), Qt::Key_L, Qt::ControlModifier | Qt::ShiftModifier); }
 };
 
 QB_GUI_TEST_MAIN(TestTreeFilter)

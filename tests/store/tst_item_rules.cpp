@@ -20,8 +20,10 @@ private Q_SLOTS:
     void unwritableLibrary_barsEverything_data()
     {
         QTest::addColumn<int>("change");
-        for (int change = 0; change <= int(ItemChange::Write); ++change)
-            QTest::addRow("%d", change) << change;
+        for (int change = 0; change <= int(ItemChange::Write); ++change) {
+            if (ItemChange(change) != ItemChange::Print)
+                QTest::addRow("%d", change) << change;
+        }
     }
     void unwritableLibrary_barsEverything()
     {
@@ -30,6 +32,20 @@ private Q_SLOTS:
         QCOMPARE(WhatBars(ItemChange(change), {.FileGone = true, .ReadOnly = true}), Bar::FileGone);
         for (const Bar bar : {Bar::ReadOnly, Bar::FileGone})
             QVERIFY(!SentenceOf(bar).isEmpty());
+    }
+
+    void print_isBarredAtTheRootAlone()
+    {
+        QCOMPARE(WhatBars(ItemChange::Print, {.Root = true}), Bar::Root);
+        QCOMPARE(WhatBars(ItemChange::Print, {.NoLibrary = true}), Bar::NoLibrary);
+        const ItemStanding standings[] = {{},
+                                          {.FileGone = true},
+                                          {.ReadOnly = true},
+                                          {.IsChild = true, .Orphan = true},
+                                          {.IsMother = true, .Deleted = true},
+                                          {.IsMother = true, .Conflict = true}};
+        for (const ItemStanding& standing : standings)
+            QVERIFY(!IsBarred(ItemChange::Print, standing));
     }
 
     void change_isBarredByTheStateOfTheItem_data()
@@ -67,10 +83,12 @@ private Q_SLOTS:
     void change_isBarredByTheStateOfTheItem()
     {
         QFETCH(ItemStanding, standing);
-        const char* names[] = {"Add",     "AddBeside", "Import", "Edit",    "EditUnasked", "Rename", "Move",
-                               "Receive", "Delete",    "Keep",   "Resolve", "Bookmark",    "Link",   "Write"};
+        const char* names[] = {"Add",    "AddBeside", "Import",  "Edit",     "EditUnasked", "Rename", "Move", "Receive",
+                               "Delete", "Keep",      "Resolve", "Bookmark", "Link",        "Print",  "Write"};
         QStringList allowed;
         for (size_t i = 0; i < std::size(names); ++i) {
+            if (ItemChange(i) == ItemChange::Print)
+                continue;
             if (!IsBarred(ItemChange(i), standing))
                 allowed << QString::fromLatin1(names[i]);
             else
