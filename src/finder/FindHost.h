@@ -25,6 +25,8 @@ public:
     /// Goes to a place of the text on the page that is shown, by its number from 0; to the last one where there are
     /// fewer. A page that has no text is shown as it is.
     virtual void GoToPlace(const FindMatcher& matcher, qsizetype place) = 0;
+    /// Selects a stored file of the item that is shown; one that is gone leaves the page as it is.
+    virtual void ShowFile(qint64 file) = 0;
     /// Marks all places in the texts that are shown; null: none is marked any more.
     virtual void MarkPlaces(const FindMatcher* matcher) = 0;
 };

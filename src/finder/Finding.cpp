@@ -32,6 +32,11 @@ int PageOf(FindField field)
     return 0;
 }
 
+bool IsOfStoredFile(FindField field)
+{
+    return field == FindField::FileNames || field == FindField::FileTexts;
+}
+
 bool IsSame(const FindQuery& a, const FindQuery& b)
 {
     return a.Branch == b.Branch && TextOfQuery(a) == TextOfQuery(b);
@@ -85,7 +90,7 @@ void Finding::ShowOnce()
     m_results.DisplayFindResults(m_search.Rows(), false);
 }
 
-void Finding::OpenPlace(qint64 item, FindField field, qsizetype place)
+void Finding::OpenPlace(qint64 item, FindField field, qsizetype place, qint64 file)
 {
     const std::vector<FindHit>& hits = m_search.Hits();
     const auto hit = std::find_if(hits.begin(), hits.end(), [item](const FindHit& one) { return one.Id == item; });
@@ -102,7 +107,10 @@ void Finding::OpenPlace(qint64 item, FindField field, qsizetype place)
     if (page == 0)
         return;
     m_host.ShowTab(page);
-    m_host.GoToPlace(matcher, place);
+    if (file != 0)
+        m_host.ShowFile(file);
+    else
+        m_host.GoToPlace(matcher, place);
 }
 
 } // namespace qb

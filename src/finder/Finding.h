@@ -16,8 +16,9 @@ public:
     /// The user wants the results of a query, which are shown once they are there. Says what is wrong with a query
     /// that can't be looked for.
     void Accept(const FindQuery& query);
-    /// Shows a place of an item that was found: number @p place, from 0, among those of a text.
-    void OpenPlace(qint64 item, FindField field, qsizetype place);
+    /// Shows a place of an item that was found: number @p place, from 0, among those of a text, or the stored file
+    /// @p file that it is in.
+    void OpenPlace(qint64 item, FindField field, qsizetype place, qint64 file = 0);
 
 Q_SIGNALS:
     /// The results of an accepted query are shown.
@@ -36,6 +37,9 @@ private:
 
 /// The page of the details panel that shows a text; 0 for those that none shows.
 int PageOf(FindField field);
+
+/// Whether places of a field are in stored files: in their names, descriptions or texts.
+bool IsOfStoredFile(FindField field);
 
 /// Whether two queries look for the same.
 bool IsSame(const FindQuery& a, const FindQuery& b);

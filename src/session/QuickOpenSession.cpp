@@ -1,5 +1,6 @@
 #include "session/QuickOpenSession.h"
 
+#include "finder/Finding.h"
 #include "platform/system/Prompts.h"
 
 #include <algorithm>
@@ -65,29 +66,6 @@ bool IsListed(const CommandRow& row)
 QString CaptionOf(const char* menu, QString caption)
 {
     return QLatin1StringView(menu) + u": "_s + caption.remove(u'&').trimmed();
-}
-
-/// The tab on which a field is read; nothing for those that are seen on all.
-std::optional<DetailsTab> TabOf(FindField field)
-{
-    switch (field) {
-    case FindField::Code:
-        return DetailsTab::Code;
-    case FindField::Notes:
-        return DetailsTab::Notes;
-    case FindField::Usage:
-        return DetailsTab::Usage;
-    case FindField::FileNames:
-    case FindField::FileTexts:
-        return DetailsTab::Files;
-    case FindField::WebPage:
-        return DetailsTab::Links;
-    case FindField::Title:
-    case FindField::Description:
-    case FindField::Links:
-        break;
-    }
-    return std::nullopt;
 }
 
 std::optional<ItemText> TextOf(FindField field)
@@ -213,8 +191,10 @@ void QuickOpenSession::OpenPlace(qint64 item, const FindPlace& place)
 {
     if (!GoTo(item))
         return;
-    if (const std::optional<DetailsTab> tab = TabOf(place.Field))
-        ShowTab(*tab);
+    if (const int page = PageOf(place.Field))
+        ShowTab(DetailsTab(page));
+    if (IsOfStoredFile(place.Field))
+        return ShowFile(place.Source);
     if (const std::optional<ItemText> text = TextOf(place.Field)) {
         IRichTextBox& box = m_editor.Box(*text).TextBox();
         box.SetSelStart(std::min(place.Begin, box.Text().size()));

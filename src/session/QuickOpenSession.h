@@ -44,6 +44,8 @@ public:
     std::function<void()> FocusText = [] {};
     /// A tab comes to the front.
     std::function<void(DetailsTab tab)> ShowTab = [](DetailsTab) {};
+    /// A stored file of the item is selected, and the focus goes to the list of files.
+    std::function<void(qint64 file)> ShowFile = [](qint64) {};
     /// The caret goes to a line of the code on the tab that is shown.
     std::function<void(int line)> ShowLine = [](int) {};
 

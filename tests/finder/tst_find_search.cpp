@@ -258,6 +258,8 @@ private Q_SLOTS:
         QCOMPARE(m_results->SelectedRow(), 1);
         m_finding->OpenPlace(99, FindField::Title, 0);
         QCOMPARE(m_host->Took(), QStringList());
+        m_finding->OpenPlace(m_b, FindField::FileTexts, 3, 17);
+        QCOMPARE(m_host->Took(), (QStringList{u"open %1"_s.arg(m_b), u"tab 4"_s, u"file 17"_s}));
         Look(QueryFor(u"first"_s));
         m_finding->OpenPlace(m_a, FindField::Code, 0);
         QCOMPARE(m_results->rowCount(), 1);

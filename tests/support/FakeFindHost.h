@@ -50,6 +50,7 @@ public:
     {
         Log << QStringLiteral("place %1 of %2").arg(place).arg(matcher.Query().Text);
     }
+    void ShowFile(qint64 file) override { Log << QStringLiteral("file %1").arg(file); }
     void MarkPlaces(const FindMatcher* matcher) override { Marked = matcher ? matcher->Query().Text : QString(); }
 
     static QList<qsizetype> PlacesOf(const QString& text, const FindMatcher& matcher)

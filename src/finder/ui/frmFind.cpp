@@ -223,7 +223,10 @@ void frmFind::Search()
 
 void frmFind::ShowState()
 {
-    lblStatus->setText(m_search.StatusText());
+    const QString unsaved = m_search.Query().Text.isEmpty() ? QString() : UnsavedItem();
+    lblStatus->setText(unsaved.isEmpty()
+                           ? m_search.StatusText()
+                           : u"%1. “%2” was searched as it is saved."_s.arg(m_search.StatusText(), unsaved));
     lblStatus->setForegroundRole(m_search.Error().isEmpty() ? QPalette::PlaceholderText : QPalette::WindowText);
     QFont font = lblStatus->font();
     font.setBold(!m_search.Error().isEmpty());
@@ -342,8 +345,9 @@ void frmFind::SaveSearch()
 void frmFind::Open(const QModelIndex& index)
 {
     const FindHitList::Row& row = m_hits.At(index);
-    m_finding.OpenPlace(row.Hit.Id, row.What == FindHitList::Row::Is::Place ? row.Found.Field : FindField::Title,
-                        row.Place);
+    if (row.What != FindHitList::Row::Is::Place)
+        return m_finding.OpenPlace(row.Hit.Id, FindField::Title, row.Place);
+    m_finding.OpenPlace(row.Hit.Id, row.Found.Field, row.Place, IsOfStoredFile(row.Found.Field) ? row.Found.Source : 0);
 }
 
 /// Enter finds wherever the focus is, but in the list, where it opens a hit.

@@ -4,6 +4,7 @@
 #include "finder/Finding.h"
 
 #include <QDialog>
+#include <functional>
 
 class QCheckBox;
 class QComboBox;
@@ -39,6 +40,9 @@ public:
     QString Replacement() const;
     /// Whether something may be replaced in the library.
     void SetMayReplace(bool may);
+    /// The title of the item whose texts were edited and are not saved; empty when there is none. As a search goes
+    /// through what is saved, it is said of that item that it is not found as it stands.
+    std::function<QString()> UnsavedItem = [] { return QString(); };
 
 Q_SIGNALS:
     /// The user wants to see what a replacement would change.

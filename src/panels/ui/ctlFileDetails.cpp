@@ -192,7 +192,7 @@ bool ctlFileDetails::MayChange() const
 void ctlFileDetails::Refill()
 {
     QStringList selected;
-    for (const qint64 id : Selected())
+    for (const qint64 id : SelectedFiles())
         selected << QString::number(id);
     {
         const QSignalBlocker quiet(lvFiles->selectionModel());
@@ -245,7 +245,7 @@ void ctlFileDetails::NotesSetFocus()
 
 // The selection
 
-QList<qint64> ctlFileDetails::Selected() const
+QList<qint64> ctlFileDetails::SelectedFiles() const
 {
     QList<qint64> ids;
     for (const QModelIndex& index : lvFiles->selectionModel()->selectedRows())
@@ -276,7 +276,7 @@ void ctlFileDetails::SelectKeys(const QStringList& keys)
 /// that file stays the one.
 void ctlFileDetails::SelectionChanged()
 {
-    const QList<qint64> ids = Selected();
+    const QList<qint64> ids = SelectedFiles();
     const QString key = ids.size() == 1 ? QString::number(ids.first()) : QString();
     const QString before = m_current ? m_current->Key() : QString();
     if (!m_returning && m_library && (key != before || key != m_shownKey)) {
@@ -331,7 +331,7 @@ void ctlFileDetails::ShowPreview(bool shown)
 
 void ctlFileDetails::UpdateActions()
 {
-    const QList<qint64> ids = m_library ? Selected() : QList<qint64>();
+    const QList<qint64> ids = m_library ? SelectedFiles() : QList<qint64>();
     const bool one = ids.size() == 1;
     const bool several = ids.size() > 1;
     const bool mayChange = MayChange();

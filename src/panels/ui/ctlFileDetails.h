@@ -62,6 +62,10 @@ public:
     int SeparatorPosition() const;
     void SetSeparatorPosition(int position);
     void SelectFirstItem();
+    /// Selects one file, by its ID; where it is not there any more, nothing changes.
+    void SelectFile(qint64 file) { SelectKeys({QString::number(file)}); }
+    /// The IDs of those that are selected, in the order of the list.
+    QList<qint64> SelectedFiles() const;
     void SetFocusToList();
     /// Goes to the next place of a text, whatever the case of its letters, in the descriptions: behind the selection
     /// of the one that is shown, then in those of the files below it. False when there is none.
@@ -102,7 +106,6 @@ private:
     void Refill();
     void SelectKeys(const QStringList& keys);
     bool SearchOccurence(const QString& text, bool forward);
-    QList<qint64> Selected() const;
     QString PlaceOf(qint64 id) const;
     bool ExportOne(qint64 id);
     /// How files are to be taken in; nothing when the user cancelled.

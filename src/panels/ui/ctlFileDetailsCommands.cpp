@@ -194,7 +194,7 @@ void ctlFileDetails::Import(const FileImportPlan& plan, const FileImportOptions&
 
 void ctlFileDetails::DeleteFile()
 {
-    const QList<qint64> ids = Selected();
+    const QList<qint64> ids = SelectedFiles();
     if (ids.isEmpty() || !MayChange())
         return;
     const QString question =
@@ -227,7 +227,7 @@ void ctlFileDetails::DeleteFile()
 
 void ctlFileDetails::ExportFile()
 {
-    for (const qint64 id : Selected()) {
+    for (const qint64 id : SelectedFiles()) {
         if (!ExportOne(id))
             return;
     }
@@ -280,7 +280,7 @@ QList<QUrl> ctlFileDetails::CopiesOfSelected()
     QList<QUrl> urls;
     if (!m_copies)
         m_copies = std::make_unique<QTemporaryDir>();
-    for (const qint64 id : Selected()) {
+    for (const qint64 id : SelectedFiles()) {
         const QString source = PlaceOf(id);
         const QString folder = m_copies->filePath(QString::number(id));
         if (source.isEmpty() || !QFileInfo::exists(source) || !QDir().mkpath(folder))
@@ -301,7 +301,7 @@ QList<QUrl> ctlFileDetails::CopiesOfSelected()
 
 void ctlFileDetails::OpenFile()
 {
-    const QList<qint64> ids = Selected();
+    const QList<qint64> ids = SelectedFiles();
     if (ids.size() != 1)
         return;
     const QString title = m_files->TitleOf(m_files->RowOf(ids.first()));
@@ -331,7 +331,7 @@ void ctlFileDetails::OpenFile()
 
 void ctlFileDetails::UnzipToDirectory()
 {
-    const QList<qint64> ids = Selected();
+    const QList<qint64> ids = SelectedFiles();
     if (ids.size() != 1)
         return;
     const QString title = m_files->TitleOf(m_files->RowOf(ids.first()));

@@ -196,6 +196,12 @@ void LibraryFind::FullTextFind()
         for (const QString& name : {u"mnuFindNextOccurance"_s, u"mnuFindPreviousOccurance"_s})
             m_dialog->addAction(m_faces->Action(name)); // their keys hold there too
         connect(m_dialog, &frmFind::ReplaceAsked, this, &LibraryFind::ReplaceFound);
+        m_dialog->UnsavedItem = [this] {
+            const ItemEditor& editor = m_parts.Details.Editor();
+            const bool isChanged = editor.Changed(ItemText::Code) || editor.Changed(ItemText::Notes)
+                                   || editor.Changed(ItemText::Usage);
+            return isChanged && m_parts.Session.oCodeItem ? m_parts.Session.oCodeItem->Title() : QString();
+        };
     }
     m_dialog->Hits()->Colours().SetLibrary(*m_parts.Session.CurrentDatabase);
     m_dialog->Hits()->Colours().SetPalette(m_parts.Details.Editor().Formatter().Palette());
@@ -307,10 +313,12 @@ bool LibraryFind::FindOnPage(const QString& keyword, const FindMatcher& matcher,
 
 void LibraryFind::GoToPlace(const FindMatcher& matcher, qsizetype place)
 {
-    if (m_parts.Details.CurrentView() == DetailsTab::Files)
-        m_parts.Files.SelectFirstItem();
-    else
-        m_parts.Details.Found().GoToNumber(matcher, place);
+    m_parts.Details.Found().GoToNumber(matcher, place);
+}
+
+void LibraryFind::ShowFile(qint64 file)
+{
+    m_parts.Files.SelectFile(file);
 }
 
 void LibraryFind::MarkPlaces(const FindMatcher* matcher)

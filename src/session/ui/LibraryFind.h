@@ -66,6 +66,7 @@ private:
     void ShowTab(int tab) override;
     bool FindOnPage(const QString& keyword, const FindMatcher& matcher, bool forward, From from) override;
     void GoToPlace(const FindMatcher& matcher, qsizetype place) override;
+    void ShowFile(qint64 file) override;
     void MarkPlaces(const FindMatcher* matcher) override;
 
     void RegisterCommands();

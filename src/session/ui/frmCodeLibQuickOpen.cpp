@@ -1,6 +1,7 @@
 // Quick open in the main window: how it is connected.
 
 #include "finder/ui/frmQuickOpen.h"
+#include "panels/ui/ctlFileDetails.h"
 #include "panels/ui/ctlSmartTreeView.h"
 #include "session/ui/frmCodeLib.h"
 #include "text/ui/UserTextBox.h"
@@ -41,6 +42,10 @@ void frmCodeLib::MakeQuickOpen()
             ctlCodeItemDetails->setFocus();
     };
     m_quickSession->ShowTab = [this](DetailsTab tab) { ctlCodeItemDetails->SetCurrentView(tab); };
+    m_quickSession->ShowFile = [this](qint64 file) {
+        m_storedFiles->SelectFile(file);
+        m_storedFiles->SetFocusToList();
+    };
     m_quickSession->ShowLine = [this](int line) { ctlCodeItemDetails->GoToLine(line); };
     m_quickOpen = new frmQuickOpen(*m_quickSession, m_findService, *this);
     m_commands.Register(u"mnuQuickOpen"_s, [this] { ShowQuickOpen(); });
