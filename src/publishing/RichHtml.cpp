@@ -192,7 +192,7 @@ private:
 
 QByteArray ClassOf(const CodePiece& piece, StyleSheet& styles)
 {
-    QByteArray names = piece.Color != AutomaticColor ? styles.ClassOf(StyleSheet::Colored(piece.Color))
+    QByteArray names = piece.Color != AutomaticColor ? styles.ClassOfColor(piece.Color)
                                                      : StyleSheet::ClassOf(piece.Kind);
     if (piece.IsHeader)
         names += names.isEmpty() ? "h" : " h";

@@ -69,6 +69,14 @@ QByteArray StyleSheet::ClassOf(const PageLook& look)
     return "s" + QByteArray::number(*number);
 }
 
+QByteArray StyleSheet::ClassOfColor(quint32 color)
+{
+    QByteArray& name = m_colors[color];
+    if (name.isEmpty())
+        name = ClassOf(Colored(color));
+    return name;
+}
+
 QByteArray StyleSheet::ClassOf(TokenKind kind)
 {
     return kind == TokenKind::Text ? QByteArray() : "k" + QByteArray::number(int(kind));

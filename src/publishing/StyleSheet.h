@@ -23,6 +23,8 @@ class StyleSheet {
 public:
     /// The class of a look, which is noted; empty for an empty one.
     QByteArray ClassOf(const PageLook& look);
+    /// The class of characters that have no look but a colour, as Colored makes it.
+    QByteArray ClassOfColor(quint32 color);
     /// Of a colour of characters, legible on both backgrounds; red in the low byte.
     static PageLook Colored(quint32 color);
 
@@ -34,6 +36,7 @@ public:
 private:
     QHash<QByteArray, int> m_numbers; ///< of looks, by their declarations
     QList<PageLook> m_looks;
+    QHash<quint32, QByteArray> m_colors; ///< classes of colours: code has a few, in each of its lines
 };
 
 /// "#rrggbb".
