@@ -10,7 +10,7 @@ namespace qb {
 
 /// The images of the item tree. The image of a node is the one place where the session
 /// remembers the replication state of its item.
-enum class TreeImage {
+enum class TreeImage : quint8 {
     OBJECTS,            ///< the root
     FOLDER,             ///< an item with children
     OPENFOLDER,         ///< the expanded image of an item with children
@@ -28,10 +28,9 @@ struct TreeNode {
     qint64 Id = 0;              ///< 0 is the root
     TreeNode* Parent = nullptr; ///< null at top level
     std::vector<TreeNode*> Children;
-    int Row = 0; ///< among its siblings
     QString Text;
-    /// While the tree is being built: `C` and the parent's ID. After that: the item's description.
-    QString Tag;
+    QString Tag; ///< the item's description
+    int Row = 0; ///< among its siblings
     TreeImage Image = TreeImage::FOLDER;
     TreeImage ExpandedImage = TreeImage::FOLDER;
     bool Expanded = false;

@@ -1,6 +1,5 @@
 #include "session/ItemTree.h"
 
-#include "platform/dao/StatementLimit.h"
 #include "session/LoadTree.h"
 #include "store/ItemBranch.h"
 #include "store/Library.h"
@@ -115,22 +114,15 @@ void ItemTree::BuildNodes()
     AddRoot();
     if (!m_session.CurrentDatabase)
         return;
-    std::vector<qint64> parents{0}; // by node, as the descriptions
-    std::vector<QString> descriptions{QString()};
-    const StatementLimit limit(*m_session.CurrentDatabase, LongestTreeTime);
-    Statement rows = m_session.CurrentDatabase->Query(TreeQuery());
-    while (rows.Step()) {
-        TreeNode& node = nodes.Add(rows.Long(0), rows.Text(2), TreeImage::FOLDER);
-        parents.push_back(rows.Long(1));
-        descriptions.push_back(rows.Text(3));
-        node.Tag = u'C' + QString::number(parents.back());
-    }
+    const std::vector<qint64> parents = ReadTreeRows(*m_session.CurrentDatabase, nodes, TreeImage::FOLDER);
     if (nodes.Count() == 1)
         return; // an empty library: the commands stay as they are
-    for (size_t i = 1; i < parents.size(); ++i)
-        nodes.PutUnder(nodes.All()[i], nodes[parents[i]]);
-    for (size_t i = 1; i < descriptions.size(); ++i)
-        nodes.All()[i].Tag = descriptions[i];
+    ParentLookup parentOf(nodes);
+    auto parent = parents.begin();
+    for (TreeNode& node : nodes.All()) {
+        if (!node.IsRoot())
+            nodes.PutUnder(node, parentOf(*parent++));
+    }
     Decorate();
 }
 
