@@ -82,6 +82,7 @@ public:
         m_done = done;
         Told();
     }
+    void Pulse() override { Told(); }
     bool IsCancelled() override
     {
         m_longestUnasked = qMax(m_longestUnasked, m_asked.isValid() ? m_asked.elapsed() : 0);

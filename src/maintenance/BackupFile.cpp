@@ -2,9 +2,9 @@
 
 #include "maintenance/Containers.h"
 #include "maintenance/PhasedWork.h"
+#include "maintenance/StatementPulse.h"
 #include "platform/archive/CBFileSplitter.h"
 #include "platform/dao/DBEngine.h"
-#include "platform/dao/StatementLimit.h"
 #include "platform/system/FileReplace.h"
 #include "platform/system/RuntimeError.h"
 #include "platform/system/StagedFiles.h"
@@ -96,7 +96,7 @@ QStringList Differences(const BackupSummary& said, const BackupSummary& found)
 QStringList StructureFaults(Database& database, Work& work)
 {
     QStringList faults;
-    const StatementLimit cancelled(database, [&work] { return work.IsCancelled(); });
+    const StatementPulse pulse(database, work);
     Statement rows = database.Query(u"PRAGMA integrity_check(10)"_s);
     while (rows.Step()) {
         if (rows.Text(0) != u"ok"_s)
@@ -157,7 +157,7 @@ std::optional<BackupSummary> ReadBackupSummary(const QString& file)
 BackupSummary SummaryOf(Database& database, Work& work)
 {
     BackupSummary summary;
-    const StatementLimit cancelled(database, [&work] { return work.IsCancelled(); });
+    const StatementPulse pulse(database, work);
     for (const QString& table : database.TableNames())
         summary.Rows.insert(table, database.QueryValue(u"SELECT count(*) FROM "_s + Quoted(table)).ToLong());
     summary.Library = database.QueryValue(u"SELECT DBID FROM Properties"_s).ToText();

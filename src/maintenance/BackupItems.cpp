@@ -6,12 +6,12 @@
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
 #include "platform/system/RuntimeError.h"
+#include "store/ArrivingPage.h"
 #include "store/CCodeItem.h"
 #include "store/CFileObject.h"
 #include "store/ItemBranch.h"
 #include "store/ItemRules.h"
 #include "store/PendingFiles.h"
-#include "store/ArrivingPage.h"
 #include "store/SideFolders.h"
 #include "store/StoredFiles.h"
 

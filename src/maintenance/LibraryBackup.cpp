@@ -234,6 +234,8 @@ private:
     class Silent : public Work {
     public:
         explicit Silent(Work& work) : m_of(work) {}
+        void Advance(qint64, qint64) override { m_of.Pulse(); }
+        void Pulse() override { m_of.Pulse(); }
         bool IsCancelled() override { return m_of.IsCancelled(); }
 
     private:

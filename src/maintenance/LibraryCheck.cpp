@@ -1,5 +1,6 @@
 #include "maintenance/LibraryCheck.h"
 
+#include "maintenance/StatementPulse.h"
 #include "platform/dao/StatementLimit.h"
 #include "platform/system/Paths.h"
 #include "store/Library.h"
@@ -196,7 +197,7 @@ QString FaultName(LibraryFault::Kind kind)
 void RefuseDamaged(Database& database, Work& work)
 {
     Faults faults;
-    const StatementLimit cancelled(database, [&work] { return work.IsCancelled(); });
+    const StatementPulse pulse(database, work);
     if (const QString state = database.QueryValue(u"PRAGMA quick_check(1)"_s).ToText(); state != u"ok"_s)
         faults.push_back({Kind::Damage, {}, 0, state});
     else if (CheckTables(database, faults))

@@ -3,6 +3,7 @@
 #include "maintenance/CDBManipulate.h"
 #include "maintenance/LibraryCheck.h"
 #include "maintenance/PhasedWork.h"
+#include "maintenance/StatementPulse.h"
 #include "platform/dao/DBEngine.h"
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
@@ -56,12 +57,16 @@ RestoreResult Complete(const QString& unpacked, LibrarySwap& swap, PhasedWork& w
         contents.ExpectBytes(BytesOfTable(*database, u"Files"_s) + BytesOfTable(*database, u"HTMLFiles"_s));
         contents.ExportAllHTMLFiles(HTMLFolderOf(library));
         contents.ExportAllItemFiles(FilesFolderOf(library));
-        database->Execute(u"PRAGMA synchronous = OFF"_s); // it does not outlive the work
+        // It does not outlive the work, whose failure takes it away.
+        database->Execute(u"PRAGMA synchronous = OFF"_s);
+        database->QueryValue(u"PRAGMA journal_mode = OFF"_s);
+        database->QueryValue(u"PRAGMA secure_delete = OFF"_s);
         result.Files = database->QueryValue(u"SELECT count(*) FROM Files"_s).ToLong();
         result.Pages = database->QueryValue(u"SELECT count(*) FROM HTMLFiles"_s).ToLong();
         const QString identity = LibraryIdentity(*database);
         for (const QString& folder : {FilesFolderOf(library), HTMLFolderOf(library)})
             ClaimFolder(folder, identity);
+        const StatementPulse pulse(*database, work);
         Transaction transaction(*database);
         database->DeleteTableDef(u"HTMLFiles"_s);
         database->DeleteField(u"Files"_s, u"File"_s);
@@ -131,7 +136,7 @@ void RefuseFoldersOfOthers(const QString& library)
                 ErrorNumber::DatabaseExists,
                 u"'%1' can't be restored: the library '%2' has the same name but for the extension, and would share "
                 "its folders. Choose another name; nothing was changed."_s.arg(QDir::toNativeSeparators(library),
-                                                                           other.fileName()),
+                                                                               other.fileName()),
                 Procedure);
     }
 }

@@ -28,6 +28,7 @@ public:
         const double part = total > 0 ? double(qMin(done, total)) / double(total) : 1.0;
         m_whole.Advance(m_begin + qint64(part * double(m_end - m_begin)), Whole);
     }
+    void Pulse() override { m_whole.Pulse(); }
     bool IsCancelled() override { return m_whole.IsCancelled(); }
 
 private:

@@ -59,6 +59,7 @@ public:
         m_told.start();
         m_shell.ShowProgressStatusBar(total > 0 ? int(std::max<qint64>(1, done * Parts / total)) : 1, Parts);
     }
+    void Pulse() override { m_watcher.Pulse(); }
     bool IsCancelled() override { return m_watcher.IsCancelled(); }
 
 private:

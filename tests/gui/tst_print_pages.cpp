@@ -40,11 +40,12 @@ public:
     int Asked = 0;
 };
 
-/// Is cancelled when it has advanced so often.
+/// Is cancelled when it has advanced, or gone on, so often.
 class CancelledWork : public Work {
 public:
     explicit CancelledWork(int after) : m_after(after) {}
     void Advance(qint64, qint64) override { --m_after; }
+    void Pulse() override { --m_after; }
     bool IsCancelled() override { return m_after < 0; }
 
 private:

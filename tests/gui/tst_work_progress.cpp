@@ -72,6 +72,16 @@ private Q_SLOTS:
         QVERIFY(work.IsCancelled());
     }
 
+    void workThatOnlyGoesOn_isShownAsFarAsItWas()
+    {
+        WorkProgress work(nullptr, u"Restoring"_s);
+        work.Pulse();
+        QVERIFY(Dialog());
+        work.Advance(1, 4);
+        work.Pulse();
+        QCOMPARE(Dialog()->value(), 249);
+    }
+
     void workWithoutASize_isShownToo()
     {
         WorkProgress work(nullptr, u"Exporting File"_s);

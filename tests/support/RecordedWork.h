@@ -17,6 +17,7 @@ public:
         Done << done;
         Totals << total;
     }
+    void Pulse() override { ++Pulses; }
     bool IsCancelled() override { return Ends && Ends(Done.isEmpty() ? 0 : Done.last()); }
 
     /// As if it were new.
@@ -25,12 +26,14 @@ public:
         Said.clear();
         Done.clear();
         Totals.clear();
+        Pulses = 0;
         Ends = {};
     }
 
     QStringList Said; ///< each "<percent> <text>"
     QList<qint64> Done;
     QList<qint64> Totals; ///< one for each of Done
+    int Pulses = 0;
     /// Told how much is done; true ends the work.
     std::function<bool(qint64 done)> Ends;
 };

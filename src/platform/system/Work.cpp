@@ -6,6 +6,8 @@ void Work::Say(const QString&, int) {}
 
 void Work::Advance(qint64, qint64) {}
 
+void Work::Pulse() {}
+
 bool Work::IsCancelled()
 {
     return false;

@@ -17,6 +17,8 @@ public:
     virtual void Say(const QString& text, int percent);
     /// So much of @p total is done: bytes, files, items or parts of a hundred, as the work counts.
     virtual void Advance(qint64 done, qint64 total);
+    /// It goes on, but how far it is can't be told: whoever watches shows that it is alive.
+    virtual void Pulse();
     /// Whether it is to end, asked after it has advanced. A work that can't end halfway does not ask.
     virtual bool IsCancelled();
 };

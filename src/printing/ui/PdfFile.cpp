@@ -70,7 +70,7 @@ class QuietWork : public Work {
 public:
     explicit QuietWork(Work& work) : m_work(work) {}
     bool IsCancelled() override { return m_work.IsCancelled(); }
-    void Advance(qint64, qint64) override { m_work.Advance(0, 1); }
+    void Advance(qint64, qint64) override { m_work.Pulse(); }
 
 private:
     Work& m_work;

@@ -53,6 +53,14 @@ void WorkProgress::Advance(qint64 done, qint64 total)
     QCoreApplication::processEvents(); // what the user does reaches this dialog only
 }
 
+void WorkProgress::Pulse()
+{
+    if (m_lasted.elapsed() < Delay.count())
+        return;
+    m_dialog.show();
+    QCoreApplication::processEvents();
+}
+
 bool WorkProgress::IsCancelled()
 {
     return m_dialog.wasCanceled();

@@ -29,6 +29,7 @@ public:
     void Say(const QString& text, int percent) override;
     /// Lets the window paint itself.
     void Advance(qint64 done, qint64 total) override;
+    void Pulse() override;
     bool IsCancelled() override;
 
 private:
