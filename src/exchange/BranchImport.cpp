@@ -188,7 +188,9 @@ private:
         item.SetExample(WithLanguage(record.Example, record.Key));
         item.SetUsageHeaders(record.UsageHeaders);
         item.SetHTMLPage(record.HTMLPage);
-        item.SetHTMLLastUpdated(record.HTMLLastUpdated);
+        // A page is new to the other replicas, however old it is.
+        item.SetHTMLLastUpdated(record.HTMLPage && m_library.IsReplicated() ? m_library.NextStamp()
+                                                                            : record.HTMLLastUpdated);
         if (!item.Commit())
             throw RuntimeError(ErrorNumber::Engine,
                                u"'%1' could not be stored; nothing was changed."_s.arg(record.Title), Procedure);
@@ -275,7 +277,7 @@ private:
             if (m_newItems[place] != 0)
                 items.insert(m_branch.Items()[place].Key, m_newItems[place]);
         }
-        const Date now = Clock::Now();
+        const Date now = m_library.NextStamp();
         for (const BranchLink& link : m_branch.Trailer().Links) {
             const qint64 from = items.value(link.From);
             const qint64 to = items.value(link.To);

@@ -200,10 +200,12 @@ private:
         while (rows.Step()) {
             const qint64 from = rows.Long(0) == m_old ? m_new : rows.Long(0);
             const qint64 to = rows.Long(1) == m_old ? m_new : rows.Long(1);
+            // To the other replicas the link is a new one.
+            const Value added = m_library.IsReplicated() ? Value(m_library.NextStamp()) : rows.Column(3);
             if (isThere(from) && isThere(to))
                 m_library.Execute(u"INSERT OR IGNORE INTO ItemLinks (ItemID, LinkItemID, Note, DateAdded, DateUpdated) "
                                   "VALUES (?, ?, ?, ?, ?)"_s,
-                                  {from, to, rows.Column(2), rows.Column(3), rows.Column(3)});
+                                  {from, to, rows.Column(2), added, added});
         }
     }
 

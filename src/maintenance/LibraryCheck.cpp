@@ -71,6 +71,24 @@ void CheckRules(Database& database, Faults& faults)
         faults.push_back({Kind::Damage, table, 0, u"LanguageRules has %1 rows; the first one counts."_s.arg(rows)});
 }
 
+/// A replica that has no log doesn't tell the others of all that is deleted in it.
+void CheckReplicaLog(Database& database, Faults& faults)
+{
+    const QString table = u"ReplicaLog"_s;
+    const ReplicaState state = ReadReplicaState(database);
+    if (!database.TableExists(table)) {
+        if (state.IsChild || state.IsMother)
+            faults.push_back({Kind::MissingTable, table, 0, u"The table %1 is missing."_s.arg(table)});
+        return;
+    }
+    Statement rows = database.Query(
+        u"SELECT rowid, Event FROM ReplicaLog WHERE Event NOT BETWEEN 1 AND 5 OR (Event < 5) <> (OfTable IN ('Items', "
+        "'Files', 'ItemLinks'))"_s);
+    while (rows.Step())
+        faults.push_back(
+            {Kind::Damage, table, rows.Long(0), u"The row %1 of %2 tells of no event."_s.arg(rows.Long(0)).arg(table)});
+}
+
 struct Item {
     qint64 Parent;
     enum { Unknown, OnTheWay, ReachesTop } State = Unknown;
@@ -218,6 +236,7 @@ std::vector<LibraryFault> CheckLibrary(Database& database)
         if (CheckTables(database, faults)) {
             CheckProperties(database, faults);
             CheckRules(database, faults);
+            CheckReplicaLog(database, faults);
             CheckTree(database, faults);
             CheckStoredFiles(database, faults);
         }

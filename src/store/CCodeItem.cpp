@@ -6,6 +6,7 @@
 #include "store/Checksums.h"
 #include "store/Deletions.h"
 #include "store/Library.h"
+#include "store/ReplicaLog.h"
 #include "support/ErrorRoutine.h"
 
 #include <algorithm>
@@ -63,6 +64,21 @@ void CCodeItem::InitialiseProperties()
     const Date now = Clock::Now();
     SetCreated(now);
     SetLastChanged(now);
+}
+
+void CCodeItem::RowBegun()
+{
+    if (!OwnLibrary().IsReplicated())
+        return;
+    const Date now = OwnLibrary().NextStamp();
+    SetCreated(now);
+    SetLastChanged(now);
+}
+
+/// What a change that is made now is dated; the present time where there is no library yet.
+Date CCodeItem::Moment() const
+{
+    return HasLibrary() ? OwnLibrary().NextStamp() : Clock::Now();
 }
 
 void CCodeItem::RowRead(bool exists)
@@ -126,7 +142,7 @@ void CCodeItem::SetItemChanged(bool value)
     GetAttributes(); // a row that was never read must not be overwritten with empty columns
     m_itemChanged = value;
     if (!m_dontUpdateLastChangedDate)
-        SetLastChanged(Clock::Now());
+        Guarded(ModuleName(), u"<<Let>> ItemChanged"_s, [this] { SetLastChanged(Moment()); });
 }
 
 CPrintFiles& CCodeItem::PrintFiles()
@@ -251,6 +267,18 @@ void CCodeItem::NoteChecksums(const Recordset& row, qint64 formerStamp) const
     WriteChecksums(OwnLibrary(), u"Items"_s, RowKey(), row[u"LastChanged"_s].ToLong(), sums);
 }
 
+/// An orphan that is edited keeps its date, by which nobody would learn of the change.
+void CCodeItem::NoteDatelessChange(const Recordset& row) const
+{
+    Library& library = OwnLibrary();
+    if (library.IsReplicated())
+        ReplicaLog(library).Note({.Event = ReplicaEvent::Changed,
+                                  .Table = u"Items"_s,
+                                  .Record = RowKey(),
+                                  .Moment = library.NextStamp(),
+                                  .RowDate = row[u"LastChanged"_s].ToDate()});
+}
+
 bool CCodeItem::UpdateObject()
 {
     return Guarded(ModuleName(), u"UpdateObject"_s, [this] {
@@ -264,6 +292,8 @@ bool CCodeItem::UpdateObject()
             WriteChanged(row);
             row.Update();
             NoteChecksums(row, formerStamp);
+            if (m_dontUpdateLastChangedDate)
+                NoteDatelessChange(row);
         }
         whole.Commit();
         if (m_itemChanged) {
@@ -284,22 +314,33 @@ bool CCodeItem::DeleteObject()
     return Guarded(ModuleName(), u"DeleteObject"_s, [this] { DeleteRow(); });
 }
 
+/// The table of deletions has what the other side has seen in its present form, the log all that it may have.
+void CCodeItem::RecordDeletion(const Recordset& row) const
+{
+    Library& library = OwnLibrary();
+    const Date now = library.NextStamp();
+    const Value lastChanged = row[u"LastChanged"_s];
+    if (lastChanged.IsNull() || lastChanged.ToDate() < DeletionCutOff(library)) {
+        Recordset deleted = library.OpenRecordset(u"DeletedItems"_s, u"ItemID IS NULL"_s);
+        deleted.AddNew();
+        deleted.Set(u"ItemID"_s, RowKey());
+        deleted.Set(u"DateDeleted"_s, now);
+        deleted.Update();
+    }
+    LogDeletion(library, {.Table = u"Items"_s,
+                          .Record = RowKey(),
+                          .MotherRecord = library.IsChildReplica() ? row[u"MotherRecordID"_s].ToLong() : 0,
+                          .Added = row[u"Created"_s],
+                          .Deleted = now});
+}
+
 void CCodeItem::DeleteRow()
 {
     const qint64 id = RowKey();
     Transaction transaction(OwnLibrary());
     Recordset row = OwnLibrary().OpenRecordset(u"Items"_s, u"ID = ?"_s, {id});
-    const Value lastChanged = row[u"LastChanged"_s];
-    const bool replicated = OwnLibrary().IsReplicated();
-    // What the other side has seen in its present form it must be told of. An ordinary library
-    // has no such table and nobody to tell.
-    if (replicated && (lastChanged.IsNull() || lastChanged.ToDate() < DeletionCutOff(OwnLibrary()))) {
-        Recordset deleted = OwnLibrary().OpenRecordset(u"DeletedItems"_s, u"ItemID IS NULL"_s);
-        deleted.AddNew();
-        deleted.Set(u"ItemID"_s, id);
-        deleted.Set(u"DateDeleted"_s, Clock::Now());
-        deleted.Update();
-    }
+    if (OwnLibrary().IsReplicated()) // an ordinary library has nobody to tell
+        RecordDeletion(row);
     row.Delete();
     ForgetChecksums(OwnLibrary(), u"Items"_s, id);
     OwnLibrary().Execute(u"DELETE FROM Bookmarks WHERE CodeID = ?"_s, {id});

@@ -140,6 +140,7 @@ Q_SIGNALS:
 protected:
     // RowObject
     void InitialiseProperties() override;
+    void RowBegun() override;
     void RowRead(bool exists) override;
     bool InsertObject() override;
     bool UpdateObject() override;
@@ -149,6 +150,9 @@ private:
     void SetText(Recordset& row, Column column, const QString& name) const;
     void NoteNewChecksums(qint64 id) const;
     void NoteChecksums(const Recordset& row, qint64 formerStamp) const;
+    void NoteDatelessChange(const Recordset& row) const;
+    void RecordDeletion(const Recordset& row) const;
+    Date Moment() const;
     void FindMotherParent();
 
     /// What writing a link changes in memory.
@@ -163,6 +167,7 @@ private:
     qint64 EnsureLinkRow(qint64 from, qint64 to, const QString& note);
     qint64 InsertLinkRow(qint64 from, qint64 to, const QString& note);
     void DeleteLinkRow(qint64 id);
+    void RecordLinkDeletion(qint64 id);
     qint64 MotherRecordOf(qint64 item) const;
     QString NoteText(const QString& note) const;
 

@@ -1,7 +1,6 @@
 // The links of an item: how they are read, and written as rows from both sides.
 
 #include "platform/dao/Database.h"
-#include "platform/system/Clock.h"
 #include "store/CCodeItem.h"
 #include "store/Deletions.h"
 #include "store/ItemBranch.h"
@@ -61,7 +60,7 @@ qint64 CCodeItem::InsertLinkRow(qint64 from, qint64 to, const QString& note)
         if (end == RowKey() || !OwnLibrary().IsChildReplica()) // another program may have deleted it since
             RequireItem(OwnLibrary(), end);
     }
-    const Date now = Clock::Now();
+    const Date now = OwnLibrary().NextStamp();
     Recordset row = OwnLibrary().OpenRecordset(u"ItemLinks"_s, u"ID = 0"_s);
     row.AddNew();
     row.Set(u"ItemID"_s, from);
@@ -91,7 +90,7 @@ qint64 CCodeItem::EnsureLinkRow(qint64 from, qint64 to, const QString& note)
     notes.removeDuplicates();
     if (!note.isEmpty())
         OwnLibrary().Execute(u"UPDATE ItemLinks SET Note = ?, DateUpdated = ? WHERE ID = ?"_s,
-                             {notes.join(u"\r\n"_s), Clock::Now(), id});
+                             {notes.join(u"\r\n"_s), OwnLibrary().NextStamp(), id});
     return id;
 }
 
@@ -118,18 +117,37 @@ QString CCodeItem::NoteText(const QString& note) const
     return note;
 }
 
-/// Deletes a row, and records it where the other side may know the link: by the IDs that it knows it by.
+/// Deletes a row, and records it where the other side may know the link.
 void CCodeItem::DeleteLinkRow(qint64 id)
 {
+    if (id == 0)
+        return;
+    if (OwnLibrary().IsReplicated())
+        RecordLinkDeletion(id);
+    OwnLibrary().Execute(u"DELETE FROM ItemLinks WHERE ID = ?"_s, {id});
+}
+
+/// The table of deletions names a link by the IDs that the other side knows it by, the log by those of both sides.
+void CCodeItem::RecordLinkDeletion(qint64 id)
+{
     Library& library = OwnLibrary();
-    if (id != 0 && library.IsReplicated()) {
-        const QString ends = library.IsChildReplica() ? u"MotherItemID, MotherLinkItemID"_s : u"ItemID, LinkItemID"_s;
-        library.Execute(u"INSERT INTO DeletedItemLinks (ItemID, LinkItemID, DateDeleted) SELECT %1, ? FROM ItemLinks "
-                        "WHERE ID = ? AND coalesce(DateAdded, 0) < ? AND min(%1) > 0"_s.arg(ends),
-                        {Clock::Now(), id, DeletionCutOff(library)});
-    }
-    if (id != 0)
-        library.Execute(u"DELETE FROM ItemLinks WHERE ID = ?"_s, {id});
+    const Date now = library.NextStamp();
+    const QString mothers = u"MotherItemID, MotherLinkItemID"_s;
+    const QString ends = library.IsChildReplica() ? mothers : u"ItemID, LinkItemID"_s;
+    library.Execute(u"INSERT INTO DeletedItemLinks (ItemID, LinkItemID, DateDeleted) SELECT %1, ? FROM ItemLinks "
+                    "WHERE ID = ? AND coalesce(DateAdded, 0) < ? AND min(%1) > 0"_s.arg(ends),
+                    {now, id, DeletionCutOff(library)});
+    Statement row = library.Query(u"SELECT ItemID, LinkItemID, DateAdded, %1 FROM ItemLinks WHERE ID = ?"_s.arg(
+                                      library.IsChildReplica() ? mothers : u"0, 0"_s),
+                                  {id});
+    if (row.Step())
+        LogDeletion(library, {.Table = u"ItemLinks"_s,
+                              .Record = row.Long(0),
+                              .Second = row.Long(1),
+                              .MotherRecord = row.Long(3),
+                              .MotherSecond = row.Long(4),
+                              .Added = row.Column(2),
+                              .Deleted = now});
 }
 
 /// Writes the rows of one link; what changes in memory by that is for later, when all are written.
@@ -139,7 +157,7 @@ CCodeItem::LinkChange CCodeItem::UpdateLink(const CLink& link)
     const qint64 other = link.LinkedItemId;
     const auto writeNote = [&] {
         const qint64 written = OwnLibrary().Execute(u"UPDATE ItemLinks SET Note = ?, DateUpdated = ? WHERE ID = ?"_s,
-                                                    {NoteText(link.Note), Clock::Now(), link.ID});
+                                                    {NoteText(link.Note), OwnLibrary().NextStamp(), link.ID});
         if (written == 0) // another program has removed it since
             EnsureLinkRow(own, other, link.Note);
     };

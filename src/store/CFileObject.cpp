@@ -7,6 +7,7 @@
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
 #include "store/Checksums.h"
+#include "store/Deletions.h"
 #include "store/Library.h"
 #include "store/PendingFiles.h"
 #include "store/SideFolders.h"
@@ -53,6 +54,7 @@ void CFileObject::InitialiseProperties()
     m_fileReplaced = m_descriptionChanged = false;
     m_replaces = false;
     m_arriving.reset();
+    m_replaced.reset();
     m_storedFile.clear();
     m_intake = Intake::Copy;
 }
@@ -142,6 +144,8 @@ void CFileObject::Settle()
 {
     if (const std::unique_ptr<ArrivingFile> file = std::exchange(m_arriving, nullptr))
         file->PutInPlace(StoredFilePath(OwnLibrary(), RowKey(), OwnTitle()), m_replaces);
+    if (const std::unique_ptr<StoredFileDeletion> replaced = std::exchange(m_replaced, nullptr))
+        replaced->Complete();
 }
 
 bool CFileObject::PutInPlace()
@@ -157,6 +161,14 @@ qint64 CFileObject::MotherRecordOfItem() const
     return std::max(record.IsNull() ? 0 : record.ToLong(), qint64(0));
 }
 
+/// What was noted of the row; nothing where another program has written it since.
+Checksums CFileObject::KnownChecksums() const
+{
+    const std::optional<NotedChecksums> noted = ReadChecksums(OwnLibrary(), u"Files"_s, RowKey());
+    const Value stamp = OwnLibrary().QueryValue(u"SELECT LastUpdated FROM Files WHERE ID = ?"_s, {RowKey()});
+    return noted && noted->IsWhole && noted->Stamp == stamp.ToLong() ? noted->Sums : Checksums();
+}
+
 /// Notes the checksums of what is written beside those that are known of the rest. The title is not among them: a new
 /// title alone leaves no stamp.
 void CFileObject::NoteChecksums(qint64 id, qint64 stamp, const Checksums& known) const
@@ -164,10 +176,30 @@ void CFileObject::NoteChecksums(qint64 id, qint64 stamp, const Checksums& known)
     Checksums sums = known;
     if (State() == RecordState::New || m_descriptionChanged)
         sums[u"Description"_s] = ChecksumOfText(OwnValue(DescriptionColumn).ToText());
-    if (m_arriving)
+    const bool isRenamed = m_replaced && sums.contains(FileContentsName);
+    if (m_arriving && !isRenamed)
         sums[FileContentsName] = m_arriving->Checksum();
     if (!sums.isEmpty())
         WriteChecksums(OwnLibrary(), u"Files"_s, id, stamp, sums);
+}
+
+/// Adds a row of what the object holds, inside the caller's transaction; returns its ID.
+qint64 CFileObject::AddRow()
+{
+    if (m_arriving)
+        SetSize(m_arriving->Size());
+    SetDateAdded(OwnLibrary().NextStamp());
+    if (OwnLibrary().IsChildReplica() && OwnValue(MotherCodeIDColumn).ToLong() == 0)
+        Store(MotherCodeIDColumn, MotherRecordOfItem());
+    Recordset row = OwnLibrary().OpenRecordset(u"Files"_s, u"ID = 0"_s);
+    row.AddNew();
+    for (size_t column = 0; column < std::size(Columns); ++column) {
+        if (column != MotherCodeIDColumn || OwnLibrary().IsChildReplica())
+            row.Set(QString::fromLatin1(Columns[column].Name), OwnValue(column));
+    }
+    row.Set(u"LastUpdated"_s, OwnValue(DateAddedColumn));
+    row.Update();
+    return row.LastModified();
 }
 
 bool CFileObject::InsertObject()
@@ -176,21 +208,8 @@ bool CFileObject::InsertObject()
         const bool isWhole = !OwnLibrary().InTransaction(); // the row counts once it is committed here
         if (!m_storedFile.isEmpty() && !m_arriving)
             CopyStoredFile(std::make_shared<PendingWork>(OwnLibrary()), 0);
-        if (m_arriving)
-            SetSize(m_arriving->Size());
-        SetDateAdded(Clock::Now());
         Transaction transaction(OwnLibrary());
-        if (OwnLibrary().IsChildReplica() && OwnValue(MotherCodeIDColumn).ToLong() == 0)
-            Store(MotherCodeIDColumn, MotherRecordOfItem());
-        Recordset row = OwnLibrary().OpenRecordset(u"Files"_s, u"ID = 0"_s);
-        row.AddNew();
-        for (size_t column = 0; column < std::size(Columns); ++column) {
-            if (column != MotherCodeIDColumn || OwnLibrary().IsChildReplica())
-                row.Set(QString::fromLatin1(Columns[column].Name), OwnValue(column));
-        }
-        row.Set(u"LastUpdated"_s, OwnValue(DateAddedColumn));
-        row.Update();
-        const qint64 id = row.LastModified();
+        const qint64 id = AddRow();
         NoteChecksums(id, OwnValue(DateAddedColumn).ToLong(), {});
         if (m_arriving)
             m_arriving->Bind(id, OwnTitle());
@@ -209,6 +228,8 @@ bool CFileObject::UpdateObject()
         const bool isWhole = !OwnLibrary().InTransaction();
         GetAttributes(); // what was not read must not be written as empty
         RequireRead();
+        if (TravelsAsNew())
+            return ReplaceRow();
         const qint64 id = RowKey();
         if (m_fileReplaced && !m_storedFile.isEmpty() && !m_arriving)
             CopyStoredFile(std::make_shared<PendingWork>(OwnLibrary()), 0);
@@ -216,15 +237,14 @@ bool CFileObject::UpdateObject()
         Recordset row = OwnLibrary().OpenRecordset(u"Files"_s, u"ID = ?"_s, {id});
         row.MoveFirst();
         row.Edit();
-        const std::optional<NotedChecksums> former = ReadChecksums(OwnLibrary(), u"Files"_s, id);
-        const bool isKnown = former && former->IsWhole && former->Stamp == row[u"LastUpdated"_s].ToLong();
+        const Checksums known = KnownChecksums();
         WriteChanged(row);
         if (describes) {
             row.Set(u"Description"_s, OwnValue(DescriptionColumn));
-            row.Set(u"LastUpdated"_s, Clock::Now());
+            row.Set(u"LastUpdated"_s, OwnLibrary().NextStamp());
         }
         row.Update();
-        NoteChecksums(id, row[u"LastUpdated"_s].ToLong(), isKnown ? former->Sums : Checksums());
+        NoteChecksums(id, row[u"LastUpdated"_s].ToLong(), known);
         if (m_arriving)
             m_arriving->Bind(id, OwnTitle());
         transaction.Commit();
@@ -232,6 +252,60 @@ bool CFileObject::UpdateObject()
         if (isWhole)
             Settle();
     });
+}
+
+/// Whether it was given another file or name that the other replicas would not learn of by its row. A file that is
+/// missing keeps its row: they may have it still.
+bool CFileObject::TravelsAsNew() const
+{
+    const bool isReplaced = m_fileReplaced && !m_storedFile.isEmpty();
+    if (!OwnLibrary().IsReplicated() || !(isReplaced || IsChanged(TitleColumn)))
+        return false;
+    if (!isReplaced && ReadableStoredFile(OwnLibrary(), RowKey(), ReadValue(TitleColumn).ToText()).isEmpty())
+        return false;
+    const Recordset row = OwnLibrary().OpenRecordset(u"Files"_s, u"ID = ?"_s, {RowKey()});
+    return !row.IsEmpty()
+           && IsKnownElsewhere(OwnLibrary(),
+                               {.Table = u"Files"_s,
+                                .Record = RowKey(),
+                                .MotherRecord = OwnLibrary().IsChildReplica() ? row[u"MotherRecordID"_s].ToLong() : 0,
+                                .Added = row[u"DateAdded"_s]});
+}
+
+/// Deletes the row, which is recorded, and adds another one in its place.
+void CFileObject::ReplaceRow()
+{
+    const bool isWhole = !OwnLibrary().InTransaction();
+    const bool isReplaced = m_fileReplaced && !m_storedFile.isEmpty();
+    const qint64 old = RowKey();
+    Checksums sums = KnownChecksums();
+    if (!isReplaced) {
+        m_storedFile = StoredFilePath(OwnLibrary(), old, ReadValue(TitleColumn).ToText());
+        m_intake = Intake::Copy;
+    }
+    const Date original = isReplaced ? Date::FromDateTime(QFileInfo(m_storedFile).lastModified()) : OrigDateTime();
+    if (!m_arriving)
+        CopyStoredFile(std::make_shared<PendingWork>(OwnLibrary()), 0);
+    SetOrigDateTime(original);
+    if (isReplaced)
+        sums.remove(FileContentsName); // a copy of the old contents is held against what was known of those
+    m_replaced = std::make_unique<StoredFileDeletion>();
+    try {
+        Transaction transaction(OwnLibrary());
+        m_replaced->Delete(OwnLibrary(), old);
+        const qint64 id = AddRow();
+        NoteChecksums(id, OwnValue(DateAddedColumn).ToLong(), sums);
+        m_arriving->Bind(id, OwnTitle());
+        transaction.Commit();
+        RowInserted(id);
+    } catch (...) {
+        m_replaced.reset(); // the file comes back
+        throw;
+    }
+    FileWritten();
+    m_replaces = false;
+    if (isWhole)
+        Settle();
 }
 
 /// The row is as this object is.

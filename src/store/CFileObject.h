@@ -34,7 +34,8 @@ public:
     QString CodeID() { return QString::number(Loaded(CodeIDColumn).ToLong()); }
     void SetCodeID(const QString& value) { Let(CodeIDColumn, value.toLongLong()); }
     /// The name that is shown, and under which the file is handed out. A new title alone leaves the
-    /// file under its old name on the disk.
+    /// file under its old name on the disk; but in a replica whose others know the file it makes a new one of it, with
+    /// a key of its own, as a replacement does: of those that they know they take descriptions only.
     QString Title() { return Loaded(TitleColumn).ToText(); }
     void SetTitle(const QString& value) { Let(TitleColumn, value); }
     QString Description() { return Loaded(DescriptionColumn).ToText(); }
@@ -88,6 +89,10 @@ private:
     template <class Body>
     bool UnlessCancelled(const QString& procedure, Body&& body);
     void CopyStoredFile(std::shared_ptr<PendingWork> work, qint64 number);
+    bool TravelsAsNew() const;
+    void ReplaceRow();
+    qint64 AddRow();
+    Checksums KnownChecksums() const;
     void NoteChecksums(qint64 id, qint64 stamp, const Checksums& known) const;
     void Settle();
     void FileWritten();
@@ -102,6 +107,7 @@ private:
     QString m_storedFile; ///< path of the file to take in
     Intake m_intake = Intake::Copy;
     std::unique_ptr<ArrivingFile> m_arriving;
+    std::unique_ptr<StoredFileDeletion> m_replaced; ///< the row that a new one stands for
     Work* m_work = &NoWork();
 };
 

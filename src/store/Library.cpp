@@ -1,9 +1,11 @@
 #include "store/Library.h"
 
+#include "platform/system/Clock.h"
 #include "platform/system/Interims.h"
 #include "platform/system/Paths.h"
 #include "store/LibrarySwap.h"
 #include "store/OwnIndexes.h"
+#include "store/ReplicaLog.h"
 #include "store/SideFolders.h"
 
 #include <QDir>
@@ -34,18 +36,20 @@ QString HTMLFolderOf(const QString& libraryPath)
     return SideFolder(libraryPath, u"_HTML"_s);
 }
 
-ReplicaState ReadReplicaState(Database& database)
+ReplicaState ReadReplicaState(Database& database, const QString& schema)
 {
     ReplicaState state;
-    const TableDef& table = database.GetTableDef(u"Properties"_s);
-    const Recordset properties = database.OpenRecordset(u"Properties"_s);
+    const QString name = schema.isEmpty() ? u"Properties"_s : schema + u".Properties"_s;
+    const TableDef& table = database.GetTableDef(name);
+    const Recordset properties = database.OpenRecordset(name);
     // Only a library that was given out as a child has these columns.
     if (!properties.IsEmpty() && table.FindField(u"MasterReplicaPath"_s)) {
         state.IsChild = !properties[u"MasterReplicaPath"_s].ToText().isEmpty();
         state.LastExported = properties[u"LastExported"_s].ToDate();
         state.LastSynchronized = properties[u"LastSynchronized"_s].ToDate();
     }
-    state.Children = int(database.QueryValue(u"SELECT count(*) FROM ChildCopies"_s).ToLong());
+    state.Children = int(
+        database.QueryValue(u"SELECT count(*) FROM "_s + Qualified(schema, u"ChildCopies"_s)).ToLong());
     state.IsMother = state.Children > 0;
     return state;
 }
@@ -79,6 +83,40 @@ Library::Library(Database&& database, OpenMark&& mark)
 void Library::ReadReplica()
 {
     m_replica = ReadReplicaState(*this);
+}
+
+Date Library::LastOwnStamp()
+{
+    if (!IsReplicated())
+        return {};
+    QStringList stamps{u"SELECT max(LastSynchronized) FROM ChildCopies"_s};
+    if (IsChildReplica())
+        stamps << u"SELECT max(LastSynchronized, coalesce(LastExported, 0)) FROM Properties"_s;
+    if (TableExists(u"ReplicaLog"_s))
+        stamps << u"SELECT max(RowDate) FROM ReplicaLog WHERE Event = %1"_s.arg(int(ReplicaEvent::Exported));
+    return QueryValue(u"SELECT coalesce(max(stamp), 0) FROM (SELECT NULL AS stamp UNION ALL %1)"_s.arg(
+                          stamps.join(u" UNION ALL "_s)))
+        .ToDate();
+}
+
+Date Library::NextStamp()
+{
+    const Date now = Clock::Now();
+    if (!IsReplicated())
+        return now;
+    Date stamp = std::max(now, Date::FromSeconds(LastOwnStamp().Seconds() + 1));
+    // What has the date that it was taken over with counts as not changed.
+    while (IsTakenOverDate(stamp))
+        stamp = Date::FromSeconds(stamp.Seconds() + 1);
+    return stamp;
+}
+
+bool Library::IsTakenOverDate(Date date)
+{
+    return TableExists(u"ReplicaLog"_s)
+           && !QueryValue(u"SELECT 1 FROM ReplicaLog WHERE Event = ? AND RowDate = ? LIMIT 1"_s,
+                          {int(ReplicaEvent::TakenOver), date})
+                   .IsNull();
 }
 
 bool IsLibrary(Database& database)

@@ -17,8 +17,8 @@ struct ReplicaState {
     int Children = 0;
 };
 /// Reads it from a database that need not be open as a Library; both tables must be there. Without a row in
-/// `Properties`, or the columns that a child has, it is no child.
-ReplicaState ReadReplicaState(Database& database);
+/// `Properties`, or the columns that a child has, it is no child. @p schema is the name under which it is attached.
+ReplicaState ReadReplicaState(Database& database, const QString& schema = {});
 
 /// A library: an open database with its two folders and its part in replication. Several can be open at a
 /// time; nothing of one is known outside of it.
@@ -38,11 +38,19 @@ public:
     Date LastExportedDate() const { return IsChildReplica() ? m_replica.LastExported : Date(); }
     const ReplicaState& Replica() const { return m_replica; }
 
+    /// The moment for a change that is made now: the present time, but in a replica always later than LastOwnStamp, so
+    /// that what is changed after a synchronization is known by its date, whatever was done to the clock. All dates
+    /// of changes and deletions that are written are this one's.
+    Date NextStamp();
+    /// The latest synchronization, or export, that this replica took part in; "none" in an ordinary library.
+    Date LastOwnStamp();
+
     /// Reads anew what others, or a synchronization, may have changed of the library's part in replication.
     void ReadReplica();
 
 private:
     Library(Database&& database, OpenMark&& mark);
+    bool IsTakenOverDate(Date date);
 
     OpenMark m_mark; ///< of a library that is open for writing
     QString m_filesFolder;

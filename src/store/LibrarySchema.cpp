@@ -239,6 +239,24 @@ TableDef DeletedItemLinks()
             .Indexes = {On(u"ItemID"_s)}};
 }
 
+TableDef ReplicaLog()
+{
+    const auto required = [](Field field, const Value& defaultValue) {
+        field.DefaultValue = defaultValue;
+        return Required(std::move(field));
+    };
+    return {.Name = u"ReplicaLog"_s,
+            .Fields = {required(Text(1, u"OfTable"_s, 20, ZeroLength::Allowed), u""_s),
+                       required(Long(2, u"RecordID"_s), 0), required(Long(3, u"SecondID"_s), 0),
+                       Long(4, u"MotherRecordID"_s, 0), Long(5, u"MotherSecondID"_s, 0),
+                       required(Number(FieldType::Byte, 6, u"Event"_s), 0), required(DateField(7, u"Moment"_s), 0),
+                       required(DateField(8, u"RowDate"_s), 0),
+                       required(Text(9, u"Origin"_s, 10, ZeroLength::Allowed), u""_s)},
+            .Indexes = {On(u"Moment"_s),
+                        {.Name = u"EventRowDate"_s, .Fields = {u"Event"_s, u"RowDate"_s}},
+                        Primary({u"OfTable"_s, u"RecordID"_s, u"SecondID"_s, u"Event"_s, u"Origin"_s, u"RowDate"_s})}};
+}
+
 Field FileContents()
 {
     return {.Name = u"File"_s, .Type = FieldType::LongBinary, .OrdinalPosition = 4};

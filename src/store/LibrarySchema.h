@@ -33,6 +33,8 @@ TableDef DBVersion();
 TableDef DeletedFiles();
 TableDef DeletedItems();
 TableDef DeletedItemLinks();
+/// What the other replicas have to be told beyond dates and deletions (see ReplicaLog.h).
+TableDef ReplicaLog();
 
 /// The column that holds the contents of a stored file, in files that travel.
 Field FileContents();

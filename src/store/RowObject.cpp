@@ -29,6 +29,8 @@ void RowObject::Initialise(Library& library, const QString& key)
         m_library = &library;
         m_key = key;
         m_state = key.isEmpty() ? RecordState::New : RecordState::Clean;
+        if (key.isEmpty())
+            RowBegun();
     });
 }
 

@@ -73,6 +73,8 @@ protected:
 
     /// The values of a new object; whoever has more of them calls this one first.
     virtual void InitialiseProperties();
+    /// The object stands for a row that is to be added to its library.
+    virtual void RowBegun() {}
     /// The row has been read, or there is none. An error that it raises is that of the reading.
     virtual void RowRead(bool exists) = 0;
     virtual bool InsertObject() = 0;

@@ -1,6 +1,5 @@
 #include "store/StoredFiles.h"
 
-#include "platform/system/Clock.h"
 #include "store/Checksums.h"
 #include "store/Deletions.h"
 
@@ -24,6 +23,25 @@ Value IdForTheOtherSide(Library& library, const Recordset& row, bool& lacksMothe
         return row[u"DateAdded"_s].ToDate() < OwnLastSynchronized(library) ? Value(motherRecord) : Value();
     lacksMotherRecord = motherRecord <= 0;
     return lacksMotherRecord ? Value() : Value(motherRecord);
+}
+
+void RecordDeletion(Library& library, const Recordset& row, bool& lacksMotherRecord)
+{
+    const Date now = library.NextStamp();
+    const Value added = row[u"DateAdded"_s];
+    // A file has no changes to merge: what counts is whether the other side has seen it.
+    if (added.IsNull() || added.ToDate() < DeletionCutOff(library)) {
+        Recordset deleted = library.OpenRecordset(u"DeletedFiles"_s, u"ItemID IS NULL"_s);
+        deleted.AddNew();
+        deleted.Set(u"ItemID"_s, IdForTheOtherSide(library, row, lacksMotherRecord));
+        deleted.Set(u"DateDeleted"_s, now);
+        deleted.Update();
+    }
+    LogDeletion(library, {.Table = u"Files"_s,
+                          .Record = row[u"ID"_s].ToLong(),
+                          .MotherRecord = library.IsChildReplica() ? row[u"MotherRecordID"_s].ToLong() : 0,
+                          .Added = added,
+                          .Deleted = now});
 }
 
 } // namespace
@@ -53,16 +71,8 @@ DeletedFileRow DeleteStoredFileRow(Library& library, qint64 id)
     if (row.IsEmpty())
         return {};
     DeletedFileRow deletion{.Place = StoredFilePath(library, id, row[u"Title"_s].ToText())};
-    const Value added = row[u"DateAdded"_s];
-    const bool replicated = library.IsReplicated();
-    // A file has no changes to merge: what counts is whether the other side has seen it.
-    if (replicated && (added.IsNull() || added.ToDate() < DeletionCutOff(library))) {
-        Recordset deleted = library.OpenRecordset(u"DeletedFiles"_s, u"ItemID IS NULL"_s);
-        deleted.AddNew();
-        deleted.Set(u"ItemID"_s, IdForTheOtherSide(library, row, deletion.LacksMotherRecord));
-        deleted.Set(u"DateDeleted"_s, Clock::Now());
-        deleted.Update();
-    }
+    if (library.IsReplicated())
+        RecordDeletion(library, row, deletion.LacksMotherRecord);
     row.Delete();
     ForgetChecksums(library, u"Files"_s, id);
     return deletion;

@@ -238,7 +238,7 @@ bool ItemEditor::StoreAndCommit(bool keep)
     }
     m_view.ShowStage(u"Colorizing"_s);
     if (itemChanged && !m_item->DontUpdateLastChangedDate())
-        m_item->SetLastChanged(Clock::Now());
+        m_item->SetLastChanged(m_library->NextStamp());
     const MergedSave save = SaveMerged(*m_item, *m_library);
     ShowTaken(save.Taken);
     if (!save.Saved)

@@ -5,6 +5,7 @@
 #include "store/CCodeItem.h"
 #include "store/CDBCreate.h"
 #include "store/Library.h"
+#include "store/ReplicaLog.h"
 #include "support/TestRun.h"
 
 #include <QDir>
@@ -36,6 +37,7 @@ void MakeChild(Library& library, const QString& masterPath, Date lastSynchronize
     if (!library.TableExists(u"DeletedItems"_s))
         create.CreateAditionalTales(true);
     create.CreateAditionalFields(TableSet::Plain);
+    ReplicaLog(library).Make();
     library.Execute(u"UPDATE Properties SET MasterReplicaPath = ?, LastSynchronized = ?"_s,
                     {masterPath, lastSynchronized});
     library.ReadReplica();
@@ -45,6 +47,7 @@ void MakeMother(Library& library, Date childLastSynchronized)
 {
     if (!library.TableExists(u"DeletedItems"_s))
         CDBCreate(&library, DatabaseKind::Library).CreateAditionalTales(false);
+    ReplicaLog(library).Make();
     library.Execute(u"INSERT INTO ChildCopies (DBCopyID, LastSynchronized) VALUES (?, ?)"_s,
                     {u"Child00001"_s, childLastSynchronized});
     library.ReadReplica();
