@@ -148,7 +148,7 @@ private:
             Open(file);
             const QString name = path.startsWith(inFolder) ? path.mid(inFolder.size()).replace(u'/', u'\\') : path;
             m_stream.Write(BranchPage{.Name = name,
-                                      .Modified = Date::FromDateTime(QFileInfo(file).lastModified().toLocalTime()),
+                                      .Modified = Date::FromDateTime(QFileInfo(file).lastModified()),
                                       .Number = path.startsWith(inFolder) ? QFileInfo(name).completeBaseName().toInt()
                                                                           : qint32(item),
                                       .Size = file.size()});

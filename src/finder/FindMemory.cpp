@@ -28,7 +28,7 @@ QJsonObject ObjectOf(const FindQuery& query)
     QJsonObject object{{u"text"_s, query.Text},           {u"mode"_s, int(query.Mode)},
                        {u"case"_s, int(query.Case)},      {u"word"_s, query.WholeWord},
                        {u"accents"_s, query.FoldAccents}, {u"fields"_s, int(query.Fields)},
-                       {u"language"_s, query.Language},   {u"since"_s, query.ChangedSince.Seconds()}};
+                       {u"language"_s, query.Language},   {u"since"_s, query.ChangedSince.WallSeconds()}};
     if (query.Status)
         object.insert(u"status"_s, *query.Status);
     if (query.Rating)
@@ -51,7 +51,7 @@ FindQuery QueryOf(const QJsonObject& object)
     query.FoldAccents = object.value(u"accents"_s).toBool();
     query.Fields = FindFieldSet(within(u"fields"_s, 1, AllFindFields, AllFindFields));
     query.Language = object.value(u"language"_s).toString();
-    query.ChangedSince = Date::FromSeconds(qint64(object.value(u"since"_s).toDouble()));
+    query.ChangedSince = Date::FromWallSeconds(qint64(object.value(u"since"_s).toDouble()));
     if (object.contains(u"status"_s))
         query.Status = object.value(u"status"_s).toInt();
     if (object.contains(u"rating"_s))

@@ -112,9 +112,16 @@ QByteArray BackupSummary::ToComment() const
     QJsonObject rows;
     for (auto table = Rows.begin(); table != Rows.end(); ++table)
         rows.insert(table.key(), table.value());
-    const QJsonObject object{{u"form"_s, QString(Form)},  {u"library"_s, Library},     {u"name"_s, Name},
-                             {u"made"_s, Made.Seconds()}, {u"version"_s, Version},     {u"rows"_s, rows},
-                             {u"changed"_s, Changed},     {u"files"_s, ToJson(Files)}, {u"pages"_s, ToJson(Pages)},
+    const QJsonObject object{{u"form"_s, QString(Form)},
+                             {u"library"_s, Library},
+                             {u"name"_s, Name},
+                             {u"made"_s, Made.WallSeconds()},
+                             {u"moment"_s, Made.Seconds()},
+                             {u"version"_s, Version},
+                             {u"rows"_s, rows},
+                             {u"changed"_s, Changed},
+                             {u"files"_s, ToJson(Files)},
+                             {u"pages"_s, ToJson(Pages)},
                              {u"damaged"_s, Damaged}};
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
@@ -124,9 +131,12 @@ std::optional<BackupSummary> BackupSummary::FromComment(const QByteArray& commen
     const QJsonObject object = QJsonDocument::fromJson(comment).object();
     if (object.value(u"form"_s).toString() != Form)
         return std::nullopt;
+    // Older versions only said what the clock read.
+    const Date made = object.contains(u"moment"_s) ? Date::FromSeconds(object.value(u"moment"_s).toInteger())
+                                                   : Date::FromWallSeconds(object.value(u"made"_s).toInteger());
     BackupSummary summary{.Library = object.value(u"library"_s).toString(),
                           .Name = object.value(u"name"_s).toString(),
-                          .Made = Date::FromSeconds(object.value(u"made"_s).toInteger()),
+                          .Made = made,
                           .Version = object.value(u"version"_s).toString(),
                           .Rows = {},
                           .Changed = object.value(u"changed"_s).toInteger(),

@@ -88,7 +88,7 @@ BackupEntry EntryOf(const QFileInfo& info, const QJsonObject& checks)
         entry.Made = entry.Summary->Made;
     const QJsonObject check = checks.value(entry.Path).toObject();
     if (!check.isEmpty() && check.value(u"stamp"_s).toString() == StampOf(pieces)) {
-        entry.Checked = Date::FromSeconds(check.value(u"checked"_s).toInteger());
+        entry.Checked = Date::FromWallSeconds(check.value(u"checked"_s).toInteger());
         entry.IsGood = check.value(u"good"_s).toBool();
     }
     return entry;
@@ -171,7 +171,7 @@ void RememberCheck(const QString& file, bool isGood)
             checks.remove(known);
     }
     checks.insert(QFileInfo(file).absoluteFilePath(), QJsonObject{{u"stamp"_s, StampOf(PiecesOf(file))},
-                                                                  {u"checked"_s, Clock::Now().Seconds()},
+                                                                  {u"checked"_s, Clock::Now().WallSeconds()},
                                                                   {u"good"_s, isGood}});
     ReplaceContents(ChecksFile(), QJsonDocument(checks).toJson()); // what is forgotten is checked once more
 }

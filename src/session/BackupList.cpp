@@ -46,7 +46,9 @@ QString Counted(qint64 number, const QString& what)
 
 QString ChangesSince(Library& library, const BackupSummary& backup)
 {
-    const auto count = [&](const QString& sql) { return library.QueryValue(sql, {backup.Made}).ToLong(); };
+    const auto count = [&](const QString& sql) {
+        return library.QueryValue(sql, {library.StoredDate(backup.Made)}).ToLong();
+    };
     QStringList changes;
     if (const qint64 items = count(u"SELECT count(*) FROM Items WHERE LastChanged > ?"_s); items > 0)
         changes << Counted(items, u"item"_s) + u" changed"_s;

@@ -70,6 +70,8 @@ std::optional<NotedChecksums> ReadChecksums(Database& library, const QString& ta
     const QString text = found.Text(1);
     const qsizetype end = text.lastIndexOf(u' ') + 1;
     noted.IsWhole = text.mid(end) == SealOf(table, row, noted.Stamp, text.left(end));
+    if (library.HasWallDates())
+        noted.Stamp = Date::FromWallSeconds(noted.Stamp).Seconds();
     for (const QString& sum : text.left(end).split(u' ', Qt::SkipEmptyParts))
         noted.Sums.insert(sum.section(u'=', 0, 0), sum.section(u'=', 1).toUInt(nullptr, Hexadecimal));
     return noted;
@@ -88,6 +90,32 @@ void ForgetChecksums(Database& library, const QString& table, qint64 row)
 {
     if (HasChecksumTable(library))
         library.Execute(u"DELETE FROM main.own_Checksums WHERE OfTable = ? AND OfRow = ?"_s, {table, row});
+}
+
+void ConvertChecksumStamps(Database& library)
+{
+    if (!HasChecksumTable(library))
+        return;
+    struct Note {
+        QString Table;
+        qint64 Row;
+        qint64 Stamp;
+        QString Sums;
+    };
+    std::vector<Note> notes;
+    Statement rows = library.Query(u"SELECT OfTable, OfRow, Stamp, Sums FROM main.own_Checksums"_s);
+    while (rows.Step()) {
+        const QString text = rows.Text(3);
+        Note note{rows.Text(0), rows.Long(1), rows.Long(2), text.left(text.lastIndexOf(u' ') + 1)};
+        if (text.mid(note.Sums.size()) == SealOf(note.Table, note.Row, note.Stamp, note.Sums))
+            notes.push_back(std::move(note));
+    }
+    Statement change(library, u"UPDATE main.own_Checksums SET Stamp = ?, Sums = ? WHERE OfTable = ? AND OfRow = ?"_s);
+    for (const Note& note : notes) {
+        const qint64 stamp = Date::FromWallSeconds(note.Stamp).Seconds();
+        change.Bind({stamp, note.Sums + SealOf(note.Table, note.Row, stamp, note.Sums), note.Table, note.Row});
+        while (change.Step()) {}
+    }
 }
 
 quint32 ChecksumOfBytes(const QByteArray& bytes)

@@ -35,6 +35,10 @@ void WriteChecksums(Database& library, const QString& table, qint64 row, qint64 
 /// The row is deleted.
 void ForgetChecksums(Database& library, const QString& table, qint64 row);
 
+/// The dates of the library have been converted from readings of a clock to moments: so are the stamps, inside the
+/// caller's transaction. What is damaged stays damaged.
+void ConvertChecksumStamps(Database& library);
+
 /// The sum of a text, as the library stores it.
 quint32 ChecksumOfText(const QString& text);
 quint32 ChecksumOfBytes(const QByteArray& bytes);

@@ -3,6 +3,7 @@
 #include "platform/system/Clock.h"
 #include "platform/system/Interims.h"
 #include "platform/system/Paths.h"
+#include "store/LibraryFormat.h"
 #include "store/LibrarySwap.h"
 #include "store/OwnIndexes.h"
 #include "store/ReplicaLog.h"
@@ -68,6 +69,8 @@ std::unique_ptr<Library> Library::Open(const QString& path, DBEngine::Access acc
                            u"'%1' is not a KT Quillbase database."_s.arg(QDir::toNativeSeparators(path)), u"Library"_s);
     if (access == DBEngine::Access::ReadWrite) {
         RemoveStaleInterims(QFileInfo(database->Name()).absolutePath());
+        if (database->HasWallDates())
+            BringUpToDate(*database);
         CompleteOwnIndexes(*database);
     }
     return std::unique_ptr<Library>(new Library(std::move(*database), std::move(mark)));

@@ -41,7 +41,7 @@ void RecoveryFile::Write(const UnsavedTexts& texts) const
     // Seconds as text: a number of JSON would do, but it is a double.
     QJsonObject object{{u"library"_s, m_library},
                        {u"item"_s, QString::number(texts.Item)},
-                       {u"lastChanged"_s, QString::number(texts.LastChanged.Seconds())}};
+                       {u"changed"_s, QString::number(texts.LastChanged.Seconds())}};
     for (const TextRow& row : TextRows) {
         if (const std::optional<QString>& text = texts.*row.Text)
             object.insert(QLatin1StringView(row.Name), *text);
@@ -60,7 +60,10 @@ std::optional<UnsavedTexts> RecoveryFile::Read() const
         return std::nullopt;
     UnsavedTexts texts;
     texts.Item = object.value(u"item"_s).toString().toLongLong();
-    texts.LastChanged = Date::FromSeconds(object.value(u"lastChanged"_s).toString().toLongLong());
+    // Older versions knew readings of a clock, under another name.
+    texts.LastChanged = object.contains(u"changed"_s)
+                            ? Date::FromSeconds(object.value(u"changed"_s).toString().toLongLong())
+                            : Date::FromWallSeconds(object.value(u"lastChanged"_s).toString().toLongLong());
     for (const TextRow& row : TextRows) {
         const QJsonValue text = object.value(QLatin1StringView(row.Name));
         if (text.isString())

@@ -279,7 +279,7 @@ private Q_SLOTS:
 
     void libraryOfALaterVersion_isRefused()
     {
-        DBEngine::OpenDatabase(m_library)->Execute(u"PRAGMA user_version = 2"_s);
+        DBEngine::OpenDatabase(m_library)->Execute(u"PRAGMA user_version = 3"_s);
         QB_VERIFY_RAISES(BackUpLibrary(m_library, Backup(), {}, m_work), 3051);
         QCOMPARE(Names(), QStringList());
     }

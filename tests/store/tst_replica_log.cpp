@@ -1,8 +1,10 @@
+#include "maintenance/ContentCheck.h"
 #include "maintenance/LibraryCheck.h"
 #include "store/CCodeItem.h"
 #include "store/CFileObject.h"
 #include "store/ItemBranch.h"
 #include "store/ReplicaLog.h"
+#include "store/StoredFiles.h"
 #include "support/LibraryBuilder.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
@@ -67,6 +69,20 @@ private:
         link->DirtyFlag = true;
         item.SetLinksChanged(true);
         QVERIFY(item.Commit());
+    }
+
+    /// Stores a.txt with the item; returns the row's ID. b.txt lies beside it, to be stored in its place.
+    qint64 TakeIn()
+    {
+        WriteFile(m_home->Path(u"a.txt"_s), "1");
+        WriteFile(m_home->Path(u"b.txt"_s), "second");
+        CFileObject file;
+        file.Initialise(*m_library, {});
+        file.SetCodeID(QString::number(m_item));
+        file.SetStoredFile(m_home->Path(u"a.txt"_s));
+        file.SetDescription(u"words"_s);
+        file.Commit();
+        return file.Key().toLongLong();
     }
 
     std::optional<TemporaryHome> m_home;
@@ -238,6 +254,124 @@ private Q_SLOTS:
         m_library->DeleteTableDef(u"ReplicaLog"_s);
         DeleteItem(*m_library, m_item);
         QCOMPARE(CountOf(*m_library, u"DeletedItems"_s), 1);
+    }
+
+    // Stored files that get other contents or another name
+
+    void knownFile_isANewOneByOtherContentsOrName_data()
+    {
+        QTest::addColumn<bool>("isChild");
+        QTest::addColumn<bool>("isReplaced");
+        QTest::newRow("mother, replaced") << false << true;
+        QTest::newRow("mother, renamed") << false << false;
+        QTest::newRow("child, replaced") << true << true;
+        QTest::newRow("child, renamed") << true << false;
+    }
+    void knownFile_isANewOneByOtherContentsOrName()
+    {
+        QFETCH(bool, isChild);
+        QFETCH(bool, isReplaced);
+        const qint64 old = TakeIn();
+        isChild ? MakeChild(*m_library, Mother, At(10)) : MakeMother(*m_library, At(10));
+        if (isChild)
+            m_library->Execute(u"UPDATE Files SET MotherRecordID = 9, MotherCodeID = 4"_s);
+        m_clock->AddSeconds(100);
+        CFileObject file;
+        file.Initialise(*m_library, QString::number(old));
+        const Date original = file.OrigDateTime();
+        if (isReplaced)
+            file.SetStoredFile(m_home->Path(u"b.txt"_s));
+        else
+            file.SetTitle(u"b.txt"_s);
+        QVERIFY(file.Commit());
+        QCOMPARE(file.Key().toLongLong(), old + 1);
+        QCOMPARE(StoredNames(m_library->FilesFolder()), QStringList{u"%1 - b.txt"_s.arg(old + 1)});
+        QCOMPARE(ReadFile(StoredFilePath(*m_library, old + 1, u"b.txt"_s)), isReplaced ? "second" : "1");
+        QCOMPARE(CountOf(*m_library, u"Files"_s), 1);
+        Statement row = m_library->Query(
+            u"SELECT CodeID, FileSize, DateAdded, LastUpdated, Description, OrigDateTime FROM Files"_s);
+        QVERIFY(row.Step());
+        QCOMPARE(row.Long(0), m_item);
+        QCOMPARE(row.Long(1), isReplaced ? 6 : 1);
+        QCOMPARE(row.Column(2).ToDate(), m_clock->Now());
+        QCOMPARE(row.Column(3).ToDate(), m_clock->Now());
+        QCOMPARE(row.Text(4), u"words"_s);
+        if (!isReplaced)
+            QCOMPARE(row.Column(5).ToDate(), original);
+        QCOMPARE(Texts(*m_library, u"SELECT ItemID FROM DeletedFiles"_s),
+                 QStringList{isChild ? u"9"_s : QString::number(old)});
+        QCOMPARE(Rows(), QStringList{u"2 Files %1>0 mother:%2>0"_s.arg(old).arg(isChild ? 9 : 0)});
+        if (isChild) {
+            QCOMPARE(m_library->QueryValue(u"SELECT MotherRecordID FROM Files"_s).ToLong(), 0);
+            QCOMPARE(m_library->QueryValue(u"SELECT MotherCodeID FROM Files"_s).ToLong(), 4);
+        }
+        const ContentCheck check = CheckContents(*m_library);
+        QVERIFY(check.Faults.empty());
+        QCOMPARE(check.UnknownRows, 0);
+    }
+
+    void fileThatNobodyElseHas_keepsItsRow_data()
+    {
+        QTest::addColumn<bool>("isReplica");
+        QTest::newRow("new in a replica") << true;
+        QTest::newRow("in an ordinary library") << false;
+    }
+    void fileThatNobodyElseHas_keepsItsRow()
+    {
+        QFETCH(bool, isReplica);
+        if (isReplica)
+            MakeMother(*m_library, At(-100));
+        const qint64 id = TakeIn();
+        CFileObject file;
+        file.Initialise(*m_library, QString::number(id));
+        file.SetStoredFile(m_home->Path(u"b.txt"_s));
+        QVERIFY(file.Commit());
+        QCOMPARE(file.Key().toLongLong(), id);
+        QCOMPARE(Rows(), QStringList());
+    }
+
+    void missingFile_keepsItsRow()
+    {
+        const qint64 id = TakeIn();
+        MakeMother(*m_library, At(10));
+        QVERIFY(QFile::remove(StoredFilePath(*m_library, id, u"a.txt"_s)));
+        CFileObject file;
+        file.Initialise(*m_library, QString::number(id));
+        file.SetTitle(u"b.txt"_s);
+        QVERIFY(file.Commit());
+        QCOMPARE(file.Key().toLongLong(), id);
+        QCOMPARE(Rows(), QStringList()); // the others have it still
+    }
+
+    void rottenFile_isKnownUnderItsNewNameToo()
+    {
+        const qint64 id = TakeIn();
+        MakeMother(*m_library, At(10));
+        WriteFile(StoredFilePath(*m_library, id, u"a.txt"_s), "2");
+        CFileObject file;
+        file.Initialise(*m_library, QString::number(id));
+        file.SetTitle(u"b.txt"_s);
+        QVERIFY(file.Commit());
+        const ContentCheck check = CheckContents(*m_library);
+        QCOMPARE(check.Faults.size(), 1u);
+        QCOMPARE(check.Faults.front().What, LibraryFault::Kind::DamagedFile);
+        QCOMPARE(check.Faults.front().Id, id + 1);
+    }
+
+    void replacementThatFails_leavesTheOldFile()
+    {
+        const qint64 id = TakeIn();
+        MakeMother(*m_library, At(10));
+        m_library->Execute(u"CREATE TEMP TRIGGER hold BEFORE INSERT ON Files BEGIN SELECT raise(ABORT, 'held'); END"_s);
+        CFileObject file;
+        file.Initialise(*m_library, QString::number(id));
+        file.SetStoredFile(m_home->Path(u"b.txt"_s));
+        ScriptedPrompts prompts;
+        prompts.ExpectError();
+        QVERIFY(!file.Commit());
+        QCOMPARE(StoredNames(m_library->FilesFolder()), QStringList{u"%1 - a.txt"_s.arg(id)});
+        QCOMPARE(Rows(), QStringList());
+        QCOMPARE(Texts(*m_library, u"SELECT ID FROM Files"_s), QStringList{QString::number(id)});
     }
 
     // Changes without a date

@@ -146,6 +146,7 @@ std::unique_ptr<Database> DBEngine::OpenDatabase(const QString& path, Access acc
     }
     const StatementLimit limit(*database, OpeningTime);
     RefuseWhatCantBeUsed(*database, MainSchema, access);
+    database->LookAtDateForm();
     if (access == Access::ReadWrite && HasSuperJournals(path))
         ClearAway(*database);
     return database;

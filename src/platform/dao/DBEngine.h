@@ -33,7 +33,7 @@ public:
     /// What marks a file as a database of this program, in the place where file types are
     /// looked up ("KTQB").
     static constexpr int ApplicationId = 0x4B545142;
-    static constexpr int FormatVersion = 1;
+    static constexpr int FormatVersion = 2;
 
 private:
     static std::unique_ptr<Database> Connect(const QString& path, int flags);

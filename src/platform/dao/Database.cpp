@@ -1,5 +1,6 @@
 #include "platform/dao/Database.h"
 
+#include "platform/dao/DateForm.h"
 #include "platform/dao/EngineError.h"
 
 #include <sqlite3.h>
@@ -22,8 +23,9 @@ Database::Database(sqlite3* connection, QString name) : m_connection(connection)
 
 Database::Database(Database&& other) noexcept
     : m_connection(std::exchange(other.m_connection, nullptr)), m_name(std::move(other.m_name)),
-      m_transactionDepth(other.m_transactionDepth), m_idleStatements(std::exchange(other.m_idleStatements, {})),
-      m_tableDefs(std::exchange(other.m_tableDefs, {})), m_attached(std::exchange(other.m_attached, {}))
+      m_transactionDepth(other.m_transactionDepth), m_hasWallDates(other.m_hasWallDates),
+      m_idleStatements(std::exchange(other.m_idleStatements, {})), m_tableDefs(std::exchange(other.m_tableDefs, {})),
+      m_attached(std::exchange(other.m_attached, {}))
 {
 }
 
@@ -104,6 +106,20 @@ Value Database::QueryValue(const QString& sql, const Values& values)
 {
     Statement statement = Query(sql, values);
     return statement.Step() ? statement.Column(0) : Value();
+}
+
+void Database::DefineFunction(const char* name, int arguments, Function function)
+{
+    const int code = sqlite3_create_function_v2(m_connection, name, arguments,
+                                                SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_DIRECTONLY, nullptr,
+                                                function, nullptr, nullptr, nullptr);
+    if (code != SQLITE_OK)
+        Raise(code, u"Database::DefineFunction"_s);
+}
+
+void Database::LookAtDateForm()
+{
+    m_hasWallDates = QueryValue(u"PRAGMA main.user_version"_s).ToLong() < DateForm::FirstFormat;
 }
 
 Recordset Database::OpenRecordset(const QString& table, const QString& where, const Values& values,

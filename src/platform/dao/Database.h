@@ -10,7 +10,9 @@
 #include <memory>
 
 struct sqlite3;
+struct sqlite3_context;
 struct sqlite3_stmt;
+struct sqlite3_value;
 
 namespace qb {
 
@@ -38,6 +40,12 @@ public:
     /// The full path of the file of a schema; empty when there is none.
     QString NameOf(const QString& schema) const;
     bool IsReadOnly(const QString& schema = MainSchema) const;
+    /// The main file is of a format whose dates are the readings of a clock (see DateForm.h); statements convert them.
+    bool HasWallDates() const { return m_hasWallDates; }
+    /// A moment as the main file holds it, to be compared with a column of dates.
+    Value StoredDate(Date date) const { return m_hasWallDates ? Value(date.WallSeconds()) : Value(date); }
+    /// Asks the file's header whether it has them: the format may have been changed, here or by others.
+    void LookAtDateForm();
     /// What the main file is like at the last commit. What is read later is of that state or a later one.
     FileStamp Stamp();
 
@@ -54,6 +62,11 @@ public:
     Statement Query(const QString& sql, const Values& values = {});
     /// The first column of the first row, or Null when there is no row.
     Value QueryValue(const QString& sql, const Values& values = {});
+
+    using Function = void (*)(sqlite3_context* context, int count, sqlite3_value** values);
+    /// Gives the statements of this connection, and nothing in the file's schema, a function that gives the same for
+    /// the same @p arguments.
+    void DefineFunction(const char* name, int arguments, Function function);
 
     /// Opens rows of one table for reading and editing; @p where and @p orderBy are parts of a
     /// statement, with @p values for the parameters of @p where.
@@ -136,6 +149,7 @@ private:
     sqlite3* m_connection;
     QString m_name;
     int m_transactionDepth = 0;
+    bool m_hasWallDates = false;
     QHash<QString, sqlite3_stmt*> m_idleStatements;
     QHash<QString, std::shared_ptr<const TableDef>> m_tableDefs; ///< by lower-case name with its schema
     QHash<QString, QString> m_attached;                          ///< full paths by schema

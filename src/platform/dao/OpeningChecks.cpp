@@ -1,6 +1,7 @@
 #include "platform/dao/OpeningChecks.h"
 
 #include "platform/dao/DBEngine.h"
+#include "platform/dao/DateForm.h"
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
 
@@ -65,6 +66,11 @@ void RefuseWhatCantBeUsed(Database& database, const QString& schema, DatabaseAcc
             "reading only."_s.arg(Shown(path))
                 .arg(version)
                 .arg(DBEngine::FormatVersion),
+            Procedure);
+    if (schema != MainSchema && version < DateForm::FirstFormat)
+        throw RuntimeError(
+            ErrorNumber::CannotOpen,
+            u"'%1' was made by an older version of the program, whose dates are of another form."_s.arg(Shown(path)),
             Procedure);
     const qint64 expected = pragma(u"page_count"_s).ToLong() * pragma(u"page_size"_s).ToLong();
     if (QFileInfo(path).size() < expected)

@@ -91,7 +91,7 @@ Value Statement::Column(int column) const
     case SQLITE_NULL:
         return {};
     case SQLITE_INTEGER:
-        return Value(qint64(sqlite3_column_int64(m_statement, column)));
+        return Value(Long(column));
     case SQLITE_FLOAT:
         return Value(sqlite3_column_double(m_statement, column));
     case SQLITE_BLOB:
@@ -104,7 +104,14 @@ Value Statement::Column(int column) const
 
 qint64 Statement::Long(int column) const
 {
-    return sqlite3_column_int64(m_statement, column);
+    const qint64 number = sqlite3_column_int64(m_statement, column);
+    return m_database->HasWallDates() && IsDate(column) ? Date::FromWallSeconds(number).Seconds() : number;
+}
+
+/// Whether it is a column of dates as the file has it, and not computed.
+bool Statement::IsDate(int column) const
+{
+    return qstrcmp(sqlite3_column_decltype(m_statement, column), "DATETIME") == 0;
 }
 
 QString Statement::Text(int column) const

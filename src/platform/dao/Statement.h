@@ -33,7 +33,7 @@ public:
     // Columns count from 0. They can be read while Step() has said that there is a row.
     int ColumnCount() const; ///< known before the first row
     /// The value as it is stored, and the same as a whole number (0 for Null and for text that does not begin with
-    /// one) or as text (empty for Null).
+    /// one) or as text (empty for Null). A column of dates gives moments also where the file holds them otherwise.
     Value Column(int column) const;
     qint64 Long(int column) const;
     QString Text(int column) const;
@@ -42,6 +42,8 @@ public:
     QByteArrayView RawText(int column) const;
 
 private:
+    bool IsDate(int column) const;
+
     Database* m_database;
     QString m_sql;
     sqlite3_stmt* m_statement = nullptr;

@@ -15,7 +15,7 @@ Clock::Source& CurrentSource()
 Date Clock::Now()
 {
     const Source& source = CurrentSource();
-    return source ? source() : Date::FromDateTime(QDateTime::currentDateTime());
+    return source ? source() : Date::FromDateTime(QDateTime::currentDateTimeUtc());
 }
 
 Date Clock::Today()

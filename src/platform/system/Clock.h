@@ -11,9 +11,9 @@ class Clock {
 public:
     using Source = std::function<Date()>;
 
-    /// The present local date and time.
+    /// The present moment.
     static Date Now();
-    /// The present local date at 00:00:00.
+    /// The first moment of the present day, as a clock on the wall has it.
     static Date Today();
     /// Replaces the source and returns the one before; an empty source means the system's clock.
     static Source SetSource(Source source);

@@ -330,10 +330,17 @@ private Q_SLOTS:
 
     void fileOfANewerVersion_isAttachedForReadingOnly()
     {
-        DBEngine::OpenDatabase(Other())->Execute(u"PRAGMA user_version = 2"_s);
+        DBEngine::OpenDatabase(Other())->Execute(u"PRAGMA user_version = 3"_s);
         QB_VERIFY_RAISES(Db().Attach(Other(), u"synchro"_s), 3051);
         Db().Attach(Other(), u"synchro"_s, DatabaseAccess::ReadOnly);
         QCOMPARE(Texts(Db(), u"SELECT Title FROM synchro.Items"_s), QStringList{u"theirs"_s});
+    }
+
+    void fileWithDatesOfAnOlderForm_isNotAttached()
+    {
+        DBEngine::OpenDatabase(Other())->Execute(u"PRAGMA user_version = 1"_s);
+        QB_VERIFY_RAISES(Db().Attach(Other(), u"synchro"_s, DatabaseAccess::ReadOnly), 3051);
+        QCOMPARE(Db().NameOf(u"synchro"_s), QString());
     }
 
     void triggerOfAnAttachedFile_doesNotRun()

@@ -176,7 +176,7 @@ private Q_SLOTS:
         database.Close();
         const QByteArray bytes = ReadFile(database.Path());
         QCOMPARE(bytes.mid(68, 4), "KTQB"_ba);
-        QCOMPARE(bytes.mid(60, 4), QByteArray("\0\0\0\1", 4));
+        QCOMPARE(bytes.mid(60, 4), QByteArray("\0\0\0\2", 4));
     }
 
     void openDatabase_settingsOfTheConnection()

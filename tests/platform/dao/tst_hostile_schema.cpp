@@ -180,7 +180,7 @@ private Q_SLOTS:
         TemporaryDatabase database;
         database->AppendTableDef(ItemsTable());
         AddItems(*database, {u"one"_s});
-        database->Execute(u"PRAGMA user_version = 2"_s);
+        database->Execute(u"PRAGMA user_version = 3"_s);
         database.Close();
         const QByteArray before = ReadFile(database.Path());
         QB_VERIFY_RAISES(DBEngine::OpenDatabase(database.Path()), 3051);
