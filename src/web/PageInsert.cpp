@@ -1,6 +1,8 @@
 #include "web/PageInsert.h"
 
-#include "web/PageText.h"
+#include "web/PageBytes.h"
+
+#include <QtEndian>
 
 namespace qb {
 

@@ -9,6 +9,8 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QtEndian>
+#include <algorithm>
+#include <vector>
 
 namespace qb {
 
@@ -43,8 +45,13 @@ PictureKind Gif(const QByteArray& bytes)
     return {u"gif"_s, LittleShort(bytes, 6), LittleShort(bytes, 8)};
 }
 
+/// Two letters are not much to go by; the size of the header is looked at too.
 PictureKind Bmp(const QByteArray& bytes)
 {
+    constexpr quint16 HeaderSizes[] = {40, 52, 56, 108, 124};
+    const auto* end = std::end(HeaderSizes);
+    if (std::find(std::begin(HeaderSizes), end, LittleShort(bytes, 14)) == end || LittleShort(bytes, 16) != 0)
+        return {};
     return {u"bmp"_s, LittleShort(bytes, 18), LittleShort(bytes, 22)};
 }
 
@@ -121,6 +128,11 @@ const std::vector<Signature>& Signatures()
     return all;
 }
 
+std::optional<PictureKind> Known(const PictureKind& kind)
+{
+    return kind.Suffix.isEmpty() ? std::nullopt : std::optional(kind);
+}
+
 /// Letters, digits and dashes, so that it stands in a page as it is and is a file's name anywhere.
 QString SafeStem(const QString& name)
 {
@@ -189,7 +201,7 @@ std::optional<PictureKind> PictureKindOf(const QByteArray& bytes)
 {
     for (const Signature& signature : Signatures()) {
         if (bytes.mid(signature.At, signature.Bytes.size()) == signature.Bytes)
-            return signature.Read(bytes);
+            return Known(signature.Read(bytes));
     }
     if (IsSvg(bytes))
         return Svg(bytes);

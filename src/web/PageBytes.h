@@ -25,9 +25,9 @@ QByteArray EncodedFor(PageEncoding encoding, const QString& text);
 
 /// A page as text, each place of which knows where it stands in the bytes. What is no character there reads as a
 /// replacement character and keeps its bytes.
-class PageText {
+class PageBytes {
 public:
-    explicit PageText(QByteArray bytes);
+    explicit PageBytes(QByteArray bytes);
 
     const QByteArray& Bytes() const { return m_bytes; }
     PageEncoding Encoding() const { return m_encoding; }

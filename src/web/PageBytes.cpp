@@ -1,4 +1,4 @@
-#include "web/PageText.h"
+#include "web/PageBytes.h"
 
 #include "platform/system/RuntimeError.h"
 #include "platform/system/TextEncoding.h"
@@ -112,7 +112,7 @@ QByteArray EncodedFor(PageEncoding encoding, const QString& text)
     return Written(encoding, possible);
 }
 
-PageText::PageText(QByteArray bytes) : m_bytes(std::move(bytes)), m_encoding(EncodingOf(m_bytes))
+PageBytes::PageBytes(QByteArray bytes) : m_bytes(std::move(bytes)), m_encoding(EncodingOf(m_bytes))
 {
     m_text.reserve(m_bytes.size());
     m_offsets.reserve(size_t(m_bytes.size()) + 1);
@@ -126,7 +126,7 @@ PageText::PageText(QByteArray bytes) : m_bytes(std::move(bytes)), m_encoding(Enc
 }
 
 /// Each half of a pair stands at the place of the whole.
-void PageText::Take(char32_t character, qsizetype at)
+void PageBytes::Take(char32_t character, qsizetype at)
 {
     for (const char16_t unit : QChar::fromUcs4(character)) {
         m_text += QChar(unit);
@@ -134,16 +134,16 @@ void PageText::Take(char32_t character, qsizetype at)
     }
 }
 
-void PageText::ReadUtf8(qsizetype at)
+void PageBytes::ReadUtf8(qsizetype at)
 {
     while (at < m_bytes.size()) {
         const int length = Utf8Length(m_bytes, at);
-        Take(length == 0 ? QChar::ReplacementCharacter : Utf8Character(m_bytes, at, length), at);
+        Take(length == 0 ? char32_t(QChar::ReplacementCharacter) : Utf8Character(m_bytes, at, length), at);
         at += qMax(length, 1);
     }
 }
 
-void PageText::ReadUtf16(qsizetype at)
+void PageBytes::ReadUtf16(qsizetype at)
 {
     const bool isLittle = m_encoding == PageEncoding::Utf16LE;
     for (; at + 1 < m_bytes.size(); at += 2) {
@@ -156,7 +156,7 @@ void PageText::ReadUtf16(qsizetype at)
         Take(QChar::ReplacementCharacter, at);
 }
 
-void PageText::ReadSingleBytes(qsizetype at)
+void PageBytes::ReadSingleBytes(qsizetype at)
 {
     const bool isKnown = m_encoding == PageEncoding::Windows1252;
     for (; at < m_bytes.size(); ++at) {
@@ -165,10 +165,10 @@ void PageText::ReadSingleBytes(qsizetype at)
     }
 }
 
-QByteArray PageText::Slice(qsizetype begin, qsizetype end) const
+QByteArray PageBytes::Slice(qsizetype begin, qsizetype end) const
 {
     if (begin < 0 || begin > end || end > m_text.size())
-        throw RuntimeError(ErrorNumber::Internal, u"A part of the page is none of it."_s, u"PageText"_s);
+        throw RuntimeError(ErrorNumber::Internal, u"A part of the page is none of it."_s, u"PageBytes"_s);
     const qsizetype from = m_offsets[size_t(begin)];
     return m_bytes.mid(from, m_offsets[size_t(end)] - from);
 }
