@@ -6,6 +6,7 @@
 #include "store/Checksums.h"
 #include "store/Deletions.h"
 #include "store/Library.h"
+#include "store/PageChange.h"
 #include "store/ReplicaLog.h"
 #include "support/ErrorRoutine.h"
 
@@ -343,6 +344,7 @@ void CCodeItem::DeleteRow()
         RecordDeletion(row);
     row.Delete();
     ForgetChecksums(OwnLibrary(), u"Items"_s, id);
+    ForgetPageChanges(OwnLibrary(), id);
     OwnLibrary().Execute(u"DELETE FROM Bookmarks WHERE CodeID = ?"_s, {id});
     OwnLibrary().Execute(u"DELETE FROM Files WHERE CodeID = ?"_s, {id});
     OwnLibrary().Execute(u"DELETE FROM ItemLinks WHERE ItemID = ?"_s, {id});

@@ -4,6 +4,7 @@
 #include "platform/system/Interims.h"
 #include "platform/system/Paths.h"
 #include "store/ArrivingPage.h"
+#include "store/PageChange.h"
 #include "store/SideFolders.h"
 
 #include <QDir>
@@ -104,6 +105,7 @@ void FinishPendingPages(Library& library)
         return;
     RemoveStaleInterims(library.HTMLFolder());
     FinishArrivingPages(library);
+    FinishPageChanges(library);
     static const QRegularExpression pending(
         u"\\A\\.(?:leaving-([0-9a-f]{32})-(\\d+)(\\.htm)?|working-([0-9a-f]{32}))\\z"_s);
     const QDir folder(library.HTMLFolder());

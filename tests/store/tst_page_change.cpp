@@ -1,0 +1,234 @@
+#include "store/CCodeItem.h"
+#include "store/Checksums.h"
+#include "store/ItemBranch.h"
+#include "store/PageChange.h"
+#include "store/PendingPages.h"
+#include "support/FolderContents.h"
+#include "support/LibraryBuilder.h"
+
+#include <unistd.h>
+
+using namespace qb;
+using namespace qb::test;
+using namespace Qt::StringLiterals;
+
+/// Changes of pages that count with their rows, and what a process leaves that ends in the middle.
+class TestPageChange : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        FailOnWarnings();
+        m_home = std::make_unique<TemporaryHome>();
+        m_library = MakeLibrary(m_home->Path(u"Bücher ei.qbd"_s));
+        m_item = AddItem(*m_library, 0, u"item"_s);
+        WriteFile(Pages() + u".library"_s, m_library->Identity().toUtf8());
+        WriteFile(Page(), "old");
+        WriteFile(Pages() + Id() + u"/old ä.png"_s, "picture");
+        m_before = ContentsOf(Pages());
+    }
+    void cleanup()
+    {
+        m_library.reset();
+        m_home.reset();
+    }
+
+    void change_countsWithItsTransaction_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QStringList>("left");
+        QTest::newRow("add") << int(PageChange::Kind::Add)
+                             << QStringList{u"1.htm=new"_s, u"1/in/n.png=n"_s, u"1/old ä.png=picture"_s};
+        QTest::newRow("replace") << int(PageChange::Kind::Replace) << QStringList{u"1.htm=new"_s, u"1/in/n.png=n"_s};
+        QTest::newRow("delete") << int(PageChange::Kind::Delete) << QStringList{};
+    }
+    void change_countsWithItsTransaction()
+    {
+        QFETCH(int, kind);
+        {
+            PageChange change(*m_library, m_item);
+            Make(change, kind);
+            Transaction transaction(*m_library);
+            change.Bind(PageChange::Kind(kind));
+        } // neither is committed
+        QCOMPARE(ContentsOf(Pages()), m_before);
+        {
+            PageChange change(*m_library, m_item);
+            Make(change, kind);
+            Transaction transaction(*m_library);
+            change.Bind(PageChange::Kind(kind));
+            transaction.Commit();
+            QCOMPARE(ReadFile(Page()), "old"); // until it is put in place
+            QVERIFY(IsPagePending(*m_library, m_item));
+            change.PutInPlace();
+        }
+        QVERIFY(!IsPagePending(*m_library, m_item));
+        QTEST(Files(), "left");
+        QVERIFY(Interim().isEmpty());
+    }
+
+    void deadProcess_leavesWhatItCommitted_data() { change_countsWithItsTransaction_data(); }
+    void deadProcess_leavesWhatItCommitted()
+    {
+        QFETCH(int, kind);
+        for (const bool committed : {false, true}) {
+            LeaveBehind(PageChange::Kind(kind), committed);
+            QCOMPARE(Interim().size(), 1);
+            FinishPendingPages(*m_library);
+            QVERIFY(Interim().isEmpty());
+            if (!committed)
+                QCOMPARE(ContentsOf(Pages()), m_before);
+        }
+        QTEST(Files(), "left");
+    }
+
+    void changeUnderWay_isLeftAlone()
+    {
+        PageChange change(*m_library, m_item);
+        Make(change, int(PageChange::Kind::Add));
+        FinishPendingPages(*m_library);
+        QCOMPARE(Interim().size(), 1);
+    }
+
+    void nextChange_comesAfterTheOneThatWaits()
+    {
+        LeaveBehind(PageChange::Kind::Add, true);
+        Transaction transaction(*m_library);
+        SettlePage(*m_library, m_item);
+        QCOMPARE(ReadFile(Page()), "new");
+        QVERIFY(Interim().isEmpty());
+    }
+
+    void fileInTheWay_isKept()
+    {
+        PageChange change(*m_library, m_item);
+        Make(change, int(PageChange::Kind::Add));
+        Transaction transaction(*m_library);
+        change.Bind(PageChange::Kind::Add);
+        WriteFile(Pages() + Id() + u"/in/n.png"_s, "another program's");
+        transaction.Commit();
+        change.PutInPlace();
+        QCOMPARE(Files(), (QStringList{u"1.htm=new"_s, u"1/in/found n.png=another program's"_s, u"1/in/n.png=n"_s,
+                                       u"1/old ä.png=picture"_s}));
+    }
+
+    void pageThatIsALink_losesTheLinkOnly()
+    {
+        const QString elsewhere = m_home->Path(u"elsewhere.txt"_s);
+        WriteFile(elsewhere, "not the library's");
+        QFile::remove(Page());
+        QVERIFY(QFile::link(elsewhere, Page()));
+        for (const PageChange::Kind kind : {PageChange::Kind::Add, PageChange::Kind::Delete}) {
+            PageChange change(*m_library, m_item);
+            Make(change, int(kind));
+            Transaction transaction(*m_library);
+            change.Bind(kind);
+            transaction.Commit();
+            change.PutInPlace();
+            QCOMPARE(ReadFile(elsewhere), "not the library's");
+        }
+        QCOMPARE(Files(), QStringList());
+    }
+
+    void folderThatIsALink_takesNoFiles()
+    {
+        const QString elsewhere = m_home->Path(u"elsewhere"_s);
+        QVERIFY(QDir().mkpath(elsewhere));
+        DeleteAll(Pages() + Id());
+        QVERIFY(QFile::link(elsewhere, Pages() + Id()));
+        PageChange change(*m_library, m_item);
+        Make(change, int(PageChange::Kind::Add));
+        Transaction transaction(*m_library);
+        QB_VERIFY_RAISES(change.Bind(PageChange::Kind::Add), ErrorNumber::PathAccess);
+        QVERIFY(QDir(elsewhere).isEmpty());
+    }
+
+    void itemThatIsDeleted_forgetsItsChanges()
+    {
+        LeaveBehind(PageChange::Kind::Add, true);
+        DeleteBranch(*m_library, m_item);
+        FinishPendingPages(*m_library);
+        QVERIFY(Interim().isEmpty());
+        QCOMPARE(Files(), QStringList());
+        QCOMPARE(CountOf(*m_library, u"own_Checksums"_s), 0);
+    }
+
+    void strangersTable_allowsNoChange()
+    {
+        m_library->Execute(u"DROP TABLE own_Checksums"_s);
+        m_library->Execute(u"CREATE VIEW own_Checksums AS SELECT 1 AS OfTable"_s);
+        QB_VERIFY_RAISES(PageChange(*m_library, m_item), ErrorNumber::NotADatabase);
+        QCOMPARE(ContentsOf(Pages()), m_before);
+    }
+
+    void strangersJournal_movesNothingOutOfTheFolder()
+    {
+        const QString mark(32, u'a');
+        const QString folder = Pages() + u".changing-page-"_s + mark;
+        WriteFile(m_home->Path(u"outside/secret.txt"_s), "secret");
+        QVERIFY(QDir().mkpath(folder + u"/new"_s));
+        QVERIFY(QFile::link(m_home->Path(u"outside"_s), folder + u"/new/page"_s));
+        WriteFile(folder + u"/item"_s, "../../1 replace");
+        WriteChecksums(*m_library, u"PageChange"_s, 0, 0, {{mark, 0}});
+        FinishPendingPages(*m_library);
+        QVERIFY(Interim().isEmpty());
+        QCOMPARE(ContentsOf(Pages()), m_before);
+        QCOMPARE(ReadFile(m_home->Path(u"outside/secret.txt"_s)), "secret");
+    }
+
+private:
+    QString Pages() const { return m_library->HTMLFolder(); }
+    QString Id() const { return QString::number(m_item); }
+    QString Page() const { return Pages() + Id() + u".htm"_s; }
+    QStringList Interim() const { return QDir(Pages()).entryList({u".changing*"_s}, QDir::Dirs | QDir::Hidden); }
+    QStringList Files() const
+    {
+        QStringList files;
+        const QMap<QString, QByteArray> all = ContentsOf(Pages());
+        for (auto file = all.begin(); file != all.end(); ++file) {
+            if (!file.key().endsWith(u'/') && !file.key().startsWith(u'.'))
+                files << file.key() + u'=' + QString::fromUtf8(file.value());
+        }
+        return files;
+    }
+    static void DeleteAll(const QString& folder) { QDir(folder).removeRecursively(); }
+    static void Make(const PageChange& change, int kind)
+    {
+        if (kind == int(PageChange::Kind::Delete))
+            return;
+        WriteFile(change.Folder() + u"page.htm"_s, "new");
+        WriteFile(change.Folder() + u"page/in/n.png"_s, "n");
+    }
+    /// What a process leaves that ends before it has put its page in place.
+    void LeaveBehind(PageChange::Kind kind, bool committed)
+    {
+        QString folder;
+        const QString kept = m_home->Path(u"kept"_s);
+        QMap<QString, QByteArray> left;
+        {
+            PageChange change(*m_library, m_item);
+            Make(change, int(kind));
+            Transaction transaction(*m_library);
+            change.Bind(kind);
+            folder = change.Folder() + u"../"_s;
+            left = ContentsOf(folder);
+            if (committed)
+                transaction.Commit();
+        }
+        folder = QDir::cleanPath(folder) + u'/';
+        QVERIFY(QDir().mkpath(folder + u"new"_s));
+        for (auto entry = left.begin(); entry != left.end(); ++entry) {
+            if (!entry.key().endsWith(u'/'))
+                WriteFile(folder + entry.key(), entry.value());
+        }
+    }
+
+    std::unique_ptr<TemporaryHome> m_home;
+    std::unique_ptr<Library> m_library;
+    qint64 m_item = 0;
+    QMap<QString, QByteArray> m_before;
+};
+
+QB_TEST_MAIN(TestPageChange)
+#include "tst_page_change.moc"
