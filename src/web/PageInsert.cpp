@@ -4,6 +4,8 @@
 
 #include <QtEndian>
 
+#include <QtEndian>
+
 namespace qb {
 
 using namespace Qt::StringLiterals;

@@ -1,7 +1,10 @@
 #include "web/WebPages.h"
 
 #include "platform/system/FileReplace.h"
+#include "platform/system/Paths.h"
 #include "platform/system/RuntimeError.h"
+#include "support/ErrorRoutine.h"
+#include "web/DefaultPages.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,6 +16,20 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString* const DefaultPages[] = {&WelcomePage, &PageTemplate};
+
+/// The user's own default pages, if there are any. That they can't be read keeps nobody from a page.
+void TakeOwnDefaultPages(const QString& folder)
+{
+    const QString file = ApplicationFolder() + DefaultPagesFile;
+    if (!QFile::exists(file))
+        return;
+    try {
+        ReadDefaultPages(file, folder);
+    } catch (const RuntimeError& error) {
+        HandleError(error.Number(), error.Description(), u"MainForm"_s, u"CreateDefaultHTMLItems"_s, error.Source(),
+                    true);
+    }
+}
 
 } // namespace
 
@@ -40,6 +57,8 @@ void CreateDefaultHTMLItems(const QString& folder)
     };
     if (!QDir().mkpath(folder))
         fail(u"the folder can't be made."_s);
+    if (DefaultPagesMissing(folder))
+        TakeOwnDefaultPages(folder);
     for (const QString* page : DefaultPages) {
         if (QFile::exists(folder + *page))
             continue;
