@@ -59,6 +59,9 @@ int Files(const QStringList& words);
 int Extract(const QStringList& words);
 int Detach(const QStringList& words);
 
+// Web pages
+int Page(const QStringList& words);
+
 // Links
 int Link(const QStringList& words);
 int Links(const QStringList& words);

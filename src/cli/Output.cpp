@@ -42,6 +42,11 @@ void Print(const QString& text)
     Write((OutputIsTerminal() ? ForTerminal(text) : text).toUtf8());
 }
 
+void Print(const QByteArray& bytes)
+{
+    Write(OutputIsTerminal() ? ForTerminal(QString::fromUtf8(bytes)).toUtf8() : bytes);
+}
+
 void Print(const QJsonObject& object)
 {
     Write(QJsonDocument(object).toJson(QJsonDocument::Indented));

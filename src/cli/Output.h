@@ -8,6 +8,8 @@ namespace qb::cli {
 
 /// Writes to standard output as UTF-8; raises RuntimeError 75 when that fails.
 void Print(const QString& text);
+/// Bytes as they are, into a file; on a terminal as a text, as if they were one.
+void Print(const QByteArray& bytes);
 void Print(const QJsonObject& object);
 void Print(const QJsonArray& array);
 

@@ -65,6 +65,13 @@ inline constexpr AttackedCommand Commands[] = {
     {"export markdown", "export LIB 1 OUT/markdown --as markdown"},
     {"export files", "export LIB 1 OUT/files --as files"},
     {"import", "import LIB IN/e.qbx --parent 3"},
+    {"page set", "page set LIB 2 IN/p.htm --with IN/pics"},
+    {"page set anew", "page set LIB 3 IN/p.htm --with IN/pics"},
+    {"page picture", "page picture LIB 2 IN/pic.gif"},
+    {"page link", "page link LIB 3 example.org --text there"},
+    {"page delete", "page delete LIB 2"},
+    {"page export", "page export LIB 2 OUT/page"},
+    {"page defaults", "page defaults OUT/made.qhd", true},
     {"compact", "compact LIB", true},
     {"undo-session", "undo-session LIB", true},
 };
@@ -118,7 +125,14 @@ public:
         database->Execute(u"INSERT INTO BookmarkGroups (\"Group\") VALUES ('old')"_s);
         database->Execute(u"INSERT INTO Bookmarks (CodeID, BookmarkGroup) VALUES (1, 1)"_s);
         AddStoredFile(*database, one, u"stored.bin"_s, QByteArray(20000, 's'), {});
-        WriteFile(database->HTMLFolder() + u"2.htm"_s, "<img src=\"2/pic.png\">");
+        WriteFile(m_pristine + u"/in/p.htm"_s, "<img src=\"pics/n.png\">");
+        WriteFile(m_pristine + u"/in/pics/deep/n.png"_s, QByteArray(9000, 'n'));
+        WriteFile(m_pristine + u"/in/pic.gif"_s,
+                  QByteArray::fromHex("47494638396101000100800000ffffff00000021f904010000"
+                                      "00002c00000000010001000002024401003b"));
+        WriteFile(database->HTMLFolder() + u"2.htm"_s, "<p><img src=\"2/pic.png\"></p>\r\n<!--End-->");
+        for (const QString& name : {u"default.htm"_s, u"default2.htm"_s})
+            WriteFile(database->HTMLFolder() + name, "<p></p>\r\n<!--End-->");
         WriteFile(database->HTMLFolder() + u"2/pic.png"_s, "picture");
         database->Execute(u"UPDATE Items SET HTMLPage = -1 WHERE ID = 2"_s);
         for (const QString& folder : {database->FilesFolder(), database->HTMLFolder()})
@@ -188,7 +202,7 @@ public:
         for (const QString& folder : {u"/out"_s, u"/config"_s})
             RemoveStaleInterims(work + folder);
         const std::pair<QString, QString> tables[] = {
-            {u"Items"_s, u"ID, ParentID, Title, Code, Notes, Example, CodeHeaders, ItemStatus, ItemRating"_s},
+            {u"Items"_s, u"ID, ParentID, Title, Code, Notes, Example, CodeHeaders, ItemStatus, ItemRating, HTMLPage"_s},
             {u"BookmarkGroups"_s, u"ID, \"Group\""_s},
             {u"Bookmarks"_s, u"ID, CodeID, BookmarkGroup, Description"_s},
             {u"Files"_s, u"ID, CodeID, Title, FileSize"_s},
