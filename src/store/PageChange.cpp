@@ -121,12 +121,20 @@ Bound ReadBound(const QString& folder)
     return {words[0].toLongLong(), PageChange::Kind(kind - std::begin(KindNames))};
 }
 
+/// What is bound no more is not begun anew, whatever is left of it; so that goes first.
+bool RemoveDone(const QString& folder)
+{
+    return QFile::remove(folder + ItemName) && DeleteFolder(folder);
+}
+
 /// Of a change that nobody is at work on, whose folder is locked by the caller. False when it has to wait.
 bool Finish(Library& library, const QString& folder, const QString& mark)
 {
     const Bound bound = ReadBound(folder);
     const bool counts = bound.Item > 0 && NotedMark(library, bound.Item) == mark;
-    return (!counts || Place(library.HTMLFolder(), folder, bound.Item, bound.Kind)) && DeleteFolder(folder);
+    if (!counts)
+        return DeleteFolder(folder);
+    return Place(library.HTMLFolder(), folder, bound.Item, bound.Kind) && RemoveDone(folder);
 }
 
 QString FolderOf(const Library& library, const QString& mark)
@@ -185,7 +193,7 @@ void PageChange::PutInPlace()
     if (!Place(m_root, folder, m_item, m_kind))
         Fail(u"The page of item %1 is stored, but could not be put in its place yet: this is done when the library is "
              "opened next."_s.arg(m_item));
-    DeleteFolder(folder); // or at the next opening: nothing in it is needed
+    RemoveDone(folder); // or at the next opening: nothing in it is needed
 }
 
 void SettlePage(Library& library, qint64 item)

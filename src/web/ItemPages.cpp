@@ -327,17 +327,12 @@ int ExportPage(const Library& library, qint64 item, const QString& folder)
     QStringList files = FilesOfPage(library, item);
     for (QString& file : files)
         file.prepend(inFolder);
-    StagedFiles stage(folder);
-    for (const QString& file : files + QStringList{name}) {
-        if (IsThere(QDir(folder).filePath(file)))
-            Fail(ErrorNumber::PathAccess, u"'%1' is there already; nothing was written."_s.arg(
-                                              QDir::toNativeSeparators(QDir(folder).filePath(file))));
-    }
+    const QFileInfo target(QDir::cleanPath(QFileInfo(folder).absoluteFilePath()));
+    StagedFiles stage(target.absolutePath());
     WriteNew(stage.PathFor(name), page);
     for (const QString& file : std::as_const(files))
         CopyFileContents(library.HTMLFolder() + file, stage.PathFor(file));
-    if (stage.PutInPlace(true) > 0)
-        Fail(ErrorNumber::PathAccess, u"A file of that name is there already."_s);
+    stage.PutInPlaceAsFolder(target.fileName());
     return int(files.size()) + 1;
 }
 

@@ -71,8 +71,8 @@ void NotePageChanged(Library& library, qint64 item, const QByteArray& before);
 /// that was so.
 bool ForgetMissingPage(Library& library, qint64 item);
 
-/// Copies an item's page with its files into a folder, all or nothing. Nothing that stands there is replaced: it raises
-/// RuntimeError 75 then. Returns how many files there are.
+/// Copies an item's page with its files into a folder, which must be empty or not there, all or nothing. Raises
+/// RuntimeError 75 when that can't be. Returns how many files there are.
 int ExportPage(const Library& library, qint64 item, const QString& folder);
 
 } // namespace qb

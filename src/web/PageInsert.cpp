@@ -4,8 +4,6 @@
 
 #include <QtEndian>
 
-#include <QtEndian>
-
 namespace qb {
 
 using namespace Qt::StringLiterals;

@@ -17,6 +17,7 @@
 #include "support/FolderContents.h"
 #include "support/LibraryBuilder.h"
 #include "support/TestRun.h"
+#include "web/DefaultPages.h"
 
 #include <QFileInfo>
 #include <QProcess>
@@ -247,6 +248,11 @@ public:
                 for (const OutlinedItem& item : branch.Items())
                     outline += item.Title.toUtf8() + ' ' + QByteArray::number(item.TextBytes + item.FileBytes) + '|';
                 return outline;
+            }
+            if (path.endsWith(u".qhd"_s)) {
+                const QTemporaryDir pages;
+                ReadDefaultPages(path, pages.path() + u'/');
+                return ContentsOf(pages.path()).keys().join(u'|').toUtf8();
             }
             if (path.endsWith(u".qbb"_s) || path.endsWith(u".qbb.001"_s)) {
                 const QTemporaryDir scratch;

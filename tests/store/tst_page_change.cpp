@@ -83,6 +83,18 @@ private Q_SLOTS:
         QTEST(Files(), "left");
     }
 
+    /// What is left of a change that was completed, where its removal ended in the middle.
+    void changeThatWasCompleted_isNotBegunAnew()
+    {
+        LeaveBehind(PageChange::Kind::Replace, true);
+        FinishPendingPages(*m_library);
+        const QString mark = ReadChecksums(*m_library, u"PageChange"_s, m_item)->Sums.firstKey();
+        QVERIFY(QDir().mkpath(Pages() + u".changing-page-"_s + mark + u"/new"_s));
+        FinishPendingPages(*m_library);
+        QCOMPARE(Files(), (QStringList{u"1.htm=new"_s, u"1/in/n.png=n"_s}));
+        QVERIFY(Interim().isEmpty());
+    }
+
     void changeUnderWay_isLeftAlone()
     {
         PageChange change(*m_library, m_item);

@@ -267,7 +267,7 @@ private Q_SLOTS:
         QCOMPARE(Row(), u"0 then then"_s);
     }
 
-    void export_replacesNothing()
+    void export_wantsAFolderOfItsOwn()
     {
         const QString out = m_home->Path(u"out"_s);
         AddPicture(*m_library, m_item, Picture(), {});
