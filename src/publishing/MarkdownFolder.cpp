@@ -1,9 +1,9 @@
 #include "platform/richtext/Rtf.h"
 #include "platform/richtext/RtfPlainText.h"
+#include "platform/system/SafeNames.h"
 #include "publishing/BranchPublisher.h"
 #include "publishing/HtmlText.h"
 #include "publishing/MarkdownText.h"
-#include "publishing/SafeNames.h"
 #include "support/DateFormatCustom.h"
 
 namespace qb {

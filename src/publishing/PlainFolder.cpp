@@ -1,8 +1,8 @@
 #include "platform/richtext/Rtf.h"
 #include "platform/system/RuntimeError.h"
+#include "platform/system/SafeNames.h"
 #include "platform/system/SourceForm.h"
 #include "publishing/BranchPublisher.h"
-#include "publishing/SafeNames.h"
 
 namespace qb {
 

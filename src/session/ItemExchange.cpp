@@ -3,7 +3,7 @@
 #include "exchange/BranchExport.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/RuntimeError.h"
-#include "publishing/SafeNames.h"
+#include "platform/system/SafeNames.h"
 #include "session/FileDialogs.h"
 #include "session/ItemTree.h"
 

@@ -1,7 +1,7 @@
 #include "maintenance/FolderImport.h"
 #include "platform/richtext/RtfPlainText.h"
+#include "platform/system/SafeNames.h"
 #include "publishing/BranchPublisher.h"
-#include "publishing/SafeNames.h"
 #include "store/CCodeItem.h"
 #include "support/FolderContents.h"
 #include "support/LibraryBuilder.h"

@@ -1,4 +1,4 @@
-#include "publishing/SafeNames.h"
+#include "platform/system/SafeNames.h"
 
 #include <QStringList>
 #include <algorithm>
