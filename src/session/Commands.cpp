@@ -103,6 +103,9 @@ constexpr CommandRow Rows[] = {
     {Place::Tools, "mnuUndoThisSessionChanges", "&Undo All Changes of This Session", "", "",
      "Bring the database back to the start of the session"},
     {Place::Tools, "", "", "", "", ""},
+    {Place::Tools, "mnuHTMLDefaultItem", "Create &HTML Default File", "", "",
+     "Write the welcome page and the template of new pages to a file, from which new libraries get theirs"},
+    {Place::Tools, "", "", "", "", ""},
     {Place::Tools, "mnuOptionsItem", "&Options...", "configure", "Ctrl+,",
      "Settings of the program and the open library, and its language"},
 
@@ -176,11 +179,23 @@ constexpr CommandRow Rows[] = {
     {Place::ExportForReaders, "mnuExportFiles", "As &Files...", "", "",
      "Write a folder of the code texts under their titles"},
 
+    {Place::WebLinks, "mnuWebEditPage", "&Edit Page...", "document-edit", "Ctrl+E",
+     "Edit the item's web page; it is made where there is none"},
+    {Place::WebLinks, "mnuWebInsertPicture", "Insert &Picture...", "insert-image", "",
+     "Put a picture at the end of the item's page"},
+    {Place::WebLinks, "mnuWebInsertLink", "Insert &Link...", "insert-link", "",
+     "Put a link at the end of the item's page"},
+    {Place::WebLinks, "mnuWebDeletePage", "&Delete Page", "edit-delete", "",
+     "Delete the item's page with its pictures"},
+    {Place::WebLinks, "", "", "", "", ""},
     {Place::WebLinks, "mnuWebGoBack", "&Back", "go-previous", "Alt+Left", "Go back to the page before"},
     {Place::WebLinks, "mnuWebGoForward", "&Forward", "go-next", "Alt+Right", "Go forward again"},
     {Place::WebLinks, "mnuWebStop", "&Stop", "process-stop", "", "Stop loading the page"},
     {Place::WebLinks, "mnuWebReload", "&Reload", "view-refresh", "Ctrl+R", "Load the page again"},
     {Place::WebLinks, "mnuWebHome", "&Home", "go-home", "Alt+Home", "Go to the item's own page"},
+    {Place::WebLinks, "", "", "", "", ""},
+    {Place::WebLinks, "mnuWebOpenedBrowsers", "&Opened Browsers", "internet-web-browser", "",
+     "Go to a page that is open in a browser of yours"},
 
     {Place::CodeToolbar, "COLORIZE", "Colorize", "colorize", "", "Colorize"},
 

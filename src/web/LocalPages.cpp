@@ -1,5 +1,6 @@
 #include "web/LocalPages.h"
 
+#include "web/DownloadAddress.h"
 #include "web/WebPages.h"
 
 #include <QFile>
@@ -144,8 +145,10 @@ NavigationAnswer AnswerNavigation(const QUrl& from, const QUrl& to, NavigationCa
         return NavigationAnswer::Show;
     if (isWeb && cause == NavigationCause::Page && IsLocalPage(from))
         return NavigationAnswer::Refuse;
+    if (isWeb && web == Web::KeptOut)
+        return NavigationAnswer::KeepOut;
     if (isWeb)
-        return web == Web::KeptOut ? NavigationAnswer::KeepOut : NavigationAnswer::Show;
+        return CancelNavigate(to.toString()) ? NavigationAnswer::LoadFile : NavigationAnswer::Show;
     if (IsLocalPage(to) || cause == NavigationCause::Page)
         return NavigationAnswer::Refuse;
     const bool isMail = to.scheme() == u"mailto"_s;

@@ -52,6 +52,7 @@ enum class NavigationAnswer {
     OpenOutside, ///< the desktop's application for such addresses is asked
     Refuse,
     KeepOut, ///< it would be shown, were pages of the web
+    LoadFile ///< it is a file, which is no page
 };
 /// Whether pages of the web are shown at all.
 enum class Web { Shown, KeptOut };

@@ -189,6 +189,14 @@ bool ctlFileDetails::MayChange() const
 }
 
 /// Reads the files anew; those that were selected are again, if they are there.
+void ctlFileDetails::FilesAdded(const QString& key)
+{
+    if (!m_library || key != m_itemKey)
+        return;
+    Refill();
+    Q_EMIT FilesChanged(m_files->rowCount() > 0);
+}
+
 void ctlFileDetails::Refill()
 {
     QStringList selected;

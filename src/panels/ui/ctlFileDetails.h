@@ -48,6 +48,8 @@ public:
     void ExportFile() override;
     void OpenFile();
     void UnzipToDirectory() override;
+    /// The item of this key has got stored files from elsewhere: they are listed, if it is the one that is shown.
+    void FilesAdded(const QString& key);
     /// Stores files of these paths with the item, after the question how.
     void ImportFiles(const QStringList& paths);
 

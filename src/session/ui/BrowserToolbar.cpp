@@ -16,8 +16,15 @@ namespace {
 const QHash<QString, QString>& ButtonKeys()
 {
     static const QHash<QString, QString> keys{
-        {u"mnuWebGoBack"_s, u"BACK"_s},   {u"mnuWebGoForward"_s, u"FORWARD"_s}, {u"mnuWebStop"_s, u"STOP"_s},
-        {u"mnuWebReload"_s, u"RELOAD"_s}, {u"mnuWebHome"_s, u"HOME"_s},
+        {u"mnuWebEditPage"_s, u"EDIT"_s},
+        {u"mnuWebInsertPicture"_s, u"INSERT_PICTURE"_s},
+        {u"mnuWebInsertLink"_s, u"INSERT_LINK"_s},
+        {u"mnuWebGoBack"_s, u"BACK"_s},
+        {u"mnuWebGoForward"_s, u"FORWARD"_s},
+        {u"mnuWebStop"_s, u"STOP"_s},
+        {u"mnuWebReload"_s, u"RELOAD"_s},
+        {u"mnuWebHome"_s, u"HOME"_s},
+        {u"mnuWebOpenedBrowsers"_s, u"EXPLORERS"_s},
     };
     return keys;
 }
@@ -29,7 +36,10 @@ BrowserToolbar::BrowserToolbar(const QList<QAction*>& commands, QWidget* parent)
 {
     setObjectName(u"tbrBrowser"_s);
     for (QAction* command : commands) {
-        command->setProperty("key", ButtonKeys().value(command->objectName()));
+        const QString key = ButtonKeys().value(command->objectName());
+        if (key.isEmpty() && !command->isSeparator())
+            continue; // in the menu alone
+        command->setProperty("key", key);
         addAction(command);
     }
     cboURL->setObjectName(u"cboURL"_s);
@@ -45,6 +55,11 @@ BrowserToolbar::BrowserToolbar(const QList<QAction*>& commands, QWidget* parent)
         if (!text.trimmed().isEmpty())
             Q_EMIT AddressEntered(text);
     });
+}
+
+QString BrowserToolbar::Address() const
+{
+    return cboURL->currentText();
 }
 
 void BrowserToolbar::SetAddress(const QString& address)

@@ -16,6 +16,7 @@ public:
     explicit BrowserToolbar(const QList<QAction*>& commands, QWidget* parent = nullptr);
 
     void SetAddress(const QString& address);
+    QString Address() const;
     /// How wide the box of addresses may become where the buttons leave so much of the band, in pixels.
     std::function<int(int left)> AddressWidth;
 

@@ -71,6 +71,7 @@ frmCodeLib::frmCodeLib()
     ConnectPanels();
     ConnectDetails();
     ConnectFiles();
+    ConnectPages();
     ConnectBookmarks();
     MakeQuickOpen();
     ConnectMenus();
@@ -83,6 +84,7 @@ frmCodeLib::frmCodeLib()
 frmCodeLib::~frmCodeLib()
 {
     delete m_quickOpen;
+    delete m_downloadWindow;
     m_find.reset();
 }
 
@@ -118,6 +120,7 @@ void frmCodeLib::Form_Load()
         };
         if (open)
             m_libraries->LibraryShown();
+        InitializeAutoURLDetection();
         if (Settings().TipsOnStartup())
             StartTips();
     });
@@ -284,7 +287,7 @@ void frmCodeLib::closeEvent(QCloseEvent* event)
 bool frmCodeLib::Form_QueryUnload()
 {
     tvCodeItems->EndLabelEdit();
-    return m_items->SaveItem();
+    return m_downloads->MayEnd() && m_items->SaveItem();
 }
 
 void frmCodeLib::DoUnload()
@@ -311,6 +314,7 @@ void frmCodeLib::moSettings_SettingsUpdated()
     WebAccess::SetUnwanted(Settings().KeepWebOut());
     for (BrowserView* view : findChildren<BrowserView*>())
         view->ApplyWebAccess();
+    m_downloads->ApplyWebAccess();
     UpdateAskToSaveFileDescChanges();
 }
 
@@ -324,6 +328,7 @@ void frmCodeLib::UpdateAskToSaveFileDescChanges()
 void frmCodeLib::Form_Unload()
 {
     Guarded(ModuleName, u"Form_Unload"_s, [this] {
+        UninitializeAutoURLDetection();
         m_tree->ClearTreeView();
         const QString library = m_session.MayWrite() ? m_session.CurrentDatabase->Name() : QString();
         ctlBookMarkList->Terminate();

@@ -11,6 +11,7 @@
 #include "session/ItemTree.h"
 #include "session/ItemWebPage.h"
 #include "session/LibraryList.h"
+#include "session/PageDownloads.h"
 #include "session/QuickOpenSession.h"
 #include "session/SessionState.h"
 #include "session/WindowLayout.h"
@@ -18,8 +19,10 @@
 #include "session/ui/EditCommands.h"
 #include "session/ui/WindowShell.h"
 #include "session/ui/frmSettings.h"
+#include "web/ui/frmDownloads.h"
 
 #include <QMainWindow>
+#include <QPointer>
 #include <QTimer>
 
 class QAction;
@@ -106,6 +109,12 @@ private:
     void tvCodeItems_Shrinking(bool shrinks);
     void ConnectDetails();
     void ConnectFiles();
+    void ConnectPages();
+    void ConnectDownloads();
+    void OpenedExplorersPopup();
+    void PopulateOpenedExplorers(QMenu& menu);
+    void InitializeAutoURLDetection();
+    void UninitializeAutoURLDetection();
     void UpdateAskToSaveFileDescChanges();
     void RegisterCommands();
     void ConnectMenus();
@@ -170,6 +179,8 @@ private:
     std::unique_ptr<ItemDrag> m_drag;
     std::unique_ptr<ItemLinking> m_linking;
     std::unique_ptr<ItemWebPage> m_page;
+    std::unique_ptr<PageDownloads> m_downloads;
+    QPointer<frmDownloads> m_downloadWindow;
     std::unique_ptr<ItemPrinting> m_printing;
     std::unique_ptr<LibraryList> m_libraries;
     FindService m_findService;

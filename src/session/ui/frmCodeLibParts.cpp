@@ -192,6 +192,7 @@ void frmCodeLib::ConnectPanels()
         ShowStatusOfItem();
         ShowLibraryState();
         m_linking->ShowLinks();
+        m_page->ShowCommands();
         tvCodeItems->UpdateDescription(ctlCodeItemDetails->Description());
         ctlBookMarkList->SetItemText(m_session.oCodeItem ? m_session.oCodeItem->Title() : QString());
     };

@@ -2,8 +2,11 @@
 
 #include "platform/richtext/ListMark.h"
 #include "support/Addresses.h"
+#include "text/AddressDetect.h"
 
+#include <QApplication>
 #include <QHelpEvent>
+#include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QScrollBar>
@@ -33,6 +36,90 @@ void RichTextBox::paintEvent(QPaintEvent* event)
 {
     QTextEdit::paintEvent(event);
     PaintListMarks(event);
+    if (m_detectsAddresses)
+        PaintAddresses(event);
+}
+
+// Addresses
+
+void RichTextBox::SetAutoURLDetect(bool detects)
+{
+    m_detectsAddresses = detects;
+    viewport()->setMouseTracking(detects);
+    viewport()->update();
+}
+
+/// What was detected there; empty where nothing was, or a link of the text has the place.
+QString RichTextBox::AddressAt(const QPoint& place) const
+{
+    const QTextCursor cursor = cursorForPosition(place);
+    const QString line = cursor.block().text();
+    if (!m_detectsAddresses || !anchorAt(place).isEmpty())
+        return {};
+    const QRect caret = cursorRect(cursor); // the nearest one, which may be far from the place
+    const bool isNear = std::abs(place.x() - caret.x()) < fontMetrics().averageCharWidth() * 3
+                        && place.y() >= caret.top() && place.y() <= caret.bottom();
+    const qsizetype at = cursor.positionInBlock();
+    for (const DetectedAddress& address : AddressesIn(line)) {
+        if (isNear && at >= address.Begin && at <= address.Begin + address.Length)
+            return line.mid(address.Begin, address.Length);
+    }
+    return {};
+}
+
+/// A line under each, by which it is known; the looks of the text are the user's.
+void RichTextBox::PaintAddresses(QPaintEvent* event)
+{
+    QPainter painter(viewport());
+    painter.setClipRect(event->rect());
+    painter.setPen(palette().color(QPalette::Link));
+    const QPointF offset(-horizontalScrollBar()->value(), -verticalScrollBar()->value());
+    for (QTextBlock block = cursorForPosition(QPoint(0, 0)).block(); block.isValid(); block = block.next()) {
+        const QTextLayout* layout = block.layout();
+        const QPointF place = layout->position() + offset;
+        if (place.y() > viewport()->height())
+            break;
+        for (const DetectedAddress& address : AddressesIn(block.text())) {
+            const int end = int(address.Begin + address.Length);
+            for (int at = int(address.Begin); at < end;) {
+                const QTextLine line = layout->lineForTextPosition(at);
+                const int last = line.isValid() ? std::min(end, line.textStart() + line.textLength()) : end;
+                if (!line.isValid() || last <= at)
+                    break;
+                const double y = line.y() + line.ascent() + 2;
+                painter.drawLine(place + QPointF(line.cursorToX(at), y), place + QPointF(line.cursorToX(last), y));
+                at = last;
+            }
+        }
+    }
+}
+
+void RichTextBox::mouseMoveEvent(QMouseEvent* event)
+{
+    RichTextBoxOf::mouseMoveEvent(event);
+    if (!m_detectsAddresses || event->buttons() != Qt::NoButton)
+        return;
+    const bool isOver = !AddressAt(event->position().toPoint()).isEmpty();
+    viewport()->setCursor(isOver ? Qt::PointingHandCursor : Qt::IBeamCursor);
+}
+
+void RichTextBox::mousePressEvent(QMouseEvent* event)
+{
+    m_pressed = event->position().toPoint();
+    RichTextBoxOf::mousePressEvent(event);
+}
+
+/// A click, and not the end of a selection.
+void RichTextBox::mouseReleaseEvent(QMouseEvent* event)
+{
+    RichTextBoxOf::mouseReleaseEvent(event);
+    const QPoint place = event->position().toPoint();
+    const bool isClick = event->button() == Qt::LeftButton && !textCursor().hasSelection()
+                         && (place - m_pressed).manhattanLength() < QApplication::startDragDistance()
+                         && !(event->modifiers() & (Qt::ShiftModifier | Qt::AltModifier));
+    const QString address = isClick ? AddressAt(place) : QString();
+    if (!address.isEmpty())
+        Q_EMIT AddressClicked(AddressToOpen(address), event->modifiers().testFlag(Qt::ControlModifier));
 }
 
 void RichTextBox::PaintListMarks(QPaintEvent* event)

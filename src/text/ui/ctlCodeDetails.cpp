@@ -140,6 +140,29 @@ void ctlCodeDetails::ConnectBoxes()
     for (CodeBox* box : {rtbCode, rtbUsage})
         connect(box, &CodeBox::TextTakenBack, this, [this, box] { m_sections.TextTakenBack(*TextOf(box)); });
     connect(rtbNotes, &RichTextBox::LinkActivated, m_welcome, &WelcomeView::AddressActivated);
+    ConnectAddresses(rtbNotes);
+}
+
+void ctlCodeDetails::ConnectAddresses(RichTextBox* box)
+{
+    connect(box, &RichTextBox::AddressClicked, this, [this](const QString& address, bool isOutside) {
+        isOutside ? OpenAddress(address, [this](const QString& page) { LinkOver(page); }) : LinkOver(address);
+    });
+}
+
+void ctlCodeDetails::SetAutoURLDetect(bool detects)
+{
+    m_detectsAddresses = detects;
+    rtbNotes->SetAutoURLDetect(detects);
+    if (m_fileNotes)
+        m_fileNotes->SetAutoURLDetect(detects);
+}
+
+/// The tab comes first: it shows the item's page when it is gone to.
+void ctlCodeDetails::LinkOver(const QString& address)
+{
+    SetCurrentView(DetailsTab::Links);
+    Navigate(address);
 }
 
 template <class Box>
@@ -201,6 +224,12 @@ void ctlCodeDetails::ConnectBrowser()
     connect(webLinks, &BrowserView::ProgressChange, this, &ctlCodeDetails::BrowserProgressChange);
     connect(webLinks, &BrowserView::LinkHovered, this, &ctlCodeDetails::BrowserLinkHovered);
     connect(webLinks, &BrowserView::OpenOutside, m_welcome, &WelcomeView::AddressActivated);
+    connect(webLinks, &BrowserView::LoadFile, this, &ctlCodeDetails::LoadFile);
+}
+
+void ctlCodeDetails::ShowAsPage(const QUrl& url)
+{
+    webLinks->ShowAsPage(url, m_htmlFolder);
 }
 
 void ctlCodeDetails::SetFileControl(FileDetailsView& files)
@@ -221,6 +250,8 @@ void ctlCodeDetails::SetFileControl(FileDetailsView& files)
     connect(m_fileNotes, &RichTextBox::textChanged, m_findBar, &FindBar::RefreshSoon);
     connect(m_fileNotes, &RichTextBox::ZoomAsked, this, [this](int steps) { ZoomBy(steps); });
     connect(m_fileNotes, &RichTextBox::LinkActivated, m_welcome, &WelcomeView::AddressActivated);
+    ConnectAddresses(m_fileNotes);
+    m_fileNotes->SetAutoURLDetect(m_detectsAddresses);
 }
 
 bool ctlCodeDetails::eventFilter(QObject* watched, QEvent* event)

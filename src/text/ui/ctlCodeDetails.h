@@ -75,6 +75,12 @@ public:
     /// The selected text of the visible box.
     QString SelText() const;
     void FileNotesSetFocus();
+    /// Addresses in the notes, of the item and of its files, can be clicked.
+    void SetAutoURLDetect(bool detects);
+    /// An address was clicked: goes to the Links tab and there.
+    void LinkOver(const QString& address);
+    /// An address that looks like that of a file is one of a page: shows it.
+    void ShowAsPage(const QUrl& url);
     /// Shows a page of the folder of web pages on the welcome page.
     void WelcomeBrowserNavigate(const QString& page);
 
@@ -102,6 +108,8 @@ Q_SIGNALS:
     void BrowserCommandStateChange(bool back, bool forward);
     void BrowserProgressChange(int percent);
     void BrowserLinkHovered(const QString& address);
+    /// The browser has come to a file, which is no page.
+    void LoadFile(const QUrl& url);
 
     // The state of the selection in the notes differs from what was told last
     void eNotesFontChanged(const QString& font);
@@ -132,6 +140,7 @@ private:
     void ConnectTexts();
     void ConnectFormatter();
     void ConnectBrowser();
+    void ConnectAddresses(RichTextBox* box);
     void TextEdited(DetailsTab tab);
     void ReadFormat();
     void PointFormatter();
@@ -146,7 +155,8 @@ private:
     QTabWidget* m_tabs = nullptr;
     QWidget* m_filePage = nullptr; ///< holds the list of stored files
     FileDetailsView* ctlFileDetails1 = nullptr;
-    QString m_htmlFolder;    ///< of the open library
+    QString m_htmlFolder; ///< of the open library
+    bool m_detectsAddresses = false;
     bool m_readOnly = false; ///< the whole library can only be read
 };
 

@@ -30,9 +30,9 @@ void BrowserView::MakeBrowser()
     QString reason;
     m_browser = MakeWebBrowser(reason);
     if (!m_browser) {
-        m_noBrowser = MakeExcuse("lblNoBrowser", u"Web pages can't be shown here: %1\n\nInstall Qt WebEngine "
-                                                 "(libqt6webenginewidgets6), or open the page in your own browser."_s
-                                                     .arg(reason));
+        m_noBrowser = MakeExcuse("lblNoBrowser",
+                                 u"Web pages can't be shown here: %1\n\nInstall Qt WebEngine "
+                                 "(libqt6webenginewidgets6), or open the page in your own browser."_s.arg(reason));
         m_layout->addWidget(m_noBrowser);
         return;
     }
@@ -62,6 +62,11 @@ void BrowserView::ConnectBrowser()
         if (m_gestures.Take())
             Q_EMIT OpenOutside(url.toString());
     };
+    m_browser->LoadFile = [this](const QUrl& url) {
+        if (m_gestures.Take())
+            Q_EMIT LoadFile(url);
+    };
+    m_browser->IsKnownPage = [this](const QUrl& url) { return m_pages.contains(url); };
 }
 
 /// A page of plain text with a button for the user's own browser.
@@ -119,10 +124,16 @@ void BrowserView::Navigate(const QUrl& url, const QString& folder)
     if (!m_browser)
         return m_layout->setCurrentWidget(m_noBrowser);
     m_browser->SetPages(folder);
-    if (answer == NavigationAnswer::Show)
-        m_browser->Navigate(url);
+    if (answer == NavigationAnswer::Show || answer == NavigationAnswer::LoadFile)
+        m_browser->Navigate(url); // which decides about files, as for each link
     else if (answer == NavigationAnswer::OpenOutside)
         Q_EMIT OpenOutside(url.toString());
+}
+
+void BrowserView::ShowAsPage(const QUrl& url, const QString& folder)
+{
+    m_pages.insert(url);
+    Navigate(url, folder);
 }
 
 void BrowserView::TellNowhere(const QString& address, const QString& reason)

@@ -3,6 +3,7 @@
 #include "web/WebAccess.h"
 #include "web/ui/WebBrowser.h"
 
+#include <QSet>
 #include <QWidget>
 
 class QLabel;
@@ -23,6 +24,8 @@ public:
     void Navigate(const QUrl& url, const QString& folder);
     /// Says that an address leads nowhere, until the next page.
     void TellNowhere(const QString& address, const QString& reason);
+    /// An address that looks like that of a file is one of a page: shows it.
+    void ShowAsPage(const QUrl& url, const QString& folder);
     /// Puts a page of the web away where those are kept out from now on, and all that was visited before it.
     void ApplyWebAccess();
     void GoBack();
@@ -43,6 +46,8 @@ Q_SIGNALS:
     void DocumentComplete(const QUrl& url);
     /// The mouse is over a link; empty when it has left it.
     void LinkHovered(const QString& address);
+    /// The address of a file that is no page, at the user's wish.
+    void LoadFile(const QUrl& url);
     /// An address for another application.
     void OpenOutside(const QString& address);
 
@@ -54,13 +59,14 @@ private:
     QWidget* MakeExcuse(const char* name, const QString& text);
 
     QWidget* m_noBrowser = nullptr; ///< shown in its place where none is installed
-    QWidget* m_keptOut = nullptr; ///< from the first page on that was kept out
-    QLabel* m_nowhere = nullptr;  ///< from the first address on that led nowhere
+    QWidget* m_keptOut = nullptr;   ///< from the first page on that was kept out
+    QLabel* m_nowhere = nullptr;    ///< from the first address on that led nowhere
     QStackedLayout* m_layout;
     std::unique_ptr<WebBrowser> m_browser;
     GestureRule m_gestures;
-    QUrl m_shown;  ///< where the browser is
-    QUrl m_wanted; ///< shown outside where there is no browser
+    QSet<QUrl> m_pages; ///< that look like files
+    QUrl m_shown;       ///< where the browser is
+    QUrl m_wanted;      ///< shown outside where there is no browser
     bool m_tried = false;
 };
 

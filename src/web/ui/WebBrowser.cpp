@@ -32,11 +32,11 @@ void ShareDrawingContext()
     });
 }
 
-} // namespace
-
-std::unique_ptr<WebBrowser> MakeWebBrowser(QString& reason)
+/// What a function of the library makes, which is loaded at the first call.
+template <class Product>
+std::unique_ptr<Product> Made(const char* function, QString& reason)
 {
-    using Maker = WebBrowser* (*)();
+    using Maker = Product* (*)();
     static Maker maker = nullptr;
     if (!maker) {
         ShareDrawingContext();
@@ -44,13 +44,25 @@ std::unique_ptr<WebBrowser> MakeWebBrowser(QString& reason)
         for (const QString& place : {folder, QDir::cleanPath(folder + u"/../lib/quillbase"_s)}) {
             QLibrary library(place + u"/quillbase-webengine.so"_s);
             library.setLoadHints(QLibrary::PreventUnloadHint);
-            maker = reinterpret_cast<Maker>(library.resolve("quillbase_make_web_browser"));
+            maker = reinterpret_cast<Maker>(library.resolve(function));
             if (maker)
                 break;
             reason = library.errorString();
         }
     }
-    return std::unique_ptr<WebBrowser>(maker ? maker() : nullptr);
+    return std::unique_ptr<Product>(maker ? maker() : nullptr);
+}
+
+} // namespace
+
+std::unique_ptr<WebBrowser> MakeWebBrowser(QString& reason)
+{
+    return Made<WebBrowser>("quillbase_make_web_browser", reason);
+}
+
+std::unique_ptr<FileFetch> MakeFileFetch(QString& reason)
+{
+    return Made<FileFetch>("quillbase_make_file_fetch", reason);
 }
 
 } // namespace qb

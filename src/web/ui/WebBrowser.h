@@ -1,5 +1,7 @@
 #pragma once
 
+#include "web/FileFetch.h"
+
 #include <QString>
 #include <QUrl>
 #include <functional>
@@ -39,13 +41,19 @@ public:
     std::function<void(const QUrl& url)> KeptOut;
     /// The user has clicked, or pressed a key, in a page.
     std::function<void()> Gestured;
-    /// An address that is not for the browser: a mail address, a file to be loaded. A page may ask for it by itself.
+    /// An address that is not for the browser, as of a mail. A page may ask for it by itself.
     std::function<void(const QUrl& url)> OpenOutside;
+    /// The address of a file to be loaded. A page may ask for it by itself.
+    std::function<void(const QUrl& url)> LoadFile;
+    /// Whether an address that looks like that of a file is known to be that of a page.
+    std::function<bool(const QUrl& url)> IsKnownPage;
     std::function<void(const QString& address)> LinkHovered;
 };
 
 /// Makes a browser; null when the library or what it needs is not installed, with the reason in
 /// @p reason.
 std::unique_ptr<WebBrowser> MakeWebBrowser(QString& reason);
+/// Makes what fetches a file, which stands in the same library; null as above.
+std::unique_ptr<FileFetch> MakeFileFetch(QString& reason);
 
 } // namespace qb

@@ -62,6 +62,13 @@ bool KeepsWebOut(const WebBrowser& browser)
     return !browser.IsWebKeptOut || browser.IsWebKeptOut();
 }
 
+NavigationAnswer AnswerOf(const WebBrowser& browser, const QUrl& from, const QUrl& to, NavigationCause cause)
+{
+    const NavigationAnswer answer = AnswerNavigation(from, to, cause, KeepsWebOut(browser) ? Web::KeptOut : Web::Shown);
+    const bool isPage = answer == NavigationAnswer::LoadFile && browser.IsKnownPage && browser.IsKnownPage(to);
+    return isPage ? NavigationAnswer::Show : answer;
+}
+
 /// A page that decides where it may go.
 class BrowserPage : public QWebEnginePage {
 public:
@@ -72,8 +79,9 @@ protected:
     {
         if (!isMainFrame)
             return MayRequest(url(), to);
-        const NavigationAnswer answer = AnswerNavigation(url(), to, CauseOf(type),
-                                                         KeepsWebOut(m_browser) ? Web::KeptOut : Web::Shown);
+        const NavigationAnswer answer = AnswerOf(m_browser, url(), to, CauseOf(type));
+        if (answer == NavigationAnswer::LoadFile && m_browser.LoadFile)
+            m_browser.LoadFile(to);
         if (answer == NavigationAnswer::OpenOutside && m_browser.OpenOutside)
             m_browser.OpenOutside(to);
         if (answer == NavigationAnswer::KeepOut && m_browser.KeptOut)
@@ -173,13 +181,14 @@ void WebEngineBrowser::ConnectWhatLeadsOut()
     QObject::connect(page, &QWebEnginePage::newWindowRequested, page, [this](QWebEngineNewWindowRequest& request) {
         const bool clicked = request.isUserInitiated();
         const QUrl url = request.requestedUrl();
-        const NavigationAnswer answer = AnswerNavigation(m_view->url(), url,
-                                                         clicked ? NavigationCause::Clicked : NavigationCause::Page,
-                                                         KeepsWebOut(*this) ? Web::KeptOut : Web::Shown);
+        const NavigationAnswer answer = AnswerOf(*this, m_view->url(), url,
+                                                 clicked ? NavigationCause::Clicked : NavigationCause::Page);
         if (answer == NavigationAnswer::Show)
             m_view->setUrl(url);
         else if (answer == NavigationAnswer::KeepOut && KeptOut)
             KeptOut(url);
+        else if (answer == NavigationAnswer::LoadFile && LoadFile)
+            LoadFile(url);
     });
     QObject::connect(page, &QWebEnginePage::featurePermissionRequested, page,
                      [page](const QUrl& origin, QWebEnginePage::Feature feature) {
@@ -188,8 +197,8 @@ void WebEngineBrowser::ConnectWhatLeadsOut()
     QObject::connect(m_profile.get(), &QWebEngineProfile::downloadRequested, page,
                      [this](QWebEngineDownloadRequest* download) {
                          download->cancel();
-                         if (OpenOutside)
-                             OpenOutside(download->url());
+                         if (LoadFile)
+                             LoadFile(download->url());
                      });
 }
 

@@ -1,0 +1,82 @@
+// The web page of the item in the main window, and what is loaded from the web.
+
+#include "panels/ui/ctlBookmarks.h"
+#include "panels/ui/ctlFileDetails.h"
+#include "session/ui/BrowserToolbar.h"
+#include "session/ui/CommandFaces.h"
+#include "session/ui/frmCodeLib.h"
+#include "text/ui/ctlCodeDetails.h"
+#include "web/OpenedPages.h"
+#include "web/ui/WebBrowser.h"
+#include "web/ui/frmDownloads.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCursor>
+#include <QMenu>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+void frmCodeLib::ConnectPages()
+{
+    m_page->Address = [this] { return tbrBrowser->Address(); };
+    m_page->Reload = [this] { ctlCodeItemDetails->Reload(); };
+    m_page->RowChanged = [this] {
+        m_tree->ShowKeptDate();
+        ctlBookMarkList->ShowItem();
+    };
+    m_commands.Register(u"mnuWebOpenedBrowsers"_s, [this] { OpenedExplorersPopup(); });
+    connect(ctlCodeItemDetails, &ctlCodeDetails::LoadFile, this, [this](const QUrl& url) { m_downloads->Load(url); });
+    ConnectDownloads();
+}
+
+void frmCodeLib::ConnectDownloads()
+{
+    m_downloads = std::make_unique<PageDownloads>(m_session, &MakeFileFetch);
+    m_downloads->Show = [this](InetFileLoad& component) {
+        m_downloadWindow = new frmDownloads(component, this);
+        m_downloadWindow->setAttribute(Qt::WA_DeleteOnClose);
+    };
+    m_downloads->MayClose = [this] { return !m_downloadWindow || m_downloadWindow->MayClose(); };
+    m_downloads->IsBusy = [this] { return m_shell->IsWorking() || QApplication::activeModalWidget(); };
+    m_downloads->FilesStored = [this](qint64 item) { m_storedFiles->FilesAdded(QString::number(item)); };
+    m_downloads->GoToItem = [this](qint64 item) { m_tree->GoToNode(NodeKey(item)); };
+    m_downloads->ShowAsPage = [this](const QUrl& url) { ctlCodeItemDetails->ShowAsPage(url); };
+}
+
+void frmCodeLib::InitializeAutoURLDetection()
+{
+    ctlCodeItemDetails->SetAutoURLDetect(true);
+}
+
+void frmCodeLib::UninitializeAutoURLDetection()
+{
+    ctlCodeItemDetails->SetAutoURLDetect(false);
+}
+
+/// The pages of the user's own browsers, if one of them tells of them, at the pointer.
+void frmCodeLib::OpenedExplorersPopup()
+{
+    QMenu mnuWebBrowser(this);
+    mnuWebBrowser.setObjectName(u"mnuWebBrowser"_s);
+    PopulateOpenedExplorers(mnuWebBrowser);
+    mnuWebBrowser.exec(QCursor::pos());
+}
+
+void frmCodeLib::PopulateOpenedExplorers(QMenu& menu)
+{
+    const std::vector<OpenedPage> pages = OpenedPages();
+    for (const OpenedPage& page : pages) {
+        QString caption = page.Title;
+        connect(menu.addAction(caption.replace(u'&', u"&&"_s)), &QAction::triggered, this, [this, page] {
+            tbrBrowser->SetAddress(page.Address);
+            m_page->NavigateFromCombo(page.Address);
+        });
+    }
+    if (pages.empty())
+        menu.addAction(u"No Internet Explorers Opened"_s)->setEnabled(false);
+}
+
+} // namespace qb
