@@ -117,12 +117,14 @@ std::optional<QByteArray> WithInserted(const QByteArray& page, const QString& co
     return units.Bytes();
 }
 
-QString WithScheme(const QString& address)
+} // namespace
+
+QString LinkedAddress(const QString& address)
 {
+    if (address == BareScheme)
+        return {};
     return address.startsWith(BareScheme) || address.contains(u':') ? address : BareScheme + address;
 }
-
-} // namespace
 
 std::optional<QByteArray> WithPicture(const QByteArray& page, const PagePicture& picture)
 {
@@ -135,9 +137,9 @@ std::optional<QByteArray> WithLink(const QByteArray& page, const PageLink& link)
 {
     const QString before = u"</p>"_s + link.Before.toHtmlEscaped() + u' ';
     const QString behind = link.Behind.toHtmlEscaped();
-    if (link.Address == BareScheme)
+    const QString address = LinkedAddress(link.Address);
+    if (address.isEmpty())
         return WithInserted(page, before + behind);
-    const QString address = WithScheme(link.Address);
     const QString text = link.Text.isEmpty() ? address : link.Text;
     return WithInserted(page, before + u"<a href=\""_s + address.toHtmlEscaped() + u"\">"_s + text.toHtmlEscaped()
                                   + u"</a> "_s + behind);

@@ -24,6 +24,9 @@ struct PageLink {
     QString Behind;
 };
 
+/// The address as a link has it: with "http://" where it has no colon, empty where it is the bare "http://".
+QString LinkedAddress(const QString& address);
+
 /// The bytes of @p page with a picture, or a link, at the end of its last paragraph: ahead of the mark <!--End-->,
 /// which is made ahead of the </td> that follows <!--Start--> where it is missing. Line ends become CR LF, as which
 /// they count for the place; all else keeps its bytes, in any encoding, and what is put in is written in that of the

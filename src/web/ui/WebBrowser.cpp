@@ -1,5 +1,7 @@
 #include "web/ui/WebBrowser.h"
 
+#include "web/ui/EditorPane.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QLibrary>
@@ -32,37 +34,42 @@ void ShareDrawingContext()
     });
 }
 
-/// What a function of the library makes, which is loaded at the first call.
-template <class Product>
-std::unique_ptr<Product> Made(const char* function, QString& reason)
+/// A function of the library with the browser's engine, which is loaded with the first that is asked for.
+QFunctionPointer EngineFunction(const char* name, QString& reason)
 {
-    using Maker = Product* (*)();
-    static Maker maker = nullptr;
-    if (!maker) {
-        ShareDrawingContext();
-        const QString folder = QCoreApplication::applicationDirPath();
-        for (const QString& place : {folder, QDir::cleanPath(folder + u"/../lib/quillbase"_s)}) {
-            QLibrary library(place + u"/quillbase-webengine.so"_s);
-            library.setLoadHints(QLibrary::PreventUnloadHint);
-            maker = reinterpret_cast<Maker>(library.resolve(function));
-            if (maker)
-                break;
-            reason = library.errorString();
-        }
+    ShareDrawingContext();
+    const QString folder = QCoreApplication::applicationDirPath();
+    for (const QString& place : {folder, QDir::cleanPath(folder + u"/../lib/quillbase"_s)}) {
+        QLibrary library(place + u"/quillbase-webengine.so"_s);
+        library.setLoadHints(QLibrary::PreventUnloadHint);
+        if (const QFunctionPointer found = library.resolve(name))
+            return found;
+        reason = library.errorString();
     }
-    return std::unique_ptr<Product>(maker ? maker() : nullptr);
+    return nullptr;
 }
 
 } // namespace
 
 std::unique_ptr<WebBrowser> MakeWebBrowser(QString& reason)
 {
-    return Made<WebBrowser>("quillbase_make_web_browser", reason);
+    using Maker = WebBrowser* (*)();
+    const auto maker = reinterpret_cast<Maker>(EngineFunction("quillbase_make_web_browser", reason));
+    return std::unique_ptr<WebBrowser>(maker ? maker() : nullptr);
 }
 
 std::unique_ptr<FileFetch> MakeFileFetch(QString& reason)
 {
-    return Made<FileFetch>("quillbase_make_file_fetch", reason);
+    using Maker = FileFetch* (*)();
+    const auto maker = reinterpret_cast<Maker>(EngineFunction("quillbase_make_file_fetch", reason));
+    return std::unique_ptr<FileFetch>(maker ? maker() : nullptr);
+}
+
+std::unique_ptr<EditorPane> MakeEditorPane(QString& reason)
+{
+    using Maker = EditorPane* (*)();
+    const auto maker = reinterpret_cast<Maker>(EngineFunction("quillbase_make_editor_pane", reason));
+    return std::unique_ptr<EditorPane>(maker ? maker() : nullptr);
 }
 
 } // namespace qb

@@ -1,10 +1,10 @@
 #include "web/ui/webengine/WebEngineBrowser.h"
 
 #include "web/LocalPages.h"
+#include "web/ui/webengine/PrepareEngine.h"
 
 #include <QBuffer>
 #include <QChildEvent>
-#include <QLoggingCategory>
 #include <QPalette>
 #include <QWebEngineDownloadRequest>
 #include <QWebEngineHistory>
@@ -15,32 +15,13 @@
 #include <QWebEngineSettings>
 #include <QWebEngineUrlRequestInfo>
 #include <QWebEngineUrlRequestJob>
-#include <QWebEngineUrlScheme>
 #include <QWebEngineView>
-#include <unistd.h>
 
 namespace qb {
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// What must be settled before the first object of the browser is made.
-void PrepareBrowser()
-{
-    static const bool done = [] {
-        QLoggingCategory::setFilterRules(u"qt.webenginecontext=false"_s);
-        if (geteuid() == 0)
-            qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1"); // root has none
-        if (!qEnvironmentVariableIsSet("QTWEBENGINE_CHROMIUM_FLAGS"))
-            qputenv("QTWEBENGINE_CHROMIUM_FLAGS", "--disable-logging --log-level=3");
-        QWebEngineUrlScheme scheme(LocalPageScheme);
-        scheme.setSyntax(QWebEngineUrlScheme::Syntax::Host);
-        QWebEngineUrlScheme::registerScheme(scheme);
-        return true;
-    }();
-    Q_UNUSED(done)
-}
 
 NavigationCause CauseOf(QWebEnginePage::NavigationType type)
 {
@@ -127,7 +108,7 @@ bool GestureWatch::eventFilter(QObject* watched, QEvent* event)
 
 WebEngineBrowser::WebEngineBrowser()
 {
-    PrepareBrowser();
+    PrepareEngine();
     m_profile = std::make_unique<QWebEngineProfile>();
     m_profile->installUrlSchemeHandler(LocalPageScheme, &m_localPages);
     m_profile->setUrlRequestInterceptor(&m_guard);
