@@ -216,6 +216,7 @@ E.open = function ({ text, base, colourRules, sheet, isDark }) {
     },
   });
   askForColours(page.doc);
+  E.view.focus();
   E.tell("state", Object.assign({ revision }, E.stateOf(E.view.state)));
   return true;
 };
@@ -261,6 +262,8 @@ E.putPicture = function ({ source, width, height, place }) {
 E.answer = function (name, argument) {
   const functions = { open: E.open, coloured: E.coloured, takeSource: E.takeSource, putPicture: E.putPicture,
     find: E.find, replace: E.replace, tree: E.treeOf,
+    text: () => E.written().pieces.map(piece => Array.isArray(piece)
+      ? E.pages[piece[0]].text.slice(piece[1], piece[2]) : piece).join(""),
     anew: () => E.writeAnew(E.page, E.view.state.doc), run: ([command, value]) => E.run(command, value || undefined),
     written: () => JSON.stringify(E.written()) };
   const answer = functions[name](argument[0]);
