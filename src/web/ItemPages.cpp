@@ -73,7 +73,7 @@ void WriteRow(Library& library, qint64 id, bool hasPage)
     item.Initialise(library, QString::number(id));
     item.SetDontUpdateLastChangedDate(!MovesDate(ItemChange::Edit, StandingOf(library, id)));
     item.SetHTMLPage(hasPage);
-    item.SetHTMLLastUpdated(Clock::Now());
+    item.SetHTMLLastUpdated(library.NextStamp());
     item.SetItemChanged(true);
     if (!item.Commit())
         Fail(ErrorNumber::Engine, u"The item %1 could not be stored, so its page was not changed."_s.arg(id));
