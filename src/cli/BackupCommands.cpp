@@ -11,7 +11,6 @@
 #include "maintenance/LibraryBackup.h"
 #include "maintenance/LibraryRestore.h"
 #include "platform/system/Clock.h"
-#include "support/DateFormatCustom.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -21,11 +20,6 @@ namespace qb::cli {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QString MomentText(Date moment)
-{
-    return moment.IsNone() ? QString() : DateFormatCustom(moment, u"yyyy-mm-dd hh:nn:ss"_s);
-}
 
 /// A number of bytes; K, M and G stand for powers of 1024.
 qint64 SizeOf(const QString& text)
@@ -54,7 +48,7 @@ QJsonObject ToJson(const BackupSummary& summary)
 {
     return {{u"library"_s, summary.Library},
             {u"name"_s, summary.Name},
-            {u"made"_s, MomentText(summary.Made)},
+            {u"made"_s, MomentText(summary.Made, Reader::Program)},
             {u"version"_s, summary.Version},
             {u"items"_s, summary.Rows.value(u"Items"_s)},
             {u"files"_s, summary.Files.Count},
@@ -70,7 +64,7 @@ QJsonValue CheckedOf(const BackupEntry& entry)
 QString LineFor(const BackupEntry& entry)
 {
     const QString state = entry.Checked.IsNone() ? u"not checked"_s : entry.IsGood ? u"good"_s : u"bad"_s;
-    return u"%1  %2  %3  %4\n"_s.arg(MomentText(entry.Made))
+    return u"%1  %2  %3  %4\n"_s.arg(MomentText(entry.Made, Reader::Person))
         .arg(entry.Size, 12)
         .arg(state, -11)
         .arg(QFileInfo(entry.Path).fileName());
@@ -179,7 +173,7 @@ int Backups(const QStringList& words)
         QJsonObject object = entry.Summary ? ToJson(*entry.Summary) : QJsonObject();
         object.insert(u"path"_s, entry.Path);
         object.insert(u"size"_s, entry.Size);
-        object.insert(u"made"_s, MomentText(entry.Made));
+        object.insert(u"made"_s, MomentText(entry.Made, Reader::Program));
         object.insert(u"good"_s, CheckedOf(entry));
         list.append(object);
         if (!arguments.Json())

@@ -58,6 +58,7 @@ int Attach(const QStringList& words);
 int Files(const QStringList& words);
 int Extract(const QStringList& words);
 int Detach(const QStringList& words);
+int File(const QStringList& words);
 
 // Web pages
 int Page(const QStringList& words);

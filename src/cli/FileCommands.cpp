@@ -9,7 +9,6 @@
 #include "store/CFileObject.h"
 #include "store/ItemRules.h"
 #include "store/StoredFiles.h"
-#include "support/DateFormatCustom.h"
 
 #include <QFileInfo>
 
@@ -28,11 +27,6 @@ std::unique_ptr<CFileObject> OpenFile(Library& database, qint64 id)
     auto file = std::make_unique<CFileObject>();
     file->Initialise(database, QString::number(id));
     return file;
-}
-
-QString MomentText(Date moment)
-{
-    return moment.IsNone() ? QString() : DateFormatCustom(moment, u"yyyy-mm-dd hh:nn:ss"_s);
 }
 
 /// Takes "--zip each" or "--zip all NAME" out of the words of a command.
@@ -96,12 +90,12 @@ int Files(const QStringList& words)
             all.append(QJsonObject{{u"id"_s, id},
                                    {u"title"_s, file.Title()},
                                    {u"size"_s, file.Size()},
-                                   {u"date"_s, MomentText(file.OrigDateTime())},
-                                   {u"added"_s, MomentText(file.DateAdded())},
+                                   {u"date"_s, MomentText(file.OrigDateTime(), Reader::Program)},
+                                   {u"added"_s, MomentText(file.DateAdded(), Reader::Program)},
                                    {u"description"_s, PlainTextFromRtf(file.Description())}});
         else
             Print(u"%1\t%2\t%3\t%4\n"_s.arg(QString::number(id), QString::number(file.Size()),
-                                            MomentText(file.OrigDateTime()), file.Title()));
+                                            MomentText(file.OrigDateTime(), Reader::Person), file.Title()));
     }
     if (arguments.Json())
         Print(all);
@@ -132,6 +126,26 @@ int Detach(const QStringList& words)
         RequireChange(*database, item, {ItemChange::EditUnasked});
     file->Delete();
     return file->Commit() ? 0 : 1;
+}
+
+int File(const QStringList& words)
+{
+    if (words.value(0) != u"describe"_s)
+        throw UsageError{u"'file' wants 'describe LIB FILEID --description TEXT'."_s};
+    const Arguments arguments(words.mid(1), {{"description", "text"}}, 2);
+    if (!arguments.Has(u"description"_s))
+        throw UsageError{u"'file describe' wants '--description TEXT'."_s};
+    const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
+    const QString text = arguments.Value(u"description"_s);
+    Transaction transaction(*database);
+    const std::unique_ptr<CFileObject> file = OpenFile(*database, arguments.Id(1));
+    RequireChange(*database, file->CodeID().toLongLong(), {ItemChange::EditUnasked});
+    file->SetDescription(text.isEmpty() ? QString() : RtfFromPlainText(text, CodeFont));
+    file->SetDescriptionChanged(true);
+    if (!file->Commit())
+        return 1; // which has been reported
+    transaction.Commit();
+    return 0;
 }
 
 } // namespace qb::cli

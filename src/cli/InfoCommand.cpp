@@ -8,7 +8,6 @@
 #include "store/CCodeItem.h"
 #include "store/ItemBranch.h"
 #include "store/ItemStatus.h"
-#include "support/DateFormatCustom.h"
 
 #include <QFileInfo>
 
@@ -64,11 +63,6 @@ void PrintLibrary(Library& library, bool json)
                json);
 }
 
-QString DateText(Date date)
-{
-    return date.IsNone() ? QString() : DateFormatCustom(date, u"yyyy-mm-dd hh:nn:ss"_s);
-}
-
 QJsonArray BookmarksOf(Library& library, qint64 item)
 {
     QJsonArray bookmarks;
@@ -87,6 +81,7 @@ int PrintItem(Library& library, qint64 id, bool json)
     item.Title();
     if (item.ReadFailed())
         return 1; // which has been reported
+    const Reader reader = json ? Reader::Program : Reader::Person;
     const QString status = NameOfStatus(item.ItemStatus());
     const qint32 rating = item.ItemRating();
     const qint64 files = library.QueryValue(u"SELECT count(*) FROM Files WHERE CodeID = ?"_s, {id}).ToLong();
@@ -96,8 +91,8 @@ int PrintItem(Library& library, qint64 id, bool json)
                       {u"title"_s, item.Title()},
                       {u"status"_s, status.isEmpty() ? u"none"_s : status},
                       {u"rating"_s, rating >= 1 && rating <= BestRating ? rating : 0},
-                      {u"created"_s, DateText(item.Created())},
-                      {u"changed"_s, DateText(item.LastChanged())},
+                      {u"created"_s, MomentText(item.Created(), reader)},
+                      {u"changed"_s, MomentText(item.LastChanged(), reader)},
                       {u"user"_s, item.User()},
                       {u"files"_s, files},
                       {u"links"_s, item.Links().Count()},

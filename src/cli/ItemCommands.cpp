@@ -16,7 +16,6 @@
 #include "store/ItemStatus.h"
 #include "store/Library.h"
 #include "store/ShippedLanguages.h"
-#include "support/DateFormatCustom.h"
 
 #include <climits>
 
@@ -267,13 +266,12 @@ int Show(const QStringList& words)
         Print(endLine ? text + u'\n' : text);
         return 0;
     }
+    const Reader reader = arguments.Json() ? Reader::Program : Reader::Person;
     QJsonObject object{{u"id"_s, item.Key().toLongLong()},
                        {u"parent"_s, item.ParentKey().toLongLong()},
-                       {u"created"_s, DateFormatCustom(item.Created(), u"yyyy-mm-dd hh:nn:ss"_s)},
+                       {u"created"_s, MomentText(item.Created(), reader)},
                        {u"language"_s, LanguageOf(item)},
-                       {u"changed"_s, item.LastChanged().IsNone()
-                                          ? QString()
-                                          : DateFormatCustom(item.LastChanged(), u"yyyy-mm-dd hh:nn:ss"_s)}};
+                       {u"changed"_s, MomentText(item.LastChanged(), reader)}};
     for (const TextField& one : TextFields) {
         if (field == std::end(TextFields) || field == &one)
             object.insert(NameOf(one), PrintedField(one, item, as));

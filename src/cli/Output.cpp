@@ -1,6 +1,7 @@
 #include "cli/Output.h"
 
 #include "platform/system/RuntimeError.h"
+#include "support/DateFormatCustom.h"
 
 #include <QJsonDocument>
 
@@ -21,6 +22,13 @@ void Write(const QByteArray& bytes)
 }
 
 } // namespace
+
+QString MomentText(Date moment, Reader reader)
+{
+    if (reader == Reader::Program)
+        return moment.ToIso();
+    return moment.IsNone() ? QString() : DateFormatCustom(moment, u"yyyy-mm-dd hh:nn:ss"_s);
+}
 
 QString ForTerminal(QString text)
 {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/system/Date.h"
+
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QString>
@@ -12,6 +14,11 @@ void Print(const QString& text);
 void Print(const QByteArray& bytes);
 void Print(const QJsonObject& object);
 void Print(const QJsonArray& array);
+
+/// A moment as a clock on the wall reads it, "2026-03-02 14:30:05", or in UTC for programs, "2026-03-02T13:30:05Z";
+/// empty when it is none.
+enum class Reader { Person, Program };
+QString MomentText(Date moment, Reader reader);
 
 /// @p text without what a terminal would take for a command: control characters but tabs and line ends are
 /// shown as pictures. Titles may come from a stranger.

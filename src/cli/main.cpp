@@ -51,6 +51,7 @@ constexpr CommandEntry Table[] = {
     {"files", "LIB ID", "the files stored with an item", Files},
     {"extract", "LIB FILEID TARGET", "copy a stored file to a file or into a folder", Extract},
     {"detach", "LIB FILEID", "delete a stored file", Detach},
+    {"file", "describe LIB FILEID --description TEXT", "say something else of a stored file", File},
     {"page",
      "show LIB ID | set LIB ID FILE.htm [--with DIR] | delete LIB ID | picture LIB ID FILE [--width W] [--height H] | "
      "link LIB ID ADDRESS [--text T] [--before T] [--behind T] | export LIB ID DIR | defaults [LIB] OUT.qhd",

@@ -49,6 +49,7 @@ inline constexpr AttackedCommand Commands[] = {
     {"attach", "attach LIB 2 IN/a.txt IN/big.txt"},
     {"attach zipped", "attach LIB 2 IN/a.txt IN/big.txt --zip all both"},
     {"detach", "detach LIB 1"},
+    {"file describe", "file describe LIB 1 --description other"},
     {"extract", "extract LIB 1 OUT/taken"},
     {"import-folder", "import-folder LIB IN --parent 3"},
     {"colorize", "colorize LIB 2 --save"},

@@ -525,7 +525,7 @@ private Q_SLOTS:
         NewLibrary();
         const auto database = Library::Open(m_library);
         database->BeginTrans();
-        database->Execute(u"PRAGMA user_version = 1"_s);
+        database->Execute(u"PRAGMA user_version = 3"_s);
         const Outcome outcome = Cli({u"add"_s, m_library, u"--title"_s, u"t"_s});
         QCOMPARE(outcome.Status, 1);
         QVERIFY2(outcome.Error.contains(u"in use"_s), qPrintable(outcome.Error));

@@ -163,7 +163,7 @@ private Q_SLOTS:
                                    {u"title"_s, u"Größe"_s},
                                    {u"status"_s, u"tested"_s},
                                    {u"rating"_s, 3},
-                                   {u"created"_s, u"2026-03-02 14:30:05"_s},
+                                   {u"created"_s, Date::FromParts(2026, 3, 2, 14, 30, 5).ToIso()},
                                    {u"changed"_s, QString()},
                                    {u"user"_s, u"me"_s},
                                    {u"files"_s, 0},

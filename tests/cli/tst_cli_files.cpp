@@ -50,6 +50,15 @@ private Q_SLOTS:
         QDir().mkpath(m_home->Path(u"folder"_s));
         QCOMPARE(Cli({u"extract"_s, m_library, u"1"_s, m_home->Path(u"folder"_s)}).Status, 0);
         QCOMPARE(ReadFile(m_home->Path(u"folder/a.txt"_s)), "alpha");
+        const auto describe = [this](const QString& text) {
+            return Cli({u"file"_s, u"describe"_s, m_library, u"1"_s, u"--description"_s, text}).Status;
+        };
+        for (const QString& text : {u"größer\n}"_s, QString()}) {
+            QCOMPARE(describe(text), 0);
+            const QJsonObject file = Cli({u"files"_s, m_library, u"1"_s, u"--json"_s}).Array()[0].toObject();
+            QCOMPARE(file[u"description"_s].toString().replace(u"\r\n"_s, u"\n"_s), text);
+            QCOMPARE(file[u"title"_s], u"a.txt"_s);
+        }
         QCOMPARE(Cli({u"detach"_s, m_library, u"1"_s}).Status, 0);
         QCOMPARE(Cli({u"files"_s, m_library, u"1"_s}).Out.count(u'\n'), 1);
         QCOMPARE(Names(), QStringList{u"2 - ß.bin"_s});
@@ -76,6 +85,11 @@ private Q_SLOTS:
                                      << u"there is no file"_s;
         QTest::newRow("extract") << QStringList{u"extract"_s, u"9"_s, u"IN/x"_s} << 1 << u"There is no stored file 9"_s;
         QTest::newRow("detach") << QStringList{u"detach"_s, u"9"_s} << 1 << u"There is no stored file 9"_s;
+        QTest::newRow("describe") << QStringList{u"file"_s, u"describe"_s, u"9"_s, u"--description"_s, u"x"_s} << 1
+                                  << u"There is no stored file 9"_s;
+        QTest::newRow("describe how") << QStringList{u"file"_s, u"describe"_s, u"1"_s} << 2
+                                      << u"'file describe' wants '--description TEXT'"_s;
+        QTest::newRow("file what") << QStringList{u"file"_s, u"1"_s} << 2 << u"'file' wants 'describe LIB"_s;
     }
     void whatCantBe_isRefused()
     {
@@ -83,7 +97,7 @@ private Q_SLOTS:
         QFETCH(int, status);
         QFETCH(QString, reason);
         arguments.replaceInStrings(u"IN"_s, m_home->Path(u"in"_s));
-        arguments.insert(1, m_library);
+        arguments.insert(arguments.front() == u"file"_s ? 2 : 1, m_library);
         const Outcome outcome = Cli(arguments);
         QCOMPARE(outcome.Status, status);
         QVERIFY2(outcome.Error.contains(reason), qPrintable(outcome.Error));

@@ -38,7 +38,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("state");
         QTest::addColumn<QString>("command");
         QTest::addColumn<int>("bar"); // Bar::None: it is done
-        const QString all = u"add set rename colour attach detach page link unlink import move fill delete keep"_s;
+        const QString all =
+            u"add set rename colour attach describe detach page link unlink import move fill delete keep"_s;
         struct Row {
             QString State;
             QHash<QString, Bar> Refused;
@@ -48,7 +49,7 @@ private Q_SLOTS:
                 others.insert(command, bar);
             return others;
         };
-        const QString touching = u"set rename colour attach detach page link unlink move"_s;
+        const QString touching = u"set rename colour attach describe detach page link unlink move"_s;
         const Row rows[] = {
             {u"plain"_s, {{u"keep"_s, Bar::NotDeleted}}},
             {u"in a mother"_s, {{u"keep"_s, Bar::NotDeleted}}},
@@ -206,6 +207,8 @@ private:
             {u"rename"_s, {u"set"_s, library, item, u"--title"_s, u"renamed"_s}},
             {u"colour"_s, {u"colorize"_s, library, item, u"--save"_s}},
             {u"attach"_s, {u"attach"_s, library, item, m_home->Path(u"in/new ü.txt"_s)}},
+            {u"describe"_s,
+             {u"file"_s, u"describe"_s, library, QString::number(m_file), u"--description"_s, u"said"_s}},
             {u"detach"_s, {u"detach"_s, library, QString::number(m_file)}},
             {u"page"_s, {u"page"_s, u"link"_s, library, item, u"example.org"_s}},
             {u"link"_s, {u"link"_s, library, item, third}},
@@ -223,7 +226,9 @@ private:
     {
         return Texts(*m_database, u"SELECT quote(ID) || quote(ParentID) || quote(Title) || quote(Description) || "
                                   "quote(Code) || quote(LastChanged) || quote(HTMLPage) FROM Items ORDER BY ID"_s)
-               + Texts(*m_database, u"SELECT quote(ID) || quote(CodeID) || quote(Title) FROM Files ORDER BY ID"_s)
+               + Texts(
+                   *m_database,
+                   u"SELECT quote(ID) || quote(CodeID) || quote(Title) || quote(Description) FROM Files ORDER BY ID"_s)
                + Texts(*m_database,
                        u"SELECT quote(ItemID) || quote(LinkItemID) || quote(Note) FROM ItemLinks ORDER BY ID"_s);
     }
