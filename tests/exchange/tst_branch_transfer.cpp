@@ -143,6 +143,25 @@ private Q_SLOTS:
         QCOMPARE(ContentsOf(m_to->HTMLFolder()).keys().filter(u"arriving"_s), QStringList());
     }
 
+    void importIntoAReplica_isNewToTheOthersWithItsPageAndLinks()
+    {
+        Fill();
+        m_from->Execute(u"UPDATE Items SET HTMLLastUpdated = 5"_s);
+        ExportItems(*m_from, m_top, File());
+        ImportItems(*m_to, UnpackedBranch(File()), {.Parent = 0, .Only = {}});
+        const QString page = u"SELECT HTMLLastUpdated FROM Items WHERE Title = 'inner' ORDER BY ID DESC LIMIT 1"_s;
+        QCOMPARE(m_to->QueryValue(page).ToLong(), 5);
+        MakeMother(*m_to, m_clock->Now());
+        m_to->Execute(u"DELETE FROM ItemLinks"_s);
+        ImportItems(*m_to, UnpackedBranch(File()), {.Parent = 0, .Only = {}});
+        const Date later = Date::FromSeconds(m_clock->Now().Seconds() + 1);
+        QCOMPARE(m_to->QueryValue(page).ToDate(), later);
+        QCOMPARE(m_to->QueryValue(u"SELECT DateAdded FROM ItemLinks"_s).ToDate(), later);
+        QCOMPARE(
+            m_to->QueryValue(u"SELECT HTMLLastUpdated FROM Items WHERE Title = 'top ü' ORDER BY ID DESC"_s).ToLong(),
+            5); // it has none
+    }
+
     void importOfAnImport_equalsTheFirst()
     {
         Fill();

@@ -90,6 +90,17 @@ private Q_SLOTS:
         QVERIFY(CheckLibrary(*library).empty());
     }
 
+    void linksOfAReplica_areNewToTheOthers()
+    {
+        const auto library = Library::Open(m_path);
+        MakeMother(*library, m_clock.Now());
+        DeleteItem(*library, 2);
+        BackupItems items(m_backup, m_home->Path());
+        items.BringBack(2, *library);
+        const QString later = QString::number(m_clock.Now().Seconds() + 1);
+        QCOMPARE(Texts(*library, u"SELECT DateAdded FROM ItemLinks"_s), (QStringList{later, later}));
+    }
+
     void itemThatIsStillThere_comesBeside()
     {
         const auto library = Library::Open(m_path);

@@ -2,6 +2,7 @@
 #include "maintenance/ContentCheck.h"
 #include "maintenance/LibraryBackup.h"
 #include "platform/dao/DateForm.h"
+#include "session/BackupList.h"
 #include "store/CCodeItem.h"
 #include "store/Checksums.h"
 #include "store/LibraryFormat.h"
@@ -267,6 +268,23 @@ private Q_SLOTS:
         const qint64 fresh = items.BringBack(1, *library);
         QCOMPARE(Shown(library->QueryValue(u"SELECT Created FROM Items WHERE ID = ?"_s, {fresh}).ToDate()),
                  u"2026-07-01 12:00:00"_s);
+    }
+
+    void changesSinceABackup_areFoundInALibraryThatIsOnlyRead()
+    {
+        {
+            const auto library = Library::Open(m_path);
+            library->Execute(u"UPDATE Items SET LastChanged = ?"_s, {Date::FromParts(2026, 7, 2, 12)});
+            MakeOld(*library);
+        }
+        InZone::Set(MiddleEurope);
+        const auto library = Library::Open(m_path, DBEngine::Access::ReadOnly);
+        BackupSummary backup;
+        backup.Rows.insert(u"Items"_s, 2);
+        backup.Made = Date::FromParts(2026, 7, 2, 11, 30);
+        QCOMPARE(ChangesSince(*library, backup), u"2 items changed"_s);
+        backup.Made = Date::FromParts(2026, 7, 2, 12, 30);
+        QCOMPARE(ChangesSince(*library, backup), u"nothing"_s);
     }
 
     void summaryOfAnOldBackup_isReadAsTheClockRead()

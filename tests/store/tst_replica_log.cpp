@@ -1,11 +1,14 @@
 #include "maintenance/ContentCheck.h"
+#include "maintenance/LibraryBackup.h"
 #include "maintenance/LibraryCheck.h"
+#include "maintenance/LibraryRestore.h"
 #include "store/CCodeItem.h"
 #include "store/CFileObject.h"
 #include "store/ItemBranch.h"
 #include "store/ReplicaLog.h"
 #include "store/StoredFiles.h"
 #include "support/LibraryBuilder.h"
+#include "support/RecordedWork.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
 
@@ -116,6 +119,7 @@ private Q_SLOTS:
     {
         MakeChild(*m_library, Mother, At(-100));
         SetItem(m_item, u"MotherRecordID"_s, 77);
+        SetItem(m_item, u"Created"_s, At(-50)); // the mother's clock
         Change(m_item, u"changed"_s);
         DeleteItem(*m_library, m_item);
         QCOMPARE(CountOf(*m_library, u"DeletedItems"_s), 0);
@@ -363,12 +367,14 @@ private Q_SLOTS:
         const qint64 id = TakeIn();
         MakeMother(*m_library, At(10));
         m_library->Execute(u"CREATE TEMP TRIGGER hold BEFORE INSERT ON Files BEGIN SELECT raise(ABORT, 'held'); END"_s);
-        CFileObject file;
-        file.Initialise(*m_library, QString::number(id));
-        file.SetStoredFile(m_home->Path(u"b.txt"_s));
-        ScriptedPrompts prompts;
-        prompts.ExpectError();
-        QVERIFY(!file.Commit());
+        {
+            CFileObject file;
+            file.Initialise(*m_library, QString::number(id));
+            file.SetStoredFile(m_home->Path(u"b.txt"_s));
+            ScriptedPrompts prompts;
+            prompts.ExpectError();
+            QVERIFY(!file.Commit());
+        }
         QCOMPARE(StoredNames(m_library->FilesFolder()), QStringList{u"%1 - a.txt"_s.arg(id)});
         QCOMPARE(Rows(), QStringList());
         QCOMPARE(Texts(*m_library, u"SELECT ID FROM Files"_s), QStringList{QString::number(id)});
@@ -503,6 +509,20 @@ private Q_SLOTS:
         QCOMPARE(CheckLibrary(*m_library).front().What, LibraryFault::Kind::Damage);
         m_library->DeleteTableDef(u"ReplicaLog"_s);
         QCOMPARE(CheckLibrary(*m_library).front().Text, u"The table ReplicaLog is missing."_s);
+    }
+
+    void restoredLibrary_keepsItsLog()
+    {
+        MakeMother(*m_library, At(-100));
+        DeleteItem(*m_library, m_item);
+        const std::vector<ReplicaLogEntry> before = ReplicaLog(*m_library).Entries();
+        RecordedWork work;
+        BackUpLibrary(m_library->Name(), m_home->Path(u"b.qbb"_s), {}, work);
+        const QString path = m_home->Path(u"restored.qbd"_s);
+        RestoreLibrary(m_home->Path(u"b.qbb"_s), path, RestoreOver::Refuse, work);
+        const auto restored = Library::Open(path);
+        QCOMPARE(ReplicaLog(*restored).Entries(), before);
+        QCOMPARE(before.size(), 1u);
     }
 
     // Stamps

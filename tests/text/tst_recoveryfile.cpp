@@ -1,4 +1,5 @@
 #include "support/FileSizeLimit.h"
+#include "support/InZone.h"
 #include "support/TestRun.h"
 #include "text/RecoveryFile.h"
 
@@ -36,6 +37,22 @@ private Q_SLOTS:
         QCOMPARE(texts->Info, std::optional(u"plain\r\n'\""_s));
         file.Remove();
         QVERIFY(!file.Read());
+    }
+
+    void fileOfAnOlderVersion_saysWhatTheClockRead()
+    {
+        const InZone here(MiddleEurope);
+        const TemporaryHome home;
+        const RecoveryFile file(home.Path(u"lib.qbd"_s));
+        const Date changed = Date::FromParts(2026, 7, 1, 12);
+        file.Write({.Item = 1, .LastChanged = changed, .Code = u"x"_s, .Notes = {}, .Usage = {}});
+        QByteArray bytes = ReadFile(file.Path());
+        const QByteArray now = QByteArray::number(changed.Seconds());
+        QVERIFY(bytes.contains("\"changed\""));
+        bytes.replace("\"changed\"", "\"lastChanged\"").replace(now, QByteArray::number(changed.WallSeconds()));
+        QVERIFY(!bytes.contains(now));
+        WriteFile(file.Path(), bytes);
+        QCOMPARE(file.Read()->LastChanged, changed);
     }
 
     void fullDisk_keepsWhatWasWrittenLast()
