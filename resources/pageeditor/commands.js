@@ -9,8 +9,20 @@ const { Fragment, Slice } = P.model;
 // Marks that are made here begin and end with what is selected; none is told from its neighbours by a number.
 const toggle = name => P.commands.toggleMark(S.marks[name], null, { removeWhenPresent: true });
 
-// The text blocks of a selection become others.
-const become = (name, attrs) => P.commands.setBlockType(S.nodes[name], attrs);
+// The text blocks of a selection become others, each in its place.
+function become(name, attrs = {}) {
+  return (state, dispatch) => {
+    const { from, to } = state.selection;
+    let isOther = false;
+    state.doc.nodesBetween(from, to, node => {
+      isOther = isOther || (node.isTextblock && (node.type.name !== name || node.attrs.level !== attrs.level));
+    });
+    if (isOther && dispatch)
+      dispatch(state.tr.setBlockType(from, to, S.nodes[name], node =>
+        Object.assign({}, attrs, { o: node.attrs.o, a: node.attrs.a || [] })).scrollIntoView());
+    return isOther;
+  };
+}
 
 function isInside(state, name) {
   const { $from } = state.selection;

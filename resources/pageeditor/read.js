@@ -4,6 +4,7 @@
 const S = E.schema;
 const Space = /[ \t\n\r\f]+/g;
 const IsBlank = text => !/[^ \t\n\r\f]/.test(text);
+E.baseMarks = ["<!--Start-->", "<!--End-->"];
 const BaseMarks = new Set(["Start", "End"]);
 
 const VoidTags = new Set("area base br col embed hr img input link meta param source track wbr".split(" "));
@@ -90,6 +91,8 @@ class Reader {
         last = place.range[1];
       }
       origin.tail = [last, window[1]];
+      const space = [...places.map(place => place.lead), origin.tail].map(range => this.page.text.slice(...range)).join("");
+      origin.marks = E.baseMarks.filter(mark => space.includes(mark));
     }
     return noteOrigin(this.page, origin);
   }

@@ -54,9 +54,9 @@ function islandDom(node, isInline) {
     title: node.attrs.source.slice(0, 400) }, label];
 }
 
-const cellContent = "(bare | block)+";
+const cellContent = "(block | bare)+";
 const nodes = {
-  doc: { content: "(bare | block)+" },
+  doc: { content: "(block | bare)+" },
   paragraph: textBlock("block", "p", { parseDOM: [{ tag: "p" }] }),
   heading: {
     content: "inline*", group: "block", defining: true, attrs: Object.assign({ level: { default: 1 } }, own),
@@ -73,12 +73,12 @@ const nodes = {
   // Text with its own line ends, and with marks.
   preformatted: textBlock("block", "pre", { code: true, defining: true }),
   wrapper: {
-    content: "(bare | block)*", group: "block", attrs: Object.assign({ tag: { default: "div" } }, own),
+    content: "(block | bare)*", group: "block", attrs: Object.assign({ tag: { default: "div" } }, own),
     toDOM: node => [{ form: "div", body: "div", noscript: "div", dialog: "div" }[node.attrs.tag] || node.attrs.tag,
       E.shown(node.attrs.a, node.attrs.tag === "details" ? { open: "" } : {}), 0],
   },
   blockquote: {
-    content: "(bare | block)+", group: "block", defining: true, attrs: own,
+    content: "(block | bare)+", group: "block", defining: true, attrs: own,
     toDOM: node => ["blockquote", E.shown(node.attrs.a), 0], parseDOM: [{ tag: "blockquote" }],
   },
   bullet_list: {

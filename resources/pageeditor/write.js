@@ -3,7 +3,7 @@
 "use strict";
 const P = PageEditorParts;
 const LineLength = 100;
-const MarkTexts = ["<!--Start-->", "<!--End-->"];
+const MarkTexts = E.baseMarks;
 const Voids = new Set(["hr", "br", "img"]);
 
 const escaped = text => text.replace(/&/g, "&amp;").replace(/</g, "&lt;").replace(/>/g, "&gt;")
@@ -74,7 +74,10 @@ class Writer {
         this.range(own.page, own.lead);
       else if (!(isTight && at === 0) && !isEmptyBare(child))
         this.text(indent);
-      this.block(child, own, this.endsBefore(node, at, own), before);
+      if (isTight && isNewItemText(node, child))
+        this.text(this.inline(child));
+      else
+        this.block(child, own, this.endsBefore(node, at, own), before);
       before = child;
     });
     if (isKept) {
@@ -138,7 +141,7 @@ class Writer {
     if (node.type.name === "island")
       return this.island(node);
     if (node.type.name === "bare")
-      return this.bare(node, before);
+      return this.bare(node, before, origin);
     const tag = tagOfNode(node);
     const isSame = origin && !this.isAnew && origin.open && origin.tag === tag
       && origin.attributes === JSON.stringify(node.attrs.a);
@@ -174,11 +177,11 @@ class Writer {
     else
       this.text(node.attrs.source);
   }
-  // Two texts beside each other would be one.
-  bare(node, before) {
+  // Two texts beside each other would be one; a new one is a paragraph like any.
+  bare(node, before, origin) {
     if (isEmptyBare(node))
       return;
-    const needsTag = before && before.type.name === "bare";
+    const needsTag = before && (before.type.name === "bare" || !origin);
     this.text(needsTag ? "<p>" : "");
     this.text(this.inline(node));
     this.text(needsTag ? "</p>" : "");
@@ -250,6 +253,9 @@ const escapedCode = text => text.replace(/&/g, "&amp;").replace(/</g, "&lt;").re
 const isEmptyBare = node => node.type.name === "bare" && node.childCount === 0;
 // Spaces that were typed beside each other, as a page shows them.
 const spaced = text => text.replace(/ {2,}/g, spaces => "\u00a0".repeat(spaces.length - 1) + " ");
+// The text of a new item of a list needs no paragraph.
+const isNewItemText = (item, child) => item.type.name === "list_item" && item.attrs.o === null
+  && child.type.name === "paragraph" && child.attrs.a.length === 0;
 function isTight(node) {
   if (!["list_item", "table_cell"].includes(node.type.name))
     return node.type.name === "wrapper" && node.childCount === 1 && node.firstChild.type.name === "bare";
