@@ -86,6 +86,15 @@ QUrl UrlOfAddress(const QString& text)
     return QUrl(address.contains(u"://"_s) ? address : u"http://"_s + address, QUrl::TolerantMode);
 }
 
+std::optional<qint64> ItemOfAddress(const QUrl& url)
+{
+    const QString name = u"item"_s;
+    bool isNumber = false;
+    const qint64 id = url.host().mid(name.size()).toLongLong(&isNumber);
+    const bool isItem = url.scheme() == u"local"_s && url.host().startsWith(name, Qt::CaseInsensitive);
+    return isItem && isNumber ? std::optional(id) : std::nullopt;
+}
+
 bool IsAddress(const QUrl& url)
 {
     const bool needsHost = url.scheme() == u"http"_s || url.scheme() == u"https"_s;
@@ -145,6 +154,8 @@ NavigationAnswer AnswerNavigation(const QUrl& from, const QUrl& to, NavigationCa
         return NavigationAnswer::Show;
     if (isWeb && cause == NavigationCause::Page && IsLocalPage(from))
         return NavigationAnswer::Refuse;
+    if (ItemOfAddress(to) && cause == NavigationCause::Clicked && IsLocalPage(from))
+        return NavigationAnswer::OpenItem;
     if (isWeb && web == Web::KeptOut)
         return NavigationAnswer::KeepOut;
     if (isWeb)

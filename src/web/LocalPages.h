@@ -22,6 +22,9 @@ QString AddressText(const QUrl& url);
 /// The address of what was typed into the address box. Text without a scheme gets "http://".
 QUrl UrlOfAddress(const QString& text);
 
+/// The ID of the item that an address such as local://Item17 leads to.
+std::optional<qint64> ItemOfAddress(const QUrl& url);
+
 /// Whether it could lead anywhere at all.
 bool IsAddress(const QUrl& url);
 
@@ -52,7 +55,8 @@ enum class NavigationAnswer {
     OpenOutside, ///< the desktop's application for such addresses is asked
     Refuse,
     KeepOut, ///< it would be shown, were pages of the web
-    LoadFile ///< it is a file, which is no page
+    LoadFile, ///< it is a file, which is no page
+    OpenItem  ///< it is an item of the library
 };
 /// Whether pages of the web are shown at all.
 enum class Web { Shown, KeptOut };

@@ -127,8 +127,8 @@ private Q_SLOTS:
                           "<li>two</li>\n</ul>\n<pre class=\"qb-code\" data-language=\"cpp23\">"),
             page.constData());
         QVERIFY2(page.contains("<span class=\"qb-comment\">// &lt;x&gt;</span></pre>\n<!--End-->"), page.constData());
-        QVERIFY(page.contains("<style id=\"qb-code-colours\">"));
-        QVERIFY(page.startsWith(BuiltInPage(PageTemplate).toUtf8().left(100)));
+        QVERIFY(whole.contains("<style id=\"qb-code-colours\">"));
+        QVERIFY(whole.startsWith(BuiltInPage(PageTemplate).toUtf8().left(100)));
     }
 
     void emptiedPage_saysSo()
@@ -354,6 +354,7 @@ private Q_SLOTS:
             const QPalette before = QApplication::palette();
             if (dark)
                 QApplication::setPalette(DarkPalette());
+            InitialiseIcons();
             Open(page, dark);
             QTest::qWait(400);
             TakePicture(*m_editor, u"page-editor"_s + suffix);
@@ -367,6 +368,7 @@ private Q_SLOTS:
             TakePicture(*m_editor, u"page-editor-narrow"_s + suffix);
             m_editor.reset();
             QApplication::setPalette(before);
+            InitialiseIcons();
         }
         Open(BuiltInPage(PageTemplate).toUtf8());
         QTest::qWait(200);

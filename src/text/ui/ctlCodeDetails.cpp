@@ -225,6 +225,7 @@ void ctlCodeDetails::ConnectBrowser()
     connect(webLinks, &BrowserView::LinkHovered, this, &ctlCodeDetails::BrowserLinkHovered);
     connect(webLinks, &BrowserView::OpenOutside, m_welcome, &WelcomeView::AddressActivated);
     connect(webLinks, &BrowserView::LoadFile, this, &ctlCodeDetails::LoadFile);
+    connect(webLinks, &BrowserView::ItemActivated, this, &ctlCodeDetails::ItemActivated, Qt::QueuedConnection);
 }
 
 void ctlCodeDetails::ShowAsPage(const QUrl& url)

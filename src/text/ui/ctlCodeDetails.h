@@ -110,6 +110,8 @@ Q_SIGNALS:
     void BrowserLinkHovered(const QString& address);
     /// The browser has come to a file, which is no page.
     void LoadFile(const QUrl& url);
+    /// A link to an item was clicked in a page of the library.
+    void ItemActivated(qint64 id);
 
     // The state of the selection in the notes differs from what was told last
     void eNotesFontChanged(const QString& font);

@@ -63,6 +63,8 @@ protected:
         const NavigationAnswer answer = AnswerOf(m_browser, url(), to, CauseOf(type));
         if (answer == NavigationAnswer::LoadFile && m_browser.LoadFile)
             m_browser.LoadFile(to);
+        if (answer == NavigationAnswer::OpenItem && m_browser.OpenItem)
+            m_browser.OpenItem(*ItemOfAddress(to));
         if (answer == NavigationAnswer::OpenOutside && m_browser.OpenOutside)
             m_browser.OpenOutside(to);
         if (answer == NavigationAnswer::KeepOut && m_browser.KeptOut)
@@ -170,6 +172,8 @@ void WebEngineBrowser::ConnectWhatLeadsOut()
             KeptOut(url);
         else if (answer == NavigationAnswer::LoadFile && LoadFile)
             LoadFile(url);
+        else if (answer == NavigationAnswer::OpenItem && OpenItem)
+            OpenItem(*ItemOfAddress(url));
     });
     QObject::connect(page, &QWebEnginePage::featurePermissionRequested, page,
                      [page](const QUrl& origin, QWebEnginePage::Feature feature) {

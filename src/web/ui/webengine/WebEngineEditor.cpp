@@ -132,11 +132,11 @@ WebEngineEditor::~WebEngineEditor()
     m_view.reset();
 }
 
-/// Scripts of a page never run, whatever gets into the editor's; its own run in a world that this does not touch.
+/// That no script of a page runs is said by the policy of the editor's own page. Scripts can't be switched off beside:
+/// the timers of the editor's own would stop too.
 void WebEngineEditor::Restrict()
 {
-    static constexpr QWebEngineSettings::WebAttribute denied[] = {QWebEngineSettings::JavascriptEnabled,
-                                                                  QWebEngineSettings::LocalContentCanAccessFileUrls,
+    static constexpr QWebEngineSettings::WebAttribute denied[] = {QWebEngineSettings::LocalContentCanAccessFileUrls,
                                                                   QWebEngineSettings::LocalContentCanAccessRemoteUrls,
                                                                   QWebEngineSettings::PluginsEnabled,
                                                                   QWebEngineSettings::FullScreenSupportEnabled,
