@@ -55,8 +55,8 @@ constexpr CommandEntry Table[] = {
     {"page",
      "show LIB ID | set LIB ID FILE.htm [--with DIR] | delete LIB ID | picture LIB ID FILE [--width W] [--height H] | "
      "link LIB ID ADDRESS [--text T] [--before T] [--behind T] | export LIB ID DIR | defaults [LIB] OUT.qhd",
-     "the web page of an item: print it, replace it (--with: its folder too), delete it, put a picture or a link at its "
-     "end, copy it with its files into a folder; defaults: write the pages that new libraries begin with to a file",
+     "the web page of an item: print it, replace it (--with: its folder too), delete it, put a picture or a link at "
+     "its end, copy it with its files into a folder; defaults: write the pages that new libraries begin with to a file",
      Page},
     {"import-folder", "LIB DIR [--parent ID] [--glob PATTERN]... [--encoding latin1|windows-1252] [--library-language]",
      "take the source files of a folder in", ImportFolderCommand},

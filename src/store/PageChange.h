@@ -7,8 +7,8 @@
 
 namespace qb {
 
-/// A change of the web page of an item that is there, which counts with the row that the same transaction writes, or not
-/// at all. What is new is made aside in the folder of pages; once the row is committed it gets to its place, at the
+/// A change of the web page of an item that is there, which counts with the row that the same transaction writes, or
+/// not at all. What is new is made aside in the folder of pages; once the row is committed it gets to its place, at the
 /// latest when the library is opened next (FinishPendingPages). Until then page and folder are as they were.
 class PageChange {
 public:

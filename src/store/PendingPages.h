@@ -37,9 +37,9 @@ private:
     std::vector<Moved> m_moved;
 };
 
-/// After a process ended in the middle of its work: gives each item that is there the page that was leaving or
-/// arriving or changing, and removes those of items that are not. What is under way is left alone, and all of a library that
-/// is open for reading only.
+/// After a process ended in the middle of its work: gives each item that is there the page that was leaving, arriving
+/// or changing, and removes those of items that are not. What is under way is left alone, and all of a library that is
+/// open for reading only.
 void FinishPendingPages(Library& library);
 
 } // namespace qb

@@ -32,8 +32,9 @@ qsizetype LengthWithoutEnd(QStringView text)
 
 std::vector<DetectedAddress> AddressesIn(const QString& line)
 {
+    static const QString part = uR"([^\s<>"«»„“”\x{0}-\x{1f}]+)"_s;
     static const QRegularExpression begin(
-        uR"((?<![\w.@/-])(?:(?:https?|ftp)://[^\s<>"«»„“”\x{0}-\x{1f}]+|www\.[^\s<>"«»„“”\x{0}-\x{1f}]+\.[^\s<>"«»„“”\x{0}-\x{1f}]+|mailto:[^\s<>"@]+@[^\s<>"]+|local://Item\d+))"_s,
+        uR"((?<![\w.@/-])(?:(?:https?|ftp)://%1|www\.%1\.%1|mailto:[^\s<>"@]+@[^\s<>"]+|local://Item\d+))"_s.arg(part),
         QRegularExpression::CaseInsensitiveOption | QRegularExpression::UseUnicodePropertiesOption);
     std::vector<DetectedAddress> found;
     for (const QRegularExpressionMatch& match : begin.globalMatch(line)) {

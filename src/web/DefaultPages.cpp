@@ -2,6 +2,7 @@
 
 #include "exchange/BranchStream.h"
 #include "exchange/PageNames.h"
+#include "platform/system/FileReplace.h"
 #include "platform/system/RuntimeError.h"
 #include "platform/system/StagedFiles.h"
 #include "store/StoredFiles.h"
@@ -116,6 +117,7 @@ void WriteDefaultPages(const QString& folder, const QString& file)
         WritePage(stream, folder, key);
     stream.Close();
     stage.PutInPlace(false);
+    SyncFileSystem(target.absolutePath()); // what is reported as done outlives the machine
 }
 
 void ReadDefaultPages(const QString& file, const QString& folder)

@@ -333,6 +333,7 @@ int ExportPage(const Library& library, qint64 item, const QString& folder)
     for (const QString& file : std::as_const(files))
         CopyFileContents(library.HTMLFolder() + file, stage.PathFor(file));
     stage.PutInPlaceAsFolder(target.fileName());
+    SyncFileSystem(target.absolutePath()); // what is reported as done outlives the machine
     return int(files.size()) + 1;
 }
 

@@ -88,11 +88,11 @@ QUrl UrlOfAddress(const QString& text)
 
 std::optional<qint64> ItemOfAddress(const QUrl& url)
 {
-    const QString name = u"item"_s;
+    const QString start = u"item"_s; // a name of a host is in small letters
     bool isNumber = false;
-    const qint64 id = url.host().mid(name.size()).toLongLong(&isNumber);
-    const bool isItem = url.scheme() == u"local"_s && url.host().startsWith(name, Qt::CaseInsensitive);
-    return isItem && isNumber ? std::optional(id) : std::nullopt;
+    const qint64 item = url.host().mid(start.size()).toLongLong(&isNumber);
+    const bool isItem = url.scheme() == u"local"_s && url.host().startsWith(start) && isNumber && item > 0;
+    return isItem ? std::optional(item) : std::nullopt;
 }
 
 bool IsAddress(const QUrl& url)
@@ -152,10 +152,11 @@ NavigationAnswer AnswerNavigation(const QUrl& from, const QUrl& to, NavigationCa
         return NavigationAnswer::Show;
     if (cause == NavigationCause::Clicked && isPage && IsLocalPage(from))
         return NavigationAnswer::Show;
+    if (ItemOfAddress(to))
+        return cause == NavigationCause::Clicked && IsLocalPage(from) ? NavigationAnswer::OpenItem
+                                                                      : NavigationAnswer::Refuse;
     if (isWeb && cause == NavigationCause::Page && IsLocalPage(from))
         return NavigationAnswer::Refuse;
-    if (ItemOfAddress(to) && cause == NavigationCause::Clicked && IsLocalPage(from))
-        return NavigationAnswer::OpenItem;
     if (isWeb && web == Web::KeptOut)
         return NavigationAnswer::KeepOut;
     if (isWeb)

@@ -22,7 +22,7 @@ QString AddressText(const QUrl& url);
 /// The address of what was typed into the address box. Text without a scheme gets "http://".
 QUrl UrlOfAddress(const QString& text);
 
-/// The ID of the item that an address such as local://Item17 leads to.
+/// The item that a link of a page leads to, "local://Item17"; nothing for any other address.
 std::optional<qint64> ItemOfAddress(const QUrl& url);
 
 /// Whether it could lead anywhere at all.
@@ -54,9 +54,9 @@ enum class NavigationAnswer {
     Show,
     OpenOutside, ///< the desktop's application for such addresses is asked
     Refuse,
-    KeepOut, ///< it would be shown, were pages of the web
+    KeepOut,  ///< it would be shown, were pages of the web
     LoadFile, ///< it is a file, which is no page
-    OpenItem  ///< it is an item of the library
+    OpenItem  ///< of the library
 };
 /// Whether pages of the web are shown at all.
 enum class Web { Shown, KeptOut };

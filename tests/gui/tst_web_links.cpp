@@ -3,6 +3,7 @@
 #include "support/EditingWindow.h"
 #include "text/ui/ctlCaptionRTB.h"
 #include "web/LocalPages.h"
+#include "web/OpenedPages.h"
 #include "web/WebAccess.h"
 #include "web/ui/BrowserView.h"
 #include "web/ui/BusyLogo.h"
@@ -201,20 +202,109 @@ private Q_SLOTS:
         QVERIFY(!logo->IsBusy());
     }
 
-    void file_isNotLoadedByThePage()
+    void fileThatTheBrowserMeets_isLoadedForTheItem()
     {
         PageServer server("bytes");
         Open();
         ClickOn(0);
         Tab(LinksTab);
+        const QSignalSpy loads(View(), &BrowserView::LoadFile);
+        Type(server.Address() + u"file.bin"_s); // which its address alone does not tell
+        QTRY_COMPARE(loads.size(), 1);
+        QTRY_COMPARE(Texts(*m_database, u"SELECT Title FROM Files WHERE CodeID = ?"_s, {m_item}),
+                     QStringList{u"file.bin"_s});
+    }
+
+    void linkToAnItem_opensIt()
+    {
+        const QByteArray other =
+            m_database->QueryValue(u"SELECT ID FROM Items WHERE Title = 'other'"_s).ToText().toUtf8();
+        GivePage("<body style='margin:0'><a href='local://Item" + other
+                 + "'><div style='width:100vw;height:100vh;background:#0f0'></div></a></body>");
+        Open();
+        ClickOn(0);
+        Tab(LinksTab);
+        QTRY_VERIFY(Shows(Qt::green));
+        QTest::mouseClick(BrowserSurface(), Qt::LeftButton, {}, QPoint(100, 100));
+        QTRY_COMPARE(Tree()->currentIndex(), Child(1));
+    }
+
+    void addressInNotes_isClicked()
+    {
+        PageServer server("<body style='background:#0f0'></body>");
+        Write(u"Notes"_s, RtfFromPlainText(u"see "_s + server.Address() + u" here"_s, CodeFont));
+        Open();
+        ClickOn(0);
+        Tab(1);
+        const auto place = [this](int at) {
+            QTextCursor cursor(Notes()->document());
+            cursor.setPosition(at);
+            return Notes()->cursorRect(cursor).center() + QPoint(2, 0);
+        };
+        QTRY_VERIFY(!Notes()->document()->isEmpty());
+        QTest::mouseMove(Notes()->viewport(), place(1));
+        QTRY_COMPARE(Notes()->viewport()->cursor().shape(), Qt::IBeamCursor);
+        QTest::mouseMove(Notes()->viewport(), place(10));
+        QTRY_COMPARE(Notes()->viewport()->cursor().shape(), Qt::PointingHandCursor);
+        TakePicture(*m_window, u"notes-address"_s);
+        QTest::mouseClick(Notes()->viewport(), Qt::LeftButton, {}, place(1));
+        QCOMPARE(Details()->CurrentView(), DetailsTab::Notes);
         m_prompts->ExpectMsgBox(ApplicationTitle);
         const QByteArray path = qgetenv("PATH");
-        const auto restore = qScopeGuard([path] { qputenv("PATH", path); });
         qputenv("PATH", ""); // no desktop to open it
-        Type(server.Address() + u"file.bin"_s);
-        QTRY_VERIFY(!m_prompts->Messages.isEmpty());
-        QCOMPARE(m_prompts->Messages.last().Text,
-                 u"No application could be started for '%1file.bin'."_s.arg(server.Address()));
+        QTest::mouseClick(Notes()->viewport(), Qt::LeftButton, Qt::ControlModifier, place(10));
+        qputenv("PATH", path);
+        QCOMPARE(m_prompts->Messages.size(), 1); // outside
+        QCOMPARE(Details()->CurrentView(), DetailsTab::Notes);
+        QTest::mouseClick(Notes()->viewport(), Qt::LeftButton, {}, place(10));
+        QCOMPARE(Details()->CurrentView(), DetailsTab::Links);
+        QTRY_COMPARE(Address(), server.Address());
+        QTRY_VERIFY(Shows(Qt::green));
+        QCOMPARE(PlainTextFromRtf(Read(u"Notes"_s)), u"see "_s + server.Address() + u" here"_s); // as it was
+    }
+
+    void openedBrowsers_areListedWhereOneTells()
+    {
+        Open();
+        ClickOn(0);
+        Tab(LinksTab);
+        const auto entries = [this] {
+            QStringList texts;
+            QTimer::singleShot(0, this, [&texts] {
+                auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+                for (const QAction* action : menu->actions())
+                    texts << action->text() + (action->isEnabled() ? u""_s : u" (off)"_s);
+                if (menu->actions().first()->isEnabled())
+                    menu->actions().first()->trigger();
+                menu->close();
+            });
+            ToolbarButton(u"tbrBrowser"_s, u"EXPLORERS"_s)->trigger();
+            return texts;
+        };
+        QCOMPARE(entries(), QStringList{u"No Internet Explorers Opened (off)"_s});
+        PageServer server("<p>web</p>");
+        const auto before = SetOpenedPagesSource([&] {
+            return std::vector<OpenedPage>{{u""_s, u"http://no.title/"_s}, {u"A & B"_s, server.Address()}};
+        });
+        QCOMPARE(entries(), QStringList{u"A && B"_s});
+        SetOpenedPagesSource(before);
+        QTRY_COMPARE(server.Asked.count(u"/"_s), 1);
+    }
+
+    void toolbar_hasTheCommandsOfTheMenu()
+    {
+        Open();
+        ClickOn(0);
+        Tab(LinksTab);
+        for (const QString& key : {u"EDIT"_s, u"INSERT_PICTURE"_s, u"INSERT_LINK"_s, u"BACK"_s, u"FORWARD"_s, u"STOP"_s,
+                                   u"RELOAD"_s, u"HOME"_s, u"EXPLORERS"_s})
+            QVERIFY2(ToolbarButton(u"tbrBrowser"_s, key) && ToolbarButton(u"tbrBrowser"_s, key)->isVisible(),
+                     qPrintable(key));
+        QVERIFY(!Action(u"mnuWebDeletePage"_s)->isEnabled()); // there is no page
+        GivePage("<p>page</p>");
+        ClickOn(1);
+        ClickOn(0);
+        QVERIFY(Action(u"mnuWebDeletePage"_s)->isEnabled());
     }
 
     void pageByItself_hasNothingOpenedOutside()

@@ -216,6 +216,17 @@ private Q_SLOTS:
         QTest::newRow("asked, picture of the library")
             << own << LocalPageUrl(u"17/x.svg"_s) << Cause::Asked << Answer::Refuse;
         QTest::newRow("clicked, local to local") << own << other << Cause::Clicked << Answer::Show;
+        const QUrl item(u"local://Item17"_s);
+        QTest::newRow("clicked, local to item") << own << item << Cause::Clicked << Answer::OpenItem;
+        QTest::newRow("by itself, local to item") << own << item << Cause::Page << Answer::Refuse;
+        QTest::newRow("clicked, web to item") << web << item << Cause::Clicked << Answer::Refuse;
+        QTest::newRow("clicked, local to no item")
+            << own << QUrl(u"local://Item0"_s) << Cause::Clicked << Answer::Refuse;
+        const QUrl zip(u"http://example.org/files/report.zip"_s);
+        QTest::newRow("asked, file") << own << zip << Cause::Asked << Answer::LoadFile;
+        QTest::newRow("clicked, local to file") << own << zip << Cause::Clicked << Answer::LoadFile;
+        QTest::newRow("clicked, web to file") << web << zip << Cause::Clicked << Answer::LoadFile;
+        QTest::newRow("by itself, local to file") << own << zip << Cause::Page << Answer::Refuse;
         QTest::newRow("clicked, local to web") << own << web << Cause::Clicked << Answer::Show;
         QTest::newRow("clicked, mail") << own << mail << Cause::Clicked << Answer::OpenOutside;
         QTest::newRow("clicked, file") << own << file << Cause::Clicked << Answer::Refuse;

@@ -5,9 +5,7 @@
 #include "panels/ui/ctlFileDetails.h"
 #include "session/ui/BrowserToolbar.h"
 #include "session/ui/CommandFaces.h"
-#include "session/ui/LibraryFind.h"
 #include "session/ui/frmCodeLib.h"
-#include "support/ErrorRoutine.h"
 #include "text/ui/ctlCodeDetails.h"
 #include "web/LinkItems.h"
 #include "web/OpenedPages.h"
@@ -33,11 +31,13 @@ void frmCodeLib::ConnectPages()
     };
     m_commands.Register(u"mnuWebOpenedBrowsers"_s, [this] { OpenedExplorersPopup(); });
     connect(ctlCodeItemDetails, &ctlCodeDetails::LoadFile, this, [this](const QUrl& url) { m_downloads->Load(url); });
-    connect(ctlCodeItemDetails, &ctlCodeDetails::ItemActivated, this,
-            [this](qint64 id) { Guarded(u"MainForm"_s, u"ItemActivated"_s, [&] { m_find->OpenItem(id); }); });
-    m_page->SetComponents(
-        MakePageComponents(this, {.Items = [this] { return LinkableItemsOf(*CurrentDatabase()); },
-                                  .Palette = [this] { return ctlCodeItemDetails->Editor().Formatter().Palette(); }}));
+    connect(ctlCodeItemDetails, &ctlCodeDetails::ItemAsked, this, &frmCodeLib::FollowLink);
+    m_page->SetComponents(MakePageComponents(
+        this,
+        {.Items =
+             [this] { return CurrentDatabase() ? LinkableItemsOf(*CurrentDatabase()) : std::vector<LinkableItem>(); },
+         .Palette =
+             [this] { return TokenPalette::FromTexts(Settings().RuleColoursLight(), Settings().RuleColoursDark()); }}));
     ConnectDownloads();
 }
 

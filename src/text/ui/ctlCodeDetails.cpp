@@ -225,7 +225,8 @@ void ctlCodeDetails::ConnectBrowser()
     connect(webLinks, &BrowserView::LinkHovered, this, &ctlCodeDetails::BrowserLinkHovered);
     connect(webLinks, &BrowserView::OpenOutside, m_welcome, &WelcomeView::AddressActivated);
     connect(webLinks, &BrowserView::LoadFile, this, &ctlCodeDetails::LoadFile);
-    connect(webLinks, &BrowserView::ItemActivated, this, &ctlCodeDetails::ItemActivated, Qt::QueuedConnection);
+    // The browser is in the middle of its decision, and the item's page is to follow.
+    connect(webLinks, &BrowserView::ItemAsked, this, &ctlCodeDetails::ItemAsked, Qt::QueuedConnection);
 }
 
 void ctlCodeDetails::ShowAsPage(const QUrl& url)

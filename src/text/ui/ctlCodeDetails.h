@@ -108,10 +108,10 @@ Q_SIGNALS:
     void BrowserCommandStateChange(bool back, bool forward);
     void BrowserProgressChange(int percent);
     void BrowserLinkHovered(const QString& address);
+    /// A link of a page to an item was clicked.
+    void ItemAsked(qint64 item);
     /// The browser has come to a file, which is no page.
     void LoadFile(const QUrl& url);
-    /// A link to an item was clicked in a page of the library.
-    void ItemActivated(qint64 id);
 
     // The state of the selection in the notes differs from what was told last
     void eNotesFontChanged(const QString& font);

@@ -66,7 +66,10 @@ void BrowserView::ConnectBrowser()
         if (m_gestures.Take())
             Q_EMIT LoadFile(url);
     };
-    m_browser->OpenItem = [this](qint64 id) { Q_EMIT ItemActivated(id); };
+    m_browser->OpenItem = [this](qint64 item) {
+        if (m_gestures.Take())
+            Q_EMIT ItemAsked(item);
+    };
     m_browser->IsKnownPage = [this](const QUrl& url) { return m_pages.contains(url); };
 }
 

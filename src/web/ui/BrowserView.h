@@ -46,8 +46,8 @@ Q_SIGNALS:
     void DocumentComplete(const QUrl& url);
     /// The mouse is over a link; empty when it has left it.
     void LinkHovered(const QString& address);
-    /// A link to an item was clicked. What follows must wait until the browser is done with the click.
-    void ItemActivated(qint64 id);
+    /// A link to an item of the library was clicked.
+    void ItemAsked(qint64 item);
     /// The address of a file that is no page, at the user's wish.
     void LoadFile(const QUrl& url);
     /// An address for another application.

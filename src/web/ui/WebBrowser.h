@@ -45,8 +45,8 @@ public:
     std::function<void(const QUrl& url)> OpenOutside;
     /// The address of a file to be loaded. A page may ask for it by itself.
     std::function<void(const QUrl& url)> LoadFile;
-    /// A link to an item of the library was clicked in one of its pages.
-    std::function<void(qint64 id)> OpenItem;
+    /// A link of a page of the library to one of its items was clicked.
+    std::function<void(qint64 item)> OpenItem;
     /// Whether an address that looks like that of a file is known to be that of a page.
     std::function<bool(const QUrl& url)> IsKnownPage;
     std::function<void(const QString& address)> LinkHovered;
