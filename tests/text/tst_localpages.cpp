@@ -230,10 +230,6 @@ private Q_SLOTS:
         QTest::newRow("clicked, local to web") << own << web << Cause::Clicked << Answer::Show;
         QTest::newRow("clicked, mail") << own << mail << Cause::Clicked << Answer::OpenOutside;
         QTest::newRow("clicked, file") << own << file << Cause::Clicked << Answer::Refuse;
-        const QUrl item(u"local://Item17"_s);
-        QTest::newRow("clicked, local to item") << own << item << Cause::Clicked << Answer::OpenItem;
-        QTest::newRow("clicked, web to item") << web << item << Cause::Clicked << Answer::Refuse;
-        QTest::newRow("by itself, local to item") << own << item << Cause::Page << Answer::Refuse;
         QTest::newRow("clicked, no item") << own << QUrl(u"local://Itemx"_s) << Cause::Clicked << Answer::Refuse;
         QTest::newRow("clicked, web to local") << web << own << Cause::Clicked << Answer::Refuse;
         QTest::newRow("by itself, local to web") << own << web << Cause::Page << Answer::Refuse;
