@@ -7,7 +7,6 @@
 #include "platform/system/TextEncoding.h"
 #include "store/CCodeItem.h"
 #include "store/ItemBranch.h"
-#include "support/DateFormatCustom.h"
 #include "web/DefaultPages.h"
 #include "web/ItemPages.h"
 #include "web/WebPages.h"
@@ -32,7 +31,7 @@ BeforeCommit Tells(const Arguments& arguments, Library& database, QJsonObject ob
         item.Initialise(database, QString::number(id));
         object.insert(u"id"_s, id);
         object.insert(u"page"_s, item.HTMLPage());
-        object.insert(u"updated"_s, DateFormatCustom(item.HTMLLastUpdated(), u"yyyy-mm-dd hh:nn:ss"_s));
+        object.insert(u"updated"_s, MomentText(item.HTMLLastUpdated(), Reader::Program));
         Print(object);
     };
 }
@@ -53,13 +52,12 @@ int ShowPage(const QStringList& words)
     const Date updated = item.HTMLLastUpdated();
     if (item.ReadFailed())
         return 1; // which has been reported
-    Print(
-        QJsonObject{{u"id"_s, id},
-                    {u"page"_s, item.HTMLPage()},
-                    {u"updated"_s, updated.IsNone() ? QString() : DateFormatCustom(updated, u"yyyy-mm-dd hh:nn:ss"_s)},
-                    {u"size"_s, page.size()},
-                    {u"files"_s, QJsonArray::fromStringList(FilesOfPage(*database, id))},
-                    {u"html"_s, DecodeText(page, FallbackEncoding::Windows1252).value_or(QString::fromUtf8(page))}});
+    Print(QJsonObject{{u"id"_s, id},
+                      {u"page"_s, item.HTMLPage()},
+                      {u"updated"_s, MomentText(updated, Reader::Program)},
+                      {u"size"_s, page.size()},
+                      {u"files"_s, QJsonArray::fromStringList(FilesOfPage(*database, id))},
+                      {u"html"_s, DecodeText(page, FallbackEncoding::Windows1252).value_or(QString::fromUtf8(page))}});
     return 0;
 }
 
