@@ -11,13 +11,13 @@
 #include "store/LibraryLanguage.h"
 #include "store/OwnIndexes.h"
 #include "store/SideFolders.h"
+#include "store/TolerateExisting.h"
 #include "support/ErrorRoutine.h"
 #include "support/Version.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QRandomGenerator>
-#include <algorithm>
 #include <cmath>
 
 namespace qb {
@@ -42,19 +42,6 @@ void RemoveDatabaseFile(const QString& path)
 {
     QFile::remove(path);
     QFile::remove(path + u"-journal"_s);
-}
-
-/// Runs @p step; errors that say "exists already" are no failure.
-template <class Step>
-void TolerateExisting(Step&& step)
-{
-    try {
-        step();
-    } catch (const RuntimeError& error) {
-        constexpr long Existing[] = {ErrorNumber::TableExists, ErrorNumber::FieldExists, ErrorNumber::IndexExists};
-        if (std::find(std::begin(Existing), std::end(Existing), error.Number()) == std::end(Existing))
-            throw;
-    }
 }
 
 } // namespace
@@ -183,6 +170,7 @@ bool CDBCreate::CreateAditionalFields(TableSet set)
 
 void CDBCreate::SetUpProperties(const QString& masterPath)
 {
+    constexpr qsizetype LongestPath = 255; // that it is there at all says that this is a child
     Recordset properties = m_database->OpenRecordset(u"Properties"_s);
     if (properties.IsEmpty()) {
         properties.AddNew();
@@ -192,7 +180,7 @@ void CDBCreate::SetUpProperties(const QString& masterPath)
     }
     properties.Set(u"dbid"_s, DBIDGenerate());
     if (m_kind == DatabaseKind::Child) {
-        properties.Set(u"MasterReplicaPath"_s, masterPath);
+        properties.Set(u"MasterReplicaPath"_s, masterPath.left(LongestPath));
         properties.Set(u"LastSynchronized"_s, Clock::Now());
     }
     properties.Update();

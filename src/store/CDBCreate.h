@@ -36,6 +36,34 @@ public:
     /// Fills the one row of `Properties` with a new identity; a child also gets its mother's path.
     void SetUpProperties(const QString& masterPath);
 
+    // Replication. Each is whole or not at all.
+
+    /// Makes the database that a child's changes travel in. On failure, as where a file of that name stands, there is
+    /// none of it.
+    bool CreateSynchroDatabase(const QString& path);
+    /// Makes a database with all tables of a library whose Properties are those of such a file.
+    bool CreateSynchroDB(const QString& path);
+    /// Adds the tables for what the mother has to say, and the marks of what she did with the child's rows. Columns
+    /// that exist are passed over; a table that exists is a failure.
+    bool CreateAditionalTablesinSynchroDB(const QString& path);
+    /// Takes these tables away again. What is missing, the file included, is no failure.
+    bool RemoveAditionalTablesInSynchroDB(const QString& path);
+    /// Adds the marks that rows of `Items` bear during a merge; those that exist are passed over.
+    bool CreateAditionalSynchroFieldsInMainDB(Database& database);
+    /// Takes `MoveToOrphaned` away. `Deleted` stays for good.
+    bool RemoveAditionalSynchroFieldsInMainDB(Database& database);
+    /// Adds the tables for versions of items that lost. Those that exist stay; what lies in them of versions that are
+    /// decided goes.
+    bool CreateTemporaryTablesInMainDB(Database& database);
+    bool CreateTemporaryTablesInReplica(Database& database);
+    /// Takes `TempFiles` and `TempItems` away; `TempHTMLFiles` stays.
+    bool RemoveTemporaryTablesFromMainDB(Database& database);
+
+    /// Makes the copy @p child of a library one of its children: with an identity and a stamp of its own, without what
+    /// only concerns the mother; and enters it there, with the tables that a mother has. Asks the user for a
+    /// description. Both are as they were when it fails.
+    bool CreateChildDB(Database& mother, Database& child);
+
     /// Ten characters that tell one library from another: digits, colon, B to Z, b to z.
     static QString DBIDGenerate();
 
@@ -64,6 +92,7 @@ private:
     void PopulateKeywordSet(LanguageType languageType);
     bool LanguageFromFile(const QString& languageFile);
     void WriteLanguage(const LanguageDefinition& language);
+    void ForgetFormerPart();
 
     Database* m_database;
     DatabaseKind m_kind;

@@ -257,6 +257,15 @@ TableDef ReplicaLog()
                         Primary({u"OfTable"_s, u"RecordID"_s, u"SecondID"_s, u"Event"_s, u"Origin"_s, u"RowDate"_s})}};
 }
 
+std::vector<TableDef> TablesOfChild()
+{
+    return {Items({}, false), Files({}),      ItemLinks({}, false),
+            BookmarkGroups(), Bookmarks(),    ChildCopies(),
+            Keywords(),       DBVersion(),    Properties(DatabaseKind::Child),
+            DeletedFiles(),   DeletedItems(), DeletedItemLinks(),
+            HTMLFiles({})};
+}
+
 Field FileContents()
 {
     return {.Name = u"File"_s, .Type = FieldType::LongBinary, .OrdinalPosition = 4};
@@ -284,6 +293,21 @@ std::vector<AddedField> AditionalFields(TableSet set, DatabaseKind kind)
             added.push_back({u"Properties"_s, field});
     }
     return added;
+}
+
+std::vector<AddedField> SynchronizationMarks()
+{
+    constexpr int Last = 30; // behind all columns of a row
+    return {{u"Items"_s, Boolean(Last, u"IDChanged"_s)},
+            {u"Items"_s, Boolean(Last + 1, u"ConflictItem"_s)},
+            {u"Files"_s, Boolean(Last, u"IDChanged"_s)},
+            {u"ItemLinks"_s, Boolean(Last, u"IDChanged"_s)}};
+}
+
+std::vector<AddedField> MergeMarks()
+{
+    constexpr int Last = 30;
+    return {{u"Items"_s, Boolean(Last, u"MoveToOrphaned"_s)}, {u"Items"_s, Boolean(Last + 1, u"Deleted"_s)}};
 }
 
 Relation BookmarkGroupsBookmarks()

@@ -36,6 +36,9 @@ TableDef DeletedItemLinks();
 /// What the other replicas have to be told beyond dates and deletions (see ReplicaLog.h).
 TableDef ReplicaLog();
 
+/// All tables of a child as it travels, without the columns that replication adds to some.
+std::vector<TableDef> TablesOfChild();
+
 /// The column that holds the contents of a stored file, in files that travel.
 Field FileContents();
 
@@ -49,6 +52,12 @@ struct AddedField {
 /// for `TempFiles` and `TempItems`. For a @p kind other than a library those of `Properties` come last, with any
 /// set.
 std::vector<AddedField> AditionalFields(TableSet set, DatabaseKind kind);
+
+/// What the mother notes on a child's rows in a synchronization file: that they got an ID of hers, and, on items, that
+/// both sides had changed them.
+std::vector<AddedField> SynchronizationMarks();
+/// What rows of `Items` are marked with while a merge runs.
+std::vector<AddedField> MergeMarks();
 
 /// From a group to its bookmarks, and from an item to its files: a new ID goes over to the rows that refer to it,
 /// and with the row they go, too.

@@ -21,6 +21,10 @@ constexpr OwnIndex OwnIndexes[] = {
     {"Items"_L1, "LastChanged"_L1, "LastChanged"_L1},
 };
 
+constexpr OwnIndex ReplicaIndexes[] = {
+    {"Items"_L1, "Dates"_L1, "LastChanged,Created,HTMLLastUpdated"_L1},
+};
+
 /// Of the time when it stood among the indexes of the table's definition.
 const QString FormerTree = u"Tree"_s;
 
@@ -28,6 +32,11 @@ bool IsMissing(Database& library, const OwnIndex& index)
 {
     const QStringList made = library.OwnIndexNames(index.Table);
     return !made.contains(index.Name, Qt::CaseInsensitive);
+}
+
+void Append(Database& library, const OwnIndex& index)
+{
+    library.AppendOwnIndex(index.Table, {.Name = index.Name, .Fields = QString(index.Columns).split(u',')});
 }
 
 } // namespace
@@ -45,9 +54,17 @@ void MakeOwnIndexes(Database& library)
         library.DeleteIndex(u"Items"_s, FormerTree);
     for (const OwnIndex& index : OwnIndexes) {
         if (IsMissing(library, index))
-            library.AppendOwnIndex(index.Table, {.Name = index.Name, .Fields = QString(index.Columns).split(u',')});
+            Append(library, index);
     }
     transaction.Commit();
+}
+
+void MakeReplicaIndexes(Database& library)
+{
+    for (const OwnIndex& index : ReplicaIndexes) {
+        if (IsMissing(library, index))
+            Append(library, index);
+    }
 }
 
 void CompleteOwnIndexes(Database& library)

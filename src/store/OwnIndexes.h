@@ -10,6 +10,10 @@ class Database;
 /// Raises an error when the file can't be written.
 void MakeOwnIndexes(Database& library);
 
+/// The same for those that only a library with a part in replication has: they let what changed since a moment, and
+/// what has a date in the future, be found without the long texts.
+void MakeReplicaIndexes(Database& library);
+
 /// The same at an opening: a failure is no reason not to open a library.
 void CompleteOwnIndexes(Database& library);
 

@@ -1,5 +1,6 @@
 #include "platform/system/Clock.h"
 
+#include <QThread>
 #include <utility>
 
 namespace qb {
@@ -9,6 +10,13 @@ Clock::Source& CurrentSource()
 {
     static Clock::Source source;
     return source;
+}
+
+constexpr int Second = 1000; // milliseconds
+
+int Left()
+{
+    return Second - QDateTime::currentDateTime().time().msec();
 }
 } // namespace
 
@@ -21,6 +29,19 @@ Date Clock::Now()
 Date Clock::Today()
 {
     return Now().DateOnly();
+}
+
+void Clock::LetPass(Date moment)
+{
+    constexpr qint64 Ahead = 2; // seconds
+    while (!CurrentSource() && Now() <= moment && moment.Seconds() - Now().Seconds() <= Ahead)
+        QThread::msleep(static_cast<unsigned long>(Left()));
+}
+
+void Clock::BeginSecond()
+{
+    if (const int left = Left(); !CurrentSource() && left < Second / 2)
+        QThread::msleep(static_cast<unsigned long>(left));
 }
 
 Clock::Source Clock::SetSource(Source source)
