@@ -9,6 +9,7 @@
 #include "platform/system/RuntimeError.h"
 #include "platform/system/StagedFiles.h"
 #include "store/Library.h"
+#include "store/LibrarySchema.h"
 
 #include <QDir>
 #include <QFile>
@@ -208,6 +209,33 @@ void RefuseWhatIsNoBackup(Database& database)
                 refuse(u"the table %1 has no column %2"_s.arg(table, column));
         }
     }
+}
+
+void RefuseWhatIsNoReplica(Database& database)
+{
+    const auto refuse = [](const QString& why) {
+        throw RuntimeError(ErrorNumber::NotADatabase,
+                           u"The file is no replica of a KT Quillbase library: %1. Nothing was changed."_s.arg(why),
+                           u"RefuseWhatIsNoReplica"_s);
+    };
+    RefuseWhatIsNoBackup(database);
+    const auto require = [&](const QString& table, const Field& column) {
+        if (!database.TableExists(table))
+            refuse(u"the table %1 is missing"_s.arg(table));
+        const Field* found = database.GetTableDef(table).FindField(column.Name);
+        if (!found || found->Type != column.Type)
+            refuse(u"the table %1 has no column %2 as a child's has"_s.arg(table, column.Name));
+    };
+    for (const TableDef& table : LibrarySchema::TablesOfChild()) {
+        for (const Field& column : table.Fields)
+            require(table.Name, column);
+    }
+    for (const LibrarySchema::AddedField& added : LibrarySchema::AditionalFields(TableSet::Plain, DatabaseKind::Child))
+        require(added.Table, added.Column);
+    if (database.QueryValue(u"SELECT count(*) FROM Properties"_s).ToLong() != 1
+        || database.QueryValue(u"SELECT MasterReplicaPath FROM Properties"_s).ToText().isEmpty()
+        || database.QueryValue(u"SELECT DBID FROM Properties"_s).ToText().isEmpty())
+        refuse(u"the library in it is no child"_s);
 }
 
 QString UnpackBackup(const QString& file, const QString& folder, Work& work)

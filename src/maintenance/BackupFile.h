@@ -40,6 +40,10 @@ BackupSummary SummaryOf(Database& database, Work& work);
 /// Raises RuntimeError 3343 for a database that is no backup of a library, or has more in it than tables and indexes.
 void RefuseWhatIsNoBackup(Database& database);
 
+/// The same for one that is no child in a transfer file: a stranger may have made it, so that its tables are held to all
+/// columns that a child's have.
+void RefuseWhatIsNoReplica(Database& database);
+
 /// Unpacks a backup into an empty folder and returns the path of its database. Raises RuntimeError 75 for what is no
 /// container, or incomplete, 18 when it was cancelled.
 QString UnpackBackup(const QString& file, const QString& folder, Work& work);

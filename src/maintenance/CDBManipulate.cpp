@@ -36,7 +36,9 @@ bool Attempt(const QString& procedure, Body&& body)
         false);
 }
 
-bool MayReplace()
+} // namespace
+
+bool MayReplaceDatabase()
 {
     return Prompts::Current().MsgBox(
                {.Text = u"A database with the same name already exist in the application folder. \r\nDo you want to "
@@ -48,8 +50,6 @@ bool MayReplace()
                 .Default = MsgBoxResult::No})
            == MsgBoxResult::Yes;
 }
-
-} // namespace
 
 bool CDBManipulate::BackUp(const QString& sourceDB, const QString& backupFile)
 {
@@ -72,12 +72,15 @@ bool CDBManipulate::Restore(QString& targetDB, const QString& sourceFile, bool f
             return false;
         }
         const bool asks = !noCopy && (force || !sourceFile.isEmpty()) && QFileInfo::exists(targetDB);
-        const RestoreOver over = !asks || MayReplace() ? RestoreOver::Replace : RestoreOver::Number;
+        const RestoreOver over = !asks || MayReplaceDatabase() ? RestoreOver::Replace : RestoreOver::Number;
         if (sourceFile.isEmpty()) {
             targetDB = CompleteUnpacked(targetDB, m_work).Library;
             return true;
         }
-        targetDB = RestoreLibrary(sourceFile, targetDB, over, m_work).Library;
+        targetDB = RestoreLibrary(sourceFile, targetDB, over, m_work, [isReplica](Database& unpacked) {
+                       if (isReplica)
+                           RefuseWhatIsNoReplica(unpacked);
+                   }).Library;
         if (isReplica && QFileInfo(sourceFile) != QFileInfo(targetDB))
             QFile::remove(sourceFile); // it is the library now
         return true;

@@ -10,12 +10,16 @@
 
 namespace qb {
 
-/// Rows of a table with contents: all of the routine's own table, or those of another, or some of it.
+/// Rows of a table with contents: all of the routine's own table, or those of another, or some of it. A table may be
+/// one of an attached file, as "synchro.Files".
 struct ContentRows {
     QString Table = {}; ///< empty: the routine's own
     QString Where = {}; ///< part of a statement; empty: all
     Values WhereValues = {};
 };
+
+/// Asks whether the library of a name goes for the one that is to have it; No gives that one a number.
+bool MayReplaceDatabase();
 
 /// Backup and restore of a library, and the ways of stored files and web pages into a database and out of it again.
 ///
@@ -55,7 +59,7 @@ public:
 
     /// Takes the pages of the items that have one (@p items: rows with ID, Title and HTMLLastUpdated, by default
     /// those of `Items` with HTMLPage) into @p table, by default `HTMLFiles`. An item whose page is missing is noted in
-    /// the error log, and has no page in the database any more.
+    /// the error log, and, where all were asked for, has no page in the database any more.
     void ImportAllHTMLFiles(const QString& folder, const ContentRows& items = {}, const QString& table = {});
     /// Takes a folder in, its files first, then the folders in it. @p subFolder is what their Folder begins with.
     void ImportHTMLFolder(const QString& table, const QString& folder, const QString& subFolder, qint64 itemID);

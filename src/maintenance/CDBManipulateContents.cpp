@@ -78,6 +78,13 @@ void MakeFoldersOf(const QString& root, const QString& name)
     }
 }
 
+/// A table, which may be one of an attached file ("synchro.Files"), in a statement.
+QString Reference(const QString& table)
+{
+    const qsizetype dot = table.indexOf(u'.');
+    return Qualified(table.left(qMax<qsizetype>(dot, 0)), table.mid(dot + 1));
+}
+
 QString Selection(const ContentRows& rows, const QString& columns, const QString& table, const QString& always)
 {
     QStringList conditions;
@@ -86,7 +93,7 @@ QString Selection(const ContentRows& rows, const QString& columns, const QString
             conditions << u'(' + condition + u')';
     }
     return u"SELECT %1 FROM %2%3 ORDER BY rowid"_s.arg(
-        columns, Quoted(rows.Table.isEmpty() ? table : rows.Table),
+        columns, Reference(rows.Table.isEmpty() ? table : rows.Table),
         conditions.isEmpty() ? QString() : u" WHERE "_s + conditions.join(u" AND "_s));
 }
 
@@ -168,8 +175,11 @@ void CDBManipulate::ImportAllHTMLFiles(const QString& folder, const ContentRows&
             ImportHTMLFolder(target, root + id, {}, rows.Long(0));
         }
     }
-    for (const auto& [id, title, updated] : missing)
+    for (const auto& [id, title, updated] : missing) {
         NoteMissingPage(id, title, updated);
+        if (items.Table.isEmpty()) // of some items it is said elsewhere what becomes of them
+            m_database->Execute(u"UPDATE Items SET HTMLPage = 0, HTMLLastUpdated = 0 WHERE ID = ?"_s, {id});
+    }
 }
 
 void CDBManipulate::NoteMissingPage(qint64 id, const QString& title, const Value& updated)
@@ -179,7 +189,6 @@ void CDBManipulate::NoteMissingPage(qint64 id, const QString& title, const Value
                 u"ItemId: %1, Title: %2, HTMLLastUPdated: %3"_s.arg(id).arg(
                     title, DateFormatCustom(updated.ToDate(), u"mm/dd/yyyy hh:nn:ss"_s)),
                 false);
-    m_database->Execute(u"UPDATE Items SET HTMLPage = 0, HTMLLastUpdated = 0 WHERE ID = ?"_s, {id});
 }
 
 void CDBManipulate::ImportPage(const QString& table, qint64 itemID, const QString& name, const QString& subFolder,
@@ -188,11 +197,11 @@ void CDBManipulate::ImportPage(const QString& table, qint64 itemID, const QStrin
     const bool isLong = name.size() > NameLength || subFolder.size() > FolderLength;
     if (isLong && !m_database->GetTableDef(table).FindField(LongNameField))
         m_database->AppendField(table, {.Name = LongNameField, .Type = FieldType::Memo, .OrdinalPosition = 5});
-    m_database->Execute(u"INSERT INTO %1 (ItemIDRef, Name, Folder) VALUES (?, ?, ?)"_s.arg(Quoted(table)),
+    m_database->Execute(u"INSERT INTO %1 (ItemIDRef, Name, Folder) VALUES (?, ?, ?)"_s.arg(Reference(table)),
                         {itemID, name.left(NameLength), isLong ? QString() : subFolder});
     const qint64 row = m_database->LastInsertedRowKey();
     if (isLong)
-        m_database->Execute(u"UPDATE %1 SET LongName = ? WHERE rowid = ?"_s.arg(Quoted(table)),
+        m_database->Execute(u"UPDATE %1 SET LongName = ? WHERE rowid = ?"_s.arg(Reference(table)),
                             {subFolder + name, row});
     const ContentSums sums = FileToField({*m_database, table, row}, file, Pace());
     m_pages.Add(sums.Bytes, sums.Sum);
@@ -262,7 +271,7 @@ void CDBManipulate::ImportAllItemFiles(const QString& folder, const ContentRows&
             all.push_back({rows.Long(0), rows.Long(1)});
     }
     const QString table = files.Table.isEmpty() ? FilesTable : files.Table;
-    const QString titleOf = u"SELECT Title FROM %1 WHERE rowid = ?"_s.arg(Quoted(table));
+    const QString titleOf = u"SELECT Title FROM %1 WHERE rowid = ?"_s.arg(Reference(table));
     for (const Row& row : all) {
         percent.Row();
         const QString path = StoredFilePath(folder, row.Id, m_database->QueryValue(titleOf, {row.Key}).ToText());

@@ -78,9 +78,9 @@ void RefuseToReplaceVolumes(const QString& backupFile)
 /// One library, on its way into a backup.
 class Backup {
 public:
-    Backup(const QString& library, const QString& file, const BackUpOptions& options, Work& work)
-        : m_library(library), m_file(QFileInfo(file).absoluteFilePath()), m_options(options), m_work(work),
-          m_stage(QFileInfo(m_file).absolutePath()),
+    Backup(const QString& library, const QString& file, const BackUpOptions& options, PackedCopy& copy, Work& work)
+        : m_library(library), m_file(QFileInfo(file).absoluteFilePath()), m_options(options), m_plan(copy),
+          m_work(work), m_stage(QFileInfo(m_file).absolutePath()),
           m_database(m_stage.Scratch() + QFileInfo(m_file).fileName().chopped(1) + u't')
     {
     }
@@ -97,7 +97,6 @@ public:
         ImportContents();
         const QString container = Pack();
         PutInPlace(container);
-        m_work.Say(u"Successfully backed up"_s, 101);
         return m_result;
     }
 
@@ -106,8 +105,10 @@ private:
     qint64 OwnFolderBytes()
     {
         try {
-            const std::unique_ptr<Library> library = Library::Open(m_library);
-            FinishPendingFiles(*library);
+            if (!m_plan.IsAlone()) {
+                const std::unique_ptr<Library> library = Library::Open(m_library);
+                FinishPendingFiles(*library);
+            }
         } catch (const RuntimeError& error) {
             if (error.Number() != ErrorNumber::CannotOpen)
                 throw;
@@ -128,13 +129,7 @@ private:
     void ImportContents()
     {
         const std::unique_ptr<Database> database = DBEngine::OpenDatabase(m_database);
-        if (!CDBCreate().PrepareAsBackUp(*database)) {
-            Prompts::Current().MsgBox({.Text = u"Database could not be backed up."_s,
-                                       .Caption = u"Error while creating necessary fields in db"_s,
-                                       .Icon = MsgBoxIcon::Critical});
-            throw RuntimeError(ErrorNumber::Engine, u"The tables of a backup could not be made. Nothing was changed."_s,
-                               Procedure);
-        }
+        m_plan.Prepare(*database);
         CDBManipulate contents(m_work);
         contents.Use(*database);
         contents.ExpectBytes(m_contents);
@@ -147,6 +142,7 @@ private:
         }
         if (!m_filesFolder.isEmpty())
             contents.ImportAllItemFiles(m_filesFolder);
+        m_plan.Complete(*database);
         transaction.Commit();
         m_result.MissingFiles = contents.MissingFiles();
         Compare(*database, contents);
@@ -173,21 +169,8 @@ private:
         EndUnless(PackContainer(m_database, container, m_result.Summary.ToComment(), m_work), Procedure);
         KeepNoMoreRightsThan(m_library, container);
         m_work.Begin(PhasedWork::Whole);
-        QFile database(m_database);
-        if (!database.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
-            Fail(database.errorString());
-        QByteArray own;
-        bool isSame = true;
-        const bool isWhole = BrindletonZip().ReadFirstFile(
-            container,
-            [&](const QByteArray& piece) {
-                isSame = ReadAll(database, own, piece.size()).isEmpty() && own == piece;
-                return isSame;
-            },
-            m_work);
-        if (!isSame || (isWhole && !database.atEnd()))
-            Fail(u"it can't be read as it was written"_s);
-        EndUnless(isWhole, Procedure);
+        if (const QString why = WhyNotAsPacked(m_database, container, m_work); !why.isEmpty())
+            Fail(why);
         if (ReadBackupSummary(container)->Files != m_result.Summary.Files)
             Fail(u"it can't be read as it was written"_s);
         return container;
@@ -195,20 +178,33 @@ private:
 
     void PutInPlace(const QString& container)
     {
-        const QString name = QFileInfo(m_file).fileName();
         m_result.Size = QFileInfo(container).size();
-        if (m_options.VolumeSize == 0) {
-            Move(container, name);
-        } else {
-            EndUnless(!SplitContainer(container, m_options.VolumeSize, m_silent).isEmpty(), Procedure);
-            QStringList volumes = FilesOfBackup(container + u".001"_s);
-            // The first one comes last: without it there is no backup, whatever of it there is.
-            std::reverse(volumes.begin(), volumes.end());
-            for (const QString& volume : std::as_const(volumes))
-                Move(volume, name + volume.right(4));
-            std::reverse(m_result.Files.begin(), m_result.Files.end());
+        m_plan.Decide({.Path = m_file,
+                       .Complete = container,
+                       .Locked = m_stage.LockedFolder(),
+                       .Identity = m_result.Summary.Library});
+        try {
+            MoveAll(container);
+            m_stage.PutInPlace(false);
+        } catch (const RuntimeError&) {
+            m_plan.TakeBack();
+            throw;
         }
-        m_stage.PutInPlace(false);
+        m_plan.Placed();
+    }
+
+    void MoveAll(const QString& container)
+    {
+        const QString name = QFileInfo(m_file).fileName();
+        if (m_options.VolumeSize == 0)
+            return Move(container, name);
+        EndUnless(!SplitContainer(container, m_options.VolumeSize, m_silent).isEmpty(), Procedure);
+        QStringList volumes = FilesOfBackup(container + u".001"_s);
+        // The first one comes last: without it there is no backup, whatever of it there is.
+        std::reverse(volumes.begin(), volumes.end());
+        for (const QString& volume : std::as_const(volumes))
+            Move(volume, name + volume.right(4));
+        std::reverse(m_result.Files.begin(), m_result.Files.end());
     }
 
     void Move(const QString& file, const QString& name)
@@ -222,13 +218,14 @@ private:
     {
         throw RuntimeError(
             ErrorNumber::PathAccess,
-            u"The backup '%1' failed: %2. Nothing was changed."_s.arg(QDir::toNativeSeparators(m_file), why),
+            u"The %1 '%2' failed: %3. Nothing was changed."_s.arg(m_plan.Noun(), QDir::toNativeSeparators(m_file), why),
             Procedure);
     }
 
     QString m_library;
     QString m_file;
     BackUpOptions m_options;
+    PackedCopy& m_plan;
     PhasedWork m_work;
     /// Counts nothing of its own, but ends as the work does.
     class Silent : public Work {
@@ -253,15 +250,55 @@ private:
 
 } // namespace
 
+void PackedCopy::Prepare(Database& copy)
+{
+    if (CDBCreate().PrepareAsBackUp(copy))
+        return;
+    Prompts::Current().MsgBox({.Text = u"Database could not be backed up."_s,
+                               .Caption = u"Error while creating necessary fields in db"_s,
+                               .Icon = MsgBoxIcon::Critical});
+    throw RuntimeError(ErrorNumber::Engine, u"The tables of a backup could not be made. Nothing was changed."_s,
+                       Procedure);
+}
+
+QString WhyNotAsPacked(const QString& database, const QString& container, Work& work)
+{
+    QFile packed(database);
+    if (!packed.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+        return packed.errorString();
+    QByteArray own;
+    bool isSame = true;
+    const bool isWhole = BrindletonZip().ReadFirstFile(
+        container,
+        [&](const QByteArray& piece) {
+            isSame = ReadAll(packed, own, piece.size()).isEmpty() && own == piece;
+            return isSame;
+        },
+        work);
+    if (!isSame || (isWhole && !packed.atEnd()))
+        return u"it can't be read as it was written"_s;
+    EndUnless(isWhole, Procedure);
+    return {};
+}
+
+BackUpResult PackLibraryCopy(const QString& library, const QString& file, const BackUpOptions& options,
+                             PackedCopy& copy, Work& work)
+{
+    const QString noun = copy.Noun();
+    RequireReplaceable(file, library, u"a "_s + noun);
+    if (options.VolumeSize > 0)
+        RefuseToReplaceVolumes(file);
+    if (const QString reason = WhyNotWritable(file); !reason.isEmpty() && QFileInfo(file).absoluteDir().exists())
+        throw RuntimeError(ErrorNumber::PathAccess, u"The %1 can't be made. "_s.arg(noun) + reason, Procedure);
+    return Backup(library, file, options, copy, work).Make();
+}
+
 BackUpResult BackUpLibrary(const QString& library, const QString& backupFile, const BackUpOptions& options, Work& work)
 {
-    RequireReplaceable(backupFile, library, u"a backup"_s);
-    if (options.VolumeSize > 0)
-        RefuseToReplaceVolumes(backupFile);
-    if (const QString reason = WhyNotWritable(backupFile);
-        !reason.isEmpty() && QFileInfo(backupFile).absoluteDir().exists())
-        throw RuntimeError(ErrorNumber::PathAccess, u"The backup can't be made. "_s + reason, Procedure);
-    return Backup(library, backupFile, options, work).Make();
+    PackedCopy backup;
+    BackUpResult result = PackLibraryCopy(library, backupFile, options, backup, work);
+    work.Say(u"Successfully backed up"_s, 101);
+    return result;
 }
 
 } // namespace qb

@@ -39,7 +39,8 @@ QString ExtensionOf(const QString& path)
 }
 
 /// Writes what is in an unpacked backup out into the folders of the new library, and makes its database.
-RestoreResult Complete(const QString& unpacked, LibrarySwap& swap, PhasedWork& work)
+RestoreResult Complete(const QString& unpacked, LibrarySwap& swap, PhasedWork& work,
+                       const std::function<void(Database&)>& inspect = {})
 {
     RestoreResult result;
     const QString library = swap.NewLibrary();
@@ -52,6 +53,8 @@ RestoreResult Complete(const QString& unpacked, LibrarySwap& swap, PhasedWork& w
     {
         const std::unique_ptr<Database> database = DBEngine::OpenDatabase(unpacked);
         RefuseWhatIsNoBackup(*database);
+        if (inspect)
+            inspect(*database);
         CDBManipulate contents(work);
         contents.Use(*database);
         contents.ExpectBytes(BytesOfTable(*database, u"Files"_s) + BytesOfTable(*database, u"HTMLFiles"_s));
@@ -162,7 +165,8 @@ QString NumberedLibrary(const QString& library)
     return numbered;
 }
 
-RestoreResult RestoreLibrary(const QString& backupFile, const QString& target, RestoreOver over, Work& work)
+RestoreResult RestoreLibrary(const QString& backupFile, const QString& target, RestoreOver over, Work& work,
+                             const std::function<void(Database&)>& inspect)
 {
     const QString wanted = QFileInfo(target).absoluteFilePath();
     RefuseUnwritableFolder(wanted);
@@ -184,7 +188,7 @@ RestoreResult RestoreLibrary(const QString& backupFile, const QString& target, R
     phases.Say(u"Unpacking Database..."_s, 50);
     phases.Begin(Exported);
     phases.Say(u"Copying Database..."_s, 75);
-    RestoreResult result = Complete(unpacked, swap, phases);
+    RestoreResult result = Complete(unpacked, swap, phases, inspect);
     FoldersAside aside;
     if (replaces)
         KeepNoMoreRightsThan(library, swap.NewLibrary());

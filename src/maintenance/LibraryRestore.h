@@ -3,8 +3,11 @@
 #include "platform/system/Work.h"
 
 #include <QString>
+#include <functional>
 
 namespace qb {
+
+class Database;
 
 /// What becomes of a library that stands under the name of the restored one.
 enum class RestoreOver {
@@ -25,7 +28,9 @@ struct RestoreResult {
 /// with what was there as it was: 3204 when a library stands there that is not to be replaced, 3045 when that is
 /// open, 3343 for what is no backup, 75 for names that lead out of their folder and what can't be read or written, 18
 /// when it was cancelled.
-RestoreResult RestoreLibrary(const QString& backupFile, const QString& target, RestoreOver over, Work& work = NoWork());
+/// What @p inspect raises of the unpacked database, which is known to be that of a backup, ends the work too.
+RestoreResult RestoreLibrary(const QString& backupFile, const QString& target, RestoreOver over, Work& work = NoWork(),
+                             const std::function<void(Database&)>& inspect = {});
 
 /// Makes a library, in its place, of the unpacked database that stands there, with the same errors.
 RestoreResult CompleteUnpacked(const QString& target, Work& work = NoWork());

@@ -6,6 +6,7 @@
 #include "store/LibraryFormat.h"
 #include "store/LibrarySwap.h"
 #include "store/OwnIndexes.h"
+#include "store/PendingReplica.h"
 #include "store/ReplicaLog.h"
 #include "store/SideFolders.h"
 
@@ -72,6 +73,7 @@ std::unique_ptr<Library> Library::Open(const QString& path, DBEngine::Access acc
         if (database->HasWallDates())
             BringUpToDate(*database);
         CompleteOwnIndexes(*database);
+        FinishPendingReplica(*database);
     }
     return std::unique_ptr<Library>(new Library(std::move(*database), std::move(mark)));
 }

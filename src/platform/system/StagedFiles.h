@@ -23,6 +23,8 @@ public:
     QString PathFor(const QString& name);
     /// A folder for what is needed on the way, which is put nowhere; it ends in a separator.
     QString Scratch();
+    /// The folder that holds all of it and is locked for as long as the object lives.
+    QString LockedFolder() const { return m_stage; }
     /// A folder to be there, with or without files.
     void AddFolder(const QString& name) { m_folders << name; }
     /// Puts all of them in place, over files that are there, or leaving these with @p keepExisting.
