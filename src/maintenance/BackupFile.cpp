@@ -4,6 +4,7 @@
 #include "maintenance/PhasedWork.h"
 #include "maintenance/StatementPulse.h"
 #include "platform/archive/CBFileSplitter.h"
+#include "platform/dao/Catalog.h"
 #include "platform/dao/DBEngine.h"
 #include "platform/system/FileReplace.h"
 #include "platform/system/RuntimeError.h"
@@ -211,6 +212,16 @@ void RefuseWhatIsNoBackup(Database& database)
     }
 }
 
+namespace {
+
+/// How the type of a column begins in the file.
+QString DeclaredType(const Field& column)
+{
+    return column.AutoIncrement ? u"INTEGER"_s : Catalog::ColumnSql(column, false).section(u' ', 1, 1);
+}
+
+} // namespace
+
 void RefuseWhatIsNoReplica(Database& database)
 {
     const auto refuse = [](const QString& why) {
@@ -222,8 +233,13 @@ void RefuseWhatIsNoReplica(Database& database)
     const auto require = [&](const QString& table, const Field& column) {
         if (!database.TableExists(table))
             refuse(u"the table %1 is missing"_s.arg(table));
-        const Field* found = database.GetTableDef(table).FindField(column.Name);
-        if (!found || found->Type != column.Type)
+        // What the file says of its tables may be another thing than what they are.
+        const Field* said = database.GetTableDef(table).FindField(column.Name);
+        const QString is = database
+                               .QueryValue(u"SELECT type FROM pragma_table_info(?) WHERE name = ? COLLATE NOCASE"_s,
+                                           {table, column.Name})
+                               .ToText();
+        if (!said || said->Type != column.Type || !is.startsWith(DeclaredType(column)))
             refuse(u"the table %1 has no column %2 as a child's has"_s.arg(table, column.Name));
     };
     for (const TableDef& table : LibrarySchema::TablesOfChild()) {

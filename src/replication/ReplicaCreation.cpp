@@ -5,6 +5,7 @@
 #include "platform/system/Clock.h"
 #include "platform/system/FileReplace.h"
 #include "platform/system/Prompts.h"
+#include "platform/system/RuntimeError.h"
 #include "store/CDBCreate.h"
 #include "store/Library.h"
 #include "store/LibraryUse.h"
@@ -77,9 +78,13 @@ public:
 
     void Placed() override
     {
-        SyncFileSystem(m_placed);
-        ForgetPendingReplica(*m_mother);
-        Clock::LetPass(m_mother->QueryValue(u"SELECT max(LastSynchronized) FROM ChildCopies"_s).ToDate());
+        try {
+            SyncFileSystem(m_placed);
+            ForgetPendingReplica(*m_mother);
+            Clock::LetPass(m_mother->QueryValue(u"SELECT max(LastSynchronized) FROM ChildCopies"_s).ToDate());
+        } catch (const RuntimeError&) {
+            // It is done; the next opening finds the file and drops the note.
+        }
     }
 
 private:

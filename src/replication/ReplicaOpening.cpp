@@ -54,7 +54,9 @@ RestoreResult OpenReplica(const QString& transferFile, const QString& target, Re
 {
     return RestoreLibrary(transferFile, target, over, work, [&](Database& unpacked) {
         RefuseWhatIsNoReplica(unpacked);
-        const QStringList others = LibrariesOf(LibraryIdentity(unpacked), known, {transferFile, target});
+        QStringList others = LibrariesOf(LibraryIdentity(unpacked), known, {transferFile, target});
+        if (over == RestoreOver::Replace) // that one goes
+            others.removeAll(QFileInfo(target).canonicalFilePath());
         if (!others.isEmpty() && !mayOpenAgain(others.first()))
             throw RuntimeError(
                 ErrorNumber::DatabaseExists,

@@ -6,6 +6,7 @@
 #include "store/CDBCreate.h"
 #include "store/Library.h"
 #include "store/OwnIndexes.h"
+#include "store/ReplicaLog.h"
 #include "store/TolerateExisting.h"
 #include "support/ErrorRoutine.h"
 
@@ -192,6 +193,9 @@ bool CDBCreate::CreateChildDB(Database& mother, Database& child)
             if (!CreateAditionalTales(true) || !CreateAditionalFields(TableSet::Plain))
                 return false;
             ForgetFormerPart();
+            ReplicaLog(mother).Make();
+            ReplicaLog(child).Make();
+            ReplicaLog(child).Clear(); // it tells of others
             MakeReplicaIndexes(mother);
             MakeReplicaIndexes(child);
             SetUpProperties(mother.Name());

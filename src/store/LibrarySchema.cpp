@@ -263,7 +263,7 @@ std::vector<TableDef> TablesOfChild()
             BookmarkGroups(), Bookmarks(),    ChildCopies(),
             Keywords(),       DBVersion(),    Properties(DatabaseKind::Child),
             DeletedFiles(),   DeletedItems(), DeletedItemLinks(),
-            HTMLFiles({})};
+            HTMLFiles({}),    ReplicaLog()};
 }
 
 Field FileContents()

@@ -4,6 +4,7 @@
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
 #include "platform/system/RuntimeError.h"
+#include "store/ReplicaLog.h"
 #include "store/StoredFiles.h"
 
 #include <QDir>
@@ -49,6 +50,10 @@ std::optional<PendingReplica> ReadNote(Database& library, QByteArray& end)
 void TakeBack(Database& library, const PendingReplica& pending)
 {
     if (pending.Identity.isEmpty()) {
+        if (library.TableExists(u"ReplicaLog"_s))
+            library.Execute(u"DELETE FROM ReplicaLog WHERE Event = ? AND RowDate = (SELECT LastExported FROM "
+                            "Properties)"_s,
+                            {int(ReplicaEvent::Exported)});
         library.Execute(u"UPDATE Properties SET LastExported = ?"_s,
                         {pending.Exported.IsNone() ? Value() : Value(pending.Exported)});
         return;
@@ -56,7 +61,7 @@ void TakeBack(Database& library, const PendingReplica& pending)
     library.Execute(u"DELETE FROM ChildCopies WHERE DBCopyID = ?"_s, {pending.Identity});
     if (!pending.IsFirst || !library.QueryValue(u"SELECT 1 FROM ChildCopies LIMIT 1"_s).IsNull())
         return;
-    for (const QString& table : {u"DeletedFiles"_s, u"DeletedItems"_s, u"DeletedItemLinks"_s}) {
+    for (const QString& table : {u"DeletedFiles"_s, u"DeletedItems"_s, u"DeletedItemLinks"_s, u"ReplicaLog"_s}) {
         if (library.TableExists(table))
             library.DeleteTableDef(table);
     }

@@ -4,6 +4,7 @@
 #include "store/CDBCreate.h"
 #include "store/LibraryUse.h"
 #include "store/PendingReplica.h"
+#include "store/ReplicaLog.h"
 #include "support/FileSizeLimit.h"
 #include "support/FolderContents.h"
 #include "support/LibraryBuilder.h"
@@ -168,6 +169,7 @@ private Q_SLOTS:
         {
             const auto mother = Library::Open(m_mother);
             mother->Execute(u"INSERT INTO DeletedItems (ItemID, DateDeleted) VALUES (77, ?)"_s, {m_clock->Now()});
+            ReplicaLog(*mother).Note({.Table = u"Items"_s, .Record = 77});
         }
         QFile::remove(Transfer());
         m_clock->AddSeconds(60);
@@ -179,6 +181,8 @@ private Q_SLOTS:
         QCOMPARE(CountOf(*mother, u"DeletedItems"_s), 1); // the first has not heard of it
         const auto second = Library::Open(OpenChild(u"second.qbd"_s));
         QCOMPARE(CountOf(*second, u"DeletedItems"_s), 0);
+        QCOMPARE(CountOf(*mother, u"ReplicaLog"_s), 1);
+        QCOMPARE(CountOf(*second, u"ReplicaLog"_s), 0);
         QCOMPARE(CountOf(*second, u"ChildCopies"_s), 0);
         QVERIFY(second->Identity() != Library::Open(first)->Identity());
     }
