@@ -65,6 +65,7 @@ constexpr CommandRule Rules[] = {
     {"mnuUndoThisSessionChanges", ItemChange::Write},
     {"mnuDBToolsCreateReplicaItem", ItemChange::Write, [](Standing s) { return !s.IsChild; }},
     {"mnuDBToolsExportChangesItem", ItemChange::Write, [](Standing s) { return s.IsChild && !s.Exported; }},
+    {"mnuExportAgainItem", ItemChange::Write, [](Standing s) { return s.IsChild && s.Exported; }},
     {"mnuDBToolsSynchronizeItem", ItemChange::Write,
      [](Standing s) { return s.IsMother || (s.IsChild && s.Exported); }},
     {"mnuDBToolsForgetReplicaItem", ItemChange::Write, [](Standing s) { return s.IsMother; }},

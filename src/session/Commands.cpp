@@ -113,6 +113,8 @@ constexpr CommandRow Rows[] = {
      "Give out a child of this library"},
     {Place::Replication, "mnuDBToolsExportChangesItem", "&Export Changes...", "", "",
      "Write the changes for the mother library"},
+    {Place::Replication, "mnuExportAgainItem", "Export Changes &Again...", "", "",
+     "Write the changes once more, where the file of the last export was lost"},
     {Place::Replication, "mnuDBToolsSynchronizeItem", "&Synchronize...", "", "", "Take in a synchronization file"},
     {Place::Replication, "mnuDBToolsForgetReplicaItem", "&Forget Replica...", "", "", "Strike a child off"},
 

@@ -201,9 +201,8 @@ void LibraryList::EnableControls(bool enabled)
         m_shell.SetStatusText({});
     m_tree.ShowNoItem(enabled);
     m_shell.EnableMenus(enabled);
-    for (const QString& name :
-         {u"BACK"_s, u"FORWARD"_s, u"mnuBackItem"_s, u"mnuForwardItem"_s, u"PRINT"_s, u"mnuFilePrint"_s,
-          u"mnuMailItem"_s})
+    for (const QString& name : {u"BACK"_s, u"FORWARD"_s, u"mnuBackItem"_s, u"mnuForwardItem"_s, u"PRINT"_s,
+                                u"mnuFilePrint"_s, u"mnuMailItem"_s})
         m_commands.SetEnabled(name, false);
 }
 
@@ -254,13 +253,12 @@ void LibraryList::SelectDatabase(QString path, bool known)
             path = GetFileName(false, u"Select a Quillbase Library Database"_s, u"KT Quillbase Files|*.qbd;*.qbr"_s);
         if (path.isEmpty())
             return;
-        if (path.mid(path.lastIndexOf(u'.')).compare(u".qbr"_s, Qt::CaseInsensitive) == 0) {
-            MsgBox(u"'%1' is a replica file. This version of the program can't unpack replica files yet; nothing was "
-                   "changed."_s.arg(QDir::toNativeSeparators(path)),
-                   ApplicationTitle, MsgBoxIcon::Exclamation);
-            return;
-        }
         if (!m_tree.SaveItem())
+            return;
+        const bool isReplica = path.mid(path.lastIndexOf(u'.')).compare(u".qbr"_s, Qt::CaseInsensitive) == 0;
+        if (isReplica)
+            path = UnpackReplica(path);
+        if (path.isEmpty())
             return;
         const QString before = m_session.CurrentDatabasePath;
         m_session.CurrentDatabasePath = QFileInfo(path).absoluteFilePath();

@@ -69,6 +69,8 @@ public:
 
     /// Called for a new library of a self-defined language: its words are to be entered.
     std::function<void()> DisplayKeywordDefiner;
+    /// Makes a library of a transfer file; its path, empty where there is none.
+    std::function<QString(const QString& file)> UnpackReplica = [](const QString&) { return QString(); };
     /// A library was opened, and is not shown yet.
     std::function<void()> DatabaseOpened = [] {};
     /// The open library is about to be closed.

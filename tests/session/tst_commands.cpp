@@ -236,13 +236,15 @@ private Q_SLOTS:
         QTest::addColumn<bool>("exported");
         QTest::addColumn<QStringList>("enabled");
         const QString create = u"mnuDBToolsCreateReplicaItem"_s, exportIt = u"mnuDBToolsExportChangesItem"_s,
-                      synchronize = u"mnuDBToolsSynchronizeItem"_s, forget = u"mnuDBToolsForgetReplicaItem"_s;
+                      synchronize = u"mnuDBToolsSynchronizeItem"_s, forget = u"mnuDBToolsForgetReplicaItem"_s,
+                      again = u"mnuExportAgainItem"_s;
         QTest::newRow("plain") << false << false << false << QStringList{create};
         QTest::newRow("mother") << false << true << false << QStringList{create, synchronize, forget};
         QTest::newRow("child") << true << false << false << QStringList{exportIt};
-        QTest::newRow("child that exported") << true << false << true << QStringList{synchronize};
+        QTest::newRow("child that exported") << true << false << true << QStringList{again, synchronize};
         QTest::newRow("child and mother") << true << true << false << QStringList{exportIt, synchronize, forget};
-        QTest::newRow("child and mother that exported") << true << true << true << QStringList{synchronize, forget};
+        QTest::newRow("child and mother that exported")
+            << true << true << true << QStringList{again, synchronize, forget};
     }
     void replicationMenu_fitsTheLibrary()
     {
@@ -251,8 +253,9 @@ private Q_SLOTS:
         QFETCH(bool, exported);
         Commands commands;
         commands.SetStanding({.IsChild = child, .IsMother = mother, .Exported = exported, .Root = true});
-        QTEST(Enabled(commands, {u"mnuDBToolsCreateReplicaItem"_s, u"mnuDBToolsExportChangesItem"_s,
-                                 u"mnuDBToolsSynchronizeItem"_s, u"mnuDBToolsForgetReplicaItem"_s}),
+        QTEST(Enabled(commands,
+                      {u"mnuDBToolsCreateReplicaItem"_s, u"mnuDBToolsExportChangesItem"_s, u"mnuExportAgainItem"_s,
+                       u"mnuDBToolsSynchronizeItem"_s, u"mnuDBToolsForgetReplicaItem"_s}),
               "enabled");
     }
 };

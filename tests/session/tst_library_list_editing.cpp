@@ -204,24 +204,34 @@ private Q_SLOTS:
         QCOMPARE(s->StoredList(), m_list);
     }
 
-    void replicaFile_isRefused_data()
+    void replicaFile_isUnpackedFirst_data()
     {
         QTest::addColumn<QString>("name");
         QTest::newRow("small letters") << u"a ü.qbr"_s;
         QTest::newRow("capitals") << u"A.QBR"_s;
     }
-    void replicaFile_isRefused()
+    void replicaFile_isUnpackedFirst()
     {
         QFETCH(QString, name);
         StartWithTwo();
         const QString path = s->Home.Path(name);
-        WriteFile(path, "replica");
-        s->Script.ExpectMsgBox(ApplicationTitle);
+        const QString library = s->LibraryFile(u"drei ß.qbd"_s, u"third"_s);
+        QStringList asked;
+        s->Libraries.UnpackReplica = [&](const QString& file) {
+            asked << file;
+            return library;
+        };
+        ExpectAlias(u"Dreï"_s);
         s->Libraries.SelectDatabase(path);
-        QCOMPARE(LastMessage(),
-                 u"'%1' is a replica file. This version of the program can't unpack replica files yet; nothing was "
-                 "changed."_s.arg(QDir::toNativeSeparators(path)));
-        QCOMPARE(ReadFile(path), QByteArray("replica"));
+        QCOMPARE(asked, QStringList{path});
+        QCOMPARE(s->OpenPath(), library);
+    }
+
+    void replicaFileThatIsNotUnpacked_leavesTheLibrary()
+    {
+        StartWithTwo();
+        s->Libraries.UnpackReplica = [](const QString&) { return QString(); };
+        s->Libraries.SelectDatabase(s->Home.Path(u"a.qbr"_s));
         QCOMPARE(s->OpenPath(), m_one);
     }
 

@@ -56,6 +56,7 @@ frmCodeLib::frmCodeLib()
     m_printing = std::make_unique<ItemPrinting>(m_session, m_commands);
     m_libraries = std::make_unique<LibraryList>(m_session, *m_shell, *ctlCodeItemDetails, m_commands, *m_tree);
     m_tools = std::make_unique<DatabaseTools>(m_session, m_commands, *m_libraries, *m_tree);
+    m_replicas = std::make_unique<Replicas>(m_session, *m_shell, m_commands, *m_libraries, *m_tree);
     m_find = std::make_unique<LibraryFind>(LibraryFind::Parts{*this, m_findService, m_session, m_commands, *m_tree,
                                                               tvCodeItems->Nodes(), *ctlCodeItemDetails, *m_storedFiles,
                                                               *ctlBookMarkList});

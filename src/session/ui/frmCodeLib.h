@@ -13,6 +13,7 @@
 #include "session/LibraryList.h"
 #include "session/PageDownloads.h"
 #include "session/QuickOpenSession.h"
+#include "session/Replicas.h"
 #include "session/SessionState.h"
 #include "session/WindowLayout.h"
 #include "session/ui/CommandFaces.h"
@@ -187,6 +188,7 @@ private:
     std::unique_ptr<QuickOpenSession> m_quickSession;
     frmQuickOpen* m_quickOpen = nullptr;
     std::unique_ptr<DatabaseTools> m_tools;
+    std::unique_ptr<Replicas> m_replicas;
     std::unique_ptr<LibraryFind> m_find;
     std::unique_ptr<ItemExchange> m_exchange;
     std::unique_ptr<ApplicationTips> m_oTips; ///< while the tip window is open

@@ -3,6 +3,7 @@
 #include "panels/ui/ctlSmartTreeView.h"
 #include "platform/system/Paths.h"
 #include "printing/ui/frmPrint.h"
+#include "replication/ui/frmReplicaList.h"
 #include "session/ui/CodeToolbar.h"
 #include "session/ui/frmBackups.h"
 #include "session/ui/frmCodeLib.h"
@@ -57,6 +58,12 @@ void frmCodeLib::RegisterCommands()
     m_tools->Watched = [this](const QString& title, const std::function<void(Work&)>& body) {
         WorkProgress progress(this, title);
         body(progress);
+    };
+    m_replicas->Watched = m_tools->Watched;
+    m_replicas->ShowReplicaList = [this](Library& library) {
+        frmReplicaList dialog(this);
+        dialog.SetDatabase(library);
+        dialog.exec();
     };
     m_printing->MakeComponent = [this] { return std::make_unique<frmPrint>(this); };
     m_printing->TypedTexts = [this] { return ctlCodeItemDetails->Unsaved(); };
