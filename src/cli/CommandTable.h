@@ -28,6 +28,9 @@ int Backups(const QStringList& words);
 int Rotate(const QStringList& words);
 int RestoreItem(const QStringList& words);
 
+// Replication
+int Replica(const QStringList& words);
+
 // Items
 int Tree(const QStringList& words);
 int Show(const QStringList& words);

@@ -93,6 +93,13 @@ constexpr CommandEntry Table[] = {
      "delete backups NAMEyymmdd.qbb but for the last N, one a day of D days and one a week of W weeks", Rotate},
     {"restore-item", "IN.qbb ID LIB [--parent ID]", "bring one item of a backup back, as a new one; prints its ID",
      RestoreItem},
+    {"replica",
+     "create LIB OUT.qbr [--description T] | open IN.qbr TARGET.qbd [--replace|--number] [--answer yes|no] | status LIB "
+     "| export LIB OUT.qbs [--again] | list LIB | forget LIB N [--answer yes|no]",
+     "replicas of a library: give one out, open it elsewhere, what is known of a library's part in replication, write a "
+     "replica's changes into a file (--again: the file of the last export was lost), the replicas of a library, strike "
+     "the Nth off",
+     Replica},
 };
 
 /// Notices that an error was reported on the way.

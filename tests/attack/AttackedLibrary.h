@@ -9,6 +9,7 @@
 #include "platform/archive/BrindletonZip.h"
 #include "platform/dao/DBEngine.h"
 #include "platform/system/Interims.h"
+#include "replication/ReplicaCreation.h"
 #include "store/CCodeItem.h"
 #include "store/Library.h"
 #include "store/LibrarySwap.h"
@@ -28,7 +29,8 @@ namespace qb::test {
 
 using namespace Qt::StringLiterals;
 
-/// The commands that are attacked; a new one joins by its line. LIB stands for the library, IN for a folder
+/// The commands that are attacked; a new one joins by its line. LIB stands for the library, CHILD for one that is the
+/// child of another, IN for a folder
 /// of files, OUT for a folder to write to.
 struct AttackedCommand {
     const char* Name;
@@ -76,6 +78,10 @@ inline constexpr AttackedCommand Commands[] = {
     {"page defaults", "page defaults OUT/made.qhd", true},
     {"compact", "compact LIB", true},
     {"undo-session", "undo-session LIB", true},
+    {"replica create", "replica create LIB OUT/made.qbr --description away"},
+    {"replica open", "replica open IN/r.qbr OUT/restored.qbd --replace", true},
+    {"replica export", "replica export CHILD OUT/made.qbs --again", true},
+    {"replica forget", "replica forget LIB 1 --answer yes"},
 };
 
 /// What a user has: the rows without their moments, the stored files, what lies in the folder to write to,
@@ -141,6 +147,7 @@ public:
             WriteFile(folder + u".library"_s, database->Identity().toUtf8());
         BackUpLibrary(database->Name(), m_pristine + u"/in/b.qbb"_s, {});
         ExportItems(*database, one, m_pristine + u"/in/e.qbx"_s);
+        MakeReplicas();
         DBEngine::CompactDatabase(database->Name(), m_home.Path(u"start.qbd"_s));
         WriteFile(m_home.Path(u"log/KTSStartupBackup.qbd"_s), ReadFile(m_home.Path(u"start.qbd"_s)));
         // What a backup and the start of the session don't have, and room that is not needed.
@@ -158,6 +165,22 @@ public:
         database->Execute(u"UPDATE Items SET LastChanged = 0 WHERE ID = ?"_s, {gone}); // a child has deleted it
     }
 
+    /// A child with changes, and one in a transfer file.
+    void MakeReplicas() const
+    {
+        QDir().mkpath(m_pristine + u"/child"_s);
+        const auto child = MakeLibrary(m_pristine + u"/child/child.qbd"_s);
+        MakeChild(*child, u"mother.qbd"_s, Date::FromParts(2026, 1, 1));
+        AddStoredFile(*child, AddItem(*child, 0, u"changed"_s), u"new.bin"_s, QByteArray(20000, 'n'),
+                      Date::FromParts(2026, 2, 1));
+        const QString mother = m_home.Path(u"mother.qbd"_s);
+        {
+            const auto library = MakeLibrary(mother);
+            AddStoredFile(*library, AddItem(*library, 0, u"hers"_s), u"hers.bin"_s, "hers", {});
+        }
+        GiveOutChild(mother, m_pristine + u"/in/r.qbr"_s);
+    }
+
     /// Runs a command with further environment variables.
     Attacked Run(const AttackedCommand& command, const QStringList& variables) const
     {
@@ -168,7 +191,7 @@ public:
     {
         QStringList arguments = QString::fromLatin1(command.Arguments).split(u' ');
         for (QString& argument : arguments) {
-            argument.replace(u"LIB"_s, m_work + u"/lib.qbd"_s);
+            argument.replace(u"LIB"_s, m_work + u"/lib.qbd"_s).replace(u"CHILD"_s, m_work + u"/child/child.qbd"_s);
             argument.replace(u"IN/"_s, m_work + u"/in/"_s).replace(u"OUT/"_s, m_work + u"/out/"_s);
             if (argument == u"IN"_s)
                 argument = m_work + u"/in"_s;
@@ -209,6 +232,7 @@ public:
             {u"Bookmarks"_s, u"ID, CodeID, BookmarkGroup, Description"_s},
             {u"Files"_s, u"ID, CodeID, Title, FileSize"_s},
             {u"ItemLinks"_s, u"ItemID, LinkItemID, Note"_s},
+            {u"ChildCopies"_s, u"ShortDescr"_s},
             {u"Properties"_s, u"DBID, LanguageUsed"_s}};
         for (const auto& [table, columns] : tables) {
             Statement rows = database->Query(u"SELECT %1 FROM %2"_s.arg(columns, table));
@@ -217,6 +241,7 @@ public:
                     state[table + QString::number(row)] += rows.Column(i).ToBytes() + '|';
             }
         }
+        state[u"exported"_s] = Library::Open(work + u"/child/child.qbd"_s)->LastExportedDate().IsNone() ? "no" : "yes";
         std::vector<LibraryFault> faults = CheckLibrary(*database);
         const ContentCheck contents = CheckContents(*database);
         faults.insert(faults.end(), contents.Faults.begin(), contents.Faults.end());
@@ -255,11 +280,11 @@ public:
                 ReadDefaultPages(path, pages.path() + u'/');
                 return ContentsOf(pages.path()).keys().join(u'|').toUtf8();
             }
-            if (path.endsWith(u".qbb"_s) || path.endsWith(u".qbb.001"_s)) {
+            if (path.endsWith(u".qbb"_s) || path.endsWith(u".qbb.001"_s) || path.endsWith(u".qbr"_s)) {
                 const QTemporaryDir scratch;
                 return CheckBackup(path, scratch.path(), NoWork()).Faults.join(u'|').toUtf8();
             }
-            if (path.endsWith(u".zip"_s))
+            if (path.endsWith(u".zip"_s) || path.endsWith(u".qbs"_s))
                 return BrindletonZip().ReadFirstFile(path, [](const QByteArray&) { return true; }) ? "whole" : "cut";
         } catch (const RuntimeError& error) {
             return error.what();
