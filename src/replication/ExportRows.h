@@ -41,7 +41,8 @@ struct ExportCounts {
 bool ExportChangedItems(const ExportPlace& place, bool intoXTables, Date exported, ExportCounts& counts,
                         Work& work = NoWork());
 
-/// Takes anew what the mother calls the parents, owners and ends of a child's changed rows, as an export does in its file.
+/// Takes anew what the mother calls the parents, owners and ends of a child's changed rows, as an export does in its
+/// file.
 void RefreshMotherIDs(Database& child);
 
 /// How much an export of the child would hold now.

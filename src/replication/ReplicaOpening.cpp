@@ -43,8 +43,8 @@ QStringList LibrariesOf(const QString& identity, const QStringList& known, const
 
 QString OpenAgainQuestion(const QString& other)
 {
-    return u"This replica is open already, as '%1'.\nBoth would pass for the same child, and their mother takes changes "
-           "from one of them only. Do you want to open it once more all the same?"_s.arg(
+    return u"This replica is open already, as '%1'.\nBoth would pass for the same child, and their mother takes "
+           "changes from one of them only. Do you want to open it once more all the same?"_s.arg(
                QDir::toNativeSeparators(other));
 }
 

@@ -18,8 +18,8 @@ struct DateError {
 /// @p library is the schema of the library.
 bool InvalidSystemDate(Database& connection, const QString& library, Date lastSynchronized);
 
-/// Counts the rows of a statement, and adds them to @p errors under a label if there are any; a table that does not exist
-/// has none.
+/// Counts the rows of a statement, and adds them to @p errors under a label if there are any; a table that does not
+/// exist has none.
 void UpdateDateErrorArray(Database& connection, const QString& sql, const Values& values, const QString& tableLabel,
                           std::vector<DateError>& errors);
 

@@ -55,8 +55,8 @@ QString AskForPlace(const QString& file)
         return file;
     const MsgBoxResult moves = Tell(
         u"Would you like to move the database to a different location before it will be unpacked and connected?\r\nIf "
-        "you select 'No', then the database will remain in its current directory and necessary directories will be also "
-        "created there."_s,
+        "you select 'No', then the database will remain in its current directory and necessary directories will be "
+        "also created there."_s,
         u"Target Database Location"_s, MsgBoxIcon::Question, MsgBoxButtons::YesNoCancel);
     if (moves == MsgBoxResult::Cancel)
         return {};

@@ -15,8 +15,8 @@ namespace qb::test {
 
 using namespace Qt::StringLiterals;
 
-/// A mother with a child that was given out, and the clock a minute later. Items: 1 P, 2 Q, 3 F, 4 P2 below F, 5 X below
-/// P2, 6 Y; the file 1 on X; a link from X to Y; a page of Y.
+/// A mother with a child that was given out, and the clock a minute later. Items: 1 P, 2 Q, 3 F, 4 P2 below F, 5 X
+/// below P2, 6 Y; the file 1 on X; a link from X to Y; a page of Y.
 struct ReplicaPair {
     ReplicaPair()
     {
