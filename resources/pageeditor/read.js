@@ -4,6 +4,7 @@
 const S = E.schema;
 const Space = /[ \t\n\r\f]+/g;
 const IsBlank = text => !/[^ \t\n\r\f]/.test(text);
+E.colourSheet = "qb-code-colours";
 E.baseMarks = ["<!--Start-->", "<!--End-->"];
 const BaseMarks = new Set(["Start", "End"]);
 
@@ -91,7 +92,8 @@ class Reader {
         last = place.range[1];
       }
       origin.tail = [last, window[1]];
-      const space = [...places.map(place => place.lead), origin.tail].map(range => this.page.text.slice(...range)).join("");
+      const space = [...places.map(place => place.lead), origin.tail]
+        .map(range => this.page.text.slice(...range)).join("");
       origin.marks = E.baseMarks.filter(mark => space.includes(mark));
     }
     return noteOrigin(this.page, origin);
@@ -153,8 +155,8 @@ class Reader {
     };
     for (const node of nodes) {
       const isBlankRun = run.every(one => isText(one) && IsBlank(one.value));
-      if (isComment(node) && isBlankRun && BaseMarks.has(node.data))
-        continue; // a mark of the base format stands in the space between blocks
+      if (isBlankRun && ((isComment(node) && BaseMarks.has(node.data)) || isColourSheet(node)))
+        continue; // a mark of the base format stands in the space between blocks, and so does the sheet of ours
       if (isInline(node) || (!isBlankRun && !blockTags.has(node.tagName) && !E.inlineTags.has(node.tagName)
           && !(isComment(node) && BaseMarks.has(node.data)))) {
         run.push(node);
@@ -324,6 +326,8 @@ function readList(name) {
 function readItem(reader, node) {
   return reader.holder(S.nodes.list_item, {}, node, reader.flowOrFiller(node.childNodes));
 }
+const isColourSheet = node => node.tagName === "style" && E.attribute(attributesOf(node), "id") === E.colourSheet;
+
 // What belongs into a table by name; anything else there is an island.
 function readParts(types) {
   return (reader, node) => elementsOf(node).map(child => types.includes(child.tagName) ? reader.block(child)

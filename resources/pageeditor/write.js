@@ -67,6 +67,9 @@ class Writer {
     const isKept = Boolean(origin && origin.tail && !this.isAnew); // the space between the blocks is
     const indent = this.indentOf(node);
     const from = this.written.length;
+    const marks = isKept ? [] : (origin || E.origins[node.attrs.o] || {}).marks || [];
+    if (marks.includes(MarkTexts[0]))
+      this.text("\n" + MarkTexts[0]);
     let before = null;
     node.forEach((child, _, at) => {
       const own = this.originOf(child);
@@ -80,6 +83,8 @@ class Writer {
         this.block(child, own, this.endsBefore(node, at, own), before);
       before = child;
     });
+    if (marks.includes(MarkTexts[1]))
+      this.text("\n" + MarkTexts[1]);
     if (isKept) {
       this.keepMarks(origin, from);
       this.range(origin.page, origin.tail);
@@ -301,7 +306,7 @@ E.signature = function (doc) {
         children.push(of(child));
     });
     if (node.type.name === "bare")
-      return ["paragraph", [], children];
+      return ["paragraph", "", [], children];
     if (/island$/.test(node.type.name))
       return ["island", node.attrs.source];
     return [node.type.name, node.attrs.tag || node.attrs.level || node.attrs.language || "",
@@ -311,9 +316,9 @@ E.signature = function (doc) {
 };
 
 // The style sheet of coloured code goes into the head of a page that has coloured code.
-const ColourSheet = "qb-code-colours";
+const ColourSheet = E.colourSheet;
 function withColourSheet(writer, page, sheet) {
-  const isThere = page.text.includes(ColourSheet);
+  const isThere = (page.text.slice(0, page.window[0]) + writer.written).includes(ColourSheet);
   return writer.hasColours && sheet && !isThere ? `<style id="${ColourSheet}">\n${sheet}</style>\n` : "";
 }
 
