@@ -57,11 +57,12 @@ public:
     /// The service, with the open library.
     FindService& Service();
     FindResults& Results() { return m_results; }
+    /// Goes to an item, also from elsewhere in the window; says so where it is not in the library any more.
+    bool OpenItem(qint64 item) override;
 
 private:
     // FindHost
     qint64 CurrentItem() const override;
-    bool OpenItem(qint64 item) override;
     int CurrentTab() const override;
     void ShowTab(int tab) override;
     bool FindOnPage(const QString& keyword, const FindMatcher& matcher, bool forward, From from) override;
