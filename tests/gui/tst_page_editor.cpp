@@ -127,8 +127,8 @@ private Q_SLOTS:
                           "<li>two</li>\n</ul>\n<pre class=\"qb-code\" data-language=\"cpp23\">"),
             page.constData());
         QVERIFY2(page.contains("<span class=\"qb-comment\">// &lt;x&gt;</span></pre>\n<!--End-->"), page.constData());
-        QVERIFY(whole.contains("<style id=\"qb-code-colours\">"));
-        QVERIFY(whole.startsWith(BuiltInPage(PageTemplate).toUtf8().left(100)));
+        QVERIFY(page.contains("<style id=\"qb-code-colours\">"));
+        QVERIFY(page.startsWith(BuiltInPage(PageTemplate).toUtf8().left(100)));
     }
 
     void emptiedPage_saysSo()
