@@ -230,7 +230,7 @@ public:
             {u"Items"_s, u"ID, ParentID, Title, Code, Notes, Example, CodeHeaders, ItemStatus, ItemRating, HTMLPage"_s},
             {u"BookmarkGroups"_s, u"ID, \"Group\""_s},
             {u"Bookmarks"_s, u"ID, CodeID, BookmarkGroup, Description"_s},
-            {u"Files"_s, u"ID, CodeID, Title, FileSize"_s},
+            {u"Files"_s, u"ID, CodeID, Title, Description, FileSize"_s},
             {u"ItemLinks"_s, u"ItemID, LinkItemID, Note"_s},
             {u"ChildCopies"_s, u"ShortDescr"_s},
             {u"Properties"_s, u"DBID, LanguageUsed"_s}};
