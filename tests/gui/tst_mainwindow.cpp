@@ -218,7 +218,7 @@ private Q_SLOTS:
     void commandsWithoutAProcedure_areNotShown()
     {
         Open();
-        for (const QString& name : {u"mnuConflictSolver"_s, u"mnuDBToolsCreateReplicaItem"_s})
+        for (const QString& name : {u"mnuConflictSolver"_s, u"mnuDBToolsSynchronizeItem"_s})
             QVERIFY2(!Action(name)->isVisible(), qPrintable(name));
         for (const QAction* menu : m_window->menuBar()->actions()) {
             const QList<QAction*> entries = menu->menu()->actions();

@@ -2,6 +2,7 @@
 #include "maintenance/LibraryBackup.h"
 #include "maintenance/LibraryRestore.h"
 #include "platform/archive/BrindletonZip.h"
+#include "replication/ReplicaCreation.h"
 #include "store/LibraryUse.h"
 #include "support/ErrorRoutine.h"
 #include "support/FileSizeLimit.h"
@@ -457,11 +458,25 @@ private Q_SLOTS:
 
     void transferFile_goesOnceItsLibraryIsWhole()
     {
-        BackUpLibrary(m_library, In(u"child.qbr"_s), {}, m_work);
+        ScriptedPrompts script;
+        script.ExpectInputBox(u"Short Description"_s, u"Laptop"_s);
+        GiveOutChild(m_library, In(u"child.qbr"_s));
         QString target = In(u"child.qbd"_s);
         QVERIFY(CDBManipulate(m_work).Restore(target, In(u"child.qbr"_s), false, true));
         QVERIFY(!QFileInfo::exists(In(u"child.qbr"_s)));
-        QCOMPARE(DifferenceOf(StateOf(target), StateOf(m_library)), QString());
+        QCOMPARE(ContentsOf(FilesFolderOf(target)).keys(), ContentsOf(FilesFolderOf(m_library)).keys());
+        QVERIFY(Library::Open(target)->IsChildReplica());
+    }
+
+    void backupNamedAsATransferFile_isNone()
+    {
+        BackUpLibrary(m_library, In(u"child.qbr"_s), {}, m_work);
+        QString target = In(u"child.qbd"_s);
+        ScriptedPrompts script;
+        script.ExpectError();
+        QVERIFY(!CDBManipulate(m_work).Restore(target, In(u"child.qbr"_s), false, true));
+        QVERIFY(QFileInfo::exists(In(u"child.qbr"_s)));
+        QVERIFY(!QFileInfo::exists(target));
     }
 
     void unpackedDatabase_becomesALibraryInItsPlace()
