@@ -62,16 +62,4 @@ QString SizeText(qint64 bytes)
     return QLocale(QLocale::English).toString((bytes + Kilobyte / 2) / Kilobyte) + u" kB"_s;
 }
 
-QString ChildrenText(Library& library)
-{
-    QStringList lines;
-    Statement rows = library.Query(
-        u"SELECT ShortDescr, DBCopyID, LastSynchronized FROM ChildCopies ORDER BY DBCopyID"_s);
-    while (rows.Step()) {
-        const QString name = rows.Text(0).isEmpty() ? rows.Text(1) : rows.Text(0);
-        lines << u"%1, last synchronized: %2"_s.arg(name, DayOrNever(rows.Column(2).ToDate()));
-    }
-    return lines.join(u'\n');
-}
-
 } // namespace qb

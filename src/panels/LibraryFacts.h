@@ -27,7 +27,5 @@ QString ToolTipOf(ReplicaType type);
 QString DayOrNever(Date date);
 /// The size of a file in kB.
 QString SizeText(qint64 bytes);
-/// The children of a library, a line each, with the day of their last synchronization; empty when it has none.
-QString ChildrenText(Library& library);
 
 } // namespace qb

@@ -99,6 +99,7 @@ private:
             out += QString::fromUtf8(shell.readAllStandardError());
         if (out.endsWith(u'\n'))
             out.chop(1);
+        out.remove(u'\r'); // a page has lines of another kind
         return out.isEmpty() ? QStringList() : out.split(u'\n');
     }
 

@@ -198,11 +198,19 @@ void frmPageEditor::MakeToolbars()
     tlbPage = new QToolBar;
     tlbFormat = new QToolBar;
     const auto edit = [this](EditorPane::Edit what, void (QPlainTextEdit::*source)()) {
-        return [this, what, source] { IsSourceShown() ? (txtSource->*source)() : m_pane->Do(what); };
+        return [this, what, source] {
+            if (IsSourceShown())
+                std::mem_fn(source)(txtSource);
+            else
+                m_pane->Do(what);
+        };
     };
     const auto undo = [this](const char* command, void (QPlainTextEdit::*source)()) {
         return [this, command, source] {
-            IsSourceShown() ? (txtSource->*source)() : m_editing->Run(QString::fromLatin1(command));
+            if (IsSourceShown())
+                std::mem_fn(source)(txtSource);
+            else
+                m_editing->Run(QString::fromLatin1(command));
         };
     };
     AddAction(*tlbPage, "save", "document-save", "Save", QKeySequence(u"Ctrl+S"_s), [this] { Save(); });

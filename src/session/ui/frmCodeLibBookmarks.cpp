@@ -192,16 +192,9 @@ void frmCodeLib::RemoveShownLink(const QString& key)
         info.LinksEdited();
 }
 
-/// By the list of replicas, where there is one.
 void frmCodeLib::ListChildren()
 {
-    const QString list = u"mnuDBToolsForgetReplicaItem"_s;
-    if (m_commands.HasProcedure(list))
-        return m_commands.Run(list);
-    if (CurrentDatabase())
-        Prompts::Current().MsgBox({.Text = ChildrenText(*CurrentDatabase()),
-                                   .Caption = u"Replicas of This Library"_s,
-                                   .Icon = MsgBoxIcon::Information});
+    m_commands.Run(u"mnuDBToolsForgetReplicaItem"_s);
 }
 
 // The panel
