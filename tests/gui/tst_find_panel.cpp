@@ -424,6 +424,7 @@ private Q_SLOTS:
         QTest::keyClicks(Code(), u"needle "_s); // not saved yet
         OpenDialog(u"needle"_s);
         In<QLineEdit>(u"txtReplace"_s)->setText(u"pin"_s);
+        QTRY_VERIFY(In<QPushButton>(u"cmdReplace"_s)->isEnabled());
         InDialog([](frmReplace& dialog) {
             QAbstractItemModel* plan = dialog.findChild<QListView*>(u"lvChanges"_s)->model();
             QCOMPARE(plan->rowCount(), 9);
@@ -453,6 +454,7 @@ private Q_SLOTS:
         Open();
         OpenDialog(u"needle"_s);
         const QString before = Read(u"Code"_s);
+        QTRY_VERIFY(In<QPushButton>(u"cmdReplace"_s)->isEnabled());
         InDialog([](frmReplace& dialog) {
             dialog.findChild<QPushButton*>(u"cmdNone"_s)->click();
             QVERIFY(!dialog.findChild<QPushButton*>(u"cmdOK"_s)->isEnabled());
