@@ -218,6 +218,8 @@ E.open = function ({ text, base, colourRules, sheet, isDark }) {
   askForColours(page.doc);
   E.view.focus();
   E.tell("state", Object.assign({ revision }, E.stateOf(E.view.state)));
+  // The engine drops the keys that come before a page's first frame.
+  requestAnimationFrame(() => requestAnimationFrame(() => E.tell("shown")));
   return true;
 };
 // What is copied goes out as markup, by which it is known again when it comes back.
@@ -258,6 +260,15 @@ E.putPicture = function ({ source, width, height, place }) {
   }
   return E.run("picture", { source, width, height });
 };
+// The program sends this key behind those that were typed: calls travel another way, and overtake them.
+document.addEventListener("keydown", event => {
+  if (event.key !== "F24")
+    return;
+  event.preventDefault();
+  event.stopPropagation();
+  E.tell("after_keys");
+}, true);
+
 // What the program calls: a function by its name, with its argument.
 E.answer = function (name, argument) {
   const functions = { open: E.open, coloured: E.coloured, takeSource: E.takeSource, putPicture: E.putPicture,

@@ -7,6 +7,7 @@
 #include "platform/system/Paths.h"
 #include "platform/system/RuntimeError.h"
 #include "platform/system/StagedFiles.h"
+#include "removed/Keeping.h"
 #include "store/CCodeItem.h"
 #include "store/ItemRules.h"
 #include "store/PageChange.h"
@@ -81,20 +82,31 @@ void WriteRow(Library& library, qint64 id, bool hasPage)
 
 /// One change: files are made aside by @p make, in a folder that ends in a separator, and count with the row.
 void Change(Library& library, qint64 item, PageChange::Kind kind, const std::function<void(const QString& made)>& make,
-            const BeforeCommit& beforeCommit = {})
+            const BeforeCommit& beforeCommit, Keeping& keeping)
 {
     RequireChange(library, item, {ItemChange::EditUnasked}); // before anything is made on the disk
     PageChange change(library, item);
     Transaction transaction(library);
     RequireChange(library, item, {ItemChange::EditUnasked});
     SettlePage(library, item);
+    keeping.Add([item](RemovedEvent& event) { event.AddPages(RemovedRows::OfLibrary(u"r.ID = ?"_s, {item}), {}); });
     make(change.Folder());
     change.Bind(kind);
     WriteRow(library, item, kind != PageChange::Kind::Delete);
+    keeping.Note();
     if (beforeCommit)
         beforeCommit();
     transaction.Commit();
+    keeping.Place();
     change.PutInPlace();
+}
+
+/// A change whose former state nobody wants back.
+void Change(Library& library, qint64 item, PageChange::Kind kind, const std::function<void(const QString& made)>& make,
+            const BeforeCommit& beforeCommit = {})
+{
+    Keeping nothing(nullptr);
+    Change(library, item, kind, make, beforeCommit, nothing);
 }
 
 /// Files below a folder, by their paths in it. No link is followed.
@@ -237,16 +249,15 @@ void SetPage(Library& library, qint64 item, const QString& file, const QString& 
     const QByteArray page = ReadPlain(file);
     RequireText(file, page);
     const auto kind = folder.isEmpty() ? PageChange::Kind::Add : PageChange::Kind::Replace;
-    Change(
-        library, item, kind,
-        [&](const QString& made) {
-            WriteNew(made + NewPage, page);
-            if (folder.isEmpty())
-                return;
-            CopyFolder(folder, made + NewFolder);
-            RenameReferences(made + NewPage, QDir(folder).dirName(), QString::number(item));
-        },
-        beforeCommit);
+    const auto make = [&](const QString& made) {
+        WriteNew(made + NewPage, page);
+        if (folder.isEmpty())
+            return;
+        CopyFolder(folder, made + NewFolder);
+        RenameReferences(made + NewPage, QDir(folder).dirName(), QString::number(item));
+    };
+    Kept(library, RemovalKind::Overwritten, u"A web page got other contents"_s,
+         [&](Keeping& keeping) { Change(library, item, kind, make, beforeCommit, keeping); });
 }
 
 void AddPicture(Library& library, qint64 item, const QString& file, QSize size, const PictureNamed& named)
@@ -285,8 +296,10 @@ void InsertLink(Library& library, qint64 item, const PageLink& link, const Befor
 
 void DeletePage(Library& library, qint64 item, const BeforeCommit& beforeCommit)
 {
-    Change(
-        library, item, PageChange::Kind::Delete, [](const QString&) {}, beforeCommit);
+    Kept(library, RemovalKind::DeletedByUser, u"A web page deleted"_s, [&](Keeping& keeping) {
+        Change(
+            library, item, PageChange::Kind::Delete, [](const QString&) {}, beforeCommit, keeping);
+    });
 }
 
 void NotePageChanged(Library& library, qint64 item, const QByteArray& before)

@@ -9,8 +9,11 @@
 namespace qb {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
+
+constexpr auto PatienceWithThePane = 1s;
 
 /// Halves of characters would change their length on the way.
 QString WithoutHalves(QString text)
@@ -49,6 +52,8 @@ QJsonObject ObjectOf(const QJsonValue& answer)
 PageEditing::PageEditing(const QString& path, PageEditingTools tools, Call call)
     : m_page(path), m_tools(std::move(tools)), m_call(std::move(call)), m_kept(m_page.Written())
 {
+    m_patience.setSingleShot(true);
+    m_patience.callOnTimeout([this] { RunAfterKeys(); });
 }
 
 PicturePlace PageEditing::Pictures() const
@@ -71,6 +76,10 @@ void PageEditing::Told(const QString& what, const QJsonObject& value)
         Colour(value);
     } else if (what == u"picture"_s) {
         TakePicture(value);
+    } else if (what == u"shown"_s && Opened) {
+        Opened();
+    } else if (what == u"after_keys"_s) {
+        RunAfterKeys();
     } else if (what == u"found"_s && Found) {
         Found(value["at"_L1].toInt(), value["count"_L1].toInt());
     } else if (what == u"replaced"_s && Said) {
@@ -93,8 +102,6 @@ void PageEditing::Open()
         m_isOnlySource = answer.isBool() && !answer.toBool();
         if (m_isOnlySource && OnlySource)
             OnlySource();
-        else if (answer.toBool() && Opened)
-            Opened();
     });
 }
 
@@ -107,6 +114,22 @@ void PageEditing::Died()
     m_savedRevision = wasUnsaved || m_kept != m_page.Written() ? -1 : 0;
     if (Said)
         Said(u"The editor's process ended and was started anew; the text is as it was a moment ago."_s);
+    RunAfterKeys();
+}
+
+void PageEditing::AfterKeys(std::function<void()> then)
+{
+    RunAfterKeys(); // what waits already goes first
+    m_afterKeys = std::move(then);
+    m_patience.start(PatienceWithThePane);
+    SendMark();
+}
+
+void PageEditing::RunAfterKeys()
+{
+    m_patience.stop();
+    if (const auto then = std::exchange(m_afterKeys, {}))
+        then();
 }
 
 /// What goes wrong is told; the editor goes on.

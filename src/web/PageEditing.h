@@ -4,6 +4,7 @@
 #include "web/PageComponents.h"
 
 #include <QJsonObject>
+#include <QTimer>
 #include <functional>
 #include <vector>
 
@@ -50,6 +51,8 @@ public:
     /// The pane has died: what it told last is what there is, and a new one goes on with it.
     void Died();
 
+    /// Runs @p then when what was typed into the pane is known here; a pane that doesn't answer is not waited for.
+    void AfterKeys(std::function<void()> then);
     /// Whether something is not in the file.
     bool IsUnsaved() const { return m_revision != m_savedRevision; }
     /// Writes the page; @p done hears whether it is written. What can't be written stays in the editor.
@@ -72,7 +75,8 @@ public:
     std::function<void(const QString& text)> Said; ///< for the status line
     std::function<void(const QString& error)> Failed;
     std::function<void(int place, int count)> Found;
-    std::function<void()> Opened;
+    std::function<void()> Opened;        ///< the page is shown and takes keys
+    std::function<void()> SendMark;      ///< behind the keys that were typed: the pane says "after_keys" when it comes
     std::function<void()> PictureWanted; ///< a picture was double-clicked
     /// The page has no body that could be edited but as source.
     std::function<void()> OnlySource;
@@ -84,6 +88,7 @@ private:
     void TakePicture(const QJsonObject& picture);
     bool Write(const QByteArray& bytes);
     void Report(const std::function<void()>& act);
+    void RunAfterKeys();
 
     EditedPage m_page;
     PageEditingTools m_tools;
@@ -92,6 +97,8 @@ private:
     QByteArray m_source; ///< what AskForSource gave
     double m_revision = 0;
     double m_savedRevision = 0;
+    std::function<void()> m_afterKeys;
+    QTimer m_patience; ///< with a pane that doesn't answer
     bool m_isEmpty = false;
     bool m_isOnlySource = false;
 };

@@ -86,7 +86,7 @@ private Q_SLOTS:
         Open(page);
         Press("save");
         m_editor->reject();
-        QVERIFY(!m_editor->isVisible());
+        QTRY_VERIFY_WITH_TIMEOUT(!m_editor->isVisible(), Patience);
         QCOMPARE(ReadFile(m_page), page);
         QVERIFY(!m_editor->Outcome().IsChanged);
     }
@@ -96,7 +96,7 @@ private Q_SLOTS:
         Open("<!doctype html>\n<html><head><script>alert(1)</script></head>\n<BODY bgcolor=white onload='x()'>\n"
              "<table><tr><td>\n<!--Start-->\n<p>one</p>\n<p class=x>two</p>\n<!--End-->\n</td></tr></table>\n"
              "<iframe src='a'></iframe><my-own x=1>y</my-own>\n</BODY></html>\n");
-        Type(u"New "_s);
+        Press(u"New "_s);
         QVERIFY(Saved());
         QCOMPARE(ReadFile(m_page),
                  "<!doctype html>\n<html><head><script>alert(1)</script></head>\n<BODY bgcolor=white onload='x()'>\n"
@@ -193,7 +193,7 @@ private Q_SLOTS:
             const QByteArray bytes = ReadFile(page);
             Open(bytes);
             QCOMPARE(TreeOf(Anew()), TreeOf(QString::fromUtf8(bytes))); // all of it written by the editor
-            Type(u"Zed "_s);
+            Press(u"Zed "_s);
             QVERIFY(Saved());
             const QByteArray saved = ReadFile(m_page);
             QVERIFY2(saved.contains("Zed"), qPrintable(page));
@@ -306,9 +306,10 @@ private Q_SLOTS:
     void closing_asksAboutWhatIsNotSaved()
     {
         Open("<p>a</p>");
-        Type(u"b"_s);
+        Press(u"b"_s);
         m_prompts->ExpectMsgBox(ApplicationTitle, MsgBoxResult::Cancel);
         m_editor->reject();
+        QTRY_VERIFY_WITH_TIMEOUT(!m_prompts->Messages.isEmpty(), Patience);
         QVERIFY(m_editor->isVisible());
         m_prompts->ExpectMsgBox(ApplicationTitle, MsgBoxResult::Yes);
         m_editor->reject();
@@ -415,8 +416,8 @@ private:
         return answer.value_or(QString());
     }
     void Run(const QString& command, const QJsonValue& argument = {}) { Call(u"run"_s, QJsonArray{command, argument}); }
-    /// Types at the caret; a page begins with it at its begin.
-    void Type(const QString& text)
+    /// Presses the keys at the caret; a page begins with it at its begin.
+    void Press(const QString& text)
     {
         for (const QChar letter : text) {
             if (letter == u'\n')
@@ -424,7 +425,16 @@ private:
             else
                 QTest::keyClick(Surface(), letter.toLatin1());
         }
-        Call(u"written"_s); // which comes behind the keys
+    }
+    /// Types until it stands in the text.
+    void Type(const QString& text)
+    {
+        for (const QChar letter : text) {
+            const QByteArray before = Written();
+            Press(QString(letter));
+            if (!QTest::qWaitFor([&] { return Written() != before; }, Patience))
+                QTest::qFail("the key is not in the text", __FILE__, __LINE__);
+        }
     }
 
     QString TreeOf(const QString& page) { return Call(u"tree"_s, page); }

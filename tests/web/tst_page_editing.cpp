@@ -154,6 +154,26 @@ private Q_SLOTS:
         QCOMPARE(ReadFile(m_path), "<p>a</p>");
     }
 
+    void closing_waitsForKeysButNotForEver()
+    {
+        PageEditing& editing = Open("<p>a</p>");
+        int runs = 0;
+        int marks = 0;
+        const auto run = [&runs] { ++runs; };
+        editing.SendMark = [&marks] { ++marks; };
+        editing.AfterKeys(run);
+        QCOMPARE(marks, 1);
+        QCOMPARE(runs, 0);
+        Tell("after_keys", {});
+        Tell("after_keys", {});
+        QCOMPARE(runs, 1);
+        editing.AfterKeys(run);
+        editing.Died();
+        QCOMPARE(runs, 2);
+        editing.AfterKeys(run); // and a pane that hangs
+        QTRY_COMPARE(runs, 3);
+    }
+
     void fileThatSomebodyElseChanged_isNotWrittenOverUnasked()
     {
         Open("<p>a</p>");

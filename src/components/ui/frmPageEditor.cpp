@@ -145,6 +145,7 @@ void frmPageEditor::Connect()
     m_editing->Failed = [this](const QString& text) { Fail(text); };
     m_editing->Found = [this](int place, int count) { m_findBar->ShowFound(place, count); };
     m_editing->PictureWanted = [this] { AddPicture(); };
+    m_editing->SendMark = [this] { m_pane->SendMark(); };
     m_editing->Opened = [this] {
         m_pane->Widget()->setFocus();
         Q_EMIT Opened();
@@ -407,15 +408,26 @@ void frmPageEditor::LeaveSource(const std::function<void(bool)>& then)
     m_editing->TakeSource(typed.replace(QChar::ParagraphSeparator, u'\n'), then);
 }
 
+void frmPageEditor::AfterKeys(std::function<void()> then)
+{
+    if (IsSourceShown())
+        then();
+    else
+        m_editing->AfterKeys(std::move(then));
+}
+
 void frmPageEditor::Save(const std::function<void(bool)>& then)
 {
-    LeaveSource([this, then](bool) {
-        m_editing->Save([this, then](bool done) {
-            ShowTitle();
-            Q_EMIT Saved(done);
-            if (then)
-                then(done);
-        });
+    AfterKeys([this, then] { LeaveSource([this, then](bool) { Write(then); }); });
+}
+
+void frmPageEditor::Write(const std::function<void(bool)>& then)
+{
+    m_editing->Save([this, then](bool done) {
+        ShowTitle();
+        Q_EMIT Saved(done);
+        if (then)
+            then(done);
     });
 }
 
@@ -427,7 +439,12 @@ void frmPageEditor::Fail(const QString& text)
 
 void frmPageEditor::reject()
 {
-    if (m_isClosing || !IsUnsaved())
+    AfterKeys([this] { Close(); });
+}
+
+void frmPageEditor::Close()
+{
+    if (!IsUnsaved())
         return QDialog::reject();
     const Message question{.Text = u"The page has changes that are not saved. Save them?"_s,
                            .Caption = ApplicationTitle,
@@ -439,9 +456,8 @@ void frmPageEditor::reject()
     if (answer != MsgBoxResult::Yes)
         return;
     Save([this](bool done) {
-        m_isClosing = done;
         if (done)
-            reject();
+            QDialog::reject();
     });
 }
 

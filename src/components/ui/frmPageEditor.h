@@ -57,7 +57,10 @@ private:
     void LeaveSource(const std::function<void(bool)>& then);
     bool IsSourceShown() const;
     bool IsUnsaved() const;
+    void AfterKeys(std::function<void()> then);
     void Save(const std::function<void(bool)>& then = {});
+    void Write(const std::function<void(bool)>& then);
+    void Close();
     void Fail(const QString& text);
 
     std::unique_ptr<EditorPane> m_pane;
@@ -76,7 +79,6 @@ private:
     QLabel* lblStatus;
     QHash<QString, QAction*> m_actions; ///< by their names
     bool m_isOnlySource = false;
-    bool m_isClosing = false;
 };
 
 } // namespace qb

@@ -22,6 +22,8 @@ public:
 
     enum class Edit { Cut, Copy, Paste, PastePlain };
     virtual void Do(Edit edit) = 0;
+    /// Sends a key behind those that were typed, which the pane answers with "after_keys".
+    virtual void SendMark() = 0;
 
     // Callbacks
     std::function<void(const QString& what, const QJsonObject& value)> Told;

@@ -4,9 +4,11 @@
 #include "web/ui/webengine/PrepareEngine.h"
 
 #include <QBuffer>
+#include <QCoreApplication>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QKeyEvent>
 #include <QWebChannel>
 #include <QWebEngineDownloadRequest>
 #include <QWebEngineNewWindowRequest>
@@ -191,6 +193,15 @@ void WebEngineEditor::Do(Edit edit)
     static constexpr QWebEnginePage::WebAction actions[] = {QWebEnginePage::Cut, QWebEnginePage::Copy,
                                                             QWebEnginePage::Paste, QWebEnginePage::PasteAndMatchStyle};
     m_view->triggerPageAction(actions[size_t(edit)]);
+}
+
+void WebEngineEditor::SendMark()
+{
+    QWidget* surface = m_view->focusProxy() ? m_view->focusProxy() : m_view.get();
+    for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+        QKeyEvent key(type, Qt::Key_F24, Qt::NoModifier);
+        QCoreApplication::sendEvent(surface, &key);
+    }
 }
 
 } // namespace qb

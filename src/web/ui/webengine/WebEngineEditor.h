@@ -53,6 +53,7 @@ public:
     void Start(const PicturePlace& place) override;
     void Call(const QString& function, const QJsonValue& argument, const PageEditing::Answer& answer) override;
     void Do(Edit edit) override;
+    void SendMark() override;
 
 private:
     void Restrict();
