@@ -47,7 +47,11 @@
     NUMBER(BackupRotationEvery, "BackupRotationEvery", 1)                                                              \
     NUMBER(BackupRotationLast, "BackupRotationLast", 3)                                                                \
     NUMBER(BackupRotationDaily, "BackupRotationDaily", 7)                                                              \
-    NUMBER(BackupRotationWeekly, "BackupRotationWeekly", 8)
+    NUMBER(BackupRotationWeekly, "BackupRotationWeekly", 8)                                                            \
+    FLAG(PreviewSynchronization, "PreviewSynchronization", true)                                                       \
+    NUMBER(RemovedDays, "RemovedDays", 365)                                                                            \
+    NUMBER(RemovedMegabytes, "RemovedMegabytes", 1024)                                                                 \
+    FLAG(UndoSynchronization, "UndoSynchronization", true)
 
 /// The settings of the open library, columns of `Properties`, in the order in which they are
 /// read: property, type, column.

@@ -2,6 +2,7 @@
 
 #include "exchange/BranchStream.h"
 #include "exchange/BranchWalk.h"
+#include "exchange/PageNames.h"
 #include "maintenance/Containers.h"
 #include "maintenance/PhasedWork.h"
 #include "maintenance/ReplacedFile.h"
@@ -66,7 +67,7 @@ private:
                                Procedure);
         // An item that has lost its place stands at the top of what is exported.
         const qint64 parent = node.Parent == 0 && whole ? 0 : item.ParentKey().toLongLong();
-        const QStringList pages = item.HTMLPage() ? PagesOf(node.Item) : QStringList();
+        const QStringList pages = item.HTMLPage() ? PageFilesOf(m_library, node.Item) : QStringList();
         m_stream.Write(
             BranchItem{.Title = item.Title().isEmpty() ? u" "_s : item.Title(), // an empty one ends the reading
                        .Key = item.Key(),
@@ -114,44 +115,18 @@ private:
         }
     }
 
-    /// The paths below the folder of web pages: the page, the other files of its folder, then those of the folders in
-    /// that.
-    QStringList PagesOf(qint64 item) const
-    {
-        const QString folder = QString::number(item);
-        QStringList pages;
-        if (IsPlainFile(m_library.HTMLFolder() + folder + u".htm"_s))
-            pages << folder + u".htm"_s;
-        QStringList waiting{folder};
-        while (!waiting.isEmpty()) {
-            const QString at = waiting.takeFirst();
-            const QDir found(m_library.HTMLFolder() + at);
-            for (const QString& name : found.entryList(QDir::Files | QDir::Hidden | QDir::NoSymLinks, QDir::Name)) {
-                if (IsPlainFile(found.filePath(name)))
-                    pages << at + u'/' + name;
-            }
-            QStringList inner;
-            for (const QString& name :
-                 found.entryList(QDir::Dirs | QDir::Hidden | QDir::NoSymLinks | QDir::NoDotAndDotDot, QDir::Name))
-                inner << at + u'/' + name;
-            waiting = inner + waiting;
-        }
-        return pages;
-    }
-
     void ExportItemPages(qint64 item, const QStringList& pages)
     {
-        const QString inFolder = QString::number(item) + u'/';
         m_stream.WriteCount(qint32(pages.size()));
         for (const QString& path : pages) {
             QFile file(m_library.HTMLFolder() + path);
             Open(file);
-            const QString name = path.startsWith(inFolder) ? path.mid(inFolder.size()).replace(u'/', u'\\') : path;
-            m_stream.Write(BranchPage{.Name = name,
-                                      .Modified = Date::FromDateTime(QFileInfo(file).lastModified()),
-                                      .Number = path.startsWith(inFolder) ? QFileInfo(name).completeBaseName().toInt()
-                                                                          : qint32(item),
-                                      .Size = file.size()});
+            const QString name = PageNameOf(path, item);
+            m_stream.Write(
+                BranchPage{.Name = name,
+                           .Modified = Date::FromDateTime(QFileInfo(file).lastModified()),
+                           .Number = name == path ? qint32(item) : QFileInfo(name).completeBaseName().toInt(),
+                           .Size = file.size()});
             m_stream.WriteContents(file, file.size(), m_work);
             ++m_result.Pages;
         }

@@ -143,6 +143,16 @@ void BranchWriter::WriteContents(QFile& source, qint64 size, Work& work)
     }
 }
 
+void BranchWriter::SetCount(qint32 items)
+{
+    const qint64 end = m_file.pos();
+    if (!m_file.seek(MarkLength))
+        Bytes(nullptr, 1);
+    Value(items);
+    if (!m_file.seek(end))
+        Bytes(nullptr, 1);
+}
+
 void BranchWriter::Close()
 {
     if (!m_file.flush())

@@ -79,7 +79,11 @@ public:
     void Write(const BranchPage& page);
     /// What belongs to the record that was just written: @p size bytes of @p source. Raises 75 when it has fewer.
     void WriteContents(QFile& source, qint64 size, Work& work);
+    /// A piece of it, where the contents come from elsewhere.
+    void WriteContents(const QByteArray& piece) { Bytes(piece.constData(), piece.size()); }
     void Write(const BranchTrailer& trailer);
+    /// Another number of items than was known at the begin.
+    void SetCount(qint32 items);
     void Close();
 
 private:

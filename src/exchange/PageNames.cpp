@@ -2,6 +2,7 @@
 
 #include "platform/system/FileReplace.h"
 #include "platform/system/RuntimeError.h"
+#include "store/StoredFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -10,6 +11,35 @@
 namespace qb {
 
 using namespace Qt::StringLiterals;
+
+QStringList PageFilesOf(const Library& library, qint64 item)
+{
+    const QString folder = QString::number(item);
+    QStringList pages;
+    if (IsPlainFile(library.HTMLFolder() + folder + u".htm"_s))
+        pages << folder + u".htm"_s;
+    QStringList waiting{folder};
+    while (!waiting.isEmpty()) {
+        const QString at = waiting.takeFirst();
+        const QDir found(library.HTMLFolder() + at);
+        for (const QString& name : found.entryList(QDir::Files | QDir::Hidden | QDir::NoSymLinks, QDir::Name)) {
+            if (IsPlainFile(found.filePath(name)))
+                pages << at + u'/' + name;
+        }
+        QStringList inner;
+        for (const QString& name :
+             found.entryList(QDir::Dirs | QDir::Hidden | QDir::NoSymLinks | QDir::NoDotAndDotDot, QDir::Name))
+            inner << at + u'/' + name;
+        waiting = inner + waiting;
+    }
+    return pages;
+}
+
+QString PageNameOf(const QString& path, qint64 item)
+{
+    const QString inFolder = QString::number(item) + u'/';
+    return path.startsWith(inFolder) ? path.mid(inFolder.size()).replace(u'/', u'\\') : path;
+}
 
 std::optional<QString> PlaceOfPage(const QString& name, const QString& key, bool isFirst)
 {

@@ -1,9 +1,18 @@
 #pragma once
 
+#include "store/Library.h"
+
 #include <QString>
+#include <QStringList>
 #include <optional>
 
 namespace qb {
+
+/// The files of an item's web page, as paths below the folder of web pages with "/" between their parts: the page, the
+/// other files of its folder, then those of the folders in that.
+QStringList PageFilesOf(const Library& library, qint64 item);
+/// The name that an export has for one of them: the page's own, or the path below the page's folder with "\\".
+QString PageNameOf(const QString& path, qint64 item);
 
 /// Where a file of an item's web page belongs, from the name that an export has for it: empty for the page itself,
 /// which only the first can be; else the path below the folder of the page, with "/" between its parts. Nothing for

@@ -220,7 +220,38 @@ QString DeclaredType(const Field& column)
     return column.AutoIncrement ? u"INTEGER"_s : Catalog::ColumnSql(column, false).section(u' ', 1, 1);
 }
 
+QString WhyColumnDiffers(Database& database, const QString& table, const Field& column)
+{
+    if (!database.TableExists(table))
+        return u"the table %1 is missing"_s.arg(table);
+    // What the file says of its tables may be another thing than what they are.
+    const Field* said = database.GetTableDef(table).FindField(column.Name);
+    const QString is = database
+                           .QueryValue(u"SELECT type FROM pragma_table_info(?) WHERE name = ? COLLATE NOCASE"_s,
+                                       {table, column.Name})
+                           .ToText();
+    if (said && said->Type == column.Type && is.startsWith(DeclaredType(column)))
+        return {};
+    return u"the table %1 has no column %2 as it should have"_s.arg(table, column.Name);
+}
+
 } // namespace
+
+QString WhyColumnsDiffer(Database& database, const std::vector<TableDef>& tables,
+                         const std::vector<LibrarySchema::AddedField>& added)
+{
+    for (const TableDef& table : tables) {
+        for (const Field& column : table.Fields) {
+            if (const QString why = WhyColumnDiffers(database, table.Name, column); !why.isEmpty())
+                return why;
+        }
+    }
+    for (const LibrarySchema::AddedField& column : added) {
+        if (const QString why = WhyColumnDiffers(database, column.Table, column.Column); !why.isEmpty())
+            return why;
+    }
+    return {};
+}
 
 void RefuseWhatIsNoReplica(Database& database)
 {
@@ -230,24 +261,10 @@ void RefuseWhatIsNoReplica(Database& database)
                            u"RefuseWhatIsNoReplica"_s);
     };
     RefuseWhatIsNoBackup(database);
-    const auto require = [&](const QString& table, const Field& column) {
-        if (!database.TableExists(table))
-            refuse(u"the table %1 is missing"_s.arg(table));
-        // What the file says of its tables may be another thing than what they are.
-        const Field* said = database.GetTableDef(table).FindField(column.Name);
-        const QString is = database
-                               .QueryValue(u"SELECT type FROM pragma_table_info(?) WHERE name = ? COLLATE NOCASE"_s,
-                                           {table, column.Name})
-                               .ToText();
-        if (!said || said->Type != column.Type || !is.startsWith(DeclaredType(column)))
-            refuse(u"the table %1 has no column %2 as a child's has"_s.arg(table, column.Name));
-    };
-    for (const TableDef& table : LibrarySchema::TablesOfChild()) {
-        for (const Field& column : table.Fields)
-            require(table.Name, column);
-    }
-    for (const LibrarySchema::AddedField& added : LibrarySchema::AditionalFields(TableSet::Plain, DatabaseKind::Child))
-        require(added.Table, added.Column);
+    if (const QString why = WhyColumnsDiffer(database, LibrarySchema::TablesOfChild(),
+                                             LibrarySchema::AditionalFields(TableSet::Plain, DatabaseKind::Child));
+        !why.isEmpty())
+        refuse(why);
     if (database.QueryValue(u"SELECT count(*) FROM Properties"_s).ToLong() != 1
         || database.QueryValue(u"SELECT MasterReplicaPath FROM Properties"_s).ToText().isEmpty()
         || database.QueryValue(u"SELECT DBID FROM Properties"_s).ToText().isEmpty())

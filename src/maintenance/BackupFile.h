@@ -1,6 +1,7 @@
 #pragma once
 
 #include "maintenance/PackedContents.h"
+#include "store/LibrarySchema.h"
 #include "platform/system/Date.h"
 #include "platform/system/Work.h"
 
@@ -39,6 +40,11 @@ BackupSummary SummaryOf(Database& database, Work& work);
 
 /// Raises RuntimeError 3343 for a database that is no backup of a library, or has more in it than tables and indexes.
 void RefuseWhatIsNoBackup(Database& database);
+
+/// Why tables of a file that a stranger may have made are not what they should be: "the table Items is missing". Empty
+/// when they have all columns of the definitions, and those that were @p added to them.
+QString WhyColumnsDiffer(Database& database, const std::vector<TableDef>& tables,
+                         const std::vector<LibrarySchema::AddedField>& added);
 
 /// The same for one that is no child in a transfer file: a stranger may have made it, so that its tables are held to all
 /// columns that a child's have.

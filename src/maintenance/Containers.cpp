@@ -23,7 +23,8 @@ QString InnerName(const QString& container)
 
 /// Packs @p source into @p target; false when it was cancelled.
 template <class Progress>
-bool Pack(const QString& source, const QString& target, Progress& progress, Work& work, const QByteArray& comment = {})
+bool Pack(const QString& source, const QString& target, Progress& progress, Work& work, const QByteArray& comment = {},
+          Compression compression = Compression::Usual)
 {
     progress.SetExtracting(false);
     BrindletonZip m_oZip;
@@ -36,6 +37,7 @@ bool Pack(const QString& source, const QString& target, Progress& progress, Work
     m_oZip.SetZipOptionC(false);
     m_oZip.SetZipOptionA(false);
     m_oZip.SetZipOptionB(false);
+    m_oZip.SetFast(compression == Compression::Fast);
     return m_oZip.Zip(work);
 }
 
@@ -155,10 +157,11 @@ bool PackLibrary(const QString& source, const QString& target, Work& work)
     return true;
 }
 
-bool PackContainer(const QString& source, const QString& target, const QByteArray& comment, Work& work)
+bool PackContainer(const QString& source, const QString& target, const QByteArray& comment, Work& work,
+                   Compression compression)
 {
     LibraryZipProgress progress(work);
-    return Pack(source, target, progress, work, comment);
+    return Pack(source, target, progress, work, comment, compression);
 }
 
 QString SplitContainer(const QString& container, qint64 size, Work& work)
@@ -166,7 +169,7 @@ QString SplitContainer(const QString& container, qint64 size, Work& work)
     return Split(container, size, work);
 }
 
-QString PackExport(const QString& file, Work& work)
+QString PackExport(const QString& file, Work& work, Compression compression)
 {
     const QString inner = InnerName(file);
     QFile::remove(inner);
@@ -176,7 +179,7 @@ QString PackExport(const QString& file, Work& work)
             u"The file '%1' can't be renamed to be packed. Nothing was changed."_s.arg(QDir::toNativeSeparators(file)),
             u"PackExport"_s);
     ExportZipProgress progress(work);
-    if (!Pack(inner, file, progress, work))
+    if (!Pack(inner, file, progress, work, {}, compression))
         return {};
     QFile::remove(inner);
     return Split(file, NoVolumes, work);

@@ -52,40 +52,17 @@ void DeleteOne(Library& library, qint64 item, Outside& outside)
     }
 }
 
-qint64 FindOrphanFolder(Library& library)
-{
-    return library
-        .QueryValue(u"SELECT ID FROM Items WHERE ParentID = 0 AND Title = ? COLLATE BINARY"_s, {OrphanedItemsTitle})
-        .ToLong();
-}
-
 /// The rows of a branch and of its files, inside the caller's transaction.
-void DeleteRows(Library& library, qint64 id, Outside& outside, Work& work)
+void DeleteRows(Library& library, qint64 id, Outside& outside, Work& work, DeletionKeeper& keeper)
 {
     qint64 done = 0;
     RequireItem(library, id);
     const std::vector<qint64> branch = BranchOf(library, id);
+    keeper.Take(library, branch);
     for (const qint64 item : branch) {
         DeleteOne(library, item, outside);
         work.Advance(++done, qint64(branch.size()));
     }
-}
-
-/// The folder of items that have lost their parent; made where it is missing, with a date at which nobody takes it
-/// for a change.
-qint64 OrphanFolder(Library& library)
-{
-    const qint64 found = FindOrphanFolder(library);
-    if (found != 0)
-        return found;
-    CCodeItem folder;
-    folder.Initialise(library, {});
-    folder.SetTitle(OrphanedItemsTitle);
-    folder.SetParentKey(u"0"_s);
-    folder.SetCreated(Date::FromParts(2000, 1, 1));
-    folder.SetLastChanged(Date::FromParts(2000, 1, 1));
-    CommitOrRaise(folder, u"The folder of orphaned items could not be made; nothing was changed."_s);
-    return folder.Key().toLongLong();
 }
 
 /// What stands below the items and does not go with them becomes an orphan, and keeps its date. Returns how many.
@@ -107,6 +84,28 @@ qint64 MakeOrphansBelow(Library& library, const std::vector<qint64>& items)
 }
 
 } // namespace
+
+qint64 FindOrphanFolder(Library& library)
+{
+    return library
+        .QueryValue(u"SELECT ID FROM Items WHERE ParentID = 0 AND Title = ? COLLATE BINARY"_s, {OrphanedItemsTitle})
+        .ToLong();
+}
+
+qint64 OrphanFolder(Library& library)
+{
+    const qint64 found = FindOrphanFolder(library);
+    if (found != 0)
+        return found;
+    CCodeItem folder;
+    folder.Initialise(library, {});
+    folder.SetTitle(OrphanedItemsTitle);
+    folder.SetParentKey(u"0"_s);
+    folder.SetCreated(Date::FromParts(2000, 1, 1));
+    folder.SetLastChanged(Date::FromParts(2000, 1, 1));
+    CommitOrRaise(folder, u"The folder of orphaned items could not be made; nothing was changed."_s);
+    return folder.Key().toLongLong();
+}
 
 void RequireItem(Library& library, qint64 id)
 {
@@ -144,25 +143,40 @@ bool IsInBranch(Library& library, qint64 id, qint64 candidate)
     return false;
 }
 
-void DeleteBranch(Library& library, qint64 id, Work& work)
+DeletionKeeper& NoKeeper()
+{
+    class Nothing : public DeletionKeeper {
+        void Take(Library&, const std::vector<qint64>&) override {}
+        void Note() override {}
+        void Place() override {}
+    };
+    static Nothing nothing;
+    return nothing;
+}
+
+void DeleteBranch(Library& library, qint64 id, Work& work, DeletionKeeper& keeper)
 {
     Outside outside;
     Transaction transaction(library);
-    DeleteRows(library, id, outside, work);
+    DeleteRows(library, id, outside, work, keeper);
+    keeper.Note();
     transaction.Commit();
+    keeper.Place();
     outside.Complete();
 }
 
-void DeleteItem(Library& library, qint64 id)
+void DeleteItem(Library& library, qint64 id, DeletionKeeper& keeper)
 {
     Outside outside;
     Transaction transaction(library);
     RequireChange(library, id, {ItemChange::Delete});
     const ItemStanding standing = StandingOf(library, id);
-    DeleteRows(library, id, outside, NoWork());
+    DeleteRows(library, id, outside, NoWork(), keeper);
     if (standing.Orphan && (standing.IsMother || standing.IsChild))
         RemoveEmptyOrphanFolder(library);
+    keeper.Note();
     transaction.Commit();
+    keeper.Place();
     outside.Complete();
 }
 
@@ -186,21 +200,25 @@ std::vector<qint64> ItemsMarkedForDelete(Library& library)
     return items;
 }
 
-RemovedItems RemoveItemsMarkedForDelete(Library& library, const std::function<void(const RemovedItems&)>& beforeCommit)
+RemovedItems RemoveItemsMarkedForDelete(Library& library, const std::function<void(const RemovedItems&)>& beforeCommit,
+                                        DeletionKeeper& keeper)
 {
     Outside outside;
     Transaction transaction(library);
     RemovedItems removed;
     removed.Items = ItemsMarkedForDelete(library);
     std::erase(removed.Items, FindOrphanFolder(library)); // what stands in it would go along
+    keeper.Take(library, removed.Items);
     removed.Orphans = MakeOrphansBelow(library, removed.Items);
     for (const qint64 item : removed.Items)
         DeleteOne(library, item, outside);
     if (removed.Orphans == 0)
         RemoveEmptyOrphanFolder(library);
+    keeper.Note();
     if (beforeCommit)
         beforeCommit(removed);
     transaction.Commit();
+    keeper.Place();
     outside.Complete();
     return removed;
 }

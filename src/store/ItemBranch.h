@@ -19,15 +19,33 @@ std::vector<qint64> BranchOf(Library& library, qint64 id);
 /// True when @p candidate is @p id or stands below it.
 bool IsInBranch(Library& library, qint64 id, qint64 candidate);
 
+/// Keeps what is about to be deleted, together with the transaction that deletes it.
+class DeletionKeeper {
+public:
+    virtual ~DeletionKeeper() = default;
+    /// Inside the transaction, while all of the items are there still. What it raises is the deletion's error.
+    virtual void Take(Library& library, const std::vector<qint64>& items) = 0;
+    /// The last thing before the commit; raises as Take.
+    virtual void Note() = 0;
+    /// The transaction is committed. Raises nothing.
+    virtual void Place() = 0;
+};
+/// Keeps nothing.
+DeletionKeeper& NoKeeper();
+
 /// Deletes an item and everything below it, with stored files and pages, in one transaction;
 /// files on disk go once it is committed. @p work counts items and can't be cancelled. Raises
 /// the first error, with the library as it was.
-void DeleteBranch(Library& library, qint64 id, Work& work = NoWork());
+void DeleteBranch(Library& library, qint64 id, Work& work = NoWork(), DeletionKeeper& keeper = NoKeeper());
 
 /// The same where nobody watches, if the item may be deleted as it stands (see ItemRules.h); an orphan takes the
 /// folder of orphaned items along when that is empty then.
-void DeleteItem(Library& library, qint64 id);
+void DeleteItem(Library& library, qint64 id, DeletionKeeper& keeper = NoKeeper());
 
+/// The folder of items that have lost their parent; 0 when there is none.
+qint64 FindOrphanFolder(Library& library);
+/// The same, made where it is missing, with a date at which nobody takes it for a change.
+qint64 OrphanFolder(Library& library);
 /// Removes the folder of orphaned items when nothing is left in it; returns its ID, or 0 when it stays.
 qint64 RemoveEmptyOrphanFolder(Library& library);
 
@@ -42,7 +60,8 @@ struct RemovedItems {
 /// their stored files, pages, bookmarks and links. What stands below one and does not wait for removal itself is
 /// nobody's to delete: it becomes an orphan. @p beforeCommit is told what is about to be committed.
 RemovedItems RemoveItemsMarkedForDelete(Library& library,
-                                        const std::function<void(const RemovedItems&)>& beforeCommit = {});
+                                        const std::function<void(const RemovedItems&)>& beforeCommit = {},
+                                        DeletionKeeper& keeper = NoKeeper());
 
 /// The title that is reserved, directly under the root, for the items that a synchronization
 /// leaves without a parent.

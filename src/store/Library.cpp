@@ -6,6 +6,7 @@
 #include "store/LibraryFormat.h"
 #include "store/LibrarySwap.h"
 #include "store/OwnIndexes.h"
+#include "store/PendingRemoved.h"
 #include "store/PendingReplica.h"
 #include "store/ReplicaLog.h"
 #include "store/SideFolders.h"
@@ -74,6 +75,7 @@ std::unique_ptr<Library> Library::Open(const QString& path, DBEngine::Access acc
             BringUpToDate(*database);
         CompleteOwnIndexes(*database);
         FinishPendingReplica(*database);
+        FinishPendingRemoved(*database);
     }
     return std::unique_ptr<Library>(new Library(std::move(*database), std::move(mark)));
 }

@@ -67,15 +67,6 @@ QString MarkOf(const QString& path)
     return QString::number(ChecksumOfFile(path));
 }
 
-void SyncFolder(const QString& path)
-{
-    const int folder = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder < 0)
-        return;
-    ::fsync(folder); // a file system may not offer it
-    ::close(folder);
-}
-
 /// Lets two names change what they stand for, in one step where the file system can do that; @p aside is a free name
 /// for where it can't. False with errno, and nothing changed or all of it undone again.
 bool Exchange(const QString& one, const QString& other, const QString& aside)

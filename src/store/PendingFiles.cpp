@@ -203,18 +203,23 @@ void StoredFileDeletion::Delete(Library& library, qint64 id)
 {
     const DeletedFileRow row = DeleteStoredFileRow(library, id);
     m_lacksMotherRecord = m_lacksMotherRecord || row.LacksMotherRecord;
+    Take(library, id, row.Place);
+}
+
+void StoredFileDeletion::Take(const Library& library, qint64 id, const QString& place)
+{
     const bool isForeign = OwnerOf(library.FilesFolder(), library.Identity()) == FolderOwner::Another;
-    if (isForeign || row.Place.isEmpty() || !QFile::exists(row.Place))
+    if (isForeign || place.isEmpty() || !QFile::exists(place))
         return;
     if (!m_work)
         m_work.emplace(library);
     const QString leaving = m_work->LeavingName(id);
-    if (!RenameFile(row.Place, leaving))
+    if (!RenameFile(place, leaving))
         throw RuntimeError(
             ErrorNumber::PathAccess,
-            u"The stored file '%1' can't be deleted; nothing was changed."_s.arg(QDir::toNativeSeparators(row.Place)),
+            u"The stored file '%1' can't be deleted; nothing was changed."_s.arg(QDir::toNativeSeparators(place)),
             u"StoredFileDeletion"_s);
-    m_moved.push_back({row.Place, leaving});
+    m_moved.push_back({place, leaving});
 }
 
 void StoredFileDeletion::Complete()

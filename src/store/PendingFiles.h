@@ -83,6 +83,8 @@ public:
     /// Deletes a row and takes its file from its place, if there is one. Raises RuntimeError 75 when it
     /// can't be moved.
     void Delete(Library& library, qint64 id);
+    /// Takes the file of a row that the caller deletes from its @p place, if there is one. Raises the same error.
+    void Take(const Library& library, qint64 id, const QString& place);
     /// The transaction is committed: the files are gone. Tells the user when the mother of this library
     /// can't be told of one.
     void Complete();

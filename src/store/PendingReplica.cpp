@@ -1,7 +1,9 @@
 #include "store/PendingReplica.h"
 
+#include "platform/system/FileCopy.h"
 #include "platform/system/FileLock.h"
 #include "platform/system/FileReplace.h"
+#include "platform/system/Interims.h"
 #include "platform/system/Paths.h"
 #include "platform/system/RuntimeError.h"
 #include "store/ReplicaLog.h"
@@ -36,15 +38,18 @@ std::optional<PendingReplica> ReadNote(Database& library, QByteArray& end)
 {
     if (!library.TableExists(Table))
         return std::nullopt;
-    Statement row = library.Query(u"SELECT File, Locked, Identity, IsFirst, Exported, End FROM "_s + Table);
+    Statement row = library.Query(u"SELECT File, Locked, Identity, IsFirst, Exported, End, Complete, Kept FROM "_s
+                                  + Table);
     if (!row.Step())
         return std::nullopt;
     end = row.Column(5).ToBytes();
     return PendingReplica{.File = row.Text(0),
+                          .Complete = row.Text(6),
                           .Locked = row.Text(1),
                           .Identity = row.Text(2),
                           .IsFirst = row.Long(3) != 0,
-                          .Exported = row.Column(4).ToDate()};
+                          .Exported = row.Column(4).ToDate(),
+                          .Kept = row.Text(7)};
 }
 
 void TakeBack(Database& library, const PendingReplica& pending)
@@ -67,23 +72,58 @@ void TakeBack(Database& library, const PendingReplica& pending)
     }
 }
 
+/// The library is as it was before a merge, and so the file is to be: as long as the one that is there is the one that
+/// was there then. What can't be written now is, by another opening.
+void FinishUndoneFile(Database& library, const PendingReplica& pending, const QByteArray& end)
+{
+    if (IsPlainFile(pending.Kept) && (!QFileInfo::exists(pending.File) || EndOf(pending.File) == end)) {
+        const QString interim = InterimName(pending.File);
+        try {
+            CopyFileContents(pending.Kept, interim);
+            MoveIntoPlace(interim, pending.File, true);
+        } catch (const RuntimeError&) {
+            QFile::remove(interim);
+            return;
+        }
+    }
+    ForgetPendingReplica(library);
+}
+
+/// The library has merged, and what it answered lies where it was worked on, or where it is kept. It does where it
+/// belongs, as it is: nobody waits for it to be packed.
+void FinishAnswer(Database& library, const PendingReplica& pending)
+{
+    if (IsPlainFile(pending.Complete))
+        MoveIntoPlace(pending.Complete, pending.Kept, true);
+    if (IsPlainFile(pending.Kept) && QFileInfo(QFileInfo(pending.File).absolutePath()).isDir()) {
+        const QString interim = InterimName(pending.File);
+        try {
+            CopyFileContents(pending.Kept, interim);
+            MoveIntoPlace(interim, pending.File, true);
+        } catch (const RuntimeError&) {
+            QFile::remove(interim); // it can be had again from what is kept
+        }
+    }
+    ForgetPendingReplica(library);
+}
+
 } // namespace
 
 void NotePendingReplica(Database& library, const PendingReplica& pending)
 {
-    const QByteArray end = EndOf(pending.Complete);
-    if (end.isEmpty())
+    const QByteArray end = EndOf(pending.Complete.isEmpty() ? pending.File : pending.Complete);
+    if (end.isEmpty() && pending.Kept.isEmpty())
         throw RuntimeError(
             ErrorNumber::PathAccess,
             u"'%1' can't be read. Nothing was changed."_s.arg(QDir::toNativeSeparators(pending.Complete)),
             u"NotePendingReplica"_s);
+    ForgetPendingReplica(library);
     library.Execute(
-        u"CREATE TABLE IF NOT EXISTS %1 (File TEXT, Locked TEXT, Identity TEXT, IsFirst INTEGER, Exported INTEGER, "
-        "End BLOB)"_s.arg(Table));
-    library.Execute(u"DELETE FROM "_s + Table);
-    library.Execute(u"INSERT INTO %1 VALUES (?, ?, ?, ?, ?, ?)"_s.arg(Table),
+        u"CREATE TABLE %1 (File TEXT, Locked TEXT, Identity TEXT, IsFirst INTEGER, Exported INTEGER, End BLOB, "
+        "Complete TEXT, Kept TEXT)"_s.arg(Table));
+    library.Execute(u"INSERT INTO %1 VALUES (?, ?, ?, ?, ?, ?, ?, ?)"_s.arg(Table),
                     {QFileInfo(pending.File).absoluteFilePath(), pending.Locked, pending.Identity, pending.IsFirst,
-                     pending.Exported, end});
+                     pending.Exported, end, pending.Complete, pending.Kept});
 }
 
 void ForgetPendingReplica(Database& library)
@@ -112,6 +152,10 @@ void FinishPendingReplica(Database& library)
             return ForgetPendingReplica(library);
         if (FileLock(pending->Locked, FileLock::Target::Existing).IsBusy())
             return;
+        if (!pending->Kept.isEmpty() && pending->Complete.isEmpty())
+            return FinishUndoneFile(library, *pending, end);
+        if (!pending->Kept.isEmpty())
+            return FinishAnswer(library, *pending);
         if (EndOf(pending->File) == end)
             return ForgetPendingReplica(library);
         if (QFileInfo(QFileInfo(pending->File).absolutePath()).isDir())

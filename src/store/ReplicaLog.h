@@ -16,6 +16,7 @@ enum class ReplicaEvent {
     TakenOver = 3, ///< in a child: it came from the mother, and got a date after the synchronization
     Changed = 4,   ///< it was changed here and kept its date, as orphans of a mother do
     Exported = 5,  ///< the changes of this child were written into a file, dated RowDate; no record
+    Missing = 6,   ///< in a mother: the replica Origin does not have the item; when it gets it, then as a whole
 };
 
 /// A row of `ReplicaLog`.
@@ -47,7 +48,9 @@ struct ReplicaLogEntry {
 ///     MotherSecondID where they are above 0; RowDate is the date of the deletion. That has all rows of the tables of
 ///     deletions, and what was changed after the last synchronization and deleted then;
 ///   - what a child took over and did not change since: Event = 3 AND RowDate = the date that the record has;
-///   - what was changed and kept its date: Event = 4 AND Moment > B.
+///   - what was changed and kept its date: Event = 4 AND Moment > B;
+///   - of items that are exported to a child that lacks them (Event = 6), everything.
+/// An item that the other side brought back bears its date 0 in RowDate of its arrival.
 /// The first statement of the last step of a child is MoveOn, the last one of each synchronization Trim.
 class ReplicaLog {
 public:
@@ -67,6 +70,9 @@ public:
     /// In a child that takes its mother's answer in: what was deleted after the export at @p exported has not been told
     /// yet, and counts as of @p moment, which is later than the mother's stamp.
     void MoveOn(Date exported, Date moment);
+    /// What stands for the mother as the Origin of what a child took over, for its own children.
+    static QString FromMother() { return QStringLiteral("the mother"); }
+
     /// Removes what every other replica has got: all before the earliest of the last synchronizations of the children
     /// and, in a child, of its own; everything when there is no other replica any more.
     void Trim();

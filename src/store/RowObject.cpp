@@ -53,7 +53,7 @@ bool RowObject::Commit()
 
 void RowObject::SetStateForLet()
 {
-    m_state = StateForLet(m_state, m_module + u"::SetStateForLet"_s);
+    m_state = StateForLet(m_state, StateModule() + u"::SetStateForLet"_s);
 }
 
 Value RowObject::AsHeld(const Value& value, RowColumn::Kind kind)

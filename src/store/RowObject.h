@@ -81,6 +81,12 @@ protected:
     virtual bool UpdateObject() = 0;
     virtual bool DeleteObject() = 0;
 
+    /// The row is one of another table from now on. To be called before anything of it is read.
+    void UseTable(const QString& table) { m_table = table; }
+    const QString& TableName() const { return m_table; }
+    /// Whose name an error of a property write in a wrong state carries.
+    virtual QString StateModule() const { return m_module; }
+
     const QString& ModuleName() const { return m_module; }
     Library& OwnLibrary() const { return *m_library; }
     bool HasLibrary() const { return m_library; }

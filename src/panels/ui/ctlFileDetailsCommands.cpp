@@ -12,6 +12,7 @@
 #include "platform/system/Prompts.h"
 #include "platform/system/RuntimeError.h"
 #include "platform/system/Shell.h"
+#include "removed/Keeping.h"
 #include "store/CFileObject.h"
 #include "store/PendingFiles.h"
 #include "store/StoredFiles.h"
@@ -208,12 +209,14 @@ void ctlFileDetails::DeleteFile()
         != MsgBoxResult::Yes)
         return;
     const int row = lvFiles->selectionModel()->selectedRows().first().row();
-    for (const qint64 id : ids) {
-        CFileObject file;
-        file.Initialise(*m_library, QString::number(id));
-        file.Delete();
-        if (!file.Commit())
-            break; // the user has been told; the others stay
+    const bool isDone = Guarded(
+        u"ctlFileDetails"_s, u"DeleteFile"_s,
+        [&] {
+            DeleteStoredFiles(*m_library, std::vector<qint64>(ids.begin(), ids.end()));
+            return true;
+        },
+        false);
+    for (const qint64 id : isDone ? ids : QList<qint64>()) {
         if (m_current && m_current->Key() == QString::number(id))
             m_current.reset(); // what was typed of it goes with it
     }

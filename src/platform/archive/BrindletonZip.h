@@ -51,6 +51,8 @@ public:
     void SetComment(const QByteArray& comment) { m_comment = comment; }
     /// Stores files without compressing them.
     void SetZipOptionA(bool storeOnly) { m_storeOnly = storeOnly; }
+    /// Compresses in half the time, and less: for what others wait for.
+    void SetFast(bool isFast) { m_isFast = isFast; }
     /// Leaves folders out of the names.
     void SetZipOptionB(bool bareNames) { m_bareNames = bareNames; }
     /// Makes the archive of the files added, over one that is there. False when it was cancelled; raises
@@ -126,6 +128,7 @@ private:
     QStringList m_files;
     QByteArray m_comment;
     bool m_storeOnly = false;
+    bool m_isFast = false;
     bool m_bareNames = false;
     bool m_keepExisting = false;
     bool m_ownArchive = false;

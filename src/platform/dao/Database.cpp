@@ -66,10 +66,18 @@ void Database::GiveBackStatement(const QString& sql, sqlite3_stmt* statement)
 {
     sqlite3_reset(statement);
     sqlite3_clear_bindings(statement);
-    if (m_idleStatements.size() < MaxIdleStatements && !m_idleStatements.contains(sql))
-        m_idleStatements.insert(sql, statement);
-    else
+    if (m_idleStatements.contains(sql)) {
         sqlite3_finalize(statement);
+        return;
+    }
+    // Texts that are used once must not keep those out that are used for every row. Those come back soon, so that it
+    // does not matter much which one goes.
+    if (m_idleStatements.size() >= MaxIdleStatements) {
+        const auto any = std::next(m_idleStatements.begin(), qptrdiff(qHash(sql) % size_t(m_idleStatements.size())));
+        sqlite3_finalize(any.value());
+        m_idleStatements.erase(any);
+    }
+    m_idleStatements.insert(sql, statement);
 }
 
 void Database::DropIdleStatements()

@@ -63,6 +63,12 @@ void SyncFile(const QString& path)
         Fail(QStringLiteral("written"), path, error);
 }
 
+bool SyncFolder(const QString& path)
+{
+    errno = Sync(path, O_RDONLY | O_DIRECTORY);
+    return errno == 0 || errno == EINVAL || errno == ENOTSUP;
+}
+
 void SyncFileSystem(const QString& path)
 {
     const int file = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);

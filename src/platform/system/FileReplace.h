@@ -17,6 +17,9 @@ QString WhyNoPlainFile(const QString& path);
 /// Flushes a file's contents to the disk. Raises RuntimeError 75 on failure.
 void SyncFile(const QString& path);
 
+/// Flushes the names in a folder, where the file system can do that. False with errno when it failed.
+bool SyncFolder(const QString& path);
+
 /// Flushes everything that was written to the file system that @p path lies on.
 void SyncFileSystem(const QString& path);
 

@@ -24,8 +24,17 @@ MsgBoxResult Message::DefaultAnswer() const
 {
     if (Default)
         return *Default;
-    return Buttons == MsgBoxButtons::YesNo || Buttons == MsgBoxButtons::YesNoCancel ? MsgBoxResult::Yes
-                                                                                    : MsgBoxResult::Ok;
+    switch (Buttons) {
+    case MsgBoxButtons::YesNo:
+    case MsgBoxButtons::YesNoCancel:
+        return MsgBoxResult::Yes;
+    case MsgBoxButtons::RetryCancel:
+        return MsgBoxResult::Retry;
+    case MsgBoxButtons::OkOnly:
+    case MsgBoxButtons::OkCancel:
+        break;
+    }
+    return MsgBoxResult::Ok;
 }
 
 Prompts& Prompts::Current()

@@ -7,9 +7,9 @@
 
 namespace qb {
 
-enum class MsgBoxButtons { OkOnly, OkCancel, YesNo, YesNoCancel };
+enum class MsgBoxButtons { OkOnly, OkCancel, RetryCancel, YesNo, YesNoCancel };
 enum class MsgBoxIcon { None, Information, Exclamation, Critical, Question };
-enum class MsgBoxResult { Ok, Cancel, Yes, No };
+enum class MsgBoxResult { Ok, Cancel, Yes, No, Retry };
 
 /// A question or message for the user.
 struct Message {
@@ -22,7 +22,7 @@ struct Message {
     /// Neither Escape nor the close button is an answer, since No loses something.
     bool MustAnswer = false;
 
-    MsgBoxResult DefaultAnswer() const; ///< where Default is unset: Yes if it is offered, else Ok
+    MsgBoxResult DefaultAnswer() const; ///< where Default is unset: the first button
 };
 
 /// What a file dialog asks for.

@@ -27,6 +27,7 @@ constexpr ButtonPair ButtonPairs[] = {
     {MsgBoxResult::Cancel, QMessageBox::Cancel},
     {MsgBoxResult::Yes, QMessageBox::Yes},
     {MsgBoxResult::No, QMessageBox::No},
+    {MsgBoxResult::Retry, QMessageBox::Retry},
 };
 
 QMessageBox::StandardButtons ButtonsOf(MsgBoxButtons buttons)
@@ -36,6 +37,8 @@ QMessageBox::StandardButtons ButtonsOf(MsgBoxButtons buttons)
         return QMessageBox::Ok;
     case MsgBoxButtons::OkCancel:
         return QMessageBox::Ok | QMessageBox::Cancel;
+    case MsgBoxButtons::RetryCancel:
+        return QMessageBox::Retry | QMessageBox::Cancel;
     case MsgBoxButtons::YesNo:
         return QMessageBox::Yes | QMessageBox::No;
     case MsgBoxButtons::YesNoCancel:

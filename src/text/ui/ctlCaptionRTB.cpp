@@ -74,7 +74,25 @@ bool ctlCaptionRTB::ShowBrowser() const
 
 void ctlCaptionRTB::SetShowBrowser(bool show)
 {
-    m_places->setCurrentWidget(show ? Picture1 : rtbText);
+    m_showBrowser = show;
+    ShowPlace();
+}
+
+void ctlCaptionRTB::SetSubstitute(QWidget* widget)
+{
+    m_substitute = widget;
+    m_places->addWidget(widget);
+}
+
+void ctlCaptionRTB::SetShowSubstitute(bool show)
+{
+    m_showSubstitute = show && m_substitute;
+    ShowPlace();
+}
+
+void ctlCaptionRTB::ShowPlace()
+{
+    m_places->setCurrentWidget(m_showBrowser ? Picture1 : m_showSubstitute ? m_substitute : rtbText);
 }
 
 void ctlCaptionRTB::Navigate(const QString& address, const QString& folder)

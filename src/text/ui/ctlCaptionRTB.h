@@ -38,6 +38,10 @@ public:
     /// Shows an address in the browser; pages of the library are those of @p folder.
     void Navigate(const QString& address, const QString& folder);
 
+    /// A widget of the owner's that can take the box's place while no browser stands there; it is this one's from now on.
+    void SetSubstitute(QWidget* widget);
+    void SetShowSubstitute(bool show);
+
     /// Whether the box has InactiveColor for its background while it is disabled.
     bool ShowInactive() const { return m_showInactive; }
     void SetShowInactive(bool show);
@@ -77,12 +81,16 @@ public:
 
 private:
     void ShowBackground();
+    void ShowPlace();
 
     QLabel* lblCaption;
     QStackedWidget* m_places;
     RichTextBox* rtbText;
     QWidget* Picture1; ///< holds the browser
     BrowserView* WebBrowserView;
+    QWidget* m_substitute = nullptr;
+    bool m_showBrowser = false;
+    bool m_showSubstitute = false;
     RtfFont m_font = CodeFont;
     QColor m_backColor;
     QColor m_inactiveColor;

@@ -21,6 +21,7 @@ private Q_SLOTS:
         QTest::addColumn<MsgBoxResult>("answer");
         QTest::newRow("OK") << MsgBoxButtons::OkOnly << MsgBoxResult::Ok;
         QTest::newRow("OK, Cancel") << MsgBoxButtons::OkCancel << MsgBoxResult::Ok;
+        QTest::newRow("Retry, Cancel") << MsgBoxButtons::RetryCancel << MsgBoxResult::Retry;
         QTest::newRow("Yes, No") << MsgBoxButtons::YesNo << MsgBoxResult::Yes;
         QTest::newRow("Yes, No, Cancel") << MsgBoxButtons::YesNoCancel << MsgBoxResult::Yes;
     }
