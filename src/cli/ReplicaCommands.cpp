@@ -5,11 +5,15 @@
 #include "cli/OpenLibrary.h"
 #include "cli/Output.h"
 #include "cli/ProgressLine.h"
+#include "conflicts/AutomaticResolution.h"
 #include "platform/system/Prompts.h"
+#include "removed/MergeUndo.h"
 #include "replication/ChangeFile.h"
+#include "replication/MergedFiles.h"
 #include "replication/ReplicaCreation.h"
 #include "replication/ReplicaList.h"
 #include "replication/ReplicaOpening.h"
+#include "replication/Synchronization.h"
 #include "support/DateFormatCustom.h"
 
 #include <QDir>
@@ -44,14 +48,19 @@ public:
     MsgBoxResult MsgBox(const Message& message) override
     {
         const MsgBoxResult byDefault = SilentPrompts::MsgBox(message);
-        return message.Buttons == MsgBoxButtons::OkOnly || !m_answer ? byDefault : *m_answer;
+        m_hasTold = true;
+        const bool isYesOrNo = message.Buttons == MsgBoxButtons::YesNo || message.Buttons == MsgBoxButtons::YesNoCancel;
+        return isYesOrNo && m_answer ? *m_answer : byDefault;
     }
     std::optional<QString> InputBox(const QString&, const QString&, const QString&) override { return m_text; }
     bool ShowError(const QString& description) override { return m_before && m_before->ShowError(description); }
+    /// Whether anything was said, which is on the terminal then.
+    bool HasTold() const { return m_hasTold; }
 
 private:
     QString m_text;
     std::optional<MsgBoxResult> m_answer;
+    bool m_hasTold = false;
     Prompts* m_before;
 };
 
@@ -204,18 +213,24 @@ int List(const QStringList& words)
     return 0;
 }
 
+/// The child at a number in the list.
+ChildLine ChildAt(Library& library, const QString& number)
+{
+    const std::vector<ChildLine> children = ChildrenOf(library);
+    bool isNumber = false;
+    const size_t place = number.toULongLong(&isNumber);
+    if (!isNumber || place == 0 || place > children.size())
+        throw RuntimeError(ErrorNumber::ItemNotFound,
+                           u"There is no replica '%1' in the list. Nothing was changed."_s.arg(number), u"ChildAt"_s);
+    return children[place - 1];
+}
+
 int Forget(const QStringList& words)
 {
     const Arguments arguments(words, {{"answer", "yes|no"}}, 2);
     const auto library = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
+    const Date moment = ChildAt(*library, arguments.Positional(1)).LastSynchronized;
     const std::vector<ChildLine> children = ChildrenOf(*library);
-    bool isNumber = false;
-    const size_t number = arguments.Positional(1).toULongLong(&isNumber);
-    if (!isNumber || number == 0 || number > children.size())
-        throw RuntimeError(ErrorNumber::ItemNotFound,
-                           u"There is no replica '%1' in the list. Nothing was changed."_s.arg(arguments.Positional(1)),
-                           u"forget"_s);
-    const Date moment = children[number - 1].LastSynchronized;
     const qint64 count = std::count_if(children.begin(), children.end(),
                                        [moment](const ChildLine& child) { return child.LastSynchronized == moment; });
     Answers answers(arguments, {});
@@ -235,16 +250,117 @@ int Forget(const QStringList& words)
     return 0;
 }
 
+QJsonObject ToJson(const MergeReport& report)
+{
+    QJsonArray lines;
+    for (const MergeLine& line : report.Lines)
+        lines.append(QJsonObject{{u"event"_s, NameOf(line.Event)},
+                                 {u"item"_s, line.Item},
+                                 {u"title"_s, line.Title},
+                                 {u"detail"_s, line.Detail}});
+    QJsonArray faults;
+    for (const MergeFault& fault : report.Faults)
+        faults.append(fault.Text);
+    return {{u"step"_s, report.AsMother ? 2 : 3},
+            {u"replica"_s, report.Replica},
+            {u"file"_s, report.File},
+            {u"made"_s, MomentText(report.Made)},
+            {u"lines"_s, lines},
+            {u"faults"_s, faults}};
+}
+
+QString TextOf(const MergeReport& report)
+{
+    QString text = u"%1  %2  %3\n"_s.arg(MomentText(report.Made), report.Replica, report.Summary());
+    for (const MergeLine& line : report.Lines)
+        text += u"  %1  %2  %3%4\n"_s.arg(NameOf(line.Event), -13)
+                    .arg(line.Item)
+                    .arg(line.Title, line.Detail.isEmpty() ? QString() : u"  ("_s + line.Detail + u')');
+    return text;
+}
+
+int Sync(const QStringList& words)
+{
+    const Arguments arguments(words, {{"dry-run", ""}, {"discard-conflicts", ""}, {"answer", "yes|no"}}, 2);
+    const auto library = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
+    Answers answers(arguments, {});
+    const bool isPreview = arguments.Has(u"dry-run"_s);
+    if (!isPreview && arguments.Has(u"discard-conflicts"_s) && HasPendingConflicts(*library))
+        DiscardAllConflicts(*library);
+    ProgressLine line(Parts);
+    const SyncResult result = Synchronize(*library, arguments.Positional(1), {.Preview = isPreview}, line);
+    if (!result.Done) {
+        if (!answers.HasTold())
+            Complain(u"It is not possible to synchronize the current database with the file selected."_s);
+        return 1;
+    }
+    if (arguments.Json()) {
+        QJsonObject object = ToJson(result.Report);
+        object[u"conflicts"_s] = result.HasConflicts;
+        object[u"dryRun"_s] = isPreview;
+        Print(object);
+    } else {
+        Print(ForTerminal(TextOf(result.Report)));
+    }
+    return 0;
+}
+
+int Report(const QStringList& words)
+{
+    const Arguments arguments(words, {{"last", "number"}}, 1);
+    const auto library = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadOnly);
+    const QString last = arguments.Value(u"last"_s);
+    bool isNumber = true;
+    const int most = last.isEmpty() ? 1 : last.toInt(&isNumber);
+    if (!isNumber || most < 1)
+        throw UsageError{u"--last is a number of synchronizations."_s};
+    QJsonArray list;
+    for (const MergeReport& report : ReadReports(*library, most)) {
+        list.append(ToJson(report));
+        if (!arguments.Json())
+            Print(ForTerminal(TextOf(report)));
+    }
+    if (arguments.Json())
+        Print(list);
+    return 0;
+}
+
+int Again(const QStringList& words)
+{
+    const Arguments arguments(words, {}, 3);
+    const auto library = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadOnly);
+    const ChildLine child = ChildAt(*library, arguments.Positional(1));
+    HandOutAgain(*library, child.Identity, arguments.Positional(2));
+    if (arguments.Json())
+        Print(QJsonObject{{u"file"_s, arguments.Positional(2)}, {u"identity"_s, child.Identity}});
+    else
+        Print(QDir::toNativeSeparators(arguments.Positional(2)) + u'\n');
+    return 0;
+}
+
+int Undo(const QStringList& words)
+{
+    const Arguments arguments(words, {}, 1);
+    const std::optional<UndoableMerge> merge = LastMergeOf(arguments.Positional(0));
+    ProgressLine line(Parts);
+    UndoMerge(arguments.Positional(0), line);
+    if (arguments.Json())
+        Print(QJsonObject{{u"file"_s, merge ? merge->File : QString()}});
+    return 0;
+}
+
 } // namespace
 
 int Replica(const QStringList& words)
 {
     static const std::map<QString, int (*)(const QStringList&)> verbs{
-        {u"create"_s, Create},        {u"open"_s, Open}, {u"status"_s, Status},
-        {u"export"_s, ExportCommand}, {u"list"_s, List}, {u"forget"_s, Forget}};
+        {u"create"_s, Create}, {u"open"_s, Open},     {u"status"_s, Status}, {u"export"_s, ExportCommand},
+        {u"sync"_s, Sync},     {u"report"_s, Report}, {u"undo"_s, Undo},     {u"again"_s, Again},
+        {u"list"_s, List},     {u"forget"_s, Forget}};
     const auto verb = verbs.find(words.value(0));
     if (verb == verbs.end())
-        throw UsageError{u"Say what is done: create, open, status, export, list or forget."_s};
+        throw UsageError{
+            u"Say what is done: create, open, status, export, sync, report, undo, again, list or forget."_s};
     return verb->second(words.mid(1));
 }
 

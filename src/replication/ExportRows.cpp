@@ -5,6 +5,7 @@
 #include "platform/system/Prompts.h"
 #include "platform/system/RuntimeError.h"
 #include "replication/SystemDate.h"
+#include "store/ItemBranch.h"
 #include "store/Library.h"
 #include "store/ReplicaLog.h"
 #include "support/ErrorRoutine.h"
@@ -25,11 +26,12 @@ struct TravellingTable {
     QLatin1StringView Dates; ///< parted by commas
     QLatin1StringView Record;
     QLatin1StringView Second;
+    QLatin1StringView Item; ///< the column by which the row belongs to an item; empty: it is the item
 };
-constexpr TravellingTable Items{"Items"_L1, "LastChanged"_L1, "ID"_L1, {}};
-constexpr TravellingTable Pages{"Items"_L1, "HTMLLastUpdated"_L1, "ID"_L1, {}};
-constexpr TravellingTable Files{"Files"_L1, "LastUpdated,DateAdded"_L1, "ID"_L1, {}};
-constexpr TravellingTable Links{"ItemLinks"_L1, "DateAdded"_L1, "ItemID"_L1, "LinkItemID"_L1};
+constexpr TravellingTable Items{"Items"_L1, "LastChanged"_L1, "ID"_L1, {}, {}};
+constexpr TravellingTable Pages{"Items"_L1, "HTMLLastUpdated"_L1, "ID"_L1, {}, "ID"_L1};
+constexpr TravellingTable Files{"Files"_L1, "LastUpdated,DateAdded"_L1, "ID"_L1, {}, "CodeID"_L1};
+constexpr TravellingTable Links{"ItemLinks"_L1, "DateAdded"_L1, "ItemID"_L1, "LinkItemID"_L1, "ItemID"_L1};
 
 /// What is known of an ID on the other side: what is not known is 0 or less there, and @p unknown here.
 QString KnownOr(const QString& column, int unknown)
@@ -47,7 +49,8 @@ public:
     }
 
     /// The IDs of those rows of a table, as a statement that takes BoundValues().
-    QString IDs(const TravellingTable& table) const
+    /// @p more is a condition on what the log, l, says of them.
+    QString IDs(const TravellingTable& table, const QString& more = {}) const
     {
         QStringList changed;
         for (const QString& date : QString(table.Dates).split(u',')) {
@@ -61,18 +64,25 @@ public:
         const QString rows = Qualified(m_library, table.Name);
         QString ids = u"SELECT r.ID FROM %1 AS r WHERE %2"_s.arg(rows, changed.join(u" OR "_s));
         if (m_hasLog)
-            ids += u" UNION SELECT r.ID FROM %1 AS l CROSS JOIN %2 AS r ON %3 WHERE l.OfTable = '%4' AND l.Event IN "
-                   "(%5, %6) AND l.Moment > ?1 AND l.Origin <> ?2"_s.arg(Log(), rows, IsOf(table), table.Name,
-                                                                         Number(ReplicaEvent::Arrived),
-                                                                         Number(ReplicaEvent::Changed));
+            ids += u" UNION SELECT r.ID FROM %1 AS l CROSS JOIN %2 AS r ON %3 WHERE %4 AND l.Moment "
+                   "> ?1 AND l.Origin <> ?2%5"_s.arg(Log(), rows, IsOf(table), IsLogged(table), more);
+        if (m_hasLog && !m_to.isEmpty() && table.Item.isEmpty()) // what waits for a decision is for nobody else
+            ids += u" AND coalesce(r.LastChanged, -1) <> 0"_s;
+        if (m_hasLog && !m_to.isEmpty() && !table.Item.isEmpty()) // an item that the child gets for the first time
+            ids +=
+                u" UNION SELECT r.ID FROM %1 AS l CROSS JOIN %2 AS i ON i.ID = l.RecordID AND i.LastChanged > ?1 CROSS "
+                "JOIN %3 AS r ON %4 WHERE l.OfTable = 'Items' AND l.Event = %5 AND l.Origin = ?2"_s.arg(
+                    Log(), Qualified(m_library, u"Items"_s), rows, BelongsTo(table), Number(ReplicaEvent::Missing));
         return ids;
     }
-    /// Which of the files are new to the other side: all that came to be, or came here, since.
+    /// Which of the files are new to the other side: all that came to be, or came here, since, and what the mother does
+    /// not have any more. One that was only described otherwise is not.
     QString NewFiles() const
     {
         TravellingTable added = Files;
         added.Dates = "DateAdded"_L1;
-        return IDs(added);
+        const QString again = m_to.isEmpty() ? u" OR coalesce(r.MotherRecordID, 0) <= 0"_s : QString();
+        return IDs(added, u" AND (l.RowDate = r.DateAdded%1)"_s.arg(again));
     }
     /// Where no log is there is one parameter.
     Values BoundValues() const { return m_hasLog ? Values{m_bound, OriginOfOther()} : Values{m_bound}; }
@@ -83,7 +93,7 @@ public:
         return m_to.isEmpty() ? u"MotherRecordID > 0 AND Origin <> ?"_s : u"Origin <> ?"_s;
     }
     /// What comes from there need not go back. No origin is that of a mother: hers is known by another event.
-    Value OriginOfOther() const { return m_to.isEmpty() ? u"the mother"_s : m_to; }
+    Value OriginOfOther() const { return m_to.isEmpty() ? ReplicaLog::FromMother() : m_to; }
 
     bool HasLog() const { return m_hasLog; }
     QString Log() const { return Qualified(m_library, u"ReplicaLog"_s); }
@@ -96,6 +106,21 @@ private:
         return u"l.RecordID = r.%1 AND l.SecondID = %2"_s.arg(table.Record,
                                                               table.Second.isEmpty() ? u"0"_s : u"r."_s + table.Second);
     }
+    /// A page arrives with its item. What was changed of the item here is no change of its page, which is noted alone.
+    static QString IsLogged(const TravellingTable& table)
+    {
+        const QString both = u"l.OfTable = '%1' AND l.Event IN (%2, %3)"_s;
+        const QString arrived = Number(ReplicaEvent::Arrived), changed = Number(ReplicaEvent::Changed);
+        if (table.Name != Items.Name || table.Item.isEmpty())
+            return both.arg(table.Name, arrived, changed);
+        return u"(%1 OR %2)"_s.arg(both.arg(Items.Name, arrived, arrived), both.arg(u"Pages"_s, arrived, changed));
+    }
+    static QString BelongsTo(const TravellingTable& table)
+    {
+        const QString from = u"r.%1 = i.ID"_s.arg(table.Item);
+        return table.Second.isEmpty() ? from : u"(%1 OR r.%2 = i.ID)"_s.arg(from, table.Second);
+    }
+
     QString m_library;
     Date m_bound;
     QString m_to;
@@ -113,10 +138,10 @@ struct MotherColumn {
     /// Takes it anew for the rows in @p schema from the items in @p library.
     QString Update(const QString& schema, const QString& library) const
     {
-        const QString anew =
-            u"CASE WHEN coalesce(r.%1, 0) = 0 THEN 0 ELSE coalesce((SELECT %2 FROM %3 AS i WHERE i.ID = "
-            "r.%1), %4) END"_s.arg(Local, KnownOr(u"i.MotherRecordID"_s, Unknown), Qualified(library, u"Items"_s),
-                                   QString::number(Unknown));
+        const QString anew = u"CASE WHEN coalesce(r.%1, 0) = 0 THEN 0 ELSE coalesce((SELECT %2 FROM %3 AS i "
+                             "WHERE i.ID = r.%1), %4) END"_s.arg(Local, KnownOr(u"i.MotherRecordID"_s, Unknown),
+                                                                 Qualified(library, u"Items"_s),
+                                                                 QString::number(Unknown));
         return u"UPDATE %1 AS r SET %2 = %3 WHERE %2 IS NOT %3"_s.arg(Qualified(schema, Of.Name), Name, anew);
     }
 };
@@ -202,6 +227,19 @@ private:
     {
         for (const MotherColumn& column : MotherColumns)
             m_connection.Execute(column.Update(m_place.File, m_place.Library));
+        // The date with which a page was taken over is no change of it.
+        if (m_rows.HasLog())
+            m_connection.Execute(
+                u"UPDATE %1 AS r SET HTMLLastUpdated = ?1 WHERE r.HTMLLastUpdated > ?1 AND EXISTS (SELECT 1 "
+                "FROM %2 AS l WHERE l.Event = ?2 AND l.OfTable = 'Items' AND l.RecordID = r.ID "
+                "AND l.RowDate = r.HTMLLastUpdated)"_s.arg(TargetReference(u"Items"_s), m_rows.Log()),
+                {m_rows.Bound(), int(ReplicaEvent::TakenOver)});
+        // The folder of orphaned items is each library's own.
+        m_connection.Execute(
+            u"UPDATE %1 SET MotherParentID = -2 WHERE ParentID IN (SELECT i.ID FROM %2 AS i WHERE i.ParentID = 0 "
+            "AND i.Title = ? COLLATE BINARY)"_s.arg(TargetReference(u"Items"_s),
+                                                    Qualified(m_place.Library, u"Items"_s)),
+            {OrphanedItemsTitle});
         m_connection.Execute(u"UPDATE %1 SET MotherRecordID = -1 WHERE coalesce(MotherRecordID, 0) <= 0"_s.arg(
             TargetReference(u"Items"_s)));
         m_connection.Execute(u"UPDATE %1 SET MotherRecordID = 0 WHERE coalesce(MotherRecordID, 0) <= 0"_s.arg(
@@ -226,8 +264,8 @@ private:
             QStringList sources;
             Values values;
             if (m_rows.HasLog()) {
-                sources << u"SELECT %1, l.RowDate AS DateDeleted FROM %2 AS l WHERE l.Event = ? AND l.OfTable = ? AND "
-                           "l.Moment > ? AND %3"_s.arg(one.Logged, m_rows.Log(), one.IsLogged);
+                sources << u"SELECT %1, l.RowDate AS DateDeleted FROM %2 AS l WHERE l.Event = ? AND l.OfTable = ? "
+                           "AND l.Moment > ? AND %3"_s.arg(one.Logged, m_rows.Log(), one.IsLogged);
                 values = {int(ReplicaEvent::Deleted), one.OfTable, m_rows.Bound()};
             }
             if (!one.Noted.isEmpty())

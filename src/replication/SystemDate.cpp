@@ -3,6 +3,7 @@
 #include "platform/system/Clock.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/RuntimeError.h"
+#include "store/Library.h"
 #include "store/ReplicaLog.h"
 
 namespace qb {
@@ -20,14 +21,15 @@ struct DatedTable {
     const char* Dates; ///< parted by commas
     const char* Record = "ID";
     const char* Second = "0";
+    bool IsDeletion = false;
 };
 constexpr DatedTable DatedTables[] = {
     {"Items", "Items", "LastChanged,Created,HTMLLastUpdated"},
     {"Files", "Files", "LastUpdated,DateAdded"},
     {"Item links", "ItemLinks", "DateAdded", "ItemID", "LinkItemID"},
-    {"Deleted files", "DeletedFiles", "DateDeleted"},
-    {"Deleted item links", "DeletedItemLinks", "DateDeleted"},
-    {"Deleted items", "DeletedItems", "DateDeleted"},
+    {"Deleted files", "DeletedFiles", "DateDeleted", "", "0", true},
+    {"Deleted item links", "DeletedItemLinks", "DateDeleted", "", "0", true},
+    {"Deleted items", "DeletedItems", "DateDeleted", "", "0", true},
     {"Conflict files", "TempFiles", "LastUpdated,DateAdded"},
     {"Conflict Items", "TempItems", "LastChanged,Created,HTMLLastUpdated"},
 };
@@ -38,15 +40,19 @@ QString FutureRows(Database& connection, const QString& library, const DatedTabl
     const QString name = QString::fromLatin1(table.Table);
     const bool isLogged = name == u"Items" || name == u"Files" || name == u"ItemLinks";
     const bool hasLog = isLogged && ReplicaLog(connection, library).IsThere();
+    const bool isChild = ReadReplicaState(connection, library).IsChild;
     QStringList conditions;
     for (const QString& date : QString::fromLatin1(table.Dates).split(u',')) {
         QString condition = u"r.%1 > ?1"_s.arg(date);
         if (hasLog)
-            condition += u" AND NOT EXISTS (SELECT 1 FROM %1 AS l WHERE l.Event = %2 AND l.OfTable = '%3' AND "
-                         "l.RecordID = r.%4 AND l.SecondID = %5 AND l.RowDate = r.%6)"_s.arg(
-                             Qualified(library, u"ReplicaLog"_s), QString::number(int(ReplicaEvent::TakenOver)), name,
-                             QString::fromLatin1(table.Record),
+            condition += u" AND NOT EXISTS (SELECT 1 FROM %1 AS l WHERE l.Event IN (%2, %3) AND l.OfTable = '%4' AND "
+                         "l.RecordID = r.%5 AND l.SecondID = %6 AND l.RowDate = r.%7)"_s.arg(
+                             Qualified(library, u"ReplicaLog"_s), QString::number(int(ReplicaEvent::TakenOver)),
+                             QString::number(int(ReplicaEvent::Changed)), name, QString::fromLatin1(table.Record),
                              table.Second[0] == '0' ? u"0"_s : u"r."_s + QString::fromLatin1(table.Second), date);
+        if (table.IsDeletion && isChild) // a synchronization has moved it to a minute after itself
+            condition += u" AND r.%1 <> (SELECT coalesce(max(p.LastSynchronized), 0) + 60 FROM %2 AS p)"_s.arg(
+                date, Qualified(library, u"Properties"_s));
         conditions << u'(' + condition + u')';
     }
     return u"SELECT count(*) FROM %1 AS r WHERE %2"_s.arg(Qualified(library, name), conditions.join(u" OR "_s));

@@ -122,6 +122,64 @@ private Q_SLOTS:
         QCOMPARE(Replica({u"list"_s, m_mother, u"--json"_s}).Array().size(), 0);
     }
 
+    void synchronization_isReportedHandedOutAgainAndUndone()
+    {
+        MakeChildFile();
+        const QString file = Path(u"c.qbs"_s), again = Path(u"again.qbs"_s);
+        QCOMPARE(Replica({u"report"_s, m_mother, u"--json"_s}).Array().size(), 0);
+        QCOMPARE(Replica({u"undo"_s, m_mother}).Status, 1); // there is none yet
+        QCOMPARE(Replica({u"again"_s, m_mother, u"1"_s, again}).Status, 1);
+        QCOMPARE(Cli({u"add"_s, m_child, u"--parent"_s, u"1"_s, u"--title"_s, u"two"_s}).Status, 0);
+        QCOMPARE(Replica({u"export"_s, m_child, file}).Status, 0);
+        const QByteArray sent = ReadFile(file);
+        const Outcome merged = Replica({u"sync"_s, m_mother, file, u"--json"_s});
+        QVERIFY2(merged.Status == 0, qPrintable(merged.Error));
+        const QJsonArray reports = Replica({u"report"_s, m_mother, u"--last"_s, u"5"_s, u"--json"_s}).Array();
+        QCOMPARE(reports.size(), 1);
+        QCOMPARE(reports[0].toObject()[u"step"_s].toInt(), 2);
+        const QJsonObject line = reports[0].toObject()[u"lines"_s].toArray().first().toObject();
+        QCOMPARE(line[u"event"_s].toString(), u"item-added"_s);
+        QCOMPARE(line[u"title"_s].toString(), u"two"_s);
+        QVERIFY(Replica({u"report"_s, m_mother}).Out.contains(u"item-added"_s));
+        QCOMPARE(Replica({u"report"_s, m_mother, u"--last"_s, u"0"_s}).Status, 2);
+        QCOMPARE(Replica({u"again"_s, m_mother, u"7"_s, again}).Status, 1);
+        QVERIFY(!QFile::exists(again));
+        const Outcome handed = Replica({u"again"_s, m_mother, u"1"_s, again, u"--json"_s});
+        QVERIFY2(handed.Status == 0 && QFile::exists(again), qPrintable(handed.Error));
+        QVERIFY(handed.Out.startsWith(u'{'));
+        const Outcome undone = Replica({u"undo"_s, m_mother, u"--json"_s});
+        QVERIFY2(undone.Status == 0, qPrintable(undone.Error));
+        QVERIFY(undone.Out.startsWith(u'{'));
+        QCOMPARE(ReadFile(file), sent);
+        QVERIFY(!Cli({u"tree"_s, m_mother}).Out.contains(u"two"_s));
+        const Outcome twice = Replica({u"undo"_s, m_mother});
+        QCOMPARE(twice.Status, 1);
+        QVERIFY2(twice.Error.contains(u"othing was put aside"_s), qPrintable(twice.Error));
+    }
+
+    void removed_isListedShownAndBroughtBack()
+    {
+        QCOMPARE(Cli({u"removed"_s, m_mother, u"--json"_s}).Array().size(), 0);
+        QCOMPARE(Cli({u"delete"_s, m_mother, u"1"_s}).Status, 0);
+        const QJsonArray entries = Cli({u"removed"_s, m_mother, u"--json"_s}).Array();
+        QCOMPARE(entries.size(), 1);
+        const QString entry = entries[0].toObject()[u"entry"_s].toString();
+        QCOMPARE(entries[0].toObject()[u"title"_s].toString(), u"one"_s);
+        QCOMPARE(Cli({u"removed"_s, m_mother, u"--search"_s, u"nowhere"_s, u"--json"_s}).Array().size(), 0);
+        QVERIFY(Cli({u"removed"_s, u"show"_s, m_mother, entry}).Out.contains(u"int one;"_s));
+        QVERIFY(Cli({u"removed"_s, u"show"_s, m_mother, entry, u"--json"_s})
+                    .Object()[u"preview"_s]
+                    .toString()
+                    .contains(u"int one;"_s));
+        for (const QString& verb : {u"show"_s, u"restore"_s})
+            QCOMPARE(Cli({u"removed"_s, verb, m_mother, u"20000101000000.1"_s}).Status, 1);
+        const Outcome back = Cli({u"removed"_s, u"restore"_s, m_mother, entry, u"--json"_s});
+        QVERIFY2(back.Status == 0, qPrintable(back.Error));
+        QCOMPARE(back.Object()[u"id"_s].toInt(), 1);
+        QCOMPARE(back.Object()[u"files"_s].toInt(), 1);
+        QVERIFY(Cli({u"show"_s, m_mother, u"1"_s, u"--field"_s, u"code"_s}).Out.contains(u"int one;"_s));
+    }
+
     void whatIsNone_isRefused()
     {
         QCOMPARE(Replica({}).Status, 2);

@@ -503,12 +503,23 @@ private Q_SLOTS:
                                       .Table = u"Files"_s,
                                       .Record = stored,
                                       .Moment = p->Clock.Now(),
+                                      .RowDate = Date::FromSeconds(1000),
+                                      .Origin = u"AnotherOne"_s});
+            // One that another child has only described goes on without its contents.
+            const qint64 described = p->Attach(*mother, 2, u"described"_s, "more bytes");
+            mother->Execute(u"UPDATE Files SET DateAdded = 1000, LastUpdated = 2000 WHERE ID = ?"_s, {described});
+            ReplicaLog(*mother).Note({.Event = ReplicaEvent::Arrived,
+                                      .Table = u"Files"_s,
+                                      .Record = described,
+                                      .Moment = p->Clock.Now(),
+                                      .RowDate = Date::FromSeconds(2000),
                                       .Origin = u"AnotherOne"_s});
             mother->Execute(u"INSERT INTO DeletedItems (ItemID, DateDeleted) VALUES (99, ?)"_s, {p->Clock.Now()});
         }
         const auto file = ExportOfMother();
         QCOMPARE(Rows(*file, u"ID || ' ' || Title"_s, u"ItemsX"_s, u"ID"_s), (QStringList{u"1 hers"_s, u"2 Q"_s}));
-        QCOMPARE(Texts(*file, u"SELECT File FROM FilesX"_s), QStringList{u"bytes"_s});
+        QCOMPARE(Texts(*file, u"SELECT Title || ' ' || coalesce(File, '') FROM FilesX ORDER BY ID"_s),
+                 (QStringList{u"from another bytes"_s, u"described "_s}));
         QCOMPARE(CountOf(*file, u"Items"_s), 0);
         QCOMPARE(CountOf(*file, u"DeletedItems"_s), 0);
     }

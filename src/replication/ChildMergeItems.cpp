@@ -1,0 +1,209 @@
+#include "replication/ChildMerge.h"
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+void ChildMerge::CopyNewAndUpdatedItemsToReplica()
+{
+    TakeNumbers();
+    Decide();
+    MoveRecordsToTempTable();
+    TakeRowsOver();
+    AddRows();
+    LeaveConflictsToTheMother();
+}
+
+/// The first pass: what the mother calls the child's items.
+void ChildMerge::TakeNumbers()
+{
+    const QString renamed = u"SELECT ID FROM temp.merge_Spared WHERE ID NOT IN (SELECT ID FROM temp.merge_Kept)"_s;
+    const QString forgotten = u"SELECT ID FROM main.Items WHERE MotherRecordID = -1 AND ID IN (%1)"_s.arg(renamed);
+    m_run.Execute(
+        u"UPDATE main.Items AS i SET MotherRecordID = s.MotherRecordID, MotherParentID = CASE "
+        "WHEN s.MotherParentID < 0 THEN 0 ELSE s.MotherParentID END, ParentID = CASE WHEN s.MotherParentID = -2 "
+        "AND (coalesce(i.LastChanged, 0) <= ?1 OR %1) THEN ?2 ELSE i.ParentID END FROM synchro.Items AS s "
+        "WHERE s.IDChanged <> 0 AND s.ID = i.ID AND i.ID "
+        "NOT IN (SELECT ID FROM temp.merge_Kept)"_s.arg(IsTakenOver(u"Items"_s, u"i.ID"_s, u"i.LastChanged"_s)),
+        {m_run.Exported, m_run.OrphanedFolderID});
+    TravelsAnew(forgotten, true);
+    TravelsAnew(u"%1 AND ID NOT IN (%2)"_s.arg(renamed, forgotten), false);
+}
+
+/// The second pass, by each row of the mother's: new here; `gone`, which the child has deleted since its export;
+/// `update`; `won` and `lost`, by her, where the child has changed it since its export.
+void ChildMerge::Decide()
+{
+    m_run.Execute(
+        u"INSERT INTO temp.merge_Verdicts (SRow, SID, OldMother, LID, What, OldParent) "
+        "SELECT s.rowid, s.ID, s.MotherRecordID, coalesce(i.ID, 0), CASE WHEN i.ID IS NULL THEN CASE "
+        "WHEN %1 THEN 'gone' ELSE 'new' END WHEN coalesce(i.LastChanged, 0) <= ?1 OR %2 THEN 'update' "
+        "WHEN i.LastChanged > coalesce(s.LastChanged, 0) THEN 'lost' ELSE 'won' END, i.ParentID "
+        "FROM synchro.Items AS s LEFT JOIN main.Items AS i ON i.MotherRecordID = s.MotherRecordID "
+        "WHERE s.IDChanged = 0 AND s.ConflictItem = 0 AND s.MotherRecordID > 0 GROUP BY s.rowid"_s.arg(
+            IsDeletedHere(u"Items"_s, u"s.MotherRecordID"_s), IsTakenOver(u"Items"_s, u"i.ID"_s, u"i.LastChanged"_s)),
+        {m_run.Exported});
+    m_run.NumberNewItems(u"'new'"_s);
+}
+
+void ChildMerge::MoveRecordsToTempTable()
+{
+    m_run.Execute(u"INSERT INTO main.TempItems (ID, ParentID, ReplicaRecordID, ReplicaOrigin, %1) "
+                  "SELECT v.LID, r.MotherParentID, r.ID, ?, %2 FROM temp.merge_Verdicts AS v "
+                  "JOIN synchro.Items AS r ON r.rowid = v.SRow WHERE "
+                  "v.What = 'lost'"_s.arg(SharedColumns(), SharedColumns(u"r"_s)),
+                  {Value(true)});
+    m_run.Execute(u"INSERT INTO main.TempItems (ID, ParentID, ReplicaOrigin, %1) SELECT r.ID, r.MotherParentID, ?, %2 "
+                  "FROM temp.merge_Verdicts AS v JOIN main.Items AS r ON r.ID = v.LID WHERE v.What = 'won'"_s.arg(
+                      SharedColumns(), SharedColumns(u"r"_s)),
+                  {Value(false)});
+    MoveFilesToTempTable();
+    MoveHTMLFilesToTempTable();
+}
+
+void ChildMerge::TakeRowsOver()
+{
+    // A page that the child has changed since its export is its own.
+    const QString keepsPage = u"coalesce(i.HTMLLastUpdated, 0) > ?1 AND NOT %1"_s.arg(
+        IsTakenOver(u"Items"_s, u"i.ID"_s, u"i.HTMLLastUpdated"_s));
+    const QString rows = u"temp.merge_Verdicts AS v JOIN synchro.Items AS s ON s.rowid = v.SRow"_s;
+    const QString taken = u"v.What IN ('update', 'won')"_s;
+    m_run.SetAside(MergeRun::VersionOf::Library, ItemsOf(u"'update'"_s), u"overwritten by the mother's version"_s);
+    Statement dropped = m_lib.Query(
+        u"SELECT i.ID FROM %1 JOIN main.Items AS i ON i.ID = v.LID WHERE %2 AND i.HTMLPage <> 0 AND s.HTMLPage = 0 "
+        "AND NOT (%3)"_s.arg(rows, taken, keepsPage),
+        {m_run.Exported});
+    while (dropped.Step())
+        m_run.Contents.DropPage(dropped.Long(0));
+    m_run.Execute(
+        u"INSERT OR IGNORE INTO temp.merge_OwnPages SELECT i.ID FROM %1 JOIN main.Items AS i ON i.ID = v.LID WHERE %2 "
+        "AND %3"_s.arg(rows, taken, keepsPage),
+        {m_run.Exported});
+    m_run.Execute(
+        u"UPDATE main.Items AS i SET Title = s.Title, Description = s.Description, Info = s.Info, Created = s.Created, "
+        "LastChanged = s.LastChanged, User = s.User, ItemStatus = s.ItemStatus, ItemRating = s.ItemRating, Code = "
+        "s.Code, CodeHeaders = s.CodeHeaders, Notes = s.Notes, Example = s.Example, UsageHeaders = s.UsageHeaders, "
+        "HTMLPage = CASE WHEN %1 THEN i.HTMLPage ELSE s.HTMLPage END, HTMLLastUpdated = CASE "
+        "WHEN %1 THEN i.HTMLLastUpdated ELSE s.HTMLLastUpdated END, MotherParentID = CASE "
+        "WHEN s.MotherParentID < 0 THEN 0 ELSE s.MotherParentID END FROM %2 WHERE %3 "
+        "AND i.ID = v.LID"_s.arg(keepsPage, rows, taken),
+        {m_run.Exported});
+    m_run.ForgetChecksumsOf(u"Items"_s, ItemsOf(u"'update', 'won'"_s));
+    m_run.Execute(u"INSERT OR IGNORE INTO temp.merge_Taken "_s + ItemsOf(u"'update', 'won', 'new'"_s));
+}
+
+void ChildMerge::AddRows()
+{
+    m_run.Execute(u"INSERT INTO main.Items (ID, ParentID, MotherRecordID, MotherParentID, %1) "
+                  "SELECT v.LID, 0, s.MotherRecordID, CASE WHEN s.MotherParentID < 0 THEN 0 "
+                  "ELSE s.MotherParentID END, %2 FROM temp.merge_Verdicts AS v JOIN synchro.Items AS s ON s.rowid = "
+                  "v.SRow WHERE v.What = 'new' ORDER BY v.SRow"_s.arg(SharedColumns(), SharedColumns(u"s"_s)));
+}
+
+/// The third pass: what the mother has found in conflict is hers to have resolved. What was changed here since travels
+/// next time.
+void ChildMerge::LeaveConflictsToTheMother()
+{
+    m_run.TellOfEach(u"Required record missing! (CDBManipulate; CopyNewAndUpdatedItemsToReplica sub"_s,
+                     u"SELECT count(*) FROM synchro.Items AS s WHERE s.ConflictItem <> 0 AND NOT EXISTS (SELECT 1 "
+                     "FROM main.Items AS i WHERE i.ID = s.ID)"_s);
+    const QString settled = u"SELECT s.ID FROM synchro.Items AS s WHERE s.ConflictItem <> 0 AND s.ID NOT IN (%1)"_s.arg(
+        ItemsOf(u"'won', 'lost'"_s));
+    m_run.Execute(
+        u"UPDATE main.Items AS i SET LastChanged = s.LastChanged FROM synchro.Items AS s WHERE s.ConflictItem <> 0 "
+        "AND s.ID = i.ID AND s.ID IN (%1) AND (i.ID IN (SELECT ID FROM temp.merge_Taken) "
+        "OR coalesce(i.LastChanged, 0) <= ?1)"_s.arg(settled),
+        {m_run.Exported});
+    DropPagesOfConflicts();
+    for (const QString& statement : {u"DELETE FROM main.TempFiles WHERE CodeID IN (%1)"_s,
+                                     u"DELETE FROM main.TempHTMLFiles WHERE ItemIDRef IN (%1)"_s,
+                                     u"DELETE FROM main.TempItems WHERE ID IN (%1)"_s})
+        m_run.Execute(statement.arg(settled));
+}
+
+/// Of items whose texts are the child's the mother may have taken the page away.
+void ChildMerge::DropPagesOfConflicts()
+{
+    const QString dropped =
+        u"SELECT i.ID FROM synchro.Items AS s JOIN main.Items AS i ON i.ID = s.ID WHERE s.ConflictItem <> 0 "
+        "AND s.HTMLPage = 0 AND i.HTMLPage <> 0 AND i.ID NOT IN (SELECT ID FROM temp.merge_Taken) "
+        "AND coalesce(i.HTMLLastUpdated, 0) <= %1"_s.arg(m_run.Exported.Seconds());
+    Statement items = m_lib.Query(dropped);
+    while (items.Step())
+        m_run.Contents.DropPage(items.Long(0));
+    m_run.Execute(u"UPDATE main.Items SET HTMLPage = ? WHERE ID IN (%1)"_s.arg(dropped), {Value(false)});
+}
+
+// Links
+
+void ChildMerge::UpdateItemLinksIDsForReplica()
+{
+    m_run.Execute(
+        u"UPDATE main.ItemLinks AS l SET MotherItemID = s.MotherItemID, MotherLinkItemID = s.MotherLinkItemID "
+        "FROM synchro.ItemLinks AS s WHERE s.IDChanged <> 0 AND s.ItemID = l.ItemID AND s.LinkItemID = l.LinkItemID"_s);
+    for (const QString& end : {u"MotherItemID"_s, u"MotherLinkItemID"_s}) {
+        m_run.TellOfEach(u"Required record in Items table in synchronization file was not found! (CDBManipulate; "
+                         "UpdateItemLinksIDs subroutine)"_s,
+                         u"SELECT count(*) FROM synchro.ItemLinks AS s WHERE s.IDChanged = 0 AND s.%1 > 0 "
+                         "AND NOT EXISTS (SELECT 1 FROM "
+                         "main.Items AS i WHERE i.MotherRecordID = s.%1) AND NOT %2"_s.arg(
+                             end, IsDeletedHere(u"Items"_s, u"s."_s + end)),
+                         {m_run.Exported});
+    }
+}
+
+/// But for those that the child has deleted since its export.
+void ChildMerge::CopyItemLinksToReplica()
+{
+    const QString complete =
+        u"synchro.ItemLinks AS s JOIN main.Items AS a ON a.MotherRecordID = s.MotherItemID "
+        "JOIN main.Items AS b ON b.MotherRecordID = s.MotherLinkItemID WHERE s.IDChanged = 0 AND s.MotherItemID > 0 "
+        "AND s.MotherLinkItemID > 0 AND NOT EXISTS (SELECT 1 FROM main.ReplicaLog AS d WHERE d.Event = 2 "
+        "AND d.OfTable = 'ItemLinks' AND d.MotherRecordID = s.MotherItemID AND d.MotherSecondID = s.MotherLinkItemID "
+        "AND d.Moment > %1)"_s.arg(m_run.Exported.Seconds());
+    m_run.Line(MergeEvent::LinkAdded,
+               u"SELECT a.ID, a.Title, b.Title FROM %1 AND NOT EXISTS (SELECT 1 FROM main.ItemLinks AS l "
+               "WHERE l.ItemID = a.ID AND l.LinkItemID = b.ID)"_s.arg(complete));
+    m_run.Execute(
+        u"INSERT INTO main.ItemLinks (ItemID, LinkItemID, MotherItemID, MotherLinkItemID, Note, DateAdded, "
+        "DateUpdated) SELECT a.ID, b.ID, s.MotherItemID, s.MotherLinkItemID, s.Note, s.DateAdded, s.DateUpdated "
+        "FROM %1 ON CONFLICT (ItemID, LinkItemID) DO UPDATE SET Note = CASE WHEN coalesce(excluded.DateUpdated, 0) > "
+        "coalesce(ItemLinks.DateUpdated, 0) THEN excluded.Note ELSE ItemLinks.Note END, DateUpdated = "
+        "max(coalesce(excluded.DateUpdated, 0), coalesce(ItemLinks.DateUpdated, 0)), MotherItemID = "
+        "excluded.MotherItemID, MotherLinkItemID = excluded.MotherLinkItemID"_s.arg(complete));
+}
+
+// Places
+
+void ChildMerge::UpdateItemsParentIDsInReplica()
+{
+    const QString rows = u"temp.merge_Verdicts AS v JOIN synchro.Items AS s ON s.rowid = v.SRow "
+                         "WHERE v.What IN ('update', 'won', 'new')"_s;
+    m_run.TellOfEach(u"Required record missing! (CDBManipulate; UpdateItemsParentIDsInReplica subroutine) /1/"_s,
+                     u"SELECT count(*) FROM %1 AND s.MotherParentID > 0 AND NOT EXISTS (SELECT 1 FROM main.Items AS p "
+                     "WHERE p.MotherRecordID = s.MotherParentID)"_s.arg(rows));
+    m_run.Execute(
+        u"UPDATE main.Items AS i SET ParentID = p.Place FROM (SELECT v.LID, CASE "
+        "WHEN coalesce(s.MotherParentID, 0) = 0 THEN 0 WHEN s.MotherParentID < 0 THEN ?1 "
+        "ELSE coalesce((SELECT min(a.ID) FROM main.Items AS a WHERE a.MotherRecordID = s.MotherParentID), ?1) END AS "
+        "Place FROM %1) AS p WHERE p.LID = i.ID"_s.arg(rows),
+        {m_run.OrphanedFolderID});
+    // What came before its parent did, which was still waiting at the mother.
+    m_run.Execute(u"UPDATE main.Items AS i SET ParentID = v.LID FROM temp.merge_Verdicts AS v WHERE v.What = 'new' "
+                  "AND i.MotherParentID = v.OldMother AND i.ParentID = ? AND i.ID <> v.LID"_s,
+                  {m_run.OrphanedFolderID});
+    m_run.Execute(u"INSERT OR IGNORE INTO temp.merge_Loose SELECT v.LID FROM %1"_s.arg(rows));
+    m_run.BreakCycles();
+}
+
+void ChildMerge::UpdateParentIDsInTempTables()
+{
+    const QString unknown = u"ParentID > 0 AND NOT EXISTS (SELECT 1 FROM main.Items AS i "
+                            "WHERE i.MotherRecordID = TempItems.ParentID)"_s;
+    m_run.TellOfEach(u"Required record missing! (CDBManipulate; UpdateParentIDsInTempTables subroutine)"_s,
+                     u"SELECT count(*) FROM main.TempItems WHERE "_s + unknown);
+    m_run.Execute(u"UPDATE main.TempItems SET ParentID = i.ID FROM main.Items AS i WHERE TempItems.ParentID > 0 "
+                  "AND i.MotherRecordID = TempItems.ParentID"_s);
+}
+
+} // namespace qb

@@ -1,0 +1,189 @@
+#include "replication/ReplicaFamily.h"
+
+#include "store/PendingReplica.h"
+#include "support/FolderContents.h"
+#include "support/LibraryState.h"
+
+#include <QRandomGenerator>
+#include <QRegularExpression>
+
+using namespace qb;
+using namespace qb::test;
+using namespace Qt::StringLiterals;
+
+/// A synchronization file comes from outside: whatever is in it, the library is as before or as after.
+class TestSynchroFile : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<ReplicaFamily> f;
+    QMap<QString, QByteArray> m_before;
+    QByteArray m_bytes;
+
+    /// The database in the file, changed by a stranger; it lies under the file's name then.
+    void Change(const std::function<void(Database&)>& change)
+    {
+        const auto database = f->Unpack();
+        database->Execute(u"PRAGMA ignore_check_constraints = ON"_s);
+        change(*database);
+        WriteFile(f->File, ReadFile(database->Name()));
+    }
+    void VerifyRefused(int number)
+    {
+        const QByteArray file = ReadFile(f->File);
+        const auto mother = f->OpenMother();
+        try {
+            Synchronize(*mother, f->File);
+            QFAIL("it was taken in");
+        } catch (const RuntimeError& error) {
+            QCOMPARE(error.Number(), number);
+            QVERIFY2(error.Description().contains(u"othing was changed"_s), qPrintable(error.Description()));
+        }
+        QCOMPARE(DifferenceOf(StateOf(f->M()), m_before), QString());
+        QCOMPARE(ReadFile(f->File), file);
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        FailOnWarnings();
+        f = std::make_unique<ReplicaFamily>();
+        f->EditTitle(f->A(), ReplicaFamily::X, u"X by A"_s);
+        f->AttachTo(f->A(), ReplicaFamily::X, u"new.bin"_s, QByteArray(9000, 'n'));
+        f->ExportOf(f->A());
+        f->Clock.AddSeconds(60);
+        m_before = StateOf(f->M());
+        m_bytes = ReadFile(f->File);
+    }
+    void cleanup() { f.reset(); }
+
+    void cutFile_isRefused()
+    {
+        for (int i = 0; i < 64; ++i) {
+            WriteFile(f->File, m_bytes.left(m_bytes.size() * i / 64));
+            const auto mother = f->OpenMother();
+            QVERIFY_THROWS_EXCEPTION(RuntimeError, Synchronize(*mother, f->File));
+        }
+        QCOMPARE(DifferenceOf(StateOf(f->M()), m_before), QString());
+        WriteFile(f->File, m_bytes);
+        QVERIFY(f->TakeIn(f->M()).Done);
+    }
+
+    void flippedBits_areRefusedOrDoNoHarm()
+    {
+        QRandomGenerator random(7);
+        const auto mother = f->OpenMother();
+        const SyncResult whole = Synchronize(*mother, f->File, {.Preview = true});
+        QVERIFY(whole.Done);
+        int noticed = 0;
+        const int wanted = qEnvironmentVariableIntValue("QUILLBASE_FLIPPED_BITS");
+        const int bits = wanted > 0 ? wanted : 300;
+        for (int i = 0; i < bits; ++i) {
+            QByteArray bytes = m_bytes;
+            const qsizetype at = random.bounded(int(bytes.size()));
+            bytes[at] = char(bytes[at] ^ (1 << random.bounded(8)));
+            WriteFile(f->File, bytes);
+            try {
+                const SyncResult result = Synchronize(*mother, f->File, {.Preview = true});
+                if (result.Done) // nothing of what is packed was hit
+                    QCOMPARE(result.Report.Lines, whole.Report.Lines);
+            } catch (const RuntimeError&) {
+                ++noticed;
+            }
+        }
+        QVERIFY(noticed > bits * 2 / 3);
+        QCOMPARE(DifferenceOf(StateOf(f->M()), m_before), QString());
+    }
+
+    void hostileFile_isRefused_data()
+    {
+        QTest::addColumn<QString>("sql");
+        QTest::newRow("trigger") << u"CREATE TRIGGER t AFTER INSERT ON Items BEGIN DELETE FROM Files; END"_s;
+        QTest::newRow("view") << u"CREATE VIEW v AS SELECT * FROM Items"_s;
+        QTest::newRow("missing table") << u"DROP TABLE DeletedItems"_s;
+        QTest::newRow("missing column") << u"ALTER TABLE Items DROP COLUMN Notes"_s;
+        QTest::newRow("no identity") << u"UPDATE Properties SET DBID = NULL"_s;
+        QTest::newRow("two rows of properties") << u"INSERT INTO Properties (DBID) VALUES ('x')"_s;
+        QTest::newRow("item twice")
+            << u"INSERT INTO Items (ID, Title, MotherRecordID) SELECT ID + 100, Title, MotherRecordID FROM Items"_s;
+        QTest::newRow("negative number") << u"UPDATE Items SET ID = -5"_s;
+        QTest::newRow("no title") << u"UPDATE Items SET Title = ''"_s;
+        QTest::newRow("file name that leads out") << u"UPDATE Files SET Title = '../../x'"_s;
+        QTest::newRow("page that leads out")
+            << u"INSERT INTO HTMLFiles (ItemIDRef, Name, Folder) VALUES (5, 'x.htm', '..\\..\\')"_s;
+    }
+    void hostileFile_isRefused()
+    {
+        QFETCH(QString, sql);
+        Change([&](Database& database) { database.Execute(sql); });
+        VerifyRefused(ErrorNumber::NotADatabase);
+    }
+
+    void otherTables_areOfNoUse()
+    {
+        Change([](Database& database) {
+            database.Execute(u"CREATE TABLE other (a)"_s);
+            database.Execute(u"CREATE TABLE ItemsX (ID)"_s);
+        });
+        const auto mother = f->OpenMother();
+        f->Prompts.ExpectError();
+        QVERIFY_THROWS_EXCEPTION(RuntimeError, Synchronize(*mother, f->File));
+        QCOMPARE(DifferenceOf(StateOf(f->M()), m_before), QString());
+    }
+
+    void itemsBelowEachOther_areBrokenUp()
+    {
+        const qint64 p = ReplicaFamily::P, q = ReplicaFamily::Q;
+        Change([&](Database& database) {
+            database.Execute(
+                u"INSERT INTO Items (ID, Title, MotherRecordID, MotherParentID, LastChanged) SELECT ?1, 'P', ?1, "
+                "?2, LastChanged FROM Items LIMIT 1"_s,
+                {p, q});
+            database.Execute(
+                u"INSERT INTO Items (ID, Title, MotherRecordID, MotherParentID, LastChanged) SELECT ?1, 'Q', ?1, "
+                "?2, LastChanged FROM Items LIMIT 1"_s,
+                {q, p});
+        });
+        QVERIFY(f->TakeIn(f->M()).Done);
+        const QStringList outline = ReplicaFamily::Outline(f->M());
+        QCOMPARE(outline.filter(QRegularExpression(u"^Orphaned Items/[PQ] "_s)).size(), 1);
+        QCOMPARE(outline.filter(QRegularExpression(u"^Orphaned Items/[PQ]/[PQ] "_s)).size(), 1);
+    }
+
+    void folderOfMerges_hasNothingLeft()
+    {
+        QVERIFY(f->TakeIn(f->M()).Done);
+        const QStringList names = QDir(f->Home.Path(u"Mütter/mother_Merged"_s))
+                                      .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+        QCOMPARE(names.size(), 2);
+        QCOMPARE(names.filter(u".qbs"_s).size(), 1);
+        QVERIFY(f->TakeIn(f->A()).Done);
+        QCOMPARE(
+            QDir(f->Home.Path(u"child/lib_Merged"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+            QStringList{u".library"_s});
+    }
+
+    void answerThatDidNotGetItsName_isPlacedAtTheNextOpening()
+    {
+        const QString elsewhere = f->Home.Path(u"stick/changes.qbs"_s);
+        QDir().mkpath(f->Home.Path(u"stick"_s));
+        QFile::rename(f->File, elsewhere);
+        const auto noted = [&](bool inKept) {
+            const QString folder = f->Home.Path(u"Mütter/mother_Merged/"_s);
+            QDir().mkpath(folder);
+            const QString kept = folder + u"6162.qbs"_s, complete = folder + u"complete"_s;
+            WriteFile(inKept ? kept : complete, "answer");
+            const auto mother = f->OpenMother();
+            NotePendingReplica(*mother, {.File = elsewhere, .Complete = complete, .Kept = kept});
+        };
+        for (const bool inKept : {false, true}) {
+            WriteFile(elsewhere, "old");
+            noted(inKept);
+            f->OpenMother();
+            QCOMPARE(ReadFile(elsewhere), QByteArray("answer"));
+            QVERIFY(!f->OpenMother()->TableExists(u"own_PendingReplica"_s));
+        }
+    }
+};
+
+QB_TEST_MAIN(TestSynchroFile)
+#include "tst_synchro_file.moc"
