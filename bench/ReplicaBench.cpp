@@ -7,10 +7,13 @@
 #include "replication/ChangeFile.h"
 #include "replication/ReplicaCreation.h"
 #include "replication/ReplicaOpening.h"
+#include "replication/Synchronization.h"
 #include "store/CFileObject.h"
+#include "store/ItemBranch.h"
 #include "store/Library.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <benchmark/benchmark.h>
@@ -115,6 +118,52 @@ void Export(benchmark::State& state)
     }
 }
 
+/// Changes on both sides of so many items, with a tenth as many new ones and a fiftieth as many deleted.
+void ChangeItems(Library& library, qint64 first, int changed)
+{
+    const Date stamp = library.NextStamp();
+    Transaction transaction(library);
+    library.Execute(u"UPDATE Items SET Title = Title || ' changed', LastChanged = ? WHERE ID >= ? AND ID < ?"_s,
+                    {stamp, first, first + changed});
+    library.Execute(u"INSERT INTO Items (Title, Code, ParentID, Created, LastChanged) SELECT 'new', Code, 0, ?1, ?1 FROM "
+                    "Items WHERE ID >= ?2 AND ID < ?3"_s,
+                    {stamp, first, first + changed / 10});
+    transaction.Commit();
+    for (qint64 i = 0; i < changed / 50; ++i)
+        DeleteItem(library, first + changed + i);
+}
+
+enum class Step { Mother, Child };
+
+/// A round of a library of so many items; only the one step is timed.
+void Merge(benchmark::State& state, Step step)
+{
+    const int items = int(state.range(0)), changed = int(state.range(1));
+    const QString folder = DataFolder(u"merge-%1"_s.arg(items));
+    QDir(folder).removeRecursively();
+    QDir().mkpath(folder + u"/away"_s);
+    const QString mother = folder + u"/mother.qbd"_s, transfer = folder + u"/child.qbr"_s, file = folder + u"/changes.qbs"_s;
+    QFile::copy(BenchLibrary(items), mother);
+    GiveOutChild(mother, transfer);
+    const QString child = OpenReplica(transfer, folder + u"/away/child.qbd"_s, RestoreOver::Replace, {}, Anyway).Library;
+    for (auto _ : state) {
+        const auto ofMother = Library::Open(mother), ofChild = Library::Open(child);
+        ChangeItems(*ofMother, 1, changed);
+        ChangeItems(*ofChild, items / 2, changed);
+        if (!WriteChanges(*ofChild, file, ExportAgain::No))
+            return state.SkipWithError("nothing was exported");
+        for (const Step one : {Step::Mother, Step::Child}) {
+            QElapsedTimer timer;
+            timer.start();
+            const SyncResult result = Synchronize(one == Step::Mother ? *ofMother : *ofChild, file);
+            if (!result.Done)
+                return state.SkipWithError("nothing was merged");
+            if (one == step)
+                state.SetIterationTime(double(timer.nsecsElapsed()) / 1e9);
+        }
+    }
+}
+
 } // namespace
 
 BENCHMARK(BackUpOfIt)->Name("replica_backup_of_it")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
@@ -128,5 +177,21 @@ BENCHMARK(Export)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime()
     ->Iterations(3);
+BENCHMARK_CAPTURE(Merge, mother, Step::Mother)
+    ->Name("replica_merge_mother")
+    ->Args({10000, 1000})
+    ->Args({100000, 1000})
+    ->Args({100000, 10000})
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(1);
+BENCHMARK_CAPTURE(Merge, child, Step::Child)
+    ->Name("replica_merge_child")
+    ->Args({10000, 1000})
+    ->Args({100000, 1000})
+    ->Args({100000, 10000})
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(1);
 
 } // namespace qb::bench

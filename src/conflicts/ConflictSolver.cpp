@@ -1,0 +1,555 @@
+#include "conflicts/ConflictSolver.h"
+
+#include "conflicts/ComparedBoxes.h"
+#include "platform/richtext/Rtf.h"
+#include "platform/system/Prompts.h"
+#include "support/DateFormatCustom.h"
+#include "support/ErrorRoutine.h"
+
+#include <QSet>
+#include <algorithm>
+
+namespace qb {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString FormName = u"frmConflicts"_s;
+
+/// The texts of a version by field.
+struct TextField {
+    SolverField Field;
+    bool IsRich;
+    QString (CConflictCodeItem::*Get)();
+    void (CConflictCodeItem::*Set)(const QString&);
+    QString BaseVersion::*Base;
+};
+/// The sections that go with a text.
+struct HeaderField {
+    quint8 (CConflictCodeItem::*Get)();
+    void (CConflictCodeItem::*Set)(quint8);
+    quint8 BaseVersion::*Base;
+};
+constexpr HeaderField HeaderFields[] = {
+    {&CConflictCodeItem::CodeHeaders, &CConflictCodeItem::SetCodeHeaders, &BaseVersion::CodeHeaders},
+    {&CConflictCodeItem::UsageHeaders, &CConflictCodeItem::SetUsageHeaders, &BaseVersion::UsageHeaders},
+};
+constexpr TextField TextFields[] = {
+    {SolverField::Title, false, &CConflictCodeItem::Title, &CConflictCodeItem::SetTitle, &BaseVersion::Title},
+    {SolverField::Description, false, &CConflictCodeItem::Description, &CConflictCodeItem::SetDescription,
+     &BaseVersion::Description},
+    {SolverField::ItemInfo, false, &CConflictCodeItem::Info, &CConflictCodeItem::SetInfo, &BaseVersion::Info},
+    {SolverField::Code, true, &CConflictCodeItem::Code, &CConflictCodeItem::SetCode, &BaseVersion::Code},
+    {SolverField::Notes, true, &CConflictCodeItem::Notes, &CConflictCodeItem::SetNotes, &BaseVersion::Notes},
+    {SolverField::Usage, true, &CConflictCodeItem::Example, &CConflictCodeItem::SetExample, &BaseVersion::Usage},
+};
+
+const TextField* TextFieldOf(SolverField field)
+{
+    const auto* found = std::find_if(std::begin(TextFields), std::end(TextFields),
+                                     [field](const TextField& one) { return one.Field == field; });
+    return found == std::end(TextFields) ? nullptr : found;
+}
+
+QString PlainOf(const QString& text, bool isRich)
+{
+    return isRich ? PlainTextFromRtf(text) : text;
+}
+
+/// One field after both sides have what only one of them changed.
+void MergeField(const TextField& field, CConflictCodeItem& own, CConflictCodeItem& other, const BaseVersion& base)
+{
+    const QString first = (own.*field.Get)();
+    const QString second = (other.*field.Get)();
+    const QString& former = base.*field.Base;
+    if (first == former || second == former) {
+        (first == former ? (own.*field.Set)(second) : (other.*field.Set)(first));
+        return;
+    }
+    if (first.size() > LongestRead || second.size() > LongestRead)
+        return;
+    const QString texts[] = {PlainOf(first, field.IsRich), PlainOf(second, field.IsRich)};
+    const bool isTooLarge = texts[0].size() > LongestCompared || texts[1].size() > LongestCompared;
+    if (isTooLarge || texts[0] == texts[1]) // both changed the looks
+        return;
+    const MergedText merged = MergeTexts(PlainOf(former, field.IsRich), texts[0], texts[1]);
+    const auto textOf = [&](LineOwner owner, const QString& raw, const QString& others) {
+        const QString text = merged.Text(owner);
+        return field.IsRich ? LinesWithLooks(LinesIn(text), raw, others) : text;
+    };
+    const QString result = textOf(LineOwner::First, first, second);
+    (own.*field.Set)(result);
+    (other.*field.Set)(merged.HasClash() ? textOf(LineOwner::Second, second, first) : result);
+}
+
+} // namespace
+
+ConflictSolver::ConflictSolver(Library& library) : m_library(library) {}
+
+bool ConflictSolver::Load()
+{
+    auto info = Prompts::Current().InformUser(u"Trying to resolve problems automaticaly. Please wait..."_s);
+    AutomaticResolveProblems(m_library, &m_settled);
+    ReadItems();
+    m_count = int(m_items.size());
+    if (m_items.empty()) {
+        info.reset();
+        Prompts::Current().MsgBox({.Text = u"All conflicts were resolved automaticaly."_s,
+                                   .Caption = u"All problems resolved"_s,
+                                   .Icon = MsgBoxIcon::Information});
+        return false;
+    }
+    m_number = 1;
+    DisplayItem();
+    return true;
+}
+
+void ConflictSolver::ReadItems()
+{
+    m_items.clear();
+    m_place = 0;
+    if (!m_library.TableExists(u"TempItems"_s))
+        return;
+    Statement rows = m_library.Query(u"SELECT ID FROM TempItems ORDER BY rowid"_s);
+    while (rows.Step()) {
+        if (!m_only || *m_only == rows.Long(0))
+            m_items.push_back(rows.Long(0));
+    }
+}
+
+QString ConflictSolver::StatusText() const
+{
+    return u"Conflict No. %1 of %2"_s.arg(m_number).arg(m_count);
+}
+
+bool ConflictSolver::DisplayItem()
+{
+    m_conflict.reset();
+    m_edited = {};
+    m_wasEdited = m_swapped = false;
+    m_inConflict = {};
+    m_base.reset();
+    m_statusSide = m_ratingSide = ConflictSide::Item;
+    Forget();
+    m_title.clear();
+    m_path.clear();
+    return Guarded(
+        FormName, u"DisplayItem"_s,
+        [this] {
+            const qint64 item = m_items[m_place];
+            if (m_library.QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {item}).IsNull())
+                throw RuntimeError(ErrorNumber::RecordDeleted, u"Reqired item not fount in the database."_s,
+                                   u"frmConflicts; DisplayItem"_s);
+            auto conflict = std::make_unique<CConflict>();
+            conflict->Initialize(m_library, item);
+            m_conflict = std::move(conflict);
+            m_title = m_conflict->Title();
+            m_path = PathOf(item).split(u'/');
+            m_inConflict = FieldsInConflict(*m_conflict);
+            m_files = FileRowsOf(*m_conflict);
+            if (m_findBase)
+                m_base = m_findBase(item);
+            SelectFirstConflict();
+            return true;
+        },
+        false);
+}
+
+/// The titles above an item, from the root on.
+QString ConflictSolver::PathOf(qint64 item) const
+{
+    QStringList titles;
+    QSet<qint64> seen;
+    while (item > 0 && !seen.contains(item)) {
+        seen.insert(item);
+        Statement row = m_library.Query(u"SELECT ID, Title, ParentID FROM Items WHERE ID = ?"_s, {item});
+        if (!row.Step())
+            break;
+        titles.prepend(row.Text(1).replace(u'/', u'\u2215'));
+        item = row.Long(2);
+    }
+    return titles.join(u'/');
+}
+
+QString ConflictSolver::ItemPath(const std::function<bool(const QString&)>& fits) const
+{
+    const QString whole = m_path.join(u'/');
+    if (fits(whole))
+        return whole;
+    for (qsizetype cut = 1; cut < whole.size(); ++cut) {
+        const QString shortened = u"..."_s + whole.mid(cut);
+        if (fits(shortened))
+            return shortened;
+    }
+    return u"..."_s;
+}
+
+QString ConflictSolver::Caption(ConflictSide side)
+{
+    const bool isFromOutside = (side == ConflictSide::TempItem) == m_conflict->TempItemIsFromReplica();
+    const bool isMain = isFromOutside == m_library.IsChildReplica();
+    return (isMain ? u"Main"_s : u"Replica"_s)
+           + u" Database Item (%1)"_s.arg(
+               DateFormatCustom(m_conflict->Side(side).LastChanged(), u"d/mm/yyyy hh:nn:ss"_s));
+}
+
+std::array<bool, SolverFieldCount> ConflictSolver::FieldsInConflict(CConflict& conflict) const
+{
+    std::array<bool, SolverFieldCount> marks{};
+    const auto mark = [&marks, &conflict](void (CConflict::*event)(), SolverField field) {
+        return QObject::connect(&conflict, event, &conflict, [&marks, field] { marks[size_t(field)] = true; });
+    };
+    const QMetaObject::Connection connections[] = {
+        mark(&CConflict::TitleConflict, SolverField::Title),
+        mark(&CConflict::DescriptionConflict, SolverField::Description),
+        mark(&CConflict::InfoConflict, SolverField::ItemInfo),
+        mark(&CConflict::CodeConflict, SolverField::Code),
+        mark(&CConflict::NotesConflict, SolverField::Notes),
+        mark(&CConflict::UsageConflict, SolverField::Usage),
+        mark(&CConflict::HTMLConflict, SolverField::HTML),
+        mark(&CConflict::FilesConflict, SolverField::Files),
+    };
+    conflict.CompareItems();
+    for (const QMetaObject::Connection& connection : connections)
+        QObject::disconnect(connection);
+    return marks;
+}
+
+void ConflictSolver::SelectFirstConflict()
+{
+    const auto found = std::find(m_inConflict.begin(), m_inConflict.end(), true);
+    m_field = found == m_inConflict.end() ? SolverField::Title : SolverField(found - m_inConflict.begin());
+    m_file = m_files.empty() ? -1 : 0;
+}
+
+// Fields
+
+void ConflictSolver::SelectField(SolverField field)
+{
+    SaveEditedField();
+    m_field = field;
+    Forget();
+}
+
+/// What is known of the field that was shown.
+void ConflictSolver::Forget()
+{
+    m_plain = {};
+    m_difference.reset();
+    m_merged.reset();
+}
+
+bool ConflictSolver::NextField()
+{
+    for (int field = int(m_field) + 1; field < SolverFieldCount; ++field) {
+        if (m_inConflict[size_t(field)]) {
+            SelectField(SolverField(field));
+            return true;
+        }
+    }
+    return false;
+}
+
+bool ConflictSolver::PreviousField()
+{
+    for (int field = int(m_field) - 1; field >= 0; --field) {
+        if (m_inConflict[size_t(field)]) {
+            SelectField(SolverField(field));
+            return true;
+        }
+    }
+    return false;
+}
+
+bool ConflictSolver::IsRich(SolverField field) const
+{
+    const TextField* text = TextFieldOf(field);
+    return text && text->IsRich;
+}
+
+bool ConflictSolver::IsText(SolverField field) const
+{
+    return TextFieldOf(field) || (field == SolverField::Files && m_file >= 0);
+}
+
+QString ConflictSolver::RawText(ConflictSide side)
+{
+    CConflictCodeItem& version = m_conflict->Side(side);
+    if (const TextField* text = TextFieldOf(m_field))
+        return (version.*text->Get)();
+    if (m_field != SolverField::Files || m_file < 0)
+        return {};
+    const ConflictFileRow& row = m_files[size_t(m_file)];
+    CConflictFileObject* file =
+        (row.Mark == u'Y' ? m_conflict->TempItem() : m_conflict->Item()).FileObjects().Item(row.File);
+    if (file && side == ConflictSide::TempItem && row.Mark != u'Y')
+        file = m_conflict->TempItem().FileObjects().Item(file->CorrespondingID());
+    if (side == ConflictSide::Item && row.Mark == u'Y')
+        file = nullptr;
+    return file ? file->Description() : QString();
+}
+
+const QString& ConflictSolver::PlainText(ConflictSide side)
+{
+    std::optional<QString>& plain = m_plain[size_t(side)];
+    if (!plain)
+        plain = PlainOf(RawText(side), IsRich(m_field));
+    return *plain;
+}
+
+LineComparison ConflictSolver::Compare()
+{
+    if (IsHuge(ConflictSide::Item) || IsHuge(ConflictSide::TempItem))
+        return {.Lines = {}, .IsTooLarge = true};
+    return CompareLines(PlainText(ConflictSide::Item), PlainText(ConflictSide::TempItem));
+}
+
+ConflictSolver::Difference ConflictSolver::DifferenceOfField()
+{
+    if (!TextFieldOf(m_field))
+        return Difference::None;
+    if (!m_difference) {
+        if (RawText(ConflictSide::Item) == RawText(ConflictSide::TempItem))
+            m_difference = Difference::None;
+        else if (IsHuge(ConflictSide::Item) || IsHuge(ConflictSide::TempItem))
+            m_difference = Difference::Content; // the automatic pass has read them
+        else
+            m_difference = PlainText(ConflictSide::Item) == PlainText(ConflictSide::TempItem) ? Difference::Format
+                                                                                              : Difference::Content;
+    }
+    return *m_difference;
+}
+
+QString ConflictSolver::DifferenceText()
+{
+    switch (DifferenceOfField()) {
+    case Difference::Content:
+        return u"Content conflict"_s;
+    case Difference::Format:
+        return u"Format conflict"_s;
+    case Difference::None:
+        break;
+    }
+    return {};
+}
+
+void ConflictSolver::Edited(ConflictSide side, const QString& text)
+{
+    m_edited[size_t(side)] = text;
+}
+
+bool ConflictSolver::IsEdited() const
+{
+    const bool isMarked = std::any_of(m_files.begin(), m_files.end(),
+                                      [](const ConflictFileRow& row) { return row.Icon.startsWith(u"HALF"_s); });
+    const bool isChosen = m_statusSide != ConflictSide::Item || m_ratingSide != ConflictSide::Item;
+    return m_wasEdited || m_edited[0] || m_edited[1] || isMarked || isChosen;
+}
+
+void ConflictSolver::SetText(ConflictSide side, const QString& text)
+{
+    CConflictCodeItem& version = m_conflict->Side(side);
+    if (const TextField* field = TextFieldOf(m_field)) {
+        if (field->Field == SolverField::Title && text.trimmed().isEmpty())
+            return; // an item has a title
+        (version.*field->Set)(text);
+        return;
+    }
+    if (m_field != SolverField::Files || m_file < 0)
+        return;
+    const ConflictFileRow& row = m_files[size_t(m_file)];
+    CConflictFileObject* file =
+        (row.Mark == u'Y' ? m_conflict->TempItem() : m_conflict->Item()).FileObjects().Item(row.File);
+    if (file && side == ConflictSide::TempItem && row.Mark != u'Y')
+        file = m_conflict->TempItem().FileObjects().Item(file->CorrespondingID());
+    if (file && (side == ConflictSide::TempItem || row.Mark != u'Y'))
+        file->SetDescription(text);
+}
+
+void ConflictSolver::SaveEditedField()
+{
+    if (!m_conflict)
+        return;
+    Guarded(FormName, u"SaveEditedField"_s, [this] {
+        for (const ConflictSide side : {ConflictSide::Item, ConflictSide::TempItem}) {
+            if (const std::optional<QString> text = std::exchange(m_edited[size_t(side)], std::nullopt)) {
+                SetText(side, *text);
+                m_wasEdited = true;
+                Forget();
+            }
+        }
+    });
+}
+
+void ConflictSolver::SelectFile(int row)
+{
+    SaveEditedField();
+    m_file = row >= 0 && size_t(row) < m_files.size() ? row : -1;
+    Forget();
+}
+
+void ConflictSolver::MoveFile(int row, FileMove move)
+{
+    if (row >= 0 && size_t(row) < m_files.size())
+        ToggleMove(*m_conflict, m_files[size_t(row)], move);
+}
+
+// Three ways
+
+const std::optional<MergedText>& ConflictSolver::Merge()
+{
+    if (m_merged)
+        return *m_merged;
+    m_merged.emplace();
+    const TextField* field = TextFieldOf(m_field);
+    const bool canMerge = field && HasBase() && DifferenceOfField() != Difference::None && !IsHuge(ConflictSide::Item)
+                          && !IsHuge(ConflictSide::TempItem) && PlainText(ConflictSide::Item).size() <= LongestCompared
+                          && PlainText(ConflictSide::TempItem).size() <= LongestCompared;
+    if (canMerge)
+        *m_merged = MergeTexts(PlainOf((*m_base).*field->Base, field->IsRich), PlainText(ConflictSide::Item),
+                               PlainText(ConflictSide::TempItem));
+    return *m_merged;
+}
+
+bool ConflictSolver::TakeMerged()
+{
+    if (!HasBase())
+        return false;
+    SaveEditedField();
+    return Guarded(
+        FormName, u"TakeMerged"_s,
+        [this] {
+            CConflictCodeItem& own = m_conflict->Item();
+            CConflictCodeItem& other = m_conflict->TempItem();
+            for (const TextField& field : TextFields)
+                MergeField(field, own, other, *m_base);
+            for (const HeaderField& field : HeaderFields) {
+                const quint8 first = (own.*field.Get)();
+                const quint8 second = (other.*field.Get)();
+                // of two that differ the one that is not the base's
+                const auto merged = quint8((first & second) | ((first | second) & ~((*m_base).*field.Base)));
+                (own.*field.Set)(merged);
+                (other.*field.Set)(merged);
+            }
+            if (own.ItemStatus() == m_base->Status)
+                m_statusSide = ConflictSide::TempItem;
+            if (own.ItemRating() == m_base->Rating)
+                m_ratingSide = ConflictSide::TempItem;
+            m_wasEdited = true;
+            m_inConflict = FieldsInConflict(*m_conflict);
+            Forget();
+            return true;
+        },
+        false);
+}
+
+// Decisions and moves
+
+bool ConflictSolver::Decide(int which)
+{
+    const qint64 item = m_items[m_place];
+    if (m_statusSide == ConflictSide::TempItem)
+        m_conflict->Item().SetItemStatus(m_conflict->TempItem().ItemStatus());
+    if (m_ratingSide == ConflictSide::TempItem)
+        m_conflict->Item().SetItemRating(m_conflict->TempItem().ItemRating());
+    if (!m_conflict->KeepItem(which)) {
+        DisplayItem(); // both versions as they are now
+        return false;
+    }
+    m_conflict.reset();
+    m_count -= 1;
+    Decided(item);
+    return true;
+}
+
+bool ConflictSolver::Keep(int which)
+{
+    if (!m_conflict)
+        return false;
+    SaveEditedField();
+    if (!Decide(which))
+        return false;
+    AfterDecision();
+    return HasConflict();
+}
+
+/// The next one takes the place of the one that was decided, at the end the one before.
+void ConflictSolver::AfterDecision()
+{
+    m_items.erase(m_items.begin() + std::ptrdiff_t(m_place));
+    if (m_items.empty()) {
+        m_number = 0;
+        Prompts::Current().MsgBox({.Text = u"All conflicts have been solved."_s,
+                                   .Caption = u"All confilicts solved"_s,
+                                   .Icon = MsgBoxIcon::Information});
+        AllSolved();
+        return;
+    }
+    m_place = std::min(m_place, m_items.size() - 1);
+    m_number = int(m_place) + 1;
+    DisplayItem();
+}
+
+int ConflictSolver::KeepAllLikeThis(int which)
+{
+    if (!m_conflict)
+        return 0;
+    SaveEditedField();
+    const std::array<bool, SolverFieldCount> like = m_inConflict;
+    int decided = 0;
+    for (m_place = 0; m_place < m_items.size();) {
+        const bool isLike = DisplayItem() && m_inConflict == like;
+        if (!isLike || !Decide(which)) {
+            ++m_place;
+            continue;
+        }
+        m_items.erase(m_items.begin() + std::ptrdiff_t(m_place));
+        ++decided;
+    }
+    m_place = 0;
+    if (m_items.empty()) {
+        m_items.push_back(0); // that was decided last
+        AfterDecision();
+    } else {
+        m_number = 1;
+        DisplayItem();
+    }
+    return decided;
+}
+
+bool ConflictSolver::MayLeave(const QString& direction)
+{
+    if (!IsEdited())
+        return true;
+    return Prompts::Current().MsgBox(
+               {.Text = u"The actually displayed record has been changed! You should press one of the coloured buttons "
+                        "('Keep New Version' or 'Keep Old Version') to choose which version of the record you want to "
+                        "keep and which version to discard.\r\nYou can also cancel all changes and just move to the "
+                        "%1 record."_s.arg(direction),
+                .Caption = u"Save changes?"_s,
+                .Buttons = MsgBoxButtons::OkCancel})
+           == MsgBoxResult::Ok;
+}
+
+bool ConflictSolver::MoveNext()
+{
+    if (!CanMoveNext() || !MayLeave(u"next"_s))
+        return false;
+    ++m_place;
+    ++m_number;
+    DisplayItem();
+    return true;
+}
+
+bool ConflictSolver::MovePrevious()
+{
+    if (!CanMovePrevious() || !MayLeave(u"previous"_s))
+        return false;
+    --m_place;
+    --m_number;
+    DisplayItem();
+    return true;
+}
+
+} // namespace qb
