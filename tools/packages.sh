@@ -1,7 +1,7 @@
 # Sourced by ./run and ./test: installs the Debian packages that are missing.
 
 # What building needs; what only some tasks need is asked for by them.
-BUILD_PACKAGES="g++ cmake ninja-build ccache libsqlite3-dev libzip-dev zlib1g-dev libpcre2-dev qt6-base-dev"
+BUILD_PACKAGES="g++ cmake ninja-build ccache libsqlite3-dev libzip-dev zlib1g-dev libpcre2-dev libgit2-dev qt6-base-dev"
 GUI_PACKAGES="qt6-svg-dev libqt6svg6 qt6-webengine-dev libmd4c-dev libmd4c-html0-dev breeze-icon-theme fonts-dejavu-core"
 DISPLAY_PACKAGES="xvfb xauth"
 BENCH_PACKAGES="libbenchmark-dev zip unzip ripgrep"

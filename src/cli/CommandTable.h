@@ -30,6 +30,7 @@ int RestoreItem(const QStringList& words);
 
 // Replication
 int Replica(const QStringList& words);
+int Conflicts(const QStringList& words);
 
 // Items
 int Tree(const QStringList& words);
@@ -40,6 +41,9 @@ int Move(const QStringList& words);
 int Delete(const QStringList& words);
 int Keep(const QStringList& words);
 int RemoveDeleted(const QStringList& words);
+
+// What was removed
+int Removed(const QStringList& words);
 
 // Bookmarks
 int Bookmarks(const QStringList& words);

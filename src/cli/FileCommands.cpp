@@ -6,6 +6,7 @@
 #include "cli/Output.h"
 #include "maintenance/FileImport.h"
 #include "platform/richtext/RtfPlainText.h"
+#include "removed/Keeping.h"
 #include "store/CFileObject.h"
 #include "store/ItemRules.h"
 #include "store/StoredFiles.h"
@@ -124,8 +125,8 @@ int Detach(const QStringList& words)
     const qint64 item = file->CodeID().toLongLong();
     if (!database->QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {item}).IsNull()) // else nobody's file
         RequireChange(*database, item, {ItemChange::EditUnasked});
-    file->Delete();
-    return file->Commit() ? 0 : 1;
+    DeleteStoredFiles(*database, {arguments.Id(1)});
+    return 0;
 }
 
 int File(const QStringList& words)

@@ -9,6 +9,7 @@
 #include "panels/TreeNodes.h"
 #include "platform/richtext/Rtf.h"
 #include "platform/system/TextEncoding.h"
+#include "removed/Keeping.h"
 #include "session/LoadTree.h"
 #include "store/CCodeItem.h"
 #include "store/ItemBranch.h"
@@ -358,7 +359,8 @@ int Delete(const QStringList& words)
 {
     const Arguments arguments(words, {}, 2);
     const auto database = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
-    DeleteItem(*database, arguments.Id(1));
+    Kept(*database, RemovalKind::DeletedByUser, u"Items deleted"_s,
+         [&](Keeping& keeping) { DeleteItem(*database, arguments.Id(1), keeping); });
     return 0;
 }
 
@@ -386,7 +388,7 @@ int RemoveDeleted(const QStringList& words)
         throw RuntimeError(ErrorNumber::ValueNotAllowed,
                            u"Only a mother library has items that its children have deleted; nothing was changed."_s,
                            u"RemoveDeleted"_s);
-    RemoveItemsMarkedForDelete(*database, [&arguments](const RemovedItems& removed) {
+    const auto tell = [&arguments](const RemovedItems& removed) {
         if (arguments.Json())
             Print(QJsonObject{{u"removed"_s, qint64(removed.Items.size())}, {u"orphaned"_s, removed.Orphans}});
         else
@@ -394,7 +396,9 @@ int RemoveDeleted(const QStringList& words)
         if (removed.Orphans > 0)
             Complain(u"%1 items that stood below them are in the folder '%2' now."_s.arg(removed.Orphans)
                          .arg(OrphanedItemsTitle));
-    });
+    };
+    Kept(*database, RemovalKind::RemoveAllDeleted, u"Deleted items removed"_s,
+         [&](Keeping& keeping) { RemoveItemsMarkedForDelete(*database, tell, keeping); });
     return 0;
 }
 

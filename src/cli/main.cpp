@@ -93,13 +93,25 @@ constexpr CommandEntry Table[] = {
      "delete backups NAMEyymmdd.qbb but for the last N, one a day of D days and one a week of W weeks", Rotate},
     {"restore-item", "IN.qbb ID LIB [--parent ID]", "bring one item of a backup back, as a new one; prints its ID",
      RestoreItem},
+    {"removed", "LIB [--search WORDS] | show LIB ENTRY | restore LIB ENTRY [--parent ID] [--alone]",
+     "what was deleted, overwritten or lost in a synchronization; one entry of it; bring an entry back with what stood "
+     "below it (--alone: without) and print its ID",
+     Removed},
     {"replica",
      "create LIB OUT.qbr [--description T] | open IN.qbr TARGET.qbd [--replace|--number] [--answer yes|no] | status LIB "
-     "| export LIB OUT.qbs [--again] | list LIB | forget LIB N [--answer yes|no]",
+     "| export LIB OUT.qbs [--again] | sync LIB FILE.qbs [--dry-run] [--discard-conflicts] [--answer yes|no] | report LIB "
+     "[--last N] | undo LIB | again LIB N OUT.qbs | list LIB | forget LIB N [--answer yes|no]",
      "replicas of a library: give one out, open it elsewhere, what is known of a library's part in replication, write a "
-     "replica's changes into a file (--again: the file of the last export was lost), the replicas of a library, strike "
-     "the Nth off",
+     "replica's changes into a file (--again: the file of the last export was lost), take such a file in, at the mother "
+     "and then at the replica, what the last synchronizations did, undo the last one, write the last answer to the Nth "
+     "replica once more, the replicas of a library, strike the Nth off",
      Replica},
+    {"conflicts",
+     "LIB | show LIB ID [--field F] [--diff] | resolve LIB ID --keep newer|older [--field F=newer|older]... "
+     "[--move-file FILEID]... | auto LIB | discard LIB",
+     "items that both sides have changed: list them, show both versions, keep one of them (with fields and files of the "
+     "other), settle those that differ in looks only, give all of them up",
+     Conflicts},
 };
 
 /// Notices that an error was reported on the way.

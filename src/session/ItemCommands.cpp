@@ -1,6 +1,7 @@
 #include "session/ItemCommands.h"
 
 #include "platform/system/Prompts.h"
+#include "removed/Keeping.h"
 #include "session/DeletionProgress.h"
 #include "store/ItemBranch.h"
 #include "store/Library.h"
@@ -361,8 +362,11 @@ void ItemCommands::DeleteNode(TreeNode& node, const std::vector<qint64>& branch,
 {
     TreeNode* parent = node.Parent;
     const std::shared_ptr<void> wait = m_shell.WaitCursor();
-    DeletionProgress deletion(m_shell, branch.size());
-    DeleteBranch(*m_session.CurrentDatabase, node.Id, deletion);
+    Library& library = *m_session.CurrentDatabase;
+    Kept(library, RemovalKind::DeletedByUser, u"Items deleted"_s, [&](Keeping& keeping) {
+        DeletionProgress deletion(m_shell, branch.size());
+        DeleteBranch(library, node.Id, deletion, keeping);
+    });
     const bool isShown = m_session.oCodeItem
                          && std::find(branch.begin(), branch.end(), m_session.oCodeItem->Key().toLongLong())
                                 != branch.end();
@@ -429,7 +433,9 @@ void ItemCommands::mnuRemoveDeletedItems_Click()
     Guarded(ModuleName, u"mnuRemoveDeletedItems_Click"_s, [this] {
         if (!m_session.CurrentDatabase || !SaveItem())
             return;
-        const RemovedItems removed = RemoveItemsMarkedForDelete(*m_session.CurrentDatabase);
+        RemovedItems removed;
+        Kept(*m_session.CurrentDatabase, RemovalKind::RemoveAllDeleted, u"Deleted items removed"_s,
+             [&](Keeping& keeping) { removed = RemoveItemsMarkedForDelete(*m_session.CurrentDatabase, {}, keeping); });
         if (removed.Orphans > 0)
             m_tree.Refill(); // what stood below them is in another place
         for (const qint64 id : removed.Items) {

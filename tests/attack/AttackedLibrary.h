@@ -9,8 +9,15 @@
 #include "platform/archive/BrindletonZip.h"
 #include "platform/dao/DBEngine.h"
 #include "platform/system/Interims.h"
+#include "removed/Keeping.h"
+#include "removed/RemovedList.h"
+#include "replication/ChangeFile.h"
 #include "replication/ReplicaCreation.h"
+#include "replication/ReplicaOpening.h"
+#include "replication/SynchroFile.h"
+#include "replication/Synchronization.h"
 #include "store/CCodeItem.h"
+#include "store/ItemBranch.h"
 #include "store/Library.h"
 #include "store/LibrarySwap.h"
 #include "store/PendingFiles.h"
@@ -30,8 +37,8 @@ namespace qb::test {
 using namespace Qt::StringLiterals;
 
 /// The commands that are attacked; a new one joins by its line. LIB stands for the library, CHILD for one that is the
-/// child of another, IN for a folder
-/// of files, OUT for a folder to write to.
+/// child of another, MERGE for a folder with a mother and a child that are to be synchronized, DONE for one with the
+/// mother after that, IN for a folder of files, OUT for a folder to write to.
 struct AttackedCommand {
     const char* Name;
     const char* Arguments; ///< parted by blanks
@@ -78,10 +85,18 @@ inline constexpr AttackedCommand Commands[] = {
     {"page defaults", "page defaults OUT/made.qhd", true},
     {"compact", "compact LIB", true},
     {"undo-session", "undo-session LIB", true},
+    {"removed restore", "removed restore LIB 20260101120000.1"},
     {"replica create", "replica create LIB OUT/made.qbr --description away"},
     {"replica open", "replica open IN/r.qbr OUT/restored.qbd --replace", true},
     {"replica export", "replica export CHILD OUT/made.qbs --again", true},
     {"replica forget", "replica forget LIB 1 --answer yes"},
+    {"replica sync", "replica sync MERGE/mother.qbd MERGE/changes.qbs"},
+    {"replica sync back", "replica sync MERGE/child.qbd MERGE/answer.qbs"},
+    {"replica undo", "replica undo DONE/mother.qbd"},
+    {"replica again", "replica again DONE/mother.qbd 1 OUT/made.qbs", true},
+    {"conflicts resolve", "conflicts resolve DONE/mother.qbd 4 --keep older"},
+    {"conflicts auto", "conflicts auto DONE/mother.qbd", true},
+    {"conflicts discard", "conflicts discard DONE/mother.qbd", true},
 };
 
 /// What a user has: the rows without their moments, the stored files, what lies in the folder to write to,
@@ -157,12 +172,26 @@ public:
         four.SetItemChanged(true);
         four.Commit();
         AddStoredFile(*database, one, u"late.bin"_s, "late", {});
+        RemoveOne(*database);
         MakeMother(*database, Date::FromParts(2026, 1, 1));
         const qint64 gone = AddItem(*database, 0, u"gone"_s, u"int gone;"_s);
         AddItem(*database, gone, u"left"_s);
         AddStoredFile(*database, gone, u"gone.bin"_s, "gone", {});
         database->Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID) VALUES (3, ?), (?, 3)"_s, {gone, gone});
         database->Execute(u"UPDATE Items SET LastChanged = 0 WHERE ID = ?"_s, {gone}); // a child has deleted it
+    }
+
+    /// Something that can be brought back.
+    static void RemoveOne(Library& library)
+    {
+        const FixedClock clock(Date::FromParts(2026, 1, 1, 12));
+        const qint64 removed = AddItem(library, 0, u"removed"_s, u"int removed;"_s);
+        AddStoredFile(library, removed, u"removed.bin"_s, QByteArray(20000, 'r'), {});
+        WriteFile(library.HTMLFolder() + u"%1.htm"_s.arg(removed), "<p></p>");
+        library.Execute(u"UPDATE Items SET HTMLPage = -1 WHERE ID = ?"_s, {removed});
+        library.Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID) VALUES (3, ?)"_s, {removed});
+        Kept(library, RemovalKind::DeletedByUser, {},
+             [&](Keeping& keeping) { DeleteBranch(library, removed, NoWork(), keeping); });
     }
 
     /// A child with changes, and one in a transfer file.
@@ -179,6 +208,71 @@ public:
             AddStoredFile(*library, AddItem(*library, 0, u"hers"_s), u"hers.bin"_s, "hers", {});
         }
         GiveOutChild(mother, m_pristine + u"/in/r.qbr"_s);
+        MakeMerges();
+    }
+
+    /// A mother and a child with changes on both sides, the child's in a file and the mother's answer to them in
+    /// another.
+    void MakeMerges() const
+    {
+        const QString folder = m_pristine + u"/merge/"_s;
+        QDir().mkpath(folder);
+        FixedClock clock(Date::FromParts(2026, 2, 1, 12));
+        {
+            const auto mother = MakeLibrary(folder + u"mother.qbd"_s);
+            for (const QString& title : {u"kept"_s, u"edited"_s, u"deleted"_s, u"clash"_s, u"same"_s})
+                AddStoredFile(*mother, AddItem(*mother, 0, title, u"int "_s + title), u"of "_s + title + u".bin"_s,
+                              QByteArray(9000, 'k'), clock.Now());
+            for (const QString& side : {mother->FilesFolder(), mother->HTMLFolder()})
+                WriteFile(side + u".library"_s, mother->Identity().toUtf8());
+        }
+        GiveOutChild(folder + u"mother.qbd"_s, folder + u"child.qbr"_s);
+        OpenReplica(folder + u"child.qbr"_s, folder + u"child.qbd"_s, RestoreOver::Refuse, {},
+                    [](const QString&) { return false; });
+        QFile::remove(folder + u"child.qbr"_s);
+        ChangeForMerge(folder + u"child.qbd"_s, u"child"_s, clock);
+        ChangeForMerge(folder + u"mother.qbd"_s, u"mother"_s, clock);
+        clock.AddSeconds(60);
+        WriteChanges(*Library::Open(folder + u"child.qbd"_s), folder + u"changes.qbs"_s, ExportAgain::No);
+        clock.AddSeconds(60);
+        const QString aside = m_home.Path(u"merge aside/"_s);
+        CopyFolder(folder.chopped(1), aside.chopped(1));
+        Synchronize(*Library::Open(aside + u"mother.qbd"_s), aside + u"changes.qbs"_s);
+        WriteFile(folder + u"answer.qbs"_s, ReadFile(aside + u"changes.qbs"_s));
+        const QString done = m_pristine + u"/done/"_s;
+        CopyFolder(aside.chopped(1), done.chopped(1));
+        // Where the file belongs that comes back.
+        for (const QString& name : ContentsOf(done + u"mother_Undo"_s).keys()) {
+            if (name.endsWith(u"state.json"_s)) {
+                const QString state = done + u"mother_Undo/"_s + name;
+                WriteFile(state, ReadFile(state).replace(aside.toUtf8(), (m_work + u"/done/"_s).toUtf8()));
+            }
+        }
+    }
+    static void ChangeForMerge(const QString& path, const QString& side, FixedClock& clock)
+    {
+        clock.AddSeconds(60);
+        const auto library = Library::Open(path);
+        const auto edit = [&](const QString& title, const QString& to) {
+            CCodeItem item;
+            item.Initialise(*library, library->QueryValue(u"SELECT ID FROM Items WHERE Title = ?"_s, {title}).ToText());
+            item.SetTitle(to);
+            item.SetItemChanged(true);
+            item.Commit();
+        };
+        edit(u"clash"_s, u"clash of the "_s + side);
+        edit(u"same"_s, u"the same"_s);
+        if (side == u"child"_s)
+            edit(u"edited"_s, u"edited by the child"_s);
+        else
+            DeleteItem(*library, library->QueryValue(u"SELECT ID FROM Items WHERE Title = 'deleted'"_s).ToLong());
+        const qint64 added = AddItem(*library, 0, u"new of the "_s + side);
+        library->Execute(u"UPDATE Items SET LastChanged = ?1, HTMLPage = ?2, HTMLLastUpdated = ?1 WHERE ID = ?3"_s,
+                         {library->NextStamp(), Value(true), added});
+        WriteFile(library->HTMLFolder() + QString::number(added) + u".htm"_s, "<p>" + side.toUtf8() + "</p>");
+        library->Execute(u"UPDATE Files SET LastUpdated = DateAdded WHERE ID = ?"_s,
+                         {AddStoredFile(*library, added, u"new.bin"_s, QByteArray(9000, side.front().toLatin1()),
+                                        library->NextStamp())});
     }
 
     /// Runs a command with further environment variables.
@@ -192,6 +286,7 @@ public:
         QStringList arguments = QString::fromLatin1(command.Arguments).split(u' ');
         for (QString& argument : arguments) {
             argument.replace(u"LIB"_s, m_work + u"/lib.qbd"_s).replace(u"CHILD"_s, m_work + u"/child/child.qbd"_s);
+            argument.replace(u"MERGE/"_s, m_work + u"/merge/"_s).replace(u"DONE/"_s, m_work + u"/done/"_s);
             argument.replace(u"IN/"_s, m_work + u"/in/"_s).replace(u"OUT/"_s, m_work + u"/out/"_s);
             if (argument == u"IN"_s)
                 argument = m_work + u"/in"_s;
@@ -247,6 +342,9 @@ public:
         faults.insert(faults.end(), contents.Faults.begin(), contents.Faults.end());
         for (const LibraryFault& fault : faults)
             state[u"fault"_s] += fault.Text.toUtf8();
+        AddRemoved(work + u"/lib"_s, state);
+        AddMerged(work + u"/merge/"_s, {u"mother"_s, u"child"_s}, {}, state);
+        AddMerged(work + u"/done/"_s, {u"mother"_s}, u"done "_s, state);
         for (const QString& folder : {u"lib_Files"_s, u"lib_HTML"_s, u"out"_s, u"config"_s}) {
             const QMap<QString, QByteArray> all = ContentsOf(work + u'/' + folder);
             for (auto entry = all.begin(); entry != all.end(); ++entry) {
@@ -259,6 +357,61 @@ public:
         if (!state.contains(u"out/made.qbb.001"_s)) // without the first volume there is no backup
             state.removeIf([](const auto& entry) { return entry.key().startsWith(u"out/made.qbb."_s); });
         return state;
+    }
+
+    /// The libraries that are synchronized, with all that belongs to them, and whether the file fits the mother.
+    static void AddMerged(const QString& folder, const QStringList& names, const QString& prefix, State& state)
+    {
+        for (const QString& file : names) {
+            const QString name = prefix + file;
+            const auto library = Library::Open(folder + file + u".qbd"_s);
+            FinishPendingFiles(*library);
+            FinishPendingPages(*library);
+            for (const QString& table : {u"Items"_s, u"TempItems"_s, u"Files"_s, u"TempFiles"_s}) {
+                if (library->TableExists(table))
+                    state[name + table] =
+                        Texts(*library, u"SELECT Title FROM %1 ORDER BY ID"_s.arg(table)).join(u'|').toUtf8();
+            }
+            for (const LibraryFault& fault : CheckLibrary(*library))
+                state[name + u" fault"_s] += fault.Text.toUtf8();
+            for (const LibraryFault& fault : CheckContents(*library).Faults)
+                state[name + u" fault"_s] += fault.Text.toUtf8();
+            for (const QString& side : {u"_Files"_s, u"_HTML"_s}) {
+                const QMap<QString, QByteArray> all = ContentsOf(folder + file + side);
+                for (auto entry = all.begin(); entry != all.end(); ++entry)
+                    state[name + side + entry.key()] = entry.value();
+            }
+            for (const QString& kept : ContentsOf(folder + file + u"_Merged"_s).keys()) {
+                if (kept != u".library"_s && !kept.endsWith(u".qbs"_s) && !IsInterim(kept) && !kept.startsWith(u'.'))
+                    state[name + u" stray"_s] += kept.toUtf8();
+            }
+            AddRemoved(folder + file, state);
+        }
+        const QTemporaryDir scratch;
+        const SynchroFacts facts = FactsOf(
+            *DBEngine::OpenDatabase(UnpackSynchroFile(folder + u"changes.qbs"_s, scratch.path(), NoWork())));
+        const auto mother = Library::Open(folder + u"mother.qbd"_s);
+        state[prefix + u"changes.qbs"_s] = mother->QueryValue(u"SELECT LastSynchronized FROM ChildCopies"_s).ToDate()
+                                                   == facts.LastSynchronized
+                                               ? "fits"
+                                               : "does not";
+    }
+
+    /// What is kept of removed items, whose names hold moments; nothing may be half kept, or on its way.
+    static void AddRemoved(const QString& library, State& state)
+    {
+        const RemovedList list(library + u".qbd"_s);
+        for (const QString& problem : list.Problems())
+            state[u"removed, broken"_s] += problem.toUtf8();
+        for (const ListedEvent& event : list.Events()) {
+            for (const RemovedEntry& entry : event.Index.Entries)
+                state[u"removed"_s] += entry.Title.toUtf8() + '|';
+            state[u"removed"_s] += Contents(list.ItemsFile(event), {}) + ';';
+        }
+        for (const QString& name : ContentsOf(library + u"_Removed"_s).keys()) {
+            if (name.startsWith(u".event"_s))
+                state[u"removed, on its way"_s] += name.toUtf8();
+        }
     }
 
     /// What is compared of a file: its bytes, or what is in it where the bytes hold moments or depend on the order of

@@ -5,11 +5,11 @@
 #include "support/GuiRun.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
+#include "support/ui/DialogPrompts.h"
+#include "support/ui/TextChoiceDialog.h"
 #include "support/ui/frmError.h"
 #include "support/ui/frmInfo.h"
 #include "support/ui/frmMsgBox.h"
-#include "support/ui/DialogPrompts.h"
-#include "support/ui/TextChoiceDialog.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>
@@ -123,6 +123,9 @@ private Q_SLOTS:
         QTest::newRow("yes") << MsgBoxButtons::YesNo << int(QMessageBox::Yes) << MsgBoxResult::Yes;
         QTest::newRow("no") << MsgBoxButtons::YesNoCancel << int(QMessageBox::No) << MsgBoxResult::No;
         QTest::newRow("cancel") << MsgBoxButtons::YesNoCancel << int(QMessageBox::Cancel) << MsgBoxResult::Cancel;
+        QTest::newRow("retry") << MsgBoxButtons::RetryCancel << int(QMessageBox::Retry) << MsgBoxResult::Retry;
+        QTest::newRow("cancel of retry") << MsgBoxButtons::RetryCancel << int(QMessageBox::Cancel)
+                                         << MsgBoxResult::Cancel;
         QTest::newRow("cancel of ok") << MsgBoxButtons::OkCancel << int(QMessageBox::Cancel) << MsgBoxResult::Cancel;
     }
 

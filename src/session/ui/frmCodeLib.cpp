@@ -57,6 +57,10 @@ frmCodeLib::frmCodeLib()
     m_libraries = std::make_unique<LibraryList>(m_session, *m_shell, *ctlCodeItemDetails, m_commands, *m_tree);
     m_tools = std::make_unique<DatabaseTools>(m_session, m_commands, *m_libraries, *m_tree);
     m_replicas = std::make_unique<Replicas>(m_session, *m_shell, m_commands, *m_libraries, *m_tree);
+    m_synchronizing = std::make_unique<Synchronizing>(m_session, *m_shell, m_commands, *m_libraries, *m_tree,
+                                                      *m_replicas);
+    m_conflicts = std::make_unique<PendingConflicts>(m_session, m_commands, *m_tree);
+    m_removed = std::make_unique<RemovedTools>(m_session, m_commands, *m_libraries, *m_tree);
     m_find = std::make_unique<LibraryFind>(LibraryFind::Parts{*this, m_findService, m_session, m_commands, *m_tree,
                                                               tvCodeItems->Nodes(), *ctlCodeItemDetails, *m_storedFiles,
                                                               *ctlBookMarkList});

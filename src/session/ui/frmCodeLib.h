@@ -12,9 +12,12 @@
 #include "session/ItemWebPage.h"
 #include "session/LibraryList.h"
 #include "session/PageDownloads.h"
+#include "session/PendingConflicts.h"
 #include "session/QuickOpenSession.h"
+#include "session/RemovedTools.h"
 #include "session/Replicas.h"
 #include "session/SessionState.h"
+#include "session/Synchronizing.h"
 #include "session/WindowLayout.h"
 #include "session/ui/CommandFaces.h"
 #include "session/ui/EditCommands.h"
@@ -138,7 +141,10 @@ private:
     void ShowOptions(frmSettings::Page page);
     void StartTips();
     void ShowBackups();
+    void ConnectConflicts();
     void ConnectExchange();
+    void ConnectSynchronizing();
+    void ConnectRemoved();
     void MaintainLibrary(const QString& path);
     void Form_Unload();
 
@@ -189,6 +195,9 @@ private:
     frmQuickOpen* m_quickOpen = nullptr;
     std::unique_ptr<DatabaseTools> m_tools;
     std::unique_ptr<Replicas> m_replicas;
+    std::unique_ptr<Synchronizing> m_synchronizing;
+    std::unique_ptr<PendingConflicts> m_conflicts;
+    std::unique_ptr<RemovedTools> m_removed;
     std::unique_ptr<LibraryFind> m_find;
     std::unique_ptr<ItemExchange> m_exchange;
     std::unique_ptr<ApplicationTips> m_oTips; ///< while the tip window is open

@@ -1,19 +1,23 @@
 // The commands of the main window itself, and its menus.
 
+#include "conflicts/ui/frmConflicts.h"
 #include "panels/ui/ctlSmartTreeView.h"
 #include "platform/system/Paths.h"
 #include "printing/ui/frmPrint.h"
+#include "replication/ui/frmMergeReport.h"
 #include "replication/ui/frmReplicaList.h"
 #include "session/ui/CodeToolbar.h"
 #include "session/ui/frmBackups.h"
 #include "session/ui/frmCodeLib.h"
 #include "session/ui/frmDatabaseList.h"
 #include "session/ui/frmImport.h"
+#include "session/ui/frmRemovedItems.h"
 #include "support/ui/WorkProgress.h"
 #include "text/ui/ctlCodeDetails.h"
 
 #include <QAction>
 #include <QComboBox>
+#include <QInputDialog>
 #include <QMenu>
 #include <QStatusBar>
 
@@ -65,12 +69,55 @@ void frmCodeLib::RegisterCommands()
         dialog.SetDatabase(library);
         dialog.exec();
     };
+    ConnectSynchronizing();
+    ConnectConflicts();
     m_printing->MakeComponent = [this] { return std::make_unique<frmPrint>(this); };
     m_printing->TypedTexts = [this] { return ctlCodeItemDetails->Unsaved(); };
     ConnectExchange();
+    ConnectRemoved();
     m_commands.Register(u"mnuFilterTree"_s, [this] { tvCodeItems->StartFilter(); });
     m_commands.Register(u"mnuViewTreeItem"_s, [this] { tvCodeItems->SetTreeHidden(!tvCodeItems->IsShrunk()); });
     m_commands.Register(u"SAVE"_s, [this] { SaveButtonClicked(); });
+}
+
+void frmCodeLib::ConnectSynchronizing()
+{
+    m_synchronizing->Watched = m_tools->Watched;
+    m_synchronizing->ShowPreview = [this](const MergeReport& report, bool& showAgain) {
+        frmMergeReport dialog(frmMergeReport::Purpose::Preview, this);
+        dialog.SetReports({report});
+        const bool isWanted = dialog.exec() == QDialog::Accepted;
+        showAgain = dialog.ShowsAgain();
+        return isWanted;
+    };
+    m_synchronizing->ShowReports = [this](const std::vector<MergeReport>& reports) {
+        frmMergeReport dialog(frmMergeReport::Purpose::Report, this);
+        dialog.SetReports(reports);
+        dialog.exec();
+        if (dialog.ChosenItem() != 0)
+            m_tree->ShowItem(dialog.ChosenItem());
+    };
+    m_synchronizing->ChooseChild = [this](const QStringList& children) -> std::optional<size_t> {
+        bool isChosen = false;
+        const QString name = QInputDialog::getItem(this, u"Hand Out Again"_s, u"The answer to this replica:"_s,
+                                                   children, 0, false, &isChosen);
+        return isChosen ? std::optional(size_t(children.indexOf(name))) : std::nullopt;
+    };
+}
+
+void frmCodeLib::ConnectConflicts()
+{
+    m_conflicts->ShowSolver = [this](Library& library, std::optional<qint64> item) {
+        QList<qint64> decided;
+        frmConflicts dialog(this);
+        dialog.InitializeDatabase(library);
+        if (item)
+            dialog.Solver().SetOnly(*item);
+        dialog.Solver().Decided = [&decided](qint64 one) { decided << one; };
+        dialog.exec();
+        return decided;
+    };
+    m_synchronizing->ResolvePendingConflicts = [this] { return m_conflicts->ResolvePendingConflicts(); };
 }
 
 void frmCodeLib::ConnectExchange()
@@ -84,6 +131,18 @@ void frmCodeLib::ConnectExchange()
     m_edit->LibraryLanguage = [this] {
         return CurrentDatabase() ? CurrentDatabase()->QueryValue(u"SELECT LanguageUsed FROM Properties"_s).ToText()
                                  : QString();
+    };
+}
+
+void frmCodeLib::ConnectRemoved()
+{
+    m_removed->Watched = m_tools->Watched;
+    m_removed->ShowList = [this](Library& library) {
+        frmRemovedItems dialog(this, library, m_session.MayWrite());
+        dialog.BroughtBack = [this](qint64) { m_tree->Refill(); };
+        dialog.Show = [this](qint64 id) { m_tree->GoToNode(NodeKey(id)); };
+        dialog.AskPlace = [this] { return m_removed->AskPlace(); };
+        dialog.exec();
     };
 }
 

@@ -76,6 +76,7 @@ private:
     void MakeDownloadPage();
     void MakeLibraryPage();
     void MakeBackupControls(QFormLayout& form);
+    void MakeRemovedControls(QFormLayout& form);
     void MakeInformationPage();
     template <class Read, class Write>
     QCheckBox* AddFlag(QFormLayout& form, const char* name, const QString& label, Read read, Write write,

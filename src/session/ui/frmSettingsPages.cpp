@@ -202,6 +202,8 @@ void frmSettings::MakeGeneralPage()
     form.addRow(MakeHeading(u"Replication"_s));
     AddFlag(form, "chkDisplaySynchroNotifications", u"Show &notifications during synchronization"_s,
             QB_BIND(DisplaySynchroNotifications));
+    AddFlag(form, "chkPreviewSynchronization", u"Show &what will be done before a synchronization"_s,
+            QB_BIND(PreviewSynchronization));
 }
 
 void frmSettings::AddAppearanceControls(QFormLayout& form)
@@ -359,6 +361,22 @@ void frmSettings::MakeLibraryPage()
     AddNumber(form, "txtDBCompactOnExit", u"&Every:"_s, u"days of use"_s, QB_BIND(DBCompactOnExitPeriod));
     form.addRow(MakeHeading(u"Backup"_s));
     MakeBackupControls(form);
+    MakeRemovedControls(form);
+}
+
+void frmSettings::MakeRemovedControls(QFormLayout& form)
+{
+    form.addRow(MakeHeading(u"Removed items"_s));
+    auto* explanation = new QLabel(
+        u"What is deleted, or loses in a synchronization, is kept in a folder beside its library and can be brought back "
+        "(Tools, Removed Items). The oldest goes when it is older, or all of a library is more, than you say here; 0 "
+        "stands for no limit. The latest always stays."_s);
+    explanation->setWordWrap(true);
+    form.addRow(explanation);
+    AddNumber(form, "txtRemovedDays", u"Keep it &for:"_s, u"days"_s, QB_BIND(RemovedDays));
+    AddNumber(form, "txtRemovedMegabytes", u"At m&ost:"_s, u"MB for each library"_s, QB_BIND(RemovedMegabytes));
+    AddFlag(form, "chkUndoSynchronization", u"Put a copy aside &before each synchronization, to undo it"_s,
+            QB_BIND(UndoSynchronization));
 }
 
 void frmSettings::MakeBackupControls(QFormLayout& form)
