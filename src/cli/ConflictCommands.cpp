@@ -166,7 +166,7 @@ int Resolve(const QStringList& words)
         return 1;
     const auto left = qint64(ConflictingItems(*library).size());
     arguments.Json() ? Print(QJsonObject{{u"id"_s, item}, {u"left"_s, left}})
-                     : Print(u"%1 conflicts are left\n"_s.arg(left));
+                     : Print(u"Conflicts left: %1\n"_s.arg(left));
     return 0;
 }
 
@@ -185,7 +185,7 @@ int Auto(const QStringList& words)
                                                           : u"  (dropped: %1)"_s.arg(one.Dropped.join(u", "_s)));
     }
     arguments.Json() ? Print(QJsonObject{{u"settled"_s, settled}, {u"left"_s, result.Remaining}})
-                     : Print(ForTerminal(text) + u"%1 conflicts are left\n"_s.arg(result.Remaining));
+                     : Print(ForTerminal(text) + u"Conflicts left: %1\n"_s.arg(result.Remaining));
     return 0;
 }
 
@@ -194,8 +194,7 @@ int Discard(const QStringList& words)
     const Arguments arguments(words, {}, 1);
     const auto library = OpenLibrary(arguments.Positional(0), DBEngine::Access::ReadWrite);
     const qint64 count = DiscardAllConflicts(*library);
-    arguments.Json() ? Print(QJsonObject{{u"discarded"_s, count}})
-                     : Print(u"%1 conflicts were discarded\n"_s.arg(count));
+    arguments.Json() ? Print(QJsonObject{{u"discarded"_s, count}}) : Print(u"Conflicts discarded: %1\n"_s.arg(count));
     return 0;
 }
 

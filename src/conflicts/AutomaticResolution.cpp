@@ -115,6 +115,22 @@ void Remove(Library& library, const std::vector<SettledConflict>& settled, Disca
 
 } // namespace
 
+QString SummaryOf(const AutomaticResolution& resolution)
+{
+    if (resolution.Settled.empty())
+        return {};
+    const auto kept = std::count_if(resolution.Settled.begin(), resolution.Settled.end(),
+                                    [](const SettledConflict& one) { return !one.Dropped.isEmpty(); });
+    const QString summary = resolution.Settled.size() == 1
+                                ? u"1 conflict resolved automatically"_s
+                                : u"%1 conflicts resolved automatically"_s.arg(resolution.Settled.size());
+    if (kept == 0)
+        return summary;
+    return summary
+           + u"; %1 of the other versions %2 in the removed items"_s.arg(QString::number(kept),
+                                                                         kept == 1 ? u"is"_s : u"are"_s);
+}
+
 AutomaticResolution ResolveAutomatically(Library& library, const DiscardInto& discardInto)
 {
     if (!library.TableExists(u"TempItems"_s))

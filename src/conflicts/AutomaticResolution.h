@@ -18,6 +18,10 @@ struct AutomaticResolution {
     qint64 Remaining = 0;
 };
 
+/// What became of them in one line: "3 conflicts resolved automatically; 1 of the other versions is in the removed
+/// items". Empty where none was.
+QString SummaryOf(const AutomaticResolution& resolution);
+
 /// Removes the conflicts whose two versions say the same: title, description, info, date of the page, the plain texts
 /// of code, usage and notes, and the stored files by title, date and description. What is Null is the same as what is
 /// empty. Asks nobody. Versions that differ in what does not count are discarded. Raises an error, with all as it was.

@@ -78,7 +78,7 @@ private Q_SLOTS:
         const Outcome done = Run({u"resolve"_s, m->Path, Id(), u"--keep"_s, u"newer"_s, u"--field"_s, u"code=older"_s,
                                   u"--move-file"_s, QString::number(mine) + u'X'});
         QCOMPARE(done.Error, QString());
-        QCOMPARE(done.Out, u"1 conflicts are left\n"_s);
+        QCOMPARE(done.Out, u"Conflicts left: 1\n"_s);
         QCOMPARE(m->Text(u"Title"_s, m_item), u"theirs"_s);
         QCOMPARE(PlainTextFromRtf(m->Text(u"Code"_s, m_item)), u"a\r\nb"_s);
         QCOMPARE(Texts(*m->Db, u"SELECT Title FROM Files ORDER BY Title"_s), (QStringList{u"mine"_s, u"their file"_s}));
@@ -122,14 +122,14 @@ private Q_SLOTS:
 
     void auto_settlesThoseThatAreNone()
     {
-        QVERIFY(Run({u"auto"_s, m->Path}).Out.endsWith(u"(dropped: looks)\n1 conflicts are left\n"_s));
+        QVERIFY(Run({u"auto"_s, m->Path}).Out.endsWith(u"(dropped: looks)\nConflicts left: 1\n"_s));
         QCOMPARE(CountOf(*m->Db, u"TempItems"_s), 1);
         QCOMPARE(Run({u"auto"_s, m->Path, u"--json"_s}).Object()[u"left"_s].toInt(), 1);
     }
 
     void discard_givesAllUp()
     {
-        QCOMPARE(Run({u"discard"_s, m->Path}).Out, u"2 conflicts were discarded\n"_s);
+        QCOMPARE(Run({u"discard"_s, m->Path}).Out, u"Conflicts discarded: 2\n"_s);
         QVERIFY(!m->Db->TableExists(u"TempItems"_s));
         QCOMPARE(Run({u"discard"_s, m->Path, u"--json"_s}).Object()[u"discarded"_s].toInt(), 0);
         QCOMPARE(Run({m->Path}).Out, QString());

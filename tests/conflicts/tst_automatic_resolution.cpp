@@ -114,7 +114,8 @@ private Q_SLOTS:
     void looksThatGo_areDiscardedVersions()
     {
         m->AddConflict({}, {});
-        QCOMPARE(Resolve().Settled.size(), size_t(1));
+        QCOMPARE(SummaryOf({}), QString());
+        QCOMPARE(SummaryOf(Resolve()), u"1 conflict resolved automatically"_s);
         QCOMPARE(m_discarded, (QStringList{u"noted"_s, u"placed"_s})); // nothing is lost by that
         m_discarded.clear();
         const qint64 id = m->AddConflict({}, {.Title = u"item Ü"_s, .Notes = u"{\\rtf1\\b notes}"_s});
@@ -125,6 +126,8 @@ private Q_SLOTS:
         QCOMPARE(result.Settled.size(), size_t(2));
         QCOMPARE(result.Settled.front().Item, id);
         QCOMPARE(result.Settled.front().Dropped, (QStringList{u"looks"_s, u"status"_s, u"rating"_s}));
+        QCOMPARE(SummaryOf(result),
+                 u"2 conflicts resolved automatically; 1 of the other versions is in the removed items"_s);
         QCOMPARE(m_discarded, (QStringList{u"temporary: item Ü"_s, u"noted"_s, u"placed"_s}));
         QCOMPARE(m->TemporaryRows(), 0);
         QCOMPARE(m->DateOf(u"LastChanged"_s, id), m->At(1000)); // the item itself stays as it is

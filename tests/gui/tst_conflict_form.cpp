@@ -322,7 +322,7 @@ private Q_SLOTS:
         m->Db->Execute(u"UPDATE TempItems SET ItemRating = 4 WHERE ID = ?"_s, {same});
         AddReal();
         Show();
-        QVERIFY(Status().contains(u"1 resolved automatically"_s));
+        QVERIFY(Status().contains(u"1 conflict resolved automatically; 1 of the other versions is"_s));
         QVERIFY(Find<QStatusBar>("StatusBar")->toolTip().contains(u"the same: dropped rating"_s));
     }
 

@@ -1,6 +1,8 @@
+#include "store/CDBCreate.h"
 #include "support/EditingWindow.h"
 
 #include <QProgressBar>
+#include <QStatusBar>
 
 using namespace qb;
 using namespace qb::test;
@@ -153,6 +155,19 @@ private Q_SLOTS:
         Tree()->setCurrentIndex(Child(0));
         Action(u"mnuKeepItem"_s)->trigger();
         QVERIFY(Read(u"LastChanged"_s) != u"0"_s);
+    }
+
+    void conflictsThatAreNone_areToldInTheStatusBar()
+    {
+        MakeMother(*m_database, Date());
+        CDBCreate().CreateTemporaryTablesInMainDB(*m_database);
+        m_database->Execute(u"INSERT INTO TempItems (ID, Title, ItemRating) SELECT ID, Title, 5 FROM Items"_s);
+        Open();
+        m_prompts->ExpectMsgBox(u"All problems resolved"_s);
+        Action(u"mnuConflictSolver"_s)->trigger();
+        QCOMPARE(m_window->statusBar()->currentMessage(),
+                 u"2 conflicts resolved automatically; 2 of the other versions are in the removed items"_s);
+        QVERIFY(!Action(u"mnuConflictSolver"_s)->isEnabled());
     }
 };
 

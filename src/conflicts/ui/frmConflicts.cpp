@@ -321,8 +321,8 @@ QString frmConflicts::StateText()
             parts << (merged->HasClash() ? u"Both sides have changed the same lines"_s
                                          : u"No line was changed by both sides"_s);
     }
-    if (const size_t settled = m_solver->Settled().Settled.size(); settled > 0)
-        parts << u"%1 resolved automatically"_s.arg(settled);
+    if (const QString settled = SummaryOf(m_solver->Settled()); !settled.isEmpty())
+        parts << settled;
     return parts.join(u"    "_s);
 }
 

@@ -115,6 +115,7 @@ void frmCodeLib::ConnectConflicts()
             dialog.Solver().SetOnly(*item);
         dialog.Solver().Decided = [&decided](qint64 one) { decided << one; };
         dialog.exec();
+        statusBar()->showMessage(SummaryOf(dialog.Solver().Settled()));
         return decided;
     };
     m_synchronizing->ResolvePendingConflicts = [this] { return m_conflicts->ResolvePendingConflicts(); };
