@@ -1,5 +1,6 @@
 #pragma once
 
+#include "conflicts/AutomaticResolution.h"
 #include "platform/system/SettingsStore.h"
 #include "removed/MergeUndo.h"
 #include "replication/MergeReport.h"
@@ -61,6 +62,10 @@ struct ReplicaFamily : ReplicaPair {
     void Delete(const QString& path, qint64 id)
     {
         In(path, [&](Library& library) { qb::DeleteItem(library, id); });
+    }
+    void DiscardConflicts(const QString& path)
+    {
+        In(path, [&](Library& library) { QCOMPARE(DiscardAllConflicts(library), 1); });
     }
     qint64 Add(const QString& path, qint64 parent, const QString& title)
     {

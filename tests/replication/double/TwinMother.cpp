@@ -441,8 +441,10 @@ private:
                 if (file.Owner == loser.Row.ID && (!isNewHere || WasSent(id)))
                     loser.Files.push_back(AsSent(file));
             }
-            const bool isOld = loser.Row.HasPage && loser.Page.empty();
-            if (const auto page = m_mother.Pages.find(loser.Row.ID); isOld && page != m_mother.Pages.end())
+            // A page that did not travel is known as long as she has no later one.
+            const bool isKnown = loser.Row.HasPage && loser.Page.empty()
+                                 && m_mother.Items.at(loser.Row.ID).PageChanged <= m_bound;
+            if (const auto page = m_mother.Pages.find(loser.Row.ID); isKnown && page != m_mother.Pages.end())
                 loser.Page = page->second;
             m_mother.Losers.push_back(loser);
         }
