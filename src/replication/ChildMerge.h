@@ -23,6 +23,7 @@ public:
     void UpdateItemLinksIDsForReplica();
     void CopyItemLinksToReplica();
     void UpdateItemsParentIDsInReplica();
+    void BringOrphansBack();
     void UpdateParentIDsInTempTables();
     void CopyFilesToReplica();
     void CopyHTMLFilesToReplica();

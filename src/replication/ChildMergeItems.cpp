@@ -188,12 +188,27 @@ void ChildMerge::UpdateItemsParentIDsInReplica()
         "ELSE coalesce((SELECT min(a.ID) FROM main.Items AS a WHERE a.MotherRecordID = s.MotherParentID), ?1) END AS "
         "Place FROM %1) AS p WHERE p.LID = i.ID"_s.arg(rows),
         {m_run.OrphanedFolderID});
-    // What came before its parent did, which was still waiting at the mother.
-    m_run.Execute(u"UPDATE main.Items AS i SET ParentID = v.LID FROM temp.merge_Verdicts AS v WHERE v.What = 'new' "
-                  "AND i.MotherParentID = v.OldMother AND i.ParentID = ? AND i.ID <> v.LID"_s,
-                  {m_run.OrphanedFolderID});
+    BringOrphansBack();
     m_run.Execute(u"INSERT OR IGNORE INTO temp.merge_Loose SELECT v.LID FROM %1"_s.arg(rows));
     m_run.BreakCycles();
+}
+
+/// What came before its parent did, which was still waiting at the mother, or would have stood below itself, goes to the
+/// place that the mother has for it once it can.
+void ChildMerge::BringOrphansBack()
+{
+    std::vector<std::pair<qint64, qint64>> places;
+    Statement orphans = m_lib.Query(
+        u"SELECT i.ID, min(p.ID) FROM main.Items AS i JOIN main.Items AS p ON p.MotherRecordID = i.MotherParentID "
+        "WHERE i.ParentID = ? AND i.MotherParentID > 0 GROUP BY i.ID ORDER BY i.ID"_s,
+        {m_run.OrphanedFolderID});
+    while (orphans.Step())
+        places.emplace_back(orphans.Long(0), orphans.Long(1));
+    for (const auto& [item, parent] : places)
+        m_run.Execute(u"UPDATE main.Items SET ParentID = ?2 WHERE ID = ?1 AND ?1 NOT IN (WITH RECURSIVE above(At) AS "
+                      "(SELECT ?2 UNION SELECT i.ParentID FROM above JOIN main.Items AS i ON i.ID = above.At) "
+                      "SELECT At FROM above)"_s,
+                      {item, parent});
 }
 
 void ChildMerge::UpdateParentIDsInTempTables()

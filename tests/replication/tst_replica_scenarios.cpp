@@ -254,6 +254,21 @@ private Q_SLOTS:
         QVERIFY(f->AreEqual());
     }
 
+    void s17_movesBelowEachOtherDuringARound_oneIsAnOrphanOnBoth()
+    {
+        f->ExportOf(f->A());
+        f->Move(f->M(), Family::F, Family::Q);
+        f->TakeIn(f->M());
+        f->Move(f->A(), Family::Q, Family::F);
+        f->TakeIn(f->A());
+        QCOMPARE(ParentOf(f->A(), u"F"_s), u"Orphaned Items"_s); // what came from the mother is the earlier move
+        f->Round(f->A());
+        f->Round(f->B);
+        QCOMPARE(ParentOf(f->A(), u"F"_s), u"Q"_s);
+        QCOMPARE(ParentOf(f->A(), u"Q"_s), u"Orphaned Items"_s);
+        QVERIFY(f->AreEqual());
+    }
+
     void s18_moveBelowWhatIsDeleted_isAnOrphanOnBoth()
     {
         f->Delete(f->M(), Family::Q);

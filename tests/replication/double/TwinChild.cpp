@@ -177,8 +177,7 @@ private:
             item.MotherID = told.MotherID;
             if (told.IsOrphan)
                 item.Parent = m_folder;
-            else
-                item.MotherParent = told.MotherParent;
+            item.MotherParent = told.IsOrphan ? 0 : told.MotherParent;
         }
         for (const Ends& ends : m_file.ToldLinks) {
             if (const auto link = m_child.Links.find(ends);
