@@ -404,7 +404,6 @@ private Q_SLOTS:
         f->DiscardConflicts(f->M());
         f->Round(f->A());
         QCOMPARE(Family::Outline(f->A()).filter(u"new.txt"_s).size(), 1);
-        f->DiscardConflicts(f->B);
         f->Round(f->B);
         QVERIFY(f->AreEqual());
     }
