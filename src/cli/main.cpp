@@ -98,19 +98,19 @@ constexpr CommandEntry Table[] = {
      "below it (--alone: without) and print its ID",
      Removed},
     {"replica",
-     "create LIB OUT.qbr [--description T] | open IN.qbr TARGET.qbd [--replace|--number] [--answer yes|no] | status LIB "
-     "| export LIB OUT.qbs [--again] | sync LIB FILE.qbs [--dry-run] [--discard-conflicts] [--answer yes|no] | report LIB "
-     "[--last N] | undo LIB | again LIB N OUT.qbs | list LIB | forget LIB N [--answer yes|no]",
-     "replicas of a library: give one out, open it elsewhere, what is known of a library's part in replication, write a "
-     "replica's changes into a file (--again: the file of the last export was lost), take such a file in, at the mother "
-     "and then at the replica, what the last synchronizations did, undo the last one, write the last answer to the Nth "
-     "replica once more, the replicas of a library, strike the Nth off",
+     "create LIB OUT.qbr [--description T] | open IN.qbr TARGET.qbd [--replace|--number] [--answer yes|no] | status "
+     "LIB | export LIB OUT.qbs [--again] | sync LIB FILE.qbs [--dry-run] [--discard-conflicts] [--answer yes|no] | "
+     "report LIB [--last N] | undo LIB | again LIB N OUT.qbs | list LIB | forget LIB N [--answer yes|no]",
+     "replicas of a library: give one out, open it elsewhere, what is known of a library's part in replication, "
+     "write a replica's changes into a file (--again: the file of the last export was lost), take such a file in, at "
+     "the mother and then at the replica, what the last synchronizations did, undo the last one, write the last "
+     "answer to the Nth replica once more, the replicas of a library, strike the Nth off",
      Replica},
     {"conflicts",
      "LIB | show LIB ID [--field F] [--diff] | resolve LIB ID --keep newer|older [--field F=newer|older]... "
      "[--move-file FILEID]... | auto LIB | discard LIB",
-     "items that both sides have changed: list them, show both versions, keep one of them (with fields and files of the "
-     "other), settle those that differ in looks only, give all of them up",
+     "items that both sides have changed: list them, show both versions, keep one of them (with fields and files of "
+     "the other), settle those that differ in looks only, give all of them up",
      Conflicts},
 };
 

@@ -18,9 +18,6 @@ inline ConflictSide OtherSide(ConflictSide side)
     return side == ConflictSide::Item ? ConflictSide::TempItem : ConflictSide::Item;
 }
 
-/// What two versions are compared in.
-enum class ConflictField { Title, Description, Info, Code, Notes, Usage, HTML, Files };
-
 /// The two versions of one item, and the decision between them. An object serves one decision.
 class CConflict : public QObject, public IDataObject {
     Q_OBJECT

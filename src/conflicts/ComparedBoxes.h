@@ -6,8 +6,8 @@
 
 namespace qb {
 
-// Two texts side by side: equal lines next to each other, those of one text only in red on its side and as filler, which
-// is not seen, on the other. What a side holds is the same in a window (ComparedView) and without one.
+// Two texts side by side: equal lines next to each other, those of one text only in red on its side and as filler,
+// which is not seen, on the other. What a side holds is the same in a window (ComparedView) and without one.
 
 /// What a line is to its side.
 enum class LineLook { Same, Own, Filler };

@@ -1,7 +1,7 @@
 #include "conflicts/ConflictChoice.h"
 
+#include "conflicts/ConflictFields.h"
 #include "conflicts/ConflictFileRows.h"
-#include "platform/richtext/Rtf.h"
 #include "platform/system/RuntimeError.h"
 
 #include <algorithm>
@@ -19,41 +19,11 @@ namespace {
 
 using Item = CConflictCodeItem;
 
-/// How a field is taken from one version into the other.
-struct TextField {
-    QString Name;
-    QString (Item::*Get)();
-    void (Item::*Set)(const QString&);
-    bool IsRich = false;
-    quint8 (Item::*GetHeaders)() = nullptr; ///< sections, which go with the text
-    void (Item::*SetHeaders)(quint8) = nullptr;
-};
-
-const std::vector<TextField>& TextFields()
+void TakeText(Item& from, Item& to, const ConflictText& text)
 {
-    static const std::vector<TextField> fields{
-        {u"title"_s, &Item::Title, &Item::SetTitle},
-        {u"description"_s, &Item::Description, &Item::SetDescription},
-        {u"info"_s, &Item::Info, &Item::SetInfo},
-        {u"code"_s, &Item::Code, &Item::SetCode, true, &Item::CodeHeaders, &Item::SetCodeHeaders},
-        {u"notes"_s, &Item::Notes, &Item::SetNotes, true},
-        {u"usage"_s, &Item::Example, &Item::SetExample, true, &Item::UsageHeaders, &Item::SetUsageHeaders},
-    };
-    return fields;
-}
-
-const TextField* TextFieldOf(const QString& name)
-{
-    const auto found = std::find_if(TextFields().begin(), TextFields().end(),
-                                    [&name](const TextField& field) { return field.Name == name; });
-    return found == TextFields().end() ? nullptr : &*found;
-}
-
-void TakeText(Item& from, Item& to, const TextField& field)
-{
-    (to.*field.Set)((from.*field.Get)());
-    if (field.GetHeaders)
-        (to.*field.SetHeaders)((from.*field.GetHeaders)());
+    (to.*text.Set)((from.*text.Get)());
+    if (text.GetHeaders)
+        (to.*text.SetHeaders)((from.*text.GetHeaders)());
 }
 
 /// All files as the other version has them: those of both with its descriptions, the others change sides.
@@ -73,8 +43,8 @@ void TakeFiles(CConflict& conflict, ConflictSide from)
 void TakeField(CConflict& conflict, const QString& name, ConflictSide from, ConflictSide winner)
 {
     Item& source = conflict.Side(from);
-    if (const TextField* field = TextFieldOf(name); field && from != winner)
-        TakeText(source, conflict.Side(winner), *field);
+    if (const ConflictText* text = ConflictTextOf(name); text && from != winner)
+        TakeText(source, conflict.Side(winner), *text);
     else if (name == u"page"_s)
         conflict.SetPageSide(from);
     else if (name == u"files"_s && from != winner)
@@ -107,26 +77,23 @@ void MarkFile(CConflict& conflict, const QString& tag)
 QStringList ConflictFieldNames()
 {
     QStringList names;
-    for (const TextField& field : TextFields())
-        names << field.Name;
+    for (const ConflictText& text : ConflictTexts())
+        names << text.Name;
     return names << u"page"_s << u"files"_s << u"status"_s << u"rating"_s;
 }
 
 QStringList DifferingFields(CConflict& conflict)
 {
+    const std::array<bool, SolverFieldCount> differ = FieldsInConflict(conflict);
     QStringList names;
-    const auto note = [&](void (CConflict::*event)(), const QString& name) {
-        return QObject::connect(&conflict, event, &conflict, [&names, name] { names << name; });
-    };
-    const QMetaObject::Connection connections[] = {
-        note(&CConflict::TitleConflict, u"title"_s), note(&CConflict::DescriptionConflict, u"description"_s),
-        note(&CConflict::InfoConflict, u"info"_s),   note(&CConflict::CodeConflict, u"code"_s),
-        note(&CConflict::NotesConflict, u"notes"_s), note(&CConflict::UsageConflict, u"usage"_s),
-        note(&CConflict::HTMLConflict, u"page"_s),   note(&CConflict::FilesConflict, u"files"_s),
-    };
-    conflict.CompareItems();
-    for (const QMetaObject::Connection& connection : connections)
-        QObject::disconnect(connection);
+    for (const ConflictText& text : ConflictTexts()) {
+        if (differ[size_t(text.Field)])
+            names << text.Name;
+    }
+    if (differ[size_t(SolverField::HTML)])
+        names << u"page"_s;
+    if (differ[size_t(SolverField::Files)])
+        names << u"files"_s;
     if (conflict.Item().ItemStatus() != conflict.TempItem().ItemStatus())
         names << u"status"_s;
     if (conflict.Item().ItemRating() != conflict.TempItem().ItemRating())
@@ -136,11 +103,8 @@ QStringList DifferingFields(CConflict& conflict)
 
 QString PlainFieldText(CConflict& conflict, ConflictSide side, const QString& field)
 {
-    const TextField* text = TextFieldOf(field);
-    if (!text)
-        return {};
-    const QString stored = (conflict.Side(side).*text->Get)();
-    return text->IsRich ? PlainTextFromRtf(stored) : stored;
+    const ConflictText* text = ConflictTextOf(field);
+    return text ? text->Plain((conflict.Side(side).*text->Get)()) : QString();
 }
 
 bool Decide(CConflict& conflict, const ConflictChoice& choice)

@@ -17,72 +17,6 @@ namespace {
 
 const QString FormName = u"frmConflicts"_s;
 
-/// The texts of a version by field.
-struct TextField {
-    SolverField Field;
-    bool IsRich;
-    QString (CConflictCodeItem::*Get)();
-    void (CConflictCodeItem::*Set)(const QString&);
-    QString BaseVersion::*Base;
-};
-/// The sections that go with a text.
-struct HeaderField {
-    quint8 (CConflictCodeItem::*Get)();
-    void (CConflictCodeItem::*Set)(quint8);
-    quint8 BaseVersion::*Base;
-};
-constexpr HeaderField HeaderFields[] = {
-    {&CConflictCodeItem::CodeHeaders, &CConflictCodeItem::SetCodeHeaders, &BaseVersion::CodeHeaders},
-    {&CConflictCodeItem::UsageHeaders, &CConflictCodeItem::SetUsageHeaders, &BaseVersion::UsageHeaders},
-};
-constexpr TextField TextFields[] = {
-    {SolverField::Title, false, &CConflictCodeItem::Title, &CConflictCodeItem::SetTitle, &BaseVersion::Title},
-    {SolverField::Description, false, &CConflictCodeItem::Description, &CConflictCodeItem::SetDescription,
-     &BaseVersion::Description},
-    {SolverField::ItemInfo, false, &CConflictCodeItem::Info, &CConflictCodeItem::SetInfo, &BaseVersion::Info},
-    {SolverField::Code, true, &CConflictCodeItem::Code, &CConflictCodeItem::SetCode, &BaseVersion::Code},
-    {SolverField::Notes, true, &CConflictCodeItem::Notes, &CConflictCodeItem::SetNotes, &BaseVersion::Notes},
-    {SolverField::Usage, true, &CConflictCodeItem::Example, &CConflictCodeItem::SetExample, &BaseVersion::Usage},
-};
-
-const TextField* TextFieldOf(SolverField field)
-{
-    const auto* found = std::find_if(std::begin(TextFields), std::end(TextFields),
-                                     [field](const TextField& one) { return one.Field == field; });
-    return found == std::end(TextFields) ? nullptr : found;
-}
-
-QString PlainOf(const QString& text, bool isRich)
-{
-    return isRich ? PlainTextFromRtf(text) : text;
-}
-
-/// One field after both sides have what only one of them changed.
-void MergeField(const TextField& field, CConflictCodeItem& own, CConflictCodeItem& other, const BaseVersion& base)
-{
-    const QString first = (own.*field.Get)();
-    const QString second = (other.*field.Get)();
-    const QString& former = base.*field.Base;
-    if (first == former || second == former) {
-        (first == former ? (own.*field.Set)(second) : (other.*field.Set)(first));
-        return;
-    }
-    if (first.size() > LongestRead || second.size() > LongestRead)
-        return;
-    const QString texts[] = {PlainOf(first, field.IsRich), PlainOf(second, field.IsRich)};
-    const bool isTooLarge = texts[0].size() > LongestCompared || texts[1].size() > LongestCompared;
-    if (isTooLarge || texts[0] == texts[1]) // both changed the looks
-        return;
-    const MergedText merged = MergeTexts(PlainOf(former, field.IsRich), texts[0], texts[1]);
-    const auto textOf = [&](LineOwner owner, const QString& raw, const QString& others) {
-        const QString text = merged.Text(owner);
-        return field.IsRich ? LinesWithLooks(LinesIn(text), raw, others) : text;
-    };
-    const QString result = textOf(LineOwner::First, first, second);
-    (own.*field.Set)(result);
-    (other.*field.Set)(merged.HasClash() ? textOf(LineOwner::Second, second, first) : result);
-}
-
 } // namespace
 
 ConflictSolver::ConflictSolver(Library& library) : m_library(library) {}
@@ -194,28 +128,6 @@ QString ConflictSolver::Caption(ConflictSide side)
                DateFormatCustom(m_conflict->Side(side).LastChanged(), u"d/mm/yyyy hh:nn:ss"_s));
 }
 
-std::array<bool, SolverFieldCount> ConflictSolver::FieldsInConflict(CConflict& conflict) const
-{
-    std::array<bool, SolverFieldCount> marks{};
-    const auto mark = [&marks, &conflict](void (CConflict::*event)(), SolverField field) {
-        return QObject::connect(&conflict, event, &conflict, [&marks, field] { marks[size_t(field)] = true; });
-    };
-    const QMetaObject::Connection connections[] = {
-        mark(&CConflict::TitleConflict, SolverField::Title),
-        mark(&CConflict::DescriptionConflict, SolverField::Description),
-        mark(&CConflict::InfoConflict, SolverField::ItemInfo),
-        mark(&CConflict::CodeConflict, SolverField::Code),
-        mark(&CConflict::NotesConflict, SolverField::Notes),
-        mark(&CConflict::UsageConflict, SolverField::Usage),
-        mark(&CConflict::HTMLConflict, SolverField::HTML),
-        mark(&CConflict::FilesConflict, SolverField::Files),
-    };
-    conflict.CompareItems();
-    for (const QMetaObject::Connection& connection : connections)
-        QObject::disconnect(connection);
-    return marks;
-}
-
 void ConflictSolver::SelectFirstConflict()
 {
     const auto found = std::find(m_inConflict.begin(), m_inConflict.end(), true);
@@ -264,19 +176,19 @@ bool ConflictSolver::PreviousField()
 
 bool ConflictSolver::IsRich(SolverField field) const
 {
-    const TextField* text = TextFieldOf(field);
+    const ConflictText* text = ConflictTextOf(field);
     return text && text->IsRich;
 }
 
 bool ConflictSolver::IsText(SolverField field) const
 {
-    return TextFieldOf(field) || (field == SolverField::Files && m_file >= 0);
+    return ConflictTextOf(field) || (field == SolverField::Files && m_file >= 0);
 }
 
 QString ConflictSolver::RawText(ConflictSide side)
 {
     CConflictCodeItem& version = m_conflict->Side(side);
-    if (const TextField* text = TextFieldOf(m_field))
+    if (const ConflictText* text = ConflictTextOf(m_field))
         return (version.*text->Get)();
     if (m_field != SolverField::Files || m_file < 0)
         return {};
@@ -293,8 +205,10 @@ QString ConflictSolver::RawText(ConflictSide side)
 const QString& ConflictSolver::PlainText(ConflictSide side)
 {
     std::optional<QString>& plain = m_plain[size_t(side)];
-    if (!plain)
-        plain = PlainOf(RawText(side), IsRich(m_field));
+    if (!plain) {
+        const ConflictText* text = ConflictTextOf(m_field);
+        plain = text ? text->Plain(RawText(side)) : RawText(side);
+    }
     return *plain;
 }
 
@@ -307,7 +221,7 @@ LineComparison ConflictSolver::Compare()
 
 ConflictSolver::Difference ConflictSolver::DifferenceOfField()
 {
-    if (!TextFieldOf(m_field))
+    if (!ConflictTextOf(m_field))
         return Difference::None;
     if (!m_difference) {
         if (RawText(ConflictSide::Item) == RawText(ConflictSide::TempItem))
@@ -350,7 +264,7 @@ bool ConflictSolver::IsEdited() const
 void ConflictSolver::SetText(ConflictSide side, const QString& text)
 {
     CConflictCodeItem& version = m_conflict->Side(side);
-    if (const TextField* field = TextFieldOf(m_field)) {
+    if (const ConflictText* field = ConflictTextOf(m_field)) {
         if (field->Field == SolverField::Title && text.trimmed().isEmpty())
             return; // an item has a title
         (version.*field->Set)(text);
@@ -402,12 +316,12 @@ const std::optional<MergedText>& ConflictSolver::Merge()
     if (m_merged)
         return *m_merged;
     m_merged.emplace();
-    const TextField* field = TextFieldOf(m_field);
+    const ConflictText* field = ConflictTextOf(m_field);
     const bool canMerge = field && HasBase() && DifferenceOfField() != Difference::None && !IsHuge(ConflictSide::Item)
                           && !IsHuge(ConflictSide::TempItem) && PlainText(ConflictSide::Item).size() <= LongestCompared
                           && PlainText(ConflictSide::TempItem).size() <= LongestCompared;
     if (canMerge)
-        *m_merged = MergeTexts(PlainOf((*m_base).*field->Base, field->IsRich), PlainText(ConflictSide::Item),
+        *m_merged = MergeTexts(field->Plain((*m_base).*field->Base), PlainText(ConflictSide::Item),
                                PlainText(ConflictSide::TempItem));
     return *m_merged;
 }
@@ -422,16 +336,7 @@ bool ConflictSolver::TakeMerged()
         [this] {
             CConflictCodeItem& own = m_conflict->Item();
             CConflictCodeItem& other = m_conflict->TempItem();
-            for (const TextField& field : TextFields)
-                MergeField(field, own, other, *m_base);
-            for (const HeaderField& field : HeaderFields) {
-                const quint8 first = (own.*field.Get)();
-                const quint8 second = (other.*field.Get)();
-                // of two that differ the one that is not the base's
-                const auto merged = quint8((first & second) | ((first | second) & ~((*m_base).*field.Base)));
-                (own.*field.Set)(merged);
-                (other.*field.Set)(merged);
-            }
+            MergeVersions(own, other, *m_base);
             if (own.ItemStatus() == m_base->Status)
                 m_statusSide = ConflictSide::TempItem;
             if (own.ItemRating() == m_base->Rating)

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "conflicts/AutomaticResolution.h"
-#include "conflicts/CConflict.h"
+#include "conflicts/ConflictFields.h"
 #include "conflicts/ConflictFileRows.h"
 #include "conflicts/LineComparison.h"
 
@@ -13,23 +13,6 @@
 
 namespace qb {
 
-/// What of a conflict is shown, in the order in which one steps through it.
-enum class SolverField { Title, Description, Code, Notes, Usage, Files, HTML, ItemInfo };
-inline constexpr int SolverFieldCount = 8;
-
-/// The version that both sides came from, where somebody knows it.
-struct BaseVersion {
-    QString Title;
-    QString Description;
-    QString Info;
-    QString Code; ///< as the next two RTF
-    QString Notes;
-    QString Usage;
-    quint8 CodeHeaders = 0; ///< the sections of these texts
-    quint8 UsageHeaders = 0;
-    qint32 Status = 0;
-    qint32 Rating = 0;
-};
 using FindBaseVersion = std::function<std::optional<BaseVersion>(qint64 item)>;
 
 /// The walk through the conflicts of a library and the decisions on the way, without a window.
@@ -142,7 +125,6 @@ private:
     bool MayLeave(const QString& direction);
     bool Decide(int which);
     void AfterDecision();
-    std::array<bool, SolverFieldCount> FieldsInConflict(CConflict& conflict) const;
 
     Library& m_library;
     AutomaticResolution m_settled;

@@ -46,8 +46,8 @@ void RefuseWhatIsNoBackup(Database& database);
 QString WhyColumnsDiffer(Database& database, const std::vector<TableDef>& tables,
                          const std::vector<LibrarySchema::AddedField>& added);
 
-/// The same for one that is no child in a transfer file: a stranger may have made it, so that its tables are held to all
-/// columns that a child's have.
+/// The same for one that is no child in a transfer file: a stranger may have made it, so that its tables are held to
+/// all columns that a child's have.
 void RefuseWhatIsNoReplica(Database& database);
 
 /// Unpacks a backup into an empty folder and returns the path of its database. Raises RuntimeError 75 for what is no

@@ -57,9 +57,9 @@ BackUpResult PackLibraryCopy(const QString& library, const QString& file, const 
 QString WhyNotAsPacked(const QString& database, const QString& container, Work& work);
 
 /// Looks for damage in a library, packs it with its files and pages into a backup and compares that with what went in,
-/// before it takes its name. The library may be open elsewhere, if nobody is writing. Raises an error, with what was there as it was:
-/// 3045 when somebody is writing, 3204 when a database, or volumes, stand under the name, 75 for what can't be read
-/// or written, 18 when it was cancelled.
+/// before it takes its name. The library may be open elsewhere, if nobody is writing. Raises an error, with what was
+/// there as it was: 3045 when somebody is writing, 3204 when a database, or volumes, stand under the name, 75 for what
+/// can't be read or written, 18 when it was cancelled.
 BackUpResult BackUpLibrary(const QString& library, const QString& backupFile, const BackUpOptions& options,
                            Work& work = NoWork());
 

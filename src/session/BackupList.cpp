@@ -85,8 +85,8 @@ QString FolderOfList(const QString& ofSettings)
 QString NoBackupsNotice(const QString& folder)
 {
     if (!QFileInfo(folder).isDir())
-        return u"The folder is not there. It may have been moved, or its disk is not connected; backups may also lie in "
-               "another folder, which can be chosen below."_s;
+        return u"The folder is not there. It may have been moved, or its disk is not connected; backups may also "
+               "lie in another folder, which can be chosen below."_s;
     return u"There are no backups in this folder. The menu Tools makes one; backups may also lie in another folder, "
            "which can be chosen below."_s;
 }

@@ -24,8 +24,8 @@ public:
     /// Backs a library up that is closed, and remembers whether that is a good backup. False when it failed, which has
     /// been reported. Afterwards Damage() is what the library has of it.
     bool BackUp(const QString& library, const QString& backupFile);
-    /// The same with the open library, which is closed meanwhile and opened again. Says whether that was done; a failure has
-    /// been reported.
+    /// The same with the open library, which is closed meanwhile and opened again. Says whether that was done; a
+    /// failure has been reported.
     bool BackUpDatabase(const QString& backupFile);
     const std::vector<LibraryFault>& Damage() const { return m_damage; }
     /// Says what a backup has found damaged in the library; @p end: what it means, or is to be done.

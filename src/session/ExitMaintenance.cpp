@@ -154,8 +154,8 @@ void ExitMaintenance::BackUpDatabaseOnExit()
              u"BackUp Unsuccessful"_s);
         return;
     }
-    // Not before the new one is there, and is good. The names are bare, deliberately: whether anything goes depends on the folder
-    // that the program was started in.
+    // Not before the new one is there, and is good. The names are bare, deliberately: whether anything goes depends on
+    // the folder that the program was started in.
     for (auto name = old.rbegin(); name != old.rend() && m_tools.Damage().empty(); ++name)
         QFile::remove(*name);
     m_session.moSettings->DBBackedUp();

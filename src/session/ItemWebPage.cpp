@@ -157,7 +157,8 @@ void ItemWebPage::EditPage(Library& library, qint64 item)
 
 void ItemWebPage::DeletePageAsked(Library& library, qint64 item)
 {
-    const QString question = u"Delete the web page of this item, with its pictures? The removed items keep it for a while."_s;
+    const QString question =
+        u"Delete the web page of this item, with its pictures? The removed items keep it for a while."_s;
     if (Prompts::Current().MsgBox({.Text = question,
                                    .Caption = u"Delete Web Page"_s,
                                    .Buttons = MsgBoxButtons::YesNo,

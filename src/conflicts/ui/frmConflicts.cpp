@@ -219,8 +219,8 @@ void frmConflicts::ShowCompared()
         GoToLine(differences.first());
 }
 
-/// A long text stands in the view, which shows no looks; saving keeps those of the lines that stay. One that is too long
-/// for that can only be looked at, and only its begin.
+/// A long text stands in the view, which shows no looks; saving keeps those of the lines that stay. One that is too
+/// long for that can only be looked at, and only its begin.
 void frmConflicts::ShowPlain()
 {
     ctlDifferences->Clear();

@@ -31,9 +31,9 @@ public:
     /// @p days is the reading of a clock on the wall as a day count from the same origin, with the time of day as its
     /// fraction: the form that 8-byte dates in files have. Rounded to the nearest second.
     static Date FromDayCount(double days);
-    /// @p seconds are the reading of a clock on the wall, counted from the origin: the form in which libraries and files
-    /// of older versions hold dates. Later readings give later moments, or the same one. 0 is "none"; what lies outside
-    /// of the years 100 to 9999, which no library stores, is taken as it is.
+    /// @p seconds are the reading of a clock on the wall, counted from the origin: the form in which libraries and
+    /// files of older versions hold dates. Later readings give later moments, or the same one. 0 is "none"; what lies
+    /// outside of the years 100 to 9999, which no library stores, is taken as it is.
     static Date FromWallSeconds(qint64 seconds);
 
     /// The number that FromSeconds takes.

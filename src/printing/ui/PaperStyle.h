@@ -39,8 +39,8 @@ struct PaperGeometry {
     QRectF Footer;
 };
 
-/// Dots between letters, too few to be seen, that keep them from being joined: a joined "fi" in a PDF is found by nobody
-/// who looks for "file".
+/// Dots between letters, too few to be seen, that keep them from being joined: a joined "fi" in a PDF is found by
+/// nobody who looks for "file".
 inline constexpr double UnligatedSpacing = 0.02;
 
 /// The fonts of print.

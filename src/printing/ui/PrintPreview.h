@@ -10,8 +10,8 @@
 
 namespace qb {
 
-/// Pages as they will be printed, one below the other. The first is shown at once; where the others begin is found while
-/// the user looks.
+/// Pages as they will be printed, one below the other. The first is shown at once; where the others begin is found
+/// while the user looks.
 class PrintPreview : public QAbstractScrollArea {
     Q_OBJECT
 

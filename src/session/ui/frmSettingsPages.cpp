@@ -368,9 +368,9 @@ void frmSettings::MakeRemovedControls(QFormLayout& form)
 {
     form.addRow(MakeHeading(u"Removed items"_s));
     auto* explanation = new QLabel(
-        u"What is deleted, or loses in a synchronization, is kept in a folder beside its library and can be brought back "
-        "(Tools, Removed Items). The oldest goes when it is older, or all of a library is more, than you say here; 0 "
-        "stands for no limit. The latest always stays."_s);
+        u"What is deleted, or loses in a synchronization, is kept in a folder beside its library and can be "
+        "brought back (Tools, Removed Items). The oldest goes when it is older, or all of a library is more, than "
+        "you say here; 0 stands for no limit. The latest always stays."_s);
     explanation->setWordWrap(true);
     form.addRow(explanation);
     AddNumber(form, "txtRemovedDays", u"Keep it &for:"_s, u"days"_s, QB_BIND(RemovedDays));

@@ -38,7 +38,8 @@ public:
     /// Shows an address in the browser; pages of the library are those of @p folder.
     void Navigate(const QString& address, const QString& folder);
 
-    /// A widget of the owner's that can take the box's place while no browser stands there; it is this one's from now on.
+    /// A widget of the owner's that can take the box's place while no browser stands there; it is this one's from now
+    /// on.
     void SetSubstitute(QWidget* widget);
     void SetShowSubstitute(bool show);
 
