@@ -51,6 +51,7 @@ constexpr HelpTopicRow Rows[] = {
     {"frmAddBookmark", "links#bookmarks"},
     {"frmRelationshipDelete", "links#the-info-page"},
     {"frmError", "troubleshooting#messages"},
+    {"frmSystemDateAlert", "replication#when-the-clock-is-wrong"},
 
     // Commands
     {"mnuNewDatabase", "libraries#make-one"},

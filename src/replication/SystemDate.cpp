@@ -60,7 +60,8 @@ QString FutureRows(Database& connection, const QString& library, const DatedTabl
 
 void Alert(const QString& text)
 {
-    Prompts::Current().MsgBox({.Text = text, .Caption = Caption, .Icon = MsgBoxIcon::Exclamation});
+    Prompts::Current().MsgBox(
+        {.Text = text, .Caption = Caption, .Icon = MsgBoxIcon::Exclamation, .HelpName = u"frmSystemDateAlert"_s});
 }
 
 } // namespace

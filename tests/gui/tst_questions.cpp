@@ -1,3 +1,4 @@
+#include "help/ui/frmHelp.h"
 #include "support/EditingWindow.h"
 #include "support/ui/DialogPrompts.h"
 
@@ -92,6 +93,40 @@ private Q_SLOTS:
         QTest::keyClick(Tree(), Qt::Key_Delete);
         QCOMPARE(m_asked, QStringList{u"Delete Stored Item"_s});
         QCOMPARE(m_database->QueryValue(u"SELECT count(*) FROM Items"_s).ToLong(), 2);
+    }
+
+    void help_isShownBesideTheBoxAndIsNoAnswer()
+    {
+        Open();
+        const auto answerOf = [this](const std::function<void(QMessageBox&)>& answer) {
+            Answer(answer);
+            const MsgBoxResult result = m_dialogs.MsgBox(
+                {.Text = u"The clock is wrong."_s, .Caption = u"Alert"_s, .HelpName = u"frmSystemDateAlert"_s});
+            return result;
+        };
+        QString topic;
+        QCOMPARE(answerOf([&topic](QMessageBox& box) {
+                     box.button(QMessageBox::Help)->click();
+                     QVERIFY(box.isVisible());
+                     TakePicture(box, u"question-help"_s);
+                     const auto* help = box.findChild<frmHelp*>();
+                     QVERIFY(help);
+                     topic = help->Topic();
+                     box.button(QMessageBox::Ok)->click();
+                 }),
+                 MsgBoxResult::Ok);
+        QCOMPARE(topic, u"replication#when-the-clock-is-wrong"_s);
+        QCOMPARE(answerOf([](QMessageBox& box) {
+                     QCOMPARE(box.defaultButton(), box.button(QMessageBox::Ok));
+                     QTest::keyClick(&box, Qt::Key_Escape);
+                     QVERIFY(!box.isVisible());
+                 }),
+                 MsgBoxResult::Ok);
+        Answer([](QMessageBox& box) {
+            QVERIFY(!box.button(QMessageBox::Help));
+            box.close();
+        });
+        m_dialogs.MsgBox({.Text = u"Done."_s, .Caption = u"Done"_s});
     }
 
 private:

@@ -1,5 +1,6 @@
 #include "replication/ReplicaPair.h"
 
+#include "help/HelpTopics.h"
 #include "platform/archive/BrindletonZip.h"
 #include "replication/ExportRows.h"
 #include "replication/SystemDate.h"
@@ -341,6 +342,7 @@ private Q_SLOTS:
                  "from the 'Tools' menu to correct any wrong dates in main database.\r\n\r\nSee help for more "
                  "details."_s);
         QCOMPARE(p->Prompts.Messages.last().Icon, MsgBoxIcon::Exclamation);
+        QCOMPARE(TopicOf({p->Prompts.Messages.last().HelpName}), u"replication#when-the-clock-is-wrong"_s);
     }
 
     void rowsInTheFuture_areAlertedWithTheirNumbers()
@@ -368,6 +370,7 @@ private Q_SLOTS:
         QVERIFY2(text.endsWith(u"(Tables and number of records containing invalid date follow: Items (3),Files "
                                "(1),Item links (1),Deleted files (1),Deleted item links (1),Deleted items (1),"_s),
                  qPrintable(text));
+        QCOMPARE(TopicOf({p->Prompts.Messages.last().HelpName}), u"replication#when-the-clock-is-wrong"_s);
         p->Clock.AddSeconds(1);
         QVERIFY(p->Export()); // right again
     }

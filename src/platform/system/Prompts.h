@@ -21,6 +21,8 @@ struct Message {
     std::optional<MsgBoxResult> Default = {};
     /// Neither Escape nor the close button is an answer, since No loses something.
     bool MustAnswer = false;
+    /// By what name the handbook's topics have it: the box has a Help button then, which leaves it open.
+    QString HelpName = {};
 
     MsgBoxResult DefaultAnswer() const; ///< where Default is unset: the first button
 };

@@ -11,6 +11,7 @@
 #include <QInputDialog>
 #include <QKeyEvent>
 #include <QMessageBox>
+#include <QPushButton>
 
 namespace qb {
 
@@ -23,10 +24,8 @@ struct ButtonPair {
     QMessageBox::StandardButton Button;
 };
 constexpr ButtonPair ButtonPairs[] = {
-    {MsgBoxResult::Ok, QMessageBox::Ok},
-    {MsgBoxResult::Cancel, QMessageBox::Cancel},
-    {MsgBoxResult::Yes, QMessageBox::Yes},
-    {MsgBoxResult::No, QMessageBox::No},
+    {MsgBoxResult::Ok, QMessageBox::Ok},       {MsgBoxResult::Cancel, QMessageBox::Cancel},
+    {MsgBoxResult::Yes, QMessageBox::Yes},     {MsgBoxResult::No, QMessageBox::No},
     {MsgBoxResult::Retry, QMessageBox::Retry},
 };
 
@@ -106,6 +105,19 @@ private:
     bool m_firm;
 };
 
+/// A button that does what F1 does in the box. It is no answer.
+void AddHelp(QMessageBox& box, const QString& name)
+{
+    box.setObjectName(name);
+    box.setEscapeButton(box.escapeButton() ? box.escapeButton() : box.buttons().constFirst());
+    QPushButton* help = box.addButton(QMessageBox::Help);
+    QObject::disconnect(help, &QPushButton::clicked, nullptr, nullptr);
+    QObject::connect(help, &QPushButton::clicked, &box, [&box] {
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_F1, Qt::NoModifier);
+        QApplication::sendEvent(&box, &press);
+    });
+}
+
 /// What the user chooses in the file dialog.
 QStringList Chosen(const FileQuestion& question, QFileDialog::FileMode mode)
 {
@@ -142,6 +154,8 @@ MsgBoxResult DialogPrompts::MsgBox(const Message& message)
         if (pair.Result == preset)
             box.setDefaultButton(pair.Button);
     }
+    if (!message.HelpName.isEmpty())
+        AddHelp(box, message.HelpName);
     const int answer = box.exec();
     for (const ButtonPair& pair : ButtonPairs) {
         if (pair.Button == answer)
