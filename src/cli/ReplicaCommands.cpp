@@ -66,9 +66,9 @@ private:
 
 QJsonObject ToJson(const ExportCounts& counts)
 {
-    return {{u"items"_s, counts.Items},     {u"files"_s, counts.Files}, {u"contents"_s, counts.Contents},
-            {u"missing"_s, counts.Missing}, {u"pages"_s, counts.Pages}, {u"links"_s, counts.Links},
-            {u"deleted"_s, counts.Deleted}};
+    return {{u"items"_s, counts.Items},     {u"files"_s, counts.Files},    {u"contents"_s, counts.Contents},
+            {u"missing"_s, counts.Missing}, {u"pages"_s, counts.Pages},    {u"missingPages"_s, counts.MissingPages},
+            {u"links"_s, counts.Links},     {u"deleted"_s, counts.Deleted}};
 }
 
 int Create(const QStringList& words)
@@ -179,9 +179,8 @@ int ExportCommand(const QStringList& words)
         Complain(u"Synchronization file was not created."_s);
         return 1;
     }
-    if (changes->Counts.Missing > 0)
-        Complain(
-            u"%1 new stored files are missing in the library, and so in the export."_s.arg(changes->Counts.Missing));
+    if (const QString missing = changes->Counts.MissingText(); !missing.isEmpty())
+        Complain(missing);
     if (arguments.Json())
         Print(QJsonObject{{u"file"_s, changes->File},
                           {u"exported"_s, MomentText(changes->Exported)},

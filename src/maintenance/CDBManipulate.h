@@ -86,6 +86,8 @@ public:
     const ContentSums& ImportedPages() const { return m_pages; }
     /// The rows of `Files` whose file was missing.
     qint64 MissingFiles() const { return m_missingFiles; }
+    /// The items whose page was missing.
+    qint64 MissingPages() const { return m_missingPages; }
 
 private:
     class Percent;
@@ -102,6 +104,7 @@ private:
     ContentSums m_files;
     ContentSums m_pages;
     qint64 m_missingFiles = 0;
+    qint64 m_missingPages = 0;
     std::vector<LibraryFault> m_damage;
 };
 

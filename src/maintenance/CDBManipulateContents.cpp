@@ -175,6 +175,7 @@ void CDBManipulate::ImportAllHTMLFiles(const QString& folder, const ContentRows&
             ImportHTMLFolder(target, root + id, {}, rows.Long(0));
         }
     }
+    m_missingPages += qint64(missing.size());
     for (const auto& [id, title, updated] : missing) {
         NoteMissingPage(id, title, updated);
         if (items.Table.isEmpty()) // of some items it is said elsewhere what becomes of them

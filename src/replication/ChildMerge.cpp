@@ -177,6 +177,7 @@ void ChildMerge::ReportVerdicts()
     lines(MergeEvent::ItemChanged, u"v.What = 'update'"_s, u"''"_s);
     lines(MergeEvent::Conflict, u"v.What = 'won'"_s, u"'the mother''s version is the later one'"_s);
     lines(MergeEvent::Conflict, u"v.What = 'lost'"_s, u"'the version here is the later one'"_s);
+    m_run.ReportMissingPages();
     lines(MergeEvent::ItemMoved, u"v.What IN ('update', 'won') AND v.OldParent <> i.ParentID"_s,
           u"coalesce((SELECT t.Title FROM main.Items AS t WHERE t.ID = i.ParentID), '')"_s);
     m_run.Line(MergeEvent::ItemRegained,

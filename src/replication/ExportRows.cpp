@@ -202,6 +202,7 @@ private:
                                      .WhereValues = m_rows.BoundValues()},
                                     table);
         m_counts.Pages = contents.ImportedPages().Count;
+        m_counts.MissingPages = contents.MissingPages();
         const Field number{
             .Name = u"MotherRecordID"_s, .Type = FieldType::Long, .OrdinalPosition = 6, .DefaultValue = 0};
         if (!m_connection.GetTableDef(table).FindField(number.Name))
@@ -344,6 +345,19 @@ ExportCounts CountOf(Database& database, const ChangedRows& rows)
 }
 
 } // namespace
+
+QString ExportCounts::MissingText() const
+{
+    QStringList parts;
+    for (const auto& [count, noun] : {std::pair(Missing, "new stored file"), std::pair(MissingPages, "web page")}) {
+        if (count > 0)
+            parts << u"%1 %2%3"_s.arg(count).arg(QLatin1StringView(noun), count == 1 ? u""_s : u"s"_s);
+    }
+    if (parts.isEmpty())
+        return {};
+    return u"%1 %2 missing in the library, and so in the export."_s.arg(
+        parts.join(u" and "_s), Missing + MissingPages == 1 ? u"is"_s : u"are"_s);
+}
 
 qint64 CopyRecords(Database& connection, const QString& source, const QString& target, const QString& where,
                    const Values& values)

@@ -26,10 +26,13 @@ struct ExportCounts {
     qint64 Contents = 0; ///< of them
     qint64 Missing = 0;  ///< stored files that are new and not in their folder
     qint64 Pages = 0;    ///< files of web pages
+    qint64 MissingPages = 0;
     qint64 Links = 0;
     qint64 Deleted = 0; ///< items, stored files and links
 
     qint64 Changes() const { return Items + Files + Pages + Links + Deleted; }
+    /// What did not travel since it is missing in the library, as a sentence; empty when nothing is.
+    QString MissingText() const;
 };
 
 /// Writes every row that changed since the last synchronization into a synchronization file, inside the caller's

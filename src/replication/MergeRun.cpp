@@ -132,6 +132,16 @@ void MergeRun::EndIfCancelled()
                            u"Synchronize"_s);
 }
 
+void MergeRun::ReportMissingPages()
+{
+    Line(MergeEvent::PageChanged,
+         u"SELECT i.ID, i.Title, 'it is missing on the other side, and did not come' FROM temp.merge_Verdicts AS v "
+         "JOIN synchro.Items AS s ON s.rowid = v.SRow JOIN main.Items AS i ON i.ID = v.LID WHERE v.What IN ('new', "
+         "'regained', 'update', 'won') AND s.HTMLPage <> 0 AND s.HTMLLastUpdated > ? AND NOT EXISTS (SELECT 1 "
+         "FROM synchro.HTMLFiles AS h WHERE h.ItemIDRef = s.ID)"_s,
+         {Last});
+}
+
 QString MergeRun::MotherColumn() const
 {
     return AsMother ? u"ID"_s : u"MotherRecordID"_s;

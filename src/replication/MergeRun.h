@@ -88,6 +88,8 @@ public:
     void SetAsideDescriptions(VersionOf whose, const QString& ids, const QString& reason);
     /// Items that would stand below themselves: the one that was moved first goes to the folder of orphaned items.
     void BreakCycles();
+    /// Says of which items that were taken over the page has not come, since the other side has lost it.
+    void ReportMissingPages();
     void EndIfCancelled();
     /// From here on rows of the library are written, as many as the file has.
     void BeginWriting();

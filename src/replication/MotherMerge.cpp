@@ -215,6 +215,7 @@ void MotherMerge::ReportVerdicts()
     lines(MergeEvent::ItemRegained, u"v.What = 'regained'"_s, u"'deleted here, changed by the child later'"_s);
     lines(MergeEvent::Conflict, u"v.What = 'won'"_s, u"'the child''s version is the later one'"_s);
     lines(MergeEvent::Conflict, u"v.What = 'lost'"_s, u"'the version here is the later one'"_s);
+    m_run.ReportMissingPages();
     lines(MergeEvent::ItemMoved, u"v.What IN ('update', 'won') AND v.OldParent <> i.ParentID"_s,
           u"coalesce((SELECT t.Title FROM main.Items AS t WHERE t.ID = i.ParentID), '')"_s);
     m_run.Line(MergeEvent::SetAside,

@@ -138,7 +138,8 @@ void MotherMerge::AddFiles()
         m_run.Log(u"SELECT 'Files', ID, 0, 1, ?, coalesce(DateAdded, 0), ? FROM main.Files WHERE ID = ?"_s,
                   {m_run.Stamp, m_run.Other, added});
         m_run.Line(MergeEvent::FileAdded, u"SELECT ID, Title, ? FROM main.Items WHERE ID = ?"_s,
-                   {file.Title, file.Owner});
+                   {file.HasContents ? file.Title : file.Title + u", whose contents are missing in the replica"_s,
+                    file.Owner});
     }
 }
 

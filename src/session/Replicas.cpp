@@ -184,22 +184,19 @@ void Replicas::ExportChanges(ExportAgain again)
     if (file.isEmpty() || !m_tree.SaveItem())
         return;
     bool isCancelled = false;
-    const bool isDone = Guarded(
-        ModuleName, procedure,
-        [&] {
-            try {
-                return Export(file, again).has_value();
-            } catch (const RuntimeError& error) {
-                isCancelled = IsCancellation(error);
-                if (!isCancelled)
-                    throw;
-                return false;
-            }
-        },
-        false);
+    std::optional<ExportedChanges> changes;
+    Guarded(ModuleName, procedure, [&] {
+        try {
+            changes = Export(file, again);
+        } catch (const RuntimeError& error) {
+            isCancelled = IsCancellation(error);
+            if (!isCancelled)
+                throw;
+        }
+    });
     if (isCancelled)
         return;
-    if (!isDone) {
+    if (!changes) {
         Tell(u"Synchronization file was not created."_s, u"Error"_s, MsgBoxIcon::Critical);
         return;
     }
@@ -210,6 +207,8 @@ void Replicas::ExportChanges(ExportAgain again)
         "please use the newly created synchronization file to synchronize changes made in the currently opened replica "
         "database with the mother database."_s.arg(QDir::toNativeSeparators(file)),
         u"Step 1 of 3 - Synchronization file created"_s, MsgBoxIcon::Information);
+    if (const QString missing = changes->Counts.MissingText(); !missing.isEmpty())
+        Tell(missing, u"Missing Contents"_s, MsgBoxIcon::Exclamation);
 }
 
 } // namespace qb

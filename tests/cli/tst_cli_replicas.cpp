@@ -74,6 +74,20 @@ private Q_SLOTS:
         QCOMPARE(Replica({u"export"_s, m_child, Path(u"d.qbs"_s), u"--again"_s}).Out, u"1 changes\n"_s);
     }
 
+    void contentsThatAreMissing_areTold()
+    {
+        MakeChildFile();
+        {
+            const auto child = Library::Open(m_child);
+            child->Execute(u"UPDATE Items SET HTMLPage = -1, HTMLLastUpdated = ? WHERE ID = 1"_s, {child->NextStamp()});
+        }
+        const Outcome exported = Replica({u"export"_s, m_child, Path(u"c.qbs"_s), u"--json"_s});
+        QCOMPARE(exported.Status, 0);
+        QVERIFY2(exported.Error.contains(u"1 web page is missing in the library, and so in the export."_s),
+                 qPrintable(exported.Error));
+        QCOMPARE(exported.Object()[u"changes"_s].toObject()[u"missingPages"_s].toInt(), 1);
+    }
+
     void status_tellsAnOrdinaryLibraryAndAMother()
     {
         QCOMPARE(Replica({u"status"_s, m_mother, u"--json"_s}).Object()[u"kind"_s].toString(), u"ordinary"_s);

@@ -200,6 +200,8 @@ private Q_SLOTS:
         QFile::remove(child->FilesFolder() + u"%1 - a.txt"_s.arg(id));
         QCOMPARE(Texts(*p->Export(), u"SELECT File IS NULL FROM Files"_s), QStringList{u"1"_s});
         QCOMPARE(p->Changes->Counts.Missing, 1);
+        QCOMPARE(p->Changes->Counts.MissingText(),
+                 u"1 new stored file is missing in the library, and so in the export."_s);
     }
 
     void links_travelWhenTheyAreNew()
@@ -237,6 +239,8 @@ private Q_SLOTS:
                        {p->Clock.Now(), p->Clock.Now()});
         QFile::remove(child->HTMLFolder() + u"6.htm"_s);
         const auto file = p->Export();
+        QCOMPARE(p->Changes->Counts.MissingPages, 1);
+        QCOMPARE(p->Changes->Counts.MissingText(), u"1 web page is missing in the library, and so in the export."_s);
         QCOMPARE(file->QueryValue(u"SELECT HTMLPage FROM Items"_s), Value(-1));
         QCOMPARE(child->QueryValue(u"SELECT HTMLPage FROM Items WHERE ID = 6"_s), Value(-1));
     }
@@ -246,6 +250,7 @@ private Q_SLOTS:
         const auto child = p->OpenChild();
         child->Execute(u"UPDATE Items SET HTMLPage = 0, HTMLLastUpdated = ? WHERE ID = 6"_s, {p->Clock.Now()});
         QCOMPARE(CountOf(*p->Export(), u"HTMLFiles"_s), 0);
+        QCOMPARE(p->Changes->Counts.MissingText(), QString());
     }
 
     // Deletions

@@ -568,6 +568,31 @@ private Q_SLOTS:
         QCOMPARE(ReadFile(f->Home.Path(u"child/lib_HTML/5.htm"_s)), QByteArray("second"));
     }
 
+    void contentsThatAreMissing_areInTheReportOfTheOtherSide()
+    {
+        SetPage(f->A(), Family::Y, "by A");
+        QFile::remove(f->Home.Path(u"child/lib_HTML/6.htm"_s));
+        const qint64 file = f->AttachTo(f->A(), Family::Q, u"lost.txt"_s, "lost");
+        QFile::remove(f->Home.Path(u"child/lib_Files/%1 - lost.txt"_s.arg(file)));
+        const qint64 page = f->Add(f->M(), 0, u"lost page"_s);
+        SetPage(f->M(), page, "by M");
+        QFile::remove(f->Home.Path(u"Mütter/mother_HTML/%1.htm"_s.arg(page)));
+        QFile::remove(f->Home.Path(u"child/lib_HTML/6/bild.png"_s)); // of what is in its folder nothing is said
+        SetPage(f->A(), Family::X, "whole");
+        const auto [mother, own] = f->Round(f->A());
+        const QString lost = u"it is missing on the other side, and did not come"_s;
+        const auto has = [](const MergeReport& report, const MergeLine& line) {
+            return std::count(report.Lines.begin(), report.Lines.end(), line) == 1;
+        };
+        QVERIFY(has(mother.Report, {MergeEvent::PageChanged, Family::Y, u"Y"_s, lost}));
+        QVERIFY(has(mother.Report, {MergeEvent::PageChanged, Family::X, u"X"_s, {}}));
+        QVERIFY(has(mother.Report, {MergeEvent::FileAdded, Family::Q, u"Q"_s,
+                                    u"lost.txt, whose contents are missing in the replica"_s}));
+        QCOMPARE(mother.Report.CountOf(MergeEvent::PageChanged), 2);
+        QVERIFY(has(own.Report, {MergeEvent::PageChanged, IdOf(f->A(), u"lost page"_s), u"lost page"_s, lost}));
+        QCOMPARE(own.Report.CountOf(MergeEvent::PageChanged), 1);
+    }
+
     void descriptionOfAFile_thatWasChangedMeanwhile_travelsAlone()
     {
         f->ExportOf(f->A());

@@ -235,6 +235,21 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(Path(u"again.qbs"_s)));
     }
 
+    void contentsThatAreMissing_areToldAfterTheExport()
+    {
+        StartWithChild();
+        Library& child = *s->State.CurrentDatabase;
+        child.Execute(u"UPDATE Items SET HTMLPage = -1, HTMLLastUpdated = ? WHERE ID = 1"_s, {s->Time.Now()});
+        for (const QString& name : {u"a.txt"_s, u"b.txt"_s})
+            QFile::remove(child.FilesFolder()
+                          + u"%1 - %2"_s.arg(AddStoredFile(child, 1, name, "a", s->Time.Now())).arg(name));
+        ExpectExport(Path(u"out.qbs"_s), u"Step 1 of 3 - Synchronization file created"_s);
+        s->Script.ExpectMsgBox(u"Missing Contents"_s);
+        s->CommandStates.Run(u"mnuDBToolsExportChangesItem"_s);
+        QCOMPARE(LastMessage().Text,
+                 u"2 new stored files and 1 web page are missing in the library, and so in the export."_s);
+    }
+
     void exportThatFails_isTold()
     {
         StartWithChild();
