@@ -13,6 +13,7 @@ void ChildMerge::SynchronizeChild()
     m_run.BeginWriting();
     ReplicaLog(m_lib).MoveOn(m_run.Exported, m_later);
     ListChanged();
+    HoldChecksums();
     UpdateNewItemsDatesInReplica();
     m_run.SetUpOrphanedItemsFolder();
     m_run.MoveAndRemoveDeletedItems();
@@ -36,6 +37,18 @@ void ChildMerge::SynchronizeChild()
     UpdateUpdatedItemsDatesInReplica();
     NoteArrivals();
     Stamp();
+    m_run.NoteChecksums(ItemsOf(u"'new', 'update', 'won'"_s));
+}
+
+/// Of the rows that get another date: what the child has written since its export, and what the mother has found in
+/// conflict.
+void ChildMerge::HoldChecksums()
+{
+    m_run.Sums.Hold(u"Items"_s, u"SELECT ID FROM main.Items WHERE LastChanged > ?1 OR Created > ?1"_s,
+                    {m_run.Exported});
+    m_run.Sums.Hold(u"Items"_s, u"SELECT ID FROM synchro.Items WHERE ConflictItem <> 0"_s);
+    m_run.Sums.Hold(u"Files"_s, u"SELECT ID FROM main.Files WHERE LastUpdated > ?1 OR DateAdded > ?1"_s,
+                    {m_run.Exported});
 }
 
 /// Whether for good or for as long as the mother knows nothing of it.

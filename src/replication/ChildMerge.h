@@ -32,6 +32,7 @@ public:
 
 private:
     void ListChanged();
+    void HoldChecksums();
     void TakeNumbers();
     void Decide();
     void MoveRecordsToTempTable();

@@ -69,9 +69,10 @@ void ChildMerge::DescribeFiles()
     m_run.Line(MergeEvent::FileChanged,
                u"SELECT i.ID, i.Title, f.Title FROM temp.merge_Described AS d JOIN main.Files AS f ON f.ID = d.ID "
                "JOIN main.Items AS i ON i.ID = f.CodeID"_s);
+    m_run.Sums.Hold(u"Files"_s, u"SELECT ID FROM temp.merge_Described"_s);
     m_run.Execute(u"UPDATE main.Files AS f SET Description = s.Description, LastUpdated = s.LastUpdated "
                   "FROM temp.merge_Described AS d JOIN synchro.Files AS s ON s.rowid = d.SRow WHERE d.ID = f.ID"_s);
-    m_run.ForgetChecksumsOf(u"Files"_s, u"SELECT ID FROM temp.merge_Described"_s);
+    m_run.Sums.Wrote(u"Files"_s, u"SELECT ID FROM temp.merge_Described"_s, u"Description"_s);
 }
 
 void ChildMerge::AddFiles()
@@ -104,6 +105,7 @@ void ChildMerge::AddFiles()
             "LastUpdated, MotherRecordID, MotherCodeID FROM synchro.Files WHERE rowid = ?"_s,
             {file.Owner, file.SRow});
         const qint64 added = m_lib.LastInsertedRowKey();
+        m_run.Sums.Wrote(u"Files"_s, u"SELECT %1"_s.arg(added), u"Description"_s);
         m_run.Contents.AddFile(added, file.Title, file.SRow);
         m_run.Execute(u"INSERT INTO temp.merge_Described (ID, SRow) VALUES (?, ?)"_s, {added, file.SRow});
         m_run.Line(MergeEvent::FileAdded, u"SELECT ID, Title, ? FROM main.Items WHERE ID = ?"_s,

@@ -88,7 +88,6 @@ void ChildMerge::TakeRowsOver()
         "WHEN s.MotherParentID < 0 THEN 0 ELSE s.MotherParentID END FROM %2 WHERE %3 "
         "AND i.ID = v.LID"_s.arg(keepsPage, rows, taken),
         {m_run.Exported});
-    m_run.ForgetChecksumsOf(u"Items"_s, ItemsOf(u"'update', 'won'"_s));
     m_run.Execute(u"INSERT OR IGNORE INTO temp.merge_Taken "_s + ItemsOf(u"'update', 'won', 'new'"_s));
 }
 

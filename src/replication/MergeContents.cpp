@@ -34,6 +34,14 @@ void MergeContents::MakeNew()
     MakePages();
 }
 
+QMap<qint64, quint32> MergeContents::MadeFiles() const
+{
+    QMap<qint64, quint32> sums;
+    for (size_t i = 0; i < m_arriving.size(); ++i)
+        sums[m_addedFiles[i].ID] = m_arriving[i]->Checksum();
+    return sums;
+}
+
 void MergeContents::TakeOld()
 {
     for (const NamedFile& file : m_deletedFiles) {

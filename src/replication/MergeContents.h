@@ -35,6 +35,8 @@ public:
     /// Makes what is new, under names of its own, for as long as the synchronization file has it. Raises RuntimeError
     /// 75.
     void MakeNew();
+    /// The checksum of each stored file that was made, by its row.
+    QMap<qint64, quint32> MadeFiles() const;
     /// Last before the commit: takes what goes from its place. Raises RuntimeError 75.
     void TakeOld();
     /// The transaction is committed. What can't be placed now is placed by the next opening; why is returned.

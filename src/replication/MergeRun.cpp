@@ -37,7 +37,8 @@ QString ShortTime(Date date)
 MergeRun::MergeRun(Library& library, bool asMother, Date last, Date exported, const QString& other, const QString& name,
                    MergeUndo& undo, Work& work)
     : Lib(library), AsMother(asMother), Last(last), Exported(exported), Other(other), Watcher(work), Undo(undo),
-      Removed(library, RemovalKind::Merge, u"Synchronized with '%1'"_s.arg(name)), Contents(library, undo, work)
+      Removed(library, RemovalKind::Merge, u"Synchronized with '%1'"_s.arg(name)), Contents(library, undo, work),
+      Sums(library)
 {
     Report.AsMother = asMother;
     Report.Replica = name;
@@ -117,6 +118,17 @@ void MergeRun::ForgetChecksumsOf(const QString& table, const QString& ids)
 {
     if (HasChecksumTable(Lib))
         Execute(u"DELETE FROM main.own_Checksums WHERE OfTable = ? AND OfRow IN (%1)"_s.arg(ids), {table});
+}
+
+void MergeRun::NoteChecksums(const QString& taken)
+{
+    if (IsPreview)
+        return;
+    Sums.Wrote(u"Items"_s, taken);
+    const QMap<qint64, quint32> files = Contents.MadeFiles();
+    for (auto file = files.cbegin(); file != files.cend(); ++file)
+        Sums.WroteFile(file.key(), file.value());
+    Sums.Note();
 }
 
 void MergeRun::BeginWriting()
@@ -296,6 +308,9 @@ void MergeRun::WriteKeptNotes()
         {Last, Other});
     while (rows.Step())
         all.push_back({rows.Long(0), rows.Column(1).ToDate(), rows.Text(2), rows.Long(3) != 0});
+    const QString ids = u"SELECT ID FROM temp.merge_Kept"_s;
+    Sums.Hold(u"Items"_s, ids);
+    Sums.Wrote(u"Items"_s, ids, u"Info"_s);
     for (const Kept& kept : all) {
         const QString note =
             (kept.HasNewFiles ? u"Record was not deleted during synchronization because it contains at least one file, "
@@ -309,7 +324,6 @@ void MergeRun::WriteKeptNotes()
         Execute(u"UPDATE main.Items SET LastChanged = 0 WHERE ID IN (SELECT ID FROM temp.merge_Kept)"_s);
     Execute(u"INSERT OR IGNORE INTO temp.merge_Orphaned SELECT ID FROM temp.merge_Kept"_s);
     Execute(u"INSERT OR IGNORE INTO temp.merge_Spared SELECT ID FROM temp.merge_Kept"_s);
-    ForgetChecksumsOf(u"Items"_s, u"SELECT ID FROM temp.merge_Kept"_s);
     NoteWhatOthersLack();
     Line(MergeEvent::ItemKept, u"SELECT ID, Title, 'deleted on the other side, changed here' FROM main.Items "
                                "WHERE ID IN (SELECT ID FROM temp.merge_Kept)"_s);

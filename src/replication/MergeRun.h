@@ -2,6 +2,7 @@
 
 #include "platform/system/Work.h"
 #include "removed/RemovedEvent.h"
+#include "replication/MergeChecksums.h"
 #include "replication/MergeContents.h"
 #include "replication/MergeReport.h"
 #include "replication/MergeTables.h"
@@ -35,6 +36,7 @@ public:
     MergeUndo& Undo;
     RemovedEvent Removed;
     MergeContents Contents;
+    MergeChecksums Sums;
     MergeReport Report;
     qint64 OrphanedFolderID = 0;
     bool IsPreview = false; ///< it will be rolled back: nothing is made for it
@@ -91,6 +93,8 @@ public:
     /// Says of which items that were taken over the page has not come, since the other side has lost it.
     void ReportMissingPages();
     void EndIfCancelled();
+    /// Nothing more is written: notes the checksums of what was, with those of the items @p taken over.
+    void NoteChecksums(const QString& taken);
     /// From here on rows of the library are written, as many as the file has.
     void BeginWriting();
 

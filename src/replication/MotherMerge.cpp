@@ -40,6 +40,7 @@ bool MotherMerge::SynchronizeMother()
     BringDatesDown();
     StampBoth();
     CleanLists();
+    m_run.NoteChecksums(ItemsOf(u"'new', 'regained', 'update', 'won'"_s));
     return true;
 }
 

@@ -92,9 +92,10 @@ void MotherMerge::DescribeFiles()
     m_run.SetAsideDescriptions(MergeRun::VersionOf::Library, u"SELECT ID FROM temp.merge_Described WHERE Differs"_s,
                                u"described otherwise by the child"_s);
     m_run.Line(MergeEvent::FileChanged, lines.arg(u"f.Description"_s, u"Differs"_s));
+    m_run.Sums.Hold(u"Files"_s, u"SELECT ID FROM temp.merge_Described"_s);
     m_run.Execute(u"UPDATE main.Files AS m SET Description = f.Description, LastUpdated = f.LastUpdated "
                   "FROM temp.merge_Described AS d JOIN synchro.Files AS f ON f.rowid = d.SRow WHERE d.ID = m.ID"_s);
-    m_run.ForgetChecksumsOf(u"Files"_s, u"SELECT ID FROM temp.merge_Described"_s);
+    m_run.Sums.Wrote(u"Files"_s, u"SELECT ID FROM temp.merge_Described"_s, u"Description"_s);
     m_run.Execute(u"DELETE FROM synchro.FilesX WHERE ID IN (SELECT ID FROM temp.merge_Described)"_s);
     m_run.Log(u"SELECT 'Files', m.ID, 0, 1, ?, coalesce(m.LastUpdated, 0), ? FROM temp.merge_Described AS d "
               "JOIN main.Files AS m ON m.ID = d.ID"_s,
@@ -131,6 +132,7 @@ void MotherMerge::AddFiles()
             "WHERE rowid = ?"_s,
             {file.Owner, file.SRow});
         const qint64 added = m_lib.LastInsertedRowKey();
+        m_run.Sums.Wrote(u"Files"_s, u"SELECT %1"_s.arg(added), u"Description"_s);
         if (file.HasContents)
             m_run.Contents.AddFile(added, file.Title, file.SRow);
         m_run.Execute(u"UPDATE synchro.Files SET MotherCodeID = ?, MotherRecordID = ?, IDChanged = ? WHERE rowid = ?"_s,

@@ -83,7 +83,6 @@ void MotherMerge::TakeRowsOver()
         "JOIN synchro.Items AS s ON s.rowid = v.SRow WHERE v.What IN ('update', 'won') AND "
         "i.ID = v.LID"_s.arg(KeepsPage),
         {m_run.Last});
-    m_run.ForgetChecksumsOf(u"Items"_s, taken);
     m_run.Execute(u"INSERT OR IGNORE INTO temp.merge_Taken "_s + taken);
     // Her version lost; new files and descriptions of it travel all the same, and her page where the child has changed
     // none.
