@@ -124,6 +124,8 @@ QString UnpackSynchroFile(const QString& file, const QString& folder, Work& work
         if (unpacked.isEmpty())
             throw RuntimeError(ErrorNumber::Cancelled, u"The synchronization was stopped; nothing was changed."_s,
                                Procedure);
+        if (!IsDatabase(unpacked))
+            Refuse(u"what is packed in it is no database"_s);
         return unpacked;
     }
     const QString copy = folder + u"/changes.qbt"_s;

@@ -12,25 +12,11 @@
 #include "support/RecordedWork.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
+#include "support/Unasked.h"
 
 using namespace qb;
 using namespace qb::test;
 using namespace Qt::StringLiterals;
-
-namespace {
-
-/// Asks nobody, whether a work gets so far that it asks or not.
-class Unasked : public SilentPrompts {
-public:
-    Unasked() : m_before(SetCurrent(this)) {}
-    ~Unasked() override { SetCurrent(m_before); }
-    bool ShowError(const QString&) override { return false; }
-
-private:
-    Prompts* m_before;
-};
-
-} // namespace
 
 /// Children are given out.
 class TestReplicaCreation : public QObject {

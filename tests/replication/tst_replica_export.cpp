@@ -12,25 +12,11 @@
 #include "support/LibraryState.h"
 #include "support/OrdinaryUser.h"
 #include "support/RecordedWork.h"
+#include "support/Unasked.h"
 
 using namespace qb;
 using namespace qb::test;
 using namespace Qt::StringLiterals;
-
-namespace {
-
-/// Asks nobody, whether a work gets so far that it tells something or not.
-class Unasked : public SilentPrompts {
-public:
-    Unasked() : m_before(SetCurrent(this)) {}
-    ~Unasked() override { SetCurrent(m_before); }
-    bool ShowError(const QString&) override { return false; }
-
-private:
-    Prompts* m_before;
-};
-
-} // namespace
 
 /// A child writes its changes into one file, and a mother hers into the tables for a child.
 class TestReplicaExport : public QObject {

@@ -533,6 +533,24 @@ private Q_SLOTS:
         QVERIFY(f->AreEqual());
     }
 
+    void s37_noteFromAClockAhead_countsAsOfNow()
+    {
+        const auto link = [](Library& library, const QString& note, Date noted) {
+            library.Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, Note, DateAdded, DateUpdated) "
+                            "VALUES (?, ?, ?, ?, ?)"_s,
+                            {Family::P, Family::Q, note, library.NextStamp(), noted});
+        };
+        f->In(f->A(), [&](Library& library) {
+            link(library, u"from tomorrow"_s, Date::FromSeconds(f->Clock.Now().Seconds() + 86400));
+        });
+        f->Round(f->A());
+        QVERIFY(Family::Ask(f->M(), u"SELECT DateUpdated FROM ItemLinks WHERE ItemID = 1"_s).ToDate() < f->Clock.Now());
+        f->In(f->B, [&](Library& library) { link(library, u"later"_s, library.NextStamp()); });
+        f->Round(f->B);
+        for (const QString& path : {f->M(), f->B})
+            QCOMPARE(Family::Ask(path, u"SELECT Note FROM ItemLinks WHERE ItemID = 1"_s).ToText(), u"later"_s);
+    }
+
     void s38_newPage_getsTheNewNumber()
     {
         f->Add(f->M(), 0, u"other"_s); // takes the number
@@ -850,7 +868,7 @@ private Q_SLOTS:
         QCOMPARE(Family::TitleOf(f->A(), Family::X), u"X by A"_s);
     }
 
-    void s46_fileOfAnEarlierExport_isAcceptedBack()
+    void s45_fileOfAnEarlierExport_isAcceptedBack()
     {
         f->EditTitle(f->A(), Family::X, u"X by A"_s);
         f->ExportOf(f->A());

@@ -1,11 +1,15 @@
 #include "replication/ReplicaFamily.h"
 
+#include "maintenance/Containers.h"
 #include "store/PendingReplica.h"
+#include "support/FileSizeLimit.h"
 #include "support/FolderContents.h"
 #include "support/LibraryState.h"
+#include "support/Unasked.h"
 
 #include <QRandomGenerator>
 #include <QRegularExpression>
+#include <QtEndian>
 
 using namespace qb;
 using namespace qb::test;
@@ -116,6 +120,76 @@ private Q_SLOTS:
         QFETCH(QString, sql);
         Change([&](Database& database) { database.Execute(sql); });
         VerifyRefused(ErrorNumber::NotADatabase);
+    }
+
+    /// What would unpack to more than it says, or to more than there is room for, is not unpacked.
+    void bomb_isRefused()
+    {
+        const QString inner = f->Home.Path(u"changes.qbt"_s);
+        constexpr qsizetype Size = 40'000'000;
+        WriteFile(inner, QByteArray(Size, '\0'));
+        QVERIFY(PackContainer(inner, f->File, {}, NoWork()));
+        QFile::remove(inner);
+        const QByteArray honest = ReadFile(f->File);
+        QVERIFY(honest.size() < Size / 500);
+        VerifyRefused(ErrorNumber::NotADatabase); // it is no database
+        const auto declared = [](qsizetype size) {
+            QByteArray bytes(4, Qt::Uninitialized);
+            qToLittleEndian(quint32(size), bytes.data());
+            return bytes;
+        };
+        for (const quint32 said : {4096U, 0xFFFFFFF0U}) {
+            WriteFile(f->File, QByteArray(honest).replace(declared(Size), declared(said)));
+            VerifyRefused(ErrorNumber::PathAccess);
+        }
+        const QString folder = f->Home.Path(u"Mütter/mother_Merged"_s);
+        QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                 QStringList{u".library"_s});
+    }
+
+    void missingVolume_isRefused()
+    {
+        QString first = SplitContainer(f->File, QFileInfo(f->File).size() / 5, NoWork());
+        const QFileInfoList volumes = QFileInfo(first).absoluteDir().entryInfoList(
+            {QFileInfo(f->File).completeBaseName() + u"*"_s}, QDir::Files, QDir::Name);
+        QVERIFY(volumes.size() > 3);
+        f->File = first;
+        const QString second = volumes[2].filePath();
+        QVERIFY(second != first);
+        QVERIFY(QFile::rename(second, second + u".aside"_s));
+        VerifyRefused(ErrorNumber::PathAccess);
+        QVERIFY(QFile::rename(second + u".aside"_s, second));
+        QVERIFY(f->TakeIn(f->M()).Done);
+    }
+
+    /// Whatever is written last before the room ends.
+    void fullDisk_leavesLibraryAndFile()
+    {
+        const auto verify = [this](const QString& path) {
+            const QMap<QString, QByteArray> before = StateOf(path);
+            const QByteArray file = ReadFile(f->File);
+            int refused = 0;
+            for (const int limit : {1'000, 8'000, 20'000, 40'000, 60'000, 90'000, 120'000, 160'000}) {
+                const auto library = Library::Open(path);
+                QString raised;
+                {
+                    const Unasked unasked;
+                    const FileSizeLimit full{rlim_t(limit)};
+                    raised = Raised([&] { Synchronize(*library, f->File, {.Preview = false}); });
+                }
+                if (raised.isEmpty())
+                    break;
+                ++refused;
+                QCOMPARE(DifferenceOf(StateOf(path), before), QString());
+                QCOMPARE(ReadFile(f->File), file);
+            }
+            QVERIFY(refused >= 5);
+        };
+        verify(f->M());
+        if (!QFile::exists(f->M()) || ReplicaFamily::TitleOf(f->M(), ReplicaFamily::X) == u"X"_s)
+            QVERIFY(f->TakeIn(f->M()).Done);
+        f->Clock.AddSeconds(60);
+        verify(f->A());
     }
 
     void otherTables_areOfNoUse()
