@@ -200,6 +200,26 @@ private Q_SLOTS:
         QCOMPARE(CountOf(*child, u"TempItems"_s), 1);
     }
 
+    void fileOfABrokenDeletion_isInTheChild()
+    {
+        const QString stored = Library::Open(m_mother)->FilesFolder() + u"2 - datei \"16383\" Ü.bin"_s;
+        QVERIFY(QFile::rename(stored, Library::Open(m_mother)->FilesFolder()
+                                          + u".leaving-0123456789abcdef0123456789abcdef-2"_s));
+        GiveOut();
+        QCOMPARE(ReadFile(Library::Open(OpenChild())->FilesFolder() + QFileInfo(stored).fileName()),
+                 QByteArray(16383, 'f'));
+        QVERIFY(QFile::exists(stored));
+    }
+
+    void secondOfTheStamps_isOverAfterwards()
+    {
+        m_clock.reset(); // it is the system's, which goes on
+        GiveOut();
+        QVERIFY(Clock::Now()
+                > DBEngine::OpenDatabase(m_mother)->QueryValue(u"SELECT LastSynchronized FROM ChildCopies"_s).ToDate());
+        m_clock = std::make_unique<FixedClock>();
+    }
+
     void description_isCutOrEmpty()
     {
         GiveOut(QString(300, u'ä'));
@@ -302,6 +322,23 @@ private Q_SLOTS:
             QCOMPARE(OutNames(), QStringList());
             VerifyNothingWasGivenOut(before);
         }
+    }
+
+    /// The mother knows the child by then, and forgets it again.
+    void placeThatIsTakenMeanwhile_leavesNoChild()
+    {
+        const QMap<QString, QByteArray> before = StateOf(m_mother);
+        RecordedWork work;
+        work.Ends = [this](qint64 done) {
+            if (done > 700)
+                QDir().mkpath(Transfer() + u"/in the way"_s);
+            return false;
+        };
+        m_prompts->ExpectInputBox(u"Short Description"_s, QString());
+        QB_VERIFY_RAISES(GiveOutChild(m_mother, Transfer(), work), 75);
+        QCOMPARE(OutNames(), QStringList{u"child.qbr"_s});
+        QCOMPARE(CountOf(*DBEngine::OpenDatabase(m_mother), u"ChildCopies"_s), 0);
+        VerifyNothingWasGivenOut(before);
     }
 
     void tablesThatCantBeMade_areTold()

@@ -456,6 +456,32 @@ private Q_SLOTS:
         QCOMPARE(work.Done.last(), work.Totals.last());
     }
 
+    void placeThatIsTakenMeanwhile_leavesTheChildFree()
+    {
+        const auto child = p->OpenChild();
+        p->Edit(*child, 1, u"changed"_s);
+        RecordedWork work;
+        work.Ends = [this](qint64 done) {
+            if (done > 850)
+                QDir().mkpath(p->File + u"/in the way"_s);
+            return false;
+        };
+        const QMap<QString, QByteArray> before = StateOf(p->Child);
+        QB_VERIFY_RAISES(WriteChanges(*child, p->File, ExportAgain::No, work), 75);
+        QVERIFY(QFileInfo(p->File).isDir());
+        QVERIFY(DBEngine::OpenDatabase(p->Child)->QueryValue(u"SELECT LastExported FROM Properties"_s).IsNull());
+        QCOMPARE(DifferenceOf(StateOf(p->Child), before), QString());
+    }
+
+    void fileOfABrokenDeletion_travels()
+    {
+        const auto child = p->OpenChild();
+        const qint64 id = p->Attach(*child, 5, u"a.txt"_s, "a");
+        QVERIFY(QFile::rename(child->FilesFolder() + u"%1 - a.txt"_s.arg(id),
+                              child->FilesFolder() + u".leaving-0123456789abcdef0123456789abcdef-%1"_s.arg(id)));
+        QCOMPARE(Texts(*p->Export(), u"SELECT File FROM Files"_s), QStringList{u"a"_s});
+    }
+
     void exportWhoseFileNeverGotItsName_isTakenBackAtTheNextOpening()
     {
         p->Export();

@@ -4,6 +4,7 @@
 #include "replication/ReplicaList.h"
 #include "session/Replicas.h"
 #include "store/CDBCreate.h"
+#include "store/ReplicaLog.h"
 #include "support/LibraryState.h"
 #include "support/TestSession.h"
 
@@ -297,10 +298,15 @@ private Q_SLOTS:
                  u"Are you sure that you want to remove the selected replica connection from the currently opened main "
                  "database? If you do so, you won't be able to synchronize the main database with the selected replica "
                  "any more!"_s);
+        QCOMPARE(LastMessage().DefaultAnswer(), MsgBoxResult::No);
         const QString second = list.Lines()[1].Identity;
+        // What only the one that goes had not heard of need not be kept any more.
+        const Date between = Date::FromSeconds(list.Lines()[0].LastSynchronized.Seconds() + 1);
+        ReplicaLog(*s->State.CurrentDatabase).Note({.Table = u"Items"_s, .Record = 77, .Moment = between});
         s->Script.ExpectMsgBox(u"Confirm removal"_s, MsgBoxResult::Yes);
         QVERIFY(!list.Forget(0));
         QCOMPARE(Texts(*s->State.CurrentDatabase, u"SELECT DBCopyID FROM ChildCopies"_s), QStringList{second});
+        QVERIFY(!ReplicaLog(*s->State.CurrentDatabase).Has(ReplicaEvent::Deleted, u"Items"_s, 77));
         s->Script.ExpectMsgBox(u"Confirm removal"_s, MsgBoxResult::Yes);
         s->Script.ExpectMsgBox(u"Closing form..."_s);
         QVERIFY(list.Forget(0));
