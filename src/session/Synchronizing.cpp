@@ -110,11 +110,18 @@ SyncResult Synchronizing::TakeIn(const QString& file, bool isPreview)
 /// Whatever was shown of the library may be another now.
 bool Synchronizing::ShowMerged()
 {
+    const QString shown = m_session.CurrentItemKey;
     m_libraries.CloseDatabase();
-    if (m_libraries.SetupDBConnection())
-        m_tree.OpenItem();
-    else
+    if (m_libraries.SetupDBConnection()) {
+        m_tree.Reload();
+        const bool isThere = !m_session.CurrentDatabase
+                                  ->QueryValue(u"SELECT 1 FROM Items WHERE ID = ?"_s, {shown.mid(1).toLongLong()})
+                                  .IsNull();
+        if (isThere)
+            m_tree.GoToNode(shown);
+    } else {
         m_libraries.ShowNoLibrary();
+    }
     m_libraries.UpdateGlobalSynchronizationVariables();
     m_replicas.UpdateMenuReplicationState();
     return m_tree.CheckIfConflictsStillOccur();

@@ -95,15 +95,84 @@ private Q_SLOTS:
         s->Click(u"first"_s);
         Synchronize({u"Step 2 of 3 complete - Mother database successfully synchronized"_s});
         QCOMPARE(s->Script.Questions.last().Filter, u"Quillbase Synchro File|*.qbs"_s);
-        QCOMPARE(LastMessage().Text,
-                 u"Current database have been seccessfully synchronized with %1.\r\n\r\nTo be able to work with the child "
-                 "database, which this synchronization file was created from, you first have to synchronize back the "
-                 "above mentioned file with the originating child database!!!"_s.arg(QDir::toNativeSeparators(m_file)));
+        QCOMPARE(
+            LastMessage().Text,
+            u"Current database have been seccessfully synchronized with %1.\r\n\r\nTo be able to work with the child "
+            "database, which this synchronization file was created from, you first have to synchronize back the "
+            "above mentioned file with the originating child database!!!"_s.arg(QDir::toNativeSeparators(m_file)));
         QCOMPARE(LastMessage().Icon, MsgBoxIcon::Information);
         QCOMPARE(m_previews, 1);
         QCOMPARE(s->OpenPath(), m_one);
         QCOMPARE(s->State.CurrentDatabase->QueryValue(u"SELECT Title FROM Items"_s).ToText(), u"by the child"_s);
+        QCOMPARE(s->Shape(), u"One Library(by the child)"_s);
+        QCOMPARE(s->State.oCodeItem->Title(), u"by the child"_s);
         QCOMPARE(s->Shell.StatusText, u"1 item changed"_s);
+    }
+
+    void itemThatIsGone_isShownNoMore()
+    {
+        {
+            const auto child = Library::Open(m_child);
+            CCodeItem item;
+            item.Initialise(*child, u"1"_s);
+            item.Delete();
+            item.Commit();
+        }
+        AddItem(*Library::Open(m_child), 0, u"new"_s);
+        Export();
+        s->Click(u"first"_s);
+        Synchronize({u"Step 2 of 3 complete - Mother database successfully synchronized"_s});
+        QCOMPARE(s->Shape(), u"One Library(new)"_s);
+        QVERIFY(!s->State.oCodeItem);
+        QVERIFY(!s->Tree.WalksProblems());
+    }
+
+    void answer_freesTheChild()
+    {
+        Rename(m_child, u"by the child"_s);
+        s->Time.AddSeconds(10);
+        Rename(m_one, u"by the mother"_s);
+        Export();
+        Synchronize(
+            {u"Step 2 of 3 complete - Mother database successfully synchronized"_s, u"Conflicts have occured"_s});
+        QCOMPARE(LastMessage().Text,
+                 u"There are some conflicting items after the synchronization.\r\nPlease be aware, that you have to "
+                 "resolve all conflicts before you will be able to synchronize the mother database again with this or "
+                 "any other replica."_s);
+        s->Script.ExpectInputBox(u"Include to Favourites List"_s, u"Child"_s);
+        s->Libraries.SelectDatabase(m_child);
+        QVERIFY(!s->Enabled(u"mnuDBToolsExportChangesItem"_s));
+        QVERIFY(s->Enabled(u"mnuDBToolsSynchronizeItem"_s));
+        Synchronize({u"Step 3 of 3 - Synchronization Complete"_s});
+        QCOMPARE(LastMessage().Text, u"Current child database have been seccessfully synchronized with %1.\r\nAll "
+                                     "restriction on the child database have been removed until you generate a new "
+                                     "synchronization file."_s.arg(QDir::toNativeSeparators(m_file)));
+        QCOMPARE(LastMessage().Icon, MsgBoxIcon::Information);
+        QCOMPARE(Title(m_child), u"by the mother"_s);
+        QCOMPARE(s->Shape(), u"Child Library(by the mother)"_s);
+        QVERIFY(s->State.LastExportedDate().IsNone());
+        QVERIFY(s->Enabled(u"mnuDBToolsExportChangesItem"_s));
+        QVERIFY(!s->Enabled(u"mnuDBToolsSynchronizeItem"_s));
+        QVERIFY(!QFile::exists(m_file));
+    }
+
+    void fileThatDidNotGoThroughTheMother_isAskedAbout()
+    {
+        Export();
+        const QByteArray file = ReadFile(m_file);
+        s->Script.ExpectInputBox(u"Include to Favourites List"_s, u"Child"_s);
+        s->Libraries.SelectDatabase(m_child);
+        Synchronize({u"Can't synchronize"_s, u"Synchronization not possible"_s});
+        const Message question = s->Script.Messages[s->Script.Messages.size() - 2];
+        QCOMPARE(question.Text,
+                 u"The synchronization file has not been synchronized with the mother database yet. Please synchronize "
+                 "with the mother database first.\r\nOn this place you can also decide to delete the synchro file and "
+                 "thus not synchronize the child and the mother databases. Do you want to delete the synchro file from "
+                 "your hard drive?"_s);
+        QCOMPARE(question.Buttons, MsgBoxButtons::YesNo);
+        QCOMPARE(question.Icon, MsgBoxIcon::Question);
+        QCOMPARE(question.DefaultAnswer(), MsgBoxResult::Yes);
+        QVERIFY(!s->State.LastExportedDate().IsNone());
     }
 
     void conflicts_areToldAndStandBeforeTheNextFile()
@@ -112,8 +181,11 @@ private Q_SLOTS:
         s->Time.AddSeconds(10);
         Rename(m_one, u"by the mother"_s);
         Export();
-        Synchronize({u"Step 2 of 3 complete - Mother database successfully synchronized"_s, u"Conflicts have occured"_s});
+        Synchronize(
+            {u"Step 2 of 3 complete - Mother database successfully synchronized"_s, u"Conflicts have occured"_s});
         QCOMPARE(LastMessage().Icon, MsgBoxIcon::Exclamation);
+        QVERIFY(s->Tree.WalksProblems()); // by red arrows
+        QCOMPARE(s->Image(u"by the mother"_s), u"CONFLICT_ITEM"_s);
         int asked = 0;
         m_synchronizing->ResolvePendingConflicts = [&] {
             ++asked;
