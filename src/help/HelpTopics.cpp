@@ -101,6 +101,7 @@ constexpr HelpTopicRow Rows[] = {
     {"mnuRemovedItems", "removed"},
     {"mnuUndoSynchronization", "removed#undo-a-synchronization"},
     {"mnuUndoThisSessionChanges", "backups#undo-a-session"},
+    {"mnuToolDatabaseRepair", "replication#when-the-clock-is-wrong"},
     {"mnuRemoveDeletedItems", "items#marks-in-the-tree"},
     {"mnuOptionsItem", "libraries#settings-of-a-library"},
     {"mnuViewBookmarks", "links#bookmarks"},

@@ -103,6 +103,7 @@ constexpr CommandRow Rows[] = {
     {Place::Tools, "mnuRemovedItems", "Re&moved Items...", "", "", "List what was removed, and bring it back"},
     {Place::Tools, "mnuUndoThisSessionChanges", "&Undo All Changes of This Session", "", "",
      "Bring the database back to the start of the session"},
+    {Place::Tools, "mnuToolDatabaseRepair", "&Database Repair Tool", "", "", "Nothing is done"},
     {Place::Tools, "", "", "", "", ""},
     {Place::Tools, "mnuHTMLDefaultItem", "Create &HTML Default File", "", "",
      "Write the welcome page and the template of new pages to a file, from which new libraries get theirs"},

@@ -58,6 +58,7 @@ DatabaseTools::DatabaseTools(SessionState& session, Commands& commands, LibraryL
 {
     m_commands.Register(u"mnuDBToolsBackupItem"_s, [this] { mnuDBToolsBackupItem_Click(); });
     m_commands.Register(u"mnuDBToolsRestoreItem"_s, [this] { mnuDBToolsRestoreItem_Click(); });
+    m_commands.Register(u"mnuToolDatabaseRepair"_s, [] {}); // messages name it, and there has never been such a tool
     m_commands.Register(u"mnuUndoThisSessionChanges"_s, [this] { mnuUndoThisSessionChanges_Click(); });
     m_commands.SetEnabled(u"mnuUndoThisSessionChanges"_s, false);
 }

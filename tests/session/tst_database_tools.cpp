@@ -178,6 +178,15 @@ private Q_SLOTS:
         QCOMPARE(s->OpenPath(), m_one);
     }
 
+    void repair_isThereAndDoesNothing()
+    {
+        QVERIFY(s->CommandStates.HasProcedure(u"mnuToolDatabaseRepair"_s));
+        QVERIFY(s->Enabled(u"mnuToolDatabaseRepair"_s));
+        const auto before = StateOf(m_one);
+        s->CommandStates.Run(u"mnuToolDatabaseRepair"_s);
+        QCOMPARE(DifferenceOf(StateOf(m_one), before), QString());
+    }
+
     // The session
 
     void session_isUndoneWithTheTree()
