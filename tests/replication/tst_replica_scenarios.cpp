@@ -725,6 +725,29 @@ private Q_SLOTS:
         QCOMPARE(Family::TitleOf(f->M(), Family::X), u"X by A"_s);
     }
 
+    void s42_answerToAnExportThatTheChildDoesNotKnow_isOld()
+    {
+        const QByteArray child = ReadFile(f->A());
+        f->EditTitle(f->A(), Family::X, u"X by A"_s);
+        f->ExportOf(f->A());
+        QVERIFY(f->TakeIn(f->M()).Done);
+        WriteFile(f->A(), child); // as from a backup
+        const QByteArray answer = ReadFile(f->File);
+        f->Prompts.ExpectMsgBox(u"Old synchro file"_s, MsgBoxResult::Yes);
+        QCOMPARE(f->TakeIn(f->A()).Result, 0);
+        QCOMPARE(f->Prompts.Messages.last().Text,
+                 u"This synchronization file is old and has already been synchronized with this child database. The "
+                 "file can be destroyed, because is is not needed any more. Do you want to delete this file from your "
+                 "hard drive?"_s);
+        QCOMPARE(f->Prompts.Messages.last().Buttons, MsgBoxButtons::YesNo);
+        QCOMPARE(f->Prompts.Messages.last().Icon, MsgBoxIcon::Question);
+        QCOMPARE(ReadFile(f->File), answer);
+        f->Prompts.ExpectMsgBox(u"Old synchro file"_s, MsgBoxResult::No);
+        QCOMPARE(f->TakeIn(f->A()).Result, 0);
+        QVERIFY(ReadFile(f->File).startsWith("SQLite format 3"));
+        QCOMPARE(Family::TitleOf(f->A(), Family::X), u"X"_s);
+    }
+
     /// What is told of the failed export itself is tested with the export; here that a round goes on after it.
     void s44_exportFails_theNextRoundHasIt()
     {
