@@ -358,6 +358,50 @@ private Q_SLOTS:
         QVERIFY(!Family::Outline(f->B).filter(u"f Ü.bin"_s).isEmpty());
     }
 
+    void s23_deletedAndEditedInTheSameSecond_isGone()
+    {
+        f->Delete(f->M(), Family::Q);
+        f->Edit(*Library::Open(f->A()), Family::Q, u"Q by A"_s); // the clock stands
+        f->Round(f->A());
+        QCOMPARE(IdOf(f->M(), u"Q by A"_s), 0);
+        QCOMPARE(IdOf(f->A(), u"Q by A"_s), 0);
+        QVERIFY(f->Kept(f->M()).contains(u"Q by A"_s));
+    }
+
+    /// She has changed it before, so that no list but the log has its deletion.
+    void s23_motherEditsAndDeletes_theLaterOfBothCounts()
+    {
+        f->EditTitle(f->M(), Family::Q, u"Q by M"_s);
+        f->EditTitle(f->M(), Family::Y, u"Y by M"_s);
+        f->EditTitle(f->A(), Family::Q, u"Q by A"_s);
+        f->Delete(f->M(), Family::Q);
+        f->Delete(f->M(), Family::Y);
+        f->EditTitle(f->A(), Family::Y, u"Y by A"_s);
+        QCOMPARE(Family::Ask(f->M(), u"SELECT count(*) FROM DeletedItems"_s).ToLong(), 0);
+        const auto [mother, own] = f->Round(f->A());
+        QCOMPARE(IdOf(f->M(), u"Q by A"_s), 0);
+        QCOMPARE(IdOf(f->A(), u"Q by A"_s), 0);
+        QVERIFY(IdOf(f->M(), u"Y by A"_s) > Family::Y);
+        QVERIFY(Has(mother.Report, MergeEvent::ItemRegained, u"Y by A"_s));
+    }
+
+    void itemThatTheMotherKnowsNothingOf_travelsAsNewInTheNextRound()
+    {
+        f->In(f->M(), [](Library& library) { library.Execute(u"DELETE FROM Items WHERE ID = 2"_s); });
+        const qint64 file = f->AttachTo(f->A(), Family::Q, u"old.txt"_s, "old");
+        f->EditTitle(f->A(), Family::Q, u"Q by A"_s);
+        f->Prompts.ExpectMsgBox(u"Error"_s); // of the file
+        const auto [mother, own] = f->Round(f->A());
+        QCOMPARE(IdOf(f->M(), u"Q by A"_s), 0);
+        QVERIFY(Has(mother.Report, MergeEvent::SetAside, u"Q by A"_s));
+        QVERIFY(f->Kept(f->M()).contains(u"Q by A"_s));
+        QCOMPARE(Family::Ask(f->A(), u"SELECT MotherRecordID FROM Items WHERE ID = 2"_s).ToLong(), -1);
+        QVERIFY(QFile::exists(f->Home.Path(u"child/lib_Files/%1 - old.txt"_s.arg(file))));
+        f->Round(f->A());
+        QVERIFY(IdOf(f->M(), u"Q by A"_s) > 0);
+        QVERIFY(!Family::Outline(f->M()).filter(u"old.txt"_s).isEmpty());
+    }
+
     void s24_childEditsMotherDeletesLater_goesAndIsKept()
     {
         f->EditTitle(f->A(), Family::X, u"X by A"_s);
