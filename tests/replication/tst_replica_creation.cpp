@@ -339,6 +339,14 @@ private Q_SLOTS:
         QCOMPARE(OutNames(), QStringList{u"child.qbr"_s});
         QCOMPARE(CountOf(*DBEngine::OpenDatabase(m_mother), u"ChildCopies"_s), 0);
         VerifyNothingWasGivenOut(before);
+        // A mother stays one, with what she keeps for the others.
+        QVERIFY(QDir(Transfer()).removeRecursively());
+        GiveOut();
+        QFile::remove(Transfer());
+        const QMap<QString, QByteArray> asMother = StateOf(m_mother);
+        m_prompts->ExpectInputBox(u"Short Description"_s, QString());
+        QB_VERIFY_RAISES(GiveOutChild(m_mother, Transfer(), work), 75);
+        QCOMPARE(DifferenceOf(StateOf(m_mother), asMother), QString());
     }
 
     void tablesThatCantBeMade_areTold()

@@ -5,6 +5,7 @@
 #include "replication/ExportRows.h"
 #include "replication/SystemDate.h"
 #include "store/CDBCreate.h"
+#include "store/ItemBranch.h"
 #include "store/PendingReplica.h"
 #include "store/ReplicaLog.h"
 #include "support/FileSizeLimit.h"
@@ -299,7 +300,61 @@ private Q_SLOTS:
                  QStringList{u"1005 6"_s});
     }
 
+    void deletionsOfWhatTheMotherCantKnow_stay()
+    {
+        const auto child = p->OpenChild();
+        const auto note = [&](const QString& table, qint64 mother, qint64 motherSecond) {
+            ReplicaLog(*child).Note({.Table = table,
+                                     .Record = 70,
+                                     .Second = 71,
+                                     .MotherRecord = mother,
+                                     .MotherSecond = motherSecond,
+                                     .Moment = p->Clock.Now(),
+                                     .RowDate = p->Clock.Now()});
+        };
+        note(u"Items"_s, 0, 0);
+        note(u"ItemLinks"_s, 5, 0);
+        child->Execute(u"INSERT INTO DeletedFiles (ItemID, DateDeleted) VALUES (0, ?)"_s, {p->Clock.Now()});
+        const auto file = p->Export();
+        for (const QString& table : {u"DeletedItems"_s, u"DeletedFiles"_s, u"DeletedItemLinks"_s})
+            QCOMPARE(CountOf(*file, table), 0);
+    }
+
+    void itemBelowTheOrphans_saysSo()
+    {
+        const auto child = p->OpenChild();
+        child->Execute(u"UPDATE Items SET ParentID = ?, LastChanged = ? WHERE ID = 2"_s,
+                       {OrphanFolder(*child), p->Clock.Now()}); // which is each library's own
+        QCOMPARE(Items(*p->Export()), QStringList{u"2 2 -2 Q"_s});
+    }
+
     // What came from the mother
+
+    void pageThatWasTakenOver_isNoneOfTheChilds()
+    {
+        const auto child = p->OpenChild();
+        const Date bound = child->Replica().LastSynchronized;
+        const Date later = Date::FromSeconds(bound.Seconds() + 30);
+        child->Execute(u"UPDATE Items SET HTMLLastUpdated = ?, LastChanged = ? WHERE ID = 6"_s,
+                       {later, p->Clock.Now()}); // its texts are
+        ReplicaLog(*child).Note(
+            {.Event = ReplicaEvent::TakenOver, .Table = u"Items"_s, .Record = 6, .Moment = later, .RowDate = later});
+        const auto file = p->Export();
+        QCOMPARE(CountOf(*file, u"HTMLFiles"_s), 0);
+        QCOMPARE(file->QueryValue(u"SELECT HTMLLastUpdated FROM Items"_s).ToDate(), bound);
+    }
+
+    void fileThatTheMotherHasLost_travelsWhole()
+    {
+        const auto child = p->OpenChild();
+        child->Execute(u"UPDATE Files SET MotherRecordID = 0"_s);
+        ReplicaLog(*child).Note({.Event = ReplicaEvent::Changed,
+                                 .Table = u"Files"_s,
+                                 .Record = 1,
+                                 .Moment = p->Clock.Now(),
+                                 .RowDate = p->Clock.Now()});
+        QCOMPARE(Texts(*p->Export(), u"SELECT File FROM Files"_s), QStringList{u"file f"_s});
+    }
 
     void whatWasTakenOver_isNoChangeUntilItIsChanged()
     {
@@ -471,6 +526,30 @@ private Q_SLOTS:
         QVERIFY(QFileInfo(p->File).isDir());
         QVERIFY(DBEngine::OpenDatabase(p->Child)->QueryValue(u"SELECT LastExported FROM Properties"_s).IsNull());
         QCOMPARE(DifferenceOf(StateOf(p->Child), before), QString());
+        // One that is exported stays so as it was.
+        QVERIFY(QDir(p->File).removeRecursively());
+        QVERIFY(WriteChanges(*child, p->File, ExportAgain::No));
+        const Date exported = Exported();
+        p->File = p->Home.Path(u"again.qbs"_s);
+        p->Clock.AddSeconds(10);
+        QB_VERIFY_RAISES(WriteChanges(*child, p->File, ExportAgain::Yes, work), 75);
+        QCOMPARE(Exported(), exported);
+        QCOMPARE(Texts(*child, u"SELECT RowDate FROM ReplicaLog WHERE Event = 5"_s),
+                 QStringList{QString::number(exported.Seconds())});
+    }
+
+    void fileOfTheChild_isReadByNobodyElse()
+    {
+        QVERIFY(QFile::setPermissions(p->Child, QFile::ReadOwner | QFile::WriteOwner));
+        p->Export();
+        QVERIFY(!(QFile::permissions(p->File) & (QFile::ReadGroup | QFile::ReadOther)));
+    }
+
+    void foldersOfAnother_areNotExported()
+    {
+        const auto child = p->OpenChild();
+        WriteFile(child->FilesFolder() + u".library"_s, "another's");
+        VerifyNothingHappens([&] { QB_VERIFY_RAISES(WriteChanges(*child, p->File, ExportAgain::No), 75); });
     }
 
     void fileOfABrokenDeletion_travels()
@@ -542,6 +621,37 @@ private Q_SLOTS:
                  (QStringList{u"from another bytes"_s, u"described "_s}));
         QCOMPARE(CountOf(*file, u"Items"_s), 0);
         QCOMPARE(CountOf(*file, u"DeletedItems"_s), 0);
+    }
+
+    void itemThatTheChildLacks_comesWhole()
+    {
+        {
+            const auto mother = p->OpenMother();
+            ReplicaLog(*mother).Note({.Event = ReplicaEvent::Missing,
+                                      .Table = u"Items"_s,
+                                      .Record = 5,
+                                      .Moment = p->Clock.Now(),
+                                      .Origin = Library::Open(p->Child)->Identity()});
+            p->Edit(*mother, 5, u"decided"_s);
+        }
+        const auto file = ExportOfMother();
+        QCOMPARE(Rows(*file, u"Title"_s, u"ItemsX"_s, u"ID"_s), QStringList{u"decided"_s});
+        QCOMPARE(Rows(*file, u"Title || ' ' || File"_s, u"FilesX"_s, u"ID"_s), QStringList{u"f Ü.bin file f"_s});
+        QCOMPARE(Rows(*file, u"ItemID || ' ' || LinkItemID"_s, u"ItemLinksX"_s, u"ItemID"_s), QStringList{u"5 6"_s});
+    }
+
+    void itemThatWaitsForADecision_isForNobodyElse()
+    {
+        {
+            const auto mother = p->OpenMother();
+            mother->Execute(u"UPDATE Items SET LastChanged = 0 WHERE ID = 5"_s);
+            ReplicaLog(*mother).Note({.Event = ReplicaEvent::Arrived,
+                                      .Table = u"Items"_s,
+                                      .Record = 5,
+                                      .Moment = p->Clock.Now(),
+                                      .Origin = u"AnotherOne"_s});
+        }
+        QCOMPARE(CountOf(*ExportOfMother(), u"ItemsX"_s), 0);
     }
 
     void mothersPages_comeWithTheirNumbers()

@@ -111,6 +111,14 @@ private Q_SLOTS:
             << u"INSERT INTO Items (ID, Title, MotherRecordID) SELECT ID + 100, Title, MotherRecordID FROM Items"_s;
         QTest::newRow("negative number") << u"UPDATE Items SET ID = -5"_s;
         QTest::newRow("no title") << u"UPDATE Items SET Title = ''"_s;
+        QTest::newRow("virtual table") << u"CREATE VIRTUAL TABLE v USING fts5(a)"_s;
+        QTest::newRow("new item twice")
+            << u"INSERT INTO Items (ID, Title, MotherRecordID) VALUES (500, 'a', -1), (500, 'b', -1)"_s;
+        QTest::newRow("known file twice")
+            << u"INSERT INTO Files (ID, Title, MotherRecordID) VALUES (1, 'a', 1), (2, 'b', 1)"_s;
+        QTest::newRow("new file twice") << u"INSERT INTO Files (ID, Title) SELECT ID, 'a' FROM Files"_s;
+        QTest::newRow("page in the folder itself")
+            << u"INSERT INTO HTMLFiles (ItemIDRef, Name, Folder) VALUES (5, 'x.htm', '5\\.\\')"_s;
         QTest::newRow("file name that leads out") << u"UPDATE Files SET Title = '../../x'"_s;
         QTest::newRow("page that leads out")
             << u"INSERT INTO HTMLFiles (ItemIDRef, Name, Folder) VALUES (5, 'x.htm', '..\\..\\')"_s;
