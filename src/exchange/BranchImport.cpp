@@ -1,5 +1,6 @@
 #include "exchange/BranchImport.h"
 
+#include "exchange/BranchLinks.h"
 #include "exchange/PageNames.h"
 #include "maintenance/Containers.h"
 #include "platform/richtext/Rtf.h"
@@ -283,18 +284,7 @@ private:
             const qint64 to = items.value(link.To);
             if (from == 0 || to == 0)
                 continue; // the other one stays behind
-            Recordset row = m_library.OpenRecordset(u"ItemLinks"_s, u"ID = 0"_s);
-            row.AddNew();
-            row.Set(u"ItemID"_s, from);
-            row.Set(u"LinkItemID"_s, to);
-            if (m_library.IsChildReplica()) { // its mother knows neither of them
-                row.Set(u"MotherItemID"_s, -1);
-                row.Set(u"MotherLinkItemID"_s, -1);
-            }
-            row.Set(u"Note"_s, link.Note);
-            row.Set(u"DateAdded"_s, now);
-            row.Set(u"DateUpdated"_s, now);
-            row.Update();
+            AddBranchLink(m_library, from, to, link.Note, now, now);
             ++m_result.Links;
         }
     }

@@ -1,6 +1,7 @@
 #include "removed/RemovedReturn.h"
 
 #include "exchange/BranchImport.h"
+#include "exchange/BranchLinks.h"
 #include "exchange/PageNames.h"
 #include "platform/system/FileReplace.h"
 #include "platform/system/RuntimeError.h"
@@ -360,18 +361,8 @@ private:
         if (from == 0 || to == 0 || isThere)
             return;
         const Date now = m_library.NextStamp();
-        Recordset row = m_library.OpenRecordset(u"ItemLinks"_s, u"ID = 0"_s);
-        row.AddNew();
-        row.Set(u"ItemID"_s, from);
-        row.Set(u"LinkItemID"_s, to);
-        if (m_library.IsChildReplica()) { // its mother does not know one of them
-            row.Set(u"MotherItemID"_s, -1);
-            row.Set(u"MotherLinkItemID"_s, -1);
-        }
-        row.Set(u"Note"_s, link.Note);
-        row.Set(u"DateAdded"_s, m_library.IsReplicated() || link.Added.IsNone() ? now : link.Added);
-        row.Set(u"DateUpdated"_s, now);
-        row.Update();
+        AddBranchLink(m_library, from, to, link.Note,
+                      m_library.IsReplicated() || link.Added.IsNone() ? now : link.Added, now);
         ++m_result.Links;
     }
 

@@ -131,6 +131,11 @@ private Q_SLOTS:
         Describe(f->A(), m_file, u"by A"_s);
         f->ExportOf(f->A());
         f->Add(f->A(), 0, u"new since"_s);
+        f->Add(f->A(), 0, u"foreign"_s);
+        f->In(f->A(), [](Library& library) { // another program changes it, which is no rot
+            library.Execute(
+                u"UPDATE Items SET Code = 'foreign', LastChanged = LastChanged + 1 WHERE Title = 'foreign'"_s);
+        });
         Rot(f->A(), u"Items"_s, u"Notes"_s, u"Title = 'new since'"_s); // will be dated later
         Rot(f->M(), u"Items"_s, u"Code"_s, u"Title = 'Y kept'"_s);     // gets a note in its info
         // Gets another description.
@@ -138,6 +143,7 @@ private Q_SLOTS:
         QVERIFY(f->TakeIn(f->M()).Done);
         QVERIFY(f->TakeIn(f->A()).Done);
         QCOMPARE(Damaged(f->A()).filter(u"'new since' has a damaged notes"_s).size(), 1);
+        QCOMPARE(Damaged(f->A()).size(), 1);
         QCOMPARE(Damaged(f->M()).filter(u"'Y kept' has a damaged code"_s).size(), 1);
         QCOMPARE(Damaged(f->M()).filter(u"'held.txt' is damaged"_s).size(), 1);
     }

@@ -653,6 +653,8 @@ private Q_SLOTS:
         QCOMPARE(mother.Report.CountOf(MergeEvent::PageChanged), 2);
         QVERIFY(has(own.Report, {MergeEvent::PageChanged, IdOf(f->A(), u"lost page"_s), u"lost page"_s, lost}));
         QCOMPARE(own.Report.CountOf(MergeEvent::PageChanged), 1);
+        f->EditTitle(f->A(), Family::X, u"X by A"_s); // whose page has come before
+        QCOMPARE(f->Round(f->A()).first.Report.CountOf(MergeEvent::PageChanged), 0);
     }
 
     void descriptionOfAFile_thatWasChangedMeanwhile_travelsAlone()
