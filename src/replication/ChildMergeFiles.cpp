@@ -142,6 +142,10 @@ void ChildMerge::CopyHTMLFilesToReplica()
         }
         if (page.What == u"lost"_s || page.IsOwn)
             continue;
+        if (page.What.isEmpty())
+            m_run.SetAside(MergeRun::VersionOf::Library,
+                           u"SELECT ID FROM main.Items WHERE HTMLPage <> 0 AND ID = %1"_s.arg(page.Item),
+                           u"its web page was overwritten by the mother's"_s);
         m_run.Contents.WritePage(page.Item, page.Packed);
         m_run.Line(MergeEvent::PageChanged, u"SELECT ID, Title FROM main.Items WHERE ID = ?"_s, {page.Item});
         if (page.What.isEmpty()) // the row has not come, since its texts are the child's

@@ -127,6 +127,7 @@ void ChildMerge::DropPagesOfConflicts()
         u"SELECT i.ID FROM synchro.Items AS s JOIN main.Items AS i ON i.ID = s.ID WHERE s.ConflictItem <> 0 "
         "AND s.HTMLPage = 0 AND i.HTMLPage <> 0 AND i.ID NOT IN (SELECT ID FROM temp.merge_Taken) "
         "AND coalesce(i.HTMLLastUpdated, 0) <= %1"_s.arg(m_run.Exported.Seconds());
+    m_run.SetAside(MergeRun::VersionOf::Library, dropped, u"the mother has taken its web page away"_s);
     Statement items = m_lib.Query(dropped);
     while (items.Step())
         m_run.Contents.DropPage(items.Long(0));

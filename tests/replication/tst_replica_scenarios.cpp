@@ -628,6 +628,7 @@ private Q_SLOTS:
         QCOMPARE(mother.Report.CountOf(MergeEvent::Conflict), 1);
         QCOMPARE(ReadFile(f->Home.Path(u"Mütter/mother_HTML/5.htm"_s)), QByteArray("second"));
         QCOMPARE(ReadFile(f->Home.Path(u"child/lib_HTML/5.htm"_s)), QByteArray("second"));
+        QCOMPARE(f->Kept(f->A()).count(u"X"_s), 2); // with the texts of the first round, and with the first page
     }
 
     void contentsThatAreMissing_areInTheReportOfTheOtherSide()
@@ -695,6 +696,7 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(f->Home.Path(u"child/lib_HTML/6.htm"_s)));
         QCOMPARE(Family::Ask(f->A(), u"SELECT HTMLPage FROM Items WHERE ID = 6"_s).ToLong(), 0);
         QCOMPARE(Family::Ask(f->M(), u"SELECT HTMLPage FROM Items WHERE ID = 6"_s).ToLong(), 0);
+        QCOMPARE(f->Kept(f->A()), QStringList{u"Y"_s});
     }
 
     void pageOfTheLosingChild_isReplacedByTheMothers()
