@@ -168,21 +168,29 @@ void MotherMerge::CopyHTMLFiles()
         qint64 Item;
         QString What;
         bool IsThere;
+        bool IsHers; ///< she has changed it since, and it comes without a version that was decided about
     };
     std::vector<Page> pages;
     Statement rows = m_lib.Query(
-        u"SELECT h.Packed, coalesce(v.LID, h.Known), coalesce(v.What, ''), EXISTS (SELECT 1 FROM main.Items AS i "
-        "WHERE i.ID = coalesce(v.LID, h.Known)) FROM (SELECT ItemIDRef AS Packed, max(coalesce(MotherRecordID, 0)) AS "
+        u"SELECT h.Packed, coalesce(v.LID, h.Known), coalesce(v.What, ''), i.ID IS NOT NULL, v.What IS NULL "
+        "AND coalesce(i.HTMLLastUpdated, 0) > ? FROM (SELECT ItemIDRef AS Packed, max(coalesce(MotherRecordID, 0)) AS "
         "Known FROM synchro.HTMLFiles WHERE ItemIDRef > 0 GROUP BY ItemIDRef) AS h LEFT "
-        "JOIN temp.merge_Verdicts AS v ON v.SID = h.Packed"_s);
+        "JOIN temp.merge_Verdicts AS v ON v.SID = h.Packed LEFT JOIN main.Items AS i ON i.ID = coalesce(v.LID, "
+        "h.Known)"_s,
+        {m_run.Last});
     while (rows.Step())
-        pages.push_back({rows.Long(0), rows.Long(1), rows.Text(2), rows.Long(3) != 0});
+        pages.push_back({rows.Long(0), rows.Long(1), rows.Text(2), rows.Long(3) != 0, rows.Long(4) != 0});
     for (const Page& page : pages) {
         if (page.What == u"lost"_s || page.What == u"ignored"_s || page.What == u"forgotten"_s)
             continue; // it belongs to a version that did not win
         if (!page.IsThere) {
             m_run.Tell(u"Invalid HTMLFile name - it doesn't exist in the main db. (CDBManipulate, CopyHTMLFiles "
                        "function)"_s);
+            continue;
+        }
+        if (page.IsHers) { // it goes to the child, which keeps what it had
+            m_run.Line(MergeEvent::SetAside,
+                       u"SELECT ID, Title, 'the web page of the child' FROM main.Items WHERE ID = ?"_s, {page.Item});
             continue;
         }
         m_run.Contents.WritePage(page.Item, page.Packed);

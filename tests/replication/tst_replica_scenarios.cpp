@@ -688,6 +688,24 @@ private Q_SLOTS:
         QCOMPARE(ReadFile(f->Home.Path(u"child/lib_HTML/6.htm"_s)), QByteArray("new page"));
     }
 
+    /// Of an item that came back the child sends the page in the next round; she may have written another one since.
+    void pageOfARegainedItem_isNotWrittenOverTheMothers()
+    {
+        f->Delete(f->M(), Family::Y);
+        f->EditTitle(f->A(), Family::Y, u"Y by A"_s);
+        f->Round(f->A());
+        const qint64 id = IdOf(f->M(), u"Y by A"_s);
+        f->EditTitle(f->M(), id, u"Y kept"_s);
+        f->In(f->M(), [id](Library& library) { WritePage(library, id, "by M"); });
+        f->Round(f->A());
+        const QString page = f->Home.Path(u"Mütter/mother_HTML/%1.htm"_s.arg(id));
+        QCOMPARE(ReadFile(page), QByteArray("by M"));
+        QCOMPARE(ReadFile(f->Home.Path(u"child/lib_HTML/6.htm"_s)), QByteArray("by M"));
+        QCOMPARE(f->Kept(f->A()), QStringList{u"Y by A"_s});
+        f->Round(f->A());
+        QCOMPARE(ReadFile(page), QByteArray("by M"));
+    }
+
     void pageThatTheMotherDeleted_goesUnderTheChildsText()
     {
         SetPage(f->M(), Family::Y, {});

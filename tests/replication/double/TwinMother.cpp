@@ -424,6 +424,11 @@ private:
                 }
                 continue;
             }
+            const auto& items = m_file.FromChild.Items;
+            const bool isAlone = std::none_of(items.begin(), items.end(),
+                                              [&sent](const SentItem& item) { return item.Row.ID == sent.Item; });
+            if (isAlone && m_mother.Items.at(id).PageChanged > m_bound)
+                continue; // hers goes back
             m_mother.Pages[id] = sent.Page;
             m_mother.Items.at(id).HasPage = true;
             m_mother.Items.at(id).PageChanged = Down(sent.Changed);
