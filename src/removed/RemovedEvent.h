@@ -2,6 +2,7 @@
 
 #include "platform/system/FileLock.h"
 #include "removed/RemovedIndex.h"
+#include "removed/RemovedRows.h"
 #include "store/Library.h"
 #include "store/PendingRemoved.h"
 
@@ -10,33 +11,7 @@
 
 namespace qb {
 
-/// Rows of items whose versions are about to go: of the library, or of a file that is attached to its connection. In
-/// conditions and expressions a row goes by the name r.
-struct RemovedRows {
-    QString Where;     ///< a condition, as "r.ID IN (SELECT ...)"
-    Values Parameters; ///< of it
-    QString Schema = MainSchema;
-    QString Items = QStringLiteral("Items");
-    QString Files = QStringLiteral("Files"); ///< whose CodeID is the row's ID; empty: without files
-    QString Pages = QStringLiteral("HTMLFiles");
-    enum class Contents {
-        InFolders, ///< those of the library
-        InColumns, ///< `File` of both tables; what is Null there is noted as missing
-    };
-    Contents Lie = Contents::InFolders;
-    /// Whose ItemID and LinkItemID are such rows' IDs; empty: without links.
-    QString Links = QStringLiteral("ItemLinks");
-    // What the library calls the item, and the item above it. 0 or less: it does not know it.
-    QString ItemId = QStringLiteral("r.ID");
-    QString ParentId = QStringLiteral("r.ParentID");
-
-    /// Items of the library, whole: with files, pages, links and bookmarks.
-    static RemovedRows OfLibrary(const QString& where, const Values& parameters = {});
-    /// Rows of a file that is attached, or the temporary tables of the library (@p prefix "Temp"): with what is in
-    /// their columns, without links, whose numbers are not the library's.
-    static RemovedRows InColumns(const QString& schema, const QString& where, const Values& parameters = {},
-                                 const QString& prefix = {});
-};
+class RemovedWriter;
 
 /// Something that is taken away, or overwritten, on its way into the folder where the library keeps it: one file of
 /// items and one index for each event. Nothing is written before the first of it is added. To be made before the
@@ -74,10 +49,9 @@ public:
     void Place();
 
 private:
-    class Writer;
     enum class State { Open, Noted, Placed };
 
-    Writer& Open();
+    RemovedWriter& Open();
     void Close();
     bool IsNoteThere() const;
 
@@ -86,7 +60,7 @@ private:
     PendingRemoved m_pending;
     QString m_folder; ///< that holds it; ends in a separator. Empty before the first entry
     FileLock m_lock;  ///< on it
-    std::unique_ptr<Writer> m_writer;
+    std::unique_ptr<RemovedWriter> m_writer;
     int m_count = 0;
     State m_state = State::Open;
 };
