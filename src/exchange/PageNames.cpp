@@ -7,10 +7,84 @@
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
+#include <QUrl>
+#include <QtEndian>
+#include <algorithm>
 
 namespace qb {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+bool IsUtf16(const QByteArray& page)
+{
+    return page.startsWith("\xff\xfe") || page.startsWith("\xfe\xff");
+}
+
+/// A page as text of which each byte is got back: that of UTF-16 by its units, all else a character a byte.
+QString UnitsOf(const QByteArray& page)
+{
+    if (!IsUtf16(page))
+        return QString::fromLatin1(page);
+    const bool isLittle = page.front() == '\xff';
+    QString units(page.size() / 2, Qt::Uninitialized);
+    for (qsizetype i = 0; i < units.size(); ++i) {
+        const char* at = page.constData() + 2 * i;
+        units[i] = isLittle ? qFromLittleEndian<char16_t>(at) : qFromBigEndian<char16_t>(at);
+    }
+    return units;
+}
+
+/// The same back; half a unit at the end of @p page, of which it was made, stays.
+QByteArray BytesOf(const QString& units, const QByteArray& page)
+{
+    if (!IsUtf16(page))
+        return units.toLatin1();
+    const bool isLittle = page.front() == '\xff';
+    QByteArray bytes(units.size() * 2, '\0');
+    for (qsizetype i = 0; i < units.size(); ++i) {
+        char* at = bytes.data() + 2 * i;
+        isLittle ? qToLittleEndian<char16_t>(units[i].unicode(), at) : qToBigEndian<char16_t>(units[i].unicode(), at);
+    }
+    return bytes + page.right(page.size() % 2);
+}
+
+/// How a page may write the name of a folder, as an expression.
+QString FormsOf(const QString& key, bool isUtf16)
+{
+    const QString utf8 = QString::fromLatin1(key.toUtf8());
+    const QString address = QString::fromLatin1(QUrl::toPercentEncoding(key, "!$&'()*+,;=:@"));
+    QStringList forms{isUtf16 ? key : utf8, key, address};
+    for (qsizetype i = forms.size(); i-- > 0;)
+        forms << forms[i].toHtmlEscaped();
+    forms.removeDuplicates();
+    for (QString& form : forms)
+        form = QRegularExpression::escape(form);
+    return u"(?:"_s + forms.join(u'|') + u')';
+}
+
+QByteArray WithReferences(const QByteArray& page, const QString& oldKey, const QString& newKey)
+{
+    const QRegularExpression reference(
+        u"((?:src|href|background|poster)\\s*=\\s*[\"']?(?:\\./)?)%1(?=[\\\\/])"_s.arg(FormsOf(oldKey, IsUtf16(page))),
+        QRegularExpression::CaseInsensitiveOption);
+    const QString text = UnitsOf(page);
+    QString searched = text; // halves of characters, which no expression takes, are none of the name
+    std::replace_if(
+        searched.begin(), searched.end(), [](QChar unit) { return unit.isSurrogate(); }, u'?');
+    QString renamed;
+    qsizetype done = 0;
+    for (const QRegularExpressionMatch& match : reference.globalMatch(searched)) {
+        renamed += QStringView(text).mid(done, match.capturedEnd(1) - done);
+        renamed += newKey;
+        done = match.capturedEnd();
+    }
+    renamed += QStringView(text).mid(done);
+    return BytesOf(renamed, page);
+}
+
+} // namespace
 
 QStringList PageFilesOf(const Library& library, qint64 item)
 {
@@ -68,20 +142,7 @@ void RenameReferences(const QString& pageFile, const QString& oldKey, const QStr
     QByteArray bytes;
     if (const QString why = ReadAll(file, bytes); !why.isEmpty())
         fail(why);
-    // A page is in any encoding that has ASCII in it; one character a byte keeps all of them.
-    const QRegularExpression reference(
-        u"((?:src|href)\\s*=\\s*[\"']?)%1(?=[\\\\/])"_s.arg(QRegularExpression::escape(oldKey)),
-        QRegularExpression::CaseInsensitiveOption);
-    const QString text = QString::fromLatin1(bytes);
-    QString renamed;
-    qsizetype done = 0;
-    for (const QRegularExpressionMatch& match : reference.globalMatch(text)) {
-        renamed += QStringView(text).mid(done, match.capturedEnd(1) - done);
-        renamed += newKey;
-        done = match.capturedEnd();
-    }
-    renamed += QStringView(text).mid(done);
-    const QByteArray changed = renamed.toLatin1();
+    const QByteArray changed = WithReferences(bytes, oldKey, newKey);
     if (changed == bytes)
         return;
     if (!file.seek(0) || file.write(changed) != changed.size() || !file.resize(changed.size()) || !file.flush())

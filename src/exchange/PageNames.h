@@ -19,8 +19,8 @@ QString PageNameOf(const QString& path, qint64 item);
 /// what is no name, or would leave that folder.
 std::optional<QString> PlaceOfPage(const QString& name, const QString& key, bool isFirst);
 
-/// Lets what a page loads or leads to in the folder of @p oldKey lie in that of @p newKey. Raises RuntimeError 75 when
-/// the file can't be read or written.
+/// Lets what a page loads or leads to in the folder of @p oldKey lie in that of @p newKey, which is of ASCII; in a page
+/// of any encoding. Raises RuntimeError 75 when the file can't be read or written.
 void RenameReferences(const QString& pageFile, const QString& oldKey, const QString& newKey);
 
 } // namespace qb

@@ -237,6 +237,47 @@ private Q_SLOTS:
         RenameReferences(Path(), u"5"_s, u"1234567"_s);
         QVERIFY(Written().startsWith("<IMG SRC=\"1234567\\a.png\">"));
     }
+
+    void references_areFoundHoweverTheyAreWritten_data()
+    {
+        QTest::addColumn<QByteArray>("page");
+        QTest::addColumn<QByteArray>("renamed");
+        const QString key = u"Über & uns"_s;
+        const auto row = [](const char* name, const QByteArray& before, const QByteArray& after) {
+            QTest::newRow(name) << before << after;
+        };
+        row("UTF-8", u"<img src=\"%1/a.png\">"_s.arg(key).toUtf8(), "<img src=\"5/a.png\">");
+        row("Latin-1", u"<img src=\"%1/a.png\">"_s.arg(key).toLatin1(), "<img src=\"5/a.png\">");
+        row("as an address", "<img src='./%c3%9Cber%20&%20uns/a.png'>", "<img src='./5/a.png'>");
+        row("escaped",
+            "<a href=\"\xC3\x9C"
+            "ber &amp; uns/b\">",
+            "<a href=\"5/b\">");
+        row("escaped address", "<a href=\"%C3%9Cber%20&amp;%20uns/b\">", "<a href=\"5/b\">");
+        row("background", "<body background=\"%C3%9Cber%20&%20uns/b\">", "<body background=\"5/b\">");
+        const QString text = u"\xd800 src='%1/a'\n"_s;
+        const QByteArray half = "x"; // of a unit
+        row("UTF-16, little", Utf16(text.arg(key), true) + half, Utf16(text.arg(u"5"_s), true) + half);
+        row("UTF-16, big", Utf16(text.arg(key), false) + half, Utf16(text.arg(u"5"_s), false) + half);
+    }
+    void references_areFoundHoweverTheyAreWritten()
+    {
+        QFETCH(const QByteArray, page);
+        WriteFile(Path(), page);
+        RenameReferences(Path(), u"Über & uns"_s, u"5"_s);
+        QTEST(Written(), "renamed");
+    }
+
+private:
+    static QByteArray Utf16(const QString& text, bool isLittle)
+    {
+        QByteArray bytes = isLittle ? "\xff\xfe" : "\xfe\xff";
+        for (const QChar unit : text) {
+            bytes += char(isLittle ? unit.cell() : unit.row());
+            bytes += char(isLittle ? unit.row() : unit.cell());
+        }
+        return bytes;
+    }
 };
 
 QB_TEST_MAIN(TestBranchStream)
