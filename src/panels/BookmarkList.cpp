@@ -24,6 +24,12 @@ bool Asked(const QString& text, const QString& caption)
 
 } // namespace
 
+BookmarkList::BookmarkList()
+{
+    QObject::connect(&m_rows, &BookmarkTree::MoveAsked, &m_rows,
+                     [this](qint64 bookmark, qint64 group) { MoveToGroup(bookmark, group); });
+}
+
 void BookmarkList::Initialise(Library& library)
 {
     m_library = &library;

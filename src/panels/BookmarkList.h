@@ -9,6 +9,8 @@ namespace qb {
 /// The bookmarks of the open library: what the list shows, and what its commands do.
 class BookmarkList {
 public:
+    BookmarkList();
+
     BookmarkTree& Rows() { return m_rows; }
     const BookmarkTree& Rows() const { return m_rows; }
 

@@ -1,11 +1,16 @@
 #include "panels/BookmarkTree.h"
 
 #include <QCollator>
+#include <QMimeData>
 #include <algorithm>
 
 namespace qb {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+const QString BookmarkFormat = u"application/x-quillbase-bookmark"_s;
+}
 
 // A place holds 0 for a group, and the number of its group plus one for a bookmark.
 
@@ -224,6 +229,51 @@ void BookmarkTree::SortRows()
                       return byText(left.*text, right.*text, left.Id, right.Id);
                   });
     }
+}
+
+// Dragging
+
+Qt::ItemFlags BookmarkTree::flags(const QModelIndex& index) const
+{
+    const Qt::ItemFlags flags = QAbstractItemModel::flags(index);
+    if (!index.isValid())
+        return flags;
+    return flags | Qt::ItemIsDropEnabled | (IsGroup(index) ? Qt::NoItemFlags : Qt::ItemIsDragEnabled);
+}
+
+QStringList BookmarkTree::mimeTypes() const
+{
+    return {BookmarkFormat};
+}
+
+QMimeData* BookmarkTree::mimeData(const QModelIndexList& indexes) const
+{
+    const QString key = indexes.isEmpty() ? QString() : indexes.first().data(KeyRole).toString();
+    auto* data = new QMimeData;
+    data->setData(BookmarkFormat, key.toUtf8());
+    return data;
+}
+
+QModelIndex BookmarkTree::Dragged(const QMimeData& data) const
+{
+    return IndexOfKey(QString::fromUtf8(data.data(BookmarkFormat)));
+}
+
+bool BookmarkTree::canDropMimeData(const QMimeData* data, Qt::DropAction action, int, int,
+                                   const QModelIndex& parent) const
+{
+    const QModelIndex dragged = Dragged(*data);
+    return action == Qt::MoveAction && parent.isValid() && BookmarkAt(dragged) != 0
+           && GroupAt(dragged) != GroupAt(parent);
+}
+
+bool BookmarkTree::dropMimeData(const QMimeData* data, Qt::DropAction action, int row, int column,
+                                const QModelIndex& parent)
+{
+    if (!canDropMimeData(data, action, row, column, parent))
+        return false;
+    Q_EMIT MoveAsked(BookmarkAt(Dragged(*data)), GroupAt(parent));
+    return true;
 }
 
 } // namespace qb

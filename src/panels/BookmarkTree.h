@@ -51,6 +51,20 @@ public:
     /// A column of -1 brings back the order in which they were made.
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
+    // A bookmark is dragged to another group: onto it, or onto one of its bookmarks or between them.
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+    Qt::DropActions supportedDropActions() const override { return Qt::MoveAction; }
+    QStringList mimeTypes() const override;
+    QMimeData* mimeData(const QModelIndexList& indexes) const override;
+    bool canDropMimeData(const QMimeData* data, Qt::DropAction action, int row, int column,
+                         const QModelIndex& parent) const override;
+    bool dropMimeData(const QMimeData* data, Qt::DropAction action, int row, int column,
+                      const QModelIndex& parent) override;
+
+Q_SIGNALS:
+    /// A bookmark was dropped on another group; the rows are as they were.
+    void MoveAsked(qint64 bookmark, qint64 group);
+
 private:
     struct Group {
         BookmarkGroup Self;
@@ -59,6 +73,7 @@ private:
     bool IsGroup(const QModelIndex& index) const { return index.isValid() && index.internalId() == 0; }
     const Group& GroupOf(const QModelIndex& index) const;
     const BookmarkRow* RowAt(const QModelIndex& index) const;
+    QModelIndex Dragged(const QMimeData& data) const;
     QVariant GroupData(const Group& group, int column, int role) const;
     QVariant RowData(const BookmarkRow& row, int column, int role) const;
     void SortRows();

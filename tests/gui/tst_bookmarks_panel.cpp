@@ -10,6 +10,7 @@
 #include <QAbstractItemModelTester>
 #include <QComboBox>
 #include <QHeaderView>
+#include <QMimeData>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSplitter>
@@ -93,6 +94,20 @@ private Q_SLOTS:
         QCOMPARE(Panel()->SelectedBookmark(), 1);
         QVERIFY(List()->isExpanded(List()->model()->index(0, 0)));
         Panel()->FindBookmark(99);
+        QCOMPARE(Panel()->SelectedBookmark(), 1);
+    }
+
+    void bookmark_isDraggedToAnotherGroup()
+    {
+        Make(m_item, u"one"_s, {});
+        Make(m_other, u"two"_s, {});
+        Open();
+        QCOMPARE(List()->dragDropMode(), QAbstractItemView::InternalMove); // nothing comes from elsewhere
+        QVERIFY(List()->dragEnabled() && List()->viewport()->acceptDrops());
+        List()->setCurrentIndex(Row(u"1B"_s));
+        const std::unique_ptr<QMimeData> data(List()->model()->mimeData({Row(u"1B"_s)}));
+        QVERIFY(List()->model()->dropMimeData(data.get(), Qt::MoveAction, -1, -1, Row(u"2G"_s)));
+        QCOMPARE(Titles(), (QStringList{u"one (0)"_s, u"two (2)"_s, u"item"_s, u"other"_s}));
         QCOMPARE(Panel()->SelectedBookmark(), 1);
     }
 

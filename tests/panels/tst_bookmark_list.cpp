@@ -5,6 +5,8 @@
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
 
+#include <QMimeData>
+
 using namespace qb;
 using namespace qb::test;
 using namespace Qt::StringLiterals;
@@ -103,6 +105,19 @@ private Q_SLOTS:
         m_list->MoveToGroup(bookmark, other);
         QCOMPARE(m_library->QueryValue(u"SELECT BookmarkGroup FROM Bookmarks"_s).ToLong(), other);
         QCOMPARE(m_list->Rows().GroupAt(m_list->Rows().FindBookmark(m_item)), other);
+    }
+
+    void bookmarkDroppedOnAGroup_goesThere()
+    {
+        Make(u"g"_s);
+        const qint64 other = AddBookmarkGroup(*m_library, u"h"_s);
+        m_list->Initialise(*m_library);
+        BookmarkTree& rows = m_list->Rows();
+        const std::unique_ptr<QMimeData> data(rows.mimeData({rows.FindBookmark(m_item)}));
+        QVERIFY(
+            rows.dropMimeData(data.get(), Qt::MoveAction, -1, -1, rows.IndexOfKey(BookmarkTree::KeyOfGroup(other))));
+        QCOMPARE(m_library->QueryValue(u"SELECT BookmarkGroup FROM Bookmarks"_s).ToLong(), other);
+        QCOMPARE(rows.GroupAt(rows.FindBookmark(m_item)), other);
     }
 
     void group_isRenamedByWhatIsTyped()

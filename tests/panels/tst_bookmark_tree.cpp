@@ -3,6 +3,7 @@
 #include "support/TestRun.h"
 
 #include <QAbstractItemModelTester>
+#include <QMimeData>
 #include <QSignalSpy>
 
 using namespace qb;
@@ -147,6 +148,41 @@ private Q_SLOTS:
         QCOMPARE(m_tree.BookmarkCount(), 0);
     }
 
+    // Dragging
+
+    void bookmark_canBeDroppedOnAnotherGroupAlone()
+    {
+        const auto data = Dragged(u"12B"_s);
+        const QModelIndex own = m_tree.index(0, 0);
+        const QModelIndex other = m_tree.index(1, 0);
+        const auto takes = [&](const QMimeData& what, const QModelIndex& place) {
+            return m_tree.canDropMimeData(&what, Qt::MoveAction, -1, -1, place);
+        };
+        QVERIFY(takes(*data, other));
+        QVERIFY(takes(*data, m_tree.index(0, 0, other))); // one of its bookmarks
+        QVERIFY(takes(*data, m_tree.index(2, 0)));        // an empty one
+        QVERIFY(!takes(*data, own));
+        QVERIFY(!takes(*data, m_tree.index(0, 0, own)));
+        QVERIFY(!takes(*data, {}));
+        QVERIFY(!takes(*Dragged(u"1G"_s), other));
+        QVERIFY(!takes(QMimeData(), other));
+        QVERIFY(!m_tree.canDropMimeData(data.get(), Qt::CopyAction, -1, -1, other));
+        QVERIFY(m_tree.flags(m_tree.IndexOfKey(u"12B"_s)) & Qt::ItemIsDragEnabled);
+        QVERIFY(!(m_tree.flags(own) & Qt::ItemIsDragEnabled));
+        QVERIFY(!(m_tree.flags({}) & Qt::ItemIsDropEnabled));
+    }
+
+    void drop_asksForTheMoveAndLeavesTheRows()
+    {
+        const QSignalSpy asked(&m_tree, &BookmarkTree::MoveAsked);
+        const auto data = Dragged(u"12B"_s);
+        QVERIFY(m_tree.dropMimeData(data.get(), Qt::MoveAction, 0, 0, m_tree.index(1, 0)));
+        QCOMPARE(asked, (QList<QVariantList>{{qint64(12), qint64(2)}}));
+        QVERIFY(!m_tree.dropMimeData(data.get(), Qt::MoveAction, 0, 0, m_tree.index(0, 0)));
+        QCOMPARE(asked.size(), 1);
+        QCOMPARE(Shape(), u"zwei (3): item 10, Item 9, äpfel | Ähre (1): item 10 | empty (0):"_s);
+    }
+
     // Captions
 
     void caption_isThatOfTheTab()
@@ -169,6 +205,10 @@ private Q_SLOTS:
     }
 
 private:
+    std::unique_ptr<QMimeData> Dragged(const QString& key) const
+    {
+        return std::unique_ptr<QMimeData>(m_tree.mimeData({m_tree.IndexOfKey(key)}));
+    }
     QString Shape() const
     {
         QStringList groups;

@@ -17,6 +17,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr int ExpandDelay = 700; ///< milliseconds that something is held over a closed group
+
 class BookmarkLook : public QStyledItemDelegate {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
@@ -59,6 +61,8 @@ BookmarkView::BookmarkView(BookmarkTree& rows, QWidget* parent) : QTreeView(pare
     setAllColumnsShowFocus(true);
     setEditTriggers(NoEditTriggers);
     setExpandsOnDoubleClick(true);
+    setDragDropMode(InternalMove);
+    setAutoExpandDelay(ExpandDelay);
     setItemDelegate(new BookmarkLook(this));
     setModel(&rows);
     header()->setSortIndicatorClearable(true);

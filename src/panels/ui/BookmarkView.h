@@ -8,7 +8,8 @@
 namespace qb {
 
 /// The list `lvBookMarks`: bookmarks under their groups, sorted by a click on a column; the third click brings back
-/// the order in which they were made. What is selected and which groups are closed stays when it is read anew.
+/// the order in which they were made. A bookmark can be dragged to another group. What is selected and which groups
+/// are closed stays when it is read anew.
 class BookmarkView : public QTreeView {
     Q_OBJECT
 
