@@ -71,8 +71,10 @@ bool PageDownloads::Store(const QString& file, const DownloadTarget& target)
     RequireChange(*library, target.Item, {ItemChange::EditUnasked});
     FileImportOptions options;
     options.Whole = true;
-    const FileImportResult stored = ImportStoredFiles(*library, QString::number(target.Item),
-                                                      FileImportPlan{{file}, {}}, options);
+    FileImportResult stored;
+    Watch([&](Work& work) {
+        stored = ImportStoredFiles(*library, QString::number(target.Item), FileImportPlan{{file}, {}}, options, work);
+    });
     if (stored.Complete && isOpen)
         FilesStored(target.Item);
     return stored.Complete;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/system/Work.h"
 #include "session/SessionState.h"
 #include "web/InetFileLoad.h"
 
@@ -32,6 +33,10 @@ public:
     std::function<bool()> MayClose = [] { return true; };
     /// Something else is being done that nothing must come between.
     std::function<bool()> IsBusy = [] { return false; };
+    /// Lets the user watch how a file is stored, and cancel that.
+    std::function<void(const std::function<void(Work& work)>& store)> Watch = [](const auto& store) {
+        store(NoWork());
+    };
     /// An item of the open library has got a stored file.
     std::function<void(qint64 item)> FilesStored = [](qint64) {};
     std::function<void(qint64 item)> GoToItem = [](qint64) {};

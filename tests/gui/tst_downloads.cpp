@@ -2,12 +2,15 @@
 #include "platform/system/Paths.h"
 #include "store/StoredFiles.h"
 #include "support/EditingWindow.h"
+#include "support/ui/WorkProgress.h"
 #include "web/WebAccess.h"
 #include "web/ui/BrowserView.h"
 #include "web/ui/WebBrowser.h"
 #include "web/ui/frmDownloads.h"
 
+#include <QApplication>
 #include <QProgressBar>
+#include <QProgressDialog>
 #include <QTcpServer>
 #include <QTcpSocket>
 
@@ -48,6 +51,24 @@ private:
         const QByteArray request = socket.readAll();
         Requests << request;
         Answer(socket, request);
+    }
+};
+
+/// Cancels each work that is shown, and notes its title.
+class CancelledProgress : public QObject {
+public:
+    CancelledProgress() { qApp->installEventFilter(this); }
+    QStringList Titles;
+
+protected:
+    bool eventFilter(QObject* object, QEvent* event) override
+    {
+        auto* dialog = event->type() == QEvent::Show ? qobject_cast<QProgressDialog*>(object) : nullptr;
+        if (dialog) {
+            Titles << dialog->windowTitle();
+            dialog->cancel();
+        }
+        return false;
     }
 };
 
@@ -107,6 +128,25 @@ private Q_SLOTS:
         Window()->close(); // which releases the component
         QTRY_VERIFY(!Window());
         QVERIFY(!server.Requests.isEmpty());
+    }
+
+    void storing_isWatched()
+    {
+        FileServer server;
+        server.Answer = [](QTcpSocket& socket, const QByteArray&) {
+            const QByteArray body = Body();
+            socket.write(FileServer::Head(200, {"Content-Length: " + QByteArray::number(body.size())}) + body);
+            socket.disconnectFromHost();
+        };
+        const auto delay = std::exchange(WorkProgress::Delay, std::chrono::milliseconds(0));
+        const auto back = qScopeGuard([delay] { WorkProgress::Delay = delay; });
+        OpenLinks();
+        CancelledProgress progress;
+        Type(server.Url(u"/files/a.zip"_s).toString());
+        QTRY_COMPARE_WITH_TIMEOUT(progress.Titles, QStringList{u"Storing a Loaded File"_s}, 20'000);
+        // What the item did not take is not lost.
+        QTRY_COMPARE(ReadFile(m_folder + u"/a.zip"_s), Body());
+        QCOMPARE(m_database->QueryValue(u"SELECT count(*) FROM Files"_s).ToLong(), 0);
     }
 
     void cutConnection_goesOnWithARange()

@@ -6,6 +6,7 @@
 #include "session/ui/BrowserToolbar.h"
 #include "session/ui/CommandFaces.h"
 #include "session/ui/frmCodeLib.h"
+#include "support/ui/WorkProgress.h"
 #include "text/ui/ctlCodeDetails.h"
 #include "web/LinkItems.h"
 #include "web/OpenedPages.h"
@@ -50,6 +51,10 @@ void frmCodeLib::ConnectDownloads()
     };
     m_downloads->MayClose = [this] { return !m_downloadWindow || m_downloadWindow->MayClose(); };
     m_downloads->IsBusy = [this] { return m_shell->IsWorking() || QApplication::activeModalWidget(); };
+    m_downloads->Watch = [this](const std::function<void(Work&)>& store) {
+        WorkProgress work(this, u"Storing a Loaded File"_s);
+        store(work);
+    };
     m_downloads->FilesStored = [this](qint64 item) { m_storedFiles->FilesAdded(QString::number(item)); };
     m_downloads->GoToItem = [this](qint64 item) { m_tree->GoToNode(NodeKey(item)); };
     m_downloads->ShowAsPage = [this](const QUrl& url) { ctlCodeItemDetails->ShowAsPage(url); };
