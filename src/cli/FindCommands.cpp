@@ -110,6 +110,9 @@ int StatusOf(const FindOutcome& outcome)
     if (outcome.GivenUp > 0)
         Complain(
             u"%1 texts would have taken the expression too long; there may be more in them."_s.arg(outcome.GivenUp));
+    if (outcome.LeftOut > 0)
+        Complain(u"Files of more than %1 MB that were not looked through: %2."_s.arg(LargestSearchedFile >> 20)
+                     .arg(outcome.LeftOut));
     return outcome.IsComplete() ? 0 : 1;
 }
 

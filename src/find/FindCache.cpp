@@ -220,7 +220,7 @@ std::vector<qint64> FindCache::ItemsWithOtherFiles() const
             if (layer.Hidden[source.Item])
                 continue;
             const qint64 item = tables.Items[source.Item].Item.Id;
-            if (!(SourceOf(m_folders, item, source.Source.File, layer.Segment->FileName(source)) == source.Source))
+            if (!SourceOf(m_folders, item, source.Source.File, layer.Segment->FileName(source)).IsAs(source.Source))
                 items.push_back(item);
         }
     }

@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr std::array<char, 8> Magic{'Q', 'B', 'F', 'i', 'n', 'd', '\r', '\n'};
-constexpr quint32 Version = 2;
+constexpr quint32 Version = 3;
 constexpr quint32 ByteOrder = 0x01020304;
 constexpr qint64 Page = 4096;
 constexpr QFileDevice::Permissions Private = QFileDevice::ReadOwner | QFileDevice::WriteOwner;

@@ -55,6 +55,7 @@ FindRun::FindRun(std::shared_ptr<const FindSnapshot> texts, const FindQuery& que
                 || !query.Language.isEmpty();
     if (query.Branch != 0)
         m_branch = m_texts->Branch(query.Branch);
+    m_leftOut = CountLeftOut();
     ListTasks();
     const size_t threads = std::min<size_t>(std::clamp(std::thread::hardware_concurrency(), 1u, MostThreads),
                                             std::max<size_t>(m_tasks.size(), 1));
@@ -75,8 +76,32 @@ FindOutcome FindRun::Wait()
         if (thread.joinable())
             thread.join();
     }
-    return {
-        .IsCancelled = m_cancelled, .DeadlineReached = m_late, .GivenUp = m_givenUp, .IsDamaged = m_texts->IsDamaged()};
+    return Outcome();
+}
+
+FindOutcome FindRun::Outcome() const
+{
+    return {.IsCancelled = m_cancelled,
+            .DeadlineReached = m_late,
+            .GivenUp = m_givenUp,
+            .LeftOut = m_leftOut,
+            .IsDamaged = m_texts->IsDamaged()};
+}
+
+/// Of those that the query asks for.
+size_t FindRun::CountLeftOut() const
+{
+    size_t count = 0;
+    for (quint32 layer = 0; layer < m_texts->Layers().size(); ++layer) {
+        const FindSnapshot::Layer& own = m_texts->Layers()[layer];
+        for (const SegmentSource& source : own.Segment->All().Sources) {
+            const FindField field = source.Source.File == 0 ? FindField::WebPage : FindField::FileTexts;
+            if (source.Source.IsLeftOut && (m_matcher.Query().Fields & BitOf(field)) != 0 && !own.Hidden[source.Item]
+                && Passes({layer, source.Item}))
+                ++count;
+        }
+    }
+    return count;
 }
 
 /// What was added last tends to be what is looked for.
@@ -164,10 +189,7 @@ void FindRun::Work()
 void FindRun::End()
 {
     if (m_ending)
-        m_ending({.IsCancelled = m_cancelled,
-                  .DeadlineReached = m_late,
-                  .GivenUp = m_givenUp,
-                  .IsDamaged = m_texts->IsDamaged()});
+        m_ending(Outcome());
 }
 
 FindResult FindAll(const std::shared_ptr<const FindSnapshot>& texts, const FindQuery& query)

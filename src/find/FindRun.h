@@ -23,11 +23,12 @@ struct FindHit {
     QString Letters() const; ///< of the fields with hits, parted by "/"
 };
 
-/// What came of a run.
+/// What came of a run. A large file that was left out is no fault of it.
 struct FindOutcome {
     bool IsCancelled = false;
     bool DeadlineReached = false; ///< there may be more than was found
     size_t GivenUp = 0;           ///< texts on which the expression would have taken too long
+    size_t LeftOut = 0;           ///< files that are too large to be looked through
     bool IsDamaged = false;       ///< the texts' file was cut short: nothing of it holds
 
     bool IsComplete() const { return !IsCancelled && !DeadlineReached && GivenUp == 0 && !IsDamaged; }
@@ -62,6 +63,8 @@ private:
     };
 
     void ListTasks();
+    size_t CountLeftOut() const;
+    FindOutcome Outcome() const;
     void Work();
     bool IsEnough();
     bool MarkWanted(const Task& task, std::vector<char>& wanted) const;
@@ -82,6 +85,7 @@ private:
     std::atomic<bool> m_cancelled = false;
     std::atomic<bool> m_late = false;
     std::atomic<size_t> m_givenUp = 0;
+    size_t m_leftOut = 0;
     std::mutex m_receiving;
     std::vector<std::jthread> m_threads;
 };

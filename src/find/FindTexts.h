@@ -17,14 +17,22 @@ struct FindText {
     QByteArray Text;
 };
 
+/// A larger file is not looked through: it is hardly a text that somebody has written.
+inline constexpr qint64 LargestSearchedFile = 16 << 20;
+
 /// A file on the disk that a text was read from, and how it was then.
 struct FindSource {
     qint64 File = 0;     ///< the ID of the stored file; 0: the item's web page
     qint64 Size = -1;    ///< -1: there was none
     qint64 Modified = 0; ///< nanoseconds
     quint64 Inode = 0;
+    quint64 IsLeftOut = 0; ///< 1: a text that is too large
 
-    friend bool operator==(const FindSource&, const FindSource&) = default;
+    /// Nothing has happened to the file.
+    bool IsAs(const FindSource& then) const
+    {
+        return File == then.File && Size == then.Size && Modified == then.Modified && Inode == then.Inode;
+    }
 };
 
 /// What a find knows of an item beside its texts.

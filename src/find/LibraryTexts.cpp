@@ -14,7 +14,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int ItemsAtOnce = 500;
-constexpr qint64 LargestFile = 16 << 20; ///< a larger one is hardly a text that somebody has written
 
 /// One state of the database for several statements; nobody writes meanwhile.
 class ReadMoment {
@@ -46,10 +45,16 @@ QString PathOf(const LibraryFolders& folders, qint64 item, qint64 file, const QS
     return file == 0 ? folders.Pages + QString::number(item) + u".htm"_s : StoredFilePath(folders.Files, file, title);
 }
 
-QByteArray ReadWhole(const QString& path)
+QByteArray ReadBegin(const QString& path, qint64 most)
 {
     QFile file(path);
-    return IsPlainFile(path) && file.open(QIODevice::ReadOnly) ? file.read(LargestFile) : QByteArray();
+    return IsPlainFile(path) && file.open(QIODevice::ReadOnly) ? file.read(most) : QByteArray();
+}
+
+bool BeginsAsText(const QString& path)
+{
+    constexpr qint64 Enough = 1 << 16;
+    return !SearchedFileText(ReadBegin(path, Enough)).isEmpty();
 }
 
 QString TextOf(QByteArrayView raw)
@@ -71,6 +76,30 @@ public:
 private:
     std::vector<FindText>& m_texts;
 };
+
+void AddFileText(const LibraryItem& item, const LibraryItem::File& file, const LibraryFolders& folders,
+                 FindItemTexts& texts)
+{
+    FindSource source = SourceOf(folders, item.Item.Id, file.Id, file.Title);
+    const QString path = PathOf(folders, item.Item.Id, file.Id, file.Title);
+    if (source.Size > LargestSearchedFile)
+        source.IsLeftOut = BeginsAsText(path) ? 1 : 0;
+    else if (source.Size > 0)
+        TextList(texts.Texts)
+            .Add(FindField::FileTexts, SearchedFileText(ReadBegin(path, LargestSearchedFile)), file.Id);
+    texts.Sources.push_back(source);
+}
+
+void AddPageText(const LibraryItem& item, const LibraryFolders& folders, FindItemTexts& texts)
+{
+    FindSource source = SourceOf(folders, item.Item.Id, 0, {});
+    source.IsLeftOut = source.Size > LargestSearchedFile ? 1 : 0;
+    if (source.Size > 0 && !source.IsLeftOut)
+        TextList(texts.Texts)
+            .Add(FindField::WebPage,
+                 SearchedPageText(ReadBegin(PathOf(folders, item.Item.Id, 0, {}), LargestSearchedFile)));
+    texts.Sources.push_back(source);
+}
 
 } // namespace
 
@@ -105,22 +134,13 @@ FindItemTexts TextsOf(const LibraryItem& item, const LibraryFolders& folders)
         list.Add(FindField::FileNames, NormalText(file.Title).toUtf8(), file.Id, 0);
         list.Add(FindField::FileNames, SearchedText(file.Description), file.Id, 1);
     }
-    for (const LibraryItem::File& file : item.Files) {
-        const FindSource source = SourceOf(folders, item.Item.Id, file.Id, file.Title);
-        texts.Sources.push_back(source);
-        if (source.Size > 0 && source.Size <= LargestFile)
-            list.Add(FindField::FileTexts,
-                     SearchedFileText(ReadWhole(PathOf(folders, item.Item.Id, file.Id, file.Title))), file.Id);
-    }
+    for (const LibraryItem::File& file : item.Files)
+        AddFileText(item, file, folders, texts);
     list.Add(FindField::Links, NormalText(item.Info).toUtf8());
     for (const LibraryItem::Link& link : item.Links)
         list.Add(FindField::Links, SearchedText(link.Note), link.To, 1);
-    if (item.HasPage) {
-        const FindSource source = SourceOf(folders, item.Item.Id, 0, {});
-        texts.Sources.push_back(source);
-        if (source.Size > 0 && source.Size <= LargestFile)
-            list.Add(FindField::WebPage, SearchedPageText(ReadWhole(PathOf(folders, item.Item.Id, 0, {}))));
-    }
+    if (item.HasPage)
+        AddPageText(item, folders, texts);
     return texts;
 }
 

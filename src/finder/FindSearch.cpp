@@ -146,6 +146,10 @@ QString FindSearch::OutcomeText() const
     if (outcome.GivenUp > 0)
         text += u". %1 would have taken the expression too long: there may be more in them"_s.arg(
             Counted(qint64(outcome.GivenUp), u"text"_s, u"texts"_s));
+    if (outcome.LeftOut > 0)
+        text += u". %1 of more than %2 MB"_s.arg(Counted(qint64(outcome.LeftOut), u"file"_s, u"files"_s))
+                    .arg(LargestSearchedFile >> 20)
+                + (outcome.LeftOut == 1 ? u" was not looked through"_s : u" were not looked through"_s);
     if (outcome.IsCancelled)
         text += u". The search was ended before all texts were looked at"_s;
     if (!m_service.Warning().isEmpty())

@@ -76,6 +76,16 @@ private Q_SLOTS:
         QCOMPARE(Find({u"std::move"_s}).Out, u"Vector [%1] (C)\n  code:2:3: std::move(a);\n"_s.arg(m_a));
     }
 
+    void fileThatIsTooLarge_isSaidAndNoFailure()
+    {
+        AddStoredFile(*m_library, m_a, u"large.log"_s, QByteArray((16 << 20) + 1, 'x'), {});
+        const Outcome outcome = Find({u"std::move"_s, u"--json"_s});
+        QCOMPARE(outcome.Status, 0);
+        QVERIFY(outcome.Object().value(u"complete"_s).toBool());
+        QVERIFY2(outcome.Error.contains(u"Files of more than 16 MB that were not looked through: 1."_s),
+                 qPrintable(outcome.Error));
+    }
+
     void hits_comeTitlesFirstThenWordsThenLateChanges()
     {
         QCOMPARE(Items({u"mov"_s}), (QList<qint64>{m_b, m_c, m_a}));

@@ -143,6 +143,64 @@ private Q_SLOTS:
         QCOMPARE(FoundAnew(u"longer words"_s), Ids{m_b});
     }
 
+    void otherWordsOfALinkOrAFile_areSeen()
+    {
+        m_library->Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, Note) VALUES (?, ?, 'noted')"_s, {m_a, m_b});
+        AddStoredFile(*m_library, m_b, u"x.bin"_s, QByteArray(1, '\0'), {});
+        FindCache cache(m_library->Name());
+        cache.Update();
+        m_library->Execute(u"UPDATE ItemLinks SET Note = 'written'"_s);
+        QCOMPARE(IdsIn(cache.Update(), u"written"_s), Ids{m_a});
+        m_library->Execute(u"UPDATE Files SET Description = 'described'"_s);
+        QCOMPARE(IdsIn(cache.Update(), u"described"_s), Ids{m_b});
+        m_library->Execute(u"UPDATE Files SET Title = 'other.bin'"_s);
+        QCOMPARE(IdsIn(cache.Update(), u"other.bin"_s), Ids{m_b});
+    }
+
+    void textThatIsTooLarge_isLeftOutAndCounted()
+    {
+        const QByteArray large(qsizetype(LargestSearchedFile), 'x');
+        AddStoredFile(*m_library, m_a, u"large.log"_s, large + "y needle", {});
+        AddStoredFile(*m_library, m_a, u"large.bin"_s, QByteArray(1, '\0') + large, {});
+        AddStoredFile(*m_library, m_b, u"just.log"_s, large.chopped(7) + " needle", {});
+        FindCache cache(m_library->Name());
+        FindQuery query;
+        query.Text = u"needle"_s;
+        for (int i = 0; i < 2; ++i) { // read, then taken out of the cache
+            const FindResult result = FindAll(FindCache(m_library->Name()).Update(), query);
+            QCOMPARE(result.Hits.size(), size_t(1));
+            QCOMPARE(result.Hits.front().Id, m_b);
+            QCOMPARE(result.Outcome.LeftOut, size_t(1));
+            QVERIFY(result.Outcome.IsComplete());
+        }
+        const auto leftOut = [&] { return FindAll(cache.Update(), query).Outcome.LeftOut; };
+        query.Branch = m_b;
+        QCOMPARE(leftOut(), size_t(0));
+        query.Branch = m_a;
+        QCOMPARE(leftOut(), size_t(1));
+        query.Fields = AllFindFields & ~BitOf(FindField::FileTexts);
+        QCOMPARE(leftOut(), size_t(0));
+        query.Fields = AllFindFields;
+        m_library->Execute(u"DELETE FROM Files WHERE Title = 'large.log'"_s);
+        QCOMPARE(leftOut(), size_t(0));
+    }
+
+    void pageThatIsTooLarge_isLeftOutAndCounted()
+    {
+        m_library->Execute(u"UPDATE Items SET HTMLPage = -1 WHERE ID = ?"_s, {m_a});
+        QDir().mkpath(m_library->HTMLFolder());
+        WriteFile(m_library->HTMLFolder() + QString::number(m_a) + u".htm"_s,
+                  QByteArray(qsizetype(LargestSearchedFile), 'x') + " needle");
+        FindCache cache(m_library->Name());
+        FindQuery query;
+        query.Text = u"needle"_s;
+        const FindResult result = FindAll(cache.Update(), query);
+        QVERIFY(result.Hits.empty());
+        QCOMPARE(result.Outcome.LeftOut, size_t(1));
+        query.Fields = AllFindFields & ~BitOf(FindField::WebPage);
+        QCOMPARE(FindAll(cache.Update(), query).Outcome.LeftOut, size_t(0));
+    }
+
     void saved_readsTheItemAlone()
     {
         FindCache cache(m_library->Name());
@@ -190,6 +248,21 @@ private Q_SLOTS:
         QCOMPARE(ReadFile(file), before);
     }
 
+    void itemThatWentBeforeAnotherWasSaved_isGoneForTheNextProcess()
+    {
+        FindCache cache(m_library->Name());
+        cache.Update();
+        m_library->Execute(u"DELETE FROM Items WHERE ID = ?"_s, {m_c});
+        cache.Saved({m_c});
+        SetTitle(m_b, u"renamed"_s);
+        cache.Saved({m_b});
+        cache.Keep();
+        const QByteArray kept = ReadFile(CacheFile());
+        QCOMPARE(FoundAnew(u"three"_s), Ids{});
+        QCOMPARE(FoundAnew(u"renamed"_s), Ids{m_b});
+        QCOMPARE(ReadFile(CacheFile()), kept);
+    }
+
     void manyChanges_theFileIsWrittenAnewBeforeItHasTooManyPieces()
     {
         for (int i = 0; i < 40; ++i) {
@@ -231,7 +304,8 @@ private Q_SLOTS:
         row("the header alone", 4096, 0, {});
         row("without its tables", 5000, 0, {});
         row("foreign", -1, 0, "SQLite format 3");
-        row("newer version", -1, 8, QByteArray("\x02\0\0\0", 4));
+        row("older version", -1, 8, QByteArray("\x02\0\0\0", 4));
+        row("newer version", -1, 8, QByteArray("\x7f\0\0\0", 4));
         row("another library", -1, 16, "12345678");
         row("damaged header", -1, 70, "xxxx");
         row("damaged tables", -1, 8192 + 60, "xxxx");

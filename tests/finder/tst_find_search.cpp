@@ -130,6 +130,19 @@ private Q_SLOTS:
                  u"Nothing was found. 1 text would have taken the expression too long: there may be more in them"_s);
     }
 
+    void filesThatAreTooLarge_areSaid()
+    {
+        const qint64 item = AddItem(*m_library, 0, u"logs"_s);
+        const QByteArray large(qsizetype(LargestSearchedFile) + 1, 'x');
+        AddStoredFile(*m_library, item, u"a.log"_s, large, {});
+        Look(QueryFor(u"nowhere"_s));
+        QCOMPARE(m_search->StatusText(), u"Nothing was found. 1 file of more than 16 MB was not looked through"_s);
+        QVERIFY(m_search->IsComplete());
+        AddStoredFile(*m_library, item, u"b.log"_s, large, {});
+        Look(QueryFor(u"logs"_s));
+        QCOMPARE(m_search->StatusText(), u"1 place in 1 item. 2 files of more than 16 MB were not looked through"_s);
+    }
+
     void timeThatIsUp_isSaid()
     {
         const auto before = std::exchange(FindSearch::Deadline, std::chrono::milliseconds(1));
