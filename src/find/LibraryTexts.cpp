@@ -5,7 +5,6 @@
 
 #include <QFile>
 #include <sys/stat.h>
-#include <unordered_map>
 
 namespace qb {
 
@@ -101,6 +100,30 @@ void AddPageText(const LibraryItem& item, const LibraryFolders& folders, FindIte
     texts.Sources.push_back(source);
 }
 
+// The long texts come last, so that the engine need not go through them to what stands behind.
+enum Column { Id, Parent, LastChanged, Status, Rating, Page, Title, Description, Info, Code, Notes, Usage, Columns };
+
+/// Of the row, and of what belongs to it.
+quint64 HashOf(const Statement& row, const std::vector<LibraryItem::File>& files,
+               const std::vector<LibraryItem::Link>& links)
+{
+    RowHasher hasher;
+    for (int column = Id; column < Title; ++column)
+        hasher.Add(row.Long(column));
+    for (int column = Title; column < Columns; ++column)
+        hasher.Add(row.RawText(column));
+    for (const LibraryItem::File& file : files) {
+        hasher.Add(file.Id);
+        hasher.Add(file.Title.toUtf8());
+        hasher.Add(file.Description.toUtf8());
+    }
+    for (const LibraryItem::Link& link : links) {
+        hasher.Add(link.To);
+        hasher.Add(link.Note.toUtf8());
+    }
+    return hasher.Result();
+}
+
 } // namespace
 
 FindSource SourceOf(const LibraryFolders& folders, qint64 item, qint64 file, const QString& title)
@@ -163,7 +186,7 @@ void LibraryTexts::Read(const std::vector<qint64>& ids, std::vector<LibraryItem>
             id, id, [](const FindItem&) { return true; }, items);
 }
 
-void LibraryTexts::ReadRange(qint64 first, qint64 last, const Filter& filter, std::vector<LibraryItem>& items)
+std::unordered_map<qint64, LibraryTexts::Belongings> LibraryTexts::ReadBelongings(qint64 first, qint64 last)
 {
     std::unordered_map<qint64, Belongings> belongings;
     Statement files = m_library->Query(
@@ -176,46 +199,22 @@ void LibraryTexts::ReadRange(qint64 first, qint64 last, const Filter& filter, st
         {first, last});
     while (links.Step())
         belongings[links.Long(0)].Links.push_back({links.Long(1), links.Text(2)});
-    // The long texts come last, so that the engine need not go through them to what stands behind.
-    enum Column {
-        Id,
-        Parent,
-        LastChanged,
-        Status,
-        Rating,
-        Page,
-        Title,
-        Description,
-        Info,
-        Code,
-        Notes,
-        Usage,
-        Columns
-    };
+    return belongings;
+}
+
+void LibraryTexts::ReadRange(qint64 first, qint64 last, const Filter& filter, std::vector<LibraryItem>& items)
+{
+    std::unordered_map<qint64, Belongings> belongings = ReadBelongings(first, last);
     Statement rows = m_library->Query(
         u"SELECT ID, ParentID, LastChanged, ItemStatus, ItemRating, HTMLPage, Title, Description, Info, Code, Notes, "
         "Example FROM Items WHERE ID BETWEEN ? AND ? ORDER BY ID"_s,
         {first, last});
     while (rows.Step()) {
-        RowHasher hasher;
-        for (int column = Id; column < Title; ++column)
-            hasher.Add(rows.Long(column));
-        for (int column = Title; column < Columns; ++column)
-            hasher.Add(rows.RawText(column));
-        const Belongings own = belongings[rows.Long(Id)];
-        for (const LibraryItem::File& file : own.Files) {
-            hasher.Add(file.Id);
-            hasher.Add(file.Title.toUtf8());
-            hasher.Add(file.Description.toUtf8());
-        }
-        for (const LibraryItem::Link& link : own.Links) {
-            hasher.Add(link.To);
-            hasher.Add(link.Note.toUtf8());
-        }
+        const Belongings& own = belongings[rows.Long(Id)];
         const FindItem item{.Id = rows.Long(Id),
                             .Parent = rows.Long(Parent),
                             .LastChanged = rows.Long(LastChanged),
-                            .RowHash = hasher.Result(),
+                            .RowHash = HashOf(rows, own.Files, own.Links),
                             .Status = qint32(rows.Long(Status)),
                             .Rating = qint32(rows.Long(Rating))};
         if (!filter(item))

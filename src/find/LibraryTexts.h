@@ -4,6 +4,7 @@
 #include "store/Library.h"
 
 #include <functional>
+#include <unordered_map>
 
 namespace qb {
 
@@ -64,6 +65,7 @@ private:
         std::vector<LibraryItem::Link> Links;
     };
 
+    std::unordered_map<qint64, Belongings> ReadBelongings(qint64 first, qint64 last);
     void ReadRange(qint64 first, qint64 last, const Filter& filter, std::vector<LibraryItem>& items);
 
     Library* m_library;

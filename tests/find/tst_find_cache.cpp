@@ -157,6 +157,22 @@ private Q_SLOTS:
         QCOMPARE(IdsIn(cache.Update(), u"other.bin"_s), Ids{m_b});
     }
 
+    void languageOfTheLibrary_isThatOfItemsWithoutOne()
+    {
+        FindCache cache(m_library->Name());
+        FindQuery query;
+        query.Text = u"three"_s;
+        const auto found = [&](const QString& language) {
+            query.Language = language;
+            return FindAll(cache.Update(), query).Hits.size();
+        };
+        m_library->Execute(u"UPDATE Properties SET LanguageUsed = 'vb'"_s);
+        QCOMPARE(found(u"VB"_s), size_t(1));
+        m_library->Execute(u"UPDATE Properties SET LanguageUsed = 'sql'"_s);
+        QCOMPARE(found(u"vb"_s), size_t(0));
+        QCOMPARE(found(u"sql"_s), size_t(1));
+    }
+
     void textThatIsTooLarge_isLeftOutAndCounted()
     {
         const QByteArray large(qsizetype(LargestSearchedFile), 'x');
