@@ -320,8 +320,6 @@ private Q_SLOTS:
         row("the header alone", 4096, 0, {});
         row("without its tables", 5000, 0, {});
         row("foreign", -1, 0, "SQLite format 3");
-        row("older version", -1, 8, QByteArray("\x02\0\0\0", 4));
-        row("newer version", -1, 8, QByteArray("\x7f\0\0\0", 4));
         row("another library", -1, 16, "12345678");
         row("damaged header", -1, 70, "xxxx");
         row("damaged tables", -1, 8192 + 60, "xxxx");
@@ -341,6 +339,27 @@ private Q_SLOTS:
         const QByteArray repaired = ReadFile(CacheFile());
         QCOMPARE(FoundAnew(u"std::move"_s), Ids{m_a});
         QCOMPARE(ReadFile(CacheFile()), repaired);
+    }
+
+    void fileOfAnotherVersion_isMadeAnew_data()
+    {
+        QTest::addColumn<QByteArray>("version");
+        QTest::newRow("older") << QByteArray("\x02\0\0\0", 4);
+        QTest::newRow("newer") << QByteArray("\x7f\0\0\0", 4);
+    }
+    void fileOfAnotherVersion_isMadeAnew()
+    {
+        QFETCH(const QByteArray, version);
+        FoundAnew(u"x"_s);
+        const QByteArray own = ReadFile(CacheFile());
+        Patch(8, version);
+        constexpr qsizetype Hashed = 1344; // bytes of the header, behind which their hash stands
+        RowHasher hasher;
+        hasher.Add(QByteArrayView(ReadFile(CacheFile())).first(Hashed));
+        const quint64 hash = hasher.Result();
+        Patch(Hashed, QByteArray(reinterpret_cast<const char*>(&hash), sizeof hash));
+        QCOMPARE(FoundAnew(u"three"_s), Ids{m_c});
+        QCOMPARE(ReadFile(CacheFile()).mid(8, 4), own.mid(8, 4));
     }
 
     void fileCutShortWhileItIsMapped_isNoticedAndReadAnew()

@@ -323,7 +323,7 @@ private Q_SLOTS:
 
     void pageOfTheFiles_isLeftOnceItHasBeenGoneThrough()
     {
-        m_host->Texts.Map = {{{5, 4}, u"x"_s}};
+        m_host->Texts.Map = {{{5, 4}, u"x"_s}, {{5, 5}, u"x x"_s}};
         Show({Row(5, u"a"_s, u"FW"_s), Row(6, u"b"_s, u"O"_s)}, u"x"_s);
         m_results->FindNextOccurance();
         QCOMPARE(m_host->Took(), (QStringList{u"open 5"_s, u"tab 4"_s, u"x at 0"_s}));

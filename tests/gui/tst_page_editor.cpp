@@ -20,6 +20,7 @@
 #include <QSignalSpy>
 #include <QStringEncoder>
 #include <QToolButton>
+#include <csignal>
 
 using namespace qb;
 using namespace qb::test;
@@ -27,7 +28,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int Patience = 8000; // milliseconds, for an engine that starts on a busy machine
+constexpr int KeptAfter = 1500; // milliseconds in which the editor has told what was typed
+constexpr int Patience = 8000;  // milliseconds, for an engine that starts on a busy machine
 
 QByteArray Png(Qt::GlobalColor color)
 {
@@ -303,6 +305,22 @@ private Q_SLOTS:
         QVERIFY(ReadFile(m_page).startsWith("<p>New\nx"));
     }
 
+    void deadPane_comesBackWithTheText()
+    {
+        Open("<p>a</p>");
+        Press(u"b"_s);
+        QTRY_COMPARE_WITH_TIMEOUT(Written(), QByteArray("<p>ba</p>"), Patience);
+        QTest::qWait(KeptAfter);
+        const qint64 before = Renderer();
+        QVERIFY(before > 0 && ::kill(pid_t(before), SIGKILL) == 0);
+        QTRY_VERIFY_WITH_TIMEOUT(Renderer() > 0 && Renderer() != before, Patience);
+        QTRY_COMPARE_WITH_TIMEOUT(Written(), QByteArray("<p>ba</p>"), Patience);
+        QVERIFY(m_editor->windowTitle().startsWith(u'*'));
+        QCOMPARE(ReadFile(m_page), QByteArray("<p>a</p>"));
+        QVERIFY(Saved());
+        QCOMPARE(ReadFile(m_page), QByteArray("<p>ba</p>"));
+    }
+
     void closing_asksAboutWhatIsNotSaved()
     {
         Open("<p>a</p>");
@@ -392,6 +410,14 @@ private:
     {
         QWidget* view = m_editor->Pane().Widget();
         return view->focusProxy() ? view->focusProxy() : view;
+    }
+    /// The process in which the page is; 0 while there is none.
+    qint64 Renderer()
+    {
+        const QObjectList all = m_editor->findChildren<QObject*>();
+        const auto page = std::find_if(all.begin(), all.end(),
+                                       [](QObject* object) { return object->inherits("QWebEnginePage"); });
+        return page == all.end() ? 0 : (*page)->property("renderProcessPid").toLongLong();
     }
     QPlainTextEdit* Source() { return m_editor->findChild<QPlainTextEdit*>(u"txtSource"_s); }
     bool Shows(Qt::GlobalColor color)
