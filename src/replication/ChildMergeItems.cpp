@@ -193,8 +193,8 @@ void ChildMerge::UpdateItemsParentIDsInReplica()
     m_run.BreakCycles();
 }
 
-/// What came before its parent did, which was still waiting at the mother, or would have stood below itself, goes to the
-/// place that the mother has for it once it can.
+/// What came before its parent did, which was still waiting at the mother, or would have stood below itself, goes to
+/// the place that the mother has for it once it can.
 void ChildMerge::BringOrphansBack()
 {
     std::vector<std::pair<qint64, qint64>> places;
