@@ -98,12 +98,13 @@ QStringList Differences(const BackupSummary& said, const BackupSummary& found)
 QStringList StructureFaults(Database& database, Work& work)
 {
     QStringList faults;
-    const StatementPulse pulse(database, work);
-    Statement rows = database.Query(u"PRAGMA integrity_check(10)"_s);
-    while (rows.Step()) {
-        if (rows.Text(0) != u"ok"_s)
-            faults << u"Its database is damaged: %1."_s.arg(rows.Text(0));
-    }
+    RunPulsed(database, work, [&] {
+        Statement rows = database.Query(u"PRAGMA integrity_check(10)"_s);
+        while (rows.Step()) {
+            if (rows.Text(0) != u"ok"_s)
+                faults << u"Its database is damaged: %1."_s.arg(rows.Text(0));
+        }
+    });
     return faults;
 }
 

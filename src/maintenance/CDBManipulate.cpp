@@ -18,24 +18,6 @@ namespace {
 
 const QString ModuleName = u"CDBManipulate"_s;
 
-/// A work that was cancelled has not failed.
-template <class Body>
-bool Attempt(const QString& procedure, Body&& body)
-{
-    return Guarded(
-        ModuleName, procedure,
-        [&] {
-            try {
-                return body();
-            } catch (const RuntimeError& error) {
-                if (IsCancellation(error))
-                    return false;
-                throw;
-            }
-        },
-        false);
-}
-
 } // namespace
 
 bool MayReplaceDatabase()
@@ -54,37 +36,46 @@ bool MayReplaceDatabase()
 bool CDBManipulate::BackUp(const QString& sourceDB, const QString& backupFile)
 {
     m_damage.clear();
-    return Attempt(u"BackUp"_s, [&] {
-        m_damage = BackUpLibrary(sourceDB, backupFile, {}, m_work).Damage;
-        return true;
-    });
+    return Guarded(
+        ModuleName, u"BackUp"_s,
+        [&] { return RunUnlessCancelled([&] { m_damage = BackUpLibrary(sourceDB, backupFile, {}, m_work).Damage; }); },
+        false);
 }
 
 bool CDBManipulate::Restore(QString& targetDB, const QString& sourceFile, bool force, bool noCopy)
 {
+    return Guarded(
+        ModuleName, u"Restore"_s,
+        [&] {
+            bool isDone = false;
+            return RunUnlessCancelled([&] { isDone = RestoreOrRefuse(targetDB, sourceFile, force, noCopy); }) && isDone;
+        },
+        false);
+}
+
+bool CDBManipulate::RestoreOrRefuse(QString& targetDB, const QString& sourceFile, bool force, bool noCopy)
+{
     const bool isReplica = sourceFile.endsWith(u".qbr"_s, Qt::CaseInsensitive);
-    return Attempt(u"Restore"_s, [&] {
-        if (!QFileInfo(QFileInfo(targetDB).absolutePath()).isWritable()) {
-            Prompts::Current().MsgBox({.Text = u"Can't create the file in the required directory. The target directory "
-                                               "is read only."_s,
-                                       .Caption = u"File access error"_s,
-                                       .Icon = MsgBoxIcon::Critical});
-            return false;
-        }
-        const bool asks = !noCopy && (force || !sourceFile.isEmpty()) && QFileInfo::exists(targetDB);
-        const RestoreOver over = !asks || MayReplaceDatabase() ? RestoreOver::Replace : RestoreOver::Number;
-        if (sourceFile.isEmpty()) {
-            targetDB = CompleteUnpacked(targetDB, m_work).Library;
-            return true;
-        }
-        targetDB = RestoreLibrary(sourceFile, targetDB, over, m_work, [isReplica](Database& unpacked) {
-                       if (isReplica)
-                           RefuseWhatIsNoReplica(unpacked);
-                   }).Library;
-        if (isReplica && QFileInfo(sourceFile) != QFileInfo(targetDB))
-            QFile::remove(sourceFile); // it is the library now
+    if (!QFileInfo(QFileInfo(targetDB).absolutePath()).isWritable()) {
+        Prompts::Current().MsgBox({.Text = u"Can't create the file in the required directory. The target directory "
+                                           "is read only."_s,
+                                   .Caption = u"File access error"_s,
+                                   .Icon = MsgBoxIcon::Critical});
+        return false;
+    }
+    const bool asks = !noCopy && (force || !sourceFile.isEmpty()) && QFileInfo::exists(targetDB);
+    const RestoreOver over = !asks || MayReplaceDatabase() ? RestoreOver::Replace : RestoreOver::Number;
+    if (sourceFile.isEmpty()) {
+        targetDB = CompleteUnpacked(targetDB, m_work).Library;
         return true;
-    });
+    }
+    targetDB = RestoreLibrary(sourceFile, targetDB, over, m_work, [isReplica](Database& unpacked) {
+                   if (isReplica)
+                       RefuseWhatIsNoReplica(unpacked);
+               }).Library;
+    if (isReplica && QFileInfo(sourceFile) != QFileInfo(targetDB))
+        QFile::remove(sourceFile); // it is the library now
+    return true;
 }
 
 } // namespace qb

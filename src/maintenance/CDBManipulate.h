@@ -91,6 +91,7 @@ public:
 
 private:
     class Percent;
+    bool RestoreOrRefuse(QString& targetDB, const QString& sourceFile, bool force, bool noCopy);
     ContentPace& Pace();
     void ImportPage(const QString& table, qint64 itemID, const QString& name, const QString& subFolder,
                     const QString& file);

@@ -1,6 +1,8 @@
 // The ways of stored files and web pages into a database and out of it.
 
 #include "maintenance/CDBManipulate.h"
+#include "maintenance/PhasedWork.h"
+#include "platform/system/Heartbeat.h"
 #include "platform/system/Paths.h"
 #include "platform/system/RuntimeError.h"
 #include "store/CDBCreate.h"
@@ -113,13 +115,14 @@ QFileInfoList EntriesOf(const QString& folder)
 /// Says a text with the part of the rows that is done, whenever that has passed the next multiple of three.
 class CDBManipulate::Percent {
 public:
-    Percent(Work& work, const QString& text, qint64 rows) : m_work(work), m_text(text), m_rows(rows) {}
+    Percent(Work& work, const QString& text, qint64 rows) : m_work(work), m_heart(work), m_text(text), m_rows(rows) {}
     ~Percent() { m_work.Say({}, Finished); }
     Percent(const Percent&) = delete;
     Percent& operator=(const Percent&) = delete;
 
     void Row()
     {
+        EndUnless(m_heart.Beat(), u"CDBManipulate"_s);
         constexpr int Step = 3;
         const int percent = int(m_done++ * 100 / qMax<qint64>(1, m_rows));
         if (percent < m_next)
@@ -130,6 +133,7 @@ public:
 
 private:
     Work& m_work;
+    Heartbeat m_heart; ///< a row may have no contents that would tell of themselves
     QString m_text;
     qint64 m_rows;
     qint64 m_done = 0;

@@ -71,7 +71,7 @@ qint64 CompactLibrary(const QString& library, Work& work)
                            u"CompactLibrary"_s);
     RefuseDamaged(*DBEngine::OpenDatabase(swap.NewLibrary(), DatabaseAccess::ReadOnly), work);
     const qint64 after = QFileInfo(swap.NewLibrary()).size();
-    swap.PutInPlace(LibrarySwap::Parts::DatabaseOnly);
+    swap.PutInPlace(LibrarySwap::Parts::DatabaseOnly, work);
     return before - after;
 }
 
@@ -82,10 +82,15 @@ QString SessionCopyPath()
 
 void MakeSessionCopy(const QString& library, Work& work)
 {
+    // When this one fails, that of an earlier session must not pass for it.
+    QFile::remove(SessionCopyNote());
+    if (QFileInfo::exists(SessionCopyPath()) && !QFile::remove(SessionCopyPath()))
+        throw RuntimeError(ErrorNumber::PathAccess,
+                           u"The file '%1' can't be deleted."_s.arg(QDir::toNativeSeparators(SessionCopyPath())),
+                           u"MakeSessionCopy"_s);
     const QString interim = InterimName(SessionCopyPath());
     QFile::remove(interim);
     DBEngine::CompactDatabase(library, interim, work, DBEngine::Copy::Passing);
-    QFile::remove(SessionCopyNote()); // of the copy that goes now
     try {
         MoveIntoPlace(interim, SessionCopyPath(), true);
     } catch (const RuntimeError&) {
@@ -125,7 +130,7 @@ void UndoSession(const QString& library, Work& work)
     CopyFileContents(SessionCopyPath(), swap.NewLibrary(), work);
     KeepNoMoreRightsThan(path, swap.NewLibrary());
     RefuseDamaged(*DBEngine::OpenDatabase(swap.NewLibrary(), DatabaseAccess::ReadOnly), work);
-    swap.PutInPlace(LibrarySwap::Parts::DatabaseOnly);
+    swap.PutInPlace(LibrarySwap::Parts::DatabaseOnly, work);
 }
 
 } // namespace qb

@@ -14,8 +14,8 @@ qint64 CompactLibrary(const QString& library, Work& work = NoWork());
 /// Where the library of the session is kept as it was at the start.
 QString SessionCopyPath();
 
-/// Makes that copy of a library which is not open; the one before goes once it is whole. Raises what
-/// DBEngine::CompactDatabase raises.
+/// Makes that copy of a library which is not open; the one of an earlier session goes first. Raises
+/// what DBEngine::CompactDatabase raises.
 void MakeSessionCopy(const QString& library, Work& work = NoWork());
 
 /// Why the copy can't take a library's place: there is none, or it is of another one. Empty when it can.

@@ -56,8 +56,8 @@ std::vector<qint64> RowsOf(Database& database, const SummedTable& table)
 
 class RowCheck {
 public:
-    RowCheck(Database& database, const SummedTable& table, ContentCheck& found)
-        : m_database(database), m_table(table), m_name(QString::fromLatin1(table.Name)), m_found(found)
+    RowCheck(Database& database, const SummedTable& table, ContentCheck& found, Work& work)
+        : m_database(database), m_table(table), m_name(QString::fromLatin1(table.Name)), m_found(found), m_work(work)
     {
     }
 
@@ -67,6 +67,8 @@ public:
         try {
             Look(id);
         } catch (const RuntimeError& error) {
+            if (error.Number() == ErrorNumber::UserInterrupt)
+                throw;
             Report(Kind::DamagedText, id, u"can't be read: %1"_s.arg(error.Description()));
         }
     }
@@ -117,7 +119,7 @@ private:
         const QString path = StoredFilePath(FilesFolderOf(m_database.Name()), id, m_title);
         if (path.isEmpty() || !IsPlainFile(path))
             return; // that it is missing is said by the check of the library
-        if (ChecksumOfFile(path) != sum)
+        if (ChecksumOfFile(path, m_work) != sum)
             Report(Kind::DamagedFile, id, u"is damaged: its contents are not what was stored"_s);
     }
 
@@ -132,6 +134,7 @@ private:
     const SummedTable& m_table;
     QString m_name;
     ContentCheck& m_found;
+    Work& m_work;
     QString m_title;
 };
 
@@ -149,7 +152,7 @@ ContentCheck CheckContents(Database& database, Work& work)
             all.emplace_back(&table, id);
     }
     for (size_t i = 0; i < all.size(); ++i) {
-        RowCheck(database, *all[i].first, found).Run(all[i].second);
+        RowCheck(database, *all[i].first, found, work).Run(all[i].second);
         work.Advance(qint64(i) + 1, qint64(all.size()));
         EndUnless(!work.IsCancelled(), u"CheckContents"_s);
     }

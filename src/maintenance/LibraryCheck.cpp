@@ -215,8 +215,10 @@ QString FaultName(LibraryFault::Kind kind)
 void RefuseDamaged(Database& database, Work& work)
 {
     Faults faults;
+    QString state;
+    RunPulsed(database, work, [&] { state = database.QueryValue(u"PRAGMA quick_check(1)"_s).ToText(); });
     const StatementPulse pulse(database, work);
-    if (const QString state = database.QueryValue(u"PRAGMA quick_check(1)"_s).ToText(); state != u"ok"_s)
+    if (state != u"ok"_s)
         faults.push_back({Kind::Damage, {}, 0, state});
     else if (CheckTables(database, faults))
         CheckProperties(database, faults);

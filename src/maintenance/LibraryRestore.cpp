@@ -69,11 +69,12 @@ RestoreResult Complete(const QString& unpacked, LibrarySwap& swap, PhasedWork& w
         const QString identity = LibraryIdentity(*database);
         for (const QString& folder : {FilesFolderOf(library), HTMLFolderOf(library)})
             ClaimFolder(folder, identity);
-        const StatementPulse pulse(*database, work);
-        Transaction transaction(*database);
-        database->DeleteTableDef(u"HTMLFiles"_s);
-        database->DeleteField(u"Files"_s, u"File"_s);
-        transaction.Commit();
+        RunPulsed(*database, work, [&database] {
+            Transaction transaction(*database);
+            database->DeleteTableDef(u"HTMLFiles"_s);
+            database->DeleteField(u"Files"_s, u"File"_s);
+            transaction.Commit();
+        });
         for (const QString& table : database->TableNames())
             rows.insert(table, database->QueryValue(u"SELECT count(*) FROM "_s + Quoted(table)).ToLong());
     }
@@ -194,7 +195,7 @@ RestoreResult RestoreLibrary(const QString& backupFile, const QString& target, R
         KeepNoMoreRightsThan(library, swap.NewLibrary());
     else
         aside.Set(library);
-    swap.PutInPlace(LibrarySwap::Parts::WithFolders);
+    swap.PutInPlace(LibrarySwap::Parts::WithFolders, phases);
     aside.Keep();
     phases.Say({}, 101);
     result.Library = library;
@@ -214,7 +215,7 @@ RestoreResult CompleteUnpacked(const QString& target, Work& work)
     RestoreResult result = Complete(copy, swap, phases);
     FoldersAside aside;
     aside.Set(library);
-    swap.PutInPlace(LibrarySwap::Parts::WithFolders);
+    swap.PutInPlace(LibrarySwap::Parts::WithFolders, phases);
     aside.Keep();
     phases.Say({}, 101);
     result.Library = library;

@@ -1,6 +1,7 @@
 #include "maintenance/PackedContents.h"
 
 #include "maintenance/PhasedWork.h"
+#include "maintenance/StatementPulse.h"
 #include "platform/dao/Blob.h"
 #include "platform/system/FileReplace.h"
 #include "platform/system/RuntimeError.h"
@@ -55,6 +56,17 @@ bool IsNull(const PackedField& field, const TableDef& table)
     return field.Db.QueryValue(sql, {field.RowKey}).ToBoolean();
 }
 
+void MakeRoom(const PackedField& field, const TableDef& table, qint64 size, ContentPace& pace)
+{
+    constexpr qint64 Large = 1024 * 1024; // takes longer than a thread
+    const auto make = [&] { Blob::MakeRoom(field.Db, table, field.Field, field.RowKey, size); };
+    if (size < Large)
+        make();
+    else
+        RunPulsed(field.Db, pace.Watcher(), make);
+    pace.Add(0); // many small ones take their time, too
+}
+
 template <class Take>
 ContentSums ReadField(const PackedField& field, ContentPace& pace, Take&& take)
 {
@@ -63,6 +75,7 @@ ContentSums ReadField(const PackedField& field, ContentPace& pace, Take&& take)
     if (!IsNull(field, table))
         blob.emplace(field.Db, table, field.Field, field.RowKey);
     const qint64 size = blob ? blob->Size() : 0;
+    pace.Add(0);
     quint32 sum = 0;
     for (qint64 at = 0; at < size; at += BlobChunk) {
         const QByteArray piece = blob->Read(at, BlobChunk);
@@ -97,7 +110,7 @@ ContentSums FileToField(const PackedField& field, const QString& file, ContentPa
     if (size > MostBytes)
         Fail(file, u"its %1 bytes are too many; %2 are the most that fit into a backup"_s.arg(size).arg(MostBytes));
     const TableDef table = field.Db.GetTableDef(field.Table);
-    Blob::MakeRoom(field.Db, table, field.Field, field.RowKey, size);
+    MakeRoom(field, table, size, pace);
     if (size == 0)
         return {1, 0, 0};
     Blob blob(field.Db, table, field.Field, field.RowKey, Blob::Access::Write);

@@ -33,11 +33,14 @@ struct ContentSums {
 /// The bytes of a long piece of work, over all of its contents.
 class ContentPace {
 public:
-    ContentPace(Work& work, qint64 total) : m_pace(work, total) {}
+    ContentPace(Work& work, qint64 total) : m_work(work), m_pace(work, total) {}
     /// Raises RuntimeError 18 when the work is to end.
     void Add(qint64 bytes);
+    /// Whom it tells, when there is something else to tell.
+    Work& Watcher() { return m_work; }
 
 private:
+    Work& m_work;
     Pace m_pace;
     qint64 m_done = 0;
 };

@@ -48,7 +48,21 @@ inline bool IsCancellation(const RuntimeError& error)
     return error.Number() == ErrorNumber::UserInterrupt || error.Number() == ErrorNumber::Cancelled;
 }
 
-/// Raises that error when @p goesOn is false.
+/// Runs a body. False when it was cancelled, which is no failure.
+template <class Body>
+bool RunUnlessCancelled(Body&& body)
+{
+    try {
+        body();
+        return true;
+    } catch (const RuntimeError& error) {
+        if (!IsCancellation(error))
+            throw;
+        return false;
+    }
+}
+
+/// Raises the error of a cancelled work when @p goesOn is false.
 inline void EndUnless(bool goesOn, const QString& procedure)
 {
     if (!goesOn)

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "maintenance/PhasedWork.h"
 #include "platform/dao/StatementLimit.h"
-#include "platform/system/Work.h"
-
-#include <QElapsedTimer>
+#include "platform/system/Heartbeat.h"
+#include "platform/system/RunBeside.h"
 
 namespace qb {
 
@@ -12,25 +12,35 @@ namespace qb {
 class StatementPulse {
 public:
     /// Both must outlive it.
-    StatementPulse(Database& database, Work& work) : m_work(work), m_limit(database, [this] { return Beat(); })
+    StatementPulse(Database& database, Work& work)
+        : m_heart(work), m_limit(database, [this] { return !m_heart.Beat(); })
     {
-        m_told.start();
     }
 
 private:
-    bool Beat()
-    {
-        constexpr qint64 Interval = 50; // milliseconds
-        if (m_told.elapsed() < Interval)
-            return false;
-        m_told.restart();
-        m_work.Pulse();
-        return m_work.IsCancelled();
-    }
-
-    Work& m_work;
-    QElapsedTimer m_told;
+    Heartbeat m_heart;
     StatementLimit m_limit;
 };
+
+/// Runs statements that are a single step of the engine, however long that takes: a check of the structure, room for a
+/// large value, the end of a column with large ones. The work tells meanwhile that it goes on; RuntimeError 18 is raised
+/// when it was cancelled. Nobody else may use the database until then.
+inline void RunPulsed(Database& database, Work& work, const std::function<void()>& statements)
+{
+    bool isCancelled = false;
+    const auto beat = [&] {
+        work.Pulse();
+        isCancelled = isCancelled || work.IsCancelled();
+        if (isCancelled)
+            StatementLimit::Interrupt(database);
+    };
+    try {
+        RunBeside(statements, beat);
+    } catch (const RuntimeError&) {
+        EndUnless(!isCancelled, QStringLiteral("RunPulsed"));
+        throw;
+    }
+    EndUnless(!isCancelled, QStringLiteral("RunPulsed"));
+}
 
 } // namespace qb

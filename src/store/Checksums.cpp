@@ -1,6 +1,7 @@
 #include "store/Checksums.h"
 
 #include "platform/dao/Database.h"
+#include "platform/system/Heartbeat.h"
 
 #include <QDir>
 #include <QFile>
@@ -128,15 +129,19 @@ quint32 ChecksumOfText(const QString& text)
     return ChecksumOfBytes(text.toUtf8());
 }
 
-quint32 ChecksumOfFile(const QString& path)
+quint32 ChecksumOfFile(const QString& path, Work& work)
 {
     constexpr qsizetype Piece = 1 << 20;
     QFile file(path);
     QByteArray bytes(Piece, Qt::Uninitialized);
     quint32 sum = 0;
     qint64 count = file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) ? file.read(bytes.data(), Piece) : -1;
-    for (; count > 0; count = file.read(bytes.data(), Piece))
+    Heartbeat heart(work);
+    for (; count > 0; count = file.read(bytes.data(), Piece)) {
         sum = Continued(sum, bytes.constData(), count);
+        if (!heart.Beat())
+            throw RuntimeError(ErrorNumber::UserInterrupt, u"It was cancelled."_s, u"ChecksumOfFile"_s);
+    }
     if (count < 0 || file.error() != QFileDevice::NoError)
         throw RuntimeError(
             ErrorNumber::PathAccess,

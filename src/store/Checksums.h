@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/dao/Value.h"
+#include "platform/system/Work.h"
 
 #include <QMap>
 #include <QString>
@@ -42,7 +43,7 @@ void ConvertChecksumStamps(Database& library);
 /// The sum of a text, as the library stores it.
 quint32 ChecksumOfText(const QString& text);
 quint32 ChecksumOfBytes(const QByteArray& bytes);
-/// The sum of a file's contents. Raises RuntimeError 75 when it can't be read.
-quint32 ChecksumOfFile(const QString& path);
+/// The sum of a file's contents. Raises RuntimeError 75 when it can't be read, 18 when the work is to end.
+quint32 ChecksumOfFile(const QString& path, Work& work = NoWork());
 
 } // namespace qb

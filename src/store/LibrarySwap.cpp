@@ -2,6 +2,7 @@
 
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
+#include "platform/system/RunBeside.h"
 #include "platform/system/RuntimeError.h"
 #include "store/Checksums.h"
 #include "store/Library.h"
@@ -189,6 +190,27 @@ void WriteMark(const QString& path)
         Fail(path, u"can't be written"_s);
 }
 
+/// What a stage has for each place of a library, in the order in which they get there; its folders are marked.
+std::vector<Part> MakeParts(const QString& made, const QString& library, LibrarySwap::Parts parts)
+{
+    const auto part = [&made](const QString& name) { return Part{name, MarkOf(made + name)}; };
+    const QString file = QFileInfo(library).fileName();
+    // The journal of the old database must be gone before another one stands under its name.
+    std::vector<Part> all{{file + u"-journal"_s, Nothing}};
+    if (parts == LibrarySwap::Parts::WithFolders) {
+        for (const QString& folder : {FilesFolderOf(library), HTMLFolderOf(library)}) {
+            const QString name = QFileInfo(folder.chopped(1)).fileName();
+            if (QFileInfo(made + name).isDir())
+                WriteMark(made + name + u'/' + FolderMark);
+            all.push_back(part(name));
+        }
+    }
+    all.push_back(part(file));
+    if (all.back().Mark == Nothing)
+        throw RuntimeError(ErrorNumber::Internal, u"There is no new library to put in place."_s, u"LibrarySwap"_s);
+    return all;
+}
+
 /// Without the file that says it is complete a stage is nothing but what may be deleted.
 void Discard(const QString& stage)
 {
@@ -229,25 +251,15 @@ QString LibrarySwap::NewLibrary() const
     return m_stage + u"new/"_s + QFileInfo(m_library).fileName();
 }
 
-void LibrarySwap::PutInPlace(Parts parts)
+void LibrarySwap::PutInPlace(Parts parts, Work& work)
 {
-    const auto part = [this](const QString& name) { return Part{name, MarkOf(m_stage + u"new/"_s + name)}; };
-    const QString file = QFileInfo(m_library).fileName();
-    // The journal of the old database must be gone before another one stands under its name.
-    std::vector<Part> all{{file + u"-journal"_s, Nothing}};
-    if (parts == Parts::WithFolders) {
-        for (const QString& folder : {FilesFolderOf(m_library), HTMLFolderOf(m_library)}) {
-            const QString name = QFileInfo(folder.chopped(1)).fileName();
-            if (QFileInfo(m_stage + u"new/"_s + name).isDir())
-                WriteMark(m_stage + u"new/"_s + name + u'/' + FolderMark);
-            all.push_back(part(name));
-        }
-    }
-    all.push_back(part(file));
-    if (all.back().Mark == Nothing)
-        throw RuntimeError(ErrorNumber::Internal, u"There is no new library to put in place."_s, u"LibrarySwap"_s);
-    DeleteFolder(m_stage + u"scratch"_s);
-    SyncFileSystem(m_stage);
+    std::vector<Part> all;
+    const auto prepare = [&] {
+        all = MakeParts(m_stage + u"new/"_s, m_library, parts);
+        DeleteFolder(m_stage + u"scratch"_s);
+        SyncFileSystem(m_stage);
+    };
+    RunBeside(prepare, [&work] { work.Pulse(); });
     if (const QString why = ReplaceContents(m_stage + ReadyName, Written(all)); !why.isEmpty())
         throw RuntimeError(
             ErrorNumber::PathAccess,

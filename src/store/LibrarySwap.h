@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/system/FileLock.h"
+#include "platform/system/Work.h"
 
 #include <QString>
 #include <QStringList>
@@ -25,8 +26,8 @@ public:
 
     enum class Parts { DatabaseOnly, WithFolders };
     /// Flushes the new library and puts it in place of the old one, which is gone then. To be called while nobody else
-    /// uses it (SoleUse). Raises RuntimeError 75 with the library as it was.
-    void PutInPlace(Parts parts);
+    /// uses it (SoleUse). Raises RuntimeError 75 with the library as it was. @p work is told that it goes on.
+    void PutInPlace(Parts parts, Work& work = NoWork());
 
 private:
     QString m_library;

@@ -5,6 +5,7 @@
 #include "platform/system/FileReplace.h"
 #include "platform/system/Interims.h"
 #include "platform/system/Paths.h"
+#include "platform/system/RunBeside.h"
 #include "platform/system/RuntimeError.h"
 
 #include <QDir>
@@ -109,7 +110,7 @@ bool BrindletonZip::Zip(Work& work)
     const auto clear = qScopeGuard([&interim] { QFile::remove(interim); });
     if (!Pack(files, interim, work))
         return false;
-    MoveIntoPlace(interim, m_zipFileName, true);
+    RunBeside([&] { MoveIntoPlace(interim, m_zipFileName, true); }, [&work] { work.Pulse(); });
     qint64 size = 0;
     for (const Packed& file : files)
         size += file.Size;

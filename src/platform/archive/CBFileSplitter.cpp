@@ -4,6 +4,7 @@
 #include "platform/system/FileReplace.h"
 #include "platform/system/Interims.h"
 #include "platform/system/Paths.h"
+#include "platform/system/RunBeside.h"
 #include "platform/system/RuntimeError.h"
 #include "platform/system/StagedFiles.h"
 
@@ -139,7 +140,7 @@ QString CBFileSplitter::Split(const QString& file, qint64 size, Work& work)
     }
     if (source.size() != total)
         Fail(file, u"something is writing to it"_s);
-    volumes.PutInPlace(false);
+    volumes.PutInPlace(false, work);
     for (int number = int(count) + 1; QFile::remove(VolumeName(file, number));)
         ++number;
     QFile::remove(file);
@@ -178,7 +179,7 @@ bool CBFileSplitter::MergeTo(const QString& file, const QString& target, Work& w
             return false;
     }
     joined.close();
-    MoveIntoPlace(interim, target, false);
+    RunBeside([&] { MoveIntoPlace(interim, target, false); }, [&work] { work.Pulse(); });
     clear.dismiss();
     return true;
 }

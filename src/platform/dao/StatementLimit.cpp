@@ -29,6 +29,11 @@ StatementLimit::~StatementLimit()
     Install();
 }
 
+void StatementLimit::Interrupt(Database& database)
+{
+    sqlite3_interrupt(database.m_connection);
+}
+
 void StatementLimit::Install() const
 {
     StatementLimit* limit = m_database->m_limit;

@@ -25,6 +25,9 @@ public:
     StatementLimit(const StatementLimit&) = delete;
     StatementLimit& operator=(const StatementLimit&) = delete;
 
+    /// Ends what a database runs in another thread, also in the middle of a check of its structure.
+    static void Interrupt(Database& database);
+
 private:
     static int Ask(void* limit);
     void Install() const;

@@ -2,6 +2,7 @@
 
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
+#include "platform/system/RunBeside.h"
 #include "platform/system/RuntimeError.h"
 
 #include <QDir>
@@ -114,11 +115,11 @@ QString StagedFiles::Scratch()
     return path;
 }
 
-int StagedFiles::PutInPlace(bool keepExisting)
+int StagedFiles::PutInPlace(bool keepExisting, Work& work)
 {
     int kept = 0;
     if (!m_files.isEmpty())
-        SyncFileSystem(m_stage);
+        RunBeside([this] { SyncFileSystem(m_stage); }, [&work] { work.Pulse(); });
     for (const QString& name : std::as_const(m_folders))
         MakeFolders(name);
     for (const QString& name : std::as_const(m_files)) {

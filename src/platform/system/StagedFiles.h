@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/system/FileLock.h"
+#include "platform/system/Work.h"
 
 #include <QString>
 #include <QStringList>
@@ -29,8 +30,8 @@ public:
     void AddFolder(const QString& name) { m_folders << name; }
     /// Puts all of them in place, over files that are there, or leaving these with @p keepExisting.
     /// Returns how many were left. Raises RuntimeError 75 when one can't be, or when its way leads through
-    /// a link.
-    int PutInPlace(bool keepExisting);
+    /// a link. @p work is told that it goes on.
+    int PutInPlace(bool keepExisting, Work& work = NoWork());
     /// Puts a folder that holds all of them in place in one step. Raises RuntimeError 75 when something of that name is
     /// there, but for an empty folder.
     void PutInPlaceAsFolder(const QString& name);
