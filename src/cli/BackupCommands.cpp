@@ -159,7 +159,8 @@ int Compact(const QStringList& words)
 int UndoSessionCommand(const QStringList& words)
 {
     const Arguments arguments(words, {}, 1);
-    UndoSession(arguments.Positional(0));
+    ProgressLine line(u"bytes"_s);
+    UndoSession(arguments.Positional(0), line);
     if (arguments.Json())
         Print(QJsonObject{{u"undone"_s, true}});
     return 0;
@@ -211,8 +212,9 @@ int RestoreItem(const QStringList& words)
     const Arguments arguments(words, {{"parent", "id"}}, 3);
     const auto library = OpenLibrary(arguments.Positional(2), DBEngine::Access::ReadWrite);
     const qint64 parent = arguments.Has(u"parent"_s) ? arguments.IdOption(u"parent"_s) : -1;
-    BackupItems backup(arguments.Positional(0), QFileInfo(library->Name()).absolutePath());
-    const qint64 id = backup.BringBack(arguments.Id(1), *library, parent);
+    ProgressLine line(u"bytes"_s);
+    BackupItems backup(arguments.Positional(0), QFileInfo(library->Name()).absolutePath(), line);
+    const qint64 id = backup.BringBack(arguments.Id(1), *library, parent, line);
     if (arguments.Json())
         Print(QJsonObject{{u"id"_s, id}});
     else

@@ -9,6 +9,7 @@
 #include "platform/dao/DBEngine.h"
 #include "platform/system/Clock.h"
 #include "platform/system/FileReplace.h"
+#include "platform/system/Heartbeat.h"
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/RuntimeError.h"
@@ -54,13 +55,15 @@ Phases PhasesOf(qint64 database, qint64 contents)
     return {part(check), part(copy), part(import), part(pack)};
 }
 
-qint64 BytesBelow(const QString& folder)
+qint64 BytesBelow(const QString& folder, Work& work)
 {
     qint64 bytes = 0;
+    Heartbeat heart(work);
     QDirIterator all(folder, QDir::Files | QDir::Hidden | QDir::NoSymLinks, QDirIterator::Subdirectories);
     while (all.hasNext()) {
         all.next();
         bytes += all.fileInfo().size();
+        EndUnless(heart.Beat(), Procedure);
     }
     return bytes;
 }
@@ -121,7 +124,7 @@ private:
             if (OwnerOf(folder, identity) == FolderOwner::Another)
                 continue; // nothing in it is this library's
             *own = folder;
-            bytes += BytesBelow(folder);
+            bytes += BytesBelow(folder, m_work);
         }
         return bytes;
     }
@@ -182,10 +185,11 @@ private:
         m_plan.Decide({.Path = m_file,
                        .Complete = container,
                        .Locked = m_stage.LockedFolder(),
-                       .Identity = m_result.Summary.Library});
+                       .Identity = m_result.Summary.Library,
+                       .IsDamaged = !m_result.Damage.empty()});
         try {
             MoveAll(container);
-            m_stage.PutInPlace(false);
+            m_stage.PutInPlace(false, m_work);
         } catch (const RuntimeError&) {
             m_plan.TakeBack();
             throw;
@@ -259,6 +263,21 @@ void PackedCopy::Prepare(Database& copy)
                                .Icon = MsgBoxIcon::Critical});
     throw RuntimeError(ErrorNumber::Engine, u"The tables of a backup could not be made. Nothing was changed."_s,
                        Procedure);
+}
+
+void PackedCopy::Decide(const PlacedFile& made)
+{
+    const std::optional<BackupSummary> there = ReadBackupSummary(made.Path);
+    const auto refuse = [&made](const QString& what) {
+        throw RuntimeError(ErrorNumber::DatabaseExists,
+                           u"'%1' is %2, and is not replaced. Choose another name; nothing was changed."_s.arg(
+                               QDir::toNativeSeparators(made.Path), what),
+                           Procedure);
+    };
+    if (there && there->Library != made.Identity)
+        refuse(u"a backup of another library, '%1'"_s.arg(there->Name));
+    if (there && made.IsDamaged && there->Damaged == 0)
+        refuse(u"a backup of this library from before it was damaged"_s);
 }
 
 QString WhyNotAsPacked(const QString& database, const QString& container, Work& work)

@@ -23,6 +23,7 @@ struct PlacedFile {
     QString Complete; ///< where it lies
     QString Locked;   ///< the folder that is locked until it has its name
     QString Identity; ///< of the library in it
+    bool IsDamaged;   ///< the library is
 };
 
 /// What is made of the copy of a library on its way into its file: a backup, where nothing else is said. Whatever is
@@ -41,8 +42,9 @@ public:
     virtual void Prepare(Database& copy);
     /// The contents are in.
     virtual void Complete(Database&) {}
-    /// The file has been compared.
-    virtual void Decide(const PlacedFile&) {}
+    /// The file has been compared. A backup does not take the place of another library's, nor one of damage that of
+    /// one without.
+    virtual void Decide(const PlacedFile& made);
     /// It did not get its name after all.
     virtual void TakeBack() {}
     virtual void Placed() {}
@@ -58,8 +60,8 @@ QString WhyNotAsPacked(const QString& database, const QString& container, Work& 
 
 /// Looks for damage in a library, packs it with its files and pages into a backup and compares that with what went in,
 /// before it takes its name. The library may be open elsewhere, if nobody is writing. Raises an error, with what was
-/// there as it was: 3045 when somebody is writing, 3204 when a database, or volumes, stand under the name, 75 for what
-/// can't be read or written, 18 when it was cancelled.
+/// there as it was: 3045 when somebody is writing, 3204 when a database, volumes or a backup that is not to go stand
+/// under the name, 75 for what can't be read or written, 18 when it was cancelled.
 BackUpResult BackUpLibrary(const QString& library, const QString& backupFile, const BackUpOptions& options,
                            Work& work = NoWork());
 

@@ -191,6 +191,90 @@ private Q_SLOTS:
         }
     }
 
+    void cancelledPulse_leavesWhatWasThere()
+    {
+        WriteFile(Backup(), "the one before");
+        int cancelled = 0;
+        for (int pulse = 1; pulse < 1000; ++pulse) {
+            m_work.Forget();
+            m_work.Ends = [&](qint64) { return m_work.Pulses >= pulse; };
+            if (CDBManipulate(m_work).BackUp(m_library, Backup()))
+                break;
+            ++cancelled;
+            QCOMPARE(ReadFile(Backup()), "the one before");
+            QCOMPARE(Names(), QStringList{u"Bäume260302.qbb"_s});
+        }
+        QVERIFY(cancelled >= 4); // folders, pages, files and the comparison at least
+        QVERIFY(ReadBackupSummary(Backup()));
+    }
+
+    void restore_showsThatItGoesOnInEachStep()
+    {
+        BackUpLibrary(m_library, Backup(), {}, m_work);
+        struct : RecordedWork {
+            void Pulse() override { PulsesAt << (Done.isEmpty() ? 0 : Done.last()); }
+            QList<qint64> PulsesAt;
+        } work;
+        RestoreLibrary(Backup(), In(u"r.qbd"_s), RestoreOver::Refuse, work);
+        QVERIFY(work.PulsesAt.count(750) >= 3); // the columns go, the check, the flush
+        work.PulsesAt.clear();
+        work.Forget();
+        QVERIFY(CheckBackup(Backup(), In({}), work).Faults.isEmpty());
+        QVERIFY(work.PulsesAt.contains(600)); // the check of the structure
+    }
+
+    void largeFile_showsThatItGoesOnWhileItGetsRoom()
+    {
+        const auto library = Library::Open(m_library);
+        library->AppendField(u"Files"_s, {.Name = u"File"_s, .Type = FieldType::LongBinary, .OrdinalPosition = 4});
+        CDBManipulate contents(m_work);
+        contents.Use(*library);
+        WriteFile(In(u"large"_s), QByteArray(1024 * 1024, 'x'));
+        WriteFile(In(u"empty"_s), {});
+        Transaction transaction(*library);
+        contents.ImportFileToField({*library, u"Files"_s, 1}, In(u"empty"_s));
+        QCOMPARE(m_work.Done, QList<qint64>{0}); // many of them would take their time
+        QCOMPARE(m_work.Pulses, 0);
+        contents.ImportFileToField({*library, u"Files"_s, 1}, In(u"large"_s));
+        QVERIFY(m_work.Pulses >= 1);
+        m_work.Ends = [](qint64) { return true; };
+        CDBManipulate other(m_work);
+        other.Use(*library);
+        QB_VERIFY_RAISES(other.ImportFileToField({*library, u"Files"_s, 2}, In(u"large"_s)), 18);
+    }
+
+    void backupOfAnotherLibrary_isNotReplaced()
+    {
+        const QString other = m_home->Path(u"other.qbd"_s);
+        MakeLibrary(other).reset();
+        BackUpLibrary(other, Backup(), {}, m_work);
+        const QByteArray before = ReadFile(Backup());
+        QB_VERIFY_RAISES(BackUpLibrary(m_library, Backup(), {}, m_work), 3204);
+        QCOMPARE(ReadFile(Backup()), before);
+        QCOMPARE(Names(), QStringList{u"Bäume260302.qbb"_s});
+        BackUpLibrary(other, Backup(), {}, m_work);
+    }
+
+    void volumesOfAnotherSet_areRefused()
+    {
+        const BackUpResult result = BackUpLibrary(m_library, Backup(), {.VolumeSize = 3000}, m_work);
+        BackUpLibrary(m_library, In(u"later.qbb"_s), {.VolumeSize = 3000}, m_work);
+        WriteFile(In(u"later.qbb.002"_s), ReadFile(In(u"later.qbb.002"_s)).replace(0, 8, "another!"));
+        const QByteArray first = ReadFile(result.Files[0]), second = ReadFile(result.Files[1]);
+        const QStringList names = Names();
+        const auto refuses = [&](const QByteArray& one, const QByteArray& two) {
+            WriteFile(result.Files[0], one);
+            WriteFile(result.Files[1], two);
+            QB_VERIFY_RAISES(RestoreLibrary(result.Files[0], In(u"r.qbd"_s), RestoreOver::Refuse, m_work), 75);
+            QCOMPARE(Names(), names);
+        };
+        refuses(first, ReadFile(In(u"later.qbb.002"_s)));
+        refuses(second, first); // in the wrong order
+        refuses(first, second.chopped(1));
+        WriteFile(result.Files[1], second);
+        RestoreLibrary(result.Files[0], In(u"r.qbd"_s), RestoreOver::Refuse, m_work);
+    }
+
     void missingPage_isNotedAndGoneInTheBackupOnly()
     {
         QFile::remove(HTMLFolderOf(m_library) + u"1.htm"_s);

@@ -176,6 +176,15 @@ private Q_SLOTS:
         QVERIFY(QFileInfo::exists(SessionCopyPath())); // it can be done again
     }
 
+    void copyThatFails_leavesNoneOfAnEarlierSession()
+    {
+        MakeSessionCopy(m_path);
+        QVERIFY(WhyNotUndone(m_path).isEmpty());
+        QB_VERIFY_RAISES(MakeSessionCopy(m_home->Path(u"lib/none.qbd"_s)), 3024);
+        QVERIFY(!QFileInfo::exists(SessionCopyPath()));
+        QVERIFY(!WhyNotUndone(m_path).isEmpty());
+    }
+
     void copyOfAnotherLibrary_isNotTaken()
     {
         QB_VERIFY_RAISES(UndoSession(m_path), 3024);

@@ -7,6 +7,7 @@
 #include "store/StoredFiles.h"
 #include "support/CliRun.h"
 #include "support/LibraryBuilder.h"
+#include "support/RecordedWork.h"
 #include "support/TestRun.h"
 
 #include <QDir>
@@ -100,11 +101,15 @@ private Q_SLOTS:
         QVERIFY(BackUpLibrary(Path(), file, {}).Damage.empty());
         QCOMPARE(CheckBackup(file, m_home->Path(), NoWork()).Faults, QStringList());
         FlipBit("usageText");
+        QB_VERIFY_RAISES(BackUpLibrary(Path(), file, {}), 3204); // the good one stays
+        QCOMPARE(CheckBackup(file, m_home->Path(), NoWork()).Faults, QStringList());
+        QFile::remove(file);
         const std::vector<LibraryFault> damage = BackUpLibrary(Path(), file, {}).Damage;
         QCOMPARE(damage.size(), size_t(1));
         QVERIFY(damage[0].Text.contains(u"has a damaged usage"_s));
         QCOMPARE(ReadBackupSummary(file)->Damaged, 1);
         QVERIFY(CheckBackup(file, m_home->Path(), NoWork()).Faults.join(u' ').contains(u"were damaged already"_s));
+        QCOMPARE(BackUpLibrary(Path(), file, {}).Damage.size(), size_t(1)); // it is no better
     }
 
     void cancelledCheck_ends()
@@ -113,6 +118,19 @@ private Q_SLOTS:
             bool IsCancelled() override { return true; }
         } cancelled;
         QB_VERIFY_RAISES(CheckContents(*m_library, cancelled), 18);
+    }
+
+    void largeFile_showsThatItGoesOnAndCanBeCancelled()
+    {
+        QVERIFY(Attach(u"file.txt"_s, "contents") > 0);
+        RecordedWork work;
+        CheckContents(*m_library, work);
+        QCOMPARE(work.Done, (QList<qint64>{1, 2}));
+        QVERIFY(work.Pulses >= 1);
+        work.Forget();
+        work.Ends = [&work](qint64) { return work.Pulses >= 1; };
+        QB_VERIFY_RAISES(CheckContents(*m_library, work), 18);
+        QCOMPARE(work.Done, QList<qint64>{1}); // it is not taken for damage
     }
 
     void lines_areTenAtMost()
