@@ -4,6 +4,7 @@
 #include "maintenance/CDBManipulate.h"
 #include "maintenance/Compaction.h"
 #include "maintenance/ContentCheck.h"
+#include "maintenance/PhasedWork.h"
 #include "platform/system/Clock.h"
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
@@ -42,7 +43,8 @@ bool IsWanted(const QString& text, const QString& caption, std::optional<MsgBoxR
 /// Where a backup is to go; empty when the user cancelled.
 QString AskForTarget(const QString& backupFile)
 {
-    const QString name = fnExtractPathOrFileName(backupFile, PathPart::BaseName) + u".qbd"_s;
+    const QString whole = backupFile.endsWith(u".001"_s) ? TakeExtensionOff(backupFile) : backupFile; // of volumes
+    const QString name = fnExtractPathOrFileName(whole, PathPart::BaseName) + u".qbd"_s;
     if (!IsWanted(u"Do you want to select a path, where to put the restored database and all coherent files?\r\nIf you "
                   "select 'No', then the database will be restored to the KT Quillbase install location."_s,
                   u"Restore Location"_s, MsgBoxResult::No))
@@ -172,7 +174,9 @@ void DatabaseTools::MakeStartOfSessionCopy()
     if (m_session.CurrentDatabasePath.isEmpty())
         Tell(u"Cannot find the last opened database : "_s, ApplicationTitle, MsgBoxIcon::Information);
     else
-        Guarded(ModuleName, u"MakeStartOfSessionCopy"_s, [this] { MakeSessionCopy(m_session.CurrentDatabasePath); });
+        m_commands.SetEnabled(u"mnuUndoThisSessionChanges"_s, Guarded(ModuleName, u"MakeStartOfSessionCopy"_s, [this] {
+                                  MakeSessionCopy(m_session.CurrentDatabasePath);
+                              }));
 }
 
 void DatabaseTools::mnuUndoThisSessionChanges_Click()
@@ -183,7 +187,10 @@ void DatabaseTools::mnuUndoThisSessionChanges_Click()
     if (const QString why = WhyNotUndone(library); !why.isEmpty())
         return Tell(why + u" Nothing was changed."_s, ApplicationTitle, MsgBoxIcon::Information);
     m_libraries.CloseDatabase();
-    Guarded(ModuleName, u"mnuUndoThisSessionChanges"_s, [&library] { UndoSession(library); });
+    Guarded(ModuleName, u"mnuUndoThisSessionChanges"_s, [&] {
+        Watched(u"Undo This Session's Changes"_s,
+                [&](Work& work) { RunUnlessCancelled([&] { UndoSession(library, work); }); });
+    });
     if (!m_libraries.SetupDBConnection())
         return m_libraries.ShowNoLibrary();
     m_libraries.NewHistory();

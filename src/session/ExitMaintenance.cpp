@@ -2,6 +2,7 @@
 
 #include "maintenance/BackupRotation.h"
 #include "maintenance/Compaction.h"
+#include "maintenance/PhasedWork.h"
 #include "platform/system/Clock.h"
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
@@ -71,8 +72,10 @@ void ExitMaintenance::CompactDatabaseOnExit(bool isDue)
     bool isDone = false;
     {
         const ClosedLibrary library(m_session);
-        isDone = Guarded(ModuleName, u"CompactDatabase"_s, [&] {
-            m_tools.Watched(u"Compaction"_s, [&](Work& work) { CompactLibrary(library.Path(), work); });
+        Guarded(ModuleName, u"CompactDatabase"_s, [&] {
+            m_tools.Watched(u"Compaction"_s, [&](Work& work) {
+                isDone = RunUnlessCancelled([&] { CompactLibrary(library.Path(), work); });
+            });
         });
     }
     if (isDone && isDue)
@@ -143,7 +146,7 @@ void ExitMaintenance::BackUpDatabaseOnExit()
     const QString library = m_session.CurrentDatabasePath;
     // The extension is deliberately the library's own.
     const QString file = FolderOfBackups() + u'/' + fnExtractPathOrFileName(library, PathPart::BaseName)
-                         + Clock::Today().Day().toString(u"yyMMdd"_s) + u'.' + library.section(u'.', -1);
+                         + Clock::Today().Day().toString(u"yyMMdd"_s) + u'.' + QFileInfo(library).suffix();
     if (!MayBackUp(file))
         return;
     const QStringList old = OldBackups();
@@ -174,7 +177,8 @@ void ExitMaintenance::RotateOnExit()
         const QDate today = Clock::Today().Day();
         QDate latest;
         for (const BackupEntry& entry : ListBackups(folder)) {
-            if (entry.Base == base && entry.Summary && entry.Summary->Library == identity)
+            const bool isOwn = entry.Base == base && entry.Summary && entry.Summary->Library == identity;
+            if (isOwn && entry.Day <= today) // a clock that was ahead must not put off the next one for years
                 latest = qMax(latest, entry.Day);
         }
         if (latest.isValid() && latest.daysTo(today) < settings.BackupRotationEvery())
@@ -190,7 +194,9 @@ void ExitMaintenance::RotateOnExit()
         const RotationRule rule{.Last = qMax(1, settings.BackupRotationLast()),
                                 .Daily = settings.BackupRotationDaily(),
                                 .Weekly = settings.BackupRotationWeekly()};
-        m_tools.Watched(u"Backup"_s, [&](Work& work) { RotateBackups(folder, rule, today, work, base); });
+        m_tools.Watched(u"Backup"_s, [&](Work& work) {
+            RunUnlessCancelled([&] { RotateBackups(folder, rule, today, work, base); });
+        });
     });
 }
 

@@ -6,6 +6,7 @@
 #include "session/BackupList.h"
 #include "session/ExitMaintenance.h"
 #include "support/LibraryState.h"
+#include "support/RecordedWork.h"
 #include "support/TestSession.h"
 
 using namespace qb;
@@ -41,6 +42,15 @@ class TestDatabaseTools : public QObject {
         s->Libraries.CloseDatabase();
         s->State.CurrentDatabase = Library::Open(m_one);
         ExitMaintenance(s->State, s->Shell, *m_tools).Run();
+    }
+    /// The user of a work's window who has had enough.
+    static std::function<void(const QString&, const std::function<void(Work&)>&)> CancelAtOnce()
+    {
+        return [](const QString&, const std::function<void(Work&)>& body) {
+            RecordedWork work;
+            work.Ends = [](qint64) { return true; };
+            body(work);
+        };
     }
     void ExpectRestore(const QString& file, MsgBoxResult choosesPath, MsgBoxResult takesPlace)
     {
@@ -168,6 +178,15 @@ private Q_SLOTS:
         QVERIFY(QFileInfo::exists(m_one)); // it is only off the list
     }
 
+    void restoredVolumes_areNamedAsTheirLibrary()
+    {
+        BackUpLibrary(m_one, Path(u"b.qbb"_s), {.VolumeSize = 1000});
+        ExpectRestore(Path(u"b.qbb.001"_s), MsgBoxResult::No, MsgBoxResult::Yes);
+        s->Script.ExpectInputBox(u"Include to Favourites List"_s, u"Two"_s);
+        s->CommandStates.Run(u"mnuDBToolsRestoreItem"_s);
+        QCOMPARE(s->OpenPath(), ApplicationFolder() + u"b.qbd"_s);
+    }
+
     void restoreThatFails_endsTheCommand()
     {
         WriteFile(Path(u"b.qbb"_s), "no backup");
@@ -206,6 +225,32 @@ private Q_SLOTS:
         QCOMPARE(CountOf(*s->State.CurrentDatabase, u"Items"_s), 1);
     }
 
+    void copyThatFails_offersNoUndo()
+    {
+        s->Libraries.CloseDatabase();
+        Settings().SetDBEnableSessionUndo(true);
+        m_tools->MakeStartOfSessionCopy();
+        QVERIFY(s->Enabled(u"mnuUndoThisSessionChanges"_s));
+        s->State.CurrentDatabasePath = Path(u"gone.qbd"_s);
+        s->Script.ExpectError();
+        m_tools->MakeStartOfSessionCopy();
+        QVERIFY(!s->Enabled(u"mnuUndoThisSessionChanges"_s));
+        QVERIFY(!QFileInfo::exists(SessionCopyPath()));
+    }
+
+    void cancelledUndo_leavesTheSession()
+    {
+        s->Libraries.CloseDatabase();
+        Settings().SetDBEnableSessionUndo(true);
+        m_tools->MakeStartOfSessionCopy();
+        QVERIFY(s->Libraries.SetupDBConnection());
+        AddItem(*s->State.CurrentDatabase, 0, u"of this session"_s);
+        m_tools->Watched = CancelAtOnce();
+        s->CommandStates.Run(u"mnuUndoThisSessionChanges"_s);
+        QCOMPARE(s->OpenPath(), m_one);
+        QCOMPARE(CountOf(*s->State.CurrentDatabase, u"Items"_s), 2);
+    }
+
     void copyOfAnotherLibrary_isNotTaken()
     {
         s->Libraries.CloseDatabase();
@@ -234,6 +279,31 @@ private Q_SLOTS:
         EndSession();
         QCOMPARE(s->State.CurrentDatabase->QueryValue(u"PRAGMA freelist_count"_s), Value(0));
         QVERIFY(s->State.CurrentDatabase);
+    }
+
+    void cancelledCompaction_isNoFailure()
+    {
+        Store(u"CompactOnExitEvery"_s, 5);
+        Store(u"CompactOnExitUsedDays"_s, 5);
+        m_tools->Watched = CancelAtOnce();
+        EndSession(); // without a message
+        QVERIFY(s->State.CurrentDatabase);
+    }
+
+    void libraryWithoutExtension_isBackedUp()
+    {
+        QDir().mkpath(Path(u"lib.old"_s));
+        const QString plain = Path(u"lib.old/plain"_s);
+        QVERIFY(QFile::copy(m_one, plain));
+        s->Libraries.CloseDatabase();
+        m_one = plain;
+        s->State.CurrentDatabasePath = plain;
+        s->State.CurrentDatabase = Library::Open(plain);
+        Store(u"BackupOnExitEvery"_s, 0);
+        Settings().SetDBBackupAutomatic(true);
+        EndSession();
+        QCOMPARE(s->Shell.StatusText, u"Database Backed Up"_s);
+        QCOMPARE(NamesIn(u"data/Backups"_s), QStringList{u"plain260302."_s});
     }
 
     void dueBackup_compactsAndAsks()
@@ -319,6 +389,19 @@ private Q_SLOTS:
         QCOMPARE(NamesIn(u"backups"_s), (QStringList{u"one260306.qbb"_s, u"one260308.qbb"_s}));
         for (const BackupEntry& entry : ListBackups(Path(u"backups"_s)))
             QVERIFY(entry.IsGood);
+    }
+
+    void clockThatWasAhead_putsNoBackupOff()
+    {
+        Settings().SetBackupRotation(true);
+        Settings().SetBackupRotationEvery(1);
+        QDir().mkpath(Path(u"backups"_s));
+        Store(u"BackupDir"_s, Path(u"backups"_s));
+        s->Time.Set(Date::FromParts(2035, 1, 1, 12));
+        EndSession();
+        s->Time.Set(Date::FromParts(2026, 3, 2, 12));
+        EndSession();
+        QCOMPARE(NamesIn(u"backups"_s), (QStringList{u"one260302.qbb"_s, u"one350101.qbb"_s}));
     }
 
     void rotatingBackup_neverReplacesThatOfAnotherLibrary()

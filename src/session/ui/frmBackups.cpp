@@ -1,6 +1,7 @@
 #include "session/ui/frmBackups.h"
 
 #include "maintenance/BackupItems.h"
+#include "maintenance/PhasedWork.h"
 #include "panels/ui/ElidedLabel.h"
 #include "platform/system/Prompts.h"
 #include "support/ErrorRoutine.h"
@@ -170,7 +171,7 @@ void frmBackups::WithBackup(const QString& procedure, const std::function<void(c
             Fill();
             tell(u"The backup is not there any more:\n\n"_s + QDir::toNativeSeparators(file));
         } catch (const RuntimeError& error) {
-            if (error.Number() == ErrorNumber::UserInterrupt)
+            if (IsCancellation(error))
                 return;
             HandleError(error.Number(), error.Description(), u"frmBackups"_s, procedure, error.Source(), false);
             tell(error.Description());
