@@ -187,15 +187,19 @@ std::vector<bool> KeptBy(const RotationRule& rule, const std::vector<QDate>& day
     constexpr int DaysOfWeek = 7;
     std::vector<bool> kept(days.size());
     QSet<qint64> seenDays, seenWeeks;
+    int place = 0;
     for (size_t i = 0; i < days.size(); ++i) {
         const qint64 age = days[i].daysTo(today);
+        kept[i] = age < 0;
+        if (kept[i])
+            continue; // a clock was ahead: it must take no other one's place
         const qint64 day = days[i].toJulianDay();
         const qint64 week = day / DaysOfWeek; // Julian day 0 was a Monday
         const bool isFirstOfDay = !seenDays.contains(day);
         const bool isFirstOfWeek = !seenWeeks.contains(week);
         seenDays << day;
         seenWeeks << week;
-        kept[i] = age < 0 || i < size_t(rule.Last) || (isFirstOfDay && age < rule.Daily)
+        kept[i] = place++ < rule.Last || (isFirstOfDay && age < rule.Daily)
                   || (isFirstOfWeek && today.toJulianDay() / DaysOfWeek - week < rule.Weekly);
     }
     return kept;

@@ -1,3 +1,4 @@
+#include "maintenance/Compaction.h"
 #include "store/Library.h"
 #include "support/CliRun.h"
 #include "support/LibraryBuilder.h"
@@ -116,6 +117,30 @@ private Q_SLOTS:
                        {outcome.Object().value(u"id"_s).toInteger()}),
                  QStringList{u"two1"_s});
         QCOMPARE(Cli({u"restore-item"_s, In(u"b.qbb"_s), u"9"_s, m_library}).Status, 1);
+    }
+
+    void library_isCompacted()
+    {
+        {
+            const auto library = Library::Open(m_library);
+            AddItem(*library, 0, u"big"_s, QString(300'000, u'y'));
+            library->Execute(u"DELETE FROM Items WHERE Title = 'big'"_s);
+        }
+        const Outcome outcome = Cli({u"compact"_s, m_library, u"--json"_s});
+        QCOMPARE(outcome.Status, 0);
+        QVERIFY(outcome.Object().value(u"freed"_s).toInteger() > 200'000);
+        QCOMPARE(Cli({u"compact"_s, m_home->Path(u"none.qbd"_s)}).Status, 1);
+    }
+
+    void session_isUndone()
+    {
+        MakeSessionCopy(m_library);
+        QCOMPARE(Cli({u"delete"_s, m_library, u"1"_s}).Status, 0);
+        const Outcome outcome = Cli({u"undo-session"_s, m_library, u"--json"_s});
+        QCOMPARE(outcome.Status, 0);
+        QCOMPARE(outcome.Object().value(u"undone"_s), QJsonValue(true));
+        const auto library = Library::Open(m_library);
+        QCOMPARE(Texts(*library, u"SELECT Title FROM Items ORDER BY ID"_s), (QStringList{u"one"_s, u"two"_s}));
     }
 
     void openLibrary_isNeitherCompactedNorReplaced()

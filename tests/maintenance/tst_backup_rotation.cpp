@@ -74,7 +74,8 @@ private Q_SLOTS:
         // After a long pause the last ones stay, however old they are.
         QCOMPARE(KeptOf({.Last = 1, .Daily = 5}, {QDate(2025, 5, 1), QDate(2025, 4, 1)}), QStringList{u"0501"_s});
         QCOMPARE(KeptOf({.Last = 1}, {QDate(2026, 3, 9), QDate(2026, 3, 2), QDate(2026, 3, 1)}),
-                 QStringList{u"0309"_s}); // a clock that was wrong
+                 (QStringList{u"0309"_s, u"0302"_s})); // a clock that was wrong takes no place
+        QCOMPARE(KeptOf({.Weekly = 1}, {QDate(2026, 3, 8), QDate(2026, 3, 2)}), (QStringList{u"0308"_s, u"0302"_s}));
         QCOMPARE(KeptOf({.Daily = 1}, {QDate(2026, 3, 9), QDate(2026, 3, 2), QDate(2026, 3, 1)}),
                  (QStringList{u"0309"_s, u"0302"_s}));
         QCOMPARE(KeptOf({.Daily = 1}, {Today(), Today()}).size(), 1);
