@@ -1,5 +1,6 @@
 #include "exchange/BranchStream.h"
 
+#include "platform/system/Heartbeat.h"
 #include "platform/system/RuntimeError.h"
 #include "platform/system/TextEncoding.h"
 
@@ -130,6 +131,7 @@ void BranchWriter::Write(const BranchTrailer& trailer)
 void BranchWriter::WriteContents(QFile& source, qint64 size, Work& work)
 {
     QByteArray piece(qsizetype(std::min(size, Piece)), Qt::Uninitialized);
+    Heartbeat heart(work);
     for (qint64 left = size; left > 0;) {
         const qint64 read = source.read(piece.data(), std::min(left, Piece));
         if (read <= 0)
@@ -138,7 +140,7 @@ void BranchWriter::WriteContents(QFile& source, qint64 size, Work& work)
                                u"BranchWriter"_s);
         Bytes(piece.constData(), read);
         left -= read;
-        if (work.IsCancelled())
+        if (!heart.Beat())
             throw RuntimeError(ErrorNumber::Cancelled, u"The export was stopped."_s, u"BranchWriter"_s);
     }
 }
@@ -260,6 +262,7 @@ qint32 BranchReader::ReadCount()
 
 void BranchReader::ReadContents(QFile* target, qint64 size, Work& work)
 {
+    Heartbeat heart(work);
     for (qint64 left = size; left > 0;) {
         const QByteArray piece = Bytes(std::min(left, Piece));
         if (target && target->write(piece) != piece.size())
@@ -268,7 +271,7 @@ void BranchReader::ReadContents(QFile* target, qint64 size, Work& work)
                                                                    target->errorString()),
                                u"BranchReader"_s);
         left -= piece.size();
-        if (work.IsCancelled())
+        if (!heart.Beat())
             throw RuntimeError(ErrorNumber::Cancelled, u"The import was stopped."_s, u"BranchReader"_s);
     }
 }

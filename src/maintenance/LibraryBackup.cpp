@@ -231,17 +231,7 @@ private:
     BackUpOptions m_options;
     PackedCopy& m_plan;
     PhasedWork m_work;
-    /// Counts nothing of its own, but ends as the work does.
-    class Silent : public Work {
-    public:
-        explicit Silent(Work& work) : m_of(work) {}
-        void Advance(qint64, qint64) override { m_of.Pulse(); }
-        void Pulse() override { m_of.Pulse(); }
-        bool IsCancelled() override { return m_of.IsCancelled(); }
-
-    private:
-        Work& m_of;
-    } m_silent{m_work};
+    UncountedWork m_silent{m_work};
     StagedFiles m_stage;
     QString m_database; ///< as it is packed
     DBEngine::Copy m_copy = DBEngine::Copy::Passing;

@@ -37,6 +37,20 @@ private:
     qint64 m_end = 0;
 };
 
+/// A part of a work that counts other things than the whole, which only shows that it goes on.
+class UncountedWork : public Work {
+public:
+    /// @p whole must outlive the object.
+    explicit UncountedWork(Work& whole) : m_whole(whole) {}
+
+    void Advance(qint64, qint64) override { m_whole.Pulse(); }
+    void Pulse() override { m_whole.Pulse(); }
+    bool IsCancelled() override { return m_whole.IsCancelled(); }
+
+private:
+    Work& m_whole;
+};
+
 /// Raises the error by which a work ends that was cancelled.
 [[noreturn]] inline void RaiseCancelled(const QString& procedure)
 {

@@ -1,9 +1,11 @@
 #include "publishing/BranchPublisher.h"
 
+#include "maintenance/PhasedWork.h"
 #include "maintenance/ReplacedFile.h"
 #include "platform/system/FileCopy.h"
 #include "platform/system/FileReplace.h"
 #include "platform/system/RuntimeError.h"
+#include "web/LocalPages.h"
 
 #include <QDir>
 #include <QFile>
@@ -106,7 +108,7 @@ PublishResult PublishBranch(Library& library, qint64 item, ReaderForm form, cons
     const auto row = std::find_if(std::begin(Forms), std::end(Forms),
                                   [form](const FormRow& one) { return one.Form == form; });
     const std::unique_ptr<BranchPublisher> publisher = row->Make(
-        {library, branch, stage, place.fileName(), palette, result});
+        {library, branch, stage, place.fileName(), palette, result, work});
     work.Say(u"Exporting Code Items...."_s, 1);
     AddAll(library, branch, *publisher, result, work);
     moment.reset();
@@ -142,6 +144,13 @@ void BranchPublisher::WriteStaged(const QString& name, const QByteArray& bytes)
     KeepNoMoreRightsThan(From().Name(), file.fileName());
 }
 
+void BranchPublisher::CopyContents(const QString& source, const QString& copy)
+{
+    UncountedWork work(m_task.Watcher);
+    CopyFileContents(source, copy, work);
+    KeepNoMoreRightsThan(From().Name(), copy);
+}
+
 bool BranchPublisher::CopyStored(const PublishedFile& file, const QString& name)
 {
     if (file.Path.isEmpty()) {
@@ -149,10 +158,30 @@ bool BranchPublisher::CopyStored(const PublishedFile& file, const QString& name)
         return false;
     }
     const QString copy = Stage().PathFor(name);
-    CopyFileContents(file.Path, copy);
-    KeepNoMoreRightsThan(From().Name(), copy);
+    CopyContents(file.Path, copy);
     ++Result().Files;
     return true;
+}
+
+QByteArray BranchPublisher::ReadPageFile(const QString& path) const
+{
+    QFile file(From().HTMLFolder() + path);
+    QByteArray bytes;
+    const QString why = file.open(QIODevice::ReadOnly) ? ReadAll(file, bytes) : file.errorString();
+    if (!why.isEmpty())
+        throw RuntimeError(
+            ErrorNumber::PathAccess,
+            u"'%1' can't be read: %2. Nothing was written."_s.arg(QDir::toNativeSeparators(file.fileName()), why),
+            Procedure);
+    return IsPageName(path) ? WithPagePolicy(bytes, "file") : bytes;
+}
+
+void BranchPublisher::CopyPageFile(const QString& path, const QString& name)
+{
+    if (IsPageName(path))
+        return WriteStaged(name, ReadPageFile(path));
+    const QString copy = Stage().PathFor(name);
+    CopyContents(From().HTMLFolder() + path, copy);
 }
 
 } // namespace qb

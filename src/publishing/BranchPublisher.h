@@ -37,7 +37,7 @@ struct PublishResult {
 
 /// Writes an item and everything below it, with @p item 0 the whole library, to @p target: a file, which is replaced
 /// when the new one is complete, or a folder, which must be empty or not there. @p work counts items. Raises an error
-/// with nothing written; 3059 when it was cancelled.
+/// with nothing written; 3059, or 18, when it was cancelled.
 PublishResult PublishBranch(Library& library, qint64 item, ReaderForm form, const QString& target,
                             Work& work = NoWork(), const TokenPalette& palette = TokenPalette::Default());
 
@@ -52,6 +52,7 @@ public:
         QString Name; ///< of the file that is made, where it is one
         const TokenPalette& Palette;
         PublishResult& Result;
+        Work& Watcher;
     };
 
     explicit BranchPublisher(const Task& task) : m_task(task) {}
@@ -74,8 +75,15 @@ protected:
     void WriteStaged(const QString& name, const QByteArray& bytes);
     /// Puts a copy of a stored file there; counts it, or notes that it is missing. False then.
     bool CopyStored(const PublishedFile& file, const QString& name);
+    /// A file of a web page, @p path below the folder of pages. A page comes with a policy by which a browser runs nothing
+    /// of it, and loads nothing but files beside it. Raises RuntimeError 75 where it can't be read.
+    QByteArray ReadPageFile(const QString& path) const;
+    /// Puts a copy of such a file there.
+    void CopyPageFile(const QString& path, const QString& name);
 
 private:
+    void CopyContents(const QString& source, const QString& copy);
+
     Task m_task;
 };
 

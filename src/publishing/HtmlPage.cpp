@@ -1,3 +1,4 @@
+#include "find/PageText.h"
 #include "platform/richtext/Rtf.h"
 #include "platform/system/FileReplace.h"
 #include "platform/system/RuntimeError.h"
@@ -5,9 +6,11 @@
 #include "publishing/HtmlText.h"
 #include "publishing/RichHtml.h"
 #include "support/DateFormatCustom.h"
+#include "web/PageBytes.h"
 
 #include <QCryptographicHash>
 #include <QFile>
+#include <QFileInfo>
 
 namespace qb {
 
@@ -55,6 +58,7 @@ public:
         AppendCode("Usage", item.Usage, item);
         AppendNotes(item.Notes);
         AppendFiles(item);
+        AppendWebPage(item);
         AppendLinks(place);
         AppendChildren(place);
         m_html += "</article>\n";
@@ -107,7 +111,6 @@ private:
         add(u"By "_s, item.User);
         add(u"Status: "_s, item.Status);
         add(u"Rating: "_s, item.Rating == 0 ? QString() : u"%1 of 5"_s.arg(item.Rating / 2.0));
-        add({}, item.HasPage ? u"Its web page is not in this file"_s : QString());
         return facts;
     }
 
@@ -169,8 +172,33 @@ private:
             throw RuntimeError(ErrorNumber::PathAccess,
                                u"'%1' can't be read: %2. Nothing was written."_s.arg(file.Path, why), u"HtmlPage"_s);
         ++Result().Files;
-        return "<a download=\"" + Escaped(file.Title) + "\" href=\"data:application/octet-stream;base64,"
-               + bytes.toBase64() + "\">" + title + "</a>";
+        return SavedBy(file.Title, bytes);
+    }
+
+    static QByteArray SavedBy(const QString& name, const QByteArray& contents)
+    {
+        return "<a download=\"" + Escaped(name.section(u'/', -1)) + "\" href=\"data:application/octet-stream;base64,"
+               + contents.toBase64() + "\"><bdi>" + Escaped(name) + "</bdi></a>";
+    }
+
+    /// What it says can be read here; it, and its files, can be saved.
+    void AppendWebPage(const PublishedItem& item)
+    {
+        if (item.Pages.isEmpty())
+            return;
+        m_html += "<section><h3>Web page</h3>\n";
+        if (item.Pages.front() == QString::number(item.Item) + u".htm"_s)
+            m_html += "<p class=what>" + Escaped(TextOfPage(PageBytes(ReadPageFile(item.Pages.front())).Text()))
+                      + "</p>\n";
+        m_html += "<ul class=list>\n";
+        for (const QString& path : item.Pages) {
+            const qint64 size = QFileInfo(From().HTMLFolder() + path).size();
+            m_html += "<li>"
+                      + (size > LargestInThePage ? "<bdi>" + Escaped(path) + "</bdi><small>not in this page</small>"
+                                                 : SavedBy(path, ReadPageFile(path)))
+                      + "<small>" + Escaped(ReadableSize(size)) + "</small></li>\n";
+        }
+        m_html += "</ul></section>\n";
     }
 
     void AppendLinks(int place)

@@ -53,8 +53,11 @@ public:
             if (!paragraph.isEmpty())
                 text += u'\n' + MarkdownText(paragraph) + u'\n';
         }
-        text += Code(u"Code"_s, item.Code, item.Language) + Code(u"Usage"_s, item.Usage, item.Language)
-                + Notes(item.Notes) + Files(item.Files) + Links(place) + Children(place);
+        // In a list: in a sum it is the compiler who says which of them takes its names first.
+        for (const QString& part :
+             {Code(u"Code"_s, item.Code, item.Language), Code(u"Usage"_s, item.Usage, item.Language), Notes(item.Notes),
+              Files(item.Files), WebPage(item), Links(place), Children(place)})
+            text += part;
         WriteStaged(path + Ending, text.toUtf8());
     }
 
@@ -120,6 +123,18 @@ private:
             list += u'\n';
         }
         return list;
+    }
+
+    /// The page lies beside its folder, so that it finds what it names.
+    QString WebPage(const PublishedItem& item)
+    {
+        if (item.Pages.isEmpty())
+            return {};
+        const QString folder = m_beside + u'/' + m_besideNames.Take({}, u"web page"_s) + u'/';
+        for (const QString& path : item.Pages)
+            CopyPageFile(path, folder + path);
+        return u"\n## Web page\n\n- [%1](%2)\n"_s.arg(MarkdownLine(item.Pages.front()),
+                                                      MarkdownTarget(WayTo(m_folder, folder + item.Pages.front())));
     }
 
     QString Links(int place) const

@@ -1,6 +1,7 @@
 #include "publishing/PublishedBranch.h"
 
 #include "exchange/BranchWalk.h"
+#include "exchange/PageNames.h"
 #include "platform/richtext/Rtf.h"
 #include "platform/system/RuntimeError.h"
 #include "store/CCodeItem.h"
@@ -90,7 +91,7 @@ PublishedItem ReadPublishedItem(Library& library, qint64 item, const QString& la
                        .Notes = row.Notes(),
                        .OwnLanguage = LanguageInRtf(row.Code()),
                        .Language = {},
-                       .HasPage = row.HTMLPage(),
+                       .Pages = row.HTMLPage() ? PageFilesOf(library, item) : QStringList(),
                        .Files = FilesOf(library, item)};
     if (read.OwnLanguage.isEmpty())
         read.OwnLanguage = LanguageInRtf(read.Usage);

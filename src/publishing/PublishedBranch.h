@@ -72,7 +72,7 @@ struct PublishedItem {
     QString Notes;
     QString OwnLanguage; ///< that the item itself names
     QString Language;    ///< what its code is written in; empty where nobody says
-    bool HasPage = false;
+    QStringList Pages;   ///< its web page and what belongs to that, below the folder of pages
     std::vector<PublishedFile> Files;
 };
 

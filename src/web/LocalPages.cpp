@@ -19,25 +19,25 @@ const QString Host = u"library"_s;
 const QString ItemAddress = u"local://Item"_s;
 const QString PageSuffix = u".htm"_s;
 
-bool IsPageName(const QString& name)
-{
-    return name.endsWith(PageSuffix, Qt::CaseInsensitive) || name.endsWith(u".html"_s, Qt::CaseInsensitive);
-}
-
 bool IsWeb(const QUrl& url)
 {
     static const QStringList schemes{u"http"_s, u"https"_s, u"ws"_s, u"wss"_s, u"data"_s, u"blob"_s, u"about"_s, u""_s};
     return schemes.contains(url.scheme());
 }
 
-/// Set before everything else in the page but its document type, so that nothing is read without.
-QByteArray WithPolicy(QByteArray page)
+} // namespace
+
+bool IsPageName(const QString& name)
 {
-    static const QByteArray scheme = QByteArray(LocalPageScheme) + ':';
-    static const QByteArray policy =
-        "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src " + scheme
-        + " data:; media-src " + scheme + "; font-src " + scheme + "; style-src " + scheme
-        + " 'unsafe-inline'; form-action 'none'; base-uri 'none'\">";
+    return name.endsWith(PageSuffix, Qt::CaseInsensitive) || name.endsWith(u".html"_s, Qt::CaseInsensitive);
+}
+
+/// Set before everything else in the page but its document type, so that nothing is read without.
+QByteArray WithPagePolicy(QByteArray page, const QByteArray& scheme)
+{
+    const QByteArray policy = "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src "
+                              + scheme + ": data:; media-src " + scheme + ":; font-src " + scheme + ":; style-src "
+                              + scheme + ": 'unsafe-inline'; form-action 'none'; base-uri 'none'\">";
     const QByteArray mark = "\xef\xbb\xbf";
     if (page.startsWith("\xff\xfe") || page.startsWith("\xfe\xff"))
         page = mark + QString(QStringDecoder(QStringDecoder::Utf16).decode(page)).toUtf8();
@@ -49,8 +49,6 @@ QByteArray WithPolicy(QByteArray page)
     const qsizetype end = hasType ? page.indexOf('>', at) : -1;
     return page.insert(end < 0 ? start : end + 1, policy);
 }
-
-} // namespace
 
 QUrl LocalPageUrl(const QString& name)
 {
@@ -123,7 +121,7 @@ std::optional<LocalPageFile> ReadLocalPageFile(const QString& folder, const QUrl
         return std::nullopt;
     QByteArray content = file.readAll();
     if (IsPageName(path))
-        return LocalPageFile{WithPolicy(std::move(content)), "text/html"};
+        return LocalPageFile{WithPagePolicy(std::move(content), LocalPageScheme), "text/html"};
     return LocalPageFile{std::move(content), QMimeDatabase().mimeTypeForFile(path).name().toLatin1()};
 }
 

@@ -41,6 +41,11 @@ struct LocalPageFile {
 /// is no such file, or its name leads out of the folder.
 std::optional<LocalPageFile> ReadLocalPageFile(const QString& folder, const QUrl& url);
 
+/// Whether the name of a file is that of a page.
+bool IsPageName(const QString& name);
+/// A page with a policy that lets it run no script and load nothing but files of @p scheme ("file").
+QByteArray WithPagePolicy(QByteArray page, const QByteArray& scheme);
+
 /// Whether @p page may load @p resource into itself. A local page reaches the files of its own
 /// folder (17.htm those in 17/), a page of the web only the web.
 bool MayRequest(const QUrl& page, const QUrl& resource);

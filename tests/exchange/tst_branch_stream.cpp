@@ -2,6 +2,7 @@
 #include "exchange/PageNames.h"
 #include "platform/system/RuntimeError.h"
 #include "support/FolderContents.h"
+#include "support/RecordedWork.h"
 #include "support/TestRun.h"
 
 using namespace qb;
@@ -196,6 +197,28 @@ private Q_SLOTS:
     void missingFile_isNamed()
     {
         QVERIFY(Raised([this] { BranchReader reader(m_home.Path(u"nowhere.qbt"_s)); }).contains(u"nowhere.qbt"_s));
+    }
+
+    void contents_showThatTheyGoOnAndCanBeCancelled()
+    {
+        WriteFile(m_home.Path(u"large"_s), QByteArray(600'000, 'l'));
+        RecordedWork work;
+        {
+            BranchWriter writer(Path(), 0);
+            QFile source(m_home.Path(u"large"_s));
+            QVERIFY(source.open(QIODevice::ReadOnly));
+            writer.WriteContents(source, 600'000, work);
+            QVERIFY(work.Pulses >= 1);
+            QVERIFY(source.seek(0));
+            work.Ends = [](qint64) { return true; };
+            QB_VERIFY_RAISES(writer.WriteContents(source, 600'000, work), 3059);
+        }
+        work.Forget();
+        BranchReader reader(Path());
+        reader.ReadContents(nullptr, 300'000, work);
+        QVERIFY(work.Pulses >= 1);
+        work.Ends = [](qint64) { return true; };
+        QB_VERIFY_RAISES(reader.ReadContents(nullptr, 300'000, work), 3059);
     }
 
     // Names of pages

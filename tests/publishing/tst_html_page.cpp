@@ -247,6 +247,27 @@ private Q_SLOTS:
         QCOMPARE(result.Missing, QStringList{u"lost.bin"_s});
     }
 
+    void webPage_isReadHereAndCanBeSaved()
+    {
+        const qint64 item = AddItem(*m_library, 0, u"one"_s);
+        m_library->Execute(u"UPDATE Items SET HTMLPage = -1"_s);
+        const QString pages = m_library->HTMLFolder();
+        WriteFile(pages + u"1.htm"_s, "<title>T</title><script>steal()</script><p>Größe &lt;b&gt;</p>");
+        WriteFile(pages + u"1/p\".png"_s, "\1\2\3");
+        WriteFile(pages + u"1/large.png"_s, QByteArray(128 * 1024 + 1, 'g'));
+        const QString page = Page(item);
+        const QString section = page.mid(page.indexOf(u"<h3>Web page</h3>"_s)).section(u"</section>"_s, 0, 0);
+        QVERIFY(section.contains(u"Größe &lt;b&gt;"_s));
+        QVERIFY(!section.contains(u"steal"_s));
+        QVERIFY(section.contains(u"<a download=\"p&quot;.png\" href=\"data:application/octet-stream;base64,AQID\">"
+                                 "<bdi>1/p&quot;.png</bdi></a>"_s));
+        QVERIFY(section.contains(u"<bdi>1/large.png</bdi><small>not in this page</small>"_s));
+        const QString saved = section
+                                  .section(u"<a download=\"1.htm\" href=\"data:application/octet-stream;base64,"_s, 1)
+                                  .section(u'"', 0, 0);
+        QVERIFY(QByteArray::fromBase64(saved.toLatin1()).startsWith("<meta http-equiv=\"Content-Security-Policy\""));
+    }
+
     void links_leadToItemsOfTheBranchOnly()
     {
         const qint64 top = AddItem(*m_library, 0, u"top"_s);

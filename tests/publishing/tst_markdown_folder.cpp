@@ -5,6 +5,7 @@
 #include "store/CCodeItem.h"
 #include "support/FolderContents.h"
 #include "support/LibraryBuilder.h"
+#include "support/RecordedWork.h"
 #include "support/TestRun.h"
 
 using namespace qb;
@@ -153,6 +154,49 @@ private Q_SLOTS:
         const PublishResult result = PublishBranch(*m_library, item, ReaderForm::Markdown, Target());
         QCOMPARE(result.Missing, QStringList{u"lost.bin"_s});
         QVERIFY(ReadFile(Target() + u"/one.md"_s).contains("- lost.bin (missing in the library)"));
+    }
+
+    void webPage_comesWithItsFolderAndRunsNothing()
+    {
+        const qint64 item = AddItem(*m_library, 0, u"one"_s);
+        m_library->Execute(u"UPDATE Items SET HTMLPage = -1"_s);
+        const QString pages = m_library->HTMLFolder();
+        WriteFile(pages + u"1.htm"_s, "<!doctype html><script>steal()</script><img src=\"1/bild ü.png\">");
+        WriteFile(pages + u"1/bild ü.png"_s, "picture");
+        WriteFile(pages + u"1/sub/inner.HTML"_s, "<b>inner</b>");
+        WriteFile(m_home->Path(u"secret"_s), "secret");
+        QVERIFY(QFile::link(m_home->Path(u"secret"_s), pages + u"1/link.txt"_s));
+        AddStoredFile(*m_library, item, u"web page"_s, "a stored file of that name", {});
+        const QMap<QString, QByteArray> made = Publish(item);
+        const QString folder = u"one.files/web page(1)/"_s;
+        QCOMPARE(made.keys(), (QStringList{u"one.files/"_s, u"one.files/web page"_s, folder, folder + u"1.htm"_s,
+                                           folder + u"1/"_s, folder + u"1/bild ü.png"_s, folder + u"1/sub/"_s,
+                                           folder + u"1/sub/inner.HTML"_s, u"one.md"_s}));
+        QCOMPARE(made[folder + u"1/bild ü.png"_s], "picture");
+        QVERIFY(made[u"one.md"_s].contains("## Web page\n\n- [1.htm](one.files/web%20page%281%29/1.htm)\n"));
+        const QByteArray policy = "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src "
+                                  "file: data:; ";
+        QVERIFY(made[folder + u"1.htm"_s].startsWith("<!doctype html>" + policy));
+        QVERIFY(made[folder + u"1.htm"_s].endsWith("<script>steal()</script><img src=\"1/bild ü.png\">"));
+        QVERIFY(made[folder + u"1/sub/inner.HTML"_s].startsWith(policy));
+    }
+
+    void itemThatIsSaidToHaveNoPage_bringsNone()
+    {
+        const qint64 item = AddItem(*m_library, 0, u"one"_s);
+        WriteFile(m_library->HTMLFolder() + u"1.htm"_s, "left over");
+        QCOMPARE(Publish(item).keys(), QStringList{u"one.md"_s});
+    }
+
+    void largeFile_showsThatItGoesOnAndCanBeCancelled()
+    {
+        const qint64 item = AddItem(*m_library, 0, u"one"_s);
+        AddStoredFile(*m_library, item, u"file.bin"_s, "contents", {});
+        RecordedWork work;
+        work.Ends = [&work](qint64) { return work.Pulses >= 1; };
+        QB_VERIFY_RAISES(PublishBranch(*m_library, item, ReaderForm::Markdown, Target(), work), 18);
+        QCOMPARE(work.Done, QList<qint64>()); // it counts items, not bytes
+        QVERIFY(!QFileInfo::exists(Target()));
     }
 
     // Texts
