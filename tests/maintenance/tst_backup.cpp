@@ -148,6 +148,7 @@ private Q_SLOTS:
         RestoreLibrary(result.Files[1], In(u"r.qbd"_s), RestoreOver::Refuse, m_work);
         QCOMPARE(DifferenceOf(StateOf(In(u"r.qbd"_s)), before), QString());
         QB_VERIFY_RAISES(BackUpLibrary(m_library, Backup(), {.VolumeSize = 3000}, m_work), 3204);
+        QCOMPARE(Names().filter(u".qbb."_s).size(), result.Files.size());
         QFile::remove(result.Files[1]);
         const QStringList left = Names();
         QB_VERIFY_RAISES(RestoreLibrary(result.Files[0], In(u"s.qbd"_s), RestoreOver::Refuse, m_work), 75);
@@ -447,6 +448,57 @@ private Q_SLOTS:
         QCOMPARE(ReadFile(In(u"r_Files(1)/1 - mine.txt"_s)), "mine");
         QVERIFY(!QFileInfo::exists(In(u"r_Files/1 - mine.txt"_s)));
         QVERIFY(!QFileInfo::exists(In(u"r_HTML(1)"_s)));
+    }
+
+    void folderWithoutLibrary_neverTakesThePlaceOfTheNewOne()
+    {
+        const QString plain = m_home->Path(u"plain.qbd"_s); // without pages: its folder of them is empty
+        MakeLibrary(plain).reset();
+        BackUpLibrary(plain, Backup(), {}, m_work);
+        WriteFile(In(u"r_HTML/1.htm"_s), "mine");
+        RestoreLibrary(Backup(), In(u"r.qbd"_s), RestoreOver::Refuse, m_work);
+        QVERIFY(!QFileInfo::exists(In(u"r_HTML/1.htm"_s)));
+        QCOMPARE(ReadFile(In(u"r_HTML(1)/1.htm"_s)), "mine");
+    }
+
+    void rights_areNoMoreThanThoseOfTheLibrary()
+    {
+        const QFile::Permissions own = QFile::ReadOwner | QFile::WriteOwner;
+        const auto rightsOf = [](const QString& file) {
+            return QFile::permissions(file) & ~(QFile::ReadUser | QFile::WriteUser);
+        };
+        const auto restored = [&] {
+            QFile::remove(In(u"r.qbd"_s));
+            RestoreLibrary(Backup(), In(u"r.qbd"_s), RestoreOver::Number, m_work);
+            return rightsOf(In(u"r.qbd"_s));
+        };
+        BackUpLibrary(m_library, Backup(), {}, m_work);
+        QVERIFY(rightsOf(Backup()) != own);
+        QVERIFY(restored() != own);
+        QVERIFY(QFile::setPermissions(In(u"r.qbd"_s), own));
+        RestoreLibrary(Backup(), In(u"r.qbd"_s), RestoreOver::Replace, m_work);
+        QCOMPARE(rightsOf(In(u"r.qbd"_s)), own);
+        QVERIFY(QFile::setPermissions(Backup(), own));
+        QCOMPARE(restored(), own);
+        QVERIFY(QFile::setPermissions(m_library, own));
+        QFile::remove(Backup());
+        BackUpLibrary(m_library, Backup(), {}, m_work);
+        QCOMPARE(rightsOf(Backup()), own);
+    }
+
+    void foldersOfAnotherLibrary_areNotBackedUp()
+    {
+        WriteFile(HTMLFolderOf(m_library) + u".library"_s, "another one");
+        WriteFile(FilesFolderOf(m_library) + u".library"_s, "another one");
+        const BackUpResult result = BackUpLibrary(m_library, Backup(), {}, m_work);
+        QCOMPARE(result.Summary.Files.Count, 0);
+        QCOMPARE(result.Summary.Pages.Count, 0);
+    }
+
+    void pageThatIsOnlyArriving_isNotBackedUp()
+    {
+        WriteFile(HTMLFolderOf(m_library) + u".arriving-page-1/page.htm"_s, "half of it");
+        QCOMPARE(BackUpLibrary(m_library, Backup(), {}, m_work).Summary.Pages.Count, 11);
     }
 
     void libraryOfTheNameWithAnotherExtension_keepsItsFolders()

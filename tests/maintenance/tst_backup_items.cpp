@@ -116,6 +116,20 @@ private Q_SLOTS:
         QCOMPARE(StoredNames(library->FilesFolder()).size(), 2);
     }
 
+    void reservedTitle_isRefusedAtTheTop()
+    {
+        const QString reserved = u"Orphaned Items"_s;
+        const QString path = m_home->Path(u"orphans.qbd"_s);
+        const QString backup = m_home->Path(u"o.qbb"_s);
+        AddItem(*MakeLibrary(path), 0, reserved);
+        BackUpLibrary(path, backup, {});
+        const auto library = Library::Open(m_path);
+        BackupItems items(backup, m_home->Path());
+        QVERIFY(!Raised([&] { items.BringBack(1, *library, 0); }).isEmpty());
+        QCOMPARE(CountOf(*library, u"Items"_s), 3);
+        items.BringBack(1, *library, 3); // it is one like others there
+    }
+
     void otherLibrary_getsItAtTheTop()
     {
         const auto library = MakeLibrary(m_home->Path(u"else.qbd"_s));
@@ -174,6 +188,15 @@ private Q_SLOTS:
         UndoSession(m_path);
         QCOMPARE(DifferenceOf(StateOf(m_path), before), QString());
         QVERIFY(QFileInfo::exists(SessionCopyPath())); // it can be done again
+    }
+
+    void undo_givesNobodyMoreRights()
+    {
+        MakeSessionCopy(m_path);
+        QVERIFY(QFile::setPermissions(m_path, QFile::ReadOwner | QFile::WriteOwner));
+        const QFile::Permissions before = QFile::permissions(m_path);
+        UndoSession(m_path);
+        QCOMPARE(QFile::permissions(m_path), before);
     }
 
     void copyThatFails_leavesNoneOfAnEarlierSession()

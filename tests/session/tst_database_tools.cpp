@@ -373,6 +373,68 @@ private Q_SLOTS:
         QCOMPARE(exit.OldBackups(), QStringList());
     }
 
+    void oldBackups_goOnceTheNewOneIsGood_data()
+    {
+        QTest::addColumn<bool>("damaged");
+        QTest::addColumn<int>("left");
+        QTest::newRow("good") << false << 4;
+        QTest::newRow("damaged") << true << 7;
+    }
+    void oldBackups_goOnceTheNewOneIsGood()
+    {
+        QFETCH(bool, damaged);
+        QFETCH(int, left);
+        Store(u"BackupOnExitEvery"_s, 0);
+        Settings().SetDBBackupAutomatic(true);
+        QDir().mkpath(Path(u"backups"_s));
+        Store(u"BackupDir"_s, Path(u"backups"_s));
+        for (int day = 1; day <= 7; ++day)
+            WriteFile(Path(u"backupsone26010%1.qbb"_s.arg(day)), "old");
+        WriteFile(Path(u"backupsone2601011.qbb"_s), "seven digits");
+        if (damaged) {
+            s->State.CurrentDatabase->Execute(u"UPDATE Items SET Code = 'rotten'"_s);
+            s->Script.ExpectMsgBox(u"Damage in the Library"_s);
+        }
+        const QString folder = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(Path(QString()))); // where the bare names lead
+        EndSession();
+        QDir::setCurrent(folder);
+        QCOMPARE(QDir(Path(QString())).entryList({u"backupsone26010?.qbb"_s}).size(), left);
+        QVERIFY(QFileInfo::exists(Path(u"backupsone2601011.qbb"_s)));
+        QCOMPARE(NamesIn(u"backups"_s), QStringList{u"one260302.qbd"_s});
+    }
+
+    void folderOfBackupsThatHasGone_isReplacedInMemory()
+    {
+        Store(u"BackupDir"_s, Path(u"gone"_s));
+        ExitMaintenance(s->State, s->Shell, *m_tools).OldBackups();
+        Settings().SetChangingSettings(true); // what is in memory
+        QCOMPARE(Settings().DBBackupDir(), ApplicationFolder() + u"Backups"_s);
+        Settings().SetChangingSettings(false);
+        QCOMPARE(Settings().DBBackupDir(), Path(u"gone"_s));
+    }
+
+    void dates_areThoseOfWhatWasDue_data()
+    {
+        QTest::addColumn<int>("compactEvery");
+        QTest::addColumn<bool>("isCompactionDue");
+        QTest::newRow("the backup") << 50 << false; // it is compacted all the same
+        QTest::newRow("both") << 0 << true;
+    }
+    void dates_areThoseOfWhatWasDue()
+    {
+        QFETCH(int, compactEvery);
+        QFETCH(bool, isCompactionDue);
+        Store(u"LastOpened"_s, Date::FromParts(2026, 3, 1)); // so that the day counts, and is written
+        Store(u"BackupOnExitEvery"_s, 0);
+        Store(u"CompactOnExitEvery"_s, compactEvery);
+        Settings().InitializeDatabaseProperties();
+        Settings().SetDBBackupAutomatic(true);
+        EndSession();
+        QCOMPARE(Stored(u"LastBackedUp"_s).ToDate(), Clock::Today());
+        QCOMPARE(Stored(u"LastCompacted"_s).ToDate(), isCompactionDue ? Clock::Today() : Date());
+    }
+
     void rotatingBackups_haveTheirOwnSchedule()
     {
         Settings().SetBackupRotation(true);
