@@ -173,12 +173,18 @@ private Q_SLOTS:
                                            folder + u"1/"_s, folder + u"1/bild ü.png"_s, folder + u"1/sub/"_s,
                                            folder + u"1/sub/inner.HTML"_s, u"one.md"_s}));
         QCOMPARE(made[folder + u"1/bild ü.png"_s], "picture");
-        QVERIFY(made[u"one.md"_s].contains("## Web page\n\n- [1.htm](one.files/web%20page%281%29/1.htm)\n"));
+        QVERIFY(made[u"one.md"_s].contains("## Web page\n\n- [1\\.htm](one.files/web%20page%281%29/1.htm)\n"));
         const QByteArray policy = "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src "
                                   "file: data:; ";
         QVERIFY(made[folder + u"1.htm"_s].startsWith("<!doctype html>" + policy));
         QVERIFY(made[folder + u"1.htm"_s].endsWith("<script>steal()</script><img src=\"1/bild ü.png\">"));
         QVERIFY(made[folder + u"1/sub/inner.HTML"_s].startsWith(policy));
+    }
+
+    void itemOfTheNameOfTheFolderAside_leavesItThatName()
+    {
+        AddItem(*m_library, 0, u"More"_s);
+        QCOMPARE(Publish(1).keys(), QStringList{u"More(1).md"_s});
     }
 
     void itemThatIsSaidToHaveNoPage_bringsNone()
