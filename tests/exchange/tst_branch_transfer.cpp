@@ -1,5 +1,7 @@
 #include "exchange/BranchExport.h"
 #include "exchange/BranchImport.h"
+#include "exchange/BranchStream.h"
+#include "platform/archive/BrindletonZip.h"
 #include "platform/richtext/Rtf.h"
 #include "platform/richtext/RtfPlainText.h"
 #include "store/CCodeItem.h"
@@ -265,6 +267,28 @@ private Q_SLOTS:
                      ImportItems(*m_to, branch, options, how == u"cancelled"_s ? cancelled : NoWork());
                  }).isEmpty());
         QCOMPARE(Rows(), before);
+    }
+
+    void keyThatRepeats_isRefused()
+    {
+        const QString stream = m_home->Path(u"x.qbt"_s);
+        {
+            BranchWriter writer(stream, 2);
+            for (int i = 0; i < 2; ++i) {
+                BranchItem item;
+                item.Title = u"one"_s;
+                item.Key = u"7"_s;
+                writer.Write(item);
+                writer.WriteCount(0);
+            }
+            writer.Write(BranchTrailer());
+            writer.Close();
+        }
+        BrindletonZip zip;
+        zip.SetZipFileName(File());
+        zip.AddFile(stream);
+        QVERIFY(zip.Zip());
+        QVERIFY(Raised([this] { UnpackedBranch branch(File()); }).contains(u"two items of the key '7'"_s));
     }
 
     void whatIsNoExport_isRefused()
