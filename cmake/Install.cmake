@@ -29,7 +29,7 @@ if(QUILLBASE_GUI)
   install(TARGETS quillbase-webengine LIBRARY DESTINATION ${QUILLBASE_LIB_DIR})
   install(FILES resources/Tips.rtf resources/KTQBLinks.txt DESTINATION ${QUILLBASE_SHARE_DIR})
   install(DIRECTORY ${PROJECT_BINARY_DIR}/handbook/ DESTINATION ${QUILLBASE_SHARE_DIR}/handbook
-          FILES_MATCHING PATTERN "*.html" PATTERN "contents.json")
+          FILES_MATCHING PATTERN "*.html" PATTERN "*.svg" PATTERN "contents.json")
   install(FILES packaging/quillbase.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
   install(FILES packaging/quillbase.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
   install(FILES packaging/org.ktquillbase.Quillbase.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)

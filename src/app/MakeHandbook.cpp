@@ -200,6 +200,18 @@ void SetLinks(Page& page, const QHash<QString, QSet<QString>>& anchors)
     page.Html = html + page.Html.mid(behind);
 }
 
+/// Puts the pictures of a page beside it. One that is not there ends the build.
+void CopyPictures(const Page& page, const QString& from, const QString& out)
+{
+    static const QRegularExpression picture(u"<img src=\"([^\"]*)\""_s);
+    for (auto matches = picture.globalMatch(page.Html); matches.hasNext();) {
+        const QString name = matches.next().captured(1);
+        if (!name.endsWith(u".svg"_s) || !QFileInfo::exists(from + u'/' + name))
+            Fail(page.File, u"there is no picture '%1'"_s.arg(name));
+        WriteBytes(out + u'/' + name, ReadText(from + u'/' + name).toUtf8());
+    }
+}
+
 QStringList FilesOf(const QString& contents)
 {
     static const QRegularExpression entry(u"^\\d+\\. \\[[^\\]]*\\]\\(([^)#]+)\\)"_s,
@@ -214,7 +226,7 @@ void MakeHandbook(const QString& contents, const QString& out)
 {
     const QString folder = QFileInfo(contents).path();
     QDir().mkpath(out);
-    const QStringList before = QDir(out).entryList({u"*.html"_s});
+    const QStringList before = QDir(out).entryList({u"*.html"_s, u"*.svg"_s});
     for (const QString& page : before) // of pages that are no more
         QFile::remove(out + u'/' + page);
     std::vector<Page> pages;
@@ -226,6 +238,7 @@ void MakeHandbook(const QString& contents, const QString& out)
     QJsonArray index;
     for (Page& page : pages) {
         SetLinks(page, anchors);
+        CopyPictures(page, folder, out);
         WriteBytes(out + u'/' + page.Topic + u".html"_s, page.Html.toUtf8());
         index.append(QJsonObject{{u"topic"_s, page.Topic}, {u"title"_s, page.Title}, {u"sections"_s, page.Sections}});
     }

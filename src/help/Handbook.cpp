@@ -9,6 +9,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <algorithm>
 
 namespace qb {
@@ -169,6 +170,13 @@ QString Handbook::Html(const QString& topic) const
         return {};
     QFile file(m_folder + u'/' + page->Topic + u".html"_s);
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+QByteArray Handbook::Picture(const QString& name) const
+{
+    static const QRegularExpression plain(u"\\A[a-z-]+\\.svg\\z"_s);
+    QFile file(m_folder + u'/' + name);
+    return plain.match(name).hasMatch() && file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 QString Handbook::TitleOf(const QString& topic) const

@@ -50,6 +50,8 @@ public:
     QString Nearest(const QString& topic) const;
     /// The page as HTML; empty when it can't be read.
     QString Html(const QString& topic) const;
+    /// A picture of a page, as SVG; empty when there is none of the name.
+    QByteArray Picture(const QString& name) const;
     QString TitleOf(const QString& topic) const;
 
     /// The sections that hold all words of a text, in any case and with or without accents. Those come first that have

@@ -99,6 +99,29 @@ private Q_SLOTS:
         }
     }
 
+    void pictures_standInTheirPages()
+    {
+        OpenHandbook();
+        Help()->ShowTopic(u"replication"_s);
+        QStringList names;
+        for (QTextBlock block = Page()->document()->begin(); block.isValid(); block = block.next()) {
+            for (auto part = block.begin(); !part.atEnd(); ++part) {
+                if (part.fragment().charFormat().isImageFormat())
+                    names << part.fragment().charFormat().toImageFormat().name();
+            }
+        }
+        QCOMPARE(names, (QStringList{u"replication-steps.svg"_s, u"conflict-solver.svg"_s}));
+        for (const QString& name : std::as_const(names)) {
+            const QImage picture =
+                Page()->document()->resource(QTextDocument::ImageResource, QUrl(name)).value<QImage>();
+            QVERIFY2(picture.width() >= 600, qPrintable(name));
+        }
+        TakePicture(*Help(), u"handbook-pictures"_s);
+        const Handbook handbook;
+        for (const QString& name : {u"../KTQBLinks.txt"_s, u"replication.html"_s, u"none.svg"_s, u""_s})
+            QCOMPARE(handbook.Picture(name), QByteArray());
+    }
+
     void anchor_scrollsToItsHeading()
     {
         OpenHandbook();

@@ -1,6 +1,8 @@
 #include "help/ui/HelpBrowser.h"
 
+#include <QBuffer>
 #include <QEvent>
+#include <QImageReader>
 #include <QScrollBar>
 #include <QTextBlock>
 #include <QTextCursor>
@@ -48,6 +50,18 @@ QString StyleSheet(const QPalette& palette)
            "pre { margin-top: 0px; margin-bottom: 0px; white-space: pre-wrap; }"
            "a { color: %3; }"_s.arg(Between(base, text, Faint).name(), Between(base, text, Quiet).name(),
                                     palette.color(QPalette::Link).name());
+}
+
+/// As sharp as the screen is.
+QImage PictureOf(const QByteArray& svg, qreal ratio)
+{
+    QBuffer buffer;
+    buffer.setData(svg);
+    QImageReader reader(&buffer, "svg");
+    reader.setScaledSize((QSizeF(reader.size()) * ratio).toSize());
+    QImage picture = reader.read();
+    picture.setDevicePixelRatio(ratio);
+    return picture;
 }
 
 } // namespace
@@ -101,6 +115,8 @@ QVariant HelpBrowser::loadResource(int type, const QUrl& name)
     const QUrl url = source().resolved(name);
     if (type == QTextDocument::HtmlResource && url.scheme() == u"help"_s)
         return m_handbook.Html(url.path().mid(1));
+    if (type == QTextDocument::ImageResource && url.scheme() == u"help"_s)
+        return PictureOf(m_handbook.Picture(url.path().mid(1)), devicePixelRatioF());
     return {}; // nothing else is in a page, and nothing is loaded from elsewhere
 }
 
