@@ -23,8 +23,8 @@ private:
 };
 
 /// Runs statements that are a single step of the engine, however long that takes: a check of the structure, room for a
-/// large value, the end of a column with large ones. The work tells meanwhile that it goes on; RuntimeError 18 is raised
-/// when it was cancelled. Nobody else may use the database until then.
+/// large value, the end of a column with large ones. The work tells meanwhile that it goes on; RuntimeError 18 is
+/// raised when it was cancelled. Nobody else may use the database until then.
 inline void RunPulsed(Database& database, Work& work, const std::function<void()>& statements)
 {
     bool isCancelled = false;
