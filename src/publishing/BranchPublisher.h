@@ -75,8 +75,8 @@ protected:
     void WriteStaged(const QString& name, const QByteArray& bytes);
     /// Puts a copy of a stored file there; counts it, or notes that it is missing. False then.
     bool CopyStored(const PublishedFile& file, const QString& name);
-    /// A file of a web page, @p path below the folder of pages. A page comes with a policy by which a browser runs nothing
-    /// of it, and loads nothing but files beside it. Raises RuntimeError 75 where it can't be read.
+    /// A file of a web page, @p path below the folder of pages. A page comes with a policy by which a browser runs
+    /// nothing of it, and loads nothing but files beside it. Raises RuntimeError 75 where it can't be read.
     QByteArray ReadPageFile(const QString& path) const;
     /// Puts a copy of such a file there.
     void CopyPageFile(const QString& path, const QString& name);
