@@ -125,9 +125,10 @@ void ChangeItems(Library& library, qint64 first, int changed)
     Transaction transaction(library);
     library.Execute(u"UPDATE Items SET Title = Title || ' changed', LastChanged = ? WHERE ID >= ? AND ID < ?"_s,
                     {stamp, first, first + changed});
-    library.Execute(u"INSERT INTO Items (Title, Code, ParentID, Created, LastChanged) SELECT 'new', Code, 0, ?1, ?1 FROM "
-                    "Items WHERE ID >= ?2 AND ID < ?3"_s,
-                    {stamp, first, first + changed / 10});
+    library.Execute(
+        u"INSERT INTO Items (Title, Code, ParentID, Created, LastChanged) SELECT 'new', Code, 0, ?1, ?1 FROM "
+        "Items WHERE ID >= ?2 AND ID < ?3"_s,
+        {stamp, first, first + changed / 10});
     transaction.Commit();
     for (qint64 i = 0; i < changed / 50; ++i)
         DeleteItem(library, first + changed + i);
@@ -142,10 +143,12 @@ void Merge(benchmark::State& state, Step step)
     const QString folder = DataFolder(u"merge-%1"_s.arg(items));
     QDir(folder).removeRecursively();
     QDir().mkpath(folder + u"/away"_s);
-    const QString mother = folder + u"/mother.qbd"_s, transfer = folder + u"/child.qbr"_s, file = folder + u"/changes.qbs"_s;
+    const QString mother = folder + u"/mother.qbd"_s, transfer = folder + u"/child.qbr"_s,
+                  file = folder + u"/changes.qbs"_s;
     QFile::copy(BenchLibrary(items), mother);
     GiveOutChild(mother, transfer);
-    const QString child = OpenReplica(transfer, folder + u"/away/child.qbd"_s, RestoreOver::Replace, {}, Anyway).Library;
+    const QString child =
+        OpenReplica(transfer, folder + u"/away/child.qbd"_s, RestoreOver::Replace, {}, Anyway).Library;
     for (auto _ : state) {
         const auto ofMother = Library::Open(mother), ofChild = Library::Open(child);
         ChangeItems(*ofMother, 1, changed);

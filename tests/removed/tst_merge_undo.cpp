@@ -30,7 +30,8 @@ class TestMergeUndo : public QObject {
     QString Sync() const { return m_home->Path(u"back.qbs"_s); }
     QString PageOf(qint64 item) const { return HTMLFolderOf(Path()) + u"%1.htm"_s.arg(item); }
 
-    /// A merge as far as the undo knows of it: rows, a file that goes, one that comes, pages that are overwritten and made.
+    /// A merge as far as the undo knows of it: rows, a file that goes, one that comes, pages that are overwritten and
+    /// made.
     void Merge(MergeUndo& undo)
     {
         Transaction transaction(*m_library);

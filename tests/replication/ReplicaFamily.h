@@ -125,16 +125,16 @@ struct ReplicaFamily : ReplicaPair {
     {
         return Ask(path, u"SELECT Title FROM Items WHERE ID = ?"_s, {id}).ToText();
     }
-    /// All items by their titles and those above them, with what else both sides should have in common: texts, files with
-    /// their contents, pages and links, sorted.
+    /// All items by their titles and those above them, with what else both sides should have in common: texts, files
+    /// with their contents, pages and links, sorted.
     static QStringList Outline(const QString& path)
     {
         const auto library = Library::Open(path);
         QStringList lines;
         Statement rows = library->Query(
-            u"WITH RECURSIVE t(ID, Way) AS (SELECT ID, Title FROM Items WHERE ParentID = 0 UNION ALL SELECT i.ID, t.Way || "
-            "'/' || i.Title FROM t JOIN Items i ON i.ParentID = t.ID) SELECT t.ID, t.Way, i.Code, i.HTMLPage <> 0 FROM t "
-            "JOIN Items i ON i.ID = t.ID"_s);
+            u"WITH RECURSIVE t(ID, Way) AS (SELECT ID, Title FROM Items WHERE ParentID = 0 UNION ALL SELECT i.ID, "
+            "t.Way || '/' || i.Title FROM t JOIN Items i ON i.ParentID = t.ID) SELECT t.ID, t.Way, i.Code, "
+            "i.HTMLPage <> 0 FROM t JOIN Items i ON i.ID = t.ID"_s);
         while (rows.Step()) {
             const qint64 id = rows.Long(0);
             QString line = rows.Text(1) + u" | "_s + rows.Text(2).right(20);

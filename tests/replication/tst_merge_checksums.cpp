@@ -11,7 +11,8 @@ using Family = ReplicaFamily;
 
 } // namespace
 
-/// What has rotted is found in what a merge has written, too, and a merge takes nothing for good that had rotted before.
+/// What has rotted is found in what a merge has written, too, and a merge takes nothing for good that had rotted
+/// before.
 class TestMergeChecksums : public QObject {
     Q_OBJECT
 

@@ -255,8 +255,8 @@ private:
     {
         static const QRegularExpression note(
             u"(Record was not deleted during synchronization because it contains at least one file, that was added "
-            "after the previous synchronization\\.\r\n)?[^\r\n]* - Original location of this item was: [^\r\n]*\r\nItem "
-            "originaly last updated on [^\r\n]*\\.\r\n\r\n"_s);
+            "after the previous synchronization\\.\r\n)?[^\r\n]* - Original location of this item was: [^\r\n]*\r\n"
+            "Item originaly last updated on [^\r\n]*\\.\r\n\r\n"_s);
         for (auto match = note.match(info); match.hasMatch(); match = note.match(info))
             info.replace(match.capturedStart(), match.capturedLength(), Of(KeptNote(match.capturedLength(1) > 0)));
         return info.toStdString();
