@@ -120,7 +120,11 @@ public:
     const QString& Pristine() const { return m_pristine; }
     QString LibraryFile() const { return m_work + u"/lib.qbd"_s; }
     /// The library is as it was before any command.
-    void Reset() const { CopyFolder(m_pristine, m_work); }
+    void Reset() const
+    {
+        CopyFolder(m_pristine, m_work);
+        CopyFolder(m_home.Path(u"pristine log"_s), m_home.Path(u"log"_s));
+    }
 
     static void CopyFolder(const QString& from, const QString& to)
     {
@@ -164,7 +168,7 @@ public:
         ExportItems(*database, one, m_pristine + u"/in/e.qbx"_s);
         MakeReplicas();
         DBEngine::CompactDatabase(database->Name(), m_home.Path(u"start.qbd"_s));
-        WriteFile(m_home.Path(u"log/KTSStartupBackup.qbd"_s), ReadFile(m_home.Path(u"start.qbd"_s)));
+        WriteFile(m_home.Path(u"pristine log/KTSStartupBackup.qbd"_s), ReadFile(m_home.Path(u"start.qbd"_s)));
         // What a backup and the start of the session don't have, and room that is not needed.
         CCodeItem four;
         four.Initialise(*database, QString::number(AddItem(*database, 0, u"four"_s, QString(300'000, u'y'))));

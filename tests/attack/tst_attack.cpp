@@ -61,12 +61,13 @@ class TestAttack : public QObject {
     static bool IsLate(const Attacked& outcome) { return !outcome.Error.isEmpty(); }
 
 private Q_SLOTS:
-    void init()
+    void initTestCase()
     {
         FailOnWarnings();
         m_library = std::make_unique<AttackedLibrary>();
     }
-    void cleanup() { m_library.reset(); }
+    void init() { FailOnWarnings(); }
+    void cleanupTestCase() { m_library.reset(); }
 
     void command_isDoneOrNot_data()
     {

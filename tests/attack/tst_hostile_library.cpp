@@ -106,12 +106,13 @@ class TestHostileLibrary : public QObject {
     }
 
 private Q_SLOTS:
-    void init()
+    void initTestCase()
     {
         FailOnWarnings();
         m_library = std::make_unique<AttackedLibrary>();
     }
-    void cleanup() { m_library.reset(); }
+    void init() { FailOnWarnings(); }
+    void cleanupTestCase() { m_library.reset(); }
 
     void hostileSchema_isSurvivedByEachCommand_data()
     {

@@ -43,12 +43,13 @@ class TestPowerCut : public QObject {
     }
 
 private Q_SLOTS:
-    void init()
+    void initTestCase()
     {
         FailOnWarnings();
         m_library = std::make_unique<AttackedLibrary>();
     }
-    void cleanup() { m_library.reset(); }
+    void init() { FailOnWarnings(); }
+    void cleanupTestCase() { m_library.reset(); }
 
     void powerCut_leavesTheCommandDoneOrNot_data()
     {
@@ -64,6 +65,7 @@ private Q_SLOTS:
         m_library->Reset();
         RecordedDisk disk(m_library->Work());
         const QString record = m_library->Path(u"record"_s);
+        QFile::remove(record);
         const Attacked whole = m_library->Run(Commands[index],
                                               {u"RECORD_TO="_s + record, u"RECORD_BELOW="_s + m_library->Work(),
                                                u"LD_PRELOAD="_s + qEnvironmentVariable("QUILLBASE_RECORD")});
