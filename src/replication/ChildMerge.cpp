@@ -117,16 +117,12 @@ void ChildMerge::UpdateUpdatedItemsDatesInReplica()
 {
     const Values bounds{m_later, m_run.Exported, m_run.Stamp};
     // A version of the child's that stays against the mother's travels.
-    m_run.Execute(
-        u"UPDATE main.Items SET LastChanged = ?1 WHERE ID IN (%1) AND LastChanged > ?2 AND LastChanged <= ?3"_s.arg(
-            ItemsOf(u"'lost'"_s)),
-        bounds);
-    const QString untouched =
-        u"NOT EXISTS (SELECT 1 FROM main.TempItems AS t WHERE t.ID = i.ID) AND (i.ID IN (SELECT ID "
-        "FROM temp.merge_Taken) OR NOT %1)"_s;
+    const QString own = u"i.ID IN (%1) OR NOT EXISTS (SELECT 1 FROM main.TempItems AS t WHERE t.ID = i.ID)"_s.arg(
+        ItemsOf(u"'lost'"_s));
     for (const QString& date : {u"LastChanged"_s, u"HTMLLastUpdated"_s})
-        m_run.Execute(u"UPDATE main.Items AS i SET %1 = ?1 WHERE i.%1 > ?2 AND i.%1 <= ?3 AND %2"_s.arg(
-                          date, untouched.arg(IsTakenOver(u"Items"_s, u"i.ID"_s, u"i."_s + date))),
+        m_run.Execute(u"UPDATE main.Items AS i SET %1 = ?1 WHERE i.%1 > ?2 AND i.%1 <= ?3 AND (%2) AND (i.ID IN "
+                      "(SELECT ID FROM temp.merge_Taken) OR NOT %3)"_s.arg(
+                          date, own, IsTakenOver(u"Items"_s, u"i.ID"_s, u"i."_s + date)),
                       bounds);
     m_run.Execute(
         u"UPDATE main.Files AS f SET LastUpdated = ?1 WHERE f.LastUpdated > ?2 AND f.LastUpdated <= ?3 AND (f.ID IN "
@@ -140,13 +136,13 @@ void ChildMerge::UpdateUpdatedItemsDatesInReplica()
               "AND LastUpdated = ?1"_s,
               {m_later});
     // By that date the row is not the child's, but its page is.
-    const Date own = Date::FromSeconds(m_later.Seconds() + 1);
+    const Date later = Date::FromSeconds(m_later.Seconds() + 1);
     m_run.Execute(u"UPDATE main.Items SET HTMLLastUpdated = ? WHERE ID IN (SELECT ID FROM temp.merge_OwnPages)"_s,
-                  {own});
-    m_run.Log(u"SELECT 'Items', ID, 0, 4, ?1, ?1, '' FROM temp.merge_OwnPages"_s, {own});
+                  {later});
+    m_run.Log(u"SELECT 'Items', ID, 0, 4, ?1, ?1, '' FROM temp.merge_OwnPages"_s, {later});
     // The child's own changes have that date too, which lies ahead for a minute.
     m_run.Log(u"SELECT 'Items', ID, 0, 4, ?1, ?1, '' FROM main.Items WHERE ID NOT IN (SELECT ID FROM temp.merge_Taken) "
-              "AND LastChanged = ?1"_s,
+              "AND (LastChanged = ?1 OR HTMLLastUpdated = ?1)"_s,
               {m_later});
     m_run.Log(u"SELECT 'Files', ID, 0, 4, ?1, ?1, '' FROM main.Files WHERE ID NOT IN (SELECT ID "
               "FROM temp.merge_Described) AND (LastUpdated = ?1 OR DateAdded = ?1)"_s,

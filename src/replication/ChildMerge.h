@@ -34,13 +34,16 @@ private:
     void ListChanged();
     void HoldChecksums();
     void TakeNumbers();
+    void NumberDeletions();
     void Decide();
     void MoveRecordsToTempTable();
     void MoveFilesToTempTable();
     void MoveHTMLFilesToTempTable();
     void TakeRowsOver();
+    void TakePagesOfOwnVersions();
     void AddRows();
     void LeaveConflictsToTheMother();
+    void DropPages(const QString& items);
     void DropPagesOfConflicts();
     void TakeFileNumbers();
     void DescribeFiles();

@@ -10,6 +10,7 @@ void ChildMerge::CopyNewAndUpdatedItemsToReplica()
     Decide();
     MoveRecordsToTempTable();
     TakeRowsOver();
+    TakePagesOfOwnVersions();
     AddRows();
     LeaveConflictsToTheMother();
 }
@@ -28,6 +29,20 @@ void ChildMerge::TakeNumbers()
         {m_run.Exported, m_run.OrphanedFolderID});
     TravelsAnew(forgotten, true);
     TravelsAnew(u"%1 AND ID NOT IN (%2)"_s.arg(renamed, forgotten), false);
+    NumberDeletions();
+}
+
+/// When it was deleted here nobody knew what the mother would call it; now she can be told.
+void ChildMerge::NumberDeletions()
+{
+    m_run.Execute(u"UPDATE main.ReplicaLog AS l SET MotherRecordID = s.MotherRecordID FROM synchro.Files AS s "
+                  "WHERE s.IDChanged <> 0 AND s.ID = l.RecordID AND l.OfTable = 'Files' AND l.Event = 2 AND "
+                  "l.Moment > ?"_s,
+                  {m_run.Stamp});
+    m_run.Execute(u"UPDATE main.ReplicaLog AS l SET MotherRecordID = max(a.MotherRecordID, 0), MotherSecondID = "
+                  "max(b.MotherRecordID, 0) FROM main.Items AS a, main.Items AS b WHERE a.ID = l.RecordID AND b.ID = "
+                  "l.SecondID AND l.OfTable = 'ItemLinks' AND l.Event = 2 AND l.Moment > ?"_s,
+                  {m_run.Stamp});
 }
 
 /// The second pass, by each row of the mother's: new here; `gone`, which the child has deleted since its export;
@@ -61,24 +76,36 @@ void ChildMerge::MoveRecordsToTempTable()
     MoveHTMLFilesToTempTable();
 }
 
+namespace {
+
+/// A page that the child has changed since its export, ?1, is its own.
+QString KeepsPage()
+{
+    return u"coalesce(i.HTMLLastUpdated, 0) > ?1 AND NOT "_s
+           + IsTakenOver(u"Items"_s, u"i.ID"_s, u"i.HTMLLastUpdated"_s);
+}
+
+} // namespace
+
 void ChildMerge::TakeRowsOver()
 {
-    // A page that the child has changed since its export is its own.
-    const QString keepsPage = u"coalesce(i.HTMLLastUpdated, 0) > ?1 AND NOT %1"_s.arg(
-        IsTakenOver(u"Items"_s, u"i.ID"_s, u"i.HTMLLastUpdated"_s));
+    // Of a conflict that the mother wins, the page is the child's only if she has not changed it.
+    const QString keepsPage =
+        KeepsPage()
+        + u" AND coalesce(s.HTMLLastUpdated, 0) <= ?2 AND s.ID NOT IN (SELECT ItemIDRef FROM synchro.HTMLFiles)"_s;
     const QString rows = u"temp.merge_Verdicts AS v JOIN synchro.Items AS s ON s.rowid = v.SRow"_s;
     const QString taken = u"v.What IN ('update', 'won')"_s;
     m_run.SetAside(MergeRun::VersionOf::Library, ItemsOf(u"'update'"_s), u"overwritten by the mother's version"_s);
     Statement dropped = m_lib.Query(
         u"SELECT i.ID FROM %1 JOIN main.Items AS i ON i.ID = v.LID WHERE %2 AND i.HTMLPage <> 0 AND s.HTMLPage = 0 "
         "AND NOT (%3)"_s.arg(rows, taken, keepsPage),
-        {m_run.Exported});
+        {m_run.Exported, m_run.Last});
     while (dropped.Step())
         m_run.Contents.DropPage(dropped.Long(0));
     m_run.Execute(
         u"INSERT OR IGNORE INTO temp.merge_OwnPages SELECT i.ID FROM %1 JOIN main.Items AS i ON i.ID = v.LID WHERE %2 "
         "AND %3"_s.arg(rows, taken, keepsPage),
-        {m_run.Exported});
+        {m_run.Exported, m_run.Last});
     m_run.Execute(
         u"UPDATE main.Items AS i SET Title = s.Title, Description = s.Description, Info = s.Info, Created = s.Created, "
         "LastChanged = s.LastChanged, User = s.User, ItemStatus = s.ItemStatus, ItemRating = s.ItemRating, Code = "
@@ -87,8 +114,38 @@ void ChildMerge::TakeRowsOver()
         "WHEN %1 THEN i.HTMLLastUpdated ELSE s.HTMLLastUpdated END, MotherParentID = CASE "
         "WHEN s.MotherParentID < 0 THEN 0 ELSE s.MotherParentID END FROM %2 WHERE %3 "
         "AND i.ID = v.LID"_s.arg(keepsPage, rows, taken),
-        {m_run.Exported});
+        {m_run.Exported, m_run.Last});
     m_run.Execute(u"INSERT OR IGNORE INTO temp.merge_Taken "_s + ItemsOf(u"'update', 'won', 'new'"_s));
+}
+
+/// Where the child's version stays, so does its page if the child has changed that since its export. Otherwise it
+/// becomes the mother's, or goes where she has taken it away.
+void ChildMerge::TakePagesOfOwnVersions()
+{
+    m_run.Execute(u"INSERT INTO temp.merge_MothersPages SELECT v.LID FROM temp.merge_Verdicts AS v "
+                  "JOIN main.Items AS i ON i.ID = v.LID WHERE v.What = 'lost' AND NOT (%1)"_s.arg(KeepsPage()),
+                  {m_run.Exported});
+    DropPages(u"SELECT i.ID FROM temp.merge_MothersPages AS m JOIN temp.merge_Verdicts AS v ON v.LID = m.ID "
+              "JOIN synchro.Items AS s ON s.rowid = v.SRow JOIN main.Items AS i ON i.ID = m.ID WHERE i.HTMLPage <> 0 "
+              "AND s.HTMLPage = 0"_s);
+    m_run.SetAside(MergeRun::VersionOf::Library,
+                   u"SELECT i.ID FROM temp.merge_MothersPages AS m JOIN temp.merge_Verdicts AS v ON v.LID = m.ID "
+                   "JOIN main.Items AS i ON i.ID = m.ID WHERE i.HTMLPage <> 0 AND v.SID IN (SELECT ItemIDRef FROM "
+                   "synchro.HTMLFiles)"_s,
+                   u"its web page was overwritten by the mother's"_s);
+    m_run.Execute(u"UPDATE main.Items AS i SET HTMLPage = s.HTMLPage, HTMLLastUpdated = s.HTMLLastUpdated "
+                  "FROM temp.merge_Verdicts AS v JOIN synchro.Items AS s ON s.rowid = v.SRow WHERE v.LID = i.ID AND "
+                  "i.ID IN (SELECT ID FROM temp.merge_MothersPages)"_s);
+}
+
+/// The mother has taken these pages away.
+void ChildMerge::DropPages(const QString& items)
+{
+    m_run.SetAside(MergeRun::VersionOf::Library, items, u"the mother has taken its web page away"_s);
+    Statement dropped = m_lib.Query(items);
+    while (dropped.Step())
+        m_run.Contents.DropPage(dropped.Long(0));
+    m_run.Execute(u"UPDATE main.Items SET HTMLPage = ? WHERE ID IN (%1)"_s.arg(items), {Value(false)});
 }
 
 void ChildMerge::AddRows()
@@ -123,15 +180,9 @@ void ChildMerge::LeaveConflictsToTheMother()
 /// Of items whose texts are the child's the mother may have taken the page away.
 void ChildMerge::DropPagesOfConflicts()
 {
-    const QString dropped =
-        u"SELECT i.ID FROM synchro.Items AS s JOIN main.Items AS i ON i.ID = s.ID WHERE s.ConflictItem <> 0 "
-        "AND s.HTMLPage = 0 AND i.HTMLPage <> 0 AND i.ID NOT IN (SELECT ID FROM temp.merge_Taken) "
-        "AND coalesce(i.HTMLLastUpdated, 0) <= %1"_s.arg(m_run.Exported.Seconds());
-    m_run.SetAside(MergeRun::VersionOf::Library, dropped, u"the mother has taken its web page away"_s);
-    Statement items = m_lib.Query(dropped);
-    while (items.Step())
-        m_run.Contents.DropPage(items.Long(0));
-    m_run.Execute(u"UPDATE main.Items SET HTMLPage = ? WHERE ID IN (%1)"_s.arg(dropped), {Value(false)});
+    DropPages(u"SELECT i.ID FROM synchro.Items AS s JOIN main.Items AS i ON i.ID = s.ID WHERE s.ConflictItem <> 0 "
+              "AND s.HTMLPage = 0 AND i.HTMLPage <> 0 AND i.ID NOT IN (SELECT ID FROM temp.merge_Taken) "
+              "AND coalesce(i.HTMLLastUpdated, 0) <= %1"_s.arg(m_run.Exported.Seconds()));
 }
 
 // Links

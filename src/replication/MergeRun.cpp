@@ -312,6 +312,8 @@ void MergeRun::WriteKeptNotes()
     Sums.Hold(u"Items"_s, ids);
     Sums.Wrote(u"Items"_s, ids, u"Info"_s);
     for (const Kept& kept : all) {
+        if (kept.Changed.IsNone()) // it waits already, and says why
+            continue;
         const QString note =
             (kept.HasNewFiles ? u"Record was not deleted during synchronization because it contains at least one file, "
                                 "that was added after the previous synchronization.\r\n"_s
@@ -364,7 +366,8 @@ void MergeRun::RemoveGoneItems()
           u"DELETE FROM main.Items WHERE ID IN (%1)"_s})
         Execute(statement.arg(gone));
     Execute(
-        u"DELETE FROM main.ReplicaLog WHERE OfTable = 'Items' AND Event IN (1, 4, 6) AND RecordID IN (%1)"_s.arg(gone));
+        u"DELETE FROM main.ReplicaLog WHERE OfTable IN ('Items', 'Pages') AND Event IN (1, 4, 6) AND RecordID IN (%1)"_s
+            .arg(gone));
     if (!AsMother)
         return;
     for (const QString& statement :

@@ -137,6 +137,9 @@ void MotherMerge::CopyDeletions()
             "SELECT %3, l.RowDate AS DateDeleted FROM main.ReplicaLog AS l WHERE l.OfTable = ?3 AND l.Event = 2 "
             "AND l.Moment > ?1 AND l.Origin <> ?2) GROUP BY %2"_s.arg(one.Table, one.Columns, one.Logged, one.Same),
             {m_run.Last, m_run.Other, one.OfTable});
+    // What was linked again since is no deletion; of two notes the later one stays there as well.
+    m_run.Execute(u"DELETE FROM synchro.DeletedItemLinks AS d WHERE EXISTS (SELECT 1 FROM main.ItemLinks AS l "
+                  "WHERE l.ItemID = d.ItemID AND l.LinkItemID = d.LinkItemID)"_s);
     m_run.Execute(u"DELETE FROM synchro.DeletedItems WHERE ItemID IN (SELECT OldMother FROM temp.merge_Verdicts "
                   "WHERE What = 'regained')"_s);
 }

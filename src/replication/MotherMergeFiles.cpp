@@ -194,6 +194,9 @@ void MotherMerge::CopyHTMLFiles()
             continue;
         }
         m_run.Contents.WritePage(page.Item, page.Packed);
+        if (page.What.isEmpty()) // the others get it alone, as it came
+            m_run.Log(u"SELECT 'Pages', ID, 0, 1, ?, coalesce(HTMLLastUpdated, 0), ? FROM main.Items WHERE ID = ?"_s,
+                      {m_run.Stamp, m_run.Other, page.Item});
         m_run.Line(MergeEvent::PageChanged, u"SELECT ID, Title FROM main.Items WHERE ID = ?"_s, {page.Item});
     }
     // Of a version of the child's that lost, the page goes here back over it.

@@ -28,8 +28,11 @@ bool IsKnownElsewhere(Library& library, const DeletedRecord& record)
     if (!library.IsReplicated())
         return false;
     const bool isFromMother = record.MotherRecord > 0 && (record.Table != u"ItemLinks"_s || record.MotherSecond > 0);
+    ReplicaLog log(library);
+    // A date that was given to it after an exchange may be later than that of the export that took it along.
     return isFromMother || record.Added.ToDate() <= library.LastOwnStamp()
-           || ReplicaLog(library).Has(ReplicaEvent::Arrived, record.Table, record.Record);
+           || log.Has(ReplicaEvent::Arrived, record.Table, record.Record)
+           || log.Has(ReplicaEvent::Changed, record.Table, record.Record);
 }
 
 void LogDeletion(Library& library, const DeletedRecord& record)

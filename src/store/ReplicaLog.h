@@ -22,7 +22,7 @@ enum class ReplicaEvent {
 /// A row of `ReplicaLog`.
 struct ReplicaLogEntry {
     ReplicaEvent Event = ReplicaEvent::Deleted;
-    QString Table = {};      ///< "Items", "Files" or "ItemLinks"; empty for Exported
+    QString Table = {};      ///< "Items", "Files", "ItemLinks" or "Pages", by their items; empty for Exported
     qint64 Record = 0;       ///< its ID here; of a link the item that it leads from
     qint64 Second = 0;       ///< of a link the item that it leads to
     qint64 MotherRecord = 0; ///< in a child: what the mother calls Record; 0 where it isn't known

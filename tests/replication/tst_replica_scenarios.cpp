@@ -297,6 +297,18 @@ private Q_SLOTS:
         QCOMPARE(f->Kept(f->M()), QStringList());
     }
 
+    void s19_keptItemThatAnotherDeletesToo_saysItOnce()
+    {
+        f->Delete(f->A(), Family::X);
+        f->Delete(f->B, Family::X);
+        f->AttachTo(f->M(), Family::X, u"new.txt"_s, "new");
+        f->Round(f->A());
+        const QString info = Family::Ask(f->M(), u"SELECT Info FROM Items WHERE ID = ?"_s, {Family::X}).ToText();
+        QCOMPARE(info.count(u"Original location"_s), 1);
+        f->Round(f->B);
+        QCOMPARE(Family::Ask(f->M(), u"SELECT Info FROM Items WHERE ID = ?"_s, {Family::X}).ToText(), info);
+    }
+
     void s19_keptItem_goesBackWholeOnceDecided()
     {
         f->Delete(f->A(), Family::X);
@@ -577,6 +589,32 @@ private Q_SLOTS:
         QVERIFY(f->AreEqual());
     }
 
+    void s37_linkThatWasMadeAnew_keepsALaterNote()
+    {
+        f->In(f->A(), [&](Library& library) {
+            CCodeItem item;
+            item.Initialise(library, QString::number(Family::X));
+            const std::shared_ptr<CLink> link = item.Links().Item(CLinks::KeyOf(Family::Y));
+            link->Direction = LinkDirection::None;
+            link->DirtyFlag = true;
+            item.SetLinksChanged(true);
+            item.Commit();
+            library.Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, Note, DateAdded, DateUpdated) "
+                            "VALUES (?1, ?2, 'again', ?3, ?3)"_s,
+                            {Family::X, Family::Y, library.NextStamp()});
+        });
+        f->Round(f->A());
+        f->ExportOf(f->B);
+        f->In(f->B, [](Library& library) {
+            library.Execute(u"UPDATE ItemLinks SET Note = 'by B', DateUpdated = ? WHERE ItemID = ?"_s,
+                            {library.NextStamp(), Family::X});
+        });
+        QVERIFY(f->TakeIn(f->M()).Done);
+        QVERIFY(f->TakeIn(f->B).Done);
+        QCOMPARE(Family::Ask(f->B, u"SELECT Note FROM ItemLinks WHERE ItemID = ?"_s, {Family::X}).ToText(), u"by B"_s);
+        QVERIFY(f->AreEqual());
+    }
+
     void s37_noteFromAClockAhead_countsAsOfNow()
     {
         const auto link = [](Library& library, const QString& note, Date noted) {
@@ -706,6 +744,97 @@ private Q_SLOTS:
         QCOMPARE(ReadFile(page), QByteArray("by M"));
     }
 
+    /// Of an item that came back the page comes alone, a round later. Others get it as well.
+    void pageOfARegainedItem_goesToTheOthers()
+    {
+        f->Delete(f->A(), Family::Y);
+        f->EditTitle(f->B, Family::Y, u"Y by B"_s);
+        f->Round(f->A());
+        f->Round(f->B);
+        f->EditTitle(f->M(), IdOf(f->M(), u"Y by B"_s), u"Y kept"_s);
+        f->Round(f->A());
+        f->Round(f->B);
+        f->Round(f->A());
+        QVERIFY(!Family::Outline(f->A()).filter(u"bild.png"_s).isEmpty());
+        QVERIFY(f->AreEqual());
+    }
+
+    void pageOfTheMother_comesUnderATextThatWasChangedMeanwhile()
+    {
+        f->ExportOf(f->A());
+        SetPage(f->M(), Family::X, "by M");
+        SetPage(f->M(), Family::Y, {});
+        f->EditTitle(f->A(), Family::X, u"X by A"_s);
+        f->EditTitle(f->A(), Family::Y, u"Y by A"_s);
+        QVERIFY(f->TakeIn(f->M()).Done);
+        QVERIFY(f->TakeIn(f->A()).Done);
+        QCOMPARE(ReadFile(f->Home.Path(u"child/lib_HTML/5.htm"_s)), QByteArray("by M"));
+        QVERIFY(!QFile::exists(f->Home.Path(u"child/lib_HTML/6.htm"_s)));
+        QCOMPARE(f->Kept(f->A()), QStringList{u"Y by A"_s}); // with the page that went
+        f->Clock.AddSeconds(60);
+        f->In(f->A(), [](Library& library) { DiscardAllConflicts(library); });
+        f->Round(f->A());
+        f->Round(f->B);
+        QCOMPARE(Family::TitleOf(f->M(), Family::X), u"X by A"_s);
+        QCOMPARE(ReadFile(f->Home.Path(u"Mütter/mother_HTML/5.htm"_s)), QByteArray("by M"));
+        QVERIFY(f->AreEqual());
+    }
+
+    void pageThatOnlyTheChildChangedMeanwhile_staysUnderTheMothersText()
+    {
+        f->ExportOf(f->A());
+        SetPage(f->A(), Family::X, "by A");
+        SetPage(f->A(), Family::Y, {});
+        f->EditTitle(f->M(), Family::X, u"X by M"_s);
+        f->EditTitle(f->M(), Family::Y, u"Y by M"_s);
+        QVERIFY(f->TakeIn(f->M()).Done);
+        QVERIFY(f->TakeIn(f->A()).Done);
+        f->Clock.AddSeconds(60);
+        f->In(f->A(), [](Library& library) { DiscardAllConflicts(library); });
+        f->Round(f->A());
+        QCOMPARE(Family::TitleOf(f->A(), Family::X), u"X by M"_s);
+        QCOMPARE(ReadFile(f->Home.Path(u"Mütter/mother_HTML/5.htm"_s)), QByteArray("by A"));
+        QVERIFY(!QFile::exists(f->Home.Path(u"Mütter/mother_HTML/6.htm"_s)));
+        f->Round(f->B);
+        QVERIFY(f->AreEqual());
+    }
+
+    void pageThatBothChangedMeanwhile_goesWithTheText()
+    {
+        f->ExportOf(f->A());
+        SetPage(f->A(), Family::X, "by A");
+        SetPage(f->A(), Family::Y, {});
+        SetPage(f->M(), Family::X, "by M");
+        SetPage(f->M(), Family::Y, "Y by M");
+        QVERIFY(f->TakeIn(f->M()).Done);
+        QVERIFY(f->TakeIn(f->A()).Done);
+        QCOMPARE(Family::Ask(f->A(), u"SELECT File FROM TempHTMLFiles WHERE ItemIDRef = 5"_s).ToBytes(),
+                 QByteArray("by A"));
+        f->Clock.AddSeconds(60);
+        f->In(f->A(), [](Library& library) { DiscardAllConflicts(library); });
+        f->Round(f->A());
+        QCOMPARE(ReadFile(f->Home.Path(u"child/lib_HTML/5.htm"_s)), QByteArray("by M"));
+        QCOMPARE(ReadFile(f->Home.Path(u"Mütter/mother_HTML/6.htm"_s)), QByteArray("Y by M"));
+        f->Round(f->B);
+        QVERIFY(f->AreEqual());
+    }
+
+    /// The child keeps its version and its page, which goes to the mother with it.
+    void pageOfTheWinningChild_travelsWithItsText()
+    {
+        f->ExportOf(f->A());
+        f->EditTitle(f->M(), Family::X, u"X by M"_s);
+        SetPage(f->A(), Family::X, "by A");
+        QVERIFY(f->TakeIn(f->M()).Done);
+        QVERIFY(f->TakeIn(f->A()).Done);
+        f->Clock.AddSeconds(60);
+        f->DiscardConflicts(f->A());
+        f->Round(f->A());
+        QCOMPARE(ReadFile(f->Home.Path(u"Mütter/mother_HTML/5.htm"_s)), QByteArray("by A"));
+        f->Round(f->B);
+        QVERIFY(f->AreEqual());
+    }
+
     void pageThatTheMotherDeleted_goesUnderTheChildsText()
     {
         SetPage(f->M(), Family::Y, {});
@@ -749,6 +878,71 @@ private Q_SLOTS:
         f->Round(f->A());
         QVERIFY(Family::Outline(f->M()).filter(u"new.txt"_s).isEmpty());
         QVERIFY(Family::Outline(f->A()).filter(u"new.txt"_s).isEmpty());
+    }
+
+    /// The mother has it by then, and nobody here knows what she calls it before her answer comes.
+    void deletedWhileTheAnswerIsOnItsWay_goes()
+    {
+        const qint64 file = f->AttachTo(f->A(), Family::Q, u"new.txt"_s, "new");
+        const qint64 one = f->Add(f->A(), 0, u"one"_s);
+        f->In(f->A(), [one](Library& library) {
+            library.Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, DateAdded, DateUpdated) VALUES (?1, ?2, ?3, "
+                            "?3)"_s,
+                            {one, Family::X, library.NextStamp()});
+        });
+        f->ExportOf(f->A());
+        QVERIFY(f->TakeIn(f->M()).Done);
+        f->In(f->A(), [file, one](Library& library) {
+            CFileObject object;
+            object.Initialise(library, QString::number(file));
+            object.Delete();
+            object.Commit();
+            CCodeItem item;
+            item.Initialise(library, QString::number(one));
+            const std::shared_ptr<CLink> link = item.Links().Item(CLinks::KeyOf(Family::X));
+            link->Direction = LinkDirection::None;
+            link->DirtyFlag = true;
+            item.SetLinksChanged(true);
+            item.Commit();
+        });
+        QVERIFY(f->TakeIn(f->A()).Done);
+        f->Clock.AddSeconds(60);
+        QVERIFY(Family::Outline(f->M()).contains(u"one --> X"_s));
+        f->Round(f->A());
+        QVERIFY(Family::Outline(f->M()).filter(u"new.txt"_s).isEmpty());
+        QVERIFY(!Family::Outline(f->M()).contains(u"one --> X"_s));
+        f->Round(f->B);
+        QVERIFY(f->AreEqual());
+    }
+
+    /// What was made while a file was on its way has a later date than the next export, if that follows at once.
+    void fileDeletedAfterAnExportAtOnce_goes()
+    {
+        f->ExportOf(f->A());
+        QVERIFY(f->TakeIn(f->M()).Done);
+        const Date before = f->Clock.Now();
+        f->Clock.Set(Date::FromSeconds(before.Seconds() - 90)); // between the export and the mother's stamp
+        qint64 file = 0;
+        {
+            const auto child = Library::Open(f->A());
+            file = f->Attach(*child, Family::Q, u"new.txt"_s, "new");
+        }
+        f->Clock.Set(before);
+        const auto child = Library::Open(f->A());
+        Synchronize(*child, f->File);
+        QVERIFY(WriteChanges(*child, f->File, ExportAgain::No));
+        f->Clock.AddSeconds(120);
+        {
+            CFileObject object;
+            object.Initialise(*child, QString::number(file));
+            object.Delete();
+            object.Commit();
+        }
+        QVERIFY(f->TakeIn(f->M()).Done);
+        QVERIFY(f->TakeIn(f->A()).Done);
+        f->Clock.AddSeconds(120);
+        f->Round(f->A());
+        QVERIFY(Family::Outline(f->M()).filter(u"new.txt"_s).isEmpty());
     }
 
     void s39_threeEdit_endsEqual()

@@ -15,7 +15,7 @@ namespace qb::test::twin {
 using Moment = long long; ///< whole seconds, as a library stores them; 0 is no date
 using Number = long long; ///< of a record
 
-enum class Table { Items, Files, Links };
+enum class Table { Items, Files, Links, Pages };
 
 /// The texts of an item, by their place in Item::Texts.
 enum Text { Title, Description, Info, Code, Notes, Example, TextCount };
@@ -134,6 +134,7 @@ struct Library {
     Moment DeletionCutOff() const;
     bool ClockIsWrong(Moment now, Moment bound) const;
     bool IsTakenOver(Table table, Number id, Number second, Moment date) const;
+    bool IsLogged(Event::Kind what, Table table, Number id, Number second, Moment date) const;
 
     // The log
     void Note(const Event& event);

@@ -57,16 +57,26 @@ private:
     void MoveNewOnes()
     {
         for (auto& [id, item] : m_child.Items) {
-            if (IsBetween(item.Created) && item.Created < m_synchronized && !m_child.IsOrphanFolder(id))
-                item.Created = item.Changed = m_later;
+            if (IsBetween(item.Created) && item.Created < m_synchronized && !m_child.IsOrphanFolder(id)) {
+                item.Created = m_later;
+                MoveDate(Table::Items, id, item.Changed, false);
+            }
         }
         for (auto& [id, file] : m_child.Files) {
-            if (IsBetween(file.Added))
-                file.Added = file.Updated = m_later;
+            if (IsBetween(file.Added)) {
+                file.Added = m_later;
+                MoveDate(Table::Files, id, file.Updated, false);
+            }
         }
         for (auto& [ends, link] : m_child.Links) {
             if (IsBetween(link.Added)) {
                 link.Added = m_later;
+                m_child.Note({.What = Event::Changed,
+                              .Of = Table::Links,
+                              .ID = ends.first,
+                              .Second = ends.second,
+                              .At = m_later,
+                              .Date = m_later});
                 m_linksSince.insert(ends);
             }
         }
@@ -227,7 +237,7 @@ private:
         }
         const Number id = found ? found->ID : m_child.NextItem++;
         Item& item = m_child.Items[id];
-        const bool hadPage = item.HasPage;
+        const Item former = item;
         const Number parent = found ? item.Parent : 0;
         item = sent.Row;
         item.ID = id;
@@ -235,9 +245,23 @@ private:
         item.MotherID = sent.Row.ID;
         item.MotherParent = sent.Row.Parent;
         m_child.ItemNames[id] = item.Name;
-        if (hadPage && !item.HasPage)
-            m_child.Pages.erase(id);
         m_taken[id] = &sent;
+        if (m_pageSince.count(id) != 0 && !HasNewPage(sent)) {
+            item.HasPage = former.HasPage;
+            item.PageChanged = former.PageChanged;
+            m_ownPages.insert(id);
+        } else if (former.HasPage && !item.HasPage) {
+            m_child.Pages.erase(id);
+        }
+    }
+
+    /// Somebody but this child has changed the page, too.
+    bool HasNewPage(const SentItem& sent) const
+    {
+        const auto& pages = m_file.FromMother.Pages;
+        return sent.Row.PageChanged > m_former
+               || std::any_of(pages.begin(), pages.end(),
+                              [&sent](const SentPage& page) { return page.Item == sent.Row.ID; });
     }
 
     /// The child's version stays and goes to the mother; hers waits for the solver. A page that the child has not
@@ -379,9 +403,18 @@ private:
             m_child.Pages[found->ID] = sent.Page;
             Item& item = m_child.Items.at(found->ID);
             item.HasPage = true;
-            item.PageChanged = sent.Changed;
+            const bool hasRow = m_taken.count(found->ID) != 0 || m_kept.count(found->ID) != 0;
+            item.PageChanged = hasRow ? sent.Changed : DateOfPageAlone(found->ID, sent.Changed);
             m_takenPages.insert(found->ID);
         }
+    }
+
+    /// A page travels without a date; without the mother's row it is one that is no change of the child's.
+    Moment DateOfPageAlone(Number item, Moment mothers) const
+    {
+        const bool isTold = std::any_of(m_file.Conflicts.begin(), m_file.Conflicts.end(),
+                                        [item](const ToldConflict& conflict) { return conflict.ID == item; });
+        return isTold ? std::min(m_exported, mothers) : m_exported;
     }
 
     /// The mother's versions that lost have the files that she has of them.
@@ -432,16 +465,27 @@ private:
                 MoveDate(Table::Items, id, item.PageChanged,
                          isTaken || (m_takenPages.count(id) != 0 && m_kept.count(id) == 0));
         }
+        for (const Number id : m_ownPages) { // another date than what was taken over with it
+            m_child.Items.at(id).PageChanged = m_later + 1;
+            NoteOwn(Table::Items, id, m_later + 1);
+        }
         for (auto& [id, file] : m_child.Files) {
             if (IsBetween(file.Updated))
                 MoveDate(Table::Files, id, file.Updated, m_takenFiles.count(id) != 0);
         }
+    }
+    /// It is the child's own, though its date was given to it here.
+    void NoteOwn(Table table, Number id, Moment date)
+    {
+        m_child.Note({.What = Event::Changed, .Of = table, .ID = id, .At = date, .Date = date});
     }
     void MoveDate(Table table, Number id, Moment& date, bool isTaken)
     {
         date = m_later;
         if (isTaken)
             m_child.Note({.What = Event::TakenOver, .Of = table, .ID = id, .At = m_synchronized, .Date = m_later});
+        else
+            NoteOwn(table, id, m_later);
     }
 
     /// The child is free again.
@@ -469,7 +513,8 @@ private:
     std::map<Number, const SentItem*> m_taken; ///< items that are as the mother has them now
     std::set<Number> m_takenFiles;
     std::set<Number> m_takenPages;
-    std::set<Number> m_kept; ///< versions that won over hers
+    std::set<Number> m_ownPages; ///< of items that are the mother's otherwise
+    std::set<Number> m_kept;     ///< versions that won over hers
     std::map<Number, Moment> m_moved;
     std::vector<Loser> m_lost; ///< of the mother's versions
 };

@@ -110,8 +110,13 @@ Moment Library::DeletionCutOff() const
 
 bool Library::IsTakenOver(Table table, Number id, Number second, Moment date) const
 {
+    return IsLogged(Event::TakenOver, table, id, second, date);
+}
+
+bool Library::IsLogged(Event::Kind what, Table table, Number id, Number second, Moment date) const
+{
     return std::any_of(Log.begin(), Log.end(), [=](const Event& event) {
-        return event.What == Event::TakenOver && event.Of == table && event.ID == id && event.Second == second
+        return event.What == what && event.Of == table && event.ID == id && event.Second == second
                && event.Date == date;
     });
 }
@@ -122,7 +127,8 @@ bool Library::ClockIsWrong(Moment now, Moment bound) const
     if (bound > now)
         return true;
     const auto isAhead = [&](Table table, Number id, Number second, Moment date) {
-        return date > now && !IsTakenOver(table, id, second, date);
+        return date > now && !IsTakenOver(table, id, second, date)
+               && !IsLogged(Event::Changed, table, id, second, date);
     };
     for (const auto& [id, item] : Items) {
         for (const Moment date : {item.Changed, item.Created, item.PageChanged}) {
@@ -140,7 +146,8 @@ bool Library::ClockIsWrong(Moment now, Moment bound) const
     }
     for (const auto* list : {&DeletedItems, &DeletedFiles, &DeletedLinks}) {
         for (const Deletion& deletion : *list) {
-            if (deletion.Date > now)
+            const bool wasMoved = IsChild && deletion.Date == LastSynchronized + 60;
+            if (deletion.Date > now && !wasMoved)
                 return true;
         }
     }
@@ -265,7 +272,8 @@ bool Library::IsKnownElsewhere(Table table, Number id, bool isMothers, Moment ad
     if (!IsReplicated())
         return false;
     return isMothers || added <= LastOwnStamp() || std::any_of(Log.begin(), Log.end(), [=](const Event& event) {
-               return event.What == Event::Arrived && event.Of == table && event.ID == id;
+               return (event.What == Event::Arrived || event.What == Event::Changed) && event.Of == table
+                      && event.ID == id;
            });
 }
 

@@ -71,7 +71,8 @@ private:
                 if (Lacks(id) || m_mother.Incomplete[m_child].count(id) != 0)
                     m_whole.insert(id);
             }
-            const bool isNewPage = item.PageChanged > m_bound || HasArrived(Table::Items, id) || m_whole.count(id) != 0;
+            const bool isNewPage = item.PageChanged > m_bound || HasArrived(Table::Items, id)
+                                   || HasArrived(Table::Pages, id) || m_whole.count(id) != 0;
             if (item.HasPage && isNewPage && !IsHidden(id))
                 m_pages.insert(id);
         }
@@ -432,7 +433,7 @@ private:
             m_mother.Pages[id] = sent.Page;
             m_mother.Items.at(id).HasPage = true;
             m_mother.Items.at(id).PageChanged = Down(sent.Changed);
-            Arrive(Table::Items, id);
+            Arrive(isAlone ? Table::Pages : Table::Items, id);
         }
     }
 
@@ -540,10 +541,10 @@ private:
         }
     }
 
-    /// Later than the child's export in any case, so that no file is merged twice.
+    /// Later than the child's export in any case, so that no file is merged twice, and than what she has stamped.
     void Stamp()
     {
-        m_file.LastSynchronized = std::max(m_now, m_file.Exported + 1);
+        m_file.LastSynchronized = std::max(m_moment, m_file.Exported + 1);
         m_mother.Children[m_child] = m_file.LastSynchronized;
         m_mother.Trim();
     }
