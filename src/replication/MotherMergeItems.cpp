@@ -6,8 +6,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Of a conflict, and of a page that only one side changed, the page belongs to who changed it.
-const QString KeepsPage = u"coalesce(i.HTMLLastUpdated, 0) > ?1 AND coalesce(s.HTMLLastUpdated, 0) <= ?1"_s;
+/// A page belongs to who changed it. What came from another child meanwhile may be older than the bound, ?1.
+const QString KeepsPage = u"coalesce(s.HTMLLastUpdated, 0) <= ?1"_s;
 
 } // namespace
 

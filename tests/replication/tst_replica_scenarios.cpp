@@ -846,6 +846,20 @@ private Q_SLOTS:
         QCOMPARE(f->Kept(f->A()), QStringList{u"Y"_s});
     }
 
+    /// B met the mother between A's change and A's round.
+    void pageThatAnotherChildTookAway_staysAwayUnderALaterText()
+    {
+        SetPage(f->A(), Family::Y, {});
+        f->Round(f->B);
+        f->Round(f->A());
+        f->EditTitle(f->B, Family::Y, u"Y by B"_s);
+        f->Round(f->B);
+        QCOMPARE(Family::Ask(f->M(), u"SELECT Title || HTMLPage FROM Items WHERE ID = 6"_s).ToText(), u"Y by B0"_s);
+        f->DiscardConflicts(f->M());
+        f->Round(f->A());
+        QVERIFY(f->AreEqual());
+    }
+
     void pageOfTheLosingChild_isReplacedByTheMothers()
     {
         SetPage(f->A(), Family::Y, "by A");

@@ -65,8 +65,7 @@ private:
                 m_mother.Incomplete[m_child].insert(id);
             const bool isChanged = item.Changed > m_bound || HasArrived(Table::Items, id)
                                    || m_mother.WasChangedAt(id, m_bound);
-            const bool isKnownToWait = item.Changed == 0 && !(HasArrived(Table::Items, id) && !Lacks(id));
-            if (isChanged && !isKnownToWait) {
+            if (isChanged && item.Changed != 0) { // what waits for a decision is for nobody else
                 m_items.insert(id);
                 if (Lacks(id) || m_mother.Incomplete[m_child].count(id) != 0)
                     m_whole.insert(id);
@@ -202,8 +201,9 @@ private:
         const auto item = m_mother.Items.find(row.MotherID);
         if (item == m_mother.Items.end())
             return TakeDeleted(sent);
+        const bool childsPage = row.PageChanged > m_bound;
         if (!IsChangedHere(item->second))
-            return Overwrite(item->second, sent, true);
+            return Overwrite(item->second, sent, childsPage);
         m_file.Conflicts.push_back({.ID = row.ID, .Changed = row.Changed});
         const bool motherWins = item->second.Changed > row.Changed;
         if (motherWins) {
@@ -216,7 +216,6 @@ private:
         }
         AddHerLoser(item->second);
         m_items.erase(item->first);
-        const bool childsPage = row.PageChanged > m_bound;
         if (childsPage)
             m_pages.erase(item->first);
         else
