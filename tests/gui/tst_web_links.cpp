@@ -16,6 +16,7 @@
 #include <QStatusBar>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <csignal>
 
 using namespace qb;
 using namespace qb::test;
@@ -307,6 +308,52 @@ private Q_SLOTS:
         QVERIFY(Action(u"mnuWebDeletePage"_s)->isEnabled());
     }
 
+    void pageThatDies_saysSoAndIsLoadedAgain()
+    {
+        GivePage("<body style='background:#0f0'></body>");
+        Open();
+        ClickOn(1);
+        ClickOn(0);
+        QTRY_VERIFY(Shows(Qt::green));
+        const auto isDead = [this] {
+            const auto* label = m_window->findChild<QLabel*>(u"lblDead"_s);
+            return label && label->isVisible();
+        };
+        KillPage();
+        QTRY_VERIFY(isDead());
+        TakePicture(*m_window, u"web-dead"_s);
+        QTest::qWait(300); // for what should not happen
+        QVERIFY(isDead()); // it is not loaded unasked
+        m_window->findChild<QLabel*>(u"lblDead"_s)->parentWidget()->findChild<QPushButton*>()->click();
+        QTRY_VERIFY(!isDead() && Shows(Qt::green));
+        KillPage();
+        QTRY_VERIFY(isDead());
+        ToolbarButton(u"tbrBrowser"_s, u"RELOAD"_s)->trigger();
+        QTRY_VERIFY(!isDead() && Shows(Qt::green));
+        KillPage();
+        QTRY_VERIFY(isDead());
+        ToolbarButton(u"tbrBrowser"_s, u"HOME"_s)->trigger();
+        QTRY_VERIFY(!isDead() && Shows(Qt::green));
+        QCOMPARE(Address(), u"local://Item%1"_s.arg(m_item));
+    }
+
+    void pageThatDiesWhileItLoads_letsTheLogoRest()
+    {
+        QTcpServer silent;
+        QVERIFY(silent.listen(QHostAddress::LocalHost));
+        PageServer server("<body style='background:#0f0'><img src='http://127.0.0.1:"
+                          + QByteArray::number(silent.serverPort()) + "/'></body>");
+        Open();
+        ClickOn(0);
+        Tab(LinksTab);
+        Type(server.Address());
+        QTRY_VERIFY(Shows(Qt::green));
+        auto* logo = m_window->findChild<BusyLogo*>(u"imgLabel"_s);
+        QVERIFY(logo->IsBusy());
+        KillPage();
+        QTRY_VERIFY(!logo->IsBusy());
+    }
+
     void pageByItself_hasNothingOpenedOutside()
     {
         // A download and a mail address that no click asks for, but which look like one.
@@ -577,6 +624,17 @@ private:
         const QList<QWidget*> all = View()->findChildren<QWidget*>();
         const auto found = std::find_if(all.begin(), all.end(), [](const QWidget* one) { return one->focusProxy(); });
         return found == all.end() ? nullptr : (*found)->focusProxy();
+    }
+    /// Kills the process in which the page is.
+    void KillPage()
+    {
+        const QObjectList all = View()->findChildren<QObject*>();
+        const auto page = std::find_if(all.begin(), all.end(),
+                                       [](QObject* object) { return object->inherits("QWebEnginePage"); });
+        QVERIFY(page != all.end());
+        const auto process = pid_t((*page)->property("renderProcessPid").toLongLong());
+        QVERIFY(process > 0);
+        QCOMPARE(::kill(process, SIGKILL), 0);
     }
     QMenu* WebMenu() { return m_window->findChild<QMenu*>(u"mnuWebLinks"_s); }
     QComboBox* AddressBox() { return m_window->findChild<QComboBox*>(u"cboURL"_s); }

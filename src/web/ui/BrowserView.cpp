@@ -32,7 +32,8 @@ void BrowserView::MakeBrowser()
     if (!m_browser) {
         m_noBrowser = MakeExcuse("lblNoBrowser",
                                  u"Web pages can't be shown here: %1\n\nInstall Qt WebEngine "
-                                 "(libqt6webenginewidgets6), or open the page in your own browser."_s.arg(reason));
+                                 "(libqt6webenginewidgets6), or open the page in your own browser."_s.arg(reason),
+                                 u"&Open in Browser"_s, &BrowserView::OpenWanted);
         m_layout->addWidget(m_noBrowser);
         return;
     }
@@ -53,6 +54,7 @@ void BrowserView::ConnectBrowser()
     m_browser->LoadFailed = [this](const QUrl& url, const QString& why) {
         TellNowhere(AddressText(url), ReasonInWords(why));
     };
+    m_browser->Died = [this] { TellDead(); };
     m_browser->CommandStateChange = [this](bool back, bool forward) { Q_EMIT CommandStateChange(back, forward); };
     m_browser->ProgressChange = [this](int percent) { Q_EMIT ProgressChange(percent); };
     m_browser->DocumentComplete = [this](const QUrl& url) { Q_EMIT DocumentComplete(url); };
@@ -73,8 +75,9 @@ void BrowserView::ConnectBrowser()
     m_browser->IsKnownPage = [this](const QUrl& url) { return m_pages.contains(url); };
 }
 
-/// A page of plain text with a button for the user's own browser.
-QWidget* BrowserView::MakeExcuse(const char* name, const QString& text)
+/// A page of plain text with a button that does what helps.
+QWidget* BrowserView::MakeExcuse(const char* name, const QString& text, const QString& button,
+                                 void (BrowserView::*pressed)())
 {
     auto* excuse = new QWidget;
     auto* label = new QLabel(text);
@@ -82,20 +85,37 @@ QWidget* BrowserView::MakeExcuse(const char* name, const QString& text)
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     label->setAlignment(Qt::AlignCenter);
-    auto* open = new QPushButton(u"&Open in Browser"_s);
-    connect(open, &QPushButton::clicked, this, [this] { Q_EMIT OpenOutside(m_wanted.toString()); });
+    auto* help = new QPushButton(button);
+    connect(help, &QPushButton::clicked, this, pressed);
     auto* layout = new QVBoxLayout(excuse);
     layout->addStretch();
     layout->addWidget(label);
-    layout->addWidget(open, 0, Qt::AlignCenter);
+    layout->addWidget(help, 0, Qt::AlignCenter);
     layout->addStretch();
     return excuse;
+}
+
+void BrowserView::OpenWanted()
+{
+    Q_EMIT OpenOutside(m_wanted.toString());
+}
+
+/// It is not loaded again unasked: it might die of itself, again and again.
+void BrowserView::TellDead()
+{
+    if (!m_dead) {
+        m_dead = MakeExcuse("lblDead", u"This page has stopped working, and was closed."_s, u"&Load Again"_s,
+                            &BrowserView::Reload);
+        m_layout->addWidget(m_dead);
+    }
+    m_layout->setCurrentWidget(m_dead);
+    Q_EMIT DocumentComplete(m_shown);
 }
 
 void BrowserView::KeepOut(const QUrl& url)
 {
     if (!m_keptOut) {
-        m_keptOut = MakeExcuse("lblKeptOut", {});
+        m_keptOut = MakeExcuse("lblKeptOut", {}, u"&Open in Browser"_s, &BrowserView::OpenWanted);
         m_layout->addWidget(m_keptOut);
     }
     m_wanted = url;

@@ -12,7 +12,8 @@ class QStackedLayout;
 namespace qb {
 
 /// Shows pages of the library's folder and of the web. The browser is made when the first page is
-/// asked for; where there is none, or the web is kept out, the view says so and offers to open the address outside.
+/// asked for; where there is none, or the web is kept out, the view says so and offers to open the address outside. A page that dies can
+/// be loaded again.
 class BrowserView : public QWidget {
     Q_OBJECT
 
@@ -58,10 +59,13 @@ private:
     void ConnectBrowser();
     void HideNowhere();
     void KeepOut(const QUrl& url);
-    QWidget* MakeExcuse(const char* name, const QString& text);
+    void TellDead();
+    QWidget* MakeExcuse(const char* name, const QString& text, const QString& button, void (BrowserView::*pressed)());
+    void OpenWanted();
 
     QWidget* m_noBrowser = nullptr; ///< shown in its place where none is installed
     QWidget* m_keptOut = nullptr;   ///< from the first page on that was kept out
+    QWidget* m_dead = nullptr;      ///< from the first page on that has died
     QLabel* m_nowhere = nullptr;    ///< from the first address on that led nowhere
     QStackedLayout* m_layout;
     std::unique_ptr<WebBrowser> m_browser;

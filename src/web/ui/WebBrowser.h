@@ -37,6 +37,8 @@ public:
     std::function<void(const QUrl& url)> DocumentComplete;
     /// A page can't be shown; @p reason as the browser names it.
     std::function<void(const QUrl& url, const QString& reason)> LoadFailed;
+    /// The process of the page that is shown has come to an end by itself. Reload and Navigate begin another.
+    std::function<void()> Died;
     /// An address of the web was not shown, because the web is kept out.
     std::function<void(const QUrl& url)> KeptOut;
     /// The user has clicked, or pressed a key, in a page.

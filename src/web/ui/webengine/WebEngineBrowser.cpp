@@ -150,6 +150,10 @@ void WebEngineBrowser::Connect()
         if (info.status() == QWebEngineLoadingInfo::LoadFailedStatus && LoadFailed)
             LoadFailed(info.url(), info.errorString());
     });
+    QObject::connect(page, &QWebEnginePage::renderProcessTerminated, page, [this](auto status, int) {
+        if (status != QWebEnginePage::NormalTerminationStatus && Died)
+            Died();
+    });
     QObject::connect(page, &QWebEnginePage::urlChanged, page, [this] { TellCommandState(); });
     QObject::connect(page, &QWebEnginePage::linkHovered, page, [this](const QString& address) {
         if (LinkHovered)
