@@ -3,6 +3,7 @@
 #include "web/DownloadAddress.h"
 #include "web/WebPages.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QMimeDatabase>
@@ -23,6 +24,12 @@ bool IsWeb(const QUrl& url)
 {
     static const QStringList schemes{u"http"_s, u"https"_s, u"ws"_s, u"wss"_s, u"data"_s, u"blob"_s, u"about"_s, u""_s};
     return schemes.contains(url.scheme());
+}
+
+/// The file that a local address names, as all that looks at it must read it.
+QString NameOf(const QUrl& url)
+{
+    return url.path(QUrl::FullyDecoded).replace(u'\\', u'/'); // as pages from elsewhere write it
 }
 
 } // namespace
@@ -110,11 +117,12 @@ std::optional<LocalPageFile> ReadLocalPageFile(const QString& folder, const QUrl
     if (!IsLocalPage(url) || folder.isEmpty())
         return std::nullopt;
     const QString base = QFileInfo(folder).canonicalFilePath();
-    const QString name = url.path(QUrl::FullyDecoded).replace(u'\\', u'/'); // as pages from elsewhere write it
+    const QString name = NameOf(url);
     if (name.contains(QChar(u'\0')))
         return std::nullopt;
-    const QString path = QFileInfo(folder + u'/' + name).canonicalFilePath();
-    if (base.isEmpty() || !path.startsWith(base + u'/') || !QFileInfo(path).isFile())
+    const QString path = QFileInfo(base + name).canonicalFilePath();
+    const bool isLink = path != QDir::cleanPath(base + name);
+    if (base.isEmpty() || isLink || !path.startsWith(base + u'/') || !QFileInfo(path).isFile())
         return std::nullopt;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
@@ -131,9 +139,11 @@ bool MayRequest(const QUrl& page, const QUrl& resource)
         return IsWeb(resource);
     const QString name = page.path();
     const QString own = name.left(name.lastIndexOf(u'.')) + u'/';
-    const QString wanted = QString(resource.path()).replace(u'\\', u'/');
+    const QString wanted = QDir::cleanPath(NameOf(resource));
+    // The page of an item is a copy of the template, whose pictures stay where they are.
+    static const QString ofTemplate = u'/' + PageTemplate.chopped(PageSuffix.size()) + u'/';
     return resource.scheme() == u"data"_s
-           || (IsLocalPage(resource) && wanted.startsWith(own) && !wanted.contains(u"/../"_s));
+           || (IsLocalPage(resource) && (wanted.startsWith(own) || wanted.startsWith(ofTemplate)));
 }
 
 bool IsWebAddress(const QUrl& url)

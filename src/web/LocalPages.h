@@ -47,7 +47,7 @@ bool IsPageName(const QString& name);
 QByteArray WithPagePolicy(QByteArray page, const QByteArray& scheme);
 
 /// Whether @p page may load @p resource into itself. A local page reaches the files of its own
-/// folder (17.htm those in 17/), a page of the web only the web.
+/// folder (17.htm those in 17/) and of the template's, a page of the web only the web.
 bool MayRequest(const QUrl& page, const QUrl& resource);
 
 enum class NavigationCause {

@@ -1,5 +1,6 @@
 #include "panels/ui/ctlSmartTreeView.h"
 #include "session/ui/BrowserToolbar.h"
+#include "support/CountingServer.h"
 #include "support/EditingWindow.h"
 #include "text/ui/ctlCaptionRTB.h"
 #include "web/LocalPages.h"
@@ -35,6 +36,29 @@ QByteArray Png(Qt::GlobalColor color)
     image.save(&buffer, "PNG");
     return bytes;
 }
+
+const QByteArray HostileDrawing = R"(<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'
+ onload="top.document.body.style.background='#f00'"><image href='WEB/v.png'/>
+ <script>top.document.body.style.background='#f00'</script></svg>)";
+
+/// With its own picture, and with all that must not be loaded nor run.
+const QByteArray HostilePage = R"(<!doctype html><html><head>
+<meta http-equiv='refresh' content='0;url=WEB/refresh'><base href='WEB/base/'>
+<link rel='stylesheet' href='WEB/style.css'><link rel='prefetch' href='WEB/prefetch'>
+<link rel='preconnect' href='WEB/'><link rel='dns-prefetch' href='WEB/'><link rel='preload' as='image' href='WEB/pre'>
+<link rel='icon' href='WEB/icon.png'><link rel='manifest' href='WEB/manifest.json'>
+<style>@import url(WEB/import.css); @font-face { font-family: f; src: url(WEB/f.woff) }
+p { font-family: f; background: url(WEB/bg.png) } iframe { height: 90px }</style></head><body style='background:#fff'>
+<form action='WEB/form'><input name='a' onfocus="document.body.style.background='#f00'" autofocus></form>
+<img src='ID/own.png'><img src='999/foreign.png'><img src='ID/../999/foreign.png'>
+<img src='ID/..%2f999/foreign.png'><img src='ID/..%5c999/foreign.png'><img src='../secret.png'>
+<img src='file://SECRET'><img src='WEB/picture.png' srcset='WEB/picture2.png 2x'><img src='ID/own.svg'>
+<iframe src='WEB/frame'></iframe><iframe src='ID/own.svg'></iframe><iframe src='file://SECRET'></iframe>
+<iframe srcdoc="<script>top.document.body.style.background='#f00'</script>"></iframe>
+<iframe src="data:text/html,<body style='background:red'><img src='WEB/data.png'>"></iframe>
+<object data='WEB/o'></object><embed src='ID/own.svg'><video src='WEB/v' poster='WEB/p.png' autoplay></video>
+<p>text</p>DRAWING<script>document.body.style.background='#f00'; document.title='ran';</script>
+<img src='x' onerror="document.body.style.background='#f00'"></body></html>)";
 
 /// A web server that gives one page and writes down what was asked for.
 class PageServer : public QTcpServer {
@@ -108,36 +132,67 @@ private Q_SLOTS:
 
     void localPage_showsItsOwnPicturesAndRunsNoScript()
     {
-        PageServer server("<p>web</p>");
+        CountingServer server;
         WriteFile(m_folder + QString::number(m_item) + u"/own.png"_s, Png(Qt::green));
         WriteFile(m_folder + u"999/foreign.png"_s, Png(Qt::red));
         WriteFile(m_home->Path(u"data/secret.png"_s), Png(Qt::red));
-        const QByteArray id = QByteArray::number(m_item);
-        const QByteArray web = server.Address().toUtf8();
-        GivePage("<!doctype html><html><head><meta http-equiv='refresh' content='0;url=" + web
-                 + "refresh'>"
-                   "<link rel='stylesheet' href='"
-                 + web + "style.css'><link rel='prefetch' href='" + web
-                 + "prefetch'></head>"
-                   "<body style='background:#fff'><img src='"
-                 + id
-                 + "/own.png'><img src='999/foreign.png'>"
-                   "<img src='../secret.png'><img src='file://"
-                 + m_home->Path(u"data/secret.png"_s).toUtf8()
-                 + "'>"
-                   "<img src='"
-                 + web + "picture.png'><iframe src='" + web
-                 + "frame'></iframe>"
-                   "<script>document.body.style.background='#f00'; document.title='ran';</script>"
-                   "<img src='x' onerror=\"document.body.style.background='#f00'\"></body></html>");
+        const QHash<QByteArray, QByteArray> filled{{"WEB/", server.Address()},
+                                                   {"ID/", QByteArray::number(m_item) + '/'},
+                                                   {"SECRET", m_home->Path(u"data/secret.png"_s).toUtf8()}};
+        QByteArray page = HostilePage;
+        QByteArray svg = HostileDrawing;
+        for (const auto& [word, text] : filled.asKeyValueRange()) {
+            page.replace(word, text);
+            svg.replace(word, text);
+        }
+        WriteFile(m_folder + QString::number(m_item) + u"/own.svg"_s, svg);
+        GivePage(page.replace("DRAWING", svg));
         Open();
         ClickOn(0);
         Tab(LinksTab);
         QTRY_VERIFY(Shows(Qt::green));
-        QTest::qWait(300); // for what should not happen
+        QTest::qWait(500); // for what should not happen
         QVERIFY(!Shows(Qt::red));
         QCOMPARE(server.Asked, QStringList());
+        QCOMPARE(server.Met, 0);
         QCOMPARE(Address(), u"local://Item%1"_s.arg(m_item));
+    }
+
+    void pageFromTheTemplate_showsThePicturesOfThat()
+    {
+        WriteFile(m_folder + u"default2/logo.png"_s, Png(Qt::green));
+        GivePage("<img src='default2\\logo.png'>");
+        Open();
+        ClickOn(1);
+        ClickOn(0);
+        QTRY_VERIFY(Shows(Qt::green));
+    }
+
+    void linkToAnotherWindow_isShownInThisOne()
+    {
+        CountingServer server("<body style='background:#00f'></body>");
+        GivePage("<body style='margin:0'><a target='_blank' href='" + server.Address()
+                 + "'><div style='width:100vw;height:100vh;background:#0f0'></div></a></body>");
+        Open();
+        ClickOn(1);
+        ClickOn(0);
+        QTRY_VERIFY(Shows(Qt::green));
+        QTest::mouseClick(BrowserSurface(), Qt::LeftButton, {}, QPoint(100, 100));
+        QTRY_VERIFY(Shows(Qt::blue));
+        QCOMPARE(Address().toUtf8(), server.Address());
+    }
+
+    void pageOfTheWeb_isGrantedNothing()
+    {
+        PageServer server(
+            "<script>Notification.requestPermission().then(answer => {"
+            "document.body.style.background = answer === 'denied' ? '#0f0' : '#f00'; });</script><body></body>");
+        Open();
+        ClickOn(0);
+        Tab(LinksTab);
+        Type(server.Address());
+        QTRY_VERIFY(Shows(Qt::green) || Shows(Qt::red));
+        QVERIFY(Shows(Qt::green));
     }
 
     void pageOfTheWeb_runsItsScriptsAndReachesNoLocalPage()

@@ -13,6 +13,7 @@ public:
     {
         listen(QHostAddress::LocalHost);
         connect(this, &QTcpServer::newConnection, this, [this] {
+            ++Met;
             QTcpSocket* socket = nextPendingConnection();
             connect(socket, &QTcpSocket::readyRead, this, [this, socket] { Answer(*socket); });
             connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
@@ -20,6 +21,7 @@ public:
     }
     QByteArray Address() const { return "http://127.0.0.1:" + QByteArray::number(serverPort()) + "/"; }
     QStringList Asked; ///< paths
+    int Met = 0;       ///< connections, with or without a question
 
 private:
     void Answer(QTcpSocket& socket)

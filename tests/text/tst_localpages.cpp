@@ -60,9 +60,11 @@ private Q_SLOTS:
         const auto page = ReadLocalPageFile(m_folder, LocalPageUrl(u"17.htm"_s));
         QVERIFY(page);
         QCOMPARE(page->MimeType, "text/html");
-        QVERIFY(page->Content.startsWith("<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none';"));
-        QVERIFY(!page->Content.contains("script-src"));
-        QVERIFY(page->Content.endsWith("<p>page</p>"));
+        QCOMPARE(
+            page->Content,
+            "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src quillbase-page: data:; "
+            "media-src quillbase-page:; font-src quillbase-page:; style-src quillbase-page: 'unsafe-inline'; "
+            "form-action 'none'; base-uri 'none'\"><p>page</p>");
     }
 
     void policy_standsAheadOfAllButTheType_data()
@@ -132,8 +134,15 @@ private Q_SLOTS:
         QVERIFY(!ReadLocalPageFile(m_folder, url));
     }
 
-    void linkOutOfTheFolder_givesNothing()
+    void link_givesNothing()
     {
+        QDir(m_folder).mkpath(u"18"_s);
+        WriteFile(m_folder + u"18/own.txt"_s, "text");
+        QVERIFY(ReadLocalPageFile(m_folder, LocalPageUrl(u"18/own.txt"_s)));
+        QVERIFY(QFile::link(m_folder + u"18/own.txt"_s, m_folder + u"17/own.txt"_s)); // another page's
+        QVERIFY(!ReadLocalPageFile(m_folder, LocalPageUrl(u"17/own.txt"_s)));
+        QVERIFY(QFile::link(m_folder + u"18"_s, m_folder + u"19"_s));
+        QVERIFY(!ReadLocalPageFile(m_folder, LocalPageUrl(u"19/own.txt"_s)));
         QVERIFY(QFile::link(m_dir->path() + u"/secret.txt"_s, m_folder + u"17/link.txt"_s));
         QVERIFY(!ReadLocalPageFile(m_folder, LocalPageUrl(u"17/link.txt"_s)));
         QVERIFY(!ReadLocalPageFile({}, LocalPageUrl(u"17.htm"_s)));
@@ -148,10 +157,18 @@ private Q_SLOTS:
         const QUrl web(u"https://example.org/"_s);
         QTest::newRow("own picture") << own << LocalPageUrl(u"17/x.png"_s) << true;
         QTest::newRow("own picture, back slash") << own << LocalPageUrl(u"17\\x.png"_s) << true;
+        QTest::newRow("template's picture") << own << LocalPageUrl(u"default2/logo.png"_s) << true;
+        QTest::newRow("template") << own << LocalPageUrl(u"default2.htm"_s) << false;
+        QTest::newRow("web to template's picture") << web << LocalPageUrl(u"default2/logo.png"_s) << false;
         QTest::newRow("data") << own << QUrl(u"data:image/png;base64,AA"_s) << true;
         QTest::newRow("another's picture") << own << LocalPageUrl(u"18/x.png"_s) << false;
         QTest::newRow("another page") << own << LocalPageUrl(u"18.htm"_s) << false;
         QTest::newRow("up") << own << LocalPageUrl(u"17/../18/x.png"_s) << false;
+        QTest::newRow("up, slash escaped") << own << QUrl(u"quillbase-page://library/17/..%2f18/x.png"_s) << false;
+        QTest::newRow("up, back slash escaped") << own << QUrl(u"quillbase-page://library/17/..%5c18/x.png"_s) << false;
+        QTest::newRow("up, dots escaped") << own << QUrl(u"quillbase-page://library/17/%2e%2e/18/x.png"_s) << false;
+        QTest::newRow("up and down again") << own << LocalPageUrl(u"17/../17/x.png"_s) << true;
+        QTest::newRow("folder with the same begin") << own << LocalPageUrl(u"170/x.png"_s) << false;
         QTest::newRow("file") << own << QUrl(u"file:///etc/hostname"_s) << false;
         QTest::newRow("web") << own << QUrl(u"http://example.org/x.png"_s) << false;
         QTest::newRow("web to web") << web << QUrl(u"https://cdn.example.org/x.js"_s) << true;

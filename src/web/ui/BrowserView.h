@@ -11,8 +11,8 @@ class QStackedLayout;
 
 namespace qb {
 
-/// Shows pages of the library's folder and of the web. The browser is made when the first page is
-/// asked for; where there is none, or the web is kept out, the view says so and offers to open the address outside. A page that dies can
+/// Shows pages of the library's folder and of the web. The browser is made when the first page is asked for; where
+/// there is none, or the web is kept out, the view says so and offers to open the address outside. A page that dies can
 /// be loaded again.
 class BrowserView : public QWidget {
     Q_OBJECT
