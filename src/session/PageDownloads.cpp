@@ -33,6 +33,7 @@ void PageDownloads::Make()
 {
     m_oInetFileLoad = std::make_unique<InetFileLoad>(m_maker);
     m_oInetFileLoad->IsBusy = [this] { return IsBusy(); };
+    m_oInetFileLoad->Watch = [this](const auto& copy) { Watch(copy); };
     m_oInetFileLoad->FileLoaded = [this](const QString& file, const DownloadTarget& target) {
         return Store(file, target);
     };

@@ -33,7 +33,7 @@ public:
     std::function<bool()> MayClose = [] { return true; };
     /// Something else is being done that nothing must come between.
     std::function<bool()> IsBusy = [] { return false; };
-    /// Lets the user watch how a file is stored, and cancel that.
+    /// Lets the user watch how a file is stored or saved, and cancel that.
     std::function<void(const std::function<void(Work& work)>& store)> Watch = [](const auto& store) {
         store(NoWork());
     };

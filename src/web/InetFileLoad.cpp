@@ -21,16 +21,36 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// A copy of a file beside the place that it is to have.
+QString CopyBeside(const QString& file, const QString& place, Work& work)
+{
+    const QString interim = InterimName(place);
+    work.Say(QFileInfo(place).fileName(), 0);
+    CopyFileContents(file, interim, work);
+    return interim;
+}
+
+/// Copies a file to a place, over what is there; on failure that stays.
+void CopyOver(const QString& file, const QString& place, Work& work)
+{
+    const QString interim = CopyBeside(file, place, work);
+    try {
+        MoveIntoPlace(interim, place, true);
+    } catch (const RuntimeError&) {
+        QFile::remove(interim);
+        throw;
+    }
+}
+
 /// Copies a file into a folder under the first name that is free, whoever else takes names there.
-QString CopyInto(const QString& file, const QString& folder)
+QString CopyInto(const QString& file, const QString& folder, Work& work)
 {
     const QDir target(folder);
     if (!QDir().mkpath(folder))
         throw RuntimeError(ErrorNumber::PathAccess,
                            u"The folder '%1' can't be made."_s.arg(QDir::toNativeSeparators(folder)), u"CopyInto"_s);
     const QString name = QFileInfo(file).fileName();
-    const QString interim = InterimName(target.filePath(name));
-    CopyFileContents(file, interim);
+    const QString interim = CopyBeside(file, target.filePath(name), work);
     for (;;) {
         const QString place = target.filePath(
             NumberedName(name, [&target](const QString& one) { return QFileInfo::exists(target.filePath(one)); }));
@@ -44,6 +64,12 @@ QString CopyInto(const QString& file, const QString& folder)
             }
         }
     }
+}
+
+QString TroubleOf(const RuntimeError& error)
+{
+    return error.Number() == ErrorNumber::UserInterrupt ? u"It is not saved: this was cancelled."_s
+                                                        : error.Description();
 }
 
 /// What a process left that has not ended by itself; a file that takes longer than this is not loaded.
@@ -127,10 +153,22 @@ void InetFileLoad::StoreWithItem(LoadingFile& file)
 void InetFileLoad::Save(LoadingFile& file)
 {
     try {
-        file.SavedAs = CopyInto(file.Load->File(), FolderOf(file.Choices));
+        Watch([&file](Work& work) { file.SavedAs = CopyInto(file.Load->File(), FolderOf(file.Choices), work); });
     } catch (const RuntimeError& error) {
-        file.Trouble = error.Description();
+        file.Trouble = TroubleOf(error);
     }
+}
+
+void InetFileLoad::SaveAs(LoadingFile& file, const QString& path)
+{
+    try {
+        Watch([&](Work& work) { CopyOver(file.Load->File(), path, work); });
+        file.SavedAs = path;
+        file.Trouble.clear();
+    } catch (const RuntimeError& error) {
+        file.Trouble = TroubleOf(error);
+    }
+    Q_EMIT FileChanged(&file);
 }
 
 void InetFileLoad::TellFinished()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/system/Work.h"
 #include "web/Download.h"
 
 #include <memory>
@@ -48,6 +49,9 @@ public:
     int Loading() const;
     /// Where a file goes that is saved to a folder.
     static QString FolderOf(const DownloadChoices& choices);
+    /// Saves a file that has come in a place of the user's choice, over what is there, which stays when that can't be
+    /// or is cancelled: the file's trouble says so.
+    void SaveAs(LoadingFile& file, const QString& path);
     /// Stops all if files from the web are not loaded any more.
     void ApplyWebAccess();
     /// The user is done with it: what is still being loaded is cancelled, and the component is to be destroyed.
@@ -55,6 +59,8 @@ public:
 
     /// Something is under way that nothing must come between: a file that has come waits.
     std::function<bool()> IsBusy = [] { return false; };
+    /// Lets the user watch how a file is copied, and cancel that.
+    std::function<void(const std::function<void(Work& work)>& copy)> Watch = [](const auto& copy) { copy(NoWork()); };
     /// Stores a file with an item; raises an error, or is false, when that can't be.
     std::function<bool(const QString& file, const DownloadTarget& target)> FileLoaded;
 

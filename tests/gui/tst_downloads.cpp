@@ -2,6 +2,7 @@
 #include "platform/system/Paths.h"
 #include "store/StoredFiles.h"
 #include "support/EditingWindow.h"
+#include "support/FileSizeLimit.h"
 #include "support/ui/WorkProgress.h"
 #include "web/WebAccess.h"
 #include "web/ui/BrowserView.h"
@@ -54,10 +55,10 @@ private:
     }
 };
 
-/// Cancels each work that is shown, and notes its title.
+/// Cancels the first works that are shown, and notes the title of each.
 class CancelledProgress : public QObject {
 public:
-    CancelledProgress() { qApp->installEventFilter(this); }
+    explicit CancelledProgress(int works) : m_works(works) { qApp->installEventFilter(this); }
     QStringList Titles;
 
 protected:
@@ -66,10 +67,14 @@ protected:
         auto* dialog = event->type() == QEvent::Show ? qobject_cast<QProgressDialog*>(object) : nullptr;
         if (dialog) {
             Titles << dialog->windowTitle();
-            dialog->cancel();
+            if (Titles.size() <= m_works)
+                dialog->cancel();
         }
         return false;
     }
+
+private:
+    int m_works;
 };
 
 QByteArray Body()
@@ -141,12 +146,52 @@ private Q_SLOTS:
         const auto delay = std::exchange(WorkProgress::Delay, std::chrono::milliseconds(0));
         const auto back = qScopeGuard([delay] { WorkProgress::Delay = delay; });
         OpenLinks();
-        CancelledProgress progress;
+        CancelledProgress progress(1);
         Type(server.Url(u"/files/a.zip"_s).toString());
-        QTRY_COMPARE_WITH_TIMEOUT(progress.Titles, QStringList{u"Storing a Loaded File"_s}, 20'000);
-        // What the item did not take is not lost.
+        // What the item did not take is not lost, and that is watched too.
+        QTRY_COMPARE_WITH_TIMEOUT(progress.Titles.size(), 2, 20'000);
+        QCOMPARE(progress.Titles, QStringList({u"Storing a Loaded File"_s, u"Storing a Loaded File"_s}));
         QTRY_COMPARE(ReadFile(m_folder + u"/a.zip"_s), Body());
         QCOMPARE(m_database->QueryValue(u"SELECT count(*) FROM Files"_s).ToLong(), 0);
+    }
+
+    void savingThatIsCancelled_leavesTheFileInTheWindow()
+    {
+        FileServer server;
+        server.Answer = [](QTcpSocket& socket, const QByteArray&) {
+            const QByteArray body = Body();
+            socket.write(FileServer::Head(200, {"Content-Length: " + QByteArray::number(body.size())}) + body);
+            socket.disconnectFromHost();
+        };
+        const auto delay = std::exchange(WorkProgress::Delay, std::chrono::milliseconds(0));
+        const auto back = qScopeGuard([delay] { WorkProgress::Delay = delay; });
+        OpenLinks(false);
+        CancelledProgress progress(2);
+        Type(server.Url(u"/files/a.zip"_s).toString());
+        QTRY_VERIFY_WITH_TIMEOUT(Window() && Row()->findChild<QPushButton*>(u"cmdSaveAs"_s)->isVisible(), 20'000);
+        QCOMPARE(progress.Titles.size(), 1);
+        QCOMPARE(Row()->findChild<QLabel*>(u"lblState"_s)->text(), u"It is not saved: this was cancelled."_s);
+        QVERIFY(QDir(m_folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).isEmpty());
+        const QString chosen = m_home->Path(u"chosen.zip"_s);
+        WriteFile(chosen, "before");
+        m_prompts->ExpectFileName(u"Save Downloaded File"_s, chosen);
+        Row()->findChild<QPushButton*>(u"cmdSaveAs"_s)->click(); // which is cancelled too
+        QCOMPARE(ReadFile(chosen), "before");
+        {
+            const FileSizeLimit limit(20'000);
+            m_prompts->ExpectFileName(u"Save Downloaded File"_s, chosen);
+            Row()->findChild<QPushButton*>(u"cmdSaveAs"_s)->click(); // for which the disk is too full
+        }
+        QCOMPARE(ReadFile(chosen), "before");
+        const QString trouble = Row()->findChild<QLabel*>(u"lblState"_s)->text();
+        QVERIFY2(trouble.contains(u"can't be copied"_s), qPrintable(trouble));
+        m_prompts->ExpectFileName(u"Save Downloaded File"_s, chosen);
+        Row()->findChild<QPushButton*>(u"cmdSaveAs"_s)->click();
+        QCOMPARE(ReadFile(chosen), Body());
+        QVERIFY(Row()->findChild<QLabel*>(u"lblState"_s)->text().contains(u"saved as "_s));
+        QCOMPARE(QDir(m_home->Path(u"."_s)).entryList({u"*chosen*"_s}, QDir::Files | QDir::Hidden),
+                 QStringList{u"chosen.zip"_s});
+        QVERIFY(!Row()->findChild<QPushButton*>(u"cmdSaveAs"_s)->isVisible());
     }
 
     void cutConnection_goesOnWithARange()

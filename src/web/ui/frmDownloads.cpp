@@ -1,9 +1,7 @@
 #include "web/ui/frmDownloads.h"
 
-#include "platform/system/FileCopy.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/Shell.h"
-#include "support/ErrorRoutine.h"
 #include "support/ui/Icons.h"
 
 #include <QCloseEvent>
@@ -175,19 +173,13 @@ void DownloadRow::StopOrGoOn()
 
 void DownloadRow::SaveAs()
 {
-    Guarded(u"InetFileLoad"_s, u"SaveAs"_s, [this] {
-        const QString file = Prompts::Current().FileName({.Save = true,
-                                                          .Title = u"Save Downloaded File"_s,
-                                                          .Filter = u"All Files|*"_s,
-                                                          .Folder = InetFileLoad::FolderOf(m_file.Choices),
-                                                          .Name = m_file.Load->Name()});
-        if (file.isEmpty())
-            return;
-        CopyFileContents(m_file.Load->File(), file);
-        m_file.SavedAs = file;
-        m_file.Trouble.clear();
-        Show();
-    });
+    const QString file = Prompts::Current().FileName({.Save = true,
+                                                      .Title = u"Save Downloaded File"_s,
+                                                      .Filter = u"All Files|*"_s,
+                                                      .Folder = InetFileLoad::FolderOf(m_file.Choices),
+                                                      .Name = m_file.Load->Name()});
+    if (!file.isEmpty())
+        m_component.SaveAs(m_file, file);
 }
 
 void DownloadRow::ShowFolder()
