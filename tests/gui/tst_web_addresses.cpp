@@ -1,3 +1,4 @@
+#include "support/CountingServer.h"
 #include "support/EditingWindow.h"
 #include "web/WebAccess.h"
 #include "web/ui/BrowserView.h"
@@ -56,6 +57,35 @@ private Q_SLOTS:
         TakePicture(*m_window, u"web-nowhere"_s);
         Action(u"mnuWebHome"_s)->trigger();
         QTRY_VERIFY(!Nowhere()->isVisible());
+    }
+
+    void addressesThatWereEntered_areOfferedAgain()
+    {
+        CountingServer server;
+        const QString first = QString::fromLatin1(server.Address()) + u"first"_s;
+        const QString second = QString::fromLatin1(server.Address()) + u"second"_s;
+        Open();
+        ClickOn(0);
+        Tab(LinksTab);
+        auto* box = m_window->findChild<QComboBox*>(u"cboURL"_s);
+        const auto entries = [box] {
+            QStringList texts;
+            for (int at = 0; at < box->count(); ++at)
+                texts << box->itemText(at);
+            return texts;
+        };
+        for (const QString& address : {first, second, first}) {
+            const qsizetype asked = server.Asked.size();
+            Type(address);
+            QTRY_VERIFY(server.Asked.size() > asked);
+        }
+        QCOMPARE(entries(), QStringList({second, first})); // each once, the last new one first
+        box->setCurrentIndex(0);
+        const qsizetype asked = server.Asked.count(u"/second"_s);
+        Q_EMIT box->textActivated(second); // as the choice of an entry does
+        QTRY_COMPARE(server.Asked.count(u"/second"_s), asked + 1);
+        Type(u"  "_s); // leads nowhere, and says nothing of it
+        QVERIFY(!Nowhere());
     }
 
     /// The window is made anew where it draws by OpenGL, as on the X server that this runs on once more.

@@ -1,4 +1,5 @@
 #include "platform/richtext/RtfPlainText.h"
+#include "platform/system/Paths.h"
 #include "session/ItemWebPage.h"
 #include "support/TestSession.h"
 #include "web/WebPages.h"
@@ -274,6 +275,7 @@ private Q_SLOTS:
 
     void pageOfAnotherFormat_isToldAndTakesNothing()
     {
+        WriteFile(ApplicationFolder() + u"KTQBLinks.txt"_s, "Quillbase BugReport=http://bugs.example.org/\n");
         GivePage();
         s->Click(u"item"_s);
         s->Script.ExpectMsgBox(WrongPageFormat);
@@ -281,7 +283,8 @@ private Q_SLOTS:
         QCOMPARE(ReadFile(PageFile()), "<p>page</p>");
         QVERIFY(!QFile::exists(m_components->Kept.Path)); // the picture is gone again
         QCOMPARE(s->Script.Messages.last().Icon, MsgBoxIcon::Critical);
-        QVERIFY(s->Script.Messages.last().Text.startsWith(u"The link could not be created. Please contact "_s));
+        QCOMPARE(s->Script.Messages.last().Text,
+                 u"The link could not be created. Please contact Brindleton Software on http://bugs.example.org/"_s);
         m_components->Link = PageLink{u"example.org"_s, {}, {}, {}};
         s->Script.ExpectMsgBox(WrongPageFormat);
         Run(u"mnuWebInsertLink"_s);
@@ -358,6 +361,11 @@ private Q_SLOTS:
         Run(u"mnuHTMLDefaultItem"_s);
         QCOMPARE(s->Script.Questions.last().Filter, u"Quillbase HTML Defaults|*.qhd"_s);
         QVERIFY(ReadFile(file).contains("mine"));
+        QVERIFY(QFile::remove(s->State.CurrentHTMLFolder() + u"default.htm"_s)); // which is made first
+        s->Script.ExpectFileName(u"Enter file name"_s, file);
+        Run(u"mnuHTMLDefaultItem"_s);
+        QVERIFY(ReadFile(file).contains("mine"));
+        QVERIFY(ReadFile(file).contains(BuiltInPage(WelcomePage).toUtf8()));
         s->Script.ExpectFileName(u"Enter file name"_s, {});
         Run(u"mnuHTMLDefaultItem"_s);
     }

@@ -1,5 +1,8 @@
+#include "exchange/BranchStream.h"
+#include "platform/system/Clock.h"
 #include "platform/system/Paths.h"
 #include "store/CCodeItem.h"
+#include "store/PageChange.h"
 #include "support/FileSizeLimit.h"
 #include "support/FolderContents.h"
 #include "support/LibraryBuilder.h"
@@ -265,6 +268,16 @@ private Q_SLOTS:
         m_clock->AddSeconds(60);
         QVERIFY(ForgetMissingPage(*m_library, m_item));
         QCOMPARE(Row(), u"0 then then"_s);
+        QVERIFY(!ForgetMissingPage(*m_library, m_item));
+        PageChange change(*m_library, m_item);
+        Transaction transaction(*m_library);
+        WriteFile(change.Folder() + u"page.htm"_s, "page");
+        change.Bind(PageChange::Kind::Add);
+        m_library->Execute(u"UPDATE Items SET HTMLPage = ? WHERE ID = ?"_s, {true, m_item});
+        transaction.Commit(); // the page comes when the library is opened next, or now
+        QVERIFY(!QFile::exists(Page()));
+        QVERIFY(!ForgetMissingPage(*m_library, m_item));
+        QCOMPARE(Row().left(1), u"1"_s);
     }
 
     void export_wantsAFolderOfItsOwn()
@@ -288,6 +301,7 @@ private Q_SLOTS:
         WriteFile(m_library->HTMLFolder() + u"default2.htm"_s, "mine");
         WriteFile(m_library->HTMLFolder() + u"default2/sub/bild ä.gif"_s, Gif());
         WriteDefaultPages(m_library->HTMLFolder(), DefaultsFile());
+        QVERIFY(ReadFile(DefaultsFile()).contains("sub\\bild"));
         const QString other = m_home->Path(u"other_HTML/"_s);
         CreateDefaultHTMLItems(other);
         QCOMPARE(ReadFile(other + u"default2.htm"_s), "mine");
@@ -324,6 +338,45 @@ private Q_SLOTS:
         QCOMPARE(QString::fromUtf8(ReadFile(other + u"default2.htm"_s)), BuiltInPage(PageTemplate));
         QCOMPARE(QDir(other).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name),
                  (QStringList{u"default.htm"_s, u"default2.htm"_s}));
+    }
+
+    void fileOfDefaultPagesThatIsAnother_isToldAndNotUsed_data()
+    {
+        QTest::addColumn<qint32>("pages");
+        QTest::addColumn<QStringList>("files"); // of each
+        QTest::newRow("as it is to be") << 2 << QStringList{u"default.htm sub\\a.gif"_s, u"default2.htm"_s};
+        QTest::newRow("one page") << 1 << QStringList{u"default.htm"_s};
+        QTest::newRow("three pages") << 3 << QStringList{u"default.htm"_s, u"default2.htm"_s, u"default3.htm"_s};
+        QTest::newRow("a page without a file") << 2 << QStringList{u"default.htm"_s, u""_s};
+        QTest::newRow("a file ahead of its page") << 2 << QStringList{u"a.gif default.htm"_s, u"default2.htm"_s};
+        QTest::newRow("in another order") << 2 << QStringList{u"default2.htm"_s, u"default.htm"_s};
+    }
+    void fileOfDefaultPagesThatIsAnother_isToldAndNotUsed()
+    {
+        QFETCH(qint32, pages);
+        QFETCH(QStringList, files);
+        QDir().mkpath(ApplicationFolder());
+        {
+            BranchWriter stream(DefaultsFile(), pages);
+            for (const QString& page : files) {
+                const QStringList names = page.split(u' ', Qt::SkipEmptyParts);
+                stream.WriteCount(qint32(names.size()));
+                for (const QString& name : names) {
+                    QFile content(PageOf("mine"));
+                    QVERIFY(content.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
+                    stream.Write(BranchPage{.Name = name, .Modified = Clock::Now(), .Number = 0, .Size = 4});
+                    stream.WriteContents(content, 4, NoWork());
+                }
+            }
+            stream.Close();
+        }
+        const bool isRight = QLatin1StringView(QTest::currentDataTag()) == "as it is to be"_L1;
+        if (!isRight)
+            m_prompts->ExpectError();
+        const QString other = m_home->Path(u"other_HTML/"_s);
+        CreateDefaultHTMLItems(other);
+        QCOMPARE(ReadFile(other + u"default2.htm"_s), isRight ? "mine" : BuiltInPage(PageTemplate).toUtf8());
+        QCOMPARE(QFile::exists(other + u"default/sub/a.gif"_s), isRight);
     }
 
     void fileOfDefaultPages_namesNothingElsewhere()

@@ -1,7 +1,7 @@
 #include "platform/system/RuntimeError.h"
 #include "support/TestRun.h"
-#include "web/PageInsert.h"
 #include "web/PageBytes.h"
+#include "web/PageInsert.h"
 #include "web/WebPages.h"
 
 #include <QStringEncoder>
@@ -112,6 +112,16 @@ private Q_SLOTS:
                  std::optional<QByteArray>("<p>a\r\n" + composed + "</p>\r\n<!--End-->"));
     }
 
+    void textAroundALink_isNoMarkup()
+    {
+        QCOMPARE(
+            WithLink("<p>a</p>\r\n<!--End-->", {u"http://x"_s, u"t"_s, u"<b>"_s, u"&c"_s}),
+            std::optional<QByteArray>("<p>a\r\n</p>&lt;b&gt; <a href=\"http://x\">t</a> &amp;c</p>\r\n<!--End-->"));
+        QCOMPARE(WithPicture("<p>a</p>\r\n<!--End-->", {u"17/a&\".png"_s, 1, 2}),
+                 std::optional<QByteArray>("<p>a\r\n <img border=\"0\" src=\"17/a&amp;&quot;.png\" width=\"1\" "
+                                           "height=\"2\"> </p>\r\n<!--End-->"));
+    }
+
     void otherEncodings_keepTheirBytes()
     {
         const PageLink link{u"http://x"_s, u"\u20ac \u4e2d"_s, {}, {}};
@@ -131,6 +141,35 @@ private Q_SLOTS:
                     Utf16(u"<p>\u4e2d\r\n</p> <a href=\"http://x\">\u20ac \u4e2d</a> </p>\r\n<!--End-->"_s, encoding)
                     + "x"));
         }
+    }
+
+    void encoding_isThatOfABrowser_data()
+    {
+        QTest::addColumn<QByteArray>("page");
+        QTest::addColumn<PageEncoding>("encoding");
+        QTest::newRow("a mark goes first")
+            << QByteArray("\xef\xbb\xbf<meta charset=windows-1252>") << PageEncoding::Utf8;
+        QTest::newRow("ASCII is Windows") << QByteArray("<meta charset=us-ascii>") << PageEncoding::Windows1252;
+        QTest::newRow("UTF-16 in single bytes is none")
+            << QByteArray("<meta charset=utf-16le>\xff") << PageEncoding::Utf8;
+        QTest::newRow("as old pages say it")
+            << QByteArray("<META HTTP-EQUIV='Content-Type' CONTENT='text/html; charset=ISO-8859-1'>")
+            << PageEncoding::Windows1252;
+        QTest::newRow("one that is not known") << QByteArray("<meta charset=koi8-r>") << PageEncoding::OtherAscii;
+        QTest::newRow("said too late") << QByteArray(1024, ' ') + "<meta charset=windows-1252>\xc3\xa4"
+                                       << PageEncoding::Utf8;
+        QTest::newRow("nothing said, and UTF-8") << QByteArray("\xc3\xa4") << PageEncoding::Utf8;
+        QTest::newRow("nothing said, and none") << QByteArray("\xe4") << PageEncoding::Windows1252;
+        QTest::newRow("big first") << QByteArray("\xfe\xff\0a", 4) << PageEncoding::Utf16BE;
+        QTest::newRow("little first") << QByteArray("\xff\xfe"
+                                                    "a\0",
+                                                    4)
+                                      << PageEncoding::Utf16LE;
+    }
+    void encoding_isThatOfABrowser()
+    {
+        QFETCH(QByteArray, page);
+        QTEST(EncodingOf(page), "encoding");
     }
 
     void pageBytes_knowItsBytes_data()

@@ -105,6 +105,20 @@ private Q_SLOTS:
         QVERIFY(!QDir(m_place.PagesFolder + u"17"_s).exists());
     }
 
+    void pictureThatIsHuge_isRefused()
+    {
+        constexpr qint64 Most = 64LL << 20;
+        QFile file(m_home->Path(u"a.png"_s));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(Png);
+        QVERIFY(file.resize(Most + 1)); // a hole, which takes no room
+        file.close();
+        QB_VERIFY_RAISES(KeepPicture(m_place, file.fileName()), ErrorNumber::PathAccess);
+        QVERIFY(!QDir(m_place.PagesFolder + u"17"_s).exists());
+        QVERIFY(file.resize(Most));
+        QCOMPARE(QFileInfo(KeepPicture(m_place, file.fileName()).Path).size(), Most);
+    }
+
     void fullDisk_leavesNothing()
     {
         const QByteArray large = Png + QByteArray(100000, 'x');
