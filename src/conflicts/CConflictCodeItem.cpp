@@ -5,6 +5,8 @@
 #include "store/Library.h"
 #include "support/ErrorRoutine.h"
 
+#include <algorithm>
+
 namespace qb {
 
 using namespace Qt::StringLiterals;
@@ -69,6 +71,12 @@ CConflictFileObjects& CConflictCodeItem::FileObjects()
         m_files.AddAll(RowKey());
     }
     return m_files;
+}
+
+bool CConflictCodeItem::AreTextsChanged() const
+{
+    constexpr Column Texts[] = {TitleColumn, DescriptionColumn, InfoColumn, CodeColumn, NotesColumn, ExampleColumn};
+    return std::any_of(std::begin(Texts), std::end(Texts), [this](Column column) { return IsChanged(column); });
 }
 
 void CConflictCodeItem::RequireUnchanged()

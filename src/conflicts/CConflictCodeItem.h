@@ -73,6 +73,9 @@ public:
     bool ItemChanged() const { return m_itemChanged; }
     void SetItemChanged(bool value) { m_itemChanged = value; }
 
+    /// Title, description, info, code, notes or usage say something else than the row.
+    bool AreTextsChanged() const;
+
     /// Filled at the first call.
     CConflictFileObjects& FileObjects();
     /// Raises 3167 when the row has gone, 3000 when the row, or which files it has, is not what was read.

@@ -2,6 +2,9 @@
 
 #include "conflicts/ConflictPages.h"
 #include "platform/system/RuntimeError.h"
+#include "support/ErrorRoutine.h"
+
+#include <algorithm>
 
 namespace qb {
 
@@ -45,14 +48,44 @@ void ConflictDecision::Run()
     Settle();
 }
 
-/// Before anything of either version is changed.
+/// Before anything of either version is changed. The one that wins goes along where not all of it stays.
 void ConflictDecision::Discard()
 {
-    const QString reason = u"Another version of it was kept when the conflict was solved"_s;
-    if (m_winner == ConflictSide::Item)
-        m_discarded->AddTemporary(u"r.ID = ?"_s, {m_id}, reason);
-    else
+    Discard(OtherSide(m_winner), u"Another version of it was kept when the conflict was solved"_s);
+    if (!StaysWhole())
+        Discard(m_winner, u"Only a part of it was kept when the conflict was solved"_s);
+}
+
+void ConflictDecision::Discard(ConflictSide side, const QString& reason)
+{
+    if (side == ConflictSide::Item)
         m_discarded->AddOwn(m_id, reason);
+    else
+        m_discarded->AddTemporary(u"r.ID = ?"_s, {m_id}, reason);
+}
+
+/// Nothing that is stored of the version that wins is lost by the decision: neither texts that were edited, nor status
+/// and rating, nor the page, nor files that leave or can't come, nor what was said of them.
+bool ConflictDecision::StaysWhole()
+{
+    CConflictCodeItem& winner = m_conflict.Side(m_winner);
+    const auto isLost = [&](CConflictCodeItem::Column column) {
+        return winner.ReadValue(column).ToLong() != m_item.OwnValue(column).ToLong();
+    };
+    const bool losesPage = PageSide() != m_winner && winner.HTMLPage()
+                           && m_item.HTMLLastUpdated() != m_tempItem.HTMLLastUpdated();
+    const CConflictFileObjects& files = winner.FileObjects();
+    return !winner.AreTextsChanged() && !isLost(CConflictCodeItem::StatusColumn)
+           && !isLost(CConflictCodeItem::RatingColumn) && !losesPage
+           && std::none_of(files.begin(), files.end(), [](const auto& file) {
+                  const bool arrives = file->TemporaryTable() && !file->HasCorrespondingID();
+                  return file->MoveToTheSecondSet() || file->DescriptionChanged() || (arrives && !file->HasContents());
+              });
+}
+
+ConflictSide ConflictDecision::PageSide() const
+{
+    return m_conflict.m_pageSide.value_or(m_winner);
 }
 
 void ConflictDecision::TakeTexts()
@@ -69,9 +102,8 @@ void ConflictDecision::TakeTexts()
 
 void ConflictDecision::DecidePage()
 {
-    const ConflictSide side = m_conflict.m_pageSide.value_or(m_winner);
     const bool differ = m_item.HTMLLastUpdated() != m_tempItem.HTMLLastUpdated();
-    const bool takes = side == ConflictSide::TempItem;
+    const bool takes = PageSide() == ConflictSide::TempItem;
     const bool hadPage = m_item.HTMLPage();
     if (takes)
         m_item.SetHTMLPage(m_tempItem.HTMLPage());
@@ -161,10 +193,12 @@ void ConflictDecision::AddFile(CConflictFileObject& file)
 void ConflictDecision::Settle()
 {
     for (const auto& file : m_arriving)
-        file->PutInPlace();
-    if (m_page)
-        m_page->PutInPlace();
-    m_leaving.Complete();
+        file->PutInPlace(); // which reports what it can't
+    Guarded(ClassName, u"KeepItem"_s, [this] {
+        if (m_page)
+            m_page->PutInPlace();
+    });
+    Guarded(ClassName, u"KeepItem"_s, [this] { m_leaving.Complete(); });
     m_discarded->Place();
     for (const Message& message : std::as_const(m_messages))
         Prompts::Current().MsgBox(message);

@@ -19,11 +19,15 @@ class ConflictDecision {
 public:
     ConflictDecision(CConflict& conflict, ConflictSide winner);
 
-    /// Raises what went wrong, with all as it was. What the user has to know is said after it.
+    /// Raises what went wrong, with all as it was. What the user has to know is said after it, as what has to wait for
+    /// the next opening of the library.
     void Run();
 
 private:
     void Discard();
+    void Discard(ConflictSide side, const QString& reason);
+    bool StaysWhole();
+    ConflictSide PageSide() const;
     void TakeTexts();
     void DecidePage();
     void ReplacePage();

@@ -1,6 +1,8 @@
 #include "conflicts/ConflictedLibrary.h"
 #include "maintenance/LibraryCheck.h"
 #include "removed/RemovedIndex.h"
+#include "removed/RemovedReturn.h"
+#include "store/PageChange.h"
 #include "store/PendingRemoved.h"
 
 using namespace qb;
@@ -496,6 +498,111 @@ private Q_SLOTS:
         QCOMPARE(index.Entries[0].Item, id);
         QCOMPARE(index.Entries[0].Files.size(), size_t(1));
         QVERIFY(!index.Entries[0].Files[0].IsMissing);
+    }
+
+    /// What a user made of the version that wins is not to cost what it was.
+    void winnerThatDoesNotStayWhole_isKeptToo_data()
+    {
+        using Change = std::function<void(CConflict&)>;
+        QTest::addColumn<int>("which");
+        QTest::addColumn<Change>("change");
+        QTest::addColumn<bool>("stays");
+        const auto add = [](const char* name, bool ownStays, bool otherStays, const Change& change) {
+            QTest::addRow("own version, %s", name) << 2 << change << ownStays;
+            QTest::addRow("other version, %s", name) << 1 << change << otherStays;
+        };
+        const auto fileOf = [](CConflictCodeItem& item, bool inBoth) -> CConflictFileObject& {
+            return **std::find_if(item.FileObjects().begin(), item.FileObjects().end(),
+                                  [inBoth](const auto& file) { return file->HasCorrespondingID() == inBoth; });
+        };
+        add("as it is", true, true, [](CConflict&) {});
+        add("own text edited", false, true, [](CConflict& conflict) { conflict.SetCode(u"{\\rtf1 mix}"_s); });
+        add("other text edited", true, false, [](CConflict& conflict) { conflict.SetTempInfo(u"mix"_s); });
+        add("own title edited", false, true, [](CConflict& conflict) { conflict.SetTitle(u"mix"_s); });
+        add("status of the other", false, true, [](CConflict& conflict) {
+            conflict.Item().SetItemStatus(4);
+            conflict.TempItem().SetItemStatus(4);
+            conflict.TempItem().SetItemChanged(true);
+            conflict.TempItem().Commit();
+        });
+        add("rating of the other", false, true, [](CConflict& conflict) {
+            conflict.Item().SetItemRating(7);
+            conflict.TempItem().SetItemRating(7);
+            conflict.TempItem().SetItemChanged(true);
+            conflict.TempItem().Commit();
+        });
+        add("own page", true, false, [](CConflict& conflict) { conflict.SetPageSide(ConflictSide::Item); });
+        add("other page", false, true, [](CConflict& conflict) { conflict.SetPageSide(ConflictSide::TempItem); });
+        add("own file marked", false, true,
+            [=](CConflict& conflict) { fileOf(conflict.Item(), false).SetMoveToTheSecondSet(true); });
+        add("other file marked", true, false,
+            [=](CConflict& conflict) { fileOf(conflict.TempItem(), false).SetMoveToTheSecondSet(true); });
+        add("own file described", false, true,
+            [=](CConflict& conflict) { fileOf(conflict.Item(), true).SetDescription(u"mix"_s); });
+        add("other file described", true, false,
+            [=](CConflict& conflict) { fileOf(conflict.TempItem(), true).SetDescription(u"mix"_s); });
+    }
+    void winnerThatDoesNotStayWhole_isKeptToo()
+    {
+        QFETCH(int, which);
+        QFETCH(std::function<void(CConflict&)>, change);
+        QFETCH(bool, stays);
+        const qint64 id = AddPages(20);
+        m->AddTempPage(id, u"77.htm"_s, {}, "<p>theirs");
+        m->AddFile(id, u"both"_s, "b", m->At(5));
+        m->AddTempFile(id, u"both"_s, QByteArray("b"), m->At(5));
+        m->AddFile(id, u"mine"_s, "m", m->At(6));
+        m->AddTempFile(id, u"theirs"_s, QByteArray("t"), m->At(7));
+        const auto conflict = Load(id);
+        change(*conflict);
+        QVERIFY(conflict->KeepItem(which));
+        QStringList expected = which == 2 ? QStringList{u"temporary: other"_s, u"own: item Ü"_s}
+                                          : QStringList{u"own: item Ü"_s, u"temporary: other"_s};
+        QCOMPARE(m_discarded, expected.mid(0, stays ? 1 : 2) + QStringList({u"noted"_s, u"placed"_s}));
+    }
+
+    void bothVersions_canBeBroughtBack()
+    {
+        const qint64 id = AddPages(20);
+        m->AddTempPage(id, u"77.htm"_s, {}, "<p>theirs");
+        m->AddFile(id, u"mine"_s, "mine", m->At(-20));
+        m->AddTempFile(id, u"theirs"_s, QByteArray("bytes"), m->At(20));
+        CConflict conflict;
+        conflict.Initialize(*m->Db, id);
+        conflict.SetTempCode(u"{\\rtf1 mix}"_s);
+        QVERIFY(conflict.KeepItem(1));
+        const RemovedList removed(m->Path);
+        QStringList codes;
+        for (const ListedEntry& entry : removed.Find({})) {
+            const ReturnResult back = ReturnRemoved(*m->Db, removed, entry);
+            codes << m->Text(u"Code"_s, back.Item);
+            QCOMPARE(back.Files, 1);
+            QVERIFY(back.Pages > 0);
+        }
+        QCOMPARE(codes, (QStringList{u"{\\rtf1 int a;}"_s, u"{\\rtf1 int b;}"_s}));
+        QCOMPARE(m->Text(u"Code"_s, id), u"{\\rtf1 mix}"_s);
+    }
+
+    /// The decision counts all the same.
+    void pageThatCanNotBePlaced_waitsForTheNextOpening()
+    {
+        VersionTexts other = Other();
+        other.HasPage = true;
+        other.PageUpdated = m->At(20);
+        const qint64 id = m->AddConflict({}, other);
+        m->AddTempPage(id, u"77.htm"_s, {}, "<p>theirs");
+        m->AddFile(id, u"mine"_s, "mine", m->At(-20));
+        const QString page = m->Db->HTMLFolder() + QString::number(id) + u".htm"_s;
+        QDir().mkpath(page + u"/in the way"_s);
+        m->Prompts.ExpectError();
+        QVERIFY(Load(id)->KeepItem(1));
+        QVERIFY(m->Prompts.Errors.last().contains(u"opened next"_s));
+        QCOMPARE(m->Text(u"Title"_s, id), u"other"_s);
+        QCOMPARE(StoredNames(m->Db->FilesFolder()).filter(u"mine"_s), QStringList());
+        QCOMPARE(m_discarded.last(), u"placed"_s);
+        QVERIFY(QDir(page).removeRecursively());
+        FinishPageChanges(*m->Db);
+        QCOMPARE(ReadFile(page), "<p>theirs");
     }
 
     void keptObject_isStoredAsAFile()
