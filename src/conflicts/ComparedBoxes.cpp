@@ -113,7 +113,7 @@ std::vector<SideLine> SideLinesOf(const LineComparison& comparison, LineOwner si
     for (const ComparedLine& line : comparison.Lines) {
         const bool isOwn = line.Owner == side;
         const LineLook look = line.Owner == LineOwner::Both ? LineLook::Same : isOwn ? LineLook::Own : LineLook::Filler;
-        lines.push_back({line.Text, look, isOwn ? line.Words : std::vector<LineSpan>()});
+        lines.push_back({line.Text, look, isOwn ? line.Words : std::vector<LineSpan>(), isOwn && line.IsClash});
     }
     return lines;
 }

@@ -24,6 +24,7 @@ struct SideLine {
     QString Text;
     LineLook Look = LineLook::Same;
     std::vector<LineSpan> Words = {}; ///< that differ from the other text
+    bool IsClash = false;             ///< the other text has changed the same line
 };
 /// The lines of a side; both sides have as many.
 std::vector<SideLine> SideLinesOf(const LineComparison& comparison, LineOwner side);

@@ -1,6 +1,7 @@
 #include "conflicts/ConflictSolver.h"
 
 #include "conflicts/ComparedBoxes.h"
+#include "conflicts/ConflictOrigin.h"
 #include "platform/richtext/Rtf.h"
 #include "platform/system/Prompts.h"
 #include "support/DateFormatCustom.h"
@@ -35,6 +36,7 @@ bool ConflictSolver::Load()
         return false;
     }
     m_number = 1;
+    m_since = LastCommonMoment(m_library);
     DisplayItem();
     return true;
 }
@@ -119,11 +121,15 @@ QString ConflictSolver::ItemPath(const std::function<bool(const QString&)>& fits
     return u"..."_s;
 }
 
-QString ConflictSolver::Caption(ConflictSide side)
+QString ConflictSolver::SideName(ConflictSide side)
 {
     const bool isFromOutside = (side == ConflictSide::TempItem) == m_conflict->TempItemIsFromReplica();
-    const bool isMain = isFromOutside == m_library.IsChildReplica();
-    return (isMain ? u"Main"_s : u"Replica"_s)
+    return isFromOutside == m_library.IsChildReplica() ? u"Main"_s : u"Replica"_s;
+}
+
+QString ConflictSolver::Caption(ConflictSide side)
+{
+    return SideName(side)
            + u" Database Item (%1)"_s.arg(
                DateFormatCustom(m_conflict->Side(side).LastChanged(), u"d/mm/yyyy hh:nn:ss"_s));
 }
@@ -311,6 +317,24 @@ void ConflictSolver::MoveFile(int row, FileMove move)
 
 // Three ways
 
+QString ConflictSolver::BaseText() const
+{
+    const ConflictText* text = ConflictTextOf(m_field);
+    return text && HasBase() ? (*m_base).*text->Base : QString();
+}
+
+QString ConflictSolver::OriginText()
+{
+    if (!m_conflict)
+        return {};
+    const ConflictOrigin origin(*m_conflict, m_since, [this](ConflictSide side) { return SideName(side); });
+    if (const ConflictText* text = ConflictTextOf(m_field))
+        return origin.OfText(*text, m_base, Merge());
+    if (m_field == SolverField::HTML)
+        return origin.OfPage();
+    return m_file >= 0 ? origin.OfFile(m_files[size_t(m_file)]) : QString();
+}
+
 const std::optional<MergedText>& ConflictSolver::Merge()
 {
     if (m_merged)
@@ -423,15 +447,14 @@ int ConflictSolver::KeepAllLikeThis(int which)
     return decided;
 }
 
-bool ConflictSolver::MayLeave(const QString& direction)
+bool ConflictSolver::MayLeave(QStringView way)
 {
     if (!IsEdited())
         return true;
     return Prompts::Current().MsgBox(
                {.Text = u"The actually displayed record has been changed! You should press one of the coloured buttons "
                         "('Keep New Version' or 'Keep Old Version') to choose which version of the record you want to "
-                        "keep and which version to discard.\r\nYou can also cancel all changes and just move to the "
-                        "%1 record."_s.arg(direction),
+                        "keep and which version to discard.\r\nYou can also cancel all changes and just %1."_s.arg(way),
                 .Caption = u"Save changes?"_s,
                 .Buttons = MsgBoxButtons::OkCancel})
            == MsgBoxResult::Ok;
@@ -439,7 +462,7 @@ bool ConflictSolver::MayLeave(const QString& direction)
 
 bool ConflictSolver::MoveNext()
 {
-    if (!CanMoveNext() || !MayLeave(u"next"_s))
+    if (!CanMoveNext() || !MayLeave(u"move to the next record"))
         return false;
     ++m_place;
     ++m_number;
@@ -449,7 +472,7 @@ bool ConflictSolver::MoveNext()
 
 bool ConflictSolver::MovePrevious()
 {
-    if (!CanMovePrevious() || !MayLeave(u"previous"_s))
+    if (!CanMovePrevious() || !MayLeave(u"move to the previous record"))
         return false;
     --m_place;
     --m_number;

@@ -48,7 +48,9 @@ public:
     QString ItemTitle() const { return m_title; }
     /// Shortened from the left with "..." until @p fits says that it does.
     QString ItemPath(const std::function<bool(const QString&)>& fits) const;
-    /// " Database Item (5/03/2026 14:30:05)", with "Main" or "Replica" before it.
+    /// "Main" or "Replica".
+    QString SideName(ConflictSide side);
+    /// " Database Item (5/03/2026 14:30:05)", with that before it.
     QString Caption(ConflictSide side);
 
     // Fields
@@ -93,6 +95,10 @@ public:
 
     /// The version that both came from is known.
     bool HasBase() const { return m_conflict && m_base; }
+    /// What it says in the current field, as RawText.
+    QString BaseText() const;
+    /// Who has changed what is shown, in a sentence; of files the selected one. Empty where nothing differs.
+    QString OriginText();
     /// What both made of the base; nothing where no base is known, or for fields without text.
     const std::optional<MergedText>& Merge();
     /// Lets both versions have what only one side has changed, in all fields, with its looks; status and rating too.
@@ -114,6 +120,8 @@ public:
     int KeepAllLikeThis(int which);
     bool MoveNext();
     bool MovePrevious();
+    /// Asks about what was edited, before the solver goes.
+    bool MayClose() { return MayLeave(u"close the solver"); }
 
 private:
     void ReadItems();
@@ -122,7 +130,7 @@ private:
     void Forget();
     QString PathOf(qint64 item) const;
     void SetText(ConflictSide side, const QString& text);
-    bool MayLeave(const QString& direction);
+    bool MayLeave(QStringView way);
     bool Decide(int which);
     void AfterDecision();
 
@@ -145,6 +153,7 @@ private:
     std::vector<ConflictFileRow> m_files;
     int m_file = -1;
     std::optional<BaseVersion> m_base;
+    std::optional<Date> m_since; ///< when both were the same
     ConflictSide m_statusSide = ConflictSide::Item;
     ConflictSide m_ratingSide = ConflictSide::Item;
 

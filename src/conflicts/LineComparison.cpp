@@ -297,4 +297,23 @@ MergedText MergeTexts(const QString& base, const QString& first, const QString& 
     return merged;
 }
 
+void MarkClashes(LineComparison& comparison, const MergedText& merged)
+{
+    std::vector<bool> first;
+    std::vector<bool> second;
+    for (const MergedBlock& block : merged.Blocks) {
+        const bool isClash = block.What == MergedBlock::Kind::Clash;
+        first.insert(first.end(), size_t(block.First.size()), isClash);
+        second.insert(second.end(), size_t(block.Second.size()), isClash);
+    }
+    size_t ofFirst = 0;
+    size_t ofSecond = 0;
+    for (ComparedLine& line : comparison.Lines) {
+        line.IsClash = (line.Owner == LineOwner::First && first[ofFirst])
+                       || (line.Owner == LineOwner::Second && second[ofSecond]);
+        ofFirst += line.Owner == LineOwner::Second ? 0 : 1;
+        ofSecond += line.Owner == LineOwner::First ? 0 : 1;
+    }
+}
+
 } // namespace qb

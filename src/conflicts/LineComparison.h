@@ -28,6 +28,7 @@ struct ComparedLine {
     LineOwner Owner = LineOwner::Both;
     QString Text;
     std::vector<LineSpan> Words = {}; ///< that differ from the line of the other text in its place
+    bool IsClash = false;             ///< both texts have changed it since they were the same
 };
 
 /// Two texts side by side.
@@ -79,5 +80,8 @@ struct MergedText {
     QString Text(LineOwner side) const;
 };
 MergedText MergeTexts(const QString& base, const QString& first, const QString& second);
+
+/// Marks the lines that clash, in a comparison of the two texts that were merged.
+void MarkClashes(LineComparison& comparison, const MergedText& merged);
 
 } // namespace qb

@@ -59,6 +59,7 @@ QJsonObject ToJson(const MergeReport& report)
             {u"replica"_s, report.Replica},
             {u"file"_s, report.File},
             {u"made"_s, report.Made.Seconds()},
+            {u"since"_s, report.Since.Seconds()},
             {u"lines"_s, lines},
             {u"faults"_s, faults}};
 }
@@ -68,7 +69,8 @@ MergeReport FromJson(const QJsonObject& object)
     MergeReport report{.AsMother = object.value(u"mother"_s).toBool(),
                        .Replica = object.value(u"replica"_s).toString(),
                        .File = object.value(u"file"_s).toString(),
-                       .Made = Date::FromSeconds(object.value(u"made"_s).toInteger())};
+                       .Made = Date::FromSeconds(object.value(u"made"_s).toInteger()),
+                       .Since = Date::FromSeconds(object.value(u"since"_s).toInteger())};
     const QJsonArray lines = object.value(u"lines"_s).toArray();
     for (const QJsonValue& value : lines) {
         const QJsonArray line = value.toArray();

@@ -58,6 +58,7 @@ struct MergeReport {
     QString Replica = {};  ///< what the other side is called: a child's description, the path of the mother
     QString File = {};     ///< the synchronization file
     Date Made = {};
+    Date Since = {}; ///< of a mother's: when both sides were last the same before
     std::vector<MergeLine> Lines = {};
     std::vector<MergeFault> Faults = {};
 

@@ -191,6 +191,7 @@ private:
         run.IsPreview = m_options.Preview;
         run.Report.File = m_file;
         run.Report.Made = run.Stamp;
+        run.Report.Since = asMother ? run.Last : Date();
         if (!MergeRows(run, asMother))
             return;
         m_result.Report = run.Report;

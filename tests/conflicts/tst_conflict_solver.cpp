@@ -128,7 +128,11 @@ private Q_SLOTS:
         m->Prompts.ExpectMsgBox(u"Save changes?"_s, MsgBoxResult::Cancel);
         QVERIFY(!solver.MovePrevious());
         QVERIFY(m->Prompts.Messages.last().Text.endsWith(u"move to the previous record."_s));
+        m->Prompts.ExpectMsgBox(u"Save changes?"_s, MsgBoxResult::Cancel);
+        QVERIFY(!solver.MayClose());
+        QVERIFY(m->Prompts.Messages.last().Text.endsWith(u"cancel all changes and just close the solver."_s));
         QVERIFY(solver.Keep(1)); // a decision keeps the edits
+        QVERIFY(solver.MayClose());
         QCOMPARE(m->Text(u"Title"_s, b), u"decided"_s);
     }
 

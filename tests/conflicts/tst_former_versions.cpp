@@ -1,3 +1,4 @@
+#include "conflicts/ConflictOrigin.h"
 #include "conflicts/FormerVersions.h"
 #include "platform/richtext/Rtf.h"
 #include "replication/MergedFiles.h"
@@ -98,6 +99,22 @@ private Q_SLOTS:
         f->Clock.AddSeconds(60);
         Conflict(Family::X, u"by the mother again"_s, Family::X, u"by the child again"_s);
         QCOMPARE(PlainTextFromRtf(FormerAtMother(Family::X).value_or(BaseVersion()).Code), u"by the mother"_s);
+    }
+
+    void lastCommonMoment_isThatOfTheSynchronizationBefore()
+    {
+        const auto synchronized = [this] {
+            return Family::Ask(f->M(), u"SELECT max(LastSynchronized) FROM ChildCopies"_s).ToDate();
+        };
+        f->Round(f->A());
+        const Date before = synchronized();
+        f->Clock.AddSeconds(60);
+        Conflict(Family::X, u"by the mother"_s, Family::X, u"by the child"_s);
+        QVERIFY(synchronized() != before);
+        QCOMPARE(LastCommonMoment(*Library::Open(f->M())), std::optional(before));
+        f->DiscardConflicts(f->M());
+        f->TakeIn(f->A());
+        QCOMPARE(LastCommonMoment(*Library::Open(f->A())), std::optional<Date>());
     }
 
     void whatNobodySent_isNotKnown()

@@ -138,6 +138,35 @@ private Q_SLOTS:
         QVERIFY(clashes > 50 && clashes < 2950);
     }
 
+    /// Each line of a clash is marked on its side, and no other; lines that stand in both texts never are.
+    void randomClashes_areMarked()
+    {
+        QRandomGenerator random(26);
+        int marked = 0;
+        for (int i = 0; i < 2000; ++i) {
+            const QString base = RandomText(random, 12);
+            const QString texts[] = {Edited(random, base, random.bounded(4)), Edited(random, base, random.bounded(4))};
+            const MergedText merged = MergeTexts(base, texts[0], texts[1]);
+            LineComparison comparison = CompareLines(texts[0], texts[1]);
+            MarkClashes(comparison, merged);
+            for (const LineOwner side : {LineOwner::First, LineOwner::Second}) {
+                QList<bool> clashes;
+                for (const MergedBlock& block : merged.Blocks)
+                    clashes << QList<bool>((side == LineOwner::First ? block.First : block.Second).size(),
+                                           block.What == MergedBlock::Kind::Clash);
+                for (const ComparedLine& line : comparison.Lines) {
+                    if (line.Owner != LineOwner::Both && line.Owner != side)
+                        continue;
+                    const bool isClash = clashes.takeFirst();
+                    QCOMPARE(line.IsClash, isClash && line.Owner == side);
+                    marked += line.IsClash ? 1 : 0;
+                }
+                QVERIFY(clashes.isEmpty());
+            }
+        }
+        QVERIFY(marked > 50);
+    }
+
     void merge_takesWhatOneSideChanged()
     {
         const QString base = u"1\r\n2\r\n3\r\n4\r\n5"_s;

@@ -227,6 +227,49 @@ private Q_SLOTS:
         QCOMPARE(LeftView()->CurrentLine(), first);
     }
 
+    void everyPart_isReachedByKeys()
+    {
+        AddReal();
+        Show();
+        m_form->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_form.get()));
+        Find<QRadioButton>("optCode")->setFocus();
+        for (QWidget* stop : {static_cast<QWidget*>(LeftView()), static_cast<QWidget*>(RightView()),
+                              static_cast<QWidget*>(Find<QRadioButton>("optCode"))}) {
+            QTest::keyClick(m_form->focusWidget(), Qt::Key_F6);
+            QCOMPARE(m_form->focusWidget(), stop);
+        }
+        QTest::keyClick(m_form.get(), Qt::Key_PageDown, Qt::ControlModifier);
+        QVERIFY(Find<QRadioButton>("optNotes")->isChecked());
+        QTest::keyClick(m_form.get(), Qt::Key_F6);
+        QCOMPARE(m_form->focusWidget(), Left()->RtbText()); // a field with one look takes the boxes
+        QTest::keyClick(m_form.get(), Qt::Key_PageUp, Qt::ControlModifier);
+        QVERIFY(Find<QRadioButton>("optCode")->isChecked());
+        QVERIFY(RightView()->find(u"// done"_s));
+        const int line = RightView()->CurrentLine();
+        QTest::keyClick(RightView(), Qt::Key_Left, Qt::AltModifier);
+        QCOMPARE(LeftView()->LookOf(line), LineLook::Own);
+        QVERIFY(LeftView()->find(u"// done"_s));
+        QTest::keyClick(LeftView(), Qt::Key_Right, Qt::AltModifier);
+        QCOMPARE(RightView()->LookOf(line), LineLook::Own);
+    }
+
+    void editedForm_asksBeforeItCloses()
+    {
+        AddReal();
+        Show();
+        RightView()->insertPlainText(u"typed"_s);
+        m->Prompts.ExpectMsgBox(u"Save changes?"_s, MsgBoxResult::Cancel);
+        Press("cmdClose");
+        QVERIFY(m_form->isVisible());
+        m->Prompts.ExpectMsgBox(u"Save changes?"_s, MsgBoxResult::Cancel);
+        QVERIFY(!m_form->close());
+        m->Prompts.ExpectMsgBox(u"Save changes?"_s);
+        QTest::keyClick(m_form.get(), Qt::Key_Escape);
+        QVERIFY(!m_form->isVisible());
+        QCOMPARE(CountOf(*m->Db, u"TempItems"_s), 1);
+    }
+
     void scrollBars_areTied()
     {
         m->AddConflict({.Code = Rtf(u"line\r\n"_s.repeated(300) + u"a"_s)},
@@ -301,8 +344,25 @@ private Q_SLOTS:
         m_form->show();
         QVERIFY(Find<QPushButton>("cmdTakeMerged")->isVisible());
         Press("optCode");
-        QVERIFY(Status().contains(u"Both sides have changed the same lines"_s));
+        QCOMPARE(Find<QLabel>("lblOrigin")->text(),
+                 u"Both versions were changed since they were the same, in the same lines too"_s);
+        QVERIFY(!Find<ComparedView>("txtBase")->isVisible());
+        Press("chkShowBase");
+        QCOMPARE(Find<ComparedView>("txtBase")->Text(), u"1\r\n2\r\n3\r\n4"_s);
+        QVERIFY(Find<ComparedView>("txtBase")->isReadOnly());
+        QList<int> clashes;
+        for (int line = 0; line < LeftView()->LineCount(); ++line) {
+            if (LeftView()->IsClash(line) || RightView()->IsClash(line))
+                clashes << line;
+        }
+        QCOMPARE(LeftView()->Text(), u"one\r\n1\r\n2\r\n3\r\nmine\r\nyours"_s);
+        QCOMPARE(clashes, (QList<int>{4, 5})); // the first line is changed on the left alone
         TakePicture(*m_form, u"conflicts-base"_s);
+        Press("optTitle");
+        QCOMPARE(Find<QLabel>("lblOrigin")->text(), u"Only the Replica version was changed since both were the same"_s);
+        QCOMPARE(Find<ComparedView>("txtBase")->Text(), base.Title);
+        Press("optFiles");
+        QVERIFY(!Find<ComparedView>("txtBase")->isVisible());
         Press("cmdTakeMerged");
         QVERIFY(Find<QRadioButton>("optCode")->font().bold());
         QVERIFY(!Find<QRadioButton>("optTitle")->font().bold());
@@ -331,6 +391,10 @@ private Q_SLOTS:
         AddReal();
         Show();
         QVERIFY(!Find<QPushButton>("cmdTakeMerged")->isVisible());
+        QVERIFY(!Find<QCheckBox>("chkShowBase")->isVisible());
+        QCOMPARE(Find<QLabel>("lblOrigin")->text(), u"The version that both came from is not known"_s);
+        Press("optTitle"); // which is the same
+        QVERIFY(!Find<QLabel>("lblOrigin")->isVisible());
     }
 
     void itemThatHasGone_leavesTheOthers()

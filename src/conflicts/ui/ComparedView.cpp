@@ -28,11 +28,12 @@ constexpr QChar Ends[] = {QChar(QChar::ParagraphSeparator), QChar(0xfdd0), QChar
 
 } // namespace
 
-/// Where the words are that differ in a line, until it is changed.
-class ComparedView::Words : public QTextBlockUserData {
+/// What is marked in a line, until it is changed.
+class ComparedView::Marks : public QTextBlockUserData {
 public:
-    explicit Words(std::vector<LineSpan> spans) : Spans(std::move(spans)) {}
-    std::vector<LineSpan> Spans;
+    explicit Marks(const SideLine& line) : Words(line.Words), IsClash(line.IsClash) {}
+    std::vector<LineSpan> Words;
+    bool IsClash;
 };
 
 ComparedView::ComparedView(QWidget* parent) : QPlainTextEdit(parent)
@@ -65,8 +66,8 @@ void ComparedView::Show(const std::vector<SideLine>& lines, bool locked)
     QTextBlock block = document()->begin();
     for (const SideLine& line : lines) {
         block.setUserState(StateOf(line.Look));
-        if (!line.Words.empty())
-            block.setUserData(new Words(line.Words)); // the block's
+        if (!line.Words.empty() || line.IsClash)
+            block.setUserData(new Marks(line)); // the block's
         block = block.next();
     }
     setReadOnly(locked || !isWhole);
@@ -98,6 +99,12 @@ void ComparedView::SetLook(int line, LineLook look)
     block.setUserState(StateOf(look));
     block.setUserData(nullptr);
     viewport()->update();
+}
+
+bool ComparedView::IsClash(int line) const
+{
+    const auto* marks = static_cast<Marks*>(document()->findBlockByNumber(line).userData());
+    return marks && marks->IsClash;
 }
 
 void ComparedView::GoToLine(int line)
@@ -145,6 +152,7 @@ void ComparedView::ChooseColors()
     m_own = isDark ? QColor(0xff, 0x8c, 0x8c) : QColor(0xc8, 0, 0);
     m_word = isDark ? QColor(0xff, 0x40, 0x40) : QColor(0xff, 0x60, 0x60);
     m_word.setAlpha(WordShade);
+    m_clash = QColor(0xe0, 0x8a, 0);
     m_filler = palette().color(QPalette::Text);
     m_filler.setAlpha(FillerShade);
 }
@@ -171,8 +179,10 @@ void ComparedView::PaintLine(QPainter& painter, const QTextBlock& block, const Q
     if (look == LineLook::Filler)
         painter.fillRect(wide, QBrush(m_filler, Qt::BDiagPattern));
     QList<QTextLayout::FormatRange> ranges;
-    if (const auto* words = static_cast<Words*>(block.userData())) {
-        for (const LineSpan& span : words->Spans) {
+    if (const auto* marks = static_cast<Marks*>(block.userData())) {
+        if (marks->IsClash)
+            painter.fillRect(QRectF(0, place.top(), document()->documentMargin(), place.height()), m_clash);
+        for (const LineSpan& span : marks->Words) {
             QTextLayout::FormatRange range{int(span.Begin), int(span.Length), {}};
             range.format.setBackground(m_word);
             ranges << range;

@@ -25,6 +25,8 @@ public:
     QString LineText(int line) const override;
     LineLook LookOf(int line) const override;
     void SetLook(int line, LineLook look) override;
+    /// Whether both sides have changed the line, which is marked at its begin.
+    bool IsClash(int line) const;
 
     /// Puts the caret there. The line is not selected: that would show filler.
     void GoToLine(int line);
@@ -37,7 +39,7 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
-    class Words;
+    class Marks;
 
     void TakeChange(int begin, int added);
     void PaintLine(QPainter& painter, const QTextBlock& block, const QRectF& place,
@@ -47,6 +49,7 @@ private:
     QColor m_own;
     QColor m_word;
     QColor m_filler;
+    QColor m_clash;
     bool m_loading = false;
 };
 

@@ -157,8 +157,27 @@ QWidget* frmConflicts::MakeSides()
     sides->addWidget(ctlCaptionRTB2, 1);
     sides->addWidget(ctlDifferences);
     rows->addLayout(sides, 2);
+    lblOrigin = Label(u"lblOrigin"_s);
+    lblOrigin->setWordWrap(true);
+    rows->addWidget(lblOrigin);
+    rows->addWidget(MakeBase(), 1);
     rows->addWidget(MakeFacts());
     return middle;
+}
+
+/// The version that both came from, to be looked at.
+QWidget* frmConflicts::MakeBase()
+{
+    m_base = new QWidget;
+    auto* layout = new QVBoxLayout(m_base);
+    layout->setContentsMargins(0, 0, 0, 0);
+    auto* caption = new QLabel(u"The version that both came from"_s);
+    txtBase = new ComparedView;
+    txtBase->setObjectName(u"txtBase"_s);
+    txtBase->setAccessibleName(caption->text());
+    layout->addWidget(caption);
+    layout->addWidget(txtBase, 1);
+    return m_base;
 }
 
 /// Status and rating, which no decision takes by itself.
@@ -206,12 +225,15 @@ QWidget* frmConflicts::MakeFoot()
     cmdMoveNext = Button(u"cmdMoveNext"_s, u"&Next Conflict"_s, u"Move To Next Item"_s);
     cmdClose = Button(u"cmdClose"_s, u"&Close"_s);
     cmdMore = Button(u"cmdMore"_s, u"&More"_s);
+    chkShowBase = new QCheckBox(u"Show Common &Version"_s);
+    chkShowBase->setObjectName(u"chkShowBase"_s);
     cmdTakeMerged = Button(u"cmdTakeMerged"_s, u"Take One-Sided Chan&ges"_s,
                            u"Gives both sides what only one of them has changed since they were the same; what both "
                            "have changed stays to be decided"_s);
     MakeMenus();
     help->addWidget(chkAutoCompare);
     help->addStretch(1);
+    help->addWidget(chkShowBase);
     help->addWidget(cmdTakeMerged);
     for (QPushButton* button : {cmdKeepNewer, cmdKeepOlder, cmdMore})
         buttons->addWidget(button);
@@ -247,7 +269,8 @@ void frmConflicts::ConnectControls()
         connect(m_options[size_t(i)], &QRadioButton::clicked, this, [this, i] { FieldChosen(SolverField(i)); });
     connect(cmdKeepNewer, &QPushButton::clicked, this, [this] { Decide(1); });
     connect(cmdKeepOlder, &QPushButton::clicked, this, [this] { Decide(2); });
-    connect(cmdClose, &QPushButton::clicked, this, &QDialog::accept);
+    connect(cmdClose, &QPushButton::clicked, this, &frmConflicts::reject);
+    connect(chkShowBase, &QCheckBox::clicked, this, &frmConflicts::ShowOrigin);
     ConnectMoves();
     ConnectSides();
     connect(cmdSwap, &QToolButton::clicked, this, [this] {
@@ -303,6 +326,23 @@ void frmConflicts::ConnectMoves()
     go(cmdPreviousField, &ConflictSolver::PreviousField, false);
 }
 
+/// The whole form by keys: the texts take the tab key for themselves.
+void frmConflicts::MakeShortcuts()
+{
+    const auto add = [this](const QKeySequence& key, const auto& action) {
+        connect(new QShortcut(key, this), &QShortcut::activated, this, action);
+    };
+    add(Qt::Key_F8, [this] { GoToDifference(1); });
+    add(Qt::SHIFT | Qt::Key_F8, [this] { GoToDifference(-1); });
+    add(Qt::Key_F6, [this] { GoToPart(); });
+    const std::pair<QKeySequence, QToolButton*> buttons[] = {{Qt::CTRL | Qt::Key_PageUp, cmdPreviousField},
+                                                             {Qt::CTRL | Qt::Key_PageDown, cmdNextField},
+                                                             {Qt::ALT | Qt::Key_Left, cmdMoveToLeft},
+                                                             {Qt::ALT | Qt::Key_Right, cmdMoveToRight}};
+    for (const auto& [key, button] : buttons)
+        add(key, [button = button] { button->click(); });
+}
+
 /// What is typed on either side, and scroll bars that go together.
 void frmConflicts::ConnectSides()
 {
@@ -324,16 +364,6 @@ void frmConflicts::ConnectSides()
         tie(view->verticalScrollBar(), otherView->verticalScrollBar());
         tie(view->horizontalScrollBar(), otherView->horizontalScrollBar());
     }
-}
-
-void frmConflicts::MakeShortcuts()
-{
-    const auto add = [this](const QKeySequence& key, int step) {
-        auto* shortcut = new QShortcut(key, this);
-        connect(shortcut, &QShortcut::activated, this, [this, step] { GoToDifference(step); });
-    };
-    add(QKeySequence(Qt::Key_F8), 1);
-    add(QKeySequence(Qt::SHIFT | Qt::Key_F8), -1);
 }
 
 } // namespace qb

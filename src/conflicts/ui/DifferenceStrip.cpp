@@ -12,7 +12,8 @@ DifferenceStrip::DifferenceStrip(QWidget* parent) : QWidget(parent)
     constexpr int Width = 14;
     setObjectName(u"ctlDifferences"_s);
     setFixedWidth(Width);
-    setToolTip(u"Where the two texts differ: red on the left side, blue on the right side"_s);
+    setToolTip(u"Where the two texts differ: red on the left side, blue on the right side, and orange "
+               "where both have changed the same lines"_s);
 }
 
 void DifferenceStrip::Clear()
@@ -27,13 +28,14 @@ void DifferenceStrip::SetComparison(const LineComparison& comparison)
     Clear();
     m_lines = int(comparison.Lines.size());
     for (int i = 0; i < m_lines; ++i) {
-        const LineOwner owner = comparison.Lines[size_t(i)].Owner;
+        const auto& [owner, text, words, isClash] = comparison.Lines[size_t(i)];
         if (owner == LineOwner::Both)
             continue;
-        if (!m_blocks.empty() && m_blocks.back().End == i && m_blocks.back().Owner == owner)
+        if (!m_blocks.empty() && m_blocks.back().End == i && m_blocks.back().Owner == owner
+            && m_blocks.back().IsClash == isClash)
             m_blocks.back().End = i + 1;
         else
-            m_blocks.push_back({i, i + 1, owner});
+            m_blocks.push_back({i, i + 1, owner, isClash});
     }
 }
 
@@ -54,8 +56,10 @@ void DifferenceStrip::paintEvent(QPaintEvent*)
         const int top = int(qint64(block.Begin) * height() / m_lines);
         const int bottom = std::max(top + Least, int(qint64(block.End) * height() / m_lines));
         const bool isFirst = block.Owner == LineOwner::First;
-        painter.fillRect(QRect(isFirst ? 1 : half, top, half - 1, bottom - top),
-                         isFirst ? QColor(0xd0, 0x30, 0x30) : QColor(0x30, 0x60, 0xd0));
+        const QColor color = block.IsClash ? QColor(0xe0, 0x8a, 0)
+                             : isFirst     ? QColor(0xd0, 0x30, 0x30)
+                                           : QColor(0x30, 0x60, 0xd0);
+        painter.fillRect(QRect(isFirst ? 1 : half, top, half - 1, bottom - top), color);
     }
 }
 

@@ -29,6 +29,7 @@ private:
         int Begin;
         int End;
         LineOwner Owner;
+        bool IsClash;
     };
     std::vector<Block> m_blocks;
     int m_lines = 0;

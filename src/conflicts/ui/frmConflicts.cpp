@@ -21,6 +21,7 @@
 #include <QStatusBar>
 #include <QToolButton>
 #include <QTreeWidget>
+#include <algorithm>
 
 namespace qb {
 
@@ -123,6 +124,13 @@ int frmConflicts::exec()
     return Load() ? QDialog::exec() : int(Rejected);
 }
 
+void frmConflicts::reject()
+{
+    Collect();
+    if (!m_solver || m_solver->MayClose())
+        QDialog::reject();
+}
+
 void frmConflicts::resizeEvent(QResizeEvent* event)
 {
     QDialog::resizeEvent(event);
@@ -200,11 +208,14 @@ void frmConflicts::ShowTexts()
     if (compares && chkAutoCompare->isChecked()) {
         Guarded(ClassName, u"FillComparedText"_s, [this] { m_comparison = m_solver->Compare(); });
         m_isCompared = !m_comparison.IsTooLarge && !m_comparison.Lines.empty();
+        if (const std::optional<MergedText>& merged = m_solver->Merge(); m_isCompared && merged)
+            MarkClashes(m_comparison, *merged);
     }
     m_isCompared ? ShowCompared() : ShowPlain();
     for (const ConflictSide side : {ConflictSide::Item, ConflictSide::TempItem})
         BoxOf(side)->SetShowSubstitute(m_inView[size_t(side)]);
     ShowFacts();
+    ShowOrigin();
     m_loading = false;
     ShowState();
 }
@@ -251,13 +262,34 @@ void frmConflicts::ShowFacts()
     const auto fill = [this](QComboBox* box, ConflictSide chosen, const auto& wordOf) {
         box->clear();
         for (const ConflictSide side : {ConflictSide::Item, ConflictSide::TempItem})
-            box->addItem(m_solver->Caption(side).section(u' ', 0, 0) + u": "_s
-                         + wordOf(m_solver->Conflict().Side(side)));
+            box->addItem(m_solver->SideName(side) + u": "_s + wordOf(m_solver->Conflict().Side(side)));
         box->setCurrentIndex(int(chosen));
         box->setEnabled(box->itemText(0).section(u": "_s, 1) != box->itemText(1).section(u": "_s, 1));
     };
     fill(cboItemStatus, m_solver->StatusSide(), [](CConflictCodeItem& item) { return StatusName(item.ItemStatus()); });
     fill(cboItemRating, m_solver->RatingSide(), [](CConflictCodeItem& item) { return RatingName(item.ItemRating()); });
+}
+
+/// Who has changed what is shown, and from what.
+void frmConflicts::ShowOrigin()
+{
+    const QString origin = m_solver->OriginText();
+    lblOrigin->setText(origin);
+    lblOrigin->setVisible(!origin.isEmpty());
+    const bool hasBase = m_solver->HasBase();
+    chkShowBase->setVisible(hasBase);
+    cmdTakeMerged->setVisible(hasBase);
+    const bool isText = ConflictTextOf(m_solver->Field());
+    m_base->setVisible(hasBase && isText && chkShowBase->isChecked());
+    if (!m_base->isVisibleTo(this))
+        return;
+    const QString text = m_solver->BaseText();
+    const QString reason = u"it has more than %L1 characters"_s.arg(LongestCompared);
+    const bool isRich = m_solver->IsRich(m_solver->Field());
+    if (text.size() > LongestCompared)
+        txtBase->Show(SideLinesOf(isRich ? PlainBegin(text, reason) : PlainBeginOfText(text, reason)), true);
+    else
+        txtBase->Show(SideLinesOf(isRich ? PlainTextFromRtf(text) : text), true);
 }
 
 void frmConflicts::ShowPages()
@@ -302,7 +334,6 @@ void frmConflicts::ShowState()
     cmdMovePrevious->setEnabled(m_solver->CanMovePrevious());
     cmdMoveToLeft->setEnabled(m_isCompared);
     cmdMoveToRight->setEnabled(m_isCompared);
-    cmdTakeMerged->setVisible(m_solver->HasBase());
     StatusBar->showMessage(StateText());
     StatusBar->setToolTip(SettledText(m_solver->Settled()));
 }
@@ -317,9 +348,6 @@ QString frmConflicts::StateText()
             parts << u"The texts are too large to be compared; their begins are shown"_s;
         else if (!m_isCompared && (m_inView[0] || m_inView[1]))
             parts << u"The texts are large and shown without their looks"_s;
-        if (const std::optional<MergedText>& merged = m_solver->Merge(); merged)
-            parts << (merged->HasClash() ? u"Both sides have changed the same lines"_s
-                                         : u"No line was changed by both sides"_s);
     }
     if (const QString settled = SummaryOf(m_solver->Settled()); !settled.isEmpty())
         parts << settled;
@@ -341,7 +369,7 @@ QString frmConflicts::TextOf(ConflictSide side)
 /// What was typed is handed to the solver.
 void frmConflicts::Collect()
 {
-    if (!m_solver->HasConflict())
+    if (!m_solver || !m_solver->HasConflict())
         return;
     const bool isLine = m_solver->Field() == SolverField::Title || m_solver->Field() == SolverField::Description;
     std::array<QString, 2> texts; // of both, before either changes what the other is compared with
@@ -406,6 +434,20 @@ void frmConflicts::GoToLine(int line)
 {
     txtCompared1->GoToLine(line);
     txtCompared2->GoToLine(line);
+}
+
+/// From the choice of the field to the text on the left, to that on the right, and back; a page is no text.
+void frmConflicts::GoToPart()
+{
+    const auto option = std::find_if(m_options.begin(), m_options.end(), [](QWidget* one) { return one->hasFocus(); });
+    QWidget* const stops[] = {option == m_options.end() ? m_options[size_t(m_solver->Field())] : *option, txtCompared1,
+                              ctlCaptionRTB1->RtbText(), txtCompared2, ctlCaptionRTB2->RtbText()};
+    const auto* focused = std::find_if(std::begin(stops), std::end(stops),
+                                       [](QWidget* stop) { return stop->hasFocus(); });
+    const auto* next = focused == std::end(stops) ? std::end(stops)
+                                                  : std::find_if(focused + 1, std::end(stops),
+                                                                 [](QWidget* stop) { return stop->isVisible(); });
+    (next == std::end(stops) ? stops[0] : *next)->setFocus(Qt::ShortcutFocusReason);
 }
 
 void frmConflicts::MoveLines(bool toLeft)

@@ -39,6 +39,9 @@ public:
     /// The first part of exec: false when nothing is left to be shown.
     bool Load();
 
+    /// Asks about what was edited.
+    void reject() override;
+
 protected:
     void resizeEvent(QResizeEvent* event) override;
 
@@ -48,6 +51,7 @@ private:
     QWidget* MakeHead();
     QWidget* MakeSides();
     QWidget* MakeFacts();
+    QWidget* MakeBase();
     void MakeMenus();
     QWidget* MakeFoot();
     QToolButton* MakeSideButton(const QString& name, const QString& text, const QString& toolTip);
@@ -63,6 +67,7 @@ private:
     void ShowCompared();
     void ShowPlain();
     void ShowFacts();
+    void ShowOrigin();
     void ShowPages();
     void ShowFiles();
     void ShowState();
@@ -77,6 +82,7 @@ private:
     void DecideAllLike(int which);
     void GoToDifference(int step);
     void GoToLine(int line);
+    void GoToPart();
     void MoveLines(bool toLeft);
     void FileMenu(const QPoint& place);
     void MoveFile(FileMove move);
@@ -95,6 +101,8 @@ private:
     QLabel* lblItemTitle;
     QLabel* lblItemPath;
     QWidget* m_facts;
+    QWidget* m_base;
+    QLabel* lblOrigin;
     QLabel* lblItemFacts;
     QComboBox* cboItemStatus;
     QComboBox* cboItemRating;
@@ -103,9 +111,11 @@ private:
     ctlCaptionRTB* ctlCaptionRTB2;
     ComparedView* txtCompared1;
     ComparedView* txtCompared2;
+    ComparedView* txtBase;
     DifferenceStrip* ctlDifferences;
     QTreeWidget* lwFiles;
     QCheckBox* chkAutoCompare;
+    QCheckBox* chkShowBase;
     QPushButton* cmdKeepNewer;
     QPushButton* cmdKeepOlder;
     QPushButton* cmdMoveNext;
