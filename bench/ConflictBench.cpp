@@ -8,7 +8,9 @@
 #include "platform/richtext/Rtf.h"
 #include "store/CDBCreate.h"
 #include "store/Library.h"
+#include "store/PendingRemoved.h"
 
+#include <QDir>
 #include <QFile>
 #include <QRadioButton>
 #include <benchmark/benchmark.h>
@@ -25,6 +27,7 @@ public:
     ConflictLibrary()
     {
         QFile::remove(m_path);
+        QDir(RemovedFolderOf(m_path)).removeRecursively(); // of the library before, which had the same name
         CDBCreate().CreateNewDB(m_path, LanguageType::Cpp, {});
         m_library = Library::Open(m_path);
         CDBCreate().CreateTemporaryTablesInMainDB(*m_library);
@@ -58,15 +61,19 @@ public:
     /// One of two texts of so many characters, of which each twelfth line differs: 2,000 in a million.
     void AddLarge(qsizetype characters)
     {
-        QString own;
-        QString other;
-        for (int i = 0; own.size() < characters; ++i) {
-            const QString line = u"    value_%1 = compute(value_%2, %3);"_s.arg(i).arg(i / 2).arg(i % 97);
-            own += line + u"\r\n"_s;
-            other += (i % 12 == 0 ? QString(line).replace(u"compute"_s, u"calculate"_s) : line) + u"\r\n"_s;
-        }
-        Add(u"large"_s, RtfFromPlainText(own, CodeFont), RtfFromPlainText(other, CodeFont));
+        Add(u"large"_s, Large(characters, u"compute"_s), Large(characters, u"calculate"_s));
         Add(u"another"_s, {}, u"{\\rtf1 x}"_s); // so that a decision isn't the last
+    }
+    /// A text of so many characters with a word in each twelfth line.
+    static QString Large(qsizetype characters, const QString& word)
+    {
+        QString text;
+        for (int i = 0; text.size() < characters; ++i)
+            text += u"    value_%1 = %2(value_%3, %4);\r\n"_s.arg(i)
+                        .arg(i % 12 == 0 ? word : u"compute"_s)
+                        .arg(i / 2)
+                        .arg(i % 97);
+        return RtfFromPlainText(text, CodeFont);
     }
 
 private:
@@ -107,13 +114,17 @@ void ConflictsForm(benchmark::State& state)
     }
 }
 
-/// Both texts read, compared and painted.
+/// Both texts read, compared and painted; with what both came from, or without.
 void ConflictsField(benchmark::State& state)
 {
     ConflictLibrary library;
     library.AddLarge(state.range(0));
     frmConflicts form;
     form.InitializeDatabase(library.Db());
+    BaseVersion base;
+    base.Code = ConflictLibrary::Large(state.range(0), u"former"_s);
+    if (state.range(1) != 0)
+        form.Solver().SetFindBase([&base](qint64) { return std::optional(base); });
     form.Load();
     form.show();
     for (auto _ : state) {
@@ -148,7 +159,13 @@ void ConflictsDecision(benchmark::State& state)
 
 BENCHMARK(ConflictsAutomatic)->Arg(1000)->Unit(benchmark::kMillisecond);
 BENCHMARK(ConflictsForm)->Arg(1000)->Unit(benchmark::kMillisecond);
-BENCHMARK(ConflictsField)->Arg(1'000'000)->Arg(10'000'000)->Arg(50'000'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(ConflictsField)
+    ->Args({1'000'000, 0})
+    ->Args({1'000'000, 1})
+    ->Args({10'000'000, 0})
+    ->Args({10'000'000, 1})
+    ->Args({50'000'000, 0})
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(ConflictsDecision)->Args({1'000'000, 0})->Args({1'000'000, 1})->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -186,25 +186,27 @@ bool ConflictSolver::IsRich(SolverField field) const
     return text && text->IsRich;
 }
 
-bool ConflictSolver::IsText(SolverField field) const
+bool ConflictSolver::IsText(ConflictSide side)
 {
-    return ConflictTextOf(field) || (field == SolverField::Files && m_file >= 0);
+    return ConflictTextOf(m_field) || ShownFile(side);
+}
+
+/// The selected file as a version has it; null where it has none, or files are not shown.
+CConflictFileObject* ConflictSolver::ShownFile(ConflictSide side)
+{
+    if (m_field != SolverField::Files || m_file < 0)
+        return nullptr;
+    const ConflictFileRow& row = m_files[size_t(m_file)];
+    const ConflictSide home = row.Mark == u'Y' ? ConflictSide::TempItem : ConflictSide::Item;
+    CConflictFileObject* file = m_conflict->Side(home).FileObjects().Item(row.File);
+    return !file || side == home ? file : m_conflict->Side(side).FileObjects().Item(file->CorrespondingID());
 }
 
 QString ConflictSolver::RawText(ConflictSide side)
 {
-    CConflictCodeItem& version = m_conflict->Side(side);
     if (const ConflictText* text = ConflictTextOf(m_field))
-        return (version.*text->Get)();
-    if (m_field != SolverField::Files || m_file < 0)
-        return {};
-    const ConflictFileRow& row = m_files[size_t(m_file)];
-    CConflictFileObject* file =
-        (row.Mark == u'Y' ? m_conflict->TempItem() : m_conflict->Item()).FileObjects().Item(row.File);
-    if (file && side == ConflictSide::TempItem && row.Mark != u'Y')
-        file = m_conflict->TempItem().FileObjects().Item(file->CorrespondingID());
-    if (side == ConflictSide::Item && row.Mark == u'Y')
-        file = nullptr;
+        return (m_conflict->Side(side).*text->Get)();
+    CConflictFileObject* file = ShownFile(side);
     return file ? file->Description() : QString();
 }
 
@@ -269,21 +271,9 @@ bool ConflictSolver::IsEdited() const
 
 void ConflictSolver::SetText(ConflictSide side, const QString& text)
 {
-    CConflictCodeItem& version = m_conflict->Side(side);
-    if (const ConflictText* field = ConflictTextOf(m_field)) {
-        if (field->Field == SolverField::Title && text.trimmed().isEmpty())
-            return; // an item has a title
-        (version.*field->Set)(text);
-        return;
-    }
-    if (m_field != SolverField::Files || m_file < 0)
-        return;
-    const ConflictFileRow& row = m_files[size_t(m_file)];
-    CConflictFileObject* file =
-        (row.Mark == u'Y' ? m_conflict->TempItem() : m_conflict->Item()).FileObjects().Item(row.File);
-    if (file && side == ConflictSide::TempItem && row.Mark != u'Y')
-        file = m_conflict->TempItem().FileObjects().Item(file->CorrespondingID());
-    if (file && (side == ConflictSide::TempItem || row.Mark != u'Y'))
+    if (const ConflictText* field = ConflictTextOf(m_field))
+        (m_conflict->Side(side).*field->Set)(text);
+    else if (CConflictFileObject* file = ShownFile(side))
         file->SetDescription(text);
 }
 

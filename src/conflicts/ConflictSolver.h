@@ -61,7 +61,8 @@ public:
     bool NextField();
     bool PreviousField();
     bool IsRich(SolverField field) const;
-    bool IsText(SolverField field) const; ///< it is shown in the two boxes, and can be edited there
+    /// What a version says in the current field is a text, which can be edited.
+    bool IsText(ConflictSide side);
     /// What a version says in the current field, as RTF or as plain text; of Item Info what there is to tell.
     QString RawText(ConflictSide side);
     /// It is so long that it is not read, but for its begin.
@@ -129,6 +130,7 @@ private:
     void SelectFirstConflict();
     void Forget();
     QString PathOf(qint64 item) const;
+    CConflictFileObject* ShownFile(ConflictSide side);
     void SetText(ConflictSide side, const QString& text);
     bool MayLeave(QStringView way);
     bool Decide(int which);

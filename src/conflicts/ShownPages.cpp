@@ -42,7 +42,8 @@ ShownPages::ShownPages(Library& library) : m_library(library)
 {
     const QDir pages(library.HTMLFolder());
     for (const QString& name : pages.entryList({u"Temp*"_s}, QDir::Dirs | QDir::NoSymLinks)) {
-        if (const QString folder = pages.filePath(name) + u'/'; IsOurs(folder))
+        const QString folder = pages.filePath(name) + u'/';
+        if (IsOurs(folder) && FileLock(folder, FileLock::Target::Existing).IsHeld())
             DeleteFolder(folder);
     }
 }
@@ -64,7 +65,9 @@ void ShownPages::MakeFolder()
         return info.exists() || info.isSymLink();
     });
     const QString folder = pages.filePath(name) + u'/';
-    if (!QDir().mkpath(folder) || !ReplaceContents(folder + MarkName, {}).isEmpty())
+    QDir().mkpath(folder);
+    m_lock = FileLock(folder, FileLock::Target::Existing); // before it is known as ours
+    if (!m_lock.IsHeld() || !ReplaceContents(folder + MarkName, {}).isEmpty())
         throw RuntimeError(
             ErrorNumber::PathAccess,
             u"The pages can't be shown: the folder '%1' can't be written."_s.arg(QDir::toNativeSeparators(folder)),
@@ -72,13 +75,26 @@ void ShownPages::MakeFolder()
     m_folder = folder;
 }
 
-/// Makes room for the page of that name.
-QString ShownPages::Claim(const QString& name)
+/// Makes room for a page in the place of the former one, under a number that no page had yet: a browser shows again what
+/// it knows by the same address.
+void ShownPages::Claim(QString& number)
 {
     MakeFolder();
-    QFile::remove(m_folder + name + u".htm"_s);
-    DeleteFolder(m_folder + name + u'/');
-    return m_folder + name;
+    if (!number.isEmpty()) {
+        QFile::remove(m_folder + number + u".htm"_s);
+        DeleteFolder(m_folder + number + u'/');
+    }
+    number = QString::number(++m_last);
+}
+
+/// The pictures that all pages share, which it has beside it. Returns its address.
+QString ShownPages::Complete(const QString& number)
+{
+    const QDir defaults(m_library.HTMLFolder() + DefaultFolder);
+    CopyFiles(defaults.path() + u'/', defaults.entryList(QDir::Files | QDir::NoSymLinks),
+              m_folder + number + u'/' + DefaultFolder + u'/');
+    RenameReferences(m_folder + number + u".htm"_s, DefaultFolder, number + u'/' + DefaultFolder);
+    return u"local://Item"_s + number;
 }
 
 QString ShownPages::WriteOwn(qint64 item)
@@ -86,29 +102,19 @@ QString ShownPages::WriteOwn(qint64 item)
     const QString page = PageFileOf(m_library, item);
     if (!IsPlainFile(page))
         return {};
-    const QString place = Claim(u"1"_s);
-    CopyFileContents(page, place + u".htm"_s);
-    CopyFiles(PageFolderOf(m_library, item), FilesOfPage(m_library, item), place + u'/');
-    const QDir defaults(m_library.HTMLFolder() + DefaultFolder);
-    CopyFiles(defaults.path() + u'/', defaults.entryList(QDir::Files | QDir::NoSymLinks),
-              place + u'/' + DefaultFolder + u'/');
-    RenameReferences(place + u".htm"_s, QString::number(item), u"1"_s);
-    RenameReferences(place + u".htm"_s, DefaultFolder, u"1/"_s + DefaultFolder);
-    return u"local://Item1"_s;
+    Claim(m_own);
+    CopyFileContents(page, m_folder + m_own + u".htm"_s);
+    CopyFiles(PageFolderOf(m_library, item), FilesOfPage(m_library, item), m_folder + m_own + u'/');
+    RenameReferences(m_folder + m_own + u".htm"_s, QString::number(item), m_own);
+    return Complete(m_own);
 }
 
 QString ShownPages::WriteOther(qint64 item)
 {
     if (!HasConflictPage(m_library, item))
         return {};
-    const QString place = Claim(u"2"_s);
-    if (!WriteConflictPage(m_library, item, m_folder, u"2"_s, u"2"_s))
-        return {};
-    const QDir defaults(m_library.HTMLFolder() + DefaultFolder);
-    CopyFiles(defaults.path() + u'/', defaults.entryList(QDir::Files | QDir::NoSymLinks),
-              place + u'/' + DefaultFolder + u'/');
-    RenameReferences(place + u".htm"_s, DefaultFolder, u"2/"_s + DefaultFolder);
-    return u"local://Item2"_s;
+    Claim(m_other);
+    return WriteConflictPage(m_library, item, m_folder, m_other, m_other) ? Complete(m_other) : QString();
 }
 
 } // namespace qb

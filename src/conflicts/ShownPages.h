@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/system/FileLock.h"
 #include "store/Library.h"
 
 #include <QString>
@@ -7,7 +8,7 @@
 namespace qb {
 
 /// The pages of both versions of an item as files of a folder below the library's folder of web pages, for as long as
-/// the object lives. What a dead process left there goes when the next object is made.
+/// the object lives. What a dead process left there goes when the next object is made; what a living one shows stays.
 class ShownPages {
 public:
     explicit ShownPages(Library& library);
@@ -24,10 +25,15 @@ public:
 
 private:
     void MakeFolder();
-    QString Claim(const QString& name);
+    void Claim(QString& number);
+    QString Complete(const QString& number);
 
     Library& m_library;
     QString m_folder;
+    FileLock m_lock; ///< on it
+    int m_last = 0;  ///< number of a page
+    QString m_own;   ///< those that are there
+    QString m_other;
 };
 
 } // namespace qb

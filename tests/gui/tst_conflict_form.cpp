@@ -200,6 +200,7 @@ private Q_SLOTS:
         TakePicture(*m_form, u"conflicts-files"_s);
         list->setCurrentItem(list->topLevelItem(2));
         QCOMPARE(Right()->Text(), u"theirs"_s);
+        QVERIFY(Left()->Locked() && !Right()->Locked()); // there is no file to be described
         Q_EMIT list->customContextMenuRequested(list->visualItemRect(list->topLevelItem(1)).center());
         QVERIFY(Find<QAction>("mnuMoveOlderItem")->isVisible());
         QVERIFY(!Find<QAction>("mnuMoveNewerItem")->isVisible());
@@ -301,6 +302,13 @@ private Q_SLOTS:
             QCOMPARE(ReadFile(temp + u"1/own.png"_s), "own picture");
             QCOMPARE(ReadFile(temp + u"2.htm"_s), "<img src=\"2/b.png\">");
             QCOMPARE(ReadFile(temp + u"2/b.png"_s), "picture");
+            const ShownPages another(*m->Db); // of another process, say
+            QVERIFY(QFile::exists(temp + u"2/b.png"_s));
+            QCOMPARE(pages.WriteOwn(id), u"local://Item3"_s); // an address means one page
+            QCOMPARE(ReadFile(temp + u"3/own.png"_s), "own picture");
+            QCOMPARE(pages.WriteOther(id), u"local://Item4"_s);
+            QCOMPARE(QDir(temp).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                     (QStringList{u"3"_s, u"3.htm"_s, u"4"_s, u"4.htm"_s}));
         }
         QVERIFY(!QFile::exists(temp));
         QDir().mkpath(temp); // somebody's own stays
@@ -436,7 +444,12 @@ private Q_SLOTS:
         m->AddConflict(own, other);
         Show();
         QVERIFY(Find<QRadioButton>("optHTML")->isChecked());
-        QVERIFY(Left()->ShowBrowser() && Right()->ShowBrowser());
+        for (ctlCaptionRTB* box : {Left(), Right()}) {
+            QVERIFY(!box->ShowBrowser());
+            QCOMPARE(box->Text(), u"This version has no web page."_s);
+        }
+        Press("optCode");
+        QVERIFY(Left()->Text() != u"This version has no web page."_s);
     }
 
     void pagesOfADeadProcess_goAtTheNextStart()

@@ -188,10 +188,10 @@ void frmConflicts::ShowField()
     m_facts->setVisible(m_solver->Field() == SolverField::ItemInfo);
     if (isFiles)
         ShowFiles();
-    if (isPage)
+    if (isPage && m_solver->HasConflict())
         ShowPages();
-    for (ctlCaptionRTB* box : {ctlCaptionRTB1, ctlCaptionRTB2})
-        box->SetShowBrowser(isPage && m_solver->HasConflict());
+    for (const ConflictSide side : {ConflictSide::Item, ConflictSide::TempItem})
+        BoxOf(side)->SetShowBrowser(isPage && m_solver->HasConflict() && m_noPage[size_t(side)].isEmpty());
     ShowTexts();
 }
 
@@ -235,10 +235,11 @@ void frmConflicts::ShowCompared()
 void frmConflicts::ShowPlain()
 {
     ctlDifferences->Clear();
-    const bool hasText = m_solver->HasConflict() && m_solver->IsText(m_solver->Field());
     const bool isRich = m_solver->IsRich(m_solver->Field());
     for (const ConflictSide side : {ConflictSide::Item, ConflictSide::TempItem}) {
-        const QString text = hasText ? m_solver->RawText(side) : QString();
+        const bool hasText = m_solver->HasConflict() && m_solver->IsText(side);
+        const bool isPage = m_solver->HasConflict() && m_solver->Field() == SolverField::HTML;
+        const QString text = hasText ? m_solver->RawText(side) : isPage ? m_noPage[size_t(side)] : QString();
         const bool isTooLarge = m_solver->HasConflict()
                                 && (m_solver->IsHuge(side)
                                     || (text.size() > LongestWithLooks
@@ -294,15 +295,20 @@ void frmConflicts::ShowOrigin()
 
 void frmConflicts::ShowPages()
 {
-    if (!m_solver->HasConflict())
-        return;
-    Guarded(ClassName, u"ShowPages"_s, [this] {
-        const qint64 item = m_solver->Conflict().Key().toLongLong();
-        const QString own = m_pages->WriteOwn(item);
-        const QString other = m_pages->WriteOther(item);
-        BoxOf(ConflictSide::Item)->Navigate(own.isEmpty() ? u"about:blank"_s : own, m_pages->Folder());
-        BoxOf(ConflictSide::TempItem)->Navigate(other.isEmpty() ? u"about:blank"_s : other, m_pages->Folder());
-    });
+    constexpr std::pair<ConflictSide, QString (ShownPages::*)(qint64)> pages[] = {
+        {ConflictSide::Item, &ShownPages::WriteOwn}, {ConflictSide::TempItem, &ShownPages::WriteOther}};
+    for (const auto& [side, write] : pages) {
+        QString& reason = m_noPage[size_t(side)];
+        reason = u"The web page of this version can't be shown."_s;
+        Guarded(ClassName, u"ShowPages"_s, [&, side = side, write = write] {
+            CConflict& conflict = m_solver->Conflict();
+            const bool isSaid = conflict.Side(side).HTMLPage(); // files of a page may be left of a former version
+            const QString page = isSaid ? ((*m_pages).*write)(conflict.Key().toLongLong()) : QString();
+            reason = page.isEmpty() ? u"This version has no web page."_s : QString();
+            if (!page.isEmpty())
+                BoxOf(side)->Navigate(page, m_pages->Folder());
+        });
+    }
 }
 
 void frmConflicts::ShowFiles()

@@ -95,6 +95,7 @@ private:
     LineComparison m_comparison;
     bool m_isCompared = false;      ///< the views hold filler
     std::array<bool, 2> m_inView{}; ///< by ConflictSide: its view shows it, not its box
+    std::array<QString, 2> m_noPage; ///< by ConflictSide: why no page is shown
     bool m_loading = false;
     std::array<bool, 2> m_typed{}; ///< by ConflictSide
 
