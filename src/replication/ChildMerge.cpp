@@ -177,18 +177,7 @@ void ChildMerge::Stamp()
 
 void ChildMerge::ReportVerdicts()
 {
-    const auto lines = [this](MergeEvent event, const QString& what, const QString& detail) {
-        m_run.Line(event,
-                   u"SELECT i.ID, i.Title, %1 FROM temp.merge_Verdicts AS v JOIN main.Items AS i ON i.ID = v.LID "
-                   "WHERE %2"_s.arg(detail, what));
-    };
-    lines(MergeEvent::ItemAdded, u"v.What = 'new'"_s, u"''"_s);
-    lines(MergeEvent::ItemChanged, u"v.What = 'update'"_s, u"''"_s);
-    lines(MergeEvent::Conflict, u"v.What = 'won'"_s, u"'the mother''s version is the later one'"_s);
-    lines(MergeEvent::Conflict, u"v.What = 'lost'"_s, u"'the version here is the later one'"_s);
-    m_run.ReportMissingPages();
-    lines(MergeEvent::ItemMoved, u"v.What IN ('update', 'won') AND v.OldParent <> i.ParentID"_s,
-          u"coalesce((SELECT t.Title FROM main.Items AS t WHERE t.ID = i.ParentID), '')"_s);
+    m_run.ReportVerdicts(u"(SELECT min(p.ID) FROM main.Items AS p WHERE p.MotherRecordID = s.MotherParentID)"_s);
     m_run.Line(MergeEvent::ItemRegained,
                u"SELECT i.ID, i.Title, 'the mother has it again' FROM temp.merge_Spared AS r "
                "JOIN main.Items AS i ON i.ID = r.ID WHERE r.ID NOT IN (SELECT ID FROM temp.merge_Kept)"_s);

@@ -144,6 +144,38 @@ void MergeRun::EndIfCancelled()
                            u"Synchronize"_s);
 }
 
+void MergeRun::LinesOf(MergeEvent event, const QString& what, const QString& detail)
+{
+    Line(event, u"SELECT i.ID, i.Title, %1 FROM temp.merge_Verdicts AS v JOIN main.Items AS i ON i.ID = v.LID "
+                "JOIN synchro.Items AS s ON s.rowid = v.SRow WHERE %2"_s.arg(detail, what));
+}
+
+void MergeRun::ReportVerdicts(const QString& parent)
+{
+    const QString other = AsMother ? u"the child"_s : u"the mother"_s;
+    const QString own = AsMother ? u"the mother"_s : u"the child"_s;
+    LinesOf(MergeEvent::ItemAdded, u"v.What = 'new'"_s, u"''"_s);
+    LinesOf(MergeEvent::ItemChanged, u"v.What = 'update'"_s, u"''"_s);
+    LinesOf(MergeEvent::Conflict, u"v.What = 'won'"_s, u"'%1''s version is the later one'"_s.arg(other));
+    LinesOf(MergeEvent::Conflict, u"v.What = 'lost'"_s, u"'the version here is the later one'"_s);
+    ReportMissingPages();
+    LinesOf(MergeEvent::ItemMoved, u"v.What IN ('update', 'won') AND v.OldParent <> i.ParentID"_s,
+            u"coalesce((SELECT t.Title FROM main.Items AS t WHERE t.ID = i.ParentID), '')"_s);
+    // What is no conflict, and yet was not taken.
+    const QString whose = u"CASE v.What WHEN 'lost' THEN '%1' ELSE '%2' END"_s.arg(other, own);
+    LinesOf(MergeEvent::SetAside,
+            u"v.What IN ('won', 'lost') AND EXISTS (SELECT 1 FROM main.TempItems AS t WHERE t.ID = v.LID "
+            "AND (coalesce(t.ItemStatus, 0) <> coalesce(i.ItemStatus, 0) OR coalesce(t.ItemRating, 0) <> "
+            "coalesce(i.ItemRating, 0)))"_s,
+            u"'status and rating of '|| "_s + whose);
+    LinesOf(
+        MergeEvent::SetAside,
+        u"(v.What = 'lost' AND %1 > 0 AND %1 <> i.ParentID) OR (v.What = 'won' AND v.OldParent <> i.ParentID)"_s.arg(
+            parent),
+        u"'the place of '|| "_s + whose);
+}
+
+/// The other side has lost the page of an item that was taken over.
 void MergeRun::ReportMissingPages()
 {
     Line(MergeEvent::PageChanged,

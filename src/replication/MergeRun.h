@@ -65,6 +65,12 @@ public:
     void Log(const QString& rows, const Values& values = {});
     /// A line for each row of a statement that gives an ID and a title, and what else is to be told in a third column.
     void Line(MergeEvent event, const QString& sql, const Values& values = {});
+    /// The same for the items of verdicts: v is the verdict, i the item here and s the row that decided. @p detail is an
+    /// expression.
+    void LinesOf(MergeEvent event, const QString& what, const QString& detail);
+    /// Says what became of the items that both merges decide about, and what of a version that lost was dropped with
+    /// it. @p parent is an expression of the item that the other side has above row s, as it is called here.
+    void ReportVerdicts(const QString& parent);
     /// Gives the new items numbers ahead, so that all of them are known before the first is added.
     void NumberNewItems(const QString& verdicts);
     /// A stored file of a version that lost, in the library or packed in the synchronization file.
@@ -90,8 +96,6 @@ public:
     void SetAsideDescriptions(VersionOf whose, const QString& ids, const QString& reason);
     /// Items that would stand below themselves: the one that was moved first goes to the folder of orphaned items.
     void BreakCycles();
-    /// Says of which items that were taken over the page has not come, since the other side has lost it.
-    void ReportMissingPages();
     void EndIfCancelled();
     /// Nothing more is written: notes the checksums of what was, with those of the items @p taken over.
     void NoteChecksums(const QString& taken);
@@ -107,6 +111,7 @@ private:
     void NoteDeletions(const QString& table, const QString& deletions, const QString& rows);
     bool IsToKeep(const QString& ids);
     QString PathOf(qint64 item);
+    void ReportMissingPages();
     QString MotherColumn() const; ///< of Items and Files, by which the other side's numbers are known here
 };
 

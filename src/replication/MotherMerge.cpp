@@ -208,35 +208,12 @@ void MotherMerge::CleanLists()
 
 void MotherMerge::ReportVerdicts()
 {
-    const auto lines = [this](MergeEvent event, const QString& what, const QString& detail) {
-        m_run.Line(event,
-                   u"SELECT i.ID, i.Title, %1 FROM temp.merge_Verdicts AS v JOIN main.Items AS i ON i.ID = v.LID "
-                   "JOIN synchro.Items AS s ON s.rowid = v.SRow WHERE %2"_s.arg(detail, what));
-    };
-    const QString nothing = u"''"_s;
-    lines(MergeEvent::ItemAdded, u"v.What = 'new'"_s, nothing);
-    lines(MergeEvent::ItemChanged, u"v.What = 'update'"_s, nothing);
-    lines(MergeEvent::ItemRegained, u"v.What = 'regained'"_s, u"'deleted here, changed by the child later'"_s);
-    lines(MergeEvent::Conflict, u"v.What = 'won'"_s, u"'the child''s version is the later one'"_s);
-    lines(MergeEvent::Conflict, u"v.What = 'lost'"_s, u"'the version here is the later one'"_s);
-    m_run.ReportMissingPages();
-    lines(MergeEvent::ItemMoved, u"v.What IN ('update', 'won') AND v.OldParent <> i.ParentID"_s,
-          u"coalesce((SELECT t.Title FROM main.Items AS t WHERE t.ID = i.ParentID), '')"_s);
+    m_run.ReportVerdicts(u"s.MotherParentID"_s);
+    m_run.LinesOf(MergeEvent::ItemRegained, u"v.What = 'regained'"_s, u"'deleted here, changed by the child later'"_s);
     m_run.Line(MergeEvent::SetAside,
                u"SELECT 0, s.Title, CASE v.What WHEN 'forgotten' THEN 'not known here; it travels as a new item in the "
                "next round' ELSE 'deleted here after the child had changed it' END FROM temp.merge_Verdicts AS v "
                "JOIN synchro.Items AS s ON s.rowid = v.SRow WHERE v.What IN ('forgotten', 'ignored')"_s);
-    // What is no conflict, and yet was not taken.
-    const QString other = u"CASE v.What WHEN 'lost' THEN 'of the child' ELSE 'of the mother' END"_s;
-    lines(MergeEvent::SetAside,
-          u"v.What IN ('won', 'lost') AND EXISTS (SELECT 1 FROM main.TempItems AS t WHERE t.ID = v.LID "
-          "AND (coalesce(t.ItemStatus, 0) <> coalesce(i.ItemStatus, 0) OR coalesce(t.ItemRating, 0) <> "
-          "coalesce(i.ItemRating, 0)))"_s,
-          u"'status and rating '|| "_s + other);
-    lines(MergeEvent::SetAside,
-          u"(v.What = 'lost' AND s.MotherParentID > 0 AND s.MotherParentID <> i.ParentID) OR (v.What = 'won' "
-          "AND v.OldParent <> i.ParentID)"_s,
-          u"'the place '|| "_s + other);
 }
 
 } // namespace qb

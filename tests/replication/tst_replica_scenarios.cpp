@@ -170,6 +170,61 @@ private Q_SLOTS:
         QCOMPARE(ParentOf(f->A(), u"X"_s), u"P2"_s);
     }
 
+    /// Both have edited, moved and rated it.
+    void versionThatLost_isNamedWithWhatWasDropped_data()
+    {
+        QTest::addColumn<bool>("atMother");
+        QTest::addColumn<bool>("ownIsLater");
+        QTest::addColumn<QStringList>("details");
+        QTest::newRow("at the mother, the child's is later")
+            << true << false
+            << QStringList{u"Conflict: the child's version is the later one"_s, u"Moved: P"_s,
+                           u"Set aside: status and rating of the mother"_s, u"Set aside: the place of the mother"_s};
+        QTest::newRow("at the mother, hers is later")
+            << true << true
+            << QStringList{u"Conflict: the version here is the later one"_s,
+                           u"Set aside: status and rating of the child"_s, u"Set aside: the place of the child"_s};
+        QTest::newRow("at the child, the mother's is later")
+            << false << false
+            << QStringList{u"Conflict: the mother's version is the later one"_s, u"Moved: Q"_s,
+                           u"Set aside: status and rating of the child"_s, u"Set aside: the place of the child"_s};
+        QTest::newRow("at the child, its own is later")
+            << false << true
+            << QStringList{u"Conflict: the version here is the later one"_s,
+                           u"Set aside: status and rating of the mother"_s, u"Set aside: the place of the mother"_s};
+    }
+    void versionThatLost_isNamedWithWhatWasDropped()
+    {
+        QFETCH(bool, atMother);
+        QFETCH(bool, ownIsLater);
+        const auto change = [&](const QString& path, qint64 parent, int rating) {
+            f->In(path, [&](Library& library) {
+                library.Execute(u"UPDATE Items SET ParentID = ?, ItemRating = ?, LastChanged = ? WHERE Title = 'X'"_s,
+                                {parent, rating, library.NextStamp()});
+                if (library.IsChildReplica())
+                    library.Execute(u"UPDATE Items SET MotherParentID = ParentID WHERE Title = 'X'"_s);
+            });
+        };
+        const bool childIsFirst = atMother == ownIsLater;
+        if (!atMother) // the child changes it after its export
+            f->ExportOf(f->A());
+        if (childIsFirst)
+            change(f->A(), Family::P, 2);
+        change(f->M(), Family::Q, 8);
+        if (!childIsFirst)
+            change(f->A(), Family::P, 2);
+        if (atMother)
+            f->ExportOf(f->A());
+        const SyncResult mother = f->TakeIn(f->M());
+        const MergeReport report = atMother ? mother.Report : f->TakeIn(f->A()).Report;
+        QStringList details;
+        for (const MergeLine& line : report.Lines) {
+            QCOMPARE(line.Title, u"X"_s);
+            details << LabelOf(line.Event) + u": "_s + line.Detail;
+        }
+        QTEST(details, "details");
+    }
+
     void s13_childMoves_bothHaveItThere()
     {
         f->Move(f->A(), Family::X, Family::Q);
