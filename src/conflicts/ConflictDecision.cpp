@@ -30,6 +30,7 @@ ConflictDecision::ConflictDecision(CConflict& conflict, ConflictSide winner)
 
 void ConflictDecision::Run()
 {
+    SettlePage(m_library, m_id); // it may be discarded, or take the place of another one
     m_discarded = m_conflict.m_discardInto(m_library, DiscardKind::Decided);
     Transaction transaction(m_library);
     m_item.RequireUnchanged();
@@ -117,11 +118,9 @@ void ConflictDecision::DecidePage()
 void ConflictDecision::ReplacePage()
 {
     m_page = std::make_unique<PageChange>(m_library, m_id);
-    SettlePage(m_library, m_id);
     if (WriteConflictPage(m_library, m_id, m_page->Folder(), u"page"_s, QString::number(m_id))) {
         m_page->Bind(PageChange::Kind::Replace);
         m_item.SetHTMLLastUpdated(m_library.NextStamp());
-        m_library.Execute(u"DELETE FROM TempHTMLFiles WHERE ItemIDRef = ?"_s, {m_id});
         return;
     }
     m_page.reset();

@@ -265,18 +265,23 @@ public:
             item.Commit();
         };
         edit(u"clash"_s, u"clash of the "_s + side);
+        AddFileAndPage(*library, library->QueryValue(u"SELECT ID FROM Items WHERE Title LIKE 'clash%'"_s).ToLong(),
+                       side);
         edit(u"same"_s, u"the same"_s);
         if (side == u"child"_s)
             edit(u"edited"_s, u"edited by the child"_s);
         else
             DeleteItem(*library, library->QueryValue(u"SELECT ID FROM Items WHERE Title = 'deleted'"_s).ToLong());
-        const qint64 added = AddItem(*library, 0, u"new of the "_s + side);
-        library->Execute(u"UPDATE Items SET LastChanged = ?1, HTMLPage = ?2, HTMLLastUpdated = ?1 WHERE ID = ?3"_s,
-                         {library->NextStamp(), Value(true), added});
-        WriteFile(library->HTMLFolder() + QString::number(added) + u".htm"_s, "<p>" + side.toUtf8() + "</p>");
-        library->Execute(u"UPDATE Files SET LastUpdated = DateAdded WHERE ID = ?"_s,
-                         {AddStoredFile(*library, added, u"new.bin"_s, QByteArray(9000, side.front().toLatin1()),
-                                        library->NextStamp())});
+        AddFileAndPage(*library, AddItem(*library, 0, u"new of the "_s + side), side);
+    }
+    static void AddFileAndPage(Library& library, qint64 item, const QString& side)
+    {
+        library.Execute(u"UPDATE Items SET LastChanged = ?1, HTMLPage = ?2, HTMLLastUpdated = ?1 WHERE ID = ?3"_s,
+                        {library.NextStamp(), Value(true), item});
+        WriteFile(library.HTMLFolder() + QString::number(item) + u".htm"_s, "<p>" + side.toUtf8() + "</p>");
+        library.Execute(u"UPDATE Files SET LastUpdated = DateAdded WHERE ID = ?"_s,
+                        {AddStoredFile(library, item, u"new.bin"_s, QByteArray(9000, side.front().toLatin1()),
+                                       library.NextStamp())});
     }
 
     /// Runs a command with further environment variables.

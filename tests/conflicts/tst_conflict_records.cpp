@@ -340,6 +340,7 @@ private Q_SLOTS:
         m->Prompts.ExpectMsgBox(u"Error"_s);
         QVERIFY(Load(id)->KeepItem(1));
         QVERIFY(m->Prompts.Messages.last().Text.contains(u"'lost'"_s));
+        QVERIFY(m_discarded.contains(u"temporary: other"_s)); // with what it says of that file
         QCOMPARE(TitlesOfFiles(id), QStringList{u"empty"_s}); // a file of no bytes is a file
     }
 
@@ -390,6 +391,19 @@ private Q_SLOTS:
         QVERIFY(Load(id)->KeepItem(1));
         QCOMPARE(m->Text(u"HTMLPage"_s, id), u"0"_s);
         QCOMPARE(ReadFile(m->Db->HTMLFolder() + QString::number(id) + u".htm"_s), QByteArray("<p>own"));
+        QCOMPARE(m->DateOf(u"HTMLLastUpdated"_s, id), m->Db->NextStamp()); // so that it travels
+    }
+
+    void missingPageOfAnItemWithoutOne_leavesItWithoutOne()
+    {
+        VersionTexts other = Other();
+        other.HasPage = true;
+        other.PageUpdated = m->At(20);
+        const qint64 id = m->AddConflict({}, other);
+        m->Prompts.ExpectMsgBox(u"Error"_s);
+        QVERIFY(Load(id)->KeepItem(1));
+        QCOMPARE(m->Text(u"Title"_s, id), u"other"_s);
+        QCOMPARE(m->Text(u"HTMLPage"_s, id), u"0"_s);
     }
 
     void missingPage_isSaidAndTheOwnOneStays()
@@ -584,7 +598,7 @@ private Q_SLOTS:
     }
 
     /// The decision counts all the same.
-    void pageThatCanNotBePlaced_waitsForTheNextOpening()
+    void pageThatCanNotBePlaced_waits()
     {
         VersionTexts other = Other();
         other.HasPage = true;
@@ -601,8 +615,18 @@ private Q_SLOTS:
         QCOMPARE(StoredNames(m->Db->FilesFolder()).filter(u"mine"_s), QStringList());
         QCOMPARE(m_discarded.last(), u"placed"_s);
         QVERIFY(QDir(page).removeRecursively());
+        // Or for the next decision, which discards it whole.
+        other.Changed = m->Db->NextStamp();
+        m->AddTempItem(id, other, 0);
+        m->AddTempPage(id, u"77.htm"_s, {}, "<p>another");
+        CConflict conflict;
+        conflict.Initialize(*m->Db, id);
+        QVERIFY(conflict.KeepItem(2));
+        QCOMPARE(ReadFile(page), "<p>another");
+        const RemovedList removed(m->Path);
+        QVERIFY(removed.Find({}).front().Entry->HasPage);
         FinishPageChanges(*m->Db);
-        QCOMPARE(ReadFile(page), "<p>theirs");
+        QCOMPARE(ReadFile(page), "<p>another");
     }
 
     void keptObject_isStoredAsAFile()
