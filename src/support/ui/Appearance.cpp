@@ -1,6 +1,7 @@
 #include "support/ui/Appearance.h"
 
 #include "support/ui/Icons.h"
+#include "support/ui/SchemeStyle.h"
 
 #include <QApplication>
 #include <QPalette>
@@ -54,12 +55,20 @@ void ApplyAppearance(const QString& colourScheme, const QString& fontName, int f
     // What the program has never changed it leaves to the desktop, which may change it at any time.
     static const QString systemStyle = QApplication::style()->name();
     static const QFont systemFont = QApplication::font();
+    static bool ownStyle = false;
     static bool ownColours = false;
     static bool ownFont = false;
     const std::optional<QPalette> palette = PaletteOf(colourScheme);
+    // A style of the desktop may draw in colours of its own.
+    const bool wantsStyle = palette || systemStyle == u"fusion"_s;
+    if (wantsStyle != ownStyle) {
+        if (wantsStyle)
+            QApplication::setStyle(new SchemeStyle);
+        else
+            QApplication::setStyle(systemStyle);
+        ownStyle = wantsStyle;
+    }
     if (palette || ownColours) {
-        // A style of the desktop may draw in colours of its own.
-        QApplication::setStyle(palette ? u"fusion"_s : systemStyle);
         QApplication::setPalette(palette.value_or(QPalette()));
         ownColours = palette.has_value();
     }
