@@ -593,6 +593,22 @@ private Q_SLOTS:
         QVERIFY(f->AreEqual());
     }
 
+    void deletionByAClockAhead_takesNoLaterChange()
+    {
+        f->Clock.AddSeconds(3600);
+        {
+            const auto child = Library::Open(f->A());
+            qb::DeleteItem(*child, Family::Y);
+            QVERIFY(WriteChanges(*child, f->File, ExportAgain::No));
+        }
+        f->Clock.AddSeconds(-3600);
+        QVERIFY(f->TakeIn(f->M()).Done);
+        f->EditTitle(f->B, Family::Y, u"Y by B"_s);
+        f->Round(f->B);
+        QVERIFY(IdOf(f->M(), u"Y by B"_s) > 0);
+        QCOMPARE(IdOf(f->B, u"Y by B"_s), Family::Y);
+    }
+
     void s36_files_areAllThere()
     {
         f->AttachTo(f->A(), Family::Q, u"same.txt"_s, "of A");
