@@ -431,7 +431,8 @@ private:
                 continue; // hers goes back
             m_mother.Pages[id] = sent.Page;
             m_mother.Items.at(id).HasPage = true;
-            m_mother.Items.at(id).PageChanged = Down(sent.Changed);
+            if (!isAlone) // it travels without a date
+                m_mother.Items.at(id).PageChanged = Down(sent.Changed);
             Arrive(isAlone ? Table::Pages : Table::Items, id);
         }
     }
