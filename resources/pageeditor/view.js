@@ -100,6 +100,10 @@ E.written = function () {
 const picturesOf = data => [...(data ? data.files : [])].filter(file => /^image\//.test(file.type));
 function takePictures(files, place) {
   for (const file of files) {
+    if (file.size > E.mostPicture) { // too much to be read in vain
+      E.tell("large_picture", { name: file.name || "picture" });
+      continue;
+    }
     const reader = new FileReader();
     reader.onload = () => E.tell("picture", { name: file.name || "picture", place,
       data: String(reader.result).replace(/^[^,]*,/, "") });
@@ -191,13 +195,14 @@ function dress(page, colourRules, isDark) {
 }
 
 // Begins to edit a page; false for one that has nothing to edit.
-E.open = function ({ text, base, colourRules, sheet, isDark }) {
+E.open = function ({ text, base, colourRules, sheet, isDark, mostPicture }) {
   const page = E.read(text, base);
   if (!page)
     return false;
   E.pages[base] = page;
   E.page = page;
   E.sheet = sheet;
+  E.mostPicture = mostPicture;
   E.noteNodes(page.doc);
   dress(page, colourRules, isDark);
   if (E.view)

@@ -76,6 +76,8 @@ void PageEditing::Told(const QString& what, const QJsonObject& value)
         Colour(value);
     } else if (what == u"picture"_s) {
         TakePicture(value);
+    } else if (what == u"large_picture"_s) {
+        Report([&] { RefuseLargePicture(value["name"_L1].toString()); });
     } else if (what == u"shown"_s && Opened) {
         Opened();
     } else if (what == u"after_keys"_s) {
@@ -97,7 +99,8 @@ void PageEditing::Open()
         {u"base"_s, number},
         {u"colourRules"_s, m_tools.ColourRules},
         {u"sheet"_s, QJsonObject{{u"light"_s, m_tools.PageColours}, {u"dark"_s, m_tools.DarkColours}}},
-        {u"isDark"_s, m_tools.IsDark}};
+        {u"isDark"_s, m_tools.IsDark},
+        {u"mostPicture"_s, double(MostPictureBytes)}};
     m_call(u"open"_s, page, [this](const QJsonValue& answer) {
         m_isOnlySource = answer.isBool() && !answer.toBool();
         if (m_isOnlySource && OnlySource)

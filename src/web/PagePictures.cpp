@@ -18,8 +18,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 MostBytes = 64 << 20; ///< of one picture
-
 [[noreturn]] void Fail(const QString& text)
 {
     throw RuntimeError(ErrorNumber::PathAccess, text, u"PagePictures"_s);
@@ -208,6 +206,11 @@ std::optional<PictureKind> PictureKindOf(const QByteArray& bytes)
     return std::nullopt;
 }
 
+void RefuseLargePicture(const QString& name)
+{
+    Fail(u"'%1' is too large for a page: more than %2 MB."_s.arg(name).arg(MostPictureBytes >> 20));
+}
+
 KeptPicture KeepPicture(const PicturePlace& place, const QString& file)
 {
     const QString shown = QDir::toNativeSeparators(file);
@@ -217,17 +220,17 @@ KeptPicture KeepPicture(const PicturePlace& place, const QString& file)
     QByteArray bytes;
     if (!source.open(QIODevice::ReadOnly))
         Fail(u"'%1' could not be read: %2"_s.arg(shown, source.errorString()));
-    if (const QString why = ReadAll(source, bytes, MostBytes + 1); !why.isEmpty())
+    if (const QString why = ReadAll(source, bytes, MostPictureBytes + 1); !why.isEmpty())
         Fail(u"'%1' could not be read: %2"_s.arg(shown, why));
-    if (bytes.size() <= MostBytes && !PictureKindOf(bytes))
+    if (bytes.size() <= MostPictureBytes && !PictureKindOf(bytes))
         Fail(u"'%1' is no picture that a page can show (PNG, JPEG, GIF, WebP, BMP, SVG)."_s.arg(shown));
     return KeepPictureBytes(place, QFileInfo(file).fileName(), bytes);
 }
 
 KeptPicture KeepPictureBytes(const PicturePlace& place, const QString& name, const QByteArray& bytes)
 {
-    if (bytes.size() > MostBytes)
-        Fail(u"'%1' is too large for a page: more than %2 MB."_s.arg(name).arg(MostBytes >> 20));
+    if (bytes.size() > MostPictureBytes)
+        RefuseLargePicture(name);
     const std::optional<PictureKind> kind = PictureKindOf(bytes);
     if (!kind)
         Fail(u"'%1' is no picture that a page can show (PNG, JPEG, GIF, WebP, BMP, SVG)."_s.arg(name));

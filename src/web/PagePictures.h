@@ -16,6 +16,11 @@ struct PictureKind {
 /// The kind of a picture that a page can show, by its contents and not by its name; nothing for what is none.
 std::optional<PictureKind> PictureKindOf(const QByteArray& bytes);
 
+/// The most bytes that a picture of a page may have.
+inline constexpr qint64 MostPictureBytes = 64 << 20;
+/// Raises the error for a picture of more.
+[[noreturn]] void RefuseLargePicture(const QString& name);
+
 /// Where the pictures of a page lie.
 struct PicturePlace {
     QString PagesFolder; ///< the folder of web pages

@@ -11,6 +11,7 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QDirIterator>
+#include <QDropEvent>
 #include <QElapsedTimer>
 #include <QJsonDocument>
 #include <QLabel>
@@ -270,6 +271,77 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(Shows(Qt::blue), Patience);
     }
 
+    void droppedPicture_isStoredWhereItFell()
+    {
+        const QString file = m_home->Path(u"Grüner Baum.png"_s);
+        WriteFile(file, Png(Qt::green));
+        Open("<p>first</p>\n<p>second</p>");
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(file)});
+        Drop(data, QPoint(300, 60));
+        QTRY_VERIFY_WITH_TIMEOUT(Written().contains("<img"), Patience);
+        QVERIFY(Saved());
+        const QByteArray page = ReadFile(m_page);
+        QVERIFY2(page.contains("src=\"17/Gruner-Baum.png\""), page.constData());
+        QVERIFY2(page.startsWith("<p>first</p>\n<p>second<img"), page.constData());
+        QCOMPARE(ReadFile(m_folder + u"17/Gruner-Baum.png"_s), Png(Qt::green));
+        QTRY_VERIFY_WITH_TIMEOUT(Shows(Qt::green), Patience);
+    }
+
+    void droppedPictureThatIsHuge_isRefusedUnread()
+    {
+        QFile file(m_home->Path(u"huge.png"_s));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(Png(Qt::green));
+        QVERIFY(file.resize(4LL << 30)); // a hole, which takes no room
+        file.close();
+        Open("<p>first</p>");
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(file.fileName())});
+        m_prompts->ExpectMsgBox(ApplicationTitle);
+        Drop(data, QPoint(300, 30));
+        QTRY_COMPARE_WITH_TIMEOUT(m_prompts->Messages.size(), 1, Patience);
+        QCOMPARE(m_prompts->Messages.first().Text, u"'huge.png' is too large for a page: more than 64 MB."_s);
+        QVERIFY(Written().startsWith("<p>first</p>"));
+        QVERIFY(!QDir(m_folder + u"17"_s).exists());
+    }
+
+    void largePaste_isSavedWhole()
+    {
+        constexpr int Size = 500'000;
+        constexpr int LongPatience = 60'000;
+        Open("<p>first</p>");
+        QByteArray markup;
+        for (int number = 1; markup.size() < Size; ++number)
+            markup += "<p>Paragraph " + QByteArray::number(number) + " with <b>bold</b> words.</p>";
+        auto* data = new QMimeData;
+        data->setHtml(QString::fromUtf8(markup));
+        QApplication::clipboard()->setMimeData(data);
+        m_editor->Pane().Do(EditorPane::Edit::Paste);
+        QTRY_VERIFY_WITH_TIMEOUT(m_editor->windowTitle().startsWith(u'*'), LongPatience);
+        QSignalSpy saved(m_editor.get(), &frmPageEditor::Saved);
+        Press("save");
+        QVERIFY((saved.size() > 0 || saved.wait(LongPatience)) && saved.first().first().toBool());
+        const QByteArray page = ReadFile(m_page).replace("\n", "");
+        QVERIFY(page.contains(markup));
+        QVERIFY(page.contains("first"));
+    }
+
+    void droppedFileThatIsNoPicture_isNotOpened()
+    {
+        const QString file = m_home->Path(u"page.htm"_s);
+        WriteFile(file, "<body style='background:#f00'><script>document.body.style.background='#f00'</script></body>");
+        Open("<p>first</p>");
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(file)});
+        Drop(data, QPoint(300, 30));
+        QTest::qWait(300); // for what should not happen
+        QVERIFY(!Shows(Qt::red));
+        QVERIFY(Written().startsWith("<p>first"));
+        QVERIFY(!Written().contains("script"));
+        QVERIFY(!QDir(m_folder + u"17"_s).exists());
+    }
+
     void pastedMarkup_isCleaned()
     {
         CountingServer server;
@@ -418,6 +490,18 @@ private:
         const auto page = std::find_if(all.begin(), all.end(),
                                        [](QObject* object) { return object->inherits("QWebEnginePage"); });
         return page == all.end() ? 0 : (*page)->property("renderProcessPid").toLongLong();
+    }
+    /// Drops what another program drags.
+    void Drop(QMimeData& data, const QPoint& at)
+    {
+        QWidget* view = m_editor->Pane().Widget();
+        QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(view, &enter);
+        QDragMoveEvent move(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(view, &move);
+        QTest::qWait(100); // for the page's answer, as long as a hand holds it
+        QDropEvent drop(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(view, &drop);
     }
     QPlainTextEdit* Source() { return m_editor->findChild<QPlainTextEdit*>(u"txtSource"_s); }
     bool Shows(Qt::GlobalColor color)

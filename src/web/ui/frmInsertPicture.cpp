@@ -27,8 +27,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 MostBytes = 64 << 20;
-
 QImage ImageOf(const QByteArray& bytes)
 {
     QBuffer buffer;
@@ -134,9 +132,9 @@ void frmInsertPicture::TakeFile(const QString& path)
     const QString name = QFileInfo(path).fileName();
     if (!WhyNoPlainFile(path).isEmpty() || !file.open(QIODevice::ReadOnly))
         return Say(u"%1 can't be read."_s.arg(name));
-    if (const QString why = ReadAll(file, bytes, MostBytes + 1); !why.isEmpty())
+    if (const QString why = ReadAll(file, bytes, MostPictureBytes + 1); !why.isEmpty())
         return Say(u"%1 can't be read: %2"_s.arg(name, why));
-    if (bytes.size() > MostBytes)
+    if (bytes.size() > MostPictureBytes)
         return Say(u"%1 is too large for a page."_s.arg(name));
     Take(name, bytes);
 }
