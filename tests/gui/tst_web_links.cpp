@@ -319,6 +319,39 @@ private Q_SLOTS:
         QCOMPARE(PlainTextFromRtf(Read(u"Notes"_s)), u"see "_s + server.Address() + u" here"_s); // as it was
     }
 
+    void mailInNotes_isWrittenOutside()
+    {
+        Write(u"Notes"_s, RtfFromPlainText(u"mailto:a@example.org"_s, CodeFont));
+        Open();
+        ClickOn(0);
+        Tab(1);
+        QTRY_VERIFY(!Notes()->document()->isEmpty());
+        QTextCursor cursor(Notes()->document());
+        cursor.setPosition(5);
+        m_prompts->ExpectMsgBox(ApplicationTitle);
+        const QByteArray path = qgetenv("PATH");
+        const auto restore = qScopeGuard([path] { qputenv("PATH", path); });
+        qputenv("PATH", ""); // no desktop to open it
+        QTest::mouseClick(Notes()->viewport(), Qt::LeftButton, {}, Notes()->cursorRect(cursor).center() + QPoint(2, 0));
+        QCOMPARE(m_prompts->Messages.size(), 1);
+        QCOMPARE(m_prompts->Messages.last().Text, u"No application could be started for 'mailto:a@example.org'."_s);
+        QCOMPARE(Details()->CurrentView(), DetailsTab::Notes);
+    }
+
+    void rootOfTheTree_hasNoPage()
+    {
+        Open();
+        ClickOn(0);
+        Tab(LinksTab);
+        QTRY_VERIFY(Loaded() > 0);
+        Tree()->setCurrentIndex(Root());
+        for (const QString& command : {u"mnuWebHome"_s, u"mnuWebEditPage"_s, u"mnuWebInsertPicture"_s,
+                                       u"mnuWebInsertLink"_s, u"mnuWebDeletePage"_s, u"mnuWebReload"_s})
+            Action(command)->trigger();
+        QCOMPARE(QDir(m_folder).entryList({u"0*"_s, u".htm"_s}, QDir::AllEntries | QDir::Hidden), QStringList());
+        QCOMPARE(CountOf(*m_database, u"Items"_s), 2);
+    }
+
     void openedBrowsers_areListedWhereOneTells()
     {
         Open();
@@ -344,6 +377,7 @@ private Q_SLOTS:
         });
         QCOMPARE(entries(), QStringList{u"A && B"_s});
         SetOpenedPagesSource(before);
+        QCOMPARE(Address(), server.Address());
         QTRY_COMPARE(server.Asked.count(u"/"_s), 1);
     }
 

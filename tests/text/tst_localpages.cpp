@@ -46,6 +46,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("url");
         QTest::newRow("bare") << u" example.org/x "_s << u"http://example.org/x"_s;
         QTest::newRow("with one") << u"https://example.org"_s << u"https://example.org"_s;
+        QTest::newRow("a colon alone is none") << u"localhost:8080/x"_s << u"http://localhost:8080/x"_s;
+        QTest::newRow("item in small letters") << u"local://item17"_s << u"quillbase-page://library/17.htm"_s;
         QTest::newRow("item") << u"local://Item17"_s << u"quillbase-page://library/17.htm"_s;
     }
     void typedAddress_getsAScheme()

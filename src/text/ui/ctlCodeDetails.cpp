@@ -146,7 +146,8 @@ void ctlCodeDetails::ConnectBoxes()
 void ctlCodeDetails::ConnectAddresses(RichTextBox* box)
 {
     connect(box, &RichTextBox::AddressClicked, this, [this](const QString& address, bool isOutside) {
-        isOutside ? OpenAddress(address, [this](const QString& page) { LinkOver(page); }) : LinkOver(address);
+        const bool isMail = address.startsWith("mailto:"_L1, Qt::CaseInsensitive); // which the tab can't show
+        isOutside || isMail ? OpenAddress(address, [this](const QString& page) { LinkOver(page); }) : LinkOver(address);
     });
 }
 
