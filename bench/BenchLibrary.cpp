@@ -118,9 +118,10 @@ QString DataFolder(const QString& name)
 
 BenchHome::BenchHome(const QString& folder) : m_folder(DataFolder(folder))
 {
+    QDir(m_folder).removeRecursively(); // the pages of the library that was there would not suit a new one
+    QDir().mkpath(m_folder);
     qputenv("QUILLBASE_DATA_HOME", QFile::encodeName(m_folder));
     qputenv("QUILLBASE_CONFIG_HOME", QFile::encodeName(m_folder + u"/config"_s));
-    QFile::remove(Library());
 }
 
 BenchHome::~BenchHome()
