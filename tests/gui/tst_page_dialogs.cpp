@@ -123,6 +123,19 @@ private Q_SLOTS:
         QCOMPARE(dialog.Link().Address, u"http://"_s);
     }
 
+    void enter_inserts()
+    {
+        frmInsertLink link(nullptr, {u"http://example.org"_s, {}, {}, {}}, Items);
+        link.show();
+        QTest::keyClick(Find<QLineEdit>(link, u"txtText"_s), Qt::Key_Return);
+        QCOMPARE(link.result(), int(QDialog::Accepted));
+        frmInsertPicture picture(nullptr, m_place);
+        picture.show();
+        picture.TakeFile(m_file);
+        QTest::keyClick(&picture, Qt::Key_Return);
+        QCOMPARE(picture.result(), int(QDialog::Accepted));
+    }
+
     void item_isFoundAndTaken()
     {
         frmInsertLink dialog(nullptr, {}, Items);

@@ -109,7 +109,6 @@ void BrowserView::TellDead()
         m_layout->addWidget(m_dead);
     }
     m_layout->setCurrentWidget(m_dead);
-    Q_EMIT DocumentComplete(m_shown);
 }
 
 void BrowserView::KeepOut(const QUrl& url)

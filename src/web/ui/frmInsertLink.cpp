@@ -46,10 +46,10 @@ frmInsertLink::frmInsertLink(QWidget* parent, const PageLink& preset, ItemSource
     connect(cmdItem, &QPushButton::toggled, this, &frmInsertLink::ShowItems);
     auto* cmdInsert = buttons->addButton(u"I&nsert"_s, QDialogButtonBox::AcceptRole);
     cmdInsert->setObjectName(u"cmdInsert"_s);
-    cmdInsert->setDefault(true);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     layout->addWidget(buttons);
+    cmdInsert->setDefault(true); // once it is the dialog's, which looks for one by itself otherwise
     resize(Proposed, sizeHint().height());
 }
 

@@ -75,10 +75,10 @@ frmInsertPicture::frmInsertPicture(QWidget* parent, const PicturePlace& place) :
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
     cmdInsert = buttons->addButton(u"&Insert"_s, QDialogButtonBox::AcceptRole);
     cmdInsert->setObjectName(u"cmdInsert"_s);
-    cmdInsert->setDefault(true);
     connect(buttons, &QDialogButtonBox::accepted, this, &frmInsertPicture::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     layout->addWidget(buttons);
+    cmdInsert->setDefault(true); // once it is the dialog's, which looks for one by itself otherwise
     resize(Proposed);
     ShowPreview();
     ShowSize();
