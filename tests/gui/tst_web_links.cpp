@@ -319,6 +319,26 @@ private Q_SLOTS:
         QCOMPARE(PlainTextFromRtf(Read(u"Notes"_s)), u"see "_s + server.Address() + u" here"_s); // as it was
     }
 
+    void addressInTheNotesOfAFile_isClicked()
+    {
+        CountingServer server;
+        AddStoredFile(*m_database, m_item, u"a.txt"_s, "x", Date::FromParts(2026, 3, 1, 10, 0, 0));
+        m_database->Execute(u"UPDATE Files SET Description = ?"_s,
+                            {RtfFromPlainText(QString::fromLatin1(server.Address()), CodeFont)});
+        Open();
+        ClickOn(0);
+        Tab(3);
+        m_window->findChild<QTreeView*>(u"lvFiles"_s)
+            ->setCurrentIndex(m_window->findChild<QTreeView*>(u"lvFiles"_s)->model()->index(0, 0));
+        auto* notes = m_window->findChild<RichTextBox*>(u"rtbFileNotes"_s);
+        QTRY_VERIFY(!notes->document()->isEmpty());
+        QTextCursor cursor(notes->document());
+        cursor.setPosition(5);
+        QTest::mouseClick(notes->viewport(), Qt::LeftButton, {}, notes->cursorRect(cursor).center() + QPoint(2, 0));
+        QCOMPARE(Details()->CurrentView(), DetailsTab::Links);
+        QTRY_COMPARE(Address().toUtf8(), server.Address());
+    }
+
     void mailInNotes_isWrittenOutside()
     {
         Write(u"Notes"_s, RtfFromPlainText(u"mailto:a@example.org"_s, CodeFont));
