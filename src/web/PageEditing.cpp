@@ -53,7 +53,10 @@ PageEditing::PageEditing(const QString& path, PageEditingTools tools, Call call)
     : m_page(path), m_tools(std::move(tools)), m_call(std::move(call)), m_kept(m_page.Written())
 {
     m_patience.setSingleShot(true);
-    m_patience.callOnTimeout([this] { RunAfterKeys(); });
+    m_patience.callOnTimeout([this] {
+        m_isSilent = m_isShown;
+        RunAfterKeys();
+    });
 }
 
 PicturePlace PageEditing::Pictures() const
@@ -64,6 +67,7 @@ PicturePlace PageEditing::Pictures() const
 
 void PageEditing::Told(const QString& what, const QJsonObject& value)
 {
+    m_isSilent = false;
     if (what == u"ready"_s) {
         Open();
     } else if (what == u"state"_s) {
@@ -78,8 +82,10 @@ void PageEditing::Told(const QString& what, const QJsonObject& value)
         TakePicture(value);
     } else if (what == u"large_picture"_s) {
         Report([&] { RefuseLargePicture(value["name"_L1].toString()); });
-    } else if (what == u"shown"_s && Opened) {
-        Opened();
+    } else if (what == u"shown"_s) {
+        m_isShown = true;
+        if (Opened)
+            Opened();
     } else if (what == u"after_keys"_s) {
         RunAfterKeys();
     } else if (what == u"found"_s && Found) {
@@ -113,6 +119,7 @@ void PageEditing::Died()
     // Revisions begin anew with the pane; what was not saved stays so.
     const bool wasUnsaved = IsUnsaved();
     m_page.TakeBytes(m_kept);
+    m_isSilent = m_isShown = false;
     m_revision = 0;
     m_savedRevision = wasUnsaved || m_kept != m_page.Written() ? -1 : 0;
     if (Said)

@@ -53,6 +53,8 @@ public:
 
     /// Runs @p then when what was typed into the pane is known here; a pane that doesn't answer is not waited for.
     void AfterKeys(std::function<void()> then);
+    /// Whether the pane has kept AfterKeys waiting in vain and is silent since: what was done in it last is not known.
+    bool IsSilent() const { return m_isSilent; }
     /// Whether something is not in the file.
     bool IsUnsaved() const { return m_revision != m_savedRevision; }
     /// Writes the page; @p done hears whether it is written. What can't be written stays in the editor.
@@ -101,6 +103,8 @@ private:
     QTimer m_patience; ///< with a pane that doesn't answer
     bool m_isEmpty = false;
     bool m_isOnlySource = false;
+    bool m_isShown = false; ///< so that there may be something in the pane which is not known
+    bool m_isSilent = false;
 };
 
 } // namespace qb

@@ -407,6 +407,26 @@ private Q_SLOTS:
         QCOMPARE(ReadFile(m_page), "<p>ba</p>");
     }
 
+    void closing_asksAboutAPaneThatIsStillAtWork()
+    {
+        Open("<p>a</p>");
+        const auto pane = pid_t(Renderer());
+        QCOMPARE(::kill(pane, SIGSTOP), 0);
+        const auto goOn = qScopeGuard([pane] { ::kill(pane, SIGCONT); });
+        Press(u"b"_s);
+        m_prompts->ExpectMsgBox(ApplicationTitle, MsgBoxResult::No);
+        m_editor->reject();
+        QTRY_COMPARE_WITH_TIMEOUT(m_prompts->Messages.size(), 1, Patience);
+        QVERIFY(m_prompts->Messages.first().Text.startsWith(u"The editor does not answer"_s));
+        QVERIFY(m_editor->isVisible());
+        QCOMPARE(::kill(pane, SIGCONT), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(Written(), QByteArray("<p>ba</p>"), Patience);
+        m_prompts->ExpectMsgBox(ApplicationTitle, MsgBoxResult::Yes); // about saving
+        m_editor->reject();
+        QTRY_VERIFY_WITH_TIMEOUT(!m_editor->isVisible(), Patience);
+        QCOMPARE(ReadFile(m_page), "<p>ba</p>");
+    }
+
     void largePage_opensSoon()
     {
         QByteArray page = "<h1>Large</h1>\n";

@@ -170,8 +170,19 @@ private Q_SLOTS:
         editing.AfterKeys(run);
         editing.Died();
         QCOMPARE(runs, 2);
-        editing.AfterKeys(run); // and a pane that hangs
+        editing.AfterKeys(run); // and a pane that hangs while it opens
         QTRY_COMPARE(runs, 3);
+        QVERIFY(!editing.IsSilent()); // nothing can be in it
+        Tell("shown", {});
+        editing.AfterKeys(run); // or later
+        QTRY_COMPARE(runs, 4);
+        QVERIFY(editing.IsSilent());
+        Tell("after_keys", {});
+        QVERIFY(!editing.IsSilent());
+        editing.AfterKeys(run);
+        QTRY_COMPARE(runs, 5);
+        editing.Died(); // what it had told is there
+        QVERIFY(!editing.IsSilent());
     }
 
     void fileThatSomebodyElseChanged_isNotWrittenOverUnasked()

@@ -442,8 +442,22 @@ void frmPageEditor::reject()
     AfterKeys([this] { Close(); });
 }
 
+/// What a pane that is still at work has not told yet would be lost.
+bool frmPageEditor::MayGiveUpPane() const
+{
+    const Message question{.Text = u"The editor does not answer: it may still be at work on what you did last, which "
+                                   "would be lost. Close it all the same?"_s,
+                           .Caption = ApplicationTitle,
+                           .Buttons = MsgBoxButtons::YesNo,
+                           .Icon = MsgBoxIcon::Exclamation,
+                           .Default = MsgBoxResult::No};
+    return !m_editing->IsSilent() || Prompts::Current().MsgBox(question) == MsgBoxResult::Yes;
+}
+
 void frmPageEditor::Close()
 {
+    if (!MayGiveUpPane())
+        return;
     if (!IsUnsaved())
         return QDialog::reject();
     const Message question{.Text = u"The page has changes that are not saved. Save them?"_s,

@@ -58,6 +58,7 @@ private:
     bool IsSourceShown() const;
     bool IsUnsaved() const;
     void AfterKeys(std::function<void()> then);
+    bool MayGiveUpPane() const;
     void Save(const std::function<void(bool)>& then = {});
     void Write(const std::function<void(bool)>& then);
     void Close();
