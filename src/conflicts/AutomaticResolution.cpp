@@ -30,12 +30,12 @@ const QString Candidates = u"SELECT i.ID, i.Title, %1, coalesce(i.ItemStatus, 0)
                            "AND NOT EXISTS (SELECT 1 FROM TempFiles f WHERE f.CodeID = t.ID AND NOT EXISTS "
                            "(SELECT 1 FROM Files g WHERE g.CodeID = t.ID AND %3))"_s;
 const QString SameFile = u"g.Title IS f.Title AND g.DateAdded IS f.DateAdded AND coalesce(g.Description, '') = "
-                         "coalesce(f.Description, '') COLLATE BINARY"_s;
+                         "coalesce(f.Description, '')"_s;
 
-/// Letters count as they are, although the columns compare without case.
+/// Letters count as they are, although the columns compare without case: what coalesce gives does not.
 QString SameText(const QString& column)
 {
-    return u"coalesce(i.%1, '') = coalesce(t.%1, '') COLLATE BINARY"_s.arg(column);
+    return u"coalesce(i.%1, '') = coalesce(t.%1, '')"_s.arg(column);
 }
 
 QString CandidatesStatement()

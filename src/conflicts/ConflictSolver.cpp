@@ -415,6 +415,7 @@ int ConflictSolver::KeepAllLikeThis(int which)
     if (!m_conflict)
         return 0;
     SaveEditedField();
+    auto info = Prompts::Current().InformUser(u"All items that differ like this are decided. Please wait..."_s);
     const std::array<bool, SolverFieldCount> like = m_inConflict;
     int decided = 0;
     for (m_place = 0; m_place < m_items.size();) {
@@ -426,6 +427,7 @@ int ConflictSolver::KeepAllLikeThis(int which)
         m_items.erase(m_items.begin() + std::ptrdiff_t(m_place));
         ++decided;
     }
+    info.reset();
     m_place = 0;
     if (m_items.empty()) {
         m_items.push_back(0); // that was decided last

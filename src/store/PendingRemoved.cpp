@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QSet>
 #include <algorithm>
 #include <vector>
 
@@ -84,11 +85,17 @@ void RemoveUnnoted(Database& library)
     }
 }
 
-bool IsTaken(const QDir& folder, const std::vector<PendingRemoved>& notes, const QString& stamp)
+/// The stamps of all that lies in the folder, or will.
+QSet<QString> TakenStamps(Database& library)
 {
-    return !folder.entryList({stamp + u" *"_s}, QDir::AllEntries | QDir::Hidden | QDir::System).isEmpty()
-           || std::any_of(notes.begin(), notes.end(),
-                          [&stamp](const PendingRemoved& note) { return note.Name.startsWith(stamp); });
+    const QDir folder(RemovedFolderOf(library.Name()));
+    QStringList names = folder.entryList(QDir::AllEntries | QDir::Hidden | QDir::System, QDir::Unsorted);
+    for (const PendingRemoved& note : ReadNotes(library))
+        names << note.Name;
+    QSet<QString> stamps;
+    for (const QString& name : std::as_const(names))
+        stamps.insert(name.left(StampForm.size()));
+    return stamps;
 }
 
 } // namespace
@@ -106,10 +113,9 @@ QString PendingRemovedFolder(const QString& libraryPath, const QString& mark)
 
 QString FreeRemovedName(Database& library, Date moment, const QString& kind)
 {
-    const QDir folder(RemovedFolderOf(library.Name()));
-    const std::vector<PendingRemoved> notes = ReadNotes(library);
+    const QSet<QString> taken = TakenStamps(library);
     QDateTime at(moment.Day(), moment.Time());
-    while (IsTaken(folder, notes, at.toString(StampForm)))
+    while (taken.contains(at.toString(StampForm)))
         at = at.addSecs(1);
     return at.toString(StampForm) + u' ' + kind;
 }

@@ -91,7 +91,8 @@ private Q_SLOTS:
         change("another title", "UPDATE TempFiles SET Title = 'c' WHERE Title = 'b'", true);
         change("a second later", "UPDATE TempFiles SET DateAdded = DateAdded + 1 WHERE Title = 'b'", true);
         change("description", "UPDATE TempFiles SET Description = 'x' WHERE Title = 'b'", true);
-        change("no description", "UPDATE TempFiles SET Description = NULL WHERE Title = 'b'", false);
+        change("description's case", "UPDATE TempFiles SET Description = 'WORDS' WHERE Title = 'b'", true);
+        change("no description", "UPDATE TempFiles SET Description = NULL WHERE Title = 'a'", false);
         change("twins", "UPDATE TempFiles SET Title = 'a'", true);
     }
     void files_thatCount()
@@ -99,8 +100,9 @@ private Q_SLOTS:
         QFETCH(QString, change);
         const qint64 id = m->AddConflict({}, {});
         for (const QString& title : {u"a"_s, u"b"_s}) {
-            m->AddFile(id, title, "x", m->At(5));
-            m->AddTempFile(id, title, QByteArray("x"), m->At(5));
+            const QString words = title == u"b"_s ? u"words"_s : QString();
+            m->AddFile(id, title, "x", m->At(5), words);
+            m->AddTempFile(id, title, QByteArray("x"), m->At(5), words);
         }
         m->AddConflict({}, {}); // one without files
         m->Db->Execute(change);
@@ -131,6 +133,24 @@ private Q_SLOTS:
         QCOMPARE(m_discarded, (QStringList{u"temporary: item Ü"_s, u"noted"_s, u"placed"_s}));
         QCOMPARE(m->TemporaryRows(), 0);
         QCOMPARE(m->DateOf(u"LastChanged"_s, id), m->At(1000)); // the item itself stays as it is
+    }
+
+    void whatElseGoes_isNamed()
+    {
+        const qint64 id = m->AddConflict({}, {});
+        m->Db->Execute(u"UPDATE TempItems SET HTMLPage = -1, ParentID = 77 WHERE ID = ?"_s, {id});
+        QCOMPARE(Resolve().Settled.front().Dropped, (QStringList{u"page flag"_s, u"place"_s}));
+    }
+
+    void allThatIsGivenUp_isDiscardedWithItsPages()
+    {
+        const qint64 id = m->AddConflict({}, {.Title = u"theirs"_s});
+        m->AddTempPage(id, u"1.htm"_s, {}, "x");
+        QCOMPARE(DiscardAllConflicts(*m->Db, RecordedDiscard::Into(m_discarded)), 1);
+        QCOMPARE(m_discarded, (QStringList{u"temporary: theirs"_s, u"noted"_s, u"placed"_s}));
+        QCOMPARE(CountOf(*m->Db, u"TempHTMLFiles"_s), 0);
+        QVERIFY(!m->Db->TableExists(u"TempItems"_s));
+        QCOMPARE(DiscardAllConflicts(*m->Db), 0);
     }
 
     void failure_changesNothing()

@@ -214,6 +214,24 @@ private Q_SLOTS:
         const auto conflict = Load(id);
         QCOMPARE(conflict->Item().FileObjects().Item(file)->CorrespondingID(), first);
         QCOMPARE(conflict->TempItem().FileObjects().Item(second)->CorrespondingID(), 0); // and is not lost
+        const qint64 another = m->AddFile(id, u"TWIN"_s, "2", m->At(5)); // titles are the same in any case
+        const auto again = Load(id);
+        QCOMPARE(again->Item().FileObjects().Item(file)->CorrespondingID(), first);
+        QCOMPARE(again->Item().FileObjects().Item(another)->CorrespondingID(), second);
+        QCOMPARE(EventsOf(*again), QStringList());
+    }
+
+    void filesOfTheOtherAlone_areAConflict()
+    {
+        const qint64 id = m->AddConflict({}, {});
+        const qint64 file = m->AddTempFile(id, u"f"_s, QByteArray("f"), m->At(5));
+        const auto conflict = Load(id);
+        QCOMPARE(EventsOf(*conflict), QStringList{u"Files"_s});
+        CConflictFileObject* object = conflict->TempItem().FileObjects().Item(file);
+        object->SetDescription(u"edited"_s);
+        QVERIFY(object->Commit());
+        QCOMPARE(m->Text(u"Description"_s, file, u"TempFiles"_s), u"edited"_s);
+        QCOMPARE(m->Db->QueryValue(u"SELECT LastUpdated FROM TempFiles"_s).ToDate(), m->Db->NextStamp());
     }
 
     void newerVersion_isThatChangedLater()

@@ -433,6 +433,40 @@ private Q_SLOTS:
         QCOMPARE(m->Text(u"Code"_s, id), u"no RTF {\\b"_s); // nothing was typed
     }
 
+    void emptySide_standsBesideTheWholeText()
+    {
+        const qint64 id = m->AddConflict({.Code = {}}, {.Code = Rtf(u"one\r\n\r\nthree"_s)});
+        Show();
+        QCOMPARE(KeptLines(*LeftView()), QStringList{QString()});
+        QCOMPARE(KeptLines(*RightView()), (QStringList{u"one"_s, u""_s, u"three"_s}));
+        QCOMPARE(LeftView()->LineCount(), RightView()->LineCount());
+        TakePicture(*m_form, u"conflicts-empty-side"_s);
+        RightView()->selectAll();
+        Press("cmdMoveToLeft");
+        m->Prompts.ExpectMsgBox(u"All confilicts solved"_s);
+        Press("cmdKeepOlder");
+        QCOMPARE(PlainTextFromRtf(m->Text(u"Code"_s, id)).trimmed(), u"one\r\n\r\nthree"_s);
+    }
+
+    void manyConflicts_areAllThere()
+    {
+        {
+            Transaction transaction(*m->Db);
+            for (int i = 0; i < 1000; ++i)
+                m->AddConflict({.Title = u"item %1"_s.arg(i)}, {.Title = u"renamed %1"_s.arg(i)});
+            transaction.Commit();
+        }
+        Show();
+        Press("cmdMoveNext");
+        QVERIFY(Status().startsWith(u"Conflict No. 2 of 1000"_s));
+        TakePicture(*m_form, u"conflicts-many"_s);
+        m->Prompts.ExpectMsgBox(u"All confilicts solved"_s);
+        Find<QAction>("mnuKeepNewerAll")->trigger();
+        QVERIFY(!m_form->isVisible());
+        QCOMPARE(m->TemporaryRows(), 0);
+        QCOMPARE(m->Db->QueryValue(u"SELECT count(*) FROM Items WHERE Title LIKE 'renamed%'"_s).ToLong(), 1000);
+    }
+
     void missingPage_isEmpty()
     {
         VersionTexts own;
