@@ -26,7 +26,7 @@ int NumberOf(const QString& key, int fallback)
 QMap<QString, qint64> SizesOf(const QDir& folder)
 {
     QMap<QString, qint64> sizes;
-    for (const QFileInfo& file : folder.entryInfoList(QDir::Files | QDir::NoSymLinks)) {
+    for (const QFileInfo& file : folder.entryInfoList(QDir::Files | QDir::NoSymLinks, QDir::Unsorted)) {
         for (const QString& extension : {RemovedItemsExtension, RemovedIndexExtension}) {
             const QString name = file.fileName().chopped(qMin(file.fileName().size(), extension.size()));
             if (file.fileName().endsWith(extension) && IsRemovedName(name))
@@ -58,17 +58,16 @@ RetentionRule ReadRetention()
 QStringList PruneRemoved(const QString& libraryPath, const RetentionRule& rule, Date now)
 {
     constexpr qint64 Megabyte = 1 << 20;
-    constexpr qsizetype StampLength = 17;
     const QDir folder(RemovedFolderOf(libraryPath));
     const QMap<QString, qint64> sizes = SizesOf(folder);
     qint64 left = 0;
     for (const qint64 size : sizes)
         left += size;
-    const QDateTime oldest = QDateTime(now.Day(), now.Time()).addDays(-rule.Days);
+    // Names begin with their moments, which texts tell apart as well.
+    const QString oldest = QDateTime(now.Day(), now.Time()).addDays(-rule.Days).toString(u"yyyy-MM-dd HHmmss"_s);
     QStringList removed;
     for (auto event = sizes.begin(); event != sizes.end() && std::next(event) != sizes.end(); ++event) {
-        const QDateTime made = QDateTime::fromString(event.key().left(StampLength), u"yyyy-MM-dd HHmmss"_s);
-        const bool isOld = rule.Days > 0 && made < oldest;
+        const bool isOld = rule.Days > 0 && event.key().left(oldest.size()) < oldest;
         const bool isTooMuch = rule.Megabytes > 0 && left > rule.Megabytes * Megabyte;
         if ((!isOld && !isTooMuch) || !Remove(folder, event.key()))
             continue;
