@@ -75,8 +75,8 @@ void ShownPages::MakeFolder()
     m_folder = folder;
 }
 
-/// Makes room for a page in the place of the former one, under a number that no page had yet: a browser shows again what
-/// it knows by the same address.
+/// Makes room for a page in the place of the former one, under a number that no page had yet: a browser shows again
+/// what it knows by the same address.
 void ShownPages::Claim(QString& number)
 {
     MakeFolder();

@@ -65,8 +65,8 @@ public:
     void Log(const QString& rows, const Values& values = {});
     /// A line for each row of a statement that gives an ID and a title, and what else is to be told in a third column.
     void Line(MergeEvent event, const QString& sql, const Values& values = {});
-    /// The same for the items of verdicts: v is the verdict, i the item here and s the row that decided. @p detail is an
-    /// expression.
+    /// The same for the items of verdicts: v is the verdict, i the item here and s the row that decided. @p detail is
+    /// an expression.
     void LinesOf(MergeEvent event, const QString& what, const QString& detail);
     /// Says what became of the items that both merges decide about, and what of a version that lost was dropped with
     /// it. @p parent is an expression of the item that the other side has above row s, as it is called here.
