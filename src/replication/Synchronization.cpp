@@ -40,6 +40,10 @@ constexpr int Unusable = 0;
 constexpr int AsChild = 1;
 constexpr int AsMother = 2;
 
+const QString AsABranch =
+    u"Export the items of the replica, import them into the mother database, forget the replica and "
+    "create a new one; nothing is lost that way."_s;
+
 // Ends of the phases, in parts of a thousand of the whole.
 constexpr qint64 Unpacked = 100;
 constexpr qint64 Merged = 700;
@@ -105,7 +109,8 @@ private:
             if (known.ToDate() == m_facts.LastSynchronized && known.ToDate() < m_facts.LastExported)
                 return AsMother;
             if (!m_options.Preview)
-                Tell(u"This export file has already been synchronized with the mother database."_s,
+                Tell(u"This export file has already been synchronized with the mother database."_s
+                         + WayOnFrom(known.ToDate()),
                      u"Old synchronization file"_s, MsgBoxIcon::Exclamation);
             return Unusable;
         }
@@ -123,8 +128,26 @@ private:
         return AskAbout(
             u"This synchronization file is old and has already been synchronized with this child database. The file "
             "can be destroyed, because is is not needed any more. Do you want to delete this file from "
-            "your hard drive?"_s,
+            "your hard drive?\r\n\r\nThis database knows nothing of the changes that the file answers, as after it was "
+            "brought back from a backup, or opened twice. "_s
+                + AsABranch,
             u"Old synchro file"_s);
+    }
+
+    /// What is to be done where child and mother have lost each other; empty for a file that is merely old.
+    QString WayOnFrom(Date known) const
+    {
+        if (m_facts.LastExported <= known)
+            return {};
+        if (m_facts.LastSynchronized < known)
+            return u"\r\n\r\nThe replica that it is of has not taken in the last answer of this database. Write that "
+                   "once more with 'Hand Out Again', synchronize the replica with it, and export its changes then. "
+                   "If the replica does not take it: "_s
+                   + AsABranch;
+        return u"\r\n\r\nThe replica that it is of was synchronized with a later state of this database, as after this "
+               "one was brought back from a backup or its synchronization undone. If you have that state, "
+               "synchronize it instead. Otherwise: "_s
+               + AsABranch;
     }
 
     /// Of the last export, or of an earlier one since the last synchronization.

@@ -1,10 +1,13 @@
 #include "replication/ReplicaFamily.h"
 
 #include "conflicts/AutomaticResolution.h"
+#include "exchange/BranchExport.h"
+#include "exchange/BranchImport.h"
 #include "replication/MergedFiles.h"
 #include "replication/ReplicaList.h"
 #include "store/PendingFiles.h"
 #include "store/ReplicaLog.h"
+#include "support/LibraryState.h"
 #include "web/ItemPages.h"
 
 using namespace qb;
@@ -54,6 +57,64 @@ class TestReplicaScenarios : public QObject {
             library.Execute(u"UPDATE Items SET HTMLPage = ?1, HTMLLastUpdated = ?2, LastChanged = ?2 WHERE ID = ?3"_s,
                             {Value(!page.isEmpty()), library.NextStamp(), id});
         });
+    }
+
+    static qint64 EventsBefore(const QString& path, Date moment)
+    {
+        return Family::Ask(path, u"SELECT count(*) FROM ReplicaLog WHERE max(Moment, RowDate) < ?"_s, {moment})
+            .ToLong();
+    }
+    /// Changes of all kinds, which only A has.
+    void WorkInA()
+    {
+        f->EditCode(f->A(), Family::X, u"int by_a;"_s);
+        const qint64 added = f->Add(f->A(), Family::P, u"added"_s);
+        f->AttachTo(f->A(), added, u"new.txt"_s, "new");
+        SetPage(f->A(), added, "by A");
+        f->In(f->A(), [added](Library& library) {
+            library.Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, DateAdded) VALUES (?, ?, ?)"_s,
+                            {added, Family::X, library.NextStamp()});
+        });
+    }
+    /// The file stays as it is, and so does she; the message names the way.
+    void VerifyRefusedByTheMother(const QString& way)
+    {
+        const auto before = StateOf(f->M());
+        const QByteArray file = ReadFile(f->File);
+        f->Prompts.ExpectMsgBox(u"Old synchronization file"_s);
+        QCOMPARE(f->TakeIn(f->M()).Result, 0);
+        const QString text = f->Prompts.Messages.last().Text;
+        QVERIFY(text.startsWith(u"This export file has already been synchronized with the mother database.\r\n"_s));
+        QVERIFY2(text.contains(way), qPrintable(text));
+        QVERIFY2(text.contains(u"Export the items of the replica, import them"_s), qPrintable(text));
+        QCOMPARE(DifferenceOf(StateOf(f->M()), before), QString());
+        QCOMPARE(ReadFile(f->File), file);
+    }
+    void HandOutTo(const QString& description)
+    {
+        f->In(f->M(), [&](Library& library) { HandOutAgain(library, ChildAt(library, description), f->File); });
+    }
+    static QString ChildAt(Library& mother, const QString& description)
+    {
+        return mother.QueryValue(u"SELECT DBCopyID FROM ChildCopies WHERE ShortDescr = ?"_s, {description}).ToText();
+    }
+    /// All of A is exported, imported at the mother, and given out anew.
+    void VerifyTakenOverAsABranch()
+    {
+        const QString branch = f->Home.Path(u"all.qbx"_s);
+        f->In(f->A(), [&](Library& library) { ExportItems(library, 0, branch); });
+        const qint64 parent = f->Add(f->M(), 0, u"of the replica"_s);
+        f->In(f->M(), [&](Library& library) {
+            ImportItems(library, UnpackedBranch(branch), {.Parent = parent, .Only = {}});
+            const Value moment = library.QueryValue(u"SELECT LastSynchronized FROM ChildCopies WHERE DBCopyID = ?"_s,
+                                                    {ChildAt(library, u"child"_s)});
+            ForgetChildren(library, moment.ToDate());
+        });
+        const QStringList mother = Family::Outline(f->M());
+        for (const QString& line : Family::Outline(f->A()))
+            QVERIFY2(mother.contains(line.contains(u" --> "_s) ? line : u"of the replica/"_s + line), qPrintable(line));
+        QVERIFY(mother.filter(u"of the replica/P/added"_s).size() == 2); // with its stored file
+        QCOMPARE(Family::Outline(f->GiveOutTo(u"anew"_s)), mother);
     }
 
 private Q_SLOTS:
@@ -517,6 +578,24 @@ private Q_SLOTS:
         QCOMPARE(Family::Outline(f->A()).filter(u"new.txt"_s).size(), 1);
         f->Round(f->B);
         QVERIFY(f->AreEqual());
+    }
+
+    void logsAreTrimmed_onceEverybodyHasPassed()
+    {
+        f->EditTitle(f->A(), Family::X, u"X by A"_s);
+        f->Delete(f->A(), Family::Q);
+        f->ExportOf(f->A());
+        f->ExportOf(f->A(), ExportAgain::Yes);
+        QCOMPARE(EventsBefore(f->A(), Date::FromSeconds(f->Clock.Now().Seconds() + 3600)), 3);
+        QVERIFY(f->TakeIn(f->M()).Done);
+        QVERIFY(f->TakeIn(f->A()).Done);
+        QCOMPARE(EventsBefore(f->A(), Library::Open(f->A())->Replica().LastSynchronized), 0);
+        f->Clock.AddSeconds(60);
+        const Date passed = f->Clock.Now();
+        QVERIFY(EventsBefore(f->M(), passed) > 0); // B has not passed yet
+        f->Round(f->B);
+        f->Round(f->A());
+        QCOMPARE(EventsBefore(f->M(), passed), 0);
     }
 
     void s28_bothDelete_listsAreEmptyOnceAllHavePassed()
@@ -1061,6 +1140,8 @@ private Q_SLOTS:
         const QByteArray answer = ReadFile(f->File);
         f->Prompts.ExpectMsgBox(u"Old synchronization file"_s);
         QCOMPARE(f->TakeIn(f->M()).Result, 0);
+        QCOMPARE(f->Prompts.Messages.last().Text,
+                 u"This export file has already been synchronized with the mother database."_s);
         QVERIFY(f->TakeIn(f->A()).Done);
         QVERIFY(!QFile::exists(f->File));
         WriteFile(f->File, answer);
@@ -1083,7 +1164,9 @@ private Q_SLOTS:
         QCOMPARE(f->Prompts.Messages.last().Text,
                  u"This synchronization file is old and has already been synchronized with this child database. The "
                  "file can be destroyed, because is is not needed any more. Do you want to delete this file from your "
-                 "hard drive?"_s);
+                 "hard drive?\r\n\r\nThis database knows nothing of the changes that the file answers, as after it was "
+                 "brought back from a backup, or opened twice. Export the items of the replica, import them into the "
+                 "mother database, forget the replica and create a new one; nothing is lost that way."_s);
         QCOMPARE(f->Prompts.Messages.last().Buttons, MsgBoxButtons::YesNo);
         QCOMPARE(f->Prompts.Messages.last().Icon, MsgBoxIcon::Question);
         QCOMPARE(ReadFile(f->File), answer);
@@ -1234,6 +1317,61 @@ private Q_SLOTS:
         QVERIFY(!f->TakeIn(f->M()).Done);
         QCOMPARE(Family::TitleOf(f->M(), Family::P), u"P"_s);
         QCOMPARE(Family::TitleOf(f->A(), Family::X), u"X by A"_s);
+    }
+
+    /// Its backup is of the time when its export was on its way, which its log knows.
+    void childFromABackupThatKnowsItsExport_takesTheAnswerAgain()
+    {
+        f->EditTitle(f->A(), Family::X, u"X by A"_s);
+        const qint64 added = f->Add(f->A(), Family::P, u"added"_s);
+        f->ExportOf(f->A());
+        const QByteArray backup = ReadFile(f->A());
+        QVERIFY(f->TakeIn(f->M()).Done);
+        QVERIFY(f->TakeIn(f->A()).Done);
+        WriteFile(f->A(), backup);
+        f->EditTitle(f->A(), added, u"added, later"_s);
+        f->ExportOf(f->A(), ExportAgain::Yes);
+        VerifyRefusedByTheMother(u"'Hand Out Again'"_s);
+        HandOutTo(u"child"_s);
+        QVERIFY(f->TakeIn(f->A()).Done);
+        f->Clock.AddSeconds(120);
+        f->Round(f->A());
+        f->Round(f->B);
+        QCOMPARE(Family::Ask(f->M(), u"SELECT count(*) FROM Items WHERE Title LIKE 'added%'"_s).ToLong(), 1);
+        QVERIFY(IdOf(f->M(), u"added, later"_s) > 0);
+        QVERIFY(f->AreEqual());
+    }
+
+    void childFromAnOlderBackup_itsWorkIsTakenOverAsABranch()
+    {
+        const QByteArray backup = ReadFile(f->A());
+        f->EditTitle(f->A(), Family::Q, u"Q by A"_s);
+        f->Round(f->A());
+        WriteFile(f->A(), backup);
+        WorkInA();
+        f->ExportOf(f->A());
+        VerifyRefusedByTheMother(u"'Hand Out Again'"_s);
+        HandOutTo(u"child"_s);
+        f->Prompts.ExpectMsgBox(u"Old synchro file"_s, MsgBoxResult::Yes);
+        QCOMPARE(f->TakeIn(f->A()).Result, 0);
+        VerifyTakenOverAsABranch();
+        QCOMPARE(Family::Ask(f->M(), u"SELECT count(*) FROM Items WHERE Title = 'Q by A'"_s).ToLong(), 1);
+    }
+
+    void motherFromAnOlderBackup_theWorkOfTheChildIsTakenOverAsABranch()
+    {
+        const QByteArray backup = ReadFile(f->M());
+        f->EditTitle(f->A(), Family::Q, u"Q by A"_s);
+        f->Round(f->A());
+        WriteFile(f->M(), backup);
+        WorkInA();
+        f->ExportOf(f->A());
+        VerifyRefusedByTheMother(u"a later state of this database"_s);
+        VerifyTakenOverAsABranch();
+        QVERIFY(Family::Outline(f->M()).join(u'\n').contains(u"of the replica/Q by A"_s));
+        f->EditTitle(f->B, Family::F, u"F by B"_s); // which she still knows
+        f->Round(f->B);
+        QCOMPARE(Family::Outline(f->B), Family::Outline(f->M()));
     }
 
     void s45_fileOfAnEarlierExport_isAcceptedBack()
