@@ -70,6 +70,18 @@ class TestReplicaCreation : public QObject {
         QCOMPARE(DifferenceOf(StateOf(m_mother), before), QString());
     }
 
+    /// As if the process had died before the child got its name.
+    void NoteUnfinished(bool first)
+    {
+        const auto mother = DBEngine::OpenDatabase(m_mother);
+        const QString identity = mother->QueryValue(u"SELECT DBCopyID FROM ChildCopies"_s).ToText();
+        NotePendingReplica(*mother, {.File = Transfer(),
+                                     .Complete = Transfer(),
+                                     .Locked = Path(u"gone"_s),
+                                     .Identity = identity,
+                                     .IsFirst = first});
+    }
+
 private Q_SLOTS:
     void init()
     {
@@ -370,19 +382,10 @@ private Q_SLOTS:
     {
         const QMap<QString, QByteArray> before = StateOf(m_mother);
         GiveOut();
-        const auto end = [this](bool first) {
-            const auto mother = DBEngine::OpenDatabase(m_mother);
-            const QString identity = mother->QueryValue(u"SELECT DBCopyID FROM ChildCopies"_s).ToText();
-            NotePendingReplica(*mother, {.File = Transfer(),
-                                         .Complete = Transfer(),
-                                         .Locked = Path(u"gone"_s),
-                                         .Identity = identity,
-                                         .IsFirst = first});
-        };
-        end(true);
+        NoteUnfinished(true);
         QVERIFY(Library::Open(m_mother)->IsMotherReplica()); // the file is there
         QVERIFY(!DBEngine::OpenDatabase(m_mother)->TableExists(u"own_PendingReplica"_s));
-        end(true);
+        NoteUnfinished(true);
         QDir().mkpath(Path(u"gone"_s));
         {
             const FileLock living(Path(u"gone"_s), FileLock::Target::Existing);
@@ -395,6 +398,16 @@ private Q_SLOTS:
         WriteFile(Transfer(), "another file");
         VerifyNothingWasGivenOut(before);
         QVERIFY(!DBEngine::OpenDatabase(m_mother)->TableExists(u"own_PendingReplica"_s));
+    }
+
+    void childThatNeverGotItsName_leavesTheListsThatWereThereBefore()
+    {
+        GiveOut();
+        NoteUnfinished(false);
+        QFile::remove(Transfer());
+        QVERIFY(!Library::Open(m_mother)->IsMotherReplica());
+        for (const QString& table : {u"DeletedFiles"_s, u"DeletedItems"_s, u"DeletedItemLinks"_s, u"ReplicaLog"_s})
+            QVERIFY2(DBEngine::OpenDatabase(m_mother)->TableExists(table), qPrintable(table));
     }
 };
 

@@ -282,6 +282,13 @@ private Q_SLOTS:
         QCOMPARE(p->Changes->Counts.Changes(), 0);
     }
 
+    void deletedFileThatTheMotherNeverHad_isNotTold()
+    {
+        p->OpenChild()->Execute(u"INSERT INTO DeletedFiles (ItemID, DateDeleted) VALUES (NULL, ?1), (0, ?1)"_s,
+                                {p->Clock.Now()});
+        QCOMPARE(p->Export()->QueryValue(u"SELECT count(*) FROM DeletedFiles"_s).ToLong(), 0);
+    }
+
     void deletedLink_isTold()
     {
         const auto child = p->OpenChild();
