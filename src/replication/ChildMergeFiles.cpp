@@ -26,10 +26,13 @@ void ChildMerge::MoveHTMLFilesToTempTable()
                   "WHERE v.What = 'lost' AND s.HTMLPage <> 0"_s);
     CDBManipulate contents(m_run.Watcher);
     contents.Use(m_lib);
+    // Its own pages, and those of the mother's that did not travel since they are the same.
+    const QString own = u"ID IN (%1) OR ID IN (SELECT v.LID FROM temp.merge_Verdicts AS v JOIN synchro.Items AS s ON "
+                        "s.rowid = v.SRow JOIN temp.merge_MothersPages AS m ON m.ID = v.LID WHERE s.HTMLPage <> 0 "
+                        "AND s.ID NOT IN (SELECT ItemIDRef FROM synchro.HTMLFiles))"_s.arg(ItemsOf(u"'won'"_s));
     contents.ImportAllHTMLFiles(
         m_lib.HTMLFolder(),
-        {.Table = u"Items"_s,
-         .Where = u"HTMLPage <> 0 AND coalesce(HTMLLastUpdated, 0) > 0 AND ID IN (%1)"_s.arg(ItemsOf(u"'won'"_s))},
+        {.Table = u"Items"_s, .Where = u"HTMLPage <> 0 AND coalesce(HTMLLastUpdated, 0) > 0 AND (%1)"_s.arg(own)},
         u"TempHTMLFiles"_s);
 }
 

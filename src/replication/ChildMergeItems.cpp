@@ -4,6 +4,17 @@ namespace qb {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// A page that the child has changed since its export, ?1, is its own.
+QString KeepsPage()
+{
+    return u"coalesce(i.HTMLLastUpdated, 0) > ?1 AND NOT "_s
+           + IsTakenOver(u"Items"_s, u"i.ID"_s, u"i.HTMLLastUpdated"_s);
+}
+
+} // namespace
+
 void ChildMerge::CopyNewAndUpdatedItemsToReplica()
 {
     TakeNumbers();
@@ -46,7 +57,8 @@ void ChildMerge::NumberDeletions()
 }
 
 /// The second pass, by each row of the mother's: new here; `gone`, which the child has deleted since its export;
-/// `update`; `won` and `lost`, by her, where the child has changed it since its export.
+/// `update`; `won` and `lost`, by her, where the child has changed it since its export. Under a version of the child's
+/// that stays, a page that it has not changed since is as the mother has it.
 void ChildMerge::Decide()
 {
     m_run.Execute(
@@ -59,6 +71,9 @@ void ChildMerge::Decide()
             IsDeletedHere(u"Items"_s, u"s.MotherRecordID"_s), IsTakenOver(u"Items"_s, u"i.ID"_s, u"i.LastChanged"_s)),
         {m_run.Exported});
     m_run.NumberNewItems(u"'new'"_s);
+    m_run.Execute(u"INSERT INTO temp.merge_MothersPages SELECT v.LID FROM temp.merge_Verdicts AS v "
+                  "JOIN main.Items AS i ON i.ID = v.LID WHERE v.What = 'lost' AND NOT (%1)"_s.arg(KeepsPage()),
+                  {m_run.Exported});
 }
 
 void ChildMerge::MoveRecordsToTempTable()
@@ -75,17 +90,6 @@ void ChildMerge::MoveRecordsToTempTable()
     MoveFilesToTempTable();
     MoveHTMLFilesToTempTable();
 }
-
-namespace {
-
-/// A page that the child has changed since its export, ?1, is its own.
-QString KeepsPage()
-{
-    return u"coalesce(i.HTMLLastUpdated, 0) > ?1 AND NOT "_s
-           + IsTakenOver(u"Items"_s, u"i.ID"_s, u"i.HTMLLastUpdated"_s);
-}
-
-} // namespace
 
 void ChildMerge::TakeRowsOver()
 {
@@ -122,9 +126,6 @@ void ChildMerge::TakeRowsOver()
 /// becomes the mother's, or goes where she has taken it away.
 void ChildMerge::TakePagesOfOwnVersions()
 {
-    m_run.Execute(u"INSERT INTO temp.merge_MothersPages SELECT v.LID FROM temp.merge_Verdicts AS v "
-                  "JOIN main.Items AS i ON i.ID = v.LID WHERE v.What = 'lost' AND NOT (%1)"_s.arg(KeepsPage()),
-                  {m_run.Exported});
     DropPages(u"SELECT i.ID FROM temp.merge_MothersPages AS m JOIN temp.merge_Verdicts AS v ON v.LID = m.ID "
               "JOIN synchro.Items AS s ON s.rowid = v.SRow JOIN main.Items AS i ON i.ID = m.ID WHERE i.HTMLPage <> 0 "
               "AND s.HTMLPage = 0"_s);

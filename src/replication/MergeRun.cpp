@@ -201,13 +201,19 @@ void MergeRun::BreakCycles()
         "FROM temp.merge_Loose) UNION SELECT above.Start, i.ParentID FROM above "
         "JOIN main.Items AS i ON i.ID = above.At WHERE above.At <> 0) SELECT Start FROM above WHERE At = "
         "Start LIMIT 1"_s;
+    // At the mother what was only edited by the child has not made the cycle.
+    const QString hasStayed =
+        AsMother ? u"EXISTS (SELECT 1 FROM temp.merge_Verdicts AS v WHERE v.LID = i.ID AND v.What IN ('update', 'won') "
+                   "AND v.OldParent = i.ParentID)"_s
+                 : u"FALSE"_s;
     // Each turn takes one item out of its cycle.
     for (Value start = Lib.QueryValue(cycle); !start.IsNull(); start = Lib.QueryValue(cycle)) {
         const qint64 item =
             Lib.QueryValue(u"WITH RECURSIVE above(At) AS (SELECT ?1 UNION SELECT i.ParentID FROM above "
                            "JOIN main.Items AS i ON i.ID = above.At) SELECT i.ID FROM main.Items AS i WHERE i.ID IN "
                            "(SELECT At FROM above) AND (i.ID IN (SELECT ID FROM temp.merge_Loose) OR i.ID IN "
-                           "(SELECT ID FROM temp.merge_Changed)) ORDER BY coalesce(i.LastChanged, 0), i.ID LIMIT 1"_s,
+                           "(SELECT ID FROM temp.merge_Changed)) ORDER BY %1, coalesce(i.LastChanged, 0), i.ID "
+                           "LIMIT 1"_s.arg(hasStayed),
                            {start})
                 .ToLong();
         Line(MergeEvent::ItemOrphaned,

@@ -185,10 +185,9 @@ void MotherMerge::BringDatesDown()
     m_run.Execute(u"UPDATE main.DeletedItems SET DateDeleted = ?1 WHERE DateDeleted > ?1"_s, {now});
     m_run.Execute(u"UPDATE main.DeletedFiles SET DateDeleted = ?1 WHERE DateDeleted > ?1"_s, {now});
     m_run.Execute(u"UPDATE main.DeletedItemLinks SET DateDeleted = ?1 WHERE DateDeleted > ?1"_s, {now});
-    m_run.Execute(
-        u"UPDATE OR REPLACE main.ReplicaLog SET RowDate = ?1 WHERE Event = 2 AND RowDate > ?1 AND Moment = ?2 "
-        "AND Origin = ?3"_s,
-        {now, m_run.Stamp, m_run.Other});
+    m_run.Execute(u"UPDATE OR REPLACE main.ReplicaLog SET RowDate = ?1 WHERE RowDate > ?1 AND Moment = ?2 "
+                  "AND Origin = ?3"_s,
+                  {now, m_run.Stamp, m_run.Other});
 }
 
 void MotherMerge::StampBoth()

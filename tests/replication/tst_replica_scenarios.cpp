@@ -385,6 +385,17 @@ private Q_SLOTS:
         QVERIFY(f->AreEqual());
     }
 
+    /// X stays where it is, though it was edited before anything was moved.
+    void s17_movesBelowEachOther_leaveWhatWasOnlyEdited()
+    {
+        f->EditTitle(f->A(), Family::X, u"X by A"_s);
+        f->Move(f->A(), Family::Y, Family::X);
+        f->Move(f->M(), Family::F, Family::Y);
+        f->Round(f->A());
+        QCOMPARE(ParentOf(f->M(), u"X by A"_s), u"P2"_s);
+        QCOMPARE(ParentOf(f->M(), u"Y"_s), u"Orphaned Items"_s);
+    }
+
     void s18_moveBelowWhatIsDeleted_isAnOrphanOnBoth()
     {
         f->Delete(f->M(), Family::Q);
@@ -688,6 +699,26 @@ private Q_SLOTS:
         QCOMPARE(IdOf(f->B, u"Y by B"_s), Family::Y);
     }
 
+    /// By its date, which comes down to the mother's clock, B would have it: B's clock was further ahead.
+    void fileByAClockAhead_reachesTheOtherChild()
+    {
+        const auto exportAhead = [this](const QString& path, int seconds, const auto& change) {
+            f->Clock.AddSeconds(seconds);
+            const auto child = Library::Open(path);
+            change(*child);
+            QVERIFY(WriteChanges(*child, f->File, ExportAgain::No));
+            f->Clock.AddSeconds(-seconds);
+        };
+        exportAhead(f->B, 7200, [](Library&) {});
+        QVERIFY(f->TakeIn(f->M()).Done);
+        QVERIFY(f->TakeIn(f->B).Done);
+        exportAhead(f->A(), 3600, [this](Library& library) { f->Attach(library, Family::Q, u"ahead.txt"_s, "ahead"); });
+        QVERIFY(f->TakeIn(f->M()).Done);
+        f->Clock.AddSeconds(10000);
+        f->Round(f->B);
+        QVERIFY(!Family::Outline(f->B).filter(u"ahead.txt |  | ahead"_s).isEmpty());
+    }
+
     void s36_files_areAllThere()
     {
         f->AttachTo(f->A(), Family::Q, u"same.txt"_s, "of A");
@@ -928,6 +959,18 @@ private Q_SLOTS:
         QCOMPARE(Family::TitleOf(f->M(), Family::X), u"X by A"_s);
         QCOMPARE(ReadFile(f->Home.Path(u"Mütter/mother_HTML/5.htm"_s)), QByteArray("by M"));
         QVERIFY(f->AreEqual());
+    }
+
+    /// The solver shows it beside the child's, though it is the same and has not travelled.
+    void pageOfTheMothersVersionThatLost_isThere()
+    {
+        f->ExportOf(f->A());
+        f->EditTitle(f->M(), Family::Y, u"Y by M"_s);
+        f->EditTitle(f->A(), Family::Y, u"Y by A"_s);
+        QVERIFY(f->TakeIn(f->M()).Done);
+        QVERIFY(f->TakeIn(f->A()).Done);
+        const Value page = Family::Ask(f->A(), u"SELECT File FROM TempHTMLFiles WHERE ItemIDRef = 6 AND Folder = ''"_s);
+        QCOMPARE(page.ToBytes(), ReadFile(f->Home.Path(u"child/lib_HTML/6.htm"_s)));
     }
 
     void pageThatOnlyTheChildChangedMeanwhile_staysUnderTheMothersText()

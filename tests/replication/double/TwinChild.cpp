@@ -425,8 +425,9 @@ private:
                 if (file.Owner == loser.Row.ID && file.MotherID > 0)
                     loser.Files.push_back(file);
             }
-            if (const auto page = m_child.Pages.find(loser.Row.ID);
-                loser.Row.HasPage && loser.Page.empty() && page != m_child.Pages.end())
+            if (const auto page = m_child.Pages.find(loser.Row.ID); loser.Row.HasPage && loser.Page.empty()
+                                                                    && page != m_child.Pages.end()
+                                                                    && m_pageSince.count(loser.Row.ID) == 0)
                 loser.Page = page->second;
             m_child.Losers.push_back(loser);
         }
