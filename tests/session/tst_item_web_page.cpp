@@ -1,6 +1,7 @@
 #include "platform/richtext/RtfPlainText.h"
 #include "platform/system/Paths.h"
 #include "session/ItemWebPage.h"
+#include "store/PageChange.h"
 #include "support/TestSession.h"
 #include "web/WebPages.h"
 
@@ -120,6 +121,29 @@ private Q_SLOTS:
         QVERIFY(!s->Details.Links);
         QCOMPARE(Read(u"HTMLPage"_s).ToBoolean(), false);
         QCOMPARE(Read(u"LastChanged"_s).ToDate(), changed);
+    }
+
+    void pageThatIsOnItsWay_isPutInPlaceAndShown()
+    {
+        const QString kept = s->Home.Path(u"kept"_s);
+        QString folder;
+        {
+            PageChange change(*s->State.CurrentDatabase, m_item);
+            Transaction transaction(*s->State.CurrentDatabase);
+            WriteFile(change.Folder() + u"page.htm"_s, "page");
+            change.Bind(PageChange::Kind::Add);
+            s->State.CurrentDatabase->Execute(u"UPDATE Items SET HTMLPage = ? WHERE ID = ?"_s, {true, m_item});
+            transaction.Commit(); // and whoever did it has gone
+            folder = QDir::cleanPath(change.Folder() + u".."_s);
+            QVERIFY(QDir().rename(folder, kept));
+        }
+        QVERIFY(QDir().rename(kept, folder));
+        QVERIFY(!QFile::exists(PageFile()));
+        s->Click(u"item"_s);
+        m_page->LinksTabShown();
+        QCOMPARE(ReadFile(PageFile()), "page");
+        QCOMPARE(s->Details.Addresses.last(), u"quillbase-page://library/%1.htm"_s.arg(m_item));
+        QVERIFY(Read(u"HTMLPage"_s).ToBoolean());
     }
 
     void pageWhoseFileIsGone_ofAChangedItem_isForgottenWhenItIsSaved()

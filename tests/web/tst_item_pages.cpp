@@ -110,6 +110,18 @@ private Q_SLOTS:
         QCOMPARE(FilesOfPage(*m_library, m_item), (QStringList{u"ein-Bild(1).gif"_s, u"ein-Bild.gif"_s}));
     }
 
+    void pictureWithATakenName_getsAnother()
+    {
+        AddPicture(*m_library, m_item, Picture(), {});
+        WriteFile(m_home->Path(u"in/EIN BILD.gif"_s), Gif());
+        PagePicture named;
+        AddPicture(*m_library, m_item, m_home->Path(u"in/EIN BILD.gif"_s), {},
+                   [&named](const PagePicture& picture) { named = picture; });
+        QVERIFY(named.Source.compare(u"1/ein-Bild.gif"_s, Qt::CaseInsensitive) != 0);
+        QCOMPARE(FilesOfPage(*m_library, m_item).size(), 2);
+        QVERIFY(ReadPage(*m_library, m_item).contains(named.Source.toUtf8()));
+    }
+
     void pageWithoutMarks_takesNothing()
     {
         WritePage(*m_library, m_item, "<p>by hand</p>");
@@ -300,6 +312,7 @@ private Q_SLOTS:
         CreateDefaultHTMLItems(m_library->HTMLFolder());
         WriteFile(m_library->HTMLFolder() + u"default2.htm"_s, "mine");
         WriteFile(m_library->HTMLFolder() + u"default2/sub/bild ä.gif"_s, Gif());
+        WriteFile(m_library->HTMLFolder() + u"default/logo.gif"_s, Gif());
         WriteDefaultPages(m_library->HTMLFolder(), DefaultsFile());
         QVERIFY(ReadFile(DefaultsFile()).contains("sub\\bild"));
         const QString other = m_home->Path(u"other_HTML/"_s);
@@ -309,7 +322,9 @@ private Q_SLOTS:
         QCOMPARE(QString::fromUtf8(ReadFile(other + u"default.htm"_s)), BuiltInPage(WelcomePage));
         QFile::remove(other + u"default2.htm"_s);
         WriteFile(other + u"default.htm"_s, "stays");
+        QVERIFY(QDir(other + u"default"_s).removeRecursively());
         CreateDefaultHTMLItems(other);
+        QVERIFY(!QFile::exists(other + u"default/logo.gif"_s)); // which is the other page's
         QCOMPARE(ReadFile(other + u"default2.htm"_s), "mine");
         QCOMPARE(ReadFile(other + u"default.htm"_s), "stays");
     }
