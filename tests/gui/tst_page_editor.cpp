@@ -42,6 +42,16 @@ QByteArray Png(Qt::GlobalColor color)
     return bytes;
 }
 
+/// Something of all that a page may have.
+const QByteArray PageOfAllKinds =
+    "<h1>How a price is made up</h1>\n<p>From the <a href='https://example.org'>rules of 2026</a>, with <b>bold</b> "
+    "and <i>slanted</i> words, <code>code</code> and a picture: <img src='17/own.png'></p>\n"
+    "<ul><li>First the price</li><li>then the tax</li></ul>\n"
+    "<table border=1><tr><th>Country</th><th>Rate</th></tr><tr><td>AT</td><td>20 %</td></tr></table>\n"
+    "<blockquote>Quoted words</blockquote>\n<pre class='qb-code' data-language='cpp23'>"
+    "int rate(const Country&amp; country)\n{\n    return country.rate(); // in percent\n}</pre>\n"
+    "<form><input></form><script>x()</script>";
+
 /// Pages of this machine's own documents, of different makers.
 QStringList RealPages(int most)
 {
@@ -449,17 +459,7 @@ private Q_SLOTS:
     void pictures()
     {
         WriteFile(m_folder + u"17/own.png"_s, Png(Qt::darkCyan));
-        const QByteArray page =
-            BuiltInPage(PageTemplate)
-                .toUtf8()
-                .replace(
-                    "<p></p>",
-                    "<h1>How a price is made up</h1>\n<p>From the <a href='https://example.org'>rules of 2026</a>, with <b>bold</b> "
-                    "and <i>slanted</i> words, <code>code</code> and a picture: <img src='17/own.png'></p>\n<ul><li>First the "
-                    "price</li><li>then the tax</li></ul>\n<table border=1><tr><th>Country</th><th>Rate</th></tr><tr><td>AT</td>"
-                    "<td>20 %</td></tr></table>\n<blockquote>Quoted words</blockquote>\n<pre class='qb-code' data-language='cpp23'>"
-                    "int rate(const Country&amp; country)\n{\n    return country.rate(); // in percent\n}</pre>\n<form><input></form>"
-                    "<script>x()</script>");
+        const QByteArray page = BuiltInPage(PageTemplate).toUtf8().replace("<p></p>", PageOfAllKinds);
         for (const bool dark : {false, true}) {
             const QString suffix = dark ? u"-dark"_s : QString();
             const QPalette before = QApplication::palette();
