@@ -209,6 +209,38 @@ private Q_SLOTS:
         QCOMPARE(ShownDifference(*box), QByteArray());
     }
 
+    void addresses_areUnderlinedAndClickedWhereTheyAreDetected()
+    {
+        RichTextBox box;
+        box.resize(400, 100);
+        box.SetText(u"see http://example.org/ here"_s);
+        box.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&box));
+        QTextCursor cursor(box.document());
+        cursor.setPosition(10);
+        const QPoint place = box.cursorRect(cursor).center() + QPoint(2, 0);
+        const QSignalSpy clicked(&box, &RichTextBox::AddressClicked);
+        const auto look = [&box] { return box.viewport()->grab().toImage(); };
+        box.setCursorWidth(0); // which comes and goes
+        const QImage plain = look();
+        box.SetAutoURLDetect(true);
+        QVERIFY(look() != plain);
+        box.SetAutoURLDetect(false);
+        QCOMPARE(look(), plain);
+        QTest::mouseClick(box.viewport(), Qt::LeftButton, {}, place);
+        QCOMPARE(clicked.size(), 0);
+        box.SetAutoURLDetect(true);
+        QTest::mouseClick(box.viewport(), Qt::LeftButton, {}, place);
+        QCOMPARE(clicked.size(), 1);
+        QTest::mouseClick(box.viewport(), Qt::LeftButton, Qt::ShiftModifier, place); // which selects
+        QCOMPARE(clicked.size(), 1);
+        box.SetAutoURLDetect(false);
+        cursor.setPosition(0);
+        box.setTextCursor(cursor);
+        QTest::mouseClick(box.viewport(), Qt::LeftButton, {}, place);
+        QCOMPARE(clicked.size(), 1);
+    }
+
     void anyOperations_areShownAndCanBeUndone()
     {
         for (quint32 seed = 0; seed < 300; ++seed) {
@@ -890,9 +922,8 @@ private Q_SLOTS:
         RichTextBox box;
         box.resize(400, 100);
         box.show();
-        box.SetTextRTF(
-            u"{\\rtf1 {\\field{\\*\\fldinst{HYPERLINK \"https://evil.example/<b>\"}}"
-            "{\\fldrslt https://bank.example}} text}"_s);
+        box.SetTextRTF(u"{\\rtf1 {\\field{\\*\\fldinst{HYPERLINK \"https://evil.example/<b>\"}}"
+                       "{\\fldrslt https://bank.example}} text}"_s);
         const auto hover = [&box](int position) {
             box.SetSelStart(position);
             const QPoint place = box.cursorRect().center();
