@@ -66,13 +66,8 @@ bool IsMarked(const ConflictFileRow& row)
 std::vector<ConflictFileRow> FileRowsOf(CConflict& conflict)
 {
     std::vector<ConflictFileRow> rows;
-    for (const auto& file : conflict.Item().FileObjects()) {
-        CConflictFileObject* other = conflict.TempItem().FileObjects().Item(file->CorrespondingID());
-        if (other) // a description may have been edited
-            file->SetAppearsIn(file->Description() == other->Description() ? FileAppearance::InBoth
-                                                                           : FileAppearance::InBothDescribed);
+    for (const auto& file : conflict.Item().FileObjects())
         rows.push_back(RowOf(*file));
-    }
     for (const auto& file : conflict.TempItem().FileObjects()) {
         if (!file->HasCorrespondingID())
             rows.push_back(RowOf(*file));

@@ -24,6 +24,16 @@ struct PlainSide : ComparedSide {
     std::vector<SideLine> Lines;
 };
 
+/// Hears what the user has to wait for.
+struct WaitingPrompts : ScriptedPrompts {
+    std::unique_ptr<Information> InformUser(const QString& text) override
+    {
+        Told << text;
+        return ScriptedPrompts::InformUser(text);
+    }
+    QStringList Told;
+};
+
 std::pair<PlainSide, PlainSide> SidesOf(const QString& first, const QString& second)
 {
     const LineComparison comparison = CompareLines(first, second);
@@ -67,11 +77,13 @@ private Q_SLOTS:
     void nothingToDecide_isSaid()
     {
         m->AddConflict({}, {});
-        m->Prompts.ExpectMsgBox(u"All problems resolved"_s);
+        WaitingPrompts prompts;
+        prompts.ExpectMsgBox(u"All problems resolved"_s);
         ConflictSolver solver(*m->Db);
         QVERIFY(!solver.Load());
-        QCOMPARE(m->Prompts.Messages.last().Text, u"All conflicts were resolved automaticaly."_s);
-        QCOMPARE(m->Prompts.Messages.last().Icon, MsgBoxIcon::Information);
+        QCOMPARE(prompts.Told, QStringList{u"Trying to resolve problems automaticaly. Please wait..."_s});
+        QCOMPARE(prompts.Messages.last().Text, u"All conflicts were resolved automaticaly."_s);
+        QCOMPARE(prompts.Messages.last().Icon, MsgBoxIcon::Information);
         QVERIFY(!solver.HasConflict());
     }
 
@@ -136,6 +148,29 @@ private Q_SLOTS:
         QCOMPARE(m->Text(u"Title"_s, b), u"decided"_s);
     }
 
+    void editsOfAFieldThatWasLeft_areAskedAbout()
+    {
+        AddOne(u"a"_s);
+        AddOne(u"b"_s);
+        ConflictSolver& solver = Solve();
+        solver.Edited(ConflictSide::Item, u"edited"_s);
+        solver.SelectField(SolverField::Code);
+        m->Prompts.ExpectMsgBox(u"Save changes?"_s, MsgBoxResult::Cancel);
+        QVERIFY(!solver.MoveNext());
+        QCOMPARE(solver.Conflict().Title(), u"edited"_s);
+    }
+
+    void swappedSides_areOfThatConflictAlone()
+    {
+        AddOne(u"a"_s);
+        AddOne(u"b"_s);
+        ConflictSolver& solver = Solve();
+        solver.Swap();
+        QCOMPARE(solver.LeftSide(), ConflictSide::TempItem);
+        solver.MoveNext();
+        QCOMPARE(solver.LeftSide(), ConflictSide::Item);
+    }
+
     void fields_areGoneThroughInTheirOrder()
     {
         const qint64 id = m->AddConflict({}, {.Title = u"x"_s, .Info = u"x"_s, .Notes = u"{\\rtf1 x}"_s});
@@ -169,6 +204,18 @@ private Q_SLOTS:
         QCOMPARE(solver.ItemPath([](const QString& text) { return text.size() <= 8; }), u".../leaf"_s);
         m->Db->Execute(u"UPDATE TempItems SET ReplicaOrigin = 0"_s);
         QVERIFY(Solve().Caption(ConflictSide::Item).startsWith(u"Replica"_s));
+    }
+
+    void versionFromOutside_isTheMainOneInAChild()
+    {
+        AddOne(u"a"_s);
+        MakeChild(*m->Db, u"mother.qbd"_s, m->At(0));
+        m->Reopen();
+        ConflictSolver& solver = Solve();
+        QVERIFY(solver.Caption(ConflictSide::Item).startsWith(u"Replica"_s));
+        QVERIFY(solver.Caption(ConflictSide::TempItem).startsWith(u"Main"_s));
+        m->Db->Execute(u"UPDATE TempItems SET ReplicaOrigin = 0"_s); // what it was before
+        QVERIFY(Solve().Caption(ConflictSide::TempItem).startsWith(u"Replica"_s));
     }
 
     void differences_areOfContentOrFormat()
@@ -342,6 +389,25 @@ private Q_SLOTS:
         m->Prompts.ExpectMsgBox(u"All confilicts solved"_s);
         solver.Keep(1);
         QCOMPARE(m->Text(u"Title"_s, id), u"theirs"_s);
+    }
+
+    void statusAndRating_areMergedToo()
+    {
+        AddOne(u"a"_s);
+        m->Db->Execute(u"UPDATE Items SET ItemStatus = 1, ItemRating = 4"_s);
+        m->Db->Execute(u"UPDATE TempItems SET ItemStatus = 3, ItemRating = 2"_s);
+        BaseVersion base;
+        base.Status = 1; // changed by the other alone
+        base.Rating = 2; // by the own alone
+        ConflictSolver& solver = Solve([&](qint64) { return std::optional(base); });
+        QVERIFY(solver.TakeMerged());
+        QCOMPARE(solver.StatusSide(), ConflictSide::TempItem);
+        QCOMPARE(solver.RatingSide(), ConflictSide::Item);
+        base.Status = 2; // by both
+        base.Rating = 4;
+        QVERIFY(Solve([&](qint64) { return std::optional(base); }).TakeMerged());
+        QCOMPARE(m_solver->StatusSide(), ConflictSide::Item);
+        QCOMPARE(m_solver->RatingSide(), ConflictSide::TempItem);
     }
 
     void statusAndRating_areChosen()
