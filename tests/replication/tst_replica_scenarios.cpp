@@ -1317,6 +1317,54 @@ private Q_SLOTS:
         QCOMPARE(Family::TitleOf(f->M(), Family::X), u"X by A"_s);
     }
 
+    void madeDuringARound_isDatedAMinuteAfterTheStamp()
+    {
+        f->ExportOf(f->A());
+        f->Add(f->A(), 0, u"late"_s);
+        QVERIFY(f->TakeIn(f->M()).Done);
+        QVERIFY(f->TakeIn(f->A()).Done);
+        QCOMPARE(Family::Ask(f->A(),
+                             u"SELECT (i.Created - p.LastSynchronized) || ' ' || (i.LastChanged - p.LastSynchronized) "
+                             "FROM Items AS i, Properties AS p WHERE i.Title = 'late'"_s)
+                     .ToText(),
+                 u"60 60"_s);
+    }
+
+    void addedInTheSecondOfTheStamp_travels()
+    {
+        f->ExportOf(f->A());
+        QVERIFY(f->TakeIn(f->M()).Done);
+        const Date now = f->Clock.Now();
+        f->Clock.Set(
+            Family::Ask(f->M(), u"SELECT LastSynchronized FROM ChildCopies WHERE ShortDescr = 'child'"_s).ToDate());
+        {
+            const auto child = Library::Open(f->A());
+            f->Attach(*child, Family::Q, u"new.txt"_s, "new");
+            child->Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, DateAdded) VALUES (?, ?, ?)"_s,
+                           {Family::P, Family::Q, f->Clock.Now()});
+        }
+        f->Clock.Set(now);
+        QVERIFY(f->TakeIn(f->A()).Done);
+        f->Clock.AddSeconds(120);
+        f->Round(f->A());
+        QCOMPARE(Family::Outline(f->M()).filter(u"new.txt"_s).size(), 1);
+        QVERIFY(Family::Outline(f->M()).contains(u"P --> Q"_s));
+    }
+
+    void deletedInTheSecondOfTheExport_isToldOnce()
+    {
+        {
+            const auto child = Library::Open(f->A());
+            f->DeleteItem(*child, Family::Q);
+            QVERIFY(WriteChanges(*child, f->File, ExportAgain::No));
+            QCOMPARE(child->QueryValue(u"SELECT DateDeleted FROM DeletedItems"_s).ToDate(), child->LastExportedDate());
+        }
+        QVERIFY(f->TakeIn(f->M()).Done);
+        QCOMPARE(IdOf(f->M(), u"Q"_s), 0);
+        QVERIFY(f->TakeIn(f->A()).Done);
+        QCOMPARE(Family::Ask(f->A(), u"SELECT count(*) FROM DeletedItems"_s).ToLong(), 0);
+    }
+
     void synchronizationThatIsUndone_canBeDoneAgain()
     {
         Family::WantUndo(true);
