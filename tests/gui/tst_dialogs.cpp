@@ -85,17 +85,20 @@ private Q_SLOTS:
     void textChoice_showsBothSidesAndAnswersWithTheButtonPressed_data()
     {
         QTest::addColumn<QString>("button");
+        QTest::addColumn<Qt::Key>("key");
         QTest::addColumn<ChosenText>("chosen");
-        QTest::newRow("own") << u"cmdOwn"_s << ChosenText::Own;
-        QTest::newRow("theirs") << u"cmdTheirs"_s << ChosenText::Theirs;
-        QTest::newRow("neither") << QString() << ChosenText::Cancel;
+        QTest::newRow("own") << u"cmdOwn"_s << Qt::Key() << ChosenText::Own;
+        QTest::newRow("theirs") << u"cmdTheirs"_s << Qt::Key() << ChosenText::Theirs;
+        QTest::newRow("Escape") << QString() << Qt::Key_Escape << ChosenText::Cancel;
+        QTest::newRow("Enter") << QString() << Qt::Key_Enter << ChosenText::Own;
     }
 
     void textChoice_showsBothSidesAndAnswersWithTheButtonPressed()
     {
         QFETCH(QString, button);
+        QFETCH(Qt::Key, key);
         QFETCH(ChosenText, chosen);
-        WhenShown<TextChoiceDialog>([button](TextChoiceDialog& dialog) {
+        WhenShown<TextChoiceDialog>([button, key](TextChoiceDialog& dialog) {
             QCOMPARE(dialog.windowTitle(), u"Caption"_s);
             QCOMPARE(dialog.findChild<QLabel*>(u"lblQuestion"_s)->text(), u"<b>which?</b>"_s);
             // What differs is selected.
@@ -103,7 +106,7 @@ private Q_SLOTS:
             QCOMPARE(dialog.findChild<QPlainTextEdit*>(u"txtTheirs"_s)->textCursor().selectedText(), u"theirs"_s);
             TakePicture(dialog, u"text choice"_s);
             if (button.isEmpty())
-                QTest::keyClick(&dialog, Qt::Key_Escape);
+                QTest::keyClick(&dialog, key);
             else
                 dialog.findChild<QPushButton*>(button)->click();
         });

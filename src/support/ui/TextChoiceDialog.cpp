@@ -39,7 +39,6 @@ TextChoiceDialog::TextChoiceDialog(const TextChoice& choice, QWidget* parent) : 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
     QPushButton* keep = buttons->addButton(u"Keep &Mine"_s, QDialogButtonBox::AcceptRole);
     keep->setObjectName(u"cmdOwn"_s);
-    keep->setDefault(true);
     QPushButton* take = buttons->addButton(u"Take &Theirs"_s, QDialogButtonBox::AcceptRole);
     take->setObjectName(u"cmdTheirs"_s);
     connect(keep, &QPushButton::clicked, this, [this] { Choose(ChosenText::Own); });
@@ -52,6 +51,7 @@ TextChoiceDialog::TextChoiceDialog(const TextChoice& choice, QWidget* parent) : 
     layout->addWidget(ownText, 2, 0);
     layout->addWidget(theirText, 2, 1);
     layout->addWidget(buttons, 3, 0, 1, 2);
+    keep->setDefault(true); // once it is the dialog's, which looks for one by itself otherwise
     resize(Width, Height);
 }
 
