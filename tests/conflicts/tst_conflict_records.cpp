@@ -380,6 +380,18 @@ private Q_SLOTS:
         QCOMPARE(m->TemporaryRows(), 0);
     }
 
+    void longNamesOfAPagesFiles_areThoseThatCount()
+    {
+        const qint64 id = AddPages(20);
+        m->AddTempPage(id, u"77.htm"_s, {}, "<p>theirs");
+        m->AddTempPage(id, u"cut.png"_s, u"cut\\"_s, "picture");
+        m->Db->AppendField(u"TempHTMLFiles"_s, {.Name = u"LongName"_s, .Type = FieldType::Memo, .OrdinalPosition = 5});
+        m->Db->Execute(u"UPDATE TempHTMLFiles SET LongName = 'long folder\\long name.png' WHERE Name = 'cut.png'"_s);
+        m->Reopen();
+        QVERIFY(Load(id)->KeepItem(1));
+        QCOMPARE(ReadFile(m->Db->HTMLFolder() + QString::number(id) + u"/long folder/long name.png"_s), "picture");
+    }
+
     void ownPage_isDatedToTravelWhenItIsKept()
     {
         const qint64 id = AddPages(20);

@@ -149,6 +149,8 @@ private Q_SLOTS:
         QVERIFY(!Find<QCheckBox>("chkAutoCompare")->isEnabled());
         Press("optItemInfo");
         QVERIFY(Find<QComboBox>("cboItemStatus")->isVisible());
+        QVERIFY(Status().contains(u"Content conflict"_s)); // and yet not compared line by line
+        QVERIFY(!Find<QCheckBox>("chkAutoCompare")->isEnabled() && !LeftView()->isVisible());
         TakePicture(*m_form, u"conflicts-info"_s);
     }
 
@@ -273,9 +275,11 @@ private Q_SLOTS:
 
     void scrollBars_areTied()
     {
-        m->AddConflict({.Code = Rtf(u"line\r\n"_s.repeated(300) + u"a"_s)},
-                       {.Code = Rtf(u"line\r\n"_s.repeated(300) + u"b"_s)});
+        const QString lines = u"line\r\n"_s.repeated(300) + u"line "_s.repeated(100);
+        m->AddConflict({.Code = Rtf(lines + u"a"_s)}, {.Code = Rtf(lines + u"b"_s)});
         Show();
+        LeftView()->horizontalScrollBar()->setValue(30);
+        QCOMPARE(RightView()->horizontalScrollBar()->value(), 30);
         LeftView()->verticalScrollBar()->setValue(40);
         QCOMPARE(RightView()->verticalScrollBar()->value(), 40);
     }
@@ -431,6 +435,15 @@ private Q_SLOTS:
         m->Prompts.ExpectMsgBox(u"All confilicts solved"_s);
         Press("cmdKeepOlder");
         QCOMPARE(m->Text(u"Code"_s, id), u"no RTF {\\b"_s); // nothing was typed
+    }
+
+    void textThatCanNotStandInTheView_isOnlyLookedAt()
+    {
+        const QString info = u"one"_s + QChar(QChar::ParagraphSeparator) + u"line"_s;
+        m->AddConflict({.Description = info}, {.Description = u"other"_s});
+        Show();
+        QVERIFY(LeftView()->isVisible() && LeftView()->isReadOnly());
+        QVERIFY(RightView()->isVisible());
     }
 
     void emptySide_standsBesideTheWholeText()
