@@ -84,6 +84,23 @@ private Q_SLOTS:
         QCOMPARE(Texts(*m->Db, u"SELECT Title FROM Files ORDER BY Title"_s), (QStringList{u"mine"_s, u"their file"_s}));
     }
 
+    void sectionsOfAText_goWithIt()
+    {
+        m->Db->Execute(u"UPDATE TempItems SET CodeHeaders = 3, UsageHeaders = 5 WHERE ID = ?"_s, {m_item});
+        QCOMPARE(Run({u"resolve"_s, m->Path, Id(), u"--keep"_s, u"older"_s, u"--field"_s, u"code=newer"_s}).Status, 0);
+        QCOMPARE(m->Text(u"CodeHeaders"_s, m_item), u"3"_s);
+        QCOMPARE(m->Text(u"UsageHeaders"_s, m_item), u"0"_s); // of a text that stayed
+    }
+
+    void pageOfTheOther_canBeTakenAlone()
+    {
+        m->Db->Execute(u"UPDATE TempItems SET HTMLPage = -1, HTMLLastUpdated = 5 WHERE ID = ?"_s, {m_item});
+        m->AddTempPage(m_item, u"77.htm"_s, {}, "<p>theirs");
+        QCOMPARE(Run({u"resolve"_s, m->Path, Id(), u"--keep"_s, u"older"_s, u"--field"_s, u"page=newer"_s}).Status, 0);
+        QCOMPARE(m->Text(u"Title"_s, m_item), u"item Ü"_s);
+        QCOMPARE(ReadFile(m->Db->HTMLFolder() + Id() + u".htm"_s), "<p>theirs");
+    }
+
     void filesOfTheOther_canBeTakenAlone()
     {
         QCOMPARE(Run({u"resolve"_s, m->Path, Id(), u"--keep"_s, u"older"_s, u"--field"_s, u"files=newer"_s}).Status, 0);
@@ -98,11 +115,19 @@ private Q_SLOTS:
         QTest::newRow("nothing kept") << QStringList() << 2;
         QTest::newRow("neither") << QStringList{u"--keep"_s, u"both"_s} << 2;
         QTest::newRow("no such field") << QStringList{u"--keep"_s, u"newer"_s, u"--field"_s, u"x=newer"_s} << 1;
+        QTest::newRow("file of both") << QStringList{u"--keep"_s, u"newer"_s, u"--move-file"_s, u"BOTHN"_s} << 1;
+        QTest::newRow("number of two files") << QStringList{u"--keep"_s, u"newer"_s, u"--move-file"_s, u"TWO"_s} << 1;
         QTest::newRow("no such file") << QStringList{u"--keep"_s, u"newer"_s, u"--move-file"_s, u"99"_s} << 1;
     }
     void wrongChoices_changeNothing()
     {
         QFETCH(QStringList, words);
+        const qint64 both = m->AddFile(m_item, u"both"_s, "b", m->At(-30));
+        m->AddTempFile(m_item, u"both"_s, QByteArray("b"), m->At(-30));
+        words.replaceInStrings(u"BOTH"_s, QString::number(both));
+        const QString mine = Texts(*m->Db, u"SELECT ID FROM Files WHERE Title = 'mine'"_s).first();
+        QCOMPARE(Texts(*m->Db, u"SELECT ID FROM TempFiles WHERE Title = 'their file'"_s), QStringList{mine});
+        words.replaceInStrings(u"TWO"_s, mine);
         const auto before = StateOf(m->Path);
         const Outcome outcome = Run(QStringList{u"resolve"_s, m->Path, Id()} + words);
         QTEST(outcome.Status, "status");
