@@ -208,7 +208,9 @@ private Q_SLOTS:
         QCOMPARE(dialog.LanguageSelected(), LanguageType::None);
         dialog.findChild<QRadioButton*>(option)->setChecked(true);
         dialog.findChild<QLineEdit*>(u"txtPath"_s)->setText(u"/some/file.qbl"_s);
-        dialog.accept();
+        dialog.show();
+        QTest::keyClick(&dialog, Qt::Key_Enter);
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
         QTEST(dialog.LanguageSelected(), "language");
         QCOMPARE(dialog.LanguageFilePath(), option == u"optFile"_s ? u"/some/file.qbl"_s : QString());
     }

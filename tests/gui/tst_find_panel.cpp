@@ -434,7 +434,7 @@ private Q_SLOTS:
             ApplyAppearance(u"Dark"_s, {}, 0);
             TakePicture(dialog, u"replace-preview-dark"_s);
             ApplyAppearance(u"System"_s, {}, 0);
-            dialog.findChild<QPushButton*>(u"cmdOK"_s)->click();
+            QTest::keyClick(dialog.findChild<QListView*>(u"lvChanges"_s), Qt::Key_Enter);
         });
         In<QPushButton>(u"cmdReplace"_s)->click();
         QVERIFY2(Code()->Text().startsWith(u"pin Dim pin As Long"_s), qPrintable(Code()->Text()));

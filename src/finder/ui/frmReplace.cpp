@@ -151,6 +151,8 @@ frmReplace::frmReplace(ReplacePlan& plan, const QString& found, const QString& r
     cancel->setObjectName(u"cmdCancel"_s);
     cmdOK->setObjectName(u"cmdOK"_s);
     cmdOK->setDefault(true);
+    for (QPushButton* button : {all, none, cancel})
+        button->setAutoDefault(false); // or the first of them would be the one for Enter
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(all);
     buttons->addWidget(none);

@@ -89,6 +89,8 @@ QLayout* frmUnzip::MakeChosenRow()
     auto* none = new QPushButton(u"Select &None"_s);
     none->setObjectName(u"cmdSelectNone"_s);
     connect(none, &QPushButton::clicked, this, [this] { SetAllChosen(false); });
+    for (QPushButton* button : {all, none})
+        button->setAutoDefault(false); // or the first of them would be the one for Enter
     lblChosen->setObjectName(u"lblChosen"_s);
     auto* chosenRow = new QHBoxLayout;
     chosenRow->addWidget(lblChosen, 1);
@@ -105,6 +107,7 @@ QLayout* frmUnzip::MakeFolderRow()
     connect(cboFolder, &QComboBox::editTextChanged, this, &frmUnzip::UpdateControls);
     auto* browse = new QPushButton(u"&Browse..."_s);
     browse->setObjectName(u"cmdBrowse"_s);
+    browse->setAutoDefault(false);
     connect(browse, &QPushButton::clicked, this, &frmUnzip::Browse);
     auto* folderLabel = new QLabel(u"Extract &to:"_s);
     folderLabel->setBuddy(cboFolder);

@@ -71,6 +71,7 @@ frmNewDatabase::frmNewDatabase(QWidget* parent)
     m_vb->setChecked(true);
     connect(m_file, &QRadioButton::toggled, this, &frmNewDatabase::UpdateControls);
     connect(m_path, &QLineEdit::textChanged, this, &frmNewDatabase::UpdateControls);
+    m_browse->setAutoDefault(false); // or it would be the one for Enter
     connect(m_browse, &QPushButton::clicked, this, &frmNewDatabase::Browse);
     // A shipped language is a definition file like any other.
     connect(m_shipped, &LanguageChooser::CurrentChanged, this, [this](const QString& name) {
