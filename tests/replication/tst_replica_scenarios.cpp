@@ -1122,6 +1122,24 @@ private Q_SLOTS:
         QVERIFY(f->AreEqual());
     }
 
+    /// B met the mother between A's changes and A's round: their dates are before its bound.
+    void whatAnotherChangedBefore_comesAllTheSame()
+    {
+        f->AttachTo(f->A(), Family::P, u"new.txt"_s, "new");
+        f->In(f->A(), [](Library& library) {
+            library.Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, DateAdded) VALUES (?, ?, ?)"_s,
+                            {Family::P, Family::F, library.NextStamp()});
+        });
+        f->Delete(f->A(), Family::Q);
+        f->Round(f->B);
+        f->Round(f->A());
+        f->Round(f->B);
+        QCOMPARE(Family::Outline(f->B).filter(u"new.txt"_s), QStringList{u"P > new.txt |  | new"_s});
+        QVERIFY(Family::Outline(f->B).contains(u"P --> F"_s));
+        QCOMPARE(IdOf(f->B, u"Q"_s), 0);
+        QVERIFY(f->AreEqual());
+    }
+
     /// Both have made it; the mother's answer does not bring it back.
     void linkDeletedWhileTheAnswerIsOnItsWay_staysAway()
     {
