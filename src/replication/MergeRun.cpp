@@ -201,11 +201,12 @@ void MergeRun::BreakCycles()
         "FROM temp.merge_Loose) UNION SELECT above.Start, i.ParentID FROM above "
         "JOIN main.Items AS i ON i.ID = above.At WHERE above.At <> 0) SELECT Start FROM above WHERE At = "
         "Start LIMIT 1"_s;
-    // At the mother what was only edited by the child has not made the cycle.
+    // At the mother what was only edited by the child has not made the cycle, nor in a child what she had before.
     const QString hasStayed =
         AsMother ? u"EXISTS (SELECT 1 FROM temp.merge_Verdicts AS v WHERE v.LID = i.ID AND v.What IN ('update', 'won') "
                    "AND v.OldParent = i.ParentID)"_s
-                 : u"FALSE"_s;
+                 : u"i.ID NOT IN (SELECT ID FROM temp.merge_Loose) AND coalesce(i.LastChanged, 0) <= %1"_s.arg(
+                     Exported.Seconds());
     // Each turn takes one item out of its cycle.
     for (Value start = Lib.QueryValue(cycle); !start.IsNull(); start = Lib.QueryValue(cycle)) {
         const qint64 item =

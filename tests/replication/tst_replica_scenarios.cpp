@@ -396,6 +396,21 @@ private Q_SLOTS:
         QCOMPARE(ParentOf(f->M(), u"Y"_s), u"Orphaned Items"_s);
     }
 
+    /// In the child that had both of it, the mother's move makes the cycle, and not what the child told her of X.
+    void s17_movesBelowEachOther_leaveWhatTheMotherHasAlready()
+    {
+        f->Move(f->B, Family::Y, Family::X);
+        f->ExportOf(f->B);
+        QVERIFY(f->TakeIn(f->M()).Done);
+        f->EditTitle(f->B, Family::X, u"X by B"_s);
+        f->Move(f->A(), Family::P2, Family::Y);
+        QVERIFY(f->TakeIn(f->B).Done);
+        f->Round(f->A());
+        f->Round(f->B);
+        QCOMPARE(ParentOf(f->M(), u"X by B"_s), u"P2"_s);
+        QCOMPARE(ParentOf(f->B, u"X by B"_s), u"P2"_s);
+    }
+
     void s18_moveBelowWhatIsDeleted_isAnOrphanOnBoth()
     {
         f->Delete(f->M(), Family::Q);
