@@ -16,7 +16,7 @@ ASAN_PACKAGES="libasan8 libubsan1"
 need_packages() {
   local missing=() package
   for package in "$@"; do
-    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
+    [ "$(dpkg-query -W -f='${Status}' "$package" 2>/dev/null)" = 'install ok installed' ] || missing+=("$package")
   done
   [ ${#missing[@]} -eq 0 ] && return
   echo "Installing: ${missing[*]}"
