@@ -130,7 +130,8 @@ void ChildMerge::CopyHTMLFilesToReplica()
     Statement rows = m_lib.Query(
         u"SELECT h.Packed, coalesce(i.ID, 0), coalesce(v.What, ''), CASE v.What WHEN 'lost' THEN i.ID NOT IN (SELECT "
         "ID FROM temp.merge_MothersPages) ELSE coalesce(i.HTMLLastUpdated, 0) > ?1 AND v.What IS NULL AND NOT %1 END "
-        "FROM (SELECT ItemIDRef AS Packed, max(coalesce(MotherRecordID, 0)) AS Known FROM synchro.HTMLFiles WHERE ItemIDRef > 0 GROUP BY ItemIDRef) AS h LEFT "
+        "FROM (SELECT ItemIDRef AS Packed, max(coalesce(MotherRecordID, 0)) AS Known "
+        "FROM synchro.HTMLFiles WHERE ItemIDRef > 0 GROUP BY ItemIDRef) AS h LEFT "
         "JOIN main.Items AS i ON i.MotherRecordID = h.Known AND h.Known > 0 LEFT "
         "JOIN temp.merge_Verdicts AS v ON v.LID = i.ID WHERE NOT %2"_s.arg(
             IsTakenOver(u"Items"_s, u"i.ID"_s, u"i.HTMLLastUpdated"_s), IsDeletedHere(u"Items"_s, u"h.Known"_s)),
