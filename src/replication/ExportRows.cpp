@@ -70,9 +70,10 @@ public:
             ids += u" AND coalesce(r.LastChanged, -1) <> 0"_s;
         if (m_hasLog && !m_to.isEmpty() && !table.Item.isEmpty()) // an item that the child gets for the first time
             ids += u" UNION SELECT r.ID FROM %1 AS l CROSS JOIN %2 AS i ON i.ID = l.RecordID CROSS JOIN %3 AS r ON %4 "
-                   "WHERE l.OfTable = 'Items' AND l.Event = %5 AND l.Origin = ?2 AND i.ID IN (%6)"_s.arg(
+                   "WHERE l.OfTable = 'Items' AND l.Origin = ?2 AND ((l.Event = %5 AND i.ID IN (%7)) OR "
+                   "(l.Event = %6 AND coalesce(i.LastChanged, -1) <> 0))"_s.arg(
                        Log(), Qualified(m_library, u"Items"_s), rows, BelongsTo(table), Number(ReplicaEvent::Missing),
-                       IDs(Items));
+                       Number(ReplicaEvent::Withheld), IDs(Items));
         return ids;
     }
     /// Which of the files are new to the other side: all that came to be, or came here, since, and what the mother does

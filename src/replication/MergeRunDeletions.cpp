@@ -184,9 +184,8 @@ void MergeRun::RemoveGoneItems()
           u"DELETE FROM main.Bookmarks WHERE CodeID IN (%1)"_s, u"DELETE FROM main.Files WHERE CodeID IN (%1)"_s,
           u"DELETE FROM main.Items WHERE ID IN (%1)"_s})
         Execute(statement.arg(gone));
-    Execute(
-        u"DELETE FROM main.ReplicaLog WHERE OfTable IN ('Items', 'Pages') AND Event IN (1, 4, 6) AND RecordID IN (%1)"_s
-            .arg(gone));
+    Execute(u"DELETE FROM main.ReplicaLog WHERE OfTable IN ('Items', 'Pages') AND Event IN (1, 4, 6, 7) "
+            "AND RecordID IN (%1)"_s.arg(gone));
     if (!AsMother)
         return;
     for (const QString& statement :

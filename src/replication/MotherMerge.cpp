@@ -14,6 +14,7 @@ bool MotherMerge::SynchronizeMother()
     if (!ExportOwnChanges())
         return false;
     m_run.BeginWriting();
+    NoteWhatIsWithheld();
     CopyMotherIDsInXTables();
     ListChanged();
     m_run.SetUpOrphanedItemsFolder();
@@ -55,6 +56,19 @@ bool MotherMerge::ExportOwnChanges()
     return ExportChangedItems(place, true, {}, counts, m_run.Watcher);
 }
 
+/// What waits for a decision is for nobody else. A child that may not have got it before gets it whole in the round
+/// after that is taken, whoever takes it.
+void MotherMerge::NoteWhatIsWithheld()
+{
+    m_run.Execute(u"DELETE FROM main.ReplicaLog WHERE Event = 7 AND OfTable = 'Items' AND Origin = ? AND RecordID IN "
+                  "(SELECT ID FROM main.Items WHERE coalesce(LastChanged, -1) <> 0)"_s,
+                  {m_run.Other});
+    m_run.Log(u"SELECT 'Items', i.ID, 0, 7, ?1, 0, ?2 FROM main.Items AS i WHERE i.LastChanged = 0 AND (i.Created > ?3 "
+              "OR EXISTS (SELECT 1 FROM main.ReplicaLog AS l WHERE l.OfTable = 'Items' AND l.RecordID = i.ID "
+              "AND l.Event = 1 AND l.Moment > ?3 AND l.Origin <> ?2))"_s,
+              {m_run.Stamp, m_run.Other, m_run.Last});
+}
+
 void MotherMerge::CopyMotherIDsInXTables()
 {
     for (const QString& statement :
@@ -93,7 +107,7 @@ void MotherMerge::DeleteOrphanedItemsFromSynchroXTables()
     // What waits here that the child does not have has nothing that travels, either.
     const QString kept = u"SELECT ID FROM temp.merge_Orphaned"_s;
     const QString lacking =
-        u"SELECT l.RecordID FROM main.ReplicaLog AS l WHERE l.Event = 6 AND l.OfTable = 'Items' AND l.Origin = ? "
+        u"SELECT l.RecordID FROM main.ReplicaLog AS l WHERE l.Event IN (6, 7) AND l.OfTable = 'Items' AND l.Origin = ? "
         "AND l.RecordID NOT IN (SELECT ID FROM synchro.ItemsX)"_s;
     m_run.Execute(u"DELETE FROM synchro.ItemsX WHERE ParentID <> -3 AND ID IN (%1)"_s.arg(kept));
     for (const QString& statement : {u"DELETE FROM synchro.FilesX WHERE CodeID IN (%1)"_s,
@@ -104,9 +118,10 @@ void MotherMerge::DeleteOrphanedItemsFromSynchroXTables()
                                                     : statement.arg(lacking),
                       {m_run.Other});
     }
-    m_run.Execute(u"DELETE FROM main.ReplicaLog WHERE Event = 6 AND OfTable = 'Items' AND Origin = ? AND RecordID IN "
-                  "(SELECT ID FROM synchro.ItemsX WHERE ParentID <> -3)"_s,
-                  {m_run.Other});
+    m_run.Execute(
+        u"DELETE FROM main.ReplicaLog WHERE Event = 6 AND OfTable = 'Items' AND Origin = ? AND RecordID IN "
+        "(SELECT ID FROM synchro.ItemsX WHERE ParentID <> -3)"_s,
+        {m_run.Other});
     m_run.Execute(
         u"UPDATE synchro.ItemsX SET MotherParentID = -2 WHERE ParentID <> -3 AND ID IN (SELECT ID FROM main.Items "
         "WHERE ParentID = ?)"_s,

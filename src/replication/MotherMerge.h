@@ -32,6 +32,7 @@ public:
 
 private:
     bool ExportOwnChanges();
+    void NoteWhatIsWithheld();
     void ListChanged();
     void Decide();
     void MoveRecordsToTempTable();

@@ -100,8 +100,8 @@ void ReplicaLog::Trim()
     Date passed = state.IsChild ? state.LastSynchronized : children.ToDate();
     if (state.IsMother)
         passed = std::min(passed, children.ToDate());
-    m_database->Execute(u"DELETE FROM %1 WHERE max(Moment, RowDate) < ? AND Event <> ?"_s.arg(m_table),
-                        {passed, int(ReplicaEvent::Missing)});
+    m_database->Execute(u"DELETE FROM %1 WHERE max(Moment, RowDate) < ? AND Event NOT IN (?, ?)"_s.arg(m_table),
+                        {passed, int(ReplicaEvent::Missing), int(ReplicaEvent::Withheld)});
 }
 
 void ReplicaLog::Clear()

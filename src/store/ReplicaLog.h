@@ -17,6 +17,7 @@ enum class ReplicaEvent {
     Changed = 4,   ///< it was changed here and kept its date, as orphans of a mother do
     Exported = 5,  ///< the changes of this child were written into a file, dated RowDate; no record
     Missing = 6,   ///< in a mother: the replica Origin does not have the item; when it gets it, then as a whole
+    Withheld = 7,  ///< in a mother: the replica Origin did not get the item since it waits for a decision; as Missing
 };
 
 /// A row of `ReplicaLog`.
@@ -49,7 +50,8 @@ struct ReplicaLogEntry {
 ///     deletions, and what was changed after the last synchronization and deleted then;
 ///   - what a child took over and did not change since: Event = 3 AND RowDate = the date that the record has;
 ///   - what was changed and kept its date: Event = 4 AND Moment > B;
-///   - of items that are exported to a child that lacks them (Event = 6), everything.
+///   - of items that are exported to a child that lacks them (Event = 6), or did not get them while they waited for a
+///     decision (Event = 7), everything.
 /// An item that the other side brought back bears its date 0 in RowDate of its arrival.
 /// The first statement of the last step of a child is MoveOn, the last one of each synchronization Trim.
 class ReplicaLog {

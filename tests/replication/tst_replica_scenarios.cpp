@@ -606,6 +606,29 @@ private Q_SLOTS:
         QVERIFY(f->AreEqual());
     }
 
+    void itemThatWaits_goesWholeToAChildThatNeverHadIt()
+    {
+        const qint64 added = f->Add(f->M(), Family::P, u"new"_s);
+        f->AttachTo(f->M(), added, u"new.txt"_s, "new");
+        f->In(f->M(), [&](Library& library) {
+            WritePage(library, added, "<p>new</p>");
+            library.Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, DateAdded) VALUES (?, ?, ?)"_s,
+                            {added, Family::Y, library.NextStamp()});
+        });
+        f->Round(f->A());
+        f->Delete(f->A(), Family::Ask(f->A(), u"SELECT ID FROM Items WHERE Title = 'new'"_s).ToLong());
+        f->EditTitle(f->M(), added, u"new, edited"_s);
+        f->Round(f->A());
+        QCOMPARE(Family::Ask(f->M(), u"SELECT LastChanged FROM Items WHERE ID = ?"_s, {added}).ToLong(), 0);
+        f->Round(f->B);
+        QVERIFY(Family::Outline(f->B).filter(u"new"_s).isEmpty());
+        f->EditTitle(f->M(), added, u"new, kept"_s);
+        f->Round(f->B);
+        f->Round(f->A());
+        QCOMPARE(Family::Outline(f->B).filter(u"new.txt"_s).size(), 1);
+        QVERIFY(f->AreEqual());
+    }
+
     void logsAreTrimmed_onceEverybodyHasPassed()
     {
         f->EditTitle(f->A(), Family::X, u"X by A"_s);

@@ -40,8 +40,13 @@ public:
 private:
     // Her own changes, before anything of the child's is taken in
 
-    /// An item that the child does not have and that waits for a decision is nothing to it.
-    bool IsHidden(Number item) const { return Lacks(item) && m_mother.IsWaiting(item); }
+    /// An item that the child does not have, or may not have, and that waits for a decision is nothing to it.
+    bool IsHidden(Number item) const { return (Lacks(item) || IsIncomplete(item)) && m_mother.IsWaiting(item); }
+    bool IsIncomplete(Number item) const
+    {
+        const auto incomplete = m_mother.Incomplete.find(m_child);
+        return incomplete != m_mother.Incomplete.end() && incomplete->second.count(item) != 0;
+    }
     bool Lacks(Number item) const
     {
         const auto lacking = m_mother.Lacking.find(m_child);
@@ -67,8 +72,12 @@ private:
                                    || m_mother.WasChangedAt(id, m_bound);
             if (isChanged && item.Changed != 0) { // what waits for a decision is for nobody else
                 m_items.insert(id);
-                if (Lacks(id) || m_mother.Incomplete[m_child].count(id) != 0)
+                if (Lacks(id))
                     m_whole.insert(id);
+            }
+            if (IsIncomplete(id) && item.Changed != 0) { // now it goes
+                m_whole.insert(id);
+                m_mother.Incomplete[m_child].erase(id);
             }
             const bool isNewPage = item.PageChanged > m_bound || HasArrived(Table::Items, id)
                                    || HasArrived(Table::Pages, id) || m_whole.count(id) != 0;
@@ -82,7 +91,8 @@ private:
         }
         for (const auto& [ends, link] : m_mother.Links) {
             const bool isWhole = m_whole.count(ends.first) != 0 || m_whole.count(ends.second) != 0;
-            if (isWhole || link.Added > m_bound || HasArrived(Table::Links, ends.first, ends.second))
+            const bool isNews = isWhole || link.Added > m_bound || HasArrived(Table::Links, ends.first, ends.second);
+            if (isNews && !IsHidden(ends.first) && !IsHidden(ends.second))
                 m_links.insert(ends);
         }
     }
