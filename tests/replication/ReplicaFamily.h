@@ -87,6 +87,38 @@ struct ReplicaFamily : ReplicaPair {
         return id;
     }
 
+    void Describe(const QString& path, qint64 file, const QString& description)
+    {
+        In(path, [&](Library& library) {
+            CFileObject object;
+            object.Initialise(library, QString::number(file));
+            object.SetDescription(description);
+            object.SetDescriptionChanged(true);
+            object.Commit();
+        });
+    }
+    void Link(const QString& path, qint64 from, qint64 to, const QString& note)
+    {
+        In(path, [&](Library& library) {
+            library.Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, Note, DateAdded, DateUpdated) "
+                            "VALUES (?1, ?2, ?3, ?4, ?4)"_s,
+                            {from, to, note, library.NextStamp()});
+        });
+    }
+    /// Gives an item a page, or takes it away.
+    void SetPage(const QString& path, qint64 id, const QByteArray& page)
+    {
+        In(path, [&](Library& library) {
+            const QString file = library.HTMLFolder() + QString::number(id) + u".htm"_s;
+            if (page.isEmpty())
+                QFile::remove(file);
+            else
+                WriteFile(file, page);
+            library.Execute(u"UPDATE Items SET HTMLPage = ?1, HTMLLastUpdated = ?2, LastChanged = ?2 WHERE ID = ?3"_s,
+                            {Value(!page.isEmpty()), library.NextStamp(), id});
+        });
+    }
+
     // The steps
 
     void ExportOf(const QString& child, ExportAgain again = ExportAgain::No)
@@ -124,6 +156,19 @@ struct ReplicaFamily : ReplicaPair {
     static QString TitleOf(const QString& path, qint64 id)
     {
         return Ask(path, u"SELECT Title FROM Items WHERE ID = ?"_s, {id}).ToText();
+    }
+    static qint64 IdOf(const QString& path, const QString& title)
+    {
+        return Ask(path, u"SELECT ID FROM Items WHERE Title = ?"_s, {title}).ToLong();
+    }
+    /// The title of what it stands below; a slash at top level.
+    static QString ParentOf(const QString& path, const QString& title)
+    {
+        return Ask(path,
+                   u"SELECT coalesce((SELECT p.Title FROM Items p WHERE p.ID = i.ParentID), '/') FROM Items i "
+                   "WHERE i.Title = ?"_s,
+                   {title})
+            .ToText();
     }
     /// All items by their titles and those above them, with what else both sides should have in common: texts, files
     /// with their contents, pages and links, sorted.

@@ -1,13 +1,6 @@
 #include "replication/ReplicaFamily.h"
 
-#include "conflicts/AutomaticResolution.h"
-#include "exchange/BranchExport.h"
-#include "exchange/BranchImport.h"
-#include "replication/MergedFiles.h"
 #include "replication/ReplicaList.h"
-#include "store/PendingFiles.h"
-#include "store/ReplicaLog.h"
-#include "support/LibraryState.h"
 #include "web/ItemPages.h"
 
 using namespace qb;
@@ -32,89 +25,10 @@ class TestReplicaScenarios : public QObject {
 
     std::unique_ptr<Family> f;
 
-    qint64 IdOf(const QString& path, const QString& title) const
-    {
-        return Family::Ask(path, u"SELECT ID FROM Items WHERE Title = ?"_s, {title}).ToLong();
-    }
-    QString ParentOf(const QString& path, const QString& title) const
-    {
-        return Family::Ask(path,
-                           u"SELECT coalesce((SELECT p.Title FROM Items p WHERE p.ID = i.ParentID), '/') FROM Items i "
-                           "WHERE i.Title = ?"_s,
-                           {title})
-            .ToText();
-    }
-
-    /// Gives an item a page, or takes it away.
-    void SetPage(const QString& path, qint64 id, const QByteArray& page)
-    {
-        f->In(path, [&](Library& library) {
-            const QString file = library.HTMLFolder() + QString::number(id) + u".htm"_s;
-            if (page.isEmpty())
-                QFile::remove(file);
-            else
-                WriteFile(file, page);
-            library.Execute(u"UPDATE Items SET HTMLPage = ?1, HTMLLastUpdated = ?2, LastChanged = ?2 WHERE ID = ?3"_s,
-                            {Value(!page.isEmpty()), library.NextStamp(), id});
-        });
-    }
-
     static qint64 EventsBefore(const QString& path, Date moment)
     {
         return Family::Ask(path, u"SELECT count(*) FROM ReplicaLog WHERE max(Moment, RowDate) < ?"_s, {moment})
             .ToLong();
-    }
-    /// Changes of all kinds, which only A has.
-    void WorkInA()
-    {
-        f->EditCode(f->A(), Family::X, u"int by_a;"_s);
-        const qint64 added = f->Add(f->A(), Family::P, u"added"_s);
-        f->AttachTo(f->A(), added, u"new.txt"_s, "new");
-        SetPage(f->A(), added, "by A");
-        f->In(f->A(), [added](Library& library) {
-            library.Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, DateAdded) VALUES (?, ?, ?)"_s,
-                            {added, Family::X, library.NextStamp()});
-        });
-    }
-    /// The file stays as it is, and so does she; the message names the way.
-    void VerifyRefusedByTheMother(const QString& way)
-    {
-        const auto before = StateOf(f->M());
-        const QByteArray file = ReadFile(f->File);
-        f->Prompts.ExpectMsgBox(u"Old synchronization file"_s);
-        QCOMPARE(f->TakeIn(f->M()).Result, 0);
-        const QString text = f->Prompts.Messages.last().Text;
-        QVERIFY(text.startsWith(u"This export file has already been synchronized with the mother database.\r\n"_s));
-        QVERIFY2(text.contains(way), qPrintable(text));
-        QVERIFY2(text.contains(u"Export the items of the replica, import them"_s), qPrintable(text));
-        QCOMPARE(DifferenceOf(StateOf(f->M()), before), QString());
-        QCOMPARE(ReadFile(f->File), file);
-    }
-    void HandOutTo(const QString& description)
-    {
-        f->In(f->M(), [&](Library& library) { HandOutAgain(library, ChildAt(library, description), f->File); });
-    }
-    static QString ChildAt(Library& mother, const QString& description)
-    {
-        return mother.QueryValue(u"SELECT DBCopyID FROM ChildCopies WHERE ShortDescr = ?"_s, {description}).ToText();
-    }
-    /// All of A is exported, imported at the mother, and given out anew.
-    void VerifyTakenOverAsABranch()
-    {
-        const QString branch = f->Home.Path(u"all.qbx"_s);
-        f->In(f->A(), [&](Library& library) { ExportItems(library, 0, branch); });
-        const qint64 parent = f->Add(f->M(), 0, u"of the replica"_s);
-        f->In(f->M(), [&](Library& library) {
-            ImportItems(library, UnpackedBranch(branch), {.Parent = parent, .Only = {}});
-            const Value moment = library.QueryValue(u"SELECT LastSynchronized FROM ChildCopies WHERE DBCopyID = ?"_s,
-                                                    {ChildAt(library, u"child"_s)});
-            ForgetChildren(library, moment.ToDate());
-        });
-        const QStringList mother = Family::Outline(f->M());
-        for (const QString& line : Family::Outline(f->A()))
-            QVERIFY2(mother.contains(line.contains(u" --> "_s) ? line : u"of the replica/"_s + line), qPrintable(line));
-        QVERIFY(mother.filter(u"of the replica/P/added"_s).size() == 2); // with its stored file
-        QCOMPARE(Family::Outline(f->GiveOutTo(u"anew"_s)), mother);
     }
 
 private Q_SLOTS:
@@ -226,9 +140,9 @@ private Q_SLOTS:
         f->Move(f->M(), Family::X, Family::Q);
         f->EditCode(f->A(), Family::X, u"int by_a;"_s);
         const auto [mother, own] = f->Round(f->A());
-        QCOMPARE(ParentOf(f->M(), u"X"_s), u"P2"_s);
+        QCOMPARE(Family::ParentOf(f->M(), u"X"_s), u"P2"_s);
         QVERIFY(Has(mother.Report, MergeEvent::SetAside, u"X"_s));
-        QCOMPARE(ParentOf(f->A(), u"X"_s), u"P2"_s);
+        QCOMPARE(Family::ParentOf(f->A(), u"X"_s), u"P2"_s);
     }
 
     /// Both have edited, moved and rated it.
@@ -254,6 +168,7 @@ private Q_SLOTS:
             << QStringList{u"Conflict: the version here is the later one"_s,
                            u"Set aside: status and rating of the mother"_s, u"Set aside: the place of the mother"_s};
     }
+
     void versionThatLost_isNamedWithWhatWasDropped()
     {
         QFETCH(bool, atMother);
@@ -291,13 +206,13 @@ private Q_SLOTS:
         f->Move(f->A(), Family::X, Family::Q);
         const auto [mother, own] = f->Round(f->A());
         QVERIFY(Has(mother.Report, MergeEvent::ItemMoved, u"X"_s));
-        QCOMPARE(ParentOf(f->M(), u"X"_s), u"Q"_s);
+        QCOMPARE(Family::ParentOf(f->M(), u"X"_s), u"Q"_s);
         f->Round(f->B);
         QVERIFY(f->AreEqual());
         f->Move(f->A(), Family::X, 0);
         f->Round(f->A());
         f->Round(f->B);
-        QCOMPARE(ParentOf(f->B, u"X"_s), u"/"_s);
+        QCOMPARE(Family::ParentOf(f->B, u"X"_s), u"/"_s);
         QVERIFY(f->AreEqual());
     }
 
@@ -308,14 +223,14 @@ private Q_SLOTS:
         f->Move(f->A(), Family::X, n2);
         f->Add(f->M(), Family::Q, u"other"_s);
         f->Round(f->A());
-        QCOMPARE(ParentOf(f->M(), u"X"_s), u"N2"_s);
-        QCOMPARE(ParentOf(f->M(), u"N2"_s), u"N"_s);
+        QCOMPARE(Family::ParentOf(f->M(), u"X"_s), u"N2"_s);
+        QCOMPARE(Family::ParentOf(f->M(), u"N2"_s), u"N"_s);
         QCOMPARE(Family::Ask(f->A(), u"SELECT MotherRecordID FROM Items WHERE ID = ?"_s, {n2}).ToLong(),
-                 IdOf(f->M(), u"N2"_s));
+                 Family::IdOf(f->M(), u"N2"_s));
         QCOMPARE(Family::Ask(f->A(), u"SELECT MotherParentID FROM Items WHERE ID = ?"_s, {n2}).ToLong(),
-                 IdOf(f->M(), u"N"_s));
+                 Family::IdOf(f->M(), u"N"_s));
         QCOMPARE(Family::Ask(f->A(), u"SELECT MotherParentID FROM Items WHERE ID = ?"_s, {Family::X}).ToLong(),
-                 IdOf(f->M(), u"N2"_s));
+                 Family::IdOf(f->M(), u"N2"_s));
         f->Round(f->B);
         QVERIFY(f->AreEqual());
     }
@@ -354,8 +269,8 @@ private Q_SLOTS:
         f->Move(f->A(), Family::P, Family::Q);
         f->Round(f->A());
         f->Round(f->B);
-        QCOMPARE(ParentOf(f->M(), u"Q"_s), OrphanedItemsTitle);
-        QCOMPARE(ParentOf(f->M(), u"P"_s), u"Q"_s);
+        QCOMPARE(Family::ParentOf(f->M(), u"Q"_s), OrphanedItemsTitle);
+        QCOMPARE(Family::ParentOf(f->M(), u"P"_s), u"Q"_s);
         QVERIFY(f->AreEqual());
     }
 
@@ -365,23 +280,8 @@ private Q_SLOTS:
         f->Move(f->M(), Family::Q, Family::P);
         f->Round(f->A());
         f->Round(f->B);
-        QCOMPARE(ParentOf(f->M(), u"P"_s), OrphanedItemsTitle);
-        QCOMPARE(ParentOf(f->M(), u"Q"_s), u"P"_s);
-        QVERIFY(f->AreEqual());
-    }
-
-    void s17_movesBelowEachOtherDuringARound_oneIsAnOrphanOnBoth()
-    {
-        f->ExportOf(f->A());
-        f->Move(f->M(), Family::F, Family::Q);
-        f->TakeIn(f->M());
-        f->Move(f->A(), Family::Q, Family::F);
-        f->TakeIn(f->A());
-        QCOMPARE(ParentOf(f->A(), u"F"_s), u"Orphaned Items"_s); // what came from the mother is the earlier move
-        f->Round(f->A());
-        f->Round(f->B);
-        QCOMPARE(ParentOf(f->A(), u"F"_s), u"Q"_s);
-        QCOMPARE(ParentOf(f->A(), u"Q"_s), u"Orphaned Items"_s);
+        QCOMPARE(Family::ParentOf(f->M(), u"P"_s), OrphanedItemsTitle);
+        QCOMPARE(Family::ParentOf(f->M(), u"Q"_s), u"P"_s);
         QVERIFY(f->AreEqual());
     }
 
@@ -392,8 +292,8 @@ private Q_SLOTS:
         f->Move(f->A(), Family::Y, Family::X);
         f->Move(f->M(), Family::F, Family::Y);
         f->Round(f->A());
-        QCOMPARE(ParentOf(f->M(), u"X by A"_s), u"P2"_s);
-        QCOMPARE(ParentOf(f->M(), u"Y"_s), u"Orphaned Items"_s);
+        QCOMPARE(Family::ParentOf(f->M(), u"X by A"_s), u"P2"_s);
+        QCOMPARE(Family::ParentOf(f->M(), u"Y"_s), u"Orphaned Items"_s);
     }
 
     /// In the child that had both of it, the mother's move makes the cycle, and not what the child told her of X.
@@ -407,8 +307,8 @@ private Q_SLOTS:
         QVERIFY(f->TakeIn(f->B).Done);
         f->Round(f->A());
         f->Round(f->B);
-        QCOMPARE(ParentOf(f->M(), u"X by B"_s), u"P2"_s);
-        QCOMPARE(ParentOf(f->B, u"X by B"_s), u"P2"_s);
+        QCOMPARE(Family::ParentOf(f->M(), u"X by B"_s), u"P2"_s);
+        QCOMPARE(Family::ParentOf(f->B, u"X by B"_s), u"P2"_s);
     }
 
     void s18_moveBelowWhatIsDeleted_isAnOrphanOnBoth()
@@ -416,8 +316,8 @@ private Q_SLOTS:
         f->Delete(f->M(), Family::Q);
         f->Move(f->A(), Family::X, Family::Q);
         f->Round(f->A());
-        QCOMPARE(ParentOf(f->M(), u"X"_s), OrphanedItemsTitle);
-        QCOMPARE(ParentOf(f->A(), u"X"_s), OrphanedItemsTitle);
+        QCOMPARE(Family::ParentOf(f->M(), u"X"_s), OrphanedItemsTitle);
+        QCOMPARE(Family::ParentOf(f->A(), u"X"_s), OrphanedItemsTitle);
         f->Round(f->B);
         QVERIFY(f->AreEqual());
     }
@@ -432,10 +332,10 @@ private Q_SLOTS:
         const QString info = Family::Ask(f->M(), u"SELECT Info FROM Items WHERE ID = ?"_s, {Family::X}).ToText();
         QVERIFY2(info.contains(u" - Original location of this item was: //F/P2\r\nItem originaly last updated on "_s),
                  qPrintable(info));
-        QCOMPARE(ParentOf(f->M(), u"X by M"_s), u"P2"_s);
+        QCOMPARE(Family::ParentOf(f->M(), u"X by M"_s), u"P2"_s);
         QVERIFY(Family::Outline(f->M()).contains(u"F/P2/X by M > f Ü.bin |  | file f"_s)
                 || !Family::Outline(f->M()).filter(u"f Ü.bin"_s).isEmpty());
-        QCOMPARE(IdOf(f->A(), u"X"_s), 0);
+        QCOMPARE(Family::IdOf(f->A(), u"X"_s), 0);
         QCOMPARE(f->Kept(f->M()), QStringList());
     }
 
@@ -457,7 +357,7 @@ private Q_SLOTS:
         f->EditTitle(f->M(), Family::X, u"X by M"_s);
         f->Round(f->A());
         f->Round(f->A());
-        QCOMPARE(IdOf(f->A(), u"X by M"_s), 0);
+        QCOMPARE(Family::IdOf(f->A(), u"X by M"_s), 0);
         f->EditTitle(f->M(), Family::X, u"X kept"_s);
         f->Round(f->A());
         f->Round(f->B);
@@ -483,7 +383,7 @@ private Q_SLOTS:
         f->Clock.Set(Date::FromParts(2027, 2, 1, 12));
         f->EditTitle(f->M(), Family::X, u"X by M"_s);
         const auto [mother, own] = f->Round(f->A());
-        QCOMPARE(IdOf(f->M(), u"X by M"_s), 0);
+        QCOMPARE(Family::IdOf(f->M(), u"X by M"_s), 0);
         QVERIFY(Has(mother.Report, MergeEvent::ItemDeleted, u"X by M"_s));
         QVERIFY(f->Kept(f->M()).contains(u"X by M"_s));
     }
@@ -494,11 +394,11 @@ private Q_SLOTS:
         f->EditTitle(f->A(), Family::X, u"X by A"_s);
         const auto [mother, own] = f->Round(f->A());
         QVERIFY(Has(mother.Report, MergeEvent::ItemRegained, u"X by A"_s));
-        const qint64 id = IdOf(f->M(), u"X by A"_s);
+        const qint64 id = Family::IdOf(f->M(), u"X by A"_s);
         QVERIFY(id > Family::Y);
         QCOMPARE(Family::Ask(f->M(), u"SELECT LastChanged FROM Items WHERE ID = ?"_s, {id}).ToLong(), 0);
         QCOMPARE(Family::Ask(f->A(), u"SELECT MotherRecordID FROM Items WHERE ID = ?"_s, {Family::X}).ToLong(), id);
-        QCOMPARE(ParentOf(f->M(), u"X by A"_s), u"P2"_s);
+        QCOMPARE(Family::ParentOf(f->M(), u"X by A"_s), u"P2"_s);
         QVERIFY(!Family::Outline(f->A()).filter(u"f Ü.bin"_s).isEmpty()); // the child keeps it meanwhile
         f->Round(f->B);
         QCOMPARE(Family::Ask(f->B, u"SELECT count(*) FROM Items WHERE ID = ?"_s, {Family::X}).ToLong(), 0);
@@ -512,13 +412,39 @@ private Q_SLOTS:
         QVERIFY(!Family::Outline(f->B).filter(u"f Ü.bin"_s).isEmpty());
     }
 
+    void s23_whatIsNewBelowARegainedItem_staysWithIt()
+    {
+        f->Delete(f->M(), Family::X);
+        f->EditTitle(f->A(), Family::X, u"X by A"_s);
+        f->Add(f->A(), Family::X, u"below"_s);
+        f->Link(f->A(), Family::X, Family::P, u"new"_s);
+        f->ExportOf(f->A());
+        QVERIFY(f->TakeIn(f->M()).Report.Faults.empty());
+        QCOMPARE(Family::ParentOf(f->M(), u"below"_s), u"X by A"_s);
+        QVERIFY(Family::Outline(f->M()).contains(u"X by A --> P"_s));
+        QVERIFY(f->TakeIn(f->A()).Report.Faults.empty());
+        QCOMPARE(Family::ParentOf(f->A(), u"below"_s), u"X by A"_s);
+    }
+
+    /// It waits since the child has brought it back, who may go on with it.
+    void s23_regainedItemThatItsChildEditsAgain_isNoConflict()
+    {
+        f->Delete(f->M(), Family::X);
+        f->EditTitle(f->A(), Family::X, u"X by A"_s);
+        f->Round(f->A());
+        f->EditTitle(f->A(), Family::X, u"X by A again"_s);
+        f->Round(f->A());
+        QCOMPARE(Family::Conflicts(f->M()), QStringList());
+        QVERIFY(Family::IdOf(f->M(), u"X by A again"_s) > 0);
+    }
+
     void s23_deletedAndEditedInTheSameSecond_isGone()
     {
         f->Delete(f->M(), Family::Q);
         f->Edit(*Library::Open(f->A()), Family::Q, u"Q by A"_s); // the clock stands
         f->Round(f->A());
-        QCOMPARE(IdOf(f->M(), u"Q by A"_s), 0);
-        QCOMPARE(IdOf(f->A(), u"Q by A"_s), 0);
+        QCOMPARE(Family::IdOf(f->M(), u"Q by A"_s), 0);
+        QCOMPARE(Family::IdOf(f->A(), u"Q by A"_s), 0);
         QVERIFY(f->Kept(f->M()).contains(u"Q by A"_s));
     }
 
@@ -533,9 +459,9 @@ private Q_SLOTS:
         f->EditTitle(f->A(), Family::Y, u"Y by A"_s);
         QCOMPARE(Family::Ask(f->M(), u"SELECT count(*) FROM DeletedItems"_s).ToLong(), 0);
         const auto [mother, own] = f->Round(f->A());
-        QCOMPARE(IdOf(f->M(), u"Q by A"_s), 0);
-        QCOMPARE(IdOf(f->A(), u"Q by A"_s), 0);
-        QVERIFY(IdOf(f->M(), u"Y by A"_s) > Family::Y);
+        QCOMPARE(Family::IdOf(f->M(), u"Q by A"_s), 0);
+        QCOMPARE(Family::IdOf(f->A(), u"Q by A"_s), 0);
+        QVERIFY(Family::IdOf(f->M(), u"Y by A"_s) > Family::Y);
         QVERIFY(Has(mother.Report, MergeEvent::ItemRegained, u"Y by A"_s));
     }
 
@@ -546,13 +472,13 @@ private Q_SLOTS:
         f->EditTitle(f->A(), Family::Q, u"Q by A"_s);
         f->Prompts.ExpectMsgBox(u"Error"_s); // of the file
         const auto [mother, own] = f->Round(f->A());
-        QCOMPARE(IdOf(f->M(), u"Q by A"_s), 0);
+        QCOMPARE(Family::IdOf(f->M(), u"Q by A"_s), 0);
         QVERIFY(Has(mother.Report, MergeEvent::SetAside, u"Q by A"_s));
         QVERIFY(f->Kept(f->M()).contains(u"Q by A"_s));
         QCOMPARE(Family::Ask(f->A(), u"SELECT MotherRecordID FROM Items WHERE ID = 2"_s).ToLong(), -1);
         QVERIFY(QFile::exists(f->Home.Path(u"child/lib_Files/%1 - old.txt"_s.arg(file))));
         f->Round(f->A());
-        QVERIFY(IdOf(f->M(), u"Q by A"_s) > 0);
+        QVERIFY(Family::IdOf(f->M(), u"Q by A"_s) > 0);
         QVERIFY(!Family::Outline(f->M()).filter(u"old.txt"_s).isEmpty());
     }
 
@@ -561,8 +487,8 @@ private Q_SLOTS:
         f->EditTitle(f->A(), Family::X, u"X by A"_s);
         f->Delete(f->M(), Family::X);
         const auto [mother, own] = f->Round(f->A());
-        QCOMPARE(IdOf(f->M(), u"X by A"_s), 0);
-        QCOMPARE(IdOf(f->A(), u"X by A"_s), 0);
+        QCOMPARE(Family::IdOf(f->M(), u"X by A"_s), 0);
+        QCOMPARE(Family::IdOf(f->A(), u"X by A"_s), 0);
         QVERIFY(f->Kept(f->M()).contains(u"X by A"_s));
         QVERIFY(f->Kept(f->A()).contains(u"X by A"_s));
     }
@@ -572,9 +498,9 @@ private Q_SLOTS:
         f->Delete(f->A(), Family::F);
         f->EditTitle(f->M(), Family::X, u"X by M"_s);
         f->Round(f->A());
-        QCOMPARE(IdOf(f->M(), u"F"_s), 0);
-        QCOMPARE(IdOf(f->M(), u"P2"_s), 0);
-        QCOMPARE(ParentOf(f->M(), u"X by M"_s), OrphanedItemsTitle);
+        QCOMPARE(Family::IdOf(f->M(), u"F"_s), 0);
+        QCOMPARE(Family::IdOf(f->M(), u"P2"_s), 0);
+        QCOMPARE(Family::ParentOf(f->M(), u"X by M"_s), OrphanedItemsTitle);
     }
 
     void s27_childDeletesTheBranchMotherAddsAFile_isKeptWithIt()
@@ -666,7 +592,7 @@ private Q_SLOTS:
         f->Delete(f->A(), Family::X);
         QCOMPARE(Family::Ask(f->A(), u"SELECT count(*) FROM DeletedItems"_s).ToLong(), 0);
         f->Round(f->A());
-        QCOMPARE(IdOf(f->M(), u"X"_s), 0);
+        QCOMPARE(Family::IdOf(f->M(), u"X"_s), 0);
         f->Round(f->B);
         QVERIFY(f->AreEqual());
     }
@@ -684,12 +610,12 @@ private Q_SLOTS:
         f->Add(f->M(), 0, u"first of M"_s);
         f->Add(f->A(), 0, u"first of A"_s);
         f->Round(f->A());
-        const qint64 atA = IdOf(f->A(), u"first of M"_s);
-        QVERIFY(atA != IdOf(f->M(), u"first of M"_s));
+        const qint64 atA = Family::IdOf(f->A(), u"first of M"_s);
+        QVERIFY(atA != Family::IdOf(f->M(), u"first of M"_s));
         const qint64 before = Family::Ask(f->M(), u"SELECT count(*) FROM Items"_s).ToLong();
         f->Delete(f->A(), atA);
         f->Round(f->A());
-        QCOMPARE(IdOf(f->M(), u"first of M"_s), 0);
+        QCOMPARE(Family::IdOf(f->M(), u"first of M"_s), 0);
         QCOMPARE(Family::Ask(f->M(), u"SELECT count(*) FROM Items"_s).ToLong(), before - 1);
         f->Round(f->B);
         QVERIFY(f->AreEqual());
@@ -701,7 +627,7 @@ private Q_SLOTS:
         f->Delete(f->A(), Family::X);
         f->Round(f->A());
         f->Round(f->B);
-        QCOMPARE(IdOf(f->B, u"X by B"_s), 0);
+        QCOMPARE(Family::IdOf(f->B, u"X by B"_s), 0);
         QVERIFY(f->Kept(f->B).contains(u"X by B"_s));
         QVERIFY(f->AreEqual());
     }
@@ -712,7 +638,7 @@ private Q_SLOTS:
         f->EditTitle(f->B, Family::X, u"X by B"_s);
         f->Round(f->A());
         f->Round(f->B);
-        const qint64 id = IdOf(f->M(), u"X by B"_s);
+        const qint64 id = Family::IdOf(f->M(), u"X by B"_s);
         QVERIFY(id > Family::Y);
         f->EditTitle(f->M(), id, u"X decided"_s);
         f->Round(f->B);
@@ -733,8 +659,8 @@ private Q_SLOTS:
         QVERIFY(f->TakeIn(f->M()).Done);
         f->EditTitle(f->B, Family::Y, u"Y by B"_s);
         f->Round(f->B);
-        QVERIFY(IdOf(f->M(), u"Y by B"_s) > 0);
-        QCOMPARE(IdOf(f->B, u"Y by B"_s), Family::Y);
+        QVERIFY(Family::IdOf(f->M(), u"Y by B"_s) > 0);
+        QCOMPARE(Family::IdOf(f->B, u"Y by B"_s), Family::Y);
     }
 
     /// By its date, which comes down to the mother's clock, B would have it: B's clock was further ahead.
@@ -755,6 +681,57 @@ private Q_SLOTS:
         f->Clock.AddSeconds(10000);
         f->Round(f->B);
         QVERIFY(!Family::Outline(f->B).filter(u"ahead.txt |  | ahead"_s).isEmpty());
+    }
+
+    void editByAClockAhead_countsAsOfNow()
+    {
+        f->Clock.AddSeconds(3600);
+        {
+            const auto child = Library::Open(f->A());
+            Family::Edit(*child, Family::Q, u"Q ahead"_s);
+            QVERIFY(WriteChanges(*child, f->File, ExportAgain::No));
+        }
+        f->Clock.AddSeconds(-3600);
+        QVERIFY(f->TakeIn(f->M()).Done);
+        QVERIFY(Family::Ask(f->M(), u"SELECT LastChanged FROM Items WHERE ID = ?"_s, {Family::Q}).ToDate()
+                <= f->Clock.Now());
+        f->EditTitle(f->B, Family::Q, u"Q later"_s);
+        f->Round(f->B);
+        QCOMPARE(Family::TitleOf(f->M(), Family::Q), u"Q later"_s);
+    }
+
+    void fileDescribedByBoth_hasTheLaterText_data()
+    {
+        QTest::addColumn<bool>("motherLater");
+        QTest::newRow("the mother later") << true;
+        QTest::newRow("the child later") << false;
+    }
+    void fileDescribedByBoth_hasTheLaterText()
+    {
+        QFETCH(bool, motherLater);
+        f->Describe(motherLater ? f->A() : f->M(), 1, u"earlier"_s);
+        f->Describe(motherLater ? f->M() : f->A(), 1, u"later"_s);
+        f->Round(f->A());
+        f->Round(f->B);
+        QCOMPARE(Family::Ask(f->M(), u"SELECT Description FROM Files WHERE ID = 1"_s).ToText(), u"later"_s);
+        QVERIFY(f->AreEqual());
+    }
+
+    /// B has met the mother between A's change and A's round.
+    void fileDescribedBeforeAnothersRound_isDescribedThereToo()
+    {
+        f->Describe(f->A(), 1, u"by A"_s);
+        f->ExportOf(f->A());
+        const QString aside = f->Home.Path(u"aside.qbs"_s);
+        QVERIFY(QFile::rename(f->File, aside));
+        f->Round(f->B);
+        QFile::remove(f->File);
+        QVERIFY(QFile::rename(aside, f->File));
+        QVERIFY(f->TakeIn(f->M()).Done);
+        QVERIFY(f->TakeIn(f->A()).Done);
+        f->Clock.AddSeconds(60);
+        f->Round(f->B);
+        QCOMPARE(Family::Ask(f->B, u"SELECT Description FROM Files WHERE ID = 1"_s).ToText(), u"by A"_s);
     }
 
     void s36_files_areAllThere()
@@ -834,6 +811,23 @@ private Q_SLOTS:
         QVERIFY(f->AreEqual());
     }
 
+    void s37_sameLinkOnBoth_hasTheLaterNote_data()
+    {
+        QTest::addColumn<bool>("motherLater");
+        QTest::newRow("the mother later") << true;
+        QTest::newRow("the child later") << false;
+    }
+    void s37_sameLinkOnBoth_hasTheLaterNote()
+    {
+        QFETCH(bool, motherLater);
+        f->Link(motherLater ? f->A() : f->M(), Family::P, Family::Q, u"earlier"_s);
+        f->Link(motherLater ? f->M() : f->A(), Family::P, Family::Q, u"later"_s);
+        f->Round(f->A());
+        f->Round(f->B);
+        for (const QString& path : {f->M(), f->A(), f->B})
+            QCOMPARE(Family::Ask(path, u"SELECT Note FROM ItemLinks WHERE ItemID = 1"_s).ToText(), u"later"_s);
+    }
+
     void s37_noteFromAClockAhead_countsAsOfNow()
     {
         const auto link = [](Library& library, const QString& note, Date noted) {
@@ -852,53 +846,17 @@ private Q_SLOTS:
             QCOMPARE(Family::Ask(path, u"SELECT Note FROM ItemLinks WHERE ItemID = 1"_s).ToText(), u"later"_s);
     }
 
-    void s38_newPage_getsTheNewNumber()
-    {
-        f->Add(f->M(), 0, u"other"_s); // takes the number
-        const qint64 id = f->Add(f->A(), 0, u"with page"_s);
-        const QString page = u"<img src=\"%1/pic.png\">"_s.arg(id);
-        f->In(f->A(), [&](Library& library) {
-            WriteFile(library.HTMLFolder() + QString::number(id) + u".htm"_s, page.toUtf8());
-            WriteFile(library.HTMLFolder() + QString::number(id) + u"/pic.png"_s, "picture");
-            library.Execute(u"UPDATE Items SET HTMLPage = ?, HTMLLastUpdated = ?, LastChanged = ? WHERE ID = ?"_s,
-                            {Value(true), library.NextStamp(), library.NextStamp(), id});
-        });
-        f->Round(f->A());
-        const qint64 atM = IdOf(f->M(), u"with page"_s);
-        QVERIFY(atM != id);
-        const QString folder = f->Home.Path(u"Mütter/mother_HTML/"_s);
-        QCOMPARE(ReadFile(folder + QString::number(atM) + u".htm"_s),
-                 "<img src=\"" + QByteArray::number(atM) + "/pic.png\">");
-        QCOMPARE(ReadFile(folder + QString::number(atM) + u"/pic.png"_s), QByteArray("picture"));
-        QCOMPARE(ReadFile(f->Home.Path(u"child/lib_HTML/%1.htm"_s.arg(id))), page.toUtf8());
-        f->Round(f->B);
-        QVERIFY(f->AreEqual());
-    }
-
-    void pageOfTheMother_travelsWithTheChildsText()
-    {
-        SetPage(f->M(), Family::X, "first");
-        f->Round(f->A());
-        SetPage(f->M(), Family::X, "second");
-        f->EditCode(f->A(), Family::X, u"int by_a;"_s);
-        const auto [mother, own] = f->Round(f->A());
-        QCOMPARE(mother.Report.CountOf(MergeEvent::Conflict), 1);
-        QCOMPARE(ReadFile(f->Home.Path(u"Mütter/mother_HTML/5.htm"_s)), QByteArray("second"));
-        QCOMPARE(ReadFile(f->Home.Path(u"child/lib_HTML/5.htm"_s)), QByteArray("second"));
-        QCOMPARE(f->Kept(f->A()).count(u"X"_s), 2); // with the texts of the first round, and with the first page
-    }
-
     void contentsThatAreMissing_areInTheReportOfTheOtherSide()
     {
-        SetPage(f->A(), Family::Y, "by A");
+        f->SetPage(f->A(), Family::Y, "by A");
         QFile::remove(f->Home.Path(u"child/lib_HTML/6.htm"_s));
         const qint64 file = f->AttachTo(f->A(), Family::Q, u"lost.txt"_s, "lost");
         QFile::remove(f->Home.Path(u"child/lib_Files/%1 - lost.txt"_s.arg(file)));
         const qint64 page = f->Add(f->M(), 0, u"lost page"_s);
-        SetPage(f->M(), page, "by M");
+        f->SetPage(f->M(), page, "by M");
         QFile::remove(f->Home.Path(u"Mütter/mother_HTML/%1.htm"_s.arg(page)));
         QFile::remove(f->Home.Path(u"child/lib_HTML/6/bild.png"_s)); // of what is in its folder nothing is said
-        SetPage(f->A(), Family::X, "whole");
+        f->SetPage(f->A(), Family::X, "whole");
         const auto [mother, own] = f->Round(f->A());
         const QString lost = u"it is missing on the other side, and did not come"_s;
         const auto has = [](const MergeReport& report, const MergeLine& line) {
@@ -909,332 +867,10 @@ private Q_SLOTS:
         QVERIFY(has(mother.Report, {MergeEvent::FileAdded, Family::Q, u"Q"_s,
                                     u"lost.txt, whose contents are missing in the replica"_s}));
         QCOMPARE(mother.Report.CountOf(MergeEvent::PageChanged), 2);
-        QVERIFY(has(own.Report, {MergeEvent::PageChanged, IdOf(f->A(), u"lost page"_s), u"lost page"_s, lost}));
+        QVERIFY(has(own.Report, {MergeEvent::PageChanged, Family::IdOf(f->A(), u"lost page"_s), u"lost page"_s, lost}));
         QCOMPARE(own.Report.CountOf(MergeEvent::PageChanged), 1);
         f->EditTitle(f->A(), Family::X, u"X by A"_s); // whose page has come before
         QCOMPARE(f->Round(f->A()).first.Report.CountOf(MergeEvent::PageChanged), 0);
-    }
-
-    void descriptionOfAFile_thatWasChangedMeanwhile_travelsAlone()
-    {
-        f->ExportOf(f->A());
-        f->In(f->A(), [](Library& library) {
-            CFileObject file;
-            file.Initialise(library, u"1"_s);
-            file.SetDescription(u"by A"_s);
-            file.SetDescriptionChanged(true);
-            file.Commit();
-        });
-        QVERIFY(f->TakeIn(f->M()).Done);
-        QVERIFY(f->TakeIn(f->A()).Done);
-        f->Clock.AddSeconds(60);
-        QVERIFY(f->Round(f->A()).first.Report.Faults.empty());
-        QCOMPARE(Family::Ask(f->M(), u"SELECT Description FROM Files WHERE ID = 1"_s).ToText(), u"by A"_s);
-    }
-
-    /// A text that the child changed between its export and the answer travels next time, but not the page with it.
-    void pageOfTheMother_staysOverATextThatWasChangedMeanwhile()
-    {
-        f->ExportOf(f->A());
-        f->EditTitle(f->A(), Family::Y, u"Y by A"_s);
-        QVERIFY(f->TakeIn(f->M()).Done);
-        f->In(f->M(), [](Library& library) { WritePage(library, Family::Y, "new page"); });
-        QVERIFY(f->TakeIn(f->A()).Done); // the text is dated as late as the page
-        f->Round(f->A());
-        QCOMPARE(ReadFile(f->Home.Path(u"Mütter/mother_HTML/6.htm"_s)), QByteArray("new page"));
-        QCOMPARE(ReadFile(f->Home.Path(u"child/lib_HTML/6.htm"_s)), QByteArray("new page"));
-    }
-
-    /// Of an item that came back the child sends the page in the next round; she may have written another one since.
-    void pageOfARegainedItem_isNotWrittenOverTheMothers()
-    {
-        f->Delete(f->M(), Family::Y);
-        f->EditTitle(f->A(), Family::Y, u"Y by A"_s);
-        f->Round(f->A());
-        const qint64 id = IdOf(f->M(), u"Y by A"_s);
-        f->EditTitle(f->M(), id, u"Y kept"_s);
-        f->In(f->M(), [id](Library& library) { WritePage(library, id, "by M"); });
-        f->Round(f->A());
-        const QString page = f->Home.Path(u"Mütter/mother_HTML/%1.htm"_s.arg(id));
-        QCOMPARE(ReadFile(page), QByteArray("by M"));
-        QCOMPARE(ReadFile(f->Home.Path(u"child/lib_HTML/6.htm"_s)), QByteArray("by M"));
-        QCOMPARE(f->Kept(f->A()), QStringList{u"Y by A"_s});
-        f->Round(f->A());
-        QCOMPARE(ReadFile(page), QByteArray("by M"));
-    }
-
-    /// Of an item that came back the page comes alone, a round later. Others get it as well.
-    void pageOfARegainedItem_goesToTheOthers()
-    {
-        f->Delete(f->A(), Family::Y);
-        f->EditTitle(f->B, Family::Y, u"Y by B"_s);
-        f->Round(f->A());
-        f->Round(f->B);
-        f->EditTitle(f->M(), IdOf(f->M(), u"Y by B"_s), u"Y kept"_s);
-        f->Round(f->A());
-        f->Round(f->B);
-        f->Round(f->A());
-        QVERIFY(!Family::Outline(f->A()).filter(u"bild.png"_s).isEmpty());
-        QVERIFY(f->AreEqual());
-    }
-
-    void pageOfTheMother_comesUnderATextThatWasChangedMeanwhile()
-    {
-        f->ExportOf(f->A());
-        SetPage(f->M(), Family::X, "by M");
-        SetPage(f->M(), Family::Y, {});
-        f->EditTitle(f->A(), Family::X, u"X by A"_s);
-        f->EditTitle(f->A(), Family::Y, u"Y by A"_s);
-        QVERIFY(f->TakeIn(f->M()).Done);
-        QVERIFY(f->TakeIn(f->A()).Done);
-        QCOMPARE(ReadFile(f->Home.Path(u"child/lib_HTML/5.htm"_s)), QByteArray("by M"));
-        QVERIFY(!QFile::exists(f->Home.Path(u"child/lib_HTML/6.htm"_s)));
-        QCOMPARE(f->Kept(f->A()), QStringList{u"Y by A"_s}); // with the page that went
-        f->Clock.AddSeconds(60);
-        f->In(f->A(), [](Library& library) { DiscardAllConflicts(library); });
-        f->Round(f->A());
-        f->Round(f->B);
-        QCOMPARE(Family::TitleOf(f->M(), Family::X), u"X by A"_s);
-        QCOMPARE(ReadFile(f->Home.Path(u"Mütter/mother_HTML/5.htm"_s)), QByteArray("by M"));
-        QVERIFY(f->AreEqual());
-    }
-
-    /// The solver shows it beside the child's, though it is the same and has not travelled.
-    void pageOfTheMothersVersionThatLost_isThere()
-    {
-        f->ExportOf(f->A());
-        f->EditTitle(f->M(), Family::Y, u"Y by M"_s);
-        f->EditTitle(f->A(), Family::Y, u"Y by A"_s);
-        QVERIFY(f->TakeIn(f->M()).Done);
-        QVERIFY(f->TakeIn(f->A()).Done);
-        const Value page = Family::Ask(f->A(), u"SELECT File FROM TempHTMLFiles WHERE ItemIDRef = 6 AND Folder = ''"_s);
-        QCOMPARE(page.ToBytes(), ReadFile(f->Home.Path(u"child/lib_HTML/6.htm"_s)));
-    }
-
-    void pageThatOnlyTheChildChangedMeanwhile_staysUnderTheMothersText()
-    {
-        f->ExportOf(f->A());
-        SetPage(f->A(), Family::X, "by A");
-        SetPage(f->A(), Family::Y, {});
-        f->EditTitle(f->M(), Family::X, u"X by M"_s);
-        f->EditTitle(f->M(), Family::Y, u"Y by M"_s);
-        QVERIFY(f->TakeIn(f->M()).Done);
-        QVERIFY(f->TakeIn(f->A()).Done);
-        f->Clock.AddSeconds(60);
-        f->In(f->A(), [](Library& library) { DiscardAllConflicts(library); });
-        f->Round(f->A());
-        QCOMPARE(Family::TitleOf(f->A(), Family::X), u"X by M"_s);
-        QCOMPARE(ReadFile(f->Home.Path(u"Mütter/mother_HTML/5.htm"_s)), QByteArray("by A"));
-        QVERIFY(!QFile::exists(f->Home.Path(u"Mütter/mother_HTML/6.htm"_s)));
-        f->Round(f->B);
-        QVERIFY(f->AreEqual());
-    }
-
-    void pageThatBothChangedMeanwhile_goesWithTheText()
-    {
-        f->ExportOf(f->A());
-        SetPage(f->A(), Family::X, "by A");
-        SetPage(f->A(), Family::Y, {});
-        SetPage(f->M(), Family::X, "by M");
-        SetPage(f->M(), Family::Y, "Y by M");
-        QVERIFY(f->TakeIn(f->M()).Done);
-        QVERIFY(f->TakeIn(f->A()).Done);
-        QCOMPARE(Family::Ask(f->A(), u"SELECT File FROM TempHTMLFiles WHERE ItemIDRef = 5"_s).ToBytes(),
-                 QByteArray("by A"));
-        f->Clock.AddSeconds(60);
-        f->In(f->A(), [](Library& library) { DiscardAllConflicts(library); });
-        f->Round(f->A());
-        QCOMPARE(ReadFile(f->Home.Path(u"child/lib_HTML/5.htm"_s)), QByteArray("by M"));
-        QCOMPARE(ReadFile(f->Home.Path(u"Mütter/mother_HTML/6.htm"_s)), QByteArray("Y by M"));
-        f->Round(f->B);
-        QVERIFY(f->AreEqual());
-    }
-
-    /// The child keeps its version and its page, which goes to the mother with it.
-    void pageOfTheWinningChild_travelsWithItsText()
-    {
-        f->ExportOf(f->A());
-        f->EditTitle(f->M(), Family::X, u"X by M"_s);
-        SetPage(f->A(), Family::X, "by A");
-        QVERIFY(f->TakeIn(f->M()).Done);
-        QVERIFY(f->TakeIn(f->A()).Done);
-        f->Clock.AddSeconds(60);
-        f->DiscardConflicts(f->A());
-        f->Round(f->A());
-        QCOMPARE(ReadFile(f->Home.Path(u"Mütter/mother_HTML/5.htm"_s)), QByteArray("by A"));
-        f->Round(f->B);
-        QVERIFY(f->AreEqual());
-    }
-
-    void pageThatTheMotherDeleted_goesUnderTheChildsText()
-    {
-        SetPage(f->M(), Family::Y, {});
-        f->EditCode(f->A(), Family::Y, u"int by_a;"_s);
-        f->Round(f->A());
-        QVERIFY(!QFile::exists(f->Home.Path(u"child/lib_HTML/6.htm"_s)));
-        QCOMPARE(Family::Ask(f->A(), u"SELECT HTMLPage FROM Items WHERE ID = 6"_s).ToLong(), 0);
-        QCOMPARE(Family::Ask(f->M(), u"SELECT HTMLPage FROM Items WHERE ID = 6"_s).ToLong(), 0);
-        QCOMPARE(f->Kept(f->A()), QStringList{u"Y"_s});
-    }
-
-    /// B met the mother between A's change and A's round.
-    void pageThatAnotherChildTookAway_staysAwayUnderALaterText()
-    {
-        SetPage(f->A(), Family::Y, {});
-        f->Round(f->B);
-        f->Round(f->A());
-        f->EditTitle(f->B, Family::Y, u"Y by B"_s);
-        f->Round(f->B);
-        QCOMPARE(Family::Ask(f->M(), u"SELECT Title || HTMLPage FROM Items WHERE ID = 6"_s).ToText(), u"Y by B0"_s);
-        f->DiscardConflicts(f->M());
-        f->Round(f->A());
-        QVERIFY(f->AreEqual());
-    }
-
-    void pageOfTheLosingChild_isReplacedByTheMothers()
-    {
-        SetPage(f->A(), Family::Y, "by A");
-        f->EditTitle(f->M(), Family::Y, u"Y by M"_s);
-        f->Round(f->A());
-        QCOMPARE(ReadFile(f->Home.Path(u"child/lib_HTML/6.htm"_s)),
-                 ReadFile(f->Home.Path(u"Mütter/mother_HTML/6.htm"_s)));
-        QVERIFY(ReadFile(f->Home.Path(u"child/lib_HTML/6.htm"_s)).contains("bild.png"));
-        QCOMPARE(Family::Ask(f->M(), u"SELECT File FROM TempHTMLFiles WHERE Folder = ''"_s).ToBytes(),
-                 QByteArray("by A"));
-    }
-
-    void fileDeletedRightAfterARound_goes()
-    {
-        const qint64 file = f->AttachTo(f->M(), Family::Q, u"new.txt"_s, "new");
-        f->ExportOf(f->A());
-        QVERIFY(f->TakeIn(f->M()).Done);
-        f->Clock.AddSeconds(2);
-        {
-            const auto mother = f->OpenMother(); // sooner than the date that the child gives what it takes over
-            Transaction transaction(*mother);
-            StoredFileDeletion deletion;
-            deletion.Delete(*mother, file);
-            transaction.Commit();
-            deletion.Complete();
-        }
-        QVERIFY(f->TakeIn(f->A()).Done);
-        f->Clock.AddSeconds(120);
-        f->Round(f->A());
-        f->Round(f->A());
-        QVERIFY(Family::Outline(f->M()).filter(u"new.txt"_s).isEmpty());
-        QVERIFY(Family::Outline(f->A()).filter(u"new.txt"_s).isEmpty());
-    }
-
-    /// The mother has it by then, and nobody here knows what she calls it before her answer comes.
-    void deletedWhileTheAnswerIsOnItsWay_goes()
-    {
-        const qint64 file = f->AttachTo(f->A(), Family::Q, u"new.txt"_s, "new");
-        const qint64 one = f->Add(f->A(), 0, u"one"_s);
-        f->In(f->A(), [one](Library& library) {
-            library.Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, DateAdded, DateUpdated) VALUES (?1, ?2, ?3, "
-                            "?3)"_s,
-                            {one, Family::X, library.NextStamp()});
-        });
-        f->ExportOf(f->A());
-        QVERIFY(f->TakeIn(f->M()).Done);
-        f->In(f->A(), [file, one](Library& library) {
-            CFileObject object;
-            object.Initialise(library, QString::number(file));
-            object.Delete();
-            object.Commit();
-            CCodeItem item;
-            item.Initialise(library, QString::number(one));
-            const std::shared_ptr<CLink> link = item.Links().Item(CLinks::KeyOf(Family::X));
-            link->Direction = LinkDirection::None;
-            link->DirtyFlag = true;
-            item.SetLinksChanged(true);
-            item.Commit();
-        });
-        QVERIFY(f->TakeIn(f->A()).Done);
-        f->Clock.AddSeconds(60);
-        QVERIFY(Family::Outline(f->M()).contains(u"one --> X"_s));
-        f->Round(f->A());
-        QVERIFY(Family::Outline(f->M()).filter(u"new.txt"_s).isEmpty());
-        QVERIFY(!Family::Outline(f->M()).contains(u"one --> X"_s));
-        f->Round(f->B);
-        QVERIFY(f->AreEqual());
-    }
-
-    /// B met the mother between A's changes and A's round: their dates are before its bound.
-    void whatAnotherChangedBefore_comesAllTheSame()
-    {
-        f->AttachTo(f->A(), Family::P, u"new.txt"_s, "new");
-        f->In(f->A(), [](Library& library) {
-            library.Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, DateAdded) VALUES (?, ?, ?)"_s,
-                            {Family::P, Family::F, library.NextStamp()});
-        });
-        f->Delete(f->A(), Family::Q);
-        f->Round(f->B);
-        f->Round(f->A());
-        f->Round(f->B);
-        QCOMPARE(Family::Outline(f->B).filter(u"new.txt"_s), QStringList{u"P > new.txt |  | new"_s});
-        QVERIFY(Family::Outline(f->B).contains(u"P --> F"_s));
-        QCOMPARE(IdOf(f->B, u"Q"_s), 0);
-        QVERIFY(f->AreEqual());
-    }
-
-    /// Both have made it; the mother's answer does not bring it back.
-    void linkDeletedWhileTheAnswerIsOnItsWay_staysAway()
-    {
-        for (const QString& path : {f->M(), f->A()})
-            f->In(path, [](Library& library) {
-                library.Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, DateAdded) VALUES (?, ?, ?)"_s,
-                                {Family::P, Family::Q, library.NextStamp()});
-            });
-        f->ExportOf(f->A());
-        f->In(f->A(), [](Library& library) {
-            CCodeItem item;
-            item.Initialise(library, QString::number(Family::P));
-            const std::shared_ptr<CLink> link = item.Links().Item(CLinks::KeyOf(Family::Q));
-            link->Direction = LinkDirection::None;
-            link->DirtyFlag = true;
-            item.SetLinksChanged(true);
-            item.Commit();
-        });
-        QVERIFY(f->TakeIn(f->M()).Done);
-        QVERIFY(Family::Outline(f->M()).contains(u"P --> Q"_s));
-        QVERIFY(f->TakeIn(f->A()).Done);
-        QVERIFY(!Family::Outline(f->A()).contains(u"P --> Q"_s));
-        f->Clock.AddSeconds(120);
-        f->Round(f->A());
-        f->Round(f->B);
-        QVERIFY(!Family::Outline(f->M()).contains(u"P --> Q"_s));
-        QVERIFY(f->AreEqual());
-    }
-
-    /// What was made while a file was on its way has a later date than the next export, if that follows at once.
-    void fileDeletedAfterAnExportAtOnce_goes()
-    {
-        f->ExportOf(f->A());
-        QVERIFY(f->TakeIn(f->M()).Done);
-        const Date before = f->Clock.Now();
-        f->Clock.Set(Date::FromSeconds(before.Seconds() - 90)); // between the export and the mother's stamp
-        qint64 file = 0;
-        {
-            const auto child = Library::Open(f->A());
-            file = f->Attach(*child, Family::Q, u"new.txt"_s, "new");
-        }
-        f->Clock.Set(before);
-        const auto child = Library::Open(f->A());
-        Synchronize(*child, f->File);
-        QVERIFY(WriteChanges(*child, f->File, ExportAgain::No));
-        f->Clock.AddSeconds(120);
-        {
-            CFileObject object;
-            object.Initialise(*child, QString::number(file));
-            object.Delete();
-            object.Commit();
-        }
-        QVERIFY(f->TakeIn(f->M()).Done);
-        QVERIFY(f->TakeIn(f->A()).Done);
-        f->Clock.AddSeconds(120);
-        f->Round(f->A());
-        QVERIFY(Family::Outline(f->M()).filter(u"new.txt"_s).isEmpty());
     }
 
     void s39_threeEdit_endsEqual()
@@ -1253,57 +889,6 @@ private Q_SLOTS:
         QVERIFY(f->AreEqual());
     }
 
-    void s42_stepsInTheWrongOrder_areTold()
-    {
-        f->EditTitle(f->A(), Family::X, u"X by A"_s);
-        f->ExportOf(f->A());
-        f->Prompts.ExpectMsgBox(u"Can't synchronize"_s, MsgBoxResult::Yes);
-        const QByteArray before = ReadFile(f->File);
-        QCOMPARE(f->TakeIn(f->A()).Result, 0);
-        QCOMPARE(ReadFile(f->File), before);
-        f->Prompts.ExpectMsgBox(u"Can't synchronize"_s, MsgBoxResult::No);
-        QCOMPARE(f->TakeIn(f->A()).Result, 0);
-        QVERIFY(ReadFile(f->File).startsWith("SQLite format 3"));
-        QVERIFY(f->TakeIn(f->M()).Done); // it is accepted unpacked
-        const QByteArray answer = ReadFile(f->File);
-        f->Prompts.ExpectMsgBox(u"Old synchronization file"_s);
-        QCOMPARE(f->TakeIn(f->M()).Result, 0);
-        QCOMPARE(f->Prompts.Messages.last().Text,
-                 u"This export file has already been synchronized with the mother database."_s);
-        QVERIFY(f->TakeIn(f->A()).Done);
-        QVERIFY(!QFile::exists(f->File));
-        WriteFile(f->File, answer);
-        f->Prompts.ExpectMsgBox(u"Can't synchronize"_s, MsgBoxResult::Yes);
-        QCOMPARE(f->TakeIn(f->A()).Result, 0);
-        QCOMPARE(f->TakeIn(f->B).Result, 0);
-        QCOMPARE(Family::TitleOf(f->M(), Family::X), u"X by A"_s);
-    }
-
-    void s42_answerToAnExportThatTheChildDoesNotKnow_isOld()
-    {
-        const QByteArray child = ReadFile(f->A());
-        f->EditTitle(f->A(), Family::X, u"X by A"_s);
-        f->ExportOf(f->A());
-        QVERIFY(f->TakeIn(f->M()).Done);
-        WriteFile(f->A(), child); // as from a backup
-        const QByteArray answer = ReadFile(f->File);
-        f->Prompts.ExpectMsgBox(u"Old synchro file"_s, MsgBoxResult::Yes);
-        QCOMPARE(f->TakeIn(f->A()).Result, 0);
-        QCOMPARE(f->Prompts.Messages.last().Text,
-                 u"This synchronization file is old and has already been synchronized with this child database. The "
-                 "file can be destroyed, because is is not needed any more. Do you want to delete this file from your "
-                 "hard drive?\r\n\r\nThis database knows nothing of the changes that the file answers, as after it was "
-                 "brought back from a backup, or opened twice. Export the items of the replica, import them into the "
-                 "mother database, forget the replica and create a new one; nothing is lost that way."_s);
-        QCOMPARE(f->Prompts.Messages.last().Buttons, MsgBoxButtons::YesNo);
-        QCOMPARE(f->Prompts.Messages.last().Icon, MsgBoxIcon::Question);
-        QCOMPARE(ReadFile(f->File), answer);
-        f->Prompts.ExpectMsgBox(u"Old synchro file"_s, MsgBoxResult::No);
-        QCOMPARE(f->TakeIn(f->A()).Result, 0);
-        QVERIFY(ReadFile(f->File).startsWith("SQLite format 3"));
-        QCOMPARE(Family::TitleOf(f->A(), Family::X), u"X"_s);
-    }
-
     /// What is told of the failed export itself is tested with the export; here that a round goes on after it.
     void s44_exportFails_theNextRoundHasIt()
     {
@@ -1315,28 +900,7 @@ private Q_SLOTS:
         f->Delete(f->A(), Family::P); // which an exported child refuses
         f->Round(f->A());
         QCOMPARE(Family::TitleOf(f->M(), Family::X), u"X by A"_s);
-        QCOMPARE(IdOf(f->M(), u"P"_s), 0);
-    }
-
-    void s45_lostFiles_comeAgain()
-    {
-        f->EditTitle(f->A(), Family::X, u"X by A"_s);
-        f->ExportOf(f->A());
-        QFile::remove(f->File);
-        f->EditTitle(f->A(), Family::P, u"P by A"_s);
-        f->ExportOf(f->A(), ExportAgain::Yes);
-        QVERIFY(f->TakeIn(f->M()).Done);
-        QFile::remove(f->File);
-        f->In(f->M(), [this](Library& library) {
-            const QString child =
-                library.QueryValue(u"SELECT DBCopyID FROM ChildCopies WHERE ShortDescr = 'child'"_s).ToText();
-            HandOutAgain(library, child, f->File);
-        });
-        QVERIFY(f->TakeIn(f->A()).Done);
-        f->Round(f->B);
-        QCOMPARE(Family::TitleOf(f->B, Family::X), u"X by A"_s);
-        QCOMPARE(Family::TitleOf(f->B, Family::P), u"P by A"_s);
-        QVERIFY(f->AreEqual());
+        QCOMPARE(Family::IdOf(f->M(), u"P"_s), 0);
     }
 
     void s46_childrenOfOneSecond_areForgottenTogether()
@@ -1387,183 +951,6 @@ private Q_SLOTS:
         f->Clock.AddSeconds(7200);
         f->Round(f->A());
         QCOMPARE(Family::TitleOf(f->M(), Family::X), u"X by A"_s);
-    }
-
-    void s50_changeInTheSecondOfTheStamp_travels()
-    {
-        f->Round(f->A());
-        f->Clock.Set(Library::Open(f->A())->Replica().LastSynchronized);
-        {
-            const auto child = Library::Open(f->A());
-            f->Edit(*child, Family::X, u"X by A"_s);
-        }
-        f->Clock.AddSeconds(60);
-        f->Round(f->A());
-        QCOMPARE(Family::TitleOf(f->M(), Family::X), u"X by A"_s);
-    }
-
-    void madeDuringARound_isDatedAMinuteAfterTheStamp()
-    {
-        f->ExportOf(f->A());
-        f->Add(f->A(), 0, u"late"_s);
-        QVERIFY(f->TakeIn(f->M()).Done);
-        QVERIFY(f->TakeIn(f->A()).Done);
-        QCOMPARE(Family::Ask(f->A(),
-                             u"SELECT (i.Created - p.LastSynchronized) || ' ' || (i.LastChanged - p.LastSynchronized) "
-                             "FROM Items AS i, Properties AS p WHERE i.Title = 'late'"_s)
-                     .ToText(),
-                 u"60 60"_s);
-    }
-
-    void addedInTheSecondOfTheStamp_travels()
-    {
-        f->ExportOf(f->A());
-        QVERIFY(f->TakeIn(f->M()).Done);
-        const Date now = f->Clock.Now();
-        f->Clock.Set(
-            Family::Ask(f->M(), u"SELECT LastSynchronized FROM ChildCopies WHERE ShortDescr = 'child'"_s).ToDate());
-        {
-            const auto child = Library::Open(f->A());
-            f->Attach(*child, Family::Q, u"new.txt"_s, "new");
-            child->Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, DateAdded) VALUES (?, ?, ?)"_s,
-                           {Family::P, Family::Q, f->Clock.Now()});
-        }
-        f->Clock.Set(now);
-        QVERIFY(f->TakeIn(f->A()).Done);
-        f->Clock.AddSeconds(120);
-        f->Round(f->A());
-        QCOMPARE(Family::Outline(f->M()).filter(u"new.txt"_s), QStringList{u"Q > new.txt |  | new"_s});
-        QVERIFY(Family::Outline(f->M()).contains(u"P --> Q"_s));
-    }
-
-    void deletedInTheSecondOfTheExport_isToldOnce()
-    {
-        {
-            const auto child = Library::Open(f->A());
-            f->DeleteItem(*child, Family::Q);
-            QVERIFY(WriteChanges(*child, f->File, ExportAgain::No));
-            QCOMPARE(child->QueryValue(u"SELECT DateDeleted FROM DeletedItems"_s).ToDate(), child->LastExportedDate());
-        }
-        QVERIFY(f->TakeIn(f->M()).Done);
-        QCOMPARE(IdOf(f->M(), u"Q"_s), 0);
-        QVERIFY(f->TakeIn(f->A()).Done);
-        QCOMPARE(Family::Ask(f->A(), u"SELECT count(*) FROM DeletedItems"_s).ToLong(), 0);
-    }
-
-    void synchronizationThatIsUndone_canBeDoneAgain()
-    {
-        Family::WantUndo(true);
-        f->EditTitle(f->A(), Family::X, u"X by A"_s);
-        f->Delete(f->A(), Family::Y);
-        f->AttachTo(f->A(), Family::Q, u"new.txt"_s, "new");
-        f->ExportOf(f->A());
-        const QStringList before = Family::Outline(f->M());
-        const QByteArray file = ReadFile(f->File);
-        QVERIFY(f->TakeIn(f->M()).Done);
-        QVERIFY(Family::Outline(f->M()) != before);
-        UndoMerge(f->M());
-        QCOMPARE(Family::Outline(f->M()), before);
-        QCOMPARE(ReadFile(f->File), file);
-        f->In(f->M(), [this](Library& library) {
-            const QString child =
-                library.QueryValue(u"SELECT DBCopyID FROM ChildCopies WHERE ShortDescr = 'child'"_s).ToText();
-            QVERIFY_THROWS_EXCEPTION(RuntimeError, HandOutAgain(library, child, f->Home.Path(u"again.qbs"_s)));
-        });
-        QVERIFY(f->TakeIn(f->M()).Done);
-        QVERIFY(f->TakeIn(f->A()).Done);
-        f->Round(f->B);
-        QVERIFY(f->AreEqual());
-    }
-
-    void undoneBehindTheChild_refusesWhatItSends()
-    {
-        Family::WantUndo(true);
-        f->EditTitle(f->A(), Family::X, u"X by A"_s);
-        f->ExportOf(f->A());
-        const QByteArray file = ReadFile(f->File);
-        QVERIFY(f->TakeIn(f->M()).Done);
-        QVERIFY(f->TakeIn(f->A()).Done);
-        UndoMerge(f->M());
-        QCOMPARE(Family::TitleOf(f->M(), Family::X), u"X"_s);
-        QCOMPARE(ReadFile(f->File), file);
-        f->Clock.AddSeconds(60);
-        f->EditTitle(f->A(), Family::P, u"P by A"_s);
-        f->ExportOf(f->A());
-        f->Prompts.ExpectMsgBox(u"Old synchronization file"_s);
-        QVERIFY(!f->TakeIn(f->M()).Done);
-        QCOMPARE(Family::TitleOf(f->M(), Family::P), u"P"_s);
-        QCOMPARE(Family::TitleOf(f->A(), Family::X), u"X by A"_s);
-    }
-
-    /// Its backup is of the time when its export was on its way, which its log knows.
-    void childFromABackupThatKnowsItsExport_takesTheAnswerAgain()
-    {
-        f->EditTitle(f->A(), Family::X, u"X by A"_s);
-        const qint64 added = f->Add(f->A(), Family::P, u"added"_s);
-        f->ExportOf(f->A());
-        const QByteArray backup = ReadFile(f->A());
-        QVERIFY(f->TakeIn(f->M()).Done);
-        QVERIFY(f->TakeIn(f->A()).Done);
-        WriteFile(f->A(), backup);
-        f->EditTitle(f->A(), added, u"added, later"_s);
-        f->ExportOf(f->A(), ExportAgain::Yes);
-        VerifyRefusedByTheMother(u"'Hand Out Again'"_s);
-        HandOutTo(u"child"_s);
-        QVERIFY(f->TakeIn(f->A()).Done);
-        f->Clock.AddSeconds(120);
-        f->Round(f->A());
-        f->Round(f->B);
-        QCOMPARE(Family::Ask(f->M(), u"SELECT count(*) FROM Items WHERE Title LIKE 'added%'"_s).ToLong(), 1);
-        QVERIFY(IdOf(f->M(), u"added, later"_s) > 0);
-        QVERIFY(f->AreEqual());
-    }
-
-    void childFromAnOlderBackup_itsWorkIsTakenOverAsABranch()
-    {
-        const QByteArray backup = ReadFile(f->A());
-        f->EditTitle(f->A(), Family::Q, u"Q by A"_s);
-        f->Round(f->A());
-        WriteFile(f->A(), backup);
-        WorkInA();
-        f->ExportOf(f->A());
-        VerifyRefusedByTheMother(u"'Hand Out Again'"_s);
-        HandOutTo(u"child"_s);
-        f->Prompts.ExpectMsgBox(u"Old synchro file"_s, MsgBoxResult::Yes);
-        QCOMPARE(f->TakeIn(f->A()).Result, 0);
-        VerifyTakenOverAsABranch();
-        QCOMPARE(Family::Ask(f->M(), u"SELECT count(*) FROM Items WHERE Title = 'Q by A'"_s).ToLong(), 1);
-    }
-
-    void motherFromAnOlderBackup_theWorkOfTheChildIsTakenOverAsABranch()
-    {
-        const QByteArray backup = ReadFile(f->M());
-        f->EditTitle(f->A(), Family::Q, u"Q by A"_s);
-        f->Round(f->A());
-        WriteFile(f->M(), backup);
-        WorkInA();
-        f->ExportOf(f->A());
-        VerifyRefusedByTheMother(u"a later state of this database"_s);
-        VerifyTakenOverAsABranch();
-        QVERIFY(Family::Outline(f->M()).join(u'\n').contains(u"of the replica/Q by A"_s));
-        f->EditTitle(f->B, Family::F, u"F by B"_s); // which she still knows
-        f->Round(f->B);
-        QCOMPARE(Family::Outline(f->B), Family::Outline(f->M()));
-    }
-
-    void s45_fileOfAnEarlierExport_isAcceptedBack()
-    {
-        f->EditTitle(f->A(), Family::X, u"X by A"_s);
-        f->ExportOf(f->A());
-        const QByteArray first = ReadFile(f->File);
-        f->EditTitle(f->A(), Family::P, u"P by A"_s);
-        f->ExportOf(f->A(), ExportAgain::Yes);
-        WriteFile(f->File, first);
-        QVERIFY(f->TakeIn(f->M()).Done);
-        QVERIFY(f->TakeIn(f->A()).Done);
-        QCOMPARE(Family::TitleOf(f->M(), Family::P), u"P"_s);
-        f->Clock.AddSeconds(120);
-        f->Round(f->A()); // what changed after it travels now
-        QCOMPARE(Family::TitleOf(f->M(), Family::P), u"P by A"_s);
     }
 };
 
