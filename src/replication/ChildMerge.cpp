@@ -157,13 +157,13 @@ void ChildMerge::NoteArrivals()
     const Date moment = std::max(m_later, m_lib.NextStamp());
     for (const QString& rows :
          {u"'Items', i.ID, 0, 1, ?1, coalesce(i.LastChanged, 0), ?2 FROM main.Items AS i WHERE i.ID IN (SELECT ID "
-          "FROM temp.merge_Taken)"_s,
+          "FROM temp.merge_Taken UNION SELECT ID FROM temp.merge_PagesAlone)"_s,
           u"'Files', f.ID, 0, 1, ?1, coalesce(f.LastUpdated, 0), ?2 FROM main.Files AS f WHERE f.ID IN (SELECT ID "
           "FROM temp.merge_Described)"_s,
           u"'ItemLinks', a.ID, b.ID, 1, ?1, coalesce(s.DateAdded, 0), ?2 FROM synchro.ItemLinks AS s "
           "JOIN main.Items AS a ON a.MotherRecordID = s.MotherItemID JOIN main.Items AS b ON b.MotherRecordID = "
           "s.MotherLinkItemID WHERE s.IDChanged = 0"_s})
-        m_run.Log(rows, {moment, m_run.Other});
+        m_run.Log(u"SELECT "_s + rows, {moment, m_run.Other});
 }
 
 void ChildMerge::Stamp()

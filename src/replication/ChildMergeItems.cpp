@@ -146,6 +146,7 @@ void ChildMerge::DropPages(const QString& items)
     Statement dropped = m_lib.Query(items);
     while (dropped.Step())
         m_run.Contents.DropPage(dropped.Long(0));
+    m_run.Execute(u"INSERT OR IGNORE INTO temp.merge_PagesAlone "_s + items);
     m_run.Execute(u"UPDATE main.Items SET HTMLPage = ? WHERE ID IN (%1)"_s.arg(items), {Value(false)});
 }
 

@@ -109,6 +109,8 @@ private:
     void NoteWhatOthersLack();
     void RemoveGoneItems();
     void NoteDeletions(const QString& table, const QString& deletions, const QString& rows);
+    bool TellsOthers() const; ///< whether somebody else is to learn of what is taken in here
+    bool TellsMother() const; ///< whether it is a mother of this one
     bool IsToKeep(const QString& ids);
     QString PathOf(qint64 item);
     void ReportMissingPages();

@@ -195,14 +195,30 @@ void MergeRun::RemoveGoneItems()
         Execute(statement.arg(gone));
 }
 
-/// The other children learn of it with its own date.
+bool MergeRun::TellsOthers() const
+{
+    return Lib.Replica().Children > (AsMother ? 1 : 0) || TellsMother();
+}
+
+bool MergeRun::TellsMother() const
+{
+    return AsMother && Lib.IsChildReplica();
+}
+
+/// The other children, and the mother of one that has children itself, learn of it with its own date. The mother does
+/// by her own numbers, which the log has; the tables have those of this library.
 void MergeRun::NoteDeletions(const QString& table, const QString& deletions, const QString& rows)
 {
-    if (Lib.Replica().Children <= (AsMother ? 1 : 0))
+    if (!TellsOthers())
         return;
-    if (AsMother)
+    if (AsMother && !TellsMother())
         Execute(u"INSERT INTO main.%1 (ItemID, DateDeleted) SELECT ID, DateDeleted FROM %2"_s.arg(deletions, rows));
     Log(u"SELECT ?, ID, 0, 2, ?, DateDeleted, ? FROM %1"_s.arg(rows), {table, Stamp, Other});
+    if (TellsMother())
+        Execute(u"UPDATE main.ReplicaLog AS l SET MotherRecordID = max(coalesce(r.MotherRecordID, 0), 0) FROM main.%1 "
+                "AS r WHERE r.ID = l.RecordID AND l.OfTable = '%1' AND l.Event = 2 AND l.Moment = ? "
+                "AND l.Origin = ?"_s.arg(table),
+                {Stamp, Other});
 }
 
 void MergeRun::RemoveDeletedFiles()
@@ -253,15 +269,20 @@ void MergeRun::RemoveDeletedItemsLinks()
          u"SELECT i.ID, i.Title, coalesce((SELECT t.Title FROM main.Items AS t WHERE t.ID = l.LinkItemID), '') || CASE "
          "WHEN coalesce(l.Note, '') = '' THEN '' ELSE ': ' || l.Note END FROM main.ItemLinks AS l "
          "JOIN main.Items AS i ON i.ID = l.ItemID WHERE l.ID IN (%1)"_s.arg(gone));
-    const bool hasOthers = Lib.Replica().Children > (AsMother ? 1 : 0);
-    if (hasOthers && AsMother)
+    if (TellsOthers() && AsMother && !TellsMother())
         Execute(u"INSERT INTO main.DeletedItemLinks (ItemID, LinkItemID, DateDeleted) "
                 "SELECT l.ItemID, l.LinkItemID, g.DateDeleted FROM temp.merge_GoneLinks AS g "
                 "JOIN main.ItemLinks AS l ON l.ID = g.ID"_s);
-    if (hasOthers)
+    if (TellsOthers())
         Log(u"SELECT 'ItemLinks', l.ItemID, l.LinkItemID, 2, ?, g.DateDeleted, ? FROM temp.merge_GoneLinks AS g "
             "JOIN main.ItemLinks AS l ON l.ID = g.ID"_s,
             {Stamp, Other});
+    if (TellsMother())
+        Execute(u"UPDATE main.ReplicaLog AS e SET MotherRecordID = max(coalesce(l.MotherItemID, 0), 0), "
+                "MotherSecondID = max(coalesce(l.MotherLinkItemID, 0), 0) FROM main.ItemLinks AS l WHERE l.ID IN (%1) "
+                "AND l.ItemID = e.RecordID AND l.LinkItemID = e.SecondID AND e.OfTable = 'ItemLinks' AND e.Event = 2 "
+                "AND e.Moment = ? AND e.Origin = ?"_s.arg(gone),
+                {Stamp, Other});
     if (AsMother)
         Execute(u"DELETE FROM synchro.ItemLinksX WHERE EXISTS (SELECT 1 FROM main.ItemLinks AS l WHERE l.ID IN (%1) "
                 "AND l.ItemID = ItemLinksX.ItemID AND l.LinkItemID = ItemLinksX.LinkItemID)"_s.arg(gone));

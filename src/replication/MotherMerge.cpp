@@ -118,10 +118,9 @@ void MotherMerge::DeleteOrphanedItemsFromSynchroXTables()
                                                     : statement.arg(lacking),
                       {m_run.Other});
     }
-    m_run.Execute(
-        u"DELETE FROM main.ReplicaLog WHERE Event = 6 AND OfTable = 'Items' AND Origin = ? AND RecordID IN "
-        "(SELECT ID FROM synchro.ItemsX WHERE ParentID <> -3)"_s,
-        {m_run.Other});
+    m_run.Execute(u"DELETE FROM main.ReplicaLog WHERE Event = 6 AND OfTable = 'Items' AND Origin = ? AND RecordID IN "
+                  "(SELECT ID FROM synchro.ItemsX WHERE ParentID <> -3)"_s,
+                  {m_run.Other});
     m_run.Execute(
         u"UPDATE synchro.ItemsX SET MotherParentID = -2 WHERE ParentID <> -3 AND ID IN (SELECT ID FROM main.Items "
         "WHERE ParentID = ?)"_s,
@@ -132,7 +131,8 @@ void MotherMerge::DeleteOrphanedItemsFromSynchroXTables()
                   {m_run.OrphanedFolderID});
 }
 
-/// What was deleted here since, or came from others, but not what this child has told itself, or has brought back.
+/// What was deleted here since, or came from others, but not what this child has told itself, or has brought back. In
+/// the tables of one that is a child as well stands what its mother is to be told, in her numbers; the log has it all.
 void MotherMerge::CopyDeletions()
 {
     struct Deletions {
@@ -144,14 +144,15 @@ void MotherMerge::CopyDeletions()
         {u"DeletedItemLinks"_s, u"ItemLinks"_s, u"ItemID, LinkItemID"_s,
          u"l.RecordID AS ItemID, l.SecondID AS LinkItemID"_s,
          u"l.RecordID = r.ItemID AND l.SecondID = r.LinkItemID"_s}};
+    const bool hasTables = !m_lib.IsChildReplica();
     for (const Deletions& one : all)
         m_run.Execute(
             u"INSERT INTO synchro.%1 (%2, DateDeleted) SELECT %2, max(DateDeleted) FROM (SELECT %2, DateDeleted "
-            "FROM main.%1 AS r WHERE DateDeleted > ?1 AND NOT EXISTS (SELECT 1 FROM main.ReplicaLog AS l "
+            "FROM main.%1 AS r WHERE ?4 AND DateDeleted > ?1 AND NOT EXISTS (SELECT 1 FROM main.ReplicaLog AS l "
             "WHERE l.OfTable = ?3 AND l.Event = 2 AND %4 AND l.Origin = ?2) UNION ALL "
             "SELECT %3, l.RowDate AS DateDeleted FROM main.ReplicaLog AS l WHERE l.OfTable = ?3 AND l.Event = 2 "
             "AND l.Moment > ?1 AND l.Origin <> ?2) GROUP BY %2"_s.arg(one.Table, one.Columns, one.Logged, one.Same),
-            {m_run.Last, m_run.Other, one.OfTable});
+            {m_run.Last, m_run.Other, one.OfTable, int(hasTables)});
     // What was linked again since is no deletion; of two notes the later one stays there as well.
     m_run.Execute(u"DELETE FROM synchro.DeletedItemLinks AS d WHERE EXISTS (SELECT 1 FROM main.ItemLinks AS l "
                   "WHERE l.ItemID = d.ItemID AND l.LinkItemID = d.LinkItemID)"_s);

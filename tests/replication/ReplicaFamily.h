@@ -132,10 +132,11 @@ struct ReplicaFamily : ReplicaPair {
         return result;
     }
     /// A full round of one child; what its mother and what it did.
-    std::pair<SyncResult, SyncResult> Round(const QString& child)
+    std::pair<SyncResult, SyncResult> Round(const QString& child) { return Round(child, M()); }
+    std::pair<SyncResult, SyncResult> Round(const QString& child, const QString& itsMother)
     {
         ExportOf(child);
-        const SyncResult mother = TakeIn(M());
+        const SyncResult mother = TakeIn(itsMother);
         const SyncResult own = TakeIn(child);
         [&] {
             QCOMPARE(mother.Result, 2);

@@ -46,13 +46,14 @@ struct ReplicaPair {
             WriteFile(folder + u".library"_s, library->Identity().toUtf8());
     }
 
-    /// Gives a child out and opens it; its path.
-    QString GiveOutTo(const QString& name)
+    /// Gives a child of the mother out and opens it; its path.
+    QString GiveOutTo(const QString& name) { return GiveOutTo(name, MotherFile); }
+    QString GiveOutTo(const QString& name, const QString& mother)
     {
         QDir().mkpath(Home.Path(name));
         const QString transfer = Home.Path(name + u".qbr"_s);
         Prompts.ExpectInputBox(u"Short Description"_s, name);
-        GiveOutChild(MotherFile, transfer);
+        GiveOutChild(mother, transfer);
         const QString path = Home.Path(name + u"/lib.qbd"_s);
         OpenReplica(transfer, path, RestoreOver::Refuse, {}, [](const QString&) { return false; });
         QFile::remove(transfer);

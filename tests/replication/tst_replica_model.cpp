@@ -684,6 +684,19 @@ private Q_SLOTS:
         }
     }
 
+    /// Each was the only one of thousands that met with a fault.
+    void program_isAsItsDoubleWhereItOnceWasNot_data()
+    {
+        QTest::addColumn<int>("seed");
+        for (const int seed : {54, 62, 3066, 3153, 12461})
+            QTest::addRow("%d", seed) << seed;
+    }
+    void program_isAsItsDoubleWhereItOnceWasNot()
+    {
+        QFETCH(int, seed);
+        QCOMPARE(Of(PlayBoth(RandomPlan(unsigned(seed), 14))), QString());
+    }
+
     void program_isAsItsDouble()
     {
         const auto number = [](const char* name, int otherwise) {

@@ -1,0 +1,184 @@
+#include "replication/ReplicaFamily.h"
+
+using namespace qb;
+using namespace qb::test;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Family = ReplicaFamily;
+
+} // namespace
+
+/// A child that is a mother itself: G is the child of A, which is one of M, like B.
+class TestReplicaGenerations : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<Family> f;
+    QString m_g;
+
+    void VerifyAllEqual()
+    {
+        QVERIFY(f->AreEqual());
+        QCOMPARE(Family::Outline(m_g), Family::Outline(f->A()));
+    }
+
+private Q_SLOTS:
+    void initTestCase() { FailOnWarnings(); }
+    void init()
+    {
+        f = std::make_unique<Family>();
+        m_g = f->GiveOutTo(u"grandchild"_s, f->A());
+        f->Clock.AddSeconds(60);
+    }
+    void cleanup() { f.reset(); }
+
+    void workOfTheYoungest_reachesAll()
+    {
+        f->EditTitle(m_g, Family::P, u"P by G"_s);
+        const qint64 added = f->Add(m_g, Family::F, u"new"_s);
+        f->AttachTo(m_g, added, u"new.txt"_s, "new");
+        f->SetPage(m_g, added, "by G");
+        f->Link(m_g, added, Family::Y, u"note"_s);
+        f->Describe(m_g, 1, u"described by G"_s);
+        f->Delete(m_g, Family::Q);
+        f->Round(m_g, f->A());
+        f->Round(f->A());
+        f->Round(f->B);
+        VerifyAllEqual();
+        QCOMPARE(Family::ParentOf(f->B, u"new"_s), u"F"_s);
+        QCOMPARE(Family::Outline(f->B).filter(u"new.txt"_s).size(), 1);
+        QCOMPARE(Family::IdOf(f->M(), u"Q"_s), 0);
+        QCOMPARE(Family::TitleOf(f->M(), Family::P), u"P by G"_s);
+    }
+
+    void workOfTheOldest_reachesAll()
+    {
+        f->EditTitle(f->M(), Family::P, u"P by M"_s);
+        const qint64 added = f->Add(f->B, Family::F, u"new"_s);
+        f->AttachTo(f->B, added, u"new.txt"_s, "new");
+        f->SetPage(f->B, added, "by B");
+        f->Link(f->B, added, Family::Y, u"note"_s);
+        f->Describe(f->M(), 1, u"described by M"_s);
+        f->Delete(f->M(), Family::Q);
+        f->Round(f->B);
+        f->Round(f->A());
+        f->Round(m_g, f->A());
+        VerifyAllEqual();
+        QCOMPARE(Family::ParentOf(m_g, u"new"_s), u"F"_s);
+        QCOMPARE(Family::Outline(m_g).filter(u"new.txt"_s).size(), 1);
+        QCOMPARE(Family::IdOf(m_g, u"Q"_s), 0);
+    }
+
+    /// The grandmother's later text wins in A, and goes on to G as A's own change.
+    void conflictOfTheMiddle_isSettledForAll()
+    {
+        f->EditTitle(m_g, Family::P, u"P by G"_s);
+        f->EditTitle(f->M(), Family::P, u"P by M"_s);
+        f->Round(m_g, f->A());
+        f->Round(f->A());
+        QCOMPARE(Family::Conflicts(f->M()), QStringList{u"P by G"_s});
+        f->In(f->M(), [](Library& library) { DiscardAllConflicts(library); });
+        f->Round(f->A());
+        f->Round(m_g, f->A());
+        f->Round(f->B);
+        VerifyAllEqual();
+        QCOMPARE(Family::TitleOf(m_g, Family::P), u"P by M"_s);
+    }
+
+    /// In A one file has the number by which M knows the other.
+    void fileDeletedInTheMiddle_isTheSameForAll()
+    {
+        f->AttachTo(f->M(), Family::P, u"of M.txt"_s, "of M");
+        f->AttachTo(f->A(), Family::P, u"of A.txt"_s, "of A");
+        f->Round(f->A());
+        f->Round(m_g, f->A());
+        f->In(f->A(), [](Library& library) {
+            const qint64 id = library.QueryValue(u"SELECT ID FROM Files WHERE Title = 'of M.txt'"_s).ToLong();
+            QVERIFY(id != library.QueryValue(u"SELECT MotherRecordID FROM Files WHERE ID = ?"_s, {id}).ToLong());
+            CFileObject file;
+            file.Initialise(library, QString::number(id));
+            file.Delete();
+            file.Commit();
+        });
+        f->Round(m_g, f->A());
+        f->Round(f->A());
+        f->Round(f->B);
+        VerifyAllEqual();
+        QCOMPARE(Family::Outline(m_g).filter(u"of A.txt"_s).size(), 1);
+        QCOMPARE(Family::Outline(m_g).filter(u"of M.txt"_s).size(), 0);
+    }
+
+    void fileAndLinkDeletedByTheYoungest_goEverywhere()
+    {
+        f->AttachTo(f->M(), Family::P, u"of M.txt"_s, "of M");
+        const QString second = f->GiveOutTo(u"second"_s, f->A()); // so that A has others to tell
+        f->Clock.AddSeconds(60);
+        f->AttachTo(f->A(), Family::P, u"of A.txt"_s, "of A");
+        f->Round(f->A());
+        f->Round(m_g, f->A());
+        f->In(m_g, [](Library& library) {
+            CFileObject file;
+            file.Initialise(library, library.QueryValue(u"SELECT ID FROM Files WHERE Title = 'of M.txt'"_s).ToText());
+            file.Delete();
+            file.Commit();
+            CCodeItem item;
+            item.Initialise(library, QString::number(Family::X));
+            const std::shared_ptr<CLink> link = item.Links().Item(CLinks::KeyOf(Family::Y));
+            link->Direction = LinkDirection::None;
+            link->DirtyFlag = true;
+            item.SetLinksChanged(true);
+            item.Commit();
+        });
+        f->Round(m_g, f->A());
+        f->Round(f->A());
+        f->Round(f->B);
+        f->Round(second, f->A());
+        VerifyAllEqual();
+        QCOMPARE(Family::Outline(second), Family::Outline(m_g));
+        QVERIFY(Family::Outline(f->M()).filter(u"of M.txt"_s).isEmpty());
+        QCOMPARE(Family::Outline(f->M()).filter(u"of A.txt"_s).size(), 1);
+        QVERIFY(Family::Outline(f->M()).filter(u"X --> Y"_s).isEmpty());
+    }
+
+    /// The grandmother's page comes alone, under a text of A's.
+    void pageOfTheOldestAlone_goesOnToTheYoungest()
+    {
+        f->SetPage(f->M(), Family::Y, "by M");
+        f->EditTitle(f->A(), Family::Y, u"Y by A"_s);
+        f->ExportOf(f->A());
+        const QString aside = f->Home.Path(u"aside.qbs"_s);
+        QVERIFY(QFile::rename(f->File, aside));
+        f->Round(m_g, f->A()); // has the text, by a later date than that of the page
+        QVERIFY(QFile::rename(aside, f->File));
+        QVERIFY(f->TakeIn(f->M()).Done);
+        QVERIFY(f->TakeIn(f->A()).Done);
+        f->Clock.AddSeconds(60);
+        f->Round(m_g, f->A());
+        QCOMPARE(Family::Outline(m_g).filter(u"by M"_s).size(), 1);
+    }
+
+    /// A itself deletes nothing while the answer is on its way, but what G tells it.
+    void itemThatTheYoungestDeletesMeanwhile_isNotBroughtBack()
+    {
+        f->EditTitle(f->M(), Family::Q, u"Q by M"_s);
+        f->ExportOf(f->A());
+        const QString aside = f->Home.Path(u"aside.qbs"_s);
+        QVERIFY(QFile::rename(f->File, aside));
+        f->Delete(m_g, Family::Q);
+        f->Round(m_g, f->A());
+        QVERIFY(QFile::rename(aside, f->File));
+        QVERIFY(f->TakeIn(f->M()).Done);
+        QVERIFY(f->TakeIn(f->A()).Done);
+        QCOMPARE(Family::IdOf(f->A(), u"Q by M"_s), 0);
+        f->Clock.AddSeconds(60);
+        f->Round(f->A());
+        f->Round(f->B);
+        f->Round(m_g, f->A());
+        VerifyAllEqual();
+        QCOMPARE(Family::IdOf(f->M(), u"Q by M"_s), 0);
+    }
+};
+
+QB_TEST_MAIN(TestReplicaGenerations)
+#include "tst_replica_generations.moc"
