@@ -157,7 +157,7 @@ void ChildMerge::NoteArrivals()
     const Date moment = std::max(m_later, m_lib.NextStamp());
     for (const QString& rows :
          {u"'Items', i.ID, 0, 1, ?1, coalesce(i.LastChanged, 0), ?2 FROM main.Items AS i WHERE i.ID IN (SELECT ID "
-          "FROM temp.merge_Taken UNION SELECT ID FROM temp.merge_PagesAlone)"_s,
+          "FROM temp.merge_Taken UNION SELECT ID FROM temp.merge_Touched)"_s,
           u"'Files', f.ID, 0, 1, ?1, coalesce(f.LastUpdated, 0), ?2 FROM main.Files AS f WHERE f.ID IN (SELECT ID "
           "FROM temp.merge_Described)"_s,
           u"'ItemLinks', a.ID, b.ID, 1, ?1, coalesce(s.DateAdded, 0), ?2 FROM synchro.ItemLinks AS s "

@@ -153,7 +153,7 @@ void ChildMerge::CopyHTMLFilesToReplica()
         m_run.Contents.WritePage(page.Item, page.Packed);
         m_run.Line(MergeEvent::PageChanged, u"SELECT ID, Title FROM main.Items WHERE ID = ?"_s, {page.Item});
         if (page.What.isEmpty()) { // the row has not come, since its texts are the child's
-            m_run.Execute(u"INSERT OR IGNORE INTO temp.merge_PagesAlone VALUES (?)"_s, {page.Item});
+            m_run.Execute(u"INSERT OR IGNORE INTO temp.merge_Touched VALUES (?)"_s, {page.Item});
             m_run.Execute(
                 u"UPDATE main.Items SET HTMLPage = ?1, HTMLLastUpdated = min(?2, coalesce((SELECT "
                 "max(s.HTMLLastUpdated) FROM synchro.Items AS s WHERE s.ConflictItem <> 0 AND s.ID = ?3), ?2)) "

@@ -146,7 +146,7 @@ void ChildMerge::DropPages(const QString& items)
     Statement dropped = m_lib.Query(items);
     while (dropped.Step())
         m_run.Contents.DropPage(dropped.Long(0));
-    m_run.Execute(u"INSERT OR IGNORE INTO temp.merge_PagesAlone "_s + items);
+    m_run.Execute(u"INSERT OR IGNORE INTO temp.merge_Touched "_s + items);
     m_run.Execute(u"UPDATE main.Items SET HTMLPage = ? WHERE ID IN (%1)"_s.arg(items), {Value(false)});
 }
 
@@ -257,11 +257,13 @@ void ChildMerge::BringOrphansBack()
         {m_run.OrphanedFolderID});
     while (orphans.Step())
         places.emplace_back(orphans.Long(0), orphans.Long(1));
-    for (const auto& [item, parent] : places)
+    for (const auto& [item, parent] : places) {
+        m_run.Execute(u"INSERT OR IGNORE INTO temp.merge_Touched VALUES (?)"_s, {item});
         m_run.Execute(u"UPDATE main.Items SET ParentID = ?2 WHERE ID = ?1 AND ?1 NOT IN (WITH RECURSIVE above(At) AS "
                       "(SELECT ?2 UNION SELECT i.ParentID FROM above JOIN main.Items AS i ON i.ID = above.At) "
                       "SELECT At FROM above)"_s,
                       {item, parent});
+    }
 }
 
 void ChildMerge::UpdateParentIDsInTempTables()

@@ -186,7 +186,17 @@ void MergeRun::MoveMarkedItemsToOrphanedItemsFolder(bool forChild)
                             "SELECT ID FROM temp.merge_Loose) AND coalesce(i.ParentID, 0) <> 0 AND NOT EXISTS "
                             "(SELECT 1 FROM main.Items AS p WHERE p.ID = i.ParentID)"_s;
     Line(MergeEvent::ItemOrphaned, u"SELECT ID, Title FROM main.Items WHERE ID IN (%1)"_s.arg(orphans));
-    Execute(u"UPDATE main.Items SET ParentID = ? WHERE ID IN (%1)"_s.arg(orphans), {OrphanedFolderID});
+    PutWithOrphans(orphans);
+}
+
+/// A mother of this one that is not told would take them with what stood above them; children would keep their place.
+void MergeRun::PutWithOrphans(const QString& items)
+{
+    if (!AsMother)
+        Execute(u"INSERT OR IGNORE INTO temp.merge_Touched "_s + items);
+    if (TellsMother())
+        Log(u"SELECT 'Items', ID, 0, 4, ?1, ?1, '' FROM main.Items WHERE ID IN (%1)"_s.arg(items), {Stamp});
+    Execute(u"UPDATE main.Items SET ParentID = ? WHERE ID IN (%1)"_s.arg(items), {OrphanedFolderID});
 }
 
 void MergeRun::CheckItToDeleteOrphanedItemsFolder()
@@ -219,7 +229,7 @@ void MergeRun::BreakCycles()
                 .ToLong();
         Line(MergeEvent::ItemOrphaned,
              u"SELECT ID, Title, 'it would have stood below itself' FROM main.Items WHERE ID = ?"_s, {item});
-        Execute(u"UPDATE main.Items SET ParentID = ? WHERE ID = ?"_s, {OrphanedFolderID, item});
+        PutWithOrphans(u"SELECT %1"_s.arg(item));
         Execute(u"UPDATE synchro.Items SET MotherParentID = -2, IDChanged = ? WHERE rowid IN (SELECT SRow "
                 "FROM temp.merge_Verdicts WHERE LID = ?)"_s,
                 {Value(true), item});

@@ -105,6 +105,7 @@ public:
 private:
     void RecursiveRemoveDeletedItems();
     void KeepWhatChanged(qint64 round);
+    void PutWithOrphans(const QString& items);
     void WriteKeptNotes();
     void NoteWhatOthersLack();
     void RemoveGoneItems();

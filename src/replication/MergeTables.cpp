@@ -26,7 +26,7 @@ constexpr MergeTable MergeTables[] = {
     {"merge_Taken"_L1, "ID INTEGER PRIMARY KEY"_L1},
     {"merge_OwnPages"_L1, "ID INTEGER PRIMARY KEY"_L1},
     {"merge_MothersPages"_L1, "ID INTEGER PRIMARY KEY"_L1},
-    {"merge_PagesAlone"_L1, "ID INTEGER PRIMARY KEY"_L1},
+    {"merge_Touched"_L1, "ID INTEGER PRIMARY KEY"_L1},
     {"merge_Verdicts"_L1,
      "SRow INTEGER PRIMARY KEY, SID INTEGER, OldMother INTEGER, LID INTEGER, What TEXT, OldParent INTEGER"_L1},
 };

@@ -20,7 +20,7 @@ inline const QString SynchroSchema = QStringLiteral("synchro");
 ///   merge_Taken (ID)                   items whose row here is now the other side's
 ///   merge_OwnPages (ID)                in a child: of them those with a page that it has changed itself since
 ///   merge_MothersPages (ID)            in a child: items whose texts stay its own, and whose page is the mother's
-///   merge_PagesAlone (ID)              in a child: items whose page came or went while the row stayed
+///   merge_Touched (ID)                 in a child: items that got another place or page while their texts stayed
 ///   merge_Orphaned (ID)                items that go below the folder of orphaned items if they have no parent
 ///   merge_Verdicts (SRow, SID, OldMother, LID, What)
 ///                                      what becomes of the rows of Items in the file: SRow their rowid there, SID the

@@ -28,6 +28,7 @@ bool MotherMerge::SynchronizeMother()
     UpdateItemsParentIDs();
     CopyFiles();
     CopyHTMLFiles();
+    DatePagesForTheMother();
     ReportVerdicts();
     if (!m_run.IsPreview)
         m_run.Contents.MakeNew();

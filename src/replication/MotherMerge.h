@@ -34,6 +34,7 @@ private:
     bool ExportOwnChanges();
     void NoteWhatIsWithheld();
     void ListChanged();
+    void DatePagesForTheMother();
     void Decide();
     void MoveRecordsToTempTable();
     void MoveFilesToTempTable();

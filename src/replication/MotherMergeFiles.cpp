@@ -214,4 +214,16 @@ void MotherMerge::CopyHTMLFiles()
     m_run.Execute(u"UPDATE synchro.HTMLFilesX SET MotherRecordID = ItemIDRef WHERE coalesce(MotherRecordID, 0) <= 0"_s);
 }
 
+/// A mother of this one tells by the date whether the page of a row is the row's. What came from here below may have
+/// been changed before the two met last.
+void MotherMerge::DatePagesForTheMother()
+{
+    if (!m_lib.IsChildReplica())
+        return;
+    m_run.Execute(u"UPDATE main.Items AS i SET HTMLLastUpdated = ?1 FROM temp.merge_Verdicts AS v "
+                  "JOIN synchro.Items AS s ON s.rowid = v.SRow WHERE v.LID = i.ID AND v.What IN ('update', 'won') "
+                  "AND coalesce(s.HTMLLastUpdated, 0) > ?2 AND coalesce(i.HTMLLastUpdated, 0) <= ?3"_s,
+                  {m_run.Stamp, m_run.Last, m_lib.Replica().LastSynchronized});
+}
+
 } // namespace qb

@@ -1,11 +1,11 @@
-#include "platform/system/SettingsStore.h"
 #include "replication/double/Histories.h"
 
-#include "platform/system/Prompts.h"
+#include "platform/system/SettingsStore.h"
 #include "replication/ChangeFile.h"
 #include "replication/ReplicaCreation.h"
 #include "replication/ReplicaOpening.h"
 #include "replication/Synchronization.h"
+#include "replication/UnaskedPrompts.h"
 #include "store/CCodeItem.h"
 #include "store/CDBCreate.h"
 #include "store/CFileObject.h"
@@ -31,28 +31,6 @@ QString Of(const std::string& text)
 {
     return QString::fromStdString(text);
 }
-
-/// Answers whatever is asked, and keeps what was told.
-class Unasked : public SilentPrompts {
-public:
-    Unasked() : m_before(SetCurrent(this)) {}
-    ~Unasked() override { SetCurrent(m_before); }
-    MsgBoxResult MsgBox(const Message& message) override
-    {
-        Told << message.Text.left(160);
-        return MsgBoxResult::Yes;
-    }
-    bool ShowError(const QString& description) override
-    {
-        Told << u"error: "_s + description;
-        return false;
-    }
-    std::optional<QString> InputBox(const QString&, const QString&, const QString&) override { return u"child"_s; }
-    QStringList Told;
-
-private:
-    Prompts* m_before;
-};
 
 /// The libraries with which histories begin, made once: one set for each number of children.
 class Beginnings {
@@ -636,7 +614,7 @@ private:
 
     TemporaryHome m_home;
     FixedClock& m_clock;
-    Unasked m_prompts;
+    UnaskedPrompts m_prompts;
     std::vector<std::unique_ptr<qb::Library>> m_libraries;
     std::vector<Names> m_names;
     std::string m_raised;
@@ -649,7 +627,7 @@ class TestReplicaModel : public QObject {
     Q_OBJECT
 
     std::unique_ptr<FixedClock> m_clock;
-    std::unique_ptr<Unasked> m_prompts;
+    std::unique_ptr<UnaskedPrompts> m_prompts;
     std::unique_ptr<Beginnings> m_beginnings;
 
     std::string PlayBoth(const Plan& plan)
@@ -663,7 +641,7 @@ private Q_SLOTS:
     {
         qputenv("TZ", "UTC");
         m_clock = std::make_unique<FixedClock>();
-        m_prompts = std::make_unique<Unasked>();
+        m_prompts = std::make_unique<UnaskedPrompts>();
         m_beginnings = std::make_unique<Beginnings>(*m_clock);
     }
     void cleanupTestCase()
