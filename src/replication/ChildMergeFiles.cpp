@@ -15,7 +15,16 @@ void ChildMerge::MoveFilesToTempTable()
         u"SELECT v.LID, f.rowid, f.Title, 1 FROM temp.merge_Verdicts AS v JOIN synchro.Files AS f ON f.MotherCodeID = "
         "v.OldMother WHERE v.What = 'lost' AND f.IDChanged = 0 AND f.File IS NOT NULL UNION ALL "
         "SELECT v.LID, f.ID, f.Title, 0 FROM temp.merge_Verdicts AS v JOIN main.Files AS f ON f.CodeID = v.LID "
-        "WHERE v.What = 'won' OR (v.What = 'lost' AND f.MotherRecordID > 0)"_s);
+        "WHERE v.What = 'won' OR (v.What = 'lost' AND f.MotherRecordID > 0)"_s,
+        {}, [this](const MergeRun::CopiedFile& file, qint64 copy) {
+            // The mother may have described it otherwise.
+            if (!file.IsPacked)
+                m_run.Execute(u"UPDATE main.TempFiles SET Description = s.Description, LastUpdated = s.LastUpdated "
+                              "FROM synchro.Files AS s JOIN main.Files AS f ON f.MotherRecordID = s.MotherRecordID "
+                              "JOIN temp.merge_Verdicts AS v ON v.LID = f.CodeID AND v.What = 'lost' WHERE f.ID = ? "
+                              "AND TempFiles.ID = ? AND s.IDChanged = 0 AND s.MotherRecordID > 0"_s,
+                              {file.File, copy});
+        });
 }
 
 void ChildMerge::MoveHTMLFilesToTempTable()
