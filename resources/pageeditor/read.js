@@ -250,11 +250,11 @@ function trimmed(out) {
     if (one.text)
       isAfterSpace = one.text.endsWith(" ");
   }
-  for (let at = out.length - 1; at >= 0; --at) {
-    const isEnd = at === out.length - 1 || out.slice(at + 1).every(one => one.text === "")
-      || (out[at + 1].node && out[at + 1].node.type.name === "hard_break");
-    if (isEnd && out[at].text)
-      out[at].text = out[at].text.replace(/ $/, "");
+  let isEnd = true; // nothing that is seen follows on the line
+  for (const one of [...out].reverse()) {
+    if (!one.node && isEnd)
+      one.text = one.text.replace(/ $/, "");
+    isEnd = one.node ? one.node.type.name === "hard_break" : isEnd && one.text === "";
   }
   return out;
 }

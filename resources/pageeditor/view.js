@@ -5,7 +5,7 @@ const P = PageEditorParts;
 const S = E.schema;
 const { EditorState, Plugin, PluginKey } = P.state;
 const { Decoration, DecorationSet } = P;
-const Pause = 400; // milliseconds without a change after which the state is kept outside
+const Pause = 400; // milliseconds without a change after which the state is kept outside, and more of a large page
 const ColourPause = 60;
 
 E.pages = [];  // texts that the program keeps too, by the same numbers
@@ -64,6 +64,7 @@ E.coloured = function ({ text, language, pieces }) {
 
 // The state, told when nothing has changed for a moment.
 let keepTimer = 0;
+let keepPause = Pause;
 let colourTimer = 0;
 let revision = 0;
 const watchPlugin = new Plugin({
@@ -81,8 +82,14 @@ function changed(view) {
   ++revision;
   clearTimeout(keepTimer);
   clearTimeout(colourTimer);
-  keepTimer = setTimeout(() => E.tell("kept", E.written()), Pause);
+  keepTimer = setTimeout(keep, keepPause);
   colourTimer = setTimeout(() => askForColours(view.state.doc), ColourPause);
+}
+// Takes a small part of the time, however large the page is.
+function keep() {
+  const begin = performance.now();
+  E.tell("kept", E.written());
+  keepPause = Math.max(Pause, 4 * (performance.now() - begin));
 }
 
 // The page as it is now, in pieces.
