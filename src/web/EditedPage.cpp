@@ -14,8 +14,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 MostBytes = 8 << 20; ///< of a page that can be edited
-
 [[noreturn]] void Fail(long number, const QString& text)
 {
     throw RuntimeError(number, text, u"EditedPage"_s);
@@ -31,11 +29,11 @@ QByteArray ReadPage(const QString& path)
     QByteArray bytes;
     if (!file.open(QIODevice::ReadOnly))
         Fail(ErrorNumber::PathAccess, u"'%1' could not be read: %2"_s.arg(shown, file.errorString()));
-    if (const QString why = ReadAll(file, bytes, MostBytes + 1); !why.isEmpty())
+    if (const QString why = ReadAll(file, bytes, EditedPage::MostBytes + 1); !why.isEmpty())
         Fail(ErrorNumber::PathAccess, u"'%1' could not be read: %2"_s.arg(shown, why));
-    if (bytes.size() > MostBytes)
+    if (bytes.size() > EditedPage::MostBytes)
         Fail(ErrorNumber::ResourceExceeded,
-             u"'%1' is too large to be edited here: more than %2 MB."_s.arg(shown).arg(MostBytes >> 20));
+             u"'%1' is too large to be edited here: more than %2 MB."_s.arg(shown).arg(EditedPage::MostBytes >> 20));
     return bytes;
 }
 

@@ -12,6 +12,8 @@ namespace qb {
 /// are ranges of a text that it was given; these keep their bytes.
 class EditedPage {
 public:
+    static constexpr qint64 MostBytes = 8 << 20; ///< of a page that can be edited
+
     /// Reads the page. Raises an error for one that is no file of its folder, can't be read, or is too large.
     explicit EditedPage(const QString& path);
 

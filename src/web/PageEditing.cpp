@@ -189,6 +189,19 @@ void PageEditing::Run(const QString& command, const QJsonValue& argument)
     m_call(u"run"_s, QJsonArray{command, argument}, {});
 }
 
+/// A page that could not be edited again is written only where that is wanted.
+bool PageEditing::MayBeLarge(qint64 size) const
+{
+    const Message question{
+        .Text = u"The page has become larger than %1 MB. It can be shown then, but no more be edited "
+                "here. Save it all the same?"_s.arg(EditedPage::MostBytes >> 20),
+        .Caption = ApplicationTitle,
+        .Buttons = MsgBoxButtons::OkCancel,
+        .Icon = MsgBoxIcon::Exclamation,
+        .Default = MsgBoxResult::Cancel};
+    return size <= EditedPage::MostBytes || Prompts::Current().MsgBox(question) == MsgBoxResult::Ok;
+}
+
 bool PageEditing::Write(const QByteArray& bytes)
 {
     const bool isForeign = m_page.IsForeign();
@@ -202,6 +215,8 @@ bool PageEditing::Write(const QByteArray& bytes)
     if (isForeign && Prompts::Current().MsgBox(question) != MsgBoxResult::Ok)
         return false;
     const bool isSame = bytes == m_page.Written() && !isForeign;
+    if (!isSame && !MayBeLarge(bytes.size()))
+        return false;
     if (const QString why = isSame ? QString() : m_page.Write(bytes); !why.isEmpty()) {
         if (Failed)
             Failed(

@@ -89,6 +89,7 @@ private:
     void Colour(const QJsonObject& code);
     void TakePicture(const QJsonObject& picture);
     bool Write(const QByteArray& bytes);
+    bool MayBeLarge(qint64 size) const;
     void Report(const std::function<void()>& act);
     void RunAfterKeys();
 

@@ -142,6 +142,25 @@ private Q_SLOTS:
         QCOMPARE(QDir(m_home->Path(u"pages"_s)).entryList(QDir::Files | QDir::Hidden), QStringList(u"17.htm"_s));
     }
 
+    void pageThatBecomesTooLarge_isWrittenOnlyIfThatIsWanted()
+    {
+        PageEditing& editing = Open("<p>a</p>");
+        const QString most(EditedPage::MostBytes, u'x');
+        QVERIFY(Saved({{u"revision"_s, 1}, {u"pieces"_s, QJsonArray{most}}})); // which still can be edited
+        EditedPage{m_path};
+        const QJsonObject larger{{u"revision"_s, 2}, {u"pieces"_s, QJsonArray{most, u"y"_s}}};
+        Tell("state", {{u"revision"_s, 2}});
+        m_prompts->ExpectMsgBox(ApplicationTitle, MsgBoxResult::Cancel);
+        QVERIFY(!Saved(larger));
+        QVERIFY(m_prompts->Messages.last().Text.contains(u"larger than 8 MB"_s));
+        QVERIFY(editing.IsUnsaved());
+        QCOMPARE(QFileInfo(m_path).size(), EditedPage::MostBytes);
+        m_prompts->ExpectMsgBox(ApplicationTitle, MsgBoxResult::Ok);
+        QVERIFY(Saved(larger));
+        QCOMPARE(QFileInfo(m_path).size(), EditedPage::MostBytes + 1);
+        QVERIFY(Saved(larger)); // as it stands there: nobody is asked
+    }
+
     void answerThatIsNone_writesNothing()
     {
         Open("<p>a</p>");
