@@ -198,10 +198,12 @@ BranchExportResult ExportItems(Library& library, qint64 item, const QString& fil
     if (PackExport(staged, work).isEmpty())
         throw RuntimeError(ErrorNumber::Cancelled, u"The export was stopped; there is no file."_s, Procedure);
     KeepNoMoreRightsThan(library.Name(), staged);
-    SyncFileSystem(staged);
-    stage.PutInPlace(false);
+    stage.Flush(work); // which may take its time
+    if (work.IsCancelled())
+        throw RuntimeError(ErrorNumber::Cancelled, u"The export was stopped; there is no file."_s, Procedure);
+    stage.PutInPlace(false, work);
+    stage.Flush(work); // what is reported as done outlives the machine
     work.Say({}, 100);
-    SyncFileSystem(target.absolutePath()); // what is reported as done outlives the machine
     result.File = target.absoluteFilePath();
     return result;
 }

@@ -65,6 +65,12 @@ void RequireEmptyFolder(const QString& folder)
         Refuse(folder, u"the folder is not empty"_s);
 }
 
+void RequireNotCancelled(Work& work)
+{
+    if (work.IsCancelled())
+        throw RuntimeError(ErrorNumber::Cancelled, u"The export was stopped; nothing was written."_s, Procedure);
+}
+
 void AddAll(Library& library, const PublishedBranch& branch, BranchPublisher& publisher, PublishResult& result,
             Work& work)
 {
@@ -73,8 +79,7 @@ void AddAll(Library& library, const PublishedBranch& branch, BranchPublisher& pu
     for (int place = 0; place < count; ++place) {
         publisher.Add(place, ReadPublishedItem(library, branch.Node(place).Item, language));
         work.Advance(++result.Items, count);
-        if (work.IsCancelled())
-            throw RuntimeError(ErrorNumber::Cancelled, u"The export was stopped; nothing was written."_s, Procedure);
+        RequireNotCancelled(work);
     }
     publisher.Finish();
 }
@@ -112,12 +117,14 @@ PublishResult PublishBranch(Library& library, qint64 item, ReaderForm form, cons
     work.Say(u"Exporting Code Items...."_s, 1);
     AddAll(library, branch, *publisher, result, work);
     moment.reset();
-    work.Say({}, 100);
+    stage.Flush(work); // which may take its time
+    RequireNotCancelled(work);
     if (kind == Place::NewFolder)
-        stage.PutInPlaceAsFolder(place.fileName());
+        stage.PutInPlaceAsFolder(place.fileName(), work);
     else
-        stage.PutInPlace(false);
-    SyncFileSystem(place.absolutePath()); // what is reported as done outlives the machine
+        stage.PutInPlace(false, work);
+    stage.Flush(work); // what is reported as done outlives the machine
+    work.Say({}, 100);
     return result;
 }
 

@@ -117,7 +117,7 @@ void WriteDefaultPages(const QString& folder, const QString& file)
         WritePage(stream, folder, key);
     stream.Close();
     stage.PutInPlace(false);
-    SyncFileSystem(target.absolutePath()); // what is reported as done outlives the machine
+    stage.Flush(); // what is reported as done outlives the machine
 }
 
 void ReadDefaultPages(const QString& file, const QString& folder)

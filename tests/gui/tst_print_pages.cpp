@@ -556,6 +556,34 @@ private Q_SLOTS:
         QVERIFY(!PdfText(file).contains(u"Page 1 of"_s));
     }
 
+    void pagesThatAreNotThere_areNotPrinted()
+    {
+        Add().Code = Lines(3);
+        QPrinter printer(QPrinter::HighResolution);
+        const QString file = m_home->Path(u"printer.pdf"_s);
+        printer.setOutputFormat(QPrinter::PdfFormat);
+        printer.setOutputFileName(file);
+        printer.setFromTo(2, 3);
+        PagedPrint print = Print();
+        QB_VERIFY_RAISES(PrintOn(print, printer), ErrorNumber::ValueNotAllowed);
+        QVERIFY(!QFile::exists(file));
+    }
+
+    void flush_isWatchedAndCanBeStopped()
+    {
+        Add();
+        RecordedWork work;
+        const QString file = m_home->Path(u"out.pdf"_s);
+        PagedPrint print = Print();
+        WritePdf(print, file, m_library, work);
+        QVERIFY(work.Pulses >= 3); // what was made; again before it is put in place, for all who do that; the place
+        QVERIFY(QFile::remove(file));
+        work.Forget();
+        work.Ends = [&work](qint64) { return work.Pulses > 0; };
+        QB_VERIFY_RAISES(WritePdf(print, file, m_library, work), ErrorNumber::Cancelled);
+        QVERIFY(!QFile::exists(file));
+    }
+
     void progress_countsPages()
     {
         Add().Code = Lines(300);

@@ -115,11 +115,16 @@ QString StagedFiles::Scratch()
     return path;
 }
 
+void StagedFiles::Flush(Work& work) const
+{
+    RunBeside([this] { SyncFileSystem(m_stage); }, [&work] { work.Pulse(); });
+}
+
 int StagedFiles::PutInPlace(bool keepExisting, Work& work)
 {
     int kept = 0;
     if (!m_files.isEmpty())
-        RunBeside([this] { SyncFileSystem(m_stage); }, [&work] { work.Pulse(); });
+        Flush(work);
     for (const QString& name : std::as_const(m_folders))
         MakeFolders(name);
     for (const QString& name : std::as_const(m_files)) {
@@ -131,13 +136,13 @@ int StagedFiles::PutInPlace(bool keepExisting, Work& work)
     return kept;
 }
 
-void StagedFiles::PutInPlaceAsFolder(const QString& name)
+void StagedFiles::PutInPlaceAsFolder(const QString& name, Work& work)
 {
     const QString made = m_stage + u"new"_s;
     const QString target = m_folder + name;
     if (!QDir().mkpath(made))
         Fail(target, SystemReason());
-    SyncFileSystem(m_stage);
+    Flush(work);
     if (std::rename(QFile::encodeName(made).constData(), QFile::encodeName(target).constData()) != 0)
         Fail(target, SystemReason());
     m_complete = true;

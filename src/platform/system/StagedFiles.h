@@ -26,6 +26,9 @@ public:
     QString Scratch();
     /// The folder that holds all of it and is locked for as long as the object lives.
     QString LockedFolder() const { return m_stage; }
+    /// Flushes the file system of the folder, with what was made and what was put in place. @p work is told that it
+    /// goes on.
+    void Flush(Work& work = NoWork()) const;
     /// A folder to be there, with or without files.
     void AddFolder(const QString& name) { m_folders << name; }
     /// Puts all of them in place, over files that are there, or leaving these with @p keepExisting.
@@ -33,8 +36,8 @@ public:
     /// a link. @p work is told that it goes on.
     int PutInPlace(bool keepExisting, Work& work = NoWork());
     /// Puts a folder that holds all of them in place in one step. Raises RuntimeError 75 when something of that name is
-    /// there, but for an empty folder.
-    void PutInPlaceAsFolder(const QString& name);
+    /// there, but for an empty folder. @p work is told that it goes on.
+    void PutInPlaceAsFolder(const QString& name, Work& work = NoWork());
 
 private:
     struct Moved {

@@ -95,9 +95,10 @@ int WritePdf(PagedPrint& print, const QString& file, const QString& library, Wor
         RaiseUnwritable(file, out.errorString());
     out.close();
     KeepNoMoreRightsThan(library, staged);
-    SyncFile(staged);
-    stage.PutInPlace(false);
-    SyncFileSystem(target.absolutePath()); // what is reported as done outlives the machine
+    stage.Flush(work); // which may take its time
+    RequireNotCancelled(work);
+    stage.PutInPlace(false, work);
+    stage.Flush(work); // what is reported as done outlives the machine
     return print.Pages();
 }
 
@@ -113,6 +114,9 @@ int PrintOn(PagedPrint& print, QPrinter& printer, Work& work)
     print.FindAllPages(quiet);
     const int first = std::max(1, printer.fromPage());
     const int last = printer.toPage() > 0 ? std::min(printer.toPage(), print.Pages()) : print.Pages();
+    if (first > last)
+        throw RuntimeError(ErrorNumber::ValueNotAllowed,
+                           u"There are only %1 pages. Nothing was printed."_s.arg(print.Pages()), Procedure);
     printer.setDocName(print.Title());
     printer.setCreator(u"KT Quillbase"_s);
     QPainter painter;
@@ -132,7 +136,7 @@ int PrintOn(PagedPrint& print, QPrinter& printer, Work& work)
         RequireNotCancelled(work);
     }
     painter.end();
-    return std::max(0, last - first + 1);
+    return last - first + 1;
 }
 
 } // namespace qb
