@@ -21,7 +21,6 @@ namespace {
 
 /// In a folder that is one of these, and nobody's own.
 const QString MarkName = u".conflict-pages"_s;
-const QString DefaultFolder = u"default2"_s;
 
 bool IsOurs(const QString& folder)
 {
@@ -90,10 +89,10 @@ void ShownPages::Claim(QString& number)
 /// The pictures that all pages share, which it has beside it. Returns its address.
 QString ShownPages::Complete(const QString& number)
 {
-    const QDir defaults(m_library.HTMLFolder() + DefaultFolder);
+    const QDir defaults(m_library.HTMLFolder() + TemplateFolder);
     CopyFiles(defaults.path() + u'/', defaults.entryList(QDir::Files | QDir::NoSymLinks),
-              m_folder + number + u'/' + DefaultFolder + u'/');
-    RenameReferences(m_folder + number + u".htm"_s, DefaultFolder, number + u'/' + DefaultFolder);
+              m_folder + number + u'/' + TemplateFolder + u'/');
+    RenameReferences(m_folder + number + u".htm"_s, TemplateFolder, number + u'/' + TemplateFolder);
     return u"local://Item"_s + number;
 }
 

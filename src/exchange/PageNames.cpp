@@ -84,14 +84,21 @@ QByteArray WithReferences(const QByteArray& page, const QString& oldKey, const Q
     return BytesOf(renamed, page);
 }
 
-} // namespace
-
-QStringList PageFilesOf(const Library& library, qint64 item)
+QByteArray ReadPageFile(const QString& path)
 {
-    const QString folder = QString::number(item);
+    QFile file(path);
+    QByteArray page;
+    const QString why = file.open(QIODevice::ReadOnly) ? ReadAll(file, page) : file.errorString();
+    if (!why.isEmpty())
+        throw RuntimeError(ErrorNumber::PathAccess,
+                           u"'%1' can't be read: %2."_s.arg(QDir::toNativeSeparators(path), why), u"ReadPageFile"_s);
+    return page;
+}
+
+/// The files below a folder of the web pages, as paths below that of all of them.
+QStringList FilesBelow(const Library& library, const QString& folder)
+{
     QStringList pages;
-    if (IsPlainFile(library.HTMLFolder() + folder + u".htm"_s))
-        pages << folder + u".htm"_s;
     QStringList waiting{folder};
     while (!waiting.isEmpty()) {
         const QString at = waiting.takeFirst();
@@ -107,6 +114,27 @@ QStringList PageFilesOf(const Library& library, qint64 item)
         waiting = inner + waiting;
     }
     return pages;
+}
+
+} // namespace
+
+QStringList PageFilesOf(const Library& library, qint64 item)
+{
+    const QString folder = QString::number(item);
+    QStringList pages;
+    if (IsPlainFile(library.HTMLFolder() + folder + u".htm"_s))
+        pages << folder + u".htm"_s;
+    return pages + FilesBelow(library, folder);
+}
+
+QStringList TemplateFilesOf(const Library& library, qint64 item)
+{
+    const QString path = library.HTMLFolder() + QString::number(item) + u".htm"_s;
+    if (!IsPlainFile(path))
+        return {};
+    const QString page = UnitsOf(ReadPageFile(path));
+    const bool refers = page.contains(TemplateFolder + u'/') || page.contains(TemplateFolder + u'\\');
+    return refers ? FilesBelow(library, TemplateFolder) : QStringList();
 }
 
 QString PageNameOf(const QString& path, qint64 item)

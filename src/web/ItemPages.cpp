@@ -340,13 +340,14 @@ int ExportPage(const Library& library, qint64 item, const QString& folder)
     QStringList files = FilesOfPage(library, item);
     for (QString& file : files)
         file.prepend(inFolder);
+    files += TemplateFilesOf(library, item);
     const QFileInfo target(QDir::cleanPath(QFileInfo(folder).absoluteFilePath()));
     StagedFiles stage(target.absolutePath());
     WriteNew(stage.PathFor(name), page);
     for (const QString& file : std::as_const(files))
         CopyFileContents(library.HTMLFolder() + file, stage.PathFor(file));
     stage.PutInPlaceAsFolder(target.fileName());
-    SyncFileSystem(target.absolutePath()); // what is reported as done outlives the machine
+    stage.Flush(); // what is reported as done outlives the machine
     return int(files.size()) + 1;
 }
 

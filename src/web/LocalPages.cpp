@@ -1,7 +1,7 @@
 #include "web/LocalPages.h"
 
+#include "exchange/PageNames.h"
 #include "web/DownloadAddress.h"
-#include "web/WebPages.h"
 
 #include <QDir>
 #include <QFile>
@@ -141,7 +141,7 @@ bool MayRequest(const QUrl& page, const QUrl& resource)
     const QString own = name.left(name.lastIndexOf(u'.')) + u'/';
     const QString wanted = QDir::cleanPath(NameOf(resource));
     // The page of an item is a copy of the template, whose pictures stay where they are.
-    static const QString ofTemplate = u'/' + PageTemplate.chopped(PageSuffix.size()) + u'/';
+    static const QString ofTemplate = u'/' + TemplateFolder + u'/';
     return resource.scheme() == u"data"_s
            || (IsLocalPage(resource) && (wanted.startsWith(own) || wanted.startsWith(ofTemplate)));
 }

@@ -161,7 +161,9 @@ private Q_SLOTS:
         const qint64 item = AddItem(*m_library, 0, u"one"_s);
         m_library->Execute(u"UPDATE Items SET HTMLPage = -1"_s);
         const QString pages = m_library->HTMLFolder();
-        WriteFile(pages + u"1.htm"_s, "<!doctype html><script>steal()</script><img src=\"1/bild ü.png\">");
+        const QByteArray page = "<script>steal()</script><img src=\"1/bild ü.png\"><img src=\"default2/logo.png\">";
+        WriteFile(pages + u"1.htm"_s, "<!doctype html>" + page);
+        WriteFile(pages + u"default2/logo.png"_s, "of the template");
         WriteFile(pages + u"1/bild ü.png"_s, "picture");
         WriteFile(pages + u"1/sub/inner.HTML"_s, "<b>inner</b>");
         WriteFile(m_home->Path(u"secret"_s), "secret");
@@ -169,15 +171,17 @@ private Q_SLOTS:
         AddStoredFile(*m_library, item, u"web page"_s, "a stored file of that name", {});
         const QMap<QString, QByteArray> made = Publish(item);
         const QString folder = u"one.files/web page(1)/"_s;
-        QCOMPARE(made.keys(), (QStringList{u"one.files/"_s, u"one.files/web page"_s, folder, folder + u"1.htm"_s,
-                                           folder + u"1/"_s, folder + u"1/bild ü.png"_s, folder + u"1/sub/"_s,
-                                           folder + u"1/sub/inner.HTML"_s, u"one.md"_s}));
+        QCOMPARE(made.keys(),
+                 (QStringList{u"one.files/"_s, u"one.files/web page"_s, folder, folder + u"1.htm"_s, folder + u"1/"_s,
+                              folder + u"1/bild ü.png"_s, folder + u"1/sub/"_s, folder + u"1/sub/inner.HTML"_s,
+                              folder + u"default2/"_s, folder + u"default2/logo.png"_s, u"one.md"_s}));
+        QCOMPARE(made[folder + u"default2/logo.png"_s], "of the template");
         QCOMPARE(made[folder + u"1/bild ü.png"_s], "picture");
         QVERIFY(made[u"one.md"_s].contains("## Web page\n\n- [1\\.htm](one.files/web%20page%281%29/1.htm)\n"));
         const QByteArray policy = "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; img-src "
                                   "file: data:; ";
         QVERIFY(made[folder + u"1.htm"_s].startsWith("<!doctype html>" + policy));
-        QVERIFY(made[folder + u"1.htm"_s].endsWith("<script>steal()</script><img src=\"1/bild ü.png\">"));
+        QVERIFY(made[folder + u"1.htm"_s].endsWith(page));
         QVERIFY(made[folder + u"1/sub/inner.HTML"_s].startsWith(policy));
     }
 
@@ -203,6 +207,29 @@ private Q_SLOTS:
         QB_VERIFY_RAISES(PublishBranch(*m_library, item, ReaderForm::Markdown, Target(), work), 18);
         QCOMPARE(work.Done, QList<qint64>()); // it counts items, not bytes
         QVERIFY(!QFileInfo::exists(Target()));
+    }
+
+    void flush_isWatchedAndCanBeStopped_data()
+    {
+        QTest::addColumn<bool>("isThere");
+        QTest::newRow("new folder") << false;
+        QTest::newRow("empty folder") << true;
+    }
+    void flush_isWatchedAndCanBeStopped()
+    {
+        QFETCH(bool, isThere);
+        const qint64 item = AddItem(*m_library, 0, u"one"_s);
+        RecordedWork work;
+        if (isThere)
+            QDir().mkpath(Target());
+        work.Ends = [&work](qint64) { return work.Pulses >= 1; };
+        QB_VERIFY_RAISES(PublishBranch(*m_library, item, ReaderForm::Markdown, Target(), work), ErrorNumber::Cancelled);
+        QCOMPARE(work.Done, QList<qint64>{1}); // all was made
+        QCOMPARE(QFileInfo::exists(Target()), isThere);
+        QVERIFY(ContentsOf(Target()).isEmpty());
+        work.Forget();
+        PublishBranch(*m_library, item, ReaderForm::Markdown, Target(), work);
+        QVERIFY(work.Pulses >= 3); // what was made; again before it is put in place, for all who do that; the place
     }
 
     // Texts

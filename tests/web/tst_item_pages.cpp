@@ -208,6 +208,35 @@ private Q_SLOTS:
         QCOMPARE(Look(), before);
     }
 
+    void barredChange_makesNothingOnTheDisk_data()
+    {
+        QTest::addColumn<QString>("state");
+        QTest::newRow("read-only") << QString();
+        QTest::newRow("deleted by a child") << u"UPDATE Items SET LastChanged = 0"_s;
+    }
+    void barredChange_makesNothingOnTheDisk()
+    {
+        QFETCH(QString, state);
+        const QString folder = m_library->HTMLFolder();
+        MakeMother(*m_library, Date());
+        if (!state.isEmpty())
+            m_library->Execute(state);
+        const QString path = m_library->Name();
+        m_library.reset();
+        m_library = Library::Open(path, state.isEmpty() ? DBEngine::Access::ReadOnly : DBEngine::Access::ReadWrite);
+        DeleteFolder(folder);
+        QB_VERIFY_RAISES(WritePage(*m_library, m_item, "new"), ErrorNumber::ValueNotAllowed);
+        QB_VERIFY_RAISES(EnsureHTMLFileExists(*m_library, m_item), ErrorNumber::ValueNotAllowed);
+        QVERIFY(!QFile::exists(folder));
+        WriteFile(folder + u"1.htm"_s, "a page");
+        QB_VERIFY_RAISES(EnsureHTMLFileExists(*m_library, m_item), ErrorNumber::ValueNotAllowed);
+        QCOMPARE(ContentsOf(folder), (QMap<QString, QByteArray>{{u"1.htm"_s, "a page"}}));
+        WriteFile(folder + u"1.htm"_s, "an edited page");
+        QB_VERIFY_RAISES(NotePageChanged(*m_library, m_item, "a page"), ErrorNumber::ValueNotAllowed);
+        QCOMPARE(ReadFile(folder + u"1.htm"_s), "a page");
+        QCOMPARE(ReadFile(folder + u"1 not stored.htm"_s), "an edited page");
+    }
+
     void pageThatIsALinkOrNoFile_isNeitherReadNorChanged()
     {
         const QString secret = m_home->Path(u"secret.txt"_s);
@@ -290,6 +319,32 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(Page()));
         QVERIFY(!ForgetMissingPage(*m_library, m_item));
         QCOMPARE(Row().left(1), u"1"_s);
+    }
+
+    void export_bringsThePicturesOfTheTemplate_data()
+    {
+        QTest::addColumn<QByteArray>("page");
+        QTest::addColumn<bool>("refers");
+        QTest::newRow("slash") << "<img src='default2/in/logo.png'>"_ba << true;
+        QTest::newRow("backslash") << "<img src=default2\\in\\logo.png>"_ba << true;
+        QTest::newRow("UTF-16") << QByteArray("\xfe\xff\0d\0e\0f\0a\0u\0l\0t\0002\0/", 20) << true;
+        QTest::newRow("another page") << "<img src='1/logo.png'> default2 "_ba << false;
+    }
+    void export_bringsThePicturesOfTheTemplate()
+    {
+        QFETCH(QByteArray, page);
+        QFETCH(bool, refers);
+        WriteFile(m_library->HTMLFolder() + u"default2/in/logo.png"_s, Gif());
+        WriteFile(m_library->HTMLFolder() + u"default/other.png"_s, Gif());
+        WritePage(*m_library, m_item, page);
+        QMap<QString, QByteArray> wanted{{u"1.htm"_s, page}};
+        if (refers)
+            wanted.insert(u"default2/in/logo.png"_s, Gif());
+        const QString out = m_home->Path(u"out"_s);
+        QCOMPARE(ExportPage(*m_library, m_item, out), int(wanted.size()));
+        QMap<QString, QByteArray> made = ContentsOf(out);
+        made.removeIf([](const auto& entry) { return entry.key().endsWith(u'/'); });
+        QCOMPARE(made, wanted);
     }
 
     void export_wantsAFolderOfItsOwn()
