@@ -230,7 +230,7 @@ void CTextFormat::SetItemLanguage(const QString& name)
         Guarded(ModuleName, u"SetItemLanguage"_s, [&] {
             const LanguageDefinition language = ReadLanguageFile(shipped->Path);
             if (std::shared_ptr<RuleScan> scan = ScanOf(language))
-                known = std::make_shared<ItemLanguage>(language.Comment, std::move(scan));
+                known = std::make_shared<ItemLanguage>(ItemLanguage{language.Comment, std::move(scan)});
         });
     }
     m_item = known;
