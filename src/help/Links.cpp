@@ -38,10 +38,7 @@ QString GetLink(const QString& name)
     QFile file(LinksFile());
     if (!file.open(QIODevice::ReadOnly))
         return {};
-    QString text = QString::fromUtf8(file.read(Longest));
-    if (text.startsWith(QChar::ByteOrderMark))
-        text.remove(0, 1);
-    const QStringList lines = text.split(u'\n');
+    const QStringList lines = QString::fromUtf8(file.read(Longest)).split(u'\n'); // without a byte-order mark
     for (const QString& line : lines) {
         const qsizetype mark = line.indexOf(u'=');
         if (mark > 0 && line.left(mark).trimmed().compare(name, Qt::CaseInsensitive) == 0)
