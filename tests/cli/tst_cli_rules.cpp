@@ -19,7 +19,11 @@ private Q_SLOTS:
     void initTestCase()
     {
         m_forms = std::make_unique<TemporaryHome>();
-        MakeLibrary(m_forms->Path(u"form.qbd"_s), LanguageType::VB);
+        const QString form = m_forms->Path(u"form.qbd"_s);
+        MakeLibrary(form, LanguageType::VB);
+        const QString other = m_forms->Path(u"other.qbd"_s);
+        AddItem(*MakeLibrary(other), 0, u"arriving"_s);
+        QCOMPARE(Cli({u"export"_s, other, u"0"_s, m_forms->Path(u"branch.qbx"_s)}).Status, 0);
     }
     void cleanupTestCase() { m_forms.reset(); }
     void init()
@@ -39,7 +43,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("command");
         QTest::addColumn<int>("bar"); // Bar::None: it is done
         const QString all =
-            u"add set rename colour attach describe detach page link unlink import move fill delete keep"_s;
+            u"add set rename colour attach describe detach page link unlink import take move fill delete keep"_s;
         struct Row {
             QString State;
             QHash<QString, Bar> Refused;
@@ -56,14 +60,15 @@ private Q_SLOTS:
             {u"in a child"_s, {{u"keep"_s, Bar::NotDeleted}}},
             {u"in an exported child"_s, {{u"keep"_s, Bar::NotDeleted}, {u"delete"_s, Bar::Exported}}},
             {u"in an exported child that is a mother"_s, {{u"keep"_s, Bar::NotDeleted}, {u"delete"_s, Bar::Exported}}},
-            {u"orphan"_s, each(u"add rename link import fill"_s, Bar::Orphan, {{u"keep"_s, Bar::NotDeleted}})},
+            {u"orphan"_s, each(u"add rename link import take fill"_s, Bar::Orphan, {{u"keep"_s, Bar::NotDeleted}})},
             {u"orphan in a mother"_s,
-             each(u"add rename link import fill"_s, Bar::Orphan, {{u"keep"_s, Bar::NotDeleted}})},
-            {u"orphan in a child"_s, each(touching + u" delete"_s, Bar::LockedOrphan,
-                                          each(u"add import fill"_s, Bar::Orphan, {{u"keep"_s, Bar::NotDeleted}}))},
-            {u"folder of orphans in a mother"_s, each(u"add rename link import fill"_s, Bar::Orphan,
+             each(u"add rename link import take fill"_s, Bar::Orphan, {{u"keep"_s, Bar::NotDeleted}})},
+            {u"orphan in a child"_s,
+             each(touching + u" delete"_s, Bar::LockedOrphan,
+                  each(u"add import take fill"_s, Bar::Orphan, {{u"keep"_s, Bar::NotDeleted}}))},
+            {u"folder of orphans in a mother"_s, each(u"add rename link import take fill"_s, Bar::Orphan,
                                                       {{u"keep"_s, Bar::NotDeleted}, {u"move"_s, Bar::OrphanFolder}})},
-            {u"deleted by a child"_s, each(u"add import "_s + touching, Bar::Deleted)},
+            {u"deleted by a child"_s, each(u"add import take "_s + touching, Bar::Deleted)},
             {u"waiting in a child"_s, each(u"keep "_s + touching, Bar::Waiting)},
             {u"in conflict"_s,
              {{u"rename"_s, Bar::Conflict}, {u"delete"_s, Bar::Conflict}, {u"keep"_s, Bar::Conflict}}},
@@ -214,6 +219,7 @@ private:
             {u"link"_s, {u"link"_s, library, item, third}},
             {u"unlink"_s, {u"unlink"_s, library, item, other}},
             {u"import"_s, {u"import-folder"_s, library, m_home->Path(u"in"_s), u"--parent"_s, item}},
+            {u"take"_s, {u"import"_s, library, m_forms->Path(u"branch.qbx"_s), u"--parent"_s, item}},
             {u"move"_s, {u"move"_s, library, item, other}},
             {u"fill"_s, {u"move"_s, library, third, item}},
             {u"delete"_s, {u"delete"_s, library, item}},
@@ -233,7 +239,7 @@ private:
                        u"SELECT quote(ItemID) || quote(LinkItemID) || quote(Note) FROM ItemLinks ORDER BY ID"_s);
     }
 
-    std::unique_ptr<TemporaryHome> m_forms; ///< holds a library that is made once
+    std::unique_ptr<TemporaryHome> m_forms; ///< holds a library and an export, which are made once
     std::unique_ptr<TemporaryHome> m_home;
     std::unique_ptr<Library> m_database;
     qint64 m_item = 0;

@@ -1,5 +1,6 @@
 #include "exchange/BranchExport.h"
 #include "session/ItemExchange.h"
+#include "store/ItemRules.h"
 #include "support/FolderContents.h"
 #include "support/RecordedWork.h"
 #include "support/TestSession.h"
@@ -157,6 +158,33 @@ private Q_SLOTS:
             return QStringList();
         };
         Import(Path(u"ast.qbx"_s));
+        QCOMPARE(CountOf(Open(), u"Items"_s), 3);
+    }
+
+    void placeThatTakesNothingAnyMore_isTold_data()
+    {
+        QTest::addColumn<QString>("change");
+        QTest::addColumn<Bar>("bar");
+        QTest::newRow("orphan") << u"UPDATE Items SET Title = 'Orphaned Items' WHERE Title = 'second'"_s << Bar::Orphan;
+        QTest::newRow("deleted by a child")
+            << u"UPDATE Items SET LastChanged = 0 WHERE Title = 'second'"_s << Bar::Deleted;
+    }
+    void placeThatTakesNothingAnyMore_isTold() // it became so while the user looked at the preview
+    {
+        QFETCH(QString, change);
+        QFETCH(Bar, bar);
+        Export(u"first"_s, Path(u"ast.qbx"_s));
+        MakeMother(Open(), Date());
+        m_exchange->ChooseBranches = [this, &change](const std::vector<PreviewedItem>&) {
+            Open().Execute(change);
+            return QStringList();
+        };
+        s->Click(u"second"_s);
+        s->Script.ExpectFileName(u"Import Data From File :"_s, Path(u"ast.qbx"_s));
+        s->Script.ExpectMsgBox(u"Import Error"_s);
+        s->CommandStates.Run(u"mnuImport"_s);
+        QVERIFY(s->Script.Messages.last().Text.startsWith(u"Import of new items from the selected file failed."_s));
+        QVERIFY(s->Script.Messages.last().Text.contains(SentenceOf(bar)));
         QCOMPARE(CountOf(Open(), u"Items"_s), 3);
     }
 

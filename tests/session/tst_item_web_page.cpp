@@ -123,6 +123,23 @@ private Q_SLOTS:
         QCOMPARE(Read(u"LastChanged"_s).ToDate(), changed);
     }
 
+    void pageWhoseFileIsGone_ofALibraryThatCanOnlyBeRead_staysNoted()
+    {
+        GivePage();
+        QFile::remove(PageFile());
+        const QString path = s->State.CurrentDatabase->Name();
+        s->State.oCodeItem = std::make_unique<CCodeItem>();
+        s->State.CurrentDatabase.reset();
+        s->State.CurrentDatabase = Library::Open(path, DBEngine::Access::ReadOnly);
+        const QByteArray before = ReadFile(path);
+        s->Tree.FillTree();
+        s->Click(u"item"_s);
+        m_page->LinksTabShown();
+        QCOMPARE(s->Details.Addresses.last(), u"quillbase-page://library/default2.htm"_s);
+        QVERIFY(s->State.oCodeItem->HTMLPage());
+        QCOMPARE(ReadFile(path), before);
+    }
+
     void pageThatIsOnItsWay_isPutInPlaceAndShown()
     {
         const QString kept = s->Home.Path(u"kept"_s);
