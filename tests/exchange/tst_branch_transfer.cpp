@@ -9,6 +9,7 @@
 #include "store/ItemBranch.h"
 #include "support/FolderContents.h"
 #include "support/LibraryBuilder.h"
+#include "support/RecordedWork.h"
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
 
@@ -267,6 +268,24 @@ private Q_SLOTS:
                      ImportItems(*m_to, branch, options, how == u"cancelled"_s ? cancelled : NoWork());
                  }).isEmpty());
         QCOMPARE(Rows(), before);
+    }
+
+    void flushOfAnExport_isWatchedAndCanBeStopped()
+    {
+        Fill();
+        struct CountedAtTheEnd : RecordedWork {
+            void Pulse() override { AtTheEnd += Done.isEmpty() || Done.last() < Totals.last() ? 0 : 1; }
+            bool IsCancelled() override { return Stops && AtTheEnd >= Stops; }
+            int AtTheEnd = 0;
+            int Stops = 0;
+        } counted;
+        ExportItems(*m_from, 0, File(), counted);
+        QVERIFY2(counted.AtTheEnd >= 3, qPrintable(QString::number(counted.AtTheEnd)));
+        QVERIFY(QFile::remove(File()));
+        CountedAtTheEnd stopped;
+        stopped.Stops = counted.AtTheEnd - 2;
+        QVERIFY(!Raised([&] { ExportItems(*m_from, 0, File(), stopped); }).isEmpty());
+        QVERIFY(!QFile::exists(File()));
     }
 
     void keyThatRepeats_isRefused()
