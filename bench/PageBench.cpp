@@ -1,5 +1,7 @@
 #include "BenchLibrary.h"
 
+#include "components/ui/WindowPages.h"
+#include "components/ui/frmPageEditor.h"
 #include "panels/ui/ctlSmartTreeView.h"
 #include "session/ui/frmCodeLib.h"
 #include "store/CCodeItem.h"
@@ -10,6 +12,7 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QTabWidget>
 #include <QTreeView>
 #include <benchmark/benchmark.h>
@@ -110,10 +113,41 @@ void OpenFirstPage(benchmark::State& state)
     }
 }
 
+/// From the command until the editor shows a page of 200 kB and takes keys, the browser warm.
+void OpenEditor(benchmark::State& state)
+{
+    const QString folder = DataFolder(u"page-editor"_s);
+    const QString path = folder + u"/1.htm"_s;
+    QFile page(path);
+    const QByteArray line =
+        "<p>A paragraph with <b>bold</b> words and <a href='x'>links</a>, one of very many here.</p>\n";
+    if (!page.open(QIODevice::WriteOnly) || page.write("<h1>Large</h1>\n" + line.repeated(200'000 / line.size())) < 0)
+        return state.SkipWithError("no page can be made");
+    page.close();
+    const auto open = [&path] {
+        auto editor = std::make_unique<frmPageEditor>(nullptr, path, EditingTools(TokenPalette::Default(), false),
+                                                      [] { return std::vector<LinkableItem>(); });
+        bool isOpen = false;
+        QObject::connect(editor.get(), &frmPageEditor::Opened, editor.get(), [&isOpen] { isOpen = true; });
+        editor->show();
+        while (!isOpen)
+            QCoreApplication::processEvents();
+        return editor;
+    };
+    auto editor = open();
+    for (auto _ : state) {
+        state.PauseTiming();
+        editor.reset();
+        state.ResumeTiming();
+        editor = open();
+    }
+}
+
 } // namespace
 
 // The first one counts: the engine is loaded once.
 BENCHMARK(OpenFirstPage)->Name("page_open/first")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
+BENCHMARK(OpenEditor)->Name("editor_open")->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2);
 BENCHMARK(OpenPage)->Name("page_open/warm")->Unit(benchmark::kMillisecond)->UseRealTime();
 
 } // namespace qb::bench
