@@ -128,9 +128,12 @@ private Q_SLOTS:
         QCOMPARE(sent.Items, 2);
         QCOMPARE(sent.Files, 4);
         QCOMPARE(sent.Pages, 3);
+        const UnpackedBranch branch(File());
+        QCOMPARE(branch.Trailer().Links.size(), 1); // nothing of what stays behind
+        QCOMPARE(branch.Trailer().Links.front().Note, u"why"_s);
         const qint64 parent = AddItem(*m_to, 0, u"parent"_s);
         m_clock->AddSeconds(77);
-        const BranchImportResult got = ImportItems(*m_to, UnpackedBranch(File()), {.Parent = parent, .Only = {}});
+        const BranchImportResult got = ImportItems(*m_to, branch, {.Parent = parent, .Only = {}});
         QCOMPARE(got.Items, 2);
         QCOMPARE(got.Files, 4);
         QCOMPARE(got.Pages, 3);
@@ -223,6 +226,9 @@ private Q_SLOTS:
         const QStringList before = Rows();
         QVERIFY(Raised([&] { ImportItems(*m_to, branch, {.Parent = 0, .Only = {u"4711"_s}}); }).contains(u"4711"_s));
         QCOMPARE(Rows(), before);
+        const BranchImportResult below = ImportItems(*m_to, branch, {.Parent = 0, .Only = {QString::number(m_top)}});
+        QCOMPARE(below.Items, 2); // with all that stands below it
+        QCOMPARE(below.Links, 1);
     }
 
     void reservedTitle_becomesACopyUnderTheRootOnly()
@@ -240,7 +246,8 @@ private Q_SLOTS:
     void importThatFails_changesNothing_data()
     {
         QTest::addColumn<QString>("how");
-        for (const char* how : {"refused before it counts", "cancelled", "a row that can't be stored"})
+        for (const char* how :
+             {"refused before it counts", "refused as it counts", "cancelled", "a row that can't be stored"})
             QTest::newRow(how) << QString::fromLatin1(how);
     }
     void importThatFails_changesNothing()
@@ -259,6 +266,11 @@ private Q_SLOTS:
         if (how == u"refused before it counts"_s)
             options.BeforeCommit = [](const BranchImportResult&) {
                 throw RuntimeError(ErrorNumber::Internal, u"no"_s, u"test"_s);
+            };
+        else if (how == u"refused as it counts"_s)
+            options.BeforeCommit = [this](const BranchImportResult&) {
+                m_to->Execute(u"PRAGMA defer_foreign_keys = ON"_s);
+                m_to->Execute(u"INSERT INTO Files (CodeID, Title) VALUES (4711, 'x')"_s);
             };
         else if (how != u"cancelled"_s) {
             RefuseWord(*m_to, u"Items"_s, u"Title"_s, u"inner"_s);
