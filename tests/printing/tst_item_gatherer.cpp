@@ -121,6 +121,15 @@ private Q_SLOTS:
         QVERIFY(!rest.Code.empty() && !rest.Files.empty() && !rest.Info.isEmpty());
     }
 
+    void notesThatTakeTooLongToLayOut_arePrintedAsPlainText()
+    {
+        const QString notes = u"{\\rtf1 "_s + u"{\\b b}{\\i i}"_s.repeated(200'000) + u" end\\par}"_s;
+        Write(u"Notes"_s, notes);
+        const PrintedItem item = Gathered();
+        QCOMPARE(item.Notes.Length(), 0);
+        QCOMPARE(item.PlainNotes.trimmed(), u"bi"_s.repeated(200'000) + u" end"_s);
+    }
+
     void emptyItem_hasATitleOnly()
     {
         const PrintedItem item = Gathered();
