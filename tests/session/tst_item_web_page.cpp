@@ -2,6 +2,7 @@
 #include "platform/system/Paths.h"
 #include "session/ItemWebPage.h"
 #include "store/PageChange.h"
+#include "support/FolderContents.h"
 #include "support/TestSession.h"
 #include "web/WebPages.h"
 
@@ -127,35 +128,32 @@ private Q_SLOTS:
     {
         GivePage();
         QFile::remove(PageFile());
-        const QString path = s->State.CurrentDatabase->Name();
-        s->State.oCodeItem = std::make_unique<CCodeItem>();
-        s->State.CurrentDatabase.reset();
-        s->State.CurrentDatabase = Library::Open(path, DBEngine::Access::ReadOnly);
-        const QByteArray before = ReadFile(path);
-        s->Tree.FillTree();
+        OpenForReading();
+        const QByteArray before = ReadFile(s->State.CurrentDatabase->Name());
         s->Click(u"item"_s);
         m_page->LinksTabShown();
         QCOMPARE(s->Details.Addresses.last(), u"quillbase-page://library/default2.htm"_s);
         QVERIFY(s->State.oCodeItem->HTMLPage());
-        QCOMPARE(ReadFile(path), before);
+        QCOMPARE(ReadFile(s->State.CurrentDatabase->Name()), before);
+    }
+
+    void libraryThatCanOnlyBeRead_getsNoFiles()
+    {
+        LeavePageOnItsWay();
+        OpenForReading();
+        const QString folder = s->State.CurrentDatabase->HTMLFolder();
+        QFile::remove(folder + PageTemplate);
+        QFile::remove(folder + WelcomePage);
+        const QMap<QString, QByteArray> before = ContentsOf(folder);
+        s->Click(u"item"_s);
+        m_page->LinksTabShown();
+        QCOMPARE(ContentsOf(folder), before);
+        QCOMPARE(s->Details.Addresses.last(), u"quillbase-page://library/default2.htm"_s);
     }
 
     void pageThatIsOnItsWay_isPutInPlaceAndShown()
     {
-        const QString kept = s->Home.Path(u"kept"_s);
-        QString folder;
-        {
-            PageChange change(*s->State.CurrentDatabase, m_item);
-            Transaction transaction(*s->State.CurrentDatabase);
-            WriteFile(change.Folder() + u"page.htm"_s, "page");
-            change.Bind(PageChange::Kind::Add);
-            s->State.CurrentDatabase->Execute(u"UPDATE Items SET HTMLPage = ? WHERE ID = ?"_s, {true, m_item});
-            transaction.Commit(); // and whoever did it has gone
-            folder = QDir::cleanPath(change.Folder() + u".."_s);
-            QVERIFY(QDir().rename(folder, kept));
-        }
-        QVERIFY(QDir().rename(kept, folder));
-        QVERIFY(!QFile::exists(PageFile()));
+        LeavePageOnItsWay();
         s->Click(u"item"_s);
         m_page->LinksTabShown();
         QCOMPARE(ReadFile(PageFile()), "page");
@@ -431,6 +429,32 @@ private:
         s->CommandStates.Run(command);
     }
     QString PageFile() const { return s->State.CurrentHTMLFolder() + QString::number(m_item) + u".htm"_s; }
+    /// As somebody leaves it whose process ends behind the commit.
+    void LeavePageOnItsWay()
+    {
+        const QString kept = s->Home.Path(u"kept"_s);
+        QString folder;
+        {
+            PageChange change(*s->State.CurrentDatabase, m_item);
+            Transaction transaction(*s->State.CurrentDatabase);
+            WriteFile(change.Folder() + u"page.htm"_s, "page");
+            change.Bind(PageChange::Kind::Add);
+            s->State.CurrentDatabase->Execute(u"UPDATE Items SET HTMLPage = ? WHERE ID = ?"_s, {true, m_item});
+            transaction.Commit();
+            folder = QDir::cleanPath(change.Folder() + u".."_s);
+            QVERIFY(QDir().rename(folder, kept));
+        }
+        QVERIFY(QDir().rename(kept, folder));
+        QVERIFY(!QFile::exists(PageFile()));
+    }
+    void OpenForReading()
+    {
+        const QString path = s->State.CurrentDatabase->Name();
+        s->State.oCodeItem = std::make_unique<CCodeItem>();
+        s->State.CurrentDatabase.reset();
+        s->State.CurrentDatabase = Library::Open(path, DBEngine::Access::ReadOnly);
+        s->Tree.FillTree();
+    }
     void GivePage()
     {
         WriteFile(PageFile(), "<p>page</p>");

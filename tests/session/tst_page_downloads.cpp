@@ -163,6 +163,20 @@ private Q_SLOTS:
         QCOMPARE(ReadFile(Path(u"chosen"_s)), "abc");
     }
 
+    void placeThatIsNoFile_takesNothing()
+    {
+        Load();
+        Arrive();
+        const QString folder = Path(u"folder"_s);
+        WriteFile(folder + u"/own"_s, "mine");
+        const QStringList before = QDir(Path(u"."_s)).entryList(QDir::AllEntries | QDir::Hidden);
+        LoadingFile& file = *m_downloads->Component()->Files().front();
+        m_downloads->Component()->SaveAs(file, folder);
+        QVERIFY(!file.Trouble.isEmpty() && file.SavedAs.isEmpty());
+        QCOMPARE(QDir(Path(u"."_s)).entryList(QDir::AllEntries | QDir::Hidden), before);
+        QCOMPARE(ReadFile(folder + u"/own"_s), "mine");
+    }
+
     void item_isGoneToInItsOwnLibraryOnly()
     {
         QList<qint64> gone;
