@@ -321,6 +321,21 @@ private Q_SLOTS:
         QCOMPARE(Coloured(Picture(black, 0)), 0);
     }
 
+    void boldCode_isToldApartWithoutColours()
+    {
+        m_setup.Colours = false;
+        const auto picture = [this](bool isBold, bool isItalic) {
+            m_items = {};
+            Add().Code = {{u"while some words"_s, {{0, 5, 0, isBold, isItalic}}}};
+            PagedPrint print = Print();
+            print.FindAllPages();
+            return Picture(print, 0);
+        };
+        const QImage plain = picture(false, false);
+        QVERIFY(picture(true, false) != plain);
+        QVERIFY(picture(false, true) != plain);
+    }
+
     void paleNotes_areReadOnWhite()
     {
         PrintedItem& item = Add();

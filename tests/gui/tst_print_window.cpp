@@ -238,6 +238,33 @@ private Q_SLOTS:
         QVERIFY(Read(u"Code"_s).contains(u"Typed_just_now"_s));
     }
 
+    void pdf_isProposedByTheTitleWhereTheLastFileWent()
+    {
+        Write(u"Title"_s, u"..a/b:c\td?"_s);
+        Open();
+        ClickOn(0);
+        InWindow([this](frmPrint& window) { Save(window); });
+        QCOMPARE(m_prompts->Questions.last().Name, u"a_b_c_d_.pdf"_s);
+        InWindow([this](frmPrint& window) { Save(window); });
+        QCOMPARE(m_prompts->Questions.last().Folder, QFileInfo(Pdf()).absolutePath());
+    }
+
+    void preview_showsTheNumberOfPagesOnceItIsKnown()
+    {
+        Write(u"Code"_s, Code(5000));
+        Open();
+        ClickOn(0);
+        InWindow([](frmPrint& window) {
+            PrintPreview* preview = PreviewOf(window);
+            preview->viewport()->grab();
+            QVERIFY(!preview->AllKnown());
+            AllFound(preview);
+            const QImage shown = preview->viewport()->grab().toImage();
+            preview->SetZoom(PrintPreview::Fit::Page, 1); // which paints all anew
+            QCOMPARE(preview->viewport()->grab().toImage(), shown);
+        });
+    }
+
     void pdfThatCantBeWritten_leavesTheWindowOpen()
     {
         Open();
