@@ -121,8 +121,9 @@ public:
                 throw RuntimeError(ErrorNumber::Cancelled, u"The import was stopped; nothing was changed."_s,
                                    Procedure);
         }
-        AddLinks();
-        BindPages();
+        const QHash<QString, qint64> items = NewItems();
+        AddLinks(items);
+        BindPages(items);
         return m_result;
     }
 
@@ -248,11 +249,25 @@ private:
         ++m_result.Pages;
     }
 
-    void BindPages()
+    /// The IDs that items have got, by their keys.
+    QHash<QString, qint64> NewItems() const
     {
-        for (NewPage& page : m_pages)
+        QHash<QString, qint64> items;
+        for (size_t place = 0; place < m_newItems.size(); ++place) {
+            if (m_newItems[place] != 0)
+                items.insert(m_branch.Items()[place].Key, m_newItems[place]);
+        }
+        return items;
+    }
+
+    void BindPages(const QHash<QString, qint64>& items)
+    {
+        for (NewPage& page : m_pages) {
+            if (const QString file = page.Arriving->Folder() + u"page.htm"_s; QFile::exists(file))
+                RenumberItems(file, items);
             page.Arriving->Bind(page.Item,
                                 &page == &m_pages.back() ? ArrivingPage::Flush::Now : ArrivingPage::Flush::Later);
+        }
     }
 
     void ReadInto(QFile& file, qint64 size)
@@ -271,13 +286,8 @@ private:
         file.close();
     }
 
-    void AddLinks()
+    void AddLinks(const QHash<QString, qint64>& items)
     {
-        QHash<QString, qint64> items;
-        for (size_t place = 0; place < m_newItems.size(); ++place) {
-            if (m_newItems[place] != 0)
-                items.insert(m_branch.Items()[place].Key, m_newItems[place]);
-        }
         const Date now = m_library.NextStamp();
         for (const BranchLink& link : m_branch.Trailer().Links) {
             const qint64 from = items.value(link.From);

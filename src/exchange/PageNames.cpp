@@ -10,6 +10,7 @@
 #include <QUrl>
 #include <QtEndian>
 #include <algorithm>
+#include <functional>
 
 namespace qb {
 
@@ -64,18 +65,23 @@ QString FormsOf(const QString& key, bool isUtf16)
     return u"(?:"_s + forms.join(u'|') + u')';
 }
 
+/// Halves of characters, which no expression takes, are part of nothing that is looked for.
+QString Searched(QString text)
+{
+    std::replace_if(
+        text.begin(), text.end(), [](QChar unit) { return unit.isSurrogate(); }, u'?');
+    return text;
+}
+
 QByteArray WithReferences(const QByteArray& page, const QString& oldKey, const QString& newKey)
 {
     const QRegularExpression reference(
         u"((?:src|href|background|poster)\\s*=\\s*[\"']?(?:\\./)?)%1(?=[\\\\/])"_s.arg(FormsOf(oldKey, IsUtf16(page))),
         QRegularExpression::CaseInsensitiveOption);
     const QString text = UnitsOf(page);
-    QString searched = text; // halves of characters, which no expression takes, are none of the name
-    std::replace_if(
-        searched.begin(), searched.end(), [](QChar unit) { return unit.isSurrogate(); }, u'?');
     QString renamed;
     qsizetype done = 0;
-    for (const QRegularExpressionMatch& match : reference.globalMatch(searched)) {
+    for (const QRegularExpressionMatch& match : reference.globalMatch(Searched(text))) {
         renamed += QStringView(text).mid(done, match.capturedEnd(1) - done);
         renamed += newKey;
         done = match.capturedEnd();
@@ -157,12 +163,13 @@ std::optional<QString> PlaceOfPage(const QString& name, const QString& key, bool
     return place;
 }
 
-void RenameReferences(const QString& pageFile, const QString& oldKey, const QString& newKey)
+namespace {
+
+void Rewrite(const QString& pageFile, const std::function<QByteArray(const QByteArray& page)>& change)
 {
     const auto fail = [&pageFile](const QString& why) {
         throw RuntimeError(ErrorNumber::PathAccess,
-                           u"'%1' can't be changed: %2."_s.arg(QDir::toNativeSeparators(pageFile), why),
-                           u"RenameReferences"_s);
+                           u"'%1' can't be changed: %2."_s.arg(QDir::toNativeSeparators(pageFile), why), u"Rewrite"_s);
     };
     QFile file(pageFile);
     if (!file.open(QIODevice::ReadWrite))
@@ -170,11 +177,41 @@ void RenameReferences(const QString& pageFile, const QString& oldKey, const QStr
     QByteArray bytes;
     if (const QString why = ReadAll(file, bytes); !why.isEmpty())
         fail(why);
-    const QByteArray changed = WithReferences(bytes, oldKey, newKey);
+    const QByteArray changed = change(bytes);
     if (changed == bytes)
         return;
     if (!file.seek(0) || file.write(changed) != changed.size() || !file.resize(changed.size()) || !file.flush())
         fail(file.errorString());
+}
+
+QByteArray WithNumbers(const QByteArray& page, const QHash<QString, qint64>& newNumbers)
+{
+    static const QRegularExpression address(u"(?<=local://item)\\d+"_s, QRegularExpression::CaseInsensitiveOption);
+    const QString text = UnitsOf(page);
+    QString renumbered;
+    qsizetype done = 0;
+    for (const QRegularExpressionMatch& match : address.globalMatch(Searched(text))) {
+        const auto number = newNumbers.constFind(match.captured());
+        if (number == newNumbers.constEnd())
+            continue;
+        renumbered += QStringView(text).mid(done, match.capturedStart() - done);
+        renumbered += QString::number(*number);
+        done = match.capturedEnd();
+    }
+    renumbered += QStringView(text).mid(done);
+    return BytesOf(renumbered, page);
+}
+
+} // namespace
+
+void RenameReferences(const QString& pageFile, const QString& oldKey, const QString& newKey)
+{
+    Rewrite(pageFile, [&](const QByteArray& page) { return WithReferences(page, oldKey, newKey); });
+}
+
+void RenumberItems(const QString& pageFile, const QHash<QString, qint64>& newNumbers)
+{
+    Rewrite(pageFile, [&](const QByteArray& page) { return WithNumbers(page, newNumbers); });
 }
 
 } // namespace qb

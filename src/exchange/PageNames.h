@@ -2,6 +2,7 @@
 
 #include "store/Library.h"
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 #include <optional>
@@ -29,5 +30,9 @@ std::optional<QString> PlaceOfPage(const QString& name, const QString& key, bool
 /// Lets what a page loads or leads to in the folder of @p oldKey lie in that of @p newKey, which is of ASCII; in a page
 /// of any encoding. Raises RuntimeError 75 when the file can't be read or written.
 void RenameReferences(const QString& pageFile, const QString& oldKey, const QString& newKey);
+
+/// Lets addresses of items in a page, "local://Item17", be those of their new numbers; in a page of any encoding. An
+/// item that is not among them keeps its address. Raises RuntimeError 75 as above.
+void RenumberItems(const QString& pageFile, const QHash<QString, qint64>& newNumbers);
 
 } // namespace qb

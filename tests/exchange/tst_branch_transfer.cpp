@@ -13,6 +13,8 @@
 #include "support/ScriptedPrompts.h"
 #include "support/TestRun.h"
 
+#include <QStringEncoder>
+
 using namespace qb;
 using namespace qb::test;
 using namespace Qt::StringLiterals;
@@ -147,6 +149,31 @@ private Q_SLOTS:
         QCOMPARE(Texts(*m_to, u"SELECT Note FROM ItemLinks"_s), QStringList{u"why"_s});
         QCOMPARE(m_to->QueryValue(u"SELECT LastChanged FROM Items WHERE ID = ?"_s, {got.Top}).ToDate(), m_clock->Now());
         QCOMPARE(ContentsOf(m_to->HTMLFolder()).keys().filter(u"arriving"_s), QStringList());
+    }
+
+    void linksOfPages_leadToTheItemsThatArrived_data()
+    {
+        QTest::addColumn<bool>("isWide");
+        QTest::newRow("bytes") << false;
+        QTest::newRow("UTF-16") << true;
+    }
+    void linksOfPages_leadToTheItemsThatArrived()
+    {
+        QFETCH(bool, isWide);
+        Fill();
+        const auto page = [isWide](qint64 top, qint64 aside) {
+            const QString text = u"\ufeff<a href='local://Item%1'>ä</a> <a href=\"LOCAL://item%2\">"_s.arg(top).arg(
+                aside);
+            return isWide ? QByteArray(QStringEncoder(QStringEncoder::Utf16LE).encode(text)) : text.mid(1).toUtf8();
+        };
+        WriteFile(m_from->HTMLFolder() + QString::number(m_inner) + u".htm"_s, page(m_top, m_aside));
+        ExportItems(*m_from, m_top, File());
+        for (int i = 0; i < 20; ++i)
+            AddItem(*m_to, 0, u"there"_s); // so that the numbers are others
+        const BranchImportResult got = ImportItems(*m_to, UnpackedBranch(File()), {.Parent = 0, .Only = {}});
+        QVERIFY(got.Top != m_top);
+        const QString arrived = m_to->HTMLFolder() + QString::number(got.Top + 1) + u".htm"_s;
+        QCOMPARE(ReadFile(arrived), page(got.Top, m_aside)); // one that stays behind keeps its address
     }
 
     void importIntoAReplica_isNewToTheOthersWithItsPageAndLinks()
