@@ -1,3 +1,4 @@
+#include "exchange/PageNames.h"
 #include "platform/richtext/Rtf.h"
 #include "platform/richtext/RtfPlainText.h"
 #include "platform/system/SafeNames.h"
@@ -131,7 +132,7 @@ private:
         if (item.Pages.isEmpty())
             return {};
         const QString folder = m_beside + u'/' + m_besideNames.Take({}, u"web page"_s) + u'/';
-        for (const QString& path : item.Pages)
+        for (const QString& path : item.Pages + TemplateFilesOf(From(), item.Item))
             CopyPageFile(path, folder + path);
         return u"\n## Web page\n\n- [%1](%2)\n"_s.arg(MarkdownLine(item.Pages.front()),
                                                       MarkdownTarget(WayTo(m_folder, folder + item.Pages.front())));

@@ -91,8 +91,7 @@ PublishedItem ReadPublishedItem(Library& library, qint64 item, const QString& la
                        .Notes = row.Notes(),
                        .OwnLanguage = LanguageInRtf(row.Code()),
                        .Language = {},
-                       .Pages = row.HTMLPage() ? PageFilesOf(library, item) + TemplateFilesOf(library, item)
-                                               : QStringList(),
+                       .Pages = row.HTMLPage() ? PageFilesOf(library, item) : QStringList(),
                        .Files = FilesOf(library, item)};
     if (read.OwnLanguage.isEmpty())
         read.OwnLanguage = LanguageInRtf(read.Usage);
