@@ -374,15 +374,25 @@ function readCell(reader, node) {
   return reader.holder(S.nodes.table_cell, { tag: node.tagName }, node, reader.flowOrFiller(node.childNodes));
 }
 
+// Elements may stand in each other to this depth: what reads, shows and writes them calls itself as often.
+const MostDepth = 500;
+function isTooDeep(tree) {
+  let level = [tree];
+  for (let depth = 0; level.length && depth <= MostDepth; ++depth)
+    level = level.flatMap(node => node.childNodes || []);
+  return level.length > 0;
+}
+
 const find = (node, tag) => (node.childNodes || []).find(child => child.tagName === tag);
 
-// Reads a page. What stands around its body is no part of the document. Null for one that has no body to edit.
+// Reads a page. What stands around its body is no part of the document. Null for one that has no body to edit, or is
+// too deep.
 E.read = function (text, base) {
   const page = new Page(text, base);
   const tree = PageEditorParts.parse(text, { sourceCodeLocationInfo: true });
   const html = find(tree, "html");
   const body = html && find(html, "body");
-  if (!body)
+  if (!body || isTooDeep(tree))
     return null;
   const reader = new Reader(page);
   const blocks = reader.flow(body.childNodes);
@@ -433,7 +443,7 @@ E.readForeign = function (html) {
   const page = new Page(html, null);
   const tree = PageEditorParts.parse(html, { sourceCodeLocationInfo: true });
   const body = find(find(tree, "html"), "body");
-  const blocks = body ? new Reader(page).flow(body.childNodes) : [];
+  const blocks = body && !isTooDeep(tree) ? new Reader(page).flow(body.childNodes) : [];
   return PageEditorParts.model.Fragment.from(blocks.map(cleaned).filter(Boolean));
 };
 const keptAttributes = { image: ["src", "alt", "width", "height"], table_cell: ["colspan", "rowspan"],

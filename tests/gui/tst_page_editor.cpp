@@ -321,8 +321,10 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("begin");
         QTest::addColumn<QByteArray>("end");
         QTest::addColumn<int>("size");
-        QTest::newRow("paragraphs") << "<p>"_ba << "</p>"_ba << 500'000;
-        QTest::newRow("lines") << ""_ba << "<br>"_ba << 1'500'000; // all of them one text
+        QTest::newRow("paragraphs") << "<p>"_ba
+                                    << "</p>"_ba << 500'000;
+        QTest::newRow("lines") << ""_ba
+                               << "<br>"_ba << 1'500'000; // all of them one text
     }
     void largePaste_isSavedWhole()
     {
@@ -378,6 +380,30 @@ private Q_SLOTS:
         const QByteArray page = Written();
         QVERIFY2(page.contains("<a href=\"http://x/\">l</a>") && page.contains("<h2>T</h2>"), page.constData());
         QVERIFY2(!page.contains("onclick") && !page.contains("script") && !page.contains("img"), page.constData());
+    }
+
+    void pageThatIsTooDeep_isEditedAsSource()
+    {
+        const QByteArray page = "<p>a</p>" + QByteArray("<div>").repeated(10'000) + "x";
+        Open(page);
+        QVERIFY(Source()->isVisible());
+        Source()->textCursor().insertText(u"b"_s);
+        QVERIFY(Saved());
+        QCOMPARE(ReadFile(m_page), 'b' + page);
+    }
+
+    void deepPage_isEditedAsItLooks()
+    {
+        const QByteArray begin = QByteArray("<blockquote>").repeated(400) + "<p>";
+        Open(begin + "x</p>");
+        QVERIFY(!Source()->isVisible());
+        Type(u"y"_s);
+        QVERIFY(Written().startsWith(begin + "yx"));
+        auto* data = new QMimeData;
+        data->setHtml(QString::fromLatin1(QByteArray("<div>").repeated(10'000)) + u"deep words"_s);
+        QApplication::clipboard()->setMimeData(data);
+        m_editor->Pane().Do(EditorPane::Edit::Paste);
+        QTRY_VERIFY_WITH_TIMEOUT(Written().contains("deep words"), Patience);
     }
 
     void fullDisk_keepsTheTextInTheEditor()

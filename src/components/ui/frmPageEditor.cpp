@@ -154,7 +154,7 @@ void frmPageEditor::Connect()
         m_isOnlySource = true;
         m_sourceAction->setChecked(true);
         m_sourceAction->setEnabled(false);
-        lblStatus->setText(u"This page has no body; it can be edited as source only."_s);
+        lblStatus->setText(u"This page has no body, or one that is too deep; it can be edited as source only."_s);
         Q_EMIT Opened();
     };
     connect(m_findBar, &PageFindBar::FindAsked, this, [this](const QJsonObject& find) {
