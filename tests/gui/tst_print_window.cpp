@@ -7,6 +7,7 @@
 #include "store/CCodeItem.h"
 #include "support/EditingWindow.h"
 #include "support/PdfText.h"
+#include "support/ui/WorkProgress.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -14,6 +15,7 @@
 #include <QDoubleSpinBox>
 #include <QPrinter>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QScrollBar>
 #include <QToolButton>
 #include <QTreeWidget>
@@ -364,6 +366,26 @@ private Q_SLOTS:
             QVERIFY(!In<QPushButton>(window, "cmdPrint")->isEnabled());
             QVERIFY(!In<QPushButton>(window, "cmdPdf")->isEnabled());
             TakePicture(window, u"print-unreadable"_s);
+        });
+    }
+
+    void itemThatCantBeRead_isMetWhileThePdfIsSaved()
+    {
+        const auto delay = std::exchange(WorkProgress::Delay, std::chrono::milliseconds(0)); // events come through
+        const auto back = qScopeGuard([delay] { WorkProgress::Delay = delay; });
+        const qint64 below = AddItem(*m_database, m_item, u"below"_s);
+        Write(u"Code"_s, Code(5000));
+        Open();
+        ClickOn(0);
+        InWindow([this, below](frmPrint& window) {
+            Choose(window, 1);
+            m_database->Execute(u"DELETE FROM Items WHERE ID = ?"_s, {below});
+            m_prompts->ExpectFileName(u"Save as PDF"_s, Pdf());
+            m_prompts->ExpectMsgBox(ApplicationTitle);
+            Click(window, "cmdPdf");
+            QVERIFY(m_prompts->Messages.last().Text.contains(QString::number(below)));
+            QVERIFY(window.isVisible());
+            QVERIFY(!QFile::exists(Pdf()));
         });
     }
 };

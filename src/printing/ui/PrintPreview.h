@@ -23,8 +23,9 @@ public:
     void SetPrint(std::unique_ptr<PagedPrint> print);
     /// Shows a sentence in the place of pages.
     void SetMessage(const QString& text);
-    /// Null while a message is shown.
-    PagedPrint* Print() const { return m_print.get(); }
+    /// Null while a message is shown. Whoever goes on with it for a while shares it: a page that is looked for meanwhile
+    /// may turn out to be one that can't be read.
+    std::shared_ptr<PagedPrint> Print() const { return m_print; }
 
     enum class Fit { Page, Width, None };
     /// A page as large as there is room for, or so many times its own size.
@@ -56,7 +57,7 @@ private:
     void FindMorePages();
     const QPixmap* PictureOf(int page);
 
-    std::unique_ptr<PagedPrint> m_print;
+    std::shared_ptr<PagedPrint> m_print;
     QString m_message;
     Fit m_fit = Fit::Page;
     double m_factor = 1;

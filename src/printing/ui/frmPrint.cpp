@@ -359,7 +359,8 @@ bool frmPrint::SavePdf(const QString& file)
         int pages = 0;
         {
             WorkProgress progress(this, u"Saving the PDF"_s);
-            pages = WritePdf(*ctlPreview->Print(), file, m_request->Database.Name(), progress);
+            const std::shared_ptr<PagedPrint> print = ctlPreview->Print();
+            pages = WritePdf(*print, file, m_request->Database.Name(), progress);
         }
         Prompts::Current().OperationSuccessful(u"%1 pages were saved to '%2'."_s.arg(pages).arg(file), file);
     });
@@ -381,7 +382,8 @@ void frmPrint::cmdPrint_Click()
     Remember(Memory::Printer, printer.printerName());
     const bool done = Report([&] {
         WorkProgress progress(this, u"Printing"_s);
-        PrintOn(*ctlPreview->Print(), printer, progress);
+        const std::shared_ptr<PagedPrint> print = ctlPreview->Print();
+        PrintOn(*print, printer, progress);
     });
     if (done)
         accept();
