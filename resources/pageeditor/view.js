@@ -7,6 +7,7 @@ const { EditorState, Plugin, PluginKey } = P.state;
 const { Decoration, DecorationSet } = P;
 const Pause = 400; // milliseconds without a change after which the state is kept outside, and more of a large page
 const ColourPause = 60;
+const LargePaste = 1000000; // characters of markup
 
 E.pages = [];  // texts that the program keeps too, by the same numbers
 E.page = null; // the one that is being edited
@@ -118,6 +119,15 @@ function takePictures(files, place) {
   }
   return files.length > 0;
 }
+// A large text takes seconds, of which the user is told before anything else is done about it.
+function tellLargePaste(_, event) {
+  const html = event.clipboardData && event.clipboardData.getData("text/html");
+  if (!html || html.length < LargePaste)
+    return false;
+  E.tell("pasting", { isDone: false });
+  setTimeout(() => E.tell("pasting", { isDone: true }));
+  return false;
+}
 let copied = null; // what was copied here, with all that it is
 function handlePaste(view, event, slice) {
   const data = event.clipboardData;
@@ -218,7 +228,7 @@ E.open = function ({ text, base, colourRules, sheet, isDark, mostPicture }) {
     state: stateFor(page.doc), handlePaste, handleDrop,
     attributes: { spellcheck: "false" },
     handleDOMEvents: {
-      copy: remember, cut: remember,
+      copy: remember, cut: remember, paste: tellLargePaste,
       click: stayHere, auxclick: stayHere,
     },
     handleDoubleClickOn: (_, place, node) => {

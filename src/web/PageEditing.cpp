@@ -90,6 +90,8 @@ void PageEditing::Told(const QString& what, const QJsonObject& value)
         RunAfterKeys();
     } else if (what == u"found"_s && Found) {
         Found(value["at"_L1].toInt(), value["count"_L1].toInt());
+    } else if (what == u"pasting"_s && Said) {
+        Said(value["isDone"_L1].toBool() ? QString() : u"A large text is being pasted; this takes a while."_s);
     } else if (what == u"replaced"_s && Said) {
         Said(u"Replaced: %1"_s.arg(value["count"_L1].toInt()));
     } else if (what == u"open_picture"_s && PictureWanted) {

@@ -339,8 +339,12 @@ private Q_SLOTS:
         auto* data = new QMimeData;
         data->setHtml(QString::fromUtf8(markup));
         QApplication::clipboard()->setMimeData(data);
+        const auto* status = m_editor->findChild<QLabel*>(u"lblStatus"_s);
         m_editor->Pane().Do(EditorPane::Edit::Paste);
+        if (size > 1'000'000)
+            QTRY_VERIFY_WITH_TIMEOUT(status->text().contains(u"is being pasted"_s), Patience);
         QTRY_VERIFY_WITH_TIMEOUT(m_editor->windowTitle().startsWith(u'*'), LongPatience);
+        QTRY_COMPARE_WITH_TIMEOUT(status->text(), QString(), Patience);
         QSignalSpy saved(m_editor.get(), &frmPageEditor::Saved);
         Press("save");
         QVERIFY((saved.size() > 0 || saved.wait(LongPatience)) && saved.first().first().toBool());
