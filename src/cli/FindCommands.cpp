@@ -149,7 +149,8 @@ void PrintJson(const Found& found, const FindMatcher& matcher, size_t most)
                                  {u"hits"_s, places}});
     }
     const FindOutcome& outcome = found.Result.Outcome;
-    Print(QJsonObject{{u"items"_s, items}, {u"complete"_s, outcome.IsComplete()}});
+    Print(QJsonObject{
+        {u"items"_s, items}, {u"complete"_s, outcome.IsComplete()}, {u"left_out"_s, qint64(outcome.LeftOut)}});
 }
 
 void PrintText(const Found& found, const FindMatcher& matcher, size_t most)

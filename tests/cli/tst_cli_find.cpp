@@ -82,6 +82,8 @@ private Q_SLOTS:
         const Outcome outcome = Find({u"std::move"_s, u"--json"_s});
         QCOMPARE(outcome.Status, 0);
         QVERIFY(outcome.Object().value(u"complete"_s).toBool());
+        QCOMPARE(outcome.Object().value(u"left_out"_s).toInt(-1), 1);
+        QCOMPARE(Find({u"std::move"_s, u"--in"_s, u"code"_s, u"--json"_s}).Object().value(u"left_out"_s).toInt(-1), 0);
         QVERIFY2(outcome.Error.contains(u"Files of more than 16 MB that were not looked through: 1."_s),
                  qPrintable(outcome.Error));
     }
