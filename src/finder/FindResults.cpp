@@ -125,7 +125,7 @@ void FindResults::SetSearchResultViewType(ViewType type)
     if (type == m_viewType)
         return;
     beginResetModel();
-    m_viewType = type == DetailList ? DetailList : QuickList; // a number out of the settings may be any
+    m_viewType = type;
     endResetModel();
     Q_EMIT ViewTypeChanged();
     Q_EMIT RowSelected(m_selected);

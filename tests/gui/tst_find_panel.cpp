@@ -138,6 +138,25 @@ private Q_SLOTS:
         QCOMPARE(GetSetting(SettingsApplication, u"Settings"_s, u"FindResultsSingleClick"_s), u"False"_s);
     }
 
+    void foreignViewTypeInTheSettings_isTheQuickList_data()
+    {
+        QTest::addColumn<QString>("number");
+        for (const char* number : {"2", "-1", "2147483647", "257", "9999999999", "x"})
+            QTest::newRow(number) << QString::fromLatin1(number);
+    }
+
+    void foreignViewTypeInTheSettings_isTheQuickList()
+    {
+        QFETCH(QString, number);
+        SaveSetting(SettingsApplication, u"Settings"_s, u"SearchResultsViewType"_s, number);
+        Open();
+        QVERIFY(List()->isHeaderHidden());
+        QVERIFY(ToolbarButton(u"tbrSearch"_s, u"QUICK_LIST"_s)->isChecked());
+        QVERIFY(!ToolbarButton(u"tbrSearch"_s, u"DETAIL_LIST"_s)->isChecked());
+        m_window->close();
+        QCOMPARE(GetSetting(SettingsApplication, u"Settings"_s, u"SearchResultsViewType"_s), u"0"_s);
+    }
+
     void occurrences_areSteppedThroughAcrossPagesAndItems()
     {
         Open();

@@ -143,7 +143,8 @@ void LibraryFind::ShowViewType()
 
 void LibraryFind::ReadLayout(const WindowLayout& layout)
 {
-    m_results.SetSearchResultViewType(FindResults::ViewType(layout.Number(WindowLayout::SearchResultsViewType)));
+    const bool isDetailed = layout.Number(WindowLayout::SearchResultsViewType) == FindResults::DetailList;
+    m_results.SetSearchResultViewType(isDetailed ? FindResults::DetailList : FindResults::QuickList);
     m_results.SetSearchResultSingleClick(layout.Flag(WindowLayout::FindResultsSingleClick));
     ShowViewType();
 }
