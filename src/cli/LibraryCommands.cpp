@@ -8,6 +8,7 @@
 #include "maintenance/ContentCheck.h"
 #include "maintenance/FolderImport.h"
 #include "maintenance/LibraryCheck.h"
+#include "maintenance/PhasedWork.h"
 #include "store/CDBCreate.h"
 #include "store/ShippedLanguages.h"
 
@@ -112,10 +113,15 @@ int Check(const QStringList& words)
 {
     const Arguments arguments(words, {{"deep", ""}}, 1);
     const auto database = DBEngine::OpenDatabase(arguments.Positional(0), DBEngine::Access::ReadOnly);
-    std::vector<LibraryFault> faults = CheckLibrary(*database);
+    ProgressLine line(Parts);
+    PhasedWork phases(line);
+    const bool isDeep = arguments.Has(u"deep"_s) && IsLibrary(*database);
+    phases.Begin(isDeep ? PhasedWork::Whole / 2 : PhasedWork::Whole);
+    std::vector<LibraryFault> faults = CheckLibrary(*database, phases);
     ContentCheck contents;
-    if (arguments.Has(u"deep"_s) && IsLibrary(*database)) {
-        contents = CheckContents(*database);
+    if (isDeep) {
+        phases.Begin(PhasedWork::Whole);
+        contents = CheckContents(*database, phases);
         faults.insert(faults.end(), contents.Faults.begin(), contents.Faults.end());
     }
     QJsonArray list;

@@ -24,7 +24,7 @@ using Kind = LibraryFault::Kind;
 
 constexpr std::chrono::seconds DamagedFileTime{5};
 
-void CheckStructure(Database& database, Faults& faults)
+void ReadStructure(Database& database, Faults& faults)
 {
     Statement rows = database.Query(u"PRAGMA integrity_check"_s);
     while (rows.Step()) {
@@ -36,6 +36,12 @@ void CheckStructure(Database& database, Faults& faults)
         faults.push_back({Kind::Damage, references.Text(0), references.Long(1),
                           u"The row %1 of %2 refers to a row of %3 that does not exist."_s.arg(references.Long(1))
                               .arg(references.Text(0), references.Text(2))});
+}
+
+/// Most of it are single steps of the engine.
+void CheckStructure(Database& database, Work& work, Faults& faults)
+{
+    RunPulsed(database, work, [&] { ReadStructure(database, faults); });
 }
 
 bool CheckTables(Database& database, Faults& faults)
@@ -152,32 +158,42 @@ void CheckTree(Database& database, Faults& faults)
     }
 }
 
-void CheckStoredFiles(Database& database, Faults& faults)
+void CheckStoredFile(Database& database, const Statement& row, Faults& faults)
+{
+    const qint64 id = row.Long(0);
+    const QString title = row.Text(1);
+    const QString folder = FilesFolderOf(database.Name());
+    const QString path = StoredFilePath(folder, id, title);
+    const bool isThere = !path.isEmpty() && IsPlainFile(path);
+    if (!isThere && IsFilePending(folder, id, title))
+        return; // the next opening brings it
+    if (!isThere)
+        faults.push_back({Kind::MissingFile, u"Files"_s, id,
+                          u"The stored file %1 '%2' of the item %3 is missing from '%4'."_s.arg(id)
+                              .arg(title)
+                              .arg(row.Long(2))
+                              .arg(QDir::toNativeSeparators(folder))});
+    else if (const qint64 size = QFileInfo(path).size(); size != row.Long(3))
+        faults.push_back({Kind::OtherSize, u"Files"_s, id,
+                          u"The stored file %1 '%2' of the item %3 has %4 bytes in place of %5."_s.arg(id)
+                              .arg(title)
+                              .arg(row.Long(2))
+                              .arg(size)
+                              .arg(row.Long(3))});
+}
+
+void CheckStoredFiles(Database& database, Work& work, Faults& faults)
 {
     if (const QString foreign = WhoseFoldersAreForeign(database); !foreign.isEmpty()) {
         faults.push_back({Kind::ForeignFolder, QString(), 0, foreign});
         return;
     }
+    const qint64 all = database.QueryValue(u"SELECT sum(1) FROM Files"_s).ToLong();
     Statement rows = database.Query(u"SELECT ID, Title, CodeID, FileSize FROM Files ORDER BY ID"_s);
-    while (rows.Step()) {
-        const QString folder = FilesFolderOf(database.Name());
-        const QString path = StoredFilePath(folder, rows.Long(0), rows.Text(1));
-        const bool isThere = !path.isEmpty() && IsPlainFile(path);
-        if (!isThere && IsFilePending(folder, rows.Long(0), rows.Text(1)))
-            continue; // the next opening brings it
-        if (!isThere)
-            faults.push_back({Kind::MissingFile, u"Files"_s, rows.Long(0),
-                              u"The stored file %1 '%2' of the item %3 is missing from '%4'."_s.arg(rows.Long(0))
-                                  .arg(rows.Text(1))
-                                  .arg(rows.Long(2))
-                                  .arg(QDir::toNativeSeparators(FilesFolderOf(database.Name())))});
-        else if (const qint64 size = QFileInfo(path).size(); size != rows.Long(3))
-            faults.push_back({Kind::OtherSize, u"Files"_s, rows.Long(0),
-                              u"The stored file %1 '%2' of the item %3 has %4 bytes in place of %5."_s.arg(rows.Long(0))
-                                  .arg(rows.Text(1))
-                                  .arg(rows.Long(2))
-                                  .arg(size)
-                                  .arg(rows.Long(3))});
+    for (qint64 done = 1; rows.Step(); ++done) {
+        CheckStoredFile(database, rows, faults);
+        work.Advance(done, all);
+        EndUnless(!work.IsCancelled(), u"CheckLibrary"_s);
     }
 }
 
@@ -226,27 +242,37 @@ void RefuseDamaged(Database& database, Work& work)
         throw RuntimeError(ErrorNumber::Corrupt, faults.front().Text, u"RefuseDamaged"_s);
 }
 
-std::vector<LibraryFault> CheckLibrary(Database& database)
+std::vector<LibraryFault> CheckLibrary(Database& database, Work& work)
 {
+    constexpr qint64 StructureEnd = 700, RowsEnd = 800; // of a thousand parts
     Faults faults;
-    CheckStructure(database, faults);
+    PhasedWork phases(work);
+    phases.Begin(StructureEnd);
+    CheckStructure(database, phases, faults);
+    phases.Advance(1, 1);
     // The tables of a damaged file may have no end.
     std::optional<StatementLimit> limit;
     if (!faults.empty())
         limit.emplace(database, DamagedFileTime);
     try {
+        const StatementPulse pulse(database, phases);
         if (CheckTables(database, faults)) {
+            phases.Begin(RowsEnd);
             CheckProperties(database, faults);
             CheckRules(database, faults);
             CheckReplicaLog(database, faults);
             CheckTree(database, faults);
-            CheckStoredFiles(database, faults);
+            phases.Advance(1, 1);
+            phases.Begin(PhasedWork::Whole);
+            CheckStoredFiles(database, phases, faults);
         }
     } catch (const RuntimeError& error) {
-        if (!limit)
+        if (!limit || work.IsCancelled())
             throw;
         faults.push_back({Kind::Damage, {}, 0, u"The rest could not be checked: %1"_s.arg(error.Description())});
     }
+    phases.Begin(PhasedWork::Whole);
+    phases.Advance(1, 1);
     return faults;
 }
 

@@ -34,7 +34,8 @@ QString FaultName(LibraryFault::Kind kind);
 
 /// Looks through a library: the file's own structure, the tables, items whose parent is missing
 /// or that are their own ancestors, and stored files that are gone from the disk or have another size. Changes nothing.
-std::vector<LibraryFault> CheckLibrary(Database& database);
+/// @p work counts parts of a thousand. RuntimeError 18 or 3059 when it was cancelled.
+std::vector<LibraryFault> CheckLibrary(Database& database, Work& work = NoWork());
 
 /// Raises RuntimeError 3049 for a library whose file is damaged or incomplete: the quick part of that check, for a
 /// library that was just made. 3059 when it was cancelled.

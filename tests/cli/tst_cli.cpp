@@ -511,6 +511,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.Status, 1);
         QVERIFY(outcome.Out.contains(u"'lost' has the parent 77"_s)
                 && outcome.Out.contains(u"'self' stands below itself"_s));
+        QCOMPARE(outcome.Error, u"1000 of 1000 parts of a thousand\n"_s);
         const QJsonArray faults = Cli({u"check"_s, m_library, u"--json"_s}).Array();
         QCOMPARE(faults.size(), 2);
         QCOMPARE(faults[0].toObject()[u"kind"].toString(), u"lost-parent"_s);

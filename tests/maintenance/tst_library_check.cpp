@@ -2,6 +2,7 @@
 #include "platform/dao/DBEngine.h"
 #include "store/Library.h"
 #include "support/LibraryBuilder.h"
+#include "support/RecordedWork.h"
 #include "support/TestRun.h"
 
 #include <QCryptographicHash>
@@ -222,6 +223,48 @@ private Q_SLOTS:
         for (const LibraryFault& fault : CheckLibrary(*m_library))
             kinds << FaultName(fault.What);
         QCOMPARE(kinds, (QStringList{u"missing-properties"_s, u"cycle"_s, u"lost-parent"_s, u"missing-file"_s}));
+    }
+
+    void check_tellsHowFarItIs()
+    {
+        AddStoredFile(*m_library, m_b, u"one.txt"_s, "x", {});
+        AddStoredFile(*m_library, m_b, u"two.txt"_s, "y", {});
+        RecordedWork work;
+        CheckLibrary(*m_library, work);
+        QVERIFY(work.Pulses >= 1); // while the engine looks at the structure, which can't be counted
+        QCOMPARE(work.Done, (QList<qint64>{700, 800, 900, 1000, 1000}));
+        QCOMPARE(work.Totals, QList<qint64>(5, 1000));
+    }
+
+    void check_endsWhereItIsCancelled_data()
+    {
+        QTest::addColumn<int>("parts");
+        QTest::newRow("in the structure") << 0;
+        QTest::newRow("in the tables") << 700;
+        QTest::newRow("in the stored files") << 900;
+    }
+
+    void check_endsWhereItIsCancelled()
+    {
+        QFETCH(int, parts);
+        AddStoredFile(*m_library, m_b, u"one.txt"_s, "x", {});
+        AddStoredFile(*m_library, m_b, u"two.txt"_s, "y", {});
+        Transaction transaction(*m_library); // steps enough for the engine to ask
+        for (int i = 0; i < 3000; ++i)
+            AddItem(*m_library, 0, QString::number(i));
+        transaction.Commit();
+        RecordedWork work;
+        work.Ends = [parts](qint64 done) { return done >= parts; };
+        long error = 0;
+        try {
+            CheckLibrary(*m_library, work);
+        } catch (const RuntimeError& failure) {
+            error = failure.Number();
+        }
+        QCOMPARE(error, long(parts == 700 ? ErrorNumber::Cancelled : ErrorNumber::UserInterrupt));
+        QCOMPARE(work.Done.isEmpty() ? 0 : work.Done.last(), parts);
+        work.Forget();
+        QVERIFY(CheckLibrary(*m_library, work).empty());
     }
 
     void check_changesNothing()
