@@ -90,6 +90,8 @@ private Q_SLOTS:
         QVERIFY(CountsCase(query));
         query.Text = u"äÖ"_s;
         QVERIFY(CountsCase(query));
+        query.Text = u"ǅ"_s; // the capital of a pair of letters
+        QVERIFY(CountsCase(query));
         query = Expression(u"\\S+\\W"_s);
         QVERIFY(!CountsCase(query));
         query.Text = u"\\\\S"_s;
