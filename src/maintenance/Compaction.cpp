@@ -80,14 +80,18 @@ QString SessionCopyPath()
     return ApplicationFolder() + u"KTSStartupBackup.qbd"_s;
 }
 
-void MakeSessionCopy(const QString& library, Work& work)
+void RemoveSessionCopy()
 {
-    // When this one fails, that of an earlier session must not pass for it.
-    QFile::remove(SessionCopyNote());
     if (QFileInfo::exists(SessionCopyPath()) && !QFile::remove(SessionCopyPath()))
         throw RuntimeError(ErrorNumber::PathAccess,
                            u"The file '%1' can't be deleted."_s.arg(QDir::toNativeSeparators(SessionCopyPath())),
-                           u"MakeSessionCopy"_s);
+                           u"RemoveSessionCopy"_s);
+    QFile::remove(SessionCopyNote()); // last, since a copy without a note passes for that of any twin
+}
+
+void MakeSessionCopy(const QString& library, Work& work)
+{
+    RemoveSessionCopy(); // when this one fails, that of an earlier session must not pass for it
     const QString interim = InterimName(SessionCopyPath());
     QFile::remove(interim);
     DBEngine::CompactDatabase(library, interim, work, DBEngine::Copy::Passing);

@@ -14,6 +14,10 @@ qint64 CompactLibrary(const QString& library, Work& work = NoWork());
 /// Where the library of the session is kept as it was at the start.
 QString SessionCopyPath();
 
+/// Removes that copy. One of an earlier session would undo more than this session. Raises RuntimeError 75 when it
+/// can't be deleted.
+void RemoveSessionCopy();
+
 /// Makes that copy of a library which is not open; the one of an earlier session goes first. Raises
 /// what DBEngine::CompactDatabase raises.
 void MakeSessionCopy(const QString& library, Work& work = NoWork());

@@ -5,6 +5,7 @@
 #include "maintenance/Compaction.h"
 #include "maintenance/ContentCheck.h"
 #include "maintenance/PhasedWork.h"
+#include "platform/dao/DBEngine.h"
 #include "platform/system/Clock.h"
 #include "platform/system/Paths.h"
 #include "platform/system/Prompts.h"
@@ -38,6 +39,20 @@ bool IsWanted(const QString& text, const QString& caption, std::optional<MsgBoxR
                                       .Icon = MsgBoxIcon::Question,
                                       .Default = byDefault})
            == MsgBoxResult::Yes;
+}
+
+/// What the settings know only of a library that is open. The changes of others must not go with those of the session.
+bool IsShared(const QString& library)
+{
+    if (!QFileInfo::exists(library))
+        return false;
+    try {
+        return DBEngine::OpenDatabase(library, DatabaseAccess::ReadOnly)
+            ->QueryValue(u"SELECT SharedDatabase FROM Properties"_s)
+            .ToBoolean();
+    } catch (const RuntimeError&) {
+        return false; // what is wrong with it is said when it is copied or opened
+    }
 }
 
 /// Where a backup is to go; empty when the user cancelled.
@@ -166,9 +181,9 @@ void DatabaseTools::RestoreBackup(const QString& backupFile)
 
 void DatabaseTools::MakeStartOfSessionCopy()
 {
-    CSettings& settings = *m_session.moSettings;
-    const bool isWanted = settings.DBEnableSessionUndo() && !settings.DBShared();
+    const bool isWanted = m_session.moSettings->DBEnableSessionUndo() && !IsShared(m_session.CurrentDatabasePath);
     m_commands.SetEnabled(u"mnuUndoThisSessionChanges"_s, isWanted);
+    Guarded(ModuleName, u"MakeStartOfSessionCopy"_s, [] { RemoveSessionCopy(); });
     if (!isWanted)
         return;
     if (m_session.CurrentDatabasePath.isEmpty())

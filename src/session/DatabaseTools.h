@@ -31,7 +31,8 @@ public:
     /// Says what a backup has found damaged in the library; @p end: what it means, or is to be done.
     static QString DamageText(const std::vector<LibraryFault>& damage, const QString& end);
     /// Makes the copy for the undo of the session, if the settings want it, and says so in the menu. Before the library
-    /// is opened.
+    /// is opened. That of an earlier session goes in any case: undone with it, this session's changes would go, and
+    /// those of all between them.
     void MakeStartOfSessionCopy();
     /// The name that is proposed for a backup of today.
     QString ProposedBackup() const;

@@ -373,6 +373,17 @@ private Q_SLOTS:
         QVERIFY(m_window->CurrentDatabase());
     }
 
+    void sessionUndo_isOffForASharedLibrary()
+    {
+        MakeDefaultLibrary();
+        Library::Open(m_home->Path(u"data/QBLib.qbd"_s))->Execute(u"UPDATE Properties SET SharedDatabase = -1"_s);
+        SaveSetting(SettingsApplication, u"Settings"_s, u"DBEnableSessionUndo"_s, u"True"_s);
+        Open();
+        QVERIFY(m_window->CurrentDatabase());
+        QVERIFY(!QFileInfo::exists(m_home->Path(u"data/KTSStartupBackup.qbd"_s)));
+        QVERIFY(!Action(u"mnuUndoThisSessionChanges"_s)->isEnabled());
+    }
+
     void statusBarSetting_isFollowedAndKept()
     {
         SaveSetting(SettingsApplication, u"Settings"_s, u"ShowStatusBar"_s, u"False"_s);

@@ -208,6 +208,16 @@ private Q_SLOTS:
         QVERIFY(!WhyNotUndone(m_path).isEmpty());
     }
 
+    void copyThatIsRemoved_leavesNothing()
+    {
+        const QStringList before = QDir(ApplicationFolder()).entryList(QDir::Files | QDir::Hidden);
+        RemoveSessionCopy(); // of none
+        MakeSessionCopy(m_path);
+        RemoveSessionCopy();
+        QCOMPARE(QDir(ApplicationFolder()).entryList(QDir::Files | QDir::Hidden), before);
+        QB_VERIFY_RAISES(UndoSession(m_path), 3024);
+    }
+
     void copyOfAnotherLibrary_isNotTaken()
     {
         QB_VERIFY_RAISES(UndoSession(m_path), 3024);

@@ -238,6 +238,36 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(SessionCopyPath()));
     }
 
+    void copyOfAnEarlierSession_goesWithTheNextOne_data()
+    {
+        QTest::addColumn<bool>("isWanted");
+        QTest::addColumn<bool>("isShared");
+        QTest::addColumn<bool>("hasLibrary");
+        QTest::newRow("undo is off") << false << false << true;
+        QTest::newRow("the library is shared") << true << true << true;
+        QTest::newRow("no library was opened") << true << false << false;
+    }
+
+    void copyOfAnEarlierSession_goesWithTheNextOne()
+    {
+        QFETCH(bool, isWanted);
+        QFETCH(bool, isShared);
+        QFETCH(bool, hasLibrary);
+        Store(u"SharedDatabase"_s, isShared);
+        s->Libraries.CloseDatabase();
+        MakeSessionCopy(m_one);
+        QVERIFY(WhyNotUndone(m_one).isEmpty());
+        Settings().SetDBEnableSessionUndo(isWanted);
+        if (!hasLibrary) {
+            s->State.CurrentDatabasePath.clear();
+            s->Script.ExpectMsgBox(u"KT Quillbase"_s);
+        }
+        m_tools->MakeStartOfSessionCopy();
+        QVERIFY(!QFileInfo::exists(SessionCopyPath()));
+        QVERIFY(!WhyNotUndone(m_one).isEmpty());
+        QCOMPARE(s->Enabled(u"mnuUndoThisSessionChanges"_s), isWanted && !isShared);
+    }
+
     void cancelledUndo_leavesTheSession()
     {
         s->Libraries.CloseDatabase();
