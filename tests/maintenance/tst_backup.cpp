@@ -529,6 +529,7 @@ private Q_SLOTS:
         QTest::newRow("view") << u"CREATE VIEW v AS SELECT * FROM Items"_s << 3343;
         QTest::newRow("no library") << u"DROP TABLE DBVersion"_s << 3343;
         QTest::newRow("no contents") << u"DROP TABLE HTMLFiles"_s << 3343;
+        QTest::newRow("no properties") << u"DELETE FROM Properties"_s << 3049;
         QTest::newRow("newer") << u"PRAGMA user_version = 99"_s << 3051;
     }
     void hostileContents_areRefusedWithNothingWritten()
@@ -577,8 +578,10 @@ private Q_SLOTS:
     {
         BackUpLibrary(m_library, In(u"x.qbb"_s), {}, m_work);
         const QByteArray comment = ReadBackupSummary(In(u"x.qbb"_s))->ToComment();
-        for (const QString& sql : {u"UPDATE Files SET File = X'00' WHERE ID = 3"_s, u"DELETE FROM Items WHERE ID = 3"_s,
-                                   u"DELETE FROM HTMLFiles WHERE rowid = 2"_s}) {
+        for (const QString& sql :
+             {u"UPDATE Files SET File = X'00' WHERE ID = 3"_s, u"DELETE FROM Items WHERE ID = 3"_s,
+              u"DELETE FROM HTMLFiles WHERE rowid = 2"_s, u"UPDATE HTMLFiles SET File = X'00' WHERE rowid = 2"_s,
+              u"UPDATE Properties SET DBID = 'another'"_s}) {
             BrindletonZip zip;
             QVERIFY(zip.ExtractTo(In(u"x.qbb"_s), In({})));
             DBEngine::OpenDatabase(In(u"x.qbt"_s))->Execute(sql);
@@ -587,6 +590,22 @@ private Q_SLOTS:
             zip.SetComment(comment);
             QVERIFY(zip.Zip());
             QVERIFY(!CheckBackup(In(u"y.qbb"_s), In({}), m_work).Faults.isEmpty());
+        }
+    }
+
+    void containerOfOtherBytes_isNotAsItWasPacked()
+    {
+        BackUpLibrary(m_library, Backup(), {}, m_work);
+        BrindletonZip zip;
+        QVERIFY(zip.ExtractTo(Backup(), In({})));
+        const QString database = Backup().chopped(1) + u't';
+        const QByteArray whole = ReadFile(database);
+        QCOMPARE(WhyNotAsPacked(database, Backup(), m_work), QString());
+        QByteArray flipped = whole;
+        flipped[whole.size() / 2] = char(flipped[whole.size() / 2] ^ 1);
+        for (const QByteArray& other : {flipped, whole.left(whole.size() - 1), whole + 'x'}) {
+            WriteFile(database, other);
+            QVERIFY(!WhyNotAsPacked(database, Backup(), m_work).isEmpty());
         }
     }
 

@@ -2,6 +2,8 @@
 #include "maintenance/Compaction.h"
 #include "maintenance/LibraryBackup.h"
 #include "maintenance/LibraryCheck.h"
+#include "platform/archive/BrindletonZip.h"
+#include "platform/dao/DBEngine.h"
 #include "platform/richtext/RtfPlainText.h"
 #include "platform/system/Paths.h"
 #include "store/ItemBranch.h"
@@ -154,6 +156,20 @@ private Q_SLOTS:
         QCOMPARE(library->QueryValue(u"SELECT count(*) FROM Files WHERE CodeID = ?"_s, {id}), Value(0));
     }
 
+    void foreignNameThatLeadsOut_isRefused()
+    {
+        BrindletonZip zip;
+        QVERIFY(zip.ExtractTo(m_backup, m_home->Path()));
+        DBEngine::OpenDatabase(m_home->Path(u"b.qbt"_s))->Execute(u"UPDATE Files SET Title = '../../../out'"_s);
+        zip.SetZipFileName(m_backup);
+        zip.AddFile(m_home->Path(u"b.qbt"_s));
+        QVERIFY(zip.Zip());
+        const auto library = Library::Open(m_path);
+        BackupItems items(m_backup, m_home->Path());
+        QB_VERIFY_RAISES(items.BringBack(2, *library), 3000);
+        QCOMPARE(ContentsOf(m_home->Path()).keys().filter(u"out"_s), QStringList());
+    }
+
     // Compaction
 
     void compaction_keepsAllAndFreesRoom()
@@ -218,6 +234,16 @@ private Q_SLOTS:
         QB_VERIFY_RAISES(UndoSession(m_path), 3024);
     }
 
+    void copyThatIsDamaged_isNotTaken()
+    {
+        MakeSessionCopy(m_path);
+        DBEngine::OpenDatabase(SessionCopyPath())
+            ->Execute(u"INSERT INTO Properties (DBID) SELECT DBID FROM Properties"_s);
+        const QMap<QString, QByteArray> before = StateOf(m_path);
+        QB_VERIFY_RAISES(UndoSession(m_path), 3049);
+        QCOMPARE(DifferenceOf(StateOf(m_path), before), QString());
+    }
+
     void copyOfAnotherLibrary_isNotTaken()
     {
         QB_VERIFY_RAISES(UndoSession(m_path), 3024);
@@ -226,6 +252,8 @@ private Q_SLOTS:
         MakeSessionCopy(other);
         const QMap<QString, QByteArray> before = StateOf(m_path);
         QB_VERIFY_RAISES(UndoSession(m_path), 3024);
+        QVERIFY(QFile::remove(ApplicationFolder() + u"KTSStartupBackup.path"_s));
+        QB_VERIFY_RAISES(UndoSession(m_path), 3024);      // the copy itself says whose it is
         const QString twin = m_home->Path(u"twin.qbd"_s); // a copy by hand, with the identity of the first
         QVERIFY(QFile::copy(m_path, twin));
         MakeSessionCopy(twin);

@@ -483,6 +483,26 @@ private Q_SLOTS:
             QVERIFY(entry.IsGood);
     }
 
+    void damagedLibrary_costsNoRotatingBackup()
+    {
+        Settings().SetBackupRotation(true);
+        Settings().SetBackupRotationEvery(1);
+        Settings().SetBackupRotationLast(2);
+        Settings().SetBackupRotationDaily(0);
+        Settings().SetBackupRotationWeekly(0);
+        QDir().mkpath(Path(u"backups"_s));
+        Store(u"BackupDir"_s, Path(u"backups"_s));
+        for (const int day : {2, 3}) {
+            s->Time.Set(Date::FromParts(2026, 3, day, 12));
+            EndSession();
+        }
+        s->State.CurrentDatabase->Execute(u"UPDATE Items SET Code = 'rotten'"_s);
+        s->Time.Set(Date::FromParts(2026, 3, 4, 12));
+        s->Script.ExpectMsgBox(u"Damage in the Library"_s);
+        EndSession();
+        QCOMPARE(NamesIn(u"backups"_s), (QStringList{u"one260302.qbb"_s, u"one260303.qbb"_s, u"one260304.qbb"_s}));
+    }
+
     void clockThatWasAhead_putsNoBackupOff()
     {
         Settings().SetBackupRotation(true);
