@@ -9,15 +9,15 @@
 
 namespace qb {
 
-/// The folder with the pictures of the template of new pages, below the folder of web pages. A page that was made of the
-/// template refers to them there.
+/// The folder with the pictures of the template of new pages, below the folder of web pages. A page that was made of
+/// the template refers to them there.
 inline const QString TemplateFolder = QStringLiteral("default2");
 
 /// The files of an item's web page, as paths below the folder of web pages with "/" between their parts: the page, the
 /// other files of its folder, then those of the folders in that.
 QStringList PageFilesOf(const Library& library, qint64 item);
-/// Those of the template that the item's page refers to, as such paths; all or none of them. Raises RuntimeError 75 when
-/// the page can't be read.
+/// Those of the template that the item's page refers to, as such paths; all or none of them. Raises RuntimeError 75
+/// when the page can't be read.
 QStringList TemplateFilesOf(const Library& library, qint64 item);
 /// The name that an export has for one of them: the page's own, or the path below the page's folder with "\\".
 QString PageNameOf(const QString& path, qint64 item);

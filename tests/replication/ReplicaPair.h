@@ -92,6 +92,17 @@ struct ReplicaPair {
         item.Delete();
         item.Commit();
     }
+    static void Unlink(Library& library, qint64 from, qint64 to)
+    {
+        CCodeItem item;
+        item.Initialise(library, QString::number(from));
+        const std::shared_ptr<CLink> link = item.Links().Item(CLinks::KeyOf(to));
+        QVERIFY(link);
+        link->Direction = LinkDirection::None;
+        link->DirtyFlag = true;
+        item.SetLinksChanged(true);
+        item.Commit();
+    }
     qint64 Attach(Library& library, qint64 item, const QString& name, const QByteArray& bytes)
     {
         const QString source = Home.Path(u"sources/"_s + name);

@@ -67,15 +67,7 @@ void NoteIn(Family& f, const QString& path, const QString& note)
 
 void UnlinkIn(Family& f, const QString& path)
 {
-    f.In(path, [](Library& library) {
-        CCodeItem item;
-        item.Initialise(library, QString::number(Family::X));
-        const std::shared_ptr<CLink> link = item.Links().Item(CLinks::KeyOf(Family::Y));
-        link->Direction = LinkDirection::None;
-        link->DirtyFlag = true;
-        item.SetLinksChanged(true);
-        item.Commit();
-    });
+    f.In(path, [](Library& library) { Family::Unlink(library, Family::X, Family::Y); });
 }
 
 constexpr const char* AllItems = "SELECT ID || ' ' || MotherRecordID || ' ' || Title FROM Items ORDER BY rowid";

@@ -244,13 +244,7 @@ private Q_SLOTS:
             file.Initialise(library, library.QueryValue(u"SELECT ID FROM Files WHERE Title = 'of M.txt'"_s).ToText());
             file.Delete();
             file.Commit();
-            CCodeItem item;
-            item.Initialise(library, QString::number(Family::X));
-            const std::shared_ptr<CLink> link = item.Links().Item(CLinks::KeyOf(Family::Y));
-            link->Direction = LinkDirection::None;
-            link->DirtyFlag = true;
-            item.SetLinksChanged(true);
-            item.Commit();
+            Family::Unlink(library, Family::X, Family::Y);
         });
         f->Round(m_g, f->A());
         f->Round(f->A());

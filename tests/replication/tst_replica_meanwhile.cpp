@@ -143,13 +143,7 @@ private Q_SLOTS:
             object.Initialise(library, QString::number(file));
             object.Delete();
             object.Commit();
-            CCodeItem item;
-            item.Initialise(library, QString::number(one));
-            const std::shared_ptr<CLink> link = item.Links().Item(CLinks::KeyOf(Family::X));
-            link->Direction = LinkDirection::None;
-            link->DirtyFlag = true;
-            item.SetLinksChanged(true);
-            item.Commit();
+            Family::Unlink(library, one, Family::X);
         });
         QVERIFY(f->TakeIn(f->A()).Done);
         f->Clock.AddSeconds(60);
@@ -188,15 +182,7 @@ private Q_SLOTS:
                                 {Family::P, Family::Q, library.NextStamp()});
             });
         f->ExportOf(f->A());
-        f->In(f->A(), [](Library& library) {
-            CCodeItem item;
-            item.Initialise(library, QString::number(Family::P));
-            const std::shared_ptr<CLink> link = item.Links().Item(CLinks::KeyOf(Family::Q));
-            link->Direction = LinkDirection::None;
-            link->DirtyFlag = true;
-            item.SetLinksChanged(true);
-            item.Commit();
-        });
+        f->In(f->A(), [](Library& library) { Family::Unlink(library, Family::P, Family::Q); });
         QVERIFY(f->TakeIn(f->M()).Done);
         QVERIFY(Family::Outline(f->M()).contains(u"P --> Q"_s));
         QVERIFY(f->TakeIn(f->A()).Done);

@@ -769,15 +769,7 @@ private Q_SLOTS:
         });
         f->Round(f->A());
         QCOMPARE(Family::Ask(f->A(), u"SELECT Note FROM ItemLinks WHERE ItemID = ?"_s, {Family::X}).ToText(), u"old"_s);
-        f->In(f->A(), [&](Library& library) {
-            CCodeItem item;
-            item.Initialise(library, QString::number(Family::X));
-            const std::shared_ptr<CLink> old = item.Links().Item(CLinks::KeyOf(Family::Y));
-            old->Direction = LinkDirection::None;
-            old->DirtyFlag = true;
-            item.SetLinksChanged(true);
-            item.Commit();
-        });
+        f->In(f->A(), [&](Library& library) { Family::Unlink(library, Family::X, Family::Y); });
         QCOMPARE(Family::Outline(f->A()).filter(u"X --> Y"_s).size(), 0);
         f->Round(f->A());
         f->Round(f->B);
@@ -788,13 +780,7 @@ private Q_SLOTS:
     void s37_linkThatWasMadeAnew_keepsALaterNote()
     {
         f->In(f->A(), [&](Library& library) {
-            CCodeItem item;
-            item.Initialise(library, QString::number(Family::X));
-            const std::shared_ptr<CLink> link = item.Links().Item(CLinks::KeyOf(Family::Y));
-            link->Direction = LinkDirection::None;
-            link->DirtyFlag = true;
-            item.SetLinksChanged(true);
-            item.Commit();
+            Family::Unlink(library, Family::X, Family::Y);
             library.Execute(u"INSERT INTO ItemLinks (ItemID, LinkItemID, Note, DateAdded, DateUpdated) "
                             "VALUES (?1, ?2, 'again', ?3, ?3)"_s,
                             {Family::X, Family::Y, library.NextStamp()});

@@ -23,8 +23,8 @@ public:
     void SetPrint(std::unique_ptr<PagedPrint> print);
     /// Shows a sentence in the place of pages.
     void SetMessage(const QString& text);
-    /// Null while a message is shown. Whoever goes on with it for a while shares it: a page that is looked for meanwhile
-    /// may turn out to be one that can't be read.
+    /// Null while a message is shown. Whoever goes on with it for a while shares it: a page that is looked for
+    /// meanwhile may turn out to be one that can't be read.
     std::shared_ptr<PagedPrint> Print() const { return m_print; }
 
     enum class Fit { Page, Width, None };
