@@ -66,7 +66,7 @@ void QuickOpenAfterChange(benchmark::State& state)
     QuickOpen quick(host, find);
     TreeNode& node = *host.Nodes().Root()->Children.front();
     for (auto _ : state) {
-        host.Nodes().SetText(node, node.Text);
+        host.Nodes().SetText(node, node.Text());
         quick.SetTyped(u"s"_s);
         benchmark::DoNotOptimize(quick.Rows().data());
     }

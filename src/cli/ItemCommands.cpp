@@ -192,7 +192,7 @@ void PrintNode(const TreeNode& node, int depth, int deepest, QString& out)
         const auto [at, level] = waiting.back();
         waiting.pop_back();
         if (level > 0)
-            out += QString((level - 1) * Indent, u' ') + at->Text + u" ["_s + QString::number(at->Id) + u"]\n"_s;
+            out += QString((level - 1) * Indent, u' ') + at->Text() + u" ["_s + QString::number(at->Id) + u"]\n"_s;
         if (level < deepest) {
             for (auto child = at->Children.rbegin(); child != at->Children.rend(); ++child)
                 waiting.push_back({*child, level + 1});
@@ -210,8 +210,8 @@ void ListNode(const TreeNode& node, int deepest, QJsonArray& out)
             out.append(QJsonObject{{u"id"_s, at->Id},
                                    {u"parent"_s, at->Parent->Id},
                                    {u"depth"_s, level},
-                                   {u"title"_s, at->Text},
-                                   {u"description"_s, at->Tag}});
+                                   {u"title"_s, at->Text()},
+                                   {u"description"_s, at->Tag()}});
         if (level < deepest) {
             for (auto child = at->Children.rbegin(); child != at->Children.rend(); ++child)
                 waiting.emplace_back(*child, level + 1);

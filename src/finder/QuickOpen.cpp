@@ -49,7 +49,7 @@ QString TreePathOf(const TreeNodes& nodes, qint64 item)
     QStringList titles;
     const TreeNode* node = nodes.Find(item);
     for (node = node ? node->Parent : nullptr; node && !node->IsRoot(); node = node->Parent)
-        titles.prepend(node->Text);
+        titles.prepend(node->Text());
     return titles.join(u" › "_s);
 }
 
@@ -121,7 +121,7 @@ void QuickOpen::ReadTitles()
     titles.reserve(size_t(m_host.Nodes().Count()));
     for (const TreeNode& node : m_host.Nodes().All()) {
         if (!node.IsRoot() && m_host.Nodes().Find(node.Id) == &node) // those that were removed stand there empty
-            titles.push_back({node.Id, node.Text});
+            titles.push_back({node.Id, node.Text()});
     }
     m_titles = FuzzyTitles(titles);
 }
@@ -134,7 +134,7 @@ void QuickOpen::AddItem(qint64 id, const std::vector<qsizetype>& letters)
     QuickRow row;
     row.Item = id;
     row.Icon = ImageKey(node->Image);
-    row.Text = node->Text;
+    row.Text = node->Text();
     row.Letters = letters;
     row.Beside = PathOf(id);
     m_rows.push_back(std::move(row));

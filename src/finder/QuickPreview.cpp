@@ -46,7 +46,7 @@ QString ChildTitles(const TreeNodes& nodes, qint64 item)
     const TreeNode* node = nodes.Find(item);
     QStringList titles;
     for (size_t i = 0; node && i < std::min(node->Children.size(), MostChildren); ++i)
-        titles << node->Children[i]->Text;
+        titles << node->Children[i]->Text();
     return titles.join(u"\r\n"_s);
 }
 

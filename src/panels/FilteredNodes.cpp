@@ -48,7 +48,7 @@ void FilteredNodes::SetFilter(const QString& text)
     m_matches = 0;
     const QStringMatcher matcher(text, Qt::CaseInsensitive);
     const auto take = [&](TreeNode& node) {
-        if (node.IsRoot() || matcher.indexIn(node.Text) < 0)
+        if (node.IsRoot() || matcher.indexIn(node.Text()) < 0)
             return;
         m_entries[size_t(EntryOf(node))].Matches = true;
         ++m_matches;

@@ -1,8 +1,10 @@
 #include "panels/TreeNodes.h"
 
+#include "find/FoldText.h"
 #include "platform/system/RuntimeError.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace qb {
 
@@ -11,18 +13,11 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString Source = u"TreeNodes"_s;
-constexpr char16_t FirstNonAscii = 0x80;
-
-bool IsAscii(const QString& text)
-{
-    return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < FirstNonAscii; });
-}
+constexpr qint64 NoItem = -1; ///< a node that was removed
 
 /// The letters of a title without case and accents.
 QString SortKey(const QString& title)
 {
-    if (IsAscii(title))
-        return title.toLower();
     QString key;
     for (const QChar letter : title.normalized(QString::NormalizationForm_KD)) {
         if (letter.category() != QChar::Mark_NonSpacing)
@@ -64,6 +59,13 @@ qint64 IdOfKey(const QString& key)
     return key == RootKey ? 0 : key.mid(1).toLongLong();
 }
 
+NodeChildren::Nodes& NodeChildren::Own()
+{
+    if (!m_nodes)
+        m_nodes = std::make_unique<Nodes>();
+    return *m_nodes;
+}
+
 QString TreeNode::Key() const
 {
     return NodeKey(Id);
@@ -73,16 +75,50 @@ QString TreeNode::FullPath() const
 {
     QStringList texts;
     for (const TreeNode* node = this; node; node = node->Parent)
-        texts.prepend(node->Text);
+        texts.prepend(node->Text());
     return texts.join(u'\\');
+}
+
+bool TitleLess(const TitledItem& left, const TitledItem& right)
+{
+    const bool plain = IsAscii(left.Title) && IsAscii(right.Title);
+    const int order = plain ? left.Title.compare(right.Title, Qt::CaseInsensitive)
+                            : SortKey(QString::fromUtf8(left.Title)).compare(SortKey(QString::fromUtf8(right.Title)));
+    return order != 0 ? order < 0 : left.Id < right.Id;
 }
 
 bool TitleLess(const TreeNode& left, const TreeNode& right)
 {
-    const bool plain = IsAscii(left.Text) && IsAscii(right.Text);
-    const int order = plain ? left.Text.compare(right.Text, Qt::CaseInsensitive)
-                            : SortKey(left.Text).compare(SortKey(right.Text));
-    return order != 0 ? order < 0 : left.Id < right.Id;
+    return TitleLess({left.Title.Utf8(), left.Id}, {right.Title.Utf8(), right.Id});
+}
+
+TreeNode* NodesById::Find(qint64 id) const
+{
+    const auto found = m_places.constFind(id >> Together);
+    return found == m_places.constEnd() ? nullptr : (*found)[size_t(id & Mask)];
+}
+
+bool NodesById::Insert(qint64 id, TreeNode* node)
+{
+    TreeNode*& place = m_places[id >> Together][size_t(id & Mask)];
+    if (place)
+        return false;
+    place = node;
+    ++m_count;
+    return true;
+}
+
+void NodesById::Remove(qint64 id)
+{
+    const auto found = m_places.find(id >> Together);
+    if (found != m_places.end() && std::exchange((*found)[size_t(id & Mask)], nullptr))
+        --m_count;
+}
+
+void NodesById::Clear()
+{
+    m_places.clear();
+    m_count = 0;
 }
 
 TreeNodes::TreeNodes(QObject* parent) : QAbstractItemModel(parent) {}
@@ -104,24 +140,33 @@ void TreeNodes::NumberRows()
         for (size_t i = 0; i < siblings.size(); ++i)
             siblings[i]->Row = int(i);
     };
-    std::erase_if(m_topLevel, [](const TreeNode* node) { return node->Parent != nullptr; });
+    m_topLevel.clear();
+    for (TreeNode& node : m_nodes) {
+        if (!node.Parent && node.Id != NoItem)
+            m_topLevel.push_back(&node);
+        number(node.Children.All());
+    }
     number(m_topLevel);
-    for (const TreeNode& node : m_nodes)
-        number(node.Children);
 }
 
-TreeNode& TreeNodes::Add(qint64 id, const QString& text, TreeImage image)
+/// One that stands nowhere yet.
+TreeNode& TreeNodes::NewNode(qint64 id, QByteArrayView title, TreeImage image)
 {
-    TreeNode*& place = m_byId[id];
-    if (place)
-        throw RuntimeError(ErrorNumber::NodeKeyExists, u"The tree has a node '%1' already."_s.arg(NodeKey(id)), Source);
     TreeNode& node = m_nodes.emplace_back();
+    if (!m_byId.Insert(id, &node)) {
+        m_nodes.pop_back();
+        throw RuntimeError(ErrorNumber::NodeKeyExists, u"The tree has a node '%1' already."_s.arg(NodeKey(id)), Source);
+    }
     node.Id = id;
-    node.Text = text;
-    node.Image = image;
-    node.ExpandedImage = image;
-    m_topLevel.push_back(&node);
-    place = &node;
+    node.Title = m_texts.Keep(title);
+    node.Image = node.ExpandedImage = image;
+    return node;
+}
+
+TreeNode& TreeNodes::AddRow(qint64 id, QByteArrayView title, QByteArrayView description, TreeImage image)
+{
+    TreeNode& node = NewNode(id, title, image);
+    node.Description = m_texts.Keep(description);
     return node;
 }
 
@@ -133,16 +178,16 @@ void TreeNodes::RefuseCycle(const TreeNode& node, const TreeNode& parent) const
         below = at == &node;
     if (below)
         throw RuntimeError(ErrorNumber::NodeCycle,
-                           u"The item '%1' (%2) can't stand below itself."_s.arg(node.Text).arg(node.Id), Source);
+                           u"The item '%1' (%2) can't stand below itself."_s.arg(node.Text()).arg(node.Id), Source);
 }
 
 void TreeNodes::PutUnder(TreeNode& node, TreeNode& parent)
 {
     RefuseCycle(node, parent);
     if (node.Parent)
-        std::erase(node.Parent->Children, &node);
-    node.Parent = &parent; // one that leaves the top level is taken out there when the build ends
-    parent.Children.push_back(&node);
+        std::erase(node.Parent->Children.Own(), &node);
+    node.Parent = &parent;
+    parent.Children.Own().push_back(&node);
 }
 
 void TreeNodes::SortChildren(TreeNode& node)
@@ -150,7 +195,7 @@ void TreeNodes::SortChildren(TreeNode& node)
     const auto less = [](const TreeNode* left, const TreeNode* right) { return TitleLess(*left, *right); };
     // They mostly come in order, and sorting what is in order costs more than looking.
     if (!std::is_sorted(node.Children.begin(), node.Children.end(), less))
-        std::sort(node.Children.begin(), node.Children.end(), less);
+        std::sort(node.Children.Own().begin(), node.Children.Own().end(), less);
 }
 
 // Changes that views are told of
@@ -168,20 +213,14 @@ void TreeNodes::PutLast(TreeNode& node, TreeNode& parent)
 {
     node.Parent = &parent;
     node.Row = int(parent.Children.size());
-    parent.Children.push_back(&node);
+    parent.Children.Own().push_back(&node);
 }
 
 TreeNode& TreeNodes::Insert(qint64 id, const QString& text, TreeImage image, TreeNode& parent)
 {
-    if (Find(id))
-        throw RuntimeError(ErrorNumber::NodeKeyExists, u"The tree has a node '%1' already."_s.arg(NodeKey(id)), Source);
+    TreeNode& node = NewNode(id, text.toUtf8(), image);
     const int row = int(parent.Children.size());
     beginInsertRows(IndexOf(&parent), row, row);
-    TreeNode& node = m_nodes.emplace_back();
-    node.Id = id;
-    node.Text = text;
-    node.Image = node.ExpandedImage = image;
-    m_byId.insert(id, &node);
     PutLast(node, parent);
     endInsertRows();
     return node;
@@ -198,13 +237,12 @@ void TreeNodes::Remove(TreeNode& node)
 /// The node and all below it are empty from now on; others still stand where they are in memory.
 void TreeNodes::Forget(TreeNode& node)
 {
-    constexpr qint64 NoItem = -1;
     std::vector<TreeNode*> branch{&node};
     while (!branch.empty()) {
         TreeNode* gone = branch.back();
         branch.pop_back();
         branch.insert(branch.end(), gone->Children.begin(), gone->Children.end());
-        m_byId.remove(gone->Id);
+        m_byId.Remove(gone->Id);
         *gone = TreeNode();
         gone->Id = NoItem;
     }
@@ -224,16 +262,23 @@ void TreeNodes::Move(TreeNode& node, TreeNode& parent)
 
 void TreeNodes::SetText(TreeNode& node, const QString& text)
 {
-    node.Text = text;
+    node.Title = m_texts.Keep(text.toUtf8());
     const QModelIndex changed = IndexOf(&node);
     Q_EMIT dataChanged(changed, changed, {Qt::DisplayRole});
+}
+
+void TreeNodes::SetTag(TreeNode& node, const QString& tag)
+{
+    node.Description = m_texts.Keep(tag.toUtf8());
+    const QModelIndex changed = IndexOf(&node);
+    Q_EMIT dataChanged(changed, changed, {Qt::ToolTipRole});
 }
 
 void TreeNodes::PlaceByTitle(TreeNode& node)
 {
     if (!node.Parent)
         return;
-    std::vector<TreeNode*>& siblings = node.Parent->Children;
+    std::vector<TreeNode*>& siblings = node.Parent->Children.Own();
     const auto isBefore = [&node](const TreeNode* one) { return TitleLess(*one, node); };
     const int row = int(std::count_if(siblings.begin(), siblings.end(), isBefore));
     if (row == node.Row)
@@ -250,8 +295,9 @@ void TreeNodes::PlaceByTitle(TreeNode& node)
 void TreeNodes::Clear()
 {
     m_topLevel.clear();
-    m_byId.clear();
+    m_byId.Clear();
     m_nodes.clear();
+    m_texts.Clear();
 }
 
 TreeNode& TreeNodes::operator[](qint64 id) const
@@ -338,9 +384,9 @@ QVariant TreeNodes::data(const QModelIndex& index, int role) const
     switch (role) {
     case Qt::DisplayRole:
     case Qt::EditRole:
-        return node->Text;
+        return node->Text();
     case Qt::ToolTipRole:
-        return node->Tag.isEmpty() ? QVariant() : QVariant(node->Tag);
+        return node->Description.IsEmpty() ? QVariant() : QVariant(node->Tag());
     case ImageRole:
         return int(node->Image);
     case ExpandedImageRole:

@@ -19,19 +19,17 @@ public:
     {
         Statement rows = library.Query(u"SELECT ID, ParentID, Title FROM Items ORDER BY ID"_s);
         while (rows.Step()) {
-            TreeNode child;
-            child.Id = rows.Long(0);
-            child.Text = rows.Text(2);
-            m_titles.insert(child.Id, child.Text);
-            m_ids.push_back(child.Id);
-            m_children[rows.Long(1)].push_back(std::move(child));
+            const qint64 id = rows.Long(0);
+            m_titles.insert(id, rows.RawText(2).toByteArray());
+            m_ids.push_back(id);
+            m_children[rows.Long(1)].push_back(id);
         }
     }
 
     void From(qint64 item)
     {
         if (m_titles.contains(item))
-            m_waiting.push_back({item, 0, m_titles[item]});
+            Wait(item, 0);
         while (!m_waiting.empty()) {
             const OutlinedForPrint next = m_waiting.back();
             m_waiting.pop_back();
@@ -57,14 +55,17 @@ private:
     /// The last of the tree first.
     void WaitFor(qint64 parent, int depth)
     {
-        std::vector<TreeNode> children = m_children.value(parent);
-        std::sort(children.rbegin(), children.rend(), TitleLess);
-        for (const TreeNode& child : children)
-            m_waiting.push_back({child.Id, depth, child.Text});
+        const auto titled = [this](qint64 id) { return TitledItem{*m_titles.constFind(id), id}; };
+        std::vector<qint64> children = m_children.value(parent);
+        std::sort(children.rbegin(), children.rend(),
+                  [&titled](qint64 left, qint64 right) { return TitleLess(titled(left), titled(right)); });
+        for (const qint64 child : children)
+            Wait(child, depth);
     }
+    void Wait(qint64 id, int depth) { m_waiting.push_back({id, depth, QString::fromUtf8(m_titles[id])}); }
 
-    QHash<qint64, std::vector<TreeNode>> m_children;
-    QHash<qint64, QString> m_titles;
+    QHash<qint64, std::vector<qint64>> m_children;
+    QHash<qint64, QByteArray> m_titles; ///< in UTF-8
     std::vector<qint64> m_ids;
     std::vector<OutlinedForPrint> m_waiting;
     QSet<qint64> m_seen;

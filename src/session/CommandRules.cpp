@@ -133,7 +133,7 @@ bool IsOrphaned(const TreeNode& node)
     while (!top->Parent->IsRoot() && top->Parent->Parent)
         top = top->Parent;
     // Its title decides by how it begins; the root's text, which is the user's, must not.
-    return IsOrphanFolderTitle(top->Text);
+    return IsOrphanFolderTitle(top->Text());
 }
 
 } // namespace qb

@@ -243,10 +243,10 @@ void ItemCommands::LinkNewItem(TreeNode& node, const QString& description, bool 
         m_newLinkedItem = node.Id;
         return m_view.StartLabelEdit(node);
     }
-    node.Tag = description;
+    m_view.Nodes().SetTag(node, description);
     m_view.Nodes().PlaceByTitle(node);
     if (AddNewLinkToSelectedItem)
-        AddNewLinkToSelectedItem(node.Text);
+        AddNewLinkToSelectedItem(node.Text());
 }
 
 /// The new item has nothing in it yet, and nobody wants the link that it was made for.
@@ -272,7 +272,7 @@ void ItemCommands::LabelEditEnded(TreeNode& node, bool cancelled)
     m_view.Nodes().PlaceByTitle(node); // a new one stood last while its title was typed
     m_view.EnsureVisible(node);
     if (node.Id == std::exchange(m_newLinkedItem, 0) && m_session.Mode != LinkMode::None && AddNewLinkToSelectedItem)
-        AddNewLinkToSelectedItem(node.Text);
+        AddNewLinkToSelectedItem(node.Text());
 }
 
 void ItemCommands::tvCodeItems_NodeClick(TreeNode& node)

@@ -89,7 +89,7 @@ bool ItemDrag::Drop()
             const ItemStanding standing = StandingOf(m_session, *node);
             if (IsBarred(ItemChange::Move, standing))
                 return false;
-            if (target->IsRoot() && node->Text == OrphanedItemsTitle) {
+            if (target->IsRoot() && node->Text() == OrphanedItemsTitle) {
                 Prompts::Current().MsgBox(
                     {.Text =
                          u"It is not possible to move this item under the root!  Name 'Orphaned Items' under the root "
@@ -117,7 +117,7 @@ bool ItemDrag::MoveTo(TreeNode& node, TreeNode& target, bool stamp)
         RequireItem(library, target.Id);
     if (IsInBranch(library, node.Id, target.Id))
         throw RuntimeError(ErrorNumber::NodeCycle,
-                           u"The item '%1' can't be moved below itself; nothing was changed."_s.arg(node.Text),
+                           u"The item '%1' can't be moved below itself; nothing was changed."_s.arg(node.Text()),
                            ModuleName);
     CCodeItem item;
     item.Initialise(library, QString::number(node.Id));

@@ -110,7 +110,7 @@ std::optional<qint64> ItemExchange::SelectedItem() const
 
 QString ItemExchange::ProposedName() const
 {
-    return FileNameOf(m_view.SelectedItem()->Text);
+    return FileNameOf(m_view.SelectedItem()->Text());
 }
 
 /// An error is told as @p failure with its reason; to be cancelled is none.

@@ -84,7 +84,7 @@ void ItemLinking::LinkTargetChosen(const TreeNode& node)
         return;
     const QString shown = m_session.oCodeItem->Title();
     const bool isSource = QString::number(node.Id) == m_source;
-    ShowHint(isSource ? Hint(shown, m_session.Mode) : TargetHint(shown, node.Text, m_session.Mode));
+    ShowHint(isSource ? Hint(shown, m_session.Mode) : TargetHint(shown, node.Text(), m_session.Mode));
 }
 
 /// Which way the link of the mode leads; nothing when the user does not say.
@@ -119,7 +119,7 @@ QString ItemLinking::AddLink(CLink& link, LinkDirection direction, const QString
     const TreeNode& node = *m_view.SelectedItem();
     link.Direction = direction;
     link.LinkedItemId = node.Id;
-    link.LinkedItemTitle = title.isEmpty() ? node.Text : title;
+    link.LinkedItemTitle = title.isEmpty() ? node.Text() : title;
     MarkChanged(link);
     if (direction == LinkDirection::Right) // which leads away from the other item, and is that one's to show
         return u"A new link has been successfully created."_s;

@@ -114,15 +114,10 @@ void ItemTree::BuildNodes()
     AddRoot();
     if (!m_session.CurrentDatabase)
         return;
-    const std::vector<qint64> parents = ReadTreeRows(*m_session.CurrentDatabase, nodes, TreeImage::FOLDER);
-    if (nodes.Count() == 1)
+    const std::vector<SiblingRows> rows = ReadTreeRows(*m_session.CurrentDatabase, nodes, TreeImage::FOLDER);
+    if (rows.empty())
         return; // an empty library: the commands stay as they are
-    ParentLookup parentOf(nodes);
-    auto parent = parents.begin();
-    for (TreeNode& node : nodes.All()) {
-        if (!node.IsRoot())
-            nodes.PutUnder(node, parentOf(*parent++));
-    }
+    PutUnderParents(nodes, rows);
     Decorate();
 }
 

@@ -42,7 +42,7 @@ void ItemTree::NodeExpanded(TreeNode& node)
     if (m_session.IsMotherReplica() && IsProblem(node.Image))
         expanded = node.Image;
     m_view.Nodes().SetImages(node, node.Image, expanded);
-    m_shell.SetStatusText(node.Text);
+    m_shell.SetStatusText(node.Text());
 }
 
 void ItemTree::NodeCollapsed(TreeNode& node)
@@ -52,7 +52,7 @@ void ItemTree::NodeCollapsed(TreeNode& node)
         return;
     if (!KeepsItsImage(node.Image, m_session))
         m_view.Nodes().SetImages(node, TreeImage::FOLDER, node.ExpandedImage);
-    m_shell.SetStatusText(node.Text);
+    m_shell.SetStatusText(node.Text());
 }
 
 void ItemTree::CollapseBranches()

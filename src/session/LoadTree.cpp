@@ -6,24 +6,38 @@
 
 namespace qb {
 
-std::vector<qint64> ReadTreeRows(Database& database, TreeNodes& nodes, TreeImage image,
-                                 std::chrono::milliseconds atMost)
+std::vector<SiblingRows> ReadTreeRows(Database& database, TreeNodes& nodes, TreeImage image,
+                                      std::chrono::milliseconds atMost)
 {
     const StatementLimit limit(database, atMost);
-    std::vector<qint64> parents;
+    std::vector<SiblingRows> siblings;
     Statement rows = database.Query(ItemTree::TreeQuery());
     while (rows.Step()) {
-        nodes.Add(rows.Long(0), rows.Text(2), image).Tag = rows.Text(3);
-        parents.push_back(rows.Long(1));
+        nodes.AddRow(rows.Long(0), rows.RawText(2), rows.RawText(3), image);
+        const qint64 parent = rows.Long(1);
+        if (siblings.empty() || siblings.back().Parent != parent)
+            siblings.push_back({parent, 0});
+        ++siblings.back().Count;
     }
-    return parents;
+    return siblings;
 }
 
-TreeNode& ParentLookup::operator()(qint64 id)
+void PutUnderParents(TreeNodes& nodes, const std::vector<SiblingRows>& rows,
+                     const std::function<void(const TreeNode&)>& lost)
 {
-    if (!m_last || m_last->Id != id)
-        m_last = &m_nodes[id];
-    return *m_last;
+    auto node = std::next(nodes.All().begin());
+    for (const SiblingRows& siblings : rows) {
+        TreeNode* parent = nodes.Find(siblings.Parent);
+        for (size_t i = 0; i < siblings.Count; ++i, ++node) {
+            try {
+                nodes.PutUnder(*node, parent ? *parent : nodes[siblings.Parent]);
+            } catch (const RuntimeError&) {
+                if (!lost)
+                    throw;
+                lost(*node);
+            }
+        }
+    }
 }
 
 std::vector<qint64> LoadTree(Database& database, TreeNodes& nodes, const QString& root,
@@ -32,19 +46,9 @@ std::vector<qint64> LoadTree(Database& database, TreeNodes& nodes, const QString
     nodes.BeginBuild();
     nodes.Clear();
     nodes.Add(0, root, TreeImage::OBJECTS);
-    const std::vector<qint64> parents = ReadTreeRows(database, nodes, TreeImage::CHILD, atMost);
     std::vector<qint64> lost;
-    ParentLookup parentOf(nodes);
-    auto parent = parents.begin();
-    for (TreeNode& node : nodes.All()) {
-        if (node.IsRoot())
-            continue;
-        try {
-            nodes.PutUnder(node, parentOf(*parent++));
-        } catch (const RuntimeError&) {
-            lost.push_back(node.Id);
-        }
-    }
+    PutUnderParents(nodes, ReadTreeRows(database, nodes, TreeImage::CHILD, atMost),
+                    [&lost](const TreeNode& node) { lost.push_back(node.Id); });
     for (TreeNode& node : nodes.All())
         nodes.SortChildren(node);
     nodes.EndBuild();

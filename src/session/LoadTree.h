@@ -4,6 +4,7 @@
 #include "platform/dao/Database.h"
 
 #include <chrono>
+#include <functional>
 #include <vector>
 
 namespace qb {
@@ -11,22 +12,21 @@ namespace qb {
 /// What the reading of a tree may take: a hundred times what one of a million items does.
 inline constexpr std::chrono::milliseconds LongestTreeTime = std::chrono::seconds(20);
 
-/// Adds a node at top level for each item of a library, with its description as the tag. Returns the IDs of their
-/// parents, in the order of the nodes. Raises 3059 when a damaged table has no end.
-std::vector<qint64> ReadTreeRows(Database& database, TreeNodes& nodes, TreeImage image,
-                                 std::chrono::milliseconds atMost = LongestTreeTime);
-
-/// Finds the parents of nodes that are asked for one after the other: siblings come in a row.
-class ParentLookup {
-public:
-    explicit ParentLookup(TreeNodes& nodes) : m_nodes(nodes) {}
-    /// Raises 35601 where there is no such node.
-    TreeNode& operator()(qint64 id);
-
-private:
-    TreeNodes& m_nodes;
-    TreeNode* m_last = nullptr;
+/// Siblings that were read one after the other.
+struct SiblingRows {
+    qint64 Parent;
+    size_t Count;
 };
+
+/// Adds a node at top level for each item of a library, with its description as the tag. Returns their parents, in the
+/// order of the nodes. Raises 3059 when a damaged table has no end.
+std::vector<SiblingRows> ReadTreeRows(Database& database, TreeNodes& nodes, TreeImage image,
+                                      std::chrono::milliseconds atMost = LongestTreeTime);
+
+/// Puts the nodes that were read under their parents; the root stands before them. A node for which there is none, or
+/// which would stand below itself, is told to @p lost; without that, the error ends it all.
+void PutUnderParents(TreeNodes& nodes, const std::vector<SiblingRows>& rows,
+                     const std::function<void(const TreeNode&)>& lost = {});
 
 /// Reads all items of a library into @p nodes, below a root of the title @p root, children in
 /// the order of the tree. Returns the items that have no place because their parent is missing

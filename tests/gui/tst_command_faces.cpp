@@ -170,7 +170,7 @@ private Q_SLOTS:
     {
         Open();
         const QPoint place = Tree()->visualRect(Child(1)).center();
-        QCOMPARE(Panel()->HitTest(place.x(), place.y())->Text, u"other"_s);
+        QCOMPARE(Panel()->HitTest(place.x(), place.y())->Text(), u"other"_s);
         QVERIFY(!Panel()->HitTest(place.x(), Tree()->height() + 100));
     }
 

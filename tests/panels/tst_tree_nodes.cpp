@@ -30,7 +30,7 @@ private:
     {
         QStringList titles;
         for (const TreeNode* node : nodes)
-            titles << node->Text;
+            titles << node->Text();
         return titles;
     }
 
@@ -68,7 +68,7 @@ private Q_SLOTS:
         QCOMPARE(pear.data(TreeNodes::ImageRole).toInt(), int(TreeImage::CHILD));
         QCOMPARE(pear.data(TreeNodes::BoldRole), QVariant(false));
         QVERIFY(!pear.data(Qt::ToolTipRole).isValid());
-        nodes[3].Tag = u"a description"_s;
+        nodes.SetTag(nodes[3], u"a description"_s);
         QCOMPARE(pear.data(Qt::ToolTipRole), QVariant(u"a description"_s));
         QVERIFY(!nodes.index(2, 0, root).isValid());
         QVERIFY(!nodes.index(0, 1, root).isValid());
@@ -148,8 +148,8 @@ private Q_SLOTS:
             nodes.PutUnder(nodes.Add(i + 1, shuffled[i], TreeImage::CHILD), root);
         nodes.SortChildren(root);
         nodes.EndBuild();
-        QCOMPARE(Titles(root.Children), (QStringList{u"Äpfel"_s, u"apple"_s, u"Banana"_s, u"Éclair"_s, u"eclair 2"_s,
-                                                     u"strasse 1"_s, u"Straße 2"_s, u"zebra"_s}));
+        QCOMPARE(Titles(root.Children.All()), (QStringList{u"Äpfel"_s, u"apple"_s, u"Banana"_s, u"Éclair"_s,
+                                                           u"eclair 2"_s, u"strasse 1"_s, u"Straße 2"_s, u"zebra"_s}));
         for (size_t i = 0; i < root.Children.size(); ++i)
             QCOMPARE(root.Children[i]->Row, int(i));
     }
@@ -167,12 +167,9 @@ private Q_SLOTS:
         QFETCH(QString, first);
         QFETCH(QString, second);
         const auto less = [](qint64 leftId, const QString& left, qint64 rightId, const QString& right) {
-            TreeNode a, b;
-            a.Id = leftId;
-            a.Text = left;
-            b.Id = rightId;
-            b.Text = right;
-            return TitleLess(a, b);
+            const QByteArray a = left.toUtf8();
+            const QByteArray b = right.toUtf8();
+            return TitleLess({a, leftId}, {b, rightId});
         };
         QVERIFY(less(1, first, 2, second) && less(1, second, 2, first));
         QVERIFY(!less(2, first, 1, second) && !less(2, second, 1, first));
@@ -188,7 +185,7 @@ private Q_SLOTS:
         nodes.BeginBuild();
         QB_VERIFY_RAISES(nodes.Add(3, u"another pear"_s, TreeImage::CHILD), ErrorNumber::NodeKeyExists);
         nodes.EndBuild();
-        QCOMPARE(nodes[3].Text, u"pear"_s);
+        QCOMPARE(nodes[3].Text(), u"pear"_s);
         QCOMPARE(nodes.Count(), 5);
     }
 
@@ -219,7 +216,7 @@ private Q_SLOTS:
         QB_VERIFY_RAISES(nodes.PutUnder(nodes[node], nodes[parent]), ErrorNumber::NodeCycle);
         nodes.EndBuild();
         QCOMPARE(nodes[3].FullPath(), u"root\\fruit\\pear"_s);
-        QCOMPARE(Titles(nodes[1].Children), (QStringList{u"apple"_s, u"pear"_s}));
+        QCOMPARE(Titles(nodes[1].Children.All()), (QStringList{u"apple"_s, u"pear"_s}));
     }
 
     void movedNode_leavesItsOldParent()
@@ -230,8 +227,8 @@ private Q_SLOTS:
         nodes.BeginBuild();
         nodes.PutUnder(nodes[2], nodes[4]);
         nodes.EndBuild();
-        QCOMPARE(Titles(nodes[1].Children), QStringList{u"pear"_s});
-        QCOMPARE(Titles(nodes[4].Children), QStringList{u"apple"_s});
+        QCOMPARE(Titles(nodes[1].Children.All()), QStringList{u"pear"_s});
+        QCOMPARE(Titles(nodes[4].Children.All()), QStringList{u"apple"_s});
         QCOMPARE(nodes[3].Row, 0);
     }
 

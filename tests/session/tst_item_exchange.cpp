@@ -88,7 +88,7 @@ private Q_SLOTS:
         QVERIFY(m_work.Said.contains(u"1 Importing Items...."_s));
         QCOMPARE(Texts(Open(), u"SELECT Title FROM Items WHERE ParentID = 3"_s), QStringList{u"first"_s});
         QCOMPARE(s->Selected(), u"first"_s);
-        QCOMPARE(s->View.SelectedItem()->Parent->Text, u"second"_s);
+        QCOMPARE(s->View.SelectedItem()->Parent->Text(), u"second"_s);
         QCOMPARE(s->State.oCodeItem->Key(), u"4"_s);
     }
 
@@ -106,7 +106,7 @@ private Q_SLOTS:
 
     void root_isExportedWhole()
     {
-        s->Select(s->View.Nodes().All().front().Text);
+        s->Select(s->View.Nodes().All().front().Text());
         s->Script.ExpectFileName(u"Export Data To File :"_s, Path(u"alles.qbx"_s));
         s->CommandStates.Run(u"mnuExport"_s);
         QCOMPARE(UnpackedBranch(Path(u"alles.qbx"_s)).Items().size(), size_t(3));

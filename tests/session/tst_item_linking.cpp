@@ -190,7 +190,7 @@ private Q_SLOTS:
         QCOMPARE(s->Selected(), u"source"_s);
         QVERIFY(s->Items.SaveItem());
         QCOMPARE(Rows(), u"source (LINK)>source"_s);
-        QCOMPARE(s->Node(u"source (LINK)"_s).Tag, u"*** LINK ITEM ONLY ***"_s);
+        QCOMPARE(s->Node(u"source (LINK)"_s).Tag(), u"*** LINK ITEM ONLY ***"_s);
         QCOMPARE(s->State.CurrentDatabase->QueryValue(u"SELECT Description FROM Items WHERE Title = 'source (LINK)'"_s)
                      .ToText(),
                  u"*** LINK ITEM ONLY ***"_s);

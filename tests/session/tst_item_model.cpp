@@ -784,9 +784,9 @@ private:
         }
         check(children == item.Children, u"the children or their order"_s);
         if (node.IsRoot())
-            check(!node.Parent && node.Bold && node.Text == u"Ali äs Library"_s, u"the look"_s);
+            check(!node.Parent && node.Bold && node.Text() == u"Ali äs Library"_s, u"the look"_s);
         else
-            check(node.Parent && node.Parent->Id == item.Parent && node.Text == item.Title,
+            check(node.Parent && node.Parent->Id == item.Parent && node.Text() == item.Title,
                   u"the parent or the title"_s);
         check(node.IsRoot() || !node.Children.empty() || node.Image == TreeImage::CHILD,
               u"the image without children"_s);

@@ -129,8 +129,8 @@ private Q_SLOTS:
         Execute(u"UPDATE Items SET Description = 'Beschreibung ü' WHERE ID = ?"_s, {m_leafA});
         Execute(u"UPDATE Items SET Description = NULL WHERE ID = ?"_s, {m_leafB});
         s->Tree.FillTree();
-        QCOMPARE(s->Node(u"Leaf A"_s).Tag, u"Beschreibung ü"_s);
-        QCOMPARE(s->Node(u"leaf b"_s).Tag, QString());
+        QCOMPARE(s->Node(u"Leaf A"_s).Tag(), u"Beschreibung ü"_s);
+        QCOMPARE(s->Node(u"leaf b"_s).Tag(), QString());
     }
 
     void statement_isAnsweredByTheCoveringIndex()

@@ -117,7 +117,7 @@ private Q_SLOTS:
     void nextParentNode_isTheNearestAncestorsSibling()
     {
         const TreeNode* next = ItemTree::NextParentNode(s->Node(QString::fromLatin1(QTest::currentDataTag())));
-        QTEST(next ? next->Text : QString(), "next");
+        QTEST(next ? next->Text() : QString(), "next");
     }
 
     void previousLowestNode_isTheDeepestLastOne_data()
@@ -129,7 +129,7 @@ private Q_SLOTS:
     }
     void previousLowestNode_isTheDeepestLastOne()
     {
-        QTEST(ItemTree::PreviousLowestNode(s->Node(QString::fromLatin1(QTest::currentDataTag())))->Text, "lowest");
+        QTEST(ItemTree::PreviousLowestNode(s->Node(QString::fromLatin1(QTest::currentDataTag())))->Text(), "lowest");
     }
 
     // Problem items

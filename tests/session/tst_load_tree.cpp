@@ -36,7 +36,7 @@ private Q_SLOTS:
         TreeNodes nodes;
         QVERIFY(LoadTree(*m_library, nodes, u"Wurzel"_s).empty());
         QCOMPARE(TestSession::Shape(nodes.TopLevel()), u"Wurzel(fruit(Äpfel pear))"_s);
-        QCOMPARE(nodes[apple].Tag, u"rot"_s);
+        QCOMPARE(nodes[apple].Tag(), u"rot"_s);
     }
 
     void emptyLibrary_hasTheRootAlone()
@@ -59,7 +59,7 @@ private Q_SLOTS:
         QCOMPARE(named, (std::vector<qint64>{lost, self}));
         QCOMPARE(nodes[lost].Parent, nullptr);
         QCOMPARE(nodes.Count(), 5);
-        QCOMPARE(TestSession::Shape(nodes.Root()->Children), u"good"_s);
+        QCOMPARE(TestSession::Shape(nodes.Root()->Children.All()), u"good"_s);
     }
 
     void cycle_losesOneOfItsItems()

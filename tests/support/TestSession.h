@@ -77,13 +77,13 @@ struct TestSession {
     TreeNode& Node(const QString& title)
     {
         for (TreeNode& node : View.Nodes().All()) {
-            if (node.Text == title)
+            if (node.Text() == title)
                 return node;
         }
         throw RuntimeError(ErrorNumber::NodeNotFound, title, QStringLiteral("TestSession"));
     }
     void Select(const QString& title) { View.SelectItem(Node(title)); }
-    QString Selected() const { return View.SelectedItem() ? View.SelectedItem()->Text : QString(); }
+    QString Selected() const { return View.SelectedItem() ? View.SelectedItem()->Text() : QString(); }
     /// Selects a node and clicks on it, as the user does.
     void Click(const QString& title)
     {
@@ -96,7 +96,7 @@ struct TestSession {
     {
         QStringList texts;
         for (const TreeNode* node : nodes)
-            texts << node->Text + (node->Children.empty() ? QString() : u'(' + Shape(node->Children) + u')');
+            texts << node->Text() + (node->Children.empty() ? QString() : u'(' + Shape(node->Children.All()) + u')');
         return texts.join(u' ');
     }
     QString Shape() { return Shape(View.Nodes().TopLevel()); }

@@ -103,7 +103,7 @@ void LibraryFind::FollowLibrary()
             [this, update](const QModelIndex& first, const QModelIndex& last) {
                 for (int row = first.row(); row <= last.row(); ++row) {
                     if (const TreeNode* node = m_parts.Nodes.NodeAt(first.siblingAtRow(row)); node && !node->IsRoot())
-                        m_results.SetTitle(node->Id, node->Text);
+                        m_results.SetTitle(node->Id, node->Text());
                 }
                 update();
             });

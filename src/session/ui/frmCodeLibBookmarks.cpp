@@ -73,8 +73,8 @@ void frmCodeLib::FollowTree()
     connect(nodes, &TreeNodes::dataChanged, this, [this, nodes](const QModelIndex& first, const QModelIndex& last) {
         for (int row = first.row(); row <= last.row(); ++row) {
             if (const TreeNode* node = nodes->NodeAt(first.siblingAtRow(row)); node && !node->IsRoot()) {
-                ctlBookMarkList->List().Rows().SetTitle(node->Id, node->Text);
-                ctlBookMarkList->Info().TitleChanged(node->Id, node->Text);
+                ctlBookMarkList->List().Rows().SetTitle(node->Id, node->Text());
+                ctlBookMarkList->Info().TitleChanged(node->Id, node->Text());
             }
         }
     });

@@ -126,7 +126,7 @@ void frmCodeLib::ConnectExchange()
     m_exchange->Watched = m_tools->Watched;
     m_exchange->ChooseBranches = [this](const std::vector<PreviewedItem>& items) -> std::optional<QStringList> {
         const TreeNode* target = tvCodeItems->SelectedItem();
-        frmImport dialog(this, items, target ? target->Text : QString());
+        frmImport dialog(this, items, target ? target->Text() : QString());
         return dialog.exec() == QDialog::Accepted ? std::optional(dialog.Keys()) : std::nullopt;
     };
     m_edit->LibraryLanguage = [this] {
