@@ -13,6 +13,7 @@
 #include "store/PageChange.h"
 #include "store/StoredFiles.h"
 #include "web/PagePictures.h"
+#include "web/PictureSize.h"
 #include "web/WebPages.h"
 
 #include <QDir>
@@ -269,8 +270,14 @@ void AddPicture(Library& library, qint64 item, const QString& file, QSize size, 
             const QString changes = QDir::cleanPath(made + u".."_s) + u'/';
             const KeptPicture kept = KeepPicture({changes, QDir(made).dirName()}, file);
             picture.Source = QString::number(item) + u'/' + NameFreely(kept, PageFolderOf(library, item));
-            picture.Width = size.width() > 0 ? size.width() : kept.Kind.Width;
-            picture.Height = size.height() > 0 ? size.height() : kept.Kind.Height;
+            PictureSize shown(kept.Kind.Width, kept.Kind.Height);
+            shown.SetLocked(size.width() <= 0 || size.height() <= 0); // a length that is not given follows the other
+            if (size.width() > 0)
+                shown.SetWidth(size.width());
+            if (size.height() > 0)
+                shown.SetHeight(size.height());
+            picture.Width = shown.Width();
+            picture.Height = shown.Height();
             return RequireInserted(WithPicture(page, picture));
         },
         [&] {

@@ -52,7 +52,8 @@ void EditPage(Library& library, qint64 item, const PageEdit& edit, const BeforeC
 inline constexpr long WrongPageFormatError = 3274;
 
 /// Copies a picture into the folder of the item's page, and inserts it there. Raises WrongPageFormatError, or 75 for
-/// what is no picture. Told, before it counts, is how the page names it. A width or height of 0 is the picture's own.
+/// what is no picture. Told, before it counts, is how the page names it. Of @p size, in pixels, a length that is 0
+/// follows the other in the picture's ratio; where both are, it is shown as large as it is.
 using PictureNamed = std::function<void(const PagePicture& picture)>;
 void AddPicture(Library& library, qint64 item, const QString& file, QSize size, const PictureNamed& named = {});
 /// Inserts a picture that is in the folder of the page. Raises WrongPageFormatError.

@@ -56,6 +56,31 @@ private Q_SLOTS:
         QCOMPARE(Cli({u"check"_s, m_library}).Status, 0);
     }
 
+    void pictureOfOneGivenLength_keepsItsRatio_data()
+    {
+        QTest::addColumn<QStringList>("asked");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("none") << QStringList() << u"8 4"_s;
+        QTest::newRow("width") << QStringList{u"--width"_s, u"40"_s} << u"40 20"_s;
+        QTest::newRow("height") << QStringList{u"--height"_s, u"40"_s} << u"80 40"_s;
+        QTest::newRow("both") << QStringList{u"--width"_s, u"5"_s, u"--height"_s, u"40"_s} << u"5 40"_s;
+    }
+    void pictureOfOneGivenLength_keepsItsRatio()
+    {
+        QFETCH(QStringList, asked);
+        WriteFile(m_home->Path(u"in/wide.svg"_s),
+                  "<svg xmlns='http://www.w3.org/2000/svg' width='8' height='4'></svg>");
+        const Outcome added = Page(QStringList{u"picture"_s, u"1"_s, In(u"wide.svg"_s), u"--json"_s} + asked);
+        QVERIFY2(added.Status == 0, qPrintable(added.Error));
+        const QJsonObject told = added.Object();
+        QTEST(u"%1 %2"_s.arg(told[u"width"_s].toInt()).arg(told[u"height"_s].toInt()), "shown");
+        QVERIFY(ReadFile(m_home->Path(u"the library_HTML/1.htm"_s))
+                    .contains(QStringLiteral("width=\"%1\" height=\"%2\"")
+                                  .arg(told[u"width"_s].toInt())
+                                  .arg(told[u"height"_s].toInt())
+                                  .toUtf8()));
+    }
+
     void itemWithoutPage_getsOneByALink()
     {
         const QJsonObject told =
