@@ -47,8 +47,9 @@ void FilteredNodes::SetFilter(const QString& text)
     m_byNode.clear();
     m_matches = 0;
     const QStringMatcher matcher(text, Qt::CaseInsensitive);
+    std::vector<QChar> room;
     const auto take = [&](TreeNode& node) {
-        if (node.IsRoot() || matcher.indexIn(node.Text()) < 0)
+        if (node.IsRoot() || matcher.indexIn(node.Title.In(room)) < 0)
             return;
         m_entries[size_t(EntryOf(node))].Matches = true;
         ++m_matches;

@@ -1,5 +1,7 @@
 #include "panels/TextStore.h"
 
+#include <QStringDecoder>
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -19,6 +21,14 @@ QByteArrayView KeptText::Utf8() const
     Length length;
     std::memcpy(&length, m_at, sizeof length);
     return {m_at + sizeof length, qsizetype(length)};
+}
+
+QStringView KeptText::In(std::vector<QChar>& room) const
+{
+    const QByteArrayView utf8 = Utf8();
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    room.resize(std::max(room.size(), size_t(decoder.requiredSpace(utf8.size()))));
+    return {room.data(), decoder.appendToBuffer(room.data(), utf8)};
 }
 
 /// A text that is large for a block gets one of its own, beside the one that is being filled.

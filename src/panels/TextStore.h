@@ -13,6 +13,8 @@ public:
     bool IsEmpty() const { return !m_at; }
     QByteArrayView Utf8() const;
     QString ToString() const { return QString::fromUtf8(Utf8()); }
+    /// The same in @p room, for a look at many of them one after the other.
+    QStringView In(std::vector<QChar>& room) const;
 
 private:
     friend class TextStore;

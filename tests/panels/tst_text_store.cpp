@@ -20,11 +20,13 @@ private Q_SLOTS:
         for (int i = 0; i < 20'000; ++i)
             texts << QByteArray::number(i).repeated(1 + i % 9);
         std::vector<KeptText> kept;
+        std::vector<QChar> room;
         for (const QByteArray& text : texts)
             kept.push_back(store.Keep(text));
         for (size_t i = 0; i < kept.size(); ++i) {
             QCOMPARE(kept[i].Utf8().toByteArray(), texts[qsizetype(i)]);
             QVERIFY(!kept[i].IsEmpty());
+            QCOMPARE(kept[i].In(room).toString(), kept[i].ToString());
         }
         QCOMPARE(kept[1].ToString(), u"ä 😀"_s);
     }
@@ -35,6 +37,8 @@ private Q_SLOTS:
         QVERIFY(kept.IsEmpty());
         QVERIFY(KeptText().IsEmpty());
         QCOMPARE(kept.Utf8().size(), 0);
+        std::vector<QChar> room;
+        QCOMPARE(kept.In(room).size(), 0);
         QCOMPARE(kept.ToString(), QString());
     }
     void storeThatWasCleared_keepsNewTexts()
