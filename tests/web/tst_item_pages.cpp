@@ -103,7 +103,7 @@ private Q_SLOTS:
         QCOMPARE(ReadFile(m_library->HTMLFolder() + named.Source), Gif());
         const QString page = QString::fromUtf8(ReadFile(Page()));
         QVERIFY2(
-            page.contains(u"<img border=\"0\" src=\"1/ein-Bild.gif\" width=\"30\" height=\"1\"> </p>\r\n<!--End-->"_s),
+            page.contains(u"<img border=\"0\" src=\"1/ein-Bild.gif\" width=\"30\" height=\"30\"> </p>\r\n<!--End-->"_s),
             qPrintable(page));
         AddPicture(*m_library, m_item, Picture(), {}, [&named](const PagePicture& picture) { named = picture; });
         QCOMPARE(named.Source, u"1/ein-Bild(1).gif"_s); // the name is taken

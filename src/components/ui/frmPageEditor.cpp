@@ -89,6 +89,7 @@ frmPageEditor::frmPageEditor(QWidget* parent, const QString& path, PageEditingTo
     setObjectName(u"frmPageEditor"_s);
     setModal(true);
     MakePane(path, std::move(tools));
+    m_pane->Start(m_editing->Pictures()); // its process starts while the window is made
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
@@ -109,7 +110,6 @@ frmPageEditor::frmPageEditor(QWidget* parent, const QString& path, PageEditingTo
     Connect();
     ShowTitle();
     resize(Proposed);
-    m_pane->Start(m_editing->Pictures());
 }
 
 frmPageEditor::~frmPageEditor()
