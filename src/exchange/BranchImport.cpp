@@ -260,11 +260,16 @@ private:
         return items;
     }
 
+    /// What stayed behind keeps its address.
     void BindPages(const QHash<QString, qint64>& items)
     {
+        const auto newNumber = [&items](const QString& number) {
+            const auto item = items.constFind(number);
+            return item == items.constEnd() ? number : QString::number(*item);
+        };
         for (NewPage& page : m_pages) {
             if (const QString file = page.Arriving->Folder() + u"page.htm"_s; QFile::exists(file))
-                RenumberItems(file, items);
+                RenumberItems(file, newNumber);
             page.Arriving->Bind(page.Item,
                                 &page == &m_pages.back() ? ArrivingPage::Flush::Now : ArrivingPage::Flush::Later);
         }

@@ -10,7 +10,6 @@
 #include <QUrl>
 #include <QtEndian>
 #include <algorithm>
-#include <functional>
 
 namespace qb {
 
@@ -184,24 +183,6 @@ void Rewrite(const QString& pageFile, const std::function<QByteArray(const QByte
         fail(file.errorString());
 }
 
-QByteArray WithNumbers(const QByteArray& page, const QHash<QString, qint64>& newNumbers)
-{
-    static const QRegularExpression address(u"(?<=local://item)\\d+"_s, QRegularExpression::CaseInsensitiveOption);
-    const QString text = UnitsOf(page);
-    QString renumbered;
-    qsizetype done = 0;
-    for (const QRegularExpressionMatch& match : address.globalMatch(Searched(text))) {
-        const auto number = newNumbers.constFind(match.captured());
-        if (number == newNumbers.constEnd())
-            continue;
-        renumbered += QStringView(text).mid(done, match.capturedStart() - done);
-        renumbered += QString::number(*number);
-        done = match.capturedEnd();
-    }
-    renumbered += QStringView(text).mid(done);
-    return BytesOf(renumbered, page);
-}
-
 } // namespace
 
 void RenameReferences(const QString& pageFile, const QString& oldKey, const QString& newKey)
@@ -209,9 +190,27 @@ void RenameReferences(const QString& pageFile, const QString& oldKey, const QStr
     Rewrite(pageFile, [&](const QByteArray& page) { return WithReferences(page, oldKey, newKey); });
 }
 
-void RenumberItems(const QString& pageFile, const QHash<QString, qint64>& newNumbers)
+QByteArray WithItemNumbers(const QByteArray& page, const NewItemNumber& newNumber)
 {
-    Rewrite(pageFile, [&](const QByteArray& page) { return WithNumbers(page, newNumbers); });
+    static const QRegularExpression address(u"(?<=local://item)(?:0-)*\\d+"_s,
+                                            QRegularExpression::CaseInsensitiveOption);
+    const QString text = UnitsOf(page);
+    QString renumbered;
+    qsizetype done = 0;
+    for (const QRegularExpressionMatch& match : address.globalMatch(Searched(text))) {
+        renumbered += QStringView(text).mid(done, match.capturedStart() - done);
+        renumbered += newNumber(match.captured());
+        done = match.capturedEnd();
+    }
+    if (done == 0)
+        return page;
+    renumbered += QStringView(text).mid(done);
+    return BytesOf(renumbered, page);
+}
+
+void RenumberItems(const QString& pageFile, const NewItemNumber& newNumber)
+{
+    Rewrite(pageFile, [&](const QByteArray& page) { return WithItemNumbers(page, newNumber); });
 }
 
 } // namespace qb

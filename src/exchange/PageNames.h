@@ -2,9 +2,10 @@
 
 #include "store/Library.h"
 
-#include <QHash>
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
+#include <functional>
 #include <optional>
 
 namespace qb {
@@ -31,8 +32,13 @@ std::optional<QString> PlaceOfPage(const QString& name, const QString& key, bool
 /// of any encoding. Raises RuntimeError 75 when the file can't be read or written.
 void RenameReferences(const QString& pageFile, const QString& oldKey, const QString& newKey);
 
-/// Lets addresses of items in a page, "local://Item17", be those of their new numbers; in a page of any encoding. An
-/// item that is not among them keeps its address. Raises RuntimeError 75 as above.
-void RenumberItems(const QString& pageFile, const QHash<QString, qint64>& newNumbers);
+/// What stands for the number of an item in an address that leads to it; the same number where it stays. One that
+/// leads nowhere is not of digits alone.
+using NewItemNumber = std::function<QString(const QString& number)>;
+/// A page, of any encoding, in which the addresses of items, "local://Item17", are those of their new numbers. A number
+/// may have "0-" before it, as often as a page went on without the item.
+QByteArray WithItemNumbers(const QByteArray& page, const NewItemNumber& newNumber);
+/// The same in a file. Raises RuntimeError 75 as above.
+void RenumberItems(const QString& pageFile, const NewItemNumber& newNumber);
 
 } // namespace qb

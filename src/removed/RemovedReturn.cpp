@@ -86,9 +86,7 @@ public:
         for (size_t place = 0; place < m_entries.size(); ++place)
             TakeRecord(place);
         AddLinks();
-        for (size_t i = 0; i < m_pages.size(); ++i)
-            m_pages[i].Arriving->Bind(m_pages[i].Item,
-                                      i + 1 == m_pages.size() ? ArrivingPage::Flush::Now : ArrivingPage::Flush::Later);
+        BindPages();
         m_result.Item = m_new[m_top];
         return m_result;
     }
@@ -297,6 +295,24 @@ private:
         m_result.Pages += isFirst ? 1 : 0;
     }
 
+    /// What comes back with a page is led to where it is now. Numbers of another library lead nowhere.
+    void BindPages()
+    {
+        const QHash<qint64, qint64> items = m_place == ReturnPlace::Beside ? QHash<qint64, qint64>() : ReturnedItems();
+        const auto newNumber = [&](const QString& number) {
+            const qint64 item = items.value(number.toLongLong());
+            if (item != 0)
+                return QString::number(item);
+            return m_isOfLibrary ? number : u'-' + number;
+        };
+        for (const NewPage& page : m_pages) {
+            if (const QString file = page.Arriving->Folder() + u"page.htm"_s; QFile::exists(file))
+                RenumberItems(file, newNumber);
+            page.Arriving->Bind(page.Item,
+                                &page == &m_pages.back() ? ArrivingPage::Flush::Now : ArrivingPage::Flush::Later);
+        }
+    }
+
     void ReadInto(QFile& file, qint64 size)
     {
         const auto fail = [&file] {
@@ -314,6 +330,17 @@ private:
     }
 
     // Relations
+
+    /// The IDs of what comes back, by those that it had.
+    QHash<qint64, qint64> ReturnedItems() const
+    {
+        QHash<qint64, qint64> items;
+        for (size_t place = 0; place < m_entries.size(); ++place) {
+            if (m_chosen[place])
+                items.insert(m_entries[place].Item, m_new[place]);
+        }
+        return items;
+    }
 
     void AddBookmarks(size_t place)
     {
@@ -337,11 +364,7 @@ private:
     {
         if (m_place == ReturnPlace::Beside || m_place == ReturnPlace::OwnItem)
             return; // its former self has them
-        QHash<qint64, qint64> items;
-        for (size_t place = 0; place < m_entries.size(); ++place) {
-            if (m_chosen[place])
-                items.insert(m_entries[place].Item, m_new[place]);
-        }
+        const QHash<qint64, qint64> items = ReturnedItems();
         const auto endOf = [&](qint64 former) {
             const qint64 end = items.value(former, m_isOfLibrary ? former : 0);
             return IsItemThere(m_library, end) ? end : 0;

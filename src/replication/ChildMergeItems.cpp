@@ -1,5 +1,7 @@
 #include "replication/ChildMerge.h"
 
+#include "replication/PageLinks.h"
+
 namespace qb {
 
 using namespace Qt::StringLiterals;
@@ -19,6 +21,7 @@ void ChildMerge::CopyNewAndUpdatedItemsToReplica()
 {
     TakeNumbers();
     Decide();
+    LeadPagesToChildsItems(m_run);
     MoveRecordsToTempTable();
     TakeRowsOver();
     TakePagesOfOwnVersions();

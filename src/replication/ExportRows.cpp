@@ -4,6 +4,7 @@
 #include "maintenance/PhasedWork.h"
 #include "platform/system/Prompts.h"
 #include "platform/system/RuntimeError.h"
+#include "replication/PageLinks.h"
 #include "replication/SystemDate.h"
 #include "store/ItemBranch.h"
 #include "store/Library.h"
@@ -165,6 +166,8 @@ public:
     {
         m_counts.Items = Copy(Items, u"Items"_s);
         CopyPages();
+        if (m_suffix.isEmpty() && m_counts.Pages > 0)
+            WriteItemNumbers(m_place);
         m_counts.Links = Copy(Links, u"ItemLinks"_s,
                               u" AND %1 AND %2"_s.arg(Exists(u"ItemID"_s), Exists(u"LinkItemID"_s)));
         m_counts.Files = Copy(Files, u"Files"_s);

@@ -36,6 +36,7 @@ private:
     void ListChanged();
     void DatePagesForTheMother();
     void Decide();
+    void SetAsideWhatIsGone();
     void MoveRecordsToTempTable();
     void MoveFilesToTempTable();
     void MoveHTMLFilesToTempTable();

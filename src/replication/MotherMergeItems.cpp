@@ -1,5 +1,7 @@
 #include "replication/MotherMerge.h"
 
+#include "replication/PageLinks.h"
+
 namespace qb {
 
 using namespace Qt::StringLiterals;
@@ -15,6 +17,8 @@ void MotherMerge::CopyNewAndUpdatedItems()
 {
     Decide();
     m_run.NumberNewItems(u"'new', 'regained'"_s);
+    LeadPagesToMothersItems(m_run);
+    SetAsideWhatIsGone();
     MoveRecordsToTempTable();
     TakeRowsOver();
     AddRows();
@@ -43,6 +47,10 @@ void MotherMerge::Decide()
         "FROM synchro.Items AS r) AS d ON d.SRow = s.rowid"_s.arg(IsKnown(u"s.MotherRecordID"_s)));
     m_run.Execute(u"UPDATE synchro.Items SET ConflictItem = ? WHERE rowid IN (%1)"_s.arg(RowsOf(u"'won', 'lost'"_s)),
                   {Value(true)});
+}
+
+void MotherMerge::SetAsideWhatIsGone()
+{
     const QString gone = u"SELECT SID FROM temp.merge_Verdicts WHERE What IN ('ignored', 'forgotten')"_s;
     m_run.SetAside(MergeRun::VersionOf::File, gone, u"changed by the child, and deleted here"_s);
 }

@@ -79,6 +79,13 @@ class TestRemovedReturn : public QObject {
         return faults;
     }
 
+    static QByteArray LinkTo(qint64 item) { return "<a href=\"local://Item" + QByteArray::number(item) + "\">"; }
+    void LetPageLeadTo(qint64 item)
+    {
+        WriteFile(m_library->HTMLFolder() + u"%1.htm"_s.arg(m_inner), LinkTo(item) + LinkTo(m_aside));
+    }
+    QByteArray PageOf(qint64 item) { return ReadFile(m_library->HTMLFolder() + u"%1.htm"_s.arg(item)); }
+
 private Q_SLOTS:
     void init()
     {
@@ -210,6 +217,36 @@ private Q_SLOTS:
         QCOMPARE(result.Links, 1); // to what is there
         QVERIFY(m_library->QueryValue(u"SELECT DateAdded FROM ItemLinks WHERE ItemID = ?"_s, {result.Item}).ToDate()
                 > m_library->LastOwnStamp());
+    }
+
+    void linksOfAPage_leadToWhatComesBackWithIt()
+    {
+        LetPageLeadTo(m_top);
+        MakeMother(*m_library, Date::FromParts(2026, 6, 1)); // numbers are new
+        DeleteKept(m_top);
+        const ReturnResult result = BringBack(u"top"_s);
+        QVERIFY(result.Item != m_top);
+        const qint64 inner = m_library->QueryValue(u"SELECT ID FROM Items WHERE Title = 'inner'"_s).ToLong();
+        QCOMPARE(PageOf(inner), LinkTo(result.Item) + LinkTo(m_aside));
+    }
+
+    void linksOfAPageThatComesBeside_leadWhereTheyLed()
+    {
+        LetPageLeadTo(m_inner);
+        Keep([this](RemovedEvent& event) { event.Add(RemovedRows::OfLibrary(u"r.ID = ?"_s, {m_inner}), u"lost"_s); },
+             RemovalKind::Merge);
+        QCOMPARE(PageOf(BringBack({}).Item), LinkTo(m_inner) + LinkTo(m_aside));
+    }
+
+    /// Its numbers are those of other items here.
+    void linksOfAPageOfAnotherLibrary_leadNowhere()
+    {
+        LetPageLeadTo(m_inner);
+        DeleteKept(m_inner);
+        const QString index = Event() + u".json"_s;
+        WriteFile(index, ReadFile(index).replace(m_library->Identity().toUtf8(), "another"));
+        const qint64 inner = BringBack(u"inner"_s).Item;
+        QCOMPARE(PageOf(inner), LinkTo(inner) + "<a href=\"local://Item-" + QByteArray::number(m_aside) + "\">");
     }
 
     void barredPlace_takesNothingBack()
