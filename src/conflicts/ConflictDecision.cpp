@@ -117,9 +117,9 @@ void ConflictDecision::DecidePage()
 /// A page is not deleted for want of another one.
 void ConflictDecision::ReplacePage()
 {
-    m_page = std::make_unique<PageChange>(m_library, m_id);
-    if (WriteConflictPage(m_library, m_id, m_page->Folder(), u"page"_s, QString::number(m_id))) {
-        m_page->Bind(PageChange::Kind::Replace);
+    m_page = std::make_unique<PageChanges>(m_library);
+    if (WriteConflictPage(m_library, m_id, m_page->Folder(m_id), u"page"_s, QString::number(m_id))) {
+        m_page->Bind(m_id, PageChanges::Kind::Replace);
         m_item.SetHTMLLastUpdated(m_library.NextStamp());
         return;
     }

@@ -3,7 +3,7 @@
 #include "conflicts/CConflict.h"
 #include "platform/system/Prompts.h"
 #include "store/CFileObject.h"
-#include "store/PageChange.h"
+#include "store/PageChanges.h"
 #include "store/PendingFiles.h"
 
 #include <QList>
@@ -47,7 +47,7 @@ private:
     StoredFileDeletion m_leaving;
     std::shared_ptr<PendingWork> m_work; ///< once a file arrives
     std::vector<std::unique_ptr<CFileObject>> m_arriving;
-    std::unique_ptr<PageChange> m_page; ///< once the page is another one
+    std::unique_ptr<PageChanges> m_page; ///< once the page is another one
     QList<Message> m_messages;
 };
 

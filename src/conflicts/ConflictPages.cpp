@@ -3,6 +3,7 @@
 #include "exchange/PageNames.h"
 #include "maintenance/PackedContents.h"
 #include "platform/system/RuntimeError.h"
+#include "store/PageReferences.h"
 
 #include <QDir>
 #include <QFileInfo>

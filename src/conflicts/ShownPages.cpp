@@ -6,6 +6,7 @@
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
 #include "platform/system/RuntimeError.h"
+#include "store/PageReferences.h"
 #include "store/StoredFiles.h"
 #include "web/ItemPages.h"
 

@@ -6,11 +6,12 @@
 #include "platform/richtext/Rtf.h"
 #include "platform/system/Clock.h"
 #include "platform/system/RuntimeError.h"
-#include "store/ArrivingPage.h"
 #include "store/CCodeItem.h"
 #include "store/CFileObject.h"
 #include "store/ItemBranch.h"
 #include "store/ItemRules.h"
+#include "store/PageChanges.h"
+#include "store/PageReferences.h"
 #include "store/PendingFiles.h"
 
 #include <QDir>
@@ -132,8 +133,8 @@ public:
     {
         for (const std::unique_ptr<CFileObject>& file : m_files)
             file->PutInPlace();
-        for (const NewPage& page : m_pages)
-            page.Arriving->PutInPlace();
+        if (m_pages)
+            m_pages->PutInPlace();
     }
 
 private:
@@ -164,8 +165,8 @@ private:
         for (qint32 left = m_reader.ReadCount(); left > 0; --left)
             ImportItemFile(m_newItems[place]);
         const qint32 pages = record.HTMLPage ? m_reader.ReadCount() : 0;
-        if (pages > 0 && m_chosen[place])
-            m_pages.push_back({m_newItems[place], std::make_unique<ArrivingPage>(m_library)});
+        if (pages > 0 && m_chosen[place] && !m_pages)
+            m_pages.emplace(m_library);
         for (qint32 page = 0; page < pages; ++page)
             ImportItemPage(m_newItems[place], record.Key, page == 0);
     }
@@ -240,7 +241,7 @@ private:
         if (item == 0)
             return m_reader.ReadContents(nullptr, record.Size, m_work);
         const QString place = *PlaceOfPage(record.Name, oldKey, isFirst); // looked at before
-        const QString folder = m_pages.back().Arriving->Folder();
+        const QString folder = m_pages->Folder(item);
         QFile contents(folder + (place.isEmpty() ? u"page.htm"_s : u"page/"_s + place));
         QDir().mkpath(QFileInfo(contents).absolutePath());
         ReadInto(contents, record.Size);
@@ -267,12 +268,13 @@ private:
             const auto item = items.constFind(number);
             return item == items.constEnd() ? number : QString::number(*item);
         };
-        for (NewPage& page : m_pages) {
-            if (const QString file = page.Arriving->Folder() + u"page.htm"_s; QFile::exists(file))
+        if (!m_pages)
+            return;
+        for (const qint64 item : m_pages->Items()) {
+            if (const QString file = m_pages->Folder(item) + u"page.htm"_s; QFile::exists(file))
                 RenumberItems(file, newNumber);
-            page.Arriving->Bind(page.Item,
-                                &page == &m_pages.back() ? ArrivingPage::Flush::Now : ArrivingPage::Flush::Later);
         }
+        m_pages->BindAll(PageChanges::Kind::Replace, m_work);
     }
 
     void ReadInto(QFile& file, qint64 size)
@@ -304,11 +306,6 @@ private:
         }
     }
 
-    struct NewPage {
-        qint64 Item;
-        std::unique_ptr<ArrivingPage> Arriving;
-    };
-
     Library& m_library;
     const UnpackedBranch& m_branch;
     const BranchImportOptions& m_options;
@@ -320,7 +317,7 @@ private:
     std::vector<qint64> m_newItems; ///< IDs, by place; 0: none
     std::shared_ptr<PendingWork> m_pending;
     std::vector<std::unique_ptr<CFileObject>> m_files;
-    std::vector<NewPage> m_pages;
+    std::optional<PageChanges> m_pages; ///< once there is one
     BranchImportResult m_result;
 };
 

@@ -6,11 +6,12 @@
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
 #include "platform/system/RuntimeError.h"
-#include "store/ArrivingPage.h"
 #include "store/CCodeItem.h"
 #include "store/CFileObject.h"
 #include "store/ItemBranch.h"
 #include "store/ItemRules.h"
+#include "store/PageChanges.h"
+#include "store/PageReferences.h"
 #include "store/PendingFiles.h"
 #include "store/SideFolders.h"
 #include "store/StoredFiles.h"
@@ -217,20 +218,23 @@ private:
         m_page.emplace(m_library);
         CDBManipulate contents(m_work);
         contents.Use(m_backup);
-        contents.ExportAllHTMLFiles(m_page->Folder(),
-                                    {.Table = {}, .Where = u"ItemIDRef = ?"_s, .WhereValues = {m_old}});
-        const QString old = m_page->Folder() + QString::number(m_old);
-        QFile source(old + u".htm"_s);
-        QByteArray page;
-        if (!source.open(QIODevice::ReadOnly) || !ReadAll(source, page).isEmpty())
+        const QString folder = m_page->Folder(m_new);
+        contents.ExportAllHTMLFiles(folder, {.Table = {}, .Where = u"ItemIDRef = ?"_s, .WhereValues = {m_old}});
+        const QString old = folder + QString::number(m_old);
+        const QString page = folder + u"page.htm"_s;
+        if (!QFileInfo::exists(old + u".htm"_s))
             return m_page.reset(); // the page itself was not in the backup
-        for (const char quote : {'"', '\''})
-            page.replace(quote + QByteArray::number(m_old) + '/', quote + QByteArray::number(m_new) + '/');
-        if (!ReplaceContents(m_page->Folder() + u"page.htm"_s, page).isEmpty()
-            || (QFileInfo(old).isDir() && !QDir().rename(old, m_page->Folder() + u"page"_s)))
+        if (!QDir().rename(old + u".htm"_s, page)
+            || (QFileInfo(old).isDir() && !QDir().rename(old, folder + u"page"_s)))
             Fail(u"its page can't be written"_s);
+        RenameReferences(page, QString::number(m_old), QString::number(m_new));
+        RenumberItems(page, [this](const QString& number) {
+            if (number.toLongLong() == m_old)
+                return QString::number(m_new);
+            return m_isSameLibrary ? number : u'-' + number; // there it is another item's
+        });
         m_library.Execute(u"UPDATE Items SET HTMLPage = -1, HTMLLastUpdated = LastChanged WHERE ID = ?"_s, {m_new});
-        m_page->Bind(m_new);
+        m_page->Bind(m_new, PageChanges::Kind::Replace, PageChanges::Flush::Now, m_work);
     }
 
     Database& m_backup;
@@ -240,7 +244,7 @@ private:
     Work& m_work;
     bool m_isSameLibrary = false;
     qint64 m_new = 0;
-    std::optional<ArrivingPage> m_page; ///< if there is one
+    std::optional<PageChanges> m_page; ///< if there is one
 };
 
 qint64 BackupItems::BringBack(qint64 id, Library& library, qint64 parent, Work& work)

@@ -6,6 +6,7 @@
 #include "platform/system/Paths.h"
 #include "platform/system/RuntimeError.h"
 #include "store/CDBCreate.h"
+#include "store/PageChanges.h"
 #include "store/StoredFiles.h"
 #include "support/DateFormatCustom.h"
 #include "support/ErrorRoutine.h"
@@ -251,7 +252,7 @@ void CDBManipulate::ImportOtherHTMLFiles(const QString& folder)
     while (defaults.Step())
         taken << (defaults.Text(1).isEmpty() ? defaults.Text(0) : defaults.Text(1).section(u'\\', 0, 0));
     for (const QFileInfo& entry : EntriesOf(folder)) {
-        if (taken.contains(entry.fileName()) || entry.isSymLink() || entry.fileName().startsWith(u".arriving-page-"_s))
+        if (taken.contains(entry.fileName()) || entry.isSymLink() || IsOfUnboundChanges(*m_database, entry.filePath()))
             continue;
         if (entry.isDir())
             ImportHTMLFolder(PagesTable, entry.filePath(), entry.fileName() + u'\\', 0);

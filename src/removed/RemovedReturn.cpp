@@ -6,7 +6,6 @@
 #include "platform/system/FileReplace.h"
 #include "platform/system/RuntimeError.h"
 #include "platform/system/SafeNames.h"
-#include "store/ArrivingPage.h"
 #include "store/Bookmarks.h"
 #include "store/CBookmark.h"
 #include "store/CCodeItem.h"
@@ -14,6 +13,8 @@
 #include "store/Checksums.h"
 #include "store/ItemBranch.h"
 #include "store/ItemRules.h"
+#include "store/PageChanges.h"
+#include "store/PageReferences.h"
 #include "store/PendingFiles.h"
 #include "store/StoredFiles.h"
 
@@ -22,6 +23,7 @@
 #include <QFileInfo>
 #include <QHash>
 #include <algorithm>
+#include <optional>
 
 namespace qb {
 
@@ -96,8 +98,8 @@ public:
     {
         for (const auto& file : m_files)
             file->PutInPlace();
-        for (const NewPage& page : m_pages)
-            page.Arriving->PutInPlace();
+        if (m_pages)
+            m_pages->PutInPlace();
     }
 
 private:
@@ -128,7 +130,7 @@ private:
         for (const RemovedFile& file : files)
             TakeFile(place, file);
         for (qint32 left = record.HTMLPage ? m_reader.ReadCount() : 0; left > 0; --left)
-            TakePage(place, record.Key, !m_chosen[place] || m_pages.empty() || m_pages.back().Item != m_new[place]);
+            TakePage(place, record.Key, !m_chosen[place] || !m_pages || !m_pages->Items().contains(m_new[place]));
         if (!m_chosen[place])
             return;
         AddBookmarks(place);
@@ -280,10 +282,10 @@ private:
         m_reader.Read(record);
         if (!m_chosen[place])
             return m_reader.ReadContents(nullptr, record.Size, m_work);
-        if (isFirst)
-            m_pages.push_back({m_new[place], std::make_unique<ArrivingPage>(m_library)});
+        if (!m_pages)
+            m_pages.emplace(m_library);
         const QString below = *PlaceOfPage(record.Name, key, isFirst); // looked at when it was unpacked
-        QFile contents(m_pages.back().Arriving->Folder() + (below.isEmpty() ? u"page.htm"_s : u"page/"_s + below));
+        QFile contents(m_pages->Folder(m_new[place]) + (below.isEmpty() ? u"page.htm"_s : u"page/"_s + below));
         QDir().mkpath(QFileInfo(contents).absolutePath());
         ReadInto(contents, record.Size);
         // The number of a page is what it had in the file that it came from.
@@ -305,12 +307,13 @@ private:
                 return QString::number(item);
             return m_isOfLibrary ? number : u'-' + number;
         };
-        for (const NewPage& page : m_pages) {
-            if (const QString file = page.Arriving->Folder() + u"page.htm"_s; QFile::exists(file))
+        if (!m_pages)
+            return;
+        for (const qint64 item : m_pages->Items()) {
+            if (const QString file = m_pages->Folder(item) + u"page.htm"_s; QFile::exists(file))
                 RenumberItems(file, newNumber);
-            page.Arriving->Bind(page.Item,
-                                &page == &m_pages.back() ? ArrivingPage::Flush::Now : ArrivingPage::Flush::Later);
         }
+        m_pages->BindAll(PageChanges::Kind::Replace, m_work);
     }
 
     void ReadInto(QFile& file, qint64 size)
@@ -389,11 +392,6 @@ private:
         ++m_result.Links;
     }
 
-    struct NewPage {
-        qint64 Item;
-        std::unique_ptr<ArrivingPage> Arriving;
-    };
-
     Library& m_library;
     const std::vector<RemovedEntry>& m_entries;
     size_t m_top; ///< place of the entry
@@ -407,7 +405,7 @@ private:
     std::vector<bool> m_chosen;
     std::shared_ptr<PendingWork> m_pending;
     std::vector<std::unique_ptr<CFileObject>> m_files;
-    std::vector<NewPage> m_pages;
+    std::optional<PageChanges> m_pages; ///< once there is one
     ReturnResult m_result;
 };
 

@@ -1,9 +1,9 @@
 #include "replication/MergeContents.h"
 
-#include "exchange/PageNames.h"
 #include "maintenance/CDBManipulate.h"
 #include "platform/system/FileReplace.h"
 #include "platform/system/RuntimeError.h"
+#include "store/PageReferences.h"
 #include "store/StoredFiles.h"
 
 #include <QDir>
@@ -75,11 +75,13 @@ void MergeContents::MakeFiles()
 
 void MergeContents::MakePages()
 {
+    if (!m_pages.empty())
+        m_changes.emplace(m_library);
     for (const MergedPage& page : m_pages) {
-        PageChange& change = *m_changes.emplace_back(std::make_unique<PageChange>(m_library, page.Item));
         if (page.Packed != 0)
-            MakePage(page.Packed, page.Item, change.Folder());
-        change.Bind(page.Packed == 0 ? PageChange::Kind::Delete : PageChange::Kind::Replace);
+            MakePage(page.Packed, page.Item, m_changes->Folder(page.Item));
+        m_changes->Bind(page.Item, page.Packed == 0 ? PageChanges::Kind::Delete : PageChanges::Kind::Replace,
+                        &page == &m_pages.back() ? PageChanges::Flush::Now : PageChanges::Flush::Later, m_work);
     }
 }
 
@@ -118,8 +120,8 @@ QStringList MergeContents::Place()
         });
     attempt([&] { m_leavingFiles.Complete(); });
     attempt([&] { m_leavingPages.Complete(); });
-    for (const std::unique_ptr<PageChange>& change : m_changes)
-        attempt([&] { change->PutInPlace(); });
+    if (m_changes)
+        attempt([&] { m_changes->PutInPlace(); });
     return waiting;
 }
 

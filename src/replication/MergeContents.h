@@ -3,12 +3,13 @@
 #include "platform/system/Work.h"
 #include "removed/MergeUndo.h"
 #include "store/Library.h"
-#include "store/PageChange.h"
+#include "store/PageChanges.h"
 #include "store/PendingFiles.h"
 #include "store/PendingPages.h"
 
 #include <QStringList>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace qb {
@@ -68,7 +69,7 @@ private:
     std::vector<std::unique_ptr<ArrivingFile>> m_arriving; ///< in the order of m_addedFiles
     StoredFileDeletion m_leavingFiles;
     PageDeletion m_leavingPages;
-    std::vector<std::unique_ptr<PageChange>> m_changes;
+    std::optional<PageChanges> m_changes; ///< once there is one
 };
 
 } // namespace qb

@@ -1,6 +1,6 @@
 #include "replication/PageLinks.h"
 
-#include "exchange/PageNames.h"
+#include "store/PageReferences.h"
 
 #include <QHash>
 #include <vector>

@@ -4,7 +4,7 @@
 #include "platform/system/Prompts.h"
 #include "session/FileDialogs.h"
 #include "store/Library.h"
-#include "store/PageChange.h"
+#include "store/PageChanges.h"
 #include "support/ErrorRoutine.h"
 #include "web/DefaultPages.h"
 #include "web/ItemPages.h"

@@ -6,7 +6,7 @@
 #include "store/Checksums.h"
 #include "store/Deletions.h"
 #include "store/Library.h"
-#include "store/PageChange.h"
+#include "store/PageChanges.h"
 #include "store/ReplicaLog.h"
 #include "support/ErrorRoutine.h"
 

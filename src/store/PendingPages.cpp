@@ -3,8 +3,7 @@
 #include "platform/system/FileReplace.h"
 #include "platform/system/Interims.h"
 #include "platform/system/Paths.h"
-#include "store/ArrivingPage.h"
-#include "store/PageChange.h"
+#include "store/PageChanges.h"
 #include "store/SideFolders.h"
 
 #include <QDir>
@@ -104,7 +103,6 @@ void FinishPendingPages(Library& library)
     if (library.IsReadOnly() || OwnerOf(library.HTMLFolder(), library.Identity()) == FolderOwner::Another)
         return;
     RemoveStaleInterims(library.HTMLFolder());
-    FinishArrivingPages(library);
     FinishPageChanges(library);
     static const QRegularExpression pending(
         u"\\A\\.(?:leaving-([0-9a-f]{32})-(\\d+)(\\.htm)?|working-([0-9a-f]{32}))\\z"_s);

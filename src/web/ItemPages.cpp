@@ -10,7 +10,8 @@
 #include "removed/Keeping.h"
 #include "store/CCodeItem.h"
 #include "store/ItemRules.h"
-#include "store/PageChange.h"
+#include "store/PageChanges.h"
+#include "store/PageReferences.h"
 #include "store/StoredFiles.h"
 #include "web/PagePictures.h"
 #include "web/PictureSize.h"
@@ -82,18 +83,18 @@ void WriteRow(Library& library, qint64 id, bool hasPage)
 }
 
 /// One change: files are made aside by @p make, in a folder that ends in a separator, and count with the row.
-void Change(Library& library, qint64 item, PageChange::Kind kind, const std::function<void(const QString& made)>& make,
+void Change(Library& library, qint64 item, PageChanges::Kind kind, const std::function<void(const QString& made)>& make,
             const BeforeCommit& beforeCommit, Keeping& keeping)
 {
     RequireChange(library, item, {ItemChange::EditUnasked}); // before anything is made on the disk
-    PageChange change(library, item);
+    PageChanges change(library);
     Transaction transaction(library);
     RequireChange(library, item, {ItemChange::EditUnasked});
     SettlePage(library, item);
     keeping.Add([item](RemovedEvent& event) { event.AddPages(RemovedRows::OfLibrary(u"r.ID = ?"_s, {item}), {}); });
-    make(change.Folder());
-    change.Bind(kind);
-    WriteRow(library, item, kind != PageChange::Kind::Delete);
+    make(change.Folder(item));
+    change.Bind(item, kind);
+    WriteRow(library, item, kind != PageChanges::Kind::Delete);
     keeping.Note();
     if (beforeCommit)
         beforeCommit();
@@ -103,7 +104,7 @@ void Change(Library& library, qint64 item, PageChange::Kind kind, const std::fun
 }
 
 /// A change whose former state nobody wants back.
-void Change(Library& library, qint64 item, PageChange::Kind kind, const std::function<void(const QString& made)>& make,
+void Change(Library& library, qint64 item, PageChanges::Kind kind, const std::function<void(const QString& made)>& make,
             const BeforeCommit& beforeCommit = {})
 {
     Keeping nothing(nullptr);
@@ -228,14 +229,14 @@ bool EnsureHTMLFileExists(Library& library, qint64 item)
 void WritePage(Library& library, qint64 item, const QByteArray& page, const BeforeCommit& beforeCommit)
 {
     Change(
-        library, item, PageChange::Kind::Add, [&](const QString& made) { WriteNew(made + NewPage, page); },
+        library, item, PageChanges::Kind::Add, [&](const QString& made) { WriteNew(made + NewPage, page); },
         beforeCommit);
 }
 
 void EditPage(Library& library, qint64 item, const PageEdit& edit, const BeforeCommit& beforeCommit)
 {
     Change(
-        library, item, PageChange::Kind::Add,
+        library, item, PageChanges::Kind::Add,
         [&](const QString& made) {
             const bool isThere = IsThere(PageFileOf(library, item));
             const QByteArray page = isThere ? ReadPage(library, item) : Template(library);
@@ -249,7 +250,7 @@ void SetPage(Library& library, qint64 item, const QString& file, const QString& 
 {
     const QByteArray page = ReadPlain(file);
     RequireText(file, page);
-    const auto kind = folder.isEmpty() ? PageChange::Kind::Add : PageChange::Kind::Replace;
+    const auto kind = folder.isEmpty() ? PageChanges::Kind::Add : PageChanges::Kind::Replace;
     const auto make = [&](const QString& made) {
         WriteNew(made + NewPage, page);
         if (folder.isEmpty())
@@ -305,7 +306,7 @@ void DeletePage(Library& library, qint64 item, const BeforeCommit& beforeCommit)
 {
     Kept(library, RemovalKind::DeletedByUser, u"A web page deleted"_s, [&](Keeping& keeping) {
         Change(
-            library, item, PageChange::Kind::Delete, [](const QString&) {}, beforeCommit, keeping);
+            library, item, PageChanges::Kind::Delete, [](const QString&) {}, beforeCommit, keeping);
     });
 }
 

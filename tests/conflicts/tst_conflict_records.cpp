@@ -2,7 +2,7 @@
 #include "maintenance/LibraryCheck.h"
 #include "removed/RemovedIndex.h"
 #include "removed/RemovedReturn.h"
-#include "store/PageChange.h"
+#include "store/PageChanges.h"
 #include "store/PendingRemoved.h"
 
 using namespace qb;

@@ -1,6 +1,7 @@
 #include "exchange/BranchStream.h"
 #include "exchange/PageNames.h"
 #include "platform/system/RuntimeError.h"
+#include "store/PageReferences.h"
 #include "support/FolderContents.h"
 #include "support/RecordedWork.h"
 #include "support/TestRun.h"

@@ -7,6 +7,7 @@
 #include "store/CCodeItem.h"
 #include "store/CFileObject.h"
 #include "store/ItemBranch.h"
+#include "support/FewFiles.h"
 #include "support/FolderContents.h"
 #include "support/LibraryBuilder.h"
 #include "support/RecordedWork.h"
@@ -325,6 +326,23 @@ private Q_SLOTS:
         stopped.Stops = counted.AtTheEnd - 2;
         QVERIFY(!Raised([&] { ExportItems(*m_from, 0, File(), stopped); }).isEmpty());
         QVERIFY(!QFile::exists(File()));
+    }
+
+    void branchOfManyPages_needsFewFiles()
+    {
+        constexpr int Many = 200;
+        const qint64 top = AddItem(*m_from, 0, u"top"_s);
+        for (int i = 0; i < Many; ++i) {
+            const qint64 item = AddItem(*m_from, top, u"inner"_s);
+            WriteFile(m_from->HTMLFolder() + QString::number(item) + u".htm"_s, "page");
+            AddStoredFile(*m_from, item, u"file.txt"_s, "file", Date::FromParts(2020, 1, 2));
+        }
+        m_from->Execute(u"UPDATE Items SET HTMLPage = -1 WHERE ParentID = ?"_s, {top});
+        const FewFiles few(Many / 2);
+        ExportItems(*m_from, top, File());
+        const BranchImportResult result = ImportItems(*m_to, UnpackedBranch(File()), {});
+        QCOMPARE(result.Pages, Many);
+        QCOMPARE(result.Files, Many);
     }
 
     void keyThatRepeats_isRefused()

@@ -3,7 +3,9 @@
 #include "maintenance/LibraryRestore.h"
 #include "platform/archive/BrindletonZip.h"
 #include "replication/ReplicaCreation.h"
+#include "store/Checksums.h"
 #include "store/LibraryUse.h"
+#include "store/PendingPages.h"
 #include "support/ErrorRoutine.h"
 #include "support/FileSizeLimit.h"
 #include "support/LibraryBuilder.h"
@@ -495,10 +497,21 @@ private Q_SLOTS:
         QCOMPARE(result.Summary.Pages.Count, 0);
     }
 
-    void pageThatIsOnlyArriving_isNotBackedUp()
+    /// It counts once the library knows its mark.
+    void pageThatIsOnItsWay_isBackedUpOnceItCounts()
     {
-        WriteFile(HTMLFolderOf(m_library) + u".arriving-page-1/page.htm"_s, "half of it");
+        const QString mark(32, u'a');
+        const QString folder = HTMLFolderOf(m_library) + u".changing-pages-%1/1/"_s.arg(mark);
+        WriteFile(folder + u"new/page.htm"_s, "new");
         QCOMPARE(BackUpLibrary(m_library, Backup(), {}, m_work).Summary.Pages.Count, 11);
+        WriteFile(folder + u"item"_s, "1 replace");
+        QCOMPARE(BackUpLibrary(m_library, Backup(), {}, m_work).Summary.Pages.Count, 11);
+        WriteChecksums(*Library::Open(m_library), u"PageChange"_s, 1, 0, {{mark, 0}});
+        QFile::remove(HTMLFolderOf(m_library) + u"1.htm"_s);
+        BackUpLibrary(m_library, Backup(), {}, m_work);
+        RestoreLibrary(Backup(), In(u"r.qbd"_s), RestoreOver::Replace, m_work);
+        FinishPendingPages(*Library::Open(In(u"r.qbd"_s)));
+        QCOMPARE(ReadFile(HTMLFolderOf(In(u"r.qbd"_s)) + u"1.htm"_s), "new");
     }
 
     void libraryOfTheNameWithAnotherExtension_keepsItsFolders()

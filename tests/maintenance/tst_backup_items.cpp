@@ -92,6 +92,23 @@ private Q_SLOTS:
         QVERIFY(CheckLibrary(*library).empty());
     }
 
+    /// Those of another library have other numbers there.
+    void linksOfThePage_leadToTheSameItemsOrNowhere()
+    {
+        const auto library = Library::Open(m_path);
+        WriteFile(library->HTMLFolder() + u"2.htm"_s, "<a href=local://Item2><a href=local://Item3><img src=2/a.png>");
+        BackUpLibrary(m_path, m_backup, {});
+        BackupItems items(m_backup, m_home->Path());
+        const auto other = MakeLibrary(m_home->Path(u"other.qbd"_s));
+        for (Library* to : {library.get(), other.get()}) {
+            const qint64 id = items.BringBack(2, *to);
+            const QByteArray number = QByteArray::number(id);
+            QCOMPARE(ReadFile(to->HTMLFolder() + QString::number(id) + u".htm"_s),
+                     "<a href=local://Item" + number + "><a href=local://Item" + (to == other.get() ? "-3" : "3")
+                         + "><img src=" + number + "/a.png>");
+        }
+    }
+
     void linksOfAReplica_areNewToTheOthers()
     {
         const auto library = Library::Open(m_path);

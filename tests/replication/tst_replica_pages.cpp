@@ -1,6 +1,7 @@
 #include "replication/ReplicaFamily.h"
 
 #include "conflicts/AutomaticResolution.h"
+#include "support/FewFiles.h"
 #include "web/ItemPages.h"
 
 using namespace qb;
@@ -44,6 +45,26 @@ private Q_SLOTS:
         QCOMPARE(ReadFile(folder + QString::number(atM) + u"/pic.png"_s), QByteArray("picture"));
         QCOMPARE(ReadFile(f->Home.Path(u"child/lib_HTML/%1.htm"_s.arg(id))), page.toUtf8());
         f->Round(f->B);
+        QVERIFY(f->AreEqual());
+    }
+
+    void manyPages_needFewFiles()
+    {
+        constexpr int Many = 200;
+        f->In(f->A(), [&](Library& library) {
+            const qint64 first =
+                library.QueryValue(u"SELECT seq + 1 FROM sqlite_sequence WHERE name = 'Items'"_s).ToLong();
+            library.Execute(u"WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < ?1) INSERT INTO "
+                            "Items (Title, ParentID, Created, LastChanged, HTMLPage, HTMLLastUpdated) SELECT 'page ' "
+                            "|| i, 0, ?2, ?2, -1, ?2 FROM n"_s,
+                            {Many, library.NextStamp()});
+            for (qint64 item = first; item < first + Many; ++item)
+                WriteFile(library.HTMLFolder() + QString::number(item) + u".htm"_s, "page");
+        });
+        const FewFiles few(Many / 2);
+        f->Round(f->A());
+        f->Round(f->B);
+        QCOMPARE(Family::Outline(f->B).filter(u"| page page"_s).size(), Many);
         QVERIFY(f->AreEqual());
     }
 

@@ -1,7 +1,7 @@
 #include "platform/richtext/RtfPlainText.h"
 #include "platform/system/Paths.h"
 #include "session/ItemWebPage.h"
-#include "store/PageChange.h"
+#include "store/PageChanges.h"
 #include "support/FolderContents.h"
 #include "support/TestSession.h"
 #include "web/WebPages.h"
@@ -435,13 +435,13 @@ private:
         const QString kept = s->Home.Path(u"kept"_s);
         QString folder;
         {
-            PageChange change(*s->State.CurrentDatabase, m_item);
+            PageChanges change(*s->State.CurrentDatabase);
             Transaction transaction(*s->State.CurrentDatabase);
-            WriteFile(change.Folder() + u"page.htm"_s, "page");
-            change.Bind(PageChange::Kind::Add);
+            WriteFile(change.Folder(m_item) + u"page.htm"_s, "page");
+            change.Bind(m_item, PageChanges::Kind::Add);
             s->State.CurrentDatabase->Execute(u"UPDATE Items SET HTMLPage = ? WHERE ID = ?"_s, {true, m_item});
             transaction.Commit();
-            folder = QDir::cleanPath(change.Folder() + u".."_s);
+            folder = QDir::cleanPath(change.Folder(m_item) + u"../.."_s);
             QVERIFY(QDir().rename(folder, kept));
         }
         QVERIFY(QDir().rename(kept, folder));

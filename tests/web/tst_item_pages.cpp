@@ -2,7 +2,7 @@
 #include "platform/system/Clock.h"
 #include "platform/system/Paths.h"
 #include "store/CCodeItem.h"
-#include "store/PageChange.h"
+#include "store/PageChanges.h"
 #include "support/FileSizeLimit.h"
 #include "support/FolderContents.h"
 #include "support/LibraryBuilder.h"
@@ -310,10 +310,10 @@ private Q_SLOTS:
         QVERIFY(ForgetMissingPage(*m_library, m_item));
         QCOMPARE(Row(), u"0 then then"_s);
         QVERIFY(!ForgetMissingPage(*m_library, m_item));
-        PageChange change(*m_library, m_item);
+        PageChanges change(*m_library);
         Transaction transaction(*m_library);
-        WriteFile(change.Folder() + u"page.htm"_s, "page");
-        change.Bind(PageChange::Kind::Add);
+        WriteFile(change.Folder(m_item) + u"page.htm"_s, "page");
+        change.Bind(m_item, PageChanges::Kind::Add);
         m_library->Execute(u"UPDATE Items SET HTMLPage = ? WHERE ID = ?"_s, {true, m_item});
         transaction.Commit(); // the page comes when the library is opened next, or now
         QVERIFY(!QFile::exists(Page()));

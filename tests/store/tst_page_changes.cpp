@@ -1,10 +1,13 @@
 #include "store/CCodeItem.h"
 #include "store/Checksums.h"
 #include "store/ItemBranch.h"
-#include "store/PageChange.h"
+#include "store/PageChanges.h"
 #include "store/PendingPages.h"
+#include "support/FewFiles.h"
 #include "support/FolderContents.h"
 #include "support/LibraryBuilder.h"
+#include "support/RecordedWork.h"
+#include "support/TestRun.h"
 
 #include <unistd.h>
 
@@ -13,7 +16,7 @@ using namespace qb::test;
 using namespace Qt::StringLiterals;
 
 /// Changes of pages that count with their rows, and what a process leaves that ends in the middle.
-class TestPageChange : public QObject {
+class TestPageChanges : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -38,26 +41,26 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("kind");
         QTest::addColumn<QStringList>("left");
-        QTest::newRow("add") << int(PageChange::Kind::Add)
+        QTest::newRow("add") << int(PageChanges::Kind::Add)
                              << QStringList{u"1.htm=new"_s, u"1/in/n.png=n"_s, u"1/old ä.png=picture"_s};
-        QTest::newRow("replace") << int(PageChange::Kind::Replace) << QStringList{u"1.htm=new"_s, u"1/in/n.png=n"_s};
-        QTest::newRow("delete") << int(PageChange::Kind::Delete) << QStringList{};
+        QTest::newRow("replace") << int(PageChanges::Kind::Replace) << QStringList{u"1.htm=new"_s, u"1/in/n.png=n"_s};
+        QTest::newRow("delete") << int(PageChanges::Kind::Delete) << QStringList{};
     }
     void change_countsWithItsTransaction()
     {
         QFETCH(int, kind);
         {
-            PageChange change(*m_library, m_item);
+            PageChanges change(*m_library);
             Make(change, kind);
             Transaction transaction(*m_library);
-            change.Bind(PageChange::Kind(kind));
+            change.Bind(m_item, PageChanges::Kind(kind));
         } // neither is committed
         QCOMPARE(ContentsOf(Pages()), m_before);
         {
-            PageChange change(*m_library, m_item);
+            PageChanges change(*m_library);
             Make(change, kind);
             Transaction transaction(*m_library);
-            change.Bind(PageChange::Kind(kind));
+            change.Bind(m_item, PageChanges::Kind(kind));
             transaction.Commit();
             QCOMPARE(ReadFile(Page()), "old"); // until it is put in place
             QVERIFY(IsPagePending(*m_library, m_item));
@@ -73,7 +76,7 @@ private Q_SLOTS:
     {
         QFETCH(int, kind);
         for (const bool committed : {false, true}) {
-            LeaveBehind(PageChange::Kind(kind), committed);
+            LeaveBehind(PageChanges::Kind(kind), committed);
             QCOMPARE(Interim().size(), 1);
             FinishPendingPages(*m_library);
             QVERIFY(Interim().isEmpty());
@@ -86,26 +89,85 @@ private Q_SLOTS:
     /// What is left of a change that was completed, where its removal ended in the middle.
     void changeThatWasCompleted_isNotBegunAnew()
     {
-        LeaveBehind(PageChange::Kind::Replace, true);
+        LeaveBehind(PageChanges::Kind::Replace, true);
         FinishPendingPages(*m_library);
         const QString mark = ReadChecksums(*m_library, u"PageChange"_s, m_item)->Sums.firstKey();
-        QVERIFY(QDir().mkpath(Pages() + u".changing-page-"_s + mark + u"/new"_s));
+        QVERIFY(QDir().mkpath(Pages() + u".changing-pages-"_s + mark + u"/1/new"_s));
         FinishPendingPages(*m_library);
         QCOMPARE(Files(), (QStringList{u"1.htm=new"_s, u"1/in/n.png=n"_s}));
         QVERIFY(Interim().isEmpty());
     }
 
+    void changesOfManyPages_needFewFiles()
+    {
+        constexpr int Many = 200;
+        std::vector<qint64> items;
+        for (int i = 0; i < Many; ++i)
+            items.push_back(AddItem(*m_library, 0, u"item"_s));
+        const FewFiles few(Many / 2);
+        PageChanges changes(*m_library);
+        for (const qint64 item : items)
+            WriteFile(changes.Folder(item) + u"page.htm"_s, QByteArray::number(item));
+        Transaction transaction(*m_library);
+        changes.BindAll(PageChanges::Kind::Replace);
+        transaction.Commit();
+        changes.PutInPlace();
+        for (const qint64 item : items)
+            QCOMPARE(ReadFile(Pages() + QString::number(item) + u".htm"_s), QByteArray::number(item));
+        QVERIFY(Interim().isEmpty());
+    }
+
+    /// One of several that can't get to its place waits, and keeps no other from it.
+    void changeThatHasToWait_waitsAlone()
+    {
+        const qint64 other = AddItem(*m_library, 0, u"other"_s);
+        const qint64 third = AddItem(*m_library, 0, u"third"_s);
+        const auto pageOf = [this](qint64 item) { return Pages() + QString::number(item) + u".htm"_s; };
+        {
+            PageChanges changes(*m_library);
+            for (const qint64 item : {m_item, other, third})
+                WriteFile(changes.Folder(item) + u"page.htm"_s, "new");
+            Transaction transaction(*m_library);
+            changes.BindAll(PageChanges::Kind::Replace);
+            transaction.Commit();
+            QVERIFY(QDir().mkpath(pageOf(other) + u"/in the way"_s));
+            const QString raised = Raised([&] { changes.PutInPlace(); });
+            QVERIFY2(raised.contains(u"page of item %1 is stored"_s.arg(other)), qPrintable(raised));
+        }
+        QCOMPARE(ReadFile(pageOf(m_item)), "new");
+        QCOMPARE(ReadFile(pageOf(third)), "new");
+        WriteFile(pageOf(third), "newer");
+        QVERIFY(IsPagePending(*m_library, other));
+        DeleteAll(pageOf(other));
+        FinishPendingPages(*m_library);
+        QCOMPARE(ReadFile(pageOf(other)), "new");
+        QCOMPARE(ReadFile(pageOf(third)), "newer"); // was not put there again
+        QVERIFY(Interim().isEmpty());
+    }
+
+    void flush_isHeardOf()
+    {
+        PageChanges changes(*m_library);
+        const qint64 other = AddItem(*m_library, 0, u"other"_s);
+        for (const qint64 item : {m_item, other})
+            WriteFile(changes.Folder(item) + u"page.htm"_s, "new");
+        RecordedWork work;
+        Transaction transaction(*m_library);
+        changes.BindAll(PageChanges::Kind::Replace, work);
+        QVERIFY(work.Pulses >= 1);
+    }
+
     void changeUnderWay_isLeftAlone()
     {
-        PageChange change(*m_library, m_item);
-        Make(change, int(PageChange::Kind::Add));
+        PageChanges change(*m_library);
+        Make(change, int(PageChanges::Kind::Add));
         FinishPendingPages(*m_library);
         QCOMPARE(Interim().size(), 1);
     }
 
     void nextChange_comesAfterTheOneThatWaits()
     {
-        LeaveBehind(PageChange::Kind::Add, true);
+        LeaveBehind(PageChanges::Kind::Add, true);
         Transaction transaction(*m_library);
         SettlePage(*m_library, m_item);
         QCOMPARE(ReadFile(Page()), "new");
@@ -114,10 +176,10 @@ private Q_SLOTS:
 
     void fileInTheWay_isKept()
     {
-        PageChange change(*m_library, m_item);
-        Make(change, int(PageChange::Kind::Add));
+        PageChanges change(*m_library);
+        Make(change, int(PageChanges::Kind::Add));
         Transaction transaction(*m_library);
-        change.Bind(PageChange::Kind::Add);
+        change.Bind(m_item, PageChanges::Kind::Add);
         WriteFile(Pages() + Id() + u"/in/n.png"_s, "another program's");
         transaction.Commit();
         change.PutInPlace();
@@ -131,11 +193,11 @@ private Q_SLOTS:
         WriteFile(elsewhere, "not the library's");
         QFile::remove(Page());
         QVERIFY(QFile::link(elsewhere, Page()));
-        for (const PageChange::Kind kind : {PageChange::Kind::Add, PageChange::Kind::Delete}) {
-            PageChange change(*m_library, m_item);
+        for (const PageChanges::Kind kind : {PageChanges::Kind::Add, PageChanges::Kind::Delete}) {
+            PageChanges change(*m_library);
             Make(change, int(kind));
             Transaction transaction(*m_library);
-            change.Bind(kind);
+            change.Bind(m_item, kind);
             transaction.Commit();
             change.PutInPlace();
             QCOMPARE(ReadFile(elsewhere), "not the library's");
@@ -149,16 +211,16 @@ private Q_SLOTS:
         QVERIFY(QDir().mkpath(elsewhere));
         DeleteAll(Pages() + Id());
         QVERIFY(QFile::link(elsewhere, Pages() + Id()));
-        PageChange change(*m_library, m_item);
-        Make(change, int(PageChange::Kind::Add));
+        PageChanges change(*m_library);
+        Make(change, int(PageChanges::Kind::Add));
         Transaction transaction(*m_library);
-        QB_VERIFY_RAISES(change.Bind(PageChange::Kind::Add), ErrorNumber::PathAccess);
+        QB_VERIFY_RAISES(change.Bind(m_item, PageChanges::Kind::Add), ErrorNumber::PathAccess);
         QVERIFY(QDir(elsewhere).isEmpty());
     }
 
     void itemThatIsDeleted_forgetsItsChanges()
     {
-        LeaveBehind(PageChange::Kind::Add, true);
+        LeaveBehind(PageChanges::Kind::Add, true);
         DeleteBranch(*m_library, m_item);
         FinishPendingPages(*m_library);
         QVERIFY(Interim().isEmpty());
@@ -170,18 +232,18 @@ private Q_SLOTS:
     {
         m_library->Execute(u"DROP TABLE own_Checksums"_s);
         m_library->Execute(u"CREATE VIEW own_Checksums AS SELECT 1 AS OfTable"_s);
-        QB_VERIFY_RAISES(PageChange(*m_library, m_item), ErrorNumber::NotADatabase);
+        QB_VERIFY_RAISES(PageChanges{*m_library}, ErrorNumber::NotADatabase);
         QCOMPARE(ContentsOf(Pages()), m_before);
     }
 
     void strangersJournal_movesNothingOutOfTheFolder()
     {
         const QString mark(32, u'a');
-        const QString folder = Pages() + u".changing-page-"_s + mark;
+        const QString folder = Pages() + u".changing-pages-"_s + mark;
         WriteFile(m_home->Path(u"outside/secret.txt"_s), "secret");
-        QVERIFY(QDir().mkpath(folder + u"/new"_s));
-        QVERIFY(QFile::link(m_home->Path(u"outside"_s), folder + u"/new/page"_s));
-        WriteFile(folder + u"/item"_s, "../../1 replace");
+        QVERIFY(QDir().mkpath(folder + u"/1/new"_s));
+        QVERIFY(QFile::link(m_home->Path(u"outside"_s), folder + u"/1/new/page"_s));
+        WriteFile(folder + u"/1/item"_s, "../../1 replace");
         WriteChecksums(*m_library, u"PageChange"_s, 0, 0, {{mark, 0}});
         FinishPendingPages(*m_library);
         QVERIFY(Interim().isEmpty());
@@ -205,31 +267,31 @@ private:
         return files;
     }
     static void DeleteAll(const QString& folder) { QDir(folder).removeRecursively(); }
-    static void Make(const PageChange& change, int kind)
+    void Make(PageChanges& change, int kind) const
     {
-        if (kind == int(PageChange::Kind::Delete))
+        if (kind == int(PageChanges::Kind::Delete))
             return;
-        WriteFile(change.Folder() + u"page.htm"_s, "new");
-        WriteFile(change.Folder() + u"page/in/n.png"_s, "n");
+        WriteFile(change.Folder(m_item) + u"page.htm"_s, "new");
+        WriteFile(change.Folder(m_item) + u"page/in/n.png"_s, "n");
     }
     /// What a process leaves that ends before it has put its page in place.
-    void LeaveBehind(PageChange::Kind kind, bool committed)
+    void LeaveBehind(PageChanges::Kind kind, bool committed)
     {
         QString folder;
         const QString kept = m_home->Path(u"kept"_s);
         QMap<QString, QByteArray> left;
         {
-            PageChange change(*m_library, m_item);
+            PageChanges change(*m_library);
             Make(change, int(kind));
             Transaction transaction(*m_library);
-            change.Bind(kind);
-            folder = change.Folder() + u"../"_s;
+            change.Bind(m_item, kind);
+            folder = change.Folder(m_item) + u"../../"_s;
             left = ContentsOf(folder);
             if (committed)
                 transaction.Commit();
         }
         folder = QDir::cleanPath(folder) + u'/';
-        QVERIFY(QDir().mkpath(folder + u"new"_s));
+        QVERIFY(QDir().mkpath(folder + Id() + u"/new"_s));
         for (auto entry = left.begin(); entry != left.end(); ++entry) {
             if (!entry.key().endsWith(u'/'))
                 WriteFile(folder + entry.key(), entry.value());
@@ -242,5 +304,5 @@ private:
     QMap<QString, QByteArray> m_before;
 };
 
-QB_TEST_MAIN(TestPageChange)
-#include "tst_page_change.moc"
+QB_TEST_MAIN(TestPageChanges)
+#include "tst_page_changes.moc"

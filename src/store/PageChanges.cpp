@@ -1,7 +1,8 @@
-#include "store/PageChange.h"
+#include "store/PageChanges.h"
 
 #include "platform/system/FileReplace.h"
 #include "platform/system/Paths.h"
+#include "platform/system/RunBeside.h"
 #include "platform/system/RuntimeError.h"
 #include "store/Checksums.h"
 #include "store/SideFolders.h"
@@ -11,6 +12,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QUuid>
+#include <algorithm>
 #include <chrono>
 
 namespace qb {
@@ -19,16 +21,16 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString Prefix = u".changing-page-"_s;
+const QString Prefix = u".changing-pages-"_s;
 const QString ItemName = u"item"_s;         ///< of the file that tells the item and the kind
 const QString NotedTable = u"PageChange"_s; ///< under which the library notes the last change of each item's page
 const QString PageSuffix = u".htm"_s;
 
-constexpr const char* KindNames[] = {"add", "replace", "delete"}; // in the order of PageChange::Kind
+constexpr const char* KindNames[] = {"add", "replace", "delete"}; // in the order of PageChanges::Kind
 
 [[noreturn]] void Fail(const QString& what)
 {
-    throw RuntimeError(ErrorNumber::PathAccess, what, u"PageChange"_s);
+    throw RuntimeError(ErrorNumber::PathAccess, what, u"PageChanges"_s);
 }
 
 bool IsThere(const QString& path)
@@ -38,7 +40,7 @@ bool IsThere(const QString& path)
 }
 
 /// The mark of the last change that was committed; empty when none is known.
-QString NotedMark(Library& library, qint64 item)
+QString NotedMark(Database& library, qint64 item)
 {
     const std::optional<NotedChecksums> noted = ReadChecksums(library, NotedTable, item);
     return noted && noted->IsWhole && !noted->Sums.isEmpty() ? noted->Sums.firstKey() : QString();
@@ -84,27 +86,27 @@ bool TakeOldFolder(const QString& place, const QString& old)
 }
 
 /// What a change makes of the files; may be begun anew after any of its steps. False when one can't be done.
-bool Place(const QString& root, const QString& folder, qint64 item, PageChange::Kind kind)
+bool Place(const QString& root, const QString& folder, qint64 item, PageChanges::Kind kind)
 {
     const QString made = folder + u"new/page"_s;
     const QString place = root + QString::number(item);
-    if (kind == PageChange::Kind::Delete && IsThere(place + PageSuffix)
+    if (kind == PageChanges::Kind::Delete && IsThere(place + PageSuffix)
         && !RenameFile(place + PageSuffix, folder + u"old"_s + PageSuffix))
         return false;
-    if (kind == PageChange::Kind::Add && !AddFiles(made, place))
+    if (kind == PageChanges::Kind::Add && !AddFiles(made, place))
         return false;
-    if (kind != PageChange::Kind::Add && !TakeOldFolder(place, folder + u"old"_s))
+    if (kind != PageChanges::Kind::Add && !TakeOldFolder(place, folder + u"old"_s))
         return false;
-    if (kind == PageChange::Kind::Replace && IsThere(made) && !RenameFile(made, place))
+    if (kind == PageChanges::Kind::Replace && IsThere(made) && !RenameFile(made, place))
         return false;
     // The page comes last: where it is, all of it is.
-    return kind == PageChange::Kind::Delete || !IsThere(made + PageSuffix)
+    return kind == PageChanges::Kind::Delete || !IsThere(made + PageSuffix)
            || RenameFile(made + PageSuffix, place + PageSuffix);
 }
 
 struct Bound {
     qint64 Item = 0; ///< 0: the change was not to count yet
-    PageChange::Kind Kind = PageChange::Kind::Add;
+    PageChanges::Kind Kind = PageChanges::Kind::Add;
 };
 
 Bound ReadBound(const QString& folder)
@@ -118,89 +120,139 @@ Bound ReadBound(const QString& folder)
     const auto* kind = std::find(std::begin(KindNames), std::end(KindNames), words.value(1));
     if (words.size() != 2 || kind == std::end(KindNames))
         return {};
-    return {words[0].toLongLong(), PageChange::Kind(kind - std::begin(KindNames))};
+    return {words[0].toLongLong(), PageChanges::Kind(kind - std::begin(KindNames))};
 }
 
-/// What is bound no more is not begun anew, whatever is left of it; so that goes first.
-bool RemoveDone(const QString& folder)
+/// What is bound no more is not begun anew, whatever is left of it.
+bool Unbind(const QString& folder)
 {
-    return QFile::remove(folder + ItemName) && DeleteFolder(folder);
+    return QFile::remove(folder + ItemName);
 }
 
-/// Of a change that nobody is at work on, whose folder is locked by the caller. False when it has to wait.
+/// The folders of the single changes.
+QStringList ChangesIn(const QString& folder)
+{
+    QStringList changes;
+    for (const QString& name : QDir(folder).entryList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::NoSymLinks))
+        changes << folder + name + u'/';
+    return changes;
+}
+
+bool Counts(Database& library, const Bound& bound, const QString& mark)
+{
+    return bound.Item > 0 && NotedMark(library, bound.Item) == mark;
+}
+
+/// Of changes that nobody is at work on, whose folder is locked by the caller. False when one has to wait.
 bool Finish(Library& library, const QString& folder, const QString& mark)
 {
-    const Bound bound = ReadBound(folder);
-    const bool counts = bound.Item > 0 && NotedMark(library, bound.Item) == mark;
-    if (!counts)
-        return DeleteFolder(folder);
-    return Place(library.HTMLFolder(), folder, bound.Item, bound.Kind) && RemoveDone(folder);
+    bool isDone = true;
+    for (const QString& change : ChangesIn(folder)) {
+        const Bound bound = ReadBound(change);
+        if (Counts(library, bound, mark))
+            isDone = Place(library.HTMLFolder(), change, bound.Item, bound.Kind) && Unbind(change) && isDone;
+    }
+    return isDone && DeleteFolder(folder);
 }
 
-QString FolderOf(const Library& library, const QString& mark)
+QString FolderOfMark(const Library& library, const QString& mark)
 {
     return library.HTMLFolder() + Prefix + mark + u'/';
 }
 
 } // namespace
 
-PageChange::PageChange(Library& library, qint64 item) : m_library(library), m_item(item), m_root(library.HTMLFolder())
+PageChanges::PageChanges(Library& library) : m_library(library), m_root(library.HTMLFolder())
 {
     if (!HasChecksumTable(library))
         throw RuntimeError(ErrorNumber::NotADatabase,
                            u"The library has a table of another program where changes of pages are noted; nothing was "
                            "changed."_s,
-                           u"PageChange"_s);
+                           u"PageChanges"_s);
     ClaimFolder(m_root, library.Identity());
     do {
         m_mark = QUuid::createUuid().toString(QUuid::Id128);
-        m_folder = FolderOf(library, m_mark);
+        m_folder = FolderOfMark(library, m_mark);
         if (!QDir().mkdir(m_folder))
             Fail(u"The folder of web pages '%1' can't be written; nothing was changed."_s.arg(
                 QDir::toNativeSeparators(m_root)));
         m_lock = FileLock(m_folder, FileLock::Target::Existing, FileLock::Forever);
     } while (!m_lock.IsHeld() && !QFileInfo::exists(m_folder)); // another process took it for a dead one
-    if (!QDir().mkpath(Folder())) {
-        DeleteFolder(m_folder);
-        Fail(u"The folder of web pages '%1' can't be written; nothing was changed."_s.arg(
-            QDir::toNativeSeparators(m_root)));
-    }
 }
 
-PageChange::~PageChange()
+PageChanges::~PageChanges()
 {
     if (!m_folder.isEmpty())
         DeleteFolder(m_folder);
 }
 
-void PageChange::Bind(Kind kind)
+QString PageChanges::FolderOf(qint64 item) const
 {
-    SettlePage(m_library, m_item);
-    m_kind = kind;
-    if (kind == Kind::Add && QFileInfo(m_root + QString::number(m_item)).isSymLink())
-        Fail(u"The folder '%1' of the page is a link, which may lead elsewhere; nothing was changed."_s.arg(
-            QDir::toNativeSeparators(m_root + QString::number(m_item))));
-    const QByteArray bound = QByteArray::number(m_item) + ' ' + KindNames[size_t(kind)];
-    if (const QString why = ReplaceContents(m_folder + ItemName, bound); !why.isEmpty())
-        Fail(u"The page can't be written: %1; nothing was changed."_s.arg(why));
-    SyncFileSystem(m_folder);
-    WriteChecksums(m_library, NotedTable, m_item, 0, {{m_mark, 0}});
+    return m_folder + QString::number(item) + u'/';
 }
 
-void PageChange::PutInPlace()
+QString PageChanges::Folder(qint64 item)
+{
+    const QString made = FolderOf(item) + u"new/"_s;
+    if (!QDir().mkpath(made))
+        Fail(u"The folder of web pages '%1' can't be written; nothing was changed."_s.arg(
+            QDir::toNativeSeparators(m_root)));
+    m_made.insert(item);
+    return made;
+}
+
+void PageChanges::Bind(qint64 item, Kind kind, Flush flush, Work& work)
+{
+    SettlePage(m_library, item);
+    if (kind == Kind::Add && QFileInfo(m_root + QString::number(item)).isSymLink())
+        Fail(u"The folder '%1' of the page is a link, which may lead elsewhere; nothing was changed."_s.arg(
+            QDir::toNativeSeparators(m_root + QString::number(item))));
+    Folder(item); // what is to go has none yet
+    const QByteArray bound = QByteArray::number(item) + ' ' + KindNames[size_t(kind)];
+    QFile file(FolderOf(item) + ItemName);
+    const bool isOpen = file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered);
+    if (const QString why = isOpen ? WriteAll(file, bound.constData(), bound.size()) : file.errorString();
+        !why.isEmpty())
+        Fail(u"The page can't be written: %1; nothing was changed."_s.arg(why));
+    file.close();
+    m_bound.push_back({item, kind});
+    if (flush == Flush::Now)
+        RunBeside([this] { SyncFileSystem(m_folder); }, [&work] { work.Pulse(); });
+    WriteChecksums(m_library, NotedTable, item, 0, {{m_mark, 0}});
+}
+
+void PageChanges::BindAll(Kind kind, Work& work)
+{
+    for (const qint64 item : m_made)
+        Bind(item, kind, item == *m_made.rbegin() ? Flush::Now : Flush::Later, work);
+}
+
+void PageChanges::PutInPlace()
 {
     const QString folder = std::exchange(m_folder, {}); // where this fails it stays for the next opening
-    if (!Place(m_root, folder, m_item, m_kind))
-        Fail(u"The page of item %1 is stored, but could not be put in its place yet: this is done when the library is "
-             "opened next."_s.arg(m_item));
-    RemoveDone(folder); // or at the next opening: nothing in it is needed
+    QStringList waiting;
+    for (const BoundChange& change : m_bound) {
+        const QString made = folder + QString::number(change.Item) + u'/';
+        if (!Place(m_root, made, change.Item, change.Of))
+            waiting << QString::number(change.Item);
+        else
+            Unbind(made); // or at the next opening: nothing in it is needed
+    }
+    if (waiting.isEmpty()) {
+        DeleteFolder(folder);
+        return;
+    }
+    const bool isOne = waiting.size() == 1;
+    Fail(u"The %1 %2 stored, but could not be put in %3 yet: this is done when the library is opened next."_s.arg(
+        (isOne ? u"page of item "_s : u"pages of the items "_s) + waiting.join(u", "_s), isOne ? u"is"_s : u"are"_s,
+        isOne ? u"its place"_s : u"their places"_s));
 }
 
 void SettlePage(Library& library, qint64 item)
 {
     constexpr std::chrono::seconds Patience(10);
     const QString mark = NotedMark(library, item);
-    const QString folder = FolderOf(library, mark);
+    const QString folder = FolderOfMark(library, mark);
     if (mark.isEmpty() || !QFileInfo::exists(folder))
         return;
     const FileLock lock(folder, FileLock::Target::Existing, Patience);
@@ -213,7 +265,18 @@ void SettlePage(Library& library, qint64 item)
 bool IsPagePending(Library& library, qint64 item)
 {
     const QString mark = NotedMark(library, item);
-    return !mark.isEmpty() && QFileInfo::exists(FolderOf(library, mark));
+    return !mark.isEmpty() && QFileInfo::exists(FolderOfMark(library, mark));
+}
+
+bool IsOfUnboundChanges(Database& library, const QString& entry)
+{
+    const QFileInfo folder(entry);
+    if (!folder.isDir() || !folder.fileName().startsWith(Prefix))
+        return false;
+    const QStringList changes = ChangesIn(entry + u'/');
+    return std::none_of(changes.begin(), changes.end(), [&](const QString& change) {
+        return Counts(library, ReadBound(change), folder.fileName().mid(Prefix.size()));
+    });
 }
 
 void FinishPageChanges(Library& library)
