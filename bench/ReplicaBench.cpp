@@ -134,10 +134,25 @@ void ChangeItems(Library& library, qint64 first, int changed)
         DeleteItem(library, first + changed + i);
 }
 
+/// A page for each of so many items.
+void WritePages(Library& library, qint64 first, int count)
+{
+    QDir().mkpath(library.HTMLFolder());
+    const QByteArray text = CppSource(10000).toLatin1();
+    for (qint64 item = first; item < first + count; ++item) {
+        QFile page(library.HTMLFolder() + QString::number(item) + u".htm"_s);
+        if (page.open(QIODevice::WriteOnly))
+            page.write("<p><a href=\"local://Item" + QByteArray::number(item + 1) + "\">next</a>" + text);
+    }
+    library.Execute(u"UPDATE Items SET HTMLPage = -1, HTMLLastUpdated = ?1, LastChanged = ?1 WHERE ID >= ?2 AND ID < "
+                    "?3"_s,
+                    {library.NextStamp(), first, first + count});
+}
+
 enum class Step { Mother, Child };
 
 /// A round of a library of so many items; only the one step is timed.
-void Merge(benchmark::State& state, Step step)
+void Merge(benchmark::State& state, Step step, bool withPages)
 {
     const int items = int(state.range(0)), changed = int(state.range(1));
     const QString folder = DataFolder(u"merge-%1"_s.arg(items));
@@ -153,6 +168,10 @@ void Merge(benchmark::State& state, Step step)
         const auto ofMother = Library::Open(mother), ofChild = Library::Open(child);
         ChangeItems(*ofMother, 1, changed);
         ChangeItems(*ofChild, items / 2, changed);
+        if (withPages) {
+            WritePages(*ofMother, 1, changed);
+            WritePages(*ofChild, items / 2, changed);
+        }
         if (!WriteChanges(*ofChild, file, ExportAgain::No))
             return state.SkipWithError("nothing was exported");
         for (const Step one : {Step::Mother, Step::Child}) {
@@ -180,7 +199,7 @@ BENCHMARK(Export)
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime()
     ->Iterations(3);
-BENCHMARK_CAPTURE(Merge, mother, Step::Mother)
+BENCHMARK_CAPTURE(Merge, mother, Step::Mother, false)
     ->Name("replica_merge_mother")
     ->Args({10000, 1000})
     ->Args({100000, 1000})
@@ -188,11 +207,23 @@ BENCHMARK_CAPTURE(Merge, mother, Step::Mother)
     ->Unit(benchmark::kMillisecond)
     ->UseManualTime()
     ->Iterations(1);
-BENCHMARK_CAPTURE(Merge, child, Step::Child)
+BENCHMARK_CAPTURE(Merge, child, Step::Child, false)
     ->Name("replica_merge_child")
     ->Args({10000, 1000})
     ->Args({100000, 1000})
     ->Args({100000, 10000})
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(1);
+BENCHMARK_CAPTURE(Merge, mother_pages, Step::Mother, true)
+    ->Name("replica_merge_mother_pages")
+    ->Args({10000, 1000})
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(1);
+BENCHMARK_CAPTURE(Merge, child_pages, Step::Child, true)
+    ->Name("replica_merge_child_pages")
+    ->Args({10000, 1000})
     ->Unit(benchmark::kMillisecond)
     ->UseManualTime()
     ->Iterations(1);

@@ -118,7 +118,7 @@ void ConflictDecision::DecidePage()
 void ConflictDecision::ReplacePage()
 {
     m_page = std::make_unique<PageChanges>(m_library);
-    if (WriteConflictPage(m_library, m_id, m_page->Folder(m_id), u"page"_s, QString::number(m_id))) {
+    if (WriteConflictPage(m_library, m_id, m_page->Folder(), QString::number(m_id))) {
         m_page->Bind(m_id, PageChanges::Kind::Replace);
         m_item.SetHTMLLastUpdated(m_library.NextStamp());
         return;

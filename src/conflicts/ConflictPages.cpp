@@ -94,8 +94,7 @@ bool HasConflictPage(Library& library, qint64 item)
            && !library.QueryValue(u"SELECT 1 FROM TempHTMLFiles WHERE ItemIDRef = ? LIMIT 1"_s, {item}).IsNull();
 }
 
-bool WriteConflictPage(Library& library, qint64 item, const QString& folder, const QString& name,
-                       const QString& references)
+bool WriteConflictPage(Library& library, qint64 item, const QString& folder, const QString& name)
 {
     if (!HasConflictPage(library, item))
         return false;
@@ -109,8 +108,8 @@ bool WriteConflictPage(Library& library, qint64 item, const QString& folder, con
     }
     const QString page = folder + name + Suffix;
     Write(library, rows[main], page);
-    if (const QString base = BaseOf(rows[main].Name); base != references)
-        RenameReferences(page, base, references);
+    if (const QString base = BaseOf(rows[main].Name); base != name)
+        RenameReferences(page, base, name);
     return true;
 }
 

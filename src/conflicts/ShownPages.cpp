@@ -114,7 +114,7 @@ QString ShownPages::WriteOther(qint64 item)
     if (!HasConflictPage(m_library, item))
         return {};
     Claim(m_other);
-    return WriteConflictPage(m_library, item, m_folder, m_other, m_other) ? Complete(m_other) : QString();
+    return WriteConflictPage(m_library, item, m_folder, m_other) ? Complete(m_other) : QString();
 }
 
 } // namespace qb

@@ -241,8 +241,7 @@ private:
         if (item == 0)
             return m_reader.ReadContents(nullptr, record.Size, m_work);
         const QString place = *PlaceOfPage(record.Name, oldKey, isFirst); // looked at before
-        const QString folder = m_pages->Folder(item);
-        QFile contents(folder + (place.isEmpty() ? u"page.htm"_s : u"page/"_s + place));
+        QFile contents(place.isEmpty() ? m_pages->PageFile(item) : m_pages->PageFolder(item) + place);
         QDir().mkpath(QFileInfo(contents).absolutePath());
         ReadInto(contents, record.Size);
         if (place.isEmpty())
@@ -271,7 +270,7 @@ private:
         if (!m_pages)
             return;
         for (const qint64 item : m_pages->Items()) {
-            if (const QString file = m_pages->Folder(item) + u"page.htm"_s; QFile::exists(file))
+            if (const QString file = m_pages->PageFile(item); QFile::exists(file))
                 RenumberItems(file, newNumber);
         }
         m_pages->BindAll(PageChanges::Kind::Replace, m_work);

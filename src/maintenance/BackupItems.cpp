@@ -216,16 +216,17 @@ private:
         if (!m_item.HasPage)
             return;
         m_page.emplace(m_library);
+        const QString unpacked = m_page->Folder() + u"unpacked/"_s;
+        QDir().mkpath(unpacked);
         CDBManipulate contents(m_work);
         contents.Use(m_backup);
-        const QString folder = m_page->Folder(m_new);
-        contents.ExportAllHTMLFiles(folder, {.Table = {}, .Where = u"ItemIDRef = ?"_s, .WhereValues = {m_old}});
-        const QString old = folder + QString::number(m_old);
-        const QString page = folder + u"page.htm"_s;
+        contents.ExportAllHTMLFiles(unpacked, {.Table = {}, .Where = u"ItemIDRef = ?"_s, .WhereValues = {m_old}});
+        const QString old = unpacked + QString::number(m_old);
+        const QString page = m_page->PageFile(m_new);
         if (!QFileInfo::exists(old + u".htm"_s))
             return m_page.reset(); // the page itself was not in the backup
         if (!QDir().rename(old + u".htm"_s, page)
-            || (QFileInfo(old).isDir() && !QDir().rename(old, folder + u"page"_s)))
+            || (QFileInfo(old).isDir() && !QDir().rename(old, m_page->PageFolder(m_new).chopped(1))))
             Fail(u"its page can't be written"_s);
         RenameReferences(page, QString::number(m_old), QString::number(m_new));
         RenumberItems(page, [this](const QString& number) {

@@ -285,7 +285,7 @@ private:
         if (!m_pages)
             m_pages.emplace(m_library);
         const QString below = *PlaceOfPage(record.Name, key, isFirst); // looked at when it was unpacked
-        QFile contents(m_pages->Folder(m_new[place]) + (below.isEmpty() ? u"page.htm"_s : u"page/"_s + below));
+        QFile contents(below.isEmpty() ? m_pages->PageFile(m_new[place]) : m_pages->PageFolder(m_new[place]) + below);
         QDir().mkpath(QFileInfo(contents).absolutePath());
         ReadInto(contents, record.Size);
         // The number of a page is what it had in the file that it came from.
@@ -310,7 +310,7 @@ private:
         if (!m_pages)
             return;
         for (const qint64 item : m_pages->Items()) {
-            if (const QString file = m_pages->Folder(item) + u"page.htm"_s; QFile::exists(file))
+            if (const QString file = m_pages->PageFile(item); QFile::exists(file))
                 RenumberItems(file, newNumber);
         }
         m_pages->BindAll(PageChanges::Kind::Replace, m_work);

@@ -8,6 +8,8 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
 
 namespace qb {
 
@@ -75,32 +77,42 @@ void MergeContents::MakeFiles()
 
 void MergeContents::MakePages()
 {
-    if (!m_pages.empty())
-        m_changes.emplace(m_library);
+    if (m_pages.empty())
+        return;
+    m_changes.emplace(m_library);
+    const QString unpacked = m_changes->Folder() + u"unpacked/"_s;
+    UnpackPages(unpacked);
     for (const MergedPage& page : m_pages) {
         if (page.Packed != 0)
-            MakePage(page.Packed, page.Item, m_changes->Folder(page.Item));
+            MakePage(unpacked + QString::number(page.Packed), page);
         m_changes->Bind(page.Item, page.Packed == 0 ? PageChanges::Kind::Delete : PageChanges::Kind::Replace,
                         &page == &m_pages.back() ? PageChanges::Flush::Now : PageChanges::Flush::Later, m_work);
     }
 }
 
-/// What a page loads from its folder goes by the number of its item, which is another one here.
-void MergeContents::MakePage(qint64 packed, qint64 item, const QString& folder)
+void MergeContents::UnpackPages(const QString& folder)
 {
-    const QString unpacked = folder + u"unpacked/"_s;
-    QDir().mkpath(unpacked);
+    QJsonArray packed;
+    for (const MergedPage& page : m_pages)
+        packed.append(page.Packed);
+    QDir().mkpath(folder);
     CDBManipulate contents(m_work);
     contents.Use(m_library);
-    contents.ExportAllHTMLFiles(unpacked, {.Table = PackedPages, .Where = u"ItemIDRef = ?"_s, .WhereValues = {packed}});
-    const QString old = QString::number(packed);
-    if (QFileInfo::exists(unpacked + old + u".htm"_s)) {
-        MoveOrRaise(unpacked + old + u".htm"_s, folder + u"page.htm"_s);
-        RenameReferences(folder + u"page.htm"_s, old, QString::number(item));
+    contents.ExportAllHTMLFiles(folder, {.Table = PackedPages,
+                                         .Where = u"ItemIDRef > 0 AND ItemIDRef IN (SELECT value FROM json_each(?))"_s,
+                                         .WhereValues = {QString::fromLatin1(QJsonDocument(packed).toJson())}});
+}
+
+/// What a page loads from its folder goes by the number of its item, which is another one here.
+void MergeContents::MakePage(const QString& unpacked, const MergedPage& page)
+{
+    if (QFileInfo::exists(unpacked + u".htm"_s)) {
+        const QString made = m_changes->PageFile(page.Item);
+        MoveOrRaise(unpacked + u".htm"_s, made);
+        RenameReferences(made, QString::number(page.Packed), QString::number(page.Item));
     }
-    if (QFileInfo(unpacked + old).isDir())
-        MoveOrRaise(unpacked + old, folder + u"page"_s);
-    QDir(unpacked).removeRecursively();
+    if (QFileInfo(unpacked).isDir())
+        MoveOrRaise(unpacked, m_changes->PageFolder(page.Item).chopped(1));
 }
 
 QStringList MergeContents::Place()

@@ -55,7 +55,8 @@ private:
     };
     void MakeFiles();
     void MakePages();
-    void MakePage(qint64 packed, qint64 item, const QString& folder);
+    void UnpackPages(const QString& folder);
+    void MakePage(const QString& unpacked, const MergedPage& page);
 
     Library& m_library;
     MergeUndo& m_undo;

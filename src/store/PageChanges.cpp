@@ -6,11 +6,13 @@
 #include "platform/system/RuntimeError.h"
 #include "store/Checksums.h"
 #include "store/SideFolders.h"
+#include "store/StoredFiles.h"
 
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QSet>
 #include <QUuid>
 #include <algorithm>
 #include <chrono>
@@ -22,9 +24,12 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString Prefix = u".changing-pages-"_s;
-const QString ItemName = u"item"_s;         ///< of the file that tells the item and the kind
+const QString ChangesName = u"changes"_s;   ///< of the file with a line for each change, its item and its kind
+const QString DoneName = u"done"_s;         ///< of that with the items whose change is in its place
 const QString NotedTable = u"PageChange"_s; ///< under which the library notes the last change of each item's page
 const QString PageSuffix = u".htm"_s;
+const QString NewName = u"new/"_s; ///< the folder of what is made, under its own names
+const QString OldName = u"old/"_s; ///< that of what has left its place
 
 constexpr const char* KindNames[] = {"add", "replace", "delete"}; // in the order of PageChanges::Kind
 
@@ -77,82 +82,124 @@ bool AddFiles(const QString& made, const QString& place)
     return true;
 }
 
-/// The old folder leaves its place once, also when this is the second try.
-bool TakeOldFolder(const QString& place, const QString& old)
+/// The old folder leaves its place once, also when this is the second try: a new one may stand there then.
+bool TakeOldFolder(const QString& place, const QString& made, const QString& old)
 {
     if (IsThere(old))
         return true;
-    return IsThere(place) ? RenameFile(place, old) : QDir().mkdir(old);
+    if (IsThere(place))
+        return RenameFile(place, old);
+    return !IsThere(made) || QDir().mkdir(old);
 }
 
 /// What a change makes of the files; may be begun anew after any of its steps. False when one can't be done.
-bool Place(const QString& root, const QString& folder, qint64 item, PageChanges::Kind kind)
+bool Place(const QString& root, const QString& folder, const PageChanges::Change& change)
 {
-    const QString made = folder + u"new/page"_s;
-    const QString place = root + QString::number(item);
-    if (kind == PageChanges::Kind::Delete && IsThere(place + PageSuffix)
-        && !RenameFile(place + PageSuffix, folder + u"old"_s + PageSuffix))
+    const QString number = QString::number(change.Item);
+    const QString made = folder + NewName + number, old = folder + OldName + number, place = root + number;
+    if (change.How == PageChanges::Kind::Delete && IsThere(place + PageSuffix)
+        && !RenameFile(place + PageSuffix, old + PageSuffix))
         return false;
-    if (kind == PageChanges::Kind::Add && !AddFiles(made, place))
+    if (change.How == PageChanges::Kind::Add && !AddFiles(made, place))
         return false;
-    if (kind != PageChanges::Kind::Add && !TakeOldFolder(place, folder + u"old"_s))
+    if (change.How != PageChanges::Kind::Add && !TakeOldFolder(place, made, old))
         return false;
-    if (kind == PageChanges::Kind::Replace && IsThere(made) && !RenameFile(made, place))
+    if (change.How == PageChanges::Kind::Replace && IsThere(made) && !RenameFile(made, place))
         return false;
     // The page comes last: where it is, all of it is.
-    return kind == PageChanges::Kind::Delete || !IsThere(made + PageSuffix)
+    return change.How == PageChanges::Kind::Delete || !IsThere(made + PageSuffix)
            || RenameFile(made + PageSuffix, place + PageSuffix);
 }
 
-struct Bound {
-    qint64 Item = 0; ///< 0: the change was not to count yet
-    PageChanges::Kind Kind = PageChanges::Kind::Add;
-};
-
-Bound ReadBound(const QString& folder)
+/// The item 0 where it is none.
+PageChanges::Change ReadChange(const QByteArray& line)
 {
-    constexpr qint64 Longest = 60;
-    QFile file(folder + ItemName);
-    QByteArray text;
-    if (!file.open(QIODevice::ReadOnly) || !ReadAll(file, text, Longest).isEmpty())
-        return {};
-    const QList<QByteArray> words = text.trimmed().split(' ');
+    const QList<QByteArray> words = line.trimmed().split(' ');
     const auto* kind = std::find(std::begin(KindNames), std::end(KindNames), words.value(1));
     if (words.size() != 2 || kind == std::end(KindNames))
         return {};
     return {words[0].toLongLong(), PageChanges::Kind(kind - std::begin(KindNames))};
 }
 
-/// What is bound no more is not begun anew, whatever is left of it.
-bool Unbind(const QString& folder)
+/// Folders and files, no links or what else a stranger may have put there.
+bool IsOfThisProgram(const QString& folder)
 {
-    return QFile::remove(folder + ItemName);
+    for (const QString& name : {NewName.chopped(1), OldName.chopped(1)}) {
+        const QFileInfo info(folder + name);
+        if (info.isSymLink() || (info.exists() && !info.isDir()))
+            return false;
+    }
+    for (const QString& name : {ChangesName, DoneName}) {
+        if (IsThere(folder + name) && !IsPlainFile(folder + name))
+            return false;
+    }
+    return true;
 }
 
-/// The folders of the single changes.
-QStringList ChangesIn(const QString& folder)
+QList<QByteArray> LinesOf(const QString& path)
 {
-    QStringList changes;
-    for (const QString& name : QDir(folder).entryList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::NoSymLinks))
-        changes << folder + name + u'/';
-    return changes;
+    constexpr qint64 Longest = 1 << 28;
+    QFile file(path);
+    QByteArray text;
+    if (!file.open(QIODevice::ReadOnly) || !ReadAll(file, text, Longest).isEmpty())
+        return {};
+    return text.split('\n');
 }
 
-bool Counts(Database& library, const Bound& bound, const QString& mark)
+/// Why a line can't be put behind the others, in the system's words; empty when it is there.
+QString AddLine(const QString& path, const QByteArray& line)
 {
-    return bound.Item > 0 && NotedMark(library, bound.Item) == mark;
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered))
+        return file.errorString();
+    return WriteAll(file, line.constData(), line.size());
+}
+
+/// The changes of a folder that count, and are not in their places.
+std::vector<PageChanges::Change> PendingIn(Database& library, const QString& folder, const QString& mark)
+{
+    std::vector<PageChanges::Change> pending;
+    if (!IsOfThisProgram(folder))
+        return pending;
+    const QList<QByteArray> done = LinesOf(folder + DoneName);
+    const QSet<QByteArray> isDone(done.begin(), done.end());
+    for (const QByteArray& line : LinesOf(folder + ChangesName)) {
+        const PageChanges::Change change = ReadChange(line);
+        if (change.Item > 0 && !isDone.contains(QByteArray::number(change.Item))
+            && NotedMark(library, change.Item) == mark)
+            pending.push_back(change);
+    }
+    return pending;
+}
+
+/// Without the list nothing is begun anew, whatever is left; so that goes first.
+bool RemoveDone(const QString& folder)
+{
+    const QString list = folder + ChangesName;
+    return (!IsThere(list) || QFile::remove(list)) && DeleteFolder(folder);
+}
+
+/// Puts changes in their places; those for which that can't be done are returned.
+QStringList PutAllInPlace(const QString& root, const QString& folder, const std::vector<PageChanges::Change>& changes)
+{
+    if (!changes.empty())
+        QDir().mkpath(folder + OldName);
+    QStringList waiting;
+    for (const PageChanges::Change& change : changes) {
+        if (!Place(root, folder, change))
+            waiting << QString::number(change.Item);
+        else
+            AddLine(folder + DoneName, QByteArray::number(change.Item) + '\n'); // or it is tried once more
+    }
+    if (waiting.isEmpty())
+        RemoveDone(folder); // or at the next opening: nothing in it is needed
+    return waiting;
 }
 
 /// Of changes that nobody is at work on, whose folder is locked by the caller. False when one has to wait.
 bool Finish(Library& library, const QString& folder, const QString& mark)
 {
-    bool isDone = true;
-    for (const QString& change : ChangesIn(folder)) {
-        const Bound bound = ReadBound(change);
-        if (Counts(library, bound, mark))
-            isDone = Place(library.HTMLFolder(), change, bound.Item, bound.Kind) && Unbind(change) && isDone;
-    }
-    return isDone && DeleteFolder(folder);
+    return PutAllInPlace(library.HTMLFolder(), folder, PendingIn(library, folder, mark)).isEmpty();
 }
 
 QString FolderOfMark(const Library& library, const QString& mark)
@@ -178,6 +225,11 @@ PageChanges::PageChanges(Library& library) : m_library(library), m_root(library.
                 QDir::toNativeSeparators(m_root)));
         m_lock = FileLock(m_folder, FileLock::Target::Existing, FileLock::Forever);
     } while (!m_lock.IsHeld() && !QFileInfo::exists(m_folder)); // another process took it for a dead one
+    if (!QDir().mkdir(m_folder + NewName)) {
+        DeleteFolder(m_folder);
+        Fail(u"The folder of web pages '%1' can't be written; nothing was changed."_s.arg(
+            QDir::toNativeSeparators(m_root)));
+    }
 }
 
 PageChanges::~PageChanges()
@@ -186,19 +238,20 @@ PageChanges::~PageChanges()
         DeleteFolder(m_folder);
 }
 
-QString PageChanges::FolderOf(qint64 item) const
+QString PageChanges::Folder() const
 {
-    return m_folder + QString::number(item) + u'/';
+    return m_folder + NewName;
 }
 
-QString PageChanges::Folder(qint64 item)
+QString PageChanges::PageFile(qint64 item)
 {
-    const QString made = FolderOf(item) + u"new/"_s;
-    if (!QDir().mkpath(made))
-        Fail(u"The folder of web pages '%1' can't be written; nothing was changed."_s.arg(
-            QDir::toNativeSeparators(m_root)));
     m_made.insert(item);
-    return made;
+    return Folder() + QString::number(item) + PageSuffix;
+}
+
+QString PageChanges::PageFolder(qint64 item) const
+{
+    return Folder() + QString::number(item) + u'/';
 }
 
 void PageChanges::Bind(qint64 item, Kind kind, Flush flush, Work& work)
@@ -207,14 +260,9 @@ void PageChanges::Bind(qint64 item, Kind kind, Flush flush, Work& work)
     if (kind == Kind::Add && QFileInfo(m_root + QString::number(item)).isSymLink())
         Fail(u"The folder '%1' of the page is a link, which may lead elsewhere; nothing was changed."_s.arg(
             QDir::toNativeSeparators(m_root + QString::number(item))));
-    Folder(item); // what is to go has none yet
-    const QByteArray bound = QByteArray::number(item) + ' ' + KindNames[size_t(kind)];
-    QFile file(FolderOf(item) + ItemName);
-    const bool isOpen = file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered);
-    if (const QString why = isOpen ? WriteAll(file, bound.constData(), bound.size()) : file.errorString();
-        !why.isEmpty())
+    const QByteArray line = QByteArray::number(item) + ' ' + KindNames[size_t(kind)] + '\n';
+    if (const QString why = AddLine(m_folder + ChangesName, line); !why.isEmpty())
         Fail(u"The page can't be written: %1; nothing was changed."_s.arg(why));
-    file.close();
     m_bound.push_back({item, kind});
     if (flush == Flush::Now)
         RunBeside([this] { SyncFileSystem(m_folder); }, [&work] { work.Pulse(); });
@@ -230,18 +278,9 @@ void PageChanges::BindAll(Kind kind, Work& work)
 void PageChanges::PutInPlace()
 {
     const QString folder = std::exchange(m_folder, {}); // where this fails it stays for the next opening
-    QStringList waiting;
-    for (const BoundChange& change : m_bound) {
-        const QString made = folder + QString::number(change.Item) + u'/';
-        if (!Place(m_root, made, change.Item, change.Of))
-            waiting << QString::number(change.Item);
-        else
-            Unbind(made); // or at the next opening: nothing in it is needed
-    }
-    if (waiting.isEmpty()) {
-        DeleteFolder(folder);
+    const QStringList waiting = PutAllInPlace(m_root, folder, m_bound);
+    if (waiting.isEmpty())
         return;
-    }
     const bool isOne = waiting.size() == 1;
     Fail(u"The %1 %2 stored, but could not be put in %3 yet: this is done when the library is opened next."_s.arg(
         (isOne ? u"page of item "_s : u"pages of the items "_s) + waiting.join(u", "_s), isOne ? u"is"_s : u"are"_s,
@@ -273,10 +312,7 @@ bool IsOfUnboundChanges(Database& library, const QString& entry)
     const QFileInfo folder(entry);
     if (!folder.isDir() || !folder.fileName().startsWith(Prefix))
         return false;
-    const QStringList changes = ChangesIn(entry + u'/');
-    return std::none_of(changes.begin(), changes.end(), [&](const QString& change) {
-        return Counts(library, ReadBound(change), folder.fileName().mid(Prefix.size()));
-    });
+    return PendingIn(library, entry + u'/', folder.fileName().mid(Prefix.size())).empty();
 }
 
 void FinishPageChanges(Library& library)

@@ -21,6 +21,11 @@ public:
         Delete   ///< both go
     };
 
+    struct Change {
+        qint64 Item = 0;
+        Kind How = Kind::Add;
+    };
+
     /// Raises RuntimeError 75 when nothing can be written there, 3343 in a library that can't note such changes.
     explicit PageChanges(Library& library);
     /// Without PutInPlace nothing was changed.
@@ -28,10 +33,13 @@ public:
     PageChanges(const PageChanges&) = delete;
     PageChanges& operator=(const PageChanges&) = delete;
 
-    /// Makes where the new page of an item is to be made, as `page.htm`, and the files of its folder, in `page`; ends
-    /// in a separator. Raises RuntimeError 75 when nothing can be written there.
-    QString Folder(qint64 item);
-    /// The items for which there is such a folder.
+    /// Where the new page of an item is to be made.
+    QString PageFile(qint64 item);
+    /// Where the files of its folder are; not made. Ends in a separator.
+    QString PageFolder(qint64 item) const;
+    /// The folder in which all these lie; ends in a separator.
+    QString Folder() const;
+    /// The items for which a page is expected.
     const std::set<qint64>& Items() const { return m_made; }
     enum class Flush { Now, Later };
     /// Inside the transaction that writes the row: what was made of the item counts with that transaction, once it is
@@ -45,19 +53,13 @@ public:
     void PutInPlace();
 
 private:
-    struct BoundChange {
-        qint64 Item;
-        Kind Of;
-    };
-    QString FolderOf(qint64 item) const;
-
     Library& m_library;
     QString m_root; ///< the folder of pages; ends in a separator, as m_folder
     QString m_mark; ///< which the library knows of each item once its change counts
     QString m_folder;
     FileLock m_lock; ///< on m_folder
     std::set<qint64> m_made;
-    std::vector<BoundChange> m_bound;
+    std::vector<Change> m_bound;
 };
 
 /// What another process has committed of an item's page and not put in place yet is put there, or waited for. To be

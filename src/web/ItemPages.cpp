@@ -29,8 +29,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString PageSuffix = u".htm"_s;
-const QString NewPage = u"page.htm"_s; ///< in the folder of a change, as the next one
-const QString NewFolder = u"page/"_s;
 
 [[noreturn]] void Fail(long number, const QString& what)
 {
@@ -82,8 +80,11 @@ void WriteRow(Library& library, qint64 id, bool hasPage)
         Fail(ErrorNumber::Engine, u"The item %1 could not be stored, so its page was not changed."_s.arg(id));
 }
 
-/// One change: files are made aside by @p make, in a folder that ends in a separator, and count with the row.
-void Change(Library& library, qint64 item, PageChanges::Kind kind, const std::function<void(const QString& made)>& make,
+/// Makes a page and the files of its folder, which ends in a separator, aside.
+using MakePage = std::function<void(const QString& page, const QString& folder)>;
+
+/// One change: what @p make makes counts with the row.
+void Change(Library& library, qint64 item, PageChanges::Kind kind, const MakePage& make,
             const BeforeCommit& beforeCommit, Keeping& keeping)
 {
     RequireChange(library, item, {ItemChange::EditUnasked}); // before anything is made on the disk
@@ -92,7 +93,7 @@ void Change(Library& library, qint64 item, PageChanges::Kind kind, const std::fu
     RequireChange(library, item, {ItemChange::EditUnasked});
     SettlePage(library, item);
     keeping.Add([item](RemovedEvent& event) { event.AddPages(RemovedRows::OfLibrary(u"r.ID = ?"_s, {item}), {}); });
-    make(change.Folder(item));
+    make(change.PageFile(item), change.PageFolder(item));
     change.Bind(item, kind);
     WriteRow(library, item, kind != PageChanges::Kind::Delete);
     keeping.Note();
@@ -104,7 +105,7 @@ void Change(Library& library, qint64 item, PageChanges::Kind kind, const std::fu
 }
 
 /// A change whose former state nobody wants back.
-void Change(Library& library, qint64 item, PageChanges::Kind kind, const std::function<void(const QString& made)>& make,
+void Change(Library& library, qint64 item, PageChanges::Kind kind, const MakePage& make,
             const BeforeCommit& beforeCommit = {})
 {
     Keeping nothing(nullptr);
@@ -229,7 +230,7 @@ bool EnsureHTMLFileExists(Library& library, qint64 item)
 void WritePage(Library& library, qint64 item, const QByteArray& page, const BeforeCommit& beforeCommit)
 {
     Change(
-        library, item, PageChanges::Kind::Add, [&](const QString& made) { WriteNew(made + NewPage, page); },
+        library, item, PageChanges::Kind::Add, [&](const QString& made, const QString&) { WriteNew(made, page); },
         beforeCommit);
 }
 
@@ -237,10 +238,10 @@ void EditPage(Library& library, qint64 item, const PageEdit& edit, const BeforeC
 {
     Change(
         library, item, PageChanges::Kind::Add,
-        [&](const QString& made) {
+        [&](const QString& made, const QString& madeFolder) {
             const bool isThere = IsThere(PageFileOf(library, item));
             const QByteArray page = isThere ? ReadPage(library, item) : Template(library);
-            WriteNew(made + NewPage, edit(page, made + NewFolder));
+            WriteNew(made, edit(page, madeFolder));
         },
         beforeCommit);
 }
@@ -251,12 +252,12 @@ void SetPage(Library& library, qint64 item, const QString& file, const QString& 
     const QByteArray page = ReadPlain(file);
     RequireText(file, page);
     const auto kind = folder.isEmpty() ? PageChanges::Kind::Add : PageChanges::Kind::Replace;
-    const auto make = [&](const QString& made) {
-        WriteNew(made + NewPage, page);
+    const auto make = [&](const QString& made, const QString& madeFolder) {
+        WriteNew(made, page);
         if (folder.isEmpty())
             return;
-        CopyFolder(folder, made + NewFolder);
-        RenameReferences(made + NewPage, QDir(folder).dirName(), QString::number(item));
+        CopyFolder(folder, madeFolder);
+        RenameReferences(made, QDir(folder).dirName(), QString::number(item));
     };
     Kept(library, RemovalKind::Overwritten, u"A web page got other contents"_s,
          [&](Keeping& keeping) { Change(library, item, kind, make, beforeCommit, keeping); });
@@ -306,7 +307,7 @@ void DeletePage(Library& library, qint64 item, const BeforeCommit& beforeCommit)
 {
     Kept(library, RemovalKind::DeletedByUser, u"A web page deleted"_s, [&](Keeping& keeping) {
         Change(
-            library, item, PageChanges::Kind::Delete, [](const QString&) {}, beforeCommit, keeping);
+            library, item, PageChanges::Kind::Delete, [](const QString&, const QString&) {}, beforeCommit, keeping);
     });
 }
 

@@ -501,13 +501,12 @@ private Q_SLOTS:
     void pageThatIsOnItsWay_isBackedUpOnceItCounts()
     {
         const QString mark(32, u'a');
-        const QString folder = HTMLFolderOf(m_library) + u".changing-pages-%1/1/"_s.arg(mark);
-        WriteFile(folder + u"new/page.htm"_s, "new");
+        const QString folder = HTMLFolderOf(m_library) + u".changing-pages-%1/"_s.arg(mark);
+        WriteFile(folder + u"new/1.htm"_s, "new");
         QCOMPARE(BackUpLibrary(m_library, Backup(), {}, m_work).Summary.Pages.Count, 11);
-        WriteFile(folder + u"item"_s, "1 replace");
+        WriteFile(folder + u"changes"_s, "1 replace\n");
         QCOMPARE(BackUpLibrary(m_library, Backup(), {}, m_work).Summary.Pages.Count, 11);
         WriteChecksums(*Library::Open(m_library), u"PageChange"_s, 1, 0, {{mark, 0}});
-        QFile::remove(HTMLFolderOf(m_library) + u"1.htm"_s);
         BackUpLibrary(m_library, Backup(), {}, m_work);
         RestoreLibrary(Backup(), In(u"r.qbd"_s), RestoreOver::Replace, m_work);
         FinishPendingPages(*Library::Open(In(u"r.qbd"_s)));

@@ -437,11 +437,11 @@ private:
         {
             PageChanges change(*s->State.CurrentDatabase);
             Transaction transaction(*s->State.CurrentDatabase);
-            WriteFile(change.Folder(m_item) + u"page.htm"_s, "page");
+            WriteFile(change.PageFile(m_item), "page");
             change.Bind(m_item, PageChanges::Kind::Add);
             s->State.CurrentDatabase->Execute(u"UPDATE Items SET HTMLPage = ? WHERE ID = ?"_s, {true, m_item});
             transaction.Commit();
-            folder = QDir::cleanPath(change.Folder(m_item) + u"../.."_s);
+            folder = QDir::cleanPath(change.Folder() + u".."_s);
             QVERIFY(QDir().rename(folder, kept));
         }
         QVERIFY(QDir().rename(kept, folder));

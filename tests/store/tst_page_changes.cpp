@@ -9,7 +9,7 @@
 #include "support/RecordedWork.h"
 #include "support/TestRun.h"
 
-#include <unistd.h>
+#include <sys/stat.h>
 
 using namespace qb;
 using namespace qb::test;
@@ -92,7 +92,7 @@ private Q_SLOTS:
         LeaveBehind(PageChanges::Kind::Replace, true);
         FinishPendingPages(*m_library);
         const QString mark = ReadChecksums(*m_library, u"PageChange"_s, m_item)->Sums.firstKey();
-        QVERIFY(QDir().mkpath(Pages() + u".changing-pages-"_s + mark + u"/1/new"_s));
+        QVERIFY(QDir().mkpath(Pages() + u".changing-pages-"_s + mark + u"/new"_s));
         FinishPendingPages(*m_library);
         QCOMPARE(Files(), (QStringList{u"1.htm=new"_s, u"1/in/n.png=n"_s}));
         QVERIFY(Interim().isEmpty());
@@ -107,7 +107,7 @@ private Q_SLOTS:
         const FewFiles few(Many / 2);
         PageChanges changes(*m_library);
         for (const qint64 item : items)
-            WriteFile(changes.Folder(item) + u"page.htm"_s, QByteArray::number(item));
+            WriteFile(changes.PageFile(item), QByteArray::number(item));
         Transaction transaction(*m_library);
         changes.BindAll(PageChanges::Kind::Replace);
         transaction.Commit();
@@ -126,7 +126,7 @@ private Q_SLOTS:
         {
             PageChanges changes(*m_library);
             for (const qint64 item : {m_item, other, third})
-                WriteFile(changes.Folder(item) + u"page.htm"_s, "new");
+                WriteFile(changes.PageFile(item), "new");
             Transaction transaction(*m_library);
             changes.BindAll(PageChanges::Kind::Replace);
             transaction.Commit();
@@ -145,12 +145,68 @@ private Q_SLOTS:
         QVERIFY(Interim().isEmpty());
     }
 
+    void changeThatIsInItsPlace_isNotBegunAnewWithOnesThatWait()
+    {
+        const qint64 other = AddItem(*m_library, 0, u"other"_s);
+        const QString inTheWay = Pages() + QString::number(other) + u".htm"_s;
+        {
+            PageChanges changes(*m_library);
+            WriteFile(changes.PageFile(other), "new");
+            Transaction transaction(*m_library);
+            changes.Bind(m_item, PageChanges::Kind::Delete);
+            changes.Bind(other, PageChanges::Kind::Add);
+            transaction.Commit();
+            QVERIFY(QDir().mkpath(inTheWay + u"/in the way"_s));
+            QVERIFY(!Raised([&] { changes.PutInPlace(); }).isEmpty());
+        }
+        WriteFile(Page(), "written since");
+        DeleteAll(inTheWay);
+        FinishPendingPages(*m_library);
+        QCOMPARE(ReadFile(inTheWay), "new");
+        QCOMPARE(ReadFile(Page()), "written since");
+    }
+
+    void changeThatEndedHalfway_isCompleted_data()
+    {
+        QTest::addColumn<bool>("hadFolder");
+        QTest::newRow("with a folder") << true;
+        QTest::newRow("without one") << false;
+    }
+    void changeThatEndedHalfway_isCompleted()
+    {
+        QFETCH(bool, hadFolder);
+        LeaveBehind(PageChanges::Kind::Replace, true);
+        const QString folder = Pages() + Interim().first() + u'/';
+        if (!hadFolder)
+            DeleteAll(Pages() + Id());
+        QVERIFY(QDir().mkpath(folder + u"old"_s));
+        QVERIFY(hadFolder ? QDir().rename(Pages() + Id(), folder + u"old/"_s + Id())
+                          : QDir().mkdir(folder + u"old/"_s + Id()));
+        QVERIFY(QDir().rename(folder + u"new/"_s + Id(), Pages() + Id()));
+        FinishPendingPages(*m_library);
+        QCOMPARE(Files(), (QStringList{u"1.htm=new"_s, u"1/in/n.png=n"_s}));
+        QVERIFY(Interim().isEmpty());
+    }
+
+    void nextChange_completesTheOneThatWaits()
+    {
+        LeaveBehind(PageChanges::Kind::Add, true);
+        PageChanges changes(*m_library);
+        WriteFile(changes.PageFile(m_item), "second");
+        Transaction transaction(*m_library);
+        changes.Bind(m_item, PageChanges::Kind::Add);
+        transaction.Commit();
+        changes.PutInPlace();
+        FinishPendingPages(*m_library);
+        QCOMPARE(Files(), (QStringList{u"1.htm=second"_s, u"1/in/n.png=n"_s, u"1/old ä.png=picture"_s}));
+    }
+
     void flush_isHeardOf()
     {
         PageChanges changes(*m_library);
         const qint64 other = AddItem(*m_library, 0, u"other"_s);
         for (const qint64 item : {m_item, other})
-            WriteFile(changes.Folder(item) + u"page.htm"_s, "new");
+            WriteFile(changes.PageFile(item), "new");
         RecordedWork work;
         Transaction transaction(*m_library);
         changes.BindAll(PageChanges::Kind::Replace, work);
@@ -236,19 +292,49 @@ private Q_SLOTS:
         QCOMPARE(ContentsOf(Pages()), m_before);
     }
 
+    void strangersJournal_movesNothingOutOfTheFolder_data()
+    {
+        QTest::addColumn<QString>("link");
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<QString>("changes");
+        QTest::newRow("number") << u"new/page"_s << u"outside"_s << u"../../1 replace"_s;
+        QTest::newRow("folder of what is made") << u"new"_s << u"outside"_s << u"1 replace"_s;
+        QTest::newRow("folder of what goes") << u"old"_s << u"outside"_s << u"1 delete"_s;
+        QTest::newRow("list") << u"changes"_s << u"outside/list"_s << QString();
+        QTest::newRow("list of what is done") << u"done"_s << u"outside/1.htm"_s << u"1 replace"_s;
+    }
     void strangersJournal_movesNothingOutOfTheFolder()
     {
+        QFETCH(QString, link);
+        QFETCH(QString, target);
+        QFETCH(QString, changes);
         const QString mark(32, u'a');
-        const QString folder = Pages() + u".changing-pages-"_s + mark;
-        WriteFile(m_home->Path(u"outside/secret.txt"_s), "secret");
-        QVERIFY(QDir().mkpath(folder + u"/1/new"_s));
-        QVERIFY(QFile::link(m_home->Path(u"outside"_s), folder + u"/1/new/page"_s));
-        WriteFile(folder + u"/1/item"_s, "../../1 replace");
-        WriteChecksums(*m_library, u"PageChange"_s, 0, 0, {{mark, 0}});
+        const QString folder = Pages() + u".changing-pages-"_s + mark + u'/';
+        const QString outside = m_home->Path(u"outside/"_s);
+        WriteFile(outside + u"1.htm"_s, "secret");
+        WriteFile(outside + u"1/in.png"_s, "secret");
+        WriteFile(outside + u"list"_s, "1 delete");
+        const auto before = ContentsOf(outside);
+        QVERIFY(QDir().mkpath(folder + (link.contains(u'/') ? u"new"_s : QString())));
+        QVERIFY(QFile::link(m_home->Path(target), folder + link));
+        if (!changes.isEmpty())
+            WriteFile(folder + u"changes"_s, changes.toUtf8() + '\n');
+        WriteChecksums(*m_library, u"PageChange"_s, m_item, 0, {{mark, 0}});
         FinishPendingPages(*m_library);
         QVERIFY(Interim().isEmpty());
         QCOMPARE(ContentsOf(Pages()), m_before);
-        QCOMPARE(ReadFile(m_home->Path(u"outside/secret.txt"_s)), "secret");
+        QCOMPARE(ContentsOf(outside), before);
+    }
+
+    void strangersPipe_isNotWaitedFor()
+    {
+        const QString mark(32, u'a');
+        const QString folder = Pages() + u".changing-pages-"_s + mark + u'/';
+        QVERIFY(QDir().mkpath(folder));
+        QCOMPARE(::mkfifo(QFile::encodeName(folder + u"changes"_s).constData(), 0600), 0);
+        WriteChecksums(*m_library, u"PageChange"_s, m_item, 0, {{mark, 0}});
+        FinishPendingPages(*m_library);
+        QVERIFY(Interim().isEmpty());
     }
 
 private:
@@ -271,8 +357,8 @@ private:
     {
         if (kind == int(PageChanges::Kind::Delete))
             return;
-        WriteFile(change.Folder(m_item) + u"page.htm"_s, "new");
-        WriteFile(change.Folder(m_item) + u"page/in/n.png"_s, "n");
+        WriteFile(change.PageFile(m_item), "new");
+        WriteFile(change.PageFolder(m_item) + u"in/n.png"_s, "n");
     }
     /// What a process leaves that ends before it has put its page in place.
     void LeaveBehind(PageChanges::Kind kind, bool committed)
@@ -285,13 +371,13 @@ private:
             Make(change, int(kind));
             Transaction transaction(*m_library);
             change.Bind(m_item, kind);
-            folder = change.Folder(m_item) + u"../../"_s;
+            folder = change.Folder() + u"../"_s;
             left = ContentsOf(folder);
             if (committed)
                 transaction.Commit();
         }
         folder = QDir::cleanPath(folder) + u'/';
-        QVERIFY(QDir().mkpath(folder + Id() + u"/new"_s));
+        QVERIFY(QDir().mkpath(folder + u"old"_s));
         for (auto entry = left.begin(); entry != left.end(); ++entry) {
             if (!entry.key().endsWith(u'/'))
                 WriteFile(folder + entry.key(), entry.value());

@@ -312,7 +312,7 @@ private Q_SLOTS:
         QVERIFY(!ForgetMissingPage(*m_library, m_item));
         PageChanges change(*m_library);
         Transaction transaction(*m_library);
-        WriteFile(change.Folder(m_item) + u"page.htm"_s, "page");
+        WriteFile(change.PageFile(m_item), "page");
         change.Bind(m_item, PageChanges::Kind::Add);
         m_library->Execute(u"UPDATE Items SET HTMLPage = ? WHERE ID = ?"_s, {true, m_item});
         transaction.Commit(); // the page comes when the library is opened next, or now
