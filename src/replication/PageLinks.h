@@ -9,9 +9,9 @@ namespace qb {
 /// synchronization file they are those of who wrote the page into it; a merge changes them in the file, before it takes
 /// a page from there.
 ///
-/// A child tells its numbers in a table of its own in the file. What leads to an item that the mother doesn't have leads
-/// nowhere in her ("local://Item-17"). What leads to one of hers that the child doesn't have, as to one that waits for a
-/// decision, leads nowhere in the child, but is known to her again ("local://Item0-17").
+/// A child tells its numbers in a table of its own in the file. What leads to an item that the mother doesn't have
+/// leads nowhere in her ("local://Item-17"). What leads to one of hers that the child doesn't have, as to one that
+/// waits for a decision, leads nowhere in the child, but is known to her again ("local://Item0-17").
 
 /// Writes which items of a child the mother calls otherwise.
 void WriteItemNumbers(const ExportPlace& place);

@@ -11,8 +11,8 @@
 namespace qb {
 
 /// Changes of the web pages of items, which count with the rows that the same transaction writes, or not at all. What
-/// is new is made aside in the folder of pages; once the rows are committed it gets to its place, at the latest when the
-/// library is opened next (FinishPendingPages). Until then pages and their folders are as they were.
+/// is new is made aside in the folder of pages; once the rows are committed it gets to its place, at the latest when
+/// the library is opened next (FinishPendingPages). Until then pages and their folders are as they were.
 class PageChanges {
 public:
     enum class Kind {
