@@ -1,23 +1,25 @@
 #include "session/LoadTree.h"
 
-#include "platform/dao/StatementLimit.h"
 #include "platform/system/RuntimeError.h"
-#include "session/ItemTree.h"
+#include "session/TreeRowReader.h"
 
 namespace qb {
 
 std::vector<SiblingRows> ReadTreeRows(Database& database, TreeNodes& nodes, TreeImage image,
                                       std::chrono::milliseconds atMost)
 {
-    const StatementLimit limit(database, atMost);
     std::vector<SiblingRows> siblings;
-    Statement rows = database.Query(ItemTree::TreeQuery());
-    while (rows.Step()) {
-        nodes.AddRow(rows.Long(0), rows.RawText(2), rows.RawText(3), image);
-        const qint64 parent = rows.Long(1);
-        if (siblings.empty() || siblings.back().Parent != parent)
-            siblings.push_back({parent, 0});
-        ++siblings.back().Count;
+    TreeRowReader reader(database, atMost);
+    for (TreeRows rows; reader.Next(rows);) {
+        const char* text = rows.Texts.data();
+        for (const TreeRows::Row& row : rows.Rows) {
+            const char* description = text + row.TitleSize;
+            nodes.AddRow(row.Id, {text, row.TitleSize}, {description, row.DescriptionSize}, image);
+            text = description + row.DescriptionSize;
+            if (siblings.empty() || siblings.back().Parent != row.Parent)
+                siblings.push_back({row.Parent, 0});
+            ++siblings.back().Count;
+        }
     }
     return siblings;
 }

@@ -13,6 +13,14 @@ private:
     TemporaryHome m_home;
     std::unique_ptr<Library> m_library;
 
+    void AddMany(int count)
+    {
+        m_library->Execute(u"WITH RECURSIVE n(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM n LIMIT ?) INSERT INTO Items "
+                           "(ID, Title, Description, ParentID) SELECT x, 'ü' || (1000000 - x), CASE x % 2 WHEN 0 "
+                           "THEN x ELSE '' END, 0 FROM n"_s,
+                           {count});
+    }
+
 private Q_SLOTS:
     void init()
     {
@@ -82,6 +90,31 @@ private Q_SLOTS:
         TreeNodes all;
         QVERIFY(LoadTree(*m_library, all, {}).empty());
         QCOMPARE(all.Count(), 5001);
+    }
+
+    void manyItems_areReadInTheOrderOfTheTree()
+    {
+        AddMany(100'000);
+        TreeNodes nodes;
+        QVERIFY(LoadTree(*m_library, nodes, u"root"_s).empty());
+        QCOMPARE(nodes.Count(), 100'001);
+        qint64 expected = 100'000; // titles count down
+        for (const TreeNode* node : nodes.Root()->Children.All()) {
+            QCOMPARE(node->Id, expected);
+            QCOMPARE(node->Text(), u"ü%1"_s.arg(1'000'000 - expected));
+            QCOMPARE(node->Tag(), expected % 2 == 0 ? QString::number(expected) : QString());
+            --expected;
+        }
+    }
+
+    /// The reader is far ahead then, or waits.
+    void treeThatTakesNoMore_endsTheReading()
+    {
+        AddMany(100'000);
+        TreeNodes nodes;
+        nodes.Add(100'000, u"there"_s, TreeImage::CHILD); // which is the first that is read
+        QB_VERIFY_RAISES(ReadTreeRows(*m_library, nodes, TreeImage::CHILD), ErrorNumber::NodeKeyExists);
+        QCOMPARE(CountOf(*m_library, u"Items"_s), 100'000);
     }
 };
 

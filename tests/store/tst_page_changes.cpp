@@ -6,7 +6,6 @@
 #include "support/FewFiles.h"
 #include "support/FolderContents.h"
 #include "support/LibraryBuilder.h"
-#include "support/RecordedWork.h"
 #include "support/TestRun.h"
 
 #include <sys/stat.h>
@@ -201,16 +200,22 @@ private Q_SLOTS:
         QCOMPARE(Files(), (QStringList{u"1.htm=second"_s, u"1/in/n.png=n"_s, u"1/old ä.png=picture"_s}));
     }
 
-    void flush_isHeardOf()
+    void lastOfManyChanges_flushesAllAndIsHeardOf()
     {
-        PageChanges changes(*m_library);
         const qint64 other = AddItem(*m_library, 0, u"other"_s);
+        PageChanges changes(*m_library);
+        struct : Work {
+            void Pulse() override { Lines << int(ReadFile(List).count('\n')); }
+            QString List;
+            QList<int> Lines;
+        } work;
+        work.List = changes.Folder() + u"../changes"_s;
         for (const qint64 item : {m_item, other})
             WriteFile(changes.PageFile(item), "new");
-        RecordedWork work;
         Transaction transaction(*m_library);
         changes.BindAll(PageChanges::Kind::Replace, work);
-        QVERIFY(work.Pulses >= 1);
+        QVERIFY(!work.Lines.isEmpty());
+        QCOMPARE(work.Lines.first(), 2);
     }
 
     void changeUnderWay_isLeftAlone()
@@ -298,6 +303,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("target");
         QTest::addColumn<QString>("changes");
         QTest::newRow("number") << u"new/page"_s << u"outside"_s << u"../../1 replace"_s;
+        QTest::newRow("kind") << u"new/page"_s << u"outside"_s << u"1 other"_s;
         QTest::newRow("folder of what is made") << u"new"_s << u"outside"_s << u"1 replace"_s;
         QTest::newRow("folder of what goes") << u"old"_s << u"outside"_s << u"1 delete"_s;
         QTest::newRow("list") << u"changes"_s << u"outside/list"_s << QString();
