@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QMimeDatabase>
+#include <QRegularExpression>
 #include <QStringDecoder>
 
 namespace qb {
@@ -93,11 +94,12 @@ QUrl UrlOfAddress(const QString& text)
 
 std::optional<qint64> ItemOfAddress(const QUrl& url)
 {
-    const QString start = u"item"_s; // a name of a host is in small letters
-    bool isNumber = false;
-    const qint64 item = url.host().mid(start.size()).toLongLong(&isNumber);
-    const bool isItem = url.scheme() == u"local"_s && url.host().startsWith(start) && isNumber && item > 0;
-    return isItem ? std::optional(item) : std::nullopt;
+    static const QRegularExpression name(u"\\Aitem(-|(?:0-)+)?(\\d+)\\z"_s); // a host is in small letters
+    const QRegularExpressionMatch match = name.match(url.host());
+    const qint64 item = match.captured(2).toLongLong();
+    if (url.scheme() != u"local"_s || item == 0)
+        return std::nullopt;
+    return match.hasCaptured(1) ? -item : item;
 }
 
 bool IsAddress(const QUrl& url)

@@ -22,7 +22,8 @@ QString AddressText(const QUrl& url);
 /// The address of what was typed into the address box. Text without a scheme gets "http://".
 QUrl UrlOfAddress(const QString& text);
 
-/// The item that a link of a page leads to, "local://Item17"; nothing for any other address.
+/// The item that a link of a page leads to, "local://Item17"; a number below 0 for one that the page's library did not
+/// have when the page came ("local://Item-17", "local://Item0-17"); nothing for any other address.
 std::optional<qint64> ItemOfAddress(const QUrl& url);
 
 /// Whether it could lead anywhere at all.

@@ -241,6 +241,8 @@ private Q_SLOTS:
         QTest::newRow("clicked, web to item") << web << item << Cause::Clicked << Answer::Refuse;
         QTest::newRow("clicked, local to no item")
             << own << QUrl(u"local://Item0"_s) << Cause::Clicked << Answer::Refuse;
+        QTest::newRow("clicked, an item that did not come along")
+            << own << QUrl(u"local://Item-17"_s) << Cause::Clicked << Answer::OpenItem;
         const QUrl zip(u"http://example.org/files/report.zip"_s);
         QTest::newRow("asked, file") << own << zip << Cause::Asked << Answer::LoadFile;
         QTest::newRow("clicked, local to file") << own << zip << Cause::Clicked << Answer::LoadFile;
@@ -264,6 +266,18 @@ private Q_SLOTS:
         QFETCH(NavigationCause, cause);
         QFETCH(NavigationAnswer, answer);
         QCOMPARE(AnswerNavigation(from, to, cause), answer);
+    }
+
+    void itemOfALink_isBelowZeroWhereItDidNotComeAlong()
+    {
+        const auto itemOf = [](const QString& address) { return ItemOfAddress(QUrl(address)).value_or(0); };
+        QCOMPARE(itemOf(u"local://Item17"_s), 17);
+        QCOMPARE(itemOf(u"local://Item-17"_s), -17);
+        QCOMPARE(itemOf(u"local://Item0-17"_s), -17);
+        QCOMPARE(itemOf(u"local://Item0-0-17"_s), -17);
+        for (const QString& other : {u"local://Item0"_s, u"local://Item"_s, u"local://Item-"_s, u"local://Item1-17"_s,
+                                     u"local://17"_s, u"http://item17"_s, u"local://Item17x"_s})
+            QCOMPARE(itemOf(other), 0);
     }
 
 private:
