@@ -2,6 +2,7 @@
 #include "support/TestRun.h"
 
 #include <QAbstractItemModelTester>
+#include <QSignalSpy>
 #include <QTest>
 
 using namespace qb;
@@ -69,10 +70,21 @@ private Q_SLOTS:
         filtered.SetFilter(u"profile"_s);
         const QModelIndex index = filtered.IndexOf(m_nodes.Find(5));
         QCOMPARE(filtered.NodeAt(index), m_nodes.Find(5));
+        QCOMPARE(index, filtered.index(index.row(), 0, index.parent()));
         QCOMPARE(index.data().toString(), u"profile"_s);
         QVERIFY(index.data(TreeNodes::BoldRole).toBool());
         QVERIFY(!index.parent().data(TreeNodes::BoldRole).toBool());
         QVERIFY(!filtered.IndexOf(m_nodes.Find(2)).isValid());
+    }
+
+    void viewsHearOfAnotherFilter()
+    {
+        FilteredNodes filtered(m_nodes);
+        QSignalSpy begun(&filtered, &QAbstractItemModel::modelAboutToBeReset);
+        QSignalSpy done(&filtered, &QAbstractItemModel::modelReset);
+        filtered.SetFilter(u"file"_s);
+        QCOMPARE(begun.size(), 1);
+        QCOMPARE(done.size(), 1);
     }
 
     void removedNode_isNotFound()

@@ -154,6 +154,36 @@ private Q_SLOTS:
             QCOMPARE(root.Children[i]->Row, int(i));
     }
 
+    void nodeWithAnotherTitle_getsToItsPlace_data()
+    {
+        QTest::addColumn<int>("row");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QStringList>("titles");
+        QTest::newRow("to the begin") << 2 << u"a"_s << QStringList{u"a"_s, u"b"_s, u"d"_s, u"h"_s};
+        QTest::newRow("to the end") << 0 << u"x"_s << QStringList{u"d"_s, u"f"_s, u"h"_s, u"x"_s};
+        QTest::newRow("to the middle") << 3 << u"e"_s << QStringList{u"b"_s, u"d"_s, u"e"_s, u"f"_s};
+        QTest::newRow("stays") << 1 << u"c"_s << QStringList{u"b"_s, u"c"_s, u"f"_s, u"h"_s};
+    }
+    void nodeWithAnotherTitle_getsToItsPlace()
+    {
+        QFETCH(int, row);
+        QFETCH(QString, title);
+        TreeNodes nodes;
+        const QAbstractItemModelTester tester(&nodes, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        nodes.BeginBuild();
+        TreeNode& root = nodes.Add(0, u"root"_s, TreeImage::OBJECTS);
+        for (const auto& [id, text] :
+             {std::pair(1, u"b"_s), std::pair(2, u"d"_s), std::pair(3, u"f"_s), std::pair(4, u"h"_s)})
+            nodes.PutUnder(nodes.Add(id, text, TreeImage::CHILD), root);
+        nodes.EndBuild();
+        TreeNode& node = *root.Children[size_t(row)];
+        nodes.SetText(node, title);
+        nodes.PlaceByTitle(node);
+        QTEST(Titles(root.Children.All()), "titles");
+        for (size_t i = 0; i < root.Children.size(); ++i)
+            QCOMPARE(root.Children[i]->Row, int(i));
+    }
+
     void titlesThatAreEqual_areSortedByNumber_data()
     {
         QTest::addColumn<QString>("first");

@@ -2,6 +2,8 @@
 #include "support/LibraryBuilder.h"
 #include "support/TestSession.h"
 
+#include <QSignalSpy>
+
 using namespace qb;
 using namespace qb::test;
 using namespace Qt::StringLiterals;
@@ -42,7 +44,11 @@ private Q_SLOTS:
         const qint64 apple = AddItem(*m_library, fruit, u"Äpfel"_s);
         m_library->Execute(u"UPDATE Items SET Description = 'rot' WHERE ID = ?"_s, {apple});
         TreeNodes nodes;
+        QSignalSpy begun(&nodes, &QAbstractItemModel::modelAboutToBeReset);
+        QSignalSpy done(&nodes, &QAbstractItemModel::modelReset);
         QVERIFY(LoadTree(*m_library, nodes, u"Wurzel"_s).empty());
+        QCOMPARE(begun.size(), 1);
+        QCOMPARE(done.size(), 1);
         QCOMPARE(TestSession::Shape(nodes.TopLevel()), u"Wurzel(fruit(Äpfel pear))"_s);
         QCOMPARE(nodes[apple].Tag(), u"rot"_s);
     }

@@ -8,6 +8,7 @@
 #include "support/TestRun.h"
 
 #include <QFileInfo>
+#include <sys/stat.h>
 
 using namespace qb;
 using namespace qb::test;
@@ -58,6 +59,18 @@ private Q_SLOTS:
         QCOMPARE(StoredFilePath(*m_library, 12, title), QString());
     }
 
+    void plainFile_isNoLinkFolderOrPipe()
+    {
+        const QString folder = m_library->FilesFolder();
+        WriteFile(folder + u"file"_s, "contents");
+        QVERIFY(QFile::link(folder + u"file"_s, folder + u"link"_s));
+        QVERIFY(QDir().mkpath(folder + u"folder"_s));
+        QCOMPARE(::mkfifo(QFile::encodeName(folder + u"pipe"_s).constData(), 0600), 0);
+        QVERIFY(IsPlainFile(folder + u"file"_s));
+        for (const QString& name : {u"link"_s, u"folder"_s, u"pipe"_s, u"missing"_s})
+            QVERIFY2(!IsPlainFile(folder + name), qPrintable(name));
+    }
+
     void filesOfAnItem_areNamed()
     {
         const qint64 other = AddItem(*m_library, 0, u"other"_s);
@@ -98,6 +111,7 @@ private Q_SLOTS:
         row("mother, after", 0, 100, 101, 0, "none");
         row("mother, Null", 0, 100, {}, 0, "own");
         row("both, known to its mother", 100, 200, 99, 7, "7");
+        row("both, added in the second of its own stamp", 100, 200, 100, 7, "Null");
         row("both, known to its child only", 100, 200, 150, 0, "Null");
         row("both, known to nobody", 100, 200, 200, 0, "none");
     }
