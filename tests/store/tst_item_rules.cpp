@@ -1,8 +1,8 @@
 #include "store/CDBCreate.h"
 #include "store/ItemBranch.h"
 #include "store/ItemRules.h"
+#include "support/FolderContents.h"
 #include "support/LibraryBuilder.h"
-#include "support/TestRun.h"
 
 #include <QTest>
 
@@ -114,13 +114,16 @@ private Q_SLOTS:
         QTest::addColumn<bool>("mother");
         QTest::addColumn<QString>("standing");
         QTest::newRow("plain") << false << false
-                               << u"item: / gone: M / conflict: / folder: O F / orphan: O / like: O F"_s;
-        QTest::newRow("child") << true << false
-                               << u"item: / gone: W M / conflict: / folder: O F / orphan: O / like: O F"_s;
-        QTest::newRow("mother") << false << true
-                                << u"item: / gone: D M / conflict: C / folder: O F / orphan: O / like: O F"_s;
-        QTest::newRow("both") << true << true
-                              << u"item: / gone: W M / conflict: C / folder: O F / orphan: O / like: O F"_s;
+                               << u"item: / gone: M / conflict: / regained: M / folder: O F / orphan: O / like: O F"_s;
+        QTest::newRow("child")
+            << true << false
+            << u"item: / gone: W M / conflict: / regained: W M / folder: O F / orphan: O / like: O F"_s;
+        QTest::newRow("mother")
+            << false << true
+            << u"item: / gone: D M / conflict: C / regained: C M / folder: O F / orphan: O / like: O F"_s;
+        QTest::newRow("both")
+            << true << true
+            << u"item: / gone: W M / conflict: C / regained: C M / folder: O F / orphan: O / like: O F"_s;
     }
     void standing_isReadFromTheRows()
     {
@@ -130,11 +133,13 @@ private Q_SLOTS:
         const auto database = MakeLibrary(home.Path(u"Büch erei.qbd"_s));
         const qint64 gone = AddItem(*database, 0, u"gone"_s);
         const qint64 conflict = AddItem(*database, 0, u"conflict"_s);
+        const qint64 regained = AddItem(*database, 0, u"regained"_s);
         const qint64 folder = AddItem(*database, 0, OrphanedItemsTitle);
         const std::pair<QString, qint64> items[] = {
             {u"item"_s, AddItem(*database, AddItem(*database, 0, u"x"_s), OrphanedItemsTitle)},
             {u"gone"_s, gone},
             {u"conflict"_s, conflict},
+            {u"regained"_s, regained},
             {u"folder"_s, folder},
             {u"orphan"_s, AddItem(*database, AddItem(*database, folder, u"y"_s), u"z"_s)},
             {u"like"_s, AddItem(*database, 0, u"Orphaned Items, mine"_s)},
@@ -144,8 +149,8 @@ private Q_SLOTS:
         if (mother)
             MakeMother(*database, Date());
         CDBCreate(database.get()).Create_TblDef_Items(true, u"TempItems"_s);
-        database->Execute(u"INSERT INTO TempItems (ID, Title) VALUES (?, 'c')"_s, {conflict});
-        database->Execute(u"UPDATE Items SET LastChanged = 0 WHERE ID = ?"_s, {gone});
+        database->Execute(u"INSERT INTO TempItems (ID, Title) VALUES (?, 'c'), (?, 'r')"_s, {conflict, regained});
+        database->Execute(u"UPDATE Items SET LastChanged = 0 WHERE ID IN (?, ?)"_s, {gone, regained});
         QStringList texts;
         for (const auto& [name, id] : items) {
             const ItemStanding standing = StandingOf(*database, id);
@@ -177,6 +182,11 @@ private Q_SLOTS:
                          ErrorNumber::ValueNotAllowed);
         RequireChange(*database, item, {ItemChange::Edit});
         QB_VERIFY_RAISES(RequireChange(*database, 4711, {ItemChange::Edit}), ErrorNumber::ItemNotFound);
+        QVERIFY(
+            Raised([&] { RequireChange(*database, item, {ItemChange::Delete}); }).contains(u": Item %1: "_s.arg(item)));
+        const QString ofTheRoot = Raised([&] { RequireChange(*database, 0, {ItemChange::Delete}); });
+        QVERIFY2(ofTheRoot.endsWith(u"; nothing was changed."_s) && !ofTheRoot.contains(u"Item 0"_s),
+                 qPrintable(ofTheRoot));
     }
 
 private:
