@@ -68,8 +68,8 @@ constexpr CommandRule Rules[] = {
     {"mnuExportAgainItem", ItemChange::Write, [](Standing s) { return s.IsChild && s.Exported; }},
     {"mnuDBToolsSynchronizeItem", ItemChange::Write,
      [](Standing s) { return s.IsMother || (s.IsChild && s.Exported); }},
-    {"mnuSynchronizationReportsItem", ItemChange::Print, [](Standing s) { return s.IsMother || s.IsChild; }},
-    {"mnuHandOutAgainItem", ItemChange::Print, [](Standing s) { return s.IsMother; }},
+    {"mnuSynchronizationReportsItem", ItemChange::Read, [](Standing s) { return s.IsMother || s.IsChild; }},
+    {"mnuHandOutAgainItem", ItemChange::Read, [](Standing s) { return s.IsMother; }},
     {"mnuUndoSynchronization", ItemChange::Write, [](Standing s) { return s.IsMother || s.IsChild; }},
     {"mnuDBToolsForgetReplicaItem", ItemChange::Write, [](Standing s) { return s.IsMother; }},
 };

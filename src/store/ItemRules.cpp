@@ -75,6 +75,7 @@ constexpr ChangeRow ChangeRows[] = {
     {ItemChange::Link, Any(Bar::Root, Bar::Orphan)},
     {ItemChange::Print, Bit(Bar::NoLibrary) | Bit(Bar::Root)},
     {ItemChange::Write, Any()},
+    {ItemChange::Read, Bit(Bar::NoLibrary)},
 };
 
 /// The title of the ancestor directly under the root; empty where there is none.

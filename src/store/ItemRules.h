@@ -23,7 +23,8 @@ enum class ItemChange {
     Bookmark,
     Link,  ///< a link that leads from it
     Print, ///< nothing is changed by it
-    Write  ///< anything that only needs a library that can be written
+    Write, ///< anything that only needs a library that can be written
+    Read   ///< anything that only needs a library
 };
 
 /// What keeps a change from being made.

@@ -237,14 +237,17 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("enabled");
         const QString create = u"mnuDBToolsCreateReplicaItem"_s, exportIt = u"mnuDBToolsExportChangesItem"_s,
                       synchronize = u"mnuDBToolsSynchronizeItem"_s, forget = u"mnuDBToolsForgetReplicaItem"_s,
-                      again = u"mnuExportAgainItem"_s;
+                      again = u"mnuExportAgainItem"_s, reports = u"mnuSynchronizationReportsItem"_s,
+                      handOut = u"mnuHandOutAgainItem"_s, undo = u"mnuUndoSynchronization"_s;
         QTest::newRow("plain") << false << false << false << QStringList{create};
-        QTest::newRow("mother") << false << true << false << QStringList{create, synchronize, forget};
-        QTest::newRow("child") << true << false << false << QStringList{exportIt};
-        QTest::newRow("child that exported") << true << false << true << QStringList{again, synchronize};
-        QTest::newRow("child and mother") << true << true << false << QStringList{exportIt, synchronize, forget};
+        QTest::newRow("mother") << false << true << false
+                                << QStringList{create, synchronize, forget, reports, handOut, undo};
+        QTest::newRow("child") << true << false << false << QStringList{exportIt, reports, undo};
+        QTest::newRow("child that exported") << true << false << true << QStringList{again, synchronize, reports, undo};
+        QTest::newRow("child and mother")
+            << true << true << false << QStringList{exportIt, synchronize, forget, reports, handOut, undo};
         QTest::newRow("child and mother that exported")
-            << true << true << true << QStringList{again, synchronize, forget};
+            << true << true << true << QStringList{again, synchronize, forget, reports, handOut, undo};
     }
     void replicationMenu_fitsTheLibrary()
     {
@@ -255,7 +258,8 @@ private Q_SLOTS:
         commands.SetStanding({.IsChild = child, .IsMother = mother, .Exported = exported, .Root = true});
         QTEST(Enabled(commands,
                       {u"mnuDBToolsCreateReplicaItem"_s, u"mnuDBToolsExportChangesItem"_s, u"mnuExportAgainItem"_s,
-                       u"mnuDBToolsSynchronizeItem"_s, u"mnuDBToolsForgetReplicaItem"_s}),
+                       u"mnuDBToolsSynchronizeItem"_s, u"mnuDBToolsForgetReplicaItem"_s,
+                       u"mnuSynchronizationReportsItem"_s, u"mnuHandOutAgainItem"_s, u"mnuUndoSynchronization"_s}),
               "enabled");
     }
 };

@@ -175,6 +175,7 @@ private Q_SLOTS:
         QTEST(named({{u"NEW"_s, s->Enabled(u"NEW"_s)}, {u"DELETE"_s, s->Enabled(u"DELETE"_s)}}), "enabled");
         QTEST(named({{u"KEEP"_s, s->Shown(u"mnuKeepItem"_s)}, {u"RESOLVE"_s, s->Shown(u"mnuResolveItem"_s)}}), "shown");
         QTEST(s->Details.IsLocked, "locked");
+        QCOMPARE(s->Shell.EditingEnabled, !s->Details.IsLocked);
         QTEST(s->State.oCodeItem->DontUpdateLastChangedDate(), "dateHeld");
         QVERIFY(s->Enabled(u"NEXT"_s) && s->Enabled(u"PREVIOUS"_s));
     }
@@ -292,6 +293,78 @@ private Q_SLOTS:
         s->Tree.GoToNode(s->State.moHistory->NextInHistory());
         QCOMPARE(s->Selected(), u"branch"_s);
         QCOMPARE(s->State.moHistory->Keys(), (QStringList{NodeKey(m_leaf), NodeKey(m_branch)}));
+    }
+
+    /// The item that was left for the root is the first step back.
+    void backFromTheRoot_goesToTheItemBefore()
+    {
+        Fill(Role::Plain);
+        s->Click(u"leaf"_s);
+        s->Click(u"branch"_s);
+        s->Click(u"Ali äs Library"_s);
+        QVERIFY(s->Enabled(u"BACK"_s) && s->Enabled(u"mnuBackItem"_s));
+        s->Tree.GoBack();
+        QCOMPARE(s->Selected(), u"branch"_s);
+        QVERIFY(s->Enabled(u"BACK"_s));
+        s->Tree.GoBack();
+        QCOMPARE(s->Selected(), u"leaf"_s);
+        s->Click(u"Ali äs Library"_s);
+        s->Tree.GoBack();
+        QCOMPARE(s->Selected(), u"leaf"_s);
+        QVERIFY(!s->Enabled(u"BACK"_s)); // nothing is before it
+    }
+
+    void rootBeforeAnyItem_hasNoWayBack()
+    {
+        Fill(Role::Plain);
+        for (const QString& name : {u"BACK"_s, u"mnuBackItem"_s})
+            s->CommandStates.SetEnabled(name, false); // as the library's opening does
+        s->Click(u"Ali äs Library"_s);
+        QVERIFY(!s->Enabled(u"BACK"_s) && !s->Enabled(u"mnuBackItem"_s));
+    }
+
+    void standing_isReadFromTheNode_data()
+    {
+        QTest::addColumn<int>("role");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("standing");
+        QTest::newRow("ordinary") << int(Role::Mother) << u"leaf"_s << QString();
+        QTest::newRow("deleted") << int(Role::Mother) << u"marked"_s << u"Deleted Marked"_s;
+        QTest::newRow("in conflict") << int(Role::Mother) << u"conflict"_s << u"Conflict"_s;
+        QTest::newRow("waiting") << int(Role::Child) << u"marked"_s << u"Waiting Marked"_s;
+        QTest::newRow("root") << int(Role::Child) << u"Ali äs Library"_s << u"Root"_s;
+        QTest::newRow("orphan") << int(Role::Plain) << u"orphan"_s << u"Orphan"_s;
+        QTest::newRow("folder of orphans") << int(Role::Plain) << OrphanedItemsTitle << u"Orphan Folder"_s;
+    }
+    void standing_isReadFromTheNode()
+    {
+        QFETCH(int, role);
+        QFETCH(QString, title);
+        Fill(Role(role));
+        const ItemStanding standing = StandingOf(s->State, s->Node(title));
+        QStringList words;
+        for (const auto& [holds, word] :
+             {std::pair(standing.Root, "Root"), std::pair(standing.Deleted, "Deleted"),
+              std::pair(standing.Conflict, "Conflict"), std::pair(standing.Waiting, "Waiting"),
+              std::pair(standing.Orphan, "Orphan"), std::pair(standing.OrphanUnderRoot, "Folder"),
+              std::pair(standing.Marked, "Marked")}) {
+            if (holds)
+                words << QString::fromLatin1(word);
+        }
+        QTEST(words.join(u' '), "standing");
+    }
+
+    void nodeThatStandsNowhere_isNoOrphan()
+    {
+        TreeNodes nodes;
+        nodes.BeginBuild();
+        nodes.Add(0, u"Ali äs Library"_s, TreeImage::OBJECTS);
+        TreeNode& lost = nodes.Add(1, OrphanedItemsTitle, TreeImage::CHILD);
+        TreeNode& below = nodes.Add(2, u"below"_s, TreeImage::CHILD);
+        nodes.PutUnder(below, lost);
+        nodes.EndBuild();
+        QVERIFY(!IsOrphaned(lost));
+        QVERIFY(!IsOrphaned(below));
     }
 
     // Expand and collapse

@@ -34,7 +34,7 @@ private Q_SLOTS:
             QVERIFY(!SentenceOf(bar).isEmpty());
     }
 
-    void print_isBarredAtTheRootAlone()
+    void print_isBarredAtTheRootAlone_andReadingNowhere()
     {
         QCOMPARE(WhatBars(ItemChange::Print, {.Root = true}), Bar::Root);
         QCOMPARE(WhatBars(ItemChange::Print, {.NoLibrary = true}), Bar::NoLibrary);
@@ -44,8 +44,12 @@ private Q_SLOTS:
                                           {.IsChild = true, .Orphan = true},
                                           {.IsMother = true, .Deleted = true},
                                           {.IsMother = true, .Conflict = true}};
-        for (const ItemStanding& standing : standings)
+        for (const ItemStanding& standing : standings) {
             QVERIFY(!IsBarred(ItemChange::Print, standing));
+            QVERIFY(!IsBarred(ItemChange::Read, standing));
+        }
+        QVERIFY(!IsBarred(ItemChange::Read, {.Root = true}));
+        QCOMPARE(WhatBars(ItemChange::Read, {.NoLibrary = true}), Bar::NoLibrary);
     }
 
     void change_isBarredByTheStateOfTheItem_data()
