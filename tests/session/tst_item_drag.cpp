@@ -281,6 +281,7 @@ private:
         s->Drag.Start(s->Node(title));
         s->Drag.Over(&s->Node(target), Middle, TreeHeight);
         const bool moved = s->Drag.Drop();
+        [&] { QCOMPARE(s->View.Highlight, -1); }();
         s->Drag.Complete();
         return moved;
     }

@@ -353,6 +353,12 @@ private Q_SLOTS:
         QVERIFY(s->State.CurrentDatabase->IsChildReplica() && !s->Enabled(u"mnuDBToolsCreateReplicaItem"_s));
         QVERIFY(s->Enabled(u"mnuDBToolsSynchronizeItem"_s));
         QCOMPARE(s->State.CurrentDatabase->LastExportedDate().Seconds(), 77);
+        int told = 0;
+        s->Libraries.ReplicationRead = [&told] { ++told; };
+        s->State.CurrentDatabase->Execute(u"UPDATE Properties SET LastExported = 78"_s); // as an export does
+        s->Libraries.UpdateGlobalSynchronizationVariables();
+        QCOMPARE(s->State.CurrentDatabase->LastExportedDate().Seconds(), 78);
+        QCOMPARE(told, 1);
     }
 };
 
