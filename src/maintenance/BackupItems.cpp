@@ -229,7 +229,7 @@ private:
             || (QFileInfo(old).isDir() && !QDir().rename(old, m_page->PageFolder(m_new).chopped(1))))
             Fail(u"its page can't be written"_s);
         RenameReferences(page, QString::number(m_old), QString::number(m_new));
-        RenumberItems(page, [this](const QString& number) {
+        m_page->RenumberItems([this](const QString& number) {
             if (number.toLongLong() == m_old)
                 return QString::number(m_new);
             return m_isSameLibrary ? number : u'-' + number; // there it is another item's

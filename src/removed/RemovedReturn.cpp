@@ -309,10 +309,7 @@ private:
         };
         if (!m_pages)
             return;
-        for (const qint64 item : m_pages->Items()) {
-            if (const QString file = m_pages->PageFile(item); QFile::exists(file))
-                RenumberItems(file, newNumber);
-        }
+        m_pages->RenumberItems(newNumber);
         m_pages->BindAll(PageChanges::Kind::Replace, m_work);
     }
 

@@ -82,10 +82,12 @@ void LeadPagesToMothersItems(MergeRun& run)
 
 void LeadPagesToChildsItems(MergeRun& run)
 {
-    QHash<QString, QString> numbers{{u"0"_s, u"0"_s}};
+    QHash<QString, QString> numbers;
     RenumberPages(run, [&](const QString& number) {
         if (number.startsWith(Unknown))
             return Unknown + number;
+        if (number.toLongLong() <= 0)
+            return number; // nor has it a number that is no item's
         if (const auto known = numbers.constFind(number); known != numbers.constEnd())
             return *known;
         const Value own = run.Lib.QueryValue(

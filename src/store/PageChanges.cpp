@@ -31,6 +31,7 @@ const QString PageSuffix = u".htm"_s;
 const QString NewName = u"new/"_s; ///< the folder of what is made, under its own names
 const QString OldName = u"old/"_s; ///< that of what has left its place
 
+constexpr const char* DoneWord = "done";
 constexpr const char* KindNames[] = {"add", "replace", "delete"}; // in the order of PageChanges::Kind
 
 [[noreturn]] void Fail(const QString& what)
@@ -136,26 +137,38 @@ bool IsOfThisProgram(const QString& folder)
     return true;
 }
 
+/// None of a file that is missing. A list that can't be read is no empty one: nothing may be done by it. Raises
+/// RuntimeError 75.
 QList<QByteArray> LinesOf(const QString& path)
 {
-    constexpr qint64 Longest = 1 << 28;
+    constexpr qint64 Longest = 1 << 28; // millions of changes
+    if (!IsThere(path))
+        return {};
     QFile file(path);
     QByteArray text;
-    if (!file.open(QIODevice::ReadOnly) || !ReadAll(file, text, Longest).isEmpty())
-        return {};
+    if (const QString why = file.open(QIODevice::ReadOnly) ? ReadAll(file, text, Longest) : file.errorString();
+        !why.isEmpty())
+        Fail(u"'%1' can't be read: %2; its pages were left as they are."_s.arg(QDir::toNativeSeparators(path), why));
     return text.split('\n');
 }
 
-/// Why a line can't be put behind the others, in the system's words; empty when it is there.
-QString AddLine(const QString& path, const QByteArray& line)
+/// Why a line can't be put behind the others, in the system's words; empty when it is there. One of which a full disk
+/// took but a part is no line, and does not become part of the next.
+QString AddLine(const QString& path, qint64 item, const char* word)
 {
+    const QByteArray line = '\n' + QByteArray::number(item) + ' ' + word + '\n';
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered))
         return file.errorString();
     return WriteAll(file, line.constData(), line.size());
 }
 
-/// The changes of a folder that count, and are not in their places.
+QByteArray DoneLine(qint64 item)
+{
+    return QByteArray::number(item) + ' ' + DoneWord;
+}
+
+/// The changes of a folder that count, and are not in their places. Raises RuntimeError 75 when they can't be read.
 std::vector<PageChanges::Change> PendingIn(Database& library, const QString& folder, const QString& mark)
 {
     std::vector<PageChanges::Change> pending;
@@ -165,8 +178,7 @@ std::vector<PageChanges::Change> PendingIn(Database& library, const QString& fol
     const QSet<QByteArray> isDone(done.begin(), done.end());
     for (const QByteArray& line : LinesOf(folder + ChangesName)) {
         const PageChanges::Change change = ReadChange(line);
-        if (change.Item > 0 && !isDone.contains(QByteArray::number(change.Item))
-            && NotedMark(library, change.Item) == mark)
+        if (change.Item > 0 && !isDone.contains(DoneLine(change.Item)) && NotedMark(library, change.Item) == mark)
             pending.push_back(change);
     }
     return pending;
@@ -189,7 +201,7 @@ QStringList PutAllInPlace(const QString& root, const QString& folder, const std:
         if (!Place(root, folder, change))
             waiting << QString::number(change.Item);
         else
-            AddLine(folder + DoneName, QByteArray::number(change.Item) + '\n'); // or it is tried once more
+            AddLine(folder + DoneName, change.Item, DoneWord); // or it is tried once more
     }
     if (waiting.isEmpty())
         RemoveDone(folder); // or at the next opening: nothing in it is needed
@@ -199,7 +211,13 @@ QStringList PutAllInPlace(const QString& root, const QString& folder, const std:
 /// Of changes that nobody is at work on, whose folder is locked by the caller. False when one has to wait.
 bool Finish(Library& library, const QString& folder, const QString& mark)
 {
-    return PutAllInPlace(library.HTMLFolder(), folder, PendingIn(library, folder, mark)).isEmpty();
+    try {
+        return PutAllInPlace(library.HTMLFolder(), folder, PendingIn(library, folder, mark)).isEmpty();
+    } catch (const RuntimeError& error) {
+        if (error.Number() != ErrorNumber::PathAccess)
+            throw;
+        return false;
+    }
 }
 
 QString FolderOfMark(const Library& library, const QString& mark)
@@ -260,13 +278,20 @@ void PageChanges::Bind(qint64 item, Kind kind, Flush flush, Work& work)
     if (kind == Kind::Add && QFileInfo(m_root + QString::number(item)).isSymLink())
         Fail(u"The folder '%1' of the page is a link, which may lead elsewhere; nothing was changed."_s.arg(
             QDir::toNativeSeparators(m_root + QString::number(item))));
-    const QByteArray line = QByteArray::number(item) + ' ' + KindNames[size_t(kind)] + '\n';
-    if (const QString why = AddLine(m_folder + ChangesName, line); !why.isEmpty())
+    if (const QString why = AddLine(m_folder + ChangesName, item, KindNames[size_t(kind)]); !why.isEmpty())
         Fail(u"The page can't be written: %1; nothing was changed."_s.arg(why));
     m_bound.push_back({item, kind});
     if (flush == Flush::Now)
         RunBeside([this] { SyncFileSystem(m_folder); }, [&work] { work.Pulse(); });
     WriteChecksums(m_library, NotedTable, item, 0, {{m_mark, 0}});
+}
+
+void PageChanges::RenumberItems(const NewItemNumber& newNumber)
+{
+    for (const qint64 item : m_made) {
+        if (const QString page = PageFile(item); QFileInfo::exists(page))
+            qb::RenumberItems(page, newNumber);
+    }
 }
 
 void PageChanges::BindAll(Kind kind, Work& work)

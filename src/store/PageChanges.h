@@ -3,6 +3,7 @@
 #include "platform/system/FileLock.h"
 #include "platform/system/Work.h"
 #include "store/Library.h"
+#include "store/PageReferences.h"
 
 #include <QString>
 #include <set>
@@ -41,6 +42,8 @@ public:
     QString Folder() const;
     /// The items for which a page is expected.
     const std::set<qint64>& Items() const { return m_made; }
+    /// Lets the addresses of items in all pages that were made be those of their new numbers. Raises RuntimeError 75.
+    void RenumberItems(const NewItemNumber& newNumber);
     enum class Flush { Now, Later };
     /// Inside the transaction that writes the row: what was made of the item counts with that transaction, once it is
     /// flushed. Of many changes the last one flushes them all, while @p work hears that it goes on. Raises RuntimeError
@@ -69,7 +72,8 @@ void SettlePage(Library& library, qint64 item);
 /// Whether the page of an item is on its way to its place.
 bool IsPagePending(Library& library, qint64 item);
 
-/// Whether @p entry, of the folder of pages, is a folder with changes that do not count yet.
+/// Whether @p entry, of the folder of pages, is a folder with changes that do not count yet. Raises RuntimeError 75 when
+/// that can't be read.
 bool IsOfUnboundChanges(Database& library, const QString& entry);
 
 /// Completes the changes of dead processes that were committed, and forgets the others. Those under way are left alone.

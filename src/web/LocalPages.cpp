@@ -94,7 +94,7 @@ QUrl UrlOfAddress(const QString& text)
 
 std::optional<qint64> ItemOfAddress(const QUrl& url)
 {
-    static const QRegularExpression name(u"\\Aitem(-|(?:0-)+)?(\\d+)\\z"_s); // a host is in small letters
+    static const QRegularExpression name(u"\\Aitem((?:-|0-)+)?(\\d+)\\z"_s); // a host is in small letters
     const QRegularExpressionMatch match = name.match(url.host());
     const qint64 item = match.captured(2).toLongLong();
     if (url.scheme() != u"local"_s || item == 0)

@@ -112,6 +112,21 @@ private Q_SLOTS:
         QCOMPARE(PageOf(f->B, Family::X), LinkTo(gone, "-"));
     }
 
+    /// Of the child's own items the mother knows none.
+    void numberThatIsNoItems_staysAsItIs()
+    {
+        f->Add(f->A(), 0, u"of A"_s);
+        f->In(f->A(),
+              [](Library& library) { library.Execute(u"UPDATE Items SET MotherRecordID = 0 WHERE Title = 'of A'"_s); });
+        const QByteArray page = "local://Item0 local://Item00 local://Item99999999999999999999";
+        LetLead(f->M(), Family::X, page);
+        f->ExportOf(f->A());
+        f->Add(f->A(), 0, u"of A since"_s);
+        QVERIFY(f->TakeIn(f->M()).Done);
+        QVERIFY(f->TakeIn(f->A()).Done);
+        QCOMPARE(PageOf(f->A(), Family::X), page);
+    }
+
     void linkToNothing_leadsToNothingThatTheChildMayAdd()
     {
         LetLead(f->M(), Family::X, LinkTo(400));

@@ -9,6 +9,7 @@
 #include "support/TestRun.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace qb;
 using namespace qb::test;
@@ -187,6 +188,73 @@ private Q_SLOTS:
         QVERIFY(Interim().isEmpty());
     }
 
+    /// No error of reading makes a page that counts one that doesn't.
+    void listThatCantBeRead_keepsThePage_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("changes") << u"changes"_s;
+        QTest::newRow("done") << u"done"_s;
+    }
+    void listThatCantBeRead_keepsThePage()
+    {
+        QFETCH(QString, name);
+        LeaveBehind(PageChanges::Kind::Replace, true);
+        const QString folder = Pages() + Interim().first() + u'/';
+        if (name == u"done"_s)
+            WriteFile(folder + name, "");
+        {
+            const int lock = ::dup(0), list = ::dup(0); // the next two
+            ::close(lock);
+            ::close(list);
+            const FewFiles one{rlim_t(list)}; // the lock of the folder alone can be opened
+            FinishPendingPages(*m_library);
+        }
+        QCOMPARE(Interim().size(), 1);
+        QCOMPARE(ReadFile(Page()), "old");
+        FinishPendingPages(*m_library);
+        QCOMPARE(ReadFile(Page()), "new");
+        QVERIFY(Interim().isEmpty());
+    }
+
+    /// A full disk took a part of the line of item 17 or 118.
+    void lineThatIsCutShort_isNone()
+    {
+        for (const QByteArray& cut : {"\n1"_ba, "\n1 don"_ba, "\n1 done2"_ba}) {
+            LeaveBehind(PageChanges::Kind::Replace, true);
+            WriteFile(Pages() + Interim().first() + u"/done"_s, cut);
+            FinishPendingPages(*m_library);
+            QCOMPARE(ReadFile(Page()), "new");
+            WriteFile(Page(), "old");
+        }
+        LeaveBehind(PageChanges::Kind::Replace, true);
+        WriteFile(Pages() + Interim().first() + u"/done"_s, "\n17 do\n1 done\n");
+        FinishPendingPages(*m_library);
+        QCOMPARE(ReadFile(Page()), "old");
+    }
+
+    void lineThatIsCutShort_isNoPartOfTheNext()
+    {
+        qint64 eleventh = 0;
+        while (eleventh < 11)
+            eleventh = AddItem(*m_library, 0, u"item"_s);
+        QCOMPARE(std::pair(m_item, eleventh), std::pair(qint64(1), qint64(11)));
+        const QString page = Pages() + u"11.htm"_s;
+        {
+            PageChanges changes(*m_library);
+            for (const qint64 item : {m_item, eleventh})
+                WriteFile(changes.PageFile(item), "new");
+            WriteFile(changes.Folder() + u"../done"_s, "1");
+            Transaction transaction(*m_library);
+            changes.BindAll(PageChanges::Kind::Replace);
+            transaction.Commit();
+            QVERIFY(QDir().mkpath(page + u"/in the way"_s));
+            QVERIFY(!Raised([&] { changes.PutInPlace(); }).isEmpty());
+        }
+        DeleteAll(page);
+        FinishPendingPages(*m_library);
+        QCOMPARE(ReadFile(page), "new");
+    }
+
     void nextChange_completesTheOneThatWaits()
     {
         LeaveBehind(PageChanges::Kind::Add, true);
@@ -205,7 +273,7 @@ private Q_SLOTS:
         const qint64 other = AddItem(*m_library, 0, u"other"_s);
         PageChanges changes(*m_library);
         struct : Work {
-            void Pulse() override { Lines << int(ReadFile(List).count('\n')); }
+            void Pulse() override { Lines << int(ReadFile(List).count("replace")); }
             QString List;
             QList<int> Lines;
         } work;

@@ -275,6 +275,7 @@ private Q_SLOTS:
         QCOMPARE(itemOf(u"local://Item-17"_s), -17);
         QCOMPARE(itemOf(u"local://Item0-17"_s), -17);
         QCOMPARE(itemOf(u"local://Item0-0-17"_s), -17);
+        QCOMPARE(itemOf(u"local://Item-0-17"_s), -17);
         for (const QString& other : {u"local://Item0"_s, u"local://Item"_s, u"local://Item-"_s, u"local://Item1-17"_s,
                                      u"local://17"_s, u"http://item17"_s, u"local://Item17x"_s})
             QCOMPARE(itemOf(other), 0);
