@@ -9,6 +9,7 @@
 
 #include <QSet>
 #include <algorithm>
+#include <functional>
 
 namespace qb {
 
@@ -317,7 +318,7 @@ QString ConflictSolver::OriginText()
 {
     if (!m_conflict)
         return {};
-    const ConflictOrigin origin(*m_conflict, m_since, [this](ConflictSide side) { return SideName(side); });
+    const ConflictOrigin origin(*m_conflict, m_since, std::bind_front(&ConflictSolver::SideName, this));
     if (const ConflictText* text = ConflictTextOf(m_field))
         return origin.OfText(*text, m_base, Merge());
     if (m_field == SolverField::HTML)

@@ -4,6 +4,7 @@
 #include "conflicts/ConflictFields.h"
 #include "conflicts/ConflictFileRows.h"
 #include "conflicts/LineComparison.h"
+#include "platform/system/Hook.h"
 
 #include <array>
 #include <functional>
@@ -25,9 +26,9 @@ public:
     void SetOnly(qint64 item) { m_only = item; }
     void SetFindBase(FindBaseVersion find) { m_findBase = std::move(find); }
     /// An item is no conflict any more: its node gets its usual image.
-    std::function<void(qint64 item)> Decided = [](qint64) {};
+    Hook<void(qint64 item)> Decided;
     /// All conflicts are solved: whether any still occur is to be looked at.
-    std::function<void()> AllSolved = [] {};
+    Hook<void()> AllSolved;
 
     /// Resolves what can be without the user, and shows the first of the rest. False when nothing is left; the user has
     /// been told so.

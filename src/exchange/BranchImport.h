@@ -1,13 +1,13 @@
 #pragma once
 
 #include "exchange/BranchStream.h"
+#include "platform/system/Hook.h"
 #include "platform/system/Work.h"
 #include "store/Library.h"
 
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
-#include <functional>
 #include <vector>
 
 namespace qb {
@@ -60,7 +60,7 @@ struct BranchImportOptions {
     qint64 Parent = 0; ///< the item under which the branch is put; 0: the root
     QStringList Only;  ///< keys of items whose branches are taken; empty: all
     /// Told what was imported before it counts. What it raises takes everything back.
-    std::function<void(const BranchImportResult&)> BeforeCommit = [](const BranchImportResult&) {};
+    Hook<void(const BranchImportResult&)> BeforeCommit{};
 };
 
 /// Takes an export in: items, stored files and web pages, and the links between its items. All or nothing: on an

@@ -5,6 +5,7 @@
 #include "support/ErrorRoutine.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace qb {
 
@@ -54,7 +55,7 @@ QString TreePathOf(const TreeNodes& nodes, qint64 item)
 }
 
 QuickOpen::QuickOpen(QuickOpenHost& host, FindService& find)
-    : m_host(host), m_find(find, [this](qint64 item) { return PathOf(item); })
+    : m_host(host), m_find(find, std::bind_front(&QuickOpen::PathOf, this))
 {
     const auto isOld = [this] { m_titlesOld = true; };
     const TreeNodes* nodes = &host.Nodes();

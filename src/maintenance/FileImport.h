@@ -1,10 +1,10 @@
 #pragma once
 
+#include "platform/system/Hook.h"
 #include "platform/system/Work.h"
 #include "store/Library.h"
 
 #include <QStringList>
-#include <functional>
 #include <vector>
 
 namespace qb {
@@ -36,7 +36,7 @@ struct FileImportOptions {
     /// All files or none; otherwise those that came before one that failed stay.
     bool Whole = false;
     /// With Whole: told the IDs before they count. What it raises takes everything back.
-    std::function<void(const QStringList& keys)> BeforeCommit = [](const QStringList&) {};
+    Hook<void(const QStringList& keys)> BeforeCommit{};
 };
 
 struct FileImportResult {

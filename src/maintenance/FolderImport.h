@@ -1,12 +1,12 @@
 #pragma once
 
+#include "platform/system/Hook.h"
 #include "platform/system/TextEncoding.h"
 #include "platform/system/Work.h"
 #include "store/Library.h"
 
 #include <QString>
 #include <QStringList>
-#include <functional>
 #include <vector>
 
 namespace qb {
@@ -20,7 +20,7 @@ struct FolderImportOptions {
     /// An item names the language that its file's name or first line tells, where that isn't the library's.
     bool NamesLanguages = true;
     /// Told what was imported before it counts. What it raises takes everything back.
-    std::function<void(const FolderImportResult&)> BeforeCommit = [](const FolderImportResult&) {};
+    Hook<void(const FolderImportResult&)> BeforeCommit{};
 };
 
 /// A file or folder that could not be taken in, and why.

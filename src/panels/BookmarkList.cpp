@@ -4,6 +4,8 @@
 #include "store/CBookmark.h"
 #include "support/ErrorRoutine.h"
 
+#include <functional>
+
 namespace qb {
 
 using namespace Qt::StringLiterals;
@@ -26,8 +28,7 @@ bool Asked(const QString& text, const QString& caption)
 
 BookmarkList::BookmarkList()
 {
-    QObject::connect(&m_rows, &BookmarkTree::MoveAsked, &m_rows,
-                     [this](qint64 bookmark, qint64 group) { MoveToGroup(bookmark, group); });
+    QObject::connect(&m_rows, &BookmarkTree::MoveAsked, &m_rows, std::bind_front(&BookmarkList::MoveToGroup, this));
 }
 
 void BookmarkList::Initialise(Library& library)

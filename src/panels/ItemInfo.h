@@ -1,12 +1,12 @@
 #pragma once
 
+#include "platform/system/Hook.h"
 #include "store/CCodeItem.h"
 #include "store/ItemRules.h"
 #include "store/ItemStatus.h"
 
 #include <QPointer>
 #include <array>
-#include <functional>
 #include <memory>
 #include <span>
 
@@ -93,7 +93,7 @@ public:
     bool LeaveKept(bool automatic);
 
     /// Whether an item that is left is saved without a question.
-    std::function<bool()> AutoSaveOn = [] { return true; };
+    Hook<bool()> AutoSaveOn{true};
 
 Q_SIGNALS:
     /// Another item is shown, or it can be changed where it could not, or the other way round.

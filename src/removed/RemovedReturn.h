@@ -1,8 +1,7 @@
 #pragma once
 
+#include "platform/system/Hook.h"
 #include "removed/RemovedList.h"
-
-#include <functional>
 
 namespace qb {
 
@@ -21,7 +20,7 @@ struct ReturnOptions {
     qint64 Parent = -1;     ///< 0: the root; -1: the former one, where that is still there
     bool WithBranch = true; ///< with what stood below it in the same event, and is gone too
     /// Told what was brought back before it counts. What it raises takes everything back.
-    std::function<void(const ReturnResult&)> BeforeCommit = [](const ReturnResult&) {};
+    Hook<void(const ReturnResult&)> BeforeCommit{};
 };
 
 /// Where an entry would come back to.

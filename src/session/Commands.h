@@ -7,6 +7,8 @@
 #include <QString>
 #include <functional>
 #include <span>
+#include <type_traits>
+#include <utility>
 
 namespace qb {
 
@@ -67,6 +69,13 @@ public:
 
     /// What a command runs. One without a procedure is not shown.
     void Register(const QString& name, std::function<void()> procedure);
+    /// The same, a method of @p object with the arguments that it gets each time.
+    template <class Object, class Method, class... Arguments>
+    requires std::is_member_function_pointer_v<Method>
+    void Register(const QString& name, Object* object, Method method, Arguments... arguments)
+    {
+        Register(name, std::bind_front(method, object, std::move(arguments)...));
+    }
     bool HasProcedure(const QString& name) const { return m_procedures.contains(name); }
     /// Runs a command, unless its state forbids it, whatever face it was given by. An error is reported.
     void Run(const QString& name);

@@ -73,10 +73,10 @@ QString AskForTarget(const QString& backupFile)
 DatabaseTools::DatabaseTools(SessionState& session, Commands& commands, LibraryList& libraries, ItemTree& tree)
     : m_session(session), m_commands(commands), m_libraries(libraries), m_tree(tree)
 {
-    m_commands.Register(u"mnuDBToolsBackupItem"_s, [this] { mnuDBToolsBackupItem_Click(); });
-    m_commands.Register(u"mnuDBToolsRestoreItem"_s, [this] { mnuDBToolsRestoreItem_Click(); });
+    m_commands.Register(u"mnuDBToolsBackupItem"_s, this, &DatabaseTools::mnuDBToolsBackupItem_Click);
+    m_commands.Register(u"mnuDBToolsRestoreItem"_s, this, &DatabaseTools::mnuDBToolsRestoreItem_Click);
     m_commands.Register(u"mnuToolDatabaseRepair"_s, [] {}); // messages name it, and there has never been such a tool
-    m_commands.Register(u"mnuUndoThisSessionChanges"_s, [this] { mnuUndoThisSessionChanges_Click(); });
+    m_commands.Register(u"mnuUndoThisSessionChanges"_s, this, &DatabaseTools::mnuUndoThisSessionChanges_Click);
     m_commands.SetEnabled(u"mnuUndoThisSessionChanges"_s, false);
 }
 

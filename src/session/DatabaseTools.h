@@ -7,7 +7,6 @@
 #include "session/ShellView.h"
 
 #include <QString>
-#include <functional>
 
 namespace qb {
 
@@ -45,8 +44,7 @@ public:
     void mnuUndoThisSessionChanges_Click();
 
     /// Runs a work that takes its time, with something to watch it by.
-    std::function<void(const QString& title, const std::function<void(Work&)>& body)> Watched =
-        [](const QString&, const std::function<void(Work&)>& body) { body(NoWork()); };
+    WatchedRun Watched = RunUnwatched;
 
 private:
     bool OpenAgain();

@@ -7,6 +7,8 @@
 #include "store/Library.h"
 #include "support/ErrorRoutine.h"
 
+#include <functional>
+
 namespace qb {
 
 using namespace Qt::StringLiterals;
@@ -50,8 +52,8 @@ ItemCommands::ItemCommands(SessionState& session, ItemTreeView& view, ItemDetail
                            Commands& commands, ItemTree& tree)
     : m_session(session), m_view(view), m_details(details), m_shell(shell), m_commands(commands), m_tree(tree)
 {
-    m_tree.SaveItem = [this] { return SaveItem(); };
-    m_details.KeepingDeletedRecord = [this](const QString& id) { KeepingDeletedRecord(id); };
+    m_tree.SaveItem = std::bind_front(&ItemCommands::SaveItem, this);
+    m_details.KeepingDeletedRecord = std::bind_front(&ItemCommands::KeepingDeletedRecord, this);
     m_details.TitleTaken = [this](const QString& id, const QString& title) {
         if (TreeNode* node = m_view.Nodes().Find(id.toLongLong()))
             m_view.Nodes().SetText(*node, title);
@@ -77,10 +79,10 @@ void ItemCommands::RegisterCommands()
         ofShownItem(name, &ItemCommands::DeleteCodeItem);
     ofShownItem(u"mnuNewSiblingItem"_s, &ItemCommands::mnuNewSiblingItem_Click);
     ofShownItem(u"mnuRename"_s, &ItemCommands::mnuRename_Click);
-    m_commands.Register(u"mnuKeepItem"_s, [this] { mnuKeepItem_Click(); });
-    m_commands.Register(u"mnuSaveItem"_s, [this] { mnuSaveItem_Click(); });
+    m_commands.Register(u"mnuKeepItem"_s, this, &ItemCommands::mnuKeepItem_Click);
+    m_commands.Register(u"mnuSaveItem"_s, this, &ItemCommands::mnuSaveItem_Click);
     m_commands.Register(u"mnuAutoSaveItem"_s, [this] { SetAutoSaveOn(!m_autoSaveOn); });
-    m_commands.Register(u"mnuRemoveDeletedItems"_s, [this] { mnuRemoveDeletedItems_Click(); });
+    m_commands.Register(u"mnuRemoveDeletedItems"_s, this, &ItemCommands::mnuRemoveDeletedItems_Click);
 }
 
 /// What a click in a link mode names may be an item that takes no part in it; true when that was told.

@@ -95,11 +95,11 @@ ItemExchange::ItemExchange(SessionState& session, Commands& commands, ItemTree& 
                            ShellView& shell)
     : m_session(session), m_tree(tree), m_view(view), m_shell(shell)
 {
-    commands.Register(u"mnuExport"_s, [this] { mnuExport_Click(); });
-    commands.Register(u"mnuImport"_s, [this] { mnuImport_Click(); });
+    commands.Register(u"mnuExport"_s, this, &ItemExchange::mnuExport_Click);
+    commands.Register(u"mnuImport"_s, this, &ItemExchange::mnuImport_Click);
     commands.Register(u"mnuExportForReaders"_s, [] {}); // opens its menu
     for (const ReaderRow& row : ReaderRows)
-        commands.Register(QString::fromLatin1(row.Command), [this, form = row.Form] { ExportForReaders(form); });
+        commands.Register(QString::fromLatin1(row.Command), this, &ItemExchange::ExportForReaders, row.Form);
 }
 
 std::optional<qint64> ItemExchange::SelectedItem() const

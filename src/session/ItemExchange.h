@@ -2,6 +2,7 @@
 
 #include "exchange/ImportPreview.h"
 #include "panels/ItemTreeView.h"
+#include "platform/system/Hook.h"
 #include "platform/system/Work.h"
 #include "publishing/BranchPublisher.h"
 #include "session/Commands.h"
@@ -30,12 +31,10 @@ public:
     void ExportForReaders(ReaderForm form);
 
     /// Runs a work that takes its time, with something to watch it by.
-    std::function<void(const QString& title, const std::function<void(Work&)>& body)> Watched =
-        [](const QString&, const std::function<void(Work&)>& body) { body(NoWork()); };
+    WatchedRun Watched = RunUnwatched;
     /// Shows what an import would bring; the keys of the branches to be taken in, none for all, or nothing when the
     /// user cancelled.
-    std::function<std::optional<QStringList>(const std::vector<PreviewedItem>& items)> ChooseBranches =
-        [](const std::vector<PreviewedItem>&) { return QStringList(); };
+    Hook<std::optional<QStringList>(const std::vector<PreviewedItem>& items)> ChooseBranches{QStringList()};
 
 private:
     /// The selected item, 0 for the root; nothing where none is selected.

@@ -39,7 +39,7 @@ ItemLinking::ItemLinking(SessionState& session, ItemTreeView& view, Commands& co
         {"mnuAddLinkTwoWayItem", LinkMode::TwoWay},
         {"mnuAddLinkTwoWayNew", LinkMode::TwoWayNew}};
     for (const auto& [name, mode] : modes)
-        m_commands.Register(QString::fromLatin1(name), [this, mode = mode] { CreateNewLink(mode); });
+        m_commands.Register(QString::fromLatin1(name), this, &ItemLinking::CreateNewLink, mode);
     m_commands.Register(u"mnuAddLink"_s, [] {}); // opens the menu of these
 }
 

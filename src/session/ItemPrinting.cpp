@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 ItemPrinting::ItemPrinting(SessionState& session, Commands& commands) : m_session(session)
 {
     for (const QString& command : {u"PRINT"_s, u"mnuFilePrint"_s}) {
-        commands.Register(command, [this] { PrintCurrentItem(); });
+        commands.Register(command, this, &ItemPrinting::PrintCurrentItem);
         commands.SetEnabled(command, false); // until a node is selected
     }
 }

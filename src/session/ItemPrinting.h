@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/system/Hook.h"
 #include "printing/PrintRequest.h"
 #include "session/Commands.h"
 #include "session/SessionState.h"
@@ -18,7 +19,7 @@ public:
     /// Makes what prints, anew for each print.
     std::function<std::unique_ptr<PrintComponent>()> MakeComponent;
     /// What was typed into the current item and is not saved yet.
-    std::function<std::optional<UnsavedTexts>()> TypedTexts = [] { return std::nullopt; };
+    Hook<std::optional<UnsavedTexts>()> TypedTexts;
 
     /// Prints the current item; returns when that is done. The list of its stored files is read anew for it and goes
     /// afterwards, whatever happens. An error is reported.

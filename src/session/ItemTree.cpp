@@ -6,6 +6,7 @@
 #include "support/ErrorRoutine.h"
 
 #include <QLocale>
+#include <functional>
 
 namespace qb {
 
@@ -53,14 +54,14 @@ void ItemTree::RegisterCommands()
         if (SaveItem())
             Reload();
     });
-    m_commands.Register(u"mnuCollapseBranchesItem"_s, [this] { CollapseBranches(); });
+    m_commands.Register(u"mnuCollapseBranchesItem"_s, this, &ItemTree::CollapseBranches);
 }
 
 void ItemTree::FollowHistory()
 {
     const CHistory* history = m_session.moHistory.get();
     const auto enable = [this](const QString& button, const QString& entry, bool enabled) {
-        return [this, button, entry, enabled] { EnableBoth(button, entry, enabled); };
+        return std::bind_front(&ItemTree::EnableBoth, this, button, entry, enabled);
     };
     connect(history, &CHistory::FirstHistoryItem, this, enable(u"BACK"_s, u"mnuBackItem"_s, false));
     connect(history, &CHistory::HistoryItemAdded, this, enable(u"BACK"_s, u"mnuBackItem"_s, true));
@@ -388,11 +389,11 @@ void ItemTree::ApplyToNode(qint64 id)
 void ItemTree::ConnectItem()
 {
     const CCodeItem* item = m_session.oCodeItem.get();
-    connect(item, &CCodeItem::CodeLoaded, this, [this](bool has) { m_details.SetCodeEnabled(has); });
-    connect(item, &CCodeItem::NotesLoaded, this, [this](bool has) { m_details.SetNotesEnabled(has); });
-    connect(item, &CCodeItem::UsageLoaded, this, [this](bool has) { m_details.SetUsageEnabled(has); });
-    connect(item, &CCodeItem::FilesLoaded, this, [this](bool has) { m_details.SetFilesEnabled(has); });
-    connect(item, &CCodeItem::LinkLoaded, this, [this](bool has) { m_details.SetLinksEnabled(has); });
+    connect(item, &CCodeItem::CodeLoaded, this, std::bind_front(&ItemDetailsView::SetCodeEnabled, &m_details));
+    connect(item, &CCodeItem::NotesLoaded, this, std::bind_front(&ItemDetailsView::SetNotesEnabled, &m_details));
+    connect(item, &CCodeItem::UsageLoaded, this, std::bind_front(&ItemDetailsView::SetUsageEnabled, &m_details));
+    connect(item, &CCodeItem::FilesLoaded, this, std::bind_front(&ItemDetailsView::SetFilesEnabled, &m_details));
+    connect(item, &CCodeItem::LinkLoaded, this, std::bind_front(&ItemDetailsView::SetLinksEnabled, &m_details));
     connect(item, &CCodeItem::NewItemLoaded, this, &ItemTree::ShowItemDate);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "panels/ItemTreeView.h"
+#include "platform/system/Hook.h"
 #include "session/CommandRules.h"
 #include "session/Commands.h"
 #include "session/SessionState.h"
@@ -8,7 +9,6 @@
 #include "text/ItemDetailsView.h"
 
 #include <QObject>
-#include <functional>
 
 namespace qb {
 
@@ -21,9 +21,9 @@ public:
     ItemTree(SessionState& session, ItemTreeView& view, ItemDetailsView& details, ShellView& shell, Commands& commands);
 
     /// Saves the item that is about to be left. False when it has to stay.
-    std::function<bool()> SaveItem = [] { return true; };
+    Hook<bool()> SaveItem{true};
     /// Another item, or the root, is the current one.
-    std::function<void()> ItemShown = [] {};
+    Hook<void()> ItemShown;
 
     /// Builds the whole tree anew. A parent that names no row, or a cycle, ends it with an error
     /// report; the nodes that have no place by then stay beside the root.

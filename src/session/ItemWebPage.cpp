@@ -50,9 +50,9 @@ bool Inserted(const std::function<void()>& insert)
 ItemWebPage::ItemWebPage(SessionState& session, ItemDetailsView& details, Commands& commands)
     : m_session(session), m_details(details), m_commands(commands)
 {
-    commands.Register(u"mnuWebHome"_s, [this] { DisplayDefaultHTMLPage(); });
+    commands.Register(u"mnuWebHome"_s, this, &ItemWebPage::DisplayDefaultHTMLPage);
     commands.Register(u"mnuWebDeletePage"_s, [this] { Run(u"DeletePage"_s, &ItemWebPage::DeletePageAsked); });
-    commands.Register(u"mnuHTMLDefaultItem"_s, [this] { CreateDefaultFile(); });
+    commands.Register(u"mnuHTMLDefaultItem"_s, this, &ItemWebPage::CreateDefaultFile);
 }
 
 void ItemWebPage::SetComponents(std::unique_ptr<PageComponents> components)

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "platform/system/Hook.h"
 #include "session/Commands.h"
 #include "session/SessionState.h"
 #include "text/ItemDetailsView.h"
 #include "web/PageComponents.h"
 
 #include <QString>
-#include <functional>
 #include <memory>
 
 namespace qb {
@@ -22,11 +22,11 @@ public:
 
     // Asked of the window
     /// What the address box says.
-    std::function<QString()> Address = [] { return QString(); };
+    Hook<QString()> Address;
     /// Loads the page anew that is shown.
-    std::function<void()> Reload = [] {};
+    Hook<void()> Reload;
     /// The row of the current item is another one: its dates, and whether it has a page.
-    std::function<void()> RowChanged = [] {};
+    Hook<void()> RowChanged;
 
     /// The Links tab is in sight: shows the current item's page, unless it has been shown and the
     /// user has gone on from there.

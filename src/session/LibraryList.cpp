@@ -35,10 +35,10 @@ LibraryList::LibraryList(SessionState& session, ShellView& shell, ItemDetailsVie
                          ItemTree& tree)
     : m_session(session), m_shell(shell), m_details(details), m_commands(commands), m_tree(tree)
 {
-    m_commands.Register(u"mnuNewDatabase"_s, [this] { mnuNewDatabase_Click(); });
-    m_commands.Register(u"mnuOpenDatabase"_s, [this] { mnuOpenDatabase_Click(); });
-    m_commands.Register(u"mnuNewAliasItem"_s, [this] { mnuNewAliasItem_Click(); });
-    m_commands.Register(u"mnuRemoveDBItem"_s, [this] { mnuRemoveDBItem_Click(); });
+    m_commands.Register(u"mnuNewDatabase"_s, this, &LibraryList::mnuNewDatabase_Click);
+    m_commands.Register(u"mnuOpenDatabase"_s, this, &LibraryList::mnuOpenDatabase_Click);
+    m_commands.Register(u"mnuNewAliasItem"_s, this, &LibraryList::mnuNewAliasItem_Click);
+    m_commands.Register(u"mnuRemoveDBItem"_s, this, &LibraryList::mnuRemoveDBItem_Click);
 }
 
 QString LibraryList::DefaultLibraryPath()

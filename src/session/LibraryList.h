@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/system/Hook.h"
 #include "session/Commands.h"
 #include "session/SessionState.h"
 #include "session/ShellView.h"
@@ -70,15 +71,15 @@ public:
     /// Called for a new library of a self-defined language: its words are to be entered.
     std::function<void()> DisplayKeywordDefiner;
     /// Makes a library of a transfer file; its path, empty where there is none.
-    std::function<QString(const QString& file)> UnpackReplica = [](const QString&) { return QString(); };
+    Hook<QString(const QString& file)> UnpackReplica;
     /// A library was opened, and is not shown yet.
-    std::function<void()> DatabaseOpened = [] {};
+    Hook<void()> DatabaseOpened;
     /// The open library is about to be closed.
-    std::function<void()> DatabaseClosing = [] {};
+    Hook<void()> DatabaseClosing;
     /// What the library says of its part in replication was read anew.
-    std::function<void()> ReplicationRead = [] {};
+    Hook<void()> ReplicationRead;
     /// Another library is open and shown.
-    std::function<void()> LibraryShown = [] {};
+    Hook<void()> LibraryShown;
 
 private:
     /// While it lives, changes of the combo box are the program's own.

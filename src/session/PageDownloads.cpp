@@ -3,6 +3,8 @@
 #include "maintenance/FileImport.h"
 #include "store/ItemRules.h"
 
+#include <functional>
+
 namespace qb {
 
 using namespace Qt::StringLiterals;
@@ -32,11 +34,9 @@ void PageDownloads::Load(const QUrl& url)
 void PageDownloads::Make()
 {
     m_oInetFileLoad = std::make_unique<InetFileLoad>(m_maker);
-    m_oInetFileLoad->IsBusy = [this] { return IsBusy(); };
-    m_oInetFileLoad->Watch = [this](const auto& copy) { Watch(copy); };
-    m_oInetFileLoad->FileLoaded = [this](const QString& file, const DownloadTarget& target) {
-        return Store(file, target);
-    };
+    m_oInetFileLoad->IsBusy = std::ref(IsBusy);
+    m_oInetFileLoad->Watched = std::ref(Watched);
+    m_oInetFileLoad->FileLoaded = std::bind_front(&PageDownloads::Store, this);
     connect(m_oInetFileLoad.get(), &InetFileLoad::IsPage, this, [this](const QUrl& url) { ShowAsPage(url); });
     connect(m_oInetFileLoad.get(), &InetFileLoad::OpenItem, this, [this](const DownloadTarget& target) {
         if (m_session.CurrentDatabase && m_session.CurrentDatabase->Name() == target.Library)
@@ -73,7 +73,7 @@ bool PageDownloads::Store(const QString& file, const DownloadTarget& target)
     FileImportOptions options;
     options.Whole = true;
     FileImportResult stored;
-    Watch([&](Work& work) {
+    Watched(u"Storing a Loaded File"_s, [&](Work& work) {
         stored = ImportStoredFiles(*library, QString::number(target.Item), FileImportPlan{{file}, {}}, options, work);
     });
     if (stored.Complete && isOpen)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/system/Hook.h"
 #include "platform/system/Work.h"
 #include "session/SessionState.h"
 #include "web/InetFileLoad.h"
@@ -29,18 +30,16 @@ public:
 
     // Asked of the window
     /// A component was made: it is to be seen.
-    std::function<void(InetFileLoad& component)> Show = [](InetFileLoad&) {};
-    std::function<bool()> MayClose = [] { return true; };
+    Hook<void(InetFileLoad& component)> Show;
+    Hook<bool()> MayClose{true};
     /// Something else is being done that nothing must come between.
-    std::function<bool()> IsBusy = [] { return false; };
+    Hook<bool()> IsBusy;
     /// Lets the user watch how a file is stored or saved, and cancel that.
-    std::function<void(const std::function<void(Work& work)>& store)> Watch = [](const auto& store) {
-        store(NoWork());
-    };
+    WatchedRun Watched = RunUnwatched;
     /// An item of the open library has got a stored file.
-    std::function<void(qint64 item)> FilesStored = [](qint64) {};
-    std::function<void(qint64 item)> GoToItem = [](qint64) {};
-    std::function<void(const QUrl& url)> ShowAsPage = [](const QUrl&) {};
+    Hook<void(qint64 item)> FilesStored;
+    Hook<void(qint64 item)> GoToItem;
+    Hook<void(const QUrl& url)> ShowAsPage;
 
 private:
     void Make();

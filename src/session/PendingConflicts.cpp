@@ -13,8 +13,8 @@ using namespace Qt::StringLiterals;
 PendingConflicts::PendingConflicts(SessionState& session, Commands& commands, ItemTree& tree)
     : m_session(session), m_tree(tree)
 {
-    commands.Register(u"mnuConflictSolver"_s, [this] { mnuConflictSolver_Click(); });
-    commands.Register(u"mnuResolveItem"_s, [this] { mnuResolveItem_Click(); });
+    commands.Register(u"mnuConflictSolver"_s, this, &PendingConflicts::mnuConflictSolver_Click);
+    commands.Register(u"mnuResolveItem"_s, this, &PendingConflicts::mnuResolveItem_Click);
 }
 
 bool PendingConflicts::HasConflicts() const

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "platform/system/Hook.h"
 #include "session/Commands.h"
 #include "session/SessionState.h"
 
 #include <QList>
-#include <functional>
 #include <optional>
 
 namespace qb {
@@ -19,8 +19,7 @@ public:
     PendingConflicts(SessionState& session, Commands& commands, ItemTree& tree);
 
     /// Shows the solver, for one item or for all; returns the items that were decided.
-    std::function<QList<qint64>(Library& library, std::optional<qint64> item)> ShowSolver =
-        [](Library&, std::optional<qint64>) { return QList<qint64>(); };
+    Hook<QList<qint64>(Library& library, std::optional<qint64> item)> ShowSolver;
 
     // Commands
     void mnuConflictSolver_Click();

@@ -2,12 +2,11 @@
 
 #include "finder/QuickRow.h"
 #include "panels/ItemTreeView.h"
+#include "platform/system/Hook.h"
 #include "session/Commands.h"
 #include "session/ItemTree.h"
 #include "session/SessionState.h"
 #include "text/ItemEditor.h"
-
-#include <functional>
 
 namespace qb {
 
@@ -33,21 +32,21 @@ public:
     // What the window does
 
     /// The states of commands that menus bring up to date when they open.
-    std::function<void()> UpdateCommands = [] {};
+    Hook<void()> UpdateCommands;
     /// Whether the window offers a command: no menu that it stands in is shut.
-    std::function<bool(const QString& name)> IsOffered = [](const QString&) { return true; };
+    Hook<bool(const QString& name)> IsOffered{true};
     /// The key of a command, as a user reads it.
-    std::function<QString(const QString& name)> KeyOf = [](const QString&) { return QString(); };
+    Hook<QString(const QString& name)> KeyOf;
     /// The tree is to be seen, whole.
-    std::function<void()> ShowTree = [] {};
+    Hook<void()> ShowTree;
     /// The focus goes to the text of the item.
-    std::function<void()> FocusText = [] {};
+    Hook<void()> FocusText;
     /// A tab comes to the front.
-    std::function<void(DetailsTab tab)> ShowTab = [](DetailsTab) {};
+    Hook<void(DetailsTab tab)> ShowTab;
     /// A stored file of the item is selected, and the focus goes to the list of files.
-    std::function<void(qint64 file)> ShowFile = [](qint64) {};
+    Hook<void(qint64 file)> ShowFile;
     /// The caret goes to a line of the code on the tab that is shown.
-    std::function<void(int line)> ShowLine = [](int) {};
+    Hook<void(int line)> ShowLine;
 
 private:
     bool GoTo(qint64 item);

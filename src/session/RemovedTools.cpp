@@ -112,8 +112,8 @@ QString RemovedBrowser::DoneText(const QString& title, const ReturnResult& resul
 RemovedTools::RemovedTools(SessionState& session, Commands& commands, LibraryList& libraries, ItemTree& tree)
     : m_session(session), m_libraries(libraries), m_tree(tree)
 {
-    commands.Register(u"mnuRemovedItems"_s, [this] { mnuRemovedItems_Click(); });
-    commands.Register(u"mnuUndoSynchronization"_s, [this] { mnuUndoSynchronization_Click(); });
+    commands.Register(u"mnuRemovedItems"_s, this, &RemovedTools::mnuRemovedItems_Click);
+    commands.Register(u"mnuUndoSynchronization"_s, this, &RemovedTools::mnuUndoSynchronization_Click);
 }
 
 void RemovedTools::mnuRemovedItems_Click()

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "platform/system/Hook.h"
 #include "platform/system/Work.h"
 #include "removed/RemovedReturn.h"
 #include "session/Commands.h"
 #include "session/SessionState.h"
 
 #include <QString>
-#include <functional>
 #include <vector>
 
 namespace qb {
@@ -64,10 +64,9 @@ public:
     qint64 AskPlace();
 
     /// Shows the list.
-    std::function<void(Library& library)> ShowList = [](Library&) {};
+    Hook<void(Library& library)> ShowList;
     /// Runs a work that takes its time, with something to watch it by.
-    std::function<void(const QString& title, const std::function<void(Work&)>& body)> Watched =
-        [](const QString&, const std::function<void(Work&)>& body) { body(NoWork()); };
+    WatchedRun Watched = RunUnwatched;
 
 private:
     SessionState& m_session;

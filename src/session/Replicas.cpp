@@ -14,6 +14,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <functional>
 
 namespace qb {
 
@@ -71,11 +72,11 @@ QString AskForPlace(const QString& file)
 Replicas::Replicas(SessionState& session, ShellView& shell, Commands& commands, LibraryList& libraries, ItemTree& tree)
     : m_session(session), m_shell(shell), m_commands(commands), m_libraries(libraries), m_tree(tree)
 {
-    m_commands.Register(u"mnuDBToolsCreateReplicaItem"_s, [this] { mnuDBToolsCreateReplicaItem_Click(); });
-    m_commands.Register(u"mnuDBToolsExportChangesItem"_s, [this] { mnuDBToolsExportChangesItem_Click(); });
-    m_commands.Register(u"mnuExportAgainItem"_s, [this] { mnuExportAgainItem_Click(); });
-    m_commands.Register(u"mnuDBToolsForgetReplicaItem"_s, [this] { DisplayReplicaList(); });
-    m_libraries.UnpackReplica = [this](const QString& file) { return OpenTransferFile(file); };
+    m_commands.Register(u"mnuDBToolsCreateReplicaItem"_s, this, &Replicas::mnuDBToolsCreateReplicaItem_Click);
+    m_commands.Register(u"mnuDBToolsExportChangesItem"_s, this, &Replicas::mnuDBToolsExportChangesItem_Click);
+    m_commands.Register(u"mnuExportAgainItem"_s, this, &Replicas::mnuExportAgainItem_Click);
+    m_commands.Register(u"mnuDBToolsForgetReplicaItem"_s, this, &Replicas::DisplayReplicaList);
+    m_libraries.UnpackReplica = std::bind_front(&Replicas::OpenTransferFile, this);
 }
 
 QString Replicas::BaseName() const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/system/Hook.h"
 #include "platform/system/Work.h"
 #include "replication/ChangeFile.h"
 #include "session/Commands.h"
@@ -7,7 +8,6 @@
 #include "session/ShellView.h"
 
 #include <QString>
-#include <functional>
 
 namespace qb {
 
@@ -34,10 +34,9 @@ public:
     void UpdateMenuReplicationState();
 
     /// Runs a work that takes its time, with something to watch it by.
-    std::function<void(const QString& title, const std::function<void(Work&)>& body)> Watched =
-        [](const QString&, const std::function<void(Work&)>& body) { body(NoWork()); };
+    WatchedRun Watched = RunUnwatched;
     /// Shows the list of children, where one can be struck off.
-    std::function<void(Library& library)> ShowReplicaList = [](Library&) {};
+    Hook<void(Library& library)> ShowReplicaList;
 
 private:
     void ExportChanges(ExportAgain again);

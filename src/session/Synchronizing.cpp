@@ -34,9 +34,9 @@ Synchronizing::Synchronizing(SessionState& session, ShellView& shell, Commands& 
     : m_session(session), m_shell(shell), m_commands(commands), m_libraries(libraries), m_tree(tree),
       m_replicas(replicas)
 {
-    m_commands.Register(u"mnuDBToolsSynchronizeItem"_s, [this] { mnuDBToolsSynchronizeItem_Click(); });
-    m_commands.Register(u"mnuSynchronizationReportsItem"_s, [this] { mnuSynchronizationReportsItem_Click(); });
-    m_commands.Register(u"mnuHandOutAgainItem"_s, [this] { mnuHandOutAgainItem_Click(); });
+    m_commands.Register(u"mnuDBToolsSynchronizeItem"_s, this, &Synchronizing::mnuDBToolsSynchronizeItem_Click);
+    m_commands.Register(u"mnuSynchronizationReportsItem"_s, this, &Synchronizing::mnuSynchronizationReportsItem_Click);
+    m_commands.Register(u"mnuHandOutAgainItem"_s, this, &Synchronizing::mnuHandOutAgainItem_Click);
 }
 
 void Synchronizing::mnuDBToolsSynchronizeItem_Click()

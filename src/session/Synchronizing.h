@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/system/Hook.h"
 #include "platform/system/Work.h"
 #include "replication/Synchronization.h"
 #include "session/Commands.h"
@@ -7,7 +8,6 @@
 #include "session/ShellView.h"
 
 #include <QString>
-#include <functional>
 
 namespace qb {
 
@@ -31,19 +31,15 @@ public:
     void mnuHandOutAgainItem_Click();
 
     /// Runs a work that takes its time, with something to watch it by.
-    std::function<void(const QString& title, const std::function<void(Work&)>& body)> Watched =
-        [](const QString&, const std::function<void(Work&)>& body) { body(NoWork()); };
+    WatchedRun Watched = RunUnwatched;
     /// The way is clear of conflicts of an earlier synchronization, which the user may be asked about.
-    std::function<bool()> ResolvePendingConflicts = [] { return true; };
+    Hook<bool()> ResolvePendingConflicts{true};
     /// Shows what a file would do; false when the user does not want it. @p showAgain: also next time.
-    std::function<bool(const MergeReport& report, bool& showAgain)> ShowPreview = [](const MergeReport&, bool&) {
-        return true;
-    };
+    Hook<bool(const MergeReport& report, bool& showAgain)> ShowPreview{true};
     /// Shows what synchronizations did, the latest first.
-    std::function<void(const std::vector<MergeReport>& reports)> ShowReports = [](const std::vector<MergeReport>&) {};
+    Hook<void(const std::vector<MergeReport>& reports)> ShowReports;
     /// Lets the user choose one of the children, by what they are called; nothing when the user cancelled.
-    std::function<std::optional<size_t>(const QStringList& children)> ChooseChild =
-        [](const QStringList&) -> std::optional<size_t> { return std::nullopt; };
+    Hook<std::optional<size_t>(const QStringList& children)> ChooseChild;
 
 private:
     bool IsWanted(const QString& file);

@@ -19,6 +19,7 @@
 #include <QFileInfo>
 #include <QRandomGenerator>
 #include <cmath>
+#include <functional>
 
 namespace qb {
 
@@ -140,9 +141,9 @@ bool CDBCreate::CreateAditionalTales(bool withHTML)
         Transaction transaction(*m_database);
         // A library that has or is a child has them already. A mother keeps what they record for her other
         // children; in a copy they belong to the one that it was made of.
-        TolerateExisting([this] { Create_TblDef_DeletedFiles(); });
-        TolerateExisting([this] { Create_TblDef_DeletedItems(); });
-        TolerateExisting([this] { Create_TblDef_DeletedItemLinks(); });
+        TolerateExisting(std::bind_front(&CDBCreate::Create_TblDef_DeletedFiles, this));
+        TolerateExisting(std::bind_front(&CDBCreate::Create_TblDef_DeletedItems, this));
+        TolerateExisting(std::bind_front(&CDBCreate::Create_TblDef_DeletedItemLinks, this));
         if (withHTML) {
             TolerateExisting([this] { Create_TblDef_HTMLFiles({}); });
             for (const QString& table :

@@ -21,6 +21,7 @@
 #include <QScopeGuard>
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <limits>
 #include <optional>
 
@@ -150,7 +151,7 @@ void CFileObject::Settle()
 
 bool CFileObject::PutInPlace()
 {
-    return UnlessCancelled(u"PutInPlace"_s, [this] { Settle(); });
+    return UnlessCancelled(u"PutInPlace"_s, std::bind_front(&CFileObject::Settle, this));
 }
 
 /// 0 where the mother doesn't know the item yet.

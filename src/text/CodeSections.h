@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/richtext/IRichTextBox.h"
+#include "platform/system/Hook.h"
 
-#include <functional>
 #include <span>
 #include <utility>
 
@@ -34,7 +34,7 @@ public:
     CodeSections(IRichTextBox& box, const QString& commentIdentifier);
 
     /// A header was looked for and is not in the text.
-    std::function<void(quint8 bit)> HeaderMissing = [](quint8) {};
+    Hook<void(quint8 bit)> HeaderMissing;
 
     /// What any header begins with.
     QString StartMarker() const;

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "platform/system/Hook.h"
+
 #include <QString>
-#include <functional>
 
 class QWidget;
 
@@ -35,7 +36,7 @@ public:
     virtual void ForgetFileDescChanges() = 0;
 
     /// Told when another description is shown.
-    std::function<void()> DescriptionShown = [] {};
+    Hook<void()> DescriptionShown;
 
     /// The box of the current file's description.
     virtual RichTextBox& DescriptionTextBox() = 0;

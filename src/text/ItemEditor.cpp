@@ -12,6 +12,7 @@
 
 #include <QScopedValueRollback>
 #include <algorithm>
+#include <functional>
 
 namespace qb {
 
@@ -69,7 +70,7 @@ bool KeepsDeletedItem(bool isChildReplica)
 } // namespace
 
 ItemEditor::ItemEditor(CTextFormat& formatter, const Boxes& boxes, ItemEditorView& view)
-    : mFT(formatter), m_view(view), m_recovery([this] { return Unsaved(); })
+    : mFT(formatter), m_view(view), m_recovery(std::bind_front(&ItemEditor::Unsaved, this))
 {
     for (size_t i = 0; i < boxes.size(); ++i)
         m_texts[i].Box = boxes[i];

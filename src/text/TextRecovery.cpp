@@ -6,6 +6,7 @@
 #include <QDir>
 #include <algorithm>
 #include <chrono>
+#include <functional>
 
 namespace qb {
 
@@ -73,7 +74,7 @@ TextRecovery::TextRecovery(std::function<std::optional<UnsavedTexts>()> unsaved)
 {
     m_timer.setSingleShot(true);
     m_timer.setInterval(Interval);
-    QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { Keep(); });
+    QObject::connect(&m_timer, &QTimer::timeout, &m_timer, std::bind_front(&TextRecovery::Keep, this));
 }
 
 void TextRecovery::Typed()

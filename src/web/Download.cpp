@@ -7,6 +7,7 @@
 #include <QRegularExpression>
 #include <QStorageInfo>
 #include <QTimer>
+#include <functional>
 
 namespace qb {
 
@@ -52,9 +53,9 @@ void Download::Ask()
     m_fetch = m_maker(reason);
     if (!m_fetch)
         return End(State::Refused, reason);
-    m_fetch->Answered = [this](const FetchAnswer& answer) { return Answered(answer); };
+    m_fetch->Answered = std::bind_front(&Download::Answered, this);
     m_fetch->Received = [this](const QByteArray& piece) { return Received(piece); };
-    m_fetch->Ended = [this](const QString& why) { Ended(why); };
+    m_fetch->Ended = std::bind_front(&Download::Ended, this);
     m_asked = m_received;
     m_state = State::Loading;
     m_why.clear();

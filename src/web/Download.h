@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/system/Hook.h"
 #include "web/FileFetch.h"
 
 #include <QFile>
@@ -46,7 +47,7 @@ public:
     bool MayGoOn() const { return m_received > 0 && !m_validator.isEmpty(); }
 
     /// Asked before anything is asked for: why nothing is loaded from the web, or nothing.
-    std::function<QString()> WhyKeptOut = [] { return QString(); };
+    Hook<QString()> WhyKeptOut;
     /// How many bytes the disk has room for, beside what must stay free.
     std::function<qint64()> Room;
 

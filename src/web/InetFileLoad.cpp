@@ -21,6 +21,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+const QString WorkTitle = u"Storing a Loaded File"_s;
+
 /// A copy of a file beside the place that it is to have.
 QString CopyBeside(const QString& file, const QString& place, Work& work)
 {
@@ -153,7 +155,8 @@ void InetFileLoad::StoreWithItem(LoadingFile& file)
 void InetFileLoad::Save(LoadingFile& file)
 {
     try {
-        Watch([&file](Work& work) { file.SavedAs = CopyInto(file.Load->File(), FolderOf(file.Choices), work); });
+        Watched(WorkTitle,
+                [&file](Work& work) { file.SavedAs = CopyInto(file.Load->File(), FolderOf(file.Choices), work); });
     } catch (const RuntimeError& error) {
         file.Trouble = TroubleOf(error);
     }
@@ -162,7 +165,7 @@ void InetFileLoad::Save(LoadingFile& file)
 void InetFileLoad::SaveAs(LoadingFile& file, const QString& path)
 {
     try {
-        Watch([&](Work& work) { CopyOver(file.Load->File(), path, work); });
+        Watched(WorkTitle, [&](Work& work) { CopyOver(file.Load->File(), path, work); });
         file.SavedAs = path;
         file.Trouble.clear();
     } catch (const RuntimeError& error) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/system/Hook.h"
 #include "platform/system/Work.h"
 #include "web/Download.h"
 
@@ -58,9 +59,9 @@ public:
     void Close();
 
     /// Something is under way that nothing must come between: a file that has come waits.
-    std::function<bool()> IsBusy = [] { return false; };
+    Hook<bool()> IsBusy;
     /// Lets the user watch how a file is copied, and cancel that.
-    std::function<void(const std::function<void(Work& work)>& copy)> Watch = [](const auto& copy) { copy(NoWork()); };
+    WatchedRun Watched = RunUnwatched;
     /// Stores a file with an item; raises an error, or is false, when that can't be.
     std::function<bool(const QString& file, const DownloadTarget& target)> FileLoaded;
 

@@ -151,7 +151,7 @@ private Q_SLOTS:
     {
         s->State.moSettings->SetInternetFileSaveToDir(true);
         int watched = 0;
-        m_downloads->Watch = [&watched](const std::function<void(Work&)>& copy) {
+        m_downloads->Watched = [&watched](const QString&, const std::function<void(Work&)>& copy) {
             ++watched;
             copy(NoWork());
         };

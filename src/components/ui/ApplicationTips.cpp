@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <functional>
 
 namespace qb {
 
@@ -75,8 +76,8 @@ void ApplicationTips::MakeWindow(const QString& applicationName)
     previous->setObjectName(u"cmdPreviousTip"_s);
     next->setObjectName(u"cmdNextTip"_s);
     connect(startup, &QCheckBox::toggled, this, &ApplicationTips::TipsOnStartupChanged);
-    connect(previous, &QPushButton::clicked, this, [this] { ShowTip(-1); });
-    connect(next, &QPushButton::clicked, this, [this] { ShowTip(1); });
+    connect(previous, &QPushButton::clicked, this, std::bind_front(&ApplicationTips::ShowTip, this, -1));
+    connect(next, &QPushButton::clicked, this, std::bind_front(&ApplicationTips::ShowTip, this, 1));
     connect(buttons, &QDialogButtonBox::rejected, m_window, &QDialog::reject);
     connect(m_window, &QDialog::finished, this, &ApplicationTips::TipsFormClosed);
     auto* tip = new QHBoxLayout;

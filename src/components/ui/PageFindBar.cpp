@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QToolButton>
+#include <functional>
 
 namespace qb {
 
@@ -36,8 +37,10 @@ PageFindBar::PageFindBar(QWidget* parent) : QWidget(parent)
         return one;
     };
     txtFind = field("txtFind", u"Find"_s);
-    button("cmdFindBefore", u"▲"_s, [this] { Find(-1); })->setToolTip(u"The place before (Shift+Enter)"_s);
-    button("cmdFindNext", u"▼"_s, [this] { Find(1); })->setToolTip(u"The next place (Enter)"_s);
+    button("cmdFindBefore", u"▲"_s, std::bind_front(&PageFindBar::Find, this, -1))
+        ->setToolTip(u"The place before (Shift+Enter)"_s);
+    button("cmdFindNext", u"▼"_s, std::bind_front(&PageFindBar::Find, this, 1))
+        ->setToolTip(u"The next place (Enter)"_s);
     chkCase = new QCheckBox(u"&Case"_s);
     chkCase->setObjectName(u"chkCase"_s);
     line->addWidget(chkCase);
@@ -45,11 +48,12 @@ PageFindBar::PageFindBar(QWidget* parent) : QWidget(parent)
     lblFound->setObjectName(u"lblFound"_s);
     line->addWidget(lblFound);
     txtReplace = field("txtReplace", u"Replace by"_s);
-    button("cmdReplace", u"Replace"_s, [this] { Replace(false); });
-    button("cmdReplaceAll", u"All"_s, [this] { Replace(true); })->setToolTip(u"Replace all places"_s);
+    button("cmdReplace", u"Replace"_s, std::bind_front(&PageFindBar::Replace, this, false));
+    button("cmdReplaceAll", u"All"_s, std::bind_front(&PageFindBar::Replace, this, true))
+        ->setToolTip(u"Replace all places"_s);
     button("cmdLeave", u"✕"_s, [this] { Q_EMIT Left(); })->setToolTip(u"Close (Esc)"_s);
-    connect(txtFind, &QLineEdit::textChanged, this, [this] { Find(0); });
-    connect(chkCase, &QCheckBox::toggled, this, [this] { Find(0); });
+    connect(txtFind, &QLineEdit::textChanged, this, std::bind_front(&PageFindBar::Find, this, 0));
+    connect(chkCase, &QCheckBox::toggled, this, std::bind_front(&PageFindBar::Find, this, 0));
     hide();
 }
 

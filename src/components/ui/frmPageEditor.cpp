@@ -20,6 +20,7 @@
 #include <QToolBar>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <functional>
 
 namespace qb {
 
@@ -126,26 +127,22 @@ void frmPageEditor::MakePane(const QString& path, PageEditingTools tools)
             ErrorNumber::ObjectNotSet,
             u"Web pages can't be edited here: %1\n\nInstall Qt WebEngine (libqt6webenginewidgets6)."_s.arg(reason),
             u"frmPageEditor"_s);
-    m_editing = std::make_unique<PageEditing>(
-        path, std::move(tools),
-        [this](const QString& function, const QJsonValue& argument, const PageEditing::Answer& answer) {
-            m_pane->Call(function, argument, answer);
-        });
+    m_editing = std::make_unique<PageEditing>(path, std::move(tools), std::bind_front(&EditorPane::Call, m_pane.get()));
 }
 
 void frmPageEditor::Connect()
 {
-    m_pane->Told = [this](const QString& what, const QJsonObject& value) { m_editing->Told(what, value); };
+    m_pane->Told = std::bind_front(&PageEditing::Told, m_editing.get());
     m_pane->Died = [this] {
         m_editing->Died();
         m_pane->Start(m_editing->Pictures());
     };
-    m_editing->StateChanged = [this](const EditingState& state) { ShowState(state); };
-    m_editing->Said = [this](const QString& text) { lblStatus->setText(text); };
-    m_editing->Failed = [this](const QString& text) { Fail(text); };
-    m_editing->Found = [this](int place, int count) { m_findBar->ShowFound(place, count); };
-    m_editing->PictureWanted = [this] { AddPicture(); };
-    m_editing->SendMark = [this] { m_pane->SendMark(); };
+    m_editing->StateChanged = std::bind_front(&frmPageEditor::ShowState, this);
+    m_editing->Said = std::bind_front(&QLabel::setText, lblStatus);
+    m_editing->Failed = std::bind_front(&frmPageEditor::Fail, this);
+    m_editing->Found = std::bind_front(&PageFindBar::ShowFound, m_findBar);
+    m_editing->PictureWanted = std::bind_front(&frmPageEditor::AddPicture, this);
+    m_editing->SendMark = std::bind_front(&EditorPane::SendMark, m_pane.get());
     m_editing->Opened = [this] {
         m_pane->Widget()->setFocus();
         Q_EMIT Opened();
@@ -229,8 +226,9 @@ void frmPageEditor::MakeToolbars()
     m_sourceAction->setCheckable(true);
     connect(m_sourceAction, &QAction::toggled, this, &frmPageEditor::ShowSource);
     tlbPage->addSeparator();
-    AddAction(*tlbPage, "link", "insert-link", "Link", QKeySequence(u"Ctrl+K"_s), [this] { AddLink(); });
-    AddAction(*tlbPage, "picture", "insert-image", "Picture", {}, [this] { AddPicture(); });
+    AddAction(*tlbPage, "link", "insert-link", "Link", QKeySequence(u"Ctrl+K"_s),
+              std::bind_front(&frmPageEditor::AddLink, this));
+    AddAction(*tlbPage, "picture", "insert-image", "Picture", {}, std::bind_front(&frmPageEditor::AddPicture, this));
     auto* table = AddAction(*tlbPage, "table_menu", "insert-table", "Table", {},
                             [this] { m_editing->Run(u"table"_s); });
     table->setMenu(TableMenu());
@@ -355,7 +353,8 @@ void frmPageEditor::ShowMenu(const QPoint& at)
     QMenu menu(this);
     for (const char* name : {"cut", "copy", "paste"})
         menu.addAction(m_actions[QString::fromLatin1(name)]);
-    menu.addAction(u"Paste Without Formats"_s, this, [this] { m_pane->Do(EditorPane::Edit::PastePlain); });
+    menu.addAction(u"Paste Without Formats"_s, this,
+                   std::bind_front(&EditorPane::Do, m_pane.get(), EditorPane::Edit::PastePlain));
     menu.addSeparator();
     menu.addAction(u"Select &All"_s, this, [this] { m_editing->Run(u"select_all"_s); });
     menu.addAction(m_actions[u"link"_s]);
@@ -439,7 +438,7 @@ void frmPageEditor::Fail(const QString& text)
 
 void frmPageEditor::reject()
 {
-    AfterKeys([this] { Close(); });
+    AfterKeys(std::bind_front(&frmPageEditor::Close, this));
 }
 
 /// What a pane that is still at work has not told yet would be lost.

@@ -20,6 +20,7 @@
 #include <QToolButton>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+#include <functional>
 
 namespace qb {
 
@@ -253,9 +254,9 @@ void frmConflicts::MakeMenus()
         return action;
     };
     connect(add(more, u"mnuKeepNewerAll"_s, u"Keep the &Newer Version of All Items That Differ Like This"_s),
-            &QAction::triggered, this, [this] { DecideAllLike(1); });
+            &QAction::triggered, this, std::bind_front(&frmConflicts::DecideAllLike, this, 1));
     connect(add(more, u"mnuKeepOlderAll"_s, u"Keep the &Older Version of All Items That Differ Like This"_s),
-            &QAction::triggered, this, [this] { DecideAllLike(2); });
+            &QAction::triggered, this, std::bind_front(&frmConflicts::DecideAllLike, this, 2));
     cmdMore->setMenu(more);
     mnuPopUp = new QMenu(this);
     mnuPopUp->setObjectName(u"mnuPopUp"_s);
@@ -267,8 +268,8 @@ void frmConflicts::ConnectControls()
 {
     for (int i = 0; i < SolverFieldCount; ++i)
         connect(m_options[size_t(i)], &QRadioButton::clicked, this, [this, i] { FieldChosen(SolverField(i)); });
-    connect(cmdKeepNewer, &QPushButton::clicked, this, [this] { Decide(1); });
-    connect(cmdKeepOlder, &QPushButton::clicked, this, [this] { Decide(2); });
+    connect(cmdKeepNewer, &QPushButton::clicked, this, std::bind_front(&frmConflicts::Decide, this, 1));
+    connect(cmdKeepOlder, &QPushButton::clicked, this, std::bind_front(&frmConflicts::Decide, this, 2));
     connect(cmdClose, &QPushButton::clicked, this, &frmConflicts::reject);
     connect(chkShowBase, &QCheckBox::clicked, this, &frmConflicts::ShowOrigin);
     ConnectMoves();
@@ -279,8 +280,8 @@ void frmConflicts::ConnectControls()
         m_solver->Swap();
         ShowField();
     });
-    connect(cmdMoveToLeft, &QToolButton::clicked, this, [this] { MoveLines(true); });
-    connect(cmdMoveToRight, &QToolButton::clicked, this, [this] { MoveLines(false); });
+    connect(cmdMoveToLeft, &QToolButton::clicked, this, std::bind_front(&frmConflicts::MoveLines, this, true));
+    connect(cmdMoveToRight, &QToolButton::clicked, this, std::bind_front(&frmConflicts::MoveLines, this, false));
     connect(chkAutoCompare, &QCheckBox::clicked, this, [this] {
         chkAutoCompare->setChecked(!chkAutoCompare->isChecked()); // what was typed is of the former form
         Collect();
@@ -299,8 +300,10 @@ void frmConflicts::ConnectControls()
             [this](int side) { m_solver->SetRatingSide(ConflictSide(side)); });
     connect(ctlDifferences, &DifferenceStrip::LineChosen, this, &frmConflicts::GoToLine);
     connect(lwFiles, &QWidget::customContextMenuRequested, this, &frmConflicts::FileMenu);
-    connect(mnuMoveNewerItem, &QAction::triggered, this, [this] { MoveFile(FileMove::ToNewer); });
-    connect(mnuMoveOlderItem, &QAction::triggered, this, [this] { MoveFile(FileMove::ToOlder); });
+    connect(mnuMoveNewerItem, &QAction::triggered, this,
+            std::bind_front(&frmConflicts::MoveFile, this, FileMove::ToNewer));
+    connect(mnuMoveOlderItem, &QAction::triggered, this,
+            std::bind_front(&frmConflicts::MoveFile, this, FileMove::ToOlder));
     connect(lwFiles, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* item) {
         if (m_loading)
             return;
@@ -332,9 +335,9 @@ void frmConflicts::MakeShortcuts()
     const auto add = [this](const QKeySequence& key, const auto& action) {
         connect(new QShortcut(key, this), &QShortcut::activated, this, action);
     };
-    add(Qt::Key_F8, [this] { GoToDifference(1); });
-    add(Qt::SHIFT | Qt::Key_F8, [this] { GoToDifference(-1); });
-    add(Qt::Key_F6, [this] { GoToPart(); });
+    add(Qt::Key_F8, std::bind_front(&frmConflicts::GoToDifference, this, 1));
+    add(Qt::SHIFT | Qt::Key_F8, std::bind_front(&frmConflicts::GoToDifference, this, -1));
+    add(Qt::Key_F6, std::bind_front(&frmConflicts::GoToPart, this));
     const std::pair<QKeySequence, QToolButton*> buttons[] = {{Qt::CTRL | Qt::Key_PageUp, cmdPreviousField},
                                                              {Qt::CTRL | Qt::Key_PageDown, cmdNextField},
                                                              {Qt::ALT | Qt::Key_Left, cmdMoveToLeft},

@@ -8,6 +8,7 @@
 #include <QPainter>
 #include <QSignalBlocker>
 #include <QStyledItemDelegate>
+#include <functional>
 
 namespace qb {
 
@@ -53,7 +54,8 @@ FindResultsView::FindResultsView(FindResults& results, QWidget* parent)
     cboSearchWords->setAccessibleName(u"Word to go to"_s);
     cboSearchWords->setPlaceholderText(u"Select word"_s);
     cboSearchWords->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-    connect(cboSearchWords, &QComboBox::currentIndexChanged, this, [this](int word) { m_results.SelectWord(word); });
+    connect(cboSearchWords, &QComboBox::currentIndexChanged, this,
+            std::bind_front(&FindResults::SelectWord, &m_results));
     connect(&results, &FindResults::WordsChanged, this, &FindResultsView::ShowWords);
     connect(&results, &FindResults::WordAsked, cboSearchWords, [this] { cboSearchWords->setFocus(); });
     connect(&results, &FindResults::ViewTypeChanged, this, &FindResultsView::ShowViewType);

@@ -16,6 +16,7 @@
 #include <QPushButton>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <functional>
 
 namespace qb {
 
@@ -318,7 +319,7 @@ void frmFind::FillSavedMenu()
     const std::vector<FindMemory::Saved> saved = FindMemory::SavedFinds();
     for (const FindMemory::Saved& one : saved) {
         QAction* entry = mnuSaved->addAction(QString(one.Name).replace(u'&', u"&&"_s));
-        connect(entry, &QAction::triggered, this, [this, query = one.Query] { ShowQuery(query); });
+        connect(entry, &QAction::triggered, this, std::bind_front(&frmFind::ShowQuery, this, one.Query));
     }
     if (saved.empty()) {
         mnuSaved->addAction(u"There are no saved searches"_s)->setEnabled(false);

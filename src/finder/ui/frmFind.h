@@ -2,9 +2,9 @@
 
 #include "finder/FindHitList.h"
 #include "finder/Finding.h"
+#include "platform/system/Hook.h"
 
 #include <QDialog>
-#include <functional>
 
 class QCheckBox;
 class QComboBox;
@@ -42,7 +42,7 @@ public:
     void SetMayReplace(bool may);
     /// The title of the item whose texts were edited and are not saved; empty when there is none. As a search goes
     /// through what is saved, it is said of that item that it is not found as it stands.
-    std::function<QString()> UnsavedItem = [] { return QString(); };
+    Hook<QString()> UnsavedItem;
 
 Q_SIGNALS:
     /// The user wants to see what a replacement would change.

@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
+#include <functional>
 
 namespace qb {
 
@@ -164,8 +165,8 @@ frmReplace::frmReplace(ReplacePlan& plan, const QString& found, const QString& r
     layout->addWidget(lvChanges, 1);
     layout->addWidget(lblState);
     layout->addLayout(buttons);
-    connect(all, &QPushButton::clicked, this, [this] { m_plan.ChooseAll(true); });
-    connect(none, &QPushButton::clicked, this, [this] { m_plan.ChooseAll(false); });
+    connect(all, &QPushButton::clicked, this, std::bind_front(&ReplacePlan::ChooseAll, &m_plan, true));
+    connect(none, &QPushButton::clicked, this, std::bind_front(&ReplacePlan::ChooseAll, &m_plan, false));
     connect(cmdOK, &QPushButton::clicked, this, &QDialog::accept);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
     connect(&plan, &ReplacePlan::ChosenChanged, this, &frmReplace::ShowState);

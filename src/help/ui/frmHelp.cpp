@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QSplitter>
 #include <QToolBar>
+#include <functional>
 
 namespace qb {
 
@@ -152,7 +153,7 @@ void frmHelp::MakeFindBar()
     m_findBar->addWidget(lblFound);
     addToolBar(Qt::BottomToolBarArea, m_findBar);
     m_findBar->hide();
-    connect(txtFind, &QLineEdit::textChanged, this, [this] { Find(false, true); });
+    connect(txtFind, &QLineEdit::textChanged, this, std::bind_front(&frmHelp::Find, this, false, true));
     connect(txtFind, &QLineEdit::returnPressed, this, &frmHelp::FindNext);
 }
 

@@ -22,6 +22,7 @@
 #include <QSplitter>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <functional>
 #include <utility>
 
 namespace qb {
@@ -72,7 +73,7 @@ ctlFileDetails::ctlFileDetails(QWidget* parent)
         Guarded(ModuleName, u"lvFiles_OLEDragDrop"_s, [&] { ImportFiles(paths); });
     });
     connect(lvFiles, &QTreeView::doubleClicked, mnuFileOpenItem, &QAction::trigger);
-    lvFiles->MakeCopies = [this] { return CopiesOfSelected(); };
+    lvFiles->MakeCopies = std::bind_front(&ctlFileDetails::CopiesOfSelected, this);
     connect(rtbFileNotes, &RichTextBox::textChanged, this, [this] {
         if (!m_loading && m_current && MayChange())
             m_current->SetDescriptionChanged(true);

@@ -11,6 +11,7 @@
 #include <QToolBar>
 #include <QToolButton>
 #include <algorithm>
+#include <functional>
 
 namespace qb {
 
@@ -64,7 +65,7 @@ void ctlSmartTreeView::MakeModeMenu()
     for (const ModeRow& row : ModeRows) {
         QAction* entry = menu->addAction(IconNamed(QString::fromLatin1(row.Image)), QString::fromLatin1(row.Caption));
         entry->setProperty("key", QString::fromLatin1(row.Key));
-        connect(entry, &QAction::triggered, this, [this, mode = row.Mode] { ChooseMode(mode); });
+        connect(entry, &QAction::triggered, this, std::bind_front(&ctlSmartTreeView::ChooseMode, this, row.Mode));
     }
     menu->addSeparator();
     QAction* permanent = menu->addAction(u"Stay in the Mode After a Link"_s);

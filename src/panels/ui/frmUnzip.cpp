@@ -21,6 +21,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <functional>
 
 namespace qb {
 
@@ -85,10 +86,10 @@ QLayout* frmUnzip::MakeChosenRow()
 {
     auto* all = new QPushButton(u"Select &All"_s);
     all->setObjectName(u"cmdSelectAll"_s);
-    connect(all, &QPushButton::clicked, this, [this] { SetAllChosen(true); });
+    connect(all, &QPushButton::clicked, this, std::bind_front(&frmUnzip::SetAllChosen, this, true));
     auto* none = new QPushButton(u"Select &None"_s);
     none->setObjectName(u"cmdSelectNone"_s);
-    connect(none, &QPushButton::clicked, this, [this] { SetAllChosen(false); });
+    connect(none, &QPushButton::clicked, this, std::bind_front(&frmUnzip::SetAllChosen, this, false));
     for (QPushButton* button : {all, none})
         button->setAutoDefault(false); // or the first of them would be the one for Enter
     lblChosen->setObjectName(u"lblChosen"_s);

@@ -19,4 +19,9 @@ Work& NoWork()
     return none;
 }
 
+void RunUnwatched(const QString&, const std::function<void(Work&)>& body)
+{
+    body(NoWork());
+}
+
 } // namespace qb

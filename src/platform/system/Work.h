@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 
 namespace qb {
 
@@ -25,5 +26,11 @@ public:
 
 /// For a work that nobody watches.
 Work& NoWork();
+
+/// Runs a work that takes its time with something to watch it by, which says @p title.
+using WatchedRun = std::function<void(const QString& title, const std::function<void(Work&)>& body)>;
+
+/// Runs a work that nobody watches.
+void RunUnwatched(const QString& title, const std::function<void(Work&)>& body);
 
 } // namespace qb

@@ -8,6 +8,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <functional>
 
 namespace qb {
 
@@ -38,7 +39,7 @@ frmPrintItems::frmPrintItems(QWidget* parent, const std::vector<OutlinedForPrint
         button->setObjectName(name);
         button->setAutoDefault(false);
         row->addWidget(button);
-        connect(button, &QPushButton::clicked, this, [this, on = chosen] { SetAll(on); });
+        connect(button, &QPushButton::clicked, this, std::bind_front(&frmPrintItems::SetAll, this, chosen));
     }
     row->addWidget(lblCount, 1);
     auto* all = new QVBoxLayout(this);

@@ -9,6 +9,7 @@
 
 #include <QEvent>
 #include <QMenu>
+#include <functional>
 
 namespace qb {
 
@@ -43,7 +44,8 @@ CodeToolbar::CodeToolbar(ctlCodeDetails& details, std::function<CCodeItem*()> it
     copy->setToolTip(u"Copy the whole text to the clipboard"_s);
     copy->setProperty("key", u"ALLTOCLIPBOARD"_s);
     widgetForAction(copy)->setProperty("key", u"ALLTOCLIPBOARD"_s);
-    connect(copy, &QAction::triggered, this, [this] { m_details.CopyCodeSectionToClipboard(0); });
+    connect(copy, &QAction::triggered, this,
+            std::bind_front(&ctlCodeDetails::CopyCodeSectionToClipboard, &m_details, 0));
     connect(&m_details, &ctlCodeDetails::HeaderMissing, this, &CodeToolbar::RemoveHeader);
     connect(&m_details, &ctlCodeDetails::SectionDeleted, this, &CodeToolbar::Rebuild);
     connect(&m_details, &ctlCodeDetails::EditStateChanged, this, &CodeToolbar::Rebuild);

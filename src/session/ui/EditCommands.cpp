@@ -46,19 +46,19 @@ void EditCommands::RegisterText()
         {"mnuUndo", &CTextEdit::Undo}, {"mnuRedo", &CTextEdit::Redo},   {"mnuCut", &CTextEdit::Cut},
         {"mnuCopy", &CTextEdit::Copy}, {"mnuPaste", &CTextEdit::Paste}, {"mnuClear", &CTextEdit::Clear}};
     for (const auto& [name, edit] : edits)
-        m_commands.Register(QString::fromLatin1(name), [this, edit = edit] { EditCurrentBox(edit); });
-    m_commands.Register(u"mnuFindInText"_s, [this] { m_details.FindInText(); });
-    m_commands.Register(u"mnuFindNext"_s, [this] { m_details.FindNextOccurance(); });
-    m_commands.Register(u"mnuFindPrevious"_s, [this] { m_details.FindPreviousOccurance(); });
+        m_commands.Register(QString::fromLatin1(name), this, &EditCommands::EditCurrentBox, edit);
+    m_commands.Register(u"mnuFindInText"_s, &m_details, &ctlCodeDetails::FindInText);
+    m_commands.Register(u"mnuFindNext"_s, &m_details, &ctlCodeDetails::FindNextOccurance);
+    m_commands.Register(u"mnuFindPrevious"_s, &m_details, &ctlCodeDetails::FindPreviousOccurance);
     m_commands.Register(u"mnuGoToLine"_s, [this] { m_details.GoToLine(); });
     for (const QString& name : {u"COLORIZE"_s, u"mnuColorize"_s})
-        m_commands.Register(name, [this] { m_details.ColorizeVisible(); });
+        m_commands.Register(name, &m_details, &ctlCodeDetails::ColorizeVisible);
 }
 
 void EditCommands::RegisterCopies()
 {
     for (const auto& [name, form] : Copies)
-        m_commands.Register(QString::fromLatin1(name), [this, form = form] { CopyAs(form); });
+        m_commands.Register(QString::fromLatin1(name), this, &EditCommands::CopyAs, form);
 }
 
 void EditCommands::CopyAs(CopyForm form)
@@ -92,10 +92,10 @@ void EditCommands::RegisterView()
 
 void EditCommands::RegisterWeb()
 {
-    m_commands.Register(u"mnuWebGoBack"_s, [this] { m_details.GoBack(); });
-    m_commands.Register(u"mnuWebGoForward"_s, [this] { m_details.GoForward(); });
-    m_commands.Register(u"mnuWebStop"_s, [this] { m_details.BrowserStop(); });
-    m_commands.Register(u"mnuWebReload"_s, [this] { m_details.Reload(); });
+    m_commands.Register(u"mnuWebGoBack"_s, &m_details, &ctlCodeDetails::GoBack);
+    m_commands.Register(u"mnuWebGoForward"_s, &m_details, &ctlCodeDetails::GoForward);
+    m_commands.Register(u"mnuWebStop"_s, &m_details, &ctlCodeDetails::BrowserStop);
+    m_commands.Register(u"mnuWebReload"_s, &m_details, &ctlCodeDetails::Reload);
     const auto enable = [this](bool back, bool forward) {
         m_commands.SetEnabled(u"mnuWebGoBack"_s, back);
         m_commands.SetEnabled(u"mnuWebGoForward"_s, forward);

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "platform/system/Hook.h"
 #include "session/Commands.h"
 
 #include <QObject>
-#include <functional>
 
 namespace qb {
 
@@ -25,7 +25,7 @@ public:
     void ShowColorizeState();
 
     /// The name of the open library's language.
-    std::function<QString()> LibraryLanguage = [] { return QString(); };
+    Hook<QString()> LibraryLanguage;
 
     /// How texts are seen, in the user's settings.
     void ReadTextView(const CSettings& settings);

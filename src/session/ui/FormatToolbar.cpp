@@ -16,6 +16,7 @@
 #include <QMenu>
 #include <QPainter>
 #include <QToolButton>
+#include <functional>
 
 namespace qb {
 
@@ -104,7 +105,7 @@ FormatToolbar::FormatToolbar(ctlCodeDetails& details, QWidget* parent) : QToolBa
             action->setShortcut(QKeySequence(QString::fromLatin1(row.Shortcut)));
         if (QByteArrayView(row.Key).startsWith("ALIGN"))
             alignment->addAction(action);
-        connect(action, &QAction::triggered, this, [this, run = row.Run] { Run(run); });
+        connect(action, &QAction::triggered, this, std::bind_front(&FormatToolbar::Run, this, row.Run));
         addAction(action);
         widgetForAction(action)->setProperty("key", action->property("key"));
     }
@@ -175,7 +176,7 @@ void FormatToolbar::MakeColorButton(Color which)
     QAction* apply = MakeAction(key);
     apply->setText(which == Color1 ? u"Colour &1"_s : u"Colour &2"_s);
     apply->setShortcut(QKeySequence(which == Color1 ? u"Ctrl+1"_s : u"Ctrl+2"_s));
-    connect(apply, &QAction::triggered, this, [this, which] { ApplyColor(which); });
+    connect(apply, &QAction::triggered, this, std::bind_front(&FormatToolbar::ApplyColor, this, which));
     addAction(apply);
     auto* button = qobject_cast<QToolButton*>(widgetForAction(apply));
     button->setProperty("key", key);
@@ -183,12 +184,12 @@ void FormatToolbar::MakeColorButton(Color which)
     for (const ColorPreset& row : ColorPresets()) {
         QAction* entry = menu->addAction(Swatch(row.Value), QString::fromLatin1(row.Caption));
         entry->setProperty("key", QString::fromLatin1(row.Key));
-        connect(entry, &QAction::triggered, this, [this, which, value = row.Value] { ChooseColor(which, value); });
+        connect(entry, &QAction::triggered, this, std::bind_front(&FormatToolbar::ChooseColor, this, which, row.Value));
     }
     menu->addSeparator();
     QAction* custom = menu->addAction(u"Custom..."_s);
     custom->setProperty("key", u"CUSTOM"_s);
-    connect(custom, &QAction::triggered, this, [this, which] { ChooseCustomColor(which); });
+    connect(custom, &QAction::triggered, this, std::bind_front(&FormatToolbar::ChooseCustomColor, this, which));
     button->setMenu(menu);
     button->setPopupMode(QToolButton::MenuButtonPopup);
     m_colorButtons[which] = button;
@@ -294,7 +295,7 @@ void FormatToolbar::FillMenu(QMenu& menu)
         menu.addAction(action);
     }
     menu.addSeparator();
-    add(u"mnuFontItem"_s, u"&Font..."_s, [this] { AskForFont(); });
+    add(u"mnuFontItem"_s, u"&Font..."_s, std::bind_front(&FormatToolbar::AskForFont, this));
     QMenu* sizes = menu.addMenu(u"Font &Size"_s);
     sizes->menuAction()->setObjectName(u"mnuFontSizeItem"_s);
     m_menuActions << sizes->menuAction();
@@ -309,7 +310,7 @@ void FormatToolbar::FillMenu(QMenu& menu)
         action->setObjectName(which == Color1 ? u"mnuFontColor1"_s : u"mnuFontColor2"_s);
         menu.addAction(action);
     }
-    add(u"mnuColorItem"_s, u"C&olour..."_s, [this] { AskForColor(); });
+    add(u"mnuColorItem"_s, u"C&olour..."_s, std::bind_front(&FormatToolbar::AskForColor, this));
 }
 
 void FormatToolbar::SetCommandsEnabled(bool enabled)

@@ -16,6 +16,7 @@
 #include <QComboBox>
 #include <QMainWindow>
 #include <QToolBar>
+#include <functional>
 
 namespace qb {
 
@@ -49,18 +50,18 @@ void LibraryFind::RegisterCommands()
         m_parts.Registry.Register(name, run);
     };
     for (const QString& name : {u"mnuFullTextFind"_s, u"FIND"_s})
-        add(name, [this] { FullTextFind(); });
-    add(u"mnuFindNextOccurance"_s, [this] { m_results.FindNextOccurance(); });
-    add(u"mnuFindPreviousOccurance"_s, [this] { m_results.FindPreviousOccurance(); });
-    add(u"QUICK_LIST"_s, [this] { m_results.SetSearchResultViewType(FindResults::QuickList); });
-    add(u"DETAIL_LIST"_s, [this] { m_results.SetSearchResultViewType(FindResults::DetailList); });
+        add(name, std::bind_front(&LibraryFind::FullTextFind, this));
+    add(u"mnuFindNextOccurance"_s, std::bind_front(&FindResults::FindNextOccurance, &m_results));
+    add(u"mnuFindPreviousOccurance"_s, std::bind_front(&FindResults::FindPreviousOccurance, &m_results));
+    add(u"QUICK_LIST"_s, std::bind_front(&FindResults::SetSearchResultViewType, &m_results, FindResults::QuickList));
+    add(u"DETAIL_LIST"_s, std::bind_front(&FindResults::SetSearchResultViewType, &m_results, FindResults::DetailList));
     add(u"mnuOpenFindResult"_s, [this] { m_results.OpenRow(m_results.SelectedRow()); });
     add(u"mnuFindSingleClick"_s, [this] {
         m_results.SetSearchResultSingleClick(!m_results.SearchResultSingleClick());
         ShowViewType();
     });
-    add(u"mnuClearFindResults"_s, [this] { m_results.ClearFindResults(); });
-    add(u"mnuUndoReplace"_s, [this] { UndoReplace(); });
+    add(u"mnuClearFindResults"_s, std::bind_front(&FindResults::ClearFindResults, &m_results));
+    add(u"mnuUndoReplace"_s, std::bind_front(&LibraryFind::UndoReplace, this));
     m_parts.Registry.SetEnabled(u"mnuUndoReplace"_s, false);
     ShowViewType();
 }

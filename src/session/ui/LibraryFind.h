@@ -3,6 +3,7 @@
 #include "finder/FindHitList.h"
 #include "finder/Finding.h"
 #include "finder/ReplaceUndo.h"
+#include "platform/system/Hook.h"
 #include "session/Commands.h"
 #include "session/ItemTree.h"
 #include "session/SessionState.h"
@@ -45,7 +46,7 @@ public:
     /// Lays the list out in the panel, once the faces of the commands are there.
     void MakeFaces(CommandFaces& faces);
     /// The panel is to be shown.
-    std::function<void()> ShowPanel = [] {};
+    Hook<void()> ShowPanel;
 
     /// How the results are shown and opened.
     void ReadLayout(const WindowLayout& layout);

@@ -6,6 +6,7 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <functional>
 
 namespace qb {
 
@@ -34,7 +35,7 @@ TokenColoursEditor::TokenColoursEditor(QWidget* parent) : QWidget(parent), m_adv
             auto* button = new ColorButton(u"%1, %2"_s.arg(caption, QLatin1StringView(side)));
             button->setObjectName(u"cmdColour_%1_%2"_s.arg(QLatin1StringView(kind.Name), QLatin1StringView(side)));
             connect(button, &ColorButton::ColorChosen, this,
-                    [this, colors, which = kind.Kind](quint32 color) { Choose(colors, which, color); });
+                    std::bind_front(&TokenColoursEditor::Choose, this, colors, kind.Kind));
             grid->addWidget(button, row, column, Qt::AlignHCenter);
             return button;
         };

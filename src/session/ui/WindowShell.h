@@ -1,9 +1,9 @@
 #pragma once
 
+#include "platform/system/Hook.h"
 #include "session/ShellView.h"
 
 #include <QObject>
-#include <functional>
 
 class QComboBox;
 class QLabel;
@@ -51,8 +51,8 @@ public:
     void EnableEditing(bool enabled) override { EditingEnabled(enabled); }
 
     // Reactions of the window
-    std::function<void(bool enabled)> MenusEnabled = [](bool) {};
-    std::function<void(bool enabled)> EditingEnabled = [](bool) {};
+    Hook<void(bool enabled)> MenusEnabled;
+    Hook<void(bool enabled)> EditingEnabled;
 
 Q_SIGNALS:
     /// The box of libraries shows another entry.

@@ -24,6 +24,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <functional>
 
 namespace qb {
 
@@ -209,7 +210,7 @@ void frmBackups::cmdCheck_Click()
 
 void frmBackups::cmdItem_Click()
 {
-    WithBackup(u"cmdItem_Click"_s, [this](const QString& file) { BringBack(file); });
+    WithBackup(u"cmdItem_Click"_s, std::bind_front(&frmBackups::BringBack, this));
 }
 
 void frmBackups::BringBack(const QString& file)

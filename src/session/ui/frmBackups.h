@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/system/Hook.h"
 #include "session/BackupList.h"
 #include "session/SessionState.h"
 
@@ -32,9 +33,9 @@ public:
     void Initialize(SessionState& session, const QString& folder);
 
     /// Restores a backup; the dialog is closed before.
-    std::function<void(const QString& file)> Restore = [](const QString&) {};
+    Hook<void(const QString& file)> Restore;
     /// Items were added to the open library.
-    std::function<void(qint64 id)> ItemBroughtBack = [](qint64) {};
+    Hook<void(qint64 id)> ItemBroughtBack;
 
 private:
     void MakeList();

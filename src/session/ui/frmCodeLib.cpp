@@ -32,6 +32,7 @@
 #include <QSplitter>
 #include <QStatusBar>
 #include <QWindow>
+#include <functional>
 
 namespace qb {
 
@@ -68,7 +69,7 @@ frmCodeLib::frmCodeLib()
     m_edit = new EditCommands(m_commands, *ctlCodeItemDetails, this);
     RegisterCommands();
     RegisterHelpCommands(m_commands, *this);
-    RegisterItemMail(m_commands, *this, m_session, [this] { return m_items->SaveItem(); });
+    RegisterItemMail(m_commands, *this, m_session, std::bind_front(&ItemCommands::SaveItem, m_items.get()));
     m_faces = new CommandFaces(*this, m_commands);
     MakeToolbar();
     MakeTextToolbars();
@@ -99,7 +100,7 @@ void frmCodeLib::Form_Load()
         m_session.oCodeItem = std::make_unique<CCodeItem>();
         CWaitCursor wait;
         wait.SetCursor(CWaitCursor::Hourglass);
-        m_session.moSettings = std::make_unique<CSettings>([this] { return CurrentDatabase(); });
+        m_session.moSettings = std::make_unique<CSettings>(std::bind_front(&frmCodeLib::CurrentDatabase, this));
         connect(m_session.moSettings.get(), &CSettings::eShowStatusBar, this, [this](bool show) {
             statusBar()->setVisible(show);
             m_commands.SetChecked(u"mnuViewStatusBar"_s, show);

@@ -12,6 +12,7 @@
 
 #include <QAction>
 #include <QToolBar>
+#include <functional>
 
 namespace qb {
 
@@ -23,7 +24,7 @@ void frmCodeLib::MakeBookmarkToolbars()
     m_faces->FillToolbar(*ctlBookMarkList->BookmarkToolbar(), CommandRow::Place::BookmarkToolbar);
     m_faces->FillToolbar(*ctlBookMarkList->InfoToolbar(), CommandRow::Place::InfoToolbar);
     m_find->MakeFaces(*m_faces);
-    m_find->ShowPanel = [this] { ShowBookmarks(true); };
+    m_find->ShowPanel = std::bind_front(&frmCodeLib::ShowBookmarks, this, true);
     const QList<QAction*> entries = m_faces->MakeActions(CommandRow::Place::BookmarkMenu);
     BookmarkView* view = ctlBookMarkList->View();
     view->addActions(entries);
@@ -54,7 +55,7 @@ void frmCodeLib::ConnectBookmarks()
         m_find->LibraryClosing();
         ctlBookMarkList->Terminate();
     };
-    m_libraries->ReplicationRead = [this] { ctlBookMarkList->UpdateReplicationInfo(); };
+    m_libraries->ReplicationRead = std::bind_front(&ctlBookmarks::UpdateReplicationInfo, ctlBookMarkList);
     m_items->ItemAdded = [this] { ctlBookMarkList->SetDisplayedTab(int(BookmarkTab::Info)); };
     FollowTree();
     ConnectInfo();
@@ -66,7 +67,7 @@ void frmCodeLib::FollowTree()
 {
     const TreeNodes* nodes = &tvCodeItems->Nodes();
     m_refreshBookmarks.setSingleShot(true);
-    connect(&m_refreshBookmarks, &QTimer::timeout, this, [this] { ctlBookMarkList->Refresh(); });
+    connect(&m_refreshBookmarks, &QTimer::timeout, this, std::bind_front(&ctlBookmarks::Refresh, ctlBookMarkList));
     const auto refresh = [this] { m_refreshBookmarks.start(0); };
     connect(nodes, &TreeNodes::rowsRemoved, this, refresh);
     connect(nodes, &TreeNodes::modelReset, this, refresh);
@@ -84,7 +85,7 @@ void frmCodeLib::ConnectInfo()
 {
     ItemInfo& info = ctlBookMarkList->Info();
     m_items->SetInfo(info);
-    info.AutoSaveOn = [this] { return m_items->AutoSaveOn(); };
+    info.AutoSaveOn = std::bind_front(&ItemCommands::AutoSaveOn, m_items.get());
     connect(ctlCodeItemDetails, &ctlCodeDetails::ItemInitialised, this,
             [this](CCodeItem* item) { ctlBookMarkList->InitialiseItem(item, ctlCodeItemDetails->Locked()); });
     connect(ctlCodeItemDetails, &ctlCodeDetails::FactsChanged, this, [this] {
@@ -109,12 +110,12 @@ void frmCodeLib::RegisterBookmarkCommands()
 {
     const auto add = [this](const QString& name, const std::function<void()>& run) { m_commands.Register(name, run); };
     for (const QString& name : {u"mnuBookMark"_s, u"BOOKMARK"_s})
-        add(name, [this] { AddBookmark(); });
+        add(name, std::bind_front(&frmCodeLib::AddBookmark, this));
     for (const QString& name : {u"mnuViewBookmarks"_s, u"VIEWBOOKMARKS"_s})
         add(name, [this] { ShowBookmarks(!m_bookmarksVisible); });
     add(u"mnuOpenBookMark"_s, [this] { OpenBookmark(ctlBookMarkList->SelectedItem()); });
-    add(u"mnuEditBookMark"_s, [this] { EditBookmark(); });
-    add(u"mnuRemoveBookMark"_s, [this] { ctlBookMarkList->RemoveBookMark(); });
+    add(u"mnuEditBookMark"_s, std::bind_front(&frmCodeLib::EditBookmark, this));
+    add(u"mnuRemoveBookMark"_s, std::bind_front(&ctlBookmarks::RemoveBookMark, ctlBookMarkList));
     add(u"mnuRemoveAllItem"_s, [this] { ctlBookMarkList->List().RemoveAllBookmarks(); });
     add(u"mnuRenameGroup"_s, [this] { ctlBookMarkList->List().RenameGroup(ctlBookMarkList->SelectedGroup()); });
     add(u"mnuRemoveGroup"_s, [this] { ctlBookMarkList->List().RemoveGroup(ctlBookMarkList->SelectedGroup()); });

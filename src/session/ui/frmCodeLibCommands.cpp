@@ -20,6 +20,7 @@
 #include <QInputDialog>
 #include <QMenu>
 #include <QStatusBar>
+#include <functional>
 
 namespace qb {
 
@@ -52,17 +53,14 @@ void frmCodeLib::RegisterCommands()
         dialog.Initialize(m_session.DatabaseList, m_libraries->FindCurrentDBArrayIndex());
         dialog.exec();
     });
-    m_commands.Register(u"mnuExit"_s, [this] { close(); });
+    m_commands.Register(u"mnuExit"_s, this, &frmCodeLib::close);
     m_commands.Register(u"mnuOptionsItem"_s, [this] { ShowOptions(frmSettings::GeneralPage); });
     m_commands.Register(u"mnuViewStatusBar"_s, [this] {
         Settings().SetShowStatusBar(!Settings().ShowStatusBar());
         Settings().ApplyOrTakeBack();
     });
-    m_commands.Register(u"mnuBackupsItem"_s, [this] { ShowBackups(); });
-    m_tools->Watched = [this](const QString& title, const std::function<void(Work&)>& body) {
-        WorkProgress progress(this, title);
-        body(progress);
-    };
+    m_commands.Register(u"mnuBackupsItem"_s, this, &frmCodeLib::ShowBackups);
+    m_tools->Watched = WatchedIn(*this);
     m_replicas->Watched = m_tools->Watched;
     m_replicas->ShowReplicaList = [this](Library& library) {
         frmReplicaList dialog(this);
@@ -72,12 +70,12 @@ void frmCodeLib::RegisterCommands()
     ConnectSynchronizing();
     ConnectConflicts();
     m_printing->MakeComponent = [this] { return std::make_unique<frmPrint>(this); };
-    m_printing->TypedTexts = [this] { return ctlCodeItemDetails->Unsaved(); };
+    m_printing->TypedTexts = std::bind_front(&ctlCodeDetails::Unsaved, ctlCodeItemDetails);
     ConnectExchange();
     ConnectRemoved();
-    m_commands.Register(u"mnuFilterTree"_s, [this] { tvCodeItems->StartFilter(); });
+    m_commands.Register(u"mnuFilterTree"_s, tvCodeItems, &ctlSmartTreeView::StartFilter);
     m_commands.Register(u"mnuViewTreeItem"_s, [this] { tvCodeItems->SetTreeHidden(!tvCodeItems->IsShrunk()); });
-    m_commands.Register(u"SAVE"_s, [this] { SaveButtonClicked(); });
+    m_commands.Register(u"SAVE"_s, this, &frmCodeLib::SaveButtonClicked);
 }
 
 void frmCodeLib::ConnectSynchronizing()
@@ -118,7 +116,8 @@ void frmCodeLib::ConnectConflicts()
         statusBar()->showMessage(SummaryOf(dialog.Solver().Settled()));
         return decided;
     };
-    m_synchronizing->ResolvePendingConflicts = [this] { return m_conflicts->ResolvePendingConflicts(); };
+    m_synchronizing->ResolvePendingConflicts = std::bind_front(&PendingConflicts::ResolvePendingConflicts,
+                                                               m_conflicts.get());
 }
 
 void frmCodeLib::ConnectExchange()
@@ -142,7 +141,7 @@ void frmCodeLib::ConnectRemoved()
         frmRemovedItems dialog(this, library, m_session.MayWrite());
         dialog.BroughtBack = [this](qint64) { m_tree->Refill(); };
         dialog.Show = [this](qint64 id) { m_tree->GoToNode(NodeKey(id)); };
-        dialog.AskPlace = [this] { return m_removed->AskPlace(); };
+        dialog.AskPlace = std::bind_front(&RemovedTools::AskPlace, m_removed.get());
         dialog.exec();
     };
 }
@@ -150,7 +149,7 @@ void frmCodeLib::ConnectRemoved()
 void frmCodeLib::ShowBackups()
 {
     frmBackups dialog(this);
-    dialog.Restore = [this](const QString& file) { m_tools->RestoreBackup(file); };
+    dialog.Restore = std::bind_front(&DatabaseTools::RestoreBackup, m_tools.get());
     dialog.ItemBroughtBack = [this](qint64 id) {
         m_tree->Refill();
         m_tree->GoToNode(NodeKey(id));
@@ -168,7 +167,7 @@ void frmCodeLib::ConnectMenus()
     };
     opens(CommandRow::Place::File, &frmCodeLib::mnuFile_Click);
     opens(CommandRow::Place::Edit, &frmCodeLib::mnuEdit_Click);
-    opens(CommandRow::Place::Item, [this] { m_items->ItemMenuEdit(); });
+    opens(CommandRow::Place::Item, std::bind_front(&ItemCommands::ItemMenuEdit, m_items.get()));
     // The boxes have these keys themselves; here they are only shown.
     static constexpr std::pair<const char*, QKeySequence::StandardKey> keys[] = {
         {"mnuUndo", QKeySequence::Undo}, {"mnuRedo", QKeySequence::Redo},   {"mnuCut", QKeySequence::Cut},
@@ -201,7 +200,7 @@ void frmCodeLib::mnuFile_Click()
         entry->setObjectName(u"mnuDatabaseName%1"_s.arg(i));
         entry->setCheckable(true);
         entry->setChecked(i == cboDatabase->currentIndex());
-        connect(entry, &QAction::triggered, this, [this, i] { m_shell->SetComboIndex(i); });
+        connect(entry, &QAction::triggered, this, std::bind_front(&WindowShell::SetComboIndex, m_shell, i));
     }
     m_commands.SetEnabled(u"mnuFileDatabaseSelect"_s, cboDatabase->count() > 0);
 }

@@ -6,7 +6,6 @@
 #include "session/ui/BrowserToolbar.h"
 #include "session/ui/CommandFaces.h"
 #include "session/ui/frmCodeLib.h"
-#include "support/ui/WorkProgress.h"
 #include "text/ui/ctlCodeDetails.h"
 #include "web/LinkItems.h"
 #include "web/OpenedPages.h"
@@ -17,6 +16,7 @@
 #include <QApplication>
 #include <QCursor>
 #include <QMenu>
+#include <functional>
 
 namespace qb {
 
@@ -24,13 +24,13 @@ using namespace Qt::StringLiterals;
 
 void frmCodeLib::ConnectPages()
 {
-    m_page->Address = [this] { return tbrBrowser->Address(); };
-    m_page->Reload = [this] { ctlCodeItemDetails->Reload(); };
+    m_page->Address = std::bind_front(&BrowserToolbar::Address, tbrBrowser);
+    m_page->Reload = std::bind_front(&ctlCodeDetails::Reload, ctlCodeItemDetails);
     m_page->RowChanged = [this] {
         m_tree->ShowKeptDate();
         ctlBookMarkList->ShowItem();
     };
-    m_commands.Register(u"mnuWebOpenedBrowsers"_s, [this] { OpenedExplorersPopup(); });
+    m_commands.Register(u"mnuWebOpenedBrowsers"_s, this, &frmCodeLib::OpenedExplorersPopup);
     connect(ctlCodeItemDetails, &ctlCodeDetails::LoadFile, this, [this](const QUrl& url) { m_downloads->Load(url); });
     connect(ctlCodeItemDetails, &ctlCodeDetails::ItemAsked, this, &frmCodeLib::FollowLink);
     m_page->SetComponents(MakePageComponents(
@@ -51,13 +51,10 @@ void frmCodeLib::ConnectDownloads()
     };
     m_downloads->MayClose = [this] { return !m_downloadWindow || m_downloadWindow->MayClose(); };
     m_downloads->IsBusy = [this] { return m_shell->IsWorking() || QApplication::activeModalWidget(); };
-    m_downloads->Watch = [this](const std::function<void(Work&)>& store) {
-        WorkProgress work(this, u"Storing a Loaded File"_s);
-        store(work);
-    };
+    m_downloads->Watched = m_tools->Watched;
     m_downloads->FilesStored = [this](qint64 item) { m_storedFiles->FilesAdded(QString::number(item)); };
     m_downloads->GoToItem = [this](qint64 item) { m_tree->GoToNode(NodeKey(item)); };
-    m_downloads->ShowAsPage = [this](const QUrl& url) { ctlCodeItemDetails->ShowAsPage(url); };
+    m_downloads->ShowAsPage = std::bind_front(&ctlCodeDetails::ShowAsPage, ctlCodeItemDetails);
 }
 
 void frmCodeLib::InitializeAutoURLDetection()

@@ -32,6 +32,7 @@
 #include <QToolBar>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <functional>
 
 namespace qb {
 
@@ -124,7 +125,7 @@ void frmCodeLib::MakeTextToolbars()
     tlbTextFormat = new FormatToolbar(*ctlCodeItemDetails);
     tbrBrowser = new BrowserToolbar(m_faces->MenuOf(CommandRow::Place::WebLinks)->actions());
     connect(tbrBrowser, &BrowserToolbar::AddressEntered, this,
-            [this](const QString& text) { m_page->NavigateFromCombo(text); });
+            std::bind_front(&ItemWebPage::NavigateFromCombo, m_page.get()));
     tbrBrowser->AddressWidth = [this](int left) {
         constexpr int Twips = WindowLayout::TwipsPerPixel;
         return m_layout.AddressWidth(width() * Twips, left * Twips) / Twips;
@@ -174,19 +175,18 @@ void frmCodeLib::ConnectPanels()
             [this](TreeNode* node, const QString& text) { m_items->AfterLabelEdit(*node, text); });
     connect(tree, &NodeTreeView::LabelEditEnded, this,
             [this](TreeNode* node, bool cancelled) { m_items->LabelEditEnded(*node, cancelled); });
-    connect(tree, &NodeTreeView::DeletePressed, this, [this] { m_commands.Run(u"mnuDeleteCode"_s); });
-    connect(tree, &NodeTreeView::InsertPressed, this, [this] { m_commands.Run(u"mnuAddCode"_s); });
+    connect(tree, &NodeTreeView::DeletePressed, this, std::bind_front(&Commands::Run, &m_commands, u"mnuDeleteCode"_s));
+    connect(tree, &NodeTreeView::InsertPressed, this, std::bind_front(&Commands::Run, &m_commands, u"mnuAddCode"_s));
     connect(tree, &NodeTreeView::RightClicked, this, [this](TreeNode* node, const QPoint& place) {
         m_tree->TreeViewNodeClick(*node);
         m_faces->MenuOf(CommandRow::Place::Item)->popup(place);
     });
     tree->SetDragFormat(ItemDrag::TreeClipboardFormat());
-    tree->SetDragRules(
-        {.Start = [this](TreeNode& node) { return m_drag->Start(node); },
-         .Over = [this](const TreeNode* node, int y, int height) { return m_drag->Over(node, y, height); },
-         .Tick = [this] { m_drag->Tick(); },
-         .Drop = [this] { return m_drag->Drop(); },
-         .Complete = [this] { m_drag->Complete(); }});
+    tree->SetDragRules({.Start = std::bind_front(&ItemDrag::Start, m_drag.get()),
+                        .Over = std::bind_front(&ItemDrag::Over, m_drag.get()),
+                        .Tick = std::bind_front(&ItemDrag::Tick, m_drag.get()),
+                        .Drop = std::bind_front(&ItemDrag::Drop, m_drag.get()),
+                        .Complete = std::bind_front(&ItemDrag::Complete, m_drag.get())});
     m_tree->ItemShown = [this] {
         m_items->ItemMenuEdit();
         ShowStatusOfItem();
@@ -196,11 +196,12 @@ void frmCodeLib::ConnectPanels()
         tvCodeItems->UpdateDescription(ctlCodeItemDetails->Description());
         ctlBookMarkList->SetItemText(m_session.oCodeItem ? m_session.oCodeItem->Title() : QString());
     };
-    connect(m_shell, &WindowShell::LibraryChosen, this, [this] { m_libraries->cboDatabase_Click(); });
+    connect(m_shell, &WindowShell::LibraryChosen, this,
+            std::bind_front(&LibraryList::cboDatabase_Click, m_libraries.get()));
     connect(m_shell, &WindowShell::AliasEntered, this,
             [this](const QString& alias) { m_libraries->ChangeAlias(alias, true); });
-    m_shell->MenusEnabled = [this](bool enabled) { EnableMenus(enabled); };
-    m_shell->EditingEnabled = [this](bool enabled) { EnableEditing(enabled); };
+    m_shell->MenusEnabled = std::bind_front(&frmCodeLib::EnableMenus, this);
+    m_shell->EditingEnabled = std::bind_front(&frmCodeLib::EnableEditing, this);
     connect(&m_commands, &Commands::Changed, tvCodeItems, [this](const QString& name) {
         if (name == u"LINK_MODE"_s || name == u"LINK_REMOVE"_s)
             tvCodeItems->EnableLinking(m_commands.Get(u"LINK_MODE"_s).Enabled,
@@ -211,7 +212,7 @@ void frmCodeLib::ConnectPanels()
 void frmCodeLib::ConnectLinks()
 {
     m_commands.SetChecked(u"mnuViewTreeItem"_s, true);
-    m_items->AddNewLinkToSelectedItem = [this](const QString& title) { m_linking->AddNewLinkToSelectedItem(title); };
+    m_items->AddNewLinkToSelectedItem = std::bind_front(&ItemLinking::AddNewLinkToSelectedItem, m_linking.get());
     m_linking->AskRelationshipDelete = [this](LinkDirection direction) -> std::optional<LinkDirection> {
         frmRelationshipDelete dialog(this);
         dialog.DisplayRelationshipAndOptions(direction);
@@ -220,26 +221,28 @@ void frmCodeLib::ConnectLinks()
     };
     m_endLinkMode = new QShortcut(Qt::Key_Escape, this);
     m_endLinkMode->setEnabled(false);
-    connect(m_endLinkMode, &QShortcut::activated, this, [this] { m_linking->CancelLinkMode(); });
+    connect(m_endLinkMode, &QShortcut::activated, this, std::bind_front(&ItemLinking::CancelLinkMode, m_linking.get()));
     m_linking->ShowHint = [this](const QString& hint) {
         m_shell->ShowHint(hint);
         m_endLinkMode->setEnabled(!hint.isEmpty());
     };
-    m_linking->LinksChanged = [this] { ctlBookMarkList->ShowItem(); };
-    m_linking->AddNewLinkToList = [this](const CLink& link) { ctlBookMarkList->AddNewLinkToList(link); };
-    m_linking->UpdateItemLinkInList = [this](const CLink& link) { ctlBookMarkList->UpdateItemLinkInList(link); };
-    m_items->LibraryHasGone = [this] { ShowLibraryState(); };
-    m_items->CancelLinkMode = [this] { m_linking->CancelLinkMode(); };
+    m_linking->LinksChanged = std::bind_front(&ctlBookmarks::ShowItem, ctlBookMarkList);
+    m_linking->AddNewLinkToList = std::bind_front(&ctlBookmarks::AddNewLinkToList, ctlBookMarkList);
+    m_linking->UpdateItemLinkInList = std::bind_front(&ctlBookmarks::UpdateItemLinkInList, ctlBookMarkList);
+    m_items->LibraryHasGone = std::bind_front(&frmCodeLib::ShowLibraryState, this);
+    m_items->CancelLinkMode = std::bind_front(&ItemLinking::CancelLinkMode, m_linking.get());
     m_linking->AskDirection = [this] { return AskLinkDirection(this); };
     connect(tvCodeItems, &ctlSmartTreeView::LinkModeStarted, this,
-            [this](LinkMode mode) { m_linking->CreateNewLink(mode); });
-    connect(tvCodeItems, &ctlSmartTreeView::LinkModeEnded, this, [this] { m_linking->CancelLinkMode(); });
+            std::bind_front(&ItemLinking::CreateNewLink, m_linking.get()));
+    connect(tvCodeItems, &ctlSmartTreeView::LinkModeEnded, this,
+            std::bind_front(&ItemLinking::CancelLinkMode, m_linking.get()));
     connect(tvCodeItems, &ctlSmartTreeView::LinkTargetChosen, this,
             [this](TreeNode* node) { m_linking->LinkTargetChosen(*node); });
     connect(tvCodeItems, &ctlSmartTreeView::LinkFollowed, this, &frmCodeLib::FollowLink);
     connect(tvCodeItems, &ctlSmartTreeView::LinkRemoveAsked, this,
             [this](qint64 item) { m_linking->DeleteLink(CLinks::KeyOf(item)); });
-    connect(&tvCodeItems->Nodes(), &TreeNodes::modelAboutToBeReset, this, [this] { m_linking->EndLinkMode(); });
+    connect(&tvCodeItems->Nodes(), &TreeNodes::modelAboutToBeReset, this,
+            std::bind_front(&ItemLinking::EndLinkMode, m_linking.get()));
     connect(tvCodeItems, &ctlSmartTreeView::Shrinking, this, &frmCodeLib::tvCodeItems_Shrinking);
 }
 
@@ -309,7 +312,7 @@ void frmCodeLib::ConnectFiles()
         statusBar()->showMessage(text.simplified(), Shown);
     });
     connect(m_storedFiles, &ctlFileDetails::FilesChanged, ctlCodeItemDetails,
-            [this](bool hasFiles) { ctlCodeItemDetails->SetFilesEnabled(hasFiles); });
+            std::bind_front(&ctlCodeDetails::SetFilesEnabled, ctlCodeItemDetails));
     connect(&m_commands, &Commands::Changed, this, [this](const QString& name) {
         if (name == u"SAVE"_s && m_session.moSettings)
             UpdateAskToSaveFileDescChanges();

@@ -10,6 +10,7 @@
 #include <QAction>
 #include <QMenu>
 #include <QToolBar>
+#include <functional>
 
 namespace qb {
 
@@ -41,14 +42,14 @@ void frmCodeLib::MakeQuickOpen()
         else
             ctlCodeItemDetails->setFocus();
     };
-    m_quickSession->ShowTab = [this](DetailsTab tab) { ctlCodeItemDetails->SetCurrentView(tab); };
+    m_quickSession->ShowTab = std::bind_front(&ctlCodeDetails::SetCurrentView, ctlCodeItemDetails);
     m_quickSession->ShowFile = [this](qint64 file) {
         m_storedFiles->SelectFile(file);
         m_storedFiles->SetFocusToList();
     };
     m_quickSession->ShowLine = [this](int line) { ctlCodeItemDetails->GoToLine(line); };
     m_quickOpen = new frmQuickOpen(*m_quickSession, m_findService, *this);
-    m_commands.Register(u"mnuQuickOpen"_s, [this] { ShowQuickOpen(); });
+    m_commands.Register(u"mnuQuickOpen"_s, this, &frmCodeLib::ShowQuickOpen);
 }
 
 /// A menu that it stands in can be opened.

@@ -8,6 +8,7 @@
 #include <QSignalBlocker>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+#include <functional>
 
 namespace qb {
 
@@ -63,7 +64,7 @@ frmImport::frmImport(QWidget* parent, const std::vector<PreviewedItem>& items, c
         auto* button = new QPushButton(QString::fromLatin1(caption));
         button->setObjectName(QString::fromLatin1(name));
         button->setAutoDefault(false);
-        connect(button, &QPushButton::clicked, this, [this, isOn = isOn] { ChooseAll(isOn); });
+        connect(button, &QPushButton::clicked, this, std::bind_front(&frmImport::ChooseAll, this, isOn));
         chosen->addWidget(button);
     }
     layout->addLayout(chosen);

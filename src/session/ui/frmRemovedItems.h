@@ -1,9 +1,9 @@
 #pragma once
 
+#include "platform/system/Hook.h"
 #include "session/RemovedTools.h"
 
 #include <QDialog>
-#include <functional>
 #include <memory>
 
 class QLabel;
@@ -24,11 +24,11 @@ public:
     frmRemovedItems(QWidget* parent, Library& library, bool mayWrite);
 
     /// Something was brought back to this item.
-    std::function<void(qint64 id)> BroughtBack = [](qint64) {};
+    Hook<void(qint64 id)> BroughtBack;
     /// Leads to an item; the dialog is closed before.
-    std::function<void(qint64 id)> Show = [](qint64) {};
+    Hook<void(qint64 id)> Show;
     /// Where to bring something whose place is gone: below an item, 0 for the top of the tree, -1 for nowhere.
-    std::function<qint64()> AskPlace = [] { return qint64(0); };
+    Hook<qint64()> AskPlace;
 
 private:
     void MakeList();

@@ -6,6 +6,7 @@
 #include <QColorDialog>
 #include <QMenu>
 #include <QPixmap>
+#include <functional>
 
 namespace qb {
 
@@ -72,7 +73,7 @@ ColorButton::ColorButton(const QString& title, QWidget* parent) : QToolButton(pa
     for (const ColorPreset& preset : Presets) {
         QAction* entry = menu->addAction(Swatch(preset.Value), QString::fromLatin1(preset.Caption));
         entry->setProperty("key", QString::fromLatin1(preset.Key));
-        connect(entry, &QAction::triggered, this, [this, value = preset.Value] { Choose(value); });
+        connect(entry, &QAction::triggered, this, std::bind_front(&ColorButton::Choose, this, preset.Value));
     }
     menu->addSeparator();
     QAction* custom = menu->addAction(u"Custom..."_s);
@@ -100,7 +101,7 @@ void ColorButton::SetRecent(const QList<quint32>& colors)
     for (const quint32 color : colors) {
         auto* entry = new QAction(Swatch(color), u"Used last: %1"_s.arg(ColorOf(color).name().toUpper()), menu());
         entry->setProperty("key", u"LAST"_s);
-        connect(entry, &QAction::triggered, this, [this, color] { Choose(color); });
+        connect(entry, &QAction::triggered, this, std::bind_front(&ColorButton::Choose, this, color));
         menu()->insertAction(first, entry);
         m_recent << entry;
     }

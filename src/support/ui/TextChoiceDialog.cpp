@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <algorithm>
+#include <functional>
 
 namespace qb {
 
@@ -41,8 +42,8 @@ TextChoiceDialog::TextChoiceDialog(const TextChoice& choice, QWidget* parent) : 
     keep->setObjectName(u"cmdOwn"_s);
     QPushButton* take = buttons->addButton(u"Take &Theirs"_s, QDialogButtonBox::AcceptRole);
     take->setObjectName(u"cmdTheirs"_s);
-    connect(keep, &QPushButton::clicked, this, [this] { Choose(ChosenText::Own); });
-    connect(take, &QPushButton::clicked, this, [this] { Choose(ChosenText::Theirs); });
+    connect(keep, &QPushButton::clicked, this, std::bind_front(&TextChoiceDialog::Choose, this, ChosenText::Own));
+    connect(take, &QPushButton::clicked, this, std::bind_front(&TextChoiceDialog::Choose, this, ChosenText::Theirs));
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     auto* layout = new QGridLayout(this);
     layout->addWidget(question, 0, 0, 1, 2);

@@ -66,4 +66,12 @@ bool WorkProgress::IsCancelled()
     return m_dialog.wasCanceled();
 }
 
+WatchedRun WatchedIn(QWidget& window)
+{
+    return [&window](const QString& title, const std::function<void(Work&)>& body) {
+        WorkProgress progress(&window, title);
+        body(progress);
+    };
+}
+
 } // namespace qb

@@ -37,4 +37,7 @@ private:
     QElapsedTimer m_lasted;
 };
 
+/// Runs works with such a dialog over @p window, which lives as long.
+WatchedRun WatchedIn(QWidget& window);
+
 } // namespace qb

@@ -1,6 +1,7 @@
 #include "text/ui/FoundMarks.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace qb {
 
@@ -22,7 +23,7 @@ FoundMarks::FoundMarks(std::function<UserTextBox*()> box) : m_box(std::move(box)
     constexpr int Pause = 200; // milliseconds
     m_refresh.setSingleShot(true);
     m_refresh.setInterval(Pause);
-    QObject::connect(&m_refresh, &QTimer::timeout, &m_refresh, [this] { Refresh(); });
+    QObject::connect(&m_refresh, &QTimer::timeout, &m_refresh, std::bind_front(&FoundMarks::Refresh, this));
 }
 
 void FoundMarks::SetMatcher(const FindMatcher* matcher)

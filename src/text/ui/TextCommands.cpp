@@ -13,6 +13,7 @@
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <algorithm>
+#include <functional>
 
 namespace qb {
 
@@ -197,10 +198,8 @@ void TextCommands::SetDefaultFont(const RtfFont& font)
 
 void TextCommands::OfferUnsavedTexts(Library& library, const std::function<void(qint64 item)>& goTo)
 {
-    Guarded(ModuleName, u"OfferUnsavedTexts"_s, [&] {
-        qb::OfferUnsavedTexts(library, goTo,
-                              [this](const UnsavedTexts& unsaved) { return m_editor.ShowUnsaved(unsaved); });
-    });
+    Guarded(ModuleName, u"OfferUnsavedTexts"_s,
+            [&] { qb::OfferUnsavedTexts(library, goTo, std::bind_front(&ItemEditor::ShowUnsaved, &m_editor)); });
 }
 
 } // namespace qb

@@ -23,6 +23,7 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <functional>
 
 namespace qb {
 
@@ -89,9 +90,9 @@ QWidget* ctlCodeDetails::MakeItemPage()
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addLayout(header);
     layout->addWidget(m_tabs, 1);
-    m_findBar = new FindBar([this] { return CurrentBox(); });
+    m_findBar = new FindBar(std::bind_front(&ctlCodeDetails::CurrentBox, this));
     layout->addWidget(m_findBar);
-    m_found = std::make_unique<FoundMarks>([this] { return CurrentBox(); });
+    m_found = std::make_unique<FoundMarks>(std::bind_front(&ctlCodeDetails::CurrentBox, this));
     connect(this, &ctlCodeDetails::CurrentViewChanged, m_findBar, &FindBar::Refresh);
     connect(this, &ctlCodeDetails::CurrentViewChanged, this, [this] { m_found->Refresh(); });
     return page;
@@ -129,7 +130,7 @@ void ctlCodeDetails::ConnectWelcomePage()
 {
     connect(m_welcome, &WelcomeView::DefaultPagesMissing, this, &ctlCodeDetails::DefaultPagesMissing);
     connect(m_welcome, &WelcomeView::AddressActivated, this,
-            [this](const QString& address) { OpenAddress(address, [this](const QString& page) { Navigate(page); }); });
+            [this](const QString& address) { OpenAddress(address, std::bind_front(&ctlCodeDetails::Navigate, this)); });
 }
 
 void ctlCodeDetails::ConnectBoxes()
@@ -147,7 +148,8 @@ void ctlCodeDetails::ConnectAddresses(RichTextBox* box)
 {
     connect(box, &RichTextBox::AddressClicked, this, [this](const QString& address, bool isOutside) {
         const bool isMail = address.startsWith("mailto:"_L1, Qt::CaseInsensitive); // which the tab can't show
-        isOutside || isMail ? OpenAddress(address, [this](const QString& page) { LinkOver(page); }) : LinkOver(address);
+        isOutside || isMail ? OpenAddress(address, std::bind_front(&ctlCodeDetails::LinkOver, this))
+                            : LinkOver(address);
     });
 }
 
@@ -173,7 +175,7 @@ void ctlCodeDetails::ConnectBox(Box* box)
     connect(box, &Box::textChanged, this, [this, text = *TextOf(box)] { m_editor.BoxChanged(text); });
     connect(box, &Box::cursorPositionChanged, this, &ctlCodeDetails::EditStateChanged);
     connect(box, &Box::selectionChanged, this, &ctlCodeDetails::EditStateChanged);
-    connect(box, &Box::ZoomAsked, this, [this](int steps) { ZoomBy(steps); });
+    connect(box, &Box::ZoomAsked, this, std::bind_front(&ctlCodeDetails::ZoomBy, this));
 }
 
 void ctlCodeDetails::ConnectTexts()
@@ -251,7 +253,7 @@ void ctlCodeDetails::SetFileControl(FileDetailsView& files)
     };
     connect(m_fileNotes, &RichTextBox::textChanged, this, &ctlCodeDetails::ReadFormat); // also after undo
     connect(m_fileNotes, &RichTextBox::textChanged, m_findBar, &FindBar::RefreshSoon);
-    connect(m_fileNotes, &RichTextBox::ZoomAsked, this, [this](int steps) { ZoomBy(steps); });
+    connect(m_fileNotes, &RichTextBox::ZoomAsked, this, std::bind_front(&ctlCodeDetails::ZoomBy, this));
     connect(m_fileNotes, &RichTextBox::LinkActivated, m_welcome, &WelcomeView::AddressActivated);
     ConnectAddresses(m_fileNotes);
     m_fileNotes->SetAutoURLDetect(m_detectsAddresses);

@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QStackedLayout>
 #include <QVBoxLayout>
+#include <functional>
 
 namespace qb {
 
@@ -44,7 +45,7 @@ void BrowserView::MakeBrowser()
 void BrowserView::ConnectBrowser()
 {
     m_browser->IsWebKeptOut = [] { return !WebAccess::WhyKeptOut().isEmpty(); };
-    m_browser->KeptOut = [this](const QUrl& url) { KeepOut(url); };
+    m_browser->KeptOut = std::bind_front(&BrowserView::KeepOut, this);
     m_browser->BeforeNavigate = [this](const QUrl& url) {
         HideNowhere();
         m_layout->setCurrentWidget(m_browser->Widget());
@@ -54,12 +55,12 @@ void BrowserView::ConnectBrowser()
     m_browser->LoadFailed = [this](const QUrl& url, const QString& why) {
         TellNowhere(AddressText(url), ReasonInWords(why));
     };
-    m_browser->Died = [this] { TellDead(); };
+    m_browser->Died = std::bind_front(&BrowserView::TellDead, this);
     m_browser->CommandStateChange = [this](bool back, bool forward) { Q_EMIT CommandStateChange(back, forward); };
     m_browser->ProgressChange = [this](int percent) { Q_EMIT ProgressChange(percent); };
     m_browser->DocumentComplete = [this](const QUrl& url) { Q_EMIT DocumentComplete(url); };
     m_browser->LinkHovered = [this](const QString& address) { Q_EMIT LinkHovered(address); };
-    m_browser->Gestured = [this] { m_gestures.Gesture(); };
+    m_browser->Gestured = std::bind_front(&GestureRule::Gesture, &m_gestures);
     m_browser->OpenOutside = [this](const QUrl& url) {
         if (m_gestures.Take())
             Q_EMIT OpenOutside(url.toString());

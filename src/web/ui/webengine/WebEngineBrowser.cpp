@@ -16,6 +16,7 @@
 #include <QWebEngineUrlRequestInfo>
 #include <QWebEngineUrlRequestJob>
 #include <QWebEngineView>
+#include <functional>
 
 namespace qb {
 
@@ -154,7 +155,8 @@ void WebEngineBrowser::Connect()
         if (status != QWebEnginePage::NormalTerminationStatus && Died)
             Died();
     });
-    QObject::connect(page, &QWebEnginePage::urlChanged, page, [this] { TellCommandState(); });
+    QObject::connect(page, &QWebEnginePage::urlChanged, page,
+                     std::bind_front(&WebEngineBrowser::TellCommandState, this));
     QObject::connect(page, &QWebEnginePage::linkHovered, page, [this](const QString& address) {
         if (LinkHovered)
             LinkHovered(address);
