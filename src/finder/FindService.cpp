@@ -170,7 +170,7 @@ private:
         } catch (const std::exception& error) {
             SetCurrent(nullptr, nullptr);
             task->SetRun(nullptr);
-            TellRequest(task, [reason = SentenceOf(error)](FindRequest& request) { request.TellFailed(reason); });
+            TellRequest(task, &FindRequest::TellFailed, SentenceOf(error));
         }
     }
 
@@ -186,17 +186,17 @@ private:
             if (m_ends || task->IsCancelled) {
                 FindOutcome cancelled;
                 cancelled.IsCancelled = true;
-                return TellRequest(task, [cancelled](FindRequest& request) { request.TellEnded(cancelled); });
+                return TellRequest(task, &FindRequest::TellEnded, cancelled);
             }
             if (!texts)
                 break;
-            TellRequest(task, [texts](FindRequest& request) { request.TellStarted(texts); });
+            TellRequest(task, &FindRequest::TellStarted, texts);
             const FindOutcome outcome = RunIn(texts, task);
             if (!outcome.IsDamaged)
-                return TellRequest(task, [outcome](FindRequest& request) { request.TellEnded(outcome); });
+                return TellRequest(task, &FindRequest::TellEnded, outcome);
             m_cache->Discard();
         }
-        TellRequest(task, [failure](FindRequest& request) { request.TellFailed(failure); });
+        TellRequest(task, &FindRequest::TellFailed, failure);
     }
 
     FindOutcome RunIn(const std::shared_ptr<const FindSnapshot>& texts, const std::shared_ptr<FindTask>& task)
@@ -224,14 +224,14 @@ private:
     }
 
     /// Told whichever library is open by then: a request always hears of its end.
-    template <class Action>
-    void TellRequest(const std::shared_ptr<FindTask>& task, Action&& action)
+    template <class Action, class... Told>
+    void TellRequest(const std::shared_ptr<FindTask>& task, Action action, const Told&... told)
     {
         QMetaObject::invokeMethod(
             &m_service,
-            [task, action = std::forward<Action>(action)] {
+            [task, action, told...] {
                 if (task->Owner)
-                    action(*task->Owner);
+                    std::invoke(action, *task->Owner, told...);
             },
             Qt::QueuedConnection);
     }

@@ -103,7 +103,7 @@ public:
         for (const QString& folder : {FilesFolderOf(library).chopped(1), HTMLFolderOf(library).chopped(1)}) {
             if (!QFileInfo::exists(folder) || QDir().rmdir(folder))
                 continue;
-            const QString aside = NumberedName(folder, [](const QString& name) { return QFileInfo::exists(name); });
+            const QString aside = NumberedPath(folder);
             if (!RenameFile(folder, aside))
                 throw RuntimeError(
                     ErrorNumber::PathAccess,

@@ -254,7 +254,7 @@ private:
         if (asMother) {
             for (const LibrarySchema::AddedField& mark : LibrarySchema::MergeMarks()) {
                 if (mark.Column.Name == u"Deleted"_s)
-                    TolerateExisting([&] { m_library.AppendField(mark.Table, mark.Column); });
+                    TolerateExisting(&Database::AppendField, m_library, mark.Table, mark.Column);
             }
             return MotherMerge(run).SynchronizeMother();
         }

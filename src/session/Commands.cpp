@@ -264,11 +264,11 @@ const Commands::State& Commands::Get(const QString& name) const
     return found == m_states.constEnd() ? unknown : *found;
 }
 
-template <class Change>
-void Commands::Update(const QString& name, Change&& change)
+template <class Value>
+void Commands::Update(const QString& name, Value State::*part, const Value& value)
 {
     Q_ASSERT(m_states.contains(name));
-    change(m_states[name]);
+    m_states[name].*part = value;
     Q_EMIT Changed(name);
 }
 
@@ -291,7 +291,7 @@ void Commands::ShowEnabled(const QString& name)
 {
     const bool enabled = m_wanted.value(name, true) && CommandRules::Allows(name, m_standing);
     if (enabled != Get(name).Enabled)
-        Update(name, [enabled](State& state) { state.Enabled = enabled; });
+        Update(name, &State::Enabled, enabled);
 }
 
 void Commands::SetEnabled(const QString& name, bool enabled)
@@ -302,25 +302,23 @@ void Commands::SetEnabled(const QString& name, bool enabled)
 
 void Commands::SetVisible(const QString& name, bool visible)
 {
-    Update(name, [visible](State& state) { state.Visible = visible; });
+    Update(name, &State::Visible, visible);
 }
 
 void Commands::SetChecked(const QString& name, bool checked)
 {
-    Update(name, [checked](State& state) { state.Checked = checked; });
+    Update(name, &State::Checked, checked);
 }
 
 void Commands::SetCaption(const QString& name, const QString& caption)
 {
-    Update(name, [&caption](State& state) { state.Caption = caption; });
+    Update(name, &State::Caption, caption);
 }
 
 void Commands::SetImage(const QString& name, const QString& icon, const QString& tip)
 {
-    Update(name, [&](State& state) {
-        state.Icon = icon;
-        state.Tip = tip;
-    });
+    m_states[name].Icon = icon;
+    Update(name, &State::Tip, tip);
 }
 
 void Commands::EnableMainToolbar(bool enabled)

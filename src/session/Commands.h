@@ -105,8 +105,8 @@ Q_SIGNALS:
     void Changed(const QString& name);
 
 private:
-    template <class Change>
-    void Update(const QString& name, Change&& change);
+    template <class Value>
+    void Update(const QString& name, Value State::*part, const Value& value);
 
     void ShowEnabled(const QString& name);
 

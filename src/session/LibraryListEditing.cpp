@@ -60,7 +60,7 @@ public:
                                u"CreateNewDatabase"_s);
         m_held = true;
         for (const QString& folder : {FilesFolderOf(path).chopped(1), HTMLFolderOf(path).chopped(1)}) {
-            const QString aside = NumberedName(folder, [](const QString& name) { return QFileInfo::exists(name); });
+            const QString aside = NumberedPath(folder);
             if (aside != folder && QDir().rename(folder, aside))
                 m_folders.emplace_back(folder, aside);
         }

@@ -127,8 +127,8 @@ bool CDBCreate::PrepareAsBackUp(Database& database)
     return Guarded(ModuleName, u"PrepareAsBackUp"_s, [&] {
         Transaction transaction(database);
         // A library that was given out as a child has both, with what it came with.
-        TolerateExisting([&] { Create_TblDef_HTMLFiles({}); });
-        TolerateExisting([&] { database.AppendField(u"Files"_s, LibrarySchema::FileContents()); });
+        TolerateExisting(&CDBCreate::Create_TblDef_HTMLFiles, *this, QString());
+        TolerateExisting(&Database::AppendField, database, u"Files"_s, LibrarySchema::FileContents());
         database.Execute(u"DELETE FROM HTMLFiles"_s);
         database.Execute(u"UPDATE Files SET File = NULL WHERE File IS NOT NULL"_s);
         transaction.Commit();
@@ -141,11 +141,11 @@ bool CDBCreate::CreateAditionalTales(bool withHTML)
         Transaction transaction(*m_database);
         // A library that has or is a child has them already. A mother keeps what they record for her other
         // children; in a copy they belong to the one that it was made of.
-        TolerateExisting(std::bind_front(&CDBCreate::Create_TblDef_DeletedFiles, this));
-        TolerateExisting(std::bind_front(&CDBCreate::Create_TblDef_DeletedItems, this));
-        TolerateExisting(std::bind_front(&CDBCreate::Create_TblDef_DeletedItemLinks, this));
+        TolerateExisting(&CDBCreate::Create_TblDef_DeletedFiles, *this);
+        TolerateExisting(&CDBCreate::Create_TblDef_DeletedItems, *this);
+        TolerateExisting(&CDBCreate::Create_TblDef_DeletedItemLinks, *this);
         if (withHTML) {
-            TolerateExisting([this] { Create_TblDef_HTMLFiles({}); });
+            TolerateExisting(&CDBCreate::Create_TblDef_HTMLFiles, *this, QString());
             for (const QString& table :
                  {u"DeletedFiles"_s, u"DeletedItems"_s, u"DeletedItemLinks"_s, u"HTMLFiles"_s, u"ChildCopies"_s})
                 m_database->Execute(u"DELETE FROM "_s + table);
@@ -159,10 +159,10 @@ bool CDBCreate::CreateAditionalFields(TableSet set)
     return Guarded(ModuleName, u"CreateAditionalFields"_s, [&] {
         Transaction transaction(*m_database);
         for (const LibrarySchema::AddedField& added : LibrarySchema::AditionalFields(set, m_kind)) {
-            TolerateExisting([&] { m_database->AppendField(added.Table, added.Column); });
+            TolerateExisting(&Database::AppendField, *m_database, added.Table, added.Column);
             if (added.Indexed) {
                 const Index index{.Name = added.Column.Name, .Fields = {added.Column.Name}};
-                TolerateExisting([&] { m_database->AppendIndex(added.Table, index); });
+                TolerateExisting(&Database::AppendIndex, *m_database, added.Table, index);
             }
         }
         transaction.Commit();

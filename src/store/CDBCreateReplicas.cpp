@@ -23,7 +23,7 @@ const QString ModuleName = u"CDBCreate"_s;
 void AppendTolerantly(Database& database, const std::vector<LibrarySchema::AddedField>& fields)
 {
     for (const LibrarySchema::AddedField& added : fields)
-        TolerateExisting([&] { database.AppendField(added.Table, added.Column); });
+        TolerateExisting(&Database::AppendField, database, added.Table, added.Column);
 }
 
 /// False when there was no such table.
@@ -134,9 +134,9 @@ bool CDBCreate::CreateTemporaryTablesInMainDB(Database& database)
         ModuleName, u"CreateTemporaryTablesInMainDB"_s,
         [&] {
             Transaction transaction(database);
-            TolerateExisting([&] { create.Create_TblDef_Files(u"TempFiles"_s); });
-            TolerateExisting([&] { create.Create_TblDef_Items(true, u"TempItems"_s); });
-            TolerateExisting([&] { create.Create_TblDef_HTMLFiles(u"TempHTMLFiles"_s); });
+            TolerateExisting(&CDBCreate::Create_TblDef_Files, create, u"TempFiles"_s);
+            TolerateExisting(&CDBCreate::Create_TblDef_Items, create, true, u"TempItems"_s);
+            TolerateExisting(&CDBCreate::Create_TblDef_HTMLFiles, create, u"TempHTMLFiles"_s);
             if (!create.CreateAditionalFields(TableSet::Temporary))
                 return false;
             if (database.QueryValue(u"SELECT 1 FROM TempItems LIMIT 1"_s).IsNull()) {

@@ -57,10 +57,8 @@ bool MoveInto(const QString& from, const QString& place)
 {
     if (IsThere(place)) {
         const QFileInfo there(place);
-        const QString kept = NumberedName(u"found "_s + there.fileName(), [&there](const QString& name) {
-            return IsThere(there.absoluteDir().filePath(name));
-        });
-        if (!RenameFile(place, there.absoluteDir().filePath(kept)))
+        const QString kept = NumberedPath(there.absoluteDir().filePath(u"found "_s + there.fileName()));
+        if (!RenameFile(place, kept))
             return false;
     }
     return RenameFile(from, place);

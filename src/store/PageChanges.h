@@ -72,8 +72,8 @@ void SettlePage(Library& library, qint64 item);
 /// Whether the page of an item is on its way to its place.
 bool IsPagePending(Library& library, qint64 item);
 
-/// Whether @p entry, of the folder of pages, is a folder with changes that do not count yet. Raises RuntimeError 75 when
-/// that can't be read.
+/// Whether @p entry, of the folder of pages, is a folder with changes that do not count yet. Raises RuntimeError 75
+/// when that can't be read.
 bool IsOfUnboundChanges(Database& library, const QString& entry);
 
 /// Completes the changes of dead processes that were committed, and forgets the others. Those under way are left alone.

@@ -57,9 +57,7 @@ void SetAside(const QString& place)
     const QFileInfo file(place);
     if ((!file.exists() && !file.isSymLink()) || (file.isDir() && !file.isSymLink()))
         return;
-    const QString aside = NumberedName(file.absolutePath() + u"/found "_s + file.fileName(), [](const QString& name) {
-        return QFileInfo::exists(name) || QFileInfo(name).isSymLink();
-    });
+    const QString aside = NumberedPath(file.absolutePath() + u"/found "_s + file.fileName());
     if (!RenameFile(place, aside))
         throw RuntimeError(ErrorNumber::PathAccess,
                            u"'%1' is in the way of a stored file."_s.arg(QDir::toNativeSeparators(place)),

@@ -18,14 +18,14 @@ const QString ModuleName = u"CTextFormat"_s;
 constexpr int IndentStep = 200;   // twips
 constexpr int BulletIndent = 300; // twips
 
-/// Stores what the box has if that differs from what is known, and tells it.
-template <class Known, class Tell>
-void ReadOne(Known& known, const std::optional<Known>& inBox, Tell&& tell)
+/// Stores what the box has if that differs from what is known; true when it is to be told.
+template <class Known>
+bool HasChanged(Known& known, const std::optional<Known>& inBox)
 {
     if (inBox && *inBox == known)
-        return;
+        return false;
     known = inBox.value_or(Known());
-    tell(known);
+    return true;
 }
 
 template <class To, class From>
@@ -167,14 +167,20 @@ void CTextFormat::Format()
 void CTextFormat::ReadValues()
 {
     Guarded(ModuleName, u"ReadValues"_s, [this] {
-        ReadOne(m_font, Box().SelFontName(), [this](const QString& font) { Q_EMIT eFontChanged(font); });
-        ReadOne(m_size, As<int>(Box().SelFontSize()), [this](int size) { Q_EMIT eFontSizeChanged(size); });
-        ReadOne(m_bold, Box().SelBold(), [this](bool on) { Q_EMIT eBoldStateChanged(on); });
-        ReadOne(m_italic, Box().SelItalic(), [this](bool on) { Q_EMIT eItalicStateChanged(on); });
-        ReadOne(m_underline, Box().SelUnderline(), [this](bool on) { Q_EMIT eUnderlineStateChanged(on); });
-        ReadOne(m_bullets, Box().SelBullet(), [this](bool on) { Q_EMIT BulletStateChanged(on); });
-        ReadOne(m_alignment, As<int>(Box().SelAlignment()),
-                [this](int alignment) { Q_EMIT AllignmentStateChanged(alignment); });
+        if (HasChanged(m_font, Box().SelFontName()))
+            Q_EMIT eFontChanged(m_font);
+        if (HasChanged(m_size, As<int>(Box().SelFontSize())))
+            Q_EMIT eFontSizeChanged(m_size);
+        if (HasChanged(m_bold, Box().SelBold()))
+            Q_EMIT eBoldStateChanged(m_bold);
+        if (HasChanged(m_italic, Box().SelItalic()))
+            Q_EMIT eItalicStateChanged(m_italic);
+        if (HasChanged(m_underline, Box().SelUnderline()))
+            Q_EMIT eUnderlineStateChanged(m_underline);
+        if (HasChanged(m_bullets, Box().SelBullet()))
+            Q_EMIT BulletStateChanged(m_bullets);
+        if (HasChanged(m_alignment, As<int>(Box().SelAlignment())))
+            Q_EMIT AllignmentStateChanged(m_alignment);
     });
 }
 

@@ -33,21 +33,38 @@ constexpr FormRow FormRows[] = {
 
 struct FlagRow {
     QLatin1StringView Name;
-    void (*Set)(ScanRule&);
+    bool ScanRule::*Flag;
 };
 constexpr FlagRow FlagRows[] = {
-    {"after-blank"_L1, [](ScanRule& rule) { rule.Where = ScanRule::Place::AfterBlank; }},
-    {"first"_L1, [](ScanRule& rule) { rule.Where = ScanRule::Place::FirstInLine; }},
-    {"at-line-begin"_L1, [](ScanRule& rule) { rule.Where = ScanRule::Place::LineBegin; }},
-    {"not-after-word"_L1, [](ScanRule& rule) { rule.NotAfterWord = true; }},
-    {"whole-word"_L1, [](ScanRule& rule) { rule.WholeWord = true; }},
-    {"lines"_L1, [](ScanRule& rule) { rule.Lines = true; }},
-    {"nested"_L1, [](ScanRule& rule) { rule.Nested = true; }},
-    {"spaced"_L1, [](ScanRule& rule) { rule.Spaced = true; }},
-    {"loose"_L1, [](ScanRule& rule) { rule.Loose = true; }},
-    {"braces"_L1, [](ScanRule& rule) { rule.Braces = true; }},
-    {"dotted"_L1, [](ScanRule& rule) { rule.Dotted = true; }},
-    {"leave"_L1, [](ScanRule& rule) { rule.Leaves = true; }},
+    {"not-after-word"_L1, &ScanRule::NotAfterWord},
+    {"whole-word"_L1, &ScanRule::WholeWord},
+    {"lines"_L1, &ScanRule::Lines},
+    {"nested"_L1, &ScanRule::Nested},
+    {"spaced"_L1, &ScanRule::Spaced},
+    {"loose"_L1, &ScanRule::Loose},
+    {"braces"_L1, &ScanRule::Braces},
+    {"dotted"_L1, &ScanRule::Dotted},
+    {"leave"_L1, &ScanRule::Leaves},
+};
+
+struct PlaceRow {
+    QLatin1StringView Name;
+    ScanRule::Place Where;
+};
+constexpr PlaceRow PlaceRows[] = {
+    {"after-blank"_L1, ScanRule::Place::AfterBlank},
+    {"first"_L1, ScanRule::Place::FirstInLine},
+    {"at-line-begin"_L1, ScanRule::Place::LineBegin},
+};
+
+/// An option "name=text".
+struct TextRow {
+    QLatin1StringView Name;
+    QString ScanRule::*Text;
+};
+constexpr TextRow TextRows[] = {
+    {"follow"_L1, &ScanRule::Follow},     {"not-follow"_L1, &ScanRule::NotFollow}, {"special"_L1, &ScanRule::Specials},
+    {"indented"_L1, &ScanRule::Specials}, {"enter"_L1, &ScanRule::ContextName},
 };
 
 /// An option "name=value". False for a value that it can't have.
@@ -95,48 +112,38 @@ constexpr OptionRow OptionRows[] = {
          rule.After = value.split(u',', Qt::SkipEmptyParts);
          return true;
      }},
-    {"follow"_L1,
-     [](ScanRule& rule, const QString& value) {
-         rule.Follow = value;
-         return true;
-     }},
-    {"not-follow"_L1,
-     [](ScanRule& rule, const QString& value) {
-         rule.NotFollow = value;
-         return true;
-     }},
-    {"special"_L1,
-     [](ScanRule& rule, const QString& value) {
-         rule.Specials = value;
-         return true;
-     }},
-    {"indented"_L1,
-     [](ScanRule& rule, const QString& value) {
-         rule.Specials = value;
-         return true;
-     }},
-    {"enter"_L1,
-     [](ScanRule& rule, const QString& value) {
-         rule.ContextName = value;
-         return true;
-     }},
 };
+
+template <class Row, size_t Count>
+const Row* RowNamed(const Row (&rows)[Count], QStringView name)
+{
+    const Row* row = std::find_if(std::begin(rows), std::end(rows),
+                                  [name](const Row& one) { return name == one.Name; });
+    return row == std::end(rows) ? nullptr : row;
+}
 
 /// True when @p word is an option that the rule has taken.
 bool TakeOption(ScanRule& rule, const QString& word)
 {
-    for (const FlagRow& row : FlagRows) {
-        if (word == row.Name) {
-            row.Set(rule);
-            return true;
-        }
+    if (const FlagRow* row = RowNamed(FlagRows, word)) {
+        rule.*row->Flag = true;
+        return true;
+    }
+    if (const PlaceRow* row = RowNamed(PlaceRows, word)) {
+        rule.Where = row->Where;
+        return true;
     }
     const qsizetype equals = word.indexOf(u'=');
-    for (const OptionRow& row : OptionRows) {
-        if (equals > 0 && word.left(equals) == row.Name && equals + 1 < word.size())
-            return row.Set(rule, word.mid(equals + 1));
+    if (equals <= 0 || equals + 1 >= word.size())
+        return false;
+    const QStringView name = QStringView(word).left(equals);
+    const QString value = word.mid(equals + 1);
+    if (const TextRow* row = RowNamed(TextRows, name)) {
+        rule.*row->Text = value;
+        return true;
     }
-    return false;
+    const OptionRow* row = RowNamed(OptionRows, name);
+    return row && row->Set(rule, value);
 }
 
 } // namespace

@@ -101,12 +101,12 @@ RecoveryFile RecoveryFile::RenamedTo(const QString& path) const
 RecoveryFile RecoveryFile::SetAside() const
 {
     const bool isOwn = m_path == RecoveryFile(m_library).m_path;
-    return isOwn ? RenamedTo(NumberedName(m_path, [](const QString& name) { return QFile::exists(name); })) : *this;
+    return isOwn ? RenamedTo(NumberedPath(m_path)) : *this;
 }
 
 QString RecoveryFile::Keep() const
 {
-    return RenamedTo(NumberedName(m_path + u".kept"_s, [](const QString& name) { return QFile::exists(name); })).m_path;
+    return RenamedTo(NumberedPath(m_path + u".kept"_s)).m_path;
 }
 
 } // namespace qb

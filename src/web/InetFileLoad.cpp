@@ -54,8 +54,7 @@ QString CopyInto(const QString& file, const QString& folder, Work& work)
     const QString name = QFileInfo(file).fileName();
     const QString interim = CopyBeside(file, target.filePath(name), work);
     for (;;) {
-        const QString place = target.filePath(
-            NumberedName(name, [&target](const QString& one) { return QFileInfo::exists(target.filePath(one)); }));
+        const QString place = NumberedPath(target.filePath(name));
         try {
             MoveIntoPlace(interim, place, false);
             return place;

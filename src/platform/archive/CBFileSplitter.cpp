@@ -151,7 +151,7 @@ QString CBFileSplitter::Merge(const QString& file, Work& work)
 {
     if (!IsVolume(file))
         return {};
-    const QString target = NumberedName(WholeName(file), [](const QString& path) { return QFileInfo::exists(path); });
+    const QString target = NumberedPath(WholeName(file));
     return MergeTo(file, target, work) ? target : QString();
 }
 

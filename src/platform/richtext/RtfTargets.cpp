@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <type_traits>
 
 namespace qb {
 
@@ -17,6 +18,29 @@ struct RtfReader::Setters {
     };
     using R = RtfReader;
 
+    /// A method of the reader, with the value where it takes one.
+    template <auto Method>
+    static void Call(R& r, int value)
+    {
+        if constexpr (std::is_invocable_v<decltype(Method), R&, int>)
+            (r.*Method)(value);
+        else
+            (r.*Method)();
+    }
+
+    /// A destination begins.
+    template <Target Destination>
+    static void GoTo(R& r, int)
+    {
+        r.m_state.Where = Destination;
+    }
+
+    template <int ParagraphFormat::*Indent>
+    static void SetIndent(R& r, int twips)
+    {
+        r.m_state.Paragraph.*Indent = twips;
+    }
+
     static constexpr Row Rows[] = {
         // Of characters
         {Target::Bold, [](R& r, int on) { r.Characters().Bold = on != 0; }},
@@ -26,22 +50,22 @@ struct RtfReader::Setters {
         {Target::Protect, [](R& r, int on) { r.Characters().Protected = on != 0; }},
         {Target::Color, [](R& r, int number) { r.Characters().Color = r.m_colors.Find(number); }},
         {Target::BackColor, [](R& r, int number) { r.Characters().BackColor = r.m_colors.Find(number); }},
-        {Target::Font, [](R& r, int number) { r.SetFont(number); }},
+        {Target::Font, &Call<&R::SetFont>},
         {Target::HalfPoints, [](R& r, int size) { r.Characters().HalfPoints = quint16(size); }},
-        {Target::Plain, [](R& r, int) { r.Plain(); }},
+        {Target::Plain, &Call<&R::Plain>},
         // Of paragraphs
         {Target::Alignment, [](R& r, int side) { r.m_state.Paragraph.Alignment = TextAlignment(side); }},
-        {Target::LeftIndent, [](R& r, int twips) { r.m_state.Paragraph.LeftIndent = twips; }},
-        {Target::FirstIndent, [](R& r, int twips) { r.m_state.Paragraph.FirstIndent = twips; }},
-        {Target::RightIndent, [](R& r, int twips) { r.m_state.Paragraph.RightIndent = twips; }},
-        {Target::TabStop, [](R& r, int twips) { r.AddTabStop(twips); }},
-        {Target::ResetParagraph, [](R& r, int) { r.ResetParagraph(); }},
+        {Target::LeftIndent, &SetIndent<&ParagraphFormat::LeftIndent>},
+        {Target::FirstIndent, &SetIndent<&ParagraphFormat::FirstIndent>},
+        {Target::RightIndent, &SetIndent<&ParagraphFormat::RightIndent>},
+        {Target::TabStop, &Call<&R::AddTabStop>},
+        {Target::ResetParagraph, &Call<&R::ResetParagraph>},
         {Target::InTable, [](R& r, int) { r.m_state.InTable = true; }},
         // Of the text
-        {Target::Paragraph, [](R& r, int) { r.EndParagraphOrCell(); }},
-        {Target::Line, [](R& r, int) { r.EndParagraph(); }},
+        {Target::Paragraph, &Call<&R::EndParagraphOrCell>},
+        {Target::Line, &Call<&R::EndParagraph>},
         {Target::Cell, [](R& r, int) { r.m_pendingCells += r.m_state.Where == Target::Body; }},
-        {Target::Row, [](R& r, int) { r.EndRow(); }},
+        {Target::Row, &Call<&R::EndRow>},
         {Target::Character, [](R& r, int character) { r.TakeCharacter(char16_t(character)); }},
         {Target::CodeUnit, [](R& r, int unit) { r.TakeCodeUnit(char16_t(unit)); }},
         {Target::FallbackLength, [](R& r, int length) { r.m_state.FallbackLength = length; }},
@@ -56,26 +80,26 @@ struct RtfReader::Setters {
         // Of lists
         {Target::ListKind, [](R& r, int kind) { r.m_state.Paragraph.List = ListKind(kind); }},
         {Target::ListStart, [](R& r, int number) { r.m_state.Paragraph.ListStart = quint16(number); }},
-        {Target::ListNumber, [](R& r, int number) { r.TakeListNumber(number); }},
-        {Target::ListLevel, [](R& r, int level) { r.SetListLevel(level); }},
+        {Target::ListNumber, &Call<&R::TakeListNumber>},
+        {Target::ListLevel, &Call<&R::SetListLevel>},
         {Target::BeginList, [](R& r, int) { r.m_lists.BeginList(); }},
         {Target::BeginListLevel, [](R& r, int) { r.m_lists.BeginLevel(); }},
         {Target::LevelKind, [](R& r, int code) { r.m_lists.SetLevelKind(code); }},
-        {Target::ListId, [](R& r, int id) { r.SetListId(id); }},
+        {Target::ListId, &Call<&R::SetListId>},
         {Target::Nothing, [](R&, int) {}},
         // Of pictures
         {Target::PictureKind, [](R& r, int kind) { r.m_picture.Kind = kind; }},
         {Target::PictureWidth, [](R& r, int twips) { r.m_picture.Width = twips; }},
         {Target::PictureHeight, [](R& r, int twips) { r.m_picture.Height = twips; }},
         // Destinations
-        {Target::Skip, [](R& r, int) { r.m_state.Where = Target::Skip; }},
-        {Target::Body, [](R& r, int) { r.m_state.Where = Target::Body; }},
-        {Target::FontTable, [](R& r, int) { r.m_state.Where = Target::FontTable; }},
-        {Target::ColorTable, [](R& r, int) { r.m_state.Where = Target::ColorTable; }},
-        {Target::ListTable, [](R& r, int) { r.m_state.Where = Target::ListTable; }},
-        {Target::ListOverrides, [](R& r, int) { r.m_state.Where = Target::ListOverrides; }},
-        {Target::Numbering, [](R& r, int) { r.m_state.Where = Target::Numbering; }},
-        {Target::Picture, [](R& r, int) { r.BeginPicture(); }},
+        {Target::Skip, &GoTo<Target::Skip>},
+        {Target::Body, &GoTo<Target::Body>},
+        {Target::FontTable, &GoTo<Target::FontTable>},
+        {Target::ColorTable, &GoTo<Target::ColorTable>},
+        {Target::ListTable, &GoTo<Target::ListTable>},
+        {Target::ListOverrides, &GoTo<Target::ListOverrides>},
+        {Target::Numbering, &GoTo<Target::Numbering>},
+        {Target::Picture, &Call<&R::BeginPicture>},
         {Target::FieldInstruction, [](R& r, int) { r.BeginText(Target::FieldInstruction, r.m_instruction); }},
         {Target::FieldResult, [](R& r, int) { r.Characters().Link = r.m_outer.empty() ? 0 : r.m_outer.back().Link; }},
         {Target::Language, [](R& r, int) { r.BeginText(Target::Language, r.m_language); }},

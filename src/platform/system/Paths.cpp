@@ -69,6 +69,14 @@ QString NumberedName(const QString& name, const std::function<bool(const QString
     return numbered;
 }
 
+QString NumberedPath(const QString& path)
+{
+    return NumberedName(path, [](const QString& taken) {
+        const QFileInfo there(taken);
+        return there.exists() || there.isSymLink();
+    });
+}
+
 QString ApplicationFolder()
 {
     const QString redirected = qEnvironmentVariable("QUILLBASE_DATA_HOME");

@@ -27,6 +27,9 @@ QString TakeExtensionOff(const QString& name);
 /// "a.txt", "a(1).txt", "a(2).txt". Folders in it, separated by "/", stay as they are.
 QString NumberedName(const QString& name, const std::function<bool(const QString& name)>& isTaken);
 
+/// The same of a path: the first under which nothing is there. A link that leads nowhere is something.
+QString NumberedPath(const QString& path);
+
 /// The folder of the program's own files, ending in a separator: the folder of the executable
 /// when it is run from its own folder, the user's data folder when it is installed. The
 /// environment variable QUILLBASE_DATA_HOME puts another folder in its place. The folder is

@@ -133,6 +133,12 @@ void FormatToolbar::Run(const std::function<void(ctlCodeDetails&)>& change)
     m_details.CurrentView() == DetailsTab::Files ? m_details.FileNotesSetFocus() : m_details.NotesSetFocus();
 }
 
+template <class Method, class Value>
+void FormatToolbar::Set(Method set, const Value& value)
+{
+    Run([&](ctlCodeDetails& details) { (details.*set)(value); });
+}
+
 // Fonts
 
 void FormatToolbar::MakeFontLists()
@@ -149,9 +155,9 @@ void FormatToolbar::MakeFontLists()
     cboFontSize->setAccessibleName(u"Font size"_s);
     cboFontSize->setToolTip(u"Font size"_s);
     connect(cboFont, &QComboBox::textActivated, this,
-            [this](const QString& name) { Run([&](ctlCodeDetails& details) { details.SetFontName(name); }); });
+            [this](const QString& name) { Set(&ctlCodeDetails::SetFontName, name); });
     connect(cboFontSize, &QComboBox::textActivated, this,
-            [this](const QString& size) { Run([&](ctlCodeDetails& details) { details.SetFontSize(size.toInt()); }); });
+            [this](const QString& size) { Set(&ctlCodeDetails::SetFontSize, size.toInt()); });
     addWidget(cboFont);
     addWidget(cboFontSize);
     addSeparator();
@@ -207,7 +213,7 @@ void FormatToolbar::ApplyColor(Color which)
     if (!m_settings)
         return;
     const auto color = quint32(which == Color1 ? m_settings->DefaultColor1() : m_settings->DefaultColor2());
-    Run([color](ctlCodeDetails& details) { details.SetFontColor(color); });
+    Set(&ctlCodeDetails::SetFontColor, color);
 }
 
 void FormatToolbar::ChooseColor(Color which, quint32 color)
@@ -215,7 +221,7 @@ void FormatToolbar::ChooseColor(Color which, quint32 color)
     which == Color1 ? m_settings->SetDefaultColor1(int(color)) : m_settings->SetDefaultColor2(int(color));
     m_settings->ApplyOrTakeBack();
     ShowColors(*m_settings);
-    Run([color](ctlCodeDetails& details) { details.SetFontColor(color); }); // whether it can be kept or not
+    Set(&ctlCodeDetails::SetFontColor, color); // whether it can be kept or not
 }
 
 void FormatToolbar::ChooseCustomColor(Color which)
@@ -230,7 +236,7 @@ void FormatToolbar::ChooseCustomColor(Color which)
 void FormatToolbar::AskForColor()
 {
     if (const auto color = qb::AskForColor(this, 0, u"Text Colour"_s))
-        Run([&](ctlCodeDetails& details) { details.SetFontColor(*color); });
+        Set(&ctlCodeDetails::SetFontColor, *color);
 }
 
 void FormatToolbar::AskForFont()
@@ -302,7 +308,7 @@ void FormatToolbar::FillMenu(QMenu& menu)
     for (int i = 0; i < cboFontSize->count(); ++i) {
         const QString size = cboFontSize->itemText(i);
         connect(sizes->addAction(size), &QAction::triggered, this,
-                [this, size] { Run([&](ctlCodeDetails& details) { details.SetFontSize(size.toInt()); }); });
+                [this, size] { Set(&ctlCodeDetails::SetFontSize, size.toInt()); });
     }
     menu.addSeparator();
     for (const Color which : {Color1, Color2}) {

@@ -43,6 +43,8 @@ private:
     void AskForFont();
     void AskForColor();
     void Run(const std::function<void(ctlCodeDetails&)>& change);
+    template <class Method, class Value>
+    void Set(Method set, const Value& value);
 
     ctlCodeDetails& m_details;
     CSettings* m_settings = nullptr;

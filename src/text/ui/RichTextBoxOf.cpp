@@ -1,386 +1,409 @@
 #include "text/ui/RichTextBoxOf.h"
 
-#include "text/ui/RichTextBoxUserEdits.h"
+#include "support/ui/Icons.h"
+#include "text/ui/RichTextMime.h"
 
-#include <QAbstractTextDocumentLayout>
+#include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QInputMethod>
+#include <QMenu>
+#include <QMimeData>
 #include <QPlainTextEdit>
 #include <QScopedValueRollback>
-#include <QScrollBar>
+#include <QTextBlock>
 #include <QTextEdit>
+#include <QWheelEvent>
+#include <algorithm>
 
 namespace qb {
 
 using namespace Qt::StringLiterals;
 
+/// @p edit returns whether it was done. False, with a beep, when it refused; false without one in a locked box.
 template <class Editor>
-RichTextBoxOf<Editor>::RichTextBoxOf(const RtfFont& font, QWidget* parent)
-    : Editor(parent), m_font(font), m_text(font), m_page(m_text, *Editor::document()), m_device(*this)
+template <class Edit>
+bool RichTextBoxOf<Editor>::UserEdit(UndoType type, Edit&& edit)
 {
-    constexpr int Margin = 8;
-    this->document()->setDocumentMargin(Margin);
-    this->setFrameShape(QFrame::NoFrame);
-    const auto sync = [this] {
-        if (!m_showing)
-            SyncSelection();
-    };
-    this->connect(this, &Editor::cursorPositionChanged, this, sync);
-    this->connect(this, &Editor::selectionChanged, this, sync);
-    this->connect(this->document(), &QTextDocument::contentsChange, this, [this](int position, int, int added) {
-        if (m_showing || m_waits)
-            return;
-        m_page.TakeBack(position, added);
-        m_changeEnd = position + added;
-    });
-    Load();
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::Load()
-{
-    const QScopedValueRollback showing(m_showing, true);
-    const QScopedValueRollback loading(m_loading, true);
-    const QSignalBlocker silence(this); // the text is the same, however it is shown
-    m_waits = false;
-    m_undoNames.Clear();
-    m_background = this->palette().color(QPalette::Base);
-    // Until the caret, which new text pushes to its end, is back: then only what is seen is laid out.
-    this->document()->setLayoutEnabled(false);
-    m_page.Load(this->palette(), this->logicalDpiY());
-    this->setTextCursor(QTextCursor(this->document()));
-    this->document()->setLayoutEnabled(true);
-    ShowSelection();
-    Loaded();
-}
-
-/// A box on a tab that is not seen takes the time to show its text when it is.
-template <class Editor>
-void RichTextBoxOf<Editor>::LoadWhenSeen()
-{
-    m_waits = this->parentWidget() && !this->isVisible();
-    if (!m_waits)
-        Load();
-    Q_EMIT this->textChanged();
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::EnsureLoaded()
-{
-    if (m_waits)
-        Load();
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::showEvent(QShowEvent* event)
-{
-    EnsureLoaded();
-    Editor::showEvent(event);
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::SetText(const QString& text)
-{
-    m_text = RichText(m_font); // and with it all that earlier texts referred to
-    m_text.SetText(text);
-    LoadWhenSeen();
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::SetTextRTF(const QString& rtf)
-{
-    m_text = RichText(m_font);
-    m_text.SetTextRTF(rtf);
-    m_text.Document().Squeeze();
-    LoadWhenSeen();
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::SetContent(const RichText& content)
-{
-    m_text = content;
-    m_text.Document().Squeeze();
-    LoadWhenSeen();
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::ShowingColours(const std::function<void()>& show)
-{
-    const QScopedValueRollback showing(m_showing, true);
-    const QScopedValueRollback colours(m_showingColours, true);
-    const QSignalBlocker silence(this);
-    show();
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::SetRepainted(const RichText& painted)
-{
-    if (m_waits) {
-        m_text = painted;
-        return LoadWhenSeen();
-    }
-    const QScopedValueRollback showing(m_showing, true);
-    const int before = this->document()->availableUndoSteps();
-    const RichTextDocument old = m_text.Document();
-    const qsizetype start = m_text.SelStart();
-    const qsizetype length = m_text.SelLength();
-    m_text = painted;
-    m_text.SetSelStart(start);
-    m_text.SetSelLength(length);
-    m_page.ShowRepainted(old);
-    m_undoNames.Note(before, this->document()->availableUndoSteps(), UndoType::Unknown);
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::SetLocked(bool locked)
-{
-    this->setReadOnly(locked);
-    if (locked) // a caret to read and copy by keyboard
-        this->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-}
-
-// Selection
-
-/// What the user has selected counts here too. A place that is shown as it is told, such as one
-/// within a line end, stays.
-template <class Editor>
-void RichTextBoxOf<Editor>::SyncSelection()
-{
-    if (m_waits)
-        return; // what is shown is of the text before
-    const QTextCursor cursor = this->textCursor();
-    const qsizetype start = m_text.SelStart();
-    if (start + m_text.SelLength() <= m_text.Document().Length() && m_page.ToDocument(start) == cursor.selectionStart()
-        && m_page.ToDocument(start + m_text.SelLength()) == cursor.selectionEnd())
-        return;
-    const qsizetype begin = m_page.FromDocument(cursor.selectionStart());
-    m_text.SetSelStart(begin);
-    m_text.SetSelLength(m_page.FromDocument(cursor.selectionEnd()) - begin);
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::ShowSelection()
-{
-    EnsureLoaded();
-    const QScopedValueRollback showing(m_showing, true);
-    QTextCursor cursor = this->textCursor();
-    cursor.setPosition(m_page.ToDocument(m_text.SelStart()));
-    cursor.setPosition(m_page.ToDocument(m_text.SelStart() + m_text.SelLength()), QTextCursor::KeepAnchor);
-    this->setTextCursor(cursor);
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::SetSelStart(qsizetype position)
-{
-    m_text.SetSelStart(position);
-    ShowSelection();
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::SetSelLength(qsizetype length)
-{
-    m_text.SetSelLength(length);
-    ShowSelection();
-}
-
-// Changes: made in the text first, shown then
-
-template <class Editor>
-template <class Change>
-bool RichTextBoxOf<Editor>::Replace(Change&& change)
-{
-    EnsureLoaded();
-    const RichTextDocument& text = m_text.Document();
-    const RichTextDocument::Range range = text.WithWholeLineEnds(m_text.SelStart(), m_text.SelLength());
-    const qsizetype length = text.Length();
-    if (!change())
+    if (this->isReadOnly())
         return false;
-    Show([&] { m_page.ShowReplaced(range.Begin, range.Length, text.Length() - length + range.Length, m_joinsSteps); });
-    ShowSelection();
+    const int before = this->document()->availableUndoSteps();
+    const QScopedValueRollback named(m_named, true);
+    const QScopedValueRollback joins(m_joinsSteps, type == UndoType::Typing || type == UndoType::Delete);
+    if (!edit()) {
+        QApplication::beep();
+        return false;
+    }
+    m_undoNames.Note(before, this->document()->availableUndoSteps(), type);
+    this->ensureCursorVisible();
+    return true;
+}
+
+/// Replaces the selection, as an edit of the user's.
+template <class Editor>
+bool RichTextBoxOf<Editor>::TypeOver(UndoType type, const QString& text)
+{
+    return UserEdit(type, [&] { return this->SetSelText(text); });
+}
+
+/// The text document undoes; what it changes is read back into the text by its signal.
+template <class Editor>
+void RichTextBoxOf<Editor>::Undo()
+{
+    if (!CanUndo())
+        return;
+    this->document()->undo();
+    StandBehindChange();
+}
+
+/// Nothing where nothing was undone last, and in a locked box.
+template <class Editor>
+void RichTextBoxOf<Editor>::Redo()
+{
+    if (!CanRedo())
+        return;
+    this->document()->redo();
+    StandBehindChange();
+}
+
+/// The caret stands behind what was undone or redone.
+template <class Editor>
+void RichTextBoxOf<Editor>::StandBehindChange()
+{
+    QTextCursor cursor(this->document());
+    cursor.setPosition(std::min(m_changeEnd, this->document()->characterCount() - 1));
+    this->setTextCursor(cursor);
+    this->SyncSelection();
+    TakenBack();
+}
+
+/// A selection that holds protected text is refused, and does not go to the clipboard.
+template <class Editor>
+void RichTextBoxOf<Editor>::Cut()
+{
+    if (m_text.SelLength() == 0 || this->isReadOnly())
+        return;
+    if (!HoldsProtected())
+        this->copy();
+    TypeOver(UndoType::Cut, {});
+}
+
+/// Deletes the selection, not the whole text.
+template <class Editor>
+void RichTextBoxOf<Editor>::Clear()
+{
+    if (m_text.SelLength() > 0)
+        TypeOver(UndoType::Delete, {});
+}
+
+/// The text takes the look of the place that it comes to.
+template <class Editor>
+void RichTextBoxOf<Editor>::PastePlainText()
+{
+    const QMimeData* source = QGuiApplication::clipboard()->mimeData();
+    const QString text = source ? TextOfMime(*source) : QString();
+    if (!text.isEmpty())
+        TypeOver(UndoType::Paste, text);
+}
+
+/// What is copied or dragged away, as RTF, HTML and plain text; the caller owns it.
+template <class Editor>
+QMimeData* RichTextBoxOf<Editor>::createMimeDataFromSelection() const
+{
+    return MimeOfRichText(m_text.Document().Part(m_text.SelStart(), m_text.SelLength())).release();
+}
+
+/// A picture alone is for boxes that take in foreign looks.
+template <class Editor>
+bool RichTextBoxOf<Editor>::canInsertFromMimeData(const QMimeData* source) const
+{
+    return source->hasText() || source->hasHtml() || (m_takesForeignLooks && source->hasImage())
+           || !RtfOfMime(*source, false).isEmpty();
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::insertFromMimeData(const QMimeData* source)
+{
+    this->SyncSelection(); // a click with the middle button has moved the caret without a word
+    Insert(*source, UndoType::Paste);
+}
+
+/// Replaces the selection by what is pasted or dropped. False when it holds nothing for the box, or was refused.
+template <class Editor>
+bool RichTextBoxOf<Editor>::Insert(const QMimeData& source, UndoType type)
+{
+    const QString rtf = TakenIn(RtfOfMime(source, m_takesForeignLooks));
+    if (rtf.isEmpty() && !source.hasText() && !source.hasHtml())
+        return false;
+    return UserEdit(type, [&] { return rtf.isEmpty() ? this->SetSelText(TextOfMime(source)) : this->SetSelRTF(rtf); });
+}
+
+template <class Editor>
+bool RichTextBoxOf<Editor>::DeleteTo(QTextCursor::MoveOperation operation)
+{
+    QTextCursor cursor = this->textCursor();
+    if (!cursor.hasSelection() && !cursor.movePosition(operation, QTextCursor::KeepAnchor)
+        && operation == QTextCursor::EndOfBlock)
+        cursor.movePosition(QTextCursor::Right, QTextCursor::KeepAnchor); // at the end of its line already
+    if (!cursor.hasSelection())
+        return true;
+    const qsizetype caret = m_text.SelStart();
+    const qsizetype begin = this->Page().FromDocument(cursor.selectionStart());
+    m_text.SetSelStart(begin);
+    m_text.SetSelLength(this->Page().FromDocument(cursor.selectionEnd()) - begin);
+    const bool done = TypeOver(UndoType::Delete, {});
+    if (!done && m_text.SelLength() > 0 && this->textCursor().selectionStart() == this->textCursor().selectionEnd())
+        this->SetSelStart(caret); // nothing has moved
+    return done;
+}
+
+/// A list ends at an empty item, or by Backspace before an item.
+template <class Editor>
+bool RichTextBoxOf<Editor>::EndList()
+{
+    const QTextCursor cursor = this->textCursor();
+    const ParagraphFormat& paragraph = this->Page().ParagraphOf(cursor.block());
+    if (paragraph.List == ListKind::None || cursor.hasSelection() || !cursor.atBlockStart())
+        return false;
+    return UserEdit(UndoType::Delete, [this] {
+        m_text.Document().ChangeParagraphs(m_text.SelStart(), m_text.SelStart(), [](ParagraphFormat& format) {
+            format.List = ListKind::None;
+            format.LeftIndent += format.FirstIndent;
+            format.FirstIndent = 0;
+        });
+        this->ShowParagraphs();
+        return true;
+    });
+}
+
+/// Replaces the selection as if the user had typed; an empty text deletes it.
+template <class Editor>
+bool RichTextBoxOf<Editor>::TypeText(const QString& text)
+{
+    return TypeOver(text.isEmpty() ? UndoType::Delete : UndoType::Typing, text);
+}
+
+/// In an empty item of a list it ends the list there, and begins no new line.
+template <class Editor>
+void RichTextBoxOf<Editor>::Enter()
+{
+    if (this->textCursor().block().length() == 1 && EndList())
+        return;
+    TypeText(u"\r\n"_s);
+}
+
+/// At the begin of an item of a list it takes the item out of the list, and deletes nothing.
+template <class Editor>
+void RichTextBoxOf<Editor>::Backspace()
+{
+    if (!EndList())
+        DeleteTo(QTextCursor::PreviousCharacter);
+}
+
+/// What a key of the desktop's does to the text; true when it is for that.
+template <class Editor>
+bool RichTextBoxOf<Editor>::EditByStandardKey(const QKeyEvent& event)
+{
+    struct Row {
+        QKeySequence::StandardKey Key;
+        void (RichTextBoxOf::*Run)();
+    };
+    static constexpr Row rows[] = {{QKeySequence::Undo, &RichTextBoxOf::Undo},
+                                   {QKeySequence::Redo, &RichTextBoxOf::Redo},
+                                   {QKeySequence::Cut, &RichTextBoxOf::Cut},
+                                   {QKeySequence::Paste, &RichTextBoxOf::Paste},
+                                   {QKeySequence::InsertParagraphSeparator, &RichTextBoxOf::Enter},
+                                   {QKeySequence::InsertLineSeparator, &RichTextBoxOf::Enter}};
+    struct Deletion {
+        QKeySequence::StandardKey Key;
+        QTextCursor::MoveOperation To;
+    };
+    static constexpr Deletion deletions[] = {{QKeySequence::Delete, QTextCursor::NextCharacter},
+                                             {QKeySequence::DeleteEndOfWord, QTextCursor::NextWord},
+                                             {QKeySequence::DeleteStartOfWord, QTextCursor::PreviousWord},
+                                             {QKeySequence::DeleteEndOfLine, QTextCursor::EndOfBlock}};
+    for (const Row& row : rows) {
+        if (event.matches(row.Key)) {
+            (this->*row.Run)();
+            return true;
+        }
+    }
+    for (const Deletion& row : deletions) {
+        if (event.matches(row.Key)) {
+            DeleteTo(row.To);
+            return true;
+        }
+    }
+    return false;
+}
+
+/// What a key does to the text; true when it is for that.
+template <class Editor>
+bool RichTextBoxOf<Editor>::EditByKey(const QKeyEvent& event)
+{
+    if (EditByStandardKey(event))
+        return true;
+    const Qt::KeyboardModifiers noCommand = Qt::ShiftModifier | Qt::KeypadModifier | Qt::GroupSwitchModifier;
+    if (event.key() == Qt::Key_Backspace && !(event.modifiers() & ~noCommand)) { // no standard key everywhere
+        Backspace();
+        return true;
+    }
+    const QString text = event.text();
+    const Qt::KeyboardModifiers modifiers = event.modifiers() & ~noCommand;
+    const bool isCommand = modifiers == Qt::ControlModifier || modifiers == Qt::AltModifier
+                           || (modifiers & Qt::MetaModifier);
+    if (text.isEmpty() || isCommand
+        || (!text[0].isPrint() && text[0] != u'\t' && text[0].category() != QChar::Other_Format
+            && !text[0].isSurrogate()))
+        return false;
+    TypeText(text);
     return true;
 }
 
 template <class Editor>
-template <class Change>
-void RichTextBoxOf<Editor>::ChangeCharacters(Change&& change)
+void RichTextBoxOf<Editor>::keyPressEvent(QKeyEvent* event)
 {
-    EnsureLoaded();
-    change();
-    if (m_text.SelLength() > 0)
-        Show([this] { m_page.ShowFormats(m_text.SelStart(), m_text.SelStart() + m_text.SelLength()); });
+    this->EnsureLoaded();
+    if (!this->isReadOnly() && EditByKey(*event))
+        return event->accept();
+    // The editor moves the caret, selects and copies. What else it would do to the text it is not asked for.
+    static constexpr int edits[] = {Qt::Key_Backspace, Qt::Key_Delete, Qt::Key_Direction_L, Qt::Key_Direction_R};
+    const bool isSafe = event->matches(QKeySequence::Copy) || event->matches(QKeySequence::SelectAll)
+                        || (event->text().isEmpty()
+                            && std::find(std::begin(edits), std::end(edits), event->key()) == std::end(edits));
+    if (this->isReadOnly() || isSafe)
+        Editor::keyPressEvent(event);
+    else
+        event->ignore();
 }
 
 template <class Editor>
-template <class Change>
-void RichTextBoxOf<Editor>::ChangeParagraphs(Change&& change)
+void RichTextBoxOf<Editor>::inputMethodEvent(QInputMethodEvent* event)
 {
-    EnsureLoaded();
-    change();
-    Show([this] { m_page.ShowParagraphs(m_text.SelStart(), m_text.SelStart() + m_text.SelLength()); });
+    if (this->isReadOnly())
+        return event->ignore();
+    const bool composes = !event->preeditString().isEmpty();
+    if (event->replacementLength() > 0) {
+        this->SetSelStart(m_text.SelStart() + event->replacementStart());
+        this->SetSelLength(event->replacementLength());
+    }
+    if (!event->commitString().isEmpty())
+        TypeOver(UndoType::Typing, event->commitString());
+    else if ((composes && m_text.SelLength() > 0) || event->replacementLength() > 0)
+        Clear();
+    if (composes && HoldsProtected())
+        return QGuiApplication::inputMethod()->reset();
+    // What is left changes nothing yet, it only shows.
+    QInputMethodEvent composition(event->preeditString(), event->attributes());
+    Editor::inputMethodEvent(&composition);
 }
 
-/// A change by code is a step without a name.
+// Mouse
+
 template <class Editor>
-template <class Change>
-void RichTextBoxOf<Editor>::Show(Change&& change)
+void RichTextBoxOf<Editor>::mousePressEvent(QMouseEvent* event)
 {
+    // A protected selection can't be dragged away: a press on it begins anew.
+    const QTextCursor pressed = this->cursorForPosition(event->position().toPoint());
+    const QTextCursor selection = this->textCursor();
+    if (event->button() == Qt::LeftButton && event->modifiers() == Qt::NoModifier && m_text.SelLength() > 0
+        && HoldsProtected() && pressed.position() >= selection.selectionStart()
+        && pressed.position() <= selection.selectionEnd())
+        this->setTextCursor(pressed);
+    Editor::mousePressEvent(event);
+}
+
+/// A link is activated by a click with Ctrl; in a locked box, where no caret is placed to type, without it.
+template <class Editor>
+void RichTextBoxOf<Editor>::mouseReleaseEvent(QMouseEvent* event)
+{
+    Editor::mouseReleaseEvent(event);
+    const QString target = this->anchorAt(event->position().toPoint());
+    if (event->button() == Qt::LeftButton && !target.isEmpty()
+        && (this->isReadOnly() || event->modifiers() == Qt::ControlModifier))
+        ActivateLink(target);
+}
+
+template <class Editor>
+void RichTextBoxOf<Editor>::dropEvent(QDropEvent* event)
+{
+    QDragLeaveEvent left; // takes the drop's caret away
+    Editor::dragLeaveEvent(&left);
+    const QMimeData* source = event->mimeData();
+    if (this->isReadOnly() || !canInsertFromMimeData(source))
+        return event->ignore();
+    qsizetype target = this->Page().FromDocument(this->cursorForPosition(event->position().toPoint()).position());
+    const bool moves = event->source() == this->viewport() && event->dropAction() == Qt::MoveAction;
+    const qsizetype start = m_text.SelStart();
+    const qsizetype length = m_text.SelLength();
+    if (moves && target >= start && target <= start + length)
+        return event->ignore(); // onto itself
+    if (m_text.IsProtected(target, 0) || (moves && HoldsProtected())) {
+        QApplication::beep();
+        return event->ignore();
+    }
     const QScopedValueRollback showing(m_showing, true);
-    const int before = this->document()->availableUndoSteps();
-    change();
-    if (!m_named)
-        m_undoNames.Note(before, this->document()->availableUndoSteps(), UndoType::Unknown);
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::InOneStep(const std::function<void()>& changes)
-{
-    EnsureLoaded();
-    Show([&] {
-        const QScopedValueRollback named(m_named, true);
-        QTextCursor step(this->document());
-        step.beginEditBlock();
-        changes();
-        step.endEditBlock();
+    QTextCursor step(this->document());
+    step.beginEditBlock();
+    UserEdit(UndoType::DragDrop, [&] {
+        if (moves) {
+            this->SetSelText({});
+            target -= target > start ? length : 0;
+        }
+        this->SetSelStart(target);
+        return Insert(*source, UndoType::DragDrop);
     });
-    ShowSelection();
+    step.endEditBlock();
+    event->setDropAction(moves ? Qt::MoveAction : event->dropAction());
+    event->accept();
+    this->setFocus();
 }
 
+/// Over a link the menu opens it, also in a box that can be edited. What can't be done is greyed.
 template <class Editor>
-bool RichTextBoxOf<Editor>::SetSelText(const QString& text)
+void RichTextBoxOf<Editor>::contextMenuEvent(QContextMenuEvent* event)
 {
-    return Replace([&] { return m_text.SetSelText(text); });
+    QMenu menu(this);
+    const auto add = [&](const char* name, const char* icon, const QString& caption, QKeySequence::StandardKey key,
+                         bool enabled, auto run) {
+        QAction* action = menu.addAction(IconNamed(QLatin1StringView(icon)), caption);
+        action->setObjectName(QLatin1StringView(name));
+        action->setShortcut(key);
+        action->setEnabled(enabled);
+        this->connect(action, &QAction::triggered, this, run);
+    };
+    const bool selected = m_text.SelLength() > 0;
+    const QString target = this->anchorAt(event->pos());
+    if (!target.isEmpty()) {
+        add("mnuOpenLink", "internet-web-browser", u"&Open Link"_s, QKeySequence::UnknownKey, true,
+            std::bind_front(&RichTextBoxOf::ActivateLink, this, target));
+        menu.addSeparator();
+    }
+    add("mnuUndo", "edit-undo", u"&Undo"_s, QKeySequence::Undo, CanUndo(), &RichTextBoxOf::Undo);
+    add("mnuRedo", "edit-redo", u"&Redo"_s, QKeySequence::Redo, CanRedo(), &RichTextBoxOf::Redo);
+    menu.addSeparator();
+    add("mnuCut", "edit-cut", u"Cu&t"_s, QKeySequence::Cut, selected && !this->isReadOnly(), &RichTextBoxOf::Cut);
+    add("mnuCopy", "edit-copy", u"&Copy"_s, QKeySequence::Copy, selected, &RichTextBoxOf::Copy);
+    add("mnuPaste", "edit-paste", u"&Paste"_s, QKeySequence::Paste, CanPaste(), &RichTextBoxOf::Paste);
+    add("mnuPastePlain", "", u"Paste Plain &Text"_s, QKeySequence::UnknownKey, CanPaste(),
+        &RichTextBoxOf::PastePlainText);
+    add("mnuClear", "edit-delete", u"&Delete"_s, QKeySequence::Delete, selected && !this->isReadOnly(),
+        &RichTextBoxOf::Clear);
+    menu.addSeparator();
+    add("mnuSelectAll", "edit-select-all", u"Select &All"_s, QKeySequence::SelectAll, !this->IsEmpty(),
+        &Editor::selectAll);
+    menu.exec(event->globalPos());
 }
 
+/// With Ctrl it asks for another zoom, one step for each event, and does not scroll.
 template <class Editor>
-bool RichTextBoxOf<Editor>::SetSelRTF(const QString& rtf)
+void RichTextBoxOf<Editor>::wheelEvent(QWheelEvent* event)
 {
-    return Replace([&] { return m_text.SetSelRTF(rtf); });
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::SetSelColor(quint32 color)
-{
-    ChangeCharacters([&] { m_text.SetSelColor(color); });
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::SetSelBold(bool on)
-{
-    ChangeCharacters([&] { m_text.SetSelBold(on); });
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::SetSelItalic(bool on)
-{
-    ChangeCharacters([&] { m_text.SetSelItalic(on); });
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::SetSelUnderline(bool on)
-{
-    ChangeCharacters([&] { m_text.SetSelUnderline(on); });
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::SetSelProtected(bool on)
-{
-    ChangeCharacters([&] { m_text.SetSelProtected(on); });
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::SetSelFontName(const QString& name)
-{
-    ChangeCharacters([&] { m_text.SetSelFontName(name); });
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::SetSelFontSize(double points)
-{
-    ChangeCharacters([&] { m_text.SetSelFontSize(points); });
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::SetSelBullet(bool on)
-{
-    ChangeParagraphs([&] { m_text.SetSelBullet(on); });
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::SetBulletIndent(int twips)
-{
-    ChangeParagraphs([&] { m_text.SetBulletIndent(twips); });
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::SetSelAlignment(TextAlignment alignment)
-{
-    ChangeParagraphs([&] { m_text.SetSelAlignment(alignment); });
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::SetSelIndent(int twips)
-{
-    ChangeParagraphs([&] { m_text.SetSelIndent(twips); });
-}
-
-// Looks
-
-template <class Editor>
-void RichTextBoxOf<Editor>::SetZoom(double factor)
-{
-    const QScopedValueRollback showing(m_showing, true);
-    m_device.SetZoom(factor);
-    this->document()->documentLayout()->setPaintDevice(&m_device);
-    this->document()->markContentsDirty(0, this->document()->characterCount());
-    this->viewport()->update();
-}
-
-template <class Editor>
-QTextEdit::ExtraSelection RichTextBoxOf<Editor>::MarkOf(qsizetype begin, qsizetype length, const QColor& color) const
-{
-    QTextEdit::ExtraSelection mark;
-    mark.cursor = QTextCursor(this->document());
-    mark.cursor.setPosition(m_page.ToDocument(begin));
-    mark.cursor.setPosition(m_page.ToDocument(begin + length), QTextCursor::KeepAnchor);
-    mark.format.setBackground(color);
-    return mark;
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::MarkPlaces(const QList<qsizetype>& begins, qsizetype length)
-{
-    EnsureLoaded();
-    constexpr int Veil = 70;
-    QColor color = this->palette().color(QPalette::Highlight);
-    color.setAlpha(Veil);
-    m_places.clear();
-    for (const qsizetype begin : begins)
-        m_places << MarkOf(begin, length, color);
-    this->setExtraSelections(m_found + m_places);
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::MarkFound(const std::vector<TextRange>& places)
-{
-    if (places.empty() && m_found.isEmpty())
-        return;
-    EnsureLoaded();
-    const QColor color(240, 170, 0, 90); // amber, through which a text is read on light and dark
-    m_found.clear();
-    for (const TextRange& place : places)
-        m_found << MarkOf(place.Begin, place.Length, color);
-    this->setExtraSelections(m_found + m_places);
-}
-
-template <class Editor>
-void RichTextBoxOf<Editor>::changeEvent(QEvent* event)
-{
-    Editor::changeEvent(event);
-    if (event->type() != QEvent::PaletteChange || this->palette().color(QPalette::Base) == m_background)
-        return;
-    if (m_waits)
-        return; // it is loaded for the background that is there then
-    const int scrolled = this->verticalScrollBar()->value();
-    Load(); // colours are chosen for the background
-    this->verticalScrollBar()->setValue(scrolled);
+    if (!(event->modifiers() & Qt::ControlModifier))
+        return Editor::wheelEvent(event);
+    if (event->angleDelta().y() != 0)
+        ZoomWanted(event->angleDelta().y() > 0 ? 1 : -1);
+    event->accept();
 }
 
 template class RichTextBoxOf<QTextEdit>;
