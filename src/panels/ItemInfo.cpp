@@ -220,7 +220,7 @@ bool ItemInfo::SaveKept()
             if (!SaveMerged(*m_kept, *m_library).Saved)
                 return false;
             if (linksChanged)
-                m_kept->ReloadLinks();
+                m_kept->LoadLinks();
             Q_EMIT Changed();
             return true;
         },

@@ -48,9 +48,17 @@ constexpr CCodeItem::Column TextColumns[] = {CCodeItem::TitleColumn,   CCodeItem
                                              CCodeItem::InfoColumn,    CCodeItem::CodeColumn,
                                              CCodeItem::ExampleColumn, CCodeItem::NotesColumn};
 
+/// A long text goes in pieces.
+void SetText(Recordset& row, const QString& name, const QString& text)
+{
+    row.Set(name, QString(u""_s));
+    for (qsizetype start = 0; start < text.size(); start += ChunkLength)
+        row.AppendChunk(name, text.mid(start, ChunkLength));
+}
+
 } // namespace
 
-CCodeItem::CCodeItem() : RowObject(u"CCodeItem"_s, u"Items"_s, Columns)
+CCodeItem::CCodeItem() : ItemRow(u"CCodeItem"_s, u"Items"_s, Columns)
 {
     CCodeItem::InitialiseProperties();
 }
@@ -208,15 +216,6 @@ void CCodeItem::RemoveUsageHeader(quint8 header)
     });
 }
 
-/// A long text goes in pieces.
-void CCodeItem::SetText(Recordset& row, Column column, const QString& name) const
-{
-    const QString text = OwnValue(column).ToText();
-    row.Set(name, QString(u""_s));
-    for (qsizetype start = 0; start < text.size(); start += ChunkLength)
-        row.AppendChunk(name, text.mid(start, ChunkLength));
-}
-
 bool CCodeItem::InsertObject()
 {
     return Guarded(ModuleName(), u"InsertObject"_s, [this] {
@@ -226,7 +225,7 @@ bool CCodeItem::InsertObject()
             const bool isMothers = column == MotherParentColumn || column == MotherRecordColumn;
             const QString name = QString::fromLatin1(Columns[column].Name);
             if (Columns[column].Holds == RowColumn::Memo)
-                SetText(row, Column(column), name);
+                SetText(row, name, OwnValue(column).ToText());
             else if (!isMothers || (column == MotherParentColumn && OwnLibrary().IsChildReplica()))
                 row.Set(name, OwnValue(column));
         }

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "platform/system/Date.h"
 #include "store/CLinks.h"
 #include "store/CPrintFiles.h"
-#include "store/RowObject.h"
+#include "store/ItemRow.h"
 
 #include <QObject>
 #include <memory>
@@ -12,83 +11,20 @@ namespace qb {
 
 /// One row of `Items`. The row is read at the first look at a stored property, not before:
 /// trees and searches make many items of which only the key is needed.
-class CCodeItem : public QObject, public RowObject {
+class CCodeItem : public QObject, public ItemRow {
     Q_OBJECT
 
 public:
     CCodeItem();
 
-    /// The columns, as RowObject numbers them.
-    enum Column : size_t {
-        ParentColumn,
-        TitleColumn,
-        DescriptionColumn,
-        InfoColumn,
-        CreatedColumn,
-        LastChangedColumn,
-        UserColumn,
-        StatusColumn,
-        RatingColumn,
-        CodeHeadersColumn,
-        UsageHeadersColumn,
-        NotesColumn,
-        CodeColumn,
-        ExampleColumn,
-        HTMLPageColumn,
-        HTMLLastUpdatedColumn,
-        MotherParentColumn,
-        MotherRecordColumn
-    };
-
     /// Deletes the row at once, with what refers to it, as a commit of Delete does. Raises an error,
     /// with the row as it was.
     void DeleteRow();
 
-    QString Title() { return Loaded(TitleColumn).ToText(); }
-    void SetTitle(const QString& value) { Let(TitleColumn, value); }
-    QString Description() { return Loaded(DescriptionColumn).ToText(); }
-    void SetDescription(const QString& value) { Let(DescriptionColumn, value); }
-    QString Info() { return Loaded(InfoColumn).ToText(); }
-    void SetInfo(const QString& value) { Let(InfoColumn, value); }
-    /// Code, notes and usage are RTF strings.
-    QString Code() { return Loaded(CodeColumn).ToText(); }
-    void SetCode(const QString& value) { Let(CodeColumn, value); }
-    QString Notes() { return Loaded(NotesColumn).ToText(); }
-    void SetNotes(const QString& value) { Let(NotesColumn, value); }
-    QString Example() { return Loaded(ExampleColumn).ToText(); } ///< the usage text
-    void SetExample(const QString& value) { Let(ExampleColumn, value); }
-    bool HTMLPage() { return Loaded(HTMLPageColumn).ToBoolean(); }
-    void SetHTMLPage(bool value) { Let(HTMLPageColumn, value); }
-
-    /// The ID of the parent as text, "0" under the root.
-    QString ParentKey() { return QString::number(Loaded(ParentColumn).ToLong()); }
     /// An empty value means "0". In a child replica the mother's parent is worked out too.
     void SetParentKey(const QString& value);
-
-    QString User() { return Loaded(UserColumn).ToText(); }
-    void SetUser(const QString& value) { LetOfAnyState(UserColumn, value); }
-    qint32 ItemRating() { return qint32(Loaded(RatingColumn).ToLong()); }
-    void SetItemRating(qint32 value) { LetOfAnyState(RatingColumn, value); }
-    qint32 ItemStatus() { return qint32(Loaded(StatusColumn).ToLong()); }
+    /// Raises StatusUpdated; what that sets is not heard.
     void SetItemStatus(qint32 value);
-    /// The code sections in Code and Example: a sum of 1, 2, 4, 8 and 16.
-    quint8 CodeHeaders() { return quint8(Loaded(CodeHeadersColumn).ToLong()); }
-    void SetCodeHeaders(quint8 value) { LetOfAnyState(CodeHeadersColumn, value); }
-    quint8 UsageHeaders() { return quint8(Loaded(UsageHeadersColumn).ToLong()); }
-    void SetUsageHeaders(quint8 value) { LetOfAnyState(UsageHeadersColumn, value); }
-
-    Date Created() { return Loaded(CreatedColumn).ToDate(); }
-    void SetCreated(Date value) { Store(CreatedColumn, value); }
-    Date LastChanged() { return Loaded(LastChangedColumn).ToDate(); }
-    void SetLastChanged(Date value) { Store(LastChangedColumn, value); }
-    Date HTMLLastUpdated() { return Loaded(HTMLLastUpdatedColumn).ToDate(); }
-    void SetHTMLLastUpdated(Date value) { Store(HTMLLastUpdatedColumn, value); }
-
-    /// The mother's ID of the parent, in a child replica.
-    qint32 MotherParentKey() { return qint32(Loaded(MotherParentColumn).ToLong()); }
-    void SetMotherParentKey(qint32 value) { LetOfAnyState(MotherParentColumn, value); }
-    /// The mother's ID of this item, in a child replica.
-    qint32 MotherRecordKey() const { return qint32(OwnValue(MotherRecordColumn).ToLong()); }
     /// The links that lead from this item; written at the next commit after SetLinksChanged.
     CLinks& Links()
     {
@@ -98,7 +34,7 @@ public:
     bool LinksChanged() const { return m_linksChanged; }
     void SetLinksChanged(bool value) { m_linksChanged = value; }
     /// Reads the links anew, with the IDs that new ones got.
-    void ReloadLinks() { LoadLinks(); }
+    void LoadLinks();
     /// Changes what is noted of the link under @p key, to be written at the next commit; nothing when
     /// there is no such link or the note is the same. @p note is taken as WritableNote has it.
     void ChangeLinkNote(const QString& key, const QString& note);
@@ -120,8 +56,6 @@ public:
     bool DontUpdateLastChangedDate() const { return m_dontUpdateLastChangedDate; }
     void SetDontUpdateLastChangedDate(bool value) { m_dontUpdateLastChangedDate = value; }
 
-    bool CodeHeaderPresent(quint8 header) { return (CodeHeaders() & header) != 0; }
-    bool UsageHeaderPresent(quint8 header) { return (UsageHeaders() & header) != 0; }
     void AddCodeHeader(quint8 header);
     void RemoveCodeHeader(quint8 header);
     void AddUsageHeader(quint8 header);
@@ -147,7 +81,6 @@ protected:
     bool DeleteObject() override;
 
 private:
-    void SetText(Recordset& row, Column column, const QString& name) const;
     void NoteNewChecksums(qint64 id) const;
     void NoteChecksums(const Recordset& row, qint64 formerStamp) const;
     void NoteDatelessChange(const Recordset& row) const;
@@ -160,7 +93,6 @@ private:
         qint64 ID2;
         bool Removed;
     };
-    void LoadLinks();
     void ReadLinks();
     void UpdateLinks();
     LinkChange UpdateLink(const CLink& link);

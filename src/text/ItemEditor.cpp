@@ -245,7 +245,7 @@ bool ItemEditor::StoreAndCommit(bool keep)
     if (!save.Saved)
         return false;
     if (linksChanged) {
-        m_item->ReloadLinks();
+        m_item->LoadLinks();
         m_view.ShowLinks();
     }
     m_shownState = m_item->LastChanged();

@@ -227,7 +227,7 @@ private Q_SLOTS:
         QFETCH(QStringList, listed);
         Link(LinkMode::TwoWay, u"target"_s);
         QVERIFY(s->Items.SaveItem());
-        s->State.oCodeItem->ReloadLinks();
+        s->State.oCodeItem->LoadLinks();
         const QString key = CLinks::KeyOf(m_ids[u"target"_s]);
         m_linking->AskRelationshipDelete = [](LinkDirection) { return std::optional<LinkDirection>(); };
         m_linking->DeleteLink(key);
@@ -249,7 +249,7 @@ private Q_SLOTS:
     {
         Link(LinkMode::OneWayFrom, u"target"_s);
         QVERIFY(s->Items.SaveItem());
-        s->State.oCodeItem->ReloadLinks();
+        s->State.oCodeItem->LoadLinks();
         m_linking->AskRelationshipDelete = [](LinkDirection) { return std::optional(LinkDirection::None); };
         m_linking->DeleteLink(CLinks::KeyOf(m_ids[u"target"_s]));
         Link(LinkMode::OneWayFrom, u"target"_s, u"A new link has been successfully created."_s);

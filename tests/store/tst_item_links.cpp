@@ -209,7 +209,7 @@ private Q_SLOTS:
         QCOMPARE(known->ID2, 2); // of the row that was added
         QCOMPARE(added->ID, 0);  // reloading brings these
         QCOMPARE(added->ID2, 0);
-        item.ReloadLinks();
+        item.LoadLinks();
         QVERIFY(item.Links().Item(CLinks::KeyOf(m_c))->ID > 0);
         Change(item, LinkDirection::Right);
         QVERIFY(item.Commit());

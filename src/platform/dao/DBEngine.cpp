@@ -80,7 +80,7 @@ std::unique_ptr<Database> DBEngine::Connect(const QString& path, int flags)
     sqlite3_db_config(connection, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
     database->Execute(u"PRAGMA cell_size_check = ON"_s); // damage is found where it is read
     database->Execute(u"PRAGMA foreign_keys = ON"_s);
-    database->ApplyFilePragmas(MainSchema);
+    ApplyFilePragmas(*database, MainSchema);
     return database;
 }
 

@@ -132,7 +132,6 @@ private:
     TablePlace Place(const QString& table) const;
     void RefuseToAttach(const QString& path, const QString& schema) const;
     void AttachAndLook(const QString& path, const QString& schema, DatabaseAccess access);
-    void ApplyFilePragmas(const QString& schema);
     void DropIdleStatements();
     /// Raises an error when the engine has rolled the running transaction back by itself.
     void RequireTransaction() const;
@@ -142,9 +141,7 @@ private:
     sqlite3_stmt* TakeStatement(const QString& sql);
     void GiveBackStatement(const QString& sql, sqlite3_stmt* statement);
     std::shared_ptr<const TableDef> SharedTableDef(const QString& table);
-    std::vector<Relation> RelationsInto(const QString& foreignTable);
     void RebuildTable(const QString& table);
-    void RefuseIfReferredTo(const TableDef& table);
 
     sqlite3* m_connection;
     QString m_name;

@@ -122,7 +122,7 @@ void Database::AttachAndLook(const QString& path, const QString& schema, Databas
     try {
         Execute(u"ATTACH DATABASE ? AS ?"_s, {FileAddress(absolute, access), schema});
         m_attached.insert(schema, absolute);
-        ApplyFilePragmas(schema);
+        ApplyFilePragmas(*this, schema);
         QueryValue(u"SELECT 1 FROM %1.sqlite_schema LIMIT 1"_s.arg(Quoted(schema)));
         RefuseWhatCantBeUsed(*this, schema, access);
     } catch (const RuntimeError&) {
@@ -132,14 +132,6 @@ void Database::AttachAndLook(const QString& path, const QString& schema, Databas
         throw;
     }
     m_blamed.clear();
-}
-
-void Database::ApplyFilePragmas(const QString& schema)
-{
-    // With FULL the removal of the journal is not on the disk when a commit returns: a power cut within
-    // seconds finds the journal again and undoes the commit.
-    Execute(u"PRAGMA %1.synchronous = EXTRA"_s.arg(Quoted(schema)));
-    Execute(u"PRAGMA %1.cache_size = -8000"_s.arg(Quoted(schema))); // kB
 }
 
 void Database::Detach(const QString& schema)

@@ -25,15 +25,37 @@ void RefuseMisnamedPrimary(const Index& index)
                            u"Database::AppendTableDef"_s);
 }
 
+std::vector<Relation> RelationsInto(Database& database, const QString& foreignTable)
+{
+    std::vector<Relation> relations = database.Relations();
+    std::erase_if(relations, [&foreignTable](const Relation& relation) {
+        return relation.ForeignTable.compare(foreignTable, Qt::CaseInsensitive) != 0;
+    });
+    return relations;
+}
+
+/// Dropping a table deletes what refers to its rows.
+void RefuseIfReferredTo(Database& database, const TableDef& table)
+{
+    if (table.Schema != MainSchema)
+        return; // relations are of the main file
+    for (const Relation& relation : database.Relations()) {
+        if (relation.Table.compare(table.Name, Qt::CaseInsensitive) == 0)
+            throw RuntimeError(ErrorNumber::RelatedRecordRequired,
+                               u"The table '%1' can't be remade or deleted: '%2' refers to it."_s.arg(
+                                   table.Name, relation.ForeignTable),
+                               u"Database"_s);
+    }
+}
+
 } // namespace
 
 QStringList Database::TableNames(const QString& schema)
 {
     QStringList names;
-    Statement tables = Query(
-        u"SELECT name FROM %1 WHERE type = 'table' AND name NOT LIKE 'MSys%' "
-        "AND name NOT LIKE 'sqlite\\_%' ESCAPE '\\' AND name NOT LIKE 'own\\_%' ESCAPE '\\' "
-        "ORDER BY name"_s.arg(Qualified(schema, u"sqlite_schema"_s)));
+    Statement tables = Query(u"SELECT name FROM %1 WHERE type = 'table' AND name NOT LIKE 'MSys%' "
+                             "AND name NOT LIKE 'sqlite\\_%' ESCAPE '\\' AND name NOT LIKE 'own\\_%' ESCAPE '\\' "
+                             "ORDER BY name"_s.arg(Qualified(schema, u"sqlite_schema"_s)));
     while (tables.Step())
         names << tables.Text(0);
     return names;
@@ -93,7 +115,7 @@ void Database::AppendTableDef(const TableDef& table)
 void Database::DeleteTableDef(const QString& table)
 {
     const std::shared_ptr<const TableDef> known = SharedTableDef(table);
-    RefuseIfReferredTo(*known);
+    RefuseIfReferredTo(*this, *known);
     Transaction transaction(*this);
     Execute(u"DROP TABLE "_s + known->Reference());
     Catalog::ForgetTable(*this, *known);
@@ -171,15 +193,6 @@ std::vector<Relation> Database::Relations()
     return Catalog::ReadRelations(*this);
 }
 
-std::vector<Relation> Database::RelationsInto(const QString& foreignTable)
-{
-    std::vector<Relation> relations = Relations();
-    std::erase_if(relations, [&foreignTable](const Relation& relation) {
-        return relation.ForeignTable.compare(foreignTable, Qt::CaseInsensitive) != 0;
-    });
-    return relations;
-}
-
 void Database::AppendRelation(const Relation& relation)
 {
     for (const Relation& known : Relations()) {
@@ -192,25 +205,11 @@ void Database::AppendRelation(const Relation& relation)
         throw ItemNotFound(u"column"_s, relation.ForeignField);
     if (!GetTableDef(relation.Table).FindField(relation.FieldName))
         throw ItemNotFound(u"column"_s, relation.FieldName);
-    RefuseIfReferredTo(foreign);
+    RefuseIfReferredTo(*this, foreign);
     Transaction transaction(*this);
     Catalog::WriteRelation(*this, relation);
     RebuildTable(foreign.Name);
     transaction.Commit();
-}
-
-/// Dropping a table deletes what refers to its rows.
-void Database::RefuseIfReferredTo(const TableDef& table)
-{
-    if (table.Schema != MainSchema)
-        return; // relations are of the main file
-    for (const Relation& relation : Relations()) {
-        if (relation.Table.compare(table.Name, Qt::CaseInsensitive) == 0)
-            throw RuntimeError(ErrorNumber::RelatedRecordRequired,
-                               u"The table '%1' can't be remade or deleted: '%2' refers to it."_s.arg(
-                                   table.Name, relation.ForeignTable),
-                               u"Database"_s);
-    }
 }
 
 /// The engine takes references only when a table is made, so the table is made anew.
@@ -229,7 +228,7 @@ void Database::RebuildTable(const QString& name)
     const QString sequence = Qualified(MainSchema, u"sqlite_sequence"_s);
     const Value lastNumber = numbered ? QueryValue(u"SELECT seq FROM %1 WHERE name = ?"_s.arg(sequence), {name})
                                       : Value();
-    Execute(Catalog::CreateTableSql(table, RelationsInto(name), interim));
+    Execute(Catalog::CreateTableSql(table, RelationsInto(*this, name), interim));
     const QString made = Qualified(MainSchema, interim);
     Execute(u"INSERT INTO %1 (%2) SELECT %2 FROM %3"_s.arg(made, list, table.Reference()));
     Execute(u"DROP TABLE "_s + table.Reference());

@@ -80,4 +80,12 @@ void RefuseWhatCantBeUsed(Database& database, const QString& schema, DatabaseAcc
         pragma(u"journal_mode = DELETE"_s);
 }
 
+void ApplyFilePragmas(Database& database, const QString& schema)
+{
+    // With FULL the removal of the journal is not on the disk when a commit returns: a power cut within
+    // seconds finds the journal again and undoes the commit.
+    database.Execute(u"PRAGMA %1.synchronous = EXTRA"_s.arg(Quoted(schema)));
+    database.Execute(u"PRAGMA %1.cache_size = -8000"_s.arg(Quoted(schema))); // kB
+}
+
 } // namespace qb

@@ -21,4 +21,7 @@ void RefuseUnwritable(const QString& path);
 /// and can only be read, or is of a newer version; 3049 when it is cut short. Ends a write-ahead log.
 void RefuseWhatCantBeUsed(Database& database, const QString& schema, DatabaseAccess access);
 
+/// How the file of a schema is written and held in memory.
+void ApplyFilePragmas(Database& database, const QString& schema);
+
 } // namespace qb
