@@ -174,30 +174,6 @@ void ctlBookmarks::UpdateDatabaseSize()
     ShowFacts();
 }
 
-void ctlBookmarks::SetDatabaseLastBackedUp(Date date)
-{
-    m_facts.LastBackedUp = date;
-    ShowFacts();
-}
-
-void ctlBookmarks::SetReplicaType(qb::ReplicaType type)
-{
-    m_facts.Type = type;
-    ShowFacts();
-}
-
-void ctlBookmarks::SetReplicaLastSynchronized(Date date)
-{
-    m_facts.LastSynchronized = date;
-    ShowFacts();
-}
-
-void ctlBookmarks::SetReplicaNoOfChildren(int count)
-{
-    m_facts.Children = count;
-    ShowFacts();
-}
-
 void ctlBookmarks::ShowFacts()
 {
     m_infoPage->ShowFacts(m_facts, m_library != nullptr);

@@ -2,8 +2,8 @@
 
 #include "panels/BookmarkList.h"
 #include "panels/ItemInfo.h"
-#include "panels/LibraryFacts.h"
 #include "panels/PanelCaption.h"
+#include "panels/ui/ShownFacts.h"
 
 #include <QList>
 #include <QWidget>
@@ -21,7 +21,7 @@ class ItemInfoPage;
 
 /// The panel below the item: bookmarks, what was found, and the info page, a tab each. It lays out and forwards; what
 /// its commands do is decided by BookmarkList and ItemInfo.
-class ctlBookmarks : public QWidget {
+class ctlBookmarks : public QWidget, public ShownFacts {
     Q_OBJECT
 
 public:
@@ -87,14 +87,6 @@ public:
     void UpdateDatabaseInfo();
     void UpdateReplicationInfo();
     void UpdateDatabaseSize();
-    Date DatabaseLastBackedUp() const { return m_facts.LastBackedUp; }
-    void SetDatabaseLastBackedUp(Date date);
-    qb::ReplicaType ReplicaType() const { return m_facts.Type; }
-    void SetReplicaType(qb::ReplicaType type);
-    Date ReplicaLastSynchronized() const { return m_facts.LastSynchronized; }
-    void SetReplicaLastSynchronized(Date date);
-    int ReplicaNoOfChildren() const { return m_facts.Children; }
-    void SetReplicaNoOfChildren(int count);
 
 Q_SIGNALS:
     void TabChanged(int tab);
@@ -113,11 +105,10 @@ private:
     QWidget* MakeHeader();
     void ShowTab();
     void ShowCaption();
-    void ShowFacts();
+    void ShowFacts() override;
 
     BookmarkList m_list;
     ItemInfo m_info;
-    LibraryFacts m_facts;
     Library* m_library = nullptr;
     QString m_searchKeyword;
     int m_findMode = 0;

@@ -108,10 +108,7 @@ private:
     void Refill();
     void SelectKeys(const QStringList& keys);
     bool SearchOccurence(const QString& text, bool forward);
-    QString PlaceOf(qint64 id) const;
     bool ExportOne(qint64 id);
-    /// How files are to be taken in; nothing when the user cancelled.
-    std::optional<FileImportOptions> AskImportOptions(const FileImportPlan& plan);
     void Import(const FileImportPlan& plan, const FileImportOptions& options);
     QList<QUrl> CopiesOfSelected();
 

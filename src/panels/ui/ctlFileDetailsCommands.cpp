@@ -106,13 +106,43 @@ bool SelectPlace(RichTextBox& box, const QString& text, qsizetype begin, qsizety
     return true;
 }
 
-} // namespace
-
-QString ctlFileDetails::PlaceOf(qint64 id) const
+QString PlaceOf(Library& library, const StoredFileList& files, qint64 id)
 {
-    const int row = m_files->RowOf(id);
-    return row < 0 ? QString() : ReadableStoredFile(*m_library, id, m_files->TitleOf(row));
+    const int row = files.RowOf(id);
+    return row < 0 ? QString() : ReadableStoredFile(library, id, files.TitleOf(row));
 }
+
+/// How files are to be taken in; nothing when the user cancelled.
+std::optional<FileImportOptions> AskImportOptions(ctlFileDetails& panel, const FileImportPlan& plan)
+{
+    FileImportOptions options;
+    if (plan.Candidates.empty())
+        return options;
+    options.Option = SavedOption();
+    if (panel.RequestShowImportFilesDialog()) {
+        frmImportType dialog(&panel);
+        dialog.SetMultipleFiles(plan.Files.size() > 1);
+        dialog.SetOptionSelected(options.Option);
+        dialog.SetZipFileName(ProposedZipName(plan));
+        dialog.exec();
+        if (dialog.Cancelled())
+            return std::nullopt;
+        options.Option = dialog.OptionSelected();
+        options.ZipName = dialog.ZipFileName();
+        Remember(Memory::FileImportOperation, QString::number(int(options.Option)));
+        if (dialog.DontShowAgain())
+            panel.SetShowImportFilesDialog(false);
+    } else if (options.Option == ImportOption::ZipAll && plan.Files.size() == 1) {
+        options.Option = ImportOption::ZipEach; // as the dialog has it for one file
+    } else if (options.Option == ImportOption::ZipAll) {
+        options.ZipName = AskZipName(ProposedZipName(plan));
+        if (options.ZipName.isEmpty())
+            return std::nullopt;
+    }
+    return options;
+}
+
+} // namespace
 
 // Adding
 
@@ -138,37 +168,8 @@ void ctlFileDetails::ImportFiles(const QStringList& paths)
     if (files.isEmpty())
         return;
     const FileImportPlan plan = PlanFileImport(files);
-    if (std::optional<FileImportOptions> options = AskImportOptions(plan))
+    if (std::optional<FileImportOptions> options = AskImportOptions(*this, plan))
         Import(plan, *options);
-}
-
-std::optional<FileImportOptions> ctlFileDetails::AskImportOptions(const FileImportPlan& plan)
-{
-    FileImportOptions options;
-    if (plan.Candidates.empty())
-        return options;
-    options.Option = SavedOption();
-    if (RequestShowImportFilesDialog()) {
-        frmImportType dialog(this);
-        dialog.SetMultipleFiles(plan.Files.size() > 1);
-        dialog.SetOptionSelected(options.Option);
-        dialog.SetZipFileName(ProposedZipName(plan));
-        dialog.exec();
-        if (dialog.Cancelled())
-            return std::nullopt;
-        options.Option = dialog.OptionSelected();
-        options.ZipName = dialog.ZipFileName();
-        Remember(Memory::FileImportOperation, QString::number(int(options.Option)));
-        if (dialog.DontShowAgain())
-            SetShowImportFilesDialog(false);
-    } else if (options.Option == ImportOption::ZipAll && plan.Files.size() == 1) {
-        options.Option = ImportOption::ZipEach; // as the dialog has it for one file
-    } else if (options.Option == ImportOption::ZipAll) {
-        options.ZipName = AskZipName(ProposedZipName(plan));
-        if (options.ZipName.isEmpty())
-            return std::nullopt;
-    }
-    return options;
 }
 
 void ctlFileDetails::Import(const FileImportPlan& plan, const FileImportOptions& options)
@@ -246,7 +247,7 @@ bool ctlFileDetails::ExportOne(qint64 id)
     if (path.isEmpty())
         return false;
     FinishPendingFiles(*m_library);
-    const bool missing = !QFileInfo::exists(PlaceOf(id));
+    const bool missing = !QFileInfo::exists(PlaceOf(*m_library, *m_files, id));
     if (missing && !MayChange()) {
         TellMissing(m_files->TitleOf(row));
         return false;
@@ -284,7 +285,7 @@ QList<QUrl> ctlFileDetails::CopiesOfSelected()
     if (!m_copies)
         m_copies = std::make_unique<QTemporaryDir>();
     for (const qint64 id : SelectedFiles()) {
-        const QString source = PlaceOf(id);
+        const QString source = PlaceOf(*m_library, *m_files, id);
         const QString folder = m_copies->filePath(QString::number(id));
         if (source.isEmpty() || !QFileInfo::exists(source) || !QDir().mkpath(folder))
             continue;
@@ -308,7 +309,7 @@ void ctlFileDetails::OpenFile()
     if (ids.size() != 1)
         return;
     const QString title = m_files->TitleOf(m_files->RowOf(ids.first()));
-    const QString path = PlaceOf(ids.first());
+    const QString path = PlaceOf(*m_library, *m_files, ids.first());
     if (HasZipExtension(title))
         return UnzipToDirectory();
     FinishPendingFiles(*m_library);
@@ -349,7 +350,7 @@ void ctlFileDetails::UnzipToDirectory()
     BrindletonZip m_oZipUnzip;
     ToldByPanel<Work> work(*this);
     std::optional<StoredFileZipProgress> progress(work);
-    m_oZipUnzip.SetUnzipFileName(PlaceOf(ids.first()));
+    m_oZipUnzip.SetUnzipFileName(PlaceOf(*m_library, *m_files, ids.first()));
     m_oZipUnzip.SetExtractDirectory(folders.first());
     frmUnzip dialog(window());
     dialog.SetFolders(folders);

@@ -1,27 +1,19 @@
 #include "panels/ui/ctlSmartTreeView.h"
 
-#include "panels/ui/NodeLook.h"
+#include "panels/ui/FilteredTree.h"
+#include "panels/ui/LinkBar.h"
 #include "panels/ui/NodeTreeView.h"
-#include "panels/ui/SteadyTreeView.h"
 #include "support/ui/Icons.h"
 
 #include <QAction>
-#include <QComboBox>
 #include <QCursor>
 #include <QEvent>
 #include <QKeyEvent>
-#include <QLabel>
 #include <QLineEdit>
-#include <QMenu>
 #include <QPlainTextEdit>
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QSplitter>
-#include <QStackedWidget>
-#include <QStyle>
-#include <QTextDocument>
-#include <QToolBar>
-#include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -30,21 +22,21 @@ namespace qb {
 using namespace Qt::StringLiterals;
 
 ctlSmartTreeView::ctlSmartTreeView(QWidget* parent)
-    : QWidget(parent), m_matches(m_nodes), m_tree(new NodeTreeView(m_nodes))
+    : QWidget(parent), m_tree(new NodeTreeView(m_nodes)), m_trees(new FilteredTree(m_nodes, *m_tree)),
+      tbrLinks(new LinkBar)
 {
-    MakeFilter();
-    MakeToolbar();
+    m_shrink = tbrLinks->AddButton(u"SHRINK"_s, [this] { SetTreeHidden(!IsShrunk()); });
+    m_description = tbrLinks->AddButton(u"DESCRIPTION"_s, [this] { SetDescriptionHidden(!m_descriptionHidden); });
+    tbrLinks->AddLinkTools();
     MakeTree();
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addWidget(tbrLinks, 0, Qt::AlignTop);
-    layout->addWidget(txtFilter);
+    layout->addWidget(m_trees->Box());
     layout->addWidget(m_splitter, 1);
     setFocusProxy(m_tree);
     ConnectTree();
-    ClearLinkCombo();
-    ShowMode();
     ShowShrunk();
 }
 
@@ -55,30 +47,8 @@ void ctlSmartTreeView::MakeTree()
     m_tree->setObjectName(u"tvwTree"_s);
     m_tree->setAccessibleName(u"Items"_s);
     m_tree->viewport()->installEventFilter(this);
-    m_tree->installEventFilter(this);
-    m_found = new SteadyTreeView;
-    m_found->setObjectName(u"tvwFound"_s);
-    m_found->setAccessibleName(u"Items that match"_s);
-    m_found->setHeaderHidden(true);
-    m_found->setUniformRowHeights(true);
-    m_found->setFrameShape(QFrame::NoFrame);
-    m_found->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_found->setItemDelegate(new NodeLook(m_found));
-    m_found->setModel(&m_matches);
-    m_found->installEventFilter(this);
-    m_trees = new QStackedWidget;
-    m_trees->addWidget(m_tree);
-    m_trees->addWidget(m_found);
-    m_noMatch = new QLabel;
-    m_noMatch->setObjectName(u"lblNoMatch"_s);
-    m_noMatch->setTextFormat(Qt::PlainText);
-    m_noMatch->setWordWrap(true);
-    m_noMatch->setBackgroundRole(QPalette::Base);
-    m_noMatch->setAutoFillBackground(true);
-    m_noMatch->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
-    constexpr int Margin = 12;
-    m_noMatch->setMargin(Margin);
-    m_trees->addWidget(m_noMatch);
+    for (QWidget* keys : std::initializer_list<QWidget*>{m_trees->Box(), m_trees->Found(), m_tree})
+        keys->installEventFilter(this);
     txtDescription = new QPlainTextEdit;
     txtDescription->setObjectName(u"txtItemDescription"_s);
     txtDescription->setAccessibleName(u"Description of the item"_s);
@@ -94,73 +64,6 @@ void ctlSmartTreeView::MakeTree()
     m_splitter->setSizes({TreeHeight, DescriptionHeight});
 }
 
-void ctlSmartTreeView::MakeFilter()
-{
-    txtFilter = new QLineEdit;
-    txtFilter->setObjectName(u"txtFilter"_s);
-    txtFilter->setPlaceholderText(u"Filter titles"_s);
-    txtFilter->setAccessibleName(u"Filter titles"_s);
-    txtFilter->setClearButtonEnabled(true);
-    txtFilter->installEventFilter(this);
-    m_refilter.setSingleShot(true);
-    connect(&m_refilter, &QTimer::timeout, this, &ctlSmartTreeView::ApplyFilter);
-    connect(txtFilter, &QLineEdit::textChanged, this, &ctlSmartTreeView::ApplyFilter);
-    const auto changed = [this] {
-        if (!txtFilter->text().isEmpty())
-            m_refilter.start(0);
-    };
-    // The picture of the nodes does not outlive them.
-    const auto forget = [this] {
-        m_matches.SetFilter({});
-        m_refilter.start(0);
-    };
-    connect(&m_nodes, &TreeNodes::modelAboutToBeReset, this, forget);
-    connect(&m_nodes, &TreeNodes::rowsAboutToBeRemoved, this, forget);
-    connect(&m_nodes, &TreeNodes::rowsAboutToBeMoved, this, forget);
-    connect(&m_nodes, &TreeNodes::rowsInserted, this, changed);
-    connect(&m_nodes, &TreeNodes::dataChanged, this, changed);
-}
-
-void ctlSmartTreeView::MakeToolbar()
-{
-    tbrLinks = new QToolBar;
-    tbrLinks->setObjectName(u"tbrLinks"_s);
-    const int size = style()->pixelMetric(QStyle::PM_SmallIconSize);
-    tbrLinks->setIconSize({size, size});
-    const auto add = [this](const QString& key, auto run) {
-        QAction* action = tbrLinks->addAction(key);
-        action->setObjectName(key);
-        action->setProperty("key", key);
-        connect(action, &QAction::triggered, this, run);
-        return action;
-    };
-    m_shrink = add(u"SHRINK"_s, [this] { SetTreeHidden(!IsShrunk()); });
-    m_description = add(u"DESCRIPTION"_s, [this] { SetDescriptionHidden(!m_descriptionHidden); });
-    tbrLinks->addSeparator();
-    MakeModeMenu();
-    cboLinkedItems = new QComboBox;
-    cboLinkedItems->setObjectName(u"cboLinkedItems"_s);
-    cboLinkedItems->setAccessibleName(u"Linked items"_s);
-    cboLinkedItems->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    cboLinkedItems->setMinimumContentsLength(1);
-    cboLinkedItems->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    m_linkBox = tbrLinks->addWidget(cboLinkedItems);
-    const auto follow = [this] {
-        if (ComboItem() != 0)
-            Q_EMIT LinkFollowed(ComboItem());
-    };
-    m_linkGoto = add(u"LINK_GOTO"_s, follow);
-    m_linkGoto->setIcon(IconNamed(u"LINK_GOTO"_s));
-    m_linkGoto->setToolTip(u"Go to the linked item"_s);
-    m_linkRemove = add(u"LINK_REMOVE"_s, [this] {
-        if (ComboItem() != 0)
-            Q_EMIT LinkRemoveAsked(ComboItem());
-    });
-    m_linkRemove->setIcon(IconNamed(u"edit-delete"_s));
-    m_linkRemove->setToolTip(u"Remove the link"_s);
-    connect(cboLinkedItems, &QComboBox::currentIndexChanged, this, &ctlSmartTreeView::UpdateCombo);
-}
-
 void ctlSmartTreeView::ConnectTree()
 {
     const auto click = [this](const QModelIndex& index) {
@@ -172,7 +75,7 @@ void ctlSmartTreeView::ConnectTree()
     connect(m_tree, &NodeTreeView::clicked, this, [this, click](const QModelIndex& index) {
         if (index != m_tree->currentIndex())
             return;
-        if (m_mode == qb::LinkMode::None)
+        if (LinkMode() == qb::LinkMode::None)
             return click(index);
         // The second step may open an editor, which the rest of the click would take for a leftover.
         QTimer::singleShot(0, this, [this, id = m_nodes.NodeAt(index)->Id] {
@@ -183,7 +86,7 @@ void ctlSmartTreeView::ConnectTree()
     // In a link mode a click names an item; going about with the keys does not.
     connect(m_tree->selectionModel(), &QItemSelectionModel::currentChanged, this,
             [this, click](const QModelIndex& index) {
-                if (m_mode == qb::LinkMode::None)
+                if (LinkMode() == qb::LinkMode::None)
                     click(index);
                 else if (index.isValid() && !m_selecting)
                     Q_EMIT LinkTargetChosen(m_nodes.NodeAt(index));
@@ -192,7 +95,17 @@ void ctlSmartTreeView::ConnectTree()
             [this](const QModelIndex& index) { Q_EMIT NodeExpanded(m_nodes.NodeAt(index)); });
     connect(m_tree, &NodeTreeView::collapsed, this,
             [this](const QModelIndex& index) { Q_EMIT NodeCollapsed(m_nodes.NodeAt(index)); });
-    connect(m_found, &QTreeView::clicked, this, &ctlSmartTreeView::GoToFound);
+    connect(m_trees, &FilteredTree::NodeChosen, this, [this](TreeNode* node) {
+        {
+            const QScopedValueRollback guard(m_selecting, true);
+            m_tree->setCurrentIndex(m_nodes.IndexOf(node));
+        }
+        Q_EMIT NodeClick(node); // as if its node in the whole tree had been clicked
+    });
+    connect(tbrLinks, &LinkBar::ModeStarted, this, &ctlSmartTreeView::LinkModeStarted);
+    connect(tbrLinks, &LinkBar::ModeEnded, this, &ctlSmartTreeView::LinkModeEnded);
+    connect(tbrLinks, &LinkBar::LinkFollowed, this, &ctlSmartTreeView::LinkFollowed);
+    connect(tbrLinks, &LinkBar::LinkRemoveAsked, this, &ctlSmartTreeView::LinkRemoveAsked);
 }
 
 // The tree
@@ -211,7 +124,7 @@ void ctlSmartTreeView::SelectItem(TreeNode& node)
 {
     const QScopedValueRollback guard(m_selecting, true);
     m_tree->setCurrentIndex(m_nodes.IndexOf(&node));
-    m_found->setCurrentIndex(m_matches.IndexOf(&node));
+    m_trees->Select(&node);
 }
 
 void ctlSmartTreeView::EnsureVisible(TreeNode& node)
@@ -226,12 +139,12 @@ void ctlSmartTreeView::SetExpanded(TreeNode& node, bool expanded)
 
 void ctlSmartTreeView::FocusTree()
 {
-    m_trees->currentWidget() == m_noMatch ? txtFilter->setFocus() : m_trees->currentWidget()->setFocus();
+    m_trees->TakeFocus();
 }
 
 void ctlSmartTreeView::SetTreeVisible(bool visible)
 {
-    m_tree->setVisible(visible && m_trees->currentWidget() == m_tree);
+    m_tree->setVisible(visible && !m_trees->IsFiltering());
 }
 
 void ctlSmartTreeView::StartLabelEdit(TreeNode& node)
@@ -266,81 +179,12 @@ void ctlSmartTreeView::ScrollLines(int lines)
 void ctlSmartTreeView::StartFilter()
 {
     SetTreeHidden(false);
-    txtFilter->setFocus();
-    txtFilter->selectAll();
+    m_trees->StartFilter();
 }
 
 void ctlSmartTreeView::EndFilter()
 {
-    txtFilter->clear();
-}
-
-void ctlSmartTreeView::ApplyFilter()
-{
-    m_refilter.stop();
-    const QString text = txtFilter->text().trimmed();
-    m_matches.SetFilter(text);
-    if (text.isEmpty()) {
-        m_trees->setCurrentWidget(m_tree);
-        m_tree->scrollTo(m_tree->currentIndex());
-        return;
-    }
-    m_noMatch->setText(u"No title holds “%1”."_s.arg(text));
-    m_trees->setCurrentWidget(m_matches.MatchCount() == 0 ? static_cast<QWidget*>(m_noMatch) : m_found);
-    // Of very many matches nobody reads all; their branches stay closed, which is faster.
-    constexpr int MostExpanded = 5000;
-    if (m_matches.MatchCount() <= MostExpanded)
-        m_found->expandAll();
-    else
-        m_found->expand(m_matches.index(0, 0));
-    if (const TreeNode* node = SelectedItem())
-        m_found->setCurrentIndex(m_matches.IndexOf(node));
-}
-
-/// Goes to the item as if its node in the whole tree had been clicked.
-void ctlSmartTreeView::GoToFound(const QModelIndex& index)
-{
-    TreeNode* node = m_matches.NodeAt(index);
-    if (!node)
-        return;
-    {
-        const QScopedValueRollback guard(m_selecting, true);
-        m_tree->setCurrentIndex(m_nodes.IndexOf(node));
-    }
-    Q_EMIT NodeClick(node);
-}
-
-bool ctlSmartTreeView::FilterKey(QObject* watched, int key)
-{
-    if (m_tree->IsEditingLabel()) // whose keys come this way when it is done with them
-        return false;
-    const bool isEnter = key == Qt::Key_Return || key == Qt::Key_Enter;
-    if (key == Qt::Key_Escape && m_mode != qb::LinkMode::None) {
-        Q_EMIT LinkModeEnded();
-        return true;
-    }
-    if (watched == m_tree && isEnter && m_mode != qb::LinkMode::None) {
-        Q_EMIT NodeClick(SelectedItem());
-        return true;
-    }
-    if (key == Qt::Key_Escape && m_trees->currentWidget() != m_tree) {
-        EndFilter();
-        m_tree->setFocus();
-        return true;
-    }
-    if (watched == txtFilter && (isEnter || key == Qt::Key_Down) && m_matches.MatchCount() > 0) {
-        if (isEnter || !m_matches.IsMatch(m_found->currentIndex()))
-            m_found->setCurrentIndex(m_matches.IndexOf(m_matches.FirstMatch()));
-        m_found->setFocus();
-        if (isEnter)
-            GoToFound(m_found->currentIndex());
-        return true;
-    }
-    if (watched == m_found && isEnter) {
-        GoToFound(m_found->currentIndex());
-        return true;
-    }
-    return false;
+    m_trees->EndFilter();
 }
 
 bool ctlSmartTreeView::eventFilter(QObject* watched, QEvent* event)
@@ -350,9 +194,68 @@ bool ctlSmartTreeView::eventFilter(QObject* watched, QEvent* event)
         // Told once the event, and with it the drawing, is over.
         QTimer::singleShot(0, this, &ctlSmartTreeView::TreePainted);
     }
-    if (event->type() == QEvent::KeyPress && FilterKey(watched, static_cast<QKeyEvent*>(event)->key()))
-        return true;
+    // Keys in a title are the editor's, and come this way when it is done with them.
+    if (event->type() == QEvent::KeyPress && LinkMode() != qb::LinkMode::None && !m_tree->IsEditingLabel()) {
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        if (key == Qt::Key_Escape) {
+            Q_EMIT LinkModeEnded();
+            return true;
+        }
+        if (watched == m_tree && (key == Qt::Key_Return || key == Qt::Key_Enter)) {
+            Q_EMIT NodeClick(SelectedItem());
+            return true;
+        }
+    }
     return QWidget::eventFilter(watched, event);
+}
+
+// Links
+
+qb::LinkMode ctlSmartTreeView::LinkMode() const
+{
+    return tbrLinks->Mode();
+}
+
+void ctlSmartTreeView::SetLinkMode(qb::LinkMode mode)
+{
+    constexpr int CursorSize = 24;
+    tbrLinks->SetMode(mode);
+    for (QTreeView* tree : {static_cast<QTreeView*>(m_tree), m_trees->Found()}) {
+        if (mode == qb::LinkMode::None)
+            tree->viewport()->unsetCursor();
+        else
+            tree->viewport()->setCursor(QCursor(IconNamed(u"LINK_CURSOR"_s).pixmap(CursorSize), 1, 1));
+    }
+}
+
+bool ctlSmartTreeView::InPermanentLinkMode() const
+{
+    return tbrLinks->IsPermanent();
+}
+
+void ctlSmartTreeView::SetInPermanentLinkMode(bool permanent)
+{
+    tbrLinks->SetPermanent(permanent);
+}
+
+void ctlSmartTreeView::ClearLinkCombo()
+{
+    tbrLinks->ClearLinks();
+}
+
+void ctlSmartTreeView::AddNewLinkToCombo(const CLink& link)
+{
+    tbrLinks->AddLink(link);
+}
+
+void ctlSmartTreeView::UpdateLinkItemInCombo(const CLink& link)
+{
+    tbrLinks->UpdateLink(link);
+}
+
+void ctlSmartTreeView::EnableLinking(bool adding, bool removing)
+{
+    tbrLinks->EnableLinking(adding, removing);
 }
 
 // Size
@@ -382,7 +285,7 @@ void ctlSmartTreeView::ShowShrunk()
     m_description->setIcon(IconNamed(m_descriptionHidden ? u"DESCR_SHOW"_s : u"DESCR_HIDE"_s));
     m_description->setToolTip(m_descriptionHidden ? u"Show Item Description"_s : u"Hide Item Description"_s);
     m_splitter->setVisible(!shrunk);
-    txtFilter->setVisible(!shrunk);
+    m_trees->Box()->setVisible(!shrunk);
     txtDescription->setVisible(!m_descriptionHidden);
     for (QAction* action : tbrLinks->actions())
         action->setVisible(!shrunk || action == m_shrink);

@@ -1,23 +1,17 @@
 #pragma once
 
-#include "panels/FilteredNodes.h"
 #include "panels/ItemTreeView.h"
 
-#include <QTimer>
 #include <QWidget>
 
-class QComboBox;
-class QLabel;
-class QLineEdit;
+class QAction;
 class QPlainTextEdit;
 class QSplitter;
-class QStackedWidget;
-class QToolBar;
-class QToolButton;
-class QTreeView;
 
 namespace qb {
 
+class FilteredTree;
+class LinkBar;
 class NodeTreeView;
 
 /// The panel with the item tree: a box that narrows it to matching titles, a bar for the links of the
@@ -43,8 +37,8 @@ public:
     void ScrollLines(int lines) override;
 
     void SetLinkMode(qb::LinkMode mode) override;
-    bool InPermanentLinkMode() const override { return m_permanent; }
-    void SetInPermanentLinkMode(bool permanent) { m_permanent = permanent; }
+    bool InPermanentLinkMode() const override;
+    void SetInPermanentLinkMode(bool permanent);
     void ClearLinkCombo() override;
     void AddNewLinkToCombo(const CLink& link) override;
     void UpdateLinkItemInCombo(const CLink& link) override;
@@ -53,7 +47,7 @@ public:
     NodeTreeView* Tree() const { return m_tree; }
     /// The node at a place of the tree, in pixels; null where there is none.
     TreeNode* HitTest(int x, int y) const;
-    qb::LinkMode LinkMode() const { return m_mode; }
+    qb::LinkMode LinkMode() const;
 
     /// Whether the user has shrunk the panel to its first button.
     bool TreeHidden() const { return m_hidden; }
@@ -99,43 +93,18 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void MakeToolbar();
-    void MakeModeMenu();
     void MakeTree();
-    void MakeFilter();
     void ConnectTree();
-    void ChooseMode(qb::LinkMode mode);
-    void ShowMode();
     void ShowShrunk();
-    void UpdateCombo();
-    qint64 ComboItem() const;
-    void ApplyFilter();
-    void GoToFound(const QModelIndex& index);
-    bool FilterKey(QObject* watched, int key);
 
     TreeNodes m_nodes;
-    FilteredNodes m_matches;
-    QTimer m_refilter; ///< once the changes of the nodes are over
-    QLineEdit* txtFilter = nullptr;
-    QToolBar* tbrLinks = nullptr;
+    NodeTreeView* m_tree;
+    FilteredTree* m_trees; ///< the whole one, or what the filter finds
+    LinkBar* tbrLinks;
     QAction* m_shrink = nullptr;
     QAction* m_description = nullptr;
-    QToolButton* m_linkMode = nullptr;
-    QAction* m_linkModeAction = nullptr; ///< of the button, in the toolbar
-    QComboBox* cboLinkedItems = nullptr;
-    QAction* m_linkBox = nullptr; ///< of cboLinkedItems: the toolbar enables the box with it
-    QAction* m_linkGoto = nullptr;
-    QAction* m_linkRemove = nullptr;
     QSplitter* m_splitter = nullptr;
-    QStackedWidget* m_trees = nullptr; ///< the whole one, and what the filter finds
-    NodeTreeView* m_tree;
-    QTreeView* m_found = nullptr;
-    QLabel* m_noMatch = nullptr; ///< in the place of what is found, when that is nothing
     QPlainTextEdit* txtDescription = nullptr;
-    qb::LinkMode m_mode = qb::LinkMode::None;
-    qb::LinkMode m_chosenMode = qb::LinkMode::OneWayFrom; ///< of the button
-    bool m_permanent = false;
-    bool m_removesLinks = true;
     bool m_hidden = false;
     bool m_autoHidden = false;
     bool m_descriptionHidden = false;

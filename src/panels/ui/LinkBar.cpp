@@ -1,14 +1,12 @@
-#include "panels/ui/ctlSmartTreeView.h"
+#include "panels/ui/LinkBar.h"
 
-#include "panels/ui/NodeTreeView.h"
 #include "support/ui/Icons.h"
 
 #include <QAction>
 #include <QComboBox>
-#include <QCursor>
 #include <QMenu>
+#include <QStyle>
 #include <QTextDocument>
-#include <QToolBar>
 #include <QToolButton>
 #include <algorithm>
 #include <functional>
@@ -53,7 +51,48 @@ QIcon ImageOf(const CLink& link)
 
 } // namespace
 
-void ctlSmartTreeView::MakeModeMenu()
+LinkBar::LinkBar(QWidget* parent) : QToolBar(parent)
+{
+    setObjectName(u"tbrLinks"_s);
+    const int size = style()->pixelMetric(QStyle::PM_SmallIconSize);
+    setIconSize({size, size});
+}
+
+void LinkBar::AddLinkTools()
+{
+    addSeparator();
+    MakeModeMenu();
+    MakeLinkBox();
+    ClearLinks();
+    ShowMode();
+}
+
+void LinkBar::MakeLinkBox()
+{
+    cboLinkedItems = new QComboBox;
+    cboLinkedItems->setObjectName(u"cboLinkedItems"_s);
+    cboLinkedItems->setAccessibleName(u"Linked items"_s);
+    cboLinkedItems->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    cboLinkedItems->setMinimumContentsLength(1);
+    cboLinkedItems->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_linkBox = addWidget(cboLinkedItems);
+    const auto follow = [this] {
+        if (ComboItem() != 0)
+            Q_EMIT LinkFollowed(ComboItem());
+    };
+    m_linkGoto = AddButton(u"LINK_GOTO"_s, follow);
+    m_linkGoto->setIcon(IconNamed(u"LINK_GOTO"_s));
+    m_linkGoto->setToolTip(u"Go to the linked item"_s);
+    m_linkRemove = AddButton(u"LINK_REMOVE"_s, [this] {
+        if (ComboItem() != 0)
+            Q_EMIT LinkRemoveAsked(ComboItem());
+    });
+    m_linkRemove->setIcon(IconNamed(u"edit-delete"_s));
+    m_linkRemove->setToolTip(u"Remove the link"_s);
+    connect(cboLinkedItems, &QComboBox::currentIndexChanged, this, &LinkBar::UpdateCombo);
+}
+
+void LinkBar::MakeModeMenu()
 {
     m_linkMode = new QToolButton;
     m_linkMode->setObjectName(u"LINK_MODE"_s);
@@ -65,25 +104,25 @@ void ctlSmartTreeView::MakeModeMenu()
     for (const ModeRow& row : ModeRows) {
         QAction* entry = menu->addAction(IconNamed(QString::fromLatin1(row.Image)), QString::fromLatin1(row.Caption));
         entry->setProperty("key", QString::fromLatin1(row.Key));
-        connect(entry, &QAction::triggered, this, std::bind_front(&ctlSmartTreeView::ChooseMode, this, row.Mode));
+        connect(entry, &QAction::triggered, this, std::bind_front(&LinkBar::ChooseMode, this, row.Mode));
     }
     menu->addSeparator();
     QAction* permanent = menu->addAction(u"Stay in the Mode After a Link"_s);
     permanent->setProperty("key", u"PERMANENT"_s);
     permanent->setCheckable(true);
-    connect(permanent, &QAction::toggled, this, &ctlSmartTreeView::SetInPermanentLinkMode);
+    connect(permanent, &QAction::toggled, this, &LinkBar::SetPermanent);
     m_linkMode->setMenu(menu);
-    m_linkModeAction = tbrLinks->addWidget(m_linkMode);
+    m_linkModeAction = addWidget(m_linkMode);
     connect(m_linkMode, &QToolButton::clicked, this, [this](bool down) {
         if (down)
-            Q_EMIT LinkModeStarted(m_chosenMode);
+            Q_EMIT ModeStarted(m_chosenMode);
         else
-            Q_EMIT LinkModeEnded();
+            Q_EMIT ModeEnded();
         ShowMode();
     });
 }
 
-void ctlSmartTreeView::ChooseMode(qb::LinkMode mode)
+void LinkBar::ChooseMode(qb::LinkMode mode)
 {
     m_chosenMode = mode;
     m_linkMode->setChecked(false);
@@ -91,22 +130,15 @@ void ctlSmartTreeView::ChooseMode(qb::LinkMode mode)
     m_linkMode->click();
 }
 
-void ctlSmartTreeView::SetLinkMode(qb::LinkMode mode)
+void LinkBar::SetMode(qb::LinkMode mode)
 {
-    constexpr int CursorSize = 24;
     m_mode = mode;
     if (mode != qb::LinkMode::None)
         m_chosenMode = mode;
-    for (QTreeView* tree : {static_cast<QTreeView*>(m_tree), m_found}) {
-        if (mode == qb::LinkMode::None)
-            tree->viewport()->unsetCursor();
-        else
-            tree->viewport()->setCursor(QCursor(IconNamed(u"LINK_CURSOR"_s).pixmap(CursorSize), 1, 1));
-    }
     ShowMode();
 }
 
-void ctlSmartTreeView::ShowMode()
+void LinkBar::ShowMode()
 {
     const ModeRow& row = RowOf(m_chosenMode);
     const bool on = m_mode != qb::LinkMode::None;
@@ -118,14 +150,14 @@ void ctlSmartTreeView::ShowMode()
                               : u"Link with another item: %1"_s.arg(caption));
 }
 
-void ctlSmartTreeView::ClearLinkCombo()
+void LinkBar::ClearLinks()
 {
     cboLinkedItems->clear();
     cboLinkedItems->addItem(IconNamed(u"NO_ITEMS"_s), u"No Linked Items"_s, QString());
     UpdateCombo();
 }
 
-void ctlSmartTreeView::AddNewLinkToCombo(const CLink& link)
+void LinkBar::AddLink(const CLink& link)
 {
     if (cboLinkedItems->count() == 1) {
         cboLinkedItems->setItemIcon(0, IconNamed(u"LINK_GOTO"_s));
@@ -139,15 +171,15 @@ void ctlSmartTreeView::AddNewLinkToCombo(const CLink& link)
     UpdateCombo();
 }
 
-void ctlSmartTreeView::UpdateLinkItemInCombo(const CLink& link)
+void LinkBar::UpdateLink(const CLink& link)
 {
     const int index = cboLinkedItems->findData(ComboKey(link.LinkedItemId));
     if (index < 0)
-        return AddNewLinkToCombo(link);
+        return AddLink(link);
     cboLinkedItems->setItemIcon(index, ImageOf(link));
 }
 
-void ctlSmartTreeView::UpdateCombo()
+void LinkBar::UpdateCombo()
 {
     const bool any = cboLinkedItems->count() > 1;
     m_linkBox->setEnabled(any);
@@ -159,7 +191,7 @@ void ctlSmartTreeView::UpdateCombo()
         m_linkRemove->setEnabled(ComboItem() != 0 && m_removesLinks);
 }
 
-void ctlSmartTreeView::EnableLinking(bool adding, bool removing)
+void LinkBar::EnableLinking(bool adding, bool removing)
 {
     m_removesLinks = removing;
     m_linkModeAction->setEnabled(adding);
@@ -167,7 +199,7 @@ void ctlSmartTreeView::EnableLinking(bool adding, bool removing)
 }
 
 /// The item of the entry that is shown; 0 for none.
-qint64 ctlSmartTreeView::ComboItem() const
+qint64 LinkBar::ComboItem() const
 {
     return cboLinkedItems->currentData().toString().chopped(cboLinkedItems->currentIndex() > 0 ? 1 : 0).toLongLong();
 }
