@@ -56,7 +56,7 @@ constexpr int Gap = 12;
 } // namespace
 
 ctlCodeDetails::ctlCodeDetails(QWidget* parent)
-    : QWidget(parent), TextCommands(mFT, *this), m_pages(new QStackedWidget), m_welcome(new WelcomeView),
+    : DetailsEvents(parent), TextCommands(mFT, *this), m_pages(new QStackedWidget), m_welcome(new WelcomeView),
       picColorize(nullptr)
 {
     auto* layout = new QVBoxLayout(this);
@@ -120,7 +120,7 @@ void ctlCodeDetails::MakeTabs()
 
 void ctlCodeDetails::resizeEvent(QResizeEvent* event)
 {
-    QWidget::resizeEvent(event);
+    DetailsEvents::resizeEvent(event);
     picColorize->Place();
 }
 
@@ -263,7 +263,7 @@ bool ctlCodeDetails::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::KeyPress && (watched == rtbCode || watched == rtbUsage))
         Q_EMIT CodeKeyDown(static_cast<QKeyEvent*>(event));
-    return BoxEvent(watched, *event) || QWidget::eventFilter(watched, event);
+    return BoxEvent(watched, *event) || DetailsEvents::eventFilter(watched, event);
 }
 
 // An item comes and goes
@@ -311,26 +311,6 @@ void ctlCodeDetails::Terminate()
 QString ctlCodeDetails::Description() const
 {
     return m_editor.Item() ? m_editor.Item()->Description() : QString();
-}
-
-void ctlCodeDetails::AddFile()
-{
-    ctlFileDetails1->AddFile();
-}
-
-void ctlCodeDetails::DeleteFile()
-{
-    ctlFileDetails1->DeleteFile();
-}
-
-void ctlCodeDetails::ExportFile()
-{
-    ctlFileDetails1->ExportFile();
-}
-
-void ctlCodeDetails::UnzipToDirectory()
-{
-    ctlFileDetails1->UnzipToDirectory();
 }
 
 void ctlCodeDetails::SetLocked(bool locked)
@@ -419,12 +399,6 @@ QString ctlCodeDetails::SelText() const
 {
     const UserTextBox* box = CurrentBox();
     return box ? box->SelText() : QString();
-}
-
-void ctlCodeDetails::FileNotesSetFocus()
-{
-    if (ctlFileDetails1)
-        ctlFileDetails1->NotesSetFocus();
 }
 
 // Tabs

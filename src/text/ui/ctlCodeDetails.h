@@ -1,11 +1,10 @@
 #pragma once
 
 #include "text/FormatCommands.h"
-#include "text/ItemDetailsView.h"
 #include "text/ui/BrowserCommands.h"
+#include "text/ui/DetailsEvents.h"
+#include "text/ui/StoredFileCommands.h"
 #include "text/ui/TextCommands.h"
-
-#include <QWidget>
 
 class QLabel;
 class QStackedWidget;
@@ -14,19 +13,19 @@ class QTabWidget;
 namespace qb {
 
 class ColorizeProgress;
-class FileDetailsView;
 class WelcomeView;
 
 /// The panel that shows and edits the current item: its title and description, and a tab each for
 /// code, notes, usage, stored files and the web page, whose images tell which of them have
 /// content. With no item it shows the welcome page. It lays out and forwards: what becomes of the texts is
 /// decided by ItemEditor, ItemSections and CodeKeys.
-class ctlCodeDetails : public QWidget,
+class ctlCodeDetails : public DetailsEvents,
                        public ItemDetailsView,
                        private ItemEditorView,
                        public FormatCommands,
                        public TextCommands,
-                       public BrowserCommands {
+                       public BrowserCommands,
+                       public StoredFileCommands {
     Q_OBJECT
 
 public:
@@ -50,19 +49,12 @@ public:
 
     /// The list of stored files, whose page is the tab's from now on.
     void SetFileControl(FileDetailsView& files);
-    FileDetailsView* FileControl() const { return ctlFileDetails1; }
     /// What was typed and is not saved.
     std::optional<UnsavedTexts> Unsaved() const { return m_editor.Unsaved(); }
     /// Nothing of the library or its item is held any more, as before it is closed.
     void Terminate();
     /// The description of the item that is shown; empty on the welcome page.
     QString Description() const;
-
-    // What is done with the stored files, by their list
-    void AddFile();
-    void DeleteFile();
-    void ExportFile();
-    void UnzipToDirectory();
 
     /// The tab that is shown; nothing on the welcome page.
     std::optional<DetailsTab> CurrentView() const override;
@@ -74,7 +66,6 @@ public:
     UserTextBox* CurrentBox() const;
     /// The selected text of the visible box.
     QString SelText() const;
-    void FileNotesSetFocus();
     /// Addresses in the notes, of the item and of its files, can be clicked.
     void SetAutoURLDetect(bool detects);
     /// An address was clicked: goes to the Links tab and there.
@@ -83,44 +74,6 @@ public:
     void ShowAsPage(const QUrl& url);
     /// Shows a page of the folder of web pages on the welcome page.
     void WelcomeBrowserNavigate(const QString& page);
-
-Q_SIGNALS:
-    /// Another item is shown, or, with null, none.
-    void ItemInitialised(qb::CCodeItem* item);
-    /// What is known of the item beside its texts may be another: it was saved, or another program has written to it.
-    void FactsChanged();
-    /// The text of a tab was changed by the user.
-    void TextChanged(qb::DetailsTab tab);
-    void CurrentViewChanged();
-    /// The caret has moved, or what can be undone has changed.
-    void EditStateChanged();
-
-    /// A header was looked for and is not in the text of Code or (not) of Usage.
-    void HeaderMissing(quint8 header, bool isCode);
-    void SectionDeleted(quint8 header);
-    /// A key was pressed in a box for code.
-    void CodeKeyDown(QKeyEvent* event);
-
-    /// The folder of web pages lacks a default page; shown is what is there afterwards.
-    void DefaultPagesMissing(const QString& folder);
-    /// The browser goes to an address; @p address is what to show of it.
-    void BeforeNavigate(const QString& address);
-    void BrowserCommandStateChange(bool back, bool forward);
-    void BrowserProgressChange(int percent);
-    void BrowserLinkHovered(const QString& address);
-    /// A link of a page to an item was clicked.
-    void ItemAsked(qint64 item);
-    /// The browser has come to a file, which is no page.
-    void LoadFile(const QUrl& url);
-
-    // The state of the selection in the notes differs from what was told last
-    void eNotesFontChanged(const QString& font);
-    void eNotesFontSizeChanged(int size);
-    void eNotesBoldStateChanged(bool on);
-    void eNotesItalicStateChanged(bool on);
-    void eNotesUnderlineStateChanged(bool on);
-    void NotesBulletStateChanged(bool on);
-    void NotesAllignmentStateChanged(int alignment);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -156,8 +109,7 @@ private:
     QLabel* m_lockedState = nullptr;
     QTabWidget* m_tabs = nullptr;
     QWidget* m_filePage = nullptr; ///< holds the list of stored files
-    FileDetailsView* ctlFileDetails1 = nullptr;
-    QString m_htmlFolder; ///< of the open library
+    QString m_htmlFolder;          ///< of the open library
     bool m_detectsAddresses = false;
     bool m_readOnly = false; ///< the whole library can only be read
 };
