@@ -67,6 +67,13 @@ void ExitMaintenance::Run()
         settings.CountDay(); // writes to the library
 }
 
+void ExitMaintenance::RunOn(const QString& path)
+{
+    m_session.CurrentDatabase = Library::Open(path);
+    Run();
+    m_session.CurrentDatabase.reset();
+}
+
 void ExitMaintenance::CompactDatabaseOnExit(bool isDue)
 {
     bool isDone = false;

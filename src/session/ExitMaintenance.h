@@ -19,6 +19,8 @@ public:
     /// All of it, and counts the day, with the library open; it is open afterwards, too, unless that failed. Nothing is
     /// done with a library that can't be written.
     void Run();
+    /// The same for a library that is closed already, which is open for it once more without any panel that shows it.
+    void RunOn(const QString& path);
 
     /// Compacts the library. @p isDue: by its own counter, which is told.
     void CompactDatabaseOnExit(bool isDue);

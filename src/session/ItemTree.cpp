@@ -1,5 +1,6 @@
 #include "session/ItemTree.h"
 
+#include "platform/system/Prompts.h"
 #include "session/LoadTree.h"
 #include "store/ItemBranch.h"
 #include "store/Library.h"
@@ -431,6 +432,15 @@ void ItemTree::GoToNode(const QString& key)
         SElectCodeItem(key);
         m_view.FocusTree();
     });
+}
+
+void ItemTree::FollowLink(qint64 item)
+{
+    if (m_view.Nodes().Find(item))
+        return GoToNode(NodeKey(item));
+    Prompts::Current().MsgBox({.Text = u"The linked item is not in the library any more. The link can be removed."_s,
+                               .Caption = ApplicationTitle,
+                               .Icon = MsgBoxIcon::Information});
 }
 
 void ItemTree::GoBack()

@@ -61,6 +61,8 @@ public:
     void FollowHistory();
     /// Selects the node of @p key and opens it; an empty key does nothing.
     void GoToNode(const QString& key);
+    /// Goes to the item of a link; says so where it is not in the library any more.
+    void FollowLink(qint64 item);
     /// Goes to the item that was visited before; from the root, which is no step of the history, to
     /// the one that was left for it.
     void GoBack();

@@ -1,10 +1,14 @@
 #include "session/ui/BrowserToolbar.h"
 
+#include "web/OpenedPages.h"
+
 #include <QAction>
 #include <QComboBox>
 #include <QCompleter>
+#include <QCursor>
 #include <QHash>
 #include <QLineEdit>
+#include <QMenu>
 
 namespace qb {
 
@@ -73,6 +77,28 @@ void BrowserToolbar::resizeEvent(QResizeEvent* event)
     if (AddressWidth)
         cboURL->setMaximumWidth(std::max(AddressWidth(width() - cboURL->x()), cboURL->minimumSizeHint().width()));
     QToolBar::resizeEvent(event);
+}
+
+void BrowserToolbar::OpenedExplorersPopup()
+{
+    QMenu mnuWebBrowser(this);
+    mnuWebBrowser.setObjectName(u"mnuWebBrowser"_s);
+    PopulateOpenedExplorers(mnuWebBrowser);
+    mnuWebBrowser.exec(QCursor::pos());
+}
+
+void BrowserToolbar::PopulateOpenedExplorers(QMenu& menu)
+{
+    const std::vector<OpenedPage> pages = OpenedPages();
+    for (const OpenedPage& page : pages) {
+        QString caption = page.Title;
+        connect(menu.addAction(caption.replace(u'&', u"&&"_s)), &QAction::triggered, this, [this, page] {
+            SetAddress(page.Address);
+            Q_EMIT AddressEntered(page.Address);
+        });
+    }
+    if (pages.empty())
+        menu.addAction(u"No Internet Explorers Opened"_s)->setEnabled(false);
 }
 
 } // namespace qb

@@ -4,6 +4,7 @@
 #include <functional>
 
 class QComboBox;
+class QMenu;
 
 namespace qb {
 
@@ -20,6 +21,9 @@ public:
     /// How wide the box of addresses may become where the buttons leave so much of the band, in pixels.
     std::function<int(int left)> AddressWidth;
 
+    /// The pages of the user's own browsers, if one of them tells of them, in a menu at the pointer.
+    void OpenedExplorersPopup();
+
 Q_SIGNALS:
     /// The user has typed or chosen an address.
     void AddressEntered(const QString& text);
@@ -28,6 +32,8 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void PopulateOpenedExplorers(QMenu& menu);
+
     QComboBox* cboURL;
 };
 

@@ -47,12 +47,17 @@ frmCodeLib::frmCodeLib()
     setObjectName(u"frmCodeLib"_s);
     setWindowTitle(ApplicationTitle);
     MakePanels();
+    m_places = std::make_unique<WindowPlaces>(
+        m_layout, WindowPlaces::Parts{*this, *ctlResizer1, *ctlResizer2, *tvCodeItems, *m_storedFiles});
     m_shell = new WindowShell(*this);
     m_tree = std::make_unique<ItemTree>(m_session, *tvCodeItems, *ctlCodeItemDetails, *m_shell, m_commands);
     m_items = std::make_unique<ItemCommands>(m_session, *tvCodeItems, *ctlCodeItemDetails, *m_shell, m_commands,
                                              *m_tree);
     m_drag = std::make_unique<ItemDrag>(m_session, *tvCodeItems, *m_tree, *m_items);
     m_linking = std::make_unique<ItemLinking>(m_session, *tvCodeItems, m_commands);
+    m_bookmarks = std::make_unique<BookmarkCommands>(BookmarkCommands::Parts{*this, m_session, m_commands, *m_tree,
+                                                                             tvCodeItems->Nodes(), *m_items, *m_linking,
+                                                                             *ctlCodeItemDetails, *ctlBookMarkList});
     m_page = std::make_unique<ItemWebPage>(m_session, *ctlCodeItemDetails, m_commands);
     m_printing = std::make_unique<ItemPrinting>(m_session, m_commands);
     m_libraries = std::make_unique<LibraryList>(m_session, *m_shell, *ctlCodeItemDetails, m_commands, *m_tree);
@@ -66,6 +71,9 @@ frmCodeLib::frmCodeLib()
                                                               tvCodeItems->Nodes(), *ctlCodeItemDetails, *m_storedFiles,
                                                               *ctlBookMarkList});
     m_exchange = std::make_unique<ItemExchange>(m_session, m_commands, *m_tree, *tvCodeItems, *m_shell);
+    m_dialogs = std::make_unique<SessionDialogs>(
+        SessionDialogs::Parts{*this, m_session, m_commands, *tvCodeItems, *m_tree, *m_items, *m_libraries, *m_tools,
+                              *m_replicas, *m_synchronizing, *m_conflicts, *m_removed, *m_exchange, *m_printing});
     m_edit = new EditCommands(m_commands, *ctlCodeItemDetails, this);
     RegisterCommands();
     RegisterHelpCommands(m_commands, *this);
@@ -73,16 +81,16 @@ frmCodeLib::frmCodeLib()
     m_faces = new CommandFaces(*this, m_commands);
     MakeToolbar();
     MakeTextToolbars();
-    MakeBookmarkToolbars();
+    m_bookmarks->MakeFaces(*m_faces);
+    m_find->MakeFaces(*m_faces);
     ConnectPanels();
     ConnectDetails();
     ConnectFiles();
     ConnectPages();
-    ConnectBookmarks();
+    ConnectLibraries();
     MakeQuickOpen();
     ConnectMenus();
     constexpr QSize Smallest(5000, 4000); // twips
-    m_settling.setSingleShot(true);
     setMinimumSize(Smallest / WindowLayout::TwipsPerPixel);
 }
 
@@ -115,7 +123,7 @@ void frmCodeLib::Form_Load()
         Trace("library");
         if (open)
             m_tree->FillTree();
-        ShowBookmarks(m_bookmarksVisible || !open);
+        m_bookmarks->Show(m_bookmarks->IsShown() || !open);
         m_libraries->EnableControls(open);
         tlbTextFormat->sbTextTomatToolbarInitialize();
         tlbTextFormat->FillMenu(*m_faces->MenuOf(CommandRow::Place::EditFormat));
@@ -130,6 +138,22 @@ void frmCodeLib::Form_Load()
         if (Settings().TipsOnStartup())
             StartTips();
     });
+}
+
+void frmCodeLib::ConnectLibraries()
+{
+    m_find->ShowPanel = std::bind_front(&BookmarkCommands::Show, m_bookmarks.get(), true);
+    m_libraries->DatabaseOpened = [this] {
+        m_bookmarks->LibraryOpened();
+        m_find->LibraryOpened();
+    };
+    m_libraries->DatabaseClosing = [this] {
+        m_quickOpen->Close();
+        m_find->LibraryClosing();
+        m_bookmarks->LibraryClosing();
+    };
+    m_libraries->ReplicationRead = std::bind_front(&ctlBookmarks::UpdateReplicationInfo, ctlBookMarkList);
+    connect(ctlBookMarkList, &ctlBookmarks::LinkFollowed, m_tree.get(), &ItemTree::FollowLink);
 }
 
 void frmCodeLib::StartTips()
@@ -156,11 +180,9 @@ void frmCodeLib::SetTipsFocus()
 void frmCodeLib::DoStartUp()
 {
     Guarded(ModuleName, u"DoStartUp"_s, [this] {
-        PlaceWindow();
+        m_places->PlaceWindow();
         m_items->SetAutoSaveOn(m_layout.Flag(WindowLayout::AutoSave));
-        ShowBookmarks(m_layout.Flag(WindowLayout::ViewBookMarks));
-        ctlBookMarkList->SetBookmarkSingleClick(m_layout.Flag(WindowLayout::BookmarkSingleClick));
-        m_commands.SetChecked(u"SINGLE_CLICK"_s, ctlBookMarkList->BookmarkSingleClick());
+        m_bookmarks->ReadLayout(m_layout);
         m_find->ReadLayout(m_layout);
         moSettings_SettingsUpdated();
         m_edit->ReadTextView(Settings());
@@ -171,30 +193,6 @@ void frmCodeLib::DoStartUp()
 }
 
 // Place and layout
-
-/// As it was left; the first time maximised over a place in the middle of the screen.
-void frmCodeLib::PlaceWindow()
-{
-    constexpr int Twips = WindowLayout::TwipsPerPixel;
-    const QRect available = screen()->availableGeometry();
-    m_layout.Read(available.size() * Twips);
-    const QRect place(m_layout.Place().topLeft() / Twips, m_layout.Place().size() / Twips);
-    const QList<QScreen*> screens = QGuiApplication::screens();
-    const bool isSeen = std::any_of(screens.begin(), screens.end(), [&place](const QScreen* one) {
-        return one->availableGeometry().intersects(place);
-    });
-    setGeometry(isSeen ? place : QRect(available.topLeft(), available.size() * 8 / 10)); // that screen has gone
-    if (m_layout.Number(WindowLayout::WindowState) == WindowLayout::Maximised)
-        setWindowState(Qt::WindowMaximized);
-}
-
-/// Where it stands in its normal state is remembered for the time when it has another.
-void frmCodeLib::RememberPlace()
-{
-    constexpr int Twips = WindowLayout::TwipsPerPixel;
-    if (isVisible() && !(windowState() & (Qt::WindowMaximized | Qt::WindowMinimized | Qt::WindowFullScreen)))
-        m_layout.SetPlace({geometry().topLeft() * Twips, geometry().size() * Twips});
-}
 
 /// The browser draws in another way than the rest of the window, so that the toolkit makes the window anew
 /// when the first page is shown. It has the state of the one before.
@@ -210,15 +208,13 @@ bool frmCodeLib::event(QEvent* event)
 void frmCodeLib::moveEvent(QMoveEvent* event)
 {
     QMainWindow::moveEvent(event);
-    RememberPlace();
+    m_places->RememberPlace();
 }
 
 void frmCodeLib::resizeEvent(QResizeEvent* event)
 {
     QMainWindow::resizeEvent(event);
-    RememberPlace();
-    if (m_settling.isActive())
-        PlaceBookmarks();
+    m_places->Resized();
     if (m_quickOpen->isVisible())
         m_quickOpen->Place(RoomOfQuickOpen());
 }
@@ -226,55 +222,15 @@ void frmCodeLib::resizeEvent(QResizeEvent* event)
 void frmCodeLib::showEvent(QShowEvent* event)
 {
     QMainWindow::showEvent(event);
-    if (!std::exchange(m_layoutRead, true)) // the defaults depend on the final size
-        QTimer::singleShot(0, this, &frmCodeLib::ReadSeparatorPositions);
-}
-
-void frmCodeLib::ReadSeparatorPositions()
-{
-    constexpr int Twips = WindowLayout::TwipsPerPixel;
-    m_layout.ReadSeparatorPositions(size() * Twips, tvCodeItems->height() * Twips);
-    const int tree = qMax(tvCodeItems->minimumSizeHint().width(),
-                          m_layout.Number(WindowLayout::SubResizerSeparatorPos) / Twips);
-    ctlResizer1->setSizes({tree, qMax(1, ctlResizer1->width() - tree)});
-    PlaceBookmarks();
-    tvCodeItems->SetSeparatorPosition(m_layout.Number(WindowLayout::CodeItemsSeparatorPos) / Twips);
-    m_storedFiles->SetSeparatorPosition(m_layout.Number(WindowLayout::FileSectionSeparatorPos) / Twips);
-}
-
-/// The separator is counted from the top of the window. A maximised window may get its size when it has been
-/// shown for a while; until then the place is not the user's.
-void frmCodeLib::PlaceBookmarks()
-{
-    constexpr int Twips = WindowLayout::TwipsPerPixel;
-    constexpr std::chrono::milliseconds Settles(300);
-    m_settling.start(Settles);
-    m_layout.ReadSeparatorPositions(size() * Twips, tvCodeItems->height() * Twips);
-    layout()->activate(); // for a height that is that of the window
-    const int upper = m_layout.Number(WindowLayout::MainResizerSeparatorPos) / Twips - ctlResizer2->y();
-    ctlResizer2->setSizes({qMax(1, upper), qMax(1, ctlResizer2->height() - ctlResizer2->handleWidth() - upper)});
+    m_places->Shown();
 }
 
 void frmCodeLib::SaveLayout()
 {
-    constexpr int Twips = WindowLayout::TwipsPerPixel;
-    const WindowLayout::State state = isMinimized()                     ? WindowLayout::Minimised
-                                      : isMaximized() || isFullScreen() ? WindowLayout::Maximised
-                                                                        : WindowLayout::Normal;
-    m_layout.SetNumber(WindowLayout::WindowState, state);
-    if (m_layoutRead)
-        m_layout.SetNumber(WindowLayout::SubResizerSeparatorPos, ctlResizer1->sizes().value(0) * Twips);
-    if (m_layoutRead && ctlBookMarkList->isVisibleTo(this))
-        m_layout.SetNumber(WindowLayout::MainResizerSeparatorPos,
-                           (ctlResizer2->y() + ctlResizer2->sizes().value(0)) * Twips);
-    m_layout.SetFlag(WindowLayout::ViewBookMarks, m_bookmarksVisible);
-    m_layout.SetFlag(WindowLayout::BookmarkSingleClick, ctlBookMarkList->BookmarkSingleClick());
+    m_places->Write();
+    m_bookmarks->WriteLayout(m_layout);
     m_find->WriteLayout(m_layout);
     m_layout.SetFlag(WindowLayout::AutoSave, m_items->AutoSaveOn());
-    if (m_layoutRead && !tvCodeItems->IsShrunk())
-        m_layout.SetNumber(WindowLayout::CodeItemsSeparatorPos, tvCodeItems->SeparatorPosition() * Twips);
-    if (m_layoutRead)
-        m_layout.SetNumber(WindowLayout::FileSectionSeparatorPos, m_storedFiles->SeparatorPosition() * Twips);
     m_layout.Save(tvCodeItems->IsShrunk());
 }
 
@@ -342,34 +298,8 @@ void frmCodeLib::Form_Unload()
         m_libraries->CloseDatabase();
         DoUnload();
         if (!library.isEmpty())
-            MaintainLibrary(library);
+            ExitMaintenance(m_session, *m_shell, *m_tools).RunOn(library);
     });
-}
-
-/// The library is open for it once more, without any panel that shows it.
-void frmCodeLib::MaintainLibrary(const QString& path)
-{
-    m_session.CurrentDatabase = Library::Open(path);
-    ExitMaintenance(m_session, *m_shell, *m_tools).Run();
-    m_session.CurrentDatabase.reset();
-}
-
-// The button for saving
-
-/// One click saves, two switch auto-save; which it was is known when no second can come any more.
-void frmCodeLib::SaveButtonClicked()
-{
-    ++m_saveClickCount;
-    tmrStartTimer.start(QApplication::doubleClickInterval());
-}
-
-void frmCodeLib::tmrStartTimer_Timer()
-{
-    // A long work lets the window paint, and a dialog may hold a transaction; not in the middle of these.
-    if (m_shell->IsWorking() || QApplication::activeModalWidget())
-        return tmrStartTimer.start();
-    m_items->SaveButtonClicked(std::exchange(m_saveClickCount, 0));
-    moSettings_SettingsUpdated();
 }
 
 // The state of the library

@@ -19,8 +19,12 @@
 #include "session/SessionState.h"
 #include "session/Synchronizing.h"
 #include "session/WindowLayout.h"
+#include "session/ui/BookmarkCommands.h"
+#include "session/ui/ClickCounter.h"
 #include "session/ui/CommandFaces.h"
 #include "session/ui/EditCommands.h"
+#include "session/ui/SessionDialogs.h"
+#include "session/ui/WindowPlaces.h"
 #include "session/ui/WindowShell.h"
 #include "session/ui/frmSettings.h"
 #include "web/ui/frmDownloads.h"
@@ -45,6 +49,7 @@ class ctlCodeDetails;
 class ctlFileDetails;
 class CodeToolbar;
 class ctlSmartTreeView;
+class FilesToolbar;
 class FormatToolbar;
 class LibraryFind;
 class frmQuickOpen;
@@ -72,8 +77,8 @@ public:
     Library* CurrentDatabase() { return m_session.CurrentDatabase.get(); }
 
     WindowShell& Shell() { return *m_shell; }
-    /// Shows the panel of bookmarks and info, or not.
-    void ShowBookmarks(bool visible);
+    /// The panel of bookmarks and info.
+    BookmarkCommands& Bookmarks() { return *m_bookmarks; }
 
 protected:
     bool event(QEvent* event) override;
@@ -88,50 +93,27 @@ private:
     void MakePanels();
     void MakeToolbar();
     void MakeTextToolbars();
-    void MakeFilesToolbar();
     void ConnectPanels();
     void ConnectLinks();
-    void MakeBookmarkToolbars();
-    void ConnectBookmarks();
-    void ConnectInfo();
+    void ConnectLibraries();
     void MakeQuickOpen();
     QRect RoomOfQuickOpen() const;
-    bool IsOffered(const QAction& action) const;
     void ShowQuickOpen();
-    void FollowTree();
-    void RegisterBookmarkCommands();
-    void AddBookmark();
-    void EditBookmark();
-    void OpenBookmark(qint64 item);
-    void ShowBookmarkCommands();
-    void HideBookmarksWhileBrowsing(bool hidden);
-    void RemoveShownLink(const QString& key);
-    void ListChildren();
-    void FollowLink(qint64 item);
     void ShowStatusOfItem();
     void ShowLibraryState();
-    void tvCodeItems_Shrinking(bool shrinks);
     void ConnectDetails();
     void ConnectFiles();
     void ConnectPages();
     void ConnectDownloads();
-    void OpenedExplorersPopup();
-    void PopulateOpenedExplorers(QMenu& menu);
     void InitializeAutoURLDetection();
     void UninitializeAutoURLDetection();
     void UpdateAskToSaveFileDescChanges();
     void RegisterCommands();
     void ConnectMenus();
     void DoStartUp();
-    void PlaceWindow();
-    void ReadSeparatorPositions();
-    void PlaceBookmarks();
     void SaveLayout();
-    void RememberPlace();
     void mnuFile_Click();
     void mnuEdit_Click();
-    void SaveButtonClicked();
-    void tmrStartTimer_Timer();
     void CurrentViewChanged();
     void ShowTextToolbar();
     void ShowLanguage();
@@ -140,12 +122,6 @@ private:
     void DoUnload();
     void ShowOptions(frmSettings::Page page);
     void StartTips();
-    void ShowBackups();
-    void ConnectConflicts();
-    void ConnectExchange();
-    void ConnectSynchronizing();
-    void ConnectRemoved();
-    void MaintainLibrary(const QString& path);
     void Form_Unload();
 
     SessionState m_session;
@@ -154,26 +130,18 @@ private:
     CommandFaces* m_faces = nullptr;
     EditCommands* m_edit = nullptr;
     WindowLayout m_layout;
-    bool m_layoutRead = false; ///< the separators are asked for once, when the window is shown
+    std::unique_ptr<WindowPlaces> m_places;
     QSplitter* ctlResizer1 = nullptr;
     QSplitter* ctlResizer2 = nullptr;
-    bool m_bookmarksVisible = true;
-    bool m_bookmarksHidden = false; ///< while a web page is shown
-    qint64 m_bookmarkGroup = 0;     ///< of the bookmark that was made last
-    QTimer m_settling;              ///< the window has just been shown, and may get its size yet
-    QTimer m_refreshBookmarks;      ///< items have gone, or the tree was read anew
-    int m_treeWidth = 0;            ///< of the tree before it was shrunk
-    bool m_treeShrunk = false;      ///< the splitter is fixed at its small width
     QMenu* mnuFiles = nullptr;
     QToolBar* tlbMain = nullptr;
     QStackedWidget* CoolBar1 = nullptr; ///< the toolbar that fits the tab
     CodeToolbar* tbrCode = nullptr;
     FormatToolbar* tlbTextFormat = nullptr;
     BrowserToolbar* tbrBrowser = nullptr;
-    QToolBar* tbrFiles = nullptr;
+    FilesToolbar* tbrFiles = nullptr;
     QWidget* m_formatBand = nullptr; ///< tbrFiles, where files are shown, and tlbTextFormat
-    QTimer tmrStartTimer;            ///< tells a single click on SAVE from a double click
-    int m_saveClickCount = 0;
+    ClickCounter m_saveClicks;
     bool m_editingEnabled = true;
     bool m_toldOfGoneFile = false;
     QShortcut* m_endLinkMode = nullptr; ///< Escape, wherever the focus is, while a link mode lasts
@@ -185,6 +153,7 @@ private:
     std::unique_ptr<ItemCommands> m_items;
     std::unique_ptr<ItemDrag> m_drag;
     std::unique_ptr<ItemLinking> m_linking;
+    std::unique_ptr<BookmarkCommands> m_bookmarks;
     std::unique_ptr<ItemWebPage> m_page;
     std::unique_ptr<PageDownloads> m_downloads;
     QPointer<frmDownloads> m_downloadWindow;
@@ -200,6 +169,7 @@ private:
     std::unique_ptr<RemovedTools> m_removed;
     std::unique_ptr<LibraryFind> m_find;
     std::unique_ptr<ItemExchange> m_exchange;
+    std::unique_ptr<SessionDialogs> m_dialogs;
     std::unique_ptr<ApplicationTips> m_oTips; ///< while the tip window is open
 };
 

@@ -30,9 +30,9 @@ void frmCodeLib::ConnectPages()
         m_tree->ShowKeptDate();
         ctlBookMarkList->ShowItem();
     };
-    m_commands.Register(u"mnuWebOpenedBrowsers"_s, this, &frmCodeLib::OpenedExplorersPopup);
+    m_commands.Register(u"mnuWebOpenedBrowsers"_s, tbrBrowser, &BrowserToolbar::OpenedExplorersPopup);
     connect(ctlCodeItemDetails, &ctlCodeDetails::LoadFile, this, [this](const QUrl& url) { m_downloads->Load(url); });
-    connect(ctlCodeItemDetails, &ctlCodeDetails::ItemAsked, this, &frmCodeLib::FollowLink);
+    connect(ctlCodeItemDetails, &ctlCodeDetails::ItemAsked, m_tree.get(), &ItemTree::FollowLink);
     m_page->SetComponents(MakePageComponents(
         this,
         {.Items =
@@ -65,29 +65,6 @@ void frmCodeLib::InitializeAutoURLDetection()
 void frmCodeLib::UninitializeAutoURLDetection()
 {
     ctlCodeItemDetails->SetAutoURLDetect(false);
-}
-
-/// The pages of the user's own browsers, if one of them tells of them, at the pointer.
-void frmCodeLib::OpenedExplorersPopup()
-{
-    QMenu mnuWebBrowser(this);
-    mnuWebBrowser.setObjectName(u"mnuWebBrowser"_s);
-    PopulateOpenedExplorers(mnuWebBrowser);
-    mnuWebBrowser.exec(QCursor::pos());
-}
-
-void frmCodeLib::PopulateOpenedExplorers(QMenu& menu)
-{
-    const std::vector<OpenedPage> pages = OpenedPages();
-    for (const OpenedPage& page : pages) {
-        QString caption = page.Title;
-        connect(menu.addAction(caption.replace(u'&', u"&&"_s)), &QAction::triggered, this, [this, page] {
-            tbrBrowser->SetAddress(page.Address);
-            m_page->NavigateFromCombo(page.Address);
-        });
-    }
-    if (pages.empty())
-        menu.addAction(u"No Internet Explorers Opened"_s)->setEnabled(false);
 }
 
 } // namespace qb

@@ -9,6 +9,7 @@
 #include "session/FileDialogs.h"
 #include "session/ui/BrowserToolbar.h"
 #include "session/ui/CodeToolbar.h"
+#include "session/ui/FilesToolbar.h"
 #include "session/ui/FormatToolbar.h"
 #include "session/ui/LanguageButton.h"
 #include "session/ui/frmCodeLib.h"
@@ -21,6 +22,7 @@
 
 #include <QAction>
 #include <QActionGroup>
+#include <QApplication>
 #include <QComboBox>
 #include <QCursor>
 #include <QMenu>
@@ -130,7 +132,9 @@ void frmCodeLib::MakeTextToolbars()
         constexpr int Twips = WindowLayout::TwipsPerPixel;
         return m_layout.AddressWidth(width() * Twips, left * Twips) / Twips;
     };
-    MakeFilesToolbar();
+    mnuFiles = m_faces->MenuOf(CommandRow::Place::Edit)->addMenu(u"Stored &Files"_s);
+    mnuFiles->setObjectName(u"mnuFiles"_s);
+    tbrFiles = new FilesToolbar(*m_storedFiles, *mnuFiles);
     m_formatBand = new QWidget;
     auto* band = new QHBoxLayout(m_formatBand);
     band->setContentsMargins(0, 0, 0, 0);
@@ -141,23 +145,6 @@ void frmCodeLib::MakeTextToolbars()
         toolbar->setIconSize(tlbMain->iconSize());
     for (QWidget* page : std::initializer_list<QWidget*>{tbrCode, m_formatBand, tbrBrowser})
         CoolBar1->addWidget(page);
-}
-
-/// The buttons of the stored files, by their keys.
-void frmCodeLib::MakeFilesToolbar()
-{
-    static const QStringList keys{u"ADD"_s, u"EXPORT"_s, u"EXTRACT"_s, u"DELETE"_s};
-    tbrFiles = new QToolBar(u"Stored Files"_s);
-    tbrFiles->setObjectName(u"tbrFiles"_s);
-    mnuFiles = m_faces->MenuOf(CommandRow::Place::Edit)->addMenu(u"Stored &Files"_s);
-    mnuFiles->setObjectName(u"mnuFiles"_s);
-    const QList<QAction*> actions = m_storedFiles->ToolbarActions();
-    for (qsizetype i = 0; i < actions.size(); ++i) {
-        actions[i]->setProperty("key", keys[i]);
-        tbrFiles->addAction(actions[i]);
-        mnuFiles->addAction(actions[i]);
-    }
-    tbrFiles->addSeparator();
 }
 
 void frmCodeLib::ConnectPanels()
@@ -238,39 +225,15 @@ void frmCodeLib::ConnectLinks()
             std::bind_front(&ItemLinking::CancelLinkMode, m_linking.get()));
     connect(tvCodeItems, &ctlSmartTreeView::LinkTargetChosen, this,
             [this](TreeNode* node) { m_linking->LinkTargetChosen(*node); });
-    connect(tvCodeItems, &ctlSmartTreeView::LinkFollowed, this, &frmCodeLib::FollowLink);
+    connect(tvCodeItems, &ctlSmartTreeView::LinkFollowed, m_tree.get(), &ItemTree::FollowLink);
     connect(tvCodeItems, &ctlSmartTreeView::LinkRemoveAsked, this,
             [this](qint64 item) { m_linking->DeleteLink(CLinks::KeyOf(item)); });
     connect(&tvCodeItems->Nodes(), &TreeNodes::modelAboutToBeReset, this,
             std::bind_front(&ItemLinking::EndLinkMode, m_linking.get()));
-    connect(tvCodeItems, &ctlSmartTreeView::Shrinking, this, &frmCodeLib::tvCodeItems_Shrinking);
-}
-
-void frmCodeLib::FollowLink(qint64 item)
-{
-    if (tvCodeItems->Nodes().Find(item))
-        return m_tree->GoToNode(NodeKey(item));
-    Prompts::Current().MsgBox({.Text = u"The linked item is not in the library any more. The link can be removed."_s,
-                               .Caption = ApplicationTitle,
-                               .Icon = MsgBoxIcon::Information});
-}
-
-/// The splitter follows the tree's own hiding: fixed at its small width, free again when it grows.
-void frmCodeLib::tvCodeItems_Shrinking(bool shrinks)
-{
-    m_commands.SetChecked(u"mnuViewTreeItem"_s, !shrinks);
-    if (shrinks) {
-        if (!std::exchange(m_treeShrunk, true))
-            m_treeWidth = ctlResizer1->sizes().value(0);
-        tvCodeItems->setFixedWidth(tvCodeItems->ShrunkWidth());
-        ctlResizer1->setSizes({tvCodeItems->ShrunkWidth(), qMax(1, ctlResizer1->width() - tvCodeItems->ShrunkWidth())});
-        return;
-    }
-    m_treeShrunk = false;
-    tvCodeItems->setMinimumWidth(0);
-    tvCodeItems->setMaximumWidth(QWIDGETSIZE_MAX);
-    if (m_treeWidth > 0)
-        ctlResizer1->setSizes({m_treeWidth, qMax(1, ctlResizer1->width() - m_treeWidth)});
+    connect(tvCodeItems, &ctlSmartTreeView::Shrinking, this, [this](bool shrinks) {
+        m_commands.SetChecked(u"mnuViewTreeItem"_s, !shrinks);
+        m_places->TreeShrinks(shrinks);
+    });
 }
 
 void frmCodeLib::ConnectDetails()
@@ -287,8 +250,12 @@ void frmCodeLib::ConnectDetails()
         if (CurrentDatabase() && !CurrentDatabase()->IsReadOnly())
             Guarded(u"MainForm"_s, u"CreateDefaultHTMLItems"_s, [&] { CreateDefaultHTMLItems(folder); });
     });
-    tmrStartTimer.setSingleShot(true);
-    connect(&tmrStartTimer, &QTimer::timeout, this, &frmCodeLib::tmrStartTimer_Timer);
+    // A long work lets the window paint, and a dialog may hold a transaction; not in the middle of these.
+    m_saveClicks.IsBusy = [this] { return m_shell->IsWorking() || QApplication::activeModalWidget(); };
+    connect(&m_saveClicks, &ClickCounter::Clicked, this, [this](int clicks) {
+        m_items->SaveButtonClicked(clicks); // one saves, two switch auto-save
+        moSettings_SettingsUpdated();
+    });
 }
 
 void frmCodeLib::ConnectFiles()
@@ -329,7 +296,7 @@ void frmCodeLib::CurrentViewChanged()
     ShowTextToolbar();
     m_edit->ShowColorizeState();
     ShowLanguage();
-    HideBookmarksWhileBrowsing(isLinks && m_session.moSettings && Settings().AutoHideBookmarksWhenBrowsing());
+    m_bookmarks->HideWhileBrowsing(isLinks && m_session.moSettings && Settings().AutoHideBookmarksWhenBrowsing());
     tvCodeItems->AutoHideTree(isLinks && m_session.moSettings && Settings().AutoHideTreeWhenBrowsing());
     if (isLinks)
         m_page->LinksTabShown();

@@ -16,6 +16,26 @@ namespace qb {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// A menu that it stands in can be opened.
+bool IsOffered(const QAction& action)
+{
+    bool isInMenu = false;
+    for (const QObject* object : action.associatedObjects()) {
+        const auto* menu = qobject_cast<const QMenu*>(object);
+        if (!menu)
+            continue;
+        isInMenu = true;
+        const QAction* own = menu->menuAction();
+        if (own->isEnabled() && own->isVisible() && IsOffered(*own))
+            return true;
+    }
+    return !isInMenu;
+}
+
+} // namespace
+
 void frmCodeLib::MakeQuickOpen()
 {
     m_quickSession = std::make_unique<QuickOpenSession>(m_session, *tvCodeItems, ctlCodeItemDetails->Editor(), *m_tree,
@@ -50,22 +70,6 @@ void frmCodeLib::MakeQuickOpen()
     m_quickSession->ShowLine = [this](int line) { ctlCodeItemDetails->GoToLine(line); };
     m_quickOpen = new frmQuickOpen(*m_quickSession, m_findService, *this);
     m_commands.Register(u"mnuQuickOpen"_s, this, &frmCodeLib::ShowQuickOpen);
-}
-
-/// A menu that it stands in can be opened.
-bool frmCodeLib::IsOffered(const QAction& action) const
-{
-    bool isInMenu = false;
-    for (const QObject* object : action.associatedObjects()) {
-        const auto* menu = qobject_cast<const QMenu*>(object);
-        if (!menu)
-            continue;
-        isInMenu = true;
-        const QAction* own = menu->menuAction();
-        if (own->isEnabled() && own->isVisible() && IsOffered(*own))
-            return true;
-    }
-    return !isInMenu;
 }
 
 /// Below the main toolbar.
