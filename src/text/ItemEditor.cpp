@@ -85,6 +85,8 @@ void ItemEditor::Initialise(Library* library, CCodeItem* item)
     m_item = item;
     for (TextState& text : m_texts)
         text.TooLarge = false;
+    if (!item || library != m_library || item->Key() != m_shownKey)
+        m_shownKey.clear();
     if (!item)
         return ShowLocks();
     item->ReadWhole(); // what is shown is the row of one moment
@@ -94,6 +96,7 @@ void ItemEditor::Initialise(Library* library, CCodeItem* item)
     m_view.ShowFacts(*item);
     for (const TextRow& row : TextRows)
         ShowText(row.Text);
+    m_shownKey = item->Key();
     ShowLocks();
     m_userChange = true;
 }
@@ -102,6 +105,7 @@ void ItemEditor::TreeReplaced()
 {
     m_userChange = false;
     m_item = nullptr;
+    m_shownKey.clear();
 }
 
 void ItemEditor::Terminate()
@@ -161,10 +165,18 @@ void ItemEditor::ShowText(ItemText text)
         Box(text).SetColouring(nullptr, {});
         Box(text).TextBox().SetText(PlainBegin(stored, reason));
     } else if (text == ItemText::Notes) {
-        Box(text).TextBox().SetTextRTF(stored);
+        if (!Holds(text, stored))
+            Box(text).TextBox().SetTextRTF(stored);
     } else {
         ShowCode(text);
     }
+}
+
+/// An item that is shown again, as after its title was changed, keeps the caret and what can be undone of those texts
+/// that are the same.
+bool ItemEditor::Holds(ItemText text, const QString& rtf)
+{
+    return !m_shownKey.isEmpty() && Box(text).TextBox().TextRTF() == rtf;
 }
 
 // Tabs

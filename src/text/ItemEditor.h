@@ -142,6 +142,7 @@ private:
     TextState& State(ItemText text) { return m_texts[size_t(text)]; }
     QString StoredText(ItemText text) const;
     void ShowText(ItemText text);
+    bool Holds(ItemText text, const QString& rtf);
     void ShowLocks();
     void ShowCode(ItemText text);
     void ShowByLanguage(ItemText text);
@@ -159,6 +160,7 @@ private:
     std::array<TextState, 3> m_texts;
     std::array<bool, 6> m_hasContent{}; ///< by the number of the tab
     TextRecovery m_recovery;
+    QString m_shownKey;        ///< of the item whose texts the boxes hold; empty: of none
     Date m_shownState;         ///< LastChanged of the row that is shown
     QString m_itemLanguage;    ///< of its code and usage; empty: the library's
     bool m_userChange = false; ///< a change of a box is the user's; not while an item is loaded

@@ -47,7 +47,8 @@ void ItemEditor::ShowCode(ItemText text)
     if (mFT.Rules())
         TakePaintOff(content);
     ConnectColours(Box(text));
-    Box(text).SetContent(content);
+    if (!Holds(text, content.TextRTF()))
+        Box(text).SetContent(content);
 }
 
 void ItemEditor::ConnectColours(ItemTextBox& box)

@@ -46,6 +46,26 @@ private Q_SLOTS:
             u"x"_s);
     }
 
+    void newTitle_keepsTheCaretAndWhatCanBeUndone()
+    {
+        Open();
+        ClickOn(0);
+        QTest::keyClicks(Code(), u"one two"_s);
+        Code()->SetSelStart(3);
+        QTest::keyClicks(Code(), u"X"_s);
+        Action(u"mnuRename"_s)->trigger();
+        auto* editor = m_window->findChild<QLineEdit*>(u"txtLabelEdit"_s);
+        editor->setText(u"renamed"_s);
+        Enter(editor);
+        QCOMPARE(m_window->findChild<QLabel*>(u"lblTitle"_s)->text(), u"renamed"_s);
+        QCOMPARE(Code()->SelStart(), 4);
+        QVERIFY(Code()->CanUndo());
+        Code()->Undo();
+        QCOMPARE(Code()->Text(), u"one two"_s);
+        ClickOn(Tree()->currentIndex().row() == 0 ? 1 : 0);
+        QVERIFY(!Code()->CanUndo()); // what was done to another item
+    }
+
     void titleThatIsEmpty_isRefused()
     {
         Open();

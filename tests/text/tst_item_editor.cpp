@@ -104,6 +104,59 @@ private Q_SLOTS:
         QCOMPARE(Box(ItemText::Notes).Text(), u"small"_s);
     }
 
+    void itemShownAgain_keepsTheCaretOfTextsThatAreTheSame()
+    {
+        Write(u"Code"_s, Rtf(u"dim x"_s));
+        Write(u"Example"_s, Rtf(u"used"_s));
+        Open();
+        Box(ItemText::Notes).TypeText(u"noted"_s);
+        QVERIFY(Editor().SaveItem());
+        for (const ItemText text : {ItemText::Code, ItemText::Notes, ItemText::Usage})
+            Box(text).SetSelStart(2);
+        Open();
+        for (const ItemText text : {ItemText::Code, ItemText::Notes, ItemText::Usage})
+            QCOMPARE(Box(text).SelStart(), 2);
+        Write(u"Code"_s, Rtf(u"dim y"_s)); // by another program
+        Open();
+        QCOMPARE(Box(ItemText::Code).Text(), u"dim y"_s);
+        QCOMPARE(Box(ItemText::Code).SelStart(), 0);
+        QCOMPARE(Box(ItemText::Notes).SelStart(), 2);
+    }
+
+    void itemShownAgain_losesWhatIsNotStored()
+    {
+        Write(u"Code"_s, Rtf(u"dim x"_s));
+        Open();
+        Box(ItemText::Code).TypeText(u"typed "_s);
+        Open();
+        QCOMPARE(Box(ItemText::Code).Text(), u"dim x"_s);
+        m_panel->SetLocked(true);
+        Box(ItemText::Code).SetText(u"by code"_s); // which is no change
+        Open();
+        QCOMPARE(Box(ItemText::Code).Text(), u"dim x"_s);
+    }
+
+    void itemWithTheSameTexts_isAnotherItem()
+    {
+        Write(u"Code"_s, Rtf(u"dim x"_s));
+        const qint64 first = m_id;
+        Open();
+        Box(ItemText::Code).SetSelStart(2);
+        m_id = AddItem(*m_database, 0, u"other"_s);
+        Write(u"Code"_s, Rtf(u"dim x"_s));
+        Open();
+        QCOMPARE(Box(ItemText::Code).SelStart(), 0);
+        Box(ItemText::Code).SetSelStart(2);
+        m_panel->TreeReplaced();
+        Open(); // of the tree that is there now
+        QCOMPARE(Box(ItemText::Code).SelStart(), 0);
+        Box(ItemText::Code).SetSelStart(2);
+        m_panel->Initialise(m_database.get(), nullptr);
+        Open();
+        QCOMPARE(Box(ItemText::Code).SelStart(), 0);
+        m_id = first;
+    }
+
     void lockedItem_isNotChanged()
     {
         Open();

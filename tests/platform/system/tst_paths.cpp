@@ -123,6 +123,16 @@ private Q_SLOTS:
         QTEST(NumberedName(name, [&](const QString& tried) { return taken.contains(tried); }), "result");
     }
 
+    void numberedPath_isOneWhereNothingIs()
+    {
+        const QString path = m_home->Path(u"a.txt"_s);
+        QCOMPARE(NumberedPath(path), path);
+        WriteFile(path, "1");
+        QVERIFY(QDir().mkpath(m_home->Path(u"a(1).txt"_s)));
+        QVERIFY(QFile::link(m_home->Path(u"gone"_s), m_home->Path(u"a(2).txt"_s))); // leads nowhere
+        QCOMPARE(NumberedPath(path), m_home->Path(u"a(3).txt"_s));
+    }
+
     void programFolders_areTheRedirectedOnes()
     {
         QCOMPARE(ApplicationFolder(), m_home->Path(u"data"_s) + u'/');
