@@ -29,8 +29,8 @@ namespace {
 /// A text of an item: the name of its field and option, and how it is read and written.
 struct TextField {
     const char* Name;
-    QString (CCodeItem::*Get)();
-    void (CCodeItem::*Set)(const QString&);
+    QString (ItemRow::*Get)();
+    void (ItemRow::*Set)(const QString&);
     enum { Plain, Code, Notes } Form; ///< plain text, or RTF in the font of code or of notes
 };
 constexpr TextField TextFields[] = {

@@ -18,8 +18,8 @@ constexpr qsizetype LongestTitle = 255; // the description has the same bound
 /// A text of an item that can be replaced in.
 struct TextRow {
     FindField Field;
-    QString (CCodeItem::*Get)();
-    void (CCodeItem::*Set)(const QString&);
+    QString (ItemRow::*Get)();
+    void (ItemRow::*Set)(const QString&);
     enum { Plain, Formatted } Form;
 };
 constexpr TextRow TextRows[] = {

@@ -15,7 +15,7 @@ namespace {
 struct TextRow {
     FindField Field;
     const char* Column;
-    void (CCodeItem::*Set)(const QString&);
+    void (ItemRow::*Set)(const QString&);
 };
 constexpr TextRow TextRows[] = {
     {FindField::Title, "Title", &CCodeItem::SetTitle},

@@ -27,7 +27,7 @@ struct TextRow {
     ItemText Text;
     DetailsTab Tab;
     CCodeItem::Column Column;
-    void (CCodeItem::*Set)(const QString&);
+    void (ItemRow::*Set)(const QString&);
     std::optional<QString> UnsavedTexts::*Unsaved;
 };
 constexpr TextRow TextRows[] = {

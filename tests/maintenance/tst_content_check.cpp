@@ -50,7 +50,7 @@ class TestContentCheck : public QObject {
         m_library = Library::Open(Path());
     }
 
-    void Change(void (CCodeItem::*set)(const QString&), const QString& text, bool stamps = true)
+    void Change(void (ItemRow::*set)(const QString&), const QString& text, bool stamps = true)
     {
         CCodeItem item;
         item.Initialise(*m_library, QString::number(m_item));

@@ -32,7 +32,7 @@ class TestHtmlPage : public QObject {
         return QString::fromUtf8(ReadFile(Target()));
     }
 
-    void Set(qint64 id, void (CCodeItem::*set)(const QString&), const QString& value)
+    void Set(qint64 id, void (ItemRow::*set)(const QString&), const QString& value)
     {
         CCodeItem item;
         item.Initialise(*m_library, QString::number(id));

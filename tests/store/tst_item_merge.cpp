@@ -91,7 +91,7 @@ private Q_SLOTS:
         QFETCH(QString, column);
         QFETCH(ChosenText, answer);
         QFETCH(QString, result);
-        const QHash<QString, void (CCodeItem::*)(const QString&)> setters{
+        const QHash<QString, void (ItemRow::*)(const QString&)> setters{
             {u"Title"_s, &CCodeItem::SetTitle},     {u"Description"_s, &CCodeItem::SetDescription},
             {u"Info"_s, &CCodeItem::SetInfo},       {u"Code"_s, &CCodeItem::SetCode},
             {u"Example"_s, &CCodeItem::SetExample}, {u"Notes"_s, &CCodeItem::SetNotes}};
