@@ -8,6 +8,7 @@
 #include <QPlainTextEdit>
 #include <QRadioButton>
 #include <QSplitter>
+#include <QToolBar>
 #include <QToolButton>
 
 using namespace qb;
@@ -294,6 +295,58 @@ private Q_SLOTS:
         QCOMPARE(GetSetting(SettingsApplication, u"Settings"_s, u"SubResizerSeparatorPos"_s), u"3600"_s);
     }
 
+    // The bar
+
+    void narrowBar_hasTheLinksBelowTheFilter()
+    {
+        Open();
+        Widen(1);
+        QTRY_VERIFY(Below(*Combo(), *Filter()));
+        const QSize links = LinkBar()->size();
+        QVERIFY(links.width() >= LinkBar()->sizeHint().width());
+        QVERIFY(Filter()->width() > 100);
+        TakePicture(*m_window, u"tree-bar-narrow"_s);
+    }
+
+    void wideBar_hasTheLinksBesideTheFilter()
+    {
+        Open();
+        Widen(600);
+        QTRY_VERIFY(!Below(*Combo(), *Filter()));
+        QCOMPARE(Bar()->sizes().value(0), 211); // 3165 twips
+        TakePicture(*m_window, u"tree-bar-wide"_s);
+        Widen(1);
+        QTRY_VERIFY(Below(*Combo(), *Filter()));
+        QCOMPARE(Panel()->CoolBarFirstBandWidth(), 211);
+        Widen(600);
+        QTRY_VERIFY(!Below(*Combo(), *Filter()));
+        QCOMPARE(Bar()->sizes().value(0), 211);
+    }
+
+    void bandThatWouldTakeTheRoomOfTheOther_getsWhatIsLeft()
+    {
+        Open();
+        Widen(600);
+        Panel()->SetCoolBarFirstBandWidth(2000);
+        QTRY_COMPARE(LinkBar()->width(), LinkBar()->sizeHint().width());
+        Panel()->SetCoolBarFirstBandWidth(0);
+        QTRY_COMPARE(Bar()->sizes().value(0), m_window->findChild<QToolBar*>(u"tbrTree"_s)->sizeHint().width());
+    }
+
+    void bands_areRemembered()
+    {
+        Open();
+        Widen(600);
+        QTRY_VERIFY(!Below(*Combo(), *Filter()));
+        DragSeparator(90);
+        QCOMPARE(Bar()->sizes().value(0), 301);
+        QCOMPARE(Panel()->CoolBarFirstBandWidth(), 301);
+        m_window->close();
+        QCOMPARE(GetSetting(SettingsApplication, u"Settings"_s, u"SmartTreeCoolBarBendWidth"_s), u"4515"_s);
+        Open();
+        QTRY_COMPARE(Bar()->sizes().value(0), 301);
+    }
+
     // The filter
 
     void filter_narrowsTheTree()
@@ -422,6 +475,30 @@ private:
     QToolButton* ModeButton() { return Panel()->findChild<QToolButton*>(u"LINK_MODE"_s); }
     QPlainTextEdit* Description() { return Panel()->findChild<QPlainTextEdit*>(u"txtItemDescription"_s); }
     QLineEdit* Filter() { return Panel()->findChild<QLineEdit*>(u"txtFilter"_s); }
+    QSplitter* Bar() { return Panel()->findChild<QSplitter*>(u"tlbTree"_s); }
+    QToolBar* LinkBar() { return Panel()->findChild<QToolBar*>(u"tbrLinks"_s); }
+    void Widen(int width)
+    {
+        auto* splitter = m_window->findChild<QSplitter*>(u"ctlResizer1"_s);
+        QTRY_VERIFY(splitter->isVisible());
+        QTest::qWait(0); // the window places its parts when it is shown
+        splitter->setSizes({width, splitter->width() - width});
+    }
+    bool Below(const QWidget& lower, const QWidget& upper)
+    {
+        return lower.mapTo(Panel(), QPoint()).y() >= upper.mapTo(Panel(), QPoint(0, upper.height())).y();
+    }
+    void DragSeparator(int pixels)
+    {
+        QWidget* handle = Bar()->handle(1);
+        const QPoint from = handle->rect().center();
+        QTest::mousePress(handle, Qt::LeftButton, {}, from);
+        const QPoint to = from + QPoint(pixels, 0);
+        QMouseEvent move(QEvent::MouseMove, QPointF(to), QPointF(handle->mapToGlobal(to)), Qt::NoButton, Qt::LeftButton,
+                         {});
+        QApplication::sendEvent(handle, &move);
+        QTest::mouseRelease(handle, Qt::LeftButton, {}, handle->rect().center());
+    }
     QTreeView* Found() { return Panel()->findChild<QTreeView*>(u"tvwFound"_s); }
     void ChooseMode(const QString& key)
     {

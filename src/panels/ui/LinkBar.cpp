@@ -1,5 +1,6 @@
 #include "panels/ui/LinkBar.h"
 
+#include "panels/ui/TreeBar.h"
 #include "support/ui/Icons.h"
 
 #include <QAction>
@@ -56,11 +57,6 @@ LinkBar::LinkBar(QWidget* parent) : QToolBar(parent)
     setObjectName(u"tbrLinks"_s);
     const int size = style()->pixelMetric(QStyle::PM_SmallIconSize);
     setIconSize({size, size});
-}
-
-void LinkBar::AddLinkTools()
-{
-    addSeparator();
     MakeModeMenu();
     MakeLinkBox();
     ClearLinks();
@@ -73,23 +69,27 @@ void LinkBar::MakeLinkBox()
     cboLinkedItems->setObjectName(u"cboLinkedItems"_s);
     cboLinkedItems->setAccessibleName(u"Linked items"_s);
     cboLinkedItems->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    cboLinkedItems->setMinimumContentsLength(1);
+    constexpr int LeastLetters = 8;
+    cboLinkedItems->setMinimumContentsLength(LeastLetters);
     cboLinkedItems->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     m_linkBox = addWidget(cboLinkedItems);
-    const auto follow = [this] {
-        if (ComboItem() != 0)
-            Q_EMIT LinkFollowed(ComboItem());
-    };
-    m_linkGoto = AddButton(u"LINK_GOTO"_s, follow);
-    m_linkGoto->setIcon(IconNamed(u"LINK_GOTO"_s));
-    m_linkGoto->setToolTip(u"Go to the linked item"_s);
-    m_linkRemove = AddButton(u"LINK_REMOVE"_s, [this] {
-        if (ComboItem() != 0)
-            Q_EMIT LinkRemoveAsked(ComboItem());
-    });
-    m_linkRemove->setIcon(IconNamed(u"edit-delete"_s));
-    m_linkRemove->setToolTip(u"Remove the link"_s);
+    m_linkGoto = AddLinkButton(u"LINK_GOTO"_s, u"LINK_GOTO"_s, u"Go to the linked item"_s, &LinkBar::LinkFollowed);
+    m_linkRemove = AddLinkButton(u"LINK_REMOVE"_s, u"edit-delete"_s, u"Remove the link"_s, &LinkBar::LinkRemoveAsked);
     connect(cboLinkedItems, &QComboBox::currentIndexChanged, this, &LinkBar::UpdateCombo);
+}
+
+/// A button that asks for something with the link that is shown.
+QAction* LinkBar::AddLinkButton(const QString& key, const QString& image, const QString& tip,
+                                void (LinkBar::*asked)(qint64))
+{
+    QAction* action = AddButton(*this, key);
+    action->setIcon(IconNamed(image));
+    action->setToolTip(tip);
+    connect(action, &QAction::triggered, this, [this, asked] {
+        if (ComboItem() != 0)
+            Q_EMIT(this->*asked)(ComboItem());
+    });
+    return action;
 }
 
 void LinkBar::MakeModeMenu()

@@ -17,19 +17,6 @@ class LinkBar : public QToolBar {
 public:
     explicit LinkBar(QWidget* parent = nullptr);
 
-    /// Adds a button under its key.
-    template <class Run>
-    QAction* AddButton(const QString& key, Run run)
-    {
-        QAction* action = addAction(key);
-        action->setObjectName(key);
-        action->setProperty("key", key);
-        connect(action, &QAction::triggered, this, run);
-        return action;
-    }
-    /// Adds the tools for links, behind the buttons that are there.
-    void AddLinkTools();
-
     qb::LinkMode Mode() const { return m_mode; }
     void SetMode(qb::LinkMode mode);
     bool IsPermanent() const { return m_permanent; }
@@ -55,6 +42,8 @@ private:
     void ChooseMode(qb::LinkMode mode);
     void ShowMode();
     void UpdateCombo();
+    QAction* AddLinkButton(const QString& key, const QString& image, const QString& tip,
+                           void (LinkBar::*asked)(qint64));
     qint64 ComboItem() const;
 
     QToolButton* m_linkMode = nullptr;

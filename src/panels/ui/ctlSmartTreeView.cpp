@@ -3,6 +3,7 @@
 #include "panels/ui/FilteredTree.h"
 #include "panels/ui/LinkBar.h"
 #include "panels/ui/NodeTreeView.h"
+#include "panels/ui/TreeBar.h"
 #include "support/ui/Icons.h"
 
 #include <QAction>
@@ -14,6 +15,7 @@
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QSplitter>
+#include <QToolBar>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -23,21 +25,30 @@ using namespace Qt::StringLiterals;
 
 ctlSmartTreeView::ctlSmartTreeView(QWidget* parent)
     : QWidget(parent), m_tree(new NodeTreeView(m_nodes)), m_trees(new FilteredTree(m_nodes, *m_tree)),
-      tbrLinks(new LinkBar)
+      tbrTree(new QToolBar), tbrLinks(new LinkBar)
 {
-    m_shrink = tbrLinks->AddButton(u"SHRINK"_s, [this] { SetTreeHidden(!IsShrunk()); });
-    m_description = tbrLinks->AddButton(u"DESCRIPTION"_s, [this] { SetDescriptionHidden(!m_descriptionHidden); });
-    tbrLinks->AddLinkTools();
+    MakeBar();
     MakeTree();
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->addWidget(tbrLinks, 0, Qt::AlignTop);
-    layout->addWidget(m_trees->Box());
+    layout->addWidget(m_bar, 0, Qt::AlignTop);
     layout->addWidget(m_splitter, 1);
     setFocusProxy(m_tree);
     ConnectTree();
     ShowShrunk();
+}
+
+void ctlSmartTreeView::MakeBar()
+{
+    tbrTree->setObjectName(u"tbrTree"_s);
+    tbrTree->setIconSize(tbrLinks->iconSize());
+    m_shrink = AddButton(*tbrTree, u"SHRINK"_s);
+    connect(m_shrink, &QAction::triggered, this, [this] { SetTreeHidden(!IsShrunk()); });
+    m_description = AddButton(*tbrTree, u"DESCRIPTION"_s);
+    connect(m_description, &QAction::triggered, this, [this] { SetDescriptionHidden(!m_descriptionHidden); });
+    tbrTree->addWidget(m_trees->Box());
+    m_bar = new TreeBar(*tbrTree, *tbrLinks);
 }
 
 void ctlSmartTreeView::MakeTree()
@@ -285,24 +296,17 @@ void ctlSmartTreeView::ShowShrunk()
     m_description->setIcon(IconNamed(m_descriptionHidden ? u"DESCR_SHOW"_s : u"DESCR_HIDE"_s));
     m_description->setToolTip(m_descriptionHidden ? u"Show Item Description"_s : u"Hide Item Description"_s);
     m_splitter->setVisible(!shrunk);
-    m_trees->Box()->setVisible(!shrunk);
+    tbrLinks->setVisible(!shrunk);
     txtDescription->setVisible(!m_descriptionHidden);
-    for (QAction* action : tbrLinks->actions())
+    for (QAction* action : tbrTree->actions())
         action->setVisible(!shrunk || action == m_shrink);
     Q_EMIT Shrinking(shrunk);
-}
-
-QSize ctlSmartTreeView::minimumSizeHint() const
-{
-    constexpr int ToolsAndALink = 210;
-    const QSize size = QWidget::minimumSizeHint();
-    return IsShrunk() ? size : size.expandedTo({ToolsAndALink, 0});
 }
 
 int ctlSmartTreeView::ShrunkWidth() const
 {
     constexpr int Margins = 8;
-    return tbrLinks->widgetForAction(m_shrink)->sizeHint().width() + Margins;
+    return tbrTree->widgetForAction(m_shrink)->sizeHint().width() + Margins;
 }
 
 void ctlSmartTreeView::SetDescriptionHidden(bool hidden)
@@ -324,6 +328,16 @@ int ctlSmartTreeView::SeparatorPosition() const
 void ctlSmartTreeView::SetSeparatorPosition(int position)
 {
     m_splitter->setSizes({position, std::max(1, m_splitter->height() - position)});
+}
+
+int ctlSmartTreeView::CoolBarFirstBandWidth() const
+{
+    return m_bar->FirstBandWidth();
+}
+
+void ctlSmartTreeView::SetCoolBarFirstBandWidth(int width)
+{
+    m_bar->SetFirstBandWidth(width);
 }
 
 } // namespace qb

@@ -7,14 +7,16 @@
 class QAction;
 class QPlainTextEdit;
 class QSplitter;
+class QToolBar;
 
 namespace qb {
 
 class FilteredTree;
 class LinkBar;
 class NodeTreeView;
+class TreeBar;
 
-/// The panel with the item tree: a box that narrows it to matching titles, a bar for the links of the
+/// The panel with the item tree: a bar with a box that narrows it to matching titles and with the links of the
 /// current item, the tree, and the item's description below it.
 class ctlSmartTreeView : public QWidget, public ItemTreeView {
     Q_OBJECT
@@ -55,7 +57,6 @@ public:
     /// Hides the tree for a while, whatever the user wants at other times.
     void AutoHideTree(bool hide);
     bool IsShrunk() const { return m_hidden || m_autoHidden; }
-    QSize minimumSizeHint() const override;
     /// The width of a shrunk panel, in pixels.
     int ShrunkWidth() const;
     bool DescriptionHidden() const { return m_descriptionHidden; }
@@ -63,6 +64,9 @@ public:
     /// Where the description begins, in pixels from the top of the tree.
     int SeparatorPosition() const;
     void SetSeparatorPosition(int position);
+    /// How wide the buttons with the filter are in the bar over the tree, in pixels, where the links stand beside them.
+    int CoolBarFirstBandWidth() const;
+    void SetCoolBarFirstBandWidth(int width);
 
     /// Whether links of the current item can be made (@p adding) and removed.
     void EnableLinking(bool adding, bool removing);
@@ -93,6 +97,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    void MakeBar();
     void MakeTree();
     void ConnectTree();
     void ShowShrunk();
@@ -100,7 +105,9 @@ private:
     TreeNodes m_nodes;
     NodeTreeView* m_tree;
     FilteredTree* m_trees; ///< the whole one, or what the filter finds
-    LinkBar* tbrLinks;
+    QToolBar* tbrTree;     ///< the first band of the bar
+    LinkBar* tbrLinks;     ///< the second one
+    TreeBar* m_bar = nullptr;
     QAction* m_shrink = nullptr;
     QAction* m_description = nullptr;
     QSplitter* m_splitter = nullptr;

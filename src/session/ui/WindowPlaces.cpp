@@ -65,6 +65,7 @@ void WindowPlaces::PlaceSeparators()
                           m_layout.Number(WindowLayout::SubResizerSeparatorPos) / Twips);
     m_parts.Panels.setSizes({tree, qMax(1, m_parts.Panels.width() - tree)});
     PlaceBookmarks();
+    m_parts.Tree.SetCoolBarFirstBandWidth(m_layout.Number(WindowLayout::SmartTreeCoolBarBendWidth) / Twips);
     m_parts.Tree.SetSeparatorPosition(m_layout.Number(WindowLayout::CodeItemsSeparatorPos) / Twips);
     m_parts.Files.SetSeparatorPosition(m_layout.Number(WindowLayout::FileSectionSeparatorPos) / Twips);
 }
@@ -110,6 +111,7 @@ void WindowPlaces::Write()
     if (!m_isRead)
         return;
     const QSplitter& bookmarks = m_parts.Bookmarks;
+    m_layout.SetNumber(WindowLayout::SmartTreeCoolBarBendWidth, m_parts.Tree.CoolBarFirstBandWidth() * Twips);
     m_layout.SetNumber(WindowLayout::SubResizerSeparatorPos, m_parts.Panels.sizes().value(0) * Twips);
     if (bookmarks.widget(1)->isVisibleTo(&window))
         m_layout.SetNumber(WindowLayout::MainResizerSeparatorPos, (bookmarks.y() + bookmarks.sizes().value(0)) * Twips);
