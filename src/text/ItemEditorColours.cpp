@@ -47,7 +47,7 @@ void ItemEditor::ShowCode(ItemText text)
     if (mFT.Rules())
         TakePaintOff(content);
     ConnectColours(Box(text));
-    if (!Holds(text, content.TextRTF()))
+    if (m_shownKey.isEmpty() || !Holds(text, content.TextRTF())) // writing a long text takes its time
         Box(text).SetContent(content);
 }
 
