@@ -53,10 +53,17 @@ int IndexOf(DetailsTab tab)
 
 constexpr int Gap = 12;
 
+/// Pages that take the height they get. Asked by each layout around them how high they are for a width, they would wrap
+/// all their labels many times whenever an item is shown.
+class PagesOfAnyHeight : public QStackedWidget {
+public:
+    bool hasHeightForWidth() const override { return false; }
+};
+
 } // namespace
 
 ctlCodeDetails::ctlCodeDetails(QWidget* parent)
-    : DetailsEvents(parent), TextCommands(mFT, *this), m_pages(new QStackedWidget), m_welcome(new WelcomeView),
+    : DetailsEvents(parent), TextCommands(mFT, *this), m_pages(new PagesOfAnyHeight), m_welcome(new WelcomeView),
       picColorize(nullptr)
 {
     auto* layout = new QVBoxLayout(this);
