@@ -23,23 +23,25 @@ namespace qb {
 
 using namespace Qt::StringLiterals;
 
-ctlSmartTreeView::ctlSmartTreeView(QWidget* parent)
-    : QWidget(parent), m_tree(new NodeTreeView(m_nodes)), m_trees(new FilteredTree(m_nodes, *m_tree)),
-      tbrTree(new QToolBar), tbrLinks(new LinkBar)
+namespace {
+
+QPlainTextEdit* NewDescription()
 {
-    MakeBar();
-    MakeTree();
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
-    layout->addWidget(m_bar, 0, Qt::AlignTop);
-    layout->addWidget(m_splitter, 1);
-    setFocusProxy(m_tree);
-    ConnectTree();
-    ShowShrunk();
+    auto* description = new QPlainTextEdit;
+    description->setObjectName(u"txtItemDescription"_s);
+    description->setAccessibleName(u"Description of the item"_s);
+    description->setReadOnly(true);
+    description->setFrameShape(QFrame::NoFrame);
+    description->setPlaceholderText(u"No description"_s);
+    return description;
 }
 
-void ctlSmartTreeView::MakeBar()
+} // namespace
+
+ctlSmartTreeView::ctlSmartTreeView(QWidget* parent)
+    : QWidget(parent), m_tree(new NodeTreeView(m_nodes)), m_trees(new FilteredTree(m_nodes, *m_tree)),
+      tbrTree(new QToolBar), tbrLinks(new LinkBar), m_bar(new TreeBar(*tbrTree, *tbrLinks)),
+      m_splitter(new QSplitter(Qt::Vertical)), txtDescription(NewDescription())
 {
     tbrTree->setObjectName(u"tbrTree"_s);
     tbrTree->setIconSize(tbrLinks->iconSize());
@@ -48,31 +50,27 @@ void ctlSmartTreeView::MakeBar()
     m_description = AddButton(*tbrTree, u"DESCRIPTION"_s);
     connect(m_description, &QAction::triggered, this, [this] { SetDescriptionHidden(!m_descriptionHidden); });
     tbrTree->addWidget(m_trees->Box());
-    m_bar = new TreeBar(*tbrTree, *tbrLinks);
-}
-
-void ctlSmartTreeView::MakeTree()
-{
-    constexpr int DescriptionHeight = 86;
-    constexpr int TreeHeight = 500;
     m_tree->setObjectName(u"tvwTree"_s);
     m_tree->setAccessibleName(u"Items"_s);
     m_tree->viewport()->installEventFilter(this);
     for (QWidget* keys : std::initializer_list<QWidget*>{m_trees->Box(), m_trees->Found(), m_tree})
         keys->installEventFilter(this);
-    txtDescription = new QPlainTextEdit;
-    txtDescription->setObjectName(u"txtItemDescription"_s);
-    txtDescription->setAccessibleName(u"Description of the item"_s);
-    txtDescription->setReadOnly(true);
-    txtDescription->setFrameShape(QFrame::NoFrame);
-    txtDescription->setPlaceholderText(u"No description"_s);
-    m_splitter = new QSplitter(Qt::Vertical);
+    constexpr int DescriptionHeight = 86;
+    constexpr int TreeHeight = 500;
     m_splitter->setObjectName(u"ctlTreeResizer"_s);
     m_splitter->addWidget(m_trees);
     m_splitter->addWidget(txtDescription);
     m_splitter->setChildrenCollapsible(false);
     m_splitter->setStretchFactor(0, 1);
     m_splitter->setSizes({TreeHeight, DescriptionHeight});
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_bar, 0, Qt::AlignTop);
+    layout->addWidget(m_splitter, 1);
+    setFocusProxy(m_tree);
+    ConnectTree();
+    ShowShrunk();
 }
 
 void ctlSmartTreeView::ConnectTree()

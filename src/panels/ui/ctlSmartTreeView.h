@@ -97,8 +97,6 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void MakeBar();
-    void MakeTree();
     void ConnectTree();
     void ShowShrunk();
 
@@ -107,11 +105,11 @@ private:
     FilteredTree* m_trees; ///< the whole one, or what the filter finds
     QToolBar* tbrTree;     ///< the first band of the bar
     LinkBar* tbrLinks;     ///< the second one
-    TreeBar* m_bar = nullptr;
+    TreeBar* m_bar;
     QAction* m_shrink = nullptr;
     QAction* m_description = nullptr;
-    QSplitter* m_splitter = nullptr;
-    QPlainTextEdit* txtDescription = nullptr;
+    QSplitter* m_splitter;
+    QPlainTextEdit* txtDescription;
     bool m_hidden = false;
     bool m_autoHidden = false;
     bool m_descriptionHidden = false;
