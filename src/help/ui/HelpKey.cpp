@@ -42,13 +42,16 @@ QStringList HelpKey::NamesOf(const QWidget* widget)
 
 bool HelpKey::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() != QEvent::KeyPress || !watched->isWidgetType())
+    if (event->type() != QEvent::KeyPress)
         return false;
     const auto* key = static_cast<QKeyEvent*>(event);
     if (key->key() != Qt::Key_F1 || key->modifiers() != Qt::NoModifier)
         return false;
+    const auto* widget = qobject_cast<QWidget*>(watched);
+    if (!widget)
+        return false;
     auto* menu = qobject_cast<QMenu*>(watched);
-    m_pressed(menu ? LeaveMenus(menu) : NamesOf(static_cast<QWidget*>(watched)));
+    m_pressed(menu ? LeaveMenus(menu) : NamesOf(widget));
     return true;
 }
 
