@@ -38,7 +38,7 @@ ColouredPieces ColourCode(const QString& text, const QString& language)
 {
     static CTextFormat format; // keeps the languages that were used
     format.SetItemLanguage(LanguageCalled(language));
-    RuleScan* scan = format.Rules();
+    const std::shared_ptr<RuleScan> scan = format.Rules();
     if (!scan)
         return {};
     ColouredPieces pieces;

@@ -14,7 +14,7 @@ void ContextColours::SetLibrary(Library& library)
 std::vector<ContextColours::Line> ContextColours::ColoursOf(const QStringList& lines, const QString& language)
 {
     m_format.SetItemLanguage(language);
-    RuleScan* scan = m_format.Rules();
+    const std::shared_ptr<RuleScan> scan = m_format.Rules();
     return scan ? ByRules(lines, *scan) : ByWords(lines);
 }
 

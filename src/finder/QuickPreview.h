@@ -10,12 +10,12 @@ class FindRequest;
 /// What is shown of a row beside the list.
 struct QuickPreview {
     QString Title;
-    QString Caption;               ///< which text it is: "Code", "Notes"
-    RichText Content = RichText(); ///< without colours where there are rules
-    RuleScan* Rules = nullptr;     ///< that colour it; of whoever made the preview, until it forgets
-    std::vector<TextRange> Marks;  ///< what was found
-    int Line = 0;                  ///< that is brought into sight; 0: none
-    QString Notice;                ///< in the place of a text
+    QString Caption;                           ///< which text it is: "Code", "Notes"
+    RichText Content = RichText();             ///< without colours where there are rules
+    std::shared_ptr<RuleScan> Rules = nullptr; ///< that colour it
+    std::vector<TextRange> Marks;              ///< what was found
+    int Line = 0;                              ///< that is brought into sight; 0: none
+    QString Notice;                            ///< in the place of a text
 };
 
 /// Makes previews of rows, and copies of the code that they stand for.

@@ -263,7 +263,7 @@ PrintedCode ItemGatherer::CodeOf(const QString& rtf)
     text.SetTextRTF(rtf);
     if (text.Text().isEmpty())
         return {};
-    if (RuleScan* scan = m_format.Rules())
+    if (const std::shared_ptr<RuleScan> scan = m_format.Rules())
         return WithoutLastEmptyLine(CodeByRules(text.Document(), *scan));
     RichText painted = text;
     if (!HasColours(text.Document()))

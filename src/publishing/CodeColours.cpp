@@ -83,7 +83,7 @@ std::vector<CodePiece> CodeColours::PiecesOf(const RichTextDocument& document)
 {
     if (document.Text().isEmpty())
         return {};
-    RuleScan* scan = Format().Rules();
+    const std::shared_ptr<RuleScan> scan = Format().Rules();
     return scan ? ByRules(document, *scan) : ByWords(document, Format());
 }
 

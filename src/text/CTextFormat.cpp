@@ -277,7 +277,7 @@ void CTextFormat::ColorizeCode(IRichTextBox& box)
 {
     Guarded(ModuleName, u"ColorizeCode"_s, [&] {
         Colouring work(*this);
-        if (RuleScan* scan = Rules())
+        if (const std::shared_ptr<RuleScan> scan = Rules())
             PaintByRules(box, *scan, m_palette.Light, work);
         else if (m_correctsSpelling)
             ColorizeByWords(box);

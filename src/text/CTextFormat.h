@@ -63,7 +63,7 @@ public:
     /// where it has none, as ColorizeScan does.
     void ColorizeCode(IRichTextBox& box);
     /// The scan that paints by rules; null for a language without.
-    RuleScan* Rules() const { return m_item ? m_item->Scan.get() : m_scan.get(); }
+    std::shared_ptr<RuleScan> Rules() const { return m_item ? m_item->Scan : m_scan; }
     /// Opens a comment that runs to the end of the line.
     QString CommentIdentifier() const { return m_item ? m_item->Comment : m_rules.CommentIdentifier; }
 

@@ -3,6 +3,7 @@
 #include "platform/richtext/RichText.h"
 
 #include <functional>
+#include <memory>
 
 namespace qb {
 
@@ -43,7 +44,7 @@ public:
     /// From now on what is seen is coloured by rules while it is edited; the text itself holds no
     /// colours then. @p paint colours a copy that leaves the box by the clipboard. Null: the text is
     /// shown in the looks that it has. A box for formatted text has no such colours.
-    virtual void SetColouring(RuleScan* /*scan*/, std::function<void(RichText&)> /*paint*/) {}
+    virtual void SetColouring(std::shared_ptr<RuleScan> /*scan*/, std::function<void(RichText&)> /*paint*/) {}
     virtual bool ColoursByRules() const { return false; }
 };
 

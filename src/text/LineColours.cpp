@@ -1,12 +1,13 @@
 #include "text/LineColours.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace qb {
 
-void LineColours::Reset(RuleScan* scan, int lines)
+void LineColours::Reset(std::shared_ptr<RuleScan> scan, int lines)
 {
-    m_scan = scan;
+    m_scan = std::move(scan);
     m_begins.assign(size_t(std::max(1, lines)), RuleScan::Begin);
     m_valid = m_suspect = m_known = 1;
     m_scanned = 0;

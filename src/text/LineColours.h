@@ -3,6 +3,7 @@
 #include "text/RuleScan.h"
 
 #include <functional>
+#include <memory>
 
 namespace qb {
 
@@ -14,9 +15,9 @@ public:
     /// Gives the text of a line.
     using TextOfLine = std::function<QString(int line)>;
 
-    /// Begins anew, with a text of so many lines. @p scan stays with who owns it; null: no colours.
-    void Reset(RuleScan* scan, int lines);
-    RuleScan* Scan() const { return m_scan; }
+    /// Begins anew, with a text of so many lines. @p scan null: no colours.
+    void Reset(std::shared_ptr<RuleScan> scan, int lines);
+    const std::shared_ptr<RuleScan>& Scan() const { return m_scan; }
     int LineCount() const { return int(m_begins.size()); }
 
     /// @p removed lines from @p first on have been replaced by @p added ones; a line that has
@@ -32,7 +33,7 @@ public:
 private:
     void ScanUpTo(int line, const TextOfLine& textOf);
 
-    RuleScan* m_scan = nullptr;
+    std::shared_ptr<RuleScan> m_scan;
     std::vector<int> m_begins{RuleScan::Begin}; ///< the state in which each line begins
     int m_valid = 1;                            ///< of so many lines the state is right
     int m_suspect =

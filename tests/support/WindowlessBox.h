@@ -41,8 +41,11 @@ public:
         changes();
     }
     bool TypeText(const QString& text) override { return !m_locked && SetSelText(text); }
-    void SetColouring(RuleScan* scan, std::function<void(RichText&)>) override { m_rules = scan; }
-    bool ColoursByRules() const override { return m_rules; }
+    void SetColouring(std::shared_ptr<RuleScan> scan, std::function<void(RichText&)>) override
+    {
+        m_rules = std::move(scan);
+    }
+    bool ColoursByRules() const override { return bool(m_rules); }
 
     // IRichTextBox
     void SetText(const QString& text) override
@@ -64,7 +67,7 @@ public:
     }
 
 private:
-    RuleScan* m_rules = nullptr;
+    std::shared_ptr<RuleScan> m_rules;
     bool m_locked = false;
 };
 

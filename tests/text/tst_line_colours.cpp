@@ -35,9 +35,9 @@ private Q_SLOTS:
             QStringList lines;
             for (int i = 0; i < 40; ++i)
                 lines << piece();
-            RuleScan live(SomeRules());
+            const auto live = std::make_shared<RuleScan>(SomeRules());
             LineColours colours;
-            colours.Reset(&live, int(lines.size()));
+            colours.Reset(live, int(lines.size()));
             const auto textOf = [&](int line) { return lines[line]; };
             for (int step = 0; step < 120; ++step) {
                 const int first = random.bounded(int(lines.size()));
@@ -70,9 +70,9 @@ private Q_SLOTS:
     void keyInOneLine_onlyThatLineIsScanned()
     {
         QStringList lines(10000, u"if x"_s);
-        RuleScan scan(SomeRules());
+        const auto scan = std::make_shared<RuleScan>(SomeRules());
         LineColours colours;
-        colours.Reset(&scan, int(lines.size()));
+        colours.Reset(scan, int(lines.size()));
         const auto textOf = [&](int line) { return lines[line]; };
         colours.TokensOf(9999, textOf);
         const qint64 before = colours.LinesScanned();
@@ -85,9 +85,9 @@ private Q_SLOTS:
     void commentOpened_andClosedAgain_farLinesAreNotScannedTwice()
     {
         QStringList lines(10000, u"if x"_s);
-        RuleScan scan(SomeRules());
+        const auto scan = std::make_shared<RuleScan>(SomeRules());
         LineColours colours;
-        colours.Reset(&scan, int(lines.size()));
+        colours.Reset(scan, int(lines.size()));
         const auto textOf = [&](int line) { return lines[line]; };
         colours.TokensOf(9999, textOf);
         lines[10] = u"/*"_s;

@@ -419,7 +419,7 @@ private Q_SLOTS:
     {
         CTextFormat format;
         format.SetLanguage(Language(u"line: ;\n"_s, u";"_s));
-        RuleScan* library = format.Rules();
+        const std::shared_ptr<RuleScan> library = format.Rules();
         format.SetItemLanguage(u"Python"_s);
         QVERIFY(format.Rules());
         QVERIFY(format.Rules() != library);
@@ -427,7 +427,7 @@ private Q_SLOTS:
         RichText text = TextOf(u"def x: # ;"_s);
         format.ColorizeCode(text);
         QCOMPARE(Marks(text), u"kkk....ccc"_s);
-        RuleScan* python = format.Rules();
+        const std::shared_ptr<RuleScan> python = format.Rules();
         format.SetItemLanguage(u"C"_s);
         QCOMPARE(format.CommentIdentifier(), u"//"_s);
         format.SetItemLanguage(u"python"_s); // known already

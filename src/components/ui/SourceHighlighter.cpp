@@ -17,7 +17,7 @@ SourceHighlighter::SourceHighlighter(QPlainTextEdit& box, const QString& languag
 
 void SourceHighlighter::highlightBlock(const QString& line)
 {
-    RuleScan* scan = m_format.Rules();
+    const std::shared_ptr<RuleScan> scan = m_format.Rules();
     if (!scan)
         return;
     const bool isDark = IsDark(m_box.palette().color(QPalette::Base));

@@ -107,7 +107,6 @@ frmQuickOpen::frmQuickOpen(QuickOpenHost& host, FindService& find, QWidget& wind
 frmQuickOpen::~frmQuickOpen()
 {
     qApp->disconnect(this);
-    txtPreview->SetColouring(nullptr, {}); // the previews go before the box
 }
 
 // Layout

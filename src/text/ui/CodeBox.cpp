@@ -121,13 +121,15 @@ void CodeBox::SetZoom(double factor)
 
 // Colours
 
-void CodeBox::SetColouring(RuleScan* scan, std::function<void(RichText&)> paint)
+void CodeBox::SetColouring(std::shared_ptr<RuleScan> scan, std::function<void(RichText&)> paint)
 {
     m_paint = std::move(paint);
+    if (scan == m_colours.Rules())
+        return; // what is seen has its colours
     ShowingColours([&] {
         const bool wasOn = m_colours.IsOn();
-        m_colours.SetRules(scan);
-        if (wasOn && !scan)
+        m_colours.SetRules(std::move(scan));
+        if (wasOn && !m_colours.IsOn())
             document()->markContentsDirty(0, document()->characterCount());
     });
     viewport()->update();

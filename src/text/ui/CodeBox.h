@@ -25,7 +25,7 @@ public:
     int LineCount() const { return blockCount(); }
     void SetZoom(double factor) override;
 
-    void SetColouring(RuleScan* scan, std::function<void(RichText&)> paint) override;
+    void SetColouring(std::shared_ptr<RuleScan> scan, std::function<void(RichText&)> paint) override;
     bool ColoursByRules() const override { return m_colours.IsOn(); }
     void SetPalette(const TokenPalette& palette);
 

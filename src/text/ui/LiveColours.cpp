@@ -9,10 +9,10 @@
 
 namespace qb {
 
-void LiveColours::SetRules(RuleScan* scan)
+void LiveColours::SetRules(std::shared_ptr<RuleScan> scan)
 {
-    m_lines.Reset(scan, m_document.blockCount());
-    if (!scan && m_anyShown)
+    m_lines.Reset(std::move(scan), m_document.blockCount());
+    if (!IsOn() && m_anyShown)
         TakeColoursOff();
 }
 
@@ -37,7 +37,7 @@ void LiveColours::SetColors(const TokenColors& colors)
 
 void LiveColours::Loaded()
 {
-    m_lines.Reset(m_lines.Scan(), m_document.blockCount());
+    m_lines.Reset(Rules(), m_document.blockCount());
     m_anyShown = false; // the blocks are new
 }
 

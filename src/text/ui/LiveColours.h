@@ -19,8 +19,9 @@ public:
     explicit LiveColours(QTextDocument& document) : m_document(document) {}
 
     /// By what is coloured; null: nothing is. The headers of sections keep their look.
-    void SetRules(RuleScan* scan);
-    bool IsOn() const { return m_lines.Scan(); }
+    void SetRules(std::shared_ptr<RuleScan> scan);
+    const std::shared_ptr<RuleScan>& Rules() const { return m_lines.Scan(); }
+    bool IsOn() const { return bool(Rules()); }
     /// The colours of each kind on a background of that darkness.
     void SetColors(const TokenColors& colors);
 
