@@ -72,6 +72,19 @@ private Q_SLOTS:
         QVERIFY(!Info()->isEnabled());
     }
 
+    void page_isNotEmptyBetweenTwoItems()
+    {
+        Show();
+        ClickOn(0);
+        QVERIFY(Info()->isEnabled());
+        const EventCount changes(*Info(), QEvent::EnabledChange);
+        ClickOn(1);
+        QCOMPARE(Image(u"imgOrigin"_s), QString());
+        QCOMPARE(changes.Count(), 0); // one that is disabled loses the caret
+        QTest::mouseClick(Tree()->viewport(), Qt::LeftButton, {}, Tree()->visualRect(Root()).center());
+        QCOMPARE(changes.Count(), 1);
+    }
+
     void status_isChosenFromTheMenu()
     {
         Show();

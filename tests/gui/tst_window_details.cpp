@@ -3,10 +3,13 @@
 #include "session/ui/frmSettings.h"
 #include "support/EditingWindow.h"
 
+#include <QAbstractScrollArea>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QMenuBar>
 #include <QTabBar>
+#include <memory>
+#include <vector>
 
 using namespace qb;
 using namespace qb::test;
@@ -98,6 +101,32 @@ private Q_SLOTS:
         QCOMPARE(m_window->findChild<QTabWidget*>(u"tbsTabs"_s)->currentIndex(), 2);
     }
 
+    void rename_paintsNothingThatStaysAsItWas()
+    {
+        Write(u"Description"_s, u"what it does"_s);
+        Open();
+        ClickOn(0);
+        m_window->findChild<QAction*>(u"mnuRename"_s)->trigger();
+        auto* editor = m_window->findChild<QLineEdit*>(u"txtLabelEdit"_s);
+        editor->setText(u"renamed"_s);
+        SettlePaint();
+        const EventCount ofTree(*Tree()->viewport(), QEvent::Paint);
+        const auto paintOf = [](QWidget* widget) { return std::make_unique<EventCount>(*widget, QEvent::Paint); };
+        QToolBar* sections = m_window->findChild<QToolBar*>(u"tbrCode"_s);
+        std::vector<std::unique_ptr<EventCount>> unchanged;
+        unchanged.push_back(paintOf(Code()->viewport()));
+        unchanged.push_back(paintOf(m_window->findChild<QTabWidget*>(u"tbsTabs"_s)->tabBar()));
+        unchanged.push_back(paintOf(sections->widgetForAction(sections->actions().first())));
+        unchanged.push_back(paintOf(m_window->findChild<QComboBox*>(u"cboLinkedItems"_s)));
+        unchanged.push_back(paintOf(m_window->findChild<QAbstractScrollArea*>(u"txtItemDescription"_s)->viewport()));
+        Enter(editor);
+        SettlePaint();
+        QCOMPARE(Title(), u"renamed"_s);
+        QVERIFY(ofTree.Count() > 0);
+        for (size_t i = 0; i < unchanged.size(); ++i)
+            QVERIFY2(unchanged[i]->Count() == 0, qPrintable(QString::number(i)));
+    }
+
     void emptyLinkBox_staysDisabledWhenTheTreeComesBack()
     {
         Open();
@@ -123,6 +152,13 @@ private Q_SLOTS:
 
 private:
     QString Status() { return m_window->findChild<QLabel*>(u"sbrMainPanel1"_s)->text(); }
+    /// What has been asked for is laid out and painted.
+    static void SettlePaint()
+    {
+        constexpr int Rounds = 5;
+        for (int i = 0; i < Rounds; ++i)
+            QCoreApplication::processEvents();
+    }
     QString Title() { return m_window->findChild<QLabel*>(u"lblTitle"_s)->text(); }
     void ClickRoot() { QTest::mouseClick(Tree()->viewport(), Qt::LeftButton, {}, Tree()->visualRect(Root()).center()); }
 };

@@ -3,6 +3,7 @@
 #include "support/ui/Icons.h"
 
 #include <QApplication>
+#include <QEvent>
 #include <QPalette>
 #include <QTest>
 #include <QWidget>
@@ -14,6 +15,24 @@ void TakePicture(QWidget& widget, const QString& name);
 
 /// A dark scheme, as a desktop sets it.
 QPalette DarkPalette();
+
+/// Counts the events of a kind that reach an object.
+class EventCount : public QObject {
+public:
+    EventCount(QObject& watched, QEvent::Type kind) : m_kind(kind) { watched.installEventFilter(this); }
+    int Count() const { return m_count; }
+
+protected:
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        m_count += event->type() == m_kind ? 1 : 0;
+        return false;
+    }
+
+private:
+    QEvent::Type m_kind;
+    int m_count = 0;
+};
 
 } // namespace qb::test
 

@@ -152,8 +152,10 @@ void LinkBar::ShowMode()
 
 void LinkBar::ClearLinks()
 {
-    cboLinkedItems->clear();
-    cboLinkedItems->addItem(IconNamed(u"NO_ITEMS"_s), u"No Linked Items"_s, QString());
+    if (cboLinkedItems->count() != 1) { // one stands there for none
+        cboLinkedItems->clear();
+        cboLinkedItems->addItem(IconNamed(u"NO_ITEMS"_s), u"No Linked Items"_s, QString());
+    }
     UpdateCombo();
 }
 

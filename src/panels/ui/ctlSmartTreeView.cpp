@@ -315,7 +315,8 @@ void ctlSmartTreeView::SetDescriptionHidden(bool hidden)
 
 void ctlSmartTreeView::UpdateDescription(const QString& text)
 {
-    txtDescription->setPlainText(text);
+    if (txtDescription->toPlainText() != text)
+        txtDescription->setPlainText(text);
 }
 
 int ctlSmartTreeView::SeparatorPosition() const

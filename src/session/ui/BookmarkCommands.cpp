@@ -82,18 +82,27 @@ void BookmarkCommands::ConnectInfo()
     ItemInfo& info = m_panel.Info();
     m_parts.Items.SetInfo(info);
     info.AutoSaveOn = std::bind_front(&ItemCommands::AutoSaveOn, &m_parts.Items);
-    connect(&m_parts.Details, &ctlCodeDetails::ItemInitialised, this,
-            [this](CCodeItem* item) { m_panel.InitialiseItem(item, m_parts.Details.Locked()); });
-    connect(&m_parts.Details, &ctlCodeDetails::FactsChanged, this, [this] {
-        m_panel.Info().Refresh();
-        m_panel.ShowItem();
-        m_panel.UpdateDatabaseSize();
-    });
+    connect(&m_parts.Details, &ctlCodeDetails::ItemInitialised, this, &BookmarkCommands::ShowNewItem);
+    connect(&m_parts.Details, &ctlCodeDetails::FactsChanged, this, &BookmarkCommands::ShowFacts);
     connect(&info, &ItemInfo::InfoTyped, &m_parts.Details.Editor(), &ItemEditor::InfoTyped);
     connect(&info, &ItemInfo::LockChanged, this, &BookmarkCommands::ShowLock);
     connect(&m_panel, &ctlBookmarks::LinkRemoveAsked, this, &BookmarkCommands::RemoveShownLink);
     connect(&m_panel, &ctlBookmarks::ChildrenAsked, this,
             std::bind_front(&Commands::Run, &m_parts.Registry, u"mnuDBToolsForgetReplicaItem"_s));
+}
+
+void BookmarkCommands::ShowNewItem(CCodeItem* item)
+{
+    m_panel.InitialiseItem(item, m_parts.Details.Locked());
+    m_panel.Info().Refresh();
+    m_panel.UpdateDatabaseSize();
+}
+
+void BookmarkCommands::ShowFacts()
+{
+    m_panel.Info().Refresh();
+    m_panel.ShowItem();
+    m_panel.UpdateDatabaseSize();
 }
 
 void BookmarkCommands::ShowLock()

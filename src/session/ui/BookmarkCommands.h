@@ -11,6 +11,7 @@
 
 namespace qb {
 
+class CCodeItem;
 class ctlBookmarks;
 class ctlCodeDetails;
 
@@ -54,6 +55,8 @@ private:
     void FollowTree();
     void TitlesChanged(const QModelIndex& first, const QModelIndex& last);
     void ConnectInfo();
+    void ShowNewItem(CCodeItem* item);
+    void ShowFacts();
     void ShowLock();
     void ShowCommands();
     void AddBookmark();

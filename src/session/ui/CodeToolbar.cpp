@@ -73,7 +73,7 @@ void CodeToolbar::UpdateSectionButtons(quint8 current)
         QAction* action = m_buttons[row.Bit];
         const bool present = IsPresent(row.Bit);
         const char* tip = !present ? row.AddTip : current == row.Bit ? row.CopyTip : row.GoTip;
-        action->setIcon(IconNamed(QString::fromLatin1(present ? row.GoImage : row.AddImage)));
+        ShowIcon(*action, QString::fromLatin1(present ? row.GoImage : row.AddImage));
         action->setProperty(Tag, present ? GoTo : Add);
         action->setEnabled(present || !m_details.Locked());
         action->setText(QString::fromLatin1(tip));

@@ -162,7 +162,7 @@ void CommandFaces::Follow(const QString& name)
     if (action->isCheckable())
         action->setChecked(state.Checked);
     action->setText(state.Caption);
-    action->setIcon(state.Icon.isEmpty() ? QIcon() : IconNamed(state.Icon));
+    ShowIcon(*action, state.Icon);
     action->setStatusTip(state.Tip);
     if (action->property("key").isValid())
         action->setToolTip(state.Tip);

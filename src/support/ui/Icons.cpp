@@ -1,5 +1,6 @@
 #include "support/ui/Icons.h"
 
+#include <QAction>
 #include <QFile>
 #include <QGuiApplication>
 #include <QHash>
@@ -112,6 +113,13 @@ QIcon IconNamed(const QString& name)
         return *found;
     const QString drawing = u":/icons/"_s + OwnDrawing(name) + u".svg"_s;
     return *known.insert(name, QFile::exists(drawing) ? QIcon(drawing) : QIcon::fromTheme(name));
+}
+
+void ShowIcon(QAction& action, const QString& name)
+{
+    const QIcon icon = name.isEmpty() ? QIcon() : IconNamed(name);
+    if (action.icon().cacheKey() != icon.cacheKey())
+        action.setIcon(icon);
 }
 
 void InitialiseIcons()

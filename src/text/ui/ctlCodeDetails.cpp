@@ -19,6 +19,7 @@
 
 #include <QKeyEvent>
 #include <QLabel>
+#include <QScopedValueRollback>
 #include <QStackedWidget>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -277,7 +278,10 @@ bool ctlCodeDetails::eventFilter(QObject* watched, QEvent* event)
 
 void ctlCodeDetails::Initialise(Library* library, CCodeItem* item)
 {
-    m_editor.Initialise(library, item);
+    {
+        const QScopedValueRollback comes(m_itemComes, true);
+        m_editor.Initialise(library, item);
+    }
     m_htmlFolder = library ? library->HTMLFolder() : QString();
     if (!item) {
         if (ctlFileDetails1)
@@ -333,7 +337,8 @@ void ctlCodeDetails::ShowFacts(CCodeItem& item)
     const QString description = item.Description();
     m_description->setText(description);
     m_description->setVisible(!description.isEmpty());
-    Q_EMIT FactsChanged();
+    if (!m_itemComes) // else ItemInitialised tells of them
+        Q_EMIT FactsChanged();
 }
 
 void ctlCodeDetails::ShowLinks()
@@ -426,7 +431,9 @@ void ctlCodeDetails::ShowTabEnabled(DetailsTab tab, bool hasContent)
 {
     const int index = IndexOf(tab);
     const TabRow& row = TabRows[index];
-    m_tabs->setTabIcon(index, IconNamed(QString::fromLatin1(hasContent ? row.Image : row.EmptyImage)));
+    const QIcon icon = IconNamed(QString::fromLatin1(hasContent ? row.Image : row.EmptyImage));
+    if (m_tabs->tabIcon(index).cacheKey() != icon.cacheKey()) // with any icon all tabs are laid out and painted anew
+        m_tabs->setTabIcon(index, icon);
 }
 
 void ctlCodeDetails::DisplayTabWithContent()

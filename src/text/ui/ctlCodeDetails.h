@@ -111,6 +111,7 @@ private:
     QWidget* m_filePage = nullptr; ///< holds the list of stored files
     QString m_htmlFolder;          ///< of the open library
     bool m_detectsAddresses = false;
+    bool m_itemComes = false;
     bool m_readOnly = false; ///< the whole library can only be read
 };
 
