@@ -180,24 +180,31 @@ QString PrintedField(const TextField& field, CCodeItem& item, Printing as)
     return field.Form == TextField::Plain || as == Printing::Stored ? stored : Printed(PlainTextFromRtf(stored));
 }
 
-void PrintNode(const TreeNode& node, int depth, int deepest, QString& out)
+/// In UTF-8, as the titles are kept: there may be very many.
+QByteArray Outline(const TreeNode& node, int deepest)
 {
     constexpr int Indent = 2;
     struct Waiting {
         const TreeNode* Node;
         int Depth;
     };
-    std::vector<Waiting> waiting{{&node, depth}};
+    QByteArray out;
+    std::vector<Waiting> waiting{{&node, 0}};
     while (!waiting.empty()) {
         const auto [at, level] = waiting.back();
         waiting.pop_back();
         if (level > 0)
-            out += QString((level - 1) * Indent, u' ') + at->Text() + u" ["_s + QString::number(at->Id) + u"]\n"_s;
+            out.append((level - 1) * Indent, ' ')
+                .append(at->Title.Utf8())
+                .append(" [")
+                .append(QByteArray::number(at->Id))
+                .append("]\n");
         if (level < deepest) {
             for (auto child = at->Children.rbegin(); child != at->Children.rend(); ++child)
                 waiting.push_back({*child, level + 1});
         }
     }
+    return out;
 }
 
 void ListNode(const TreeNode& node, int deepest, QJsonArray& out)
@@ -233,9 +240,7 @@ int Tree(const QStringList& words)
         ListNode(*nodes.Root(), depth, list);
         Print(list);
     } else {
-        QString out;
-        PrintNode(*nodes.Root(), 0, depth, out);
-        Print(out);
+        Print(Outline(*nodes.Root(), depth));
     }
     if (!lost.empty())
         Complain(u"%1 items have lost their place in the tree; \"check\" names them."_s.arg(lost.size()));
